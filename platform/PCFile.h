@@ -1,0 +1,63 @@
+// A file that is read and written at any offset.
+#pragma once
+
+#include "platform/Export.h"
+
+// Offsets and sizes are in bytes. Calls return 1 for success and 0 for failure. Reads are served from
+// a shared mapping of the file where one can be had, else by one positioned read; both see at once
+// what this and other processes write. Not thread-safe: the owner serialises.
+class PCFile {
+ public:
+  static constexpr int kReadWrite = 2;  // the mode that Create takes
+
+  constexpr PCFile() = default;
+  ~PCFile() { Destroy(); }
+  PCFile(const PCFile&) = delete;
+  PCFile& operator=(const PCFile&) = delete;
+
+  // Makes an empty regular file at `path` (mode 0666 less the umask) and leaves it closed. A file that
+  // exists is emptied. Makes no directories.
+  static int Make(const char* path);
+
+  // Opens an existing regular file for reading and writing at position 0; closes first what this
+  // object had open. Never makes or empties a file. The whole length found is protected (Protect).
+  int Create(const char* path, int mode);
+  // Reads exactly `size` bytes at the position and moves it; fails when fewer are there (the position
+  // then stays). size 0 succeeds.
+  int Read(void* buffer, unsigned int size);
+  // Writes exactly `size` bytes at the position and moves it; extends the file with zeros up to the
+  // position where needed. A failure may leave a part of the bytes written; the position stays.
+  int Write(const void* data, unsigned int size);
+  // Sets the position. Beyond the end succeeds; makes no system call.
+  int Seek(unsigned int offset);
+  // length > 0: makes the file that long. 0: cuts a grown file back to its protected length.
+  int Truncate(unsigned int length);
+  // Closes the file. Does nothing when closed.
+  int Destroy();
+  bool IsOpen() const { return mFd >= 0; }
+
+  // True when the last Create failed because nothing is at the path.
+  bool Missing() const;
+  // Current length, asked of the system; 0 when closed, 0xFFFFFFFF when it is longer.
+  unsigned int Size() const;
+  // Moves the length that Truncate(0) must not cut.
+  void Protect(unsigned int length) { mProtected = length; }
+  // True when `path` leads to the file that is open here (symbolic links followed).
+  bool SameFile(const char* path) const;
+  // Looks at the length once, so that reads up to the next Refresh do not touch a part of the mapping
+  // that somebody else has cut off meanwhile. Called at the start of every operation on the file.
+  void Refresh();
+
+ private:
+  // True when the mapping serves a read that ends at `end`; renews the mapping of a grown file.
+  bool MappingCovers(unsigned long long end);
+  void DropMapping();
+
+  int mFd = -1;
+  int mError = 0;                       // errno of the last Create, 0 = it succeeded
+  unsigned int mProtected = 0;          // bytes
+  unsigned int mMapLength = 0;          // bytes that reads may take from mMap
+  unsigned int mMapReserved = 0;        // bytes mapped
+  const unsigned char* mMap = nullptr;  // null: no mapping
+  unsigned long long mPosition = 0;
+};

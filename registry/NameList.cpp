@@ -1,0 +1,45 @@
+#include "registry/NameList.h"
+
+#include <new>
+
+#include "registry/RegistryStatus.h"
+
+namespace tamu::registry {
+
+NameList::NameList(unsigned int wanted) {
+  constexpr unsigned int kMaxNames = 0x7FFFFFFFu / sizeof(unsigned long long);
+  if (wanted == 0 || wanted > kMaxNames) return;
+  names = new (std::nothrow) char*[wanted]();
+  tags = new (std::nothrow) unsigned long long[wanted]();
+  if (names != nullptr && tags != nullptr) {
+    capacity = wanted;
+    return;
+  }
+  delete[] names;
+  delete[] tags;
+  names = nullptr;
+  tags = nullptr;
+}
+
+NameList::~NameList() {
+  for (unsigned int i = 0; i < count; ++i) delete[] names[i];
+  delete[] names;
+  delete[] tags;
+}
+
+unsigned int NameList::AddName(char* name, unsigned long long tag) {
+  if (capacity == 0) return status::kNoMemory;
+  if (count >= capacity) return status::kLimit;
+  names[count] = name;
+  tags[count] = tag;
+  ++count;
+  return status::kOk;
+}
+
+char* NameList::GetName(unsigned int index, unsigned long long* tag) const {
+  if (index >= count) return nullptr;
+  if (tag != nullptr) *tag = tags[index];
+  return names[index];
+}
+
+}  // namespace tamu::registry

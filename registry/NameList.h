@@ -1,0 +1,34 @@
+// The names that a listing hands out.
+#pragma once
+
+#include "platform/Export.h"
+
+namespace tamu::registry {
+
+// Owns its names: each is an array of char from new[].
+class YAX_API NameList {
+ public:
+  // Makes room for `capacity` names. When the memory cannot be had the capacity is 0.
+  explicit NameList(unsigned int capacity);
+  ~NameList();
+  NameList(const NameList&) = delete;
+  NameList& operator=(const NameList&) = delete;
+
+  // Appends a name and its tag and takes the name over. 0; kNoMemory when the capacity is 0; kLimit
+  // when the list is full. After a failure the name is still the caller's.
+  unsigned int AddName(char* name, unsigned long long tag);
+  // The name at `index`, which stays the list's, and its tag (unless `tag` is null). Null for an index
+  // beyond the last name; the tag is then untouched.
+  char* GetName(unsigned int index, unsigned long long* tag) const;
+
+  unsigned int Count() const { return count; }
+  unsigned int Capacity() const { return capacity; }
+
+ private:
+  unsigned int count = 0;
+  unsigned int capacity = 0;  // names; fixed
+  char** names = nullptr;
+  unsigned long long* tags = nullptr;
+};
+
+}  // namespace tamu::registry

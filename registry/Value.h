@@ -1,0 +1,53 @@
+// A value's type and data as passed in and out of the registry.
+#pragma once
+
+namespace tamu::registry {
+
+// Value types. Stored, never renumber. Types 1 to 5 are byte data; the registry tells them apart only
+// by their number.
+constexpr unsigned int kValueTypeInteger = 0;  // 64-bit integer, 8 bytes, held inline
+constexpr unsigned int kValueTypeString = 1;
+constexpr unsigned int kValueTypeOffset = 4;   // byte data; as a request: the data's file offset
+constexpr unsigned int kValueTypeMax = 5;      // the last type that can be written
+constexpr unsigned int kValueTypeAny = 6;      // a request only: whatever type is stored
+
+constexpr unsigned int kValueDataMax = 1024;  // bytes of data in one value
+
+struct Value {
+  unsigned int type;  // 0 to 5; requests also 6
+  unsigned int size;  // bytes at data, at most kValueDataMax
+  void* data;         // written: the caller's bytes. Read: a new buffer, the caller's (FreeValueData)
+};
+
+// Frees a buffer that GetValue handed out and forgets it.
+inline void FreeValueData(Value& value) {
+  delete[] static_cast<unsigned char*>(value.data);
+  value.data = nullptr;
+  value.size = 0;
+}
+
+// A value to read into: frees the buffer it was given.
+class ReadValue : public Value {
+ public:
+  explicit ReadValue(unsigned int requestedType = kValueTypeAny) : Value{requestedType, 0, nullptr} {}
+  ~ReadValue() { FreeValueData(*this); }
+  ReadValue(const ReadValue&) = delete;
+  ReadValue& operator=(const ReadValue&) = delete;
+
+  const unsigned char* bytes() const { return static_cast<const unsigned char*>(data); }
+  // The data as text; null when it does not end in a terminator.
+  const char* text() const {
+    const bool terminated = data != nullptr && size > 0 && bytes()[size - 1] == 0;
+    return terminated ? static_cast<const char*>(data) : nullptr;
+  }
+  // The first min(size, 8) bytes as a little-endian number.
+  unsigned long long number() const {
+    unsigned long long result = 0;
+    for (unsigned int i = 0; data != nullptr && i < size && i < 8; ++i) {
+      result |= static_cast<unsigned long long>(bytes()[i]) << (8 * i);
+    }
+    return result;
+  }
+};
+
+}  // namespace tamu::registry
