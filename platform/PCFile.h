@@ -3,9 +3,9 @@
 
 #include "platform/Export.h"
 
-// Offsets and sizes are in bytes. Calls return 1 for success and 0 for failure. Reads are served from
-// a shared mapping of the file where one can be had, else by one positioned read; both see at once
-// what this and other processes write. Not thread-safe: the owner serialises.
+// Offsets and sizes are in bytes. Calls return 1 for success and 0 for failure. Reads are served
+// from a shared mapping of the file where one can be had, else by one positioned read; both see at
+// once what this and other processes write. Not thread-safe: the owner serialises.
 class PCFile {
  public:
   static constexpr int kReadWrite = 2;  // the mode that Create takes
@@ -15,15 +15,15 @@ class PCFile {
   PCFile(const PCFile&) = delete;
   PCFile& operator=(const PCFile&) = delete;
 
-  // Makes an empty regular file at `path` (mode 0666 less the umask) and leaves it closed. A file that
-  // exists is emptied. Makes no directories.
+  // Makes an empty regular file at `path` (mode 0666 less the umask) and leaves it closed. A file
+  // that exists is emptied. Makes no directories.
   static int Make(const char* path);
 
   // Opens an existing regular file for reading and writing at position 0; closes first what this
   // object had open. Never makes or empties a file. The whole length found is protected (Protect).
   int Create(const char* path, int mode);
-  // Reads exactly `size` bytes at the position and moves it; fails when fewer are there (the position
-  // then stays). size 0 succeeds.
+  // Reads exactly `size` bytes at the position and moves it; fails when fewer are there (the
+  // position then stays). size 0 succeeds.
   int Read(void* buffer, unsigned int size);
   // Writes exactly `size` bytes at the position and moves it; extends the file with zeros up to the
   // position where needed. A failure may leave a part of the bytes written; the position stays.
@@ -44,13 +44,19 @@ class PCFile {
   void Protect(unsigned int length) { mProtected = length; }
   // True when `path` leads to the file that is open here (symbolic links followed).
   bool SameFile(const char* path) const;
-  // Looks at the length once, so that reads up to the next Refresh do not touch a part of the mapping
-  // that somebody else has cut off meanwhile. Called at the start of every operation on the file.
+  // Looks at the length once, so that reads up to the next Refresh do not touch a part of the
+  // mapping that somebody else has cut off meanwhile. Called at the start of every operation on the
+  // file.
   void Refresh();
 
  private:
+  // A read that the mapped bytes do not serve, or of size 0. Kept out of Read, which is short for
+  // it.
+  __attribute__((noinline)) int ReadSlowly(void* buffer, unsigned int size);
   // True when the mapping serves a read that ends at `end`; renews the mapping of a grown file.
   bool MappingCovers(unsigned long long end);
+  // Maps the file, which is `length` bytes long, in place of the mapping there was.
+  void MapAnew(unsigned long long length);
   void DropMapping();
 
   int mFd = -1;

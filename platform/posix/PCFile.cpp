@@ -1,0 +1,188 @@
+#include "platform/PCFile.h"
+
+#include <cerrno>
+#include <cstring>
+
+#include "platform/posix/FileMapping.h"
+#include "platform/posix/PosixCalls.h"
+
+namespace {
+
+constexpr unsigned int kMaxUnsigned = 0xFFFFFFFF;
+constexpr unsigned int kMaxMapped = 64u << 20;  // bytes; a longer file is read without a mapping
+constexpr unsigned int kMapSpare = 1u << 20;    // bytes mapped beyond the end, for the file to grow
+
+unsigned int Saturate(unsigned long long length) {
+  return length > kMaxUnsigned ? kMaxUnsigned : static_cast<unsigned int>(length);
+}
+
+bool ReadAll(int fd, void* buffer, unsigned int size, unsigned long long offset) {
+  unsigned char* to = static_cast<unsigned char*>(buffer);
+  while (size > 0) {
+    const long done = posix::PositionedRead(fd, to, size, offset);
+    if (done <= 0) return false;
+    to += done;
+    size -= static_cast<unsigned int>(done);
+    offset += static_cast<unsigned long long>(done);
+  }
+  return true;
+}
+
+bool WriteAll(int fd, const void* data, unsigned int size, unsigned long long offset) {
+  const unsigned char* from = static_cast<const unsigned char*>(data);
+  while (size > 0) {
+    const long done = posix::PositionedWrite(fd, from, size, offset);
+    if (done <= 0) return false;
+    from += done;
+    size -= static_cast<unsigned int>(done);
+    offset += static_cast<unsigned long long>(done);
+  }
+  return true;
+}
+
+}  // namespace
+
+int PCFile::Make(const char* path) {
+  if (path == nullptr) return 0;
+  const int fd = posix::OpenEmpty(path);
+  if (fd < 0) return 0;
+  const bool regular = posix::IsRegular(fd);
+  return posix::Close(fd) && regular ? 1 : 0;
+}
+
+int PCFile::Create(const char* path, int mode) {
+  Destroy();
+  mError = EINVAL;
+  if (path == nullptr || mode != kReadWrite) return 0;
+  const int fd = posix::Open(path);
+  if (fd < 0) {
+    mError = -fd;
+    return 0;
+  }
+  const long long length = posix::IsRegular(fd) ? posix::Length(fd) : -1;
+  if (length < 0) {
+    posix::Close(fd);
+    return 0;
+  }
+  mError = 0;
+  mFd = fd;
+  mProtected = Saturate(static_cast<unsigned long long>(length));
+  MapAnew(static_cast<unsigned long long>(length));
+  return 1;
+}
+
+int PCFile::Read(void* buffer, unsigned int size) {
+  const unsigned long long end = mPosition + size;
+  if (size == 0 || end > mMapLength) return ReadSlowly(buffer, size);
+  std::memcpy(buffer, mMap + mPosition, size);
+  mPosition = end;
+  return 1;
+}
+
+int PCFile::ReadSlowly(void* buffer, unsigned int size) {
+  if (size == 0) return IsOpen() ? 1 : 0;
+  const unsigned long long end = mPosition + size;
+  if (MappingCovers(end)) {
+    std::memcpy(buffer, mMap + mPosition, size);
+  } else if (!ReadAll(mFd, buffer, size, mPosition)) {
+    return 0;
+  }
+  mPosition = end;
+  return 1;
+}
+
+int PCFile::Write(const void* data, unsigned int size) {
+  if (!IsOpen()) return 0;
+  if (size == 0) return 1;
+  if (!WriteAll(mFd, data, size, mPosition)) return 0;
+  mPosition += size;
+  // The file now reaches to the position at least, and so may the reads.
+  if (mPosition > mMapLength && mPosition <= mMapReserved) {
+    mMapLength = static_cast<unsigned int>(mPosition);
+  }
+  return 1;
+}
+
+int PCFile::Seek(unsigned int offset) {
+  if (!IsOpen()) return 0;
+  mPosition = offset;
+  return 1;
+}
+
+// Reads are kept off the mapping's end before the file loses it, not after.
+int PCFile::Truncate(unsigned int length) {
+  if (!IsOpen()) return 0;
+  if (length == 0) {
+    const long long now = posix::Length(mFd);
+    if (now < 0) return 0;
+    // A protected length that did not fit its variable protects everything.
+    if (mProtected == kMaxUnsigned || now <= static_cast<long long>(mProtected)) return 1;
+    length = mProtected;
+  }
+  if (mMapLength > length) mMapLength = length;
+  return posix::Truncate(mFd, length) ? 1 : 0;
+}
+
+int PCFile::Destroy() {
+  if (!IsOpen()) return 1;
+  DropMapping();
+  const int fd = mFd;
+  mFd = -1;
+  mProtected = 0;
+  mPosition = 0;
+  return posix::Close(fd) ? 1 : 0;
+}
+
+bool PCFile::Missing() const {
+  return mError == ENOENT;
+}
+
+unsigned int PCFile::Size() const {
+  const long long length = IsOpen() ? posix::Length(mFd) : 0;
+  return length < 0 ? 0 : Saturate(static_cast<unsigned long long>(length));
+}
+
+bool PCFile::SameFile(const char* path) const {
+  return IsOpen() && path != nullptr && posix::SameFile(mFd, path);
+}
+
+void PCFile::Refresh() {
+  if (mMap == nullptr) return;
+  const long long length = posix::Length(mFd);
+  if (length >= static_cast<long long>(mMapLength)) return;
+  mMapLength = length < 0 ? 0 : static_cast<unsigned int>(length);
+}
+
+bool PCFile::MappingCovers(unsigned long long end) {
+  if (mMap == nullptr) return false;
+  const long long answer = posix::Length(mFd);
+  if (answer < 0) return false;
+  const unsigned long long length = static_cast<unsigned long long>(answer);
+  if (length < end) return false;
+  if (end > mMapReserved) {
+    MapAnew(length);
+  } else {
+    mMapLength = length < mMapReserved ? static_cast<unsigned int>(length) : mMapReserved;
+  }
+  return end <= mMapLength;
+}
+
+// The spare bytes at the end let an empty file have a mapping, and spare a growing one most of the
+// renewals. A mapping that cannot be had is not asked for again: every read is then one system call
+// until the file is opened anew.
+void PCFile::MapAnew(unsigned long long length) {
+  DropMapping();
+  if (length > kMaxMapped) return;
+  const unsigned int reserved = static_cast<unsigned int>(length) + kMapSpare;
+  mMap = posix::Map(mFd, reserved);
+  if (mMap == nullptr) return;
+  mMapReserved = reserved;
+  mMapLength = static_cast<unsigned int>(length);
+}
+
+void PCFile::DropMapping() {
+  if (mMap != nullptr) posix::Unmap(mMap, mMapReserved);
+  mMap = nullptr;
+  mMapReserved = 0;
+  mMapLength = 0;
+}

@@ -1,0 +1,96 @@
+#include "platform/PCList.h"
+
+#include <new>
+
+#include "platform/PCMem.h"
+
+// The bytes of a copied element follow the node in one block of memory; the alignment makes them
+// start where any 8-byte type may.
+struct alignas(8) PCList::Node {
+  Node* next;
+  Node* previous;
+  void* element;
+};
+
+namespace {
+
+constexpr unsigned int kMaxCopy = 0x7FFFFFFF - 64;  // bytes; with a node still one allocation
+
+}  // namespace
+
+int PCList::Create() {
+  return IsCreated() ? 1 : mLock.Create();
+}
+
+unsigned int PCList::Count() {
+  PCMutexGuard guard(mLock);
+  return mCount;
+}
+
+int PCList::Add(void* element, int where) {
+  if (!IsCreated()) return 0;
+  void* memory = ::operator new(sizeof(Node), std::nothrow);
+  if (memory == nullptr) return 0;
+  return Link(new (memory) Node{nullptr, nullptr, element}, where);
+}
+
+int PCList::AddCopy(const void* bytes, unsigned int size, int where) {
+  if (!IsCreated() || size > kMaxCopy || (bytes == nullptr && size > 0)) return 0;
+  void* memory = ::operator new(sizeof(Node) + size, std::nothrow);
+  if (memory == nullptr) return 0;
+  Node* node = new (memory) Node{nullptr, nullptr, nullptr};
+  node->element = node + 1;
+  PCMem::Copy(node->element, bytes, size);
+  return Link(node, where);
+}
+
+int PCList::Link(Node* node, int where) {
+  PCMutexGuard guard(mLock);
+  const bool front = where == AtFront;
+  node->previous = front ? nullptr : mLast;
+  node->next = front ? mFirst : nullptr;
+  (node->previous != nullptr ? node->previous->next : mFirst) = node;
+  (node->next != nullptr ? node->next->previous : mLast) = node;
+  ++mCount;
+  return 1;
+}
+
+int PCList::Seek(int offset, int origin) {
+  PCMutexGuard guard(mLock);
+  Node* node = nullptr;
+  if (origin == First) node = mFirst;
+  if (origin == Current) node = mCursor;
+  if (origin == Last) node = mLast;
+  for (; node != nullptr && offset > 0; --offset) node = node->next;
+  for (; node != nullptr && offset < 0; ++offset) node = node->previous;
+  mCursor = node;
+  return node != nullptr ? 1 : 0;
+}
+
+void* PCList::Data() {
+  PCMutexGuard guard(mLock);
+  return mCursor != nullptr ? mCursor->element : nullptr;
+}
+
+int PCList::Delete() {
+  PCMutexGuard guard(mLock);
+  Node* node = mCursor;
+  if (node == nullptr) return 0;
+  mCursor = node->next;
+  (node->previous != nullptr ? node->previous->next : mFirst) = node->next;
+  (node->next != nullptr ? node->next->previous : mLast) = node->previous;
+  --mCount;
+  ::operator delete(node);
+  return 1;
+}
+
+int PCList::Destroy() {
+  {
+    PCMutexGuard guard(mLock);
+    mCursor = mFirst;
+    while (Delete() != 0) {
+    }
+  }
+  mLock.Destroy();
+  return 1;
+}

@@ -1,0 +1,210 @@
+// Opening, closing, users and handles.
+#include "registry/Registry.h"
+
+#include <new>
+
+#include "platform/PCFile.h"
+#include "registry/RegistryLock.h"
+#include "registry/RegistryRouting.h"
+#include "registry/UserId.h"
+#include "registry/store/FileHeader.h"
+
+namespace tamu::registry {
+
+namespace {
+
+constexpr unsigned int kHandleSlots = 50;  // of a new handle table
+
+char* CopyOf(const char* text) { return text != nullptr ? RCEString::Duplicate(text) : nullptr; }
+
+}  // namespace
+
+Registry::Registry(const char* filePath, const char* userName)
+    : path(CopyOf(filePath)), userId(UserIdOf(userName)) {}
+
+Registry::Registry(const char* filePath, unsigned int user)
+    : path(CopyOf(filePath)), userId(user) {}
+
+Registry::~Registry() {
+  Finalize();
+  delete keyTree;  // one whose opening failed
+  delete lock;     // one that outlived Finalize because others used the file
+  delete[] path;
+}
+
+unsigned int Registry::Initialize(unsigned int) {
+  if (path == nullptr) return status::kBadArgument;
+  if (instance != nullptr && instance->keyTree != nullptr) return status::kOk;
+  delete keyTree;  // one whose opening failed
+  keyTree = nullptr;
+  delete lock;
+  lock = RegistryLock::Make();
+  if (lock == nullptr) return status::kInputOutput;
+  if (instance == nullptr) instance = RegistryInstance::CreateInstance(path);
+  if (instance == nullptr) return status::kNoMemory;
+  // Another object has opened the file: this one shares the instance and gets no operations.
+  if (instance->keyTree != nullptr) return status::kOk;
+  const unsigned int checked = CheckFile();
+  if (checked != status::kOk) return checked;  // the reference is kept until Finalize
+  const unsigned int result = OpenTrees();
+  if (result != status::kOk) {
+    RegistryInstance::DeleteInstance(instance);
+    instance = nullptr;
+  }
+  return result;
+}
+
+// An existing file must begin with the magic words. Looked at through a file of its own: the store's
+// may be open for another registry.
+unsigned int Registry::CheckFile() const {
+  PCFile existing;
+  if (!existing.Create(path, PCFile::kReadWrite)) return status::kOk;
+  FileHeader header;
+  const bool complete = existing.Read(header.bytes(), FileHeader::kSize) != 0;
+  return complete && header.HasMagic() ? status::kOk : status::kInvalidFile;
+}
+
+// A key tree that cannot be opened stays attached, without use, until the next Initialize.
+unsigned int Registry::OpenTrees() {
+  List<void*>* handles = new (std::nothrow) List<void*>;
+  if (handles == nullptr || handles->EnsureCapacity(kHandleSlots) != status::kOk) {
+    delete handles;
+    return status::kNoMemory;
+  }
+  keyTree = new (std::nothrow) TernaryKeyTree(nullptr);
+  if (keyTree == nullptr || keyTree->Initialize(path) != status::kOk) {
+    delete handles;
+    return status::kNoMemory;
+  }
+  fileTree = new (std::nothrow) TernaryRegistry(keyTree->File(), nullptr);
+  if (fileTree == nullptr) {
+    delete handles;
+    return status::kNoMemory;
+  }
+  fileTree->ShareStore();
+  fileTree->Initialize(path);  // operations report what is wrong
+  instance->keyTree = keyTree;
+  instance->fileTree = fileTree;
+  instance->daemon = nullptr;
+  instance->handles = handles;
+  return status::kOk;
+}
+
+// Whoever is the last on the file destroys what the instance holds; the others only let go. A thread
+// may hold the file tree's lock for good: nothing here waits for it.
+void Registry::Finalize() {
+  if (instance != nullptr) {
+    keyTree = instance->keyTree;
+    fileTree = instance->fileTree;
+    List<void*>* handles = instance->handles;
+    const bool lastUser = instance->refCount == 1;
+    if (lastUser && IsReady()) DropHandles();
+    RegistryInstance::DeleteInstance(instance);
+    if (lastUser) {
+      delete fileTree;
+      if (keyTree != nullptr) keyTree->Finalize();
+      delete keyTree;
+      delete handles;
+      delete lock;
+      lock = nullptr;
+    }
+    keyTree = nullptr;
+    fileTree = nullptr;
+  }
+  directMode = 1;
+  instance = nullptr;
+}
+
+// Frees what the table's entries stand for, then the table's slots.
+void Registry::DropHandles() {
+  List<void*>& handles = *instance->handles;
+  for (unsigned int i = 1; i < handles.capacity; ++i) {
+    if (handles.isInvalidIndex(i)) continue;
+    keyTree->UnloadKeyTree(*handles.Get(i));  // the handle is void whatever the tree answers
+    handles.RemoveByIndex(i);
+  }
+  handles.RemoveAll();
+  Flush();
+  keyTree->UnloadKeyTree(nullptr);
+}
+
+unsigned int Registry::SetCurrentUser(const char* userName) {
+  userId = UserIdOf(userName);
+  return status::kOk;
+}
+
+unsigned int Registry::SetCurrentUserId(unsigned int user) {
+  userId = user;
+  return status::kOk;
+}
+
+unsigned int Registry::GetCurrentUserId(unsigned int* user) const {
+  if (user == nullptr) return status::kBadArgument;
+  *user = userId;
+  return status::kOk;
+}
+
+unsigned int Registry::Flush() { return IsReady() ? status::kOk : status::kNoRight; }
+
+unsigned int Registry::GetRegistryInfo(RegistryInfo* info) {
+  if (!IsReady()) return status::kNoRight;
+  if (info == nullptr) return status::kBadArgument;
+  PCMutexGuard guard(instance->operationLock);
+  return keyTree->GetRegistryInfo(info);
+}
+
+unsigned int Registry::RegisterCallback(unsigned char, Callback* callback) {
+  return UnregisterCallback(callback);
+}
+
+unsigned int Registry::UnregisterCallback(Callback* callback) {
+  if (instance == nullptr) return status::kNoRight;
+  return callback == nullptr ? status::kBadArgument : status::kNotSupported;
+}
+
+unsigned int Registry::OpenKey(const char* keyPath, unsigned int* handle, unsigned int) {
+  if (!IsReady()) return status::kNoRight;
+  if (handle == nullptr) return status::kBadArgument;
+  PCMutexGuard guard(instance->operationLock);
+  // From here on something may be loaded, also when the loading fails: the next operation without a
+  // handle has to unload it.
+  directMode = 0;
+  void* tree = nullptr;
+  unsigned int result = keyTree->LoadKeyTree(keyPath, tree);
+  if (result != status::kOk) return result;
+  result = instance->handles->Add(tree, handle);
+  if (result != status::kOk) keyTree->UnloadKeyTree(tree);
+  return result;
+}
+
+unsigned int Registry::CloseKey(unsigned int handle) {
+  if (handle == 0) return status::kBadArgument;
+  if (!IsReady()) return status::kNoRight;
+  PCMutexGuard guard(instance->operationLock);
+  List<void*>& handles = *instance->handles;
+  if (handles.isInvalidIndex(handle)) return status::kBadArgument;
+  void* tree = *handles.Get(handle);
+  handles.RemoveByIndex(handle);
+  return keyTree->UnloadKeyTree(tree);
+}
+
+unsigned int Registry::GetKeyTree(unsigned int handle, RegistryInterface*& tree,
+                                  void*& treeHandle) {
+  if (!IsReady()) return status::kNoRight;
+  OperationScope scope(*this, handle);
+  if (handle != 0) {
+    List<void*>& handles = *instance->handles;
+    if (handles.isInvalidIndex(handle)) return status::kBadArgument;
+    directMode = 0;
+    tree = keyTree;
+    treeHandle = *handles.Get(handle);
+    return status::kOk;
+  }
+  if (directMode == 0) DropHandles();
+  directMode = 1;
+  tree = fileTree;
+  treeHandle = nullptr;
+  return status::kOk;
+}
+
+}  // namespace tamu::registry

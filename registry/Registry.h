@@ -1,0 +1,137 @@
+// The registry: a persistent hierarchy of keys with typed values in one file. This header is all that
+// a client includes.
+#pragma once
+
+#include "platform/Export.h"
+#include "registry/KeyInfo.h"
+#include "registry/NameList.h"
+#include "registry/RCEString.h"
+#include "registry/RegistryInfo.h"
+#include "registry/RegistryStatus.h"
+#include "registry/UserId.h"
+#include "registry/Value.h"
+
+namespace tamu::registry {
+
+class Callback;
+class RegistryInstance;
+class RegistryInterface;
+class RegistryLock;
+class TernaryKeyTree;
+class TernaryRegistry;
+
+// Construct, Initialize, use, Finalize (the destructor does it too).
+//
+// One process works on one registry file at a time: opening a second path makes operations on the
+// first answer kInputOutput until it is finalised and opened again. Of several objects on the same
+// path only the one that opened the file has operations; the others answer kNoRight. Constructing,
+// initialising and finalising are serialised by the caller; operations may be called from any thread.
+//
+// Operations answer a status of registry/RegistryStatus.h (StatusText tells it in words): kNoRight on
+// an object that is not initialised, before anything else is looked at; kBadArgument for null pointers
+// where a text or place is needed and for invalid handles; kNoRight, kNotFound, kExists, kNoData,
+// kLimit as told; kNoSpace, kInputOutput, kNoMemory and kInvalidFile when the file cannot grow, cannot
+// be read or written, memory is short, or the file is damaged. Outputs are written only with kOk.
+//
+// Keys are named by a handle and a path. Handle 0: the path starts at the root, and the file is asked
+// directly. Another handle comes from OpenKey. Components of a path are separated by "/", one leading
+// "/" is ignored, bytes count exactly; null and "" name the handle's own key. An operation with handle
+// 0 closes every handle of the file, whoever opened it.
+//
+// Rights: a key's permission byte holds the owner's rights in the low nibble, everybody else's in the
+// high one: 1 read, 2 modify, 4 create, 8 delete.
+class YAX_API Registry {
+ public:
+  // `filePath` and `userName` are copied; the user's id is the name's hash (null counts as "").
+  Registry(const char* filePath, const char* userName);
+  Registry(const char* filePath, unsigned int user);
+  ~Registry();
+  Registry(const Registry&) = delete;
+  Registry& operator=(const Registry&) = delete;
+
+  // Opens the file; makes a new one of 75888 bytes when nothing is at the path. The argument is not
+  // used. On an object that is initialised: 0.
+  // kInvalidFile: the file is short or no registry, it is left alone. kNoMemory: no memory, or the
+  // file cannot be opened, made or used for another reason, it is left alone. kInputOutput: no
+  // semaphore. kBadArgument: null path.
+  unsigned int Initialize(unsigned int unused = 0);
+  // Gives the file up; the last object on a path closes it. Operations then answer kNoRight.
+  void Finalize();
+
+  unsigned int SetCurrentUser(const char* userName);  // 0
+  unsigned int SetCurrentUserId(unsigned int user);   // 0
+  unsigned int GetCurrentUserId(unsigned int* user) const;
+  // Every change is in the file at once; there is nothing to flush. Does not ask the disk.
+  unsigned int Flush();
+  unsigned int GetRegistryInfo(RegistryInfo* info);
+  // Change callbacks: kNotSupported.
+  unsigned int RegisterCallback(unsigned char events, Callback* callback);
+  unsigned int UnregisterCallback(Callback* callback);
+
+  // ---- handles
+
+  // Loads the subtree of a key and writes its handle, never 0. The last argument is not used.
+  unsigned int OpenKey(const char* keyPath, unsigned int* handle, unsigned int unused = 0);
+  unsigned int CloseKey(unsigned int handle);
+  // The tree and subtree that an operation with `handle` works on; for handle 0 the handles that were
+  // used are closed first.
+  unsigned int GetKeyTree(unsigned int handle, RegistryInterface*& tree, void*& treeHandle);
+
+  // ---- keys (RegistryKeys.cpp)
+
+  // Creates the last component; its parent must exist (kBadArgument) and give the right to create. The
+  // key gets the default value, or none. kExists.
+  unsigned int CreateKey(unsigned int handle, const char* keyPath, unsigned long long defaultValue);
+  unsigned int CreateKey(unsigned int handle, const char* keyPath);
+  unsigned int DeleteKey(unsigned int handle, const char* keyPath);
+  unsigned int GetKeyInfo(unsigned int handle, const char* keyPath, KeyInfo* info);
+  unsigned int GetKeyPermission(unsigned int handle, const char* keyPath, unsigned char* permission);
+  unsigned int SetKeyPermission(unsigned int handle, const char* keyPath, unsigned char permission);
+  unsigned int SetKeyWatch(unsigned int handle, const char* keyPath, unsigned char watch);
+  // Adds names to `list`, from number `first` on; `unused` is not passed on.
+  unsigned int ListKeys(unsigned int handle, const char* keyPath, unsigned int first,
+                        unsigned int unused, NameList* list, unsigned int flags);
+  unsigned int ListValues(unsigned int handle, const char* keyPath, unsigned int first,
+                          unsigned int unused, NameList* list);
+  unsigned int BackupKey(unsigned int handle, const char* keyPath, const char* backupFile);
+  unsigned int RestoreKey(unsigned int handle, const char* keyPath, const char* backupFile);
+
+  // ---- values (RegistryValues.cpp)
+
+  // Reads a value: sets type and size and a new buffer, the caller's (FreeValueData, or a ReadValue).
+  // Right: read. kNoData: the value is not set. Without a handle a number comes as its low 32 bits.
+  // With type kValueTypeOffset in the request: `data` must be the caller's, of at least 4 bytes, and
+  // receives the data's offset in the file instead; right: modify.
+  unsigned int GetValue(unsigned int handle, const char* keyPath, const char* name, Value* value);
+  // Replaces a value's type and data. Right: modify. A number is taken from the first four bytes.
+  unsigned int SetValue(unsigned int handle, const char* keyPath, const char* name, Value* value);
+  // Creates a value, named by at most 31 characters (more are cut off). Right: create. A name that
+  // exists is hidden by the new value. A number is taken from the first eight bytes. Null value: the
+  // value exists but is not set. kBadArgument: empty name; kLimit: more than 1024 bytes.
+  unsigned int CreateValue(unsigned int handle, const char* keyPath, const char* name, Value* value);
+  unsigned int DeleteValue(unsigned int handle, const char* keyPath, const char* name);
+  // A key's default value. Right: read; modify. kNoData: none is set.
+  unsigned int GetDefaultValue(unsigned int handle, const char* keyPath, unsigned long long* value);
+  unsigned int SetDefaultValue(unsigned int handle, const char* keyPath, unsigned long long value);
+
+ private:
+  class OperationScope;
+
+  // True when operations can be served.
+  bool IsReady() const { return keyTree != nullptr && fileTree != nullptr && instance != nullptr; }
+  unsigned int CheckFile() const;
+  unsigned int OpenTrees();
+  void DropHandles();
+  template <class Operation>
+  unsigned int Route(unsigned int handle, Operation operation);
+
+  char* path = nullptr;  // owned copy
+  TernaryKeyTree* keyTree = nullptr;
+  TernaryRegistry* fileTree = nullptr;
+  unsigned int userId;
+  RegistryInstance* instance = nullptr;
+  RegistryLock* lock = nullptr;
+  unsigned char directMode = 1;  // the last operation was without a handle
+};
+
+}  // namespace tamu::registry

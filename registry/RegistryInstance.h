@@ -1,0 +1,45 @@
+// What all Registry objects of the process on one path share.
+#pragma once
+
+#include "platform/PCMutex.h"
+#include "registry/List.h"
+
+namespace tamu::registry {
+
+class RegistryDaemon;
+class TernaryKeyTree;
+class TernaryRegistry;
+
+// Owns the trees and the handle table. The list of instances has no lock of its own: constructing,
+// initialising and finalising Registry objects is serialised by the caller.
+class RegistryInstance {
+ public:
+  // The instance of the path, with one more reference, or a new one with the first. Null when there is
+  // no memory.
+  static RegistryInstance* CreateInstance(const char* path);
+  // Drops a reference. kBusy while others are left; with the last the instance is gone: 0. The trees
+  // and the handle table, if any, are then the caller's.
+  static unsigned int DeleteInstance(RegistryInstance* instance);
+
+  static RegistryInstance* sFirstInstance;
+
+  char* path = nullptr;  // owned copy
+  TernaryKeyTree* keyTree = nullptr;
+  TernaryRegistry* fileTree = nullptr;
+  RegistryDaemon* daemon = nullptr;  // a third backend, never made
+  List<void*>* handles = nullptr;
+  unsigned int refCount = 1;
+  RegistryInstance* next = nullptr;
+  RegistryInstance* prev = nullptr;  // not followed: it may name an instance that is gone
+
+  // Held over every operation on the trees. Taken after the file tree's object lock, by operations
+  // without a handle, and before any lock of the key tree and the store.
+  PCMutex operationLock;
+
+ private:
+  RegistryInstance() = default;
+  ~RegistryInstance() { delete[] path; }
+  static RegistryInstance* Make(const char* path);
+};
+
+}  // namespace tamu::registry

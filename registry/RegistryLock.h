@@ -1,0 +1,37 @@
+// The lock object of a registry object.
+#pragma once
+
+#include "platform/PCMutex.h"
+#include "platform/PCSemaphore.h"
+
+namespace tamu::registry {
+
+// Made with a Registry's opening and destroyed with its closing; no operation takes it.
+class RegistryLock {
+ public:
+  RegistryLock() = default;
+  RegistryLock(const RegistryLock&) = delete;
+  RegistryLock& operator=(const RegistryLock&) = delete;
+
+  // A lock object whose three semaphores exist, with the counts 1, 0 and 0; the caller owns it. Null
+  // when one of them cannot be made.
+  static RegistryLock* Make();
+
+ private:
+  struct Part {
+    PCSemaphore semaphore;
+    bool created = false;
+  };
+
+  static bool Create(Part* part, unsigned int count);
+
+  PCMutex mutex_;
+  Part first_;
+  unsigned int firstCounter_ = 0;
+  Part second_;
+  Part third_;
+  RegistryLock* self_ = this;
+  unsigned int counters_[2] = {};
+};
+
+}  // namespace tamu::registry

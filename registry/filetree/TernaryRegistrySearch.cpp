@@ -1,0 +1,136 @@
+// Finding a key by its path.
+#include "registry/filetree/TernaryRegistry.h"
+
+namespace tamu::registry {
+
+namespace {
+
+// Compares the node's segment with the path and, when both differ or the path ends first, tells the
+// index at which the segment would have to be cut. The path's end is looked at before the bytes, so
+// that a zero byte in a damaged segment never leads beyond it.
+bool MatchesSegment(const TernaryStringNode& node, const char* path, int* cut) {
+  const unsigned int length = node.segmentLength();
+  for (unsigned int k = 0; k < length; ++k) {
+    const bool differs = path[k] == 0 || static_cast<signed char>(path[k]) != node.segment(k);
+    if (differs || path[k + 1] == 0) {
+      *cut = static_cast<int>(k);
+      return false;
+    }
+  }
+  return true;
+}
+
+}  // namespace
+
+unsigned int TernaryRegistry::Search(AccessScope& access, unsigned int startNode, const char* path,
+                                     KeyMatchDescriptor* match) {
+  if (path == nullptr) path = "";
+  match->directory = startNode;
+  unsigned int p = path[0] == '/' ? 1 : 0;
+  TernaryStringNode node;
+  unsigned int result = access.Read(startNode, &node);
+  if (result != status::kOk) return result;
+  match->node = startNode;
+  if (path[p] == 0) {
+    match->keyNode = node.keyNode();
+    return status::kOk;
+  }
+  match->position = p;
+  if (node.child() == 0) {
+    match->flags = KeyMatchDescriptor::kMatchChild;
+    return status::kNotFound;
+  }
+  unsigned int next = node.child();
+  match->node = startNode;
+  // More steps than there are nodes: the links form a circle.
+  const unsigned int limit = file->Descriptor(NodeKind::kString).totalNodes + 1;
+  for (unsigned int steps = 0; steps < limit; ++steps) {
+    match->previous = match->node;
+    match->node = next;
+    match->flags = 0;
+    match->position = p;
+    result = access.Read(next, &node);
+    if (result != status::kOk) return result;
+    if (!node.HasValidSegment()) return status::kInvalidFile;
+    if (!MatchesSegment(node, path + p, &match->splitIndex)) return status::kNotFound;
+    p += node.segmentLength();
+    match->position = p;
+    const signed char c = static_cast<signed char>(path[p]);
+    if (c != node.splitChar() || c == 0) {
+      next = c < node.splitChar() ? node.lo() : node.hi();
+    } else {
+      match->flags = KeyMatchDescriptor::kMatchEqual;
+      ++p;
+      match->position = p;
+      if (path[p] == 0) {
+        if (!node.hasKey()) return status::kNotFound;
+        match->keyNode = node.keyNode();
+        return status::kOk;
+      }
+      next = node.equal();
+      if (path[p] == '/') {
+        ++p;
+        match->position = p;
+        if (path[p] == 0) {
+          match->keyNode = node.keyNode();  // a name without key counts, as key 0
+          return status::kOk;
+        }
+        match->flags |= KeyMatchDescriptor::kMatchChild;
+        match->directory = match->node;
+        next = node.child();
+      }
+    }
+    if (next == 0) return status::kNotFound;
+  }
+  return status::kInvalidFile;
+}
+
+unsigned int TernaryRegistry::FindKey(unsigned int startNode, const char* path,
+                                      KeyMatchDescriptor* match) {
+  if (match == nullptr) return status::kBadArgument;
+  PCMutexGuard guard(lock_);
+  if (file == nullptr) return status::kNoRight;
+  AccessScope access(*file);
+  return Search(access, startNode, path, match);
+}
+
+// Key creation uses the same start node.
+unsigned int TernaryRegistry::StartNodeOf(const void* tree) {
+  return tree == nullptr ? file->GetStartNode(0) : 0;
+}
+
+unsigned int TernaryRegistry::FindKey(void* tree, const char* path, unsigned int* stringNode,
+                                      unsigned int* keyNode) {
+  if (stringNode == nullptr || keyNode == nullptr) return status::kBadArgument;
+  PCMutexGuard guard(lock_);
+  if (file == nullptr) return status::kNoRight;
+  AccessScope access(*file);
+  KeyMatchDescriptor match;
+  const unsigned int result = Search(access, StartNodeOf(tree), path, &match);
+  if (result != status::kOk) return result;
+  *stringNode = match.node;
+  *keyNode = match.keyNode;
+  return status::kOk;
+}
+
+bool TernaryRegistry::isPermissible(const TernaryKeyNode* key, unsigned int user,
+                                    unsigned char access) {
+  const bool asOwner = user == kAdministratorId || user == key->owner();
+  const unsigned int rights = asOwner ? key->permission() & 0x0F : key->permission() >> 4;
+  return (rights & access) != 0;
+}
+
+unsigned int TernaryRegistry::ReachKey(AccessScope& access, unsigned int user, const void* tree,
+                                       const char* path, unsigned char right, unsigned int* keyId,
+                                       TernaryKeyNode* key) {
+  KeyMatchDescriptor match;
+  unsigned int result = Search(access, StartNodeOf(tree), path, &match);
+  if (result != status::kOk) return result;
+  result = access.Read(match.keyNode, key);
+  if (result != status::kOk) return result;
+  if (!isPermissible(key, user, right)) return status::kNoRight;
+  *keyId = match.keyNode;
+  return status::kOk;
+}
+
+}  // namespace tamu::registry

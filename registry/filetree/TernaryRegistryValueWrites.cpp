@@ -1,0 +1,200 @@
+// Creating, changing and deleting values and default values.
+#include "platform/PCMem.h"
+#include "registry/filetree/TernaryRegistry.h"
+
+namespace tamu::registry {
+
+namespace {
+
+// The first bytes of a value's data as a number: as many as there are, at most `width`.
+unsigned long long LeadingBytes(const Value& value, unsigned int width) {
+  unsigned char bytes[TernaryValueNode::kInlineSize] = {};
+  PCMem::Copy(bytes, value.data, value.size < width ? value.size : width);
+  return GetU64(bytes);
+}
+
+// What every writer refuses before it looks at the file.
+unsigned int CheckValue(const char* name, const Value* value) {
+  if (name == nullptr || value == nullptr) return status::kBadArgument;
+  if (value->size > 0 && value->data == nullptr) return status::kBadArgument;
+  return value->size > kValueDataMax ? status::kLimit : status::kOk;
+}
+
+}  // namespace
+
+unsigned int TernaryRegistry::CreateValue(unsigned int user, void* tree, const char* path,
+                                          const char* name, Value* value) {
+  unsigned int result = CheckValue(name, value);
+  if (result != status::kOk) return result;
+  if (value->type == kValueTypeInteger && value->data == nullptr) return status::kBadArgument;
+  PCMutexGuard guard(lock_);
+  if (file == nullptr) return status::kNoRight;
+  ChangeScope changes(*file);
+  unsigned int keyId = 0;
+  TernaryKeyNode key;
+  result = ReachKey(changes, user, tree, path, kCreate, &keyId, &key);
+  if (result != status::kOk) return result;
+  if (value->type > kValueTypeMax) return status::kNoData;
+  unsigned int valueId = 0;
+  result = file->AcquireSlot(changes.id(), NodeKind::kValue, &valueId);
+  if (result != status::kOk) return result;
+  // A number's bytes are stored in blocks too, which nothing ever frees. Test:
+  // FileTreeValues.ANumberCreatedFromAValueTakesBlocksThatNobodyFrees
+  const bool isNumber = value->type == kValueTypeInteger;
+  unsigned int block = 0;
+  if (value->size > 0) {
+    result = file->WriteData(changes.id(), value->data, value->size, &block);
+    if (result != status::kOk && !isNumber) {
+      file->ReleaseValueNode(changes.id(), valueId, nullptr);
+      return result;
+    }
+  }
+  TernaryValueNode record;
+  record.setName(name);
+  record.setType(value->type);
+  record.setSet(value->size != 0);
+  record.setInBlocks(!isNumber);
+  record.setDataSize(isNumber ? TernaryValueNode::kInlineSize : value->size);
+  if (isNumber) {
+    record.setNumber(LeadingBytes(*value, TernaryValueNode::kInlineSize));
+  } else {
+    record.setDataWord(block);
+  }
+  return LinkNewValue(changes, keyId, &key, valueId, &record);
+}
+
+unsigned int TernaryRegistry::CreateValue(unsigned int user, void* tree, const char* path,
+                                          const char* name, unsigned long long number, bool set) {
+  if (name == nullptr) return status::kBadArgument;
+  PCMutexGuard guard(lock_);
+  if (file == nullptr) return status::kNoRight;
+  ChangeScope changes(*file);
+  unsigned int keyId = 0;
+  TernaryKeyNode key;
+  unsigned int result = ReachKey(changes, user, tree, path, kCreate, &keyId, &key);
+  if (result != status::kOk) return result;
+  unsigned int valueId = 0;
+  result = file->AcquireSlot(changes.id(), NodeKind::kValue, &valueId);
+  if (result != status::kOk) return result;
+  TernaryValueNode record;
+  record.setName(name);
+  record.setSet(set);
+  record.setDataSize(TernaryValueNode::kInlineSize);
+  record.setNumber(number);
+  return LinkNewValue(changes, keyId, &key, valueId, &record);
+}
+
+// Puts the value at the head of the key's chain. Failed writes are not reported, but a value that
+// could not be written is never linked, so that the chain stays whole.
+unsigned int TernaryRegistry::LinkNewValue(ChangeScope& changes, unsigned int keyId,
+                                           TernaryKeyNode* key, unsigned int valueId,
+                                           TernaryValueNode* record) {
+  record->setNextValue(key->firstValue());
+  if (file->WriteValueNode(changes.id(), valueId, record, false) != status::kOk) {
+    file->ReleaseValueNode(changes.id(), valueId, nullptr);
+    return status::kOk;
+  }
+  key->setFirstValue(valueId);
+  if (key->valueCount() < 0xFFFF) key->setValueCount(key->valueCount() + 1u);
+  file->WriteKeyNode(changes.id(), keyId, key, false);
+  return status::kOk;
+}
+
+unsigned int TernaryRegistry::SetValue(unsigned int user, void* tree, const char* path,
+                                       const char* name, Value* value) {
+  unsigned int result = CheckValue(name, value);
+  if (result != status::kOk) return result;
+  PCMutexGuard guard(lock_);
+  if (file == nullptr) return status::kNoRight;
+  ChangeScope changes(*file);
+  unsigned int keyId = 0;
+  TernaryKeyNode key;
+  result = ReachKey(changes, user, tree, path, kModify, &keyId, &key);
+  if (result != status::kOk) return result;
+  if (value->type > kValueTypeMax) return status::kNoData;
+  unsigned int valueId = 0;
+  TernaryValueNode record;
+  result = FindInChain(changes, key, name, &valueId, &record);
+  if (result != status::kOk) return result;
+  return ReplaceData(changes, *value, valueId, &record);
+}
+
+// The old blocks are given back first, so that the new data takes them again. From then on the record
+// must not lead to them: where the new data may still fail it is left unset.
+unsigned int TernaryRegistry::ReplaceData(ChangeScope& changes, const Value& value,
+                                          unsigned int valueId, TernaryValueNode* record) {
+  if (record->isInBlocks() && record->dataWord() != 0) {
+    file->DeleteData(changes.id(), record->dataWord());  // a damaged chain stays where it is
+  }
+  const bool isNumber = value.type == kValueTypeInteger;
+  record->setType(value.type);
+  record->setInBlocks(!isNumber);
+  record->setDataSize(value.size);
+  unsigned int block = 0;
+  unsigned int stored = status::kOk;
+  if (!isNumber && value.size > 0) {
+    if (file->DataNeedsGrowth(value.size)) {
+      // A growth that fails closes the file: the record must be right before.
+      record->setDataWord(0);
+      record->setSet(false);
+      file->WriteValueNode(changes.id(), valueId, record, false);  // the last write reports
+    }
+    stored = file->WriteData(changes.id(), value.data, value.size, &block);
+  }
+  // Of a number only the low half is written: the upper half of an older one stays.
+  // Test: FileTreeValues.SettingANumberKeepsTheUpperHalfOfTheOldOne
+  record->setDataWord(isNumber ? static_cast<unsigned int>(LeadingBytes(value, 4)) : block);
+  record->setSet(stored == status::kOk);
+  const unsigned int written = file->WriteValueNode(changes.id(), valueId, record, false);
+  return stored != status::kOk ? stored : written;
+}
+
+// What leads to the value is written before its slot is given back. Its data blocks stay in use.
+// Test: FileTreeValues.DeletingAValueKeepsItsBlocksInUse
+unsigned int TernaryRegistry::DeleteValue(unsigned int user, void* tree, const char* path,
+                                          const char* name) {
+  if (name == nullptr) return status::kBadArgument;
+  PCMutexGuard guard(lock_);
+  if (file == nullptr) return status::kNoRight;
+  ChangeScope changes(*file);
+  unsigned int keyId = 0;
+  TernaryKeyNode key;
+  unsigned int result = ReachKey(changes, user, tree, path, kDelete, &keyId, &key);
+  if (result != status::kOk) return result;
+  unsigned int valueId = 0;
+  unsigned int beforeId = 0;
+  TernaryValueNode record;
+  result = FindInChain(changes, key, name, &valueId, &record, &beforeId);
+  if (result != status::kOk) return result;
+  if (beforeId != 0) {
+    TernaryValueNode before;
+    if (changes.Read(beforeId, &before) != status::kOk) return status::kCannotOpen;
+    before.setNextValue(record.nextValue());
+    result = file->WriteValueNode(changes.id(), beforeId, &before, false);
+    if (result != status::kOk) return result;
+  } else {
+    key.setFirstValue(record.nextValue());
+  }
+  if (key.valueCount() > 0) key.setValueCount(key.valueCount() - 1u);
+  result = file->WriteKeyNode(changes.id(), keyId, &key, false);
+  if (result == status::kOk || beforeId != 0) {
+    file->ReleaseValueNode(changes.id(), valueId, nullptr);  // kept in use when it cannot be freed
+  }
+  return result;
+}
+
+unsigned int TernaryRegistry::SetDefaultValue(unsigned int user, void* tree, const char* path,
+                                              unsigned long long value, bool clear) {
+  PCMutexGuard guard(lock_);
+  if (file == nullptr) return status::kNoRight;
+  ChangeScope changes(*file);
+  unsigned int keyId = 0;
+  TernaryKeyNode key;
+  const unsigned int result = ReachKey(changes, user, tree, path, kModify, &keyId, &key);
+  if (result != status::kOk) return result;
+  if (!clear) key.setDefaultValue(value);
+  key.setDefaultSet(!clear);
+  return file->WriteKeyNode(changes.id(), keyId, &key, false);
+}
+
+}  // namespace tamu::registry

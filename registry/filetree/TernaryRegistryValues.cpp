@@ -1,0 +1,146 @@
+// Reading values and default values.
+#include <new>
+
+#include "platform/PCMem.h"
+#include "registry/filetree/TernaryRegistry.h"
+
+namespace tamu::registry {
+
+// Looks along a key's chain, newest first. *beforeId, if wanted, is the value before it, 0 for the
+// first.
+unsigned int TernaryRegistry::FindInChain(AccessScope& access, const TernaryKeyNode& key,
+                                          const char* name, unsigned int* valueId,
+                                          TernaryValueNode* record, unsigned int* beforeId) {
+  const unsigned int limit = file->Descriptor(NodeKind::kValue).totalNodes;
+  unsigned int before = 0;
+  unsigned int id = key.firstValue();
+  for (unsigned int steps = 0; id != 0; ++steps) {
+    if (steps >= limit) return status::kInvalidFile;  // the links form a circle
+    if (access.Read(id, record) != status::kOk) return status::kCannotOpen;
+    if (record->hasName(name)) {
+      *valueId = id;
+      if (beforeId != nullptr) *beforeId = before;
+      return status::kOk;
+    }
+    before = id;
+    id = record->nextValue();
+  }
+  return status::kNotFound;
+}
+
+unsigned int TernaryRegistry::FindValue(unsigned int keyNode, const char* name,
+                                        unsigned int* valueNode, TernaryValueNode*& record) {
+  if (name == nullptr || valueNode == nullptr) return status::kBadArgument;
+  PCMutexGuard guard(lock_);
+  if (file == nullptr) return status::kNoRight;
+  AccessScope access(*file);
+  TernaryKeyNode key;
+  unsigned int result = access.Read(keyNode, &key);
+  if (result != status::kOk) return result;
+  TernaryValueNode found;
+  unsigned int id = 0;
+  result = FindInChain(access, key, name, &id, &found);
+  if (result != status::kOk) return result;
+  TernaryValueNode* copy = new (std::nothrow) TernaryValueNode(found);
+  if (copy == nullptr) return status::kNoMemory;
+  *valueNode = id;
+  record = copy;
+  return status::kOk;
+}
+
+unsigned int TernaryRegistry::GetValue(unsigned int user, void* tree, const char* path,
+                                       const char* name, Value* value) {
+  if (name == nullptr || value == nullptr) return status::kBadArgument;
+  PCMutexGuard guard(lock_);
+  if (file == nullptr) return status::kNoRight;
+  AccessScope access(*file);
+  unsigned int keyId = 0;
+  TernaryKeyNode key;
+  unsigned int result = ReachKey(access, user, tree, path, kRead, &keyId, &key);
+  if (result != status::kOk) return result;
+  unsigned int valueId = 0;
+  TernaryValueNode record;
+  result = FindInChain(access, key, name, &valueId, &record);
+  if (result != status::kOk) return result;
+  if (!record.isSet()) return status::kNoData;
+
+  // Zeroed, so that what the file does not give is not memory of somebody else.
+  const unsigned int capacity = 4 * record.dataSize() + TernaryValueNode::kInlineSize;
+  unsigned char* buffer = new (std::nothrow) unsigned char[capacity]();
+  if (buffer == nullptr) return status::kNoMemory;
+  if (record.isInBlocks()) {
+    unsigned int size = record.dataSize();
+    result = file->ReadData(buffer, &size, record.dataWord());
+    if (result == status::kOk && size < record.dataSize()) result = status::kInvalidFile;
+    if (result != status::kOk) {
+      delete[] buffer;
+      return result;
+    }
+  } else {
+    // A number comes as its low 32 bits. Test: FileTreeValues.ANumberIsReadAsItsLowHalf
+    PutU32(buffer, record.dataWord());
+  }
+  value->type = record.type();
+  value->size = record.dataSize();
+  value->data = buffer;
+  return status::kOk;
+}
+
+unsigned int TernaryRegistry::GetDefaultValue(unsigned int user, void* tree, const char* path,
+                                              unsigned long long* value) {
+  if (value == nullptr) return status::kBadArgument;
+  PCMutexGuard guard(lock_);
+  if (file == nullptr) return status::kNoRight;
+  AccessScope access(*file);
+  unsigned int keyId = 0;
+  TernaryKeyNode key;
+  const unsigned int result = ReachKey(access, user, tree, path, kRead, &keyId, &key);
+  if (result != status::kOk) return result;
+  if (!key.isDefaultSet()) return status::kNoData;
+  *value = key.defaultValue();
+  return status::kOk;
+}
+
+unsigned int TernaryRegistry::GetSetValue(unsigned int user, void* tree, const char* path,
+                                          const char* name, unsigned long long* number, bool get) {
+  if (number == nullptr) return status::kBadArgument;
+  if (!get) {
+    unsigned char bytes[TernaryValueNode::kInlineSize];
+    PutU64(bytes, *number);
+    Value value = {kValueTypeInteger, sizeof bytes, bytes};
+    return SetValue(user, tree, path, name, &value);
+  }
+  ReadValue value(kValueTypeInteger);
+  const unsigned int result = GetValue(user, tree, path, name, &value);
+  if (result == status::kOk) *number = value.number();
+  return result;
+}
+
+unsigned int TernaryRegistry::GetValueOffset(unsigned int user, void* tree, const char* path,
+                                             const char* name, unsigned int* offset) {
+  if (name == nullptr || offset == nullptr) return status::kBadArgument;
+  PCMutexGuard guard(lock_);
+  if (file == nullptr) return status::kNoRight;
+  AccessScope access(*file);
+  unsigned int keyId = 0;
+  TernaryKeyNode key;
+  unsigned int result = ReachKey(access, user, tree, path, kModify, &keyId, &key);
+  if (result != status::kOk) return result;
+  unsigned int valueId = 0;
+  TernaryValueNode record;
+  result = FindInChain(access, key, name, &valueId, &record);
+  if (result != status::kOk) return result;
+  if (!record.isSet()) return status::kNoData;
+  unsigned int start = 0;
+  if (record.isInBlocks()) {
+    if (record.dataWord() == 0) return status::kNoData;
+    result = file->Resolve(NodeKind::kData, record.dataWord(), start);
+  } else {
+    result = file->Resolve(NodeKind::kValue, valueId, start);
+    start += TernaryValueNode::kOffData;
+  }
+  if (result == status::kOk) *offset = start;
+  return result;
+}
+
+}  // namespace tamu::registry

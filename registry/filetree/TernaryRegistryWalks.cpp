@@ -1,0 +1,98 @@
+// Walks over the names alone.
+#include "registry/Array.h"
+#include "registry/filetree/TernaryRegistry.h"
+
+namespace tamu::registry {
+
+namespace {
+
+// Nodes that are still to be visited, on the heap: a tree may be thousands of nodes deep.
+class NodeStack {
+ public:
+  // False when there is no memory. Id 0 is not kept.
+  bool Push(unsigned int id) {
+    if (id == 0) return true;
+    if (count_ == ids_.capacity) {
+      const unsigned int wanted = count_ == 0 ? 64 : count_ * 2;
+      if (ids_.EnsureCapacity(wanted) != status::kOk) return false;
+    }
+    *ids_[count_++] = id;
+    return true;
+  }
+  bool IsEmpty() const { return count_ == 0; }
+  unsigned int Pop() { return *ids_[--count_]; }
+
+ private:
+  Array<unsigned int> ids_;
+  unsigned int count_ = 0;
+};
+
+}  // namespace
+
+unsigned int TernaryRegistry::ReadNodeTree(unsigned int node, unsigned int* ids,
+                                           unsigned int* count, unsigned int capacity) {
+  if (ids == nullptr || count == nullptr) return status::kBadArgument;
+  PCMutexGuard guard(lock_);
+  if (file == nullptr) return status::kNoRight;
+  AccessScope access(*file);
+  NodeStack open;
+  if (!open.Push(node)) return status::kNoMemory;
+  unsigned int left = file->Descriptor(NodeKind::kString).totalNodes;  // a circle never ends
+  while (!open.IsEmpty()) {
+    if (left-- == 0) return status::kInvalidFile;
+    const unsigned int result = access.Read(open.Pop(), &nodeBuffer);
+    if (result != status::kOk) return result;
+    if (*count > capacity || capacity - *count < 3) return status::kLimit;
+    const unsigned int equal = nodeBuffer.hasKey() ? 0 : nodeBuffer.equal();
+    const unsigned int hi = nodeBuffer.hi();
+    const unsigned int lo = nodeBuffer.lo();
+    if (equal == 0 && hi == 0 && lo == 0) continue;
+    ids[(*count)++] = equal;
+    ids[(*count)++] = hi;
+    ids[(*count)++] = lo;
+    if (!open.Push(lo) || !open.Push(hi) || !open.Push(equal)) return status::kNoMemory;
+  }
+  return status::kOk;
+}
+
+unsigned int TernaryRegistry::FindSuffix(const char* path, unsigned int* lastBranch,
+                                         unsigned int* next) {
+  if (path == nullptr || lastBranch == nullptr || next == nullptr) return status::kBadArgument;
+  PCMutexGuard guard(lock_);
+  if (file == nullptr) return status::kNoRight;
+  AccessScope access(*file);
+  unsigned int id = file->GetStartNode(0);
+  unsigned int branch = 0;
+  unsigned int behindBranch = 0;
+  const unsigned int limit = file->Descriptor(NodeKind::kString).totalNodes + 1;
+  for (unsigned int steps = 0; id != 0 && steps < limit; ++steps) {
+    TernaryStringNode node;
+    const unsigned int result = access.Read(id, &node);
+    if (result != status::kOk) return result;
+    if (!node.HasValidSegment()) return status::kInvalidFile;
+    for (unsigned int k = 0; k < node.segmentLength(); ++k, ++path) {
+      if (*path != 0 && static_cast<signed char>(*path) == node.segment(k)) continue;
+      return *path == 0 && node.segment(k) == '/' ? status::kOk : status::kNotFound;
+    }
+    if (behindBranch == 0 && branch != 0) behindBranch = id;
+    if (node.lo() != 0 || node.hi() != 0) {
+      branch = id;
+      behindBranch = 0;
+    }
+    const signed char c = static_cast<signed char>(*path);
+    if (node.splitChar() == 0 && node.equal() != 0) {
+      *lastBranch = branch;
+      *next = behindBranch != 0 ? behindBranch : node.equal();
+      return status::kOk;
+    }
+    if (c == node.splitChar() && c != 0) {
+      ++path;
+      id = node.equal();
+    } else {
+      id = c < node.splitChar() ? node.lo() : node.hi();
+    }
+  }
+  return id == 0 ? status::kNotFound : status::kInvalidFile;
+}
+
+}  // namespace tamu::registry

@@ -1,0 +1,60 @@
+// Opening and closing.
+#include "registry/memtree/TernaryKeyTree.h"
+
+#include <new>
+
+#include "registry/store/TernaryFile.h"
+
+namespace tamu::registry {
+
+TernaryKeyTree::TernaryKeyTree(RegistryDaemon* daemonObject) : daemon(daemonObject) {}
+
+TernaryKeyTree::~TernaryKeyTree() { Finalize(); }
+
+unsigned int TernaryKeyTree::Initialize(const char* path) {
+  if (!spareLock.Create()) return status::kInputOutput;
+  if (!treeLock.Create()) {
+    spareLock.Destroy();
+    return status::kInputOutput;
+  }
+  CloseFile();
+  file = new (std::nothrow) TernaryFile;
+  if (file == nullptr) {
+    spareLock.Destroy();
+    treeLock.Destroy();
+    return status::kNoMemory;
+  }
+  unsigned int result = file->Initialize(path);
+  if (result == status::kCannotOpen) {
+    // A file that exists and cannot be opened must not be emptied by making it.
+    if (!file->PathMissing()) return status::kNoSpace;
+    result = file->CreateRegistryFile(path, TernaryFile::kDefaultBudget);
+    if (result != status::kOk) return result;
+    result = file->Initialize(path);
+  }
+  if (result == status::kOk) initialized = 1;
+  return result;
+}
+
+unsigned int TernaryKeyTree::Finalize() {
+  CloseFile();
+  spareLock.Destroy();
+  treeLock.Destroy();
+  initialized = 0;
+  return status::kOk;
+}
+
+void TernaryKeyTree::CloseFile() {
+  if (file != nullptr) file->Finalize();
+  delete file;
+  file = nullptr;
+}
+
+unsigned int TernaryKeyTree::GetRegistryInfo(RegistryInfo* info) {
+  if (info == nullptr) return status::kBadArgument;
+  PCMutexGuard guard(treeLock);
+  if (initialized == 0) return status::kNoRight;
+  return file->GetRegistryInfo(info);
+}
+
+}  // namespace tamu::registry

@@ -1,0 +1,90 @@
+// Growing the file by a table and its area.
+#include <new>
+
+#include "registry/store/FileLayout.h"
+#include "registry/store/ProcessFile.h"
+#include "registry/store/TernaryFile.h"
+
+namespace tamu::registry {
+
+// The new table becomes part of the chain with the very last write. A power cut or a failure before
+// leaves a registry that is complete without it; what was appended is cut off or written over.
+unsigned int TernaryFile::ExpandFile(TernaryNodeDescriptor* descriptor, unsigned int recordSize,
+                                     unsigned int count) {
+  if (descriptor == nullptr || count == 0) return status::kBadArgument;
+  AccessScope access(*this);
+  if (!IsAccessible()) return status::kInputOutput;
+  if (descriptor->tableCount >= descriptor->tableCapacity) return status::kLimit;
+  if (descriptor->damaged || descriptor->lastTable == nullptr || !MayGrow()) {
+    return status::kInvalidFile;
+  }
+  const unsigned int oldSize = header_.fileSize();
+  const unsigned long long areaSize = static_cast<unsigned long long>(count) * recordSize;
+  const unsigned long long tableSize =
+      NodeAllocationTable::kSize +
+      static_cast<unsigned long long>(NodeAllocationTable::kEntrySize) * count;
+  const unsigned long long newSize = oldSize + tableSize + areaSize;
+  if (count > NodeAllocationTable::kMaxEntries || newSize > FileLayout::kMaxFileSize ||
+      !file.Seek(static_cast<unsigned int>(newSize))) {
+    AbandonFile();
+    return status::kNoSpace;
+  }
+  NodeAllocationTable* table = new (std::nothrow) NodeAllocationTable;
+  if (table == nullptr) {
+    AbandonFile();
+    return status::kNoMemory;
+  }
+  table->setTableOffset(oldSize);
+  table->setAreaOffset(static_cast<unsigned int>(oldSize + tableSize));
+  table->setEntryCount(count);
+  table->setTableNumber(descriptor->lastTable->tableNumber() + 1);
+  table->setFreeCount(count - 1);
+  unsigned int result = WriteNewTable(*table, static_cast<unsigned int>(areaSize));
+  if (result == status::kOk) {
+    result = LinkNewTable(descriptor->lastTable, *table, static_cast<unsigned int>(newSize));
+  }
+  if (result != status::kOk) {
+    AbandonFile();
+    delete table;
+    return result;
+  }
+  file.Protect(static_cast<unsigned int>(newSize));
+  descriptor->Append(table);
+  return status::kOk;
+}
+
+// A damaged chain may have tables that this store does not know, behind the length that the header
+// tells: nothing is written over them.
+bool TernaryFile::MayGrow() const {
+  bool anyDamaged = false;
+  for (const TernaryNodeDescriptor& each : descriptors_) anyDamaged = anyDamaged || each.damaged;
+  return !anyDamaged || file.Size() <= header_.fileSize();
+}
+
+unsigned int TernaryFile::WriteNewTable(const NodeAllocationTable& table, unsigned int areaSize) {
+  unsigned int result =
+      WriteHeld(table.tableOffset(), NodeAllocationTable::kSize, table.bytes());
+  if (result != status::kOk) return result;
+  result = FileFillSequence(table.entriesOffset(), 0, 1, table.entryCount());
+  if (result != status::kOk) return result;
+  return FileFillZero(table.areaOffset(), areaSize);
+}
+
+unsigned int TernaryFile::LinkNewTable(NodeAllocationTable* last, const NodeAllocationTable& table,
+                                       unsigned int fileSize) {
+  const unsigned int oldSize = header_.fileSize();
+  header_.setFileSize(fileSize);
+  unsigned int result = WriteHeader(0, &header_);
+  if (result == status::kOk) {
+    last->setNextTable(table.tableOffset());
+    result = WriteHeld(last->tableOffset(), NodeAllocationTable::kSize, last->bytes());
+  }
+  if (result == status::kOk) return status::kOk;
+  last->setNextTable(0);
+  header_.setFileSize(oldSize);
+  WriteHeld(last->tableOffset(), NodeAllocationTable::kSize, last->bytes());  // as far as possible
+  WriteHeader(0, &header_);
+  return result;
+}
+
+}  // namespace tamu::registry

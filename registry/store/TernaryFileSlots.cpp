@@ -1,0 +1,99 @@
+// The free lists: taking slots and giving them back.
+#include "registry/store/TernaryFile.h"
+
+namespace tamu::registry {
+
+namespace {
+
+// Slot 0 is the list's head: a free or used slot is 1 to entryCount - 1.
+bool IsSlot(unsigned int slot, const NodeAllocationTable& table) {
+  return slot >= 1 && slot < table.entryCount();
+}
+
+bool Contains(const unsigned int* values, unsigned int count, unsigned int value) {
+  for (unsigned int i = 0; i < count; ++i) {
+    if (values[i] == value) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+// freeCount and entry 0 lie side by side and are written as one. Memory follows the file.
+unsigned int TernaryFile::WriteFreeListHead(unsigned int changes, NodeAllocationTable* table,
+                                            unsigned int freeCount, unsigned int head) {
+  unsigned char bytes[8];
+  PutU32(bytes, freeCount);
+  PutU32(bytes + 4, head);
+  const unsigned int result = WriteChanges(changes, table->freeCountOffset(), sizeof bytes, bytes);
+  if (result == status::kOk) table->setFreeCount(freeCount);
+  return result;
+}
+
+unsigned int TernaryFile::AcquireNodeId(unsigned int changes, unsigned int* id,
+                                        NodeAllocationTable* table) {
+  if (id == nullptr || table == nullptr) return status::kBadArgument;
+  unsigned int slot = 0;
+  const unsigned int result = AcquireNodeIndexes(changes, &slot, table, 1);
+  if (result == status::kOk) *id = MakeNodeId(table->tableNumber(), slot);
+  return result;
+}
+
+// The list's head moves first: a power cut before the last entry is zeroed loses slots that nothing
+// refers to yet, and never hands one out twice.
+unsigned int TernaryFile::AcquireNodeIndexes(unsigned int changes, unsigned int* indexes,
+                                             NodeAllocationTable* table, unsigned int count) {
+  if (indexes == nullptr || table == nullptr) return status::kBadArgument;
+  if (count == 0) return status::kOk;
+  AccessScope access(*this);
+  if (table->freeCount() < count) return status::kNoSpace;
+  unsigned int next = 0;
+  unsigned int result = FileReadInteger(table->entriesOffset(), &next);
+  for (unsigned int taken = 0; taken < count && result == status::kOk; ++taken) {
+    if (!IsSlot(next, *table) || Contains(indexes, taken, next)) return status::kInvalidFile;
+    indexes[taken] = next;
+    result = FileReadInteger(table->entryOffset(next), &next);
+  }
+  if (result != status::kOk) return result;
+  const unsigned int last = indexes[count - 1];
+  result = WriteFreeListHead(changes, table, table->freeCount() - count, next);
+  if (result != status::kOk) return result;
+  return FileWriteInteger(table->entryOffset(last), 0);
+}
+
+// Follows a chain to its end, at most maxLength slots. A free list ends outside its table and never
+// in 0, so a slot that is free already never measures.
+unsigned int TernaryFile::MeasureChain(unsigned int slot, const NodeAllocationTable& table,
+                                       unsigned int maxLength, unsigned int* length,
+                                       unsigned int* last) {
+  *length = 0;
+  while (slot != 0) {
+    if (!IsSlot(slot, table) || *length >= maxLength) return status::kInvalidFile;
+    *last = slot;
+    ++*length;
+    const unsigned int result = FileReadInteger(table.entryOffset(slot), &slot);
+    if (result != status::kOk) return result;
+  }
+  return *length == 0 ? status::kInvalidFile : status::kOk;
+}
+
+unsigned int TernaryFile::ReleaseNodeId(unsigned int changes, unsigned int id,
+                                        NodeAllocationTable* table) {
+  if (id == 0 || table == nullptr) return status::kBadArgument;
+  if (TableOf(id) != table->tableNumber()) return status::kInvalidFile;
+  AccessScope access(*this);
+  const unsigned int used = table->entryCount() - 1 - table->freeCount();
+  const unsigned int maxLength = IsDataTable(table) || used == 0 ? used : 1;  // a node is one slot
+  unsigned int length = 0;
+  unsigned int last = 0;
+  unsigned int result = MeasureChain(SlotOf(id), *table, maxLength, &length, &last);
+  if (result != status::kOk) return result;
+  unsigned int head = 0;
+  result = FileReadInteger(table->entriesOffset(), &head);
+  if (result != status::kOk) return result;
+  result = FileWriteInteger(table->entryOffset(last), head);
+  if (result != status::kOk) return result;
+  return WriteFreeListHead(changes, table, table->freeCount() + length, SlotOf(id));
+}
+
+}  // namespace tamu::registry

@@ -1,0 +1,43 @@
+#include "registry/store/TernaryNodeDescriptor.h"
+
+#include "registry/store/DataBlock.h"
+#include "registry/store/TernaryKeyNode.h"
+#include "registry/store/TernaryStringNode.h"
+#include "registry/store/TernaryValueNode.h"
+
+namespace tamu::registry {
+
+unsigned int RecordSizeOf(NodeKind kind) {
+  switch (kind) {
+    case NodeKind::kString: return TernaryStringNode::kSize;
+    case NodeKind::kKey: return TernaryKeyNode::kSize;
+    case NodeKind::kValue: return TernaryValueNode::kSize;
+    case NodeKind::kData: return kDataBlockSize;
+  }
+  return 0;
+}
+
+void TernaryNodeDescriptor::Append(NodeAllocationTable* table) {
+  if (firstTable == nullptr) firstTable = table;
+  lastTable = table;
+  tables[tableCount] = table;
+  ++tableCount;
+  const unsigned int usable = table->entryCount() > 0 ? table->entryCount() - 1 : 0;
+  usedNodes += usable > table->freeCount() ? usable - table->freeCount() : 0;
+  totalNodes += usable;
+}
+
+void TernaryNodeDescriptor::Clear() {
+  for (unsigned int i = 0; i < tableCount; ++i) {
+    delete tables[i];
+    tables[i] = nullptr;
+  }
+  firstTable = nullptr;
+  lastTable = nullptr;
+  tableCount = 0;
+  usedNodes = 0;
+  totalNodes = 0;
+  damaged = false;
+}
+
+}  // namespace tamu::registry

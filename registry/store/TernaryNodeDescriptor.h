@@ -1,0 +1,38 @@
+// The allocation tables of one kind of record, as loaded from the file.
+#pragma once
+
+#include "registry/store/NodeAllocationTable.h"
+#include "registry/store/NodeId.h"
+
+namespace tamu::registry {
+
+// Bytes of a record of the kind.
+unsigned int RecordSizeOf(NodeKind kind);
+
+class TernaryNodeDescriptor {
+ public:
+  static constexpr unsigned int kTableCapacity = 21;
+
+  TernaryNodeDescriptor() = default;
+  ~TernaryNodeDescriptor() { Clear(); }
+  TernaryNodeDescriptor(const TernaryNodeDescriptor&) = delete;
+  TernaryNodeDescriptor& operator=(const TernaryNodeDescriptor&) = delete;
+
+  // Adds a table behind the last and takes it over; its slots are counted. There must be room.
+  void Append(NodeAllocationTable* table);
+  // Frees all tables; everything back to the state after construction.
+  void Clear();
+
+  NodeAllocationTable* firstTable = nullptr;
+  NodeAllocationTable* lastTable = nullptr;  // all allocations draw from this one
+  unsigned int tableCount = 0;
+  unsigned int tableCapacity = kTableCapacity;
+  unsigned int usedNodes = 0;   // slots in use over all tables
+  unsigned int totalNodes = 0;  // usable slots over all tables
+  NodeAllocationTable* tables[kTableCapacity] = {};  // owned; by table number
+  // The chain in the file goes on with a table that cannot be used. What is loaded works; a new table
+  // would cut the rest off for good, so nothing is allocated.
+  bool damaged = false;
+};
+
+}  // namespace tamu::registry
