@@ -2,6 +2,9 @@
 // a client includes.
 #pragma once
 
+#include <atomic>
+#include <type_traits>
+
 #include "platform/Export.h"
 #include "registry/KeyInfo.h"
 #include "registry/NameList.h"
@@ -81,6 +84,9 @@ class YAX_API Registry {
 
   // Creates the last component; its parent must exist (kBadArgument) and give the right to create. The
   // key gets the default value, or none. kExists.
+  // Without a handle, a key whose name is the beginning of a longer one that exists ("ab" next to
+  // "abc"): from then on only the calling thread can make operations without a handle, all other
+  // threads' wait for as long as it lives. Create such keys before the longer ones.
   unsigned int CreateKey(unsigned int handle, const char* keyPath, unsigned long long defaultValue);
   unsigned int CreateKey(unsigned int handle, const char* keyPath);
   unsigned int DeleteKey(unsigned int handle, const char* keyPath);
@@ -103,6 +109,13 @@ class YAX_API Registry {
   // With type kValueTypeOffset in the request: `data` must be the caller's, of at least 4 bytes, and
   // receives the data's offset in the file instead; right: modify.
   unsigned int GetValue(unsigned int handle, const char* keyPath, const char* name, Value* value);
+  // The same into a ReadValue, which may hold an earlier result.
+  template <class Result>
+  typename std::enable_if<std::is_same<Result, ReadValue>::value, unsigned int>::type GetValue(
+      unsigned int handle, const char* keyPath, const char* name, Result* value) {
+    if (value != nullptr) value->Reset();
+    return GetValue(handle, keyPath, name, static_cast<Value*>(value));
+  }
   // Replaces a value's type and data. Right: modify. A number is taken from the first four bytes.
   unsigned int SetValue(unsigned int handle, const char* keyPath, const char* name, Value* value);
   // Creates a value, named by at most 31 characters (more are cut off). Right: create. A name that
@@ -128,7 +141,7 @@ class YAX_API Registry {
   char* path = nullptr;  // owned copy
   TernaryKeyTree* keyTree = nullptr;
   TernaryRegistry* fileTree = nullptr;
-  unsigned int userId;
+  std::atomic<unsigned int> userId;  // may be changed while other threads use the object
   RegistryInstance* instance = nullptr;
   RegistryLock* lock = nullptr;
   unsigned char directMode = 1;  // the last operation was without a handle

@@ -26,14 +26,20 @@ inline void FreeValueData(Value& value) {
   value.size = 0;
 }
 
-// A value to read into: frees the buffer it was given.
+// A value to read into, as often as needed: frees the buffer it was given.
 class ReadValue : public Value {
  public:
-  explicit ReadValue(unsigned int requestedType = kValueTypeAny) : Value{requestedType, 0, nullptr} {}
+  explicit ReadValue(unsigned int requestedType = kValueTypeAny)
+      : Value{requestedType, 0, nullptr}, requestedType_(requestedType) {}
   ~ReadValue() { FreeValueData(*this); }
   ReadValue(const ReadValue&) = delete;
   ReadValue& operator=(const ReadValue&) = delete;
 
+  // Back to the request; Registry::GetValue does it before it reads.
+  void Reset() {
+    FreeValueData(*this);
+    type = requestedType_;
+  }
   const unsigned char* bytes() const { return static_cast<const unsigned char*>(data); }
   // The data as text; null when it does not end in a terminator.
   const char* text() const {
@@ -48,6 +54,9 @@ class ReadValue : public Value {
     }
     return result;
   }
+
+ private:
+  unsigned int requestedType_;
 };
 
 }  // namespace tamu::registry

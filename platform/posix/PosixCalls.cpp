@@ -1,3 +1,8 @@
+// Before the first header: on 32-bit machines too, files may be longer than 2 GiB and be dated
+// after the year 2038. The types concerned stay within this file.
+#define _FILE_OFFSET_BITS 64
+#define _TIME_BITS 64
+
 #include "platform/posix/PosixCalls.h"
 
 #include <fcntl.h>
@@ -7,7 +12,7 @@
 
 #include <cerrno>
 
-static_assert(sizeof(off_t) == 8, "build with -D_FILE_OFFSET_BITS=64");
+static_assert(sizeof(off_t) == 8, "offsets are 64 bits wide");
 
 namespace posix {
 namespace {

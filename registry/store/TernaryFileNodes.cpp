@@ -12,10 +12,10 @@ unsigned int TernaryFile::ReadRecord(NodeKind kind, unsigned int id, void* bytes
 }
 
 unsigned int TernaryFile::ReadRecordHeld(NodeKind kind, unsigned int id, void* bytes) {
-  if (!IsAccessible()) return status::kInputOutput;
   unsigned int offset = 0;
   const unsigned int result = Resolve(kind, id, offset);
-  return result == status::kOk ? ReadHeld(offset, RecordSizeOf(kind), bytes) : result;
+  if (result == status::kOk) return ReadHeld(offset, RecordSizeOf(kind), bytes);
+  return IsAccessible() ? result : status::kInputOutput;
 }
 
 // Slot 0 stays all zero: everything that has no record of its own reads it.
@@ -26,7 +26,8 @@ unsigned int TernaryFile::WriteRecord(unsigned int changes, NodeKind kind, unsig
   AccessScope access(*this);
   unsigned int offset = 0;
   const unsigned int result = Resolve(kind, id, offset);
-  return result == status::kOk ? WriteChanges(changes, offset, RecordSizeOf(kind), bytes) : result;
+  if (result == status::kOk) return WriteChanges(changes, offset, RecordSizeOf(kind), bytes);
+  return IsAccessible() ? result : status::kInputOutput;
 }
 
 template <class Node>

@@ -1,21 +1,6 @@
 #include "registry/store/TernaryNodeDescriptor.h"
 
-#include "registry/store/DataBlock.h"
-#include "registry/store/TernaryKeyNode.h"
-#include "registry/store/TernaryStringNode.h"
-#include "registry/store/TernaryValueNode.h"
-
 namespace tamu::registry {
-
-unsigned int RecordSizeOf(NodeKind kind) {
-  switch (kind) {
-    case NodeKind::kString: return TernaryStringNode::kSize;
-    case NodeKind::kKey: return TernaryKeyNode::kSize;
-    case NodeKind::kValue: return TernaryValueNode::kSize;
-    case NodeKind::kData: return kDataBlockSize;
-  }
-  return 0;
-}
 
 void TernaryNodeDescriptor::Append(NodeAllocationTable* table) {
   if (firstTable == nullptr) firstTable = table;

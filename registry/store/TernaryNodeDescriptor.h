@@ -1,13 +1,21 @@
 // The allocation tables of one kind of record, as loaded from the file.
 #pragma once
 
+#include "registry/store/DataBlock.h"
 #include "registry/store/NodeAllocationTable.h"
 #include "registry/store/NodeId.h"
+#include "registry/store/TernaryKeyNode.h"
+#include "registry/store/TernaryStringNode.h"
+#include "registry/store/TernaryValueNode.h"
 
 namespace tamu::registry {
 
 // Bytes of a record of the kind.
-unsigned int RecordSizeOf(NodeKind kind);
+constexpr unsigned int RecordSizeOf(NodeKind kind) {
+  constexpr unsigned int kSizes[kNodeKinds] = {TernaryStringNode::kSize, TernaryKeyNode::kSize,
+                                               TernaryValueNode::kSize, kDataBlockSize};
+  return kSizes[static_cast<unsigned int>(kind)];
+}
 
 class TernaryNodeDescriptor {
  public:

@@ -1,0 +1,68 @@
+# The front door. CMake does the work (CMakePresets.json); this file sees to what it needs.
+#
+#   make demo           builds and runs the demonstration
+#   make test           builds and runs the tests
+#   make check-PRESET   the tests of another preset: debug asan tsan coverage i686 armhf portable
+#   make coverage       the tests, then how much of each source they reach
+#   make bench          builds and runs the benchmarks
+#   make format         formats all sources
+#   make update-abi     takes the symbols that libYAX.so exports over into the kept list
+#   make clean          removes everything that was built
+
+JOBS ?= $(shell nproc)
+CHECKS := release debug asan tsan coverage i686 armhf portable
+
+NEEDS := g++ cmake
+TEST_NEEDS := $(NEEDS) googletest pkg-config
+NEEDS_i686 := g++-i686-linux-gnu
+NEEDS_armhf := g++-arm-linux-gnueabihf qemu-user-static
+
+# CMake starts a make of its own; ours must not hand its flags down to it.
+CMAKE := env -u MAKEFLAGS -u MFLAGS -u MAKELEVEL cmake
+# The sanitizers want their part of the address space free, which randomised addresses do not promise.
+# Not every container lets a process switch that off.
+FIXED_ADDRESSES := setarch $(shell uname -m) -R
+RUN_SANITIZED = $(shell $(FIXED_ADDRESSES) true 2>/dev/null && echo $(FIXED_ADDRESSES))
+RUN_asan = $(RUN_SANITIZED)
+RUN_tsan = $(RUN_SANITIZED)
+
+build = $(CMAKE) --preset $(1) && $(CMAKE) --build --preset $(1) -j $(JOBS)
+
+.PHONY: help demo test bench coverage format update-abi clean $(CHECKS:%=check-%)
+
+help:
+	@sed -n 's/^#   //p' Makefile
+
+demo:
+	@sh cmake/need-packages.sh $(NEEDS)
+	@$(call build,demo)
+	@sh examples/demo/run.sh build/demo/examples
+
+test: check-release
+
+$(CHECKS:%=check-%): check-%:
+	@sh cmake/need-packages.sh $(TEST_NEEDS) $(NEEDS_$*)
+	@$(call build,$*)
+	@$(RUN_$*) ctest --preset $*
+
+bench:
+	@sh cmake/need-packages.sh $(NEEDS) libbenchmark-dev
+	@$(call build,bench)
+	@build/bench/bench/yax_bench
+
+coverage: check-coverage
+	@sh cmake/need-packages.sh gcovr
+	@gcovr --delete --root . --filter platform/ --filter registry/ build/coverage
+
+format:
+	@sh cmake/need-packages.sh clang-format
+	@find bench examples platform registry tests -name '*.h' -o -name '*.cpp' | xargs clang-format -i
+
+update-abi:
+	@sh cmake/need-packages.sh $(NEEDS)
+	@$(call build,demo)
+	@cmake -DUPDATE=ON -DNM=nm -DLIBRARY=build/demo/libYAX.so \
+	  -DKEPT=tests/abi/exported-symbols.txt -P tests/abi/CheckExportedSymbols.cmake
+
+clean:
+	@rm -rf build

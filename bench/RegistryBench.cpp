@@ -1,0 +1,148 @@
+// What the registry's operations without a handle cost, on a file with 400 keys at the top level and a
+// branch four levels deep.
+#include <benchmark/benchmark.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "registry/Registry.h"
+
+using namespace tamu::registry;
+
+namespace {
+
+constexpr char kDeepKey[] = "devices/net/eth0/limits";  // depth 4
+
+void Check(unsigned int status, const char* what) {
+  if (status == status::kOk) return;
+  std::fprintf(stderr, "%s: %s (%u)\n", what, StatusText(status), status);
+  std::exit(1);
+}
+
+// A registry file of its own, gone at the end.
+class BenchRegistry {
+ public:
+  BenchRegistry()
+      : path_("/tmp/yax-bench-" + std::to_string(getpid()) + ".rce"),
+        registry_(path_.c_str(), kAdministratorId) {
+    std::remove(path_.c_str());
+    Check(registry_.Initialize(), "Initialize");
+    FillTopLevel();
+    FillBranch();
+  }
+  ~BenchRegistry() {
+    registry_.Finalize();
+    std::remove(path_.c_str());
+  }
+  Registry* operator->() { return &registry_; }
+  const char* path() const { return path_.c_str(); }
+
+ private:
+  void FillTopLevel() {
+    for (int i = 0; i < 400; ++i) {
+      char name[16];
+      std::snprintf(name, sizeof name, "key%03d", i);
+      Check(registry_.CreateKey(0, name), name);
+    }
+  }
+  void FillBranch() {
+    for (const char* key : {"devices", "devices/net", "devices/net/eth0", kDeepKey}) {
+      Check(registry_.CreateKey(0, key), key);
+    }
+    unsigned long long number = 1500;
+    Value integer = {kValueTypeInteger, sizeof number, &number};
+    Check(registry_.CreateValue(0, kDeepKey, "mtu", &integer), "mtu");
+    char text[] = "fast and reliable";
+    Value string = {kValueTypeString, sizeof text, text};
+    Check(registry_.CreateValue(0, kDeepKey, "profile", &string), "profile");
+  }
+
+  std::string path_;
+  Registry registry_;
+};
+
+void GetInteger(benchmark::State& state) {
+  BenchRegistry registry;
+  for (auto _ : state) {
+    ReadValue value;
+    Check(registry->GetValue(0, kDeepKey, "mtu", &value), "GetValue");
+    benchmark::DoNotOptimize(value.number());
+  }
+}
+BENCHMARK(GetInteger);
+
+void GetString(benchmark::State& state) {
+  BenchRegistry registry;
+  for (auto _ : state) {
+    ReadValue value;
+    Check(registry->GetValue(0, kDeepKey, "profile", &value), "GetValue");
+    benchmark::DoNotOptimize(value.text());
+  }
+}
+BENCHMARK(GetString);
+
+void GetFromMissingKey(benchmark::State& state) {
+  BenchRegistry registry;
+  for (auto _ : state) {
+    ReadValue value;
+    benchmark::DoNotOptimize(registry->GetValue(0, "devices/net/eth1/limits", "mtu", &value));
+  }
+}
+BENCHMARK(GetFromMissingKey);
+
+void SetInteger(benchmark::State& state) {
+  BenchRegistry registry;
+  unsigned long long number = 0;
+  for (auto _ : state) {
+    ++number;
+    Value value = {kValueTypeInteger, sizeof number, &number};
+    Check(registry->SetValue(0, kDeepKey, "mtu", &value), "SetValue");
+  }
+}
+BENCHMARK(SetInteger);
+
+void SetString(benchmark::State& state) {
+  BenchRegistry registry;
+  char text[] = "slow and cheap";
+  for (auto _ : state) {
+    Value value = {kValueTypeString, sizeof text, text};
+    Check(registry->SetValue(0, kDeepKey, "profile", &value), "SetValue");
+  }
+}
+BENCHMARK(SetString);
+
+void CreateAndDeleteInteger(benchmark::State& state) {
+  BenchRegistry registry;
+  unsigned long long number = 7;
+  for (auto _ : state) {
+    Value value = {kValueTypeInteger, sizeof number, &number};
+    Check(registry->CreateValue(0, kDeepKey, "scratch", &value), "CreateValue");
+    Check(registry->DeleteValue(0, kDeepKey, "scratch"), "DeleteValue");
+  }
+}
+BENCHMARK(CreateAndDeleteInteger);
+
+void OpenFile(benchmark::State& state) {
+  BenchRegistry registry;
+  registry->Finalize();
+  for (auto _ : state) {
+    Registry again(registry.path(), kAdministratorId);
+    Check(again.Initialize(), "Initialize");
+  }
+}
+BENCHMARK(OpenFile)->Unit(benchmark::kMicrosecond);
+
+void MakeFile(benchmark::State& state) {
+  BenchRegistry registry;
+  registry->Finalize();
+  for (auto _ : state) {
+    std::remove(registry.path());
+    Registry made(registry.path(), kAdministratorId);
+    Check(made.Initialize(), "Initialize");
+  }
+}
+BENCHMARK(MakeFile)->Unit(benchmark::kMicrosecond);
+
+}  // namespace

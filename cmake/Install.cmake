@@ -1,0 +1,28 @@
+# Installing libYAX: the library, its headers, the CMake package and the pkg-config file.
+# A client includes "registry/Registry.h"; its include folder is <prefix>/include/yax.
+
+include(CMakePackageConfigHelpers)
+
+set(yax_include_dir ${CMAKE_INSTALL_INCLUDEDIR}/yax)
+set(yax_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/YAX)
+
+install(TARGETS YAX EXPORT YAXTargets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  FILE_SET HEADERS DESTINATION ${yax_include_dir})
+
+install(EXPORT YAXTargets NAMESPACE YAX:: DESTINATION ${yax_package_dir})
+configure_package_config_file(cmake/YAXConfig.cmake.in YAXConfig.cmake
+  INSTALL_DESTINATION ${yax_package_dir})
+# Before 1.0 a new minor version may break clients.
+write_basic_package_version_file(YAXConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+install(FILES
+  ${CMAKE_CURRENT_BINARY_DIR}/YAXConfig.cmake
+  ${CMAKE_CURRENT_BINARY_DIR}/YAXConfigVersion.cmake
+  DESTINATION ${yax_package_dir})
+
+# The prefix is told relative to the file itself, so that the installed tree can be moved.
+file(RELATIVE_PATH yax_pc_to_prefix
+  ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
+string(REGEX REPLACE "/$" "" yax_pc_to_prefix "${yax_pc_to_prefix}")
+configure_file(cmake/yax.pc.in yax.pc @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/yax.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

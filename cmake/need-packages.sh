@@ -1,0 +1,44 @@
+#!/bin/sh
+# need-packages.sh PACKAGE...
+# Makes sure that what these Debian packages provide is there. As root it installs what is missing;
+# otherwise it names it in one line and fails. Looks for the files, not for the packages, so that
+# tools from elsewhere count too.
+set -eu
+
+have() {
+  case "$1" in
+    clang-format | cmake | g++ | gcovr | make | pkg-config) command -v "$1" ;;
+    g++-arm-linux-gnueabihf) command -v arm-linux-gnueabihf-g++ ;;
+    g++-i686-linux-gnu) command -v i686-linux-gnu-g++ ;;
+    googletest) test -f /usr/src/googletest/googletest/src/gtest-all.cc ;;
+    libbenchmark-dev) test -f /usr/include/benchmark/benchmark.h ;;
+    qemu-user-static) command -v qemu-arm-static ;;
+    *) echo "need-packages.sh: how to look for $1 is not known" >&2 && exit 2 ;;
+  esac >/dev/null
+}
+
+missing() {
+  list=
+  for package in "$@"; do
+    have "$package" || list="$list $package"
+  done
+  echo "$list"
+}
+
+list=$(missing "$@")
+[ -n "$list" ] || exit 0
+
+if [ "$(id -u)" -ne 0 ] || ! command -v apt-get >/dev/null; then
+  echo "Missing packages, please install them (as root: apt-get install$list)" >&2
+  exit 1
+fi
+
+echo "Installing$list"
+export DEBIAN_FRONTEND=noninteractive
+apt-get update -qq
+# $list is a list of words on purpose.
+# shellcheck disable=SC2086
+apt-get install -y -qq --no-install-recommends $list
+
+list=$(missing "$@")
+[ -z "$list" ] || { echo "Still missing after the installation:$list" >&2 && exit 1; }

@@ -1,0 +1,51 @@
+// Runs a piece of a test in a process of its own, where it may spoil what a process has only once:
+// its limits, its standard streams, its signal handlers.
+#pragma once
+
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+
+// True when `body` returned true in the child; false also when the child died.
+template <class Body>
+bool InChild(Body body) {
+  std::fflush(stdout);
+  const pid_t child = fork();
+  if (child < 0) return false;
+  if (child == 0) _exit(body() ? 0 : 1);
+  int status = 0;
+  while (waitpid(child, &status, 0) < 0) {
+  }
+  return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+// No file can be written beyond `bytes` from here on, as on a disk that is full.
+inline void LimitFileSize(unsigned long bytes) {
+  signal(SIGXFSZ, SIG_IGN);
+  struct rlimit limit = {};
+  getrlimit(RLIMIT_FSIZE, &limit);
+  limit.rlim_cur = bytes;
+  setrlimit(RLIMIT_FSIZE, &limit);
+}
+
+// No memory can be mapped from here on. The thread sanitizer cannot live with that and goes
+// without.
+inline void LimitAddressSpace() {
+#ifndef __SANITIZE_THREAD__
+  struct rlimit limit = {};
+  getrlimit(RLIMIT_AS, &limit);
+  limit.rlim_cur = 1;
+  setrlimit(RLIMIT_AS, &limit);
+#endif
+}
+
+// No descriptor from `count` on can be had from here on.
+inline void LimitDescriptors(unsigned long count) {
+  struct rlimit limit = {};
+  getrlimit(RLIMIT_NOFILE, &limit);
+  limit.rlim_cur = count;
+  setrlimit(RLIMIT_NOFILE, &limit);
+}

@@ -1,0 +1,266 @@
+// How PCFile follows a file whose length changes, by its own doing and by that of others.
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "platform/PCFile.h"
+#include "tests/platform/ChildProcess.h"
+#include "tests/platform/TestFiles.h"
+
+namespace {
+
+constexpr unsigned int kMiB = 1u << 20;
+
+class PCFileLength : public ::testing::Test {
+ protected:
+  PCFileLength() : mPath(mDir / "f") {}
+
+  // Makes the file with `bytes` and opens it.
+  void Start(const std::string& bytes) {
+    PutFile(mPath, bytes);
+    ASSERT_EQ(mFile.Create(mPath.c_str(), 2), 1);
+  }
+  // Changes the length through a descriptor of its own, as another process does.
+  void CutByOthers(long long length) {
+    ASSERT_EQ(truncate(mPath.c_str(), static_cast<off_t>(length)), 0);
+  }
+  static std::string ReadAt(PCFile& file, unsigned int offset, unsigned int size) {
+    std::string bytes(size, '?');
+    if (file.Seek(offset) != 1 || file.Read(bytes.data(), size) != 1) return "(no)";
+    return bytes;
+  }
+  std::string ReadAt(unsigned int offset, unsigned int size) { return ReadAt(mFile, offset, size); }
+  bool WriteAt(PCFile& file, unsigned int offset, const std::string& bytes) {
+    return file.Seek(offset) == 1 &&
+           file.Write(bytes.data(), static_cast<unsigned int>(bytes.size())) == 1;
+  }
+
+  TempDir mDir;
+  std::string mPath;
+  PCFile mFile;
+};
+
+TEST_F(PCFileLength, AWriteBeyondTheEndFillsTheGapWithZeros) {
+  Start("abc");
+  EXPECT_EQ(mFile.Seek(6), 1);
+  EXPECT_EQ(mFile.Size(), 3u) << "seeking alone does not extend";
+  EXPECT_EQ(mFile.Write("x", 1), 1);
+  EXPECT_EQ(GetFile(mPath), std::string("abc\0\0\0x", 7));
+  EXPECT_EQ(ReadAt(0, 7), std::string("abc\0\0\0x", 7));
+  EXPECT_EQ(mFile.Size(), 7u);
+}
+
+TEST_F(PCFileLength, ReadsFollowTheFilesOwnGrowthFromEmptyToManyPages) {
+  Start("");
+  EXPECT_EQ(ReadAt(0, 1), "(no)");
+  for (unsigned int i = 0; i < 300; ++i) {
+    ASSERT_TRUE(WriteAt(mFile, i * 10007, "mark" + std::to_string(i)));
+    ASSERT_EQ(ReadAt(i * 10007, 5), "mark" + std::to_string(i).substr(0, 1));
+    ASSERT_EQ(ReadAt(i * 10007 + 4, 10), "(no)");
+  }
+  for (unsigned int i = 0; i < 300; ++i) {
+    ASSERT_EQ(ReadAt(i * 10007, 5), "mark" + std::to_string(i).substr(0, 1));
+  }
+}
+
+TEST_F(PCFileLength, ReadsFollowWhatAnotherObjectWritesAndAppends) {
+  Start("abc");
+  PCFile other;
+  ASSERT_EQ(other.Create(mPath.c_str(), 2), 1);
+  ASSERT_TRUE(WriteAt(other, 1, "B"));
+  EXPECT_EQ(ReadAt(0, 3), "aBc");
+  ASSERT_TRUE(WriteAt(other, 3, "def"));
+  EXPECT_EQ(ReadAt(0, 6), "aBcdef");
+  ASSERT_TRUE(WriteAt(other, 3 * kMiB, "far"));
+  EXPECT_EQ(ReadAt(3 * kMiB, 3), "far");
+  ASSERT_TRUE(WriteAt(mFile, 5 * kMiB, "back"));
+  EXPECT_EQ(ReadAt(other, 5 * kMiB, 4), "back");
+}
+
+TEST_F(PCFileLength, ReadsFollowWhatAnotherProcessWrites) {
+  Start("abc");
+  EXPECT_TRUE(InChild([&] {
+    PCFile other;
+    return other.Create(mPath.c_str(), 2) == 1 && other.Write("ABCDEF", 6) == 1;
+  }));
+  EXPECT_EQ(ReadAt(0, 6), "ABCDEF");
+}
+
+TEST_F(PCFileLength, ReadsFailCleanlyInAPartThatOthersCutOff) {
+  Start(std::string(50000, 'a'));
+  EXPECT_EQ(ReadAt(49999, 1), "a");
+  CutByOthers(100);
+  mFile.Refresh();
+  EXPECT_EQ(ReadAt(49999, 1), "(no)");
+  EXPECT_EQ(ReadAt(8192, 100), "(no)");
+  EXPECT_EQ(ReadAt(99, 2), "(no)");
+  EXPECT_EQ(ReadAt(0, 100), std::string(100, 'a'));
+  CutByOthers(0);
+  mFile.Refresh();
+  EXPECT_EQ(ReadAt(0, 1), "(no)");
+  PutFile(mPath, "new content");
+  EXPECT_EQ(ReadAt(0, 11), "new content");
+  mFile.Refresh();
+  EXPECT_EQ(ReadAt(4, 7), "content");
+}
+
+TEST_F(PCFileLength, ReadsFailCleanlyAfterTheFileWasMadeAnew) {
+  Start(std::string(50000, 'a'));
+  ASSERT_EQ(PCFile::Make(mPath.c_str()), 1);
+  mFile.Refresh();
+  EXPECT_EQ(ReadAt(0, 1), "(no)");
+  EXPECT_EQ(ReadAt(40000, 1), "(no)");
+}
+
+TEST_F(PCFileLength, TruncateSetsTheLengthGiven) {
+  Start(std::string(20000, 'a'));
+  EXPECT_EQ(mFile.Truncate(3), 1);
+  EXPECT_EQ(GetFile(mPath), "aaa");
+  EXPECT_EQ(ReadAt(0, 3), "aaa");
+  EXPECT_EQ(ReadAt(2, 2), "(no)");
+  EXPECT_EQ(ReadAt(15000, 1), "(no)");
+  EXPECT_EQ(mFile.Truncate(5), 1);
+  EXPECT_EQ(ReadAt(0, 5), std::string("aaa\0\0", 5)) << "what was cut off does not come back";
+  EXPECT_EQ(mFile.Truncate(3 * kMiB), 1);
+  EXPECT_EQ(mFile.Size(), 3 * kMiB);
+  EXPECT_EQ(ReadAt(3 * kMiB - 1, 1), std::string(1, '\0'));
+}
+
+TEST_F(PCFileLength, TruncateLeavesThePosition) {
+  Start("abcdef");
+  ASSERT_EQ(mFile.Seek(2), 1);
+  EXPECT_EQ(mFile.Truncate(4), 1);
+  char bytes[2];
+  EXPECT_EQ(mFile.Read(bytes, 2), 1);
+  EXPECT_EQ(std::string(bytes, 2), "cd");
+}
+
+TEST_F(PCFileLength, TruncateZeroCutsBackToTheLengthAtOpening) {
+  Start("abc");
+  ASSERT_TRUE(WriteAt(mFile, 3, std::string(9000, 'x')));
+  EXPECT_EQ(ReadAt(9000, 1), "x");
+  EXPECT_EQ(mFile.Truncate(0), 1);
+  EXPECT_EQ(GetFile(mPath), "abc");
+  EXPECT_EQ(ReadAt(9000, 1), "(no)");
+  EXPECT_EQ(ReadAt(0, 3), "abc");
+  EXPECT_EQ(mFile.Truncate(0), 1);
+  EXPECT_EQ(GetFile(mPath), "abc");
+}
+
+TEST_F(PCFileLength, TruncateZeroEmptiesAFileThatWasEmptyAtOpening) {
+  Start("");
+  ASSERT_TRUE(WriteAt(mFile, 0, "half"));
+  EXPECT_EQ(mFile.Truncate(0), 1);
+  EXPECT_EQ(GetFile(mPath), "");
+}
+
+TEST_F(PCFileLength, TruncateZeroNeverExtends) {
+  Start("abcdef");
+  ASSERT_EQ(mFile.Truncate(2), 1);
+  EXPECT_EQ(mFile.Truncate(0), 1);
+  EXPECT_EQ(GetFile(mPath), "ab");
+}
+
+TEST_F(PCFileLength, ProtectMovesWhatTruncateZeroKeeps) {
+  Start("abc");
+  ASSERT_TRUE(WriteAt(mFile, 3, "defghi"));
+  mFile.Protect(6);
+  EXPECT_EQ(mFile.Truncate(0), 1);
+  EXPECT_EQ(GetFile(mPath), "abcdef");
+  mFile.Protect(1);
+  EXPECT_EQ(mFile.Truncate(0), 1);
+  EXPECT_EQ(GetFile(mPath), "a");
+}
+
+TEST_F(PCFileLength, AFailedWriteKeepsThePositionAndIsUndoneByTruncateZero) {
+  PutFile(mPath, "abc");
+  EXPECT_TRUE(InChild([&] {
+    LimitFileSize(100);
+    PCFile file;
+    if (file.Create(mPath.c_str(), 2) != 1 || file.Seek(3) != 1) return false;
+    if (file.Write(std::string(200, 'x').data(), 200) != 0) return false;
+    if (file.Size() != 100) return false;
+    if (file.Write("d", 1) != 1 || ReadAt(file, 0, 5) != "abcdx") return false;
+    return file.Truncate(1000) == 0 && file.Truncate(0) == 1;
+  }));
+  EXPECT_EQ(GetFile(mPath), "abc");
+}
+
+TEST_F(PCFileLength, LargeFilesAreReadWithoutAMapping) {
+  Start("start");
+  ASSERT_TRUE(WriteAt(mFile, 65 * kMiB, "end"));
+  EXPECT_EQ(ReadAt(65 * kMiB, 3), "end");
+  EXPECT_EQ(ReadAt(0, 5), "start");
+  EXPECT_EQ(ReadAt(65 * kMiB, 4), "(no)");
+  PCFile again;
+  ASSERT_EQ(again.Create(mPath.c_str(), 2), 1);
+  again.Refresh();
+  EXPECT_EQ(ReadAt(again, 65 * kMiB, 3), "end");
+  ASSERT_TRUE(WriteAt(again, 0, "START"));
+  EXPECT_EQ(ReadAt(0, 5), "START");
+  ASSERT_EQ(again.Truncate(5), 1);
+  EXPECT_EQ(ReadAt(again, 0, 5), "START");
+  EXPECT_EQ(ReadAt(again, 4, 2), "(no)");
+}
+
+TEST_F(PCFileLength, OffsetsPassTheFourGigabyteMark) {
+  Start("");
+  ASSERT_EQ(mFile.Seek(0xFFFFFFFE), 1);
+  ASSERT_EQ(mFile.Write("abc", 3), 1);
+  ASSERT_EQ(mFile.Write("de", 2), 1);
+  EXPECT_EQ(ReadAt(0xFFFFFFFE, 5), "abcde");
+  EXPECT_EQ(ReadAt(0xFFFFFFFF, 5), "(no)");
+  EXPECT_EQ(mFile.Size(), 0xFFFFFFFFu) << "a longer file reports the largest size";
+  EXPECT_EQ(mFile.Truncate(0), 1);
+  EXPECT_EQ(mFile.Size(), 0u);
+}
+
+TEST_F(PCFileLength, ALengthThatDoesNotFitIsProtectedWhole) {
+  PutFile(mPath, "");
+  CutByOthers(0x100000010);
+  ASSERT_EQ(mFile.Create(mPath.c_str(), 2), 1);
+  EXPECT_EQ(mFile.Size(), 0xFFFFFFFFu);
+  EXPECT_EQ(mFile.Truncate(0), 1);
+  EXPECT_EQ(std::filesystem::file_size(mPath), 0x100000010u);
+}
+
+TEST_F(PCFileLength, OpeningFailsWithoutADescriptorAndDoesNotCallTheFileMissing) {
+  PutFile(mPath, "abc");
+  EXPECT_TRUE(InChild([&] {
+    LimitDescriptors(0);
+    PCFile file;
+    const bool refused = file.Create(mPath.c_str(), 2) == 0 && !file.IsOpen() && !file.Missing();
+    return refused && PCFile::Make(mPath.c_str()) == 0;
+  }));
+  EXPECT_EQ(GetFile(mPath), "abc");
+}
+
+// With one descriptor left below the standard streams' numbers the file cannot be moved above them.
+TEST_F(PCFileLength, OpeningFailsWhenOnlyAStandardStreamsDescriptorIsLeft) {
+  PutFile(mPath, "abc");
+  EXPECT_TRUE(InChild([&] {
+    close(0);
+    LimitDescriptors(3);
+    PCFile file;
+    if (file.Create(mPath.c_str(), 2) != 0 || file.IsOpen() || file.Missing()) return false;
+    return fcntl(0, F_GETFD) == -1;
+  }));
+}
+
+TEST_F(PCFileLength, ReadsDoWithoutAMappingWhenThereIsNoAddressSpace) {
+  Start("abc");
+  EXPECT_TRUE(InChild([&] {
+    PCFile file;
+    LimitAddressSpace();
+    char bytes[3];
+    if (file.Create(mPath.c_str(), 2) != 1 || file.Read(bytes, 3) != 1 || bytes[2] != 'c')
+      return false;
+    if (mFile.Seek(3 * kMiB) != 1 || mFile.Write("far", 3) != 1) return false;
+    if (mFile.Seek(3 * kMiB) != 1 || mFile.Read(bytes, 3) != 1 || bytes[0] != 'f') return false;
+    return mFile.Seek(0) == 1 && mFile.Read(bytes, 3) == 1 && bytes[0] == 'a';
+  }));
+}
+
+}  // namespace

@@ -1,0 +1,158 @@
+// Whatever a registry file contains: every operation answers a status, and comes back.
+#include <gtest/gtest.h>
+
+#include <random>
+#include <set>
+#include <string>
+
+#include "registry/Registry.h"
+#include "tests/platform/TestFiles.h"
+
+using namespace tamu::registry;
+
+namespace {
+
+constexpr int kRounds = 600;  // per seed
+
+const char* const kKeys[] = {
+    "",      "a",          "a/b",       "a/b/c",        "network/eth0",
+    "net",   "network/",   "network/x", "\x80\xFF",     "abcdefghijklmnopqrstuvwxyz",
+    "bcd/e", "missing/it", "//",        "network/eth1", "abcdefghijklmnopqrstuvwxy0"};
+const char* const kNames[] = {"number", "text", "long", "none"};
+
+std::string SoundFile(const std::string& path) {
+  Registry registry(path.c_str(), kAdministratorId);
+  EXPECT_EQ(registry.Initialize(), 0u);
+  for (const char* key : {"a", "a/b", "a/b/c", "network", "network/eth0", "network/eth1",
+                          "abcdefghijklmnopqrstuvwxyz", "bcd", "bcd/e", "\x80\xFF"}) {
+    EXPECT_EQ(registry.CreateKey(0, key, 5), 0u) << key;
+  }
+  std::string data(1000, 'd');
+  unsigned long long number = 12345;
+  for (const char* key : {"a/b", "network/eth0", ""}) {
+    Value integer = {0, sizeof number, &number};
+    EXPECT_EQ(registry.CreateValue(0, key, "number", &integer), 0u);
+    Value text = {1, 70, data.data()};
+    EXPECT_EQ(registry.CreateValue(0, key, "text", &text), 0u);
+    Value large = {2, 1000, data.data()};
+    EXPECT_EQ(registry.CreateValue(0, key, "long", &large), 0u);
+  }
+  registry.Finalize();
+  return GetFile(path);
+}
+
+// An offset where something is stored: the headers, the heads of the tables, or a used record.
+size_t PickOffset(std::mt19937& random) {
+  struct Range {
+    size_t start, length;
+  };
+  static const Range kRanges[] = {{4184, 36},   {4220, 80},    {5712, 80},    {7204, 80},
+                                  {8696, 200},  {10188, 1000}, {10188, 1000}, {24788, 300},
+                                  {33548, 600}, {33548, 600},  {52528, 200},  {0, 75888}};
+  const Range& range = kRanges[random() % (sizeof kRanges / sizeof kRanges[0])];
+  return range.start + random() % range.length;
+}
+
+void Mutate(std::mt19937& random, std::string* file) {
+  const unsigned int changes = 1 + random() % 6;
+  for (unsigned int i = 0; i < changes; ++i) {
+    const size_t at = PickOffset(random);
+    switch (random() % 4) {
+      case 0:
+        (*file)[at] = static_cast<char>(random());
+        break;
+      case 1:
+        (*file)[at] = static_cast<char>(1u << random() % 8);
+        break;
+      case 2:
+        (*file)[at] = static_cast<char>(random() % 2 == 0 ? 0xFF : 0);
+        break;
+      default: {
+        const size_t from = PickOffset(random);
+        for (size_t k = 0; k < 4 && at + k < file->size() && from + k < file->size(); ++k) {
+          (*file)[at + k] = (*file)[from + k];
+        }
+      }
+    }
+  }
+  if (random() % 16 == 0) file->resize(random() % file->size());
+}
+
+void ExpectKnown(unsigned int status) {
+  static const std::set<unsigned int> kKnown = {0, 1, 2, 5, 9, 12, 17, 22, 28, 37, 53, 59, 75};
+  EXPECT_EQ(kKnown.count(status), 1u) << status;
+}
+
+void ReadEverything(Registry& registry) {
+  for (const char* key : kKeys) {
+    unsigned long long number = 0;
+    ExpectKnown(registry.GetDefaultValue(0, key, &number));
+    for (const char* name : kNames) {
+      ReadValue value;
+      ExpectKnown(registry.GetValue(0, key, name, &value));
+      unsigned int offset = 0;
+      Value request = {kValueTypeOffset, sizeof offset, &offset};
+      ExpectKnown(registry.GetValue(0, key, name, &request));
+    }
+  }
+}
+
+void ChangeSomething(Registry& registry, std::mt19937& random) {
+  const char* key = kKeys[random() % (sizeof kKeys / sizeof kKeys[0])];
+  const char* name = kNames[random() % (sizeof kNames / sizeof kNames[0])];
+  std::string data(random() % 1024, 'x');
+  Value value = {static_cast<unsigned int>(random() % 6), static_cast<unsigned int>(data.size()),
+                 data.data()};
+  switch (random() % 6) {
+    case 0:
+      ExpectKnown(registry.CreateKey(0, key));
+      break;
+    case 1:
+      ExpectKnown(registry.CreateKey(0, (std::string(key) + "/" + name).c_str(), 3));
+      break;
+    case 2:
+      ExpectKnown(registry.CreateValue(0, key, name, &value));
+      break;
+    case 3:
+      ExpectKnown(registry.SetValue(0, key, name, &value));
+      break;
+    case 4:
+      ExpectKnown(registry.DeleteValue(0, key, name));
+      break;
+    default:
+      ExpectKnown(registry.SetDefaultValue(0, key, 9));
+      break;
+  }
+}
+
+void RunSeed(unsigned int seed) {
+  TempDir folder;
+  const std::string sound = SoundFile(folder / "sound.rce");
+  std::mt19937 random(seed);
+  const std::string path = folder / "mutated.rce";
+  int openedRounds = 0;
+  for (int round = 0; round < kRounds; ++round) {
+    SCOPED_TRACE("seed " + std::to_string(seed) + " round " + std::to_string(round));
+    std::string file = sound;
+    Mutate(random, &file);
+    PutFile(path, file);
+    Registry registry(path.c_str(), kAdministratorId);
+    const unsigned int opened = registry.Initialize();
+    ExpectKnown(opened);
+    if (opened != 0) {
+      EXPECT_EQ(GetFile(path), file) << "a file that is refused is left alone";
+      continue;
+    }
+    ++openedRounds;
+    ReadEverything(registry);
+    for (int i = 0; i < 20; ++i) ChangeSomething(registry, random);
+    ReadEverything(registry);
+  }
+  EXPECT_GT(openedRounds, kRounds / 2);
+}
+
+TEST(RegistryMutation, EveryOperationOnADamagedFileAnswers) {
+  for (const unsigned int seed : {1u, 2u, 3u}) RunSeed(seed);
+}
+
+}  // namespace

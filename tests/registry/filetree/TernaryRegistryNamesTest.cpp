@@ -1,0 +1,350 @@
+// The string nodes of names: which slots they take, what is stored, where they hang.
+#include <random>
+#include <set>
+
+#include "tests/registry/filetree/FileTreeRig.h"
+
+namespace tamu::registry {
+
+namespace {
+
+TEST(FileTreeNames, ANameOf17CharactersTakesOneNode) {
+  FileTreeRig rig;
+  ASSERT_EQ(rig.Create("abcdefghijklmnopq"), 0u);
+  EXPECT_EQ(rig.FreeStrings(), kUsableSlots - 2);
+  EXPECT_EQ(rig.StringNode(2),
+            "00101071"                          // 16 characters, then 'q'
+            "00000000000000000000000000000000"  // no links
+            "00020000"
+            "6162636465666768696a6b6c6d6e6f70");
+}
+
+TEST(FileTreeNames, ANameOf20CharactersTakesTwoNodes) {
+  FileTreeRig rig;
+  ASSERT_EQ(rig.Create("abcdefghijklmnopqrst"), 0u);
+  EXPECT_EQ(rig.FreeStrings(), kUsableSlots - 3);
+  EXPECT_EQ(rig.StringNode(2),
+            "00100071"
+            "0000000000000000"
+            "00030000"  // goes on at 300
+            "00000000"
+            "00000000"
+            "6162636465666768696a6b6c6d6e6f70");
+  EXPECT_EQ(rig.StringNode(3),
+            "00021074"
+            "00000000000000000000000000000000"
+            "00020000"
+            "7273");
+}
+
+TEST(FileTreeNames, ANameOf18CharactersEndsInANodeWithoutSegment) {
+  FileTreeRig rig;
+  ASSERT_EQ(rig.Create("abcdefghijklmnopqr"), 0u);
+  EXPECT_EQ(rig.StringNode(3),
+            "00001072"
+            "00000000000000000000000000000000"
+            "00020000");
+}
+
+TEST(FileTreeNames, ANameOfTwoCharactersHasASegmentOfOne) {
+  FileTreeRig rig;
+  ASSERT_EQ(rig.Create("ab"), 0u);
+  EXPECT_EQ(rig.StringNode(2),
+            "00011062"
+            "00000000000000000000000000000000"
+            "00020000"
+            "61");
+}
+
+// One node for every 17 characters or part of them; only the last carries the key.
+TEST(FileTreeNames, AChainHas17CharactersANode) {
+  FileTreeRig rig;
+  unsigned int used = 1;
+  const std::string text =
+      "\x80\xFF"
+      "cdefghijklmnopqrstuvwxyzABCDEFGHIJKLMN";
+  for (unsigned int length = 1; length <= 40; ++length) {
+    const unsigned int nodes = length <= 17 ? 1 : length <= 34 ? 2 : 3;
+    unsigned int first = 0;
+    ASSERT_EQ(rig.tree.CreateStringNode(0, text.substr(0, length).c_str(), &first, 0x7700), 0u);
+    EXPECT_EQ(first, (used + 1) << 8) << length;
+    std::string stored;
+    for (unsigned int i = 0; i < nodes; ++i) {
+      const unsigned int slot = used + 1 + i;
+      const bool last = i + 1 == nodes;
+      const std::string record = FileBytes(rig.path, kStringArea + 40 * slot, 40);
+      EXPECT_EQ(HexOf(record.substr(2, 1)), last ? "10" : "00") << length;
+      EXPECT_EQ(rig.Word(kStringArea + 40 * slot + 12), last ? 0 : (slot + 1) << 8) << length;
+      EXPECT_EQ(rig.Word(kStringArea + 40 * slot + 20), last ? 0x7700u : 0u) << length;
+      stored += record.substr(24, static_cast<unsigned char>(record[1])) + record[3];
+    }
+    EXPECT_EQ(stored, text.substr(0, length));
+    used += nodes;
+    EXPECT_EQ(rig.FreeStrings(), kUsableSlots - used) << length;
+  }
+}
+
+TEST(FileTreeNames, AChainWithoutKeyEndsUnmarked) {
+  FileTreeRig rig;
+  unsigned int first = 0;
+  ASSERT_EQ(rig.tree.CreateStringNode(0, "ab", &first, 0), 0u);
+  EXPECT_EQ(first, 0x200u);
+  EXPECT_EQ(rig.StringNode(2),
+            "00010062"
+            "00000000000000000000000000000000"
+            "00000000"
+            "61");
+}
+
+TEST(FileTreeNames, ASlashIsNoPartOfAName) {
+  FileTreeRig rig;
+  unsigned int first = 77;
+  EXPECT_EQ(rig.tree.CreateStringNode(0, "/", &first, 0), 22u);
+  EXPECT_EQ(first, 0u);
+  first = 77;
+  EXPECT_EQ(rig.tree.CreateStringNode(0, "ab/", &first, 0), 22u);
+  EXPECT_EQ(first, 0u);
+  EXPECT_EQ(rig.FreeStrings(), kUsableSlots - 3);
+}
+
+TEST(FileTreeNames, AShorterNameCutsTheLonger) {
+  FileTreeRig rig;
+  ASSERT_EQ(rig.Create("abc"), 0u);
+  ASSERT_EQ(rig.Create("ab"), 0u);
+  EXPECT_EQ(rig.StringNode(3),
+            "00011062"  // "a", 'b'
+            "0000000000000000"
+            "00020000"  // the rest of "abc"
+            "00000000"
+            "00030000"
+            "61");
+  EXPECT_EQ(rig.StringNode(2),
+            "00001063"
+            "00000000000000000000000000000000"
+            "00020000");
+  EXPECT_EQ(rig.StringNode(1),
+            "00001000"
+            "000000000000000000000000"
+            "00030000"  // the root leads to the upper part now
+            "00010000");
+  EXPECT_EQ(rig.KeyOf("abc"), 0x200u);
+  EXPECT_EQ(rig.KeyOf("ab"), 0x300u);
+}
+
+TEST(FileTreeNames, ANameThatBranchesOffCutsAndHangsBesideTheCut) {
+  FileTreeRig rig;
+  ASSERT_EQ(rig.Create("abcdef"), 0u);
+  ASSERT_EQ(rig.Create("abxyz"), 0u);  // cut at 'c': 300 above 200, then 400 for "xyz"
+  ASSERT_EQ(rig.Create("abaaa"), 0u);  // 500 for "aaa"
+  EXPECT_EQ(rig.StringNode(3),
+            "00020063"
+            "00050000"  // lower: "aaa"
+            "00040000"  // higher: "xyz"
+            "00020000"
+            "00000000"
+            "00000000"
+            "6162");
+  EXPECT_EQ(rig.StringNode(2),
+            "00021066"
+            "00000000000000000000000000000000"
+            "00020000"
+            "6465");
+  EXPECT_EQ(rig.StringNode(4),
+            "0002107a"
+            "00000000000000000000000000000000"
+            "00030000"
+            "7879");
+  EXPECT_EQ(rig.StringNode(5),
+            "00021061"
+            "00000000000000000000000000000000"
+            "00040000"
+            "6161");
+}
+
+// A cut at the first character leaves an upper part without segment.
+TEST(FileTreeNames, ACutAtTheFirstCharacterKeepsTheRestWhole) {
+  FileTreeRig rig;
+  ASSERT_EQ(rig.Create("abcdefghijklmnopq"), 0u);
+  ASSERT_EQ(rig.Create("b1"), 0u);
+  EXPECT_EQ(rig.StringNode(3),
+            "00000061"
+            "00000000"
+            "00040000"
+            "00020000"
+            "00000000"
+            "00000000");
+  EXPECT_EQ(rig.StringNode(2),
+            "000f1071"
+            "00000000000000000000000000000000"
+            "00020000"
+            "62636465666768696a6b6c6d6e6f70");
+}
+
+// A cut at the last character leaves a lower part without segment, its links in place.
+TEST(FileTreeNames, ACutKeepsTheLinksOfTheLowerPart) {
+  FileTreeRig rig;
+  ASSERT_EQ(rig.Create("abc"), 0u);    // 200
+  ASSERT_EQ(rig.Create("aba"), 0u);    // 300, lo
+  ASSERT_EQ(rig.Create("abe"), 0u);    // 400, hi
+  ASSERT_EQ(rig.Create("abcd"), 0u);   // 500, equal
+  ASSERT_EQ(rig.Create("abc/d"), 0u);  // 600, child
+  ASSERT_EQ(rig.Create("a11"), 0u);    // 700 above 200, 800
+  EXPECT_EQ(rig.StringNode(7),
+            "00010062"
+            "00080000"
+            "00000000"
+            "00020000"
+            "00000000"
+            "00000000"
+            "61");
+  EXPECT_EQ(rig.StringNode(2),
+            "00001063"
+            "00030000"
+            "00040000"
+            "00050000"
+            "00060000"
+            "00020000");
+}
+
+TEST(FileTreeNames, ACutIsFoundUnderWhicheverLinkLedToIt) {
+  FileTreeRig rig;
+  for (const char* key : {"m", "cde", "xyz", "mnop", "m/qrs"}) ASSERT_EQ(rig.Create(key), 0u);
+  EXPECT_EQ(rig.StringNode(2),
+            "0000106d"
+            "00030000"
+            "00040000"
+            "00050000"
+            "00060000"
+            "00020000");
+  for (const char* key : {"c12", "x12", "mn12", "m/q12"}) ASSERT_EQ(rig.Create(key), 0u);
+  EXPECT_EQ(rig.StringNode(2),
+            "0000106d"
+            "00070000"
+            "00090000"
+            "000b0000"
+            "000d0000"
+            "00020000");
+  for (const char* key : {"m", "cde", "xyz", "mnop", "m/qrs", "c12", "x12", "mn12", "m/q12"}) {
+    EXPECT_EQ(rig.Find(key), 0u) << key;
+  }
+}
+
+TEST(FileTreeNames, AMissingParentInsideALongerNameLeavesTheCut) {
+  FileTreeRig rig;
+  ASSERT_EQ(rig.Create("abcd"), 0u);
+  EXPECT_EQ(rig.Create("abx/y"), 22u);
+  EXPECT_EQ(rig.FreeStrings(), kUsableSlots - 4);  // the upper part and the lost node
+  EXPECT_EQ(rig.FreeKeys(), kUsableSlots - 2);
+  EXPECT_EQ(rig.KeyOf("abcd"), 0x200u);
+  EXPECT_EQ(rig.Find("abc"), 2u);
+  EXPECT_EQ(rig.Find("abx"), 2u);
+}
+
+TEST(FileTreeNames, NothingIsCutAtOrBehindASegmentsEnd) {
+  FileTreeRig rig;
+  ASSERT_EQ(rig.Create("abc"), 0u);  // segment of 2
+  const std::string before = rig.Contents();
+  for (unsigned int cut : {2u, 3u, 16u, 255u, 0xFFFFFFFFu}) {
+    unsigned int upper = 77;
+    EXPECT_EQ(rig.tree.SplitNode(0, 0x200, 0, cut, 0x100, &upper), 53u);
+    EXPECT_EQ(upper, 0x200u);
+  }
+  EXPECT_EQ(rig.Contents(), before);
+}
+
+TEST(FileTreeNames, ANodeThatDoesNotLeadToTheCutOneStaysAsItIs) {
+  FileTreeRig rig;
+  ASSERT_EQ(rig.Create("abc"), 0u);
+  ASSERT_EQ(rig.Create("abcdef"), 0u);  // 300 behind 200
+  const std::string root = rig.StringNode(1);
+  unsigned int upper = 0;
+  EXPECT_EQ(rig.tree.SplitNode(0, 0x300, 0, 0, 0x100, &upper), 0u);
+  EXPECT_EQ(upper, 0x400u);
+  EXPECT_EQ(rig.StringNode(1), root);
+  EXPECT_EQ(rig.StringNode(4),
+            "00000064"
+            "0000000000000000"
+            "00030000"
+            "00000000"
+            "00000000");
+  EXPECT_EQ(rig.StringNode(3),
+            "00011066"
+            "00000000000000000000000000000000"
+            "00030000"
+            "65");
+}
+
+// The slots of a creation: the upper part, the key, the name's nodes in their order.
+TEST(FileTreeNames, SlotsAreTakenUpperPartFirst) {
+  FileTreeRig rig;
+  ASSERT_EQ(rig.Create("abc"), 0u);
+  const std::string name = "axxxxxxxxxxxxxxxxxxxxxxx";  // 'a' and 23 more, two nodes
+  ASSERT_EQ(rig.Create(name), 0u);
+  TernaryRegistry::KeyMatchDescriptor match;
+  EXPECT_EQ(rig.tree.FindKey(0x100u, name.c_str(), &match), 0u);
+  EXPECT_EQ(match.node, 0x500u);  // 300 is the upper part, 400 the name's first node
+  EXPECT_EQ(match.keyNode, 0x300u);
+  EXPECT_EQ(rig.Word(kStringArea + 40 * 3 + 8), 0x400u);
+}
+
+TEST(FileTreeNames, NamesWithLongSharedBeginningsStayApart) {
+  FileTreeRig rig;
+  const std::string shared = "ABCDEFGHIJKLMNOPQRSTUVWXYZ";
+  std::vector<std::string> names;
+  for (size_t length = 15; length <= 19; ++length) {
+    names.push_back(shared.substr(0, length) + "-one");
+    names.push_back(shared.substr(0, length) + "\x80two");
+    names.push_back(shared.substr(0, length) + "\xFFthree and more characters");
+  }
+  for (size_t i = 0; i < names.size(); ++i) {
+    ASSERT_EQ(rig.Create(names[i]), 0u) << i;
+    for (size_t k = 0; k < names.size(); ++k) {
+      EXPECT_EQ(rig.KeyOf(names[k]), k <= i ? (k + 2) << 8 : 0) << names[k];
+    }
+  }
+  rig.Reopen();
+  for (const std::string& name : names) EXPECT_EQ(rig.Find(name), 0u) << name;
+  for (size_t length = 1; length <= 19; ++length) {
+    EXPECT_EQ(rig.Find(shared.substr(0, length)), 2u) << length;
+  }
+}
+
+// Random names of few different characters, so that they share and cut each other. What a creation
+// makes is found by asking: a name may come out cut short (see ACharacterThatDiffersAtTheEnd...).
+TEST(FileTreeNames, RandomNamesAreFoundAndNoOthers) {
+  for (unsigned int seed = 1; seed <= 6; ++seed) {
+    SCOPED_TRACE(seed);
+    FileTreeRig rig;
+    std::mt19937 random(seed);
+    std::set<std::string> model;
+    for (int i = 0; i < 120; ++i) {
+      std::string name;
+      for (auto left = random() % 22 + 1; left > 0; --left) {
+        name += "a\x80\xFFz"[random() % 8 < 5 ? 0 : random() % 4];
+      }
+      const unsigned int result = rig.Create(name);
+      ASSERT_EQ(result, model.count(name) != 0 ? 17u : 0u);
+      if (result == 0 && rig.Find(name) != 0) {
+        // Taken as the cut: another last character stands there.
+        ASSERT_EQ(rig.Create(name), 0u);
+        for (char c : {'a', '\x80', '\xFF', 'z'}) {
+          const std::string made = name.substr(0, name.size() - 1) + c;
+          if (made != name && rig.Find(made) == 0) model.insert(made);
+        }
+      }
+      model.insert(name);
+    }
+    for (const std::string& name : model) {
+      EXPECT_EQ(rig.Find(name), 0u) << HexOf(name);
+      for (size_t length = 1; length < name.size(); ++length) {
+        const std::string part = name.substr(0, length);
+        EXPECT_EQ(rig.Find(part), model.count(part) != 0 ? 0u : 2u) << HexOf(part);
+      }
+      EXPECT_EQ(rig.Find(name + "a"), model.count(name + "a") != 0 ? 0u : 2u) << HexOf(name);
+    }
+  }
+}
+
+}  // namespace
+
+}  // namespace tamu::registry

@@ -1,0 +1,394 @@
+// Creating, changing and deleting values: what is stored, and which slots and blocks it takes.
+#include "tests/platform/ChildProcess.h"
+#include "tests/registry/filetree/FileTreeRig.h"
+
+namespace tamu::registry {
+
+namespace {
+
+// 31 bytes of a name field behind its first byte.
+const std::string kNoMoreName(2 * 31, '0');
+
+TEST(FileTreeValues, ANumberIsStoredInItsRecord) {
+  FileTreeRig rig;
+  ASSERT_EQ(rig.Create("a"), 0u);
+  ASSERT_EQ(rig.CreateNumber("a", "n", 0x1122334455667788), 0u);
+  EXPECT_EQ(rig.ValueNode(1),
+            "0000000000000000"
+            "0800"
+            "00"
+            "40"  // type 0, set
+            "6e" +
+                kNoMoreName + "8877665544332211");
+  EXPECT_EQ(rig.KeyNode(2),
+            "0001000001000f00"
+            "ffff000000000000"
+            "0000000000000000");
+  EXPECT_EQ(rig.FreeBlocks(), kUsableSlots);
+}
+
+TEST(FileTreeValues, ANumberThatIsNotSetIsStoredAllTheSame) {
+  FileTreeRig rig;
+  ASSERT_EQ(rig.tree.CreateValue(kAdmin, nullptr, "", "n", 0x0102, false), 0u);
+  EXPECT_EQ(rig.ValueNode(1),
+            "0000000000000000"
+            "08000000"
+            "6e" +
+                kNoMoreName + "0201000000000000");
+}
+
+TEST(FileTreeValues, DataIsStoredInBlocks) {
+  FileTreeRig rig;
+  ASSERT_EQ(rig.CreateData("", "n", 1, Pattern(65)), 0u);
+  EXPECT_EQ(rig.ValueNode(1),
+            "0000000000000000"
+            "4100"
+            "00"
+            "61"  // type 1, in blocks, set
+            "6e" +
+                kNoMoreName + "0001000000000000");
+  EXPECT_EQ(rig.DataBlock(1), HexOf(Pattern(64)));
+  EXPECT_EQ(rig.DataBlock(2), HexOf(Pattern(65).substr(64)) + std::string(2 * 63, '0'));
+  EXPECT_EQ(rig.Hex(kDataTable + 32 + 4, 8), "0200000000000000");  // block 1, then 2, the last
+}
+
+TEST(FileTreeValues, TheNewestValueIsTheFirstOfItsKey) {
+  FileTreeRig rig;
+  ASSERT_EQ(rig.CreateNumber("", "a", 1), 0u);
+  ASSERT_EQ(rig.CreateData("", "b", 2, "x"), 0u);
+  ASSERT_EQ(rig.CreateNumber("", "c", 3), 0u);
+  EXPECT_EQ(rig.Hex(kKeyArea + 24, 6), "000300000300");
+  EXPECT_EQ(rig.Word(kValueArea + 52 * 3), 0x200u);
+  EXPECT_EQ(rig.Word(kValueArea + 52 * 2), 0x100u);
+  EXPECT_EQ(rig.Word(kValueArea + 52 * 1), 0u);
+}
+
+TEST(FileTreeValues, AnEmptyValueIsCreatedUnset) {
+  FileTreeRig rig;
+  ASSERT_EQ(rig.CreateData("", "n", 1, ""), 0u);
+  EXPECT_EQ(rig.ValueNode(1),
+            "0000000000000000"
+            "00000021"  // type 1, in blocks, not set
+            "6e" +
+                kNoMoreName + "0000000000000000");
+  EXPECT_EQ(rig.FreeBlocks(), kUsableSlots);
+  EXPECT_EQ(rig.CreateData("", "next", 1, "x"), 0u);
+  EXPECT_EQ(rig.Get("", "next"), "0 type 1: 78");
+}
+
+TEST(FileTreeValues, SettingAValueToNothingLeavesItSet) {
+  FileTreeRig rig;
+  ASSERT_EQ(rig.CreateData("", "n", 1, Pattern(200)), 0u);
+  ASSERT_EQ(rig.SetData("", "n", 2, ""), 0u);
+  EXPECT_EQ(rig.Hex(kValueArea + 52 + 8, 4), "00000062");  // type 2, in blocks, set
+  EXPECT_EQ(rig.Word(kValueArea + 52 + 44), 0u);
+  EXPECT_EQ(rig.FreeBlocks(), kUsableSlots);
+  EXPECT_EQ(rig.Get("", "n"), "0 type 2: ");
+  EXPECT_EQ(rig.SetData("", "n", 1, "x"), 0u);
+  EXPECT_EQ(rig.Get("", "n"), "0 type 1: 78");
+}
+
+TEST(FileTreeValues, MoreThan1024BytesAreRefusedBeforeTheKeyIsLookedFor) {
+  FileTreeRig rig;
+  ASSERT_EQ(rig.CreateData("", "n", 1, Pattern(1024)), 0u);
+  const std::string before = rig.Contents();
+  EXPECT_EQ(rig.CreateData("", "m", 1, Pattern(1025)), 75u);
+  EXPECT_EQ(rig.SetData("", "n", 1, Pattern(1025)), 75u);
+  EXPECT_EQ(rig.CreateData("missing", "m", 6, Pattern(1025)), 75u);
+  EXPECT_EQ(rig.SetData("missing", "n", 6, Pattern(1025)), 75u);
+  EXPECT_EQ(rig.Contents(), before);
+  EXPECT_EQ(rig.Get("", "n"), "0 type 1: " + HexOf(Pattern(1024)));
+}
+
+TEST(FileTreeValues, TypesAbove5AreRefusedAfterTheRights) {
+  FileTreeRig rig;
+  ASSERT_EQ(rig.tree.CreateKey(kUser, nullptr, "a", 0, false), 0u);
+  ASSERT_EQ(rig.CreateData("a", "n", 5, "x"), 0u);
+  const std::string before = rig.Contents();
+  for (unsigned int type : {6u, 32u, 0xFFFFFFFFu}) {
+    EXPECT_EQ(rig.CreateData("a", "m", type, "x"), 53u) << type;
+    EXPECT_EQ(rig.SetData("a", "n", type, "x"), 53u) << type;
+    EXPECT_EQ(rig.SetData("a", "missing", type, "x"), 53u) << type;
+    EXPECT_EQ(rig.CreateData("missing", "m", type, "x"), 2u) << type;
+    EXPECT_EQ(rig.SetData("missing", "n", type, "x"), 2u) << type;
+    char byte = 'x';
+    Value value = {type, 1, &byte};
+    EXPECT_EQ(rig.tree.CreateValue(kOther, nullptr, "a", "m", &value), 1u) << type;
+    EXPECT_EQ(rig.tree.SetValue(kOther, nullptr, "a", "n", &value), 1u) << type;
+  }
+  EXPECT_EQ(rig.Contents(), before);
+}
+
+TEST(FileTreeValues, ANumberCreatedFromAValueTakesBlocksThatNobodyFrees) {
+  FileTreeRig rig;
+  const std::string bytes = "\x88\x77\x66\x55\x44\x33\x22\x11";
+  ASSERT_EQ(rig.CreateData("", "n", 0, bytes), 0u);
+  EXPECT_EQ(rig.ValueNode(1),
+            "0000000000000000"
+            "08000040"
+            "6e" +
+                kNoMoreName + "8877665544332211");
+  EXPECT_EQ(rig.FreeBlocks(), kUsableSlots - 1);
+  EXPECT_EQ(rig.DataBlock(1), HexOf(bytes) + std::string(2 * 56, '0'));
+  EXPECT_EQ(rig.SetData("", "n", 0, bytes), 0u);
+  EXPECT_EQ(rig.SetData("", "n", 1, "x"), 0u);
+  EXPECT_EQ(rig.FreeBlocks(), kUsableSlots - 2);
+  EXPECT_EQ(rig.Delete("", "n"), 0u);
+  EXPECT_EQ(rig.FreeBlocks(), kUsableSlots - 2);
+}
+
+TEST(FileTreeValues, ANumberOfFewerBytesIsFilledWithZeros) {
+  FileTreeRig rig;
+  ASSERT_EQ(rig.CreateData("", "n", 0, "\x01\x02\x03"), 0u);
+  EXPECT_EQ(rig.Hex(kValueArea + 52 + 8, 4), "08000040");
+  EXPECT_EQ(rig.Hex(kValueArea + 52 + 44, 8), "0102030000000000");
+  ASSERT_EQ(rig.CreateData("", "m", 0, "123456789ab"), 0u);  // of more, eight count
+  EXPECT_EQ(rig.Hex(kValueArea + 52 * 2 + 8, 4), "08000040");
+  EXPECT_EQ(rig.Hex(kValueArea + 52 * 2 + 44, 8), "3132333435363738");
+}
+
+TEST(FileTreeValues, SettingANumberKeepsTheUpperHalfOfTheOldOne) {
+  FileTreeRig rig;
+  ASSERT_EQ(rig.CreateNumber("", "n", 0x1122334455667788), 0u);
+  ASSERT_EQ(rig.SetData("", "n", 0, "\x01\x02\x03\x04\x05\x06\x07\x08"), 0u);
+  EXPECT_EQ(rig.Hex(kValueArea + 52 + 44, 8), "0102030444332211");
+  EXPECT_EQ(rig.Hex(kValueArea + 52 + 8, 4), "08000040");
+  EXPECT_EQ(rig.FreeBlocks(), kUsableSlots);
+}
+
+TEST(FileTreeValues, ANumberKeepsTheSizeItWasSetWith) {
+  FileTreeRig rig;
+  ASSERT_EQ(rig.CreateNumber("", "n", 0x1122334455667788), 0u);
+  ASSERT_EQ(rig.SetData("", "n", 0, "\x34\x12"), 0u);
+  EXPECT_EQ(rig.Hex(kValueArea + 52 + 8, 4), "02000040");
+  EXPECT_EQ(rig.Get("", "n"), "0 type 0: 3412");
+  ASSERT_EQ(rig.SetData("", "n", 0, Pattern(12)), 0u);
+  EXPECT_EQ(rig.Get("", "n"), "0 type 0: 01080f160000000000000000");
+}
+
+TEST(FileTreeValues, SettingAnUnsetValueSetsIt) {
+  FileTreeRig rig;
+  ASSERT_EQ(rig.tree.CreateValue(kAdmin, nullptr, "", "n", 0, false), 0u);
+  ASSERT_EQ(rig.SetData("", "n", 4, "abc"), 0u);
+  EXPECT_EQ(rig.ValueNode(1),
+            "0000000000000000"
+            "03000064"
+            "6e" +
+                kNoMoreName + "0001000000000000");
+  EXPECT_EQ(rig.Get("", "n"), "0 type 4: 616263");
+}
+
+TEST(FileTreeValues, NewDataTakesTheBlocksOfTheOldAgain) {
+  FileTreeRig rig;
+  ASSERT_EQ(rig.CreateData("", "n", 1, Pattern(100)), 0u);  // blocks 1 and 2
+  ASSERT_EQ(rig.CreateData("", "m", 1, "x"), 0u);           // block 3
+  ASSERT_EQ(rig.SetData("", "n", 1, Pattern(65)), 0u);
+  EXPECT_EQ(rig.Word(kValueArea + 52 + 44), 0x100u);
+  EXPECT_EQ(rig.Hex(kDataTable + 32 + 4, 8), "0200000000000000");
+  ASSERT_EQ(rig.SetData("", "n", 1, Pattern(150)), 0u);  // and block 4
+  EXPECT_EQ(rig.Hex(kDataTable + 32 + 4, 16), "02000000040000000000000000000000");
+  EXPECT_EQ(rig.Get("", "n"), "0 type 1: " + HexOf(Pattern(150)));
+  EXPECT_EQ(rig.Get("", "m"), "0 type 1: 78");
+  EXPECT_EQ(rig.FreeBlocks(), kUsableSlots - 4);
+}
+
+TEST(FileTreeValues, ANumberInPlaceOfDataGivesTheBlocksBack) {
+  FileTreeRig rig;
+  ASSERT_EQ(rig.CreateData("", "n", 1, Pattern(1024)), 0u);
+  ASSERT_EQ(rig.SetData("", "n", 0, "\x09\x08\x07\x06\x05\x04\x03\x02"), 0u);
+  EXPECT_EQ(rig.FreeBlocks(), kUsableSlots);
+  EXPECT_EQ(rig.Hex(kValueArea + 52 + 8, 4), "08000040");
+  EXPECT_EQ(rig.Get("", "n"), "0 type 0: 0908070600000000");
+}
+
+TEST(FileTreeValues, SetValueMissesAMissingName) {
+  FileTreeRig rig;
+  EXPECT_EQ(rig.SetData("", "n", 1, "x"), 2u);
+  ASSERT_EQ(rig.CreateNumber("", "n", 1), 0u);
+  EXPECT_EQ(rig.SetData("", "m", 1, "x"), 2u);
+  EXPECT_EQ(rig.FreeBlocks(), kUsableSlots);
+}
+
+TEST(FileTreeValues, DeletingAValueKeepsItsBlocksInUse) {
+  FileTreeRig rig;
+  ASSERT_EQ(rig.CreateData("", "n", 1, Pattern(1024)), 0u);
+  EXPECT_EQ(rig.Delete("", "n"), 0u);
+  EXPECT_EQ(rig.FreeBlocks(), kUsableSlots - 16);
+  EXPECT_EQ(rig.FreeValues(), kUsableSlots);
+}
+
+TEST(FileTreeValues, DeletingTakesAValueOutOfTheChainWhereverItStands) {
+  FileTreeRig rig;
+  for (const char* name : {"a", "b", "c", "d"}) ASSERT_EQ(rig.CreateNumber("", name, 1), 0u);
+  EXPECT_EQ(rig.Delete("", "b"), 0u);  // in the middle
+  EXPECT_EQ(rig.Word(kValueArea + 52 * 3), 0x100u);
+  EXPECT_EQ(rig.Hex(kKeyArea + 24, 6), "000400000300");
+  EXPECT_EQ(rig.Delete("", "d"), 0u);  // the first
+  EXPECT_EQ(rig.Hex(kKeyArea + 24, 6), "000300000200");
+  EXPECT_EQ(rig.Delete("", "a"), 0u);  // the last
+  EXPECT_EQ(rig.Word(kValueArea + 52 * 3), 0u);
+  EXPECT_EQ(rig.Hex(kKeyArea + 24, 6), "000300000100");
+  EXPECT_EQ(rig.Get("", "c"), "0 type 0: 0100000000000000");
+  EXPECT_EQ(rig.Delete("", "c"), 0u);
+  EXPECT_EQ(rig.KeyNode(1),
+            "0000000000005f02"
+            "ffff000000000000"
+            "0000000000000000");
+  EXPECT_EQ(rig.FreeValues(), kUsableSlots);
+  ASSERT_EQ(rig.CreateNumber("", "again", 1), 0u);
+  EXPECT_EQ(rig.Word(kKeyArea + 24), 0x300u);  // the slot given back last
+}
+
+TEST(FileTreeValues, DeletingMissesWhatIsNotThere) {
+  FileTreeRig rig;
+  EXPECT_EQ(rig.Delete("", "n"), 2u);  // no values at all
+  ASSERT_EQ(rig.CreateNumber("", "n", 1), 0u);
+  EXPECT_EQ(rig.Delete("", "m"), 2u);
+  EXPECT_EQ(rig.Hex(kKeyArea + 24, 6), "000100000100");
+}
+
+TEST(FileTreeValues, ACountThatIsZeroAlreadyIsNotLowered) {
+  FileTreeRig rig;
+  ASSERT_EQ(rig.CreateNumber("", "n", 1), 0u);
+  rig.Patch(kKeyArea + 24 + 4, "0000");
+  EXPECT_EQ(rig.Delete("", "n"), 0u);
+  EXPECT_EQ(rig.Hex(kKeyArea + 24, 6), "000000000000");
+}
+
+TEST(FileTreeValues, AValueSlotIsFreshWhenItIsTakenAgain) {
+  FileTreeRig rig;
+  ASSERT_EQ(rig.CreateData("", "a long name that fills it", 5, "x"), 0u);
+  ASSERT_EQ(rig.Delete("", "a long name that fills it"), 0u);
+  ASSERT_EQ(rig.CreateNumber("", "n", 1), 0u);
+  EXPECT_EQ(rig.ValueNode(1),
+            "0000000000000000"
+            "08000040"
+            "6e" +
+                kNoMoreName + "0100000000000000");
+}
+
+// A store whose data kind can grow no more and has a few blocks left.
+class FileTreeFullData : public ::testing::Test {
+ protected:
+  FileTreeFullData() : path_(dir_ / "a.rce"), tree_(&store_, nullptr) {
+    tree_.ShareStore();
+    EXPECT_EQ(store_.CreateRegistryFile(path_.c_str(), 65536), 0u);
+    EXPECT_EQ(store_.Initialize(path_.c_str()), 0u);
+    EXPECT_EQ(tree_.Initialize(nullptr), 0u);
+    TernaryNodeDescriptor& data = store_.Descriptor(NodeKind::kData);
+    while (data.tableCount < 20) EXPECT_EQ(store_.ExpandFile(&data, 64, 2), 0u);
+    EXPECT_EQ(store_.ExpandFile(&data, 64, 5), 0u);  // four blocks
+  }
+  ~FileTreeFullData() override {
+    tree_.Finalize();
+    store_.Finalize();
+  }
+
+  unsigned int Blocks() { return store_.Descriptor(NodeKind::kData).lastTable->freeCount(); }
+  unsigned int Values() { return store_.Descriptor(NodeKind::kValue).lastTable->freeCount(); }
+  unsigned int Write(bool create, const char* name, unsigned int type, unsigned int size) {
+    std::string bytes = Pattern(size);
+    Value value = {type, size, bytes.data()};
+    return create ? tree_.CreateValue(kAdmin, nullptr, "", name, &value)
+                  : tree_.SetValue(kAdmin, nullptr, "", name, &value);
+  }
+  std::string Get(const char* name) {
+    ReadValue value;
+    const unsigned int result = tree_.GetValue(kAdmin, nullptr, "", name, &value);
+    if (result != 0) return std::to_string(result);
+    return HexOf(std::string(static_cast<const char*>(value.data), value.size));
+  }
+
+  TempDir dir_;
+  std::string path_;
+  TernaryFile store_;
+  TernaryRegistry tree_;
+};
+
+TEST_F(FileTreeFullData, CreatingAValueChangesNothing) {
+  ASSERT_EQ(Write(true, "old", 1, 64 * 3), 0u);
+  const unsigned int values = Values();
+  const std::string key = HexOf(FileBytes(path_, kKeyArea + 24, 24));
+  EXPECT_EQ(Write(true, "new", 1, 65), 75u);
+  EXPECT_EQ(Values(), values);
+  EXPECT_EQ(Blocks(), 1u);
+  EXPECT_EQ(HexOf(FileBytes(path_, kKeyArea + 24, 24)), key);
+  EXPECT_EQ(Get("new"), "2");
+  EXPECT_EQ(Get("old"), HexOf(Pattern(64 * 3)));
+  EXPECT_EQ(Write(true, "new", 1, 64), 0u);
+  EXPECT_EQ(Get("new"), HexOf(Pattern(64)));
+}
+
+// Of a number the blocks are of no use, and no failure.
+TEST_F(FileTreeFullData, ANumberIsCreatedAllTheSame) {
+  ASSERT_EQ(Write(true, "old", 1, 64 * 4), 0u);
+  EXPECT_EQ(Write(true, "n", 0, 8), 0u);
+  EXPECT_EQ(Get("n"), HexOf(Pattern(4)) + "00000000");
+}
+
+TEST_F(FileTreeFullData, AValueThatCannotBeSetIsUnset) {
+  ASSERT_EQ(Write(true, "big", 1, 64 * 2), 0u);
+  ASSERT_EQ(Write(true, "other", 1, 64), 0u);
+  EXPECT_EQ(Write(false, "big", 3, 64 * 4), 75u);  // two were its own, one is free
+  EXPECT_EQ(Get("big"), "53");
+  EXPECT_EQ(Get("other"), HexOf(Pattern(64)));
+  EXPECT_EQ(Blocks(), 3u);
+  EXPECT_EQ(HexOf(FileBytes(path_, kValueArea + 52 + 44, 4)), "00000000");
+  // Nothing is freed twice, nothing is shared.
+  EXPECT_EQ(Write(false, "big", 3, 64 * 3), 0u);
+  EXPECT_EQ(Blocks(), 0u);
+  EXPECT_EQ(Get("big"), HexOf(Pattern(64 * 3)));
+  EXPECT_EQ(Get("other"), HexOf(Pattern(64)));
+  EXPECT_EQ(Write(false, "other", 1, 65), 75u);
+  EXPECT_EQ(Get("big"), HexOf(Pattern(64 * 3)));
+  EXPECT_EQ(Blocks(), 1u);
+}
+
+TEST(FileTreeValues, WithoutRoomForAValueNothingIsChanged) {
+  TempDir dir;
+  const std::string path = dir / "a.rce";
+  TernaryFile store;
+  ASSERT_EQ(store.CreateRegistryFile(path.c_str(), 65536), 0u);
+  ASSERT_EQ(store.Initialize(path.c_str()), 0u);
+  TernaryRegistry tree(&store, nullptr);
+  tree.ShareStore();
+  ASSERT_EQ(tree.Initialize(nullptr), 0u);
+  TernaryNodeDescriptor& values = store.Descriptor(NodeKind::kValue);
+  while (values.tableCount < 21) ASSERT_EQ(store.ExpandFile(&values, 52, 2), 0u);
+  ASSERT_EQ(tree.CreateValue(kAdmin, nullptr, "", "n", 1, true), 0u);
+  const std::string before = GetFile(path);
+  char bytes[] = "12345678";
+  Value value = {1, 8, bytes};
+  EXPECT_EQ(tree.CreateValue(kAdmin, nullptr, "", "m", 1, true), 75u);
+  EXPECT_EQ(tree.CreateValue(kAdmin, nullptr, "", "m", &value), 75u);
+  value.type = 0;
+  EXPECT_EQ(tree.CreateValue(kAdmin, nullptr, "", "m", &value), 75u);
+  EXPECT_EQ(GetFile(path), before);
+  tree.Finalize();
+  store.Finalize();
+}
+
+// A record that cannot be written is not reported, but the values before it stay.
+TEST(FileTreeValues, AValueThatCannotBeWrittenIsNotLinked) {
+  EXPECT_TRUE(InChild([] {
+    FileTreeRig rig;
+    if (rig.CreateNumber("", "old", 5) != 0) return false;
+    LimitFileSize(kValueArea + 52 * 2);
+    return rig.CreateNumber("", "new", 6) == 0 && rig.Get("", "new") == "2" &&
+           rig.Get("", "old") == "0 type 0: 0500000000000000";
+  }));
+}
+
+TEST(FileTreeValues, ADefaultValueThatCannotBeWrittenIsReported) {
+  EXPECT_TRUE(InChild([] {
+    FileTreeRig rig;
+    LimitFileSize(kKeyArea);
+    unsigned long long number = 0;
+    return rig.tree.SetDefaultValue(kAdmin, nullptr, "", 1, false) == 5 &&
+           rig.tree.GetDefaultValue(kAdmin, nullptr, "", &number) == 53;
+  }));
+}
+
+}  // namespace
+
+}  // namespace tamu::registry

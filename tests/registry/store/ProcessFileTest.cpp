@@ -1,0 +1,227 @@
+// Several stores in one process, which has one file open.
+#include <functional>
+
+#include "registry/store/ProcessFile.h"
+#include "tests/registry/store/StoreTesting.h"
+
+namespace tamu::registry::storetests {
+namespace {
+
+// A second file beside that of StoreTest, not opened yet.
+class ProcessFileTest : public StoreTest {
+ protected:
+  void SetUp() override {
+    StoreTest::SetUp();
+    for (NodeKind kind : kKinds) Take(kind);
+    const std::string bytes = Bytes();
+    PutFile(otherPath, bytes);
+  }
+  void TearDown() override {
+    other.Finalize();
+    StoreTest::TearDown();
+  }
+
+  std::string otherPath = dir / "other.rce";
+  TernaryFile other;
+};
+
+struct Operation {
+  const char* name;
+  std::function<unsigned int(TernaryFile&)> run;
+};
+
+// Every operation that reads or writes the file, with arguments that are good on an open store.
+const Operation kOperations[] = {
+    {"ReadFromFile",
+     [](TernaryFile& s) {
+       unsigned char byte = 0;
+       unsigned char* buffer = &byte;
+       return s.ReadFromFile(0, 1, buffer);
+     }},
+    {"WriteToFile",
+     [](TernaryFile& s) {
+       const unsigned char byte = 1;
+       return s.WriteToFile(84, 1, &byte);
+     }},
+    {"FileReadInteger",
+     [](TernaryFile& s) {
+       unsigned int word = 0;
+       return s.FileReadInteger(0, &word);
+     }},
+    {"FileWriteInteger", [](TernaryFile& s) { return s.FileWriteInteger(84, 1); }},
+    {"FileFillSequence", [](TernaryFile& s) { return s.FileFillSequence(84, 0, 1, 3); }},
+    {"FileFillZero", [](TernaryFile& s) { return s.FileFillZero(84, 8); }},
+    {"WriteChanges", [](TernaryFile& s) { return s.WriteChanges(0, 84, 1, "x"); }},
+    {"WriteHeader",
+     [](TernaryFile& s) {
+       TernaryHeader header = s.Header();
+       return s.WriteHeader(0, &header);
+     }},
+    {"ReadHeader",
+     [](TernaryFile& s) {
+       TernaryHeader header;
+       TernaryHeader* place = &header;
+       return s.ReadHeader(place);
+     }},
+    {"LoadNAT",
+     [](TernaryFile& s) {
+       NodeAllocationTable* table = nullptr;
+       const unsigned int result = s.LoadNAT(4220, table);
+       delete table;
+       return result;
+     }},
+    {"ExpandFile",
+     [](TernaryFile& s) { return s.ExpandFile(&s.Descriptor(NodeKind::kKey), 24, 500); }},
+    {"AcquireNodeId",
+     [](TernaryFile& s) {
+       unsigned int id = 0;
+       return s.AcquireNodeId(0, &id, s.Descriptor(NodeKind::kKey).lastTable);
+     }},
+    {"AcquireNodeIndexes",
+     [](TernaryFile& s) {
+       unsigned int indexes[2];
+       return s.AcquireNodeIndexes(0, indexes, s.Descriptor(NodeKind::kData).lastTable, 2);
+     }},
+    {"ReleaseNodeId",
+     [](TernaryFile& s) {
+       return s.ReleaseNodeId(0, 0x100, s.Descriptor(NodeKind::kValue).lastTable);
+     }},
+    {"ReadNode",
+     [](TernaryFile& s) {
+       TernaryStringNode* node = nullptr;
+       const unsigned int result = s.ReadNode(0x100, node);
+       delete node;
+       return result;
+     }},
+    {"ReadKeyNodeInBuffer",
+     [](TernaryFile& s) {
+       TernaryKeyNode node;
+       return s.ReadKeyNodeInBuffer(0x100, &node);
+     }},
+    {"WriteValueNode",
+     [](TernaryFile& s) {
+       TernaryValueNode node;
+       return s.WriteValueNode(0, 0x100, &node, false);
+     }},
+    {"AcquireNode",
+     [](TernaryFile& s) {
+       unsigned int id = 0;
+       TernaryStringNode* node = nullptr;
+       const unsigned int result = s.AcquireNode(0, &id, node);
+       delete node;
+       return result;
+     }},
+    {"ReleaseKeyNode", [](TernaryFile& s) { return s.ReleaseKeyNode(0, 0x100, nullptr); }},
+    {"WriteData",
+     [](TernaryFile& s) {
+       unsigned int id = 0;
+       return s.WriteData(0, "x", 1, &id);
+     }},
+    {"ReadData",
+     [](TernaryFile& s) {
+       unsigned char bytes[64];
+       unsigned int size = sizeof bytes;
+       return s.ReadData(bytes, &size, 0x100);
+     }},
+    {"DeleteData", [](TernaryFile& s) { return s.DeleteData(0, 0x100); }},
+    {"SetStartNode", [](TernaryFile& s) { return s.SetStartNode(0, 0x100); }},
+    {"GetRegistryInfo",
+     [](TernaryFile& s) {
+       RegistryInfo info;
+       return s.GetRegistryInfo(&info);
+     }},
+};
+
+// Without this the next test would also pass with arguments that are refused anyway.
+TEST_F(ProcessFileTest, EveryOperationWorksOnTheFileThatIsOpen) {
+  const std::string before = Bytes();
+  for (const Operation& operation : kOperations) {
+    SCOPED_TRACE(operation.name);
+    Reopen(before);
+    EXPECT_EQ(operation.run(store), 0u);
+  }
+}
+
+TEST_F(ProcessFileTest, AStoreWhoseFileWasReplacedAnswers5AndTouchesNeitherFile) {
+  const std::string before = Bytes();
+  ASSERT_EQ(other.Initialize(otherPath.c_str()), 0u);
+  for (const Operation& operation : kOperations) {
+    SCOPED_TRACE(operation.name);
+    EXPECT_EQ(operation.run(store), 5u);
+    EXPECT_TRUE(GetFile(path) == before);
+    EXPECT_TRUE(GetFile(otherPath) == before);
+  }
+  unsigned int id = 0;
+  EXPECT_EQ(other.AcquireSlot(0, NodeKind::kKey, &id), 0u);
+  EXPECT_EQ(id, 0x200u);
+}
+
+TEST_F(ProcessFileTest, FinalizingAReplacedStoreLeavesTheOtherOpen) {
+  ASSERT_EQ(other.Initialize(otherPath.c_str()), 0u);
+  EXPECT_EQ(store.Finalize(), 0u);
+  EXPECT_TRUE(TernaryFile::file.IsOpen());
+  unsigned int id = 0;
+  EXPECT_EQ(other.AcquireSlot(0, NodeKind::kKey, &id), 0u);
+}
+
+TEST_F(ProcessFileTest, AReplacedStoreWorksAgainWhenItIsOpenedAnew) {
+  ASSERT_EQ(other.Initialize(otherPath.c_str()), 0u);
+  ASSERT_EQ(other.Finalize(), 0u);
+  unsigned int id = 0;
+  EXPECT_EQ(store.AcquireSlot(0, NodeKind::kKey, &id), 5u);
+  EXPECT_EQ(store.Finalize(), 0u);
+  EXPECT_EQ(store.Initialize(path.c_str()), 0u);
+  EXPECT_EQ(Take(NodeKind::kKey), 0x200u);
+}
+
+TEST_F(ProcessFileTest, TwoStoresOnOnePathShareTheFile) {
+  ASSERT_EQ(other.Initialize(path.c_str()), 0u);
+  TernaryStringNode node;
+  node.setSplitChar('q');
+  EXPECT_EQ(store.WriteNode(0, 0x100, &node, false), 0u);
+  TernaryStringNode back;
+  EXPECT_EQ(other.ReadNodeInBuffer(0x100, &back), 0u);
+  EXPECT_EQ(back.splitChar(), 'q');
+}
+
+TEST_F(ProcessFileTest, TheFirstToFinalizeClosesTheFileOfItsPath) {
+  ASSERT_EQ(other.Initialize(path.c_str()), 0u);
+  EXPECT_EQ(other.Finalize(), 0u);
+  EXPECT_FALSE(TernaryFile::file.IsOpen());
+  const std::string before = Bytes();
+  for (const Operation& operation : kOperations) {
+    SCOPED_TRACE(operation.name);
+    EXPECT_EQ(operation.run(store), 5u);
+  }
+  EXPECT_TRUE(Bytes() == before);
+}
+
+TEST_F(ProcessFileTest, TheOlderStoreClosesTheFileOfItsPathToo) {
+  ASSERT_EQ(other.Initialize(path.c_str()), 0u);
+  EXPECT_EQ(store.Finalize(), 0u);
+  EXPECT_FALSE(TernaryFile::file.IsOpen());
+  unsigned int id = 0;
+  EXPECT_EQ(other.AcquireSlot(0, NodeKind::kKey, &id), 5u);
+}
+
+TEST_F(ProcessFileTest, ThePathIsKeptAsACopy) {
+  std::string text = otherPath;
+  ASSERT_EQ(other.Initialize(text.data()), 0u);
+  text.assign(text.size(), 'x');
+  unsigned int id = 0;
+  EXPECT_EQ(other.AcquireSlot(0, NodeKind::kKey, &id), 0u);
+  EXPECT_EQ(other.Finalize(), 0u);
+  EXPECT_FALSE(TernaryFile::file.IsOpen());
+}
+
+// Creating a file takes the open one's place too.
+TEST_F(ProcessFileTest, AStoreIsClosedWhenAnotherFileIsCreated) {
+  const std::string before = Bytes();
+  EXPECT_EQ(other.CreateRegistryFile((dir / "third.rce").c_str(), 0), 0u);
+  unsigned int id = 0;
+  EXPECT_EQ(store.AcquireSlot(0, NodeKind::kKey, &id), 5u);
+  EXPECT_TRUE(Bytes() == before);
+}
+
+}  // namespace
+}  // namespace tamu::registry::storetests

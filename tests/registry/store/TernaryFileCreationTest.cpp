@@ -1,0 +1,188 @@
+#include <cstring>
+
+#include "tests/platform/ChildProcess.h"
+#include "tests/registry/store/StoreTesting.h"
+
+namespace tamu::registry::storetests {
+namespace {
+
+std::string NewFileHeaders(const unsigned int (&tables)[4], unsigned int fileSize) {
+  std::string bytes("\xFF\xE0\xAC\x0F\xEF\xBE\xAD\xDE\x02\x00\x00\x00\x01\x00\x00\x00", 16);
+  bytes += Zeros(68);
+  bytes += Zeros(4096);
+  AddU32(bytes, 0);
+  AddU32(bytes, 4180);
+  AddU32(bytes, 1);
+  for (unsigned int table : tables) AddU32(bytes, table);
+  AddU32(bytes, 0);
+  AddU32(bytes, fileSize);
+  AddU32(bytes, 0);
+  return bytes;
+}
+
+void AddTable(std::string& bytes, unsigned int table, unsigned int area, unsigned int entries) {
+  ASSERT_EQ(bytes.size(), table);
+  AddU32(bytes, 0);
+  AddU32(bytes, table);
+  AddU32(bytes, area);
+  AddU32(bytes, entries);
+  bytes += Zeros(12);
+  AddU32(bytes, entries - 1);
+  for (unsigned int i = 1; i <= entries; ++i) AddU32(bytes, i);
+}
+
+// Makes a file and compares all of it.
+void ExpectNewFile(unsigned int budget, unsigned int entries, const unsigned int (&tables)[4],
+                   const unsigned int (&areas)[4], unsigned int fileSize) {
+  SCOPED_TRACE(budget);
+  TempDir dir;
+  const std::string path = dir / "new.rce";
+  TernaryFile store;
+  ASSERT_EQ(store.CreateRegistryFile(path.c_str(), budget), 0u);
+  EXPECT_FALSE(TernaryFile::file.IsOpen());
+  std::string expected = NewFileHeaders(tables, fileSize);
+  for (unsigned int i = 0; i < 4; ++i) AddTable(expected, tables[i], areas[i], entries);
+  ASSERT_EQ(expected.size(), areas[0]);
+  expected += Zeros(180 * entries);
+  ASSERT_EQ(expected.size(), fileSize);
+  const std::string made = GetFile(path);
+  EXPECT_EQ(made.size(), expected.size());
+  EXPECT_TRUE(made == expected);
+}
+
+TEST(TernaryFileCreation, WritesEveryByteOfANewFile) {
+  ExpectNewFile(65536, 365, {4220, 5712, 7204, 8696}, {10188, 24788, 33548, 52528}, 75888);
+}
+
+TEST(TernaryFileCreation, WritesEveryByteOfTheSmallestFiles) {
+  ExpectNewFile(0, 1, {4220, 4256, 4292, 4328}, {4364, 4404, 4428, 4480}, 4544);
+  ExpectNewFile(179, 1, {4220, 4256, 4292, 4328}, {4364, 4404, 4428, 4480}, 4544);
+  ExpectNewFile(180, 2, {4220, 4260, 4300, 4340}, {4380, 4460, 4508, 4612}, 4740);
+}
+
+TEST(TernaryFileCreation, InAFileWithoutSlotsTheFirstAllocationExpands) {
+  const unsigned int sizes[4] = {4544 + 32 + 2000 + 20000, 4544 + 32 + 2000 + 12000,
+                                 4544 + 32 + 2000 + 26000, 4544 + 32 + 2000 + 32000};
+  for (unsigned int kind = 0; kind < 4; ++kind) {
+    SCOPED_TRACE(kind);
+    TempDir dir;
+    const std::string path = dir / "small.rce";
+    TernaryFile store;
+    ASSERT_EQ(store.CreateRegistryFile(path.c_str(), 0), 0u);
+    ASSERT_EQ(store.Initialize(path.c_str()), 0u);
+    unsigned int id = 0;
+    unsigned int result = 0;
+    if (kind == 3) {
+      result = store.WriteData(0, "x", 1, &id);
+    } else {
+      result = store.AcquireSlot(0, kKinds[kind], &id);
+    }
+    EXPECT_EQ(result, 0u);
+    EXPECT_EQ(id, 0x101u);
+    EXPECT_EQ(store.Finalize(), 0u);
+    EXPECT_EQ(GetFile(path).size(), sizes[kind]);
+  }
+}
+
+TEST(TernaryFileCreation, ABudgetThatIsTooLargeAnswers28AndTouchesNothing) {
+  TempDir dir;
+  const std::string path = dir / "kept";
+  PutFile(path, "kept");
+  TernaryFile store;
+  EXPECT_EQ(store.CreateRegistryFile(path.c_str(), 0xFFFFFFFF), 28u);
+  EXPECT_EQ(store.CreateRegistryFile(path.c_str(), 1972174860), 28u);
+  EXPECT_EQ(GetFile(path), "kept");
+  const std::string absent = dir / "absent";
+  EXPECT_EQ(store.CreateRegistryFile(absent.c_str(), 0xFFFFFFFF), 28u);
+  EXPECT_EQ(GetFile(absent), "(cannot be read)");
+}
+
+TEST(TernaryFileCreation, EmptiesAndRebuildsAFileThatExists) {
+  TempDir dir;
+  const std::string path = dir / "again.rce";
+  TernaryFile store;
+  ASSERT_EQ(store.CreateRegistryFile(path.c_str(), 65536), 0u);
+  const std::string fresh = GetFile(path);
+  PutFile(path, std::string(100000, '\xAA'));
+  ASSERT_EQ(store.CreateRegistryFile(path.c_str(), 65536), 0u);
+  EXPECT_TRUE(GetFile(path) == fresh);
+}
+
+TEST(TernaryFileCreation, AFileThatCannotBeMadeAnswers28) {
+  TempDir dir;
+  TernaryFile store;
+  EXPECT_EQ(store.CreateRegistryFile((dir / "no/such/folder").c_str(), 65536), 28u);
+  EXPECT_EQ(store.CreateRegistryFile((dir / ".").c_str(), 65536), 28u);
+  EXPECT_EQ(store.CreateRegistryFile(nullptr, 65536), 22u);
+  EXPECT_FALSE(TernaryFile::file.IsOpen());
+}
+
+TEST(TernaryFileCreation, LeavesTheStoreClosed) {
+  TempDir dir;
+  const std::string path = dir / "closed.rce";
+  TernaryFile store;
+  ASSERT_EQ(store.CreateRegistryFile(path.c_str(), 65536), 0u);
+  unsigned int id = 0;
+  EXPECT_EQ(store.AcquireSlot(0, NodeKind::kString, &id), 5u);
+  unsigned int word = 0;
+  EXPECT_EQ(store.FileReadInteger(0, &word), 5u);
+}
+
+// Creation on a disk with room for `limit` bytes: the status, and what is left of the file.
+void ExpectFailedCreation(unsigned int limit, unsigned int status, unsigned int length) {
+  SCOPED_TRACE(limit);
+  TempDir dir;
+  const std::string path = dir / "full.rce";
+  EXPECT_TRUE(InChild([&] {
+    LimitFileSize(limit);
+    TernaryFile store;
+    return store.CreateRegistryFile(path.c_str(), 65536) == status && !TernaryFile::file.IsOpen();
+  }));
+  EXPECT_EQ(GetFile(path).size(), length);
+}
+
+TEST(TernaryFileCreation, WithoutRoomForTheFileHeaderAnswers28AndLeavesAnEmptyFile) {
+  ExpectFailedCreation(0, 28, 0);
+  ExpectFailedCreation(83, 28, 0);
+}
+
+TEST(TernaryFileCreation, WithoutRoomForTheReservedAreaAnswers59) {
+  ExpectFailedCreation(84, 59, 84);
+  ExpectFailedCreation(4179, 59, 4179);
+}
+
+TEST(TernaryFileCreation, WithoutRoomForAHeaderAnswers5AndLeavesAnEmptyFile) {
+  ExpectFailedCreation(4219, 5, 0);  // the record that leads to the tables
+  ExpectFailedCreation(4251, 5, 0);  // a table's head
+  ExpectFailedCreation(5743, 5, 0);
+  ExpectFailedCreation(7235, 5, 0);
+  ExpectFailedCreation(8727, 5, 0);
+}
+
+TEST(TernaryFileCreation, WithoutRoomForTheEntriesAnswers5) {
+  ExpectFailedCreation(4252, 5, 4252);
+  ExpectFailedCreation(10187, 5, 10187);
+}
+
+TEST(TernaryFileCreation, WithoutRoomForTheAreasAnswers5AndLeavesAnEmptyFile) {
+  ExpectFailedCreation(10188, 5, 0);
+  ExpectFailedCreation(75887, 5, 0);
+}
+
+TEST(TernaryFileCreation, WithJustEnoughRoomSucceeds) {
+  ExpectFailedCreation(75888, 0, 75888);
+}
+
+TEST(TernaryFileCreation, AnEmptyFileLeftBehindIsRefusedFromThenOn) {
+  TempDir dir;
+  const std::string path = dir / "empty.rce";
+  PutFile(path, "");
+  TernaryFile store;
+  EXPECT_EQ(store.Initialize(path.c_str()), 59u);
+  EXPECT_EQ(store.Initialize(path.c_str()), 59u);
+  EXPECT_FALSE(store.PathMissing());
+  EXPECT_EQ(GetFile(path), "");
+}
+
+}  // namespace
+}  // namespace tamu::registry::storetests

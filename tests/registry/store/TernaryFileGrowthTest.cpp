@@ -1,0 +1,226 @@
+#include "tests/platform/ChildProcess.h"
+#include "tests/registry/store/StoreTesting.h"
+
+namespace tamu::registry::storetests {
+namespace {
+
+class TernaryFileGrowthTest : public StoreTest {
+ protected:
+  // What an expansion of a kind by 500 slots makes of the file.
+  static std::string Grown(std::string bytes, unsigned int kind, unsigned int slots = 500) {
+    const unsigned int table = static_cast<unsigned int>(bytes.size());
+    SetU32(bytes, kTables[kind], table);
+    AddU32(bytes, 0);
+    AddU32(bytes, table);
+    AddU32(bytes, table + 32 + 4 * slots);
+    AddU32(bytes, slots);
+    AddU32(bytes, 0);
+    AddU32(bytes, 1);
+    AddU32(bytes, 0);
+    AddU32(bytes, slots - 1);
+    for (unsigned int i = 1; i <= slots; ++i) AddU32(bytes, i);
+    bytes += Zeros(slots * kRecordSizes[kind]);
+    SetU32(bytes, 4180 + 32, static_cast<unsigned int>(bytes.size()));
+    return bytes;
+  }
+};
+
+TEST_F(TernaryFileGrowthTest, The365thNodeAppendsATable) {
+  const unsigned int sizes[3] = {97920, 89920, 103920};
+  const std::string fresh = Bytes();
+  for (unsigned int kind = 0; kind < 3; ++kind) {
+    SCOPED_TRACE(kind);
+    Reopen(fresh);
+    TakeMany(kKinds[kind], 364);
+    const std::string full = Bytes();
+    ASSERT_EQ(full.size(), 75888u);
+    EXPECT_EQ(Take(kKinds[kind]), 0x101u);
+    std::string expected = Grown(full, kind);
+    ASSERT_EQ(expected.size(), sizes[kind]);
+    SetU32(expected, 75888 + 28, 498);
+    SetU32(expected, 75888 + 32, 2);
+    SetU32(expected, 75888 + 36, 0);
+    EXPECT_TRUE(Bytes() == expected);
+    const TernaryNodeDescriptor& descriptor = store.Descriptor(kKinds[kind]);
+    EXPECT_EQ(descriptor.tableCount, 2u);
+    EXPECT_EQ(descriptor.usedNodes, 365u);
+    EXPECT_EQ(descriptor.totalNodes, 364u + 499);
+    EXPECT_EQ(descriptor.lastTable->tableNumber(), 1u);
+    EXPECT_EQ(store.Header().fileSize(), sizes[kind]);
+    EXPECT_EQ(Take(kKinds[kind]), 0x201u);
+  }
+}
+
+TEST_F(TernaryFileGrowthTest, DataGrowsWhenTheNewestTableHasTooFewBlocks) {
+  const std::string kilobyte(1024, 'k');
+  unsigned int id = 0;
+  for (unsigned int i = 0; i < 22; ++i)
+    ASSERT_EQ(store.WriteData(0, kilobyte.data(), 1024, &id), 0u);
+  ASSERT_EQ(FreeCount(3), 12u);
+  EXPECT_FALSE(store.DataNeedsGrowth(12 * 64));
+  EXPECT_TRUE(store.DataNeedsGrowth(12 * 64 + 1));
+  EXPECT_EQ(store.WriteData(0, kilobyte.data(), 1024, &id), 0u);
+  EXPECT_EQ(id, 0x101u);
+  EXPECT_EQ(Bytes().size(), 109920u);
+  EXPECT_EQ(FreeCount(3), 12u);  // these stay free
+  EXPECT_EQ(U32(75888 + 28), 499u - 16);
+  EXPECT_EQ(store.WriteData(0, "x", 1, &id), 0u);
+  EXPECT_EQ(id, 0x1101u);
+}
+
+TEST_F(TernaryFileGrowthTest, FreeSlotsOfOlderTablesStayFree) {
+  TakeMany(NodeKind::kKey, 365);
+  EXPECT_EQ(store.ReleaseSlot(0, NodeKind::kKey, 0x500), 0u);
+  EXPECT_EQ(FreeCount(1), 1u);
+  EXPECT_EQ(Entry(1, 0), 5u);
+  EXPECT_EQ(Take(NodeKind::kKey), 0x201u);
+  EXPECT_EQ(FreeCount(1), 1u);
+}
+
+TEST_F(TernaryFileGrowthTest, A22ndTableIsRefusedAndNothingIsChanged) {
+  TernaryNodeDescriptor& strings = store.Descriptor(NodeKind::kString);
+  for (unsigned int i = 1; i < 21; ++i) ASSERT_EQ(store.ExpandFile(&strings, 40, 500), 0u);
+  EXPECT_EQ(Bytes().size(), 75888u + 20 * 22032);
+  EXPECT_EQ(strings.totalNodes, 364u + 20 * 499);
+  TakeMany(NodeKind::kString, 499);
+  const std::string before = Bytes();
+  unsigned int id = 0;
+  EXPECT_EQ(Acquire(NodeKind::kString, &id), 75u);
+  EXPECT_EQ(store.ExpandFile(&strings, 40, 500), 75u);
+  EXPECT_TRUE(Bytes() == before);
+  // The store goes on.
+  EXPECT_EQ(store.ReleaseSlot(0, NodeKind::kString, 0x1F314), 0u);
+  EXPECT_EQ(Take(NodeKind::kString), 0x1F314u);
+  EXPECT_EQ(Take(NodeKind::kKey), 0x100u);
+}
+
+TEST_F(TernaryFileGrowthTest, DataIsRefusedAtTheLastTableToo) {
+  TernaryNodeDescriptor& data = store.Descriptor(NodeKind::kData);
+  for (unsigned int i = 1; i < 21; ++i) ASSERT_EQ(store.ExpandFile(&data, 64, 2), 0u);
+  const std::string before = Bytes();
+  unsigned int id = 77;
+  EXPECT_EQ(store.WriteData(0, std::string(65, 'x').data(), 65, &id), 75u);
+  EXPECT_EQ(id, 0u);
+  EXPECT_TRUE(Bytes() == before);
+  EXPECT_EQ(store.WriteData(0, "x", 1, &id), 0u);
+  EXPECT_EQ(id, 0x114u);
+}
+
+TEST_F(TernaryFileGrowthTest, AnExpansionCanHaveAnyNumberOfSlots) {
+  const std::string before = Bytes();
+  EXPECT_EQ(store.ExpandFile(&store.Descriptor(NodeKind::kValue), 52, 700), 0u);
+  EXPECT_TRUE(Bytes() == Grown(before, 2, 700));
+}
+
+TEST_F(TernaryFileGrowthTest, ABeyondReasonExpansionAnswers28AndClosesTheFile) {
+  const std::string before = Bytes();
+  EXPECT_EQ(store.ExpandFile(&store.Descriptor(NodeKind::kData), 64, 0x7FFFFFFF), 28u);
+  EXPECT_TRUE(Bytes() == before);
+  unsigned int id = 0;
+  EXPECT_EQ(Acquire(NodeKind::kKey, &id), 5u);
+  EXPECT_EQ(store.Finalize(), 0u);
+  EXPECT_EQ(store.Initialize(path.c_str()), 0u);
+  EXPECT_EQ(Take(NodeKind::kKey), 0x100u);
+}
+
+TEST_F(TernaryFileGrowthTest, NullAndNothingAnswer22) {
+  const std::string before = Bytes();
+  EXPECT_EQ(store.ExpandFile(nullptr, 40, 500), 22u);
+  EXPECT_EQ(store.ExpandFile(&store.Descriptor(NodeKind::kKey), 24, 0), 22u);
+  EXPECT_TRUE(Bytes() == before);
+}
+
+// A disk that is full somewhere inside the new table: the file is as it was, closed, and complete
+// when it is opened again.
+TEST_F(TernaryFileGrowthTest, AGrowthThatFailsAnywhereLeavesTheFileAsItWas) {
+  TakeMany(NodeKind::kString, 364);
+  for (unsigned int i = 1; i <= 364; ++i) {
+    TernaryStringNode node;
+    node.setKeyNode(i);
+    ASSERT_EQ(store.WriteNode(0, i << 8, &node, false), 0u);
+  }
+  store.Finalize();
+  const std::string full = Bytes();
+  for (unsigned int limit = 75888; limit < 97920; limit += 512) {
+    SCOPED_TRACE(limit);
+    EXPECT_TRUE(InChild([&] {
+      LimitFileSize(limit);
+      TernaryFile limited;
+      unsigned int id = 0;
+      TernaryStringNode node;
+      return limited.Initialize(path.c_str()) == 0 &&
+             limited.AcquireSlot(0, NodeKind::kString, &id) == 5 && id == 0 &&
+             limited.Descriptor(NodeKind::kString).tableCount == 1 &&
+             limited.Header().fileSize() == 75888 &&
+             limited.AcquireSlot(0, NodeKind::kKey, &id) == 5 &&
+             limited.ReadNodeInBuffer(0x100, &node) == 5;
+    }));
+    ASSERT_TRUE(Bytes() == full);
+  }
+  EXPECT_TRUE(InChild([&] {
+    LimitFileSize(97920);
+    TernaryFile enough;
+    unsigned int id = 0;
+    return enough.Initialize(path.c_str()) == 0 &&
+           enough.AcquireSlot(0, NodeKind::kString, &id) == 0 && id == 0x101;
+  }));
+  ASSERT_EQ(store.Initialize(path.c_str()), 0u);
+  EXPECT_EQ(Bytes().size(), 97920u);
+  for (unsigned int i = 1; i <= 364; ++i) {
+    TernaryStringNode node;
+    ASSERT_EQ(store.ReadNodeInBuffer(i << 8, &node), 0u);
+    ASSERT_EQ(node.keyNode(), i);
+  }
+}
+
+TEST_F(TernaryFileGrowthTest, AFailedGrowthAfterAGoodOneKeepsTheGoodOne) {
+  TakeMany(NodeKind::kString, 365);
+  TakeMany(NodeKind::kKey, 364);
+  store.Finalize();
+  const std::string before = Bytes();
+  ASSERT_EQ(before.size(), 97920u);
+  EXPECT_TRUE(InChild([&] {
+    LimitFileSize(97920 + 22032);  // room for the strings' second expansion alone
+    TernaryFile limited;
+    unsigned int id = 0;
+    if (limited.Initialize(path.c_str()) != 0) return false;
+    for (unsigned int i = 0; i < 499; ++i) {
+      if (limited.AcquireSlot(0, NodeKind::kString, &id) != 0) return false;
+    }
+    return id == 0x102 && limited.AcquireSlot(0, NodeKind::kKey, &id) == 5;
+  }));
+  EXPECT_EQ(Bytes().size(), 97920u + 22032);
+  ASSERT_EQ(store.Initialize(path.c_str()), 0u);
+  EXPECT_EQ(store.Descriptor(NodeKind::kString).tableCount, 3u);
+  EXPECT_EQ(store.Descriptor(NodeKind::kString).usedNodes, 864u);
+  EXPECT_EQ(FreeListFindings(Bytes()), "");
+}
+
+// Bytes that a power cut left behind the length in the header are no part of the file.
+TEST_F(TernaryFileGrowthTest, WritesOverWhatAnInterruptedGrowthHasLeft) {
+  TakeMany(NodeKind::kValue, 364);
+  const std::string full = Bytes();
+  Reopen(full + std::string(5000, '\xAA'));
+  EXPECT_EQ(Take(NodeKind::kValue), 0x101u);
+  std::string expected = Grown(full, 2);
+  SetU32(expected, 75888 + 28, 498);
+  SetU32(expected, 75888 + 32, 2);
+  SetU32(expected, 75888 + 36, 0);
+  EXPECT_TRUE(Bytes() == expected);
+}
+
+// A table that this store cannot follow may lie there: it is not written over by another kind.
+TEST_F(TernaryFileGrowthTest, DoesNotGrowOverTheRestOfADamagedChain) {
+  TakeMany(NodeKind::kString, 365);
+  TakeMany(NodeKind::kKey, 364);
+  std::string bytes = Bytes();
+  SetU32(bytes, 4180 + 32, 75888);
+  Reopen(bytes);
+  ASSERT_TRUE(store.Descriptor(NodeKind::kString).damaged);
+  unsigned int id = 0;
+  EXPECT_EQ(Acquire(NodeKind::kKey, &id), 59u);
+  EXPECT_TRUE(Bytes() == bytes);
+}
+
+}  // namespace
+}  // namespace tamu::registry::storetests

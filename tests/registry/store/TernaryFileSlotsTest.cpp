@@ -1,0 +1,273 @@
+#include "tests/registry/store/StoreTesting.h"
+
+namespace tamu::registry::storetests {
+namespace {
+
+class TernaryFileSlotsTest : public StoreTest {
+ protected:
+  NodeAllocationTable* Table(NodeKind kind) { return store.Descriptor(kind).lastTable; }
+
+  // A release that must be refused: 59, no byte of the file changed, nor the counts.
+  void ExpectRefused(NodeKind kind, unsigned int id) {
+    const std::string before = Bytes();
+    const unsigned int freeBefore = Table(kind)->freeCount();
+    const unsigned int usedBefore = store.Descriptor(kind).usedNodes;
+    EXPECT_EQ(store.ReleaseNodeId(0, id, Table(kind)), 59u);
+    EXPECT_EQ(store.ReleaseSlot(0, kind, id), 59u);
+    if (kind == NodeKind::kData) EXPECT_EQ(store.DeleteData(0, id), 59u);
+    EXPECT_TRUE(Bytes() == before);
+    EXPECT_EQ(Table(kind)->freeCount(), freeBefore);
+    EXPECT_EQ(store.Descriptor(kind).usedNodes, usedBefore);
+  }
+
+  // Takes that must be refused.
+  void ExpectNoneTaken(NodeKind kind, unsigned int status) {
+    const std::string before = Bytes();
+    unsigned int id = 0x5555;
+    EXPECT_EQ(store.AcquireNodeId(0, &id, Table(kind)), status);
+    EXPECT_EQ(id, 0x5555u);
+    EXPECT_TRUE(Bytes() == before);
+  }
+};
+
+TEST_F(TernaryFileSlotsTest, ANewFileHandsOutItsSlotsInAscendingOrder) {
+  for (unsigned int kind = 0; kind < 4; ++kind) {
+    SCOPED_TRACE(kind);
+    std::string expected = Bytes();
+    unsigned int id = 0;
+    EXPECT_EQ(store.AcquireNodeId(0, &id, Table(kKinds[kind])), 0u);
+    EXPECT_EQ(id, 0x100u);
+    EXPECT_EQ(store.AcquireNodeId(0, &id, Table(kKinds[kind])), 0u);
+    EXPECT_EQ(id, 0x200u);
+    SetU32(expected, kTables[kind] + 28, 362);
+    SetU32(expected, kTables[kind] + 32, 3);
+    SetU32(expected, kTables[kind] + 36, 0);
+    SetU32(expected, kTables[kind] + 40, 0);
+    EXPECT_TRUE(Bytes() == expected);
+    EXPECT_EQ(Table(kKinds[kind])->freeCount(), 362u);
+  }
+}
+
+TEST_F(TernaryFileSlotsTest, TheSlotReleasedLastIsTakenNext) {
+  TakeMany(NodeKind::kString, 5);
+  EXPECT_EQ(store.ReleaseSlot(0, NodeKind::kString, 0x100), 0u);
+  EXPECT_EQ(store.ReleaseSlot(0, NodeKind::kString, 0x400), 0u);
+  EXPECT_EQ(Entry(0, 0), 4u);
+  EXPECT_EQ(Entry(0, 4), 1u);
+  EXPECT_EQ(Entry(0, 1), 6u);
+  EXPECT_EQ(FreeCount(0), 361u);
+  EXPECT_EQ(Take(NodeKind::kString), 0x400u);
+  EXPECT_EQ(Take(NodeKind::kString), 0x100u);
+  EXPECT_EQ(Take(NodeKind::kString), 0x600u);
+}
+
+TEST_F(TernaryFileSlotsTest, TheLastSlotLeavesTheNumberOfEntriesAsTheHead) {
+  for (unsigned int i = 0; i < 364; ++i) {
+    unsigned int id = 0;
+    ASSERT_EQ(store.AcquireNodeId(0, &id, Table(NodeKind::kKey)), 0u);
+    ASSERT_EQ(id, (i + 1) << 8);
+  }
+  EXPECT_EQ(Entry(1, 0), 365u);
+  EXPECT_EQ(FreeCount(1), 0u);
+  ExpectNoneTaken(NodeKind::kKey, 28);
+  EXPECT_EQ(store.ReleaseNodeId(0, 0x16C00, Table(NodeKind::kKey)), 0u);
+  EXPECT_EQ(Entry(1, 0), 364u);
+  EXPECT_EQ(Entry(1, 364), 365u);
+  EXPECT_EQ(FreeCount(1), 1u);
+}
+
+// ---- chains
+
+TEST_F(TernaryFileSlotsTest, AChainIsLinkedInTheOrderTaken) {
+  unsigned int indexes[3] = {};
+  EXPECT_EQ(store.AcquireNodeIndexes(0, indexes, Table(NodeKind::kData), 3), 0u);
+  EXPECT_EQ(indexes[0], 1u);
+  EXPECT_EQ(indexes[1], 2u);
+  EXPECT_EQ(indexes[2], 3u);
+  EXPECT_EQ(Entry(3, 0), 4u);
+  EXPECT_EQ(Entry(3, 1), 2u);
+  EXPECT_EQ(Entry(3, 2), 3u);
+  EXPECT_EQ(Entry(3, 3), 0u);
+  EXPECT_EQ(FreeCount(3), 361u);
+}
+
+TEST_F(TernaryFileSlotsTest, AReleasedChainComesBackInItsOrder) {
+  unsigned int indexes[4] = {};
+  NodeAllocationTable* table = Table(NodeKind::kData);
+  ASSERT_EQ(store.AcquireNodeIndexes(0, indexes, table, 3), 0u);
+  ASSERT_EQ(store.AcquireNodeIndexes(0, indexes, table, 2), 0u);
+  EXPECT_EQ(store.ReleaseNodeId(0, 0x100, table), 0u);
+  EXPECT_EQ(Entry(3, 0), 1u);
+  EXPECT_EQ(Entry(3, 1), 2u);
+  EXPECT_EQ(Entry(3, 2), 3u);
+  EXPECT_EQ(Entry(3, 3), 6u);
+  EXPECT_EQ(FreeCount(3), 362u);
+  EXPECT_EQ(store.AcquireNodeIndexes(0, indexes, table, 4), 0u);
+  EXPECT_EQ(indexes[0], 1u);
+  EXPECT_EQ(indexes[1], 2u);
+  EXPECT_EQ(indexes[2], 3u);
+  EXPECT_EQ(indexes[3], 6u);
+  EXPECT_EQ(Entry(3, 3), 6u);
+  EXPECT_EQ(Entry(3, 6), 0u);
+}
+
+TEST_F(TernaryFileSlotsTest, AChainOfNoSlotsWritesNothing) {
+  const std::string before = Bytes();
+  unsigned int index = 77;
+  EXPECT_EQ(store.AcquireNodeIndexes(0, &index, Table(NodeKind::kData), 0), 0u);
+  EXPECT_EQ(index, 77u);
+  EXPECT_TRUE(Bytes() == before);
+}
+
+TEST_F(TernaryFileSlotsTest, AChainLongerThanTheFreeListAnswers28) {
+  unsigned int indexes[365];
+  NodeAllocationTable* table = Table(NodeKind::kData);
+  const std::string before = Bytes();
+  EXPECT_EQ(store.AcquireNodeIndexes(0, indexes, table, 365), 28u);
+  EXPECT_TRUE(Bytes() == before);
+  EXPECT_EQ(store.AcquireNodeIndexes(0, indexes, table, 364), 0u);
+  EXPECT_EQ(indexes[363], 364u);
+  EXPECT_EQ(Entry(3, 0), 365u);
+  EXPECT_EQ(Entry(3, 364), 0u);
+  EXPECT_EQ(FreeCount(3), 0u);
+}
+
+// ---- damaged free lists
+
+TEST_F(TernaryFileSlotsTest, AHeadOutsideTheTableIsNotTaken) {
+  for (unsigned int head : {0u, 365u, 366u, 0x01000000u, 0xFFFFFFFFu}) {
+    SCOPED_TRACE(head);
+    Damage(kTables[0] + 32, head);
+    ExpectNoneTaken(NodeKind::kString, 59);
+  }
+}
+
+// What a power cut leaves between the advance of the head and the lowering of the count.
+TEST_F(TernaryFileSlotsTest, AFullTableThatSaysOneSlotIsFreeHandsOutNone) {
+  TakeMany(NodeKind::kString, 364);
+  ASSERT_EQ(Entry(0, 0), 365u);
+  Damage(kTables[0] + 28, 1);
+  const std::string before = Bytes();
+  unsigned int id = 0;
+  EXPECT_EQ(Acquire(NodeKind::kString, &id), 59u);
+  EXPECT_TRUE(Bytes() == before);
+}
+
+TEST_F(TernaryFileSlotsTest, AFreeListThatEndsTooEarlyIsNotTaken) {
+  Damage(kTables[3] + 32 + 4 * 2, 0);
+  const std::string before = Bytes();
+  unsigned int indexes[3] = {7, 7, 7};
+  EXPECT_EQ(store.AcquireNodeIndexes(0, indexes, Table(NodeKind::kData), 3), 59u);
+  EXPECT_TRUE(Bytes() == before);
+  EXPECT_EQ(Table(NodeKind::kData)->freeCount(), 364u);
+  EXPECT_EQ(store.AcquireNodeIndexes(0, indexes, Table(NodeKind::kData), 2), 0u);
+}
+
+TEST_F(TernaryFileSlotsTest, AFreeListInACircleIsNotTaken) {
+  Damage(kTables[3] + 32 + 4 * 3, 2);
+  const std::string before = Bytes();
+  unsigned int indexes[4] = {};
+  EXPECT_EQ(store.AcquireNodeIndexes(0, indexes, Table(NodeKind::kData), 4), 59u);
+  EXPECT_TRUE(Bytes() == before);
+}
+
+TEST_F(TernaryFileSlotsTest, ASlotBehindTheTableInsideAChainIsNotTaken) {
+  Damage(kTables[3] + 32 + 4 * 2, 365);
+  const std::string before = Bytes();
+  unsigned int indexes[3] = {};
+  EXPECT_EQ(store.AcquireNodeIndexes(0, indexes, Table(NodeKind::kData), 3), 59u);
+  EXPECT_TRUE(Bytes() == before);
+}
+
+// ---- releasing what is not in use
+
+TEST_F(TernaryFileSlotsTest, ReleasingANodeTwiceIsRefused) {
+  for (NodeKind kind : {NodeKind::kString, NodeKind::kKey, NodeKind::kValue}) {
+    ASSERT_EQ(Take(kind), 0x100u);
+    ASSERT_EQ(Take(kind), 0x200u);
+    ASSERT_EQ(store.ReleaseSlot(0, kind, 0x100), 0u);
+    ExpectRefused(kind, 0x100);
+  }
+}
+
+TEST_F(TernaryFileSlotsTest, ReleasingTheLastFreeSlotTwiceIsRefused) {
+  TakeMany(NodeKind::kKey, 364);
+  ASSERT_EQ(store.ReleaseSlot(0, NodeKind::kKey, 0x16C00), 0u);
+  ExpectRefused(NodeKind::kKey, 0x16C00);
+}
+
+TEST_F(TernaryFileSlotsTest, ReleasingInATableWithoutUsedSlotsIsRefused) {
+  ExpectRefused(NodeKind::kString, 0x100);
+  ExpectRefused(NodeKind::kString, 0x16C00);
+  ExpectRefused(NodeKind::kData, 0x100);
+}
+
+TEST_F(TernaryFileSlotsTest, ReleasingAChainTwiceIsRefused) {
+  unsigned int indexes[3];
+  ASSERT_EQ(store.AcquireNodeIndexes(0, indexes, Table(NodeKind::kData), 3), 0u);
+  ASSERT_EQ(store.AcquireNodeIndexes(0, indexes, Table(NodeKind::kData), 3), 0u);
+  ASSERT_EQ(store.ReleaseNodeId(0, 0x100, Table(NodeKind::kData)), 0u);
+  ExpectRefused(NodeKind::kData, 0x100);
+  ExpectRefused(NodeKind::kData, 0x200);
+  ExpectRefused(NodeKind::kData, 0x300);
+}
+
+TEST_F(TernaryFileSlotsTest, AChainWhoseMiddleWasReleasedIsRefused) {
+  unsigned int indexes[3];
+  ASSERT_EQ(store.AcquireNodeIndexes(0, indexes, Table(NodeKind::kData), 3), 0u);
+  ASSERT_EQ(store.ReleaseNodeId(0, 0x200, Table(NodeKind::kData)), 0u);
+  EXPECT_EQ(FreeCount(3), 363u);
+  ExpectRefused(NodeKind::kData, 0x100);
+  ExpectRefused(NodeKind::kData, 0x200);
+}
+
+TEST_F(TernaryFileSlotsTest, AChainInACircleIsRefused) {
+  unsigned int indexes[3];
+  ASSERT_EQ(store.AcquireNodeIndexes(0, indexes, Table(NodeKind::kData), 3), 0u);
+  Damage(kTables[3] + 32 + 4 * 3, 2);
+  ExpectRefused(NodeKind::kData, 0x100);
+  ExpectRefused(NodeKind::kData, 0x200);
+  Damage(kTables[3] + 32 + 4 * 3, 3);
+  ExpectRefused(NodeKind::kData, 0x300);
+}
+
+TEST_F(TernaryFileSlotsTest, AChainThatLeavesTheTableIsRefused) {
+  unsigned int indexes[3];
+  ASSERT_EQ(store.AcquireNodeIndexes(0, indexes, Table(NodeKind::kData), 3), 0u);
+  for (unsigned int next : {365u, 0xFFFFFFFFu}) {
+    Damage(kTables[3] + 32 + 4 * 2, next);
+    ExpectRefused(NodeKind::kData, 0x100);
+  }
+}
+
+TEST_F(TernaryFileSlotsTest, ANodeThatIsChainedToAnotherIsRefused) {
+  TakeMany(NodeKind::kString, 2);
+  Damage(kTables[0] + 32 + 4, 2);
+  ExpectRefused(NodeKind::kString, 0x100);
+}
+
+TEST_F(TernaryFileSlotsTest, AnIdOutsideTheTableIsRefused) {
+  TakeMany(NodeKind::kValue, 2);
+  for (unsigned int id : {0x101u, 0x16D00u, 0xEA6000u, 0xFFFFFF00u, 0x1C8u}) {
+    SCOPED_TRACE(id);
+    ExpectRefused(NodeKind::kValue, id);
+  }
+}
+
+TEST_F(TernaryFileSlotsTest, NullPointersAndIdZeroAnswer22) {
+  NodeAllocationTable* table = Table(NodeKind::kKey);
+  unsigned int id = 0;
+  const std::string before = Bytes();
+  EXPECT_EQ(store.AcquireNodeId(0, nullptr, table), 22u);
+  EXPECT_EQ(store.AcquireNodeId(0, &id, nullptr), 22u);
+  EXPECT_EQ(store.AcquireNodeIndexes(0, nullptr, table, 1), 22u);
+  EXPECT_EQ(store.AcquireNodeIndexes(0, &id, nullptr, 1), 22u);
+  EXPECT_EQ(store.ReleaseNodeId(0, 0x100, nullptr), 22u);
+  EXPECT_EQ(store.ReleaseNodeId(0, 0, table), 22u);
+  EXPECT_EQ(Acquire(NodeKind::kKey, nullptr), 22u);
+  EXPECT_EQ(store.ReleaseSlot(0, NodeKind::kKey, 0), 22u);
+  EXPECT_TRUE(Bytes() == before);
+}
+
+}  // namespace
+}  // namespace tamu::registry::storetests

@@ -1,0 +1,245 @@
+#include "tests/registry/store/StoreTesting.h"
+
+namespace tamu::registry::storetests {
+namespace {
+
+class TernaryFileTablesTest : public StoreTest {
+ protected:
+  // Appends small tables until the kind has `count` of them.
+  void GrowTo(NodeKind kind, unsigned int count) {
+    while (store.Descriptor(kind).tableCount < count) {
+      ASSERT_EQ(store.ExpandFile(&store.Descriptor(kind),
+                                 kRecordSizes[static_cast<unsigned int>(kind)], 3),
+                0u);
+    }
+  }
+};
+
+TEST_F(TernaryFileTablesTest, LoadsAChainOf21Tables) {
+  GrowTo(NodeKind::kKey, 21);
+  store.Finalize();
+  ASSERT_EQ(store.Initialize(path.c_str()), 0u);
+  const TernaryNodeDescriptor& keys = store.Descriptor(NodeKind::kKey);
+  EXPECT_EQ(keys.tableCount, 21u);
+  EXPECT_EQ(keys.totalNodes, 364u + 20 * 2);
+  EXPECT_FALSE(keys.damaged);
+  for (unsigned int i = 0; i < 21; ++i) EXPECT_EQ(keys.tables[i]->tableNumber(), i);
+  EXPECT_EQ(keys.lastTable, keys.tables[20]);
+  EXPECT_EQ(Take(NodeKind::kKey), 0x114u);
+}
+
+TEST_F(TernaryFileTablesTest, ATwentySecondTableInTheFileDamagesTheKind) {
+  GrowTo(NodeKind::kKey, 21);
+  const unsigned int last = store.Descriptor(NodeKind::kKey).lastTable->tableOffset();
+  std::string bytes = Bytes();
+  const unsigned int end = static_cast<unsigned int>(bytes.size());
+  SetU32(bytes, last, end);
+  for (unsigned int word : {0u, end, end + 44, 3u, 0u, 21u, 0u, 2u, 1u, 2u, 3u})
+    AddU32(bytes, word);
+  bytes += Zeros(3 * 24);
+  SetU32(bytes, 4180 + 32, static_cast<unsigned int>(bytes.size()));
+  Reopen(bytes);
+  EXPECT_EQ(store.Descriptor(NodeKind::kKey).tableCount, 21u);
+  EXPECT_TRUE(store.Descriptor(NodeKind::kKey).damaged);
+  unsigned int id = 0;
+  EXPECT_EQ(Acquire(NodeKind::kKey, &id), 59u);
+  EXPECT_TRUE(Bytes() == bytes);
+  TernaryKeyNode key;
+  EXPECT_EQ(store.ReadKeyNodeInBuffer(0x114, &key), 0u);
+  EXPECT_EQ(store.ReadKeyNodeInBuffer(0x115, &key), 59u);
+  EXPECT_EQ(Take(NodeKind::kString), 0x100u);
+}
+
+TEST_F(TernaryFileTablesTest, ATableThatFollowsItselfDamagesTheKind) {
+  Damage(kTables[2], kTables[2]);
+  EXPECT_EQ(store.Descriptor(NodeKind::kValue).tableCount, 1u);
+  EXPECT_TRUE(store.Descriptor(NodeKind::kValue).damaged);
+  unsigned int id = 0;
+  EXPECT_EQ(Acquire(NodeKind::kValue, &id), 59u);
+}
+
+TEST_F(TernaryFileTablesTest, TwoTablesThatFollowEachOtherDamageTheKind) {
+  GrowTo(NodeKind::kString, 2);
+  Damage(75888, kTables[0]);
+  EXPECT_EQ(store.Descriptor(NodeKind::kString).tableCount, 2u);
+  EXPECT_TRUE(store.Descriptor(NodeKind::kString).damaged);
+}
+
+TEST_F(TernaryFileTablesTest, LoadingTellsWhatStoppedIt) {
+  TernaryNodeDescriptor& strings = store.Descriptor(NodeKind::kString);
+  strings.Clear();
+  EXPECT_EQ(store.LoadAllNAT(kTables[0], &strings), 0u);
+  strings.Clear();
+  EXPECT_EQ(store.LoadAllNAT(kTables[0] + 4, &strings), 59u);
+  EXPECT_TRUE(strings.damaged);
+  EXPECT_EQ(strings.tableCount, 0u);
+  strings.Clear();
+  EXPECT_EQ(store.LoadAllNAT(75888 - 31, &strings), 5u);
+  EXPECT_TRUE(strings.damaged);
+  EXPECT_EQ(store.LoadAllNAT(kTables[0], nullptr), 22u);
+}
+
+TEST_F(TernaryFileTablesTest, LoadingAHeadClearsItsReservedWords) {
+  std::string bytes = Bytes();
+  SetU32(bytes, kTables[0] + 16, 0x11111111);
+  SetU32(bytes, kTables[0] + 20, 0x22222200);
+  SetU32(bytes, kTables[0] + 24, 0x33333333);
+  Reopen(bytes);
+  NodeAllocationTable* table = nullptr;
+  ASSERT_EQ(store.LoadNAT(kTables[0], table), 0u);
+  EXPECT_EQ(std::string(table->bytes() + 16, table->bytes() + 32),
+            std::string("\0\0\0\0\0\x22\x22\x22\0\0\0\0\x6C\x01\0\0", 16));
+  delete table;
+  table = nullptr;
+  EXPECT_EQ(store.LoadNAT(75888, table), 5u);
+  EXPECT_EQ(table, nullptr);
+}
+
+// ---- one field of a table's head wrong
+
+struct Row {
+  const char* what;
+  unsigned int field;  // offset in the head
+  unsigned int value;
+  bool relative;  // added to what stands there
+};
+
+// The values are wrong for the first as well as for the second table of strings.
+const Row kRows[] = {
+    {"nextTable behind the file", 0, 0x00FFFFF0, false},
+    {"nextTable at the very end of the numbers", 0, 0xFFFFFFF0, false},
+    {"nextTable into the headers", 0, 84, false},
+    {"nextTable into another kind's table", 0, 5712, false},
+    {"tableOffset off by four", 4, 4, true},
+    {"tableOffset zero", 4, 0, false},
+    {"areaOffset behind the file", 8, 0x01000000, false},
+    {"areaOffset that wraps around", 8, 0xFFFFFFF0, false},
+    {"areaOffset at the end of the file", 8, 97920, false},
+    {"no entries", 12, 0, false},
+    {"more entries than a node id can name", 12, 0x01000000, false},
+    {"entries beyond the file", 12, 0x00FFFFFF, false},
+    {"all bits in entryCount", 12, 0xFFFFFFFF, false},
+    {"tableNumber one more", 20, 1, true},
+    {"tableNumber 255", 20, 255, false},
+    {"freeCount beyond the entries", 28, 0x00010000, false},
+    {"all bits in freeCount", 28, 0xFFFFFFFF, false},
+};
+
+std::string WithRow(std::string bytes, unsigned int table, const Row& row) {
+  const unsigned int offset = table + row.field;
+  SetU32(bytes, offset, row.relative ? U32At(bytes, offset) + row.value : row.value);
+  return bytes;
+}
+
+TEST_F(TernaryFileTablesTest, AFirstTableWithAnyFieldWrongDamagesItsKindOnly) {
+  const std::string good = Bytes();
+  for (const Row& row : kRows) {
+    SCOPED_TRACE(row.what);
+    Reopen(WithRow(good, kTables[0], row));
+    EXPECT_TRUE(store.Descriptor(NodeKind::kString).damaged);
+    // A head whose successor is wrong is right itself.
+    EXPECT_EQ(store.Descriptor(NodeKind::kString).tableCount, row.field == 0 ? 1u : 0u);
+    unsigned int id = 0;
+    TernaryStringNode node;
+    EXPECT_EQ(Acquire(NodeKind::kString, &id), 59u);
+    EXPECT_EQ(store.ReadNodeInBuffer(0x100, &node), row.field == 0 ? 0u : 59u);
+    EXPECT_EQ(store.ExpandFile(&store.Descriptor(NodeKind::kString), 40, 500), 59u);
+    EXPECT_EQ(Take(NodeKind::kKey), 0x100u);
+    EXPECT_EQ(Take(NodeKind::kValue), 0x100u);
+    EXPECT_EQ(store.WriteData(0, "x", 1, &id), 0u);
+    EXPECT_EQ(id, 0x100u);
+  }
+}
+
+TEST_F(TernaryFileTablesTest, TheTablesBeforeADamagedOneServeTheirIds) {
+  TakeMany(NodeKind::kString, 364);
+  ASSERT_EQ(Take(NodeKind::kString), 0x101u);
+  ASSERT_EQ(Take(NodeKind::kString), 0x201u);
+  const std::string good = Bytes();
+  for (const Row& row : kRows) {
+    SCOPED_TRACE(row.what);
+    Reopen(WithRow(good, 75888, row));
+    const TernaryNodeDescriptor& strings = store.Descriptor(NodeKind::kString);
+    EXPECT_TRUE(strings.damaged);
+    EXPECT_EQ(strings.tableCount, row.field == 0 ? 2u : 1u);
+    TernaryStringNode node;
+    node.setSplitChar('s');
+    EXPECT_EQ(store.WriteNode(0, 0x16C00, &node, false), 0u);
+    EXPECT_EQ(store.ReadNodeInBuffer(0x16C00, &node), 0u);
+    EXPECT_EQ(store.ReadNodeInBuffer(0x101, &node), row.field == 0 ? 0u : 59u);
+    EXPECT_EQ(store.ReleaseNode(0, 0x16C00, nullptr), 0u);
+    // The slot just given back stays free: a new table would cut off the rest of the chain.
+    unsigned int id = 0;
+    EXPECT_EQ(Acquire(NodeKind::kString, &id), 59u);
+    EXPECT_EQ(store.ExpandFile(&store.Descriptor(NodeKind::kString), 40, 500), 59u);
+    EXPECT_EQ(Take(NodeKind::kKey), 0x100u);
+  }
+}
+
+TEST_F(TernaryFileTablesTest, TheFreeCountMayBeAnythingBelowTheEntries) {
+  Damage(kTables[1] + 28, 364);
+  EXPECT_FALSE(store.Descriptor(NodeKind::kKey).damaged);
+  Damage(kTables[1] + 28, 0);
+  EXPECT_FALSE(store.Descriptor(NodeKind::kKey).damaged);
+  EXPECT_EQ(store.Descriptor(NodeKind::kKey).usedNodes, 364u);
+  Damage(kTables[1] + 28, 365);
+  EXPECT_TRUE(store.Descriptor(NodeKind::kKey).damaged);
+}
+
+TEST_F(TernaryFileTablesTest, AnAreaMayEndAtTheLastByteButNotBehindIt) {
+  Damage(kTables[0] + 8, 75888 - 365 * 40);
+  EXPECT_FALSE(store.Descriptor(NodeKind::kString).damaged);
+  Damage(kTables[0] + 8, 75888 - 365 * 40 + 1);
+  EXPECT_TRUE(store.Descriptor(NodeKind::kString).damaged);
+}
+
+TEST_F(TernaryFileTablesTest, AnAreaBeyondTheLengthInTheHeaderDamagesItsKind) {
+  Damage(4180 + 32, 75887);
+  EXPECT_TRUE(store.Descriptor(NodeKind::kData).damaged);
+  EXPECT_FALSE(store.Descriptor(NodeKind::kValue).damaged);
+  Damage(4180 + 32, 52527);
+  EXPECT_TRUE(store.Descriptor(NodeKind::kValue).damaged);
+  EXPECT_FALSE(store.Descriptor(NodeKind::kKey).damaged);
+}
+
+TEST_F(TernaryFileTablesTest, AFirstTableThatIsNowhereDamagesItsKind) {
+  for (unsigned int offset : {0u, 84u, 75888u, 0xFFFFFFFFu}) {
+    SCOPED_TRACE(offset);
+    Damage(4180 + 16, offset);
+    EXPECT_TRUE(store.Descriptor(NodeKind::kKey).damaged);
+    unsigned int id = 0;
+    TernaryKeyNode key;
+    EXPECT_EQ(Acquire(NodeKind::kKey, &id), 59u);
+    EXPECT_EQ(store.ReadKeyNodeInBuffer(0, &key), 59u);
+    EXPECT_EQ(store.ReleaseKeyNode(0, 0x100, nullptr), 59u);
+    EXPECT_FALSE(store.Descriptor(NodeKind::kString).damaged);
+  }
+}
+
+TEST_F(TernaryFileTablesTest, AnIdLeadsToItsSlot) {
+  GrowTo(NodeKind::kValue, 2);
+  unsigned int offset = 0;
+  EXPECT_EQ(store.Resolve(NodeKind::kString, 0x100, offset), 0u);
+  EXPECT_EQ(offset, 10188u + 40);
+  EXPECT_EQ(store.Resolve(NodeKind::kKey, 0x16C00, offset), 0u);
+  EXPECT_EQ(offset, 24788u + 364 * 24);
+  EXPECT_EQ(store.Resolve(NodeKind::kData, 0x200, offset), 0u);
+  EXPECT_EQ(offset, 52528u + 128);
+  EXPECT_EQ(store.Resolve(NodeKind::kValue, 0x300, offset), 0u);
+  EXPECT_EQ(offset, 33548u + 3 * 52);
+  EXPECT_EQ(store.Resolve(NodeKind::kValue, 0x201, offset), 0u);
+  EXPECT_EQ(offset, 75888u + 44 + 2 * 52);
+  EXPECT_EQ(store.Resolve(NodeKind::kValue, 0, offset), 0u);  // slot 0 of the newest table
+  EXPECT_EQ(offset, 75888u + 44);
+}
+
+TEST_F(TernaryFileTablesTest, AnIdWithoutTableOrSlotLeadsNowhere) {
+  unsigned int offset = 4711;
+  for (unsigned int id : {0x101u, 0x1C8u, 0x1FFu, 0x16D00u, 0xEA6000u, 0xFFFFFF00u, 0xFFFFFFFFu}) {
+    EXPECT_EQ(store.Resolve(NodeKind::kString, id, offset), 59u) << std::hex << id;
+  }
+  EXPECT_EQ(offset, 4711u);
+}
+
+}  // namespace
+}  // namespace tamu::registry::storetests

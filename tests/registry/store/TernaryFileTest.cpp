@@ -1,0 +1,250 @@
+#include <sys/stat.h>
+
+#include "registry/store/TernaryFile.h"
+#include "tests/platform/ChildProcess.h"
+#include "tests/registry/store/StoreTesting.h"
+
+namespace tamu::registry::storetests {
+namespace {
+
+using TernaryFileTest = StoreTest;
+
+TEST_F(TernaryFileTest, OpensANewFile) {
+  EXPECT_TRUE(TernaryFile::file.IsOpen());
+  EXPECT_EQ(store.Header().headerOffset(), 4180u);
+  EXPECT_EQ(store.Header().headerVersion(), 1u);
+  EXPECT_EQ(store.Header().fileSize(), 75888u);
+  EXPECT_EQ(store.Header().startNode(), 0u);
+  for (unsigned int i = 0; i < 4; ++i) {
+    SCOPED_TRACE(i);
+    const TernaryNodeDescriptor& descriptor = store.Descriptor(kKinds[i]);
+    EXPECT_EQ(descriptor.tableCount, 1u);
+    EXPECT_EQ(descriptor.tableCapacity, 21u);
+    EXPECT_EQ(descriptor.usedNodes, 0u);
+    EXPECT_EQ(descriptor.totalNodes, 364u);
+    EXPECT_FALSE(descriptor.damaged);
+    ASSERT_NE(descriptor.firstTable, nullptr);
+    EXPECT_EQ(descriptor.lastTable, descriptor.firstTable);
+    EXPECT_EQ(descriptor.firstTable->tableOffset(), kTables[i]);
+    EXPECT_EQ(descriptor.firstTable->areaOffset(), kAreas[i]);
+    EXPECT_EQ(descriptor.firstTable->freeCount(), 364u);
+  }
+}
+
+TEST_F(TernaryFileTest, OpeningChangesNoByte) {
+  const std::string before = Bytes();
+  EXPECT_EQ(store.Initialize(path.c_str()), 0u);
+  EXPECT_EQ(store.Finalize(), 0u);
+  EXPECT_TRUE(Bytes() == before);
+}
+
+TEST_F(TernaryFileTest, CountsTheSlotsInUseWhenOpening) {
+  TakeMany(NodeKind::kKey, 5);
+  ASSERT_EQ(store.ReleaseSlot(0, NodeKind::kKey, 0x200), 0u);
+  ASSERT_EQ(store.Finalize(), 0u);
+  ASSERT_EQ(store.Initialize(path.c_str()), 0u);
+  EXPECT_EQ(store.Descriptor(NodeKind::kKey).usedNodes, 4u);
+  EXPECT_EQ(store.Descriptor(NodeKind::kKey).totalNodes, 364u);
+}
+
+TEST_F(TernaryFileTest, InitializeTwiceStartsOver) {
+  TakeMany(NodeKind::kString, 3);
+  const int descriptors = NextDescriptor();
+  EXPECT_EQ(store.Initialize(path.c_str()), 0u);
+  EXPECT_EQ(NextDescriptor(), descriptors);
+  EXPECT_EQ(store.Descriptor(NodeKind::kString).tableCount, 1u);
+  EXPECT_EQ(store.Descriptor(NodeKind::kString).usedNodes, 3u);
+  EXPECT_EQ(store.Descriptor(NodeKind::kString).totalNodes, 364u);
+  EXPECT_EQ(Take(NodeKind::kString), 0x400u);
+}
+
+TEST_F(TernaryFileTest, InitializeForgetsTheDamageOfAnotherFile) {
+  Damage(kTables[0] + 4, 0);
+  EXPECT_TRUE(store.Descriptor(NodeKind::kString).damaged);
+  const std::string good = dir / "good.rce";
+  ASSERT_EQ(TernaryFile().CreateRegistryFile(good.c_str(), 65536), 0u);
+  EXPECT_EQ(store.Initialize(good.c_str()), 0u);
+  EXPECT_FALSE(store.Descriptor(NodeKind::kString).damaged);
+  EXPECT_EQ(Take(NodeKind::kString), 0x100u);
+}
+
+TEST_F(TernaryFileTest, FinalizeTwiceDoesNothing) {
+  EXPECT_EQ(store.Finalize(), 0u);
+  EXPECT_FALSE(TernaryFile::file.IsOpen());
+  EXPECT_EQ(store.Descriptor(NodeKind::kString).tableCount, 0u);
+  EXPECT_EQ(store.Descriptor(NodeKind::kString).totalNodes, 0u);
+  EXPECT_EQ(store.Finalize(), 0u);
+  TernaryFile never;
+  EXPECT_EQ(never.Finalize(), 0u);
+}
+
+TEST_F(TernaryFileTest, AnObjectThatIsDestroyedClosesNothing) {
+  {
+    TernaryFile other;
+    ASSERT_EQ(other.Initialize(path.c_str()), 0u);
+  }
+  EXPECT_TRUE(TernaryFile::file.IsOpen());
+  EXPECT_EQ(Take(NodeKind::kString), 0x100u);
+}
+
+TEST_F(TernaryFileTest, TheStartNodeIsOneForAllCharacters) {
+  EXPECT_EQ(store.GetStartNode('a'), 0u);
+  EXPECT_EQ(store.SetStartNode('a', 0x12345601), 0u);
+  EXPECT_EQ(store.GetStartNode('a'), 0x12345601u);
+  EXPECT_EQ(store.GetStartNode(0), 0x12345601u);
+  EXPECT_EQ(store.GetStartNode(static_cast<char>(0xFF)), 0x12345601u);
+  EXPECT_EQ(U32(4180 + 28), 0x12345601u);
+  EXPECT_EQ(store.SetStartNode('z', 0x200), 0u);
+  std::string expected = Bytes();
+  EXPECT_EQ(U32At(expected, 4180 + 28), 0x200u);
+  SetU32(expected, 4180 + 28, 0);
+  EXPECT_EQ(store.SetStartNode('b', 0), 0u);
+  EXPECT_TRUE(Bytes() == expected);
+}
+
+// What was never written must not be counted on: it would be gone with the process.
+TEST_F(TernaryFileTest, AStartNodeThatCannotBeWrittenStaysAsItWas) {
+  ASSERT_EQ(store.SetStartNode(0, 0x100), 0u);
+  TernaryFile::file.Destroy();
+  EXPECT_EQ(store.SetStartNode(0, 0x200), 5u);
+  EXPECT_EQ(store.GetStartNode(0), 0x100u);
+}
+
+TEST_F(TernaryFileTest, AClosedStoreAnswers5) {
+  ASSERT_EQ(store.Finalize(), 0u);
+  unsigned int word = 0;
+  unsigned char byte = 0;
+  unsigned char* bytes = &byte;
+  unsigned int id = 7;
+  EXPECT_EQ(store.FileReadInteger(0, &word), 5u);
+  EXPECT_EQ(store.FileWriteInteger(84, 1), 5u);
+  EXPECT_EQ(store.ReadFromFile(0, 1, bytes), 5u);
+  EXPECT_EQ(store.WriteToFile(84, 1, &byte), 5u);
+  EXPECT_EQ(store.AcquireSlot(0, NodeKind::kKey, &id), 5u);
+  EXPECT_EQ(store.ReleaseSlot(0, NodeKind::kKey, 0x100), 5u);
+  EXPECT_EQ(store.WriteData(0, &byte, 1, &id), 5u);
+  EXPECT_EQ(store.DeleteData(0, 0x100), 5u);
+  EXPECT_EQ(store.SetStartNode(0, 0x100), 5u);
+}
+
+// ---- what cannot be opened
+
+struct Opening {
+  explicit Opening(const std::string& path) : status(store.Initialize(path.c_str())) {}
+  ~Opening() { store.Finalize(); }
+  TernaryFile store;
+  unsigned int status;
+};
+
+TEST_F(TernaryFileTest, AMissingFileAnswers9) {
+  Opening absent(dir / "absent.rce");
+  EXPECT_EQ(absent.status, 9u);
+  EXPECT_TRUE(absent.store.PathMissing());
+  Opening elsewhere(dir / "no/such/folder");
+  EXPECT_EQ(elsewhere.status, 9u);
+}
+
+TEST_F(TernaryFileTest, AFileThatIsThereButCannotBeOpenedAnswers9AndIsNotMissing) {
+  Opening folder(dir / ".");
+  EXPECT_EQ(folder.status, 9u);
+  EXPECT_FALSE(folder.store.PathMissing());
+  const std::string before = Bytes();
+  EXPECT_TRUE(InChild([&] {
+    store.Finalize();
+    LimitDescriptors(3);
+    TernaryFile limited;
+    return limited.Initialize(path.c_str()) == 9 && !limited.PathMissing();
+  }));
+  EXPECT_TRUE(InChild([&] {
+    if (chmod(path.c_str(), 0) != 0 || (getuid() == 0 && setuid(65534) != 0)) return false;
+    TernaryFile denied;
+    return denied.Initialize(path.c_str()) == 9 && !denied.PathMissing();
+  }));
+  chmod(path.c_str(), 0600);
+  EXPECT_TRUE(Bytes() == before);
+}
+
+TEST_F(TernaryFileTest, NoPathAnswers22) {
+  TernaryFile other;
+  EXPECT_EQ(other.Initialize(nullptr), 22u);
+  EXPECT_EQ(Take(NodeKind::kString), 0x100u);
+}
+
+TEST_F(TernaryFileTest, AHeaderWithAnyFieldWrongAnswers59AndIsClosed) {
+  store.Finalize();
+  const std::string good = Bytes();
+  const int descriptors = NextDescriptor();
+  const struct {
+    const char* field;
+    unsigned int offset;
+    unsigned int value;
+  } rows[] = {{"signature", 0, 0x0FACE0FE}, {"marker", 4, 0xDEADBEEE}, {"version 3", 8, 3},
+              {"version 1", 8, 1},          {"revision", 12, 2},       {"no revision", 12, 0}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.field);
+    std::string bytes = good;
+    SetU32(bytes, row.offset, row.value);
+    PutFile(path, bytes);
+    EXPECT_EQ(store.Initialize(path.c_str()), 59u);
+    EXPECT_FALSE(store.PathMissing());
+    EXPECT_FALSE(TernaryFile::file.IsOpen());
+    EXPECT_EQ(NextDescriptor(), descriptors);
+    unsigned int id = 0;
+    EXPECT_EQ(store.AcquireSlot(0, NodeKind::kString, &id), 5u);
+    EXPECT_TRUE(Bytes() == bytes);
+  }
+  PutFile(path, good);
+  EXPECT_EQ(store.Initialize(path.c_str()), 0u);
+}
+
+TEST_F(TernaryFileTest, AFileThatEndsInItsHeadersAnswers59) {
+  store.Finalize();
+  const std::string good = Bytes();
+  for (unsigned int length : {0u, 1u, 83u, 84u, 4179u, 4180u, 4219u}) {
+    SCOPED_TRACE(length);
+    PutFile(path, good.substr(0, length));
+    EXPECT_EQ(store.Initialize(path.c_str()), 59u);
+    EXPECT_FALSE(TernaryFile::file.IsOpen());
+    EXPECT_EQ(Bytes().size(), length);
+  }
+}
+
+// A power cut in the creation leaves the headers right and the rest short or zero: the kinds that
+// are whole work, the others are refused, and nothing is ever written over the headers.
+TEST_F(TernaryFileTest, AFileCutAnywhereServesTheKindsThatAreWhole) {
+  store.Finalize();
+  const std::string good = Bytes();
+  for (unsigned int cut = 0; cut < 75888 + 4096; cut += 4096) {
+    SCOPED_TRACE(cut);
+    const std::string before = good.substr(0, cut);
+    PutFile(path, before);
+    const unsigned int opened = store.Initialize(path.c_str());
+    EXPECT_EQ(opened, cut < 4220 ? 59u : 0u);
+    if (opened != 0) continue;
+    for (unsigned int kind = 0; kind < 4; ++kind) {
+      unsigned int id = 0;
+      EXPECT_EQ(Acquire(kKinds[kind], &id), cut >= kAreaEnds[kind] ? 0u : 59u) << "kind " << kind;
+    }
+    store.Finalize();
+    const std::string after = Bytes();
+    EXPECT_EQ(after.size(), before.size());
+    EXPECT_TRUE(after.substr(0, 4220) == good.substr(0, 4220));
+  }
+}
+
+TEST_F(TernaryFileTest, AFileThatIsZeroBehindItsHeadersIsNeverWritten) {
+  store.Finalize();
+  const std::string bytes = Bytes().substr(0, 4220) + Zeros(75888 - 4220);
+  PutFile(path, bytes);
+  EXPECT_EQ(store.Initialize(path.c_str()), 0u);
+  unsigned int id = 0;
+  for (NodeKind kind : kKinds) EXPECT_EQ(Acquire(kind, &id), 59u);
+  EXPECT_EQ(store.WriteData(0, "x", 1, &id), 59u);
+  TernaryStringNode node;
+  EXPECT_EQ(store.ReadNodeInBuffer(0, &node), 59u);
+  EXPECT_EQ(store.ReadNodeInBuffer(0x100, &node), 59u);
+  EXPECT_TRUE(Bytes() == bytes);
+}
+
+}  // namespace
+}  // namespace tamu::registry::storetests
