@@ -1,5 +1,5 @@
-// What the registry's operations without a handle cost, on a file with 400 keys at the top level and a
-// branch four levels deep.
+// What the registry's operations without a handle cost, on a file with 400 keys at the top level
+// and a branch four levels deep.
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 

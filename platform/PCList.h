@@ -24,7 +24,7 @@ class YAX_API PCList {
   // Makes the internal lock; the list is empty. On a created list: 1, content kept.
   int Create();
   bool IsCreated() const { return mLock.IsCreated(); }
-  unsigned int Count();
+  unsigned int Count() const;
 
   // Keeps the pointer `element`; it stays the caller's. 0 when the list was not created or there is
   // no memory.
@@ -38,8 +38,8 @@ class YAX_API PCList {
   // Copies `size` bytes; the list owns the copy. Fails as Add does.
   int AddCopy(const void* bytes, unsigned int size, int where);
 
-  // Moves the cursor to the element `offset` steps from `origin`. 1: it stands on an element. 0: there
-  // is none; the cursor then stands on nothing.
+  // Moves the cursor to the element `offset` steps from `origin`. 1: it stands on an element. 0:
+  // there is none; the cursor then stands on nothing.
   int Seek(int offset, int origin);
   // The element under the cursor: the pointer that was added, or the address of the list's copy
   // (aligned for any 8-byte type). Null when the cursor stands on nothing.
@@ -62,5 +62,5 @@ class YAX_API PCList {
   Node* mLast = nullptr;
   Node* mCursor = nullptr;
   unsigned int mCount = 0;
-  PCMutex mLock;
+  mutable PCMutex mLock;
 };

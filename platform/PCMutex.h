@@ -36,8 +36,8 @@ class YAX_API PCMutex {
 
  private:
   PCSemaphore mSem;
-  // Thread id of the owner, 0 = free. Read without the semaphore: only the owner itself can find its
-  // own id here, so relaxed order is enough. Changed only while the semaphore is held.
+  // Thread id of the owner, 0 = free. Read without the semaphore: only the owner itself can find
+  // its own id here, so relaxed order is enough. Changed only while the semaphore is held.
   std::atomic<unsigned long> mOwner{0};
   int mDepth = 0;  // touched by the owner only
 };

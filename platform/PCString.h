@@ -18,8 +18,8 @@ class PCString {
   // Appends as much as `capacity` bytes hold and terminates. A dest without terminator in its
   // capacity is left as it is.
   static char* Concate(char* dest, unsigned int capacity, const char* src);
-  // Formats as snprintf does, at most capacity - 1 bytes and the terminator. Returns the length that
-  // the whole text has, or a negative number when the format is wrong.
+  // Formats as snprintf does, at most capacity - 1 bytes and the terminator. Returns the length
+  // that the whole text has, or a negative number when the format is wrong.
   static int Print(char* dest, unsigned int capacity, const char* format, ...)
       __attribute__((format(printf, 3, 4)));
 };

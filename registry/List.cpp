@@ -40,7 +40,9 @@ unsigned int List<void*>::Add(void* item, unsigned int* index) {
   return status::kOk;
 }
 
-bool List<void*>::isInvalidIndex(unsigned int i) const { return i >= capacity || !*used[i]; }
+bool List<void*>::isInvalidIndex(unsigned int i) const {
+  return i >= capacity || !*used[i];
+}
 
 unsigned int List<void*>::RemoveByIndex(unsigned int i) {
   if (isInvalidIndex(i)) return status::kBadArgument;

@@ -20,8 +20,8 @@ class List<void*> {
 
   // Grows to n slots. 0 or kNoMemory.
   unsigned int EnsureCapacity(unsigned int n);
-  // Marks a free slot used and returns its index; 0 when none can be had. The search goes up from the
-  // slot handed out last, then from 1; the table doubles when only slot 0 would stay free.
+  // Marks a free slot used and returns its index; 0 when none can be had. The search goes up from
+  // the slot handed out last, then from 1; the table doubles when only slot 0 would stay free.
   unsigned int AllocateSpace();
   // Stores `item` in a free slot and writes its index. 0 or kNoMemory (index untouched).
   unsigned int Add(void* item, unsigned int* index);

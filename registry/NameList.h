@@ -17,8 +17,8 @@ class YAX_API NameList {
   // Appends a name and its tag and takes the name over. 0; kNoMemory when the capacity is 0; kLimit
   // when the list is full. After a failure the name is still the caller's.
   unsigned int AddName(char* name, unsigned long long tag);
-  // The name at `index`, which stays the list's, and its tag (unless `tag` is null). Null for an index
-  // beyond the last name; the tag is then untouched.
+  // The name at `index`, which stays the list's, and its tag (unless `tag` is null). Null for an
+  // index beyond the last name; the tag is then untouched.
   char* GetName(unsigned int index, unsigned long long* tag) const;
 
   unsigned int Count() const { return count; }

@@ -7,11 +7,17 @@
 
 namespace tamu::registry {
 
-unsigned int RCEString::Length(const char* s) { return PCString::Length(s); }
+unsigned int RCEString::Length(const char* s) {
+  return PCString::Length(s);
+}
 
-int RCEString::Diff(const char* a, const char* b) { return PCString::Diff(a, b); }
+int RCEString::Diff(const char* a, const char* b) {
+  return PCString::Diff(a, b);
+}
 
-void RCEString::Copy(char* dest, const char* src) { PCString::Copy(dest, src); }
+void RCEString::Copy(char* dest, const char* src) {
+  PCString::Copy(dest, src);
+}
 
 char* RCEString::Concate(const char* a, const char* b, bool separator) {
   const unsigned int lengthA = Length(a);

@@ -5,14 +5,14 @@
 
 namespace tamu::registry {
 
-// A null string counts as "". Strings handed out are arrays from new[], the caller's; null when there
-// is no memory.
+// A null string counts as "". Strings handed out are arrays from new[], the caller's; null when
+// there is no memory.
 class YAX_API RCEString {
  public:
   // Bytes before the terminator.
   static unsigned int Length(const char* s);
-  // Compares as signed characters, so bytes 0x80 to 0xFF sort below plain ASCII. Returns a[i] - b[i]
-  // of the first pair that differs, 0 when both end together.
+  // Compares as signed characters, so bytes 0x80 to 0xFF sort below plain ASCII. Returns a[i] -
+  // b[i] of the first pair that differs, 0 when both end together.
   static int Diff(const char* a, const char* b);
   // Copies src with its terminator; `dest` must have the room.
   static void Copy(char* dest, const char* src);

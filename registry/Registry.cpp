@@ -15,15 +15,17 @@ namespace {
 
 constexpr unsigned int kHandleSlots = 50;  // of a new handle table
 
-char* CopyOf(const char* text) { return text != nullptr ? RCEString::Duplicate(text) : nullptr; }
+char* CopyOf(const char* text) {
+  return text != nullptr ? RCEString::Duplicate(text) : nullptr;
+}
 
 }  // namespace
 
 Registry::Registry(const char* filePath, const char* userName)
-    : path(CopyOf(filePath)), userId(UserIdOf(userName)) {}
+    : path(CopyOf(filePath)), userId(UserIdOf(userName)), pathGiven_(filePath != nullptr) {}
 
 Registry::Registry(const char* filePath, unsigned int user)
-    : path(CopyOf(filePath)), userId(user) {}
+    : path(CopyOf(filePath)), userId(user), pathGiven_(filePath != nullptr) {}
 
 Registry::~Registry() {
   Finalize();
@@ -33,13 +35,13 @@ Registry::~Registry() {
 }
 
 unsigned int Registry::Initialize(unsigned int) {
-  if (path == nullptr) return status::kBadArgument;
+  if (path == nullptr) return pathGiven_ ? status::kNoMemory : status::kBadArgument;
   if (instance != nullptr && instance->keyTree != nullptr) return status::kOk;
   delete keyTree;  // one whose opening failed
   keyTree = nullptr;
   delete lock;
-  lock = RegistryLock::Make();
-  if (lock == nullptr) return status::kInputOutput;
+  const unsigned int locked = RegistryLock::Make(&lock);
+  if (locked != status::kOk) return locked;
   if (instance == nullptr) instance = RegistryInstance::CreateInstance(path);
   if (instance == nullptr) return status::kNoMemory;
   // Another object has opened the file: this one shares the instance and gets no operations.
@@ -54,8 +56,8 @@ unsigned int Registry::Initialize(unsigned int) {
   return result;
 }
 
-// An existing file must begin with the magic words. Looked at through a file of its own: the store's
-// may be open for another registry.
+// An existing file must begin with the magic words. Looked at through a file of its own: the
+// store's may be open for another registry.
 unsigned int Registry::CheckFile() const {
   PCFile existing;
   if (!existing.Create(path, PCFile::kReadWrite)) return status::kOk;
@@ -90,8 +92,8 @@ unsigned int Registry::OpenTrees() {
   return status::kOk;
 }
 
-// Whoever is the last on the file destroys what the instance holds; the others only let go. A thread
-// may hold the file tree's lock for good: nothing here waits for it.
+// Whoever is the last on the file destroys what the instance holds; the others only let go. A
+// thread may hold the file tree's lock for good: nothing here waits for it.
 void Registry::Finalize() {
   if (instance != nullptr) {
     keyTree = instance->keyTree;
@@ -144,7 +146,9 @@ unsigned int Registry::GetCurrentUserId(unsigned int* user) const {
   return status::kOk;
 }
 
-unsigned int Registry::Flush() { return IsReady() ? status::kOk : status::kNoRight; }
+unsigned int Registry::Flush() {
+  return IsReady() ? status::kOk : status::kNoRight;
+}
 
 unsigned int Registry::GetRegistryInfo(RegistryInfo* info) {
   if (!IsReady()) return status::kNoRight;

@@ -1,5 +1,5 @@
-// The registry: a persistent hierarchy of keys with typed values in one file. This header is all that
-// a client includes.
+// The registry: a persistent hierarchy of keys with typed values in one file. This header is all
+// that a client includes.
 #pragma once
 
 #include <atomic>
@@ -28,21 +28,24 @@ class TernaryRegistry;
 // One process works on one registry file at a time: opening a second path makes operations on the
 // first answer kInputOutput until it is finalised and opened again. Of several objects on the same
 // path only the one that opened the file has operations; the others answer kNoRight. Constructing,
-// initialising and finalising are serialised by the caller; operations may be called from any thread.
+// initialising and finalising are serialised by the caller; operations may be called from any
+// thread.
 //
-// Operations answer a status of registry/RegistryStatus.h (StatusText tells it in words): kNoRight on
-// an object that is not initialised, before anything else is looked at; kBadArgument for null pointers
-// where a text or place is needed and for invalid handles; kNoRight, kNotFound, kExists, kNoData,
-// kLimit as told; kNoSpace, kInputOutput, kNoMemory and kInvalidFile when the file cannot grow, cannot
-// be read or written, memory is short, or the file is damaged. Outputs are written only with kOk.
+// Operations answer a status of registry/RegistryStatus.h (StatusText tells it in words): kNoRight
+// on an object that is not initialised, before anything else is looked at; kBadArgument for null
+// pointers where a text or place is needed and for invalid handles; kNoRight, kNotFound, kExists,
+// kNoData, kLimit as told; kNoSpace, kInputOutput, kNoMemory and kInvalidFile when the file cannot
+// grow, cannot be read or written, memory is short, or the file is damaged. Outputs are written
+// only with kOk.
 //
-// Keys are named by a handle and a path. Handle 0: the path starts at the root, and the file is asked
-// directly. Another handle comes from OpenKey. Components of a path are separated by "/", one leading
-// "/" is ignored, bytes count exactly; null and "" name the handle's own key. An operation with handle
-// 0 closes every handle of the file, whoever opened it.
+// Keys are named by a handle and a path. Handle 0: the path starts at the root, and the file is
+// asked directly. Another handle comes from OpenKey. Components of a path are separated by "/", one
+// leading
+// "/" is ignored, bytes count exactly; null and "" name the handle's own key. An operation with
+// handle 0 closes every handle of the file, whoever opened it.
 //
-// Rights: a key's permission byte holds the owner's rights in the low nibble, everybody else's in the
-// high one: 1 read, 2 modify, 4 create, 8 delete.
+// Rights: a key's permission byte holds the owner's rights in the low nibble, everybody else's in
+// the high one: 1 read, 2 modify, 4 create, 8 delete.
 class YAX_API Registry {
  public:
   // `filePath` and `userName` are copied; the user's id is the name's hash (null counts as "").
@@ -76,22 +79,23 @@ class YAX_API Registry {
   // Loads the subtree of a key and writes its handle, never 0. The last argument is not used.
   unsigned int OpenKey(const char* keyPath, unsigned int* handle, unsigned int unused = 0);
   unsigned int CloseKey(unsigned int handle);
-  // The tree and subtree that an operation with `handle` works on; for handle 0 the handles that were
-  // used are closed first.
+  // The tree and subtree that an operation with `handle` works on; for handle 0 the handles that
+  // were used are closed first.
   unsigned int GetKeyTree(unsigned int handle, RegistryInterface*& tree, void*& treeHandle);
 
   // ---- keys (RegistryKeys.cpp)
 
-  // Creates the last component; its parent must exist (kBadArgument) and give the right to create. The
-  // key gets the default value, or none. kExists.
-  // Without a handle, a key whose name is the beginning of a longer one that exists ("ab" next to
-  // "abc"): from then on only the calling thread can make operations without a handle, all other
-  // threads' wait for as long as it lives. Create such keys before the longer ones.
+  // Creates the last component; its parent must exist (kBadArgument) and give the right to create.
+  // The key gets the default value, or none. kExists. Without a handle, a key whose name is the
+  // beginning of a longer one that exists ("ab" next to "abc"): from then on only the calling
+  // thread can make operations without a handle, all other threads' wait for as long as it lives.
+  // Create such keys before the longer ones.
   unsigned int CreateKey(unsigned int handle, const char* keyPath, unsigned long long defaultValue);
   unsigned int CreateKey(unsigned int handle, const char* keyPath);
   unsigned int DeleteKey(unsigned int handle, const char* keyPath);
   unsigned int GetKeyInfo(unsigned int handle, const char* keyPath, KeyInfo* info);
-  unsigned int GetKeyPermission(unsigned int handle, const char* keyPath, unsigned char* permission);
+  unsigned int GetKeyPermission(unsigned int handle, const char* keyPath,
+                                unsigned char* permission);
   unsigned int SetKeyPermission(unsigned int handle, const char* keyPath, unsigned char permission);
   unsigned int SetKeyWatch(unsigned int handle, const char* keyPath, unsigned char watch);
   // Adds names to `list`, from number `first` on; `unused` is not passed on.
@@ -104,10 +108,10 @@ class YAX_API Registry {
 
   // ---- values (RegistryValues.cpp)
 
-  // Reads a value: sets type and size and a new buffer, the caller's (FreeValueData, or a ReadValue).
-  // Right: read. kNoData: the value is not set. Without a handle a number comes as its low 32 bits.
-  // With type kValueTypeOffset in the request: `data` must be the caller's, of at least 4 bytes, and
-  // receives the data's offset in the file instead; right: modify.
+  // Reads a value: sets type and size and a new buffer, the caller's (FreeValueData, or a
+  // ReadValue). Right: read. kNoData: the value is not set. Without a handle a number comes as its
+  // low 32 bits. With type kValueTypeOffset in the request: `data` must be the caller's, of at
+  // least 4 bytes, and receives the data's offset in the file instead; right: modify.
   unsigned int GetValue(unsigned int handle, const char* keyPath, const char* name, Value* value);
   // The same into a ReadValue, which may hold an earlier result.
   template <class Result>
@@ -119,9 +123,10 @@ class YAX_API Registry {
   // Replaces a value's type and data. Right: modify. A number is taken from the first four bytes.
   unsigned int SetValue(unsigned int handle, const char* keyPath, const char* name, Value* value);
   // Creates a value, named by at most 31 characters (more are cut off). Right: create. A name that
-  // exists is hidden by the new value. A number is taken from the first eight bytes. Null value: the
-  // value exists but is not set. kBadArgument: empty name; kLimit: more than 1024 bytes.
-  unsigned int CreateValue(unsigned int handle, const char* keyPath, const char* name, Value* value);
+  // exists is hidden by the new value. A number is taken from the first eight bytes. Null value:
+  // the value exists but is not set. kBadArgument: empty name; kLimit: more than 1024 bytes.
+  unsigned int CreateValue(unsigned int handle, const char* keyPath, const char* name,
+                           Value* value);
   unsigned int DeleteValue(unsigned int handle, const char* keyPath, const char* name);
   // A key's default value. Right: read; modify. kNoData: none is set.
   unsigned int GetDefaultValue(unsigned int handle, const char* keyPath, unsigned long long* value);
@@ -145,6 +150,7 @@ class YAX_API Registry {
   RegistryInstance* instance = nullptr;
   RegistryLock* lock = nullptr;
   unsigned char directMode = 1;  // the last operation was without a handle
+  bool pathGiven_;               // `path` is null only because there was no memory
 };
 
 }  // namespace tamu::registry

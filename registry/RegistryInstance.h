@@ -14,11 +14,11 @@ class TernaryRegistry;
 // initialising and finalising Registry objects is serialised by the caller.
 class RegistryInstance {
  public:
-  // The instance of the path, with one more reference, or a new one with the first. Null when there is
-  // no memory.
+  // The instance of the path, with one more reference, or a new one with the first. Null when there
+  // is no memory.
   static RegistryInstance* CreateInstance(const char* path);
-  // Drops a reference. kBusy while others are left; with the last the instance is gone: 0. The trees
-  // and the handle table, if any, are then the caller's.
+  // Drops a reference. kBusy while others are left; with the last the instance is gone: 0. The
+  // trees and the handle table, if any, are then the caller's.
   static unsigned int DeleteInstance(RegistryInstance* instance);
 
   static RegistryInstance* sFirstInstance;

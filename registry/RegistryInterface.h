@@ -1,5 +1,5 @@
-// What both key trees offer. The order of the operations is the order of the table's slots and part of
-// the binary interface.
+// What both key trees offer. The order of the operations is the order of the table's slots and part
+// of the binary interface.
 #pragma once
 
 #include "registry/KeyInfo.h"
@@ -14,9 +14,9 @@ struct Key;
 struct ChangeBuffer;
 
 // Every operation answers kNotSupported here. `user` is the id of the user on whose behalf the
-// operation runs; `tree` is a loaded subtree from LoadKeyTree, or null for the whole file; `path` is
-// relative to it, null counts as "" (the subtree's own key). What each operation does and answers is
-// told where it is implemented (TernaryRegistry, TernaryKeyTree).
+// operation runs; `tree` is a loaded subtree from LoadKeyTree, or null for the whole file; `path`
+// is relative to it, null counts as "" (the subtree's own key). What each operation does and
+// answers is told where it is implemented (TernaryRegistry, TernaryKeyTree).
 class RegistryInterface {
  public:
   RegistryInterface() = default;
@@ -29,7 +29,8 @@ class RegistryInterface {
   virtual unsigned int CreateKey(unsigned int user, void* tree, const char* path,
                                  unsigned long long defaultValue, bool setDefault);
   virtual unsigned int DeleteKey(unsigned int user, void* tree, const char* path);
-  virtual unsigned int FindKey(unsigned int user, void* tree, const char* path, unsigned int unused);
+  virtual unsigned int FindKey(unsigned int user, void* tree, const char* path,
+                               unsigned int unused);
   virtual unsigned int GetKeyInfo(unsigned int user, void* tree, const char* path, KeyInfo* info);
   virtual unsigned int GetDefaultValue(unsigned int user, void* tree, const char* path,
                                        unsigned long long* value);
@@ -47,14 +48,14 @@ class RegistryInterface {
                                      const char* backupFile);
   virtual unsigned int RestoreKeyTree(unsigned int user, void* tree, const char* path,
                                       const char* backupFile);
-  virtual unsigned int CreateValue(unsigned int user, void* tree, const char* path, const char* name,
-                                   unsigned long long number, bool set);
-  virtual unsigned int CreateValue(unsigned int user, void* tree, const char* path, const char* name,
-                                   Value* value);
+  virtual unsigned int CreateValue(unsigned int user, void* tree, const char* path,
+                                   const char* name, unsigned long long number, bool set);
+  virtual unsigned int CreateValue(unsigned int user, void* tree, const char* path,
+                                   const char* name, Value* value);
   virtual unsigned int DeleteValue(unsigned int user, void* tree, const char* path,
                                    const char* name);
-  virtual unsigned int GetSetValue(unsigned int user, void* tree, const char* path, const char* name,
-                                   unsigned long long* number, bool get);
+  virtual unsigned int GetSetValue(unsigned int user, void* tree, const char* path,
+                                   const char* name, unsigned long long* number, bool get);
   virtual unsigned int ListKeys(unsigned int user, void* tree, const char* path, unsigned int first,
                                 NameList* list, unsigned int flags);
   virtual unsigned int ListValues(unsigned int user, void* tree, const char* path,

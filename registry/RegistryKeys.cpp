@@ -77,8 +77,7 @@ unsigned int Registry::ListValues(unsigned int handle, const char* keyPath, unsi
   });
 }
 
-unsigned int Registry::BackupKey(unsigned int handle, const char* keyPath,
-                                 const char* backupFile) {
+unsigned int Registry::BackupKey(unsigned int handle, const char* keyPath, const char* backupFile) {
   if (!IsReady()) return status::kNoRight;
   if (keyPath == nullptr || backupFile == nullptr) return status::kBadArgument;
   return Route(handle, [&](RegistryInterface& tree, void* treeHandle) {

@@ -2,6 +2,8 @@
 
 #include <new>
 
+#include "registry/RegistryStatus.h"
+
 namespace tamu::registry {
 
 bool RegistryLock::Create(Part* part, unsigned int count) {
@@ -10,12 +12,16 @@ bool RegistryLock::Create(Part* part, unsigned int count) {
 }
 
 // The semaphores that were created are destroyed with the object.
-RegistryLock* RegistryLock::Make() {
-  RegistryLock* lock = new (std::nothrow) RegistryLock;
-  if (lock == nullptr) return nullptr;
-  if (Create(&lock->first_, 1) && Create(&lock->second_, 0) && Create(&lock->third_, 0)) return lock;
-  delete lock;
-  return nullptr;
+unsigned int RegistryLock::Make(RegistryLock** lock) {
+  *lock = new (std::nothrow) RegistryLock;
+  if (*lock == nullptr) return status::kNoMemory;
+  RegistryLock& made = **lock;
+  if (Create(&made.first_, 1) && Create(&made.second_, 0) && Create(&made.third_, 0)) {
+    return status::kOk;
+  }
+  delete *lock;
+  *lock = nullptr;
+  return status::kInputOutput;
 }
 
 }  // namespace tamu::registry

@@ -13,9 +13,9 @@ class RegistryLock {
   RegistryLock(const RegistryLock&) = delete;
   RegistryLock& operator=(const RegistryLock&) = delete;
 
-  // A lock object whose three semaphores exist, with the counts 1, 0 and 0; the caller owns it. Null
-  // when one of them cannot be made.
-  static RegistryLock* Make();
+  // Makes a lock object whose three semaphores exist, with the counts 1, 0 and 0; the caller owns
+  // it. kNoMemory; kInputOutput when a semaphore cannot be made. *lock is then null.
+  static unsigned int Make(RegistryLock** lock);
 
  private:
   struct Part {

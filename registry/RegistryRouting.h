@@ -8,9 +8,9 @@
 
 namespace tamu::registry {
 
-// Holds an operation's locks until the backend has returned. An operation without a handle takes the
-// file tree's lock first: a thread may keep a level of it for good, and whoever waits for it must not
-// hold what operations through handles need.
+// Holds an operation's locks until the backend has returned. An operation without a handle takes
+// the file tree's lock first: a thread may keep a level of it for good, and whoever waits for it
+// must not hold what operations through handles need.
 class Registry::OperationScope {
  public:
   OperationScope(Registry& registry, unsigned int handle)

@@ -7,7 +7,9 @@ namespace tamu::registry {
 namespace {
 
 // A value whose data cannot be there.
-bool LacksData(const Value& value) { return value.size > 0 && value.data == nullptr; }
+bool LacksData(const Value& value) {
+  return value.size > 0 && value.data == nullptr;
+}
 
 // The number that a value to be created holds: its first eight bytes, as many as it has.
 unsigned long long NumberIn(const Value& value) {

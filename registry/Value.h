@@ -3,20 +3,20 @@
 
 namespace tamu::registry {
 
-// Value types. Stored, never renumber. Types 1 to 5 are byte data; the registry tells them apart only
-// by their number.
+// Value types. Stored, never renumber. Types 1 to 5 are byte data; the registry tells them apart
+// only by their number.
 constexpr unsigned int kValueTypeInteger = 0;  // 64-bit integer, 8 bytes, held inline
 constexpr unsigned int kValueTypeString = 1;
-constexpr unsigned int kValueTypeOffset = 4;   // byte data; as a request: the data's file offset
-constexpr unsigned int kValueTypeMax = 5;      // the last type that can be written
-constexpr unsigned int kValueTypeAny = 6;      // a request only: whatever type is stored
+constexpr unsigned int kValueTypeOffset = 4;  // byte data; as a request: the data's file offset
+constexpr unsigned int kValueTypeMax = 5;     // the last type that can be written
+constexpr unsigned int kValueTypeAny = 6;     // a request only: whatever type is stored
 
 constexpr unsigned int kValueDataMax = 1024;  // bytes of data in one value
 
 struct Value {
   unsigned int type;  // 0 to 5; requests also 6
   unsigned int size;  // bytes at data, at most kValueDataMax
-  void* data;         // written: the caller's bytes. Read: a new buffer, the caller's (FreeValueData)
+  void* data;  // written: the caller's bytes. Read: a new buffer, the caller's (FreeValueData)
 };
 
 // Frees a buffer that GetValue handed out and forgets it.

@@ -58,7 +58,8 @@ int main(int argc, char** argv) {
   ReadDefault(registry, "display");
   ReadDefault(registry, "network");
 
-  std::printf("\nKeys under the root belong to the user who made them; others may not read them:\n");
+  std::printf(
+      "\nKeys under the root belong to the user who made them; others may not read them:\n");
   registry.SetCurrentUser("guest");
   ReadBack(registry, "network/eth0", "mtu", status::kNoRight);
 

@@ -1,4 +1,5 @@
-// The first program of the demonstration: makes a registry and writes keys and values of every type.
+// The first program of the demonstration: makes a registry and writes keys and values of every
+// type.
 #include <string>
 
 #include "Show.h"

@@ -1,10 +1,26 @@
 #include "platform/posix/FileMapping.h"
 
 #include <sys/mman.h>
+#include <unistd.h>
 
 namespace posix {
 
+namespace {
+
+// Reading a hole through a mapping needs memory or disk space, and without any kills the process.
+bool HasHoles(int fd) {
+#ifdef SEEK_HOLE
+  return lseek(fd, 0, SEEK_HOLE) < lseek(fd, 0, SEEK_END);
+#else
+  static_cast<void>(fd);
+  return false;
+#endif
+}
+
+}  // namespace
+
 const unsigned char* Map(int fd, unsigned int size) {
+  if (HasHoles(fd)) return nullptr;
   void* bytes = mmap(nullptr, size, PROT_READ, MAP_SHARED, fd, 0);
   return bytes == MAP_FAILED ? nullptr : static_cast<const unsigned char*>(bytes);
 }

@@ -6,7 +6,7 @@ namespace posix {
 
 // Maps the first `size` bytes of the file, more than 0, for reading; what anybody writes to the
 // file shows at once. The mapping may reach beyond the end of the file, but only bytes of the file
-// may be touched. Null when it cannot be had.
+// may be touched. Null when it cannot be had, and for a file with holes.
 const unsigned char* Map(int fd, unsigned int size);
 // Gives back what Map returned for the same `size`.
 void Unmap(const unsigned char* bytes, unsigned int size);

@@ -28,6 +28,15 @@ bool ReadAll(int fd, void* buffer, unsigned int size, unsigned long long offset)
   return true;
 }
 
+// The same; a read of a record's size that fails leaves the buffer as it was.
+bool ReadWhole(int fd, void* buffer, unsigned int size, unsigned long long offset) {
+  unsigned char record[128];
+  if (size > sizeof record) return ReadAll(fd, buffer, size, offset);
+  if (!ReadAll(fd, record, size, offset)) return false;
+  std::memcpy(buffer, record, size);
+  return true;
+}
+
 bool WriteAll(int fd, const void* data, unsigned int size, unsigned long long offset) {
   const unsigned char* from = static_cast<const unsigned char*>(data);
   while (size > 0) {
@@ -84,7 +93,7 @@ int PCFile::ReadSlowly(void* buffer, unsigned int size) {
   const unsigned long long end = mPosition + size;
   if (MappingCovers(end)) {
     std::memcpy(buffer, mMap + mPosition, size);
-  } else if (!ReadAll(mFd, buffer, size, mPosition)) {
+  } else if (!ReadWhole(mFd, buffer, size, mPosition)) {
     return 0;
   }
   mPosition = end;

@@ -22,7 +22,7 @@ int PCList::Create() {
   return IsCreated() ? 1 : mLock.Create();
 }
 
-unsigned int PCList::Count() {
+unsigned int PCList::Count() const {
   PCMutexGuard guard(mLock);
   return mCount;
 }

@@ -9,11 +9,20 @@ TernaryRegistry::TernaryRegistry(TernaryFile* storeFile, RegistryDaemon* daemonO
     : file(storeFile), initialized(1), daemon(daemonObject) {}
 
 TernaryRegistry::~TernaryRegistry() {
-  if (ownsFile_) delete file;
+  DropMadeFile();
+}
+
+void TernaryRegistry::DropMadeFile() {
+  if (!madeFile_) return;
+  file->Finalize();
+  delete file;
+  file = nullptr;
+  madeFile_ = false;
 }
 
 unsigned int TernaryRegistry::Initialize(const char* path) {
   if (!lock_.Create()) return status::kInputOutput;
+  DropMadeFile();
   if (file == nullptr) {
     const unsigned int result = OpenOrCreateStore(path);
     if (result != status::kOk) return result;
@@ -39,10 +48,12 @@ unsigned int TernaryRegistry::OpenOrCreateStore(const char* path) {
   if (result == status::kOk) {
     file = store;
     ownsFile_ = true;
+    madeFile_ = true;
     if (made) result = CreateRootKey();
   }
   if (result == status::kOk) return status::kOk;
   file = nullptr;
+  madeFile_ = false;
   store->Finalize();
   delete store;
   return result;
@@ -54,6 +65,7 @@ unsigned int TernaryRegistry::Finalize() {
     delete file;
   }
   file = nullptr;
+  madeFile_ = false;
   lock_.Destroy();
   initialized = 0;
   return status::kOk;

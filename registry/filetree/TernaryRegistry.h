@@ -13,26 +13,29 @@ class RegistryDaemon;
 // object lock; each reads the file as it is, nothing is cached.
 //
 // Paths: components separated by "/", one leading "/" ignored, bytes compared exactly as signed
-// characters; null or "" names the root key. `tree` is null; any other pointer makes the search start
-// at a node that has no names below it, so only the empty path is found there, without rights.
+// characters; null or "" names the root key. `tree` is null; any other pointer makes the search
+// start at a node that has no names below it, so only the empty path is found there, without
+// rights.
 //
-// Statuses shared by all operations: kNoRight when the object has no file or the user lacks the right;
-// kNotFound for a missing key; kBadArgument for a null pointer that the operation must follow;
-// kInvalidFile where the file is damaged; kInputOutput when it cannot be read or written. Outputs are
-// written only with kOk. docs/behaviour.md tells what may surprise.
+// Statuses shared by all operations: kNoRight when the object has no file or the user lacks the
+// right; kNotFound for a missing key; kBadArgument for a null pointer that the operation must
+// follow; kInvalidFile where the file is damaged; kInputOutput when it cannot be read or written.
+// Outputs are written only with kOk. docs/behaviour.md tells what may surprise.
 class TernaryRegistry : public RegistryInterface {
  public:
   // Where a search found a key, or where the path left the tree.
   struct KeyMatchDescriptor {
-    static constexpr unsigned char kMatchChild = 0x01;  // the rest hangs from the child link of node
-    static constexpr unsigned char kMatchEqual = 0x02;  // node's split char matched: the equal link,
-                                                        // or at the path's end the key is node's own
+    static constexpr unsigned char kMatchChild =
+        0x01;  // the rest hangs from the child link of node
+    static constexpr unsigned char kMatchEqual =
+        0x02;  // node's split char matched: the equal link,
+               // or at the path's end the key is node's own
 
-    unsigned int node = 0;      // found: where the key ends. Missed: where the search stopped
-    unsigned int keyNode = 0;   // found: the key; 0 for a name without key ("a/")
-    unsigned int position = 0;  // missed: first character of the path not yet placed
-    int splitIndex = -1;        // >= 0: node's segment must be cut there; position is its start
-    unsigned int previous = 0;  // the node whose link led to node; 0 at the start node
+    unsigned int node = 0;       // found: where the key ends. Missed: where the search stopped
+    unsigned int keyNode = 0;    // found: the key; 0 for a name without key ("a/")
+    unsigned int position = 0;   // missed: first character of the path not yet placed
+    int splitIndex = -1;         // >= 0: node's segment must be cut there; position is its start
+    unsigned int previous = 0;   // the node whose link led to node; 0 at the start node
     unsigned int directory = 0;  // the node at which the parent key of the last component ends
     unsigned char flags = 0;     // with neither flag and splitIndex -1: node's lo or hi link
 
@@ -56,9 +59,9 @@ class TernaryRegistry : public RegistryInterface {
   // The object lock. Whoever serialises this tree with others takes it first.
   PCMutex& ObjectLock() { return lock_; }
 
-  // Makes the lock and ensures the root key. Without a store: opens the one at `path`, making a new
-  // file only when nothing is at the path. kInputOutput: no lock; kNoMemory; kNoSpace: the file exists
-  // but cannot be opened, or cannot be made; kInvalidFile; kExists never.
+  // Makes the lock. With a store: ensures the root key. Without: opens the one at `path`, making a
+  // new file with a root key only when nothing is at the path. kInputOutput: no lock; kNoMemory;
+  // kNoSpace: the file exists but cannot be opened, or cannot be made; kInvalidFile; kExists never.
   unsigned int Initialize(const char* path) override;
   // Gives the store and the lock up; every later operation answers kNoRight. Returns 0.
   unsigned int Finalize() override;
@@ -66,8 +69,8 @@ class TernaryRegistry : public RegistryInterface {
   // ---- search (TernaryRegistrySearch.cpp)
 
   using RegistryInterface::FindKey;
-  // Searches from `startNode`. 0: found, `match` tells where. kNotFound: `match` tells where the path
-  // left the tree. Another status: a node could not be read. `match` must be as constructed.
+  // Searches from `startNode`. 0: found, `match` tells where. kNotFound: `match` tells where the
+  // path left the tree. Another status: a node could not be read. `match` must be as constructed.
   unsigned int FindKey(unsigned int startNode, const char* path, KeyMatchDescriptor* match);
   // The string node and key node of a path.
   unsigned int FindKey(void* tree, const char* path, unsigned int* stringNode,
@@ -80,11 +83,12 @@ class TernaryRegistry : public RegistryInterface {
 
   // kExists when the file has a start node already.
   unsigned int CreateRootKey();
-  // Creates the last component of `path`; its parent must exist and give `user` the right to create.
-  // A key directly under the root gets permission 0x0F, others their parent's; the owner is `user`.
-  // kExists; kBadArgument for a missing parent or an empty component; kNoRight also for a parent name
-  // that carries no key; kNoSpace, kLimit when the file is full. A key whose name is the beginning of
-  // an existing longer name: the calling thread keeps one level of the object lock.
+  // Creates the last component of `path`; its parent must exist and give `user` the right to
+  // create. A key directly under the root gets permission 0x0F, others their parent's; the owner is
+  // `user`. kExists; kBadArgument for a missing parent or an empty component; kNoRight also for a
+  // parent name that carries no key; kNoSpace, kLimit when the file is full. A key whose name is
+  // the beginning of an existing longer name: the calling thread keeps one level of the object
+  // lock.
   unsigned int CreateKey(unsigned int user, void* tree, const char* path,
                          unsigned long long defaultValue, bool defaultSet) override;
   // Writes the chain of string nodes for `name` up to its terminator and, unless keyNode is 0, lets
@@ -98,8 +102,8 @@ class TernaryRegistry : public RegistryInterface {
                          unsigned int cut, unsigned int previous, unsigned int* upper);
   // Writes a new key record. The lock is held.
   unsigned int CreateKeyNode(unsigned int changes, unsigned int owner, unsigned char permission,
-                             unsigned long long defaultValue, unsigned int* keyNode, bool defaultSet,
-                             bool root);
+                             unsigned long long defaultValue, unsigned int* keyNode,
+                             bool defaultSet, bool root);
 
   // ---- values (TernaryRegistryValues.cpp, TernaryRegistryValueWrites.cpp)
 
@@ -107,9 +111,9 @@ class TernaryRegistry : public RegistryInterface {
   // kCannotOpen: a value of the chain cannot be read; kInvalidFile: the chain is a cycle.
   unsigned int FindValue(unsigned int keyNode, const char* name, unsigned int* valueNode,
                          TernaryValueNode*& record);
-  // Puts a new value before the key's others, without looking whether the name exists: the newer hides
-  // the older. Right: create. Names are cut to 31 characters. kLimit above 1024 bytes; kNoData for a
-  // type above 5; the statuses of WriteData. A value of size 0 is not set.
+  // Puts a new value before the key's others, without looking whether the name exists: the newer
+  // hides the older. Right: create. Names are cut to 31 characters. kLimit above 1024 bytes;
+  // kNoData for a type above 5; the statuses of WriteData. A value of size 0 is not set.
   unsigned int CreateValue(unsigned int user, void* tree, const char* path, const char* name,
                            Value* value) override;
   unsigned int CreateValue(unsigned int user, void* tree, const char* path, const char* name,
@@ -118,8 +122,8 @@ class TernaryRegistry : public RegistryInterface {
   // upper half of an older number stays. When the data cannot be stored the value is left unset.
   unsigned int SetValue(unsigned int user, void* tree, const char* path, const char* name,
                         Value* value) override;
-  // Right: read. Sets type, size and a new buffer (FreeValueData). A number comes as its low 32 bits.
-  // kNoData: the value is not set.
+  // Right: read. Sets type, size and a new buffer (FreeValueData). A number comes as its low 32
+  // bits. kNoData: the value is not set.
   unsigned int GetValue(unsigned int user, void* tree, const char* path, const char* name,
                         Value* value) override;
   // Right: delete. The newest of that name goes; its data blocks stay in use.
@@ -140,12 +144,12 @@ class TernaryRegistry : public RegistryInterface {
 
   // ---- walks over names (TernaryRegistryWalks.cpp); no operation uses them
 
-  // Appends the equal, hi and lo links of each node that has any, in pre-order over those links, child
-  // links not followed. kLimit when fewer than three places are left in `ids` at a node.
+  // Appends the equal, hi and lo links of each node that has any, in pre-order over those links,
+  // child links not followed. kLimit when fewer than three places are left in `ids` at a node.
   unsigned int ReadNodeTree(unsigned int node, unsigned int* ids, unsigned int* count,
                             unsigned int capacity);
-  // Walks a name without regard to "/" to where it ends for certain; *lastBranch is the last node with
-  // a lo or hi link before it, *next the node after that one.
+  // Walks a name without regard to "/" to where it ends for certain; *lastBranch is the last node
+  // with a lo or hi link before it, *next the node after that one.
   unsigned int FindSuffix(const char* path, unsigned int* lastBranch, unsigned int* next);
 
  private:
@@ -153,6 +157,7 @@ class TernaryRegistry : public RegistryInterface {
   using ChangeScope = TernaryFile::ChangeScope;
 
   unsigned int OpenOrCreateStore(const char* path);
+  void DropMadeFile();
 
   unsigned int Search(AccessScope& access, unsigned int startNode, const char* path,
                       KeyMatchDescriptor* match);
@@ -181,7 +186,8 @@ class TernaryRegistry : public RegistryInterface {
   unsigned char initialized;
   RegistryDaemon* daemon;
   PCMutex lock_;
-  bool ownsFile_ = true;
+  bool ownsFile_ = true;   // Finalize destroys the store
+  bool madeFile_ = false;  // Initialize has made it: so does the destructor
 };
 
 }  // namespace tamu::registry

@@ -26,8 +26,8 @@ unsigned int TernaryRegistry::CreateKeyNode(unsigned int changes, unsigned int o
                                             unsigned char permission,
                                             unsigned long long defaultValue, unsigned int* keyNode,
                                             bool defaultSet, bool root) {
-  if (keyNode == nullptr) return status::kBadArgument;
   if (file == nullptr) return status::kNoRight;
+  if (keyNode == nullptr) return status::kBadArgument;
   unsigned int id = 0;
   unsigned int result = file->AcquireSlot(changes, NodeKind::kKey, &id);
   if (result != status::kOk) return result;
@@ -54,6 +54,7 @@ unsigned int TernaryRegistry::InheritPermission(AccessScope& access,
   TernaryStringNode directory;
   unsigned int result = access.Read(match.directory, &directory);
   if (result != status::kOk) return result;
+  if (directory.keyNode() == 0) return status::kNoRight;
   TernaryKeyNode parent;
   result = access.Read(directory.keyNode(), &parent);
   if (result != status::kOk) return result;
@@ -84,7 +85,8 @@ unsigned int TernaryRegistry::CreateKey(unsigned int user, void* tree, const cha
     if (result != status::kOk) return result;
     // The new upper node ends in the character at the cut. A path whose last character stands there
     // ends at that node, whether or not the characters are the same: with "abc" there, creating "x"
-    // makes "a", and "ax" makes "ab". Test: FileTreeKeys.ACharacterThatDiffersAtTheEndIsTakenAsTheCut
+    // makes "a", and "ax" makes "ab". Test:
+    // FileTreeKeys.ACharacterThatDiffersAtTheEndIsTakenAsTheCut
     rest += cut;
     if (rest[0] != 0 && rest[1] == 0) ++rest;
   }

@@ -5,8 +5,8 @@ namespace tamu::registry {
 
 namespace {
 
-// The link of `parent` that leads to `id`, looked for in this order, is set to `to`. False when there
-// is none.
+// The link of `parent` that leads to `id`, looked for in this order, is set to `to`. False when
+// there is none.
 bool Relink(TernaryStringNode* parent, unsigned int id, unsigned int to) {
   if (parent->equal() == id) {
     parent->setEqual(to);
@@ -62,8 +62,8 @@ void Hang(TernaryStringNode* target, bool asChild, bool asEqual, const TernarySt
 
 unsigned int TernaryRegistry::CreateStringNode(unsigned int changes, const char* name,
                                                unsigned int* firstNode, unsigned int keyNode) {
-  if (name == nullptr || firstNode == nullptr) return status::kBadArgument;
   if (file == nullptr) return status::kNoRight;
+  if (name == nullptr || firstNode == nullptr) return status::kBadArgument;
   unsigned int id = 0;
   unsigned int result = file->AcquireSlot(changes, NodeKind::kString, &id);
   if (result != status::kOk) return result;
@@ -109,8 +109,8 @@ unsigned int TernaryRegistry::CreateStringNode(unsigned int changes, const char*
 unsigned int TernaryRegistry::SplitNode(unsigned int, unsigned int node, unsigned int,
                                         unsigned int cut, unsigned int previous,
                                         unsigned int* upper) {
-  if (upper == nullptr) return status::kBadArgument;
   if (file == nullptr) return status::kNoRight;
+  if (upper == nullptr) return status::kBadArgument;
   ChangeScope changes(*file);
   TernaryStringNode before;
   unsigned int result = changes.Read(node, &before);
@@ -129,19 +129,24 @@ unsigned int TernaryRegistry::SplitNode(unsigned int, unsigned int node, unsigne
   if (result != status::kOk) return result;
   TernaryStringNode upperNode = UpperPart(before, cut, node);
   TernaryStringNode lowerNode = LowerPart(before, cut);
+  TernaryStringNode relinked = parent;
+  const bool linked = Relink(&relinked, node, upperId);
   result = file->WriteNode(changes.id(), upperId, &upperNode, false);
   if (result == status::kOk) result = file->WriteNode(changes.id(), node, &lowerNode, false);
-  if (result == status::kOk && Relink(&parent, node, upperId)) {
-    result = file->WriteNode(changes.id(), previous, &parent, false);
+  if (result == status::kOk && linked) {
+    result = file->WriteNode(changes.id(), previous, &relinked, false);
   }
-  if (result != status::kOk) {
-    // Without its upper part the lower one would be a different name.
-    const unsigned int restored = file->WriteNode(changes.id(), node, &before, false);
-    if (restored == status::kOk) file->ReleaseNode(changes.id(), upperId, nullptr);
-    return result;
+  if (result == status::kOk) {
+    *upper = upperId;
+    return status::kOk;
   }
-  *upper = upperId;
-  return status::kOk;
+  // Without its upper part the lower one would be a different name, and nothing is given back that
+  // may still be linked.
+  if (file->WriteNode(changes.id(), node, &before, false) == status::kOk &&
+      (!linked || file->WriteNode(changes.id(), previous, &parent, false) == status::kOk)) {
+    file->ReleaseNode(changes.id(), upperId, nullptr);
+  }
+  return result;
 }
 
 // Gives back the chain of a name that hangs nowhere. The result is that of the last read.

@@ -87,9 +87,9 @@ unsigned int TernaryRegistry::Search(AccessScope& access, unsigned int startNode
 
 unsigned int TernaryRegistry::FindKey(unsigned int startNode, const char* path,
                                       KeyMatchDescriptor* match) {
-  if (match == nullptr) return status::kBadArgument;
   PCMutexGuard guard(lock_);
   if (file == nullptr) return status::kNoRight;
+  if (match == nullptr) return status::kBadArgument;
   AccessScope access(*file);
   return Search(access, startNode, path, match);
 }
@@ -101,9 +101,9 @@ unsigned int TernaryRegistry::StartNodeOf(const void* tree) {
 
 unsigned int TernaryRegistry::FindKey(void* tree, const char* path, unsigned int* stringNode,
                                       unsigned int* keyNode) {
-  if (stringNode == nullptr || keyNode == nullptr) return status::kBadArgument;
   PCMutexGuard guard(lock_);
   if (file == nullptr) return status::kNoRight;
+  if (stringNode == nullptr || keyNode == nullptr) return status::kBadArgument;
   AccessScope access(*file);
   KeyMatchDescriptor match;
   const unsigned int result = Search(access, StartNodeOf(tree), path, &match);
@@ -126,6 +126,7 @@ unsigned int TernaryRegistry::ReachKey(AccessScope& access, unsigned int user, c
   KeyMatchDescriptor match;
   unsigned int result = Search(access, StartNodeOf(tree), path, &match);
   if (result != status::kOk) return result;
+  if (match.keyNode == 0) return status::kNoRight;  // a name without key
   result = access.Read(match.keyNode, key);
   if (result != status::kOk) return result;
   if (!isPermissible(key, user, right)) return status::kNoRight;

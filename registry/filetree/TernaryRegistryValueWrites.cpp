@@ -13,26 +13,28 @@ unsigned long long LeadingBytes(const Value& value, unsigned int width) {
   return GetU64(bytes);
 }
 
-// What every writer refuses before it looks at the file.
-unsigned int CheckValue(const char* name, const Value* value) {
-  if (name == nullptr || value == nullptr) return status::kBadArgument;
-  if (value->size > 0 && value->data == nullptr) return status::kBadArgument;
-  return value->size > kValueDataMax ? status::kLimit : status::kOk;
+bool IsTooLarge(const Value* value) {
+  return value != nullptr && value->size > kValueDataMax;
+}
+
+// True when something that a writer must follow is not there.
+bool LacksArgument(const char* name, const Value* value) {
+  return name == nullptr || value == nullptr || (value->size > 0 && value->data == nullptr);
 }
 
 }  // namespace
 
 unsigned int TernaryRegistry::CreateValue(unsigned int user, void* tree, const char* path,
                                           const char* name, Value* value) {
-  unsigned int result = CheckValue(name, value);
-  if (result != status::kOk) return result;
-  if (value->type == kValueTypeInteger && value->data == nullptr) return status::kBadArgument;
+  if (IsTooLarge(value)) return status::kLimit;
   PCMutexGuard guard(lock_);
   if (file == nullptr) return status::kNoRight;
+  if (LacksArgument(name, value)) return status::kBadArgument;
+  if (value->type == kValueTypeInteger && value->data == nullptr) return status::kBadArgument;
   ChangeScope changes(*file);
   unsigned int keyId = 0;
   TernaryKeyNode key;
-  result = ReachKey(changes, user, tree, path, kCreate, &keyId, &key);
+  unsigned int result = ReachKey(changes, user, tree, path, kCreate, &keyId, &key);
   if (result != status::kOk) return result;
   if (value->type > kValueTypeMax) return status::kNoData;
   unsigned int valueId = 0;
@@ -65,9 +67,9 @@ unsigned int TernaryRegistry::CreateValue(unsigned int user, void* tree, const c
 
 unsigned int TernaryRegistry::CreateValue(unsigned int user, void* tree, const char* path,
                                           const char* name, unsigned long long number, bool set) {
-  if (name == nullptr) return status::kBadArgument;
   PCMutexGuard guard(lock_);
   if (file == nullptr) return status::kNoRight;
+  if (name == nullptr) return status::kBadArgument;
   ChangeScope changes(*file);
   unsigned int keyId = 0;
   TernaryKeyNode key;
@@ -92,6 +94,7 @@ unsigned int TernaryRegistry::LinkNewValue(ChangeScope& changes, unsigned int ke
   record->setNextValue(key->firstValue());
   if (file->WriteValueNode(changes.id(), valueId, record, false) != status::kOk) {
     file->ReleaseValueNode(changes.id(), valueId, nullptr);
+    if (record->isInBlocks()) file->DeleteData(changes.id(), record->dataWord());
     return status::kOk;
   }
   key->setFirstValue(valueId);
@@ -102,14 +105,14 @@ unsigned int TernaryRegistry::LinkNewValue(ChangeScope& changes, unsigned int ke
 
 unsigned int TernaryRegistry::SetValue(unsigned int user, void* tree, const char* path,
                                        const char* name, Value* value) {
-  unsigned int result = CheckValue(name, value);
-  if (result != status::kOk) return result;
+  if (IsTooLarge(value)) return status::kLimit;
   PCMutexGuard guard(lock_);
   if (file == nullptr) return status::kNoRight;
+  if (LacksArgument(name, value)) return status::kBadArgument;
   ChangeScope changes(*file);
   unsigned int keyId = 0;
   TernaryKeyNode key;
-  result = ReachKey(changes, user, tree, path, kModify, &keyId, &key);
+  unsigned int result = ReachKey(changes, user, tree, path, kModify, &keyId, &key);
   if (result != status::kOk) return result;
   if (value->type > kValueTypeMax) return status::kNoData;
   unsigned int valueId = 0;
@@ -119,12 +122,18 @@ unsigned int TernaryRegistry::SetValue(unsigned int user, void* tree, const char
   return ReplaceData(changes, *value, valueId, &record);
 }
 
-// The old blocks are given back first, so that the new data takes them again. From then on the record
-// must not lead to them: where the new data may still fail it is left unset.
+// The old blocks are given back before the new data is stored, so that it takes them again. The
+// record lets go of them first: whatever happens from then on, it never leads to blocks of another
+// value, and a value whose new data cannot be stored is left unset.
 unsigned int TernaryRegistry::ReplaceData(ChangeScope& changes, const Value& value,
                                           unsigned int valueId, TernaryValueNode* record) {
   if (record->isInBlocks() && record->dataWord() != 0) {
-    file->DeleteData(changes.id(), record->dataWord());  // a damaged chain stays where it is
+    const unsigned int oldBlock = record->dataWord();
+    record->setDataWord(0);
+    record->setSet(false);
+    const unsigned int detached = file->WriteValueNode(changes.id(), valueId, record, false);
+    if (detached != status::kOk) return detached;
+    file->DeleteData(changes.id(), oldBlock);  // a damaged chain stays where it is
   }
   const bool isNumber = value.type == kValueTypeInteger;
   record->setType(value.type);
@@ -133,12 +142,6 @@ unsigned int TernaryRegistry::ReplaceData(ChangeScope& changes, const Value& val
   unsigned int block = 0;
   unsigned int stored = status::kOk;
   if (!isNumber && value.size > 0) {
-    if (file->DataNeedsGrowth(value.size)) {
-      // A growth that fails closes the file: the record must be right before.
-      record->setDataWord(0);
-      record->setSet(false);
-      file->WriteValueNode(changes.id(), valueId, record, false);  // the last write reports
-    }
     stored = file->WriteData(changes.id(), value.data, value.size, &block);
   }
   // Of a number only the low half is written: the upper half of an older one stays.
@@ -153,9 +156,9 @@ unsigned int TernaryRegistry::ReplaceData(ChangeScope& changes, const Value& val
 // Test: FileTreeValues.DeletingAValueKeepsItsBlocksInUse
 unsigned int TernaryRegistry::DeleteValue(unsigned int user, void* tree, const char* path,
                                           const char* name) {
-  if (name == nullptr) return status::kBadArgument;
   PCMutexGuard guard(lock_);
   if (file == nullptr) return status::kNoRight;
+  if (name == nullptr) return status::kBadArgument;
   ChangeScope changes(*file);
   unsigned int keyId = 0;
   TernaryKeyNode key;
@@ -166,19 +169,22 @@ unsigned int TernaryRegistry::DeleteValue(unsigned int user, void* tree, const c
   TernaryValueNode record;
   result = FindInChain(changes, key, name, &valueId, &record, &beforeId);
   if (result != status::kOk) return result;
-  if (beforeId != 0) {
-    TernaryValueNode before;
-    if (changes.Read(beforeId, &before) != status::kOk) return status::kCannotOpen;
-    before.setNextValue(record.nextValue());
-    result = file->WriteValueNode(changes.id(), beforeId, &before, false);
-    if (result != status::kOk) return result;
-  } else {
+  TernaryValueNode before;
+  if (beforeId == 0) {
     key.setFirstValue(record.nextValue());
+  } else {
+    if (changes.Read(beforeId, &before) != status::kOk) return status::kCannotOpen;
+    TernaryValueNode relinked = before;
+    relinked.setNextValue(record.nextValue());
+    result = file->WriteValueNode(changes.id(), beforeId, &relinked, false);
+    if (result != status::kOk) return result;
   }
   if (key.valueCount() > 0) key.setValueCount(key.valueCount() - 1u);
   result = file->WriteKeyNode(changes.id(), keyId, &key, false);
-  if (result == status::kOk || beforeId != 0) {
+  if (result == status::kOk) {
     file->ReleaseValueNode(changes.id(), valueId, nullptr);  // kept in use when it cannot be freed
+  } else if (beforeId != 0) {
+    file->WriteValueNode(changes.id(), beforeId, &before, false);  // so that the count is right
   }
   return result;
 }

@@ -30,9 +30,9 @@ unsigned int TernaryRegistry::FindInChain(AccessScope& access, const TernaryKeyN
 
 unsigned int TernaryRegistry::FindValue(unsigned int keyNode, const char* name,
                                         unsigned int* valueNode, TernaryValueNode*& record) {
-  if (name == nullptr || valueNode == nullptr) return status::kBadArgument;
   PCMutexGuard guard(lock_);
   if (file == nullptr) return status::kNoRight;
+  if (name == nullptr || valueNode == nullptr) return status::kBadArgument;
   AccessScope access(*file);
   TernaryKeyNode key;
   unsigned int result = access.Read(keyNode, &key);
@@ -50,9 +50,9 @@ unsigned int TernaryRegistry::FindValue(unsigned int keyNode, const char* name,
 
 unsigned int TernaryRegistry::GetValue(unsigned int user, void* tree, const char* path,
                                        const char* name, Value* value) {
-  if (name == nullptr || value == nullptr) return status::kBadArgument;
   PCMutexGuard guard(lock_);
   if (file == nullptr) return status::kNoRight;
+  if (name == nullptr || value == nullptr) return status::kBadArgument;
   AccessScope access(*file);
   unsigned int keyId = 0;
   TernaryKeyNode key;
@@ -88,9 +88,9 @@ unsigned int TernaryRegistry::GetValue(unsigned int user, void* tree, const char
 
 unsigned int TernaryRegistry::GetDefaultValue(unsigned int user, void* tree, const char* path,
                                               unsigned long long* value) {
-  if (value == nullptr) return status::kBadArgument;
   PCMutexGuard guard(lock_);
   if (file == nullptr) return status::kNoRight;
+  if (value == nullptr) return status::kBadArgument;
   AccessScope access(*file);
   unsigned int keyId = 0;
   TernaryKeyNode key;
@@ -118,9 +118,9 @@ unsigned int TernaryRegistry::GetSetValue(unsigned int user, void* tree, const c
 
 unsigned int TernaryRegistry::GetValueOffset(unsigned int user, void* tree, const char* path,
                                              const char* name, unsigned int* offset) {
-  if (name == nullptr || offset == nullptr) return status::kBadArgument;
   PCMutexGuard guard(lock_);
   if (file == nullptr) return status::kNoRight;
+  if (name == nullptr || offset == nullptr) return status::kBadArgument;
   AccessScope access(*file);
   unsigned int keyId = 0;
   TernaryKeyNode key;

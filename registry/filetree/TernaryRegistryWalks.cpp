@@ -31,9 +31,9 @@ class NodeStack {
 
 unsigned int TernaryRegistry::ReadNodeTree(unsigned int node, unsigned int* ids,
                                            unsigned int* count, unsigned int capacity) {
-  if (ids == nullptr || count == nullptr) return status::kBadArgument;
   PCMutexGuard guard(lock_);
   if (file == nullptr) return status::kNoRight;
+  if (ids == nullptr || count == nullptr) return status::kBadArgument;
   AccessScope access(*file);
   NodeStack open;
   if (!open.Push(node)) return status::kNoMemory;
@@ -57,9 +57,9 @@ unsigned int TernaryRegistry::ReadNodeTree(unsigned int node, unsigned int* ids,
 
 unsigned int TernaryRegistry::FindSuffix(const char* path, unsigned int* lastBranch,
                                          unsigned int* next) {
-  if (path == nullptr || lastBranch == nullptr || next == nullptr) return status::kBadArgument;
   PCMutexGuard guard(lock_);
   if (file == nullptr) return status::kNoRight;
+  if (path == nullptr || lastBranch == nullptr || next == nullptr) return status::kBadArgument;
   AccessScope access(*file);
   unsigned int id = file->GetStartNode(0);
   unsigned int branch = 0;

@@ -9,7 +9,9 @@ namespace tamu::registry {
 
 TernaryKeyTree::TernaryKeyTree(RegistryDaemon* daemonObject) : daemon(daemonObject) {}
 
-TernaryKeyTree::~TernaryKeyTree() { Finalize(); }
+TernaryKeyTree::~TernaryKeyTree() {
+  Finalize();
+}
 
 unsigned int TernaryKeyTree::Initialize(const char* path) {
   if (!spareLock.Create()) return status::kInputOutput;
@@ -40,7 +42,6 @@ unsigned int TernaryKeyTree::Finalize() {
   CloseFile();
   spareLock.Destroy();
   treeLock.Destroy();
-  initialized = 0;
   return status::kOk;
 }
 
@@ -48,12 +49,13 @@ void TernaryKeyTree::CloseFile() {
   if (file != nullptr) file->Finalize();
   delete file;
   file = nullptr;
+  initialized = 0;
 }
 
 unsigned int TernaryKeyTree::GetRegistryInfo(RegistryInfo* info) {
-  if (info == nullptr) return status::kBadArgument;
   PCMutexGuard guard(treeLock);
   if (initialized == 0) return status::kNoRight;
+  if (info == nullptr) return status::kBadArgument;
   return file->GetRegistryInfo(info);
 }
 

@@ -16,9 +16,9 @@ class TernaryKeyTree : public RegistryInterface {
   explicit TernaryKeyTree(RegistryDaemon* daemonObject);
   ~TernaryKeyTree() override;
 
-  // Opens the store at `path`; when nothing is at the path, a new file is made first. kNoSpace: a file
-  // is there but cannot be opened (it is left alone), or none can be made; kInputOutput: no lock;
-  // kNoMemory; kInvalidFile. Again: closes the store and starts over.
+  // Opens the store at `path`; when nothing is at the path, a new file is made first. kNoSpace: a
+  // file is there but cannot be opened (it is left alone), or none can be made; kInputOutput: no
+  // lock; kNoMemory; kInvalidFile. Again: closes the store and starts over.
   unsigned int Initialize(const char* path) override;
   // Closes the store. Later operations answer kNoRight. Returns 0.
   unsigned int Finalize() override;

@@ -3,7 +3,8 @@
 
 namespace tamu::registry {
 
-constexpr unsigned int kDataBlockSize = 64;  // bytes; raw data, the last block of a value zero-filled
+constexpr unsigned int kDataBlockSize =
+    64;  // bytes; raw data, the last block of a value zero-filled
 constexpr unsigned int kDataBlocksMax = 16;  // of one value: 1024 bytes
 
 // Blocks that `size` bytes take.

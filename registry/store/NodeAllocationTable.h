@@ -16,9 +16,9 @@ namespace tamu::registry {
 // |     24 |   u32 | reserved, 0                                                  |
 // |     28 |   u32 | freeCount: free slots                                        |
 //
-// The u32 entries follow at once: entry 0 heads the free list, entry i of a free slot names the next
-// free slot, entry i of a used slot is 0, but for data blocks the next block of the same data. A list
-// is ended by freeCount; the last entry of a new table holds entryCount, an index outside.
+// The u32 entries follow at once: entry 0 heads the free list, entry i of a free slot names the
+// next free slot, entry i of a used slot is 0, but for data blocks the next block of the same data.
+// A list is ended by freeCount; the last entry of a new table holds entryCount, an index outside.
 class NodeAllocationTable {
  public:
   static constexpr unsigned int kSize = 32;              // bytes

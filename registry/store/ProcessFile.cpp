@@ -23,6 +23,7 @@ Immortal<PCFile> sFile;
 Immortal<PCMutex> sLock;
 char* sPath = nullptr;         // owned; null when nothing is open
 unsigned int sGeneration = 0;  // of the latest opening
+bool sClosing = false;
 
 }  // namespace
 
@@ -32,18 +33,32 @@ PCMutex& ProcessFile::Lock() {
   return sLock.value;
 }
 
-PCFile& ProcessFile::File() { return sFile.value; }
+PCFile& ProcessFile::File() {
+  return sFile.value;
+}
 
-unsigned int ProcessFile::Open(const char* path, unsigned int* generation) {
-  Close();
+unsigned int ProcessFile::Open(const char* path, unsigned int* generation, bool* missing) {
+  const bool same = File().IsOpen() && PCString::Diff(path, sPath) == 0 && File().SameFile(path);
   char* copy = RCEString::Duplicate(path);
   if (copy == nullptr) return status::kNoMemory;
-  if (!File().Create(copy, PCFile::kReadWrite)) {
+  bool opened = true;
+  if (File().IsOpen()) {
+    PCFile probe;
+    opened = probe.Create(copy, PCFile::kReadWrite) != 0;
+    *missing = probe.Missing();
+  }
+  if (opened) {
+    Close();
+    opened = File().Create(copy, PCFile::kReadWrite) != 0;
+    *missing = File().Missing();
+  }
+  if (!opened) {
     delete[] copy;
     return status::kCannotOpen;
   }
   sPath = copy;
-  *generation = ++sGeneration;
+  if (!same) ++sGeneration;
+  *generation = sGeneration;
   return status::kOk;
 }
 
@@ -51,11 +66,23 @@ void ProcessFile::Close() {
   File().Destroy();
   delete[] sPath;
   sPath = nullptr;
+  sClosing = false;
 }
 
-bool ProcessFile::IsOpen(unsigned int generation, const char* path) {
-  if (!File().IsOpen()) return false;
-  return generation == sGeneration || PCString::Diff(path, sPath) == 0;
+void ProcessFile::CloseLater() {
+  sClosing = true;
+}
+
+void ProcessFile::OperationEnds() {
+  if (sClosing) Close();
+}
+
+bool ProcessFile::IsClosing() {
+  return sClosing;
+}
+
+bool ProcessFile::IsOpen(unsigned int generation) {
+  return generation == sGeneration && generation != 0 && File().IsOpen();
 }
 
 PCFile& TernaryFile::file = sFile.value;

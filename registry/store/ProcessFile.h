@@ -15,14 +15,22 @@ class ProcessFile {
   static PCMutex& Lock();
   static PCFile& File();
 
-  // Opens the file at `path` in place of what was open and starts a new generation. 0; kCannotOpen
-  // when it cannot be opened (nothing is open then); kNoMemory. The lock is held.
-  static unsigned int Open(const char* path, unsigned int* generation);
+  // Opens the file at `path` in place of what was open. A new generation starts, unless the very
+  // same file was open by the same path: its stores go on together. 0; kCannotOpen when it cannot
+  // be opened (what was open stays; *missing tells whether nothing is at the path); kNoMemory. The
+  // lock is held.
+  static unsigned int Open(const char* path, unsigned int* generation, bool* missing);
   // Closes the file. The lock is held.
   static void Close();
-  // True when what is open is what a store opened as `generation` on `path`: the same opening, or
-  // another one of the same path. The lock is held.
-  static bool IsOpen(unsigned int generation, const char* path);
+  // Closes the file as soon as the operation that holds the lock is over: it may still put right in
+  // the file what it has begun. The lock is held.
+  static void CloseLater();
+  // Called when the last level of the lock is about to be given back.
+  static void OperationEnds();
+  // True from CloseLater on.
+  static bool IsClosing();
+  // True when what is open is what a store opened as `generation`; 0 is never open. Lock held.
+  static bool IsOpen(unsigned int generation);
 };
 
 }  // namespace tamu::registry

@@ -7,7 +7,9 @@
 
 namespace tamu::registry {
 
-TernaryFile::~TernaryFile() { delete[] path_; }
+TernaryFile::~TernaryFile() {
+  delete[] path_;
+}
 
 unsigned int TernaryFile::Initialize(const char* path) {
   if (path == nullptr) return status::kBadArgument;
@@ -19,8 +21,9 @@ unsigned int TernaryFile::Initialize(const char* path) {
   delete[] path_;
   path_ = copy;
   FreeTables();
-  const unsigned int opened = ProcessFile::Open(path_, &generation_);
-  pathMissing_ = opened == status::kCannotOpen && file.Missing();
+  generation_ = 0;
+  pathMissing_ = false;
+  const unsigned int opened = ProcessFile::Open(path_, &generation_, &pathMissing_);
   if (opened != status::kOk) return opened;
   const unsigned int result = LoadHeaders();
   if (result != status::kOk) ProcessFile::Close();
@@ -42,7 +45,9 @@ unsigned int TernaryFile::LoadHeaders() {
   }
   for (unsigned int i = 0; i < kNodeKinds; ++i) {
     const NodeKind kind = static_cast<NodeKind>(i);
-    LoadAllNAT(header_.firstTable(kind), &Descriptor(kind));  // the descriptor keeps the damage
+    // Damage is kept in the descriptor.
+    const unsigned int loaded = LoadAllNAT(header_.firstTable(kind), &Descriptor(kind));
+    if (loaded == status::kNoMemory) return loaded;
   }
   return status::kOk;
 }
@@ -52,6 +57,7 @@ unsigned int TernaryFile::Finalize() {
   {
     AccessScope access(*this);
     if (IsAccessible()) ProcessFile::Close();
+    generation_ = 0;
     FreeTables();
   }
   lock_.Destroy();
@@ -69,8 +75,12 @@ unsigned int TernaryFile::GetStartNode(char) {
 
 unsigned int TernaryFile::SetStartNode(char, unsigned int id) {
   AccessScope access(*this);
+  if (!IsHeaderInPlace()) return status::kInvalidFile;
+  const unsigned int before = header_.startNode();
   header_.setStartNode(id);
-  return WriteHeader(0, &header_);
+  const unsigned int result = WriteHeader(0, &header_);
+  if (result != status::kOk) header_.setStartNode(before);
+  return result;
 }
 
 }  // namespace tamu::registry

@@ -18,10 +18,10 @@ namespace tamu::registry {
 //
 // Every operation answers a status of registry/RegistryStatus.h. Operations on a store that is not
 // open, or whose file another store of the process has replaced by a different path, answer
-// kInputOutput and touch nothing. Ids and everything else that comes from the file are checked before
-// they are followed: a table or slot that does not exist is kInvalidFile. Each operation is atomic
-// towards other threads (AccessScope). `changes` is the id of a change transaction (BeginChanges),
-// not used so far.
+// kInputOutput and touch nothing. Ids and everything else that comes from the file are checked
+// before they are followed: a table or slot that does not exist is kInvalidFile. Each operation is
+// atomic towards other threads (AccessScope). `changes` is the id of a change transaction
+// (BeginChanges), not used so far.
 class TernaryFile {
  public:
   static constexpr unsigned int kDefaultBudget = 65536;  // bytes, for CreateRegistryFile
@@ -39,18 +39,19 @@ class TernaryFile {
 
   // Opens the file and loads its tables. kCannotOpen when it cannot be opened (PathMissing tells
   // whether it exists); kInvalidFile for a short file or a header of another format (the file is
-  // closed); kInputOutput; kNoMemory; kBadArgument for a null path. A damaged table does not fail the
-  // opening, see TernaryNodeDescriptor::damaged. Again on an open store: starts over.
+  // closed); kInputOutput; kNoMemory; kBadArgument for a null path. A damaged table does not fail
+  // the opening, see TernaryNodeDescriptor::damaged. Again on an open store: starts over.
   unsigned int Initialize(const char* path);
   // Frees the tables and closes the file if it is open on this store's path. Again: does nothing.
   // Returns 0.
   unsigned int Finalize();
   // After Initialize answered kCannotOpen: true when nothing is at the path.
   bool PathMissing() const { return pathMissing_; }
-  // Makes a new, empty registry file and leaves it closed; an existing file is emptied first.
-  // `budget` in bytes: budget / 180 usable slots of each kind. kNoSpace when the file cannot be made
-  // or would be too long (nothing is touched then); kInputOutput, kInvalidFile when a write fails: the
-  // file is then left empty where it could be cut.
+  // Makes a new, empty registry file and leaves it closed; an existing file is emptied first, and
+  // what this store had open is closed. `budget` in bytes: budget / 180 usable slots of each kind.
+  // kNoSpace when the file cannot be made or would be too long (nothing is touched then) or its
+  // first bytes cannot be written; kInputOutput, kInvalidFile when a later write fails. The file is
+  // then empty.
   unsigned int CreateRegistryFile(const char* path, unsigned int budget);
 
   // ---- raw access (TernaryFileAccess.cpp)
@@ -64,8 +65,8 @@ class TernaryFile {
   unsigned int FileFillSequence(unsigned int offset, unsigned int extraWidth, unsigned int first,
                                 unsigned int count);
   // Writes `length` zero bytes at the file's current position, which a fill before has left there:
-  // `offset` is not used. The caller holds an AccessScope over both. A failure cuts the file back to
-  // its protected length and closes it.
+  // `offset` is not used. The caller holds an AccessScope over both. A failure cuts the file back
+  // to its protected length and closes it.
   unsigned int FileFillZero(unsigned int offset, unsigned int length);
   unsigned int WriteHeader(unsigned int changes, TernaryHeader* header);
   // Reads 40 bytes at file offset 84, the reserved area; nothing in the library calls it.
@@ -83,12 +84,14 @@ class TernaryFile {
 
   // Reads the table head at `offset`; the caller owns it. kInputOutput, kNoMemory.
   unsigned int LoadNAT(unsigned int offset, NodeAllocationTable*& table);
-  // Loads the chain of tables that starts at `offset`. A table that does not fit its place in the file
-  // or the chain ends it: kInvalidFile (kInputOutput when unreadable), and the kind is damaged.
+  // Loads the chain of tables that starts at `offset`. A table that does not fit its place in the
+  // file or the chain ends it: kInvalidFile (kInputOutput when unreadable), and the kind is
+  // damaged.
   unsigned int LoadAllNAT(unsigned int offset, TernaryNodeDescriptor* descriptor);
   // Appends a table of `count` entries and its area at the end of the file. kLimit at 21 tables;
-  // kInvalidFile for a damaged kind; kNoSpace, kInputOutput, kNoMemory: the file is then cut back and
-  // closed, everything in it as before.
+  // kInvalidFile for a damaged kind, and for any kind where the damage hides what lies behind the
+  // length that the header tells or where the header belongs; kNoSpace, kInputOutput, kNoMemory:
+  // the file is then cut back and closed, everything in it as before.
   unsigned int ExpandFile(TernaryNodeDescriptor* descriptor, unsigned int recordSize,
                           unsigned int count);
 
@@ -97,7 +100,8 @@ class TernaryFile {
   // Takes the first free slot of a table. kNoSpace: none is free; kInvalidFile: the free list is
   // damaged, nothing is changed.
   unsigned int AcquireNodeId(unsigned int changes, unsigned int* id, NodeAllocationTable* table);
-  // Takes `count` slots as one chain and writes their numbers to `indexes`, in chain order. As above.
+  // Takes `count` slots as one chain and writes their numbers to `indexes`, in chain order. As
+  // above.
   unsigned int AcquireNodeIndexes(unsigned int changes, unsigned int* indexes,
                                   NodeAllocationTable* table, unsigned int count);
   // Gives a slot back, or in a data table the whole chain that starts there; it is handed out next.
@@ -107,16 +111,17 @@ class TernaryFile {
 
   // ---- records (TernaryFileNodes.cpp)
 
-  // A new record read from the file; the caller owns it. Id 0 reads slot 0 of the newest table, which
-  // is never handed out and all zero.
+  // A new record read from the file; the caller owns it. Id 0 reads slot 0 of the newest table,
+  // which is never handed out and all zero.
   unsigned int ReadNode(unsigned int id, TernaryStringNode*& node);
   unsigned int ReadKeyNode(unsigned int id, TernaryKeyNode*& node);
   unsigned int ReadValueNode(unsigned int id, TernaryValueNode*& node);
-  // Reads into the caller's record, which is untouched by a failure.
+  // Reads into the caller's record, which a failure leaves as it was.
   unsigned int ReadNodeInBuffer(unsigned int id, TernaryStringNode* node);
   unsigned int ReadKeyNodeInBuffer(unsigned int id, TernaryKeyNode* node);
   unsigned int ReadValueNodeInBuffer(unsigned int id, TernaryValueNode* node);
-  // Writes the record; frees it when the write succeeded and `release` is true. kBadArgument for id 0.
+  // Writes the record; frees it when the write succeeded and `release` is true. kBadArgument for id
+  // 0.
   unsigned int WriteNode(unsigned int changes, unsigned int id, TernaryStringNode* node,
                          bool release);
   unsigned int WriteKeyNode(unsigned int changes, unsigned int id, TernaryKeyNode* node,
@@ -149,13 +154,12 @@ class TernaryFile {
   // Reads up to *size bytes of a chain; *size becomes the bytes read. *size 0 answers 0 for any id.
   // kInvalidFile for a damaged chain or id 0, kInputOutput.
   unsigned int ReadData(void* buffer, unsigned int* size, unsigned int id);
-  // Gives a whole chain back. Id 0: nothing, 0. kInvalidFile for a damaged chain, nothing is changed.
+  // Gives a whole chain back. Id 0: nothing, 0. kInvalidFile for a damaged chain, nothing is
+  // changed.
   unsigned int DeleteData(unsigned int changes, unsigned int id);
-  // True when WriteData of `size` bytes will first have to grow the file.
-  bool DataNeedsGrowth(unsigned int size) const;
 
-  // Fills the record, then writes the low 32 bits of its address to file offset 84; the result is that
-  // write's.
+  // Fills the record, then writes the low 32 bits of its address to file offset 84; the result is
+  // that write's.
   unsigned int GetRegistryInfo(RegistryInfo* info);
 
   // The id of the root string node, 0 when there is none. The character is not used.
@@ -179,14 +183,18 @@ class TernaryFile {
   // The transfers themselves; the access is held.
   unsigned int ReadHeld(unsigned int offset, unsigned int size, void* buffer);
   unsigned int WriteHeld(unsigned int offset, unsigned int size, const void* data);
-  // Cuts the file back to its protected length and closes it: after a failed growth or creation.
+  // Cuts the file back to its protected length, and closes it when the operation is over: after a
+  // failed growth or creation.
   void AbandonFile();
   void FreeTables();
   unsigned int LoadHeaders();
+  // True when the header may be rewritten: it names the place where the next opening looks for it.
+  bool IsHeaderInPlace() const { return header_.headerOffset() == TernaryHeader::kFileOffset; }
 
   unsigned int WriteEmptyFile(const class FileLayout& layout);
   unsigned int WriteFirstTable(const class FileLayout& layout, NodeKind kind);
 
+  bool OverlapsAnother(const NodeAllocationTable& table, unsigned int recordSize) const;
   bool IsPlausible(const NodeAllocationTable& table, unsigned int offset, unsigned int position,
                    unsigned int areaRecordSize) const;
   bool MayGrow() const;
@@ -196,17 +204,18 @@ class TernaryFile {
 
   const NodeAllocationTable* FindTable(NodeKind kind, unsigned int id) const;
   NodeKind KindOf(const TernaryNodeDescriptor* descriptor) const;
-  bool IsDataTable(const NodeAllocationTable* table) const;
+  bool IsNodeTable(const NodeAllocationTable& table) const;
   unsigned int WriteFreeListHead(unsigned int changes, NodeAllocationTable* table,
                                  unsigned int freeCount, unsigned int head);
+  void PutBack(unsigned int changes, NodeAllocationTable* table, unsigned int freeCount,
+               const unsigned int* slots, unsigned int count, unsigned int next);
   unsigned int MeasureChain(unsigned int slot, const NodeAllocationTable& table,
                             unsigned int maxLength, unsigned int* length, unsigned int* last);
   unsigned int CollectChain(unsigned int id, unsigned int* indexes, unsigned int* count);
 
   unsigned int ReadRecord(NodeKind kind, unsigned int id, void* bytes);
   unsigned int ReadRecordHeld(NodeKind kind, unsigned int id, void* bytes);
-  unsigned int WriteRecord(unsigned int changes, NodeKind kind, unsigned int id,
-                           const void* bytes);
+  unsigned int WriteRecord(unsigned int changes, NodeKind kind, unsigned int id, const void* bytes);
   template <class Node>
   unsigned int ReadNew(NodeKind kind, unsigned int id, Node*& node);
   template <class Node>
@@ -219,12 +228,14 @@ class TernaryFile {
   TernaryNodeDescriptor descriptors_[kNodeKinds];
   PCMutex lock_;
   char* path_ = nullptr;         // owned copy
-  unsigned int generation_ = 0;  // of the opening of `file` that is this store's
+  unsigned int generation_ = 0;  // of the opening of `file` that is this store's; 0 = none
   bool pathMissing_ = false;
 };
 
-// Holds the store for a scope: nothing else reads or writes the file meanwhile. The first scope of a
-// thread looks once whether the file was cut shorter by somebody else. Scopes nest.
+// Holds the store for a scope: nothing else reads or writes the file meanwhile. The first scope of
+// a thread looks once whether the file was cut shorter by somebody else. Scopes of one store nest;
+// a thread never holds those of two stores. Whoever uses Resolve, Header or
+// Descriptor holds one.
 class TernaryFile::AccessScope {
  public:
   explicit AccessScope(TernaryFile& store);

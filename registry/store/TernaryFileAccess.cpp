@@ -21,12 +21,14 @@ TernaryFile::AccessScope::AccessScope(TernaryFile& store) : store_(store) {
 }
 
 TernaryFile::AccessScope::~AccessScope() {
-  ProcessFile::Lock().Give();
+  PCMutex& processLock = ProcessFile::Lock();
+  if (processLock.Depth() == 1) ProcessFile::OperationEnds();
+  processLock.Give();
   store_.lock_.Give();
 }
 
 bool TernaryFile::IsAccessible() const {
-  return path_ != nullptr && ProcessFile::IsOpen(generation_, path_);
+  return ProcessFile::IsOpen(generation_);
 }
 
 unsigned int TernaryFile::ReadHeld(unsigned int offset, unsigned int size, void* buffer) {
@@ -106,18 +108,18 @@ unsigned int TernaryFile::FileFillZero(unsigned int, unsigned int length) {
 void TernaryFile::AbandonFile() {
   if (!IsAccessible()) return;
   file.Truncate(0);  // nothing better can be done when even this fails
-  ProcessFile::Close();
+  ProcessFile::CloseLater();
 }
 
-// The record goes to the offset that it names itself. A damaged file may name any: only its own place
-// and the reserved area before it hold nothing else.
+// The record goes to the offset that it names itself. A damaged file may name any: only its own
+// place and the reserved area before it hold nothing else.
 unsigned int TernaryFile::WriteHeader(unsigned int changes, TernaryHeader* header) {
   if (header == nullptr) return status::kBadArgument;
-  const unsigned int offset = header->headerOffset();
-  if (offset < FileHeader::kReservedArea || offset > TernaryHeader::kFileOffset) {
+  if (header->headerOffset() < FileHeader::kReservedArea ||
+      header->headerOffset() > TernaryHeader::kFileOffset) {
     return status::kInvalidFile;
   }
-  return WriteChanges(changes, offset, TernaryHeader::kSize, header->bytes());
+  return WriteChanges(changes, header->headerOffset(), TernaryHeader::kSize, header->bytes());
 }
 
 unsigned int TernaryFile::ReadHeader(TernaryHeader*& header) {

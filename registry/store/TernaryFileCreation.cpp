@@ -16,12 +16,19 @@ unsigned int TernaryFile::CreateRegistryFile(const char* path, unsigned int budg
   char* copy = RCEString::Duplicate(path);
   if (copy == nullptr) return status::kNoMemory;
   AccessScope access(*this);
+  if (!PCFile::Make(copy)) {
+    delete[] copy;
+    return status::kNoSpace;
+  }
+  ProcessFile::Close();
+  FreeTables();
   delete[] path_;
   path_ = copy;
-  ProcessFile::Close();
-  if (!PCFile::Make(path_)) return status::kNoSpace;
-  if (ProcessFile::Open(path_, &generation_) != status::kOk) return status::kNoSpace;
-  const unsigned int result = WriteEmptyFile(layout);
+  unsigned int result = ProcessFile::Open(path_, &generation_, &pathMissing_);
+  if (result == status::kCannotOpen) result = status::kNoSpace;
+  if (result == status::kOk) result = WriteEmptyFile(layout);
+  if (result != status::kOk)
+    AbandonFile();  // an empty file is refused from then on, half a one not
   if (IsAccessible()) ProcessFile::Close();
   return result;
 }
@@ -30,7 +37,6 @@ unsigned int TernaryFile::WriteEmptyFile(const FileLayout& layout) {
   FileHeader fileHeader;
   fileHeader.Stamp();
   if (WriteHeld(FileHeader::kOffset, FileHeader::kSize, fileHeader.bytes()) != status::kOk) {
-    AbandonFile();
     return status::kNoSpace;
   }
   const unsigned char reserved[FileHeader::kReservedSize] = {};
@@ -45,10 +51,7 @@ unsigned int TernaryFile::WriteEmptyFile(const FileLayout& layout) {
     header_.setFirstTable(kind, layout.tableOffset(kind));
   }
   header_.setFileSize(layout.fileSize());
-  if (WriteHeader(0, &header_) != status::kOk) {
-    AbandonFile();
-    return status::kInputOutput;
-  }
+  if (WriteHeader(0, &header_) != status::kOk) return status::kInputOutput;
   for (unsigned int i = 0; i < kNodeKinds; ++i) {
     const unsigned int result = WriteFirstTable(layout, static_cast<NodeKind>(i));
     if (result != status::kOk) return result;
@@ -64,7 +67,6 @@ unsigned int TernaryFile::WriteFirstTable(const FileLayout& layout, NodeKind kin
   table.setEntryCount(layout.entryCount());
   table.setFreeCount(layout.entryCount() - 1);
   if (WriteHeld(table.tableOffset(), NodeAllocationTable::kSize, table.bytes()) != status::kOk) {
-    AbandonFile();
     return status::kInputOutput;
   }
   return FileFillSequence(table.entriesOffset(), 0, 1, layout.entryCount());

@@ -9,18 +9,17 @@
 
 namespace tamu::registry {
 
-unsigned int TernaryFile::BeginChanges(unsigned int*) { return status::kOk; }
+unsigned int TernaryFile::BeginChanges(unsigned int*) {
+  return status::kOk;
+}
 
-unsigned int TernaryFile::EndChanges(unsigned int) { return status::kOk; }
+unsigned int TernaryFile::EndChanges(unsigned int) {
+  return status::kOk;
+}
 
 unsigned int TernaryFile::WriteChanges(unsigned int, unsigned int offset, unsigned int size,
                                        const void* data) {
   return WriteToFile(offset, size, static_cast<const unsigned char*>(data));
-}
-
-bool TernaryFile::DataNeedsGrowth(unsigned int size) const {
-  const NodeAllocationTable* table = Descriptor(NodeKind::kData).lastTable;
-  return table != nullptr && DataBlocksFor(size) > table->freeCount();
 }
 
 unsigned int TernaryFile::WriteData(unsigned int changes, const void* data, unsigned int size,
@@ -34,7 +33,7 @@ unsigned int TernaryFile::WriteData(unsigned int changes, const void* data, unsi
   TernaryNodeDescriptor& descriptor = Descriptor(NodeKind::kData);
   if (descriptor.damaged || descriptor.lastTable == nullptr) return status::kInvalidFile;
   const unsigned int blocks = DataBlocksFor(size);
-  if (DataNeedsGrowth(size)) {
+  if (blocks > descriptor.lastTable->freeCount()) {
     const unsigned int grown = ExpandFile(&descriptor, kDataBlockSize, kExpansionSlots);
     if (grown != status::kOk) return grown;
   }
@@ -115,21 +114,26 @@ unsigned int TernaryFile::DeleteData(unsigned int changes, unsigned int id) {
 unsigned int TernaryFile::GetRegistryInfo(RegistryInfo* info) {
   if (info == nullptr) return status::kBadArgument;
   AccessScope access(*this);
-  *info = RegistryInfo();
-  info->infoFormat = 1;
-  info->keyCount = Descriptor(NodeKind::kKey).usedNodes;
-  info->valueCount = Descriptor(NodeKind::kValue).usedNodes;
-  info->fileSize = header_.fileSize();
-  info->segmentSize = TernaryStringNode::kSegmentMax;
-  info->valueNameSize = TernaryValueNode::kNameSize;
-  info->maxDataSize = kValueDataMax;
-  info->keyCapacity = Descriptor(NodeKind::kKey).totalNodes;
-  info->valueCapacity = Descriptor(NodeKind::kValue).totalNodes;
-  info->dataBlockCapacity = Descriptor(NodeKind::kData).totalNodes;
-  info->infoFlag = 1;
+  if (file.Size() < FileHeader::kReservedArea + FileHeader::kReservedSize) {
+    return status::kInputOutput;  // somebody has cut the file
+  }
+  RegistryInfo filled = RegistryInfo();
+  filled.infoFormat = 1;
+  filled.keyCount = Descriptor(NodeKind::kKey).usedNodes;
+  filled.valueCount = Descriptor(NodeKind::kValue).usedNodes;
+  filled.fileSize = header_.fileSize();
+  filled.segmentSize = TernaryStringNode::kSegmentMax;
+  filled.valueNameSize = TernaryValueNode::kNameSize;
+  filled.maxDataSize = kValueDataMax;
+  filled.keyCapacity = Descriptor(NodeKind::kKey).totalNodes;
+  filled.valueCapacity = Descriptor(NodeKind::kValue).totalNodes;
+  filled.dataBlockCapacity = Descriptor(NodeKind::kData).totalNodes;
+  filled.infoFlag = 1;
   // Nothing reads this word back; on 64-bit machines it is the low half of the address.
   const unsigned int address = static_cast<unsigned int>(reinterpret_cast<uintptr_t>(info));
-  return FileWriteInteger(FileHeader::kReservedArea, address);
+  const unsigned int result = FileWriteInteger(FileHeader::kReservedArea, address);
+  if (result == status::kOk) *info = filled;
+  return result;
 }
 
 }  // namespace tamu::registry

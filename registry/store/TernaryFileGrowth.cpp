@@ -7,17 +7,26 @@
 
 namespace tamu::registry {
 
-// The new table becomes part of the chain with the very last write. A power cut or a failure before
-// leaves a registry that is complete without it; what was appended is cut off or written over.
+namespace {
+
+constexpr unsigned int kLargestGrowth =
+    NodeAllocationTable::kSize +
+    TernaryFile::kExpansionSlots * (NodeAllocationTable::kEntrySize + kDataBlockSize);  // bytes
+
+}  // namespace
+
+// The new table becomes part of the chain with the very last write. A failure or the end of the
+// process before leaves a registry that is complete without it; what was appended is cut off or
+// written over.
 unsigned int TernaryFile::ExpandFile(TernaryNodeDescriptor* descriptor, unsigned int recordSize,
                                      unsigned int count) {
   if (descriptor == nullptr || count == 0) return status::kBadArgument;
   AccessScope access(*this);
-  if (!IsAccessible()) return status::kInputOutput;
-  if (descriptor->tableCount >= descriptor->tableCapacity) return status::kLimit;
+  if (!IsAccessible() || ProcessFile::IsClosing()) return status::kInputOutput;
   if (descriptor->damaged || descriptor->lastTable == nullptr || !MayGrow()) {
     return status::kInvalidFile;
   }
+  if (descriptor->tableCount >= descriptor->tableCapacity) return status::kLimit;
   const unsigned int oldSize = header_.fileSize();
   const unsigned long long areaSize = static_cast<unsigned long long>(count) * recordSize;
   const unsigned long long tableSize =
@@ -54,16 +63,19 @@ unsigned int TernaryFile::ExpandFile(TernaryNodeDescriptor* descriptor, unsigned
 }
 
 // A damaged chain may have tables that this store does not know, behind the length that the header
-// tells: nothing is written over them.
+// tells: nothing is written over them. A header that tells a greater length than the file has is
+// one growth ahead at most, when its last writes have failed.
 bool TernaryFile::MayGrow() const {
+  if (!IsHeaderInPlace()) return false;
+  const unsigned int realSize = file.Size();
+  if (header_.fileSize() > realSize && header_.fileSize() - realSize > kLargestGrowth) return false;
   bool anyDamaged = false;
   for (const TernaryNodeDescriptor& each : descriptors_) anyDamaged = anyDamaged || each.damaged;
-  return !anyDamaged || file.Size() <= header_.fileSize();
+  return !anyDamaged || realSize <= header_.fileSize();
 }
 
 unsigned int TernaryFile::WriteNewTable(const NodeAllocationTable& table, unsigned int areaSize) {
-  unsigned int result =
-      WriteHeld(table.tableOffset(), NodeAllocationTable::kSize, table.bytes());
+  unsigned int result = WriteHeld(table.tableOffset(), NodeAllocationTable::kSize, table.bytes());
   if (result != status::kOk) return result;
   result = FileFillSequence(table.entriesOffset(), 0, 1, table.entryCount());
   if (result != status::kOk) return result;

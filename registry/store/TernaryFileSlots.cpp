@@ -1,4 +1,6 @@
 // The free lists: taking slots and giving them back.
+#include "platform/PCMem.h"
+#include "registry/Array.h"
 #include "registry/store/TernaryFile.h"
 
 namespace tamu::registry {
@@ -39,26 +41,44 @@ unsigned int TernaryFile::AcquireNodeId(unsigned int changes, unsigned int* id,
   return result;
 }
 
-// The list's head moves first: a power cut before the last entry is zeroed loses slots that nothing
-// refers to yet, and never hands one out twice.
+// After a failed write: the list as it was, as far as that can be written.
+void TernaryFile::PutBack(unsigned int changes, NodeAllocationTable* table, unsigned int freeCount,
+                          const unsigned int* slots, unsigned int count, unsigned int next) {
+  if (FileWriteInteger(table->entryOffset(slots[count - 1]), next) != status::kOk) return;
+  WriteFreeListHead(changes, table, freeCount, slots[0]);  // else the slots stay taken
+}
+
+// The list's head moves first: a process that ends before the last entry is zeroed loses slots that
+// nothing refers to yet, and never hands one out twice.
 unsigned int TernaryFile::AcquireNodeIndexes(unsigned int changes, unsigned int* indexes,
                                              NodeAllocationTable* table, unsigned int count) {
   if (indexes == nullptr || table == nullptr) return status::kBadArgument;
   if (count == 0) return status::kOk;
   AccessScope access(*this);
   if (table->freeCount() < count) return status::kNoSpace;
+  unsigned int few[kDataBlocksMax];
+  Array<unsigned int> many;
+  if (count > kDataBlocksMax && many.EnsureCapacity(count) != status::kOk) return status::kNoMemory;
+  unsigned int* found = count > kDataBlocksMax ? many.data : few;
   unsigned int next = 0;
   unsigned int result = FileReadInteger(table->entriesOffset(), &next);
   for (unsigned int taken = 0; taken < count && result == status::kOk; ++taken) {
-    if (!IsSlot(next, *table) || Contains(indexes, taken, next)) return status::kInvalidFile;
-    indexes[taken] = next;
+    if (!IsSlot(next, *table) || Contains(found, taken, next)) return status::kInvalidFile;
+    found[taken] = next;
     result = FileReadInteger(table->entryOffset(next), &next);
   }
   if (result != status::kOk) return result;
-  const unsigned int last = indexes[count - 1];
-  result = WriteFreeListHead(changes, table, table->freeCount() - count, next);
-  if (result != status::kOk) return result;
-  return FileWriteInteger(table->entryOffset(last), 0);
+  // The list has ended before its count, or has led to a slot in use.
+  if (next == 0 && table->freeCount() > count) return status::kInvalidFile;
+  const unsigned int freeBefore = table->freeCount();
+  result = WriteFreeListHead(changes, table, freeBefore - count, next);
+  if (result == status::kOk) result = FileWriteInteger(table->entryOffset(found[count - 1]), 0);
+  if (result != status::kOk) {
+    PutBack(changes, table, freeBefore, found, count, next);
+    return result;
+  }
+  PCMem::Copy(indexes, found, count * sizeof *indexes);
+  return status::kOk;
 }
 
 // Follows a chain to its end, at most maxLength slots. A free list ends outside its table and never
@@ -83,7 +103,7 @@ unsigned int TernaryFile::ReleaseNodeId(unsigned int changes, unsigned int id,
   if (TableOf(id) != table->tableNumber()) return status::kInvalidFile;
   AccessScope access(*this);
   const unsigned int used = table->entryCount() - 1 - table->freeCount();
-  const unsigned int maxLength = IsDataTable(table) || used == 0 ? used : 1;  // a node is one slot
+  const unsigned int maxLength = IsNodeTable(*table) && used > 1 ? 1 : used;
   unsigned int length = 0;
   unsigned int last = 0;
   unsigned int result = MeasureChain(SlotOf(id), *table, maxLength, &length, &last);
@@ -93,7 +113,10 @@ unsigned int TernaryFile::ReleaseNodeId(unsigned int changes, unsigned int id,
   if (result != status::kOk) return result;
   result = FileWriteInteger(table->entryOffset(last), head);
   if (result != status::kOk) return result;
-  return WriteFreeListHead(changes, table, table->freeCount() + length, SlotOf(id));
+  result = WriteFreeListHead(changes, table, table->freeCount() + length, SlotOf(id));
+  // A slot that stays in use ends its chain; more cannot be done.
+  if (result != status::kOk) FileWriteInteger(table->entryOffset(last), 0);
+  return result;
 }
 
 }  // namespace tamu::registry

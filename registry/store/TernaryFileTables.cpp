@@ -27,8 +27,7 @@ unsigned int TernaryFile::LoadAllNAT(unsigned int offset, TernaryNodeDescriptor*
   do {
     NodeAllocationTable* table = nullptr;
     unsigned int result = LoadNAT(offset, table);
-    if (result == status::kOk &&
-        !IsPlausible(*table, offset, descriptor->tableCount, recordSize)) {
+    if (result == status::kOk && !IsPlausible(*table, offset, descriptor->tableCount, recordSize)) {
       result = status::kInvalidFile;
       delete table;
     }
@@ -42,8 +41,47 @@ unsigned int TernaryFile::LoadAllNAT(unsigned int offset, TernaryNodeDescriptor*
   return status::kOk;
 }
 
-// A table is used only if it says where it lies and which one it is, and if it and its area lie inside
-// the file, both as the header and as the system tells its length, behind the headers.
+namespace {
+
+struct Range {
+  unsigned long long start, end;
+};
+
+bool Overlap(const Range& a, const Range& b) {
+  return a.start < b.end && b.start < a.end;
+}
+
+Range EntriesOf(const NodeAllocationTable& table) {
+  const unsigned long long entries = NodeAllocationTable::kEntrySize * 1ull * table.entryCount();
+  return {table.tableOffset(), table.tableOffset() + NodeAllocationTable::kSize + entries};
+}
+
+Range AreaOf(const NodeAllocationTable& table, unsigned int recordSize) {
+  return {table.areaOffset(), table.areaOffset() + recordSize * 1ull * table.entryCount()};
+}
+
+}  // namespace
+
+// What belongs to two tables would be written over by both.
+bool TernaryFile::OverlapsAnother(const NodeAllocationTable& table, unsigned int recordSize) const {
+  const Range entries = EntriesOf(table);
+  const Range area = AreaOf(table, recordSize);
+  if (Overlap(entries, area)) return true;
+  for (unsigned int k = 0; k < kNodeKinds; ++k) {
+    for (unsigned int i = 0; i < descriptors_[k].tableCount; ++i) {
+      const NodeAllocationTable& other = *descriptors_[k].tables[i];
+      const Range otherArea = AreaOf(other, RecordSizeOf(static_cast<NodeKind>(k)));
+      if (Overlap(entries, EntriesOf(other)) || Overlap(entries, otherArea) ||
+          Overlap(area, EntriesOf(other)) || Overlap(area, otherArea)) {
+        return true;
+      }
+    }
+  }
+  return false;
+}
+
+// A table is used only if it says where it lies and which one it is, and if it and its area lie
+// inside the file, both as the header and as the system tells its length, behind the headers.
 bool TernaryFile::IsPlausible(const NodeAllocationTable& table, unsigned int offset,
                               unsigned int position, unsigned int recordSize) const {
   const unsigned int realSize = file.Size();
@@ -53,8 +91,8 @@ bool TernaryFile::IsPlausible(const NodeAllocationTable& table, unsigned int off
          table.tableNumber() == position && entries >= 1 &&
          entries <= NodeAllocationTable::kMaxEntries && table.freeCount() <= entries - 1 &&
          offset >= FileLayout::kTablesOffset && table.areaOffset() >= FileLayout::kTablesOffset &&
-         table.entriesOffset() + NodeAllocationTable::kEntrySize * entries <= end &&
-         table.areaOffset() + recordSize * entries <= end;
+         EntriesOf(table).end <= end && AreaOf(table, recordSize).end <= end &&
+         !OverlapsAnother(table, recordSize);
 }
 
 NodeKind TernaryFile::KindOf(const TernaryNodeDescriptor* descriptor) const {
@@ -78,9 +116,15 @@ unsigned int TernaryFile::Resolve(NodeKind kind, unsigned int id, unsigned int& 
   return status::kOk;
 }
 
-bool TernaryFile::IsDataTable(const NodeAllocationTable* table) const {
-  const TernaryNodeDescriptor& data = Descriptor(NodeKind::kData);
-  return table->tableNumber() < data.tableCount && data.tables[table->tableNumber()] == table;
+// Slots of such a table are never chained.
+bool TernaryFile::IsNodeTable(const NodeAllocationTable& table) const {
+  for (const TernaryNodeDescriptor& each : descriptors_) {
+    if (&each == &Descriptor(NodeKind::kData)) continue;
+    for (unsigned int i = 0; i < each.tableCount; ++i) {
+      if (each.tables[i]->tableOffset() == table.tableOffset()) return true;
+    }
+  }
+  return false;
 }
 
 }  // namespace tamu::registry

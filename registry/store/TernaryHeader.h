@@ -30,7 +30,9 @@ class TernaryHeader {
   void setHeaderVersion(unsigned int version) { PutU32(bytes_ + kOffHeaderVersion, version); }
   // File offset of the first allocation table of a kind.
   unsigned int firstTable(NodeKind kind) const { return GetU32(bytes_ + OffTable(kind)); }
-  void setFirstTable(NodeKind kind, unsigned int offset) { PutU32(bytes_ + OffTable(kind), offset); }
+  void setFirstTable(NodeKind kind, unsigned int offset) {
+    PutU32(bytes_ + OffTable(kind), offset);
+  }
   unsigned int startNode() const { return GetU32(bytes_ + kOffStartNode); }
   void setStartNode(unsigned int id) { PutU32(bytes_ + kOffStartNode, id); }
   unsigned int fileSize() const { return GetU32(bytes_ + kOffFileSize); }

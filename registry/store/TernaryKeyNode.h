@@ -16,12 +16,12 @@ namespace tamu::registry {
 // |     16 |   u64 | defaultValue, meaningful with kFlagDefaultSet                          |
 class TernaryKeyNode {
  public:
-  static constexpr unsigned int kSize = 24;                // bytes
-  static constexpr unsigned char kFlagDefaultSet = 0x01;   // stored
-  static constexpr unsigned char kFlagRoot = 0x02;         // stored
+  static constexpr unsigned int kSize = 24;               // bytes
+  static constexpr unsigned char kFlagDefaultSet = 0x01;  // stored
+  static constexpr unsigned char kFlagRoot = 0x02;        // stored
   static constexpr unsigned int kRootOwner = kAdministratorId;
-  static constexpr unsigned char kRootPermission = 0x5F;   // owner all; others read and create
-  static constexpr unsigned char kTopPermission = 0x0F;    // of keys directly under the root
+  static constexpr unsigned char kRootPermission = 0x5F;  // owner all; others read and create
+  static constexpr unsigned char kTopPermission = 0x0F;   // of keys directly under the root
 
   unsigned char* bytes() { return bytes_; }
   const unsigned char* bytes() const { return bytes_; }

@@ -35,11 +35,11 @@ class TernaryNodeDescriptor {
   NodeAllocationTable* lastTable = nullptr;  // all allocations draw from this one
   unsigned int tableCount = 0;
   unsigned int tableCapacity = kTableCapacity;
-  unsigned int usedNodes = 0;   // slots in use over all tables
-  unsigned int totalNodes = 0;  // usable slots over all tables
+  unsigned int usedNodes = 0;                        // slots in use over all tables
+  unsigned int totalNodes = 0;                       // usable slots over all tables
   NodeAllocationTable* tables[kTableCapacity] = {};  // owned; by table number
-  // The chain in the file goes on with a table that cannot be used. What is loaded works; a new table
-  // would cut the rest off for good, so nothing is allocated.
+  // The chain in the file goes on with a table that cannot be used. What is loaded works; a new
+  // table would cut the rest off for good, so nothing is allocated.
   bool damaged = false;
 };
 

@@ -20,10 +20,10 @@ namespace tamu::registry {
 // segmentLength comes from a file: check HasValidSegment before using the segment.
 class TernaryStringNode {
  public:
-  static constexpr unsigned int kSize = 40;           // bytes
-  static constexpr unsigned int kSegmentMax = 16;     // characters
-  static constexpr unsigned char kFlagKey = 0x10;     // stored: a key name ends at splitChar
-  static constexpr unsigned char kFlagLocked = 0x01;  // loaded tree only: the node is locked
+  static constexpr unsigned int kSize = 40;            // bytes
+  static constexpr unsigned int kSegmentMax = 16;      // characters
+  static constexpr unsigned char kFlagKey = 0x10;      // stored: a key name ends at splitChar
+  static constexpr unsigned char kFlagLocked = 0x01;   // loaded tree only: the node is locked
   static constexpr unsigned char kFlagWaiters = 0x20;  // loaded tree only: somebody waits for it
 
   unsigned char* bytes() { return bytes_; }

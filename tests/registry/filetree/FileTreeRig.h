@@ -3,7 +3,8 @@
 
 #include <fcntl.h>
 
-#include <cstring>
+#include <string>
+#include <vector>
 
 #include "registry/filetree/TernaryRegistry.h"
 #include "tests/platform/TestFiles.h"
@@ -164,15 +165,12 @@ class FileTreeRig {
  private:
   struct HeapValue {
     HeapValue(unsigned int type, const std::string& bytes)
-        : buffer(new unsigned char[bytes.size()]),
-          value{type, static_cast<unsigned int>(bytes.size()), buffer} {
-      if (!bytes.empty()) std::memcpy(buffer, bytes.data(), bytes.size());
-    }
-    ~HeapValue() { delete[] buffer; }
+        : buffer(bytes.begin(), bytes.end()),
+          value{type, static_cast<unsigned int>(buffer.size()), buffer.data()} {}
     HeapValue(const HeapValue&) = delete;
     HeapValue& operator=(const HeapValue&) = delete;
 
-    unsigned char* buffer;
+    std::vector<unsigned char> buffer;  // with nothing behind it that belongs to it
     Value value;
   };
 };

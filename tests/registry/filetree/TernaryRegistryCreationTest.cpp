@@ -46,7 +46,7 @@ TEST(FileTreeKeys, AKeyIsCreatedOnce) {
   EXPECT_EQ(rig.Contents(), before);
 }
 
-TEST(FileTreeKeys, AKeyUnderTheRootGetsOwnerRightsOnly) {
+TEST(FileTreeKeys, AKeyUnderTheRootIsItsOwnersAlone) {
   FileTreeRig rig;
   EXPECT_EQ(rig.tree.CreateKey(0x01020304, nullptr, "a", 0x1122334455667788, true), 0u);
   EXPECT_EQ(rig.KeyNode(2),
@@ -140,7 +140,7 @@ TEST(FileTreeKeys, AnEmptyComponentIsNoName) {
   EXPECT_EQ(rig.FreeKeys(), kUsableSlots - 2);
 }
 
-TEST(FileTreeKeys, AParentNameWithoutKeyGivesNobodyARight) {
+TEST(FileTreeKeys, AKeylessNameIsNoParent) {
   FileTreeRig rig;
   ASSERT_EQ(rig.Create("ab"), 0u);
   ASSERT_EQ(rig.Create("bc"), 0u);  // the name "a" exists now, as a branch
@@ -151,6 +151,15 @@ TEST(FileTreeKeys, AParentNameWithoutKeyGivesNobodyARight) {
   EXPECT_EQ(rig.Contents(), before);
   EXPECT_EQ(rig.Create("a"), 0u);
   EXPECT_EQ(rig.Create("a/x"), 0u);
+}
+
+// Names that go on alike are one run of characters: no name ends inside it.
+TEST(FileTreeKeys, ASharedBeginningIsNoNameOfItsOwn) {
+  FileTreeRig rig;
+  ASSERT_EQ(rig.Create("ab"), 0u);
+  ASSERT_EQ(rig.Create("ac"), 0u);
+  EXPECT_EQ(rig.Find("a/"), 2u);
+  EXPECT_EQ(rig.Create("a/x"), 22u);
 }
 
 // The character at which an existing name is cut is not compared when it is the path's last.
@@ -240,71 +249,6 @@ TEST(FileTreeKeys, KeysAreThereAfterReopening) {
   EXPECT_EQ(rig.tree.GetDefaultValue(kUser, nullptr, "a", &number), 0u);
   EXPECT_EQ(number, 5u);
   EXPECT_EQ(rig.KeyOf("a/bc"), 0x300u);
-}
-
-TEST(FileTreeKeys, AKeyThatCannotBeWrittenIsGivenBack) {
-  EXPECT_TRUE(InChild([] {
-    FileTreeRig rig;
-    LimitFileSize(kKeyArea + 24 * 2);  // key 2 cannot be written
-    return rig.Create("a") == 5 && rig.Find("a") == 2 && rig.FreeKeys() == kUsableSlots - 1 &&
-           rig.FreeStrings() == kUsableSlots - 1;
-  }));
-}
-
-TEST(FileTreeKeys, TheKeyOfANameThatCannotBeWrittenIsGivenBack) {
-  EXPECT_TRUE(InChild([] {
-    FileTreeRig rig;
-    while (rig.FreeStrings() > 0) rig.Create("a/b");
-    if (rig.Create("k") != 0) return false;  // the first node of a table at the file's end
-    LimitFileSize(75888 + 32 + 4 * 500 + 40 * 2);
-    return rig.Create("m") == 5 && rig.Find("m") == 2 && rig.Find("k") == 0 &&
-           rig.FreeKeys() == kUsableSlots - 2;
-  }));
-}
-
-// Small tables fill soon: 20 more tables of one slot each are all that a kind can have.
-void FillUp(TernaryFile& store, NodeKind kind) {
-  while (store.Descriptor(kind).tableCount < 21) {
-    ASSERT_EQ(store.ExpandFile(&store.Descriptor(kind), RecordSizeOf(kind), 2), 0u);
-  }
-}
-
-TEST(FileTreeKeys, WithoutRoomForAKeyNothingIsChanged) {
-  TempDir dir;
-  const std::string path = dir / "a.rce";
-  TernaryFile store;
-  ASSERT_EQ(store.CreateRegistryFile(path.c_str(), 65536), 0u);
-  ASSERT_EQ(store.Initialize(path.c_str()), 0u);
-  TernaryRegistry tree(&store, nullptr);
-  tree.ShareStore();
-  ASSERT_EQ(tree.Initialize(nullptr), 0u);
-  FillUp(store, NodeKind::kKey);
-  ASSERT_EQ(tree.CreateKey(kAdmin, nullptr, "a", 0, false), 0u);
-  const std::string before = GetFile(path);
-  EXPECT_EQ(tree.CreateKey(kAdmin, nullptr, "b", 0, false), 75u);
-  EXPECT_EQ(tree.CreateKey(kAdmin, nullptr, "a/b", 0, false), 75u);
-  EXPECT_EQ(GetFile(path), before);
-  tree.Finalize();
-  store.Finalize();
-}
-
-TEST(FileTreeKeys, WithoutRoomForANameTheKeyIsGivenBack) {
-  TempDir dir;
-  const std::string path = dir / "a.rce";
-  TernaryFile store;
-  ASSERT_EQ(store.CreateRegistryFile(path.c_str(), 65536), 0u);
-  ASSERT_EQ(store.Initialize(path.c_str()), 0u);
-  TernaryRegistry tree(&store, nullptr);
-  tree.ShareStore();
-  ASSERT_EQ(tree.Initialize(nullptr), 0u);
-  FillUp(store, NodeKind::kString);
-  ASSERT_EQ(tree.CreateKey(kAdmin, nullptr, "a", 0, false), 0u);
-  const unsigned int freeKeys = store.Descriptor(NodeKind::kKey).lastTable->freeCount();
-  for (int i = 0; i < 3; ++i) EXPECT_EQ(tree.CreateKey(kAdmin, nullptr, "b", 0, false), 75u);
-  EXPECT_EQ(store.Descriptor(NodeKind::kKey).lastTable->freeCount(), freeKeys);
-  EXPECT_EQ(tree.CreateKey(kAdmin, nullptr, "a", 0, false), 17u);
-  tree.Finalize();
-  store.Finalize();
 }
 
 TEST(FileTreeKeys, AKeyRecordHoldsWhatItWasMadeWith) {

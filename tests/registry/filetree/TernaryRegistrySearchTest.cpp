@@ -1,3 +1,5 @@
+#include <cstring>
+
 #include "tests/registry/filetree/FileTreeRig.h"
 
 namespace tamu::registry {
@@ -142,7 +144,7 @@ TEST(FileTreeSearch, TheFlagsAreThoseOfTheLastNode) {
   EXPECT_EQ(Hit(rig, "/abc/def/"), "0: node 300 key 300");
 }
 
-TEST(FileTreeSearch, ATrailingSlashNamesTheKeyBeforeIt) {
+TEST(FileTreeSearch, ATrailingSlashNamesTheSameKey) {
   FileTreeRig rig;
   ASSERT_EQ(rig.Create("a"), 0u);
   EXPECT_EQ(Hit(rig, "a/"), "0: node 200 key 200");
@@ -271,7 +273,7 @@ TEST(FileTreeSearch, TheLockIsFreeAfterEveryOutcome) {
   }
 }
 
-TEST(FileTreeRights, OwnerAdministratorAndOthersHaveTheirNibble) {
+TEST(FileTreeSearch, OwnerAdministratorAndOthersHaveTheirNibble) {
   TernaryKeyNode key;
   key.setOwner(kUser);
   for (unsigned int permission = 0; permission < 256; ++permission) {
@@ -287,7 +289,7 @@ TEST(FileTreeRights, OwnerAdministratorAndOthersHaveTheirNibble) {
   }
 }
 
-TEST(FileTreeRights, OneOfTheRightsAskedForIsEnough) {
+TEST(FileTreeSearch, OneOfTheRightsAskedForIsEnough) {
   TernaryKeyNode key;
   key.setOwner(kUser);
   key.setPermission(0x42);
@@ -298,7 +300,7 @@ TEST(FileTreeRights, OneOfTheRightsAskedForIsEnough) {
   EXPECT_FALSE(TernaryRegistry::isPermissible(&key, kUser, 0));
 }
 
-TEST(FileTreeRights, APermissionOf0FDeniesEverybodyElse) {
+TEST(FileTreeSearch, APermissionOf0FDeniesEverybodyElse) {
   TernaryKeyNode key;
   key.setOwner(kUser);
   key.setPermission(0x0F);

@@ -1,4 +1,6 @@
 // Opening and closing the tree, and whose its store is.
+#include <sys/stat.h>
+
 #include <filesystem>
 
 #include "tests/platform/ChildProcess.h"
@@ -148,7 +150,7 @@ TEST(FileTree, APathThatCannotHoldAFileAnswersNoSpace) {
   EXPECT_EQ(tree.Initialize((dir / "a.rce").c_str()), 0u);
 }
 
-TEST(FileTree, AFileThatCannotBeOpenedIsNotReplaced) {
+TEST(FileTree, AFileThatCannotBeOpenedForWantOfADescriptorIsNotReplaced) {
   FileTreeRig rig;
   ASSERT_EQ(rig.Create("a"), 0u);
   rig.tree.Finalize();
@@ -159,14 +161,25 @@ TEST(FileTree, AFileThatCannotBeOpenedIsNotReplaced) {
     return tree.Initialize(rig.path.c_str()) == 28;
   }));
   EXPECT_EQ(rig.Contents(), before);
-  ASSERT_EQ(chmod(rig.path.c_str(), 0), 0);
-  EXPECT_TRUE(InChild([&] {
-    if (getuid() == 0 && setuid(65534) != 0) return false;
-    TernaryRegistry tree(nullptr, nullptr);
-    return tree.Initialize(rig.path.c_str()) == 28;
-  }));
-  ASSERT_EQ(chmod(rig.path.c_str(), 0600), 0);
-  EXPECT_EQ(rig.Contents(), before);
+}
+
+// Emptying takes no more than the right to write: a file that may not be read could be lost.
+TEST(FileTree, AFileThatMayNotBeOpenedIsNotReplaced) {
+  FileTreeRig rig;
+  ASSERT_EQ(rig.Create("a"), 0u);
+  rig.tree.Finalize();
+  const std::string before = rig.Contents();
+  ASSERT_EQ(chmod(std::filesystem::path(rig.path).parent_path().c_str(), 0755), 0);
+  for (const mode_t mode : {0000u, 0222u, 0444u}) {
+    ASSERT_EQ(chmod(rig.path.c_str(), mode), 0);
+    EXPECT_TRUE(InChild([&] {
+      if (getuid() == 0 && setuid(65534) != 0) return false;
+      TernaryRegistry tree(nullptr, nullptr);
+      return tree.Initialize(rig.path.c_str()) == 28;
+    })) << mode;
+    ASSERT_EQ(chmod(rig.path.c_str(), 0600), 0);
+    EXPECT_EQ(rig.Contents(), before) << mode;
+  }
 }
 
 TEST(FileTree, ANullPathIsRefused) {

@@ -146,9 +146,9 @@ TEST(TernaryFileCreation, WithoutRoomForTheFileHeaderAnswers28AndLeavesAnEmptyFi
   ExpectFailedCreation(83, 28, 0);
 }
 
-TEST(TernaryFileCreation, WithoutRoomForTheReservedAreaAnswers59) {
-  ExpectFailedCreation(84, 59, 84);
-  ExpectFailedCreation(4179, 59, 4179);
+TEST(TernaryFileCreation, WithoutRoomForTheReservedAreaAnswers59AndLeavesAnEmptyFile) {
+  ExpectFailedCreation(84, 59, 0);
+  ExpectFailedCreation(4179, 59, 0);
 }
 
 TEST(TernaryFileCreation, WithoutRoomForAHeaderAnswers5AndLeavesAnEmptyFile) {
@@ -159,9 +159,9 @@ TEST(TernaryFileCreation, WithoutRoomForAHeaderAnswers5AndLeavesAnEmptyFile) {
   ExpectFailedCreation(8727, 5, 0);
 }
 
-TEST(TernaryFileCreation, WithoutRoomForTheEntriesAnswers5) {
-  ExpectFailedCreation(4252, 5, 4252);
-  ExpectFailedCreation(10187, 5, 10187);
+TEST(TernaryFileCreation, WithoutRoomForTheEntriesAnswers5AndLeavesAnEmptyFile) {
+  ExpectFailedCreation(4252, 5, 0);
+  ExpectFailedCreation(10187, 5, 0);
 }
 
 TEST(TernaryFileCreation, WithoutRoomForTheAreasAnswers5AndLeavesAnEmptyFile) {

@@ -14,7 +14,9 @@ class TernaryFileSlotsTest : public StoreTest {
     const unsigned int usedBefore = store.Descriptor(kind).usedNodes;
     EXPECT_EQ(store.ReleaseNodeId(0, id, Table(kind)), 59u);
     EXPECT_EQ(store.ReleaseSlot(0, kind, id), 59u);
-    if (kind == NodeKind::kData) EXPECT_EQ(store.DeleteData(0, id), 59u);
+    if (kind == NodeKind::kData) {
+      EXPECT_EQ(store.DeleteData(0, id), 59u);
+    }
     EXPECT_TRUE(Bytes() == before);
     EXPECT_EQ(Table(kind)->freeCount(), freeBefore);
     EXPECT_EQ(store.Descriptor(kind).usedNodes, usedBefore);

@@ -187,10 +187,10 @@ TEST_F(TernaryFileTablesTest, TheFreeCountMayBeAnythingBelowTheEntries) {
 }
 
 TEST_F(TernaryFileTablesTest, AnAreaMayEndAtTheLastByteButNotBehindIt) {
-  Damage(kTables[0] + 8, 75888 - 365 * 40);
-  EXPECT_FALSE(store.Descriptor(NodeKind::kString).damaged);
-  Damage(kTables[0] + 8, 75888 - 365 * 40 + 1);
-  EXPECT_TRUE(store.Descriptor(NodeKind::kString).damaged);
+  ASSERT_EQ(kAreas[3] + 365 * 64, 75888u);
+  EXPECT_FALSE(store.Descriptor(NodeKind::kData).damaged);
+  Damage(kTables[3] + 8, kAreas[3] + 1);
+  EXPECT_TRUE(store.Descriptor(NodeKind::kData).damaged);
 }
 
 TEST_F(TernaryFileTablesTest, AnAreaBeyondTheLengthInTheHeaderDamagesItsKind) {

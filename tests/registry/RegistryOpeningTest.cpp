@@ -1,0 +1,221 @@
+// Files that cannot be opened: each answer, and that nothing is lost.
+#include <sys/stat.h>
+
+#include "registry/store/TernaryFile.h"
+#include "tests/registry/RegistryRig.h"
+
+namespace tamu::registry {
+
+namespace {
+
+class RegistryOpeningTest : public ::testing::Test {
+ protected:
+  // The bytes of a sound registry with one key.
+  std::string SoundFile() {
+    const std::string source = folder / "source";
+    {
+      Registry registry(source.c_str(), kAdmin);
+      EXPECT_EQ(registry.Initialize(), 0u);
+      EXPECT_EQ(registry.CreateKey(0, "kept", 77), 0u);
+    }
+    return GetFile(source);
+  }
+  static bool HasKey(Registry& registry) {
+    unsigned long long number = 0;
+    return registry.GetDefaultValue(0, "kept", &number) == 0 && number == 77;
+  }
+  // Initialize answers `status`, the file stays as it is and the object has no operations.
+  void ExpectRefused(const std::string& bytes, unsigned int status) {
+    PutFile(path, bytes);
+    Registry registry(path.c_str(), kAdmin);
+    EXPECT_EQ(registry.Initialize(), status);
+    EXPECT_EQ(registry.CreateKey(0, "a"), 1u);
+    EXPECT_EQ(registry.Flush(), 1u);
+    registry.Finalize();
+    EXPECT_EQ(registry.CreateKey(0, "a"), 1u);
+    EXPECT_EQ(GetFile(path), bytes);
+    EXPECT_EQ(RegistryInstance::sFirstInstance, nullptr);
+    EXPECT_FALSE(TernaryFile::file.IsOpen());
+  }
+  ~RegistryOpeningTest() override { EXPECT_EQ(RegistryInstance::sFirstInstance, nullptr); }
+
+  TempDir folder;
+  const std::string path = folder / "registry";
+};
+
+TEST_F(RegistryOpeningTest, AnEmptyFileIsInvalid) {
+  ExpectRefused("", 59);
+}
+
+TEST_F(RegistryOpeningTest, AFileShorterThanItsHeaderIsInvalid) {
+  ExpectRefused(SoundFile().substr(0, 83), 59);
+}
+
+TEST_F(RegistryOpeningTest, AFileThatIsNoRegistryIsInvalid) {
+  ExpectRefused(std::string(75888, 'x'), 59);
+}
+
+TEST_F(RegistryOpeningTest, AWrongByteInTheMagicWordsIsInvalid) {
+  const std::string sound = SoundFile();
+  for (size_t i = 0; i < 8; ++i) {
+    std::string bytes = sound;
+    bytes[i] = static_cast<char>(bytes[i] ^ 1);
+    ExpectRefused(bytes, 59);
+  }
+}
+
+TEST_F(RegistryOpeningTest, AnotherVersionIsNotOpened) {
+  std::string bytes = SoundFile();
+  bytes[8] = 3;
+  ExpectRefused(bytes, 12);
+  TernaryFile store;
+  EXPECT_EQ(store.Initialize(path.c_str()), 59u);
+}
+
+TEST_F(RegistryOpeningTest, AnotherRevisionIsNotOpened) {
+  std::string bytes = SoundFile();
+  bytes[12] = 2;
+  ExpectRefused(bytes, 12);
+}
+
+TEST_F(RegistryOpeningTest, AFileThatEndsBehindItsMagicIsNotOpened) {
+  const std::string sound = SoundFile();
+  for (size_t size : {size_t{84}, size_t{4179}, size_t{4219}}) {
+    ExpectRefused(sound.substr(0, size), 12);
+  }
+}
+
+TEST_F(RegistryOpeningTest, AFolderIsNotOpened) {
+  std::filesystem::create_directory(path);
+  Registry registry(path.c_str(), kAdmin);
+  EXPECT_EQ(registry.Initialize(), 12u);
+  EXPECT_TRUE(std::filesystem::is_directory(path));
+  EXPECT_EQ(registry.CreateKey(0, "a"), 1u);
+}
+
+TEST_F(RegistryOpeningTest, NoFileIsMadeInAFolderThatIsNotThere) {
+  const std::string nowhere = folder / "absent/registry";
+  Registry registry(nowhere.c_str(), kAdmin);
+  EXPECT_EQ(registry.Initialize(), 12u);
+  EXPECT_FALSE(std::filesystem::exists(folder / "absent"));
+}
+
+TEST_F(RegistryOpeningTest, AFileWithoutPermissionIsNotOpenedAndNotEmptied) {
+  const std::string bytes = SoundFile();
+  PutFile(path, bytes);
+  chmod((folder / ".").c_str(), 0777);
+  for (mode_t mode : {mode_t{0000}, mode_t{0444}, mode_t{0222}}) {
+    chmod(path.c_str(), mode);
+    EXPECT_TRUE(InChild([&] {
+      if (!DropRights()) return false;
+      Registry registry(path.c_str(), kAdmin);
+      return registry.Initialize() == 12 && registry.CreateKey(0, "a") == 1;
+    })) << "mode "
+        << mode;
+    chmod(path.c_str(), 0666);
+    EXPECT_EQ(GetFile(path), bytes);
+  }
+}
+
+TEST_F(RegistryOpeningTest, AFolderThatCannotBeWrittenGetsNoFile) {
+  chmod((folder / ".").c_str(), 0555);
+  EXPECT_TRUE(InChild([&] {
+    if (!DropRights()) return false;
+    Registry registry(path.c_str(), kAdmin);
+    return registry.Initialize() == 12 && registry.Flush() == 1;
+  }));
+  chmod((folder / ".").c_str(), 0755);
+  EXPECT_FALSE(std::filesystem::exists(path));
+}
+
+TEST_F(RegistryOpeningTest, AProcessOutOfDescriptorsDoesNotEmptyTheFile) {
+  const std::string bytes = SoundFile();
+  PutFile(path, bytes);
+  EXPECT_TRUE(InChild([&] {
+    Registry registry(path.c_str(), kAdmin);
+    struct rlimit before = {};
+    getrlimit(RLIMIT_NOFILE, &before);
+    LimitDescriptors(static_cast<unsigned long>(NextDescriptor()));
+    if (registry.Initialize() != 12 || registry.CreateKey(0, "a") != 1) return false;
+    setrlimit(RLIMIT_NOFILE, &before);
+    return registry.Initialize() == 0 && HasKey(registry);
+  }));
+  EXPECT_EQ(GetFile(path), bytes);
+}
+
+TEST_F(RegistryOpeningTest, ARefusedObjectHoldsItsInstanceUntilItIsFinalised) {
+  PutFile(path, "no registry");
+  Registry registry(path.c_str(), kAdmin);
+  ASSERT_EQ(registry.Initialize(), 59u);
+  ASSERT_NE(RegistryInstance::sFirstInstance, nullptr);
+  EXPECT_EQ(RegistryInstance::sFirstInstance->refCount, 1u);
+  EXPECT_EQ(registry.Initialize(), 59u);
+  EXPECT_EQ(RegistryInstance::sFirstInstance->refCount, 1u);
+  registry.Finalize();
+  EXPECT_EQ(RegistryInstance::sFirstInstance, nullptr);
+  registry.Finalize();
+}
+
+TEST_F(RegistryOpeningTest, ARepairedFileIsOpenedByTheObjectThatRefusedIt) {
+  const std::string bytes = SoundFile();
+  for (const bool finalised : {false, true}) {
+    PutFile(path, "");
+    Registry registry(path.c_str(), kAdmin);
+    ASSERT_EQ(registry.Initialize(), 59u);
+    if (finalised) registry.Finalize();
+    PutFile(path, bytes);
+    EXPECT_EQ(registry.Initialize(), 0u);
+    EXPECT_TRUE(HasKey(registry));
+  }
+}
+
+TEST_F(RegistryOpeningTest, ASecondObjectMayOpenWhatTheFirstRefused) {
+  PutFile(path, "");
+  Registry first(path.c_str(), kAdmin);
+  ASSERT_EQ(first.Initialize(), 59u);
+  PutFile(path, SoundFile());
+  Registry second(path.c_str(), kAdmin);
+  EXPECT_EQ(second.Initialize(), 0u);
+  EXPECT_TRUE(HasKey(second));
+  first.Finalize();
+  EXPECT_TRUE(HasKey(second));
+  EXPECT_EQ(first.CreateKey(0, "a"), 1u);
+}
+
+TEST_F(RegistryOpeningTest, AnObjectThatFailedMayTryAgain) {
+  std::filesystem::create_directory(path);
+  Registry registry(path.c_str(), kAdmin);
+  EXPECT_EQ(registry.Initialize(), 12u);
+  EXPECT_EQ(RegistryInstance::sFirstInstance, nullptr);
+  EXPECT_EQ(registry.Initialize(), 12u);
+  std::filesystem::remove(path);
+  EXPECT_EQ(registry.Initialize(), 0u);
+  EXPECT_EQ(registry.CreateKey(0, "a"), 0u);
+}
+
+TEST_F(RegistryOpeningTest, AFailedObjectIsFinalisedAsOftenAsLiked) {
+  std::filesystem::create_directory(path);
+  Registry registry(path.c_str(), kAdmin);
+  EXPECT_EQ(registry.Initialize(), 12u);
+  registry.Finalize();
+  registry.Finalize();
+  EXPECT_EQ(registry.Flush(), 1u);
+}
+
+// The check of the file does not touch what another registry has open.
+TEST_F(RegistryOpeningTest, ARefusedFileLeavesAnotherRegistryWorking) {
+  const std::string other = folder / "other";
+  Registry open(other.c_str(), kAdmin);
+  ASSERT_EQ(open.Initialize(), 0u);
+  PutFile(path, "no registry");
+  Registry refused(path.c_str(), kAdmin);
+  EXPECT_EQ(refused.Initialize(), 59u);
+  EXPECT_EQ(open.CreateKey(0, "a"), 0u);
+  refused.Finalize();
+  EXPECT_EQ(open.CreateKey(0, "b"), 0u);
+  EXPECT_EQ(StructureFindings(other), "");
+}
+
+}  // namespace
+
+}  // namespace tamu::registry

@@ -1,0 +1,159 @@
+// Many threads on one registry.
+#include <atomic>
+#include <thread>
+
+#include "tests/registry/RegistryRig.h"
+
+namespace tamu::registry {
+
+namespace {
+
+constexpr unsigned int kThreads = 8;
+constexpr unsigned int kKeys = 6;    // of a thread
+constexpr unsigned int kRounds = 8;  // of changes to each key
+
+// The names on one level are equally long: none is the beginning of another.
+std::string TopKey(unsigned int thread) {
+  return "thread" + std::to_string(10 + thread);
+}
+std::string SubKey(unsigned int thread, unsigned int key) {
+  return TopKey(thread) + "/key" + std::to_string(10 + key);
+}
+std::string Text(unsigned int thread, unsigned int round) {
+  return std::string(20 * round + thread + 1, static_cast<char>('a' + thread));
+}
+
+// What one thread does: its keys are its own, the file and its tables everybody's.
+class Worker {
+ public:
+  Worker(Registry& registry, unsigned int thread) : registry_(registry), thread_(thread) {}
+
+  void Run() {
+    Count(registry_.CreateKey(0, TopKey(thread_).c_str(), thread_), 0);
+    for (unsigned int key = 0; key < kKeys; ++key) {
+      const std::string path = SubKey(thread_, key);
+      Count(registry_.CreateKey(0, path.c_str()), 0);
+      ExactValue text(1, Text(thread_, 0));
+      Count(registry_.CreateValue(0, path.c_str(), "text", &text), 0);
+      for (unsigned int round = 1; round <= kRounds; ++round) Change(path, round);
+    }
+  }
+  unsigned int surprises() const { return surprises_; }
+
+ private:
+  void Count(unsigned int status, unsigned int expected) {
+    if (status != expected) ++surprises_;
+  }
+
+  void Change(const std::string& path, unsigned int round) {
+    ExactValue number(0, Little(round, 8));
+    Count(registry_.CreateValue(0, path.c_str(), "passing", &number), 0);
+    ExactValue text(2, Text(thread_, round));
+    Count(registry_.SetValue(0, path.c_str(), "text", &text), 0);
+    Count(Read(registry_, path.c_str(), "text") != "type 2: " + Text(thread_, round), 0);
+    Count(Read(registry_, path.c_str(), "passing") != "type 0: " + Little(round, 8), 0);
+    Count(registry_.DeleteValue(0, path.c_str(), "passing"), 0);
+    Count(registry_.SetDefaultValue(0, path.c_str(), round), 0);
+    unsigned long long read = 0;
+    Count(registry_.GetDefaultValue(0, path.c_str(), &read), 0);
+    Count(read != round, 0);
+    Count(registry_.CreateKey(0, path.c_str()), 17);
+    RegistryInfo info = {};
+    Count(registry_.GetRegistryInfo(&info), 0);
+  }
+
+  Registry& registry_;
+  unsigned int thread_;
+  unsigned int surprises_ = 0;
+};
+
+class RegistryThreadsTest : public OpenRegistryTest {
+ protected:
+  // Runs body(number of the thread) on all threads at once.
+  template <class Body>
+  static void OnAllThreads(Body body) {
+    std::atomic<unsigned int> ready{0};
+    std::vector<std::thread> threads;
+    for (unsigned int i = 0; i < kThreads; ++i) {
+      threads.emplace_back([&ready, &body, i] {
+        ++ready;
+        while (ready < kThreads) std::this_thread::yield();
+        body(i);
+      });
+    }
+    for (std::thread& thread : threads) thread.join();
+  }
+};
+
+TEST_F(RegistryThreadsTest, EachThreadFindsWhatItHasWritten) {
+  std::atomic<unsigned int> surprises{0};
+  OnAllThreads([&](unsigned int thread) {
+    Worker worker(registry, thread);
+    worker.Run();
+    surprises += worker.surprises();
+  });
+  EXPECT_EQ(surprises, 0u);
+  const std::map<std::string, DecodedKey> keys = DecodeTree(path);
+  EXPECT_EQ(keys.size(), 1 + kThreads * (1 + kKeys));
+  for (unsigned int thread = 0; thread < kThreads; ++thread) {
+    for (unsigned int key = 0; key < kKeys; ++key) {
+      const DecodedKey& decoded = keys.at(SubKey(thread, key));
+      EXPECT_EQ(decoded.defaultValue, kRounds);
+      ASSERT_EQ(decoded.values.size(), 1u);
+      EXPECT_EQ(decoded.values[0].bytes, Text(thread, kRounds));
+    }
+  }
+}
+
+// The tables grow meanwhile; the slots of all kinds are handed out once.
+TEST_F(RegistryThreadsTest, TheFileGrowsWhileAllThreadsCreate) {
+  constexpr unsigned int kEach = 60;
+  std::atomic<unsigned int> failures{0};
+  OnAllThreads([&](unsigned int thread) {
+    for (unsigned int i = 0; i < kEach; ++i) {
+      const std::string key = TopKey(thread) + "-" + std::to_string(100 + i);
+      ExactValue value(1, key);
+      if (registry.CreateKey(0, key.c_str()) != 0) ++failures;
+      if (registry.CreateValue(0, key.c_str(), "name", &value) != 0) ++failures;
+    }
+  });
+  EXPECT_EQ(failures, 0u);
+  const SlotCounts counts = CountSlots(path);
+  EXPECT_EQ(counts.keys.used, 1 + kThreads * kEach);
+  EXPECT_EQ(counts.keys.reachable, 1 + kThreads * kEach);
+  EXPECT_EQ(counts.values.reachable, kThreads * kEach);
+  EXPECT_EQ(counts.blocks.reachable, kThreads * kEach);
+  EXPECT_EQ(counts.keys.tables, 2u);
+}
+
+TEST_F(RegistryThreadsTest, OneThreadAloneCreatesAKeyThatAllWant) {
+  std::atomic<unsigned int> created{0};
+  std::atomic<unsigned int> refused{0};
+  OnAllThreads([&](unsigned int) {
+    for (unsigned int i = 0; i < 20; ++i) {
+      const unsigned int result = registry.CreateKey(0, std::to_string(10 + i).c_str());
+      if (result == 0) ++created;
+      if (result == 17) ++refused;
+    }
+  });
+  EXPECT_EQ(created, 20u);
+  EXPECT_EQ(refused, 20 * (kThreads - 1));
+}
+
+TEST_F(RegistryThreadsTest, TheUserMayBeChangedWhileOthersWork) {
+  ASSERT_EQ(registry.CreateKey(0, "key", 1), 0u);
+  std::atomic<unsigned int> surprises{0};
+  OnAllThreads([&](unsigned int thread) {
+    for (unsigned int i = 0; i < 50; ++i) {
+      if (thread == 0) registry.SetCurrentUserId(i % 2 == 0 ? 7 : kAdmin);
+      unsigned long long number = 0;
+      const unsigned int result = registry.GetDefaultValue(0, "key", &number);
+      if (result > 1) ++surprises;
+    }
+  });
+  EXPECT_EQ(surprises, 0u);
+}
+
+}  // namespace
+
+}  // namespace tamu::registry

@@ -1,0 +1,241 @@
+// Values through the front end, from and to buffers of exactly their size.
+#include "tests/registry/RegistryRig.h"
+
+namespace tamu::registry {
+
+namespace {
+
+constexpr unsigned int kValueArea = 33548;  // of a new file
+constexpr unsigned int kBlockArea = 52528;
+
+std::string Pattern(unsigned int size) {
+  std::string bytes;
+  for (unsigned int i = 0; i < size; ++i) bytes += static_cast<char>((i * 7 + size) & 0xFF);
+  return bytes;
+}
+
+class RegistryValuesTest : public OpenRegistryTest {
+ protected:
+  RegistryValuesTest() { EXPECT_EQ(registry.CreateKey(0, "key"), 0u); }
+
+  unsigned int Create(const char* name, unsigned int type, const std::string& bytes) {
+    ExactValue value(type, bytes);
+    return registry.CreateValue(0, "key", name, &value);
+  }
+  unsigned int Set(const char* name, unsigned int type, const std::string& bytes) {
+    ExactValue value(type, bytes);
+    return registry.SetValue(0, "key", name, &value);
+  }
+  std::string Get(const char* name) { return Read(registry, "key", name); }
+  DecodedValue Newest() { return DecodeTree(path).at("key").values.at(0); }
+};
+
+TEST_F(RegistryValuesTest, EverySizeComesBack) {
+  for (unsigned int size : {1u, 63u, 64u, 65u, 1023u, 1024u}) {
+    const std::string name = std::to_string(size);
+    EXPECT_EQ(Create(name.c_str(), 2, Pattern(size)), 0u);
+    EXPECT_EQ(Get(name.c_str()), "type 2: " + Pattern(size));
+    EXPECT_EQ(Set(name.c_str(), 3, Pattern(1025 - size)), 0u);
+    EXPECT_EQ(Get(name.c_str()), "type 3: " + Pattern(1025 - size));
+  }
+}
+
+TEST_F(RegistryValuesTest, WhatIsTooLargeIsRefused) {
+  const std::string before = GetFile(path);
+  EXPECT_EQ(Create("large", 1, Pattern(1025)), 75u);
+  EXPECT_EQ(GetFile(path), before);
+  EXPECT_EQ(Create("large", 1, Pattern(1024)), 0u);
+  EXPECT_EQ(Set("large", 1, Pattern(1025)), 75u);
+  EXPECT_EQ(Set("large", 0, Pattern(1025)), 75u);
+  EXPECT_EQ(Get("large"), "type 1: " + Pattern(1024));
+}
+
+TEST_F(RegistryValuesTest, TypesOneToFiveAreWritten) {
+  for (unsigned int type = 1; type <= 5; ++type) {
+    const std::string name(1, static_cast<char>('a' + type));
+    EXPECT_EQ(Create(name.c_str(), type, "created"), 0u);
+    EXPECT_EQ(Get(name.c_str()), "type " + std::to_string(type) + ": created");
+    EXPECT_EQ(Set(name.c_str(), 6 - type, "set"), 0u);
+    EXPECT_EQ(Get(name.c_str()), "type " + std::to_string(6 - type) + ": set");
+  }
+}
+
+TEST_F(RegistryValuesTest, TypesAboveFiveAreOnlyAskedFor) {
+  ASSERT_EQ(Create("v", 1, "text"), 0u);
+  const std::string before = GetFile(path);
+  for (unsigned int type : {6u, 7u, 31u, 32u, 256u, 0xFFFFFFFFu}) {
+    EXPECT_EQ(Create("w", type, "x"), 53u) << type;
+    EXPECT_EQ(Set("v", type, "x"), 53u) << type;
+  }
+  EXPECT_EQ(GetFile(path), before);
+  for (unsigned int type : {0u, 1u, 2u, 3u, 5u, 6u}) {
+    ReadValue value(type);
+    EXPECT_EQ(registry.GetValue(0, "key", "v", &value), 0u);
+    EXPECT_EQ(value.type, 1u);
+    EXPECT_EQ(BytesOf(value), "text");
+  }
+}
+
+// A number is taken from the bytes that are there, the rest is zero; it is stored with size 8.
+TEST_F(RegistryValuesTest, AShortNumberIsCreatedFromTheBytesThatAreThere) {
+  const std::string bytes = "\x11\x22\x33\x44\x55\x66\x77\x88";
+  for (unsigned int size = 0; size <= 8; ++size) {
+    EXPECT_EQ(Create("n", 0, bytes.substr(0, size)), 0u) << size;
+    // The values so far are in slots 1 to size + 1.
+    const std::string record = FilePart(path, kValueArea + 52 * (size + 1), 52);
+    EXPECT_EQ(record.substr(8, 4), std::string("\x08\0\0\x40", 4)) << size;
+    EXPECT_EQ(record.substr(44), bytes.substr(0, size) + std::string(8 - size, '\0')) << size;
+    const std::string low = bytes.substr(0, size < 4 ? size : 4);
+    EXPECT_EQ(Get("n"), "type 0: " + low + std::string(8 - low.size(), '\0')) << size;
+  }
+}
+
+TEST_F(RegistryValuesTest, AShortNumberIsSetFromTheBytesThatAreThere) {
+  const std::string bytes = "\x11\x22\x33\x44\x55\x66\x77\x88";
+  for (unsigned int size = 0; size <= 8; ++size) {
+    const std::string name = std::to_string(size);
+    ASSERT_EQ(Create(name.c_str(), 0, std::string(8, '\xEE')), 0u);
+    EXPECT_EQ(Set(name.c_str(), 0, bytes.substr(0, size)), 0u) << size;
+    const std::string record = FilePart(path, kValueArea + 52 * (size + 1), 52);
+    std::string low = bytes.substr(0, size < 4 ? size : 4);
+    low.resize(4);
+    // The size is stored as given, the upper half of the old number stays.
+    EXPECT_EQ(record.substr(8, 4), Little(size, 2) + std::string("\0\x40", 2)) << size;
+    EXPECT_EQ(record.substr(44), low + "\xEE\xEE\xEE\xEE") << size;
+    EXPECT_EQ(Get(name.c_str()), "type 0: " + (low + Little(0, 4)).substr(0, size)) << size;
+  }
+}
+
+TEST_F(RegistryValuesTest, ANumberCreatedThroughTheFrontEndTakesNoBlock) {
+  EXPECT_EQ(Create("n", 0, Little(5, 8)), 0u);
+  EXPECT_EQ(CountSlots(path).blocks.used, 0u);
+}
+
+TEST_F(RegistryValuesTest, AValueWithoutDataIsNotSet) {
+  EXPECT_EQ(registry.CreateValue(0, "key", "null", nullptr), 0u);
+  EXPECT_EQ(Get("null"), "status 53");
+  EXPECT_EQ(Newest().type, 0u);
+  EXPECT_EQ(Newest().size, 8u);
+  EXPECT_FALSE(Newest().isSet);
+  EXPECT_EQ(Create("empty", 1, ""), 0u);
+  EXPECT_EQ(Get("empty"), "status 53");
+  EXPECT_EQ(Newest().type, 1u);
+  EXPECT_EQ(Newest().size, 0u);
+  EXPECT_FALSE(Newest().isSet);
+  EXPECT_EQ(CountSlots(path).blocks.used, 0u);
+  Value nothing = {1, 0, nullptr};
+  EXPECT_EQ(registry.CreateValue(0, "key", "nothing", &nothing), 0u);
+  EXPECT_EQ(Get("nothing"), "status 53");
+}
+
+TEST_F(RegistryValuesTest, AnEmptyValueThatIsSetIsRead) {
+  ASSERT_EQ(Create("v", 1, "text"), 0u);
+  EXPECT_EQ(Set("v", 2, ""), 0u);
+  EXPECT_EQ(Get("v"), "type 2: ");
+  EXPECT_EQ(CountSlots(path).blocks.used, 0u);
+  EXPECT_EQ(Create("w", 1, Pattern(65)), 0u);
+  EXPECT_EQ(Get("w"), "type 1: " + Pattern(65));
+}
+
+TEST_F(RegistryValuesTest, AnUnsetValueIsSetLater) {
+  ASSERT_EQ(registry.CreateValue(0, "key", "v", nullptr), 0u);
+  EXPECT_EQ(Set("v", 5, "now"), 0u);
+  EXPECT_EQ(Get("v"), "type 5: now");
+}
+
+TEST_F(RegistryValuesTest, NamesAreCutToThirtyOneCharacters) {
+  const std::string name(40, 'n');
+  EXPECT_EQ(Create(name.c_str(), 1, "x"), 0u);
+  EXPECT_EQ(Get(name.c_str()), "status 2");
+  EXPECT_EQ(Get(std::string(31, 'n').c_str()), "type 1: x");
+  EXPECT_EQ(Get(std::string(30, 'n').c_str()), "status 2");
+  EXPECT_EQ(Newest().name, std::string(31, 'n'));
+}
+
+TEST_F(RegistryValuesTest, TheNewerOfTwoHidesTheOlder) {
+  EXPECT_EQ(Create("v", 1, "old"), 0u);
+  EXPECT_EQ(Create("v", 1, "new"), 0u);
+  EXPECT_EQ(Get("v"), "type 1: new");
+  EXPECT_EQ(registry.DeleteValue(0, "key", "v"), 0u);
+  EXPECT_EQ(Get("v"), "type 1: old");
+  EXPECT_EQ(registry.DeleteValue(0, "key", "v"), 0u);
+  EXPECT_EQ(registry.DeleteValue(0, "key", "v"), 2u);
+}
+
+TEST_F(RegistryValuesTest, AValueIsDeletedFromEveryPlaceInTheChain) {
+  for (const char* name : {"1", "2", "3", "4"}) ASSERT_EQ(Create(name, 1, name), 0u);
+  EXPECT_EQ(registry.DeleteValue(0, "key", "2"), 0u);
+  EXPECT_EQ(registry.DeleteValue(0, "key", "4"), 0u);
+  EXPECT_EQ(registry.DeleteValue(0, "key", "1"), 0u);
+  EXPECT_EQ(Get("3"), "type 1: 3");
+  EXPECT_EQ(DecodeTree(path).at("key").values.size(), 1u);
+  // The blocks of deleted values stay in use.
+  EXPECT_EQ(CountSlots(path).blocks.used, 4u);
+  EXPECT_EQ(CountSlots(path).blocks.reachable, 1u);
+  EXPECT_EQ(CountSlots(path).values.used, 1u);
+}
+
+// Values of the key are in slots 1, 2, ..., their data in blocks 1, 2, ... of a new file.
+TEST_F(RegistryValuesTest, AnOffsetTellsWhereTheDataLies) {
+  ASSERT_EQ(Create("number", 0, Little(0x44332211, 8)), 0u);
+  ASSERT_EQ(Create("long", 1, Pattern(100)), 0u);
+  ASSERT_EQ(Create("short", 4, "four"), 0u);
+  const struct {
+    const char* name;
+    unsigned int offset;
+    std::string bytes;
+  } cases[] = {{"number", kValueArea + 52 * 1 + 44, Little(0x44332211, 8)},
+               {"long", kBlockArea + 64 * 1, Pattern(100)},
+               {"short", kBlockArea + 64 * 3, "four"}};
+  for (const auto& each : cases) {
+    ExactValue request(4, std::string(4, '\xFF'));
+    EXPECT_EQ(registry.GetValue(0, "key", each.name, static_cast<Value*>(&request)), 0u);
+    EXPECT_EQ(request.type, 4u);
+    EXPECT_EQ(request.size, 4u);
+    unsigned int offset = 0;
+    std::memcpy(&offset, request.data, sizeof offset);
+    EXPECT_EQ(offset, each.offset) << each.name;
+    EXPECT_EQ(FilePart(path, offset, each.bytes.size()), each.bytes) << each.name;
+  }
+}
+
+TEST_F(RegistryValuesTest, AnOffsetIsWrittenOnlyWithSuccess) {
+  ASSERT_EQ(registry.CreateValue(0, "key", "unset", nullptr), 0u);
+  ExactValue request(4, "same bytes");
+  EXPECT_EQ(registry.GetValue(0, "key", "unset", static_cast<Value*>(&request)), 53u);
+  EXPECT_EQ(registry.GetValue(0, "key", "absent", static_cast<Value*>(&request)), 2u);
+  EXPECT_EQ(registry.GetValue(0, "absent", "unset", static_cast<Value*>(&request)), 2u);
+  EXPECT_EQ(std::string(static_cast<char*>(request.data), request.size), "same bytes");
+}
+
+// The root lets everybody read and create, but the place of a value's data is for those who may
+// change it.
+TEST_F(RegistryValuesTest, AnOffsetNeedsTheRightToModify) {
+  ExactValue value(1, "text");
+  ASSERT_EQ(registry.CreateValue(0, "", "v", &value), 0u);
+  registry.SetCurrentUserId(7);
+  ExactValue request(4, "1234");
+  EXPECT_EQ(registry.GetValue(0, "", "v", static_cast<Value*>(&request)), 1u);
+  EXPECT_EQ(Read(registry, "", "v"), "type 1: text");
+}
+
+TEST_F(RegistryValuesTest, WhatIsReadIsUntouchedByAFailure) {
+  ReadValue value;
+  EXPECT_EQ(registry.GetValue(0, "key", "absent", &value), 2u);
+  EXPECT_EQ(value.type, 6u);
+  EXPECT_EQ(value.size, 0u);
+  EXPECT_EQ(value.data, nullptr);
+}
+
+TEST_F(RegistryValuesTest, ANumberComesAsItsLowHalf) {
+  ASSERT_EQ(Create("n", 0, Little(0x1122334455667788ULL, 8)), 0u);
+  ReadValue value;
+  EXPECT_EQ(registry.GetValue(0, "key", "n", &value), 0u);
+  EXPECT_EQ(value.size, 8u);
+  EXPECT_EQ(value.number(), 0x55667788u);
+  EXPECT_EQ(Newest().number, 0x1122334455667788ULL);
+}
+
+}  // namespace
+
+}  // namespace tamu::registry

@@ -1,0 +1,91 @@
+// Trees as deep as a file can hold, on a small stack.
+#include <vector>
+
+#include "tests/registry/filetree/DamagedFile.h"
+
+namespace tamu::registry {
+
+namespace {
+
+// Each level hangs from the one before, as CreateKey hangs it, without searching from the root
+// again.
+TEST(FileTreeDepth, TenThousandLevelsAreCreatedAndFoundOnASmallStack) {
+  constexpr unsigned int kLevels = 10000;
+  TempDir dir;
+  const std::string path = dir / "a.rce";
+  TernaryFile store;
+  ASSERT_EQ(store.CreateRegistryFile(path.c_str(), 65536), 0u);
+  ASSERT_EQ(store.Initialize(path.c_str()), 0u);
+  TernaryRegistry tree(&store, nullptr);
+  tree.ShareStore();
+  ASSERT_EQ(tree.Initialize(nullptr), 0u);
+  unsigned int deepest = 0x100;
+  for (unsigned int level = 1; level < kLevels; ++level) {
+    unsigned int key = 0;
+    unsigned int node = 0;
+    ASSERT_EQ(tree.CreateKeyNode(0, kAdmin, 0x0F, 0, &key, false, false), 0u);
+    ASSERT_EQ(tree.CreateStringNode(0, "a", &node, key), 0u);
+    TernaryStringNode parent;
+    ASSERT_EQ(store.ReadNodeInBuffer(deepest, &parent), 0u);
+    parent.setChild(node);
+    ASSERT_EQ(store.WriteNode(0, deepest, &parent, false), 0u);
+    deepest = node;
+  }
+  const std::string above = Repeated("a/", kLevels - 1);
+  const std::string key = above + "a";
+  std::vector<unsigned int> answers;
+  OnSmallStack([&] {
+    unsigned int node = 0;
+    unsigned int id = 0;
+    unsigned long long number = 0;
+    answers = {tree.FindKey(nullptr, key.c_str(), &node, &id),
+               tree.CreateKey(kAdmin, nullptr, key.c_str(), 5, true),
+               tree.CreateKey(kAdmin, nullptr, key.c_str(), 5, true),
+               tree.CreateKey(kAdmin, nullptr, (key + "/b").c_str(), 0, false),
+               tree.FindKey(nullptr, (key + "/b").c_str(), &node, &id),
+               tree.GetDefaultValue(kAdmin, nullptr, key.c_str(), &number),
+               tree.CreateValue(kAdmin, nullptr, key.c_str(), "v", number, true),
+               tree.DeleteValue(kAdmin, nullptr, key.c_str(), "v")};
+  });
+  EXPECT_EQ(answers, std::vector<unsigned int>({2, 0, 17, 0, 0, 0, 0, 0}));
+  tree.Finalize();
+  store.Finalize();
+}
+
+TEST(FileTreeDepth, AChainOfThousandsOfNodesIsWalkedOnASmallStack) {
+  constexpr unsigned int kNodes = 5000;
+  TempDir dir;
+  const std::string path = dir / "a.rce";
+  TernaryFile store;
+  ASSERT_EQ(store.CreateRegistryFile(path.c_str(), 65536), 0u);
+  ASSERT_EQ(store.Initialize(path.c_str()), 0u);
+  TernaryRegistry tree(&store, nullptr);
+  tree.ShareStore();
+  ASSERT_EQ(tree.Initialize(nullptr), 0u);
+  unsigned int first = 0;  // of the chain, made from its end
+  for (unsigned int i = 0; i < kNodes; ++i) {
+    unsigned int node = 0;
+    ASSERT_EQ(tree.CreateStringNode(0, "a", &node, 0), 0u);
+    TernaryStringNode record;
+    ASSERT_EQ(store.ReadNodeInBuffer(node, &record), 0u);
+    if (i % 2 == 0) {
+      record.setHi(first);
+    } else {
+      record.setEqual(first);
+    }
+    ASSERT_EQ(store.WriteNode(0, node, &record, false), 0u);
+    first = node;
+  }
+  std::vector<unsigned int> ids(3 * kNodes);
+  unsigned int count = 0;
+  unsigned int answer = 77;
+  OnSmallStack([&] { answer = tree.ReadNodeTree(first, ids.data(), &count, 3 * kNodes); });
+  EXPECT_EQ(answer, 0u);
+  EXPECT_EQ(count, 3 * (kNodes - 1));  // the last node has no links
+  tree.Finalize();
+  store.Finalize();
+}
+
+}  // namespace
+
+}  // namespace tamu::registry

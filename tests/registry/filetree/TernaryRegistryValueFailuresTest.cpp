@@ -1,0 +1,136 @@
+// Values in a store that is full or cannot be written.
+#include "tests/platform/ChildProcess.h"
+#include "tests/registry/filetree/FileTreeRig.h"
+
+namespace tamu::registry {
+
+namespace {
+
+// A store whose data kind can grow no more and has a few blocks left.
+class FullDataRig {
+ public:
+  FullDataRig() : path(dir / "a.rce"), tree(&store, nullptr) {
+    tree.ShareStore();
+    EXPECT_EQ(store.CreateRegistryFile(path.c_str(), 65536), 0u);
+    EXPECT_EQ(store.Initialize(path.c_str()), 0u);
+    EXPECT_EQ(tree.Initialize(nullptr), 0u);
+    TernaryNodeDescriptor& data = store.Descriptor(NodeKind::kData);
+    while (data.tableCount < 20) EXPECT_EQ(store.ExpandFile(&data, 64, 2), 0u);
+    EXPECT_EQ(store.ExpandFile(&data, 64, 5), 0u);  // four blocks
+  }
+  ~FullDataRig() {
+    tree.Finalize();
+    store.Finalize();
+  }
+
+  unsigned int Blocks() { return store.Descriptor(NodeKind::kData).lastTable->freeCount(); }
+  unsigned int Values() { return store.Descriptor(NodeKind::kValue).lastTable->freeCount(); }
+  unsigned int Write(bool create, const char* name, unsigned int type, unsigned int size) {
+    std::string bytes = Pattern(size);
+    Value value = {type, size, bytes.data()};
+    return create ? tree.CreateValue(kAdmin, nullptr, "", name, &value)
+                  : tree.SetValue(kAdmin, nullptr, "", name, &value);
+  }
+  std::string Get(const char* name) {
+    ReadValue value;
+    const unsigned int result = tree.GetValue(kAdmin, nullptr, "", name, &value);
+    if (result != 0) return std::to_string(result);
+    return HexOf(std::string(static_cast<const char*>(value.data), value.size));
+  }
+
+  TempDir dir;
+  std::string path;
+  TernaryFile store;
+  TernaryRegistry tree;
+};
+
+TEST(FileTreeValues, CreatingAtAFullStoreChangesNothing) {
+  FullDataRig rig;
+  ASSERT_EQ(rig.Write(true, "old", 1, 64 * 3), 0u);
+  const unsigned int values = rig.Values();
+  const std::string key = HexOf(FileBytes(rig.path, kKeyArea + 24, 24));
+  EXPECT_EQ(rig.Write(true, "new", 1, 65), 75u);
+  EXPECT_EQ(rig.Values(), values);
+  EXPECT_EQ(rig.Blocks(), 1u);
+  EXPECT_EQ(HexOf(FileBytes(rig.path, kKeyArea + 24, 24)), key);
+  EXPECT_EQ(rig.Get("new"), "2");
+  EXPECT_EQ(rig.Get("old"), HexOf(Pattern(64 * 3)));
+  EXPECT_EQ(rig.Write(true, "new", 1, 64), 0u);
+  EXPECT_EQ(rig.Get("new"), HexOf(Pattern(64)));
+}
+
+// Of a number the blocks are of no use, and no failure.
+TEST(FileTreeValues, ANumberIsCreatedAtAFullStoreAllTheSame) {
+  FullDataRig rig;
+  ASSERT_EQ(rig.Write(true, "old", 1, 64 * 4), 0u);
+  EXPECT_EQ(rig.Write(true, "n", 0, 8), 0u);
+  EXPECT_EQ(rig.Get("n"), HexOf(Pattern(4)) + "00000000");
+}
+
+TEST(FileTreeValues, SettingAtAFullStoreLeavesTheValueUnset) {
+  FullDataRig rig;
+  ASSERT_EQ(rig.Write(true, "big", 1, 64 * 2), 0u);
+  ASSERT_EQ(rig.Write(true, "other", 1, 64), 0u);
+  EXPECT_EQ(rig.Write(false, "big", 3, 64 * 4), 75u);  // two were its own, one is free
+  EXPECT_EQ(rig.Get("big"), "53");
+  EXPECT_EQ(rig.Get("other"), HexOf(Pattern(64)));
+  EXPECT_EQ(rig.Blocks(), 3u);
+  EXPECT_EQ(HexOf(FileBytes(rig.path, kValueArea + 52 + 44, 4)), "00000000");
+  // Nothing is freed twice, nothing is shared.
+  EXPECT_EQ(rig.Write(false, "big", 3, 64 * 3), 0u);
+  EXPECT_EQ(rig.Blocks(), 0u);
+  EXPECT_EQ(rig.Get("big"), HexOf(Pattern(64 * 3)));
+  EXPECT_EQ(rig.Get("other"), HexOf(Pattern(64)));
+  EXPECT_EQ(rig.Write(false, "other", 1, 65), 75u);
+  EXPECT_EQ(rig.Get("big"), HexOf(Pattern(64 * 3)));
+  EXPECT_EQ(rig.Blocks(), 1u);
+}
+
+TEST(FileTreeValues, WithoutRoomForAValueNothingIsChanged) {
+  TempDir dir;
+  const std::string path = dir / "a.rce";
+  TernaryFile store;
+  ASSERT_EQ(store.CreateRegistryFile(path.c_str(), 65536), 0u);
+  ASSERT_EQ(store.Initialize(path.c_str()), 0u);
+  TernaryRegistry tree(&store, nullptr);
+  tree.ShareStore();
+  ASSERT_EQ(tree.Initialize(nullptr), 0u);
+  TernaryNodeDescriptor& values = store.Descriptor(NodeKind::kValue);
+  while (values.tableCount < 21) ASSERT_EQ(store.ExpandFile(&values, 52, 2), 0u);
+  ASSERT_EQ(tree.CreateValue(kAdmin, nullptr, "", "n", 1, true), 0u);
+  const std::string before = GetFile(path);
+  char bytes[] = "12345678";
+  Value value = {1, 8, bytes};
+  EXPECT_EQ(tree.CreateValue(kAdmin, nullptr, "", "m", 1, true), 75u);
+  EXPECT_EQ(tree.CreateValue(kAdmin, nullptr, "", "m", &value), 75u);
+  value.type = 0;
+  EXPECT_EQ(tree.CreateValue(kAdmin, nullptr, "", "m", &value), 75u);
+  EXPECT_EQ(GetFile(path), before);
+  tree.Finalize();
+  store.Finalize();
+}
+
+// A record that cannot be written is not reported, but the values before it stay.
+TEST(FileTreeValues, AValueThatCannotBeWrittenIsNotLinked) {
+  EXPECT_TRUE(InChild([] {
+    FileTreeRig rig;
+    if (rig.CreateNumber("", "old", 5) != 0) return false;
+    LimitFileSize(kValueArea + 52 * 2);
+    return rig.CreateNumber("", "new", 6) == 0 && rig.Get("", "new") == "2" &&
+           rig.Get("", "old") == "0 type 0: 0500000000000000";
+  }));
+}
+
+TEST(FileTreeValues, ADefaultValueThatCannotBeWrittenIsReported) {
+  EXPECT_TRUE(InChild([] {
+    FileTreeRig rig;
+    LimitFileSize(kKeyArea);
+    unsigned long long number = 0;
+    return rig.tree.SetDefaultValue(kAdmin, nullptr, "", 1, false) == 5 &&
+           rig.tree.GetDefaultValue(kAdmin, nullptr, "", &number) == 53;
+  }));
+}
+
+}  // namespace
+
+}  // namespace tamu::registry

@@ -1,0 +1,201 @@
+// Before the first header: as the real calls have it.
+#define _FILE_OFFSET_BITS 64
+#define _TIME_BITS 64
+
+#include "tests/support/FaultCalls.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <map>
+
+#include "platform/posix/PosixCalls.h"
+
+namespace faults {
+namespace {
+
+// What a file holds on the disk, which is not what its readers see once a call was lost.
+struct DiskImage {
+  bool exists = false;
+  std::string bytes;
+};
+
+enum class Verdict { kWork, kHalf, kFail };
+
+Mode sMode = Mode::kNone;
+unsigned int sNumber = 0;
+unsigned int sCount = 0;
+unsigned int sStruck = 0;
+std::map<int, std::string> sPaths;       // of the open descriptors
+std::map<std::string, DiskImage> sDisk;  // files with lost calls
+
+DiskImage Load(const std::string& path) {
+  DiskImage image;
+  std::FILE* file = std::fopen(path.c_str(), "rb");
+  if (file == nullptr) return image;
+  image.exists = true;
+  char chunk[4096];
+  for (size_t got = 0; (got = std::fread(chunk, 1, sizeof chunk, file)) > 0;) {
+    image.bytes.append(chunk, got);
+  }
+  std::fclose(file);
+  return image;
+}
+
+// Counts a call on the file and tells what becomes of it.
+Verdict Judge(const std::string& path, bool isWrite) {
+  const unsigned int call = sCount++;
+  const bool at = call == sNumber;
+  const bool from = call >= sNumber;
+  Verdict verdict = Verdict::kWork;
+  switch (sMode) {
+    case Mode::kNone:
+      break;
+    case Mode::kFailOnce:
+      if (at) verdict = Verdict::kFail;
+      break;
+    case Mode::kFailFrom:
+      if (from) verdict = Verdict::kFail;
+      break;
+    case Mode::kShortOnce:
+      if (at && isWrite) verdict = Verdict::kHalf;
+      break;
+    case Mode::kTearFrom:
+      if (from) verdict = at && isWrite ? Verdict::kHalf : Verdict::kFail;
+      break;
+    case Mode::kLoseFrom:
+      if (from) {
+        ++sStruck;
+        if (sDisk.count(path) == 0) sDisk[path] = Load(path);
+      }
+      break;
+  }
+  if (verdict != Verdict::kWork) ++sStruck;
+  return verdict;
+}
+
+const std::string& PathOf(int fd) {
+  return sPaths[fd];
+}
+
+int Opened(int fd, const char* path) {
+  if (fd < 0) return -errno;
+  sPaths[fd] = path;
+  return fd;
+}
+
+}  // namespace
+
+void Arm(Mode mode, unsigned int number) {
+  sMode = mode;
+  sNumber = number;
+  sCount = 0;
+  sStruck = 0;
+  sDisk.clear();
+}
+
+void Disarm() {
+  sMode = Mode::kNone;
+}
+
+unsigned int Count() {
+  return sCount;
+}
+
+unsigned int Struck() {
+  return sStruck;
+}
+
+void PowerReturns() {
+  Disarm();
+  for (const auto& [path, image] : sDisk) {
+    if (!image.exists) {
+      std::remove(path.c_str());
+      continue;
+    }
+    std::FILE* file = std::fopen(path.c_str(), "wb");
+    if (file == nullptr) continue;
+    std::fwrite(image.bytes.data(), 1, image.bytes.size(), file);
+    std::fclose(file);
+  }
+  sDisk.clear();
+}
+
+const char* Name(Mode mode) {
+  switch (mode) {
+    case Mode::kNone:
+      return "none";
+    case Mode::kFailOnce:
+      return "fail once";
+    case Mode::kFailFrom:
+      return "fail from";
+    case Mode::kShortOnce:
+      return "short once";
+    case Mode::kTearFrom:
+      return "tear from";
+    case Mode::kLoseFrom:
+      return "lose from";
+  }
+  return "?";
+}
+
+}  // namespace faults
+
+namespace posix {
+
+using faults::Verdict;
+
+int Open(const char* path) {
+  return faults::Opened(open(path, O_RDWR | O_CLOEXEC), path);
+}
+
+int OpenEmpty(const char* path) {
+  if (faults::Judge(path, false) == Verdict::kFail) return -ENOSPC;
+  return faults::Opened(open(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666), path);
+}
+
+bool Close(int fd) {
+  faults::sPaths.erase(fd);
+  return close(fd) == 0;
+}
+
+bool IsRegular(int fd) {
+  struct stat info;
+  return fstat(fd, &info) == 0 && S_ISREG(info.st_mode);
+}
+
+long long Length(int fd) {
+  return lseek(fd, 0, SEEK_END);
+}
+
+bool SameFile(int fd, const char* path) {
+  struct stat here;
+  struct stat there;
+  if (fstat(fd, &here) != 0 || stat(path, &there) != 0) return false;
+  return here.st_dev == there.st_dev && here.st_ino == there.st_ino;
+}
+
+long PositionedRead(int fd, void* buffer, unsigned int size, unsigned long long offset) {
+  return pread(fd, buffer, size, static_cast<off_t>(offset));
+}
+
+// Half of a single byte is none, and writing none would be a failure.
+long PositionedWrite(int fd, const void* data, unsigned int size, unsigned long long offset) {
+  const Verdict verdict = faults::Judge(faults::PathOf(fd), true);
+  if (verdict == Verdict::kFail) {
+    errno = EIO;
+    return -1;
+  }
+  if (verdict == Verdict::kHalf && size > 1) size /= 2;
+  return pwrite(fd, data, size, static_cast<off_t>(offset));
+}
+
+bool Truncate(int fd, unsigned int length) {
+  if (faults::Judge(faults::PathOf(fd), false) == Verdict::kFail) return false;
+  return ftruncate(fd, static_cast<off_t>(length)) == 0;
+}
+
+}  // namespace posix

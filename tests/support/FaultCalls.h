@@ -1,0 +1,33 @@
+// System calls that fail when they are told to: linked in place of the real ones.
+//
+// The calls that change a file are counted: each write, each change of a length, each making or
+// emptying of a file. At one of them the fault strikes. Not thread-safe.
+#pragma once
+
+#include <string>
+
+namespace faults {
+
+enum class Mode {
+  kNone,       // nothing fails; calls are counted
+  kFailOnce,   // the call with the number fails and does nothing
+  kFailFrom,   // it and all later ones do
+  kShortOnce,  // it writes half of its bytes and says so; other calls than writes do their work
+  kTearFrom,   // it writes half of its bytes and says so, all later ones fail: a disk that is full
+  kLoseFrom,   // it and all later ones succeed, but are gone when the power returns (PowerReturns)
+};
+
+// Starts counting anew: the next call that changes a file has number 0.
+void Arm(Mode mode, unsigned int number);
+// Nothing fails any more. Calls that were lost stay lost.
+void Disarm();
+// Calls counted since Arm.
+unsigned int Count();
+// Calls since Arm that failed, were shortened or lost.
+unsigned int Struck();
+// After kLoseFrom: every file becomes what it was before its first lost call. The files are closed.
+void PowerReturns();
+
+const char* Name(Mode mode);
+
+}  // namespace faults

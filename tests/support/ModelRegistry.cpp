@@ -1,0 +1,318 @@
+#include "tests/support/ModelRegistry.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr unsigned kAdministrator = 65535;
+constexpr size_t kRunMax = 16;
+constexpr unsigned kRead = 1, kModify = 2, kCreate = 4, kDelete = 8;
+
+unsigned BlocksOf(const std::string& bytes) {
+  return static_cast<unsigned>((bytes.size() + 63) / 64);
+}
+
+// Up to four bytes as a number, the first one lowest.
+unsigned Word(const std::string& bytes, size_t from) {
+  unsigned word = 0;
+  for (size_t i = from; i < from + 4 && i < bytes.size(); ++i) {
+    word |= static_cast<unsigned>(static_cast<unsigned char>(bytes[i])) << (8 * (i - from));
+  }
+  return word;
+}
+
+// The character at `p`, or the terminator.
+char At(const std::string& path, size_t p) {
+  return p < path.size() ? path[p] : '\0';
+}
+
+bool IsLower(char a, char b) {
+  return static_cast<signed char>(a) < static_cast<signed char>(b);
+}
+
+}  // namespace
+
+ModelRegistry::ModelRegistry() : root_(NewNode()) {
+  root_->key = std::make_unique<ModelKey>();
+  root_->key->owner = kAdministrator;
+  root_->key->permission = 0x5F;
+  root_->key->isRoot = true;
+}
+
+ModelRegistry::Node* ModelRegistry::NewNode() {
+  nodes_.push_back(std::make_unique<Node>());
+  return nodes_.back().get();
+}
+
+ModelRegistry::Place ModelRegistry::Search(const std::string& path) {
+  Place place;
+  place.node = root_;
+  place.parent = root_;
+  place.position = At(path, 0) == '/' ? 1 : 0;
+  place.link = &root_->child;
+  if (At(path, place.position) == 0) {
+    place.isFound = true;
+    return place;
+  }
+  while (*place.link != nullptr) {
+    place.toNode = place.link;
+    place.node = *place.link;
+    place.link = nullptr;
+    if (SearchNode(path, &place)) break;
+  }
+  return place;
+}
+
+// Goes through one node. True when the search ends there; otherwise `link` is where it goes on.
+bool ModelRegistry::SearchNode(const std::string& path, Place* place) {
+  Node* node = place->node;
+  for (size_t k = 0; k < node->run.size(); ++k) {
+    const size_t p = place->position + k;
+    if (At(path, p) == node->run[k] && At(path, p + 1) != 0) continue;
+    place->cut = static_cast<int>(k);
+    return true;
+  }
+  place->position += node->run.size();
+  const char c = At(path, place->position);
+  if (c != node->branch) {
+    place->link = IsLower(c, node->branch) ? &node->lo : &node->hi;
+    return false;
+  }
+  const char next = At(path, ++place->position);
+  if (next == 0) {
+    place->isFound = node->key != nullptr;
+    return true;
+  }
+  if (next != '/') {
+    place->link = &node->equal;
+    return false;
+  }
+  if (At(path, ++place->position) == 0) {
+    place->isFound = true;  // with or without a key
+    return true;
+  }
+  place->parent = node;
+  place->link = &node->child;
+  return false;
+}
+
+bool ModelRegistry::MayDo(const ModelKey* key, unsigned user, unsigned right) {
+  if (key == nullptr) return false;
+  const bool isOwner = user == kAdministrator || user == key->owner;
+  return ((isOwner ? key->permission : key->permission >> 4) & right) != 0;
+}
+
+unsigned ModelRegistry::Reach(unsigned user, const std::string& path, unsigned right,
+                              ModelKey** key) {
+  const Place place = Search(path);
+  if (!place.isFound) return 2;
+  *key = place.node->key.get();
+  return MayDo(*key, user, right) ? 0 : 1;
+}
+
+// Puts a new node with the run up to the cut above the node.
+ModelRegistry::Node* ModelRegistry::Cut(const Place& place) {
+  const size_t cut = static_cast<size_t>(place.cut);
+  Node* upper = NewNode();
+  upper->run = place.node->run.substr(0, cut);
+  upper->branch = place.node->run[cut];
+  upper->equal = place.node;
+  place.node->run.erase(0, cut + 1);
+  *place.toNode = upper;
+  return upper;
+}
+
+// The chain of nodes for a name of one component, seventeen characters a node.
+ModelRegistry::Node* ModelRegistry::NewName(const std::string& name,
+                                            std::unique_ptr<ModelKey>* key) {
+  Node* first = nullptr;
+  Node** link = &first;
+  for (size_t p = 0; p < name.size();) {
+    const size_t length = std::min(kRunMax, name.size() - p - 1);
+    Node* node = NewNode();
+    node->run = name.substr(p, length);
+    node->branch = name[p + length];
+    p += length + 1;
+    if (p == name.size()) node->key = std::move(*key);
+    *link = node;
+    link = &node->equal;
+  }
+  return first;
+}
+
+unsigned ModelRegistry::CreateKey(unsigned user, const std::string& path,
+                                  unsigned long long defaultValue, bool isDefaultSet) {
+  const Place place = Search(path);
+  if (place.isFound) return 17;
+  const ModelKey* parent = place.parent->key.get();
+  if (!MayDo(parent, user, kCreate)) return 1;
+  auto key = std::make_unique<ModelKey>();
+  key->owner = user;
+  key->permission = parent->isRoot ? 0x0F : parent->permission;
+  key->isDefaultSet = isDefaultSet;
+  key->defaultValue = defaultValue;
+
+  Node* target = place.node;
+  Node** link = place.link;
+  size_t position = place.position;
+  if (place.cut >= 0) {
+    target = Cut(place);
+    position += static_cast<size_t>(place.cut);
+    link = IsLower(At(path, position), target->branch) ? &target->lo : &target->hi;
+    // A path whose last character stands at the cut ends there, whatever that character is.
+    if (position + 1 == path.size()) ++position;
+  }
+  const std::string rest = path.substr(position);
+  if (const size_t slash = rest.find('/'); slash != std::string::npos) {
+    lostStringNodes_ += static_cast<unsigned>(1 + slash / (kRunMax + 1));
+    return 22;
+  }
+  ++keyCount_;
+  if (rest.empty()) {
+    target->key = std::move(key);
+  } else {
+    *link = NewName(rest, &key);
+  }
+  return 0;
+}
+
+unsigned ModelRegistry::GetDefaultValue(unsigned user, const std::string& path,
+                                        unsigned long long* number) {
+  ModelKey* key = nullptr;
+  const unsigned result = Reach(user, path, kRead, &key);
+  if (result != 0) return result;
+  if (!key->isDefaultSet) return 53;
+  *number = key->defaultValue;
+  return 0;
+}
+
+unsigned ModelRegistry::SetDefaultValue(unsigned user, const std::string& path,
+                                        unsigned long long number) {
+  ModelKey* key = nullptr;
+  const unsigned result = Reach(user, path, kModify, &key);
+  if (result != 0) return result;
+  key->isDefaultSet = true;
+  key->defaultValue = number;
+  return 0;
+}
+
+// The newest value of the name; null when there is none.
+ModelValue* ModelRegistry::Find(ModelKey* key, const std::string& name) {
+  for (size_t i = key->values.size(); i > 0; --i) {
+    if (key->values[i - 1].name == name) return &key->values[i - 1];
+  }
+  return nullptr;
+}
+
+unsigned ModelRegistry::CreateValue(unsigned user, const std::string& path, const std::string& name,
+                                    unsigned type, const std::string* data) {
+  if (name.empty()) return 22;
+  const bool isNumber = data == nullptr || type == 0;
+  if (!isNumber && data->size() > 1024) return 75;
+  ModelKey* key = nullptr;
+  const unsigned result = Reach(user, path, kCreate, &key);
+  if (result != 0) return result;
+  if (!isNumber && type > 5) return 53;
+  ModelValue value;
+  value.name = name.substr(0, 31);
+  if (isNumber) {
+    value.size = 8;
+    value.isSet = data != nullptr;
+    if (data != nullptr) value.low = Word(*data, 0);
+    if (data != nullptr) value.high = Word(*data, 4);
+  } else {
+    value.type = type;
+    value.size = static_cast<unsigned>(data->size());
+    value.isSet = !data->empty();
+    value.bytes = *data;
+    blockCount_ += BlocksOf(*data);
+  }
+  key->values.push_back(value);
+  ++valueCount_;
+  return 0;
+}
+
+unsigned ModelRegistry::SetValue(unsigned user, const std::string& path, const std::string& name,
+                                 unsigned type, const std::string& data) {
+  if (data.size() > 1024) return 75;
+  ModelKey* key = nullptr;
+  const unsigned result = Reach(user, path, kModify, &key);
+  if (result != 0) return result;
+  if (type > 5) return 53;
+  ModelValue* value = Find(key, name);
+  if (value == nullptr) return 2;
+  blockCount_ -= BlocksOf(value->bytes);
+  value->type = type;
+  value->size = static_cast<unsigned>(data.size());
+  value->isSet = true;
+  value->bytes = type == 0 ? std::string() : data;
+  if (type == 0) value->low = Word(data, 0);
+  blockCount_ += BlocksOf(value->bytes);
+  return 0;
+}
+
+unsigned ModelRegistry::GetValue(unsigned user, const std::string& path, const std::string& name,
+                                 unsigned* type, std::string* bytes) {
+  ModelKey* key = nullptr;
+  const unsigned result = Reach(user, path, kRead, &key);
+  if (result != 0) return result;
+  const ModelValue* value = Find(key, name);
+  if (value == nullptr) return 2;
+  if (!value->isSet) return 53;
+  *type = value->type;
+  *bytes = value->bytes;
+  if (value->type == 0) {
+    bytes->clear();
+    for (unsigned i = 0; i < 4; ++i) *bytes += static_cast<char>(value->low >> (8 * i) & 0xFF);
+    bytes->resize(value->size);
+  }
+  return 0;
+}
+
+unsigned ModelRegistry::DeleteValue(unsigned user, const std::string& path,
+                                    const std::string& name) {
+  ModelKey* key = nullptr;
+  const unsigned result = Reach(user, path, kDelete, &key);
+  if (result != 0) return result;
+  const ModelValue* value = Find(key, name);
+  if (value == nullptr) return 2;
+  const unsigned blocks = BlocksOf(value->bytes);
+  blockCount_ -= blocks;
+  lostBlocks_ += blocks;
+  --valueCount_;
+  key->values.erase(key->values.begin() + (value - key->values.data()));
+  return 0;
+}
+
+std::map<std::string, DecodedKey> ModelRegistry::Tree() const {
+  std::map<std::string, DecodedKey> tree;
+  std::vector<std::pair<const Node*, std::string>> pending = {{root_, ""}};
+  const auto visit = [&](const Node* node, const std::string& prefix) {
+    if (node != nullptr) pending.emplace_back(node, prefix);
+  };
+  while (!pending.empty()) {
+    const auto [node, prefix] = pending.back();
+    pending.pop_back();
+    const bool isRoot = node == root_;
+    const std::string name = isRoot ? "" : prefix + node->run + node->branch;
+    visit(node->lo, prefix + node->run);
+    visit(node->hi, prefix + node->run);
+    visit(node->equal, name);
+    visit(node->child, isRoot ? "" : name + "/");
+    if (node->key == nullptr) continue;
+    const ModelKey& key = *node->key;
+    DecodedKey decoded = {key.owner,
+                          key.permission,
+                          (key.isDefaultSet ? 1u : 0u) | (key.isRoot ? 2u : 0u),
+                          key.defaultValue,
+                          {}};
+    for (size_t i = key.values.size(); i > 0; --i) {
+      const ModelValue& value = key.values[i - 1];
+      const unsigned long long high = value.high;
+      decoded.values.push_back({value.name, value.type, value.isSet, value.size, value.bytes,
+                                value.type == 0 ? high << 32 | value.low : 0});
+    }
+    tree.emplace(name, decoded);
+  }
+  return tree;
+}
