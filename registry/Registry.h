@@ -32,17 +32,17 @@ class TernaryRegistry;
 // thread.
 //
 // Operations answer a status of registry/RegistryStatus.h (StatusText tells it in words): kNoRight
-// on an object that is not initialised, before anything else is looked at; kBadArgument for null
+// on an object that is not initialised, before its arguments are looked at; kBadArgument for null
 // pointers where a text or place is needed and for invalid handles; kNoRight, kNotFound, kExists,
 // kNoData, kLimit as told; kNoSpace, kInputOutput, kNoMemory and kInvalidFile when the file cannot
 // grow, cannot be read or written, memory is short, or the file is damaged. Outputs are written
-// only with kOk.
+// only with kOk. docs/behaviour.md tells what may surprise.
 //
 // Keys are named by a handle and a path. Handle 0: the path starts at the root, and the file is
 // asked directly. Another handle comes from OpenKey. Components of a path are separated by "/", one
-// leading
-// "/" is ignored, bytes count exactly; null and "" name the handle's own key. An operation with
-// handle 0 closes every handle of the file, whoever opened it.
+// leading "/" is ignored, bytes count exactly; "" names the handle's own key, and so does null in
+// CreateKey, DeleteKey, DeleteValue, ListKeys and ListValues (elsewhere: kBadArgument). An
+// operation with handle 0 closes every handle of the file, whoever opened it.
 //
 // Rights: a key's permission byte holds the owner's rights in the low nibble, everybody else's in
 // the high one: 1 read, 2 modify, 4 create, 8 delete.
@@ -86,10 +86,12 @@ class YAX_API Registry {
   // ---- keys (RegistryKeys.cpp)
 
   // Creates the last component; its parent must exist (kBadArgument) and give the right to create.
-  // The key gets the default value, or none. kExists. Without a handle, a key whose name is the
-  // beginning of a longer one that exists ("ab" next to "abc"): from then on only the calling
-  // thread can make operations without a handle, all other threads' wait for as long as it lives.
-  // Create such keys before the longer ones.
+  // The key gets the default value, or none. kExists.
+  //
+  // Beware, without a handle: a key that ends inside an existing longer name ("ab" or "ax" next to
+  // "abc") leaves a lock with the calling thread. All other threads' operations without a handle
+  // wait from then on, for as long as the registry is open. Create such keys before the longer
+  // ones.
   unsigned int CreateKey(unsigned int handle, const char* keyPath, unsigned long long defaultValue);
   unsigned int CreateKey(unsigned int handle, const char* keyPath);
   unsigned int DeleteKey(unsigned int handle, const char* keyPath);

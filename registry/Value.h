@@ -26,7 +26,8 @@ inline void FreeValueData(Value& value) {
   value.size = 0;
 }
 
-// A value to read into, as often as needed: frees the buffer it was given.
+// A value to read into, as often as needed: frees the buffer it was given. Not for
+// kValueTypeOffset, which reads into the caller's own.
 class ReadValue : public Value {
  public:
   explicit ReadValue(unsigned int requestedType = kValueTypeAny)

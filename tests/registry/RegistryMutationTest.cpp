@@ -54,7 +54,7 @@ size_t PickOffset(std::mt19937& random) {
 }
 
 void Mutate(std::mt19937& random, std::string* file) {
-  const unsigned int changes = 1 + random() % 6;
+  const unsigned int changes = static_cast<unsigned int>(1 + random() % 6);
   for (unsigned int i = 0; i < changes; ++i) {
     const size_t at = PickOffset(random);
     switch (random() % 4) {

@@ -204,6 +204,30 @@ TEST(FileTree, FinalizeDestroysTheStoreItWasGiven) {
   EXPECT_EQ(AnswersOf(tree), kAll1);
 }
 
+TEST(FileTree, ATreeThatGoesWithoutFinalizeLeavesTheStoreItWasGiven) {
+  TempDir folder;
+  TernaryFile store;
+  ASSERT_EQ(store.CreateRegistryFile((folder / "store.rce").c_str(), 65536), 0u);
+  ASSERT_EQ(store.Initialize((folder / "store.rce").c_str()), 0u);
+  {
+    TernaryRegistry tree(&store, nullptr);
+    EXPECT_EQ(tree.Initialize(nullptr), 0u);
+  }
+  EXPECT_EQ(store.GetStartNode('a'), 0x100u);
+  store.Finalize();
+}
+
+TEST(FileTree, OpeningAgainLeavesTheFirstFile) {
+  TempDir folder;
+  TernaryRegistry tree(nullptr, nullptr);
+  ASSERT_EQ(tree.Initialize((folder / "first.rce").c_str()), 0u);
+  ASSERT_EQ(tree.Initialize((folder / "second.rce").c_str()), 0u);
+  ASSERT_EQ(tree.CreateKey(0xFFFF, nullptr, "key", 0, false), 0u);
+  EXPECT_EQ(tree.Finalize(), 0u);
+  EXPECT_EQ(GetFile(folder / "first.rce").size(), 75888u);
+  EXPECT_TRUE(GetFile(folder / "first.rce") != GetFile(folder / "second.rce"));
+}
+
 TEST(FileTree, ASharedStoreOutlivesTheTree) {
   TempDir dir;
   const std::string path = dir / "a.rce";

@@ -223,5 +223,52 @@ TEST_F(ProcessFileTest, AStoreIsClosedWhenAnotherFileIsCreated) {
   EXPECT_TRUE(Bytes() == before);
 }
 
+TEST_F(ProcessFileTest, AFailedOpeningLeavesTheOtherStoreOpen) {
+  EXPECT_EQ(other.Initialize((dir / "missing.rce").c_str()), 9u);
+  EXPECT_TRUE(other.PathMissing());
+  EXPECT_EQ(other.Initialize((dir / ".").c_str()), 9u);
+  EXPECT_FALSE(other.PathMissing());
+  EXPECT_EQ(other.CreateRegistryFile((dir / "no/folder.rce").c_str(), 0), 28u);
+  EXPECT_EQ(other.Finalize(), 0u);
+  EXPECT_EQ(Take(NodeKind::kKey), 0x200u);
+}
+
+TEST_F(ProcessFileTest, AStoreThatFailedToOpenClosesNothing) {
+  std::string bytes = GetFile(otherPath);
+  SetU32(bytes, 8, 3);
+  PutFile(otherPath, bytes);
+  store.Finalize();
+  EXPECT_EQ(other.Initialize(otherPath.c_str()), 59u);
+  SetU32(bytes, 8, 2);
+  PutFile(otherPath, bytes);
+  EXPECT_EQ(store.Initialize(otherPath.c_str()), 0u);
+  EXPECT_EQ(other.Finalize(), 0u);
+  EXPECT_EQ(Take(NodeKind::kKey), 0x200u);
+}
+
+// Its tables are those of an opening that is over.
+TEST_F(ProcessFileTest, AReplacedStoreStaysClosedWhenAThirdOpensItsPath) {
+  ASSERT_EQ(other.Initialize(otherPath.c_str()), 0u);
+  ASSERT_EQ(other.Finalize(), 0u);
+  TernaryFile third;
+  ASSERT_EQ(third.Initialize(path.c_str()), 0u);
+  unsigned int id = 0;
+  EXPECT_EQ(store.AcquireSlot(0, NodeKind::kKey, &id), 5u);
+  EXPECT_EQ(store.Finalize(), 0u);
+  EXPECT_EQ(third.AcquireSlot(0, NodeKind::kKey, &id), 0u);
+  EXPECT_EQ(id, 0x200u);
+  third.Finalize();
+}
+
+TEST_F(ProcessFileTest, TheSamePathToAnotherFileIsAnotherFile) {
+  const std::string before = Bytes();
+  ASSERT_EQ(std::rename(path.c_str(), (dir / "moved.rce").c_str()), 0);
+  PutFile(path, before);
+  ASSERT_EQ(other.Initialize(path.c_str()), 0u);
+  unsigned int id = 0;
+  EXPECT_EQ(store.AcquireSlot(0, NodeKind::kKey, &id), 5u);
+  EXPECT_TRUE(Bytes() == before);
+}
+
 }  // namespace
 }  // namespace tamu::registry::storetests

@@ -20,7 +20,7 @@ constexpr unsigned int kRecordSizes[4] = {40, 24, 52, 64};
 constexpr NodeKind kKinds[4] = {NodeKind::kString, NodeKind::kKey, NodeKind::kValue,
                                 NodeKind::kData};
 
-inline unsigned int U32At(const std::string& bytes, unsigned long long offset) {
+inline unsigned int U32At(const std::string& bytes, size_t offset) {
   unsigned int value = 0;
   for (unsigned int i = 4; i > 0; --i) {
     const bool there = offset + i <= bytes.size();

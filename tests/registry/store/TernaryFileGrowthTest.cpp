@@ -220,5 +220,24 @@ TEST_F(TernaryFileGrowthTest, DoesNotGrowOverTheRestOfADamagedChain) {
   EXPECT_TRUE(Bytes() == bytes);
 }
 
+// A header that is rewritten elsewhere than where it is read loses what was appended.
+TEST_F(TernaryFileGrowthTest, AHeaderThatIsNotInItsPlaceIsNotRewritten) {
+  for (unsigned int place : {84u, 4100u, 4179u, 4181u, 0u, 0xFFFFFFFFu}) {
+    SCOPED_TRACE(place);
+    Damage(4184, place);
+    const std::string before = Bytes();
+    EXPECT_EQ(store.ExpandFile(&store.Descriptor(NodeKind::kKey), 24, 500), 59u);
+    EXPECT_EQ(store.SetStartNode('a', 0x100), 59u);
+    EXPECT_TRUE(Bytes() == before);
+    EXPECT_TRUE(TernaryFile::file.IsOpen());
+  }
+}
+
+TEST_F(TernaryFileGrowthTest, ALengthFarBeyondTheFileIsNotBelieved) {
+  Damage(4212, 0x7FF00000);
+  EXPECT_EQ(store.ExpandFile(&store.Descriptor(NodeKind::kKey), 24, 500), 59u);
+  EXPECT_EQ(Bytes().size(), kNewFileSize);
+}
+
 }  // namespace
 }  // namespace tamu::registry::storetests

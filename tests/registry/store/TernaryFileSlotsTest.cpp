@@ -162,7 +162,10 @@ TEST_F(TernaryFileSlotsTest, AFreeListThatEndsTooEarlyIsNotTaken) {
   EXPECT_EQ(store.AcquireNodeIndexes(0, indexes, Table(NodeKind::kData), 3), 59u);
   EXPECT_TRUE(Bytes() == before);
   EXPECT_EQ(Table(NodeKind::kData)->freeCount(), 364u);
-  EXPECT_EQ(store.AcquireNodeIndexes(0, indexes, Table(NodeKind::kData), 2), 0u);
+  // Nor is its last slot: an entry 0 may as well mean that the slot is in use.
+  EXPECT_EQ(store.AcquireNodeIndexes(0, indexes, Table(NodeKind::kData), 2), 59u);
+  EXPECT_EQ(store.AcquireNodeIndexes(0, indexes, Table(NodeKind::kData), 1), 0u);
+  EXPECT_EQ(indexes[0], 1u);
 }
 
 TEST_F(TernaryFileSlotsTest, AFreeListInACircleIsNotTaken) {
@@ -269,6 +272,23 @@ TEST_F(TernaryFileSlotsTest, NullPointersAndIdZeroAnswer22) {
   EXPECT_EQ(Acquire(NodeKind::kKey, nullptr), 22u);
   EXPECT_EQ(store.ReleaseSlot(0, NodeKind::kKey, 0), 22u);
   EXPECT_TRUE(Bytes() == before);
+}
+
+// The entry of a used slot is 0, and a free list never leads there.
+TEST_F(TernaryFileSlotsTest, AFreeListThatLeadsToAUsedSlotIsRefused) {
+  TakeMany(NodeKind::kKey, 2);
+  Damage(kTables[1] + 32, 2);
+  const std::string before = Bytes();
+  unsigned int id = 0;
+  EXPECT_EQ(Acquire(NodeKind::kKey, &id), 59u);
+  EXPECT_TRUE(Bytes() == before);
+}
+
+TEST_F(TernaryFileSlotsTest, IndexesAreWrittenOnlyWithSuccess) {
+  Damage(kTables[3] + 32 + 4 * 3, 366);
+  unsigned int indexes[5] = {9, 9, 9, 9, 9};
+  EXPECT_EQ(store.AcquireNodeIndexes(0, indexes, Table(NodeKind::kData), 5), 59u);
+  for (unsigned int index : indexes) EXPECT_EQ(index, 9u);
 }
 
 }  // namespace

@@ -241,5 +241,28 @@ TEST_F(TernaryFileTablesTest, AnIdWithoutTableOrSlotLeadsNowhere) {
   EXPECT_EQ(offset, 4711u);
 }
 
+TEST_F(TernaryFileTablesTest, TablesAndAreasThatOverlapAreRefused) {
+  struct {
+    unsigned int offset, value;
+    NodeKind kind;
+  } const rows[] = {
+      {kTables[2] + 8, kAreas[1], NodeKind::kValue},        // values over keys
+      {kTables[3] + 8, kTables[0], NodeKind::kData},        // data over a table
+      {kTables[1] + 8, kAreas[0] + 40, NodeKind::kKey},     // keys inside strings
+      {kTables[0] + 8, kTables[0] + 32, NodeKind::kString}  // an area over its own table
+  };
+  const std::string sound = Bytes();
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.offset);
+    Reopen(sound);
+    Damage(row.offset, row.value);
+    EXPECT_TRUE(store.Descriptor(row.kind).damaged);
+    unsigned int id = 0;
+    const std::string before = Bytes();
+    EXPECT_EQ(Acquire(row.kind, &id), 59u);
+    EXPECT_TRUE(Bytes() == before);
+  }
+}
+
 }  // namespace
 }  // namespace tamu::registry::storetests
