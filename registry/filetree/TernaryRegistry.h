@@ -156,15 +156,33 @@ class TernaryRegistry : public RegistryInterface {
   using AccessScope = TernaryFile::AccessScope;
   using ChangeScope = TernaryFile::ChangeScope;
 
+  // A key, and one of its values, as read from the file.
+  struct Reached {
+    unsigned int keyId = 0;
+    TernaryKeyNode key;
+    unsigned int valueId = 0;
+    TernaryValueNode value;
+    unsigned int beforeId = 0;  // the value before it in the key's chain, 0 for the first
+  };
+
   unsigned int OpenOrCreateStore(const char* path);
   void DropMadeFile();
 
+  enum class Step { kGoOn, kFound, kMissed };
+  static Step Branch(const TernaryStringNode& node, const char* path, KeyMatchDescriptor* match,
+                     unsigned int* next);
   unsigned int Search(AccessScope& access, unsigned int startNode, const char* path,
                       KeyMatchDescriptor* match);
   unsigned int StartNodeOf(const void* tree);
   // Finds the key, reads it and checks the right.
   unsigned int ReachKey(AccessScope& access, unsigned int user, const void* tree, const char* path,
-                        unsigned char right, unsigned int* keyId, TernaryKeyNode* key);
+                        unsigned char right, Reached* reached);
+  // Finds the value in the key that was reached.
+  unsigned int FindInChain(AccessScope& access, const char* name, Reached* reached);
+  // Both.
+  unsigned int ReachValue(AccessScope& access, unsigned int user, const void* tree,
+                          const char* path, unsigned char right, const char* name,
+                          Reached* reached);
 
   unsigned int InheritPermission(AccessScope& access, const KeyMatchDescriptor& match,
                                  unsigned int user, unsigned char* permission);
@@ -173,13 +191,8 @@ class TernaryRegistry : public RegistryInterface {
   unsigned int EndNameAt(ChangeScope& changes, unsigned int target, unsigned int keyId);
   unsigned int ReleaseChain(ChangeScope& changes, unsigned int first);
 
-  unsigned int FindInChain(AccessScope& access, const TernaryKeyNode& key, const char* name,
-                           unsigned int* valueId, TernaryValueNode* record,
-                           unsigned int* beforeId = nullptr);
-  unsigned int LinkNewValue(ChangeScope& changes, unsigned int keyId, TernaryKeyNode* key,
-                            unsigned int valueId, TernaryValueNode* record);
-  unsigned int ReplaceData(ChangeScope& changes, const Value& value, unsigned int valueId,
-                           TernaryValueNode* record);
+  unsigned int LinkNewValue(ChangeScope& changes, Reached* reached);
+  unsigned int ReplaceData(ChangeScope& changes, const Value& value, Reached* reached);
 
   TernaryFile* file;             // the store; null: every operation answers kNoRight
   TernaryStringNode nodeBuffer;  // for ReadNodeTree

@@ -22,67 +22,73 @@ bool MatchesSegment(const TernaryStringNode& node, const char* path, int* cut) {
 
 }  // namespace
 
+// Compares the path at match->position with the node's split char and moves past what matched. The
+// search is over with kOk or kNotFound, or goes on at *next, where 0 is a missing name.
+TernaryRegistry::Step TernaryRegistry::Branch(const TernaryStringNode& node, const char* path,
+                                              KeyMatchDescriptor* match, unsigned int* next) {
+  unsigned int& p = match->position;
+  const signed char c = static_cast<signed char>(path[p]);
+  if (c != node.splitChar() || c == 0) {
+    *next = c < node.splitChar() ? node.lo() : node.hi();
+    return Step::kGoOn;
+  }
+  match->flags = KeyMatchDescriptor::kMatchEqual;
+  ++p;
+  if (path[p] == 0) {
+    if (!node.hasKey()) return Step::kMissed;
+    match->keyNode = node.keyNode();
+    return Step::kFound;
+  }
+  if (path[p] != '/') {
+    *next = node.equal();
+    return Step::kGoOn;
+  }
+  ++p;
+  if (path[p] == 0) {
+    match->keyNode = node.keyNode();  // a name without key counts, as key 0
+    return Step::kFound;
+  }
+  match->flags |= KeyMatchDescriptor::kMatchChild;
+  match->directory = match->node;
+  *next = node.child();
+  return Step::kGoOn;
+}
+
 unsigned int TernaryRegistry::Search(AccessScope& access, unsigned int startNode, const char* path,
                                      KeyMatchDescriptor* match) {
   if (path == nullptr) path = "";
   match->directory = startNode;
-  unsigned int p = path[0] == '/' ? 1 : 0;
   TernaryStringNode node;
   unsigned int result = access.Read(startNode, &node);
   if (result != status::kOk) return result;
   match->node = startNode;
-  if (path[p] == 0) {
+  match->position = path[0] == '/' ? 1 : 0;
+  if (path[match->position] == 0) {
     match->keyNode = node.keyNode();
     return status::kOk;
   }
-  match->position = p;
   if (node.child() == 0) {
     match->flags = KeyMatchDescriptor::kMatchChild;
     return status::kNotFound;
   }
   unsigned int next = node.child();
-  match->node = startNode;
   // More steps than there are nodes: the links form a circle.
   const unsigned int limit = file->Descriptor(NodeKind::kString).totalNodes + 1;
-  for (unsigned int steps = 0; steps < limit; ++steps) {
+  for (unsigned int steps = 0; next != 0; ++steps) {
+    if (steps >= limit) return status::kInvalidFile;
     match->previous = match->node;
     match->node = next;
     match->flags = 0;
-    match->position = p;
     result = access.Read(next, &node);
     if (result != status::kOk) return result;
     if (!node.HasValidSegment()) return status::kInvalidFile;
-    if (!MatchesSegment(node, path + p, &match->splitIndex)) return status::kNotFound;
-    p += node.segmentLength();
-    match->position = p;
-    const signed char c = static_cast<signed char>(path[p]);
-    if (c != node.splitChar() || c == 0) {
-      next = c < node.splitChar() ? node.lo() : node.hi();
-    } else {
-      match->flags = KeyMatchDescriptor::kMatchEqual;
-      ++p;
-      match->position = p;
-      if (path[p] == 0) {
-        if (!node.hasKey()) return status::kNotFound;
-        match->keyNode = node.keyNode();
-        return status::kOk;
-      }
-      next = node.equal();
-      if (path[p] == '/') {
-        ++p;
-        match->position = p;
-        if (path[p] == 0) {
-          match->keyNode = node.keyNode();  // a name without key counts, as key 0
-          return status::kOk;
-        }
-        match->flags |= KeyMatchDescriptor::kMatchChild;
-        match->directory = match->node;
-        next = node.child();
-      }
-    }
-    if (next == 0) return status::kNotFound;
+    if (!MatchesSegment(node, path + match->position, &match->splitIndex)) break;
+    match->position += node.segmentLength();
+    const Step step = Branch(node, path, match, &next);
+    if (step == Step::kFound) return status::kOk;
+    if (step == Step::kMissed) break;
   }
-  return status::kInvalidFile;
+  return status::kNotFound;
 }
 
 unsigned int TernaryRegistry::FindKey(unsigned int startNode, const char* path,
@@ -121,17 +127,15 @@ bool TernaryRegistry::isPermissible(const TernaryKeyNode* key, unsigned int user
 }
 
 unsigned int TernaryRegistry::ReachKey(AccessScope& access, unsigned int user, const void* tree,
-                                       const char* path, unsigned char right, unsigned int* keyId,
-                                       TernaryKeyNode* key) {
+                                       const char* path, unsigned char right, Reached* reached) {
   KeyMatchDescriptor match;
   unsigned int result = Search(access, StartNodeOf(tree), path, &match);
   if (result != status::kOk) return result;
   if (match.keyNode == 0) return status::kNoRight;  // a name without key
-  result = access.Read(match.keyNode, key);
+  result = access.Read(match.keyNode, &reached->key);
   if (result != status::kOk) return result;
-  if (!isPermissible(key, user, right)) return status::kNoRight;
-  *keyId = match.keyNode;
-  return status::kOk;
+  reached->keyId = match.keyNode;
+  return isPermissible(&reached->key, user, right) ? status::kOk : status::kNoRight;
 }
 
 }  // namespace tamu::registry

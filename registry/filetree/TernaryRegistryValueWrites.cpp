@@ -32,13 +32,11 @@ unsigned int TernaryRegistry::CreateValue(unsigned int user, void* tree, const c
   if (LacksArgument(name, value)) return status::kBadArgument;
   if (value->type == kValueTypeInteger && value->data == nullptr) return status::kBadArgument;
   ChangeScope changes(*file);
-  unsigned int keyId = 0;
-  TernaryKeyNode key;
-  unsigned int result = ReachKey(changes, user, tree, path, kCreate, &keyId, &key);
+  Reached reached;
+  unsigned int result = ReachKey(changes, user, tree, path, kCreate, &reached);
   if (result != status::kOk) return result;
   if (value->type > kValueTypeMax) return status::kNoData;
-  unsigned int valueId = 0;
-  result = file->AcquireSlot(changes.id(), NodeKind::kValue, &valueId);
+  result = file->AcquireSlot(changes.id(), NodeKind::kValue, &reached.valueId);
   if (result != status::kOk) return result;
   // A number's bytes are stored in blocks too, which nothing ever frees. Test:
   // FileTreeValues.ANumberCreatedFromAValueTakesBlocksThatNobodyFrees
@@ -47,11 +45,11 @@ unsigned int TernaryRegistry::CreateValue(unsigned int user, void* tree, const c
   if (value->size > 0) {
     result = file->WriteData(changes.id(), value->data, value->size, &block);
     if (result != status::kOk && !isNumber) {
-      file->ReleaseValueNode(changes.id(), valueId, nullptr);
+      file->ReleaseValueNode(changes.id(), reached.valueId, nullptr);
       return result;
     }
   }
-  TernaryValueNode record;
+  TernaryValueNode& record = reached.value;
   record.setName(name);
   record.setType(value->type);
   record.setSet(value->size != 0);
@@ -62,7 +60,7 @@ unsigned int TernaryRegistry::CreateValue(unsigned int user, void* tree, const c
   } else {
     record.setDataWord(block);
   }
-  return LinkNewValue(changes, keyId, &key, valueId, &record);
+  return LinkNewValue(changes, &reached);
 }
 
 unsigned int TernaryRegistry::CreateValue(unsigned int user, void* tree, const char* path,
@@ -71,35 +69,33 @@ unsigned int TernaryRegistry::CreateValue(unsigned int user, void* tree, const c
   if (file == nullptr) return status::kNoRight;
   if (name == nullptr) return status::kBadArgument;
   ChangeScope changes(*file);
-  unsigned int keyId = 0;
-  TernaryKeyNode key;
-  unsigned int result = ReachKey(changes, user, tree, path, kCreate, &keyId, &key);
+  Reached reached;
+  unsigned int result = ReachKey(changes, user, tree, path, kCreate, &reached);
   if (result != status::kOk) return result;
-  unsigned int valueId = 0;
-  result = file->AcquireSlot(changes.id(), NodeKind::kValue, &valueId);
+  result = file->AcquireSlot(changes.id(), NodeKind::kValue, &reached.valueId);
   if (result != status::kOk) return result;
-  TernaryValueNode record;
+  TernaryValueNode& record = reached.value;
   record.setName(name);
   record.setSet(set);
   record.setDataSize(TernaryValueNode::kInlineSize);
   record.setNumber(number);
-  return LinkNewValue(changes, keyId, &key, valueId, &record);
+  return LinkNewValue(changes, &reached);
 }
 
 // Puts the value at the head of the key's chain. Failed writes are not reported, but a value that
 // could not be written is never linked, so that the chain stays whole.
-unsigned int TernaryRegistry::LinkNewValue(ChangeScope& changes, unsigned int keyId,
-                                           TernaryKeyNode* key, unsigned int valueId,
-                                           TernaryValueNode* record) {
-  record->setNextValue(key->firstValue());
-  if (file->WriteValueNode(changes.id(), valueId, record, false) != status::kOk) {
-    file->ReleaseValueNode(changes.id(), valueId, nullptr);
-    if (record->isInBlocks()) file->DeleteData(changes.id(), record->dataWord());
+unsigned int TernaryRegistry::LinkNewValue(ChangeScope& changes, Reached* reached) {
+  TernaryValueNode& record = reached->value;
+  TernaryKeyNode& key = reached->key;
+  record.setNextValue(key.firstValue());
+  if (file->WriteValueNode(changes.id(), reached->valueId, &record, false) != status::kOk) {
+    file->ReleaseValueNode(changes.id(), reached->valueId, nullptr);
+    if (record.isInBlocks()) file->DeleteData(changes.id(), record.dataWord());
     return status::kOk;
   }
-  key->setFirstValue(valueId);
-  if (key->valueCount() < 0xFFFF) key->setValueCount(key->valueCount() + 1u);
-  file->WriteKeyNode(changes.id(), keyId, key, false);
+  key.setFirstValue(reached->valueId);
+  if (key.valueCount() < 0xFFFF) key.setValueCount(key.valueCount() + 1u);
+  file->WriteKeyNode(changes.id(), reached->keyId, &key, false);
   return status::kOk;
 }
 
@@ -110,35 +106,33 @@ unsigned int TernaryRegistry::SetValue(unsigned int user, void* tree, const char
   if (file == nullptr) return status::kNoRight;
   if (LacksArgument(name, value)) return status::kBadArgument;
   ChangeScope changes(*file);
-  unsigned int keyId = 0;
-  TernaryKeyNode key;
-  unsigned int result = ReachKey(changes, user, tree, path, kModify, &keyId, &key);
+  Reached reached;
+  unsigned int result = ReachKey(changes, user, tree, path, kModify, &reached);
   if (result != status::kOk) return result;
   if (value->type > kValueTypeMax) return status::kNoData;
-  unsigned int valueId = 0;
-  TernaryValueNode record;
-  result = FindInChain(changes, key, name, &valueId, &record);
-  if (result != status::kOk) return result;
-  return ReplaceData(changes, *value, valueId, &record);
+  result = FindInChain(changes, name, &reached);
+  return result == status::kOk ? ReplaceData(changes, *value, &reached) : result;
 }
 
 // The old blocks are given back before the new data is stored, so that it takes them again. The
 // record lets go of them first: whatever happens from then on, it never leads to blocks of another
 // value, and a value whose new data cannot be stored is left unset.
 unsigned int TernaryRegistry::ReplaceData(ChangeScope& changes, const Value& value,
-                                          unsigned int valueId, TernaryValueNode* record) {
-  if (record->isInBlocks() && record->dataWord() != 0) {
-    const unsigned int oldBlock = record->dataWord();
-    record->setDataWord(0);
-    record->setSet(false);
-    const unsigned int detached = file->WriteValueNode(changes.id(), valueId, record, false);
+                                          Reached* reached) {
+  TernaryValueNode& record = reached->value;
+  const unsigned int valueId = reached->valueId;
+  if (record.isInBlocks() && record.dataWord() != 0) {
+    const unsigned int oldBlock = record.dataWord();
+    record.setDataWord(0);
+    record.setSet(false);
+    const unsigned int detached = file->WriteValueNode(changes.id(), valueId, &record, false);
     if (detached != status::kOk) return detached;
     file->DeleteData(changes.id(), oldBlock);  // a damaged chain stays where it is
   }
   const bool isNumber = value.type == kValueTypeInteger;
-  record->setType(value.type);
-  record->setInBlocks(!isNumber);
-  record->setDataSize(value.size);
+  record.setType(value.type);
+  record.setInBlocks(!isNumber);
+  record.setDataSize(value.size);
   unsigned int block = 0;
   unsigned int stored = status::kOk;
   if (!isNumber && value.size > 0) {
@@ -146,9 +140,9 @@ unsigned int TernaryRegistry::ReplaceData(ChangeScope& changes, const Value& val
   }
   // Of a number only the low half is written: the upper half of an older one stays.
   // Test: FileTreeValues.SettingANumberKeepsTheUpperHalfOfTheOldOne
-  record->setDataWord(isNumber ? static_cast<unsigned int>(LeadingBytes(value, 4)) : block);
-  record->setSet(stored == status::kOk);
-  const unsigned int written = file->WriteValueNode(changes.id(), valueId, record, false);
+  record.setDataWord(isNumber ? static_cast<unsigned int>(LeadingBytes(value, 4)) : block);
+  record.setSet(stored == status::kOk);
+  const unsigned int written = file->WriteValueNode(changes.id(), valueId, &record, false);
   return stored != status::kOk ? stored : written;
 }
 
@@ -160,29 +154,26 @@ unsigned int TernaryRegistry::DeleteValue(unsigned int user, void* tree, const c
   if (file == nullptr) return status::kNoRight;
   if (name == nullptr) return status::kBadArgument;
   ChangeScope changes(*file);
-  unsigned int keyId = 0;
-  TernaryKeyNode key;
-  unsigned int result = ReachKey(changes, user, tree, path, kDelete, &keyId, &key);
+  Reached reached;
+  unsigned int result = ReachValue(changes, user, tree, path, kDelete, name, &reached);
   if (result != status::kOk) return result;
-  unsigned int valueId = 0;
-  unsigned int beforeId = 0;
-  TernaryValueNode record;
-  result = FindInChain(changes, key, name, &valueId, &record, &beforeId);
-  if (result != status::kOk) return result;
+  TernaryKeyNode& key = reached.key;
+  const unsigned int beforeId = reached.beforeId;
   TernaryValueNode before;
   if (beforeId == 0) {
-    key.setFirstValue(record.nextValue());
+    key.setFirstValue(reached.value.nextValue());
   } else {
     if (changes.Read(beforeId, &before) != status::kOk) return status::kCannotOpen;
     TernaryValueNode relinked = before;
-    relinked.setNextValue(record.nextValue());
+    relinked.setNextValue(reached.value.nextValue());
     result = file->WriteValueNode(changes.id(), beforeId, &relinked, false);
     if (result != status::kOk) return result;
   }
   if (key.valueCount() > 0) key.setValueCount(key.valueCount() - 1u);
-  result = file->WriteKeyNode(changes.id(), keyId, &key, false);
+  result = file->WriteKeyNode(changes.id(), reached.keyId, &key, false);
   if (result == status::kOk) {
-    file->ReleaseValueNode(changes.id(), valueId, nullptr);  // kept in use when it cannot be freed
+    file->ReleaseValueNode(changes.id(), reached.valueId,
+                           nullptr);  // kept in use when it cannot be freed
   } else if (beforeId != 0) {
     file->WriteValueNode(changes.id(), beforeId, &before, false);  // so that the count is right
   }
@@ -194,13 +185,12 @@ unsigned int TernaryRegistry::SetDefaultValue(unsigned int user, void* tree, con
   PCMutexGuard guard(lock_);
   if (file == nullptr) return status::kNoRight;
   ChangeScope changes(*file);
-  unsigned int keyId = 0;
-  TernaryKeyNode key;
-  const unsigned int result = ReachKey(changes, user, tree, path, kModify, &keyId, &key);
+  Reached reached;
+  const unsigned int result = ReachKey(changes, user, tree, path, kModify, &reached);
   if (result != status::kOk) return result;
-  if (!clear) key.setDefaultValue(value);
-  key.setDefaultSet(!clear);
-  return file->WriteKeyNode(changes.id(), keyId, &key, false);
+  if (!clear) reached.key.setDefaultValue(value);
+  reached.key.setDefaultSet(!clear);
+  return file->WriteKeyNode(changes.id(), reached.keyId, &reached.key, false);
 }
 
 }  // namespace tamu::registry

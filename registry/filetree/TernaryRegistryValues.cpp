@@ -6,26 +6,28 @@
 
 namespace tamu::registry {
 
-// Looks along a key's chain, newest first. *beforeId, if wanted, is the value before it, 0 for the
-// first.
-unsigned int TernaryRegistry::FindInChain(AccessScope& access, const TernaryKeyNode& key,
-                                          const char* name, unsigned int* valueId,
-                                          TernaryValueNode* record, unsigned int* beforeId) {
+// Looks along the chain, newest first.
+unsigned int TernaryRegistry::FindInChain(AccessScope& access, const char* name, Reached* reached) {
   const unsigned int limit = file->Descriptor(NodeKind::kValue).totalNodes;
-  unsigned int before = 0;
-  unsigned int id = key.firstValue();
+  unsigned int id = reached->key.firstValue();
   for (unsigned int steps = 0; id != 0; ++steps) {
     if (steps >= limit) return status::kInvalidFile;  // the links form a circle
-    if (access.Read(id, record) != status::kOk) return status::kCannotOpen;
-    if (record->hasName(name)) {
-      *valueId = id;
-      if (beforeId != nullptr) *beforeId = before;
+    if (access.Read(id, &reached->value) != status::kOk) return status::kCannotOpen;
+    if (reached->value.hasName(name)) {
+      reached->valueId = id;
       return status::kOk;
     }
-    before = id;
-    id = record->nextValue();
+    reached->beforeId = id;
+    id = reached->value.nextValue();
   }
   return status::kNotFound;
+}
+
+unsigned int TernaryRegistry::ReachValue(AccessScope& access, unsigned int user, const void* tree,
+                                         const char* path, unsigned char right, const char* name,
+                                         Reached* reached) {
+  const unsigned int result = ReachKey(access, user, tree, path, right, reached);
+  return result == status::kOk ? FindInChain(access, name, reached) : result;
 }
 
 unsigned int TernaryRegistry::FindValue(unsigned int keyNode, const char* name,
@@ -34,16 +36,14 @@ unsigned int TernaryRegistry::FindValue(unsigned int keyNode, const char* name,
   if (file == nullptr) return status::kNoRight;
   if (name == nullptr || valueNode == nullptr) return status::kBadArgument;
   AccessScope access(*file);
-  TernaryKeyNode key;
-  unsigned int result = access.Read(keyNode, &key);
+  Reached reached;
+  unsigned int result = access.Read(keyNode, &reached.key);
   if (result != status::kOk) return result;
-  TernaryValueNode found;
-  unsigned int id = 0;
-  result = FindInChain(access, key, name, &id, &found);
+  result = FindInChain(access, name, &reached);
   if (result != status::kOk) return result;
-  TernaryValueNode* copy = new (std::nothrow) TernaryValueNode(found);
+  TernaryValueNode* copy = new (std::nothrow) TernaryValueNode(reached.value);
   if (copy == nullptr) return status::kNoMemory;
-  *valueNode = id;
+  *valueNode = reached.valueId;
   record = copy;
   return status::kOk;
 }
@@ -54,14 +54,10 @@ unsigned int TernaryRegistry::GetValue(unsigned int user, void* tree, const char
   if (file == nullptr) return status::kNoRight;
   if (name == nullptr || value == nullptr) return status::kBadArgument;
   AccessScope access(*file);
-  unsigned int keyId = 0;
-  TernaryKeyNode key;
-  unsigned int result = ReachKey(access, user, tree, path, kRead, &keyId, &key);
+  Reached reached;
+  unsigned int result = ReachValue(access, user, tree, path, kRead, name, &reached);
   if (result != status::kOk) return result;
-  unsigned int valueId = 0;
-  TernaryValueNode record;
-  result = FindInChain(access, key, name, &valueId, &record);
-  if (result != status::kOk) return result;
+  const TernaryValueNode& record = reached.value;
   if (!record.isSet()) return status::kNoData;
 
   // Zeroed, so that what the file does not give is not memory of somebody else.
@@ -92,12 +88,11 @@ unsigned int TernaryRegistry::GetDefaultValue(unsigned int user, void* tree, con
   if (file == nullptr) return status::kNoRight;
   if (value == nullptr) return status::kBadArgument;
   AccessScope access(*file);
-  unsigned int keyId = 0;
-  TernaryKeyNode key;
-  const unsigned int result = ReachKey(access, user, tree, path, kRead, &keyId, &key);
+  Reached reached;
+  const unsigned int result = ReachKey(access, user, tree, path, kRead, &reached);
   if (result != status::kOk) return result;
-  if (!key.isDefaultSet()) return status::kNoData;
-  *value = key.defaultValue();
+  if (!reached.key.isDefaultSet()) return status::kNoData;
+  *value = reached.key.defaultValue();
   return status::kOk;
 }
 
@@ -122,21 +117,17 @@ unsigned int TernaryRegistry::GetValueOffset(unsigned int user, void* tree, cons
   if (file == nullptr) return status::kNoRight;
   if (name == nullptr || offset == nullptr) return status::kBadArgument;
   AccessScope access(*file);
-  unsigned int keyId = 0;
-  TernaryKeyNode key;
-  unsigned int result = ReachKey(access, user, tree, path, kModify, &keyId, &key);
+  Reached reached;
+  unsigned int result = ReachValue(access, user, tree, path, kModify, name, &reached);
   if (result != status::kOk) return result;
-  unsigned int valueId = 0;
-  TernaryValueNode record;
-  result = FindInChain(access, key, name, &valueId, &record);
-  if (result != status::kOk) return result;
+  const TernaryValueNode& record = reached.value;
   if (!record.isSet()) return status::kNoData;
   unsigned int start = 0;
   if (record.isInBlocks()) {
     if (record.dataWord() == 0) return status::kNoData;
     result = file->Resolve(NodeKind::kData, record.dataWord(), start);
   } else {
-    result = file->Resolve(NodeKind::kValue, valueId, start);
+    result = file->Resolve(NodeKind::kValue, reached.valueId, start);
     start += TernaryValueNode::kOffData;
   }
   if (result == status::kOk) *offset = start;

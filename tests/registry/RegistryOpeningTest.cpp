@@ -216,6 +216,17 @@ TEST_F(RegistryOpeningTest, ARefusedFileLeavesAnotherRegistryWorking) {
   EXPECT_EQ(StructureFindings(other), "");
 }
 
+TEST_F(RegistryOpeningTest, AFileThatCannotBeOpenedLeavesAnotherRegistryWorking) {
+  const std::string other = folder / "other";
+  Registry open(other.c_str(), kAdmin);
+  ASSERT_EQ(open.Initialize(), 0u);
+  std::filesystem::create_directory(path);
+  Registry refused(path.c_str(), kAdmin);
+  EXPECT_EQ(refused.Initialize(), 12u);
+  EXPECT_EQ(open.CreateKey(0, "a"), 0u);
+  EXPECT_EQ(StructureFindings(other), "");
+}
+
 }  // namespace
 
 }  // namespace tamu::registry
