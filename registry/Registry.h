@@ -49,6 +49,7 @@ class TernaryRegistry;
 class YAX_API Registry {
  public:
   // `filePath` and `userName` are copied; the user's id is the name's hash (null counts as "").
+  // Users are taken at their word. A number written as 0 needs its u: Registry(path, 0u).
   Registry(const char* filePath, const char* userName);
   Registry(const char* filePath, unsigned int user);
   ~Registry();
@@ -64,6 +65,8 @@ class YAX_API Registry {
   // Gives the file up; the last object on a path closes it. Operations then answer kNoRight.
   void Finalize();
 
+  // The user counts for all threads from the next operation on; one object serves all users of a
+  // process in turn.
   unsigned int SetCurrentUser(const char* userName);  // 0
   unsigned int SetCurrentUserId(unsigned int user);   // 0
   unsigned int GetCurrentUserId(unsigned int* user) const;
@@ -73,6 +76,9 @@ class YAX_API Registry {
   // Change callbacks: kNotSupported.
   unsigned int RegisterCallback(unsigned char events, Callback* callback);
   unsigned int UnregisterCallback(Callback* callback);
+
+  // OpenKey, DeleteKey, GetKeyInfo, the permissions and watch bits, the lists, backup and restore
+  // are not there yet: they answer kNotSupported.
 
   // ---- handles
 
@@ -88,10 +94,11 @@ class YAX_API Registry {
   // Creates the last component; its parent must exist (kBadArgument) and give the right to create.
   // The key gets the default value, or none. kExists.
   //
-  // Beware, without a handle: a key that ends inside an existing longer name ("ab" or "ax" next to
-  // "abc") leaves a lock with the calling thread. All other threads' operations without a handle
-  // wait from then on, for as long as the registry is open. Create such keys before the longer
-  // ones.
+  // Beware, without a handle, of names that begin like longer ones that exist. "net" next to
+  // "network" leaves a lock with the calling thread: all other threads' operations without a handle
+  // wait from then on, until the registry is finalised. "disk" next to "display" makes "disp"
+  // first: call again until kExists. Create the shorter names first; or create all keys, finalise
+  // and initialise again, then start the threads.
   unsigned int CreateKey(unsigned int handle, const char* keyPath, unsigned long long defaultValue);
   unsigned int CreateKey(unsigned int handle, const char* keyPath);
   unsigned int DeleteKey(unsigned int handle, const char* keyPath);
@@ -112,8 +119,10 @@ class YAX_API Registry {
 
   // Reads a value: sets type and size and a new buffer, the caller's (FreeValueData, or a
   // ReadValue). Right: read. kNoData: the value is not set. Without a handle a number comes as its
-  // low 32 bits. With type kValueTypeOffset in the request: `data` must be the caller's, of at
-  // least 4 bytes, and receives the data's offset in the file instead; right: modify.
+  // low 32 bits. With type kValueTypeOffset in the request (also when an earlier read has left it
+  // there: set the type and free the data before each call, or use a ReadValue): `data` must be the
+  // caller's, of at least 4 bytes, and receives the data's offset in the file instead; right:
+  // modify.
   unsigned int GetValue(unsigned int handle, const char* keyPath, const char* name, Value* value);
   // The same into a ReadValue, which may hold an earlier result.
   template <class Result>
@@ -126,7 +135,8 @@ class YAX_API Registry {
   unsigned int SetValue(unsigned int handle, const char* keyPath, const char* name, Value* value);
   // Creates a value, named by at most 31 characters (more are cut off). Right: create. A name that
   // exists is hidden by the new value. A number is taken from the first eight bytes. Null value:
-  // the value exists but is not set. kBadArgument: empty name; kLimit: more than 1024 bytes.
+  // the value exists but is not set. kBadArgument: empty name; kLimit: more than 1024 bytes, but
+  // not for a number.
   unsigned int CreateValue(unsigned int handle, const char* keyPath, const char* name,
                            Value* value);
   unsigned int DeleteValue(unsigned int handle, const char* keyPath, const char* name);

@@ -8,18 +8,18 @@ namespace tamu::registry {
 
 namespace status {
 constexpr unsigned int kOk = 0;
-constexpr unsigned int kNoRight = 1;      // not initialised, or the user lacks the right
-constexpr unsigned int kNotFound = 2;     // no such key or value
+constexpr unsigned int kNoRight = 1;   // not initialised, file opened by another object, no right
+constexpr unsigned int kNotFound = 2;  // no such key or value
 constexpr unsigned int kInputOutput = 5;  // a semaphore, seek, read or write failed; store not open
-constexpr unsigned int kCannotOpen = 9;   // the file cannot be opened; a value record is unreadable
-constexpr unsigned int kNoMemory = 12;    // out of memory, or the handle table could not grow
-constexpr unsigned int kBusy = 16;        // still referenced
-constexpr unsigned int kExists = 17;      // the key already exists
-constexpr unsigned int kBadArgument = 22;   // null pointer, invalid handle, bad name component
-constexpr unsigned int kNoSpace = 28;       // no free slot; a file could not be made or extended
+constexpr unsigned int kCannotOpen = 9;   // the store cannot open the file; a value is unreadable
+constexpr unsigned int kNoMemory = 12;  // out of memory; Registry::Initialize: cannot open or make
+constexpr unsigned int kBusy = 16;      // still referenced
+constexpr unsigned int kExists = 17;    // the key already exists
+constexpr unsigned int kBadArgument = 22;  // null pointer, invalid handle, missing parent, bad name
+constexpr unsigned int kNoSpace = 28;      // no free slot; a file could not be made or extended
 constexpr unsigned int kNotSupported = 37;  // not supported by this backend
 constexpr unsigned int kNoData = 53;        // value or default value not set, type above 5
-constexpr unsigned int kInvalidFile = 59;   // the registry file is damaged
+constexpr unsigned int kInvalidFile = 59;   // no registry file, or a damaged one
 constexpr unsigned int kLimit = 75;  // data above 1024 bytes, full list, 22nd table of a kind
 }  // namespace status
 

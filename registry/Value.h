@@ -1,11 +1,17 @@
 // A value's type and data as passed in and out of the registry.
 #pragma once
 
+#include <cstring>
+
 namespace tamu::registry {
 
 // Value types. Stored, never renumber. Types 1 to 5 are byte data; the registry tells them apart
 // only by their number.
-constexpr unsigned int kValueTypeInteger = 0;  // 64-bit integer, 8 bytes, held inline
+//
+// An integer has 64 bits in the file, but without a key handle only its low 32 bits are changed and
+// read: keep larger ones as eight bytes of type 2, or as a key's default value. A string is stored
+// as its size tells, so count its terminator.
+constexpr unsigned int kValueTypeInteger = 0;  // 8 bytes, held inline
 constexpr unsigned int kValueTypeString = 1;
 constexpr unsigned int kValueTypeOffset = 4;  // byte data; as a request: the data's file offset
 constexpr unsigned int kValueTypeMax = 5;     // the last type that can be written
@@ -19,6 +25,16 @@ struct Value {
   void* data;  // written: the caller's bytes. Read: a new buffer, the caller's (FreeValueData)
 };
 
+// A value to write: `size` bytes at `data`, which must live until it is written and is not changed.
+inline Value MakeValue(unsigned int type, const void* data, unsigned int size) {
+  return {type, size, const_cast<void*>(data)};
+}
+
+// A string with its terminator, to write.
+inline Value TextValue(const char* text) {
+  return MakeValue(kValueTypeString, text, static_cast<unsigned int>(std::strlen(text)) + 1);
+}
+
 // Frees a buffer that GetValue handed out and forgets it.
 inline void FreeValueData(Value& value) {
   delete[] static_cast<unsigned char*>(value.data);
@@ -26,7 +42,8 @@ inline void FreeValueData(Value& value) {
   value.size = 0;
 }
 
-// A value to read into, as often as needed: frees the buffer it was given. Not for
+// A value to read into, as often as needed: frees the buffer it was given. What is
+// requested does not restrict what is read: look at `type`. Not for
 // kValueTypeOffset, which reads into the caller's own.
 class ReadValue : public Value {
  public:
@@ -47,7 +64,8 @@ class ReadValue : public Value {
     const bool terminated = data != nullptr && size > 0 && bytes()[size - 1] == 0;
     return terminated ? static_cast<const char*>(data) : nullptr;
   }
-  // The first min(size, 8) bytes as a little-endian number.
+  // The first min(size, 8) bytes as a little-endian number. Of a negative integer read without a
+  // handle it is the low 32 bits: convert to int.
   unsigned long long number() const {
     unsigned long long result = 0;
     for (unsigned int i = 0; data != nullptr && i < size && i < 8; ++i) {

@@ -56,12 +56,6 @@ inline std::string FilePart(const std::string& path, size_t offset, size_t count
   return GetFile(path).substr(offset, count);
 }
 
-// A file without the four bytes that GetRegistryInfo writes, which differ from run to run.
-inline std::string FileWithoutInfo(const std::string& path) {
-  std::string bytes = GetFile(path);
-  return bytes.size() < 88 ? bytes : bytes.replace(84, 4, 4, '\0');
-}
-
 // A registry that the administrator has opened on a new file.
 class OpenRegistryTest : public ::testing::Test {
  protected:

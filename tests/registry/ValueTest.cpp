@@ -88,6 +88,22 @@ TEST(ReadValue, WithASizeButNoBytesIsEmpty) {
   EXPECT_EQ(value.number(), 0u);
 }
 
+TEST(Value, IsMadeFromBytesThatStayTheCallers) {
+  const unsigned char bytes[] = {1, 2, 3};
+  const Value value = MakeValue(5, bytes, 3);
+  EXPECT_EQ(value.type, 5u);
+  EXPECT_EQ(value.size, 3u);
+  EXPECT_EQ(value.data, bytes);
+}
+
+TEST(Value, OfATextCountsItsTerminator) {
+  const char text[] = "four";
+  const Value value = TextValue(text);
+  EXPECT_EQ(value.type, 1u);
+  EXPECT_EQ(value.size, 5u);
+  EXPECT_EQ(value.data, text);
+}
+
 TEST(KeyInfo, LayoutOfTheBinaryInterface) {
   EXPECT_EQ(sizeof(KeyInfo), 28u);
   EXPECT_EQ(offsetof(KeyInfo, reserved), 0u);

@@ -175,6 +175,27 @@ class FileTreeRig {
   };
 };
 
+// A tree over a store that the test sees too.
+struct SharedStore {
+  SharedStore() {
+    EXPECT_EQ(store.CreateRegistryFile(path.c_str(), 65536), 0u);
+    EXPECT_EQ(store.Initialize(path.c_str()), 0u);
+    tree.ShareStore();
+    EXPECT_EQ(tree.Initialize(nullptr), 0u);
+  }
+  ~SharedStore() {
+    tree.Finalize();
+    store.Finalize();
+  }
+  SharedStore(const SharedStore&) = delete;
+  SharedStore& operator=(const SharedStore&) = delete;
+
+  TempDir dir;
+  std::string path = dir / "shared.rce";
+  TernaryFile store;
+  TernaryRegistry tree{&store, nullptr};
+};
+
 // Bytes that differ from their neighbours.
 inline std::string Pattern(unsigned int size) {
   std::string bytes;

@@ -34,41 +34,28 @@ void FillUp(TernaryFile& store, NodeKind kind) {
 }
 
 TEST(FileTreeKeys, WithoutRoomForAKeyNothingIsChanged) {
-  TempDir dir;
-  const std::string path = dir / "a.rce";
-  TernaryFile store;
-  ASSERT_EQ(store.CreateRegistryFile(path.c_str(), 65536), 0u);
-  ASSERT_EQ(store.Initialize(path.c_str()), 0u);
-  TernaryRegistry tree(&store, nullptr);
-  tree.ShareStore();
-  ASSERT_EQ(tree.Initialize(nullptr), 0u);
+  SharedStore shared;
+  TernaryFile& store = shared.store;
+  TernaryRegistry& tree = shared.tree;
+  const std::string& path = shared.path;
   FillUp(store, NodeKind::kKey);
   ASSERT_EQ(tree.CreateKey(kAdmin, nullptr, "a", 0, false), 0u);
   const std::string before = GetFile(path);
   EXPECT_EQ(tree.CreateKey(kAdmin, nullptr, "b", 0, false), 75u);
   EXPECT_EQ(tree.CreateKey(kAdmin, nullptr, "a/b", 0, false), 75u);
   EXPECT_EQ(GetFile(path), before);
-  tree.Finalize();
-  store.Finalize();
 }
 
 TEST(FileTreeKeys, WithoutRoomForANameTheKeyIsGivenBack) {
-  TempDir dir;
-  const std::string path = dir / "a.rce";
-  TernaryFile store;
-  ASSERT_EQ(store.CreateRegistryFile(path.c_str(), 65536), 0u);
-  ASSERT_EQ(store.Initialize(path.c_str()), 0u);
-  TernaryRegistry tree(&store, nullptr);
-  tree.ShareStore();
-  ASSERT_EQ(tree.Initialize(nullptr), 0u);
+  SharedStore shared;
+  TernaryFile& store = shared.store;
+  TernaryRegistry& tree = shared.tree;
   FillUp(store, NodeKind::kString);
   ASSERT_EQ(tree.CreateKey(kAdmin, nullptr, "a", 0, false), 0u);
   const unsigned int freeKeys = store.Descriptor(NodeKind::kKey).lastTable->freeCount();
   for (int i = 0; i < 3; ++i) EXPECT_EQ(tree.CreateKey(kAdmin, nullptr, "b", 0, false), 75u);
   EXPECT_EQ(store.Descriptor(NodeKind::kKey).lastTable->freeCount(), freeKeys);
   EXPECT_EQ(tree.CreateKey(kAdmin, nullptr, "a", 0, false), 17u);
-  tree.Finalize();
-  store.Finalize();
 }
 
 }  // namespace

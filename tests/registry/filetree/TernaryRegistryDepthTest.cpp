@@ -11,14 +11,9 @@ namespace {
 // again.
 TEST(FileTreeDepth, TenThousandLevelsAreCreatedAndFoundOnASmallStack) {
   constexpr unsigned int kLevels = 10000;
-  TempDir dir;
-  const std::string path = dir / "a.rce";
-  TernaryFile store;
-  ASSERT_EQ(store.CreateRegistryFile(path.c_str(), 65536), 0u);
-  ASSERT_EQ(store.Initialize(path.c_str()), 0u);
-  TernaryRegistry tree(&store, nullptr);
-  tree.ShareStore();
-  ASSERT_EQ(tree.Initialize(nullptr), 0u);
+  SharedStore shared;
+  TernaryFile& store = shared.store;
+  TernaryRegistry& tree = shared.tree;
   unsigned int deepest = 0x100;
   for (unsigned int level = 1; level < kLevels; ++level) {
     unsigned int key = 0;
@@ -48,20 +43,13 @@ TEST(FileTreeDepth, TenThousandLevelsAreCreatedAndFoundOnASmallStack) {
                tree.DeleteValue(kAdmin, nullptr, key.c_str(), "v")};
   });
   EXPECT_EQ(answers, std::vector<unsigned int>({2, 0, 17, 0, 0, 0, 0, 0}));
-  tree.Finalize();
-  store.Finalize();
 }
 
 TEST(FileTreeDepth, AChainOfThousandsOfNodesIsWalkedOnASmallStack) {
   constexpr unsigned int kNodes = 5000;
-  TempDir dir;
-  const std::string path = dir / "a.rce";
-  TernaryFile store;
-  ASSERT_EQ(store.CreateRegistryFile(path.c_str(), 65536), 0u);
-  ASSERT_EQ(store.Initialize(path.c_str()), 0u);
-  TernaryRegistry tree(&store, nullptr);
-  tree.ShareStore();
-  ASSERT_EQ(tree.Initialize(nullptr), 0u);
+  SharedStore shared;
+  TernaryFile& store = shared.store;
+  TernaryRegistry& tree = shared.tree;
   unsigned int first = 0;  // of the chain, made from its end
   for (unsigned int i = 0; i < kNodes; ++i) {
     unsigned int node = 0;
@@ -82,8 +70,6 @@ TEST(FileTreeDepth, AChainOfThousandsOfNodesIsWalkedOnASmallStack) {
   OnSmallStack([&] { answer = tree.ReadNodeTree(first, ids.data(), &count, 3 * kNodes); });
   EXPECT_EQ(answer, 0u);
   EXPECT_EQ(count, 3 * (kNodes - 1));  // the last node has no links
-  tree.Finalize();
-  store.Finalize();
 }
 
 }  // namespace

@@ -87,14 +87,10 @@ TEST(FileTreeValues, SettingAtAFullStoreLeavesTheValueUnset) {
 }
 
 TEST(FileTreeValues, WithoutRoomForAValueNothingIsChanged) {
-  TempDir dir;
-  const std::string path = dir / "a.rce";
-  TernaryFile store;
-  ASSERT_EQ(store.CreateRegistryFile(path.c_str(), 65536), 0u);
-  ASSERT_EQ(store.Initialize(path.c_str()), 0u);
-  TernaryRegistry tree(&store, nullptr);
-  tree.ShareStore();
-  ASSERT_EQ(tree.Initialize(nullptr), 0u);
+  SharedStore shared;
+  TernaryFile& store = shared.store;
+  TernaryRegistry& tree = shared.tree;
+  const std::string& path = shared.path;
   TernaryNodeDescriptor& values = store.Descriptor(NodeKind::kValue);
   while (values.tableCount < 21) ASSERT_EQ(store.ExpandFile(&values, 52, 2), 0u);
   ASSERT_EQ(tree.CreateValue(kAdmin, nullptr, "", "n", 1, true), 0u);
@@ -106,8 +102,6 @@ TEST(FileTreeValues, WithoutRoomForAValueNothingIsChanged) {
   value.type = 0;
   EXPECT_EQ(tree.CreateValue(kAdmin, nullptr, "", "m", &value), 75u);
   EXPECT_EQ(GetFile(path), before);
-  tree.Finalize();
-  store.Finalize();
 }
 
 // A record that cannot be written is not reported, but the values before it stay.
