@@ -9,22 +9,14 @@ TernaryRegistry::TernaryRegistry(TernaryFile* storeFile, RegistryDaemon* daemonO
     : file(storeFile), initialized(1), daemon(daemonObject) {}
 
 TernaryRegistry::~TernaryRegistry() {
-  DropMadeFile();
-}
-
-void TernaryRegistry::DropMadeFile() {
-  if (!madeFile_) return;
-  file->Finalize();
-  delete file;
-  file = nullptr;
-  madeFile_ = false;
+  if (owner_ == StoreOwner::kMade) DropStore();
 }
 
 unsigned int TernaryRegistry::Initialize(const char* path) {
   if (!lock_.Create()) return status::kInputOutput;
-  DropMadeFile();
+  if (owner_ == StoreOwner::kMade) DropStore();
   if (file == nullptr) {
-    const unsigned int result = OpenOrCreateStore(path);
+    const unsigned int result = OpenStore(path);
     if (result != status::kOk) return result;
   } else {
     CreateRootKey();  // kExists on every file but a new one; operations report a damaged file
@@ -33,39 +25,26 @@ unsigned int TernaryRegistry::Initialize(const char* path) {
   return status::kOk;
 }
 
-unsigned int TernaryRegistry::OpenOrCreateStore(const char* path) {
-  TernaryFile* store = new (std::nothrow) TernaryFile;
-  if (store == nullptr) return status::kNoMemory;
-  unsigned int result = store->Initialize(path);
+unsigned int TernaryRegistry::OpenStore(const char* path) {
+  file = new (std::nothrow) TernaryFile;
+  if (file == nullptr) return status::kNoMemory;
+  owner_ = StoreOwner::kMade;
   bool made = false;
-  if (result == status::kCannotOpen) {
-    // A file that exists and cannot be opened must not be emptied by making it.
-    result = store->PathMissing() ? store->CreateRegistryFile(path, TernaryFile::kDefaultBudget)
-                                  : status::kNoSpace;
-    if (result == status::kOk) result = store->Initialize(path);
-    made = true;
-  }
-  if (result == status::kOk) {
-    file = store;
-    ownsFile_ = true;
-    madeFile_ = true;
-    if (made) result = CreateRootKey();
-  }
-  if (result == status::kOk) return status::kOk;
-  file = nullptr;
-  madeFile_ = false;
-  store->Finalize();
-  delete store;
+  unsigned int result = file->OpenOrCreate(path, &made);
+  if (result == status::kOk && made) result = CreateRootKey();
+  if (result != status::kOk) DropStore();
   return result;
 }
 
-unsigned int TernaryRegistry::Finalize() {
-  if (file != nullptr && ownsFile_) {
-    file->Finalize();
-    delete file;
-  }
+void TernaryRegistry::DropStore() {
+  if (file != nullptr) file->Finalize();
+  delete file;
   file = nullptr;
-  madeFile_ = false;
+}
+
+unsigned int TernaryRegistry::Finalize() {
+  if (owner_ != StoreOwner::kShared) DropStore();
+  file = nullptr;
   lock_.Destroy();
   initialized = 0;
   return status::kOk;

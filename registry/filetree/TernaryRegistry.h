@@ -55,7 +55,7 @@ class TernaryRegistry : public RegistryInterface {
   ~TernaryRegistry() override;
 
   // The store given to the constructor belongs to somebody else: Finalize only forgets it.
-  void ShareStore() { ownsFile_ = false; }
+  void ShareStore() { owner_ = StoreOwner::kShared; }
   // The object lock. Whoever serialises this tree with others takes it first.
   PCMutex& ObjectLock() { return lock_; }
 
@@ -165,8 +165,12 @@ class TernaryRegistry : public RegistryInterface {
     unsigned int beforeId = 0;  // the value before it in the key's chain, 0 for the first
   };
 
-  unsigned int OpenOrCreateStore(const char* path);
-  void DropMadeFile();
+  // Whose the store is: Finalize destroys it unless it is shared, the destructor only one that
+  // Initialize has made.
+  enum class StoreOwner { kGiven, kShared, kMade };
+
+  unsigned int OpenStore(const char* path);
+  void DropStore();
 
   enum class Step { kGoOn, kFound, kMissed };
   static Step Branch(const TernaryStringNode& node, const char* path, KeyMatchDescriptor* match,
@@ -199,8 +203,7 @@ class TernaryRegistry : public RegistryInterface {
   unsigned char initialized;
   RegistryDaemon* daemon;
   PCMutex lock_;
-  bool ownsFile_ = true;   // Finalize destroys the store
-  bool madeFile_ = false;  // Initialize has made it: so does the destructor
+  StoreOwner owner_ = StoreOwner::kGiven;
 };
 
 }  // namespace tamu::registry

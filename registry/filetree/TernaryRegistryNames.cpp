@@ -106,14 +106,14 @@ unsigned int TernaryRegistry::CreateStringNode(unsigned int changes, const char*
   return result;
 }
 
-unsigned int TernaryRegistry::SplitNode(unsigned int, unsigned int node, unsigned int,
+unsigned int TernaryRegistry::SplitNode(unsigned int changes, unsigned int node, unsigned int,
                                         unsigned int cut, unsigned int previous,
                                         unsigned int* upper) {
   if (file == nullptr) return status::kNoRight;
   if (upper == nullptr) return status::kBadArgument;
-  ChangeScope changes(*file);
+  AccessScope access(*file);
   TernaryStringNode before;
-  unsigned int result = changes.Read(node, &before);
+  unsigned int result = access.Read(node, &before);
   if (result != status::kOk) return result;
   if (!before.HasValidSegment()) return status::kInvalidFile;
   if (before.segmentLength() <= cut) {
@@ -121,20 +121,20 @@ unsigned int TernaryRegistry::SplitNode(unsigned int, unsigned int node, unsigne
     return status::kNoData;
   }
   TernaryStringNode parent;
-  result = changes.Read(previous, &parent);
+  result = access.Read(previous, &parent);
   if (result != status::kOk) return result;
   if (previous == node) return status::kInvalidFile;
   unsigned int upperId = 0;
-  result = file->AcquireSlot(changes.id(), NodeKind::kString, &upperId);
+  result = file->AcquireSlot(changes, NodeKind::kString, &upperId);
   if (result != status::kOk) return result;
   TernaryStringNode upperNode = UpperPart(before, cut, node);
   TernaryStringNode lowerNode = LowerPart(before, cut);
   TernaryStringNode relinked = parent;
   const bool linked = Relink(&relinked, node, upperId);
-  result = file->WriteNode(changes.id(), upperId, &upperNode, false);
-  if (result == status::kOk) result = file->WriteNode(changes.id(), node, &lowerNode, false);
+  result = file->WriteNode(changes, upperId, &upperNode, false);
+  if (result == status::kOk) result = file->WriteNode(changes, node, &lowerNode, false);
   if (result == status::kOk && linked) {
-    result = file->WriteNode(changes.id(), previous, &relinked, false);
+    result = file->WriteNode(changes, previous, &relinked, false);
   }
   if (result == status::kOk) {
     *upper = upperId;
@@ -142,9 +142,9 @@ unsigned int TernaryRegistry::SplitNode(unsigned int, unsigned int node, unsigne
   }
   // Without its upper part the lower one would be a different name, and nothing is given back that
   // may still be linked.
-  if (file->WriteNode(changes.id(), node, &before, false) == status::kOk &&
-      (!linked || file->WriteNode(changes.id(), previous, &parent, false) == status::kOk)) {
-    file->ReleaseNode(changes.id(), upperId, nullptr);
+  if (file->WriteNode(changes, node, &before, false) == status::kOk &&
+      (!linked || file->WriteNode(changes, previous, &parent, false) == status::kOk)) {
+    file->ReleaseNode(changes, upperId, nullptr);
   }
   return result;
 }

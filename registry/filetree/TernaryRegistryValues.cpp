@@ -1,7 +1,6 @@
 // Reading values and default values.
 #include <new>
 
-#include "platform/PCMem.h"
 #include "registry/filetree/TernaryRegistry.h"
 
 namespace tamu::registry {

@@ -26,14 +26,7 @@ unsigned int TernaryKeyTree::Initialize(const char* path) {
     treeLock.Destroy();
     return status::kNoMemory;
   }
-  unsigned int result = file->Initialize(path);
-  if (result == status::kCannotOpen) {
-    // A file that exists and cannot be opened must not be emptied by making it.
-    if (!file->PathMissing()) return status::kNoSpace;
-    result = file->CreateRegistryFile(path, TernaryFile::kDefaultBudget);
-    if (result != status::kOk) return result;
-    result = file->Initialize(path);
-  }
+  const unsigned int result = file->OpenOrCreate(path);
   if (result == status::kOk) initialized = 1;
   return result;
 }

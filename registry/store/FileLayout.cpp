@@ -38,10 +38,7 @@ unsigned int FileLayout::fileSize() const {
 }
 
 unsigned long long FileLayout::TableOffset(unsigned int index) const {
-  const unsigned long long tableSize =
-      NodeAllocationTable::kSize +
-      static_cast<unsigned long long>(NodeAllocationTable::kEntrySize) * entries_;
-  return kTablesOffset + index * tableSize;
+  return kTablesOffset + index * NodeAllocationTable::StoredSize(entries_);
 }
 
 unsigned long long FileLayout::AreaOffset(unsigned int index) const {

@@ -25,6 +25,11 @@ class NodeAllocationTable {
   static constexpr unsigned int kEntrySize = 4;          // bytes
   static constexpr unsigned int kMaxEntries = 0xFFFFFF;  // a slot number has 24 bits
 
+  // Bytes of a table of that many entries, head and entries.
+  static constexpr unsigned long long StoredSize(unsigned int entries) {
+    return kSize + 1ull * kEntrySize * entries;
+  }
+
   unsigned char* bytes() { return bytes_; }
   const unsigned char* bytes() const { return bytes_; }
 

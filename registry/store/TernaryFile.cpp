@@ -30,6 +30,18 @@ unsigned int TernaryFile::Initialize(const char* path) {
   return result;
 }
 
+// A file that exists and cannot be opened must not be emptied by making it.
+unsigned int TernaryFile::OpenOrCreate(const char* path, bool* made) {
+  if (made != nullptr) *made = false;
+  unsigned int result = Initialize(path);
+  if (result != status::kCannotOpen) return result;
+  if (!PathMissing()) return status::kNoSpace;
+  result = CreateRegistryFile(path, kDefaultBudget);
+  if (result != status::kOk) return result;
+  if (made != nullptr) *made = true;
+  return Initialize(path);
+}
+
 // The file header, the reserved area behind it and the TernaryHeader follow each other. Then the
 // chains of tables: damage there is remembered kind by kind and does not fail the opening.
 unsigned int TernaryFile::LoadHeaders() {

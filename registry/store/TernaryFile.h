@@ -42,6 +42,10 @@ class TernaryFile {
   // closed); kInputOutput; kNoMemory; kBadArgument for a null path. A damaged table does not fail
   // the opening, see TernaryNodeDescriptor::damaged. Again on an open store: starts over.
   unsigned int Initialize(const char* path);
+  // Initialize; when nothing is at the path, makes a file of the default budget first. kNoSpace: a
+  // file is there but cannot be opened (it is left alone), or none can be made. *made, if wanted,
+  // tells whether the file was made.
+  unsigned int OpenOrCreate(const char* path, bool* made = nullptr);
   // Frees the tables and closes the file if it is open on this store's path. Again: does nothing.
   // Returns 0.
   unsigned int Finalize();
@@ -210,7 +214,8 @@ class TernaryFile {
   void PutBack(unsigned int changes, NodeAllocationTable* table, unsigned int freeCount,
                const unsigned int* slots, unsigned int count, unsigned int next);
   unsigned int MeasureChain(unsigned int slot, const NodeAllocationTable& table,
-                            unsigned int maxLength, unsigned int* length, unsigned int* last);
+                            unsigned int maxLength, unsigned int* length, unsigned int* last,
+                            unsigned int* slots = nullptr);
   unsigned int CollectChain(unsigned int id, unsigned int* indexes, unsigned int* count);
 
   unsigned int ReadRecord(NodeKind kind, unsigned int id, void* bytes);
@@ -234,8 +239,7 @@ class TernaryFile {
 
 // Holds the store for a scope: nothing else reads or writes the file meanwhile. The first scope of
 // a thread looks once whether the file was cut shorter by somebody else. Scopes of one store nest;
-// a thread never holds those of two stores. Whoever uses Resolve, Header or
-// Descriptor holds one.
+// a thread never holds those of two stores. Whoever uses Resolve, Header or Descriptor holds one.
 class TernaryFile::AccessScope {
  public:
   explicit AccessScope(TernaryFile& store);

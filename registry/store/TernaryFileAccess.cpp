@@ -1,5 +1,4 @@
 // The one place where the registry file is read and written.
-#include "platform/PCMem.h"
 #include "registry/store/FileHeader.h"
 #include "registry/store/ProcessFile.h"
 #include "registry/store/TernaryFile.h"

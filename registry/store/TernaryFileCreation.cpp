@@ -27,8 +27,8 @@ unsigned int TernaryFile::CreateRegistryFile(const char* path, unsigned int budg
   unsigned int result = ProcessFile::Open(path_, &generation_, &pathMissing_);
   if (result == status::kCannotOpen) result = status::kNoSpace;
   if (result == status::kOk) result = WriteEmptyFile(layout);
-  if (result != status::kOk)
-    AbandonFile();  // an empty file is refused from then on, half a one not
+  // An empty file is refused from then on; half a one might open.
+  if (result != status::kOk) AbandonFile();
   if (IsAccessible()) ProcessFile::Close();
   return result;
 }

@@ -59,17 +59,8 @@ unsigned int TernaryFile::CollectChain(unsigned int id, unsigned int* indexes,
                                        unsigned int* count) {
   const NodeAllocationTable* table = id != 0 ? FindTable(NodeKind::kData, id) : nullptr;
   if (table == nullptr) return status::kInvalidFile;
-  *count = 0;
-  for (unsigned int slot = SlotOf(id); slot != 0 || *count == 0;) {
-    if (slot == 0 || slot >= table->entryCount() || *count == kDataBlocksMax) {
-      return status::kInvalidFile;
-    }
-    indexes[*count] = slot;
-    ++*count;
-    const unsigned int result = FileReadInteger(table->entryOffset(slot), &slot);
-    if (result != status::kOk) return result;
-  }
-  return status::kOk;
+  unsigned int last = 0;
+  return MeasureChain(SlotOf(id), *table, kDataBlocksMax, count, &last, indexes);
 }
 
 // Consecutive slots are read with one access.

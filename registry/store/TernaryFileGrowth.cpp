@@ -9,9 +9,10 @@ namespace tamu::registry {
 
 namespace {
 
-constexpr unsigned int kLargestGrowth =
-    NodeAllocationTable::kSize +
-    TernaryFile::kExpansionSlots * (NodeAllocationTable::kEntrySize + kDataBlockSize);  // bytes
+// Bytes.
+constexpr unsigned long long kLargestGrowth =
+    NodeAllocationTable::StoredSize(TernaryFile::kExpansionSlots) +
+    TernaryFile::kExpansionSlots * kDataBlockSize;
 
 }  // namespace
 
@@ -29,9 +30,7 @@ unsigned int TernaryFile::ExpandFile(TernaryNodeDescriptor* descriptor, unsigned
   if (descriptor->tableCount >= descriptor->tableCapacity) return status::kLimit;
   const unsigned int oldSize = header_.fileSize();
   const unsigned long long areaSize = static_cast<unsigned long long>(count) * recordSize;
-  const unsigned long long tableSize =
-      NodeAllocationTable::kSize +
-      static_cast<unsigned long long>(NodeAllocationTable::kEntrySize) * count;
+  const unsigned long long tableSize = NodeAllocationTable::StoredSize(count);
   const unsigned long long newSize = oldSize + tableSize + areaSize;
   if (count > NodeAllocationTable::kMaxEntries || newSize > FileLayout::kMaxFileSize ||
       !file.Seek(static_cast<unsigned int>(newSize))) {

@@ -81,15 +81,16 @@ unsigned int TernaryFile::AcquireNodeIndexes(unsigned int changes, unsigned int*
   return status::kOk;
 }
 
-// Follows a chain to its end, at most maxLength slots. A free list ends outside its table and never
-// in 0, so a slot that is free already never measures.
+// Follows a chain to its end, at most maxLength slots, and keeps them in `slots` if wanted. A free
+// list ends outside its table and never in 0, so a slot that is free already never measures.
 unsigned int TernaryFile::MeasureChain(unsigned int slot, const NodeAllocationTable& table,
                                        unsigned int maxLength, unsigned int* length,
-                                       unsigned int* last) {
+                                       unsigned int* last, unsigned int* slots) {
   *length = 0;
   while (slot != 0) {
     if (!IsSlot(slot, table) || *length >= maxLength) return status::kInvalidFile;
     *last = slot;
+    if (slots != nullptr) slots[*length] = slot;
     ++*length;
     const unsigned int result = FileReadInteger(table.entryOffset(slot), &slot);
     if (result != status::kOk) return result;

@@ -52,8 +52,8 @@ bool Overlap(const Range& a, const Range& b) {
 }
 
 Range EntriesOf(const NodeAllocationTable& table) {
-  const unsigned long long entries = NodeAllocationTable::kEntrySize * 1ull * table.entryCount();
-  return {table.tableOffset(), table.tableOffset() + NodeAllocationTable::kSize + entries};
+  return {table.tableOffset(),
+          table.tableOffset() + NodeAllocationTable::StoredSize(table.entryCount())};
 }
 
 Range AreaOf(const NodeAllocationTable& table, unsigned int recordSize) {

@@ -41,12 +41,19 @@ Registry* RegistryWithKeptLevel(const std::string& path) {
   return made ? registry : nullptr;
 }
 
-TEST(RegistryLockLevel, ThreadsWithoutHandleWaitForTheOneThatKeepsALevel) {
+// Runs the test in a child process whose thread keeps a level of a registry's lock.
+template <class Test>
+bool InChildWithKeptLevel(Test test) {
   TempDir dir;
   const std::string path = dir / "a.rce";
-  EXPECT_TRUE(InChild([&] {
+  return InChild([&] {
     Registry* registry = RegistryWithKeptLevel(path);
-    if (registry == nullptr) return false;
+    return registry != nullptr && test(registry);
+  });
+}
+
+TEST(RegistryLockLevel, ThreadsWithoutHandleWaitForTheOneThatKeepsALevel) {
+  EXPECT_TRUE(InChildWithKeptLevel([](Registry* registry) -> bool {
     std::atomic<bool> answered{false};
     RunApart(answered, [registry] { registry->CreateKey(0, "other"); });
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
@@ -55,11 +62,7 @@ TEST(RegistryLockLevel, ThreadsWithoutHandleWaitForTheOneThatKeepsALevel) {
 }
 
 TEST(RegistryLockLevel, TheThreadThatKeepsALevelGoesOn) {
-  TempDir dir;
-  const std::string path = dir / "a.rce";
-  EXPECT_TRUE(InChild([&] {
-    Registry* registry = RegistryWithKeptLevel(path);
-    if (registry == nullptr) return false;
+  EXPECT_TRUE(InChildWithKeptLevel([](Registry* registry) -> bool {
     std::atomic<bool> answered{false};
     RunApart(answered, [registry] { registry->CreateKey(0, "other"); });
     unsigned long long number = 0;
@@ -73,11 +76,7 @@ TEST(RegistryLockLevel, TheThreadThatKeepsALevelGoesOn) {
 // Also while a thread without handle waits: it must not hold what the others need. What the calls
 // answer does not matter here.
 TEST(RegistryLockLevel, CallsThroughHandlesAreAnsweredAllTheSame) {
-  TempDir dir;
-  const std::string path = dir / "a.rce";
-  EXPECT_TRUE(InChild([&] {
-    Registry* registry = RegistryWithKeptLevel(path);
-    if (registry == nullptr) return false;
+  EXPECT_TRUE(InChildWithKeptLevel([](Registry* registry) -> bool {
     std::atomic<bool> waiting{false};
     RunApart(waiting, [registry] { registry->CreateKey(0, "other"); });
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
