@@ -22,6 +22,9 @@ class PCFile {
   // Opens an existing regular file for reading and writing at position 0; closes first what this
   // object had open. Never makes or empties a file. The whole length found is protected (Protect).
   int Create(const char* path, int mode);
+  // Reads go to the system from the next Create on, never to a mapping: for files of a medium that
+  // may be taken away, where a mapping would end the process.
+  void ReadDirectly() { mDirect = true; }
   // Reads exactly `size` bytes at the position and moves it; fails when fewer are there (the
   // position then stays). size 0 succeeds.
   int Read(void* buffer, unsigned int size);
@@ -60,6 +63,7 @@ class PCFile {
   void DropMapping();
 
   int mFd = -1;
+  bool mDirect = false;                 // never mapped
   int mError = 0;                       // errno of the last Create, 0 = it succeeded
   unsigned int mProtected = 0;          // bytes
   unsigned int mMapLength = 0;          // bytes that reads may take from mMap

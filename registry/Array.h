@@ -1,4 +1,4 @@
-// A small array that grows to exactly the size asked for.
+// A small array of plain data.
 #pragma once
 
 #include <new>
@@ -36,6 +36,13 @@ class Array {
     if (result != status::kOk) return result;
     for (unsigned int i = before; i < capacity; ++i) data[i] = fill;
     return status::kOk;
+  }
+  // EnsureCapacity for an array that is filled step by step: grows to twice what it has, at least.
+  unsigned int GrowTo(unsigned int n) {
+    constexpr unsigned int kFewest = 32;
+    if (capacity >= n) return status::kOk;
+    const unsigned int doubled = capacity < kFewest / 2 ? kFewest : capacity * 2;
+    return EnsureCapacity(n > doubled ? n : doubled);
   }
   // The element's address; i must be below capacity.
   T* operator[](unsigned int i) { return &data[i]; }

@@ -181,7 +181,7 @@ bool PCFile::MappingCovers(unsigned long long end) {
 // until the file is opened anew.
 void PCFile::MapAnew(unsigned long long length) {
   DropMapping();
-  if (length > kMaxMapped) return;
+  if (mDirect || length > kMaxMapped) return;
   const unsigned int reserved = static_cast<unsigned int>(length) + kMapSpare;
   mMap = posix::Map(mFd, reserved);
   if (mMap == nullptr) return;

@@ -5,19 +5,12 @@
 #include "platform/PCString.h"
 #include "registry/RCEString.h"
 #include "registry/RegistryStatus.h"
+#include "registry/store/Immortal.h"
 #include "registry/store/TernaryFile.h"
 
 namespace tamu::registry {
 
 namespace {
-
-// Storage that is ready before any code runs and never destroyed.
-template <class T>
-union Immortal {
-  constexpr Immortal() : value() {}
-  ~Immortal() {}
-  T value;
-};
 
 Immortal<PCFile> sFile;
 Immortal<PCMutex> sLock;

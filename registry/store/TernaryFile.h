@@ -98,6 +98,8 @@ class TernaryFile {
   // the file is then cut back and closed, everything in it as before.
   unsigned int ExpandFile(TernaryNodeDescriptor* descriptor, unsigned int recordSize,
                           unsigned int count);
+  // False when the damage of the file keeps tables from being appended. An access is held.
+  bool MayGrow() const;
 
   // ---- slots (TernaryFileSlots.cpp)
 
@@ -155,6 +157,9 @@ class TernaryFile {
   // AcquireNodeIndexes. A block that cannot be written is not reported.
   unsigned int WriteData(unsigned int changes, const void* data, unsigned int size,
                          unsigned int* id);
+  // The same, but a block that cannot be written is kInputOutput, and the chain is given back.
+  unsigned int StoreData(unsigned int changes, const void* data, unsigned int size,
+                         unsigned int* id);
   // Reads up to *size bytes of a chain; *size becomes the bytes read. *size 0 answers 0 for any id.
   // kInvalidFile for a damaged chain or id 0, kInputOutput.
   unsigned int ReadData(void* buffer, unsigned int* size, unsigned int id);
@@ -201,7 +206,6 @@ class TernaryFile {
   bool OverlapsAnother(const NodeAllocationTable& table, unsigned int recordSize) const;
   bool IsPlausible(const NodeAllocationTable& table, unsigned int offset, unsigned int position,
                    unsigned int areaRecordSize) const;
-  bool MayGrow() const;
   unsigned int WriteNewTable(const NodeAllocationTable& table, unsigned int areaSize);
   unsigned int LinkNewTable(NodeAllocationTable* last, const NodeAllocationTable& table,
                             unsigned int fileSize);
@@ -216,10 +220,13 @@ class TernaryFile {
   unsigned int MeasureChain(unsigned int slot, const NodeAllocationTable& table,
                             unsigned int maxLength, unsigned int* length, unsigned int* last,
                             unsigned int* slots = nullptr);
+  unsigned int WriteNewChain(unsigned int changes, const void* data, unsigned int size,
+                             unsigned int* id, bool* complete);
   unsigned int CollectChain(unsigned int id, unsigned int* indexes, unsigned int* count);
 
   unsigned int ReadRecord(NodeKind kind, unsigned int id, void* bytes);
   unsigned int ReadRecordHeld(NodeKind kind, unsigned int id, void* bytes);
+  bool IsUsedHeld(NodeKind kind, unsigned int id);
   unsigned int WriteRecord(unsigned int changes, NodeKind kind, unsigned int id, const void* bytes);
   template <class Node>
   unsigned int ReadNew(NodeKind kind, unsigned int id, Node*& node);
@@ -257,6 +264,9 @@ class TernaryFile::AccessScope {
   unsigned int Read(unsigned int id, TernaryValueNode* node) {
     return store_.ReadRecordHeld(NodeKind::kValue, id, node->bytes());
   }
+  // True when the slot of a string, key or value node was handed out and not given back: its entry
+  // in the table is 0, and a free slot's never is. False for an id that names no slot.
+  bool IsUsed(NodeKind kind, unsigned int id) { return store_.IsUsedHeld(kind, id); }
 
  private:
   TernaryFile& store_;

@@ -24,6 +24,23 @@ unsigned int TernaryFile::WriteChanges(unsigned int, unsigned int offset, unsign
 
 unsigned int TernaryFile::WriteData(unsigned int changes, const void* data, unsigned int size,
                                     unsigned int* id) {
+  bool complete = true;
+  return WriteNewChain(changes, data, size, id, &complete);
+}
+
+unsigned int TernaryFile::StoreData(unsigned int changes, const void* data, unsigned int size,
+                                    unsigned int* id) {
+  AccessScope access(*this);
+  bool complete = true;
+  const unsigned int result = WriteNewChain(changes, data, size, id, &complete);
+  if (result != status::kOk || complete) return result;
+  DeleteData(changes, *id);  // else the blocks stay taken
+  *id = 0;
+  return status::kInputOutput;
+}
+
+unsigned int TernaryFile::WriteNewChain(unsigned int changes, const void* data, unsigned int size,
+                                        unsigned int* id, bool* complete) {
   if (id == nullptr) return status::kBadArgument;
   *id = 0;
   if (size == 0 || data == nullptr) return status::kBadArgument;
@@ -48,7 +65,9 @@ unsigned int TernaryFile::WriteData(unsigned int changes, const void* data, unsi
     unsigned char block[kDataBlockSize] = {};
     const unsigned int left = size - kDataBlockSize * k;
     PCMem::Copy(block, bytes + kDataBlockSize * k, left < kDataBlockSize ? left : kDataBlockSize);
-    WriteChanges(changes, table->areaOffset() + indexes[k] * kDataBlockSize, kDataBlockSize, block);
+    const unsigned int written = WriteChanges(
+        changes, table->areaOffset() + indexes[k] * kDataBlockSize, kDataBlockSize, block);
+    if (written != status::kOk) *complete = false;
   }
   *id = MakeNodeId(table->tableNumber(), indexes[0]);
   return status::kOk;

@@ -18,6 +18,15 @@ unsigned int TernaryFile::ReadRecordHeld(NodeKind kind, unsigned int id, void* b
   return IsAccessible() ? result : status::kInputOutput;
 }
 
+bool TernaryFile::IsUsedHeld(NodeKind kind, unsigned int id) {
+  if (SlotOf(id) == 0) return false;
+  const NodeAllocationTable* table = FindTable(kind, id);
+  if (table == nullptr || SlotOf(id) >= table->entryCount()) return false;
+  unsigned char entry[NodeAllocationTable::kEntrySize];
+  const unsigned int offset = table->entryOffset(SlotOf(id));
+  return ReadHeld(offset, sizeof entry, entry) == status::kOk && GetU32(entry) == 0;
+}
+
 // Slot 0 stays all zero: everything that has no record of its own reads it.
 unsigned int TernaryFile::WriteRecord(unsigned int changes, NodeKind kind, unsigned int id,
                                       const void* bytes) {

@@ -112,11 +112,16 @@ unsigned int TernaryFile::ReleaseNodeId(unsigned int changes, unsigned int id,
   unsigned int head = 0;
   result = FileReadInteger(table->entriesOffset(), &head);
   if (result != status::kOk) return result;
-  result = FileWriteInteger(table->entryOffset(last), head);
+  const unsigned int freeBefore = table->freeCount();
+  // A damaged head of 0 would make the slot look as if it were in use.
+  result = FileWriteInteger(table->entryOffset(last), head != 0 ? head : table->entryCount());
   if (result != status::kOk) return result;
-  result = WriteFreeListHead(changes, table, table->freeCount() + length, SlotOf(id));
-  // A slot that stays in use ends its chain; more cannot be done.
-  if (result != status::kOk) FileWriteInteger(table->entryOffset(last), 0);
+  result = WriteFreeListHead(changes, table, freeBefore + length, SlotOf(id));
+  if (result == status::kOk) return result;
+  // The slot stays in use, as far as that can be written.
+  if (WriteFreeListHead(changes, table, freeBefore, head) == status::kOk) {
+    FileWriteInteger(table->entryOffset(last), 0);
+  }
   return result;
 }
 

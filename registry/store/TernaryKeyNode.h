@@ -19,6 +19,7 @@ class TernaryKeyNode {
   static constexpr unsigned int kSize = 24;               // bytes
   static constexpr unsigned char kFlagDefaultSet = 0x01;  // stored
   static constexpr unsigned char kFlagRoot = 0x02;        // stored
+  static constexpr unsigned int kWatchShift = 2;          // stored: bits 2-7 are the watch bits
   static constexpr unsigned int kRootOwner = kAdministratorId;
   static constexpr unsigned char kRootPermission = 0x5F;  // owner all; others read and create
   static constexpr unsigned char kTopPermission = 0x0F;   // of keys directly under the root
@@ -40,10 +41,17 @@ class TernaryKeyNode {
   void setDefaultSet(bool set) { setFlag(kFlagDefaultSet, set); }
   bool isRoot() const { return (keyFlags() & kFlagRoot) != 0; }
   void setRoot(bool root) { setFlag(kFlagRoot, root); }
+  // Six bits for the loaded tree: what it tells the watchers of the key.
+  unsigned char watch() const { return static_cast<unsigned char>(keyFlags() >> kWatchShift); }
+  void setWatch(unsigned char watch) {
+    setKeyFlags(static_cast<unsigned char>((keyFlags() & (kFlagDefaultSet | kFlagRoot)) |
+                                           (watch << kWatchShift)));
+  }
   unsigned int owner() const { return GetU32(bytes_ + kOffOwner); }
   void setOwner(unsigned int user) { PutU32(bytes_ + kOffOwner, user); }
   unsigned long long defaultValue() const { return GetU64(bytes_ + kOffDefaultValue); }
   void setDefaultValue(unsigned long long value) { PutU64(bytes_ + kOffDefaultValue, value); }
+  void ClearReserved() { PutU32(bytes_ + kOffReserved, 0); }
 
  private:
   static constexpr unsigned int kOffFirstValue = 0;
@@ -51,6 +59,7 @@ class TernaryKeyNode {
   static constexpr unsigned int kOffPermission = 6;
   static constexpr unsigned int kOffKeyFlags = 7;
   static constexpr unsigned int kOffOwner = 8;
+  static constexpr unsigned int kOffReserved = 12;
   static constexpr unsigned int kOffDefaultValue = 16;
 
   void setFlag(unsigned char flag, bool on) {

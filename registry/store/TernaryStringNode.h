@@ -59,8 +59,10 @@ class TernaryStringNode {
   void setSegment(unsigned int i, signed char c) {
     bytes_[kOffSegment + i] = static_cast<unsigned char>(c);
   }
+  void ClearReserved() { bytes_[kOffReserved] = 0; }
 
  private:
+  static constexpr unsigned int kOffReserved = 0;
   static constexpr unsigned int kOffSegmentLength = 1;
   static constexpr unsigned int kOffFlags = 2;
   static constexpr unsigned int kOffSplitChar = 3;

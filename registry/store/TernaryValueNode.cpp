@@ -8,7 +8,7 @@ void TernaryValueNode::setName(const char* name) {
     bytes_[kOffName + i] = static_cast<unsigned char>(name[i]);
     if (name[i] == 0) break;
   }
-  bytes_[kOffName + kNameSize - 1] = 0;
+  EndName();
 }
 
 bool TernaryValueNode::hasName(const char* name) const {

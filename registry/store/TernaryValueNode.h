@@ -47,6 +47,8 @@ class TernaryValueNode {
   // Copies `name` up to and including its terminator, at most 31 characters; bytes behind the
   // terminator stay as they were. null counts as "".
   void setName(const char* name);
+  // Makes sure that the name is terminated.
+  void EndName() { bytes_[kOffName + kNameSize - 1] = 0; }
   // True when the name is `name`; the whole of `name` counts, also beyond 31 characters.
   bool hasName(const char* name) const;
   unsigned char* data() { return bytes_ + kOffData; }
@@ -56,10 +58,16 @@ class TernaryValueNode {
   // The word at the data field: the first data block's id, or the low half of a number.
   unsigned int dataWord() const { return GetU32(data()); }
   void setDataWord(unsigned int word) { PutU32(data(), word); }
+  void ClearReserved() {
+    PutU32(bytes_ + kOffReservedWord, 0);
+    bytes_[kOffReservedByte] = 0;
+  }
 
  private:
   static constexpr unsigned int kOffNextValue = 0;
+  static constexpr unsigned int kOffReservedWord = 4;
   static constexpr unsigned int kOffDataSize = 8;
+  static constexpr unsigned int kOffReservedByte = 10;
   static constexpr unsigned int kOffValueFlags = 11;
   static constexpr unsigned int kOffName = 12;
 

@@ -263,4 +263,53 @@ TEST_F(PCFileLength, ReadsDoWithoutAMappingWhenThereIsNoAddressSpace) {
   }));
 }
 
+// The names of what this process has mapped.
+bool IsMapped(const std::string& path) {
+  return GetFile("/proc/self/maps").find(path) != std::string::npos;
+}
+
+TEST_F(PCFileLength, AFileThatIsReadDirectlyIsNeverMapped) {
+  PutFile(mPath, std::string(3 * kMiB, 'a'));
+  mFile.ReadDirectly();
+  ASSERT_EQ(mFile.Create(mPath.c_str(), 2), 1);
+  EXPECT_EQ(ReadAt(3 * kMiB - 2, 2), "aa");
+  mFile.Refresh();
+  EXPECT_EQ(ReadAt(0, 2), "aa");
+  EXPECT_FALSE(IsMapped(mPath));
+  ASSERT_TRUE(WriteAt(mFile, 3 * kMiB, "end"));
+  EXPECT_EQ(ReadAt(3 * kMiB - 1, 4), "aend");
+  EXPECT_EQ(ReadAt(3 * kMiB, 4), "(no)");
+  EXPECT_EQ(mFile.Truncate(5), 1);
+  EXPECT_EQ(ReadAt(0, 5), "aaaaa");
+  EXPECT_EQ(ReadAt(0, 6), "(no)");
+  EXPECT_FALSE(IsMapped(mPath));
+}
+
+// Without a look at the length in between, as when a medium is taken away in the middle of a read.
+TEST_F(PCFileLength, ADirectReadFailsInAPartThatOthersCutOffJustNow) {
+  PutFile(mPath, std::string(50000, 'a'));
+  mFile.ReadDirectly();
+  ASSERT_EQ(mFile.Create(mPath.c_str(), 2), 1);
+  EXPECT_EQ(ReadAt(49999, 1), "a");
+  EXPECT_TRUE(InChild([&] {
+    CutByOthers(100);
+    if (ReadAt(49999, 1) != "(no)" || ReadAt(8192, 100) != "(no)") return false;
+    if (ReadAt(99, 2) != "(no)" || ReadAt(0, 100) != std::string(100, 'a')) return false;
+    CutByOthers(0);
+    return ReadAt(0, 1) == "(no)";
+  }));
+}
+
+// It is the next opening that heeds it, and every one after that.
+TEST_F(PCFileLength, ReadingDirectlyBeginsWithTheNextOpening) {
+  Start("abc");
+  mFile.ReadDirectly();
+  EXPECT_EQ(ReadAt(0, 3), "abc");
+  for (int i = 0; i < 2; ++i) {
+    ASSERT_EQ(mFile.Create(mPath.c_str(), 2), 1);
+    EXPECT_EQ(ReadAt(0, 3), "abc");
+    EXPECT_FALSE(IsMapped(mPath));
+  }
+}
+
 }  // namespace

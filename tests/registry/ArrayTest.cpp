@@ -22,6 +22,22 @@ TEST(Array, GrowsToExactlyTheSizeAskedFor) {
   EXPECT_EQ(array.capacity, 7u);
 }
 
+TEST(Array, DoublesWhenItIsFilledStepByStep) {
+  Array<int> array;
+  EXPECT_EQ(array.GrowTo(1), status::kOk);
+  EXPECT_EQ(array.capacity, 32u);
+  *array[31] = 7;
+  EXPECT_EQ(array.GrowTo(32), status::kOk);
+  EXPECT_EQ(array.capacity, 32u);
+  EXPECT_EQ(array.GrowTo(33), status::kOk);
+  EXPECT_EQ(array.capacity, 64u);
+  EXPECT_EQ(*array[31], 7);
+  EXPECT_EQ(array.GrowTo(1000), status::kOk) << "further than twice as far";
+  EXPECT_EQ(array.capacity, 1000u);
+  EXPECT_EQ(array.GrowTo(0xFFFFFFFF), status::kNoMemory);
+  EXPECT_EQ(array.capacity, 1000u);
+}
+
 TEST(Array, NeverShrinks) {
   Array<void*> array;
   ASSERT_EQ(array.EnsureCapacity(5), status::kOk);

@@ -1,6 +1,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "tests/platform/ChildProcess.h"
 #include "tests/registry/store/StoreTesting.h"
 
 namespace tamu::registry::storetests {
@@ -253,6 +254,53 @@ TEST_F(TernaryFileDataTest, TellingWritesTheAddressOfTheRecordAndNothingElse) {
   EXPECT_TRUE(Bytes() == expected);
   EXPECT_EQ(store.GetRegistryInfo(nullptr), 22u);
   EXPECT_TRUE(Bytes() == expected);
+}
+
+TEST_F(TernaryFileDataTest, StoredDataIsTheSameAsWrittenData) {
+  const std::string fresh = Bytes();
+  for (unsigned int size : {1u, 64u, 100u, 1024u}) {
+    SCOPED_TRACE(size);
+    Reopen(fresh);
+    const unsigned int written = Write(size);
+    const std::string expected = Bytes();
+    Reopen(fresh);
+    unsigned int stored = 0;
+    EXPECT_EQ(store.StoreData(0, Pattern(size).get(), size, &stored), 0u);
+    EXPECT_EQ(stored, written);
+    EXPECT_TRUE(Bytes() == expected);
+  }
+}
+
+TEST_F(TernaryFileDataTest, StoringRefusesWhatWritingRefuses) {
+  const std::string before = Bytes();
+  unsigned int id = 77;
+  EXPECT_EQ(store.StoreData(0, "x", 0, &id), 22u);
+  EXPECT_EQ(id, 0u);
+  EXPECT_EQ(store.StoreData(0, nullptr, 1, &id), 22u);
+  EXPECT_EQ(store.StoreData(0, "x", 1, nullptr), 22u);
+  id = 77;
+  EXPECT_EQ(store.StoreData(0, Pattern(1025).get(), 1025, &id), 75u);
+  EXPECT_EQ(id, 0u);
+  EXPECT_EQ(Bytes(), before);
+}
+
+// No byte can be written behind the second block: the tables can, the third block cannot.
+TEST_F(TernaryFileDataTest, StoringGivesTheChainBackWhenABlockCannotBeWritten) {
+  const std::string fresh = Bytes();
+  EXPECT_TRUE(InChild([&] {
+    LimitFileSize(kAreas[3] + 3 * 64);
+    unsigned int id = 77;
+    if (store.StoreData(0, Pattern(192).get(), 192, &id) != 5 || id != 0) return false;
+    if (FreeCount(3) != 364 || !FreeListFindings(Bytes()).empty()) return false;
+    if (store.Descriptor(NodeKind::kData).usedNodes != 0) return false;
+    return store.StoreData(0, Pattern(128).get(), 128, &id) == 0 && id == 0x100;
+  }));
+  Reopen(fresh);
+  EXPECT_TRUE(InChild([&] {
+    LimitFileSize(kAreas[3] + 3 * 64);
+    unsigned int id = 0;  // which writing does not tell
+    return store.WriteData(0, Pattern(192).get(), 192, &id) == 0 && id == 0x100;
+  }));
 }
 
 }  // namespace

@@ -201,6 +201,34 @@ TEST_F(TernaryFileSlotsTest, ReleasingTheLastFreeSlotTwiceIsRefused) {
   ExpectRefused(NodeKind::kKey, 0x16C00);
 }
 
+// A damaged head of 0 does not make a free slot look as if it were in use.
+TEST_F(TernaryFileSlotsTest, ReleasingTwiceIsRefusedWhenTheHeadWasZero) {
+  TakeMany(NodeKind::kKey, 364);
+  ASSERT_EQ(store.FileWriteInteger(Table(NodeKind::kKey)->entriesOffset(), 0), 0u);
+  ASSERT_EQ(store.ReleaseSlot(0, NodeKind::kKey, 0x200), 0u);
+  ExpectRefused(NodeKind::kKey, 0x200);
+  unsigned int id = 0;
+  ASSERT_EQ(store.AcquireNodeId(0, &id, Table(NodeKind::kKey)), 0u);
+  EXPECT_EQ(id, 0x200u);
+  ExpectNoneTaken(NodeKind::kKey, 28);
+}
+
+TEST_F(TernaryFileSlotsTest, OnlySlotsThatWereTakenAreUsed) {
+  TernaryFile::AccessScope access(store);
+  for (NodeKind kind : {NodeKind::kString, NodeKind::kKey, NodeKind::kValue}) {
+    EXPECT_FALSE(access.IsUsed(kind, 0x100));
+    ASSERT_EQ(Take(kind), 0x100u);
+    EXPECT_TRUE(access.IsUsed(kind, 0x100));
+    EXPECT_FALSE(access.IsUsed(kind, 0x200));
+    EXPECT_FALSE(access.IsUsed(kind, 0x16C00)) << "the last, whose entry names no slot";
+    for (unsigned int id : {0u, 1u, 0x101u, 0x16D00u, 0xFFFFFF00u, 0xFFFFFFFFu}) {
+      EXPECT_FALSE(access.IsUsed(kind, id)) << id;
+    }
+    ASSERT_EQ(store.ReleaseSlot(0, kind, 0x100), 0u);
+    EXPECT_FALSE(access.IsUsed(kind, 0x100));
+  }
+}
+
 TEST_F(TernaryFileSlotsTest, ReleasingInATableWithoutUsedSlotsIsRefused) {
   ExpectRefused(NodeKind::kString, 0x100);
   ExpectRefused(NodeKind::kString, 0x16C00);

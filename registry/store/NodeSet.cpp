@@ -1,0 +1,26 @@
+#include "registry/store/NodeSet.h"
+
+namespace tamu::registry {
+
+unsigned int NodeSet::Prepare(const TernaryNodeDescriptor& descriptor) {
+  tableCount_ = descriptor.tableCount;
+  for (unsigned int i = 0; i < tableCount_; ++i) {
+    firstBit_[i + 1] = firstBit_[i] + descriptor.tables[i]->entryCount();
+  }
+  const unsigned int result = bits_.EnsureCapacity(firstBit_[tableCount_] / 8 + 1);
+  return result == status::kOk ? bits_.MemsetZero() : result;
+}
+
+bool NodeSet::Add(unsigned int id) {
+  const unsigned int table = TableOf(id);
+  if (table >= tableCount_) return false;
+  if (SlotOf(id) >= firstBit_[table + 1] - firstBit_[table]) return false;
+  const unsigned int bit = firstBit_[table] + SlotOf(id);
+  unsigned char& byte = *bits_[bit / 8];
+  const unsigned char mask = static_cast<unsigned char>(1u << (bit % 8));
+  const bool isNew = (byte & mask) == 0;
+  byte = static_cast<unsigned char>(byte | mask);
+  return isNew;
+}
+
+}  // namespace tamu::registry

@@ -1,0 +1,24 @@
+// Which nodes of a kind a walk has met.
+#pragma once
+
+#include "registry/Array.h"
+#include "registry/store/TernaryNodeDescriptor.h"
+
+namespace tamu::registry {
+
+// A bit for each slot that the tables of the kind have; about 1.3 KB for a file that has grown as
+// far as it can. The links of a sound file form a tree: what is met a second time is damage.
+class NodeSet {
+ public:
+  // Makes room for all slots of the kind and forgets what was added. 0 or kNoMemory.
+  unsigned int Prepare(const TernaryNodeDescriptor& descriptor);
+  // Adds a node. False when it was added before, or names no slot.
+  bool Add(unsigned int id);
+
+ private:
+  Array<unsigned char> bits_;
+  unsigned int tableCount_ = 0;
+  unsigned int firstBit_[TernaryNodeDescriptor::kTableCapacity + 1] = {};  // of each table
+};
+
+}  // namespace tamu::registry
