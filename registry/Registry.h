@@ -11,6 +11,7 @@
 #include "registry/RCEString.h"
 #include "registry/RegistryInfo.h"
 #include "registry/RegistryStatus.h"
+#include "registry/Rights.h"
 #include "registry/UserId.h"
 #include "registry/Value.h"
 
@@ -45,7 +46,8 @@ class TernaryRegistry;
 // operation with handle 0 closes every handle of the file, whoever opened it.
 //
 // Rights: a key's permission byte holds the owner's rights in the low nibble, everybody else's in
-// the high one: 1 read, 2 modify, 4 create, 8 delete.
+// the high one: 1 read, 2 modify, 4 create, 8 delete (registry/Rights.h). The administrator has the
+// owner's rights everywhere.
 class YAX_API Registry {
  public:
   // `filePath` and `userName` are copied; the user's id is the name's hash (null counts as "").
@@ -77,10 +79,7 @@ class YAX_API Registry {
   unsigned int RegisterCallback(unsigned char events, Callback* callback);
   unsigned int UnregisterCallback(Callback* callback);
 
-  // OpenKey, DeleteKey, GetKeyInfo, the permissions and watch bits, the lists, backup and restore
-  // are not there yet: they answer kNotSupported.
-
-  // ---- handles
+  // ---- handles: OpenKey is not there yet and answers kNotSupported
 
   // Loads the subtree of a key and writes its handle, never 0. The last argument is not used.
   unsigned int OpenKey(const char* keyPath, unsigned int* handle, unsigned int unused = 0);
@@ -95,24 +94,49 @@ class YAX_API Registry {
   // The key gets the default value, or none. kExists.
   //
   // Beware, without a handle, of names that begin like longer ones that exist. "net" next to
-  // "network" leaves a lock with the calling thread: all other threads' operations without a handle
-  // wait from then on, until the registry is finalised. "disk" next to "display" makes "disp"
-  // first: call again until kExists. Create the shorter names first; or create all keys, finalise
-  // and initialise again, then start the threads.
+  // "network", or a key that was deleted before, leaves a lock with the calling thread: all other
+  // threads' operations without a handle wait from then on, until the registry is finalised. "disk"
+  // next to "display" makes "disp" first: call again until kExists. Create the shorter names first;
+  // or create all keys, finalise and initialise again, then start the threads.
   unsigned int CreateKey(unsigned int handle, const char* keyPath, unsigned long long defaultValue);
   unsigned int CreateKey(unsigned int handle, const char* keyPath);
+  // Deletes the key, all keys below it and all their values. Right on this key: delete; the rights
+  // on those below do not count. Creating it again without a handle leaves a lock with the calling
+  // thread, see CreateKey: to empty a key, delete the keys below it or restore it. Never delete the
+  // root ("", the administrator could): the file is then without keys for good.
   unsigned int DeleteKey(unsigned int handle, const char* keyPath);
+  // Counts sub-keys and values. Right: read on this key. info->userId is the current user,
+  // info->reserved stays as it is.
   unsigned int GetKeyInfo(unsigned int handle, const char* keyPath, KeyInfo* info);
+  // Everybody may ask. Only the owner and the administrator may change it: kNoRight for others,
+  // whatever the permission says. MakePermission puts a permission together.
   unsigned int GetKeyPermission(unsigned int handle, const char* keyPath,
                                 unsigned char* permission);
   unsigned int SetKeyPermission(unsigned int handle, const char* keyPath, unsigned char permission);
+  // Sets the key's six watch bits, the low six of `watch`. Right: read.
   unsigned int SetKeyWatch(unsigned int handle, const char* keyPath, unsigned char watch);
-  // Adds names to `list`, from number `first` on; `unused` is not passed on.
+  // Adds the names of all keys below this one, at every depth ("a", "a/b"), to `list`, without the
+  // first `first` of them. Right: read on this key. The order is the search
+  // tree's; a key comes after its sub-keys. kLimit: the list is full; it holds what came first, and
+  // asking again with a greater `first` gives more. `flags`: 0, or kListWithPath. `unused` is not
+  // passed on.
   unsigned int ListKeys(unsigned int handle, const char* keyPath, unsigned int first,
                         unsigned int unused, NameList* list, unsigned int flags);
+  // Adds the names of the key's values, the newest first, without the first `first` of them. Right:
+  // read. kLimit: there are no more than `first` values (so a key without values always answers
+  // it), or the list is full.
   unsigned int ListValues(unsigned int handle, const char* keyPath, unsigned int first,
                           unsigned int unused, NameList* list);
+  // Writes the key, all keys below it, their values, owners and rights to `backupFile`, which is
+  // made, or emptied if it exists. Right: read on this key, which is enough for all below it.
+  // kInputOutput: the file cannot be made or written, or is the registry's own. docs/format.md
+  // tells what is in it.
   unsigned int BackupKey(unsigned int handle, const char* keyPath, const char* backupFile);
+  // Replaces the key, which must exist, and all below it by what a backup holds; only its name
+  // stays. Right: create on this key; everybody has it at the root. The file is checked before
+  // anything is changed: kInputOutput when it is incomplete, missing or not writable; kInvalidFile
+  // for impossible content; kLimit when it does not fit in beside what is there. After any failure
+  // the key is as it was (unless the disk fails half-way and stays so).
   unsigned int RestoreKey(unsigned int handle, const char* keyPath, const char* backupFile);
 
   // ---- values (RegistryValues.cpp)

@@ -2,12 +2,17 @@
 #pragma once
 
 #include "platform/PCMutex.h"
+#include "registry/Array.h"
 #include "registry/RegistryInterface.h"
+#include "registry/Rights.h"
 #include "registry/store/TernaryFile.h"
 
 namespace tamu::registry {
 
+class NodeSet;
+class NodeWalk;
 class RegistryDaemon;
+class SubtreeNodes;
 
 // Serves every operation that is made without a key handle. All operations run under one recursive
 // object lock; each reads the file as it is, nothing is cached.
@@ -20,7 +25,8 @@ class RegistryDaemon;
 // Statuses shared by all operations: kNoRight when the object has no file or the user lacks the
 // right; kNotFound for a missing key; kBadArgument for a null pointer that the operation must
 // follow; kInvalidFile where the file is damaged; kInputOutput when it cannot be read or written.
-// Outputs are written only with kOk. docs/behaviour.md tells what may surprise.
+// Outputs are written only with kOk, but a list keeps the names added before a failure, and counts
+// what was counted. docs/behaviour.md tells what may surprise.
 class TernaryRegistry : public RegistryInterface {
  public:
   // Where a search found a key, or where the path left the tree.
@@ -44,10 +50,10 @@ class TernaryRegistry : public RegistryInterface {
   };
 
   // Rights, as bits of a permission nibble.
-  static constexpr unsigned char kRead = 1;
-  static constexpr unsigned char kModify = 2;
-  static constexpr unsigned char kCreate = 4;
-  static constexpr unsigned char kDelete = 8;
+  static constexpr unsigned char kRead = kRightRead;
+  static constexpr unsigned char kModify = kRightModify;
+  static constexpr unsigned char kCreate = kRightCreate;
+  static constexpr unsigned char kDelete = kRightDelete;
 
   // `storeFile` is an open store, or null: then Initialize opens one. It becomes this object's:
   // Finalize destroys it (ShareStore changes that). `daemonObject` is kept and not used.
@@ -142,6 +148,91 @@ class TernaryRegistry : public RegistryInterface {
   unsigned int GetValueOffset(unsigned int user, void* tree, const char* path, const char* name,
                               unsigned int* offset) override;
 
+  // ---- deleting keys (TernaryRegistryDeletion.cpp)
+
+  // Removes a key, all its sub-keys and all their values. Right on the key: delete. The data blocks
+  // of the values stay in use, and the key's own name stays as a name without a key, to be used
+  // again. What damage has made unreadable below the key stays in use too. A file whose root key
+  // was deleted is without keys for good. kNoMemory with nothing changed.
+  unsigned int DeleteKey(unsigned int user, void* tree, const char* path) override;
+  // Gives a key and its values back. Nothing may lead to the key any more.
+  unsigned int DeleteSingleKey(unsigned int changes, unsigned int keyNode);
+  // Gives the values of a key back. kInvalidFile, or the status of reading it: one of them is
+  // damaged or free already; it and those behind it stay.
+  unsigned int DeleteAllValues(unsigned int changes, unsigned int keyNode);
+  // Gives back all string nodes reached from `node`, and the keys on them, each after all that its
+  // lo, hi, equal and child links lead to. The result is the status of giving `node` back; nodes
+  // that cannot be read stay in use. Nothing may lead to `node` any more.
+  unsigned int RecursiveDeleteKeyTree(unsigned int changes, unsigned int node);
+
+  // ---- listing (TernaryRegistryListing.cpp)
+
+  // The state of a listing.
+  struct RecursiveArg {
+    NameList* names = nullptr;
+    unsigned int skip = 0;   // names still to be left out
+    unsigned int start = 0;  // length of what is put before each name
+    unsigned int flags = 0;
+    Array<char> buffer;  // the name spelt so far; grows, names may be of any length
+  };
+
+  // Adds the names of all keys below the key, at every depth, to `names`: "a", "a/b"; the first
+  // `index` of them are left out. Right: read. Order: from each node of the names those of its
+  // hi link, of its lo link, longer names, sub-keys, then the key that ends there. Tags are 0. With
+  // kListWithPath each name begins with the path as it was given, nothing between them. kLimit, or
+  // kNoMemory for a list of capacity 0, when the list takes no more: it then holds the names before
+  // that.
+  unsigned int ListKeys(unsigned int user, void* tree, const char* path, unsigned int index,
+                        NameList* names, unsigned int flags) override;
+  // Lists the keys whose names go on with `node`, which stands `position` characters behind the
+  // start of the buffer. The third argument is not used.
+  unsigned int RecursiveListString(TernaryStringNode* node, unsigned int position, const char* path,
+                                   RecursiveArg* arg);
+  // The same for a node that is not read yet.
+  unsigned int ListNode(unsigned int node, unsigned int position, RecursiveArg* arg);
+  // Adds the names of the key's values to `names`, the newest first, without the first `index`.
+  // Right: read. kLimit when the key has no more than `index` values, and as for ListKeys.
+  unsigned int ListValues(unsigned int user, void* tree, const char* path, unsigned int index,
+                          NameList* names) override;
+
+  // ---- what a key tells of itself (TernaryRegistryInfo.cpp)
+
+  // Right: read. `reserved` stays as it is.
+  unsigned int GetKeyInfo(unsigned int user, void* tree, const char* path, KeyInfo* info) override;
+  // Adds the keys and values reached from `node` to the totals, and the keys on the level of `node`
+  // to the sub-keys when `depth` is 0.
+  unsigned int RecursiveCountKey(KeyInfo* info, TernaryStringNode* node, unsigned int depth);
+  // Adds the number of values that the key has. One that cannot be read is counted too, unless it
+  // is the first, and ends the counting with the status of reading it.
+  unsigned int CountKeyValues(unsigned int* count, TernaryKeyNode* keyRecord);
+  // No right is needed. 0 for a name without a key.
+  unsigned int GetKeyPermission(unsigned int user, void* tree, const char* path,
+                                unsigned char* permission) override;
+  // Only the owner and the administrator may, whatever the permission is: else kNoRight. kNotFound
+  // for a name without a key. A write that fails is not reported.
+  unsigned int SetKeyPermission(unsigned int user, void* tree, const char* path,
+                                unsigned char permission) override;
+  // Sets the six watch bits from the low six of `watch`. Right: read. A write that fails is not
+  // reported.
+  unsigned int SetKeyWatch(unsigned int user, void* tree, const char* path,
+                           unsigned char watch) override;
+
+  // ---- backup (TernaryRegistryBackup.cpp)
+
+  // Writes the key with its sub-keys, values and data to `backupFile`, which is made, or emptied if
+  // it exists. Right on the key: read. kBadArgument: path or backupFile null; kInputOutput: the
+  // file cannot be made or written, or is the registry's own; kInvalidFile: the registry's links do
+  // not form a tree.
+  unsigned int BackupKeyTree(unsigned int user, void* tree, const char* path,
+                             const char* backupFile) override;
+  // Replaces the key, its values and all below it by what the file holds; its name stays. Right on
+  // the key: create, nothing else. The file is checked first: kInputOutput when it is incomplete,
+  // cannot be opened for reading and writing, or is the registry's own; kInvalidFile for impossible
+  // content; kLimit when it holds more than the registry can still store beside what is there.
+  // With any status but 0 the key is as before (unless a write fails and so does putting it right).
+  unsigned int RestoreKeyTree(unsigned int user, void* tree, const char* path,
+                              const char* backupFile) override;
+
   // ---- walks over names (TernaryRegistryWalks.cpp); no operation uses them
 
   // Appends the equal, hi and lo links of each node that has any, in pre-order over those links,
@@ -158,7 +249,9 @@ class TernaryRegistry : public RegistryInterface {
 
   // A key, and one of its values, as read from the file.
   struct Reached {
-    unsigned int keyId = 0;
+    unsigned int nodeId = 0;  // where the name ends
+    TernaryStringNode node;   // read by ReachKeyTree
+    unsigned int keyId = 0;   // 0: a name without a key
     TernaryKeyNode key;
     unsigned int valueId = 0;
     TernaryValueNode value;
@@ -176,11 +269,14 @@ class TernaryRegistry : public RegistryInterface {
   static Step Branch(const TernaryStringNode& node, const char* path, KeyMatchDescriptor* match,
                      unsigned int* next);
   unsigned int Search(AccessScope& access, unsigned int startNode, const char* path,
-                      KeyMatchDescriptor* match);
+                      KeyMatchDescriptor* match, SubtreeNodes* spare = nullptr);
   unsigned int StartNodeOf(const void* tree);
-  // Finds the key, reads it and checks the right.
+  // Finds the key and reads it. What is on the way is left out of `spare`, if given.
+  unsigned int FindAndRead(AccessScope& access, const void* tree, const char* path,
+                           Reached* reached, SubtreeNodes* spare = nullptr);
+  // The same, and checks the right.
   unsigned int ReachKey(AccessScope& access, unsigned int user, const void* tree, const char* path,
-                        unsigned char right, Reached* reached);
+                        unsigned char right, Reached* reached, SubtreeNodes* spare = nullptr);
   // Finds the value in the key that was reached.
   unsigned int FindInChain(AccessScope& access, const char* name, Reached* reached);
   // Both.
@@ -193,7 +289,23 @@ class TernaryRegistry : public RegistryInterface {
   unsigned int HangName(ChangeScope& changes, const KeyMatchDescriptor& match, unsigned int target,
                         const char* name, unsigned int keyId);
   unsigned int EndNameAt(ChangeScope& changes, unsigned int target, unsigned int keyId);
+  unsigned int ReplaceNode(ChangeScope& changes, unsigned int id, const TernaryStringNode& before,
+                           TernaryStringNode* after, bool* putBack);
   unsigned int ReleaseChain(ChangeScope& changes, unsigned int first);
+
+  unsigned int ReachKeyTree(AccessScope& access, unsigned int user, const void* tree,
+                            const char* path, unsigned char right, Reached* reached,
+                            SubtreeNodes* nodes);
+  unsigned int SpellNode(NodeWalk* walk, unsigned int start, RecursiveArg* arg);
+  unsigned int ListOwnName(const NodeWalk& walk, RecursiveArg* arg);
+  unsigned int ListFrom(AccessScope& access, const TernaryStringNode& node, unsigned int id,
+                        unsigned int position, RecursiveArg* arg);
+  unsigned int CountFrom(AccessScope& access, const TernaryStringNode& node, unsigned int id,
+                         unsigned int depth, KeyInfo* info);
+  unsigned int CountValues(AccessScope& access, const TernaryKeyNode& key, NodeSet* met,
+                           unsigned int* count);
+  unsigned int CountKeyAt(AccessScope& access, const TernaryStringNode& node, unsigned int depth,
+                          NodeSet* met, KeyInfo* info);
 
   unsigned int LinkNewValue(ChangeScope& changes, Reached* reached);
   unsigned int ReplaceData(ChangeScope& changes, const Value& value, Reached* reached);

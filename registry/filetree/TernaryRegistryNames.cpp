@@ -203,11 +203,21 @@ unsigned int TernaryRegistry::EndNameAt(ChangeScope& changes, unsigned int targe
   TernaryStringNode after = before;
   after.setKeyNode(keyId);
   after.setHasKey(true);
-  result = file->WriteNode(changes.id(), target, &after, false);
+  bool putBack = false;
+  result = ReplaceNode(changes, target, before, &after, &putBack);
+  if (putBack) file->ReleaseKeyNode(changes.id(), keyId, nullptr);
+  return result;
+}
+
+// Writes a node that is part of the tree. A write that fails may have written a part of the record:
+// *putBack tells whether the node was written as before, and leads nowhere new.
+unsigned int TernaryRegistry::ReplaceNode(ChangeScope& changes, unsigned int id,
+                                          const TernaryStringNode& before, TernaryStringNode* after,
+                                          bool* putBack) {
+  const unsigned int result = file->WriteNode(changes.id(), id, after, false);
   if (result == status::kOk) return status::kOk;
-  if (file->WriteNode(changes.id(), target, &before, false) == status::kOk) {
-    file->ReleaseKeyNode(changes.id(), keyId, nullptr);
-  }
+  TernaryStringNode again = before;
+  *putBack = file->WriteNode(changes.id(), id, &again, false) == status::kOk;
   return result;
 }
 

@@ -1,4 +1,5 @@
 // Finding a key by its path.
+#include "registry/filetree/SubtreeNodes.h"
 #include "registry/filetree/TernaryRegistry.h"
 
 namespace tamu::registry {
@@ -55,12 +56,13 @@ TernaryRegistry::Step TernaryRegistry::Branch(const TernaryStringNode& node, con
 }
 
 unsigned int TernaryRegistry::Search(AccessScope& access, unsigned int startNode, const char* path,
-                                     KeyMatchDescriptor* match) {
+                                     KeyMatchDescriptor* match, SubtreeNodes* spare) {
   if (path == nullptr) path = "";
   match->directory = startNode;
   TernaryStringNode node;
   unsigned int result = access.Read(startNode, &node);
   if (result != status::kOk) return result;
+  if (spare != nullptr) spare->SpareNode(startNode);
   match->node = startNode;
   match->position = path[0] == '/' ? 1 : 0;
   if (path[match->position] == 0) {
@@ -79,6 +81,10 @@ unsigned int TernaryRegistry::Search(AccessScope& access, unsigned int startNode
     match->previous = match->node;
     match->node = next;
     match->flags = 0;
+    if (spare != nullptr) {
+      spare->SpareKey(node.keyNode());  // of the node before: the last one's key is found
+      spare->SpareNode(next);
+    }
     result = access.Read(next, &node);
     if (result != status::kOk) return result;
     if (!node.HasValidSegment()) return status::kInvalidFile;
@@ -126,15 +132,22 @@ bool TernaryRegistry::isPermissible(const TernaryKeyNode* key, unsigned int user
   return (rights & access) != 0;
 }
 
-unsigned int TernaryRegistry::ReachKey(AccessScope& access, unsigned int user, const void* tree,
-                                       const char* path, unsigned char right, Reached* reached) {
+// Key 0, of a name without key, reads as a key that belongs to user 0 and gives nobody any right.
+unsigned int TernaryRegistry::FindAndRead(AccessScope& access, const void* tree, const char* path,
+                                          Reached* reached, SubtreeNodes* spare) {
   KeyMatchDescriptor match;
-  unsigned int result = Search(access, StartNodeOf(tree), path, &match);
+  const unsigned int result = Search(access, StartNodeOf(tree), path, &match, spare);
   if (result != status::kOk) return result;
-  if (match.keyNode == 0) return status::kNoRight;  // a name without key
-  result = access.Read(match.keyNode, &reached->key);
-  if (result != status::kOk) return result;
+  reached->nodeId = match.node;
   reached->keyId = match.keyNode;
+  return match.keyNode == 0 ? result : access.Read(match.keyNode, &reached->key);
+}
+
+unsigned int TernaryRegistry::ReachKey(AccessScope& access, unsigned int user, const void* tree,
+                                       const char* path, unsigned char right, Reached* reached,
+                                       SubtreeNodes* spare) {
+  const unsigned int result = FindAndRead(access, tree, path, reached, spare);
+  if (result != status::kOk) return result;
   return isPermissible(&reached->key, user, right) ? status::kOk : status::kNoRight;
 }
 

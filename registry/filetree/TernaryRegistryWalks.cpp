@@ -1,6 +1,7 @@
 // Walks over the names alone.
 #include "registry/Array.h"
 #include "registry/filetree/TernaryRegistry.h"
+#include "registry/store/NodeSet.h"
 
 namespace tamu::registry {
 
@@ -12,10 +13,7 @@ class NodeStack {
   // False when there is no memory. Id 0 is not kept.
   bool Push(unsigned int id) {
     if (id == 0) return true;
-    if (count_ == ids_.capacity) {
-      const unsigned int wanted = count_ == 0 ? 64 : count_ * 2;
-      if (ids_.EnsureCapacity(wanted) != status::kOk) return false;
-    }
+    if (ids_.GrowTo(count_ + 1) != status::kOk) return false;
     *ids_[count_++] = id;
     return true;
   }
@@ -35,12 +33,15 @@ unsigned int TernaryRegistry::ReadNodeTree(unsigned int node, unsigned int* ids,
   if (file == nullptr) return status::kNoRight;
   if (ids == nullptr || count == nullptr) return status::kBadArgument;
   AccessScope access(*file);
+  NodeSet met;
   NodeStack open;
+  unsigned int result = met.Prepare(file->Descriptor(NodeKind::kString));
+  if (result != status::kOk) return result;
   if (!open.Push(node)) return status::kNoMemory;
-  unsigned int left = file->Descriptor(NodeKind::kString).totalNodes;  // a circle never ends
   while (!open.IsEmpty()) {
-    if (left-- == 0) return status::kInvalidFile;
-    const unsigned int result = access.Read(open.Pop(), &nodeBuffer);
+    const unsigned int id = open.Pop();
+    if (!met.Add(id)) return status::kInvalidFile;  // the links form a circle
+    result = access.Read(id, &nodeBuffer);
     if (result != status::kOk) return result;
     if (*count > capacity || capacity - *count < 3) return status::kLimit;
     const unsigned int equal = nodeBuffer.hasKey() ? 0 : nodeBuffer.equal();

@@ -1,4 +1,5 @@
-// What operations take from the heap. This program counts every new.
+// What operations take from the heap, and what they do when it gives nothing. This program counts
+// every new, and lets those fail that may answer null.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -10,10 +11,25 @@
 namespace {
 
 unsigned int sAllocations = 0;
+unsigned int sLive = 0;  // taken and not freed
+unsigned int sFailing =
+    0;  // that many allocations from now on the heap gives nothing, once; 0: never
 
 void* CountedAllocation(size_t size) {
   ++sAllocations;
+  ++sLive;
   return std::malloc(size > 0 ? size : 1);
+}
+
+void* FallibleAllocation(size_t size) {
+  if (sFailing == 0 || --sFailing > 0) return CountedAllocation(size);
+  ++sAllocations;
+  return nullptr;
+}
+
+void Free(void* memory) {
+  if (memory != nullptr) --sLive;
+  std::free(memory);
 }
 
 }  // namespace
@@ -25,22 +41,22 @@ void* operator new[](size_t size) {
   return CountedAllocation(size);
 }
 void* operator new(size_t size, const std::nothrow_t&) noexcept {
-  return CountedAllocation(size);
+  return FallibleAllocation(size);
 }
 void* operator new[](size_t size, const std::nothrow_t&) noexcept {
-  return CountedAllocation(size);
+  return FallibleAllocation(size);
 }
 void operator delete(void* memory) noexcept {
-  std::free(memory);
+  Free(memory);
 }
 void operator delete[](void* memory) noexcept {
-  std::free(memory);
+  Free(memory);
 }
 void operator delete(void* memory, size_t) noexcept {
-  std::free(memory);
+  Free(memory);
 }
 void operator delete[](void* memory, size_t) noexcept {
-  std::free(memory);
+  Free(memory);
 }
 
 namespace tamu::registry {
@@ -111,6 +127,128 @@ TEST_F(Allocations, ChangesTakeNothing) {
   EXPECT_EQ(Count([&] { return registry.CreateValue(0, kKey, "new", &text); }), 0u);
   EXPECT_EQ(Count([&] { return registry.DeleteValue(0, kKey, "new"); }), 0u);
   EXPECT_EQ(Count([&] { return registry.CreateKey(0, "a/b/c/e"); }), 0u);
+}
+
+// The whole-key operations with each of their allocations failing in turn.
+class FailingAllocations : public Allocations {
+ protected:
+  FailingAllocations() {
+    // Enough that what is kept of them grows more than once.
+    for (unsigned int i = 0; i < kMoreKeys; ++i) {
+      const std::string key = "a/x" + std::to_string(10 + i);
+      EXPECT_EQ(registry.CreateKey(0, key.c_str()), 0u);
+      EXPECT_EQ(registry.CreateValue(0, key.c_str(), "unset", nullptr), 0u);
+    }
+    EXPECT_EQ(registry.BackupKey(0, "a", backup.c_str()), 0u);
+    start = GetFile(path);
+  }
+
+  // Runs the operation on the file as it was at the start. Each time it answers 12, nothing has
+  // changed, nothing is lost, and it does its work when it is called again. At least one does.
+  template <class Operation>
+  void FailEverywhere(Operation operation) {
+    unsigned int failures = 0;
+    for (unsigned int nth = 1;; ++nth) {
+      SCOPED_TRACE("allocation " + std::to_string(nth));
+      StartAnew();
+      const unsigned int takenBefore = sAllocations;
+      const unsigned int liveBefore = sLive;
+      sFailing = nth;
+      const unsigned int result = operation();
+      sFailing = 0;
+      EXPECT_EQ(sLive, liveBefore);
+      if (sAllocations - takenBefore < nth) {
+        EXPECT_EQ(result, 0u);
+        break;
+      }
+      if (result == 0) continue;  // it could do without
+      ++failures;
+      EXPECT_EQ(result, 12u);
+      EXPECT_TRUE(GetFile(path) == start);
+      EXPECT_EQ(operation(), 0u);
+    }
+    EXPECT_GT(failures, 0u);
+  }
+
+  void StartAnew() {
+    registry.Finalize();
+    std::FILE* file = std::fopen(path.c_str(), "wb");
+    ASSERT_NE(file, nullptr);
+    std::fwrite(start.data(), 1, start.size(), file);
+    std::fclose(file);
+    ASSERT_EQ(registry.Initialize(), 0u);
+  }
+
+  static constexpr unsigned int kMoreKeys = 70;
+  const std::string path = folder / "counted.rce";
+  const std::string backup = folder / "backup";
+  std::string start;
+};
+
+TEST_F(FailingAllocations, EndAListingOfKeys) {
+  FailEverywhere([&] {
+    NameList list(100);
+    return list.Capacity() == 0 ? status::kNoMemory
+                                : registry.ListKeys(0, "", 0, 0, &list, kListWithPath);
+  });
+}
+
+TEST_F(FailingAllocations, EndAListingOfValues) {
+  FailEverywhere([&] {
+    NameList list(10);
+    return registry.ListValues(0, kKey, 0, 0, &list);
+  });
+}
+
+TEST_F(FailingAllocations, LeaveTheNamesThatWereListedBefore) {
+  NameList list(100);
+  unsigned int result = registry.ListKeys(0, "", 0, 0, &list, 0);
+  ASSERT_EQ(result, 0u);
+  ASSERT_EQ(list.Count(), 4 + kMoreKeys);
+  for (unsigned int nth = 1;; ++nth) {
+    NameList part(100);
+    sFailing = nth;
+    result = registry.ListKeys(0, "", 0, 0, &part, 0);
+    const bool over = sFailing > 0;
+    sFailing = 0;
+    if (over) break;
+    EXPECT_EQ(result, 12u);
+    EXPECT_LT(part.Count(), list.Count());
+    for (unsigned int i = 0; i < part.Count(); ++i) {
+      EXPECT_STREQ(part.GetName(i, nullptr), list.GetName(i, nullptr));
+    }
+  }
+}
+
+TEST_F(FailingAllocations, EndACounting) {
+  FailEverywhere([&] {
+    KeyInfo info = {1, 2, 3, 4, 5, 6, 7};
+    const unsigned int result = registry.GetKeyInfo(0, "a", &info);
+    EXPECT_EQ(info.valueCount, result == 0 ? 0u : 4u);
+    return result;
+  });
+}
+
+TEST_F(FailingAllocations, LeaveTheKeyThatWasToBeDeleted) {
+  FailEverywhere([&] { return registry.DeleteKey(0, "a"); });
+}
+
+TEST_F(FailingAllocations, LeaveTheKeyThatWasToBeBackedUp) {
+  const std::string expectedBytes = GetFile(backup);
+  FailEverywhere([&] { return registry.BackupKey(0, "a", backup.c_str()); });
+  EXPECT_TRUE(GetFile(backup) == expectedBytes);
+}
+
+TEST_F(FailingAllocations, LeaveTheKeyThatWasToBeReplaced) {
+  FailEverywhere([&] { return registry.RestoreKey(0, "a", backup.c_str()); });
+  ReadValue text;
+  EXPECT_EQ(registry.GetValue(0, kKey, "text", &text), 0u);
+  EXPECT_STREQ(text.text(), "some text");
+}
+
+TEST_F(FailingAllocations, LeaveTheKeyThatWasToLoseItsSubKeys) {
+  ASSERT_EQ(registry.BackupKey(0, kKey, backup.c_str()), 0u);
+  FailEverywhere([&] { return registry.RestoreKey(0, "a", backup.c_str()); });
 }
 
 }  // namespace

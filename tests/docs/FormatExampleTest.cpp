@@ -24,14 +24,14 @@ void MakeExample(const std::string& path) {
   ASSERT_EQ(registry.CreateValue(0, "net", "port", &text), 0u);
 }
 
-// The lines "offset: bytes" of the example.
-std::vector<std::string> ExampleLines() {
+// The lines "offset: bytes" of an example.
+std::vector<std::string> ExampleLines(const std::string& example) {
   std::ifstream page(YAX_SOURCE_DIR "/docs/format.md");
   std::vector<std::string> lines;
   bool inside = false;
   for (std::string line; std::getline(page, line);) {
     if (line.rfind("```", 0) == 0) {
-      inside = line == "```hex";
+      inside = line == "```" + example;
     } else if (inside && line[0] != '#') {
       lines.push_back(line);
     }
@@ -39,22 +39,38 @@ std::vector<std::string> ExampleLines() {
   return lines;
 }
 
-TEST(FormatExample, IsWhatTheLibraryWrites) {
-  TempDir folder;
-  MakeExample(folder / "example.rce");
-  const std::string file = GetFile(folder / "example.rce");
+// The number of bytes that the example gives.
+unsigned int CompareWithExample(const std::string& file, const std::string& example) {
   unsigned int compared = 0;
-  for (const std::string& line : ExampleLines()) {
+  for (const std::string& line : ExampleLines(example)) {
     std::istringstream words(line);
     size_t offset = 0;
     char colon = 0;
     words >> offset >> colon >> std::hex;
     for (unsigned int byte = 0; words >> byte; ++offset, ++compared) {
-      ASSERT_LT(offset, file.size()) << line;
+      if (offset >= file.size()) ADD_FAILURE() << "the file ends before " << line;
+      if (offset >= file.size()) return compared;
       EXPECT_EQ(static_cast<unsigned char>(file[offset]), byte) << "at " << offset << ": " << line;
     }
   }
-  EXPECT_EQ(compared, 352u);
+  return compared;
+}
+
+TEST(FormatExample, IsWhatTheLibraryWrites) {
+  TempDir folder;
+  MakeExample(folder / "example.rce");
+  EXPECT_EQ(CompareWithExample(GetFile(folder / "example.rce"), "hex"), 352u);
+}
+
+TEST(FormatExample, BackedUpIsWhatThePageTells) {
+  TempDir folder;
+  MakeExample(folder / "example.rce");
+  Registry registry((folder / "example.rce").c_str(), kAdministratorId);
+  ASSERT_EQ(registry.Initialize(), 0u);
+  ASSERT_EQ(registry.BackupKey(0, "", (folder / "backup").c_str()), 0u);
+  const std::string backup = GetFile(folder / "backup");
+  EXPECT_EQ(backup.size(), 198u);
+  EXPECT_EQ(CompareWithExample(backup, "hex-backup"), 198u);
 }
 
 }  // namespace

@@ -1,11 +1,9 @@
 // A workload whose system calls fail at every place in turn, and what the registry is afterwards.
-#include <map>
-#include <set>
-#include <utility>
-#include <vector>
+#include <memory>
 
 #include "registry/Registry.h"
 #include "registry/store/TernaryFile.h"
+#include "tests/fault/FaultWorkload.h"
 #include "tests/platform/TestFiles.h"
 #include "tests/support/FaultCalls.h"
 #include "tests/support/StructureCheck.h"
@@ -13,162 +11,11 @@
 namespace tamu::registry {
 namespace {
 
+using faults::KnownState;
 using faults::Mode;
+using faults::Step;
 
 constexpr unsigned int kUserId = 65535;
-
-// ---- the workload
-
-struct Step {
-  enum Action { kKey, kDefault, kCreate, kSet, kDelete };
-  Action action;
-  const char* path;
-  const char* name;
-  unsigned int type;
-  unsigned int size;
-};
-
-// No name differs from another in its last character only, so that each becomes the key that it
-// says whatever the others are. Keys: behind a key, inside a node, in a second node, to either
-// side, below another key. Values: each number of blocks, growing, shrinking, becoming another
-// type.
-const Step kSteps[] = {
-    {Step::kKey, "net", "", 0, 0},
-    {Step::kKey, "network", "", 0, 0},
-    {Step::kCreate, "net", "ip", 1, 65},
-    {Step::kCreate, "net", "mtu", 0, 8},
-    {Step::kKey, "netmask", "", 0, 0},
-    {Step::kKey, "netwo", "", 0, 0},
-    {Step::kKey, "device-manager-configuration", "", 0, 0},
-    {Step::kKey, "device-manager-control", "", 0, 0},
-    {Step::kKey, "device-ma", "", 0, 0},
-    {Step::kCreate, "device-ma", "blob", 3, 1024},
-    {Step::kKey, "net/address", "", 0, 0},
-    {Step::kKey, "net/addr", "", 0, 0},
-    {Step::kSet, "net", "ip", 1, 1},
-    {Step::kKey, "alpha", "", 0, 0},
-    {Step::kKey, "zulu", "", 0, 0},
-    {Step::kCreate, "zulu", "a", 2, 1},
-    {Step::kCreate, "zulu", "b", 2, 64},
-    {Step::kCreate, "zulu", "c", 5, 500},
-    {Step::kSet, "zulu", "a", 2, 129},
-    {Step::kSet, "device-ma", "blob", 4, 1000},
-    {Step::kSet, "net", "mtu", 0, 4},
-    {Step::kDelete, "zulu", "b", 0, 0},
-    {Step::kSet, "zulu", "c", 0, 4},
-    {Step::kCreate, "zulu", "b", 1, 200},
-    {Step::kDefault, "net", "", 0, 0},
-    {Step::kDelete, "net", "ip", 0, 0},
-    {Step::kKey, "zulu/below", "", 0, 0},
-    {Step::kSet, "zulu", "b", 1, 1024},
-};
-
-std::string DataOf(const Step& step) {
-  std::string bytes;
-  for (unsigned int i = 0; i < step.size; ++i) {
-    const bool isUpperHalf = step.type == 0 && i >= 4;  // of a number: not handed out
-    bytes += static_cast<char>(isUpperHalf ? 0 : 1 + (i * 7 + i / 64 + step.size) % 255);
-  }
-  return bytes;
-}
-
-unsigned long long NumberOf(const Step& step) {
-  return 1000 + static_cast<unsigned long long>(&step - kSteps);
-}
-
-unsigned int Apply(Registry& registry, const Step& step) {
-  std::string data = DataOf(step);
-  Value value = {step.type, step.size, data.data()};
-  switch (step.action) {
-    case Step::kKey:
-      return registry.CreateKey(0, step.path, NumberOf(step));
-    case Step::kDefault:
-      return registry.SetDefaultValue(0, step.path, NumberOf(step));
-    case Step::kCreate:
-      return registry.CreateValue(0, step.path, step.name, &value);
-    case Step::kSet:
-      return registry.SetValue(0, step.path, step.name, &value);
-    case Step::kDelete:
-      return registry.DeleteValue(0, step.path, step.name);
-  }
-  return 0;
-}
-
-// ---- what must be there afterwards
-
-// What is known after each step; nothing is known of what a step hit by the fault has worked on.
-class Model {
- public:
-  void Done(const Step& step) {
-    const ValueName name = {step.path, step.name};
-    switch (step.action) {
-      case Step::kKey:
-      case Step::kDefault:
-        keys_[step.path] = NumberOf(step);
-        break;
-      case Step::kCreate:
-      case Step::kSet:
-        values_[name] = DataOf(step);
-        break;
-      case Step::kDelete:
-        values_.erase(name);
-        break;
-    }
-  }
-  void Hit(const Step& step) {
-    if (step.action == Step::kKey || step.action == Step::kDefault) {
-      keys_.erase(step.path);
-    } else {
-      values_.erase({step.path, step.name});
-    }
-  }
-  // The power went, or seemed to, while the key was created.
-  void CutAt(const char* path) { cutAt_ = path; }
-
-  // Everything known is there. Names beside the one whose creation was cut off may be gone.
-  // Returns how many are.
-  unsigned int ExpectIn(Registry& registry) const {
-    unsigned int gone = 0;
-    for (const auto& [path, number] : keys_) {
-      unsigned long long stored = 0;
-      const unsigned int status = registry.GetDefaultValue(0, path.c_str(), &stored);
-      if (status == 2 && MayBeGone(path)) {
-        ++gone;
-        continue;
-      }
-      EXPECT_EQ(status, 0u) << path;
-      EXPECT_EQ(stored, number) << path;
-    }
-    for (const auto& [name, data] : values_) {
-      ReadValue value;
-      const char* path = name.first.c_str();
-      const unsigned int status = registry.GetValue(0, path, name.second.c_str(), &value);
-      if (status == 2 && MayBeGone(name.first)) continue;
-      EXPECT_EQ(status, 0u) << path << " " << name.second;
-      if (value.data == nullptr) continue;
-      // Of a number the low four bytes come; they are all that is not zero.
-      EXPECT_EQ(value.size, data.size()) << path << " " << name.second;
-      const std::string bytes(value.bytes(), value.bytes() + value.size);
-      EXPECT_TRUE(bytes == data) << path << " " << name.second;
-    }
-    return gone;
-  }
-
- private:
-  using ValueName = std::pair<std::string, std::string>;
-
-  // Below the same key as the one cut off: its name may have parted from theirs at the first
-  // letter.
-  bool MayBeGone(const std::string& path) const {
-    if (cutAt_.empty()) return false;
-    const size_t slash = cutAt_.rfind('/');
-    return slash == std::string::npos || path.compare(0, slash + 1, cutAt_, 0, slash + 1) == 0;
-  }
-
-  std::map<std::string, unsigned long long> keys_;  // path -> default value
-  std::map<ValueName, std::string> values_;
-  std::string cutAt_;
-};
 
 // ---- the files to start from
 
@@ -231,7 +78,9 @@ struct Outcome {
   bool hitInOpening = false;  // the fault struck while the file was made or opened
   unsigned int opened = 0;
   const Step* hit = nullptr;  // the first step that the fault struck, if the disk was gone then
-  Model model;
+  KnownState known;
+  // What is known instead, if the power went when the step hit had done its work already.
+  std::unique_ptr<KnownState> orKnown;
 
   // What may be wrong because a change of two records was cut off between them: a key counts a
   // value that was just deleted, the rest of a node's names lie where the whole names should.
@@ -249,7 +98,8 @@ class RegistryFaults : public ::testing::Test {
 
   // Runs the workload on a file that holds `base`, or on none. The file is closed afterwards.
   Outcome RunWith(Mode mode, unsigned int number, const std::string& base) {
-    std::filesystem::remove(path_);
+    std::filesystem::remove_all(folder_);
+    std::filesystem::create_directory(folder_);
     if (!base.empty()) PutFile(path_, base);
     Outcome outcome;
     faults::Arm(mode, number);
@@ -257,19 +107,10 @@ class RegistryFaults : public ::testing::Test {
       Registry registry(path_.c_str(), kUserId);
       outcome.opened = registry.Initialize();
       outcome.hitInOpening = faults::Struck() > 0;
-      for (const Step& step : kSteps) {
+      for (const Step& step : faults::Workload()) {
         const unsigned int before = faults::Struck();
-        const unsigned int status = Apply(registry, step);
-        const bool lost = mode == Mode::kLoseFrom && faults::Struck() > 0;
-        if (before == 0 && faults::Struck() > 0 && mode != Mode::kFailOnce) {
-          outcome.hit = &step;
-          if (step.action == Step::kKey) outcome.model.CutAt(step.path);
-        }
-        if (faults::Struck() != before || lost) {
-          outcome.model.Hit(step);
-        } else if (status == 0) {
-          outcome.model.Done(step);
-        }
+        const unsigned int status = faults::Apply(registry, step, folder_);
+        Note(step, status, mode, before, &outcome);
         if (number >= faults::Count() && status != 0) {
           ADD_FAILURE() << "status " << status << " without a fault: " << step.path;
         }
@@ -281,20 +122,63 @@ class RegistryFaults : public ::testing::Test {
     return outcome;
   }
 
+  // What is known after a step. `struckBefore`: how often the fault had struck before it.
+  static void Note(const Step& step, unsigned int status, Mode mode, unsigned int struckBefore,
+                   Outcome* outcome) {
+    const bool isStruck = faults::Struck() > struckBefore;
+    const bool isWhole = step.action == Step::kRemove || step.action == Step::kRestore;
+    const bool isUnreported = step.action == Step::kPermission || step.action == Step::kWatch;
+    if (isStruck && isUnreported && mode == Mode::kFailOnce) {
+      EXPECT_EQ(status, 0u) << step.path;
+    }
+    if (mode == Mode::kLoseFrom && struckBefore > 0) return;  // nothing of it stays
+    if (isStruck && struckBefore == 0 && mode != Mode::kFailOnce) {
+      outcome->hit = &step;
+      if (step.action == Step::kKey) outcome->known.CutAt(step.path);
+      if (isWhole && mode == Mode::kLoseFrom) {
+        outcome->orKnown = std::make_unique<KnownState>(outcome->known);
+        outcome->orKnown->Done(step);
+        return;
+      }
+    }
+    if (isStruck && !isWhole) {
+      outcome->known.Hit(step);
+    } else if (status == 0) {
+      outcome->known.Done(step);
+    }
+  }
+
+  // Everything known is there. Returns how many names are gone that may be.
+  unsigned int ExpectKnown(Registry& registry, const Outcome& outcome) {
+    const std::map<std::string, DecodedKey> tree = DecodeTree(path_);
+    unsigned int gone = 0;
+    std::string differences = outcome.known.Differences(registry, tree, &gone);
+    if (!differences.empty() && outcome.orKnown != nullptr) {
+      differences = outcome.orKnown->Differences(registry, tree, &gone);
+    }
+    EXPECT_EQ(differences, "");
+    return gone;
+  }
+
   // The registry opens, is sound, holds what it must and goes on.
   void ExpectWhole(const Outcome& outcome) {
     EXPECT_EQ(GraveFindings(path_, outcome.Harmless()), "");
     Registry registry(path_.c_str(), kUserId);
     ASSERT_EQ(registry.Initialize(), 0u);
-    if (outcome.model.ExpectIn(registry) > 0) ++runsWithLostNames_;
+    if (ExpectKnown(registry, outcome) > 0) ++runsWithLostNames_;
     EXPECT_EQ(registry.CreateKey(0, "quite-new"), 0u);
     std::string data(300, 'q');
     Value value = {1, 300, data.data()};
     EXPECT_EQ(registry.CreateValue(0, "quite-new", "value", &value), 0u);
+    const std::string backup = folder_ + "quite-new.backup";
+    EXPECT_EQ(registry.BackupKey(0, "quite-new", backup.c_str()), 0u);
+    EXPECT_EQ(registry.DeleteKey(0, "quite-new"), 0u);
+    EXPECT_EQ(registry.CreateKey(0, "quite-new"), 0u);
+    EXPECT_EQ(registry.RestoreKey(0, "quite-new", backup.c_str()), 0u);
     ReadValue back;
     EXPECT_EQ(registry.GetValue(0, "quite-new", "value", &back), 0u);
     EXPECT_EQ(back.size, 300u);
-    outcome.model.ExpectIn(registry);
+    ExpectKnown(registry, outcome);
   }
 
   // Faults at every call in turn.
@@ -315,7 +199,7 @@ class RegistryFaults : public ::testing::Test {
     // A node is cut in three writes. Between the last two of them, and only there, what lies below
     // it has lost the beginning of its name.
     unsigned int keySteps = 0;
-    for (const Step& step : kSteps) keySteps += step.action == Step::kKey ? 1 : 0;
+    for (const Step& step : faults::Workload()) keySteps += step.action == Step::kKey ? 1 : 0;
     EXPECT_LE(runsWithLostNames_, mode == Mode::kFailOnce ? 0 : keySteps);
   }
 
@@ -330,11 +214,12 @@ class RegistryFaults : public ::testing::Test {
     const unsigned int opened = registry.Initialize();
     // No file of ours at all, or one that ends in its headers.
     EXPECT_TRUE(opened == 0 || opened == 59 || opened == 12) << opened;
-    for (const Step& step : kSteps) Apply(registry, step);
+    for (const Step& step : faults::Workload()) faults::Apply(registry, step, folder_);
   }
 
   TempDir dir_;
-  std::string path_ = dir_ / "registry.rce";
+  const std::string folder_ = dir_ / "run/";  // of one run
+  const std::string path_ = folder_ + "registry.rce";
   std::string clean_;
   unsigned int runsWithLostNames_ = 0;
 };
@@ -375,6 +260,55 @@ TEST_F(RegistryFaults, ThePowerGoesFromTheMakingOfTheFileOn) {
   FailEverywhere(Mode::kLoseFrom, "");
 }
 
+TEST_F(RegistryFaults, APermissionThatCannotBeWrittenIsNotReported) {
+  Registry registry(clean_.c_str(), kUserId);
+  ASSERT_EQ(registry.Initialize(), 0u);
+  ASSERT_EQ(registry.CreateKey(0, "key", 7), 0u);
+  const std::string before = GetFile(clean_);
+  faults::Arm(Mode::kFailFrom, 0);
+  EXPECT_EQ(registry.SetKeyPermission(0, "key", 0xFF), 0u);
+  EXPECT_EQ(faults::Struck(), 1u);
+  EXPECT_EQ(registry.SetKeyWatch(0, "key", 0x15), 0u);
+  EXPECT_EQ(faults::Struck(), 2u);
+  faults::Disarm();
+  EXPECT_EQ(GetFile(clean_), before);
+  unsigned char permission = 0;
+  EXPECT_EQ(registry.GetKeyPermission(0, "key", &permission), 0u);
+  EXPECT_EQ(permission, 0x0Fu);
+}
+
+// A backup that fails tells so at whatever call it does; the registry is not touched.
+TEST_F(RegistryFaults, ABackupThatCannotBeWrittenIsReported) {
+  Registry registry(clean_.c_str(), kUserId);
+  ASSERT_EQ(registry.Initialize(), 0u);
+  ASSERT_EQ(registry.CreateKey(0, "key", 7), 0u);
+  std::string data(1000, 'd');
+  Value value = {1, 1000, data.data()};
+  for (const char* name : {"a", "b", "c", "d", "e", "f", "g", "h", "i"}) {
+    ASSERT_EQ(registry.CreateValue(0, "key", name, &value), 0u);
+  }
+  const std::string before = GetFile(clean_);
+  const std::string backup = dir_ / "backup";
+  for (const Mode mode : {Mode::kFailOnce, Mode::kFailFrom, Mode::kTearFrom}) {
+    for (unsigned int number = 0;; ++number) {
+      SCOPED_TRACE(std::string(faults::Name(mode)) + ", call " + std::to_string(number));
+      faults::Arm(mode, number);
+      const unsigned int status = registry.BackupKey(0, "key", backup.c_str());
+      const unsigned int struck = faults::Struck();
+      faults::Disarm();
+      EXPECT_TRUE(GetFile(clean_) == before);
+      if (struck == 0) {
+        EXPECT_EQ(status, 0u);
+        EXPECT_GT(number, 4u) << "made, written in pieces, marked as complete";
+        break;
+      }
+      // The last write is of one byte, which cannot be torn.
+      const bool isWhole = mode == Mode::kTearFrom && struck == 1 && number > 0;
+      EXPECT_EQ(status, isWhole ? 0u : 5u);
+    }
+  }
+}
+
 // The system may write a part of what it was given and say so.
 TEST_F(RegistryFaults, AShortWriteMakesNoDifference) {
   for (const std::string& base : {std::string(), AlmostFullFile(clean_)}) {
@@ -399,7 +333,7 @@ TEST_F(RegistryFaults, ATornWriteIsSurvived) {
     const Outcome outcome = RunWith(Mode::kTearFrom, number, base);
     Registry registry(path_.c_str(), kUserId);
     EXPECT_EQ(registry.Initialize(), 0u);
-    for (const Step& step : kSteps) Apply(registry, step);
+    for (const Step& step : faults::Workload()) faults::Apply(registry, step, folder_);
     if (outcome.completed) break;
   }
 }

@@ -196,12 +196,19 @@ TEST_F(RegistryArgumentsTest, HandlesThatWereNeverGivenAreRefused) {
   EXPECT_EQ(GetFile(path), before);
 }
 
+// The backup file lies in a folder that does not exist.
 TEST_F(RegistryArgumentsTest, GoodCallsAreNotRefused) {
   gHandle = 0;
   for (const Call& call : kGoodCalls) {
-    const unsigned int result = call.run(registry);
-    EXPECT_TRUE(result == 0 || result == 17 || result == 2 || result == 37)
-        << call.text << " answers " << result;
+    registry.CreateKey(0, "key", 7);
+    if (Read(registry, "key", "value") == "status 2") {
+      ExactValue value(1, "text");
+      ASSERT_EQ(registry.CreateValue(0, "key", "value", &value), 0u);
+    }
+    registry.DeleteKey(0, "new");
+    const std::string text = call.text;
+    const bool isOnFile = text == "BackupKey" || text == "RestoreKey";
+    EXPECT_EQ(call.run(registry), isOnFile ? 5u : 0u) << call.text;
   }
 }
 
@@ -239,9 +246,63 @@ TEST_F(RegistryArgumentsTest, WithoutPathTheRootIsMeant) {
   EXPECT_EQ(registry.CreateKey(0, nullptr, 5), 17u);
   EXPECT_EQ(registry.DeleteValue(0, nullptr, "value"), 2u);
   ASSERT_EQ(registry.CreateValue(0, "", "value", nullptr), 0u);
+  NameList keys(5);
+  EXPECT_EQ(registry.ListKeys(0, nullptr, 0, 0, &keys, kListWithPath), 0u);
+  ASSERT_EQ(keys.Count(), 1u);
+  EXPECT_STREQ(keys.GetName(0, nullptr), "key");
+  NameList values(5);
+  EXPECT_EQ(registry.ListValues(0, nullptr, 0, 0, &values), 0u);
+  ASSERT_EQ(values.Count(), 1u);
+  EXPECT_STREQ(values.GetName(0, nullptr), "value");
   EXPECT_EQ(registry.DeleteValue(0, nullptr, "value"), 0u);
   EXPECT_EQ(DecodeTree(path).at("").values.size(), 0u);
   EXPECT_EQ(DecodeTree(path).at("key").values.size(), 1u);
+}
+
+// The root key is deleted like any other by whoever has the right; there are no keys then, for
+// good.
+TEST_F(RegistryArgumentsTest, DeletingWithoutPathDeletesTheRoot) {
+  registry.SetCurrentUserId(7);
+  EXPECT_EQ(registry.DeleteKey(0, nullptr), 1u);
+  registry.SetCurrentUserId(kAdmin);
+  EXPECT_EQ(registry.DeleteKey(0, nullptr), 0u);
+  EXPECT_EQ(DecodeTree(path).size(), 0u);
+  registry.Finalize();
+  ASSERT_EQ(registry.Initialize(), 0u);
+  EXPECT_EQ(registry.CreateKey(0, "key"), 1u);
+  EXPECT_EQ(registry.CreateKey(0, ""), 17u);
+  EXPECT_EQ(registry.DeleteKey(0, ""), 1u);
+  EXPECT_EQ(registry.GetKeyInfo(0, "", &gInfo), 1u);
+  EXPECT_EQ(registry.GetKeyInfo(0, "key", &gInfo), 2u);
+}
+
+// A number too large for any list is no more than that; the one that is not used may be anything.
+TEST_F(RegistryArgumentsTest, TheSecondNumberOfAListingIsNotUsed) {
+  for (unsigned int unused : {0u, 1u, 0xFFFFFFFFu}) {
+    NameList keys(5);
+    EXPECT_EQ(registry.ListKeys(0, "", 0, unused, &keys, 0), 0u);
+    EXPECT_EQ(keys.Count(), 1u);
+    EXPECT_EQ(registry.ListKeys(0, "", 1, unused, &keys, 0), 0u);
+    EXPECT_EQ(registry.ListKeys(0, "", 0xFFFFFFFF, unused, &keys, 0), 0u);
+    EXPECT_EQ(keys.Count(), 1u);
+    NameList values(5);
+    EXPECT_EQ(registry.ListValues(0, "key", 0, unused, &values), 0u);
+    EXPECT_EQ(values.Count(), 1u);
+    EXPECT_EQ(registry.ListValues(0, "key", 1, unused, &values), 75u);
+    EXPECT_EQ(registry.ListValues(0, "key", 0xFFFFFFFF, unused, &values), 75u);
+    EXPECT_EQ(values.Count(), 1u);
+  }
+}
+
+// Of the flags of a listing only the lowest has a meaning.
+TEST_F(RegistryArgumentsTest, OnlyTheLowestFlagOfAListingCounts) {
+  ASSERT_EQ(registry.CreateKey(0, "key/below"), 0u);
+  for (unsigned int flags : {0u, 1u, 2u, 3u, 0xFFFFFFFEu, 0xFFFFFFFFu}) {
+    NameList keys(5);
+    EXPECT_EQ(registry.ListKeys(0, "key", 0, 0, &keys, flags), 0u);
+    ASSERT_EQ(keys.Count(), 1u);
+    EXPECT_STREQ(keys.GetName(0, nullptr), flags % 2 == 1 ? "keybelow" : "below");
+  }
 }
 
 }  // namespace

@@ -3,17 +3,26 @@
 // again.
 #include <cstdlib>
 #include <memory>
-#include <random>
 
-#include "tests/registry/RegistryRig.h"
+#include "tests/registry/ModelInput.h"
 #include "tests/support/ModelRegistry.h"
+#include "tests/support/RegistryImage.h"
 
 namespace tamu::registry {
 
 namespace {
 
-constexpr unsigned int kBatches = 20;
+constexpr unsigned int kBatches = 24;
 constexpr unsigned int kOperations = 200;  // in a batch
+constexpr unsigned int kBackups = 4;
+
+// Room that must be left in the file, which is more than a batch of operations other than restoring
+// ever takes. Blocks of values that are gone stay in use, and only the last table of a kind is
+// drawn from, so a file that is restored into again and again is full one day.
+constexpr unsigned int kReserve = 16 * kOperations;
+
+// String nodes. Larger trees take long and show nothing new.
+constexpr unsigned int kLargestTree = 1500;
 
 // The order of keys and values in a message.
 std::string Describe(const std::map<std::string, DecodedKey>& tree) {
@@ -34,24 +43,22 @@ std::string Describe(const std::map<std::string, DecodedKey>& tree) {
 
 class ModelRun {
  public:
-  explicit ModelRun(unsigned int seed) : random_(seed) {}
+  explicit ModelRun(unsigned int seed) : in_(seed) {}
 
   // Stops at the first operation that is answered differently.
   void Run() {
     OpenAnew();
     for (unsigned int batch = 0; batch < kBatches && !::testing::Test::HasFailure(); ++batch) {
+      if (!HasRoom(ModelCounts())) StartOver();
       for (unsigned int i = 0; i < kOperations && !::testing::Test::HasFailure(); ++i) DoOne();
-      if (Below(2) == 0) OpenAnew();
+      if (in_.Below(2) == 0) OpenAnew();
       CheckFile();
     }
   }
 
  private:
-  unsigned int Below(unsigned int limit) { return static_cast<unsigned int>(random_() % limit); }
-  bool OneIn(unsigned int times) { return Below(times) == 0; }
-
   void OpenAnew() {
-    if (registry_ != nullptr && OneIn(2)) {
+    if (registry_ != nullptr && in_.OneIn(2)) {
       registry_->Finalize();
     } else {
       registry_.reset();
@@ -60,136 +67,100 @@ class ModelRun {
     ASSERT_EQ(registry_->Initialize(), 0u);
   }
 
-  // Mostly few different characters, so that names share beginnings; both halves of the bytes.
-  char Character() {
-    static const char kFew[] = {'a', 'b', '\x80', '\xFF', '\x01', '\x7F'};
-    if (!OneIn(6)) return kFew[Below(sizeof kFew)];
-    const char any = static_cast<char>(1 + Below(255));
-    return any == '/' ? '0' : any;
-  }
-
-  std::string Component() {
-    std::string name;
-    if (OneIn(3)) name.assign(15 + Below(5), OneIn(2) ? 's' : '\x90');
-    if (!names_.empty() && OneIn(2)) {
-      const std::string& known = names_[Below(static_cast<unsigned int>(names_.size()))];
-      name = known.substr(0, Below(static_cast<unsigned int>(known.size()) + 1));
-    }
-    const unsigned int more = OneIn(4) ? Below(40) : Below(4);
-    for (unsigned int i = 0; i < more || name.empty(); ++i) name += Character();
-    name.resize(std::min<size_t>(name.size(), 40));
-    names_.push_back(name);
-    return name;
-  }
-
-  std::string KnownPath() {
-    return paths_.empty() ? "" : paths_[Below(static_cast<unsigned int>(paths_.size()))];
-  }
-
-  // Mostly the path of a key, or of a new one below a key; sometimes an odd spelling or a guess.
-  std::string Path(bool isNew) {
-    std::string path = OneIn(3) ? "" : KnownPath();
-    if (isNew || OneIn(8)) path += (path.empty() ? "" : "/") + Component();
-    if (OneIn(10)) path += "/";
-    if (OneIn(30)) path += "/" + Component();
-    if (OneIn(60)) path += "//";
-    if (OneIn(10)) path = "/" + path;
-    if (OneIn(60)) path = "/" + path;
-    return path;
-  }
-
-  std::string ValueName() {
-    if (OneIn(50)) return "";
-    const std::string name(OneIn(6) ? 29 + Below(12) : 1, static_cast<char>('v' + Below(3)));
-    return OneIn(4) ? name + '\xE0' : name;
-  }
-
-  std::string Data() {
-    static const unsigned int kSizes[] = {0,   1,   4,   8,   12,   63,   64,  65,
-                                          127, 128, 129, 640, 1023, 1024, 1025};
-    const unsigned int size = kSizes[OneIn(4) ? Below(sizeof kSizes / sizeof *kSizes) : Below(8)];
-    std::string data;
-    for (unsigned int i = 0; i < size; ++i) data += static_cast<char>(Below(256));
-    return data;
-  }
-
-  unsigned int Type() { return OneIn(30) ? 6 + Below(3) : Below(6); }
-
-  unsigned long long Number() {
-    const unsigned long long high = random_();
-    return high << 32 | static_cast<unsigned long long>(random_());
-  }
-
   void ChooseUser() {
-    static const unsigned int kUsers[] = {kAdmin, kAdmin, 7, 0xAC295ADD};
-    if (OneIn(5)) user_ = kUsers[Below(4)];
+    if (in_.OneIn(5)) user_ = in_.User();
     EXPECT_EQ(registry_->SetCurrentUserId(user_), 0u);
   }
 
   void DoOne() {
     ChooseUser();
-    switch (Below(8)) {
+    switch (in_.Below(24)) {
       case 0:
       case 1:
-        return CreateKey();
       case 2:
-        return CreateValue();
       case 3:
-        return SetValue();
+        return CreateKey();
       case 4:
-        return GetValue();
       case 5:
-        return DeleteValue();
       case 6:
+        return CreateValue();
+      case 7:
+      case 8:
+        return SetValue();
+      case 9:
+      case 10:
+        return GetValue();
+      case 11:
+        return DeleteValue();
+      case 12:
         return SetDefaultValue();
-      default:
+      case 13:
         return GetDefaultValue();
+      case 14:
+        return DeleteKey();
+      case 15:
+        return ListKeys();
+      case 16:
+        return ListValues();
+      case 17:
+        return GetKeyInfo();
+      case 18:
+        return GetKeyPermission();
+      case 19:
+        return SetKeyPermission();
+      case 20:
+        return SetKeyWatch();
+      case 21:
+      case 22:
+        return BackupKey();
+      default:
+        return RestoreKey();
     }
   }
 
   void CreateKey() {
-    const std::string path = Path(true);
-    const bool isSet = OneIn(2);
-    const unsigned long long number = isSet ? Number() : 0;
-    const unsigned int expected = model_.CreateKey(user_, path, number, isSet);
+    const std::string path = in_.Path(true);
+    const bool isSet = in_.OneIn(2);
+    const unsigned long long number = isSet ? in_.Number() : 0;
+    const unsigned int expected = model_->CreateKey(user_, path, number, isSet);
     if (isSet) {
       EXPECT_EQ(registry_->CreateKey(0, path.c_str(), number), expected) << Text("CreateKey", path);
     } else {
       EXPECT_EQ(registry_->CreateKey(0, path.c_str()), expected) << Text("CreateKey", path);
     }
-    if (expected == 0) paths_.push_back(path);
+    if (expected == 0) in_.AddPath(path);
   }
 
   void CreateValue() {
-    const std::string path = Path(false), name = ValueName();
-    if (OneIn(8)) {
+    const std::string path = in_.Path(false), name = in_.ValueName();
+    if (in_.OneIn(8)) {
       EXPECT_EQ(registry_->CreateValue(0, path.c_str(), name.c_str(), nullptr),
-                model_.CreateValue(user_, path, name, 0, nullptr))
+                model_->CreateValue(user_, path, name, 0, nullptr))
           << Text("CreateValue unset", path, name);
       return;
     }
-    const unsigned int type = Type();
-    const std::string data = Data();
+    const unsigned int type = in_.Type();
+    const std::string data = in_.Data();
     ExactValue value(type, data);
     EXPECT_EQ(registry_->CreateValue(0, path.c_str(), name.c_str(), &value),
-              model_.CreateValue(user_, path, name, type, &data))
+              model_->CreateValue(user_, path, name, type, &data))
         << Text("CreateValue", path, name);
   }
 
   void SetValue() {
-    const std::string path = Path(false), name = ValueName(), data = Data();
-    const unsigned int type = Type();
+    const std::string path = in_.Path(false), name = in_.ValueName(), data = in_.Data();
+    const unsigned int type = in_.Type();
     ExactValue value(type, data);
     EXPECT_EQ(registry_->SetValue(0, path.c_str(), name.c_str(), &value),
-              model_.SetValue(user_, path, name, type, data))
+              model_->SetValue(user_, path, name, type, data))
         << Text("SetValue", path, name);
   }
 
   void GetValue() {
-    const std::string path = Path(false), name = ValueName();
+    const std::string path = in_.Path(false), name = in_.ValueName();
     unsigned int type = 0;
     std::string bytes;
-    const unsigned int expected = model_.GetValue(user_, path, name, &type, &bytes);
+    const unsigned int expected = model_->GetValue(user_, path, name, &type, &bytes);
     ReadValue value;
     EXPECT_EQ(registry_->GetValue(0, path.c_str(), name.c_str(), &value), expected)
         << Text("GetValue", path, name);
@@ -199,27 +170,182 @@ class ModelRun {
   }
 
   void DeleteValue() {
-    const std::string path = Path(false), name = ValueName();
+    const std::string path = in_.Path(false), name = in_.ValueName();
     EXPECT_EQ(registry_->DeleteValue(0, path.c_str(), name.c_str()),
-              model_.DeleteValue(user_, path, name))
+              model_->DeleteValue(user_, path, name))
         << Text("DeleteValue", path, name);
   }
 
   void SetDefaultValue() {
-    const std::string path = Path(false);
-    const unsigned long long number = Number();
+    const std::string path = in_.Path(false);
+    const unsigned long long number = in_.Number();
     EXPECT_EQ(registry_->SetDefaultValue(0, path.c_str(), number),
-              model_.SetDefaultValue(user_, path, number))
+              model_->SetDefaultValue(user_, path, number))
         << Text("SetDefaultValue", path);
   }
 
   void GetDefaultValue() {
-    const std::string path = Path(false);
+    const std::string path = in_.Path(false);
     unsigned long long number = 1, expectedNumber = 1;
     EXPECT_EQ(registry_->GetDefaultValue(0, path.c_str(), &number),
-              model_.GetDefaultValue(user_, path, &expectedNumber))
+              model_->GetDefaultValue(user_, path, &expectedNumber))
         << Text("GetDefaultValue", path);
     EXPECT_EQ(number, expectedNumber) << Text("GetDefaultValue", path);
+  }
+
+  // The root key is left alone: without it nothing could be done any more.
+  void DeleteKey() {
+    const std::string path = in_.Path(false);
+    if (model_->IsRoot(path)) return;
+    const unsigned int expected = model_->DeleteKey(user_, path);
+    EXPECT_EQ(registry_->DeleteKey(0, path.c_str()), expected) << Text("DeleteKey", path);
+    if (expected == 0) RenewPaths(path);
+  }
+
+  unsigned int Capacity() { return in_.OneIn(3) ? in_.Below(6) : 3000; }
+  unsigned int First() { return in_.OneIn(3) ? in_.Below(8) : 0; }
+
+  void ListKeys() {
+    const std::string path = in_.Path(false);
+    const unsigned int first = First(), capacity = Capacity();
+    const bool withPath = in_.OneIn(3);
+    std::vector<std::string> expectedNames;
+    const unsigned int expected =
+        model_->ListKeys(user_, path, first, capacity, withPath, &expectedNames);
+    NameList list(capacity);
+    EXPECT_EQ(registry_->ListKeys(0, path.c_str(), first, in_.Below(3), &list, withPath ? 1 : 0),
+              expected)
+        << Text("ListKeys", path);
+    EXPECT_EQ(NamesOf(list), expectedNames) << Text("ListKeys", path);
+  }
+
+  void ListValues() {
+    const std::string path = in_.Path(false);
+    const unsigned int first = First(), capacity = Capacity();
+    std::vector<std::string> expectedNames;
+    const unsigned int expected = model_->ListValues(user_, path, first, capacity, &expectedNames);
+    NameList list(capacity);
+    EXPECT_EQ(registry_->ListValues(0, path.c_str(), first, in_.Below(3), &list), expected)
+        << Text("ListValues", path);
+    EXPECT_EQ(NamesOf(list), expectedNames) << Text("ListValues", path);
+  }
+
+  static std::vector<std::string> NamesOf(const NameList& list) {
+    std::vector<std::string> names;
+    for (unsigned int i = 0; i < list.Count(); ++i) names.push_back(list.GetName(i, nullptr));
+    return names;
+  }
+
+  void GetKeyInfo() {
+    const std::string path = in_.Path(false);
+    ModelInfo counts;
+    const unsigned int expected = model_->GetKeyInfo(user_, path, &counts);
+    KeyInfo info = {1, 2, 3, 4, 5, 6, 7};
+    EXPECT_EQ(registry_->GetKeyInfo(0, path.c_str(), &info), expected) << Text("GetKeyInfo", path);
+    EXPECT_EQ(info.reserved, 1u);
+    const std::vector<unsigned int> told = {info.subKeyCount, info.totalKeyCount,
+                                            info.valueCount,  info.totalValueCount,
+                                            info.userId,      info.permission};
+    const std::vector<unsigned int> wanted = {counts.subKeys, counts.allSubKeys,
+                                              counts.values,  counts.allValues,
+                                              user_,          counts.permission};
+    EXPECT_EQ(told, expected == 0 ? wanted : std::vector<unsigned int>({2, 3, 4, 5, 6, 7}))
+        << Text("GetKeyInfo", path);
+  }
+
+  void GetKeyPermission() {
+    const std::string path = in_.Path(false);
+    unsigned int expectedByte = 0xA5;
+    unsigned char byte = 0xA5;
+    EXPECT_EQ(registry_->GetKeyPermission(0, path.c_str(), &byte),
+              model_->GetKeyPermission(path, &expectedByte))
+        << Text("GetKeyPermission", path);
+    EXPECT_EQ(byte, expectedByte) << Text("GetKeyPermission", path);
+  }
+
+  void SetKeyPermission() {
+    const std::string path = in_.Path(false);
+    const unsigned char byte = in_.Permission();
+    EXPECT_EQ(registry_->SetKeyPermission(0, path.c_str(), byte),
+              model_->SetKeyPermission(user_, path, byte))
+        << Text("SetKeyPermission", path);
+  }
+
+  void SetKeyWatch() {
+    const std::string path = in_.Path(false);
+    const unsigned char watch = static_cast<unsigned char>(in_.Below(256));
+    EXPECT_EQ(registry_->SetKeyWatch(0, path.c_str(), watch),
+              model_->SetKeyWatch(user_, path, watch))
+        << Text("SetKeyWatch", path);
+  }
+
+  std::string BackupPath(unsigned int number) {
+    return folder_ / ("backup" + std::to_string(number)).c_str();
+  }
+
+  void BackupKey() {
+    const std::string path = in_.Path(false);
+    const unsigned int number = in_.Below(kBackups);
+    const std::string file = BackupPath(number);
+    const unsigned int expected = model_->BackupKey(user_, path, &backups_[number]);
+    EXPECT_EQ(registry_->BackupKey(0, path.c_str(), file.c_str()), expected)
+        << Text("BackupKey", path);
+    if (expected == 0) {
+      EXPECT_EQ(GetFile(file).size(), backups_[number].FileSize()) << Text("BackupKey", path);
+    }
+  }
+
+  // Backups that were not made yet are tried too. The root seldom: nothing else is left then.
+  void RestoreKey() {
+    const std::string path = in_.Path(false);
+    if (model_->IsRoot(path) && !in_.OneIn(8)) return;
+    const unsigned int number = in_.Below(kBackups);
+    const ModelBackup& backup = backups_[number];
+    if (backup.key != nullptr) {
+      const ModelCounts more = backup.Counts();
+      const ModelCounts now = model_->Counts();
+      if (now.strings > kLargestTree || more.strings > kLargestTree) return;
+      if (now.blocks > kLargestTree || more.blocks > kLargestTree) return;
+      if (!HasRoom(more)) StartOver();
+    }
+    const unsigned int expected = model_->RestoreKey(user_, path, backup);
+    EXPECT_EQ(registry_->RestoreKey(0, path.c_str(), BackupPath(number).c_str()), expected)
+        << Text("RestoreKey", path);
+    if (expected == 0) RenewPaths(path);
+  }
+
+  // Whether the file can take this and what a batch needs.
+  bool HasRoom(const ModelCounts& more) {
+    constexpr unsigned int kTables = 21, kSlots = 499;  // of a kind; of an appended table
+    const RegistryImage image(path_);
+    const unsigned int needs[] = {more.strings, more.keys, more.values, more.blocks};
+    for (unsigned int kind = 0; kind < RegistryImage::kKinds; ++kind) {
+      const auto& tables = image.Tables(static_cast<RegistryImage::Kind>(kind));
+      const std::vector<bool>& isFree = tables.back().isFree;
+      const size_t left = static_cast<size_t>(std::count(isFree.begin(), isFree.end(), true)) +
+                          (kTables - tables.size()) * kSlots;
+      if (left < needs[kind] + kReserve) return false;
+    }
+    return true;
+  }
+
+  // With a new file; the backups are kept.
+  void StartOver() {
+    registry_.reset();
+    std::filesystem::remove(path_);
+    model_ = std::make_unique<ModelRegistry>();
+    in_.ForgetPaths();
+    OpenAnew();
+    EXPECT_EQ(registry_->SetCurrentUserId(user_), 0u);
+  }
+
+  // After keys have gone or come: the keys there are, and one that may be gone.
+  void RenewPaths(const std::string& path) {
+    in_.ForgetPaths();
+    in_.AddPath(path);
+    for (const auto& [each, key] : model_->Tree()) {
+      if (!each.empty()) in_.AddPath(each);
+    }
   }
 
   std::string Text(const char* operation, const std::string& path, const std::string& name = "") {
@@ -229,29 +355,29 @@ class ModelRun {
 
   void CheckFile() {
     EXPECT_EQ(StructureFindings(path_), "");
-    EXPECT_EQ(Describe(DecodeTree(path_)), Describe(model_.Tree()));
+    EXPECT_EQ(Describe(DecodeTree(path_)), Describe(model_->Tree()));
     const SlotCounts counts = CountSlots(path_);
-    EXPECT_EQ(counts.strings.reachable, model_.stringNodes());
-    EXPECT_EQ(counts.strings.used, model_.stringNodes() + model_.lostStringNodes());
-    EXPECT_EQ(counts.keys.reachable, model_.keyCount());
-    EXPECT_EQ(counts.keys.used, model_.keyCount());
-    EXPECT_EQ(counts.values.reachable, model_.valueCount());
-    EXPECT_EQ(counts.values.used, model_.valueCount());
-    EXPECT_EQ(counts.blocks.reachable, model_.blockCount());
-    EXPECT_EQ(counts.blocks.used, model_.blockCount() + model_.lostBlocks());
+    const ModelCounts expected = model_->Counts();
+    EXPECT_EQ(counts.strings.reachable, expected.strings);
+    EXPECT_EQ(counts.strings.used, expected.strings + model_->lostStringNodes());
+    EXPECT_EQ(counts.keys.reachable, expected.keys);
+    EXPECT_EQ(counts.keys.used, expected.keys);
+    EXPECT_EQ(counts.values.reachable, expected.values);
+    EXPECT_EQ(counts.values.used, expected.values);
+    EXPECT_EQ(counts.blocks.reachable, expected.blocks);
+    EXPECT_EQ(counts.blocks.used, expected.blocks + model_->lostBlocks());
     RegistryInfo info = {};
     EXPECT_EQ(registry_->GetRegistryInfo(&info), 0u);
-    EXPECT_EQ(info.keyCount, model_.keyCount());
-    EXPECT_EQ(info.valueCount, model_.valueCount());
+    EXPECT_EQ(info.keyCount, expected.keys);
+    EXPECT_EQ(info.valueCount, expected.values);
   }
 
-  std::mt19937 random_;
+  ModelInput in_;
   unsigned int user_ = kAdmin;
-  std::vector<std::string> names_;  // components tried so far
-  std::vector<std::string> paths_;  // created, as they were spelled
   TempDir folder_;
   const std::string path_ = folder_ / "registry";
-  ModelRegistry model_;
+  std::unique_ptr<ModelRegistry> model_ = std::make_unique<ModelRegistry>();
+  ModelBackup backups_[kBackups];
   std::unique_ptr<Registry> registry_;
 };
 

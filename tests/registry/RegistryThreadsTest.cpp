@@ -67,6 +67,76 @@ class Worker {
   unsigned int surprises_ = 0;
 };
 
+// What one thread does to whole keys: it backs its own up, changes and deletes them, and restores
+// them; it looks at everybody's meanwhile. No name is created again that was deleted: creating it
+// would keep the lock.
+class Carrier {
+ public:
+  Carrier(Registry& registry, unsigned int thread, const std::string& folder)
+      : registry_(registry),
+        thread_(thread),
+        top_(TopKey(thread)),
+        backup_(folder + "/" + top_),
+        everything_(backup_ + "-all") {}
+
+  void Run() {
+    Count(registry_.CreateKey(0, top_.c_str(), thread_), 0);
+    for (unsigned int key = 0; key < kKeys; ++key) {
+      Count(registry_.CreateKey(0, SubKey(thread_, key).c_str()), 0);
+      ExactValue text(1, Text(thread_, key));
+      Count(registry_.CreateValue(0, SubKey(thread_, key).c_str(), "text", &text), 0);
+    }
+    for (unsigned int round = 0; round < kRounds; ++round) DoRound(round);
+  }
+  unsigned int surprises() const { return surprises_; }
+
+ private:
+  void Count(unsigned int status, unsigned int expected) {
+    if (status != expected) ++surprises_;
+  }
+
+  void DoRound(unsigned int round) {
+    const std::string gone = SubKey(thread_, round % kKeys);
+    Count(registry_.BackupKey(0, top_.c_str(), backup_.c_str()), 0);
+    Count(registry_.SetKeyPermission(0, top_.c_str(), 0xFF), 0);
+    Count(registry_.SetKeyWatch(0, top_.c_str(), static_cast<unsigned char>(round)), 0);
+    Count(registry_.DeleteKey(0, gone.c_str()), 0);
+    Look(kKeys - 1, 0xFF);
+    Count(Read(registry_, gone.c_str(), "text") != "status 2", 0);
+    Count(registry_.RestoreKey(0, top_.c_str(), backup_.c_str()), 0);
+    Look(kKeys, 0x0F);
+    Count(Read(registry_, gone.c_str(), "text") != "type 1: " + Text(thread_, round % kKeys), 0);
+    Count(registry_.BackupKey(0, "", everything_.c_str()), 0);
+  }
+
+  // At its own keys, and at whatever keys the others have just now.
+  void Look(unsigned int keys, unsigned int permission) {
+    KeyInfo info = {};
+    Count(registry_.GetKeyInfo(0, top_.c_str(), &info), 0);
+    Count(info.subKeyCount, keys);
+    Count(info.totalValueCount, keys);
+    Count(info.permission, permission);
+    NameList own(2 * kKeys), values(1), all(1000);
+    Count(registry_.ListKeys(0, top_.c_str(), 0, 0, &own, 0), 0);
+    Count(own.Count(), keys);
+    const std::string last = SubKey(thread_, kKeys - 1);
+    const unsigned int listed = registry_.ListValues(0, last.c_str(), 0, 0, &values);
+    Count(listed != 0 && listed != 2, 0);
+    Count(registry_.ListKeys(0, "", 0, 0, &all, 0), 0);
+    Count(all.Count() < keys + 1, 0);
+    unsigned char byte = 0;
+    Count(registry_.GetKeyPermission(0, top_.c_str(), &byte), 0);
+    Count(byte, permission);
+  }
+
+  Registry& registry_;
+  unsigned int thread_;
+  const std::string top_;
+  const std::string backup_;
+  const std::string everything_;
+  unsigned int surprises_ = 0;
+};
+
 class RegistryThreadsTest : public OpenRegistryTest {
  protected:
   // Runs body(number of the thread) on all threads at once.
@@ -149,6 +219,51 @@ TEST_F(RegistryThreadsTest, TheUserMayBeChangedWhileOthersWork) {
       unsigned long long number = 0;
       const unsigned int result = registry.GetDefaultValue(0, "key", &number);
       if (result > 1) ++surprises;
+    }
+  });
+  EXPECT_EQ(surprises, 0u);
+}
+
+TEST_F(RegistryThreadsTest, EachThreadCarriesItsKeysAwayAndBack) {
+  std::atomic<unsigned int> surprises{0};
+  OnAllThreads([&](unsigned int thread) {
+    Carrier carrier(registry, thread, folder / "");
+    carrier.Run();
+    surprises += carrier.surprises();
+  });
+  EXPECT_EQ(surprises, 0u);
+  const std::map<std::string, DecodedKey> keys = DecodeTree(path);
+  EXPECT_EQ(keys.size(), 1 + kThreads * (1 + kKeys));
+  const SlotCounts counts = CountSlots(path);
+  EXPECT_EQ(counts.strings.used, counts.strings.reachable);
+  EXPECT_EQ(counts.keys.used, counts.keys.reachable);
+  EXPECT_EQ(counts.values.used, kThreads * kKeys);
+}
+
+// Whoever looks sees all of the subtree or nothing of it.
+TEST_F(RegistryThreadsTest, ASubtreeIsNeverSeenInPart) {
+  ASSERT_EQ(registry.CreateKey(0, "key"), 0u);
+  const std::string empty = folder / "empty";
+  ASSERT_EQ(registry.BackupKey(0, "key", empty.c_str()), 0u);
+  for (const char* each : {"key/aa", "key/bb", "key/bb/cc"}) {
+    ASSERT_EQ(registry.CreateKey(0, each), 0u);
+  }
+  const std::string full = folder / "full";
+  ASSERT_EQ(registry.BackupKey(0, "key", full.c_str()), 0u);
+  std::atomic<unsigned int> surprises{0};
+  OnAllThreads([&](unsigned int thread) {
+    for (unsigned int i = 0; i < 40; ++i) {
+      if (thread < 2) {
+        const std::string& from = (i + thread) % 2 == 0 ? empty : full;
+        if (registry.RestoreKey(0, "key", from.c_str()) != 0) ++surprises;
+        continue;
+      }
+      NameList names(10);
+      KeyInfo info = {};
+      if (registry.ListKeys(0, "key", 0, 0, &names, 0) != 0) ++surprises;
+      if (names.Count() != 0 && names.Count() != 3) ++surprises;
+      if (registry.GetKeyInfo(0, "key", &info) != 0) ++surprises;
+      if (info.totalKeyCount != 0 && info.totalKeyCount != 3) ++surprises;
     }
   });
   EXPECT_EQ(surprises, 0u);

@@ -6,7 +6,6 @@ namespace {
 
 constexpr unsigned kAdministrator = 65535;
 constexpr size_t kRunMax = 16;
-constexpr unsigned kRead = 1, kModify = 2, kCreate = 4, kDelete = 8;
 
 unsigned BlocksOf(const std::string& bytes) {
   return static_cast<unsigned>((bytes.size() + 63) / 64);
@@ -32,22 +31,17 @@ bool IsLower(char a, char b) {
 
 }  // namespace
 
-ModelRegistry::ModelRegistry() : root_(NewNode()) {
+ModelRegistry::ModelRegistry() : root_(std::make_unique<ModelNode>()) {
   root_->key = std::make_unique<ModelKey>();
   root_->key->owner = kAdministrator;
   root_->key->permission = 0x5F;
   root_->key->isRoot = true;
 }
 
-ModelRegistry::Node* ModelRegistry::NewNode() {
-  nodes_.push_back(std::make_unique<Node>());
-  return nodes_.back().get();
-}
-
 ModelRegistry::Place ModelRegistry::Search(const std::string& path) {
   Place place;
-  place.node = root_;
-  place.parent = root_;
+  place.node = root_.get();
+  place.parent = root_.get();
   place.position = At(path, 0) == '/' ? 1 : 0;
   place.link = &root_->child;
   if (At(path, place.position) == 0) {
@@ -56,7 +50,7 @@ ModelRegistry::Place ModelRegistry::Search(const std::string& path) {
   }
   while (*place.link != nullptr) {
     place.toNode = place.link;
-    place.node = *place.link;
+    place.node = place.link->get();
     place.link = nullptr;
     if (SearchNode(path, &place)) break;
   }
@@ -65,7 +59,7 @@ ModelRegistry::Place ModelRegistry::Search(const std::string& path) {
 
 // Goes through one node. True when the search ends there; otherwise `link` is where it goes on.
 bool ModelRegistry::SearchNode(const std::string& path, Place* place) {
-  Node* node = place->node;
+  ModelNode* node = place->node;
   for (size_t k = 0; k < node->run.size(); ++k) {
     const size_t p = place->position + k;
     if (At(path, p) == node->run[k] && At(path, p + 1) != 0) continue;
@@ -96,46 +90,47 @@ bool ModelRegistry::SearchNode(const std::string& path, Place* place) {
   return false;
 }
 
-bool ModelRegistry::MayDo(const ModelKey* key, unsigned user, unsigned right) {
+bool ModelRegistry::MayDo(const ModelKey* key, unsigned user, Right right) {
   if (key == nullptr) return false;
   const bool isOwner = user == kAdministrator || user == key->owner;
   return ((isOwner ? key->permission : key->permission >> 4) & right) != 0;
 }
 
-unsigned ModelRegistry::Reach(unsigned user, const std::string& path, unsigned right,
-                              ModelKey** key) {
+unsigned ModelRegistry::Reach(unsigned user, const std::string& path, Right right, ModelKey** key,
+                              ModelNode** node) {
   const Place place = Search(path);
   if (!place.isFound) return 2;
+  if (node != nullptr) *node = place.node;
   *key = place.node->key.get();
   return MayDo(*key, user, right) ? 0 : 1;
 }
 
 // Puts a new node with the run up to the cut above the node.
-ModelRegistry::Node* ModelRegistry::Cut(const Place& place) {
+ModelNode* ModelRegistry::Cut(const Place& place) {
   const size_t cut = static_cast<size_t>(place.cut);
-  Node* upper = NewNode();
+  auto upper = std::make_unique<ModelNode>();
   upper->run = place.node->run.substr(0, cut);
   upper->branch = place.node->run[cut];
-  upper->equal = place.node;
   place.node->run.erase(0, cut + 1);
-  *place.toNode = upper;
-  return upper;
+  upper->equal = std::move(*place.toNode);
+  *place.toNode = std::move(upper);
+  return place.toNode->get();
 }
 
 // The chain of nodes for a name of one component, seventeen characters a node.
-ModelRegistry::Node* ModelRegistry::NewName(const std::string& name,
-                                            std::unique_ptr<ModelKey>* key) {
-  Node* first = nullptr;
-  Node** link = &first;
+std::unique_ptr<ModelNode> ModelRegistry::NewName(const std::string& name,
+                                                  std::unique_ptr<ModelKey>* key) {
+  std::unique_ptr<ModelNode> first;
+  std::unique_ptr<ModelNode>* link = &first;
   for (size_t p = 0; p < name.size();) {
     const size_t length = std::min(kRunMax, name.size() - p - 1);
-    Node* node = NewNode();
+    auto node = std::make_unique<ModelNode>();
     node->run = name.substr(p, length);
     node->branch = name[p + length];
     p += length + 1;
     if (p == name.size()) node->key = std::move(*key);
-    *link = node;
-    link = &node->equal;
+    *link = std::move(node);
+    link = &(*link)->equal;
   }
   return first;
 }
@@ -152,8 +147,8 @@ unsigned ModelRegistry::CreateKey(unsigned user, const std::string& path,
   key->isDefaultSet = isDefaultSet;
   key->defaultValue = defaultValue;
 
-  Node* target = place.node;
-  Node** link = place.link;
+  ModelNode* target = place.node;
+  std::unique_ptr<ModelNode>* link = place.link;
   size_t position = place.position;
   if (place.cut >= 0) {
     target = Cut(place);
@@ -167,7 +162,6 @@ unsigned ModelRegistry::CreateKey(unsigned user, const std::string& path,
     lostStringNodes_ += static_cast<unsigned>(1 + slash / (kRunMax + 1));
     return 22;
   }
-  ++keyCount_;
   if (rest.empty()) {
     target->key = std::move(key);
   } else {
@@ -225,10 +219,8 @@ unsigned ModelRegistry::CreateValue(unsigned user, const std::string& path, cons
     value.size = static_cast<unsigned>(data->size());
     value.isSet = !data->empty();
     value.bytes = *data;
-    blockCount_ += BlocksOf(*data);
   }
   key->values.push_back(value);
-  ++valueCount_;
   return 0;
 }
 
@@ -241,13 +233,11 @@ unsigned ModelRegistry::SetValue(unsigned user, const std::string& path, const s
   if (type > 5) return 53;
   ModelValue* value = Find(key, name);
   if (value == nullptr) return 2;
-  blockCount_ -= BlocksOf(value->bytes);
   value->type = type;
   value->size = static_cast<unsigned>(data.size());
   value->isSet = true;
   value->bytes = type == 0 ? std::string() : data;
   if (type == 0) value->low = Word(data, 0);
-  blockCount_ += BlocksOf(value->bytes);
   return 0;
 }
 
@@ -276,24 +266,21 @@ unsigned ModelRegistry::DeleteValue(unsigned user, const std::string& path,
   if (result != 0) return result;
   const ModelValue* value = Find(key, name);
   if (value == nullptr) return 2;
-  const unsigned blocks = BlocksOf(value->bytes);
-  blockCount_ -= blocks;
-  lostBlocks_ += blocks;
-  --valueCount_;
+  lostBlocks_ += BlocksOf(value->bytes);
   key->values.erase(key->values.begin() + (value - key->values.data()));
   return 0;
 }
 
 std::map<std::string, DecodedKey> ModelRegistry::Tree() const {
   std::map<std::string, DecodedKey> tree;
-  std::vector<std::pair<const Node*, std::string>> pending = {{root_, ""}};
-  const auto visit = [&](const Node* node, const std::string& prefix) {
-    if (node != nullptr) pending.emplace_back(node, prefix);
+  std::vector<std::pair<const ModelNode*, std::string>> pending = {{root_.get(), ""}};
+  const auto visit = [&](const std::unique_ptr<ModelNode>& node, const std::string& prefix) {
+    if (node != nullptr) pending.emplace_back(node.get(), prefix);
   };
   while (!pending.empty()) {
     const auto [node, prefix] = pending.back();
     pending.pop_back();
-    const bool isRoot = node == root_;
+    const bool isRoot = node == root_.get();
     const std::string name = isRoot ? "" : prefix + node->run + node->branch;
     visit(node->lo, prefix + node->run);
     visit(node->hi, prefix + node->run);
@@ -303,7 +290,7 @@ std::map<std::string, DecodedKey> ModelRegistry::Tree() const {
     const ModelKey& key = *node->key;
     DecodedKey decoded = {key.owner,
                           key.permission,
-                          (key.isDefaultSet ? 1u : 0u) | (key.isRoot ? 2u : 0u),
+                          (key.isDefaultSet ? 1u : 0u) | (key.isRoot ? 2u : 0u) | key.watch << 2,
                           key.defaultValue,
                           {}};
     for (size_t i = key.values.size(); i > 0; --i) {

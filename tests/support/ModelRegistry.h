@@ -23,10 +23,49 @@ struct ModelValue {
 struct ModelKey {
   unsigned owner = 0;
   unsigned permission = 0;
+  unsigned watch = 0;  // six bits
   bool isRoot = false;
   bool isDefaultSet = false;
   unsigned long long defaultValue = 0;
   std::vector<ModelValue> values;  // oldest first
+};
+
+struct ModelNode {
+  std::string run;  // characters that must all match before the branching one
+  char branch = 0;
+  std::unique_ptr<ModelNode> lo;
+  std::unique_ptr<ModelNode> hi;
+  std::unique_ptr<ModelNode> equal;
+  std::unique_ptr<ModelNode> child;
+  std::unique_ptr<ModelKey> key;
+};
+
+// How much a tree takes.
+struct ModelCounts {
+  unsigned strings = 0;
+  unsigned keys = 0;
+  unsigned values = 0;
+  unsigned blocks = 0;
+  unsigned dataBytes = 0;  // in the blocks
+};
+
+// What a backup file holds; without key there is none.
+struct ModelBackup {
+  std::unique_ptr<ModelNode> subKeys;
+  std::unique_ptr<ModelKey> key;
+
+  ModelCounts Counts() const;
+  // Of the file, bytes.
+  size_t FileSize() const;
+};
+
+// What GetKeyInfo tells.
+struct ModelInfo {
+  unsigned subKeys = 0;
+  unsigned allSubKeys = 0;
+  unsigned values = 0;
+  unsigned allValues = 0;
+  unsigned permission = 0;
 };
 
 class ModelRegistry {
@@ -50,52 +89,58 @@ class ModelRegistry {
                     std::string* bytes);
   unsigned DeleteValue(unsigned user, const std::string& path, const std::string& name);
 
+  // ---- whole keys (ModelRegistryKeys.cpp)
+
+  // Whether the path names the root key.
+  bool IsRoot(const std::string& path);
+  unsigned DeleteKey(unsigned user, const std::string& path);
+  // *names receives what is listed, also when the list takes no more than `capacity`.
+  unsigned ListKeys(unsigned user, const std::string& path, unsigned first, unsigned capacity,
+                    bool withPath, std::vector<std::string>* names);
+  unsigned ListValues(unsigned user, const std::string& path, unsigned first, unsigned capacity,
+                      std::vector<std::string>* names);
+  unsigned GetKeyInfo(unsigned user, const std::string& path, ModelInfo* info);
+  unsigned GetKeyPermission(const std::string& path, unsigned* permission);
+  unsigned SetKeyPermission(unsigned user, const std::string& path, unsigned permission);
+  unsigned SetKeyWatch(unsigned user, const std::string& path, unsigned watch);
+  // A failure leaves the backup as it was.
+  unsigned BackupKey(unsigned user, const std::string& path, ModelBackup* backup);
+  // There is room for what the backup holds.
+  unsigned RestoreKey(unsigned user, const std::string& path, const ModelBackup& backup);
+
   // What the file must hold now.
   std::map<std::string, DecodedKey> Tree() const;
-  unsigned stringNodes() const { return static_cast<unsigned>(nodes_.size()); }
-  unsigned keyCount() const { return keyCount_; }
-  unsigned valueCount() const { return valueCount_; }
-  unsigned blockCount() const { return blockCount_; }
+  ModelCounts Counts() const;
   unsigned lostStringNodes() const { return lostStringNodes_; }
   unsigned lostBlocks() const { return lostBlocks_; }
 
  private:
-  struct Node {
-    std::string run;  // characters that must all match before the branching one
-    char branch = 0;
-    Node* lo = nullptr;
-    Node* hi = nullptr;
-    Node* equal = nullptr;
-    Node* child = nullptr;
-    std::unique_ptr<ModelKey> key;
-  };
+  enum Right : unsigned { kRead = 1, kModify = 2, kCreate = 4, kDelete = 8 };
 
   // Where a search ended: at a node that was found, or at the link where a name is to be hung, or
   // at the place in a run where it is to be cut.
   struct Place {
     bool isFound = false;
-    Node* node = nullptr;
-    Node* parent = nullptr;   // where the parent key of the last component ends
-    Node** link = nullptr;    // the empty link for the rest of the path
-    Node** toNode = nullptr;  // the link that led to the node
+    ModelNode* node = nullptr;
+    ModelNode* parent = nullptr;                 // where the parent key of the last component ends
+    std::unique_ptr<ModelNode>* link = nullptr;  // the empty link for the rest of the path
+    std::unique_ptr<ModelNode>* toNode = nullptr;  // the link that led to the node
     int cut = -1;
     size_t position = 0;  // first character without a place
   };
 
   Place Search(const std::string& path);
   bool SearchNode(const std::string& path, Place* place);
-  unsigned Reach(unsigned user, const std::string& path, unsigned right, ModelKey** key);
-  static bool MayDo(const ModelKey* key, unsigned user, unsigned right);
-  Node* NewNode();
-  Node* Cut(const Place& place);
-  Node* NewName(const std::string& name, std::unique_ptr<ModelKey>* key);
+  // A key that is found and allows it; *node may be null when it is not wanted.
+  unsigned Reach(unsigned user, const std::string& path, Right right, ModelKey** key,
+                 ModelNode** node = nullptr);
+  static bool MayDo(const ModelKey* key, unsigned user, Right right);
+  ModelNode* Cut(const Place& place);
+  std::unique_ptr<ModelNode> NewName(const std::string& name, std::unique_ptr<ModelKey>* key);
   static ModelValue* Find(ModelKey* key, const std::string& name);
+  void Remove(ModelNode* node);
 
-  std::vector<std::unique_ptr<Node>> nodes_;
-  Node* root_;
-  unsigned keyCount_ = 1;
-  unsigned valueCount_ = 0;
-  unsigned blockCount_ = 0;
+  std::unique_ptr<ModelNode> root_;
   unsigned lostStringNodes_ = 0;  // taken for names that were refused
   unsigned lostBlocks_ = 0;       // of deleted values
 };

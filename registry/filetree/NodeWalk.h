@@ -1,0 +1,86 @@
+// A walk over the string nodes of a subtree.
+#pragma once
+
+#include "registry/Array.h"
+#include "registry/store/NodeSet.h"
+#include "registry/store/TernaryFile.h"
+
+namespace tamu::registry {
+
+enum class NodeLink : unsigned char { kLo, kHi, kEqual, kChild };
+
+// The link's id, 0 = none.
+unsigned int LinkOf(const TernaryStringNode& node, NodeLink link);
+void SetLink(TernaryStringNode* node, NodeLink link, unsigned int id);
+
+constexpr unsigned int kNodeLinks = 4;
+// The order in which subtrees are backed up, restored and given back.
+constexpr NodeLink kStoredOrder[kNodeLinks] = {NodeLink::kLo, NodeLink::kHi, NodeLink::kEqual,
+                                               NodeLink::kChild};
+// The order in which names are listed, and keys counted.
+constexpr NodeLink kListingOrder[kNodeLinks] = {NodeLink::kHi, NodeLink::kLo, NodeLink::kEqual,
+                                                NodeLink::kChild};
+
+// Visits each node twice: entered, before the nodes that its links lead to, and left, after them.
+// The nodes on the way down are kept on the heap, however deep the tree is; each record is read
+// once. A node that is met a second time, in this walk or by whoever filled `met` before, ends the
+// walk with kInvalidFile; so does one that cannot be read, with its status. With kSkipped, links to
+// such nodes, and to slots that are not in use, count as empty instead.
+//
+//   for (result = walk.Start(node, 0); result == status::kOk && !walk.IsOver(); ) {
+//     ... walk.IsEntered() ? ... : ...
+//     if (result == status::kOk) result = walk.Next();
+//   }
+class NodeWalk {
+ public:
+  enum class Damage { kEndsWalk, kSkipped };
+
+  // `met` has room for the store's string nodes.
+  NodeWalk(TernaryFile::AccessScope& access, const NodeLink (&order)[kNodeLinks], NodeSet& met,
+           Damage damage = Damage::kEndsWalk)
+      : access_(access), order_(order), met_(met), damage_(damage) {}
+
+  // Reads the first node and enters it.
+  unsigned int Start(unsigned int id);
+  // Enters a node that was read already; `id` may be 0 when it is not known.
+  unsigned int Start(const TernaryStringNode& node, unsigned int id);
+  // Goes on to the next visit. 0, kNoMemory or as told above.
+  unsigned int Next();
+
+  bool IsOver() const { return depth_ == 0; }
+  // Between Start and the end: the node visited, and on which of its two visits it is.
+  bool IsEntered() const { return entered_; }
+  const TernaryStringNode& Node() const { return Top().node; }
+  unsigned int Id() const { return Top().id; }
+  // True for the node that the walk started with.
+  bool IsFirst() const { return depth_ == 1; }
+  // The link that has led here, and the node it belongs to. Not for the first node.
+  NodeLink Via() const { return Top().via; }
+  const TernaryStringNode& ParentNode() const { return Parent().node; }
+  // A number that the walk's user keeps with each node on the way down; 0 when it is entered.
+  unsigned int Mark() const { return Top().mark; }
+  unsigned int ParentMark() const { return Parent().mark; }
+  void SetMark(unsigned int mark) { frames_[depth_ - 1]->mark = mark; }
+
+ private:
+  struct Frame {
+    TernaryStringNode node;
+    unsigned int id = 0;
+    unsigned int mark = 0;
+    unsigned char tried = 0;  // links of the order that were followed
+    NodeLink via = NodeLink::kLo;
+  };
+
+  const Frame& Top() const { return *frames_[depth_ - 1]; }
+  const Frame& Parent() const { return *frames_[depth_ - 2]; }
+
+  TernaryFile::AccessScope& access_;
+  const NodeLink (&order_)[kNodeLinks];
+  NodeSet& met_;
+  const Damage damage_;
+  Array<Frame> frames_;  // the way down to the node visited
+  unsigned int depth_ = 0;
+  bool entered_ = false;
+};
+
+}  // namespace tamu::registry

@@ -1,0 +1,66 @@
+#include "registry/filetree/SubtreeNodes.h"
+
+#include "registry/filetree/ValueWalk.h"
+
+namespace tamu::registry {
+
+unsigned int SubtreeNodes::Prepare() {
+  unsigned int result = metNodes_.Prepare(store_.Descriptor(NodeKind::kString));
+  if (result == status::kOk) result = metKeys_.Prepare(store_.Descriptor(NodeKind::kKey));
+  if (result == status::kOk) result = metValues_.Prepare(store_.Descriptor(NodeKind::kValue));
+  return result;
+}
+
+unsigned int SubtreeNodes::CollectSubtree(unsigned int first) {
+  if (first == 0) return status::kOk;
+  TernaryStringNode node;
+  unsigned int result = access_.Read(first, &node);
+  if (result != status::kOk) return result;
+  if (!access_.IsUsed(NodeKind::kString, first)) return status::kInvalidFile;
+  NodeWalk walk(access_, kStoredOrder, metNodes_, NodeWalk::Damage::kSkipped);
+  result = walk.Start(node, first);
+  while (result == status::kOk && !walk.IsOver()) {
+    if (!walk.IsEntered()) {
+      result = CollectKey(walk.Node().keyNode());
+      if (result == status::kOk) result = slots_.Append(NodeKind::kString, walk.Id());
+    }
+    if (result == status::kOk) result = walk.Next();
+  }
+  return result;
+}
+
+unsigned int SubtreeNodes::CollectKey(unsigned int keyNode) {
+  TernaryKeyNode key;
+  if (!access_.IsUsed(NodeKind::kKey, keyNode) || !metKeys_.Add(keyNode)) return status::kOk;
+  if (access_.Read(keyNode, &key) != status::kOk) return status::kOk;
+  if (CollectValues(key) == status::kNoMemory) return status::kNoMemory;
+  return slots_.Append(NodeKind::kKey, keyNode);
+}
+
+unsigned int SubtreeNodes::CollectValues(const TernaryKeyNode& key) {
+  ValueWalk walk(store_, access_, key.firstValue(), &metValues_);
+  for (; !walk.IsOver(); walk.Advance()) {
+    unsigned int result = walk.Read();
+    const bool used = access_.IsUsed(NodeKind::kValue, walk.Id());
+    if (result == status::kOk && !used) result = status::kInvalidFile;
+    if (result == status::kOk) result = slots_.Append(NodeKind::kValue, walk.Id());
+    if (result != status::kOk) return result;
+  }
+  return status::kOk;
+}
+
+unsigned int SubtreeNodes::ReleaseAll(unsigned int changes, NodeKind kind) {
+  unsigned int result = status::kOk;
+  for (unsigned int i = 0; i < slots_.Count(kind); ++i) {
+    result = store_.ReleaseSlot(changes, kind, slots_.At(kind, i));
+  }
+  return result;
+}
+
+unsigned int SubtreeNodes::Release(unsigned int changes) {
+  ReleaseAll(changes, NodeKind::kValue);
+  ReleaseAll(changes, NodeKind::kKey);
+  return ReleaseAll(changes, NodeKind::kString);
+}
+
+}  // namespace tamu::registry

@@ -1,0 +1,49 @@
+// The nodes, keys and values of a subtree that is to be given back.
+#pragma once
+
+#include "registry/filetree/NodeWalk.h"
+#include "registry/filetree/SlotLists.h"
+
+namespace tamu::registry {
+
+// Collected before anything is changed, so that giving them back needs no memory and follows no
+// link that may have got another meaning meanwhile. What is damaged is left out: slots that are
+// free or do not exist, records that cannot be read, and whatever is met a second time. Data blocks
+// are not collected: they stay in use.
+class SubtreeNodes {
+ public:
+  // `access` is held on `store`.
+  SubtreeNodes(TernaryFile& store, TernaryFile::AccessScope& access)
+      : store_(store), access_(access) {}
+
+  // kNoMemory. Before anything else.
+  unsigned int Prepare();
+  // Leaves a string node out, or a key, when the collection comes to it.
+  void SpareNode(unsigned int id) { metNodes_.Add(id); }
+  void SpareKey(unsigned int id) { metKeys_.Add(id); }
+  // Collects the string nodes reached from `first` (0: none) and the keys on them: every node after
+  // all that its lo, hi, equal and child links lead to. kNoMemory; kInvalidFile when `first` is
+  // damaged, or the status of reading it.
+  unsigned int CollectSubtree(unsigned int first);
+  // Collects a key and its values. kNoMemory.
+  unsigned int CollectKey(unsigned int keyNode);
+  // Collects the values of a key, the newest first, up to the first that is damaged: then
+  // kInvalidFile, or the status of reading it. kNoMemory.
+  unsigned int CollectValues(const TernaryKeyNode& key);
+
+  // Gives all of it back, in the order in which it was collected; what cannot be given back stays
+  // in use. The result is that of the last string node.
+  unsigned int Release(unsigned int changes);
+
+ private:
+  unsigned int ReleaseAll(unsigned int changes, NodeKind kind);
+
+  TernaryFile& store_;
+  TernaryFile::AccessScope& access_;
+  SlotLists slots_;
+  NodeSet metNodes_;
+  NodeSet metKeys_;
+  NodeSet metValues_;
+};
+
+}  // namespace tamu::registry

@@ -1,0 +1,74 @@
+// Backing keys up and restoring them.
+#include "registry/filetree/SubtreeBackup.h"
+#include "registry/filetree/SubtreeNodes.h"
+#include "registry/filetree/SubtreeRestore.h"
+#include "registry/filetree/TernaryRegistry.h"
+
+namespace tamu::registry {
+
+unsigned int TernaryRegistry::BackupKeyTree(unsigned int user, void* tree, const char* path,
+                                            const char* backupFile) {
+  PCMutexGuard guard(lock_);
+  if (file == nullptr) return status::kNoRight;
+  if (path == nullptr || backupFile == nullptr) return status::kBadArgument;
+  AccessScope access(*file);
+  Reached reached;
+  unsigned int result = ReachKey(access, user, tree, path, kRead, &reached);
+  if (result != status::kOk) return result;
+  // Making the backup would empty the registry.
+  if (TernaryFile::file.SameFile(backupFile)) return status::kInputOutput;
+  BackupFile stream;
+  SubtreeBackup subtree(*file, access, stream);
+  result = subtree.Prepare();
+  if (result == status::kOk) result = stream.Make(backupFile);
+  if (result != status::kOk) return result;
+  TernaryStringNode node;
+  result = access.Read(reached.nodeId, &node);
+  if (result == status::kOk && node.child() != 0) {
+    result = subtree.RecursiveBackupKeyTree(node.child());
+  }
+  if (result == status::kOk) result = subtree.BackupValue(reached.keyId);
+  return result == status::kOk ? stream.Complete() : result;
+}
+
+// The file is read twice: first without changing anything, then to store what it holds. With one
+// write the key then changes over to the new nodes, and the old ones are given back. Whenever the
+// process ends, the tree is the old or the new one.
+unsigned int TernaryRegistry::RestoreKeyTree(unsigned int user, void* tree, const char* path,
+                                             const char* backupFile) {
+  PCMutexGuard guard(lock_);
+  if (file == nullptr) return status::kNoRight;
+  if (path == nullptr || backupFile == nullptr) return status::kBadArgument;
+  ChangeScope changes(*file);
+  Reached reached;
+  SubtreeNodes old(*file, changes);
+  unsigned int result = ReachKeyTree(changes, user, tree, path, kCreate, &reached, &old);
+  if (result != status::kOk) return result;
+  if (TernaryFile::file.SameFile(backupFile)) return status::kInputOutput;
+  BackupFile stream;
+  result = stream.Open(backupFile);
+  if (result != status::kOk) return result;
+  BackupContents contents;
+  result = BackupCheck(*file, stream).Check(&contents);
+  // A new node must not get the slot of the key's own.
+  if (result == status::kOk && !changes.IsUsed(NodeKind::kString, reached.nodeId)) {
+    result = status::kInvalidFile;
+  }
+  if (result != status::kOk) return result;
+  stream.Rewind();
+  SubtreeRestore restored(*file, changes, stream);
+  result = restored.Restore(contents, reached.nodeId == file->GetStartNode(0));
+  if (result != status::kOk) return result;
+  TernaryStringNode after = reached.node;
+  after.setChild(restored.Child());
+  after.setKeyNode(restored.Key());
+  after.setHasKey(true);
+  bool putBack = false;
+  result = ReplaceNode(changes, reached.nodeId, reached.node, &after, &putBack);
+  // Nothing is given back that the key may lead to.
+  if (result == status::kOk || !putBack) restored.Keep();
+  if (result == status::kOk) old.Release(changes.id());
+  return result;
+}
+
+}  // namespace tamu::registry

@@ -1,0 +1,48 @@
+// A damaged key tree: what is listed and counted of it, and what deleting takes.
+#pragma once
+
+#include "tests/registry/filetree/DamagedFile.h"
+#include "tests/registry/filetree/KeyTesting.h"
+
+namespace tamu::registry {
+
+// Where the fields of a string node lie.
+constexpr unsigned int kSegmentLength = 1;
+constexpr unsigned int kLo = 4;
+constexpr unsigned int kHi = 8;
+constexpr unsigned int kEqual = 12;
+constexpr unsigned int kChild = 16;
+constexpr unsigned int kKeyLink = 20;
+constexpr unsigned int kLinks[] = {kLo, kHi, kEqual, kChild};
+
+inline void Create(FileTreeRig& rig, std::initializer_list<const char*> keys) {
+  for (const char* key : keys) ASSERT_EQ(rig.Create(key), 0u) << key;
+}
+
+// What is listed and counted below a key, and that neither changes anything.
+inline void ExpectBelow(FileTreeRig& rig, const std::string& path, const std::string& listed,
+                        const std::string& counted) {
+  const std::string before = rig.Contents();
+  OnSmallStack([&] {
+    EXPECT_EQ(Listed(rig, path), listed) << path;
+    EXPECT_EQ(Counted(rig, path), counted) << path;
+  });
+  EXPECT_EQ(rig.Contents(), before);
+}
+
+// Deletes a key: it is gone, and the slots that are free afterwards are in sound lists.
+inline void ExpectDeleted(FileTreeRig& rig, const std::string& path, const std::string& freeSlots) {
+  OnSmallStack([&] { EXPECT_EQ(DeleteKey(rig, path), 0u) << path; });
+  EXPECT_EQ(rig.KeyOf(path), 0u);
+  EXPECT_EQ(FreeSlots(rig), freeSlots);
+  EXPECT_EQ(FreeLists(rig), "");
+  EXPECT_FALSE(rig.tree.ObjectLock().IsMine());
+}
+
+// The same where nothing but the deleted key was damaged.
+inline void ExpectHealed(FileTreeRig& rig, const std::string& path, const std::string& freeSlots) {
+  ExpectDeleted(rig, path, freeSlots);
+  EXPECT_EQ(StructureFindings(rig.path), "");
+}
+
+}  // namespace tamu::registry

@@ -1,0 +1,298 @@
+// Backups that are refused or break off, and backups of damaged keys.
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "registry/filetree/BackupFile.h"
+#include "tests/platform/ChildProcess.h"
+#include "tests/registry/filetree/BackupTesting.h"
+#include "tests/registry/filetree/DamagedFile.h"
+
+namespace tamu::registry {
+
+namespace {
+
+const unsigned char kHeaderAtStart = BackupFile::backupHeader;
+
+void Create(FileTreeRig& rig, std::initializer_list<const char*> keys) {
+  for (const char* key : keys) ASSERT_EQ(rig.Create(key), 0u) << key;
+}
+
+// A backup answers `status`; registry and lock are as before.
+void ExpectFailure(FileTreeRig& rig, const std::string& path, const std::string& file,
+                   unsigned int status) {
+  const std::string before = rig.Contents();
+  OnSmallStack([&] { EXPECT_EQ(Backup(rig, path, file), status) << path << " to " << file; });
+  EXPECT_TRUE(rig.Contents() == before) << "the registry has changed";
+  EXPECT_FALSE(rig.tree.ObjectLock().IsMine());
+}
+
+// ---- arguments, keys and rights
+
+TEST(FileTreeBackup, ANullArgumentIsRefused) {
+  FileTreeRig rig;
+  const std::string file = rig.dir / "b";
+  EXPECT_EQ(rig.tree.BackupKeyTree(kAdmin, nullptr, nullptr, file.c_str()), 22u);
+  EXPECT_EQ(rig.tree.BackupKeyTree(kAdmin, nullptr, "", nullptr), 22u);
+  EXPECT_EQ(rig.tree.BackupKeyTree(kAdmin, nullptr, "missing", nullptr), 22u);
+  EXPECT_EQ(rig.tree.BackupKeyTree(kAdmin, nullptr, nullptr, nullptr), 22u);
+  EXPECT_FALSE(std::filesystem::exists(file));
+}
+
+TEST(FileTreeBackup, WithoutAKeyNoFileIsTouched) {
+  FileTreeRig rig;
+  Create(rig, {"ab", "ac", "de"});
+  ASSERT_EQ(DeleteKey(rig, "de"), 0u);
+  const std::string older = rig.dir / "older";
+  PutFile(older, "older");
+  int anything = 0;
+  for (const std::string& file : {rig.dir / "new", older}) {
+    for (const char* path : {"b", "a", "de", "abc", "ab/x", "//"})
+      ExpectFailure(rig, path, file, 2);
+    ExpectFailure(rig, "de/", file, 1);  // a name without a key
+    EXPECT_EQ(rig.tree.BackupKeyTree(kAdmin, &anything, "ab", file.c_str()), 2u);
+    EXPECT_EQ(rig.tree.BackupKeyTree(kAdmin, &anything, "", file.c_str()), 1u);
+  }
+  EXPECT_FALSE(std::filesystem::exists(rig.dir / "new"));
+  EXPECT_EQ(GetFile(older), "older");
+}
+
+TEST(FileTreeBackup, NeedsTheRightToRead) {
+  TempDir folder;
+  const std::string file = folder / "b";
+  ExpectToNeedTheRight(
+      1,
+      [&](FileTreeRig&) {
+        std::error_code none;
+        std::filesystem::remove(file, none);
+      },
+      [&](TernaryRegistry& tree, unsigned int user) {
+        const unsigned int result = tree.BackupKeyTree(user, nullptr, "a", file.c_str());
+        EXPECT_EQ(std::filesystem::exists(file), result == 0);
+        return result;
+      });
+}
+
+TEST(FileTreeBackup, TheRightsOfTheKeysBelowDoNotCount) {
+  FileTreeRig rig;
+  ASSERT_EQ(rig.tree.CreateKey(kUser, nullptr, "a", 0, false), 0u);
+  Create(rig, {"a/b"});
+  rig.SetPermission(3, "00");
+  const std::string file = rig.dir / "b";
+  EXPECT_EQ(rig.tree.BackupKeyTree(kUser, nullptr, "a/b", file.c_str()), 1u);
+  EXPECT_EQ(rig.tree.BackupKeyTree(kUser, nullptr, "a", file.c_str()), 0u);
+  EXPECT_EQ(GetFile(file).size(), 1 + 40 + 24 + 24u);
+}
+
+TEST(FileTreeBackup, WithoutAFileNobodyMayBackUp) {
+  TempDir folder;
+  TernaryRegistry tree(nullptr, nullptr);
+  const std::string file = folder / "b";
+  EXPECT_EQ(tree.BackupKeyTree(kAdmin, nullptr, "", file.c_str()), 1u);
+  EXPECT_FALSE(std::filesystem::exists(file));
+}
+
+// ---- files
+
+TEST(FileTreeBackup, AFileThatCannotBeMadeIsTold) {
+  FileTreeRig rig;
+  Create(rig, {"a"});
+  for (const char* name : {"missing/b", ".", "a.rce/b", "b/"}) {
+    ExpectFailure(rig, "a", rig.dir / name, 5);
+  }
+  ExpectFailure(rig, "a", "", 5);
+  EXPECT_FALSE(std::filesystem::exists(rig.dir / "missing"));
+}
+
+TEST(FileTreeBackup, NeverOntoTheRegistryItself) {
+  FileTreeRig rig;
+  Create(rig, {"a", "a/b"});
+  const std::string link = rig.dir / "symbolic";
+  const std::string linkToLink = rig.dir / "again";
+  const std::string second = rig.dir / "hard";
+  std::filesystem::create_symlink(rig.path, link);
+  std::filesystem::create_symlink("symbolic", linkToLink);
+  std::filesystem::create_hard_link(rig.path, second);
+  for (const std::string& file :
+       {rig.path, link, linkToLink, second, rig.dir / "./a.rce", rig.dir / "../" + rig.path}) {
+    for (const char* key : {"", "a"}) ExpectFailure(rig, key, file, 5);
+  }
+  EXPECT_EQ(Listed(rig, ""), "0: a/b a");
+  EXPECT_EQ(StructureFindings(rig.path), "");
+  // Another file beside it, by way of a link, is as good as any.
+  PutFile(rig.dir / "other", std::string(100, 'x'));
+  std::filesystem::create_symlink("other", rig.dir / "to-other");
+  EXPECT_EQ(Backup(rig, "a", rig.dir / "to-other"), 0u);
+  EXPECT_EQ(GetFile(rig.dir / "other").size(), 1 + 40 + 24 + 24u);
+}
+
+TEST(FileTreeBackup, ADiskThatIsFullIsTold) {
+  FileTreeRig rig;
+  Create(rig, {"a"});
+  for (unsigned int i = 0; i < 5; ++i) {
+    ASSERT_EQ(rig.CreateData("a", "v", 2, Pattern(1024)), 0u);
+  }
+  const std::string file = rig.dir / "b";
+  for (unsigned long limit : {0ul, 1ul, 100ul, 4096ul, 5000ul, 5404ul}) {
+    EXPECT_TRUE(InChild([&] {
+      LimitFileSize(limit);
+      return Backup(rig, "a", file) == 5;
+    })) << limit;
+    EXPECT_LE(GetFile(file).size(), limit);
+  }
+  EXPECT_TRUE(InChild([&] {
+    LimitFileSize(5405);  // 1 + 24 + 5 * (52 + 1024)
+    return Backup(rig, "a", file) == 0;
+  }));
+}
+
+// ---- the first byte
+
+// Backs up a key on whose way something is damaged, and returns the file.
+std::string BrokenOff(FileTreeRig& rig) {
+  const std::string file = rig.dir / "broken";
+  return Backup(rig, "a", file) == 59 ? GetFile(file) : "(not broken off)";
+}
+
+TEST(FileTreeBackup, OnlyTheFirstBackupOfAProcessBeginsIncomplete) {
+  EXPECT_EQ(kHeaderAtStart, 0);
+  FileTreeRig rig;
+  Create(rig, {"a", "a/b", "c"});
+  const std::string records = NameRecord("b", 0xFFFF00);
+  rig.PatchWord(InString(3, 20), 0xFFFF00);  // the key of "a/b" cannot be read
+  const std::string whole = rig.dir / "whole";
+  EXPECT_TRUE(InChild([&] {
+    BackupFile::backupHeader = 0;  // as in a new process
+    if (BrokenOff(rig) != std::string(1, '\0') + records) return false;
+    if (BrokenOff(rig) != std::string(1, '\0') + records) return false;
+    if (Backup(rig, "c", whole) != 0 || GetFile(whole) != kComplete + KeyRecord(0)) return false;
+    return BrokenOff(rig) == kComplete + records;
+  }));
+}
+
+TEST(FileTreeBackup, ABackupThatBrokeOffIsNotRestored) {
+  FileTreeRig rig;
+  Create(rig, {"a", "a/b", "c"});
+  rig.PatchWord(InString(3, 20), 0xFFFF00);
+  const std::string file = rig.dir / "broken";
+  EXPECT_TRUE(InChild([&] {
+    BackupFile::backupHeader = 0;
+    const bool first = Backup(rig, "a", file) == 59 && Restore(rig, "c", file) == 5;
+    BackupFile::backupHeader = 1;
+    return first && Backup(rig, "a", file) == 59 && Restore(rig, "c", file) == 5;
+  }));
+}
+
+// ---- damaged keys
+
+// The record of a value, without the id of its data, and the data.
+std::string DataOf(FileTreeRig& rig) {
+  return HexOf(BackedUp(rig, "a").substr(77));
+}
+
+TEST(FileTreeBackup, DataThatCannotBeReadInFullIsFilledWithZeros) {
+  const std::string half = HexOf(Pattern(100).substr(0, 64));
+  FileTreeRig rig;
+  Create(rig, {"a"});
+  ASSERT_EQ(rig.CreateData("a", "v", 2, Pattern(100)), 0u);
+  EXPECT_EQ(DataOf(rig), HexOf(Pattern(100)));
+
+  rig.PatchWord(BlockEntry(1), 0);  // the chain ends early
+  EXPECT_EQ(DataOf(rig), half + std::string(72, '0'));
+  for (unsigned int next : {1u, 365u, 0xFFFFFFFFu}) {  // a circle, the slot behind the last, none
+    rig.PatchWord(BlockEntry(1), next);
+    EXPECT_EQ(DataOf(rig), std::string(200, '0')) << next;
+  }
+  rig.PatchWord(BlockEntry(1), 2);
+  for (unsigned int block : kBadIds) {
+    rig.PatchWord(InValue(1, 44), block);
+    EXPECT_EQ(DataOf(rig), std::string(200, '0')) << block;
+  }
+  rig.PatchWord(InValue(1, 44), 0);
+  EXPECT_EQ(DataOf(rig), std::string(200, '0'));
+}
+
+// What follows stays in its place.
+TEST(FileTreeBackup, ADamagedValueDoesNotShiftTheNext) {
+  FileTreeRig rig;
+  Create(rig, {"a", "b"});
+  ASSERT_EQ(rig.CreateNumber("a", "n", 5), 0u);
+  ASSERT_EQ(rig.CreateData("a", "v", 2, Pattern(100)), 0u);
+  rig.PatchWord(InValue(2, 44), 0);
+  EXPECT_EQ(HexOf(BackedUp(rig, "a")),
+            HexOf(kComplete + KeyRecord(0x200, 2) + ValueRecord(0x100, "v", 0x62, 100, 0) +
+                  std::string(100, '\0') + NumberRecord(0, "n", 5)));
+  EXPECT_EQ(Restore(rig, "b", rig.dir / "taken.bak"), 0u);
+  EXPECT_EQ(rig.Get("b", "n"), "0 type 0: 0500000000000000");
+  EXPECT_EQ(rig.Get("b", "v"), "0 type 2: " + std::string(200, '0'));
+}
+
+TEST(FileTreeBackup, DataLongerThanAnyValuesIsRefused) {
+  FileTreeRig rig;
+  Create(rig, {"a"});
+  ASSERT_EQ(rig.CreateData("a", "v", 2, Pattern(1024)), 0u);
+  for (const char* size : {"0104", "0008", "ffff"}) {
+    rig.Patch(InValue(1, 8), size);
+    ExpectFailure(rig, "a", rig.dir / "b", 59);
+  }
+  rig.Patch(InValue(1, 8), "0004");
+  EXPECT_EQ(Backup(rig, "a", rig.dir / "b"), 0u);
+}
+
+TEST(FileTreeBackup, LinksThatFormACircleEndIt) {
+  const std::string names[] = {"lo", "hi", "equal", "child"};
+  for (unsigned int link = 0; link < 4; ++link) {
+    // Of "a/m", 3, and of what hangs there, 4: to itself, to each other, and up to "a".
+    const struct {
+      const char* second;
+      unsigned int from;
+      unsigned int to;
+    } cases[] = {{"a/f", 3, 0x300},   {"a/f", 4, 0x300},   {"a/t", 4, 0x300}, {"a/mn", 4, 0x300},
+                 {"a/m/x", 4, 0x400}, {"a/m/x", 4, 0x300}, {"a/f", 4, 0x200}, {"a/f", 4, 0x100}};
+    for (const auto& each : cases) {
+      SCOPED_TRACE(names[link] + " of " + std::to_string(each.from) + " to " +
+                   std::to_string(each.to) + ", " + each.second);
+      FileTreeRig rig;
+      Create(rig, {"a", "a/m", each.second});
+      rig.PatchWord(InString(each.from, 4 + 4 * link), each.to);
+      ExpectFailure(rig, "a", rig.dir / "b", 59);
+      ExpectFailure(rig, "", rig.dir / "b", 59);
+    }
+  }
+}
+
+TEST(FileTreeBackup, ValuesThatFormACircleEndIt) {
+  FileTreeRig rig;
+  Create(rig, {"a", "a/b", "a/c"});
+  for (const char* name : {"1", "2", "3"}) ASSERT_EQ(rig.CreateNumber("a", name, 1), 0u);
+  for (unsigned int id : {0x100u, 0x200u, 0x300u}) {
+    rig.PatchWord(InValue(1, 0), id);
+    ExpectFailure(rig, "a", rig.dir / "b", 59);
+  }
+  rig.PatchWord(InValue(1, 0), 0);
+  EXPECT_EQ(Backup(rig, "a", rig.dir / "b"), 0u);
+  rig.PatchWord(InKey(3, 0), 0x200);  // those of "a" are those of "a/b", too
+  ExpectFailure(rig, "a", rig.dir / "b", 59);
+  EXPECT_EQ(Backup(rig, "a/b", rig.dir / "b"), 0u);
+}
+
+TEST(FileTreeBackup, LinksToNothingEndIt) {
+  FileTreeRig rig;
+  Create(rig, {"a", "a/m"});
+  ASSERT_EQ(rig.CreateNumber("a/m", "n", 5), 0u);
+  for (unsigned int bad : kBadIds) {
+    SCOPED_TRACE(bad);
+    for (unsigned int offset : {InString(3, 4), InString(3, 8), InString(3, 12), InString(3, 16),
+                                InString(3, 20), InKey(3, 0), InValue(1, 0)}) {
+      const unsigned int before = rig.Word(offset);
+      rig.PatchWord(offset, bad);
+      ExpectFailure(rig, "a", rig.dir / "b", 59);
+      rig.PatchWord(offset, before);
+    }
+  }
+  EXPECT_EQ(Backup(rig, "a", rig.dir / "b"), 0u);
+}
+
+}  // namespace
+
+}  // namespace tamu::registry

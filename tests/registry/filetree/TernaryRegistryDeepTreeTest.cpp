@@ -1,0 +1,242 @@
+// Subtrees of ten thousand string nodes that hang from each other in one chain, on a small stack:
+// restored from a backup file that is written here, listed, counted, backed up and deleted.
+#include <vector>
+
+#include "tests/registry/filetree/DamagedFile.h"
+#include "tests/registry/filetree/KeyTesting.h"
+
+namespace tamu::registry {
+
+namespace {
+
+constexpr unsigned int kLevels = 10000;
+// String nodes that a file can have: a new file's, and twenty appended tables of 499.
+constexpr unsigned int kMostNodes = 364 + 20 * 499;
+
+// Where the records of a backup have the ids of others: string nodes their links and their key,
+// keys their first value, values the next one.
+constexpr unsigned int kLinkFields[] = {4, 8, 12, 16};
+constexpr unsigned int kKeyField = 20;
+
+// How each node hangs from the one before: by one of its links, with one character of segment or
+// none.
+struct Shape {
+  const char* text;
+  unsigned int link;    // offset of the link in the record
+  const char* segment;  // "" or one character
+  char split;
+};
+
+const Shape kShapes[] = {
+    {"Child", 16, "", 'a'},  // a/a/a
+    {"Equal", 12, "", 'a'},  // aaa
+    {"Lo", 4, "a", 'b'},     // ab, aab, aaab: each before the last
+    {"Hi", 8, "b", 'a'},     // ba, bba, bbba: each behind the last
+};
+
+void PrintTo(const Shape& shape, std::ostream* out) {
+  *out << shape.text;
+}
+
+// The name of the key on a level, the first being 0.
+std::string NameAt(const Shape& shape, unsigned int level) {
+  if (shape.link == 16) return "a" + Repeated("/a", level);
+  if (shape.link == 12) return Repeated("a", level + 1);
+  return Repeated(shape.segment, level + 1) + shape.split;
+}
+
+void PutWord(std::string* record, unsigned int offset, unsigned int word) {
+  for (unsigned int i = 0; i < 4; ++i) (*record)[offset + i] = static_cast<char>(word >> (8 * i));
+}
+
+std::string StringRecord(const Shape& shape, bool isLast, bool hasKey) {
+  std::string record(40, '\0');
+  record[1] = shape.segment[0] != 0 ? 1 : 0;
+  record[2] = hasKey ? 0x10 : 0;
+  record[3] = shape.split;
+  if (!isLast) PutWord(&record, shape.link, 1);
+  if (hasKey) PutWord(&record, kKeyField, 1);
+  record[24] = shape.segment[0];
+  return record;
+}
+
+std::string KeyRecord(unsigned int level, bool hasValue) {
+  std::string record(24, '\0');
+  if (hasValue) PutWord(&record, 0, 1);
+  record[4] = hasValue ? 1 : 0;
+  record[6] = 0x0F;         // permission
+  record[7] = 0x01 | 0x14;  // a default value, two watch bits
+  PutWord(&record, 8, 1000);
+  PutWord(&record, 16, level);
+  return record;
+}
+
+// The number `level` under the name "v".
+std::string ValueRecord(unsigned int level) {
+  std::string record(52, '\0');
+  record[8] = 8;
+  record[11] = 0x40;
+  record[12] = 'v';
+  PutWord(&record, 44, level);
+  return record;
+}
+
+bool HasValue(unsigned int level) {
+  return level % 100 == 0;
+}
+
+// A backup of `levels` nodes with a key on each whose number, counted from the last, divides by
+// `keyStep`.
+std::string BackupOf(const Shape& shape, unsigned int levels, unsigned int keyStep = 1) {
+  std::string bytes(1, '\x01');
+  for (unsigned int i = 0; i < levels; ++i) {
+    const unsigned int fromLast = levels - 1 - i;
+    bytes += StringRecord(shape, fromLast == 0, fromLast % keyStep == 0);
+  }
+  for (unsigned int fromLast = 0; fromLast < levels; fromLast += keyStep) {
+    const unsigned int level = levels - 1 - fromLast;
+    bytes += KeyRecord(level, HasValue(level));
+    if (HasValue(level)) bytes += ValueRecord(level);
+  }
+  return bytes + KeyRecord(levels, false);
+}
+
+void MaskId(std::string* bytes, size_t offset) {
+  const bool isNone = bytes->compare(offset, 4, std::string(4, '\0')) == 0;
+  PutWord(bytes, static_cast<unsigned int>(offset), isNone ? 0 : 1);
+}
+
+// The same with every id that is not 0 as 1. A key on each node.
+std::string WithoutIds(std::string bytes, unsigned int levels) {
+  if (bytes.size() < 1 + 64 * levels + 24) return "too short: " + std::to_string(bytes.size());
+  size_t offset = 1;
+  for (unsigned int i = 0; i < levels; ++i, offset += 40) {
+    for (unsigned int field : kLinkFields) MaskId(&bytes, offset + field);
+    MaskId(&bytes, offset + kKeyField);
+  }
+  while (offset + 24 <= bytes.size()) {
+    MaskId(&bytes, offset);
+    const bool hasValue = bytes[offset] != 0;
+    offset += 24;
+    if (hasValue && offset + 52 <= bytes.size()) MaskId(&bytes, offset);
+    if (hasValue) offset += 52;
+  }
+  return bytes;
+}
+
+class FileTreeDeepTree : public ::testing::TestWithParam<Shape> {
+ protected:
+  FileTreeDeepTree() { EXPECT_EQ(rig_.Create("top"), 0u); }
+
+  // The operations as the administrator, each on a small stack.
+  unsigned int Restore(const std::string& bytes) {
+    PutFile(backup_, bytes);
+    unsigned int result = 99;
+    OnSmallStack(
+        [&] { result = rig_.tree.RestoreKeyTree(kAdmin, nullptr, "top", backup_.c_str()); });
+    return result;
+  }
+  unsigned int Backup() {
+    unsigned int result = 99;
+    OnSmallStack(
+        [&] { result = rig_.tree.BackupKeyTree(kAdmin, nullptr, "top", backup_.c_str()); });
+    return result;
+  }
+  std::string List(unsigned int first, unsigned int capacity) {
+    std::string text;
+    OnSmallStack([&] { text = Listed(rig_, "top", first, 0, capacity); });
+    return text;
+  }
+  std::string Count() {
+    std::string text;
+    OnSmallStack([&] { text = Counted(rig_, "top"); });
+    return text;
+  }
+  unsigned int Delete() {
+    unsigned int result = 99;
+    OnSmallStack([&] { result = DeleteKey(rig_, "top"); });
+    return result;
+  }
+  bool IsFound(unsigned int level) { return rig_.Find("top/" + NameAt(GetParam(), level)) == 0; }
+
+  FileTreeRig rig_;
+  std::string backup_ = rig_.dir / "backup";
+};
+
+TEST_P(FileTreeDeepTree, IsBackedUpAsItWasRestored) {
+  const std::string bytes = BackupOf(GetParam(), kLevels);
+  ASSERT_EQ(Restore(bytes), 0u);
+  PutFile(backup_, "");
+  ASSERT_EQ(Backup(), 0u);
+  const std::string again = GetFile(backup_);
+  EXPECT_EQ(again.size(), bytes.size());
+  EXPECT_TRUE(WithoutIds(again, kLevels) == bytes);
+  EXPECT_TRUE(IsFound(0));
+  EXPECT_TRUE(IsFound(kLevels - 1));
+  EXPECT_FALSE(IsFound(kLevels));
+}
+
+TEST_P(FileTreeDeepTree, IsListedFromItsEnd) {
+  const Shape& shape = GetParam();
+  ASSERT_EQ(Restore(BackupOf(shape, kLevels)), 0u);
+  EXPECT_TRUE(List(0, 2) == "75: " + NameAt(shape, kLevels - 1) + " " + NameAt(shape, kLevels - 2));
+  EXPECT_EQ(List(kLevels - 2, 10), "0: " + NameAt(shape, 1) + " " + NameAt(shape, 0));
+  EXPECT_EQ(List(kLevels, 10), "0:");
+}
+
+TEST_P(FileTreeDeepTree, IsCounted) {
+  ASSERT_EQ(Restore(BackupOf(GetParam(), kLevels)), 0u);
+  const bool isDeep = GetParam().link == 16;
+  EXPECT_EQ(Count(),
+            std::string("0: ") + (isDeep ? "1" : "10000") + " of 10000 keys, 0 of 100 values");
+}
+
+TEST_P(FileTreeDeepTree, IsDeletedWhole) {
+  ASSERT_EQ(Restore(BackupOf(GetParam(), kLevels)), 0u);
+  EXPECT_EQ(Delete(), 0u);
+  EXPECT_EQ(rig_.Find("top"), 2u);
+  EXPECT_FALSE(IsFound(0));
+  EXPECT_EQ(StructureFindings(rig_.path), "");
+  const SlotCounts counts = CountSlots(rig_.path);
+  EXPECT_EQ(counts.strings.used, 2u) << "the root and the name \"top\"";
+  EXPECT_EQ(counts.keys.used, 1u);
+  EXPECT_EQ(counts.values.used, 0u);
+}
+
+// What is restored needs room beside what it replaces, and only the last table of a kind gives
+// slots: those of the tables before it are not handed out again when they become free.
+TEST_P(FileTreeDeepTree, IsRefusedASecondTime) {
+  const std::string bytes = BackupOf(GetParam(), kLevels);
+  ASSERT_EQ(Restore(bytes), 0u);
+  const std::string before = rig_.Contents();
+  EXPECT_EQ(Restore(bytes), 75u);
+  EXPECT_TRUE(rig_.Contents() == before);
+  ASSERT_EQ(Delete(), 0u);
+  ASSERT_EQ(rig_.Create("top"), 0u);
+  rig_.Reopen();  // this thread has kept a lock level, since the name was there
+  const std::string empty = rig_.Contents();
+  EXPECT_EQ(Restore(bytes), 75u);
+  EXPECT_TRUE(rig_.Contents() == empty);
+  EXPECT_EQ(Restore(BackupOf(GetParam(), 100)), 0u);
+  EXPECT_EQ(StructureFindings(rig_.path), "");
+}
+
+// The root and "top" have a node each.
+TEST_P(FileTreeDeepTree, MayTakeEveryNodeOfTheFileAndNotOneMore) {
+  const std::string before = rig_.Contents();
+  EXPECT_EQ(Restore(BackupOf(GetParam(), kMostNodes - 1, 100)), 75u);
+  EXPECT_TRUE(rig_.Contents() == before);
+  EXPECT_EQ(Restore(BackupOf(GetParam(), kMostNodes - 2, 100)), 0u);
+  EXPECT_TRUE(IsFound(kMostNodes - 3));
+  EXPECT_EQ(rig_.Create("another"), 75u);
+  EXPECT_EQ(Count().substr(0, 2), "0:");
+  EXPECT_EQ(Delete(), 0u);
+  EXPECT_EQ(StructureFindings(rig_.path), "");
+}
+
+INSTANTIATE_TEST_SUITE_P(Shapes, FileTreeDeepTree, ::testing::ValuesIn(kShapes),
+                         [](const auto& tested) { return std::string(tested.param.text); });
+
+}  // namespace
+
+}  // namespace tamu::registry

@@ -1,0 +1,206 @@
+// Links that lead back, and what two lead to: listing and counting tell of it, deleting takes what
+// it can reach and nothing twice.
+#include "tests/registry/filetree/KeyDamage.h"
+
+namespace tamu::registry {
+
+namespace {
+
+TEST(FileTreeKeyDamage, AnImpossibleSegmentLengthIsNotListed) {
+  FileTreeRig rig;
+  Create(rig, {"a", "a/m", "a/t", "b"});
+  for (unsigned int length = 17; length <= 255; ++length) {
+    rig.Patch(InString(3, kSegmentLength), HexOf(std::string(1, static_cast<char>(length))));
+    EXPECT_EQ(Listed(rig, "a"), "59:") << length;  // before any neighbour
+    EXPECT_EQ(Listed(rig, ""), "59: b") << length;
+    EXPECT_EQ(Listed(rig, "", 100), "59:") << length;
+  }
+  EXPECT_EQ(Counted(rig, "a"), "0: 2 of 2 keys, 0 of 0 values");  // without looking at names
+  ExpectHealed(rig, "a", "361 362 364 364");
+}
+
+TEST(FileTreeKeyDamage, TheLongestSegmentIsListed) {
+  FileTreeRig rig;
+  Create(rig, {"0123456789abcdefg"});
+  ASSERT_EQ(rig.Hex(InString(2, kSegmentLength), 1), "10");
+  EXPECT_EQ(Listed(rig, ""), "0: 0123456789abcdefg");
+}
+
+TEST(FileTreeKeyDamage, AZeroByteEndsTheNameListed) {
+  FileTreeRig rig;
+  Create(rig, {"abcd", "abcd/x"});
+  rig.Patch(InString(2, 24 + 1), "00");
+  EXPECT_EQ(Listed(rig, ""), "0: a a");
+}
+
+TEST(FileTreeKeyDamage, ANodeThatLinksToItself) {
+  for (unsigned int link : kLinks) {
+    SCOPED_TRACE(link);
+    FileTreeRig rig;
+    Create(rig, {"a", "a/m"});
+    ASSERT_EQ(rig.CreateNumber("a/m", "n", 1), 0u);
+    rig.PatchWord(InString(3, link), 0x300);
+    ExpectBelow(rig, "a", "59:", "59");
+    ExpectBelow(rig, "", "59:", "59");
+    ExpectHealed(rig, "a", "362 363 364 364");
+  }
+}
+
+TEST(FileTreeKeyDamage, TwoNodesThatLinkToEachOther) {
+  const struct {
+    const char* second;  // 400, hangs from "a/m", 300
+    unsigned int link;   // of 400, leads back to 300
+  } cases[] = {{"a/f", kLo},   {"a/f", kHi},   {"a/f", kEqual},   {"a/f", kChild},
+               {"a/t", kHi},   {"a/t", kLo},   {"a/t", kEqual},   {"a/t", kChild},
+               {"a/mn", kLo},  {"a/mn", kHi},  {"a/mn", kEqual},  {"a/mn", kChild},
+               {"a/m/n", kLo}, {"a/m/n", kHi}, {"a/m/n", kEqual}, {"a/m/n", kChild}};
+  for (const auto& each : cases) {
+    SCOPED_TRACE(std::string(each.second) + " " + std::to_string(each.link));
+    FileTreeRig rig;
+    Create(rig, {"a", "a/m", each.second});
+    rig.PatchWord(InString(4, each.link), 0x300);
+    ExpectBelow(rig, "a", "59:", "59");
+    ExpectHealed(rig, "a", "362 363 364 364");
+  }
+}
+
+// What links upward stays with those above.
+TEST(FileTreeKeyDamage, ALinkToAKeyAbove) {
+  const struct {
+    unsigned int link;
+    unsigned int above;
+  } cases[] = {{kLo, 0x100},    {kLo, 0x200},    {kLo, 0x300},    {kHi, 0x100},
+               {kHi, 0x200},    {kEqual, 0x100}, {kEqual, 0x200}, {kEqual, 0x300},
+               {kChild, 0x100}, {kChild, 0x200}, {kChild, 0x300}, {kChild, 0x400}};
+  for (const auto& each : cases) {
+    for (const char* deleted : {"a/b/c", "a/b", "a"}) {
+      SCOPED_TRACE(std::to_string(each.link) + " to " + std::to_string(each.above) + ", " +
+                   deleted);
+      FileTreeRig rig;
+      Create(rig, {"a", "a/b", "a/b/c", "a/b/c/d", "z"});
+      rig.PatchWord(InString(5, each.link), each.above);  // "d"
+      ExpectBelow(rig, "", "59: z", "59");
+      const std::string path = deleted;
+      const char* const freeSlots = path == "a"     ? "361 362 364 364"
+                                    : path == "a/b" ? "360 361 364 364"
+                                                    : "359 360 364 364";
+      ExpectHealed(rig, path, freeSlots);
+      EXPECT_EQ(Listed(rig, ""), path == "a" ? "0: z" : path == "a/b" ? "0: z a" : "0: z a/b a");
+    }
+  }
+}
+
+// "f" is looked for by way of "m".
+TEST(FileTreeKeyDamage, ALinkToANodeOnTheWayToTheKey) {
+  for (unsigned int link : kLinks) {
+    SCOPED_TRACE(link);
+    FileTreeRig rig;
+    Create(rig, {"m", "f", "f/x"});
+    ASSERT_EQ(rig.CreateNumber("m", "n", 1), 0u);
+    rig.PatchWord(InString(4, link), 0x200);
+    ExpectHealed(rig, "f", "361 362 363 364");
+    EXPECT_EQ(Listed(rig, ""), "0: m");
+    EXPECT_EQ(ListedValues(rig, "m"), "0: n");
+  }
+}
+
+TEST(FileTreeKeyDamage, AKeyThatIsItsOwnChild) {
+  FileTreeRig rig;
+  Create(rig, {"a", "b"});
+  rig.PatchWord(InString(2, kChild), 0x200);
+  ExpectBelow(rig, "a", "59: b", "59");
+  ExpectHealed(rig, "a", "361 362 364 364");
+  EXPECT_EQ(Listed(rig, ""), "0: b");
+}
+
+TEST(FileTreeKeyDamage, TheRootAsItsOwnChild) {
+  FileTreeRig rig;
+  rig.PatchWord(InString(1, kChild), 0x100);
+  EXPECT_EQ(Counted(rig, ""), "59");
+  ExpectHealed(rig, "", "363 364 364 364");
+}
+
+TEST(FileTreeKeyDamage, ANodeThatTwoLinkTo) {
+  for (const char* deleted : {"a", "a/c"}) {
+    FileTreeRig rig;
+    Create(rig, {"a", "a/b", "a/c", "a/b/x"});
+    ASSERT_EQ(rig.CreateNumber("a/b/x", "n", 1), 0u);
+    rig.PatchWord(InString(4, kChild), 0x500);
+    ExpectBelow(rig, "a", "59: c/x c", "59");
+    ExpectBelow(rig, "a/b", "0: x", "0: 1 of 1 keys, 0 of 1 values");
+    ExpectBelow(rig, "a/c", "0: x", "0: 1 of 1 keys, 0 of 1 values");
+    if (std::string(deleted) == "a") {
+      ExpectHealed(rig, "a", "362 363 364 364");
+      continue;
+    }
+    // The other link leads to a free node then, which is not given back a second time.
+    ExpectDeleted(rig, "a/c", "360 361 364 364");
+    ExpectHealed(rig, "a", "362 363 364 364");
+  }
+}
+
+TEST(FileTreeKeyDamage, AKeyThatTwoNodesShare) {
+  FileTreeRig rig;
+  Create(rig, {"a", "a/b", "a/c"});
+  rig.PatchWord(InString(3, kKeyLink), 0x400);
+  ExpectBelow(rig, "a", "0: c b", "0: 2 of 2 keys, 0 of 0 values");
+  ExpectHealed(rig, "a", "362 362 364 364");  // nothing leads to the other key any more
+}
+
+TEST(FileTreeKeyDamage, AKeyWithValuesThatTwoNodesShare) {
+  FileTreeRig rig;
+  Create(rig, {"a", "a/b", "a/c"});
+  for (const char* name : {"1", "2"}) ASSERT_EQ(rig.CreateNumber("a/c", name, 1), 0u);
+  rig.PatchWord(InString(3, kKeyLink), 0x400);
+  ExpectBelow(rig, "a", "0: c b", "59");
+  EXPECT_EQ(ListedValues(rig, "a/b"), "0: 2 1");
+  ExpectHealed(rig, "a", "362 362 364 364");
+}
+
+TEST(FileTreeKeyDamage, AKeyOfAnotherThatIsDeleted) {
+  for (unsigned int key : {0x100u, 0x200u, 0x400u}) {
+    SCOPED_TRACE(key);
+    FileTreeRig rig;
+    Create(rig, {"a", "a/b", "c"});
+    ASSERT_EQ(rig.CreateNumber("c", "n", 1), 0u);
+    ASSERT_EQ(rig.CreateNumber("a", "n", 1), 0u);
+    rig.PatchWord(InString(3, kKeyLink), key);
+    EXPECT_EQ(DeleteKey(rig, "a"), 0u);
+    EXPECT_EQ(FreeLists(rig), "");
+    EXPECT_EQ(DeleteKey(rig, "c"), 0u);
+    EXPECT_EQ(FreeLists(rig), "");
+  }
+}
+
+TEST(FileTreeKeyDamage, TheKeysOnTheWayToADeletedOneStay) {
+  for (unsigned int key : {0x100u, 0x200u}) {  // the root's, that of "a"
+    SCOPED_TRACE(key);
+    FileTreeRig rig;
+    Create(rig, {"a", "a/b", "a/b/c"});
+    ASSERT_EQ(rig.CreateNumber("a", "n", 1), 0u);
+    rig.PatchWord(InString(4, kKeyLink), key);
+    ASSERT_EQ(DeleteKey(rig, "a/b"), 0u);
+    EXPECT_EQ(FreeLists(rig), "");
+    EXPECT_EQ(FreeSlots(rig), "361 361 363 364");  // "a/b/c" is gone, its key never came back
+    ASSERT_EQ(rig.tree.CreateKey(kUser, nullptr, "z", 0, false), 0u);
+    EXPECT_EQ(Listed(rig, ""), "0: z a");
+    EXPECT_EQ(ListedValues(rig, "a"), "0: n");
+  }
+}
+
+TEST(FileTreeKeyDamage, ValuesThatTwoKeysShare) {
+  FileTreeRig rig;
+  Create(rig, {"a", "a/b", "a/c"});
+  for (const char* name : {"1", "2"}) ASSERT_EQ(rig.CreateNumber("a/b", name, 1), 0u);
+  ASSERT_EQ(rig.CreateNumber("a/c", "3", 1), 0u);
+  rig.PatchWord(InValue(3, 0), 0x100);  // "3" goes on with "1"
+  rig.Patch(InKey(4, 4), "0200");
+  EXPECT_EQ(ListedValues(rig, "a/c"), "0: 3 1");
+  EXPECT_EQ(Counted(rig, "a/c"), "0: 0 of 0 keys, 2 of 2 values");
+  ExpectBelow(rig, "a", "0: c b", "59");
+  ExpectHealed(rig, "a", "362 363 364 364");
+}
+
+}  // namespace
+
+}  // namespace tamu::registry

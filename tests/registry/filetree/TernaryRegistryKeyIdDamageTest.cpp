@@ -1,0 +1,220 @@
+// Ids that name nothing, chains of values that lead back, and files that cannot be read: listing
+// and counting tell of it, deleting takes what it can reach, and the free lists stay whole.
+#include "tests/registry/filetree/KeyDamage.h"
+
+namespace tamu::registry {
+
+namespace {
+
+TEST(FileTreeKeyDamage, AValueThatIsItsOwnNext) {
+  FileTreeRig rig;
+  Create(rig, {"a", "a/b"});
+  ASSERT_EQ(rig.CreateNumber("a/b", "1", 1), 0u);
+  ASSERT_EQ(rig.CreateNumber("a/b", "2", 1), 0u);
+  rig.PatchWord(InValue(1, 0), 0x100);
+  ExpectBelow(rig, "a/b", "0:", "59");
+  ExpectBelow(rig, "a", "0: b", "59");
+  OnSmallStack([&] {
+    EXPECT_EQ(ListedValues(rig, "a/b", 0, 3), "75: 2 1 1");
+    NameList list(1000);
+    EXPECT_EQ(rig.tree.ListValues(kAdmin, nullptr, "a/b", 1, &list), 59u);
+    EXPECT_EQ(list.Count(), 363u);  // as many values as a file of this size can have, but one
+  });
+  ExpectHealed(rig, "a/b", "361 362 364 364");
+}
+
+TEST(FileTreeKeyDamage, TwoValuesThatLeadToEachOther) {
+  FileTreeRig rig;
+  Create(rig, {"a", "a/b"});
+  for (const char* name : {"1", "2", "3"}) ASSERT_EQ(rig.CreateNumber("a/b", name, 1), 0u);
+  rig.PatchWord(InValue(1, 0), 0x200);
+  TernaryKeyNode key;
+  key.setFirstValue(0x300);
+  unsigned int count = 0;
+  OnSmallStack([&] {
+    NameList list(1000);
+    EXPECT_EQ(rig.tree.ListValues(kAdmin, nullptr, "a/b", 0, &list), 59u);
+    EXPECT_EQ(rig.tree.CountKeyValues(&count, &key), 59u);
+  });
+  ExpectBelow(rig, "a/b", "0:", "59");
+  ExpectBelow(rig, "a", "0: b", "59");
+  const std::string before = rig.KeyNode(3);
+  OnSmallStack([&] { EXPECT_EQ(rig.tree.DeleteAllValues(0, 0x300), 59u); });
+  EXPECT_EQ(rig.FreeValues(), 364u);
+  EXPECT_EQ(Entries(rig, kValueTable, 5), "01000000 02000000 03000000 04000000 05000000")
+      << "the values 3, 2 and 1 in this order";
+  EXPECT_EQ(rig.KeyNode(3), before);
+}
+
+TEST(FileTreeKeyDamage, ALinkToANodeThatDoesNotExist) {
+  for (unsigned int bad : kBadIds) {
+    for (unsigned int link : kLinks) {
+      SCOPED_TRACE(std::to_string(bad) + " at " + std::to_string(link));
+      FileTreeRig rig;
+      Create(rig, {"a", "a/m", "a/f", "a/t", "a/mn", "a/m/x"});
+      ASSERT_EQ(rig.CreateNumber("a/t", "n", 1), 0u);
+      rig.PatchWord(InString(3, link), bad);
+      ExpectBelow(rig, "a",
+                  link == kHi      ? "59:"
+                  : link == kLo    ? "59: t"
+                  : link == kEqual ? "59: t f"
+                                   : "59: t f mn",
+                  "59");
+      // What the link led to stays in use, and is reached no more.
+      ExpectHealed(rig, "a", link == kHi ? "361 362 363 364" : "361 362 364 364");
+    }
+  }
+}
+
+TEST(FileTreeKeyDamage, SubKeysThatDoNotExist) {
+  for (unsigned int bad : kBadIds) {
+    SCOPED_TRACE(bad);
+    FileTreeRig rig;
+    Create(rig, {"a", "b"});
+    rig.PatchWord(InString(2, kChild), bad);
+    ExpectBelow(rig, "a", "59:", "59");
+    ExpectBelow(rig, "", "59: b", "59");
+    const std::string before = rig.Contents();
+    EXPECT_EQ(rig.tree.RecursiveDeleteKeyTree(0, bad), 59u);
+    EXPECT_EQ(rig.Contents(), before);
+    ExpectHealed(rig, "a", "361 362 364 364");
+    EXPECT_EQ(rig.StringNode(2),
+              "00000061"
+              "00000000"
+              "00030000" +
+                  std::string(24, '0'));
+  }
+}
+
+TEST(FileTreeKeyDamage, AKeyThatDoesNotExist) {
+  for (unsigned int bad : kBadIds) {
+    SCOPED_TRACE(bad);
+    FileTreeRig rig;
+    Create(rig, {"a", "a/b", "a/b/c"});
+    rig.PatchWord(InString(3, kKeyLink), bad);
+    ExpectBelow(rig, "a", "0: b/c b", "59");
+    ExpectBelow(rig, "a/b", "59:", "59");
+    const std::string before = rig.Contents();
+    unsigned char permission = 77;
+    EXPECT_EQ(DeleteKey(rig, "a/b"), 59u);
+    EXPECT_EQ(ListedValues(rig, "a/b"), "59:");
+    EXPECT_EQ(rig.tree.GetKeyPermission(kAdmin, nullptr, "a/b", &permission), 59u);
+    EXPECT_EQ(rig.tree.SetKeyPermission(kAdmin, nullptr, "a/b", 1), 59u);
+    EXPECT_EQ(rig.tree.SetKeyWatch(kAdmin, nullptr, "a/b", 1), 59u);
+    EXPECT_EQ(rig.tree.DeleteSingleKey(0, bad), 59u);
+    EXPECT_EQ(rig.tree.DeleteAllValues(0, bad), 59u);
+    EXPECT_EQ(permission, 77u);
+    EXPECT_EQ(rig.Contents(), before);
+    ExpectHealed(rig, "a", "362 362 364 364");  // the key of "b" stays in use
+  }
+}
+
+TEST(FileTreeKeyDamage, AValueThatDoesNotExist) {
+  for (unsigned int bad : kBadIds) {
+    SCOPED_TRACE(bad);
+    FileTreeRig rig;
+    Create(rig, {"a", "a/b"});
+    for (const char* name : {"1", "2", "3"}) ASSERT_EQ(rig.CreateNumber("a/b", name, 1), 0u);
+    rig.PatchWord(InValue(2, 0), bad);
+    EXPECT_EQ(ListedValues(rig, "a/b"), "59: 3 2");
+    EXPECT_EQ(ListedValues(rig, "a/b", 2), "59:");
+    EXPECT_EQ(ListedValues(rig, "a/b", 0, 2), "59: 3 2");
+    ExpectBelow(rig, "a", "0: b", "59");
+    ExpectBelow(rig, "a/b", "0:", "59");
+    TernaryKeyNode key;
+    unsigned int count = 10;
+    key.setFirstValue(bad);  // the first one is not counted when it cannot be read
+    EXPECT_EQ(rig.tree.CountKeyValues(&count, &key), 59u);
+    EXPECT_EQ(count, 10u);
+    key.setFirstValue(0x300);  // a later one is
+    EXPECT_EQ(rig.tree.CountKeyValues(&count, &key), 59u);
+    EXPECT_EQ(count, 13u);
+    ExpectHealed(rig, "a", "362 363 363 364");
+  }
+}
+
+// The values of a key are walked to their end, whatever number its record tells.
+TEST(FileTreeKeyDamage, ANumberOfValuesThatIsWrong) {
+  FileTreeRig rig;
+  for (const char* name : {"1", "2", "3"}) ASSERT_EQ(rig.CreateNumber("", name, 1), 0u);
+  rig.Patch(InKey(1, 4), "0500");
+  EXPECT_EQ(ListedValues(rig, ""), "0: 3 2 1");
+  EXPECT_EQ(ListedValues(rig, "", 3), "0:");
+  EXPECT_EQ(ListedValues(rig, "", 5), "75:");
+  rig.Patch(InKey(1, 4), "0200");
+  EXPECT_EQ(ListedValues(rig, ""), "0: 3 2 1");
+  EXPECT_EQ(ListedValues(rig, "", 1), "0: 2 1");
+  EXPECT_EQ(ListedValues(rig, "", 2), "75:");
+}
+
+TEST(FileTreeKeyDamage, ANameOfAValueWithoutEnd) {
+  FileTreeRig rig;
+  ASSERT_EQ(rig.CreateNumber("", "n", 0x7A7A7A7A7A7A7A7A), 0u);  // "z" behind the name
+  rig.Patch(InValue(1, 12), Repeated("79", 32));
+  EXPECT_EQ(ListedValues(rig, ""), "0: " + std::string(32, 'y'));
+}
+
+TEST(FileTreeKeyDamage, WhatIsFreeIsNotGivenBackAgain) {
+  FileTreeRig rig;
+  Create(rig, {"a", "a/m", "a/f", "a/b"});  // "b" hangs from "f"
+  for (const char* name : {"1", "2"}) ASSERT_EQ(rig.CreateNumber("a/m", name, 1), 0u);
+  rig.PatchWord(InString(4, kHi), 9u << 8);       // never used
+  rig.PatchWord(InString(5, kChild), 364u << 8);  // the last one
+  rig.PatchWord(InString(5, kKeyLink), 10u << 8);
+  rig.PatchWord(InValue(2, 0), 11u << 8);
+  ExpectBelow(rig, "a", "0: b f m", "0: 3 of 3 keys, 0 of 2 values");
+  ExpectHealed(rig, "a", "362 362 363 364");
+}
+
+// What a free value leads to is somebody else's by now.
+TEST(FileTreeKeyDamage, AFreeValueEndsTheValuesGivenBack) {
+  SharedStore shared;
+  for (const char* name : {"1", "2", "3"}) {
+    ASSERT_EQ(shared.tree.CreateValue(kAdmin, nullptr, "", name, 1, true), 0u);
+  }
+  ASSERT_EQ(shared.store.ReleaseValueNode(0, 0x200, nullptr), 0u);
+  EXPECT_EQ(shared.tree.DeleteAllValues(0, 0x100), 59u);
+  const std::string bytes = FileBytes(shared.path, 0, 100000);
+  EXPECT_EQ(storetests::U32At(bytes, kValueTable + 28), 363u);  // "1" is in use
+  EXPECT_EQ(storetests::U32At(bytes, kValueTable + 32), 3u);
+  EXPECT_EQ(storetests::U32At(bytes, kValueTable + 32 + 4 * 3), 2u);
+  EXPECT_EQ(storetests::FreeListFindings(bytes), "");
+}
+
+TEST(FileTreeKeyDamage, AFileThatWasClosedCannotBeRead) {
+  FileTreeRig rig;
+  Create(rig, {"a", "a/b"});
+  ASSERT_EQ(rig.CreateNumber("a", "n", 1), 0u);
+  TernaryFile::file.Destroy();
+  const std::string before = rig.Contents();
+  unsigned char permission = 77;
+  EXPECT_EQ(Listed(rig, "a"), "5:");
+  EXPECT_EQ(ListedValues(rig, "a"), "5:");
+  EXPECT_EQ(Counted(rig, "a"), "5");
+  EXPECT_EQ(DeleteKey(rig, "a"), 5u);
+  EXPECT_EQ(rig.tree.GetKeyPermission(kAdmin, nullptr, "a", &permission), 5u);
+  EXPECT_EQ(rig.tree.SetKeyPermission(kAdmin, nullptr, "a", 1), 5u);
+  EXPECT_EQ(rig.tree.SetKeyWatch(kAdmin, nullptr, "a", 1), 5u);
+  EXPECT_EQ(rig.tree.DeleteSingleKey(0, 0x200), 5u);
+  EXPECT_EQ(rig.tree.DeleteAllValues(0, 0x200), 5u);
+  EXPECT_EQ(rig.tree.RecursiveDeleteKeyTree(0, 0x200), 5u);
+  EXPECT_EQ(permission, 77u);
+  EXPECT_EQ(rig.Contents(), before);
+}
+
+TEST(FileTreeKeyDamage, AFileThatWasCutIsReadUpToTheCut) {
+  FileTreeRig rig;
+  Create(rig, {"a", "a/b"});
+  ASSERT_EQ(rig.CreateNumber("a/b", "n", 1), 0u);
+  ASSERT_EQ(truncate(rig.path.c_str(), kValueArea), 0);
+  EXPECT_EQ(Listed(rig, ""), "0: a/b a");
+  EXPECT_EQ(ListedValues(rig, "a/b"), "5:");
+  EXPECT_EQ(Counted(rig, "a"), "5");
+  ASSERT_EQ(truncate(rig.path.c_str(), InString(3, 0)), 0);
+  EXPECT_EQ(Listed(rig, ""), "5:");
+  EXPECT_EQ(Counted(rig, ""), "5");
+}
+
+}  // namespace
+
+}  // namespace tamu::registry

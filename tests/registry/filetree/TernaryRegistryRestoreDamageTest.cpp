@@ -1,0 +1,96 @@
+// Restoring over a key that damage has led to free slots: what is restored is never given back with
+// it.
+#include "tests/registry/filetree/BackupTesting.h"
+#include "tests/registry/filetree/KeyDamage.h"
+
+namespace tamu::registry {
+
+namespace {
+
+// "b" with the sub-key "b/y" and a value each, backed up to `backup`; "a" with the same below it,
+// which takes the slots 4 and 5 of the string nodes and keys, 3 and 4 of the values.
+void Prepare(FileTreeRig& rig, std::string* backup) {
+  Create(rig, {"b", "b/y", "a", "a/x"});
+  for (const char* key : {"b/y", "b", "a/x", "a"}) ASSERT_EQ(rig.CreateNumber(key, "v", 7), 0u);
+  *backup = BackedUp(rig, "b");
+}
+
+// Restores over "a": the new nodes are there and stay there when other keys take slots.
+void ExpectReplaced(FileTreeRig& rig, const std::string& backup) {
+  ASSERT_EQ(RestoreBytes(rig, "a", backup), 0u);
+  EXPECT_EQ(FreeLists(rig), "");
+  ASSERT_EQ(rig.Create("c"), 0u);
+  ASSERT_EQ(rig.CreateNumber("c", "other", 1), 0u);
+  EXPECT_EQ(Listed(rig, ""), "0: c a/y a b/y b");
+  EXPECT_EQ(ListedValues(rig, "a"), "0: v");
+  EXPECT_EQ(ListedValues(rig, "a/y"), "0: v");
+  EXPECT_EQ(StructureFindings(rig.path), "");
+}
+
+TEST(FileTreeRestoreDamage, ALinkToAFreeNode) {
+  for (unsigned int link : kLinks) {
+    SCOPED_TRACE(link);
+    FileTreeRig rig;
+    std::string backup;
+    Prepare(rig, &backup);
+    rig.PatchWord(InString(5, link), 0x600);  // the next to be taken
+    ExpectReplaced(rig, backup);
+  }
+}
+
+TEST(FileTreeRestoreDamage, ALinkToAFreeKey) {
+  FileTreeRig rig;
+  std::string backup;
+  Prepare(rig, &backup);
+  rig.PatchWord(InString(5, kKeyLink), 0x600);
+  ASSERT_EQ(RestoreBytes(rig, "a", backup), 0u);
+  ASSERT_EQ(rig.Create("c"), 0u);
+  EXPECT_EQ(Listed(rig, ""), "0: c a/y a b/y b");
+  EXPECT_EQ(ListedValues(rig, "a/y"), "0: v");
+  EXPECT_EQ(FreeLists(rig), "");
+}
+
+TEST(FileTreeRestoreDamage, ALinkToAFreeValue) {
+  FileTreeRig rig;
+  std::string backup;
+  Prepare(rig, &backup);
+  rig.PatchWord(InKey(5, 0), 0x500);
+  ASSERT_EQ(RestoreBytes(rig, "a", backup), 0u);
+  ASSERT_EQ(rig.Create("c"), 0u);
+  ASSERT_EQ(rig.CreateNumber("c", "other", 1), 0u);
+  EXPECT_EQ(ListedValues(rig, "a"), "0: v");
+  EXPECT_EQ(ListedValues(rig, "a/y"), "0: v");
+  EXPECT_EQ(FreeLists(rig), "");
+}
+
+TEST(FileTreeRestoreDamage, TheNodeOfTheNameIsFree) {
+  FileTreeRig rig;
+  std::string backup;
+  Prepare(rig, &backup);
+  // The node of "a" to the front of the free list.
+  rig.PatchWord(kStringTable + 32 + 4 * 4, 6);
+  rig.PatchWord(kStringTable + 32, 4);
+  rig.PatchWord(kStringTable + 28, rig.FreeStrings() + 1);
+  rig.Reopen();
+  ExpectRefused(rig, "a", backup, 59);
+}
+
+// Links to a table that restoring appends.
+TEST(FileTreeRestoreDamage, ALinkIntoTheNextTable) {
+  FileTreeRig rig;
+  std::string backup;
+  Prepare(rig, &backup);
+  rig.PatchWord(InString(5, kHi), 0x101);
+  rig.PatchWord(InString(5, kKeyLink), 0x101);
+  rig.PatchWord(kStringTable + 28, 0);
+  rig.PatchWord(kKeyTable + 28, 0);
+  rig.Reopen();
+  ASSERT_EQ(RestoreBytes(rig, "a", backup), 0u);
+  ASSERT_EQ(rig.Create("c"), 0u);
+  EXPECT_EQ(Listed(rig, ""), "0: c a/y a b/y b");
+  EXPECT_EQ(ListedValues(rig, "a/y"), "0: v");
+}
+
+}  // namespace
+
+}  // namespace tamu::registry

@@ -1,0 +1,195 @@
+// Which files are restored, and which are refused.
+#include <sys/stat.h>
+
+#include <filesystem>
+
+#include "registry/filetree/BackupFile.h"
+#include "tests/platform/ChildProcess.h"
+#include "tests/registry/filetree/BackupTesting.h"
+
+namespace tamu::registry {
+
+namespace {
+
+// A key with one value.
+std::string OneValue() {
+  return kComplete + KeyRecord(kSome) + NumberRecord(0, "n", 5);
+}
+
+// Restoring the file answers `status` and changes nothing.
+void ExpectRefusedFile(FileTreeRig& rig, const std::string& file, unsigned int status) {
+  const std::string before = rig.Contents();
+  for (const char* path : {"", "a"}) {
+    EXPECT_EQ(Restore(rig, path, file), status) << path << " from " << file;
+  }
+  EXPECT_TRUE(rig.Contents() == before) << "the registry has changed";
+  EXPECT_FALSE(rig.tree.ObjectLock().IsMine());
+}
+
+// ---- arguments and keys
+
+TEST(FileTreeRestore, ANullArgumentIsRefused) {
+  FileTreeRig rig;
+  const std::string file = rig.dir / "b";
+  PutFile(file, OneValue());
+  const std::string before = rig.Contents();
+  EXPECT_EQ(rig.tree.RestoreKeyTree(kAdmin, nullptr, nullptr, file.c_str()), 22u);
+  EXPECT_EQ(rig.tree.RestoreKeyTree(kAdmin, nullptr, "", nullptr), 22u);
+  EXPECT_EQ(rig.tree.RestoreKeyTree(kAdmin, nullptr, "missing", nullptr), 22u);
+  EXPECT_EQ(rig.tree.RestoreKeyTree(kAdmin, nullptr, nullptr, nullptr), 22u);
+  EXPECT_EQ(rig.Contents(), before);
+}
+
+TEST(FileTreeRestore, AMissingKeyIsNotMade) {
+  FileTreeRig rig;
+  for (const char* key : {"ab", "ac", "de"}) ASSERT_EQ(rig.Create(key), 0u);
+  ASSERT_EQ(DeleteKey(rig, "de"), 0u);
+  const std::string file = rig.dir / "b";
+  PutFile(file, OneValue());
+  const std::string before = rig.Contents();
+  int anything = 0;
+  for (const std::string& each : {file, rig.dir / "missing"}) {
+    for (const char* path : {"b", "a", "de", "abc", "ab/x", "//"}) {
+      EXPECT_EQ(Restore(rig, path, each), 2u) << path;
+    }
+    EXPECT_EQ(Restore(rig, "de/", each), 1u);  // a name without a key
+    EXPECT_EQ(rig.tree.RestoreKeyTree(kAdmin, &anything, "ab", each.c_str()), 2u);
+    EXPECT_EQ(rig.tree.RestoreKeyTree(kAdmin, &anything, "", each.c_str()), 1u);
+  }
+  EXPECT_EQ(rig.Contents(), before);
+}
+
+TEST(FileTreeRestore, WithoutAFileNobodyMayRestore) {
+  TempDir folder;
+  const std::string file = folder / "b";
+  PutFile(file, OneValue());
+  TernaryRegistry tree(nullptr, nullptr);
+  EXPECT_EQ(tree.RestoreKeyTree(kAdmin, nullptr, "", file.c_str()), 1u);
+}
+
+// ---- files
+
+TEST(FileTreeRestore, AFileThatCannotBeOpenedIsTold) {
+  FileTreeRig rig;
+  ASSERT_EQ(rig.Create("a"), 0u);
+  for (const char* name : {"missing", "missing/b", ".", "a.rce/b"}) {
+    ExpectRefusedFile(rig, rig.dir / name, 5);
+  }
+  ExpectRefusedFile(rig, "", 5);
+  EXPECT_FALSE(std::filesystem::exists(rig.dir / "missing"));
+}
+
+TEST(FileTreeRestore, NeverFromTheRegistryItself) {
+  FileTreeRig rig;
+  ASSERT_EQ(rig.Create("a"), 0u);
+  const std::string link = rig.dir / "symbolic";
+  const std::string second = rig.dir / "hard";
+  std::filesystem::create_symlink(rig.path, link);
+  std::filesystem::create_hard_link(rig.path, second);
+  for (const std::string& file : {rig.path, link, second, rig.dir / "./a.rce"}) {
+    ExpectRefusedFile(rig, file, 5);
+  }
+  EXPECT_EQ(Listed(rig, ""), "0: a");
+}
+
+// It begins with 255, as if it were complete, and is no backup.
+TEST(FileTreeRestore, ARegistryFileIsNoBackup) {
+  FileTreeRig rig;
+  ASSERT_EQ(rig.Create("a"), 0u);
+  std::filesystem::copy_file(rig.path, rig.dir / "copy");
+  ExpectRefusedFile(rig, rig.dir / "copy", 59);
+}
+
+TEST(FileTreeRestore, AFileThatMayOnlyBeReadIsNotOpened) {
+  FileTreeRig rig;
+  ASSERT_EQ(rig.Create("a"), 0u);
+  const std::string file = rig.dir / "b";
+  PutFile(file, OneValue());
+  ASSERT_EQ(chmod((rig.dir / ".").c_str(), 0755), 0);
+  for (const mode_t mode : {0000u, 0222u, 0444u, 0666u}) {
+    ASSERT_EQ(chmod(file.c_str(), mode), 0);
+    const std::string before = rig.Contents();
+    EXPECT_TRUE(InChild([&] {
+      if (getuid() == 0 && setuid(65534) != 0) return false;
+      return Restore(rig, "a", file) == (mode == 0666 ? 0u : 5u);
+    })) << mode;
+    EXPECT_EQ(rig.Contents() == before, mode != 0666) << mode;
+  }
+}
+
+// ---- the first byte
+
+TEST(FileTreeRestore, ABackupThatWasNeverCompletedIsRefused) {
+  FileTreeRig rig;
+  ASSERT_EQ(rig.Create("a"), 0u);
+  std::string backup = OneValue();
+  backup[0] = '\0';
+  ExpectRefused(rig, "a", backup, 5);
+  ExpectRefused(rig, "", backup, 5);
+  ExpectRefused(rig, "a", backup.substr(0, 1), 5);
+  ExpectRefused(rig, "a", "", 5);
+}
+
+TEST(FileTreeRestore, EveryOtherFirstByteIsThatOfACompleteBackup) {
+  for (const char* first : {"\x01", "\x02", "\x80", "\xFF"}) {
+    FileTreeRig rig;
+    ASSERT_EQ(rig.Create("a"), 0u);
+    EXPECT_EQ(RestoreBytes(rig, "a", first + OneValue().substr(1)), 0u);
+    EXPECT_EQ(rig.Get("a", "n"), "0 type 0: 0500000000000000");
+  }
+}
+
+TEST(FileTreeRestore, WhatFollowsTheLastRecordDoesNotCount) {
+  for (const std::string& more : {std::string("x"), std::string(9000, '/'), OneValue()}) {
+    FileTreeRig rig;
+    ASSERT_EQ(rig.Create("a"), 0u);
+    EXPECT_EQ(RestoreBytes(rig, "a", OneValue() + more), 0u);
+    EXPECT_EQ(ListedValues(rig, "a"), "0: n");
+    EXPECT_EQ(Listed(rig, ""), "0: a");
+    ExpectSound(rig);
+  }
+}
+
+TEST(FileTreeRestore, TheFileIsClosedAfterwards) {
+  FileTreeRig rig;
+  ASSERT_EQ(rig.Create("a"), 0u);
+  EXPECT_EQ(RestoreBytes(rig, "a", OneValue()), 0u);
+  EXPECT_FALSE(BackupFile::backup.IsOpen());
+  std::string backup = OneValue();
+  EXPECT_EQ(RestoreBytes(rig, "a", backup.substr(0, 60)), 5u);
+  EXPECT_FALSE(BackupFile::backup.IsOpen());
+  backup[25 + 11] = '\x1F';
+  EXPECT_EQ(RestoreBytes(rig, "a", backup), 59u);
+  EXPECT_FALSE(BackupFile::backup.IsOpen());
+  backup[0] = '\0';
+  EXPECT_EQ(RestoreBytes(rig, "a", backup), 5u);
+  EXPECT_FALSE(BackupFile::backup.IsOpen());
+}
+
+// ---- room
+
+// More than half of the names that a file can have.
+TEST(FileTreeRestore, NeedsRoomBesideWhatIsThere) {
+  std::string backup = kComplete;
+  constexpr unsigned int kNames = 6000;
+  for (unsigned int i = 1; i < kNames; ++i) backup += NameRecord("k", 0, {0, 0, kSome, 0});
+  backup += NameRecord("k", kSome) + KeyRecord(0) + KeyRecord(kSome) + NumberRecord(0, "n", 5);
+  FileTreeRig rig;
+  ASSERT_EQ(rig.Create("a"), 0u);
+  EXPECT_EQ(RestoreBytes(rig, "a", backup), 0u);
+  const std::string file = rig.dir / "b";
+  ASSERT_EQ(Backup(rig, "a", file), 0u);
+  const std::string before = GetFile(rig.path);
+  EXPECT_EQ(Restore(rig, "a", file), 75u);
+  EXPECT_TRUE(GetFile(rig.path) == before) << "the registry has changed";
+  EXPECT_EQ(Counted(rig, "a"), "0: 1 of 1 keys, 1 of 1 values");
+  rig.tree.Finalize();
+  FileTreeRig another;
+  ASSERT_EQ(another.Create("b"), 0u);
+  EXPECT_EQ(Restore(another, "b", file), 0u);
+  EXPECT_EQ(Counted(another, "b"), "0: 1 of 1 keys, 1 of 1 values");
+}
+
+}  // namespace
+
+}  // namespace tamu::registry
