@@ -1,13 +1,8 @@
 // What the registry's operations without a handle cost, on a file with 400 keys at the top level
 // and a branch four levels deep.
 #include <benchmark/benchmark.h>
-#include <unistd.h>
 
-#include <cstdio>
-#include <cstdlib>
-#include <string>
-
-#include "registry/Registry.h"
+#include "bench/BenchFile.h"
 
 using namespace tamu::registry;
 
@@ -15,29 +10,16 @@ namespace {
 
 constexpr char kDeepKey[] = "devices/net/eth0/limits";  // depth 4
 
-void Check(unsigned int status, const char* what) {
-  if (status == status::kOk) return;
-  std::fprintf(stderr, "%s: %s (%u)\n", what, StatusText(status), status);
-  std::exit(1);
-}
-
 // A registry file of its own, gone at the end.
 class BenchRegistry {
  public:
-  BenchRegistry()
-      : path_("/tmp/yax-bench-" + std::to_string(getpid()) + ".rce"),
-        registry_(path_.c_str(), kAdministratorId) {
-    std::remove(path_.c_str());
+  BenchRegistry() : file_(".rce"), registry_(file_.path(), kAdministratorId) {
     Check(registry_.Initialize(), "Initialize");
     FillTopLevel();
     FillBranch();
   }
-  ~BenchRegistry() {
-    registry_.Finalize();
-    std::remove(path_.c_str());
-  }
   Registry* operator->() { return &registry_; }
-  const char* path() const { return path_.c_str(); }
+  const char* path() const { return file_.path(); }
 
  private:
   void FillTopLevel() {
@@ -59,7 +41,7 @@ class BenchRegistry {
     Check(registry_.CreateValue(0, kDeepKey, "profile", &string), "profile");
   }
 
-  std::string path_;
+  BenchFile file_;
   Registry registry_;
 };
 

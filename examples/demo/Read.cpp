@@ -1,4 +1,4 @@
-// The second program of the demonstration: reads in another process what the first has written.
+// The third program of the demonstration: reads in another process what the first has written.
 #include <string>
 
 #include "Show.h"
@@ -45,11 +45,11 @@ int main(int argc, char** argv) {
     std::printf("usage: %s FILE\n", argv[0]);
     return 2;
   }
-  std::printf("\nThe second program, another process, opens the same file:\n");
+  std::printf("\nThe third program, another process again, opens the same file:\n");
   Registry registry(argv[1], "installer");
   Show("Initialize", registry.Initialize());
 
-  std::printf("\nEverything is there:\n");
+  std::printf("\nNothing is missing:\n");
   for (const char* name : {"mtu", "address", "mac2", "mac3", "mac4", "notes"}) {
     ReadBack(registry, "network/eth0", name);
   }
