@@ -47,7 +47,7 @@ class TernaryRegistry;
 //
 // Rights: a key's permission byte holds the owner's rights in the low nibble, everybody else's in
 // the high one: 1 read, 2 modify, 4 create, 8 delete (registry/Rights.h). The administrator has the
-// owner's rights everywhere.
+// owner's rights everywhere, no others.
 class YAX_API Registry {
  public:
   // `filePath` and `userName` are copied; the user's id is the name's hash (null counts as "").
@@ -93,11 +93,14 @@ class YAX_API Registry {
   // Creates the last component; its parent must exist (kBadArgument) and give the right to create.
   // The key gets the default value, or none. kExists.
   //
-  // Beware, without a handle, of names that begin like longer ones that exist. "net" next to
-  // "network", or a key that was deleted before, leaves a lock with the calling thread: all other
-  // threads' operations without a handle wait from then on, until the registry is finalised. "disk"
-  // next to "display" makes "disp" first: call again until kExists. Create the shorter names first;
-  // or create all keys, finalise and initialise again, then start the threads.
+  // Beware, without a handle, of names that begin like others. A new name whose last character is
+  // the first that differs from an existing one may be made one character off, with status 0: "max"
+  // next to "main" makes "mai", "disk" next to "display" "disp". Call again until kExists, then
+  // delete the stray key. And a name that is the beginning of a longer one, "net" next to
+  // "network", or that of a key that was deleted, leaves a lock with the calling thread: all other
+  // threads' operations without a handle wait from then on, until the registry is finalised. Create
+  // the shorter names first; or create all keys, finalise and initialise again, then start the
+  // threads.
   unsigned int CreateKey(unsigned int handle, const char* keyPath, unsigned long long defaultValue);
   unsigned int CreateKey(unsigned int handle, const char* keyPath);
   // Deletes the key, all keys below it and all their values. Right on this key: delete; the rights
@@ -133,10 +136,11 @@ class YAX_API Registry {
   // tells what is in it.
   unsigned int BackupKey(unsigned int handle, const char* keyPath, const char* backupFile);
   // Replaces the key, which must exist, and all below it by what a backup holds; only its name
-  // stays. Right: create on this key; everybody has it at the root. The file is checked before
-  // anything is changed: kInputOutput when it is incomplete, missing or not writable; kInvalidFile
-  // for impossible content; kLimit when it does not fit in beside what is there. After any failure
-  // the key is as it was (unless the disk fails half-way and stays so).
+  // stays. The owners come from the backup too: who restores another user's key gives it to him.
+  // Right: create on this key; everybody has it at the root. The file is checked before anything is
+  // changed: kInputOutput when it is incomplete, missing or not writable; kInvalidFile for
+  // impossible content; kLimit when it does not fit in beside what is there. After any failure the
+  // key is as it was (unless the disk fails half-way and stays so).
   unsigned int RestoreKey(unsigned int handle, const char* keyPath, const char* backupFile);
 
   // ---- values (RegistryValues.cpp)
@@ -156,13 +160,15 @@ class YAX_API Registry {
     return GetValue(handle, keyPath, name, static_cast<Value*>(value));
   }
   // Replaces a value's type and data. Right: modify. A number is taken from the first four bytes.
+  // kNotFound: no value has the name, and never one of more than 31 characters.
   unsigned int SetValue(unsigned int handle, const char* keyPath, const char* name, Value* value);
-  // Creates a value, named by at most 31 characters (more are cut off). Right: create. A name that
-  // exists is hidden by the new value. A number is taken from the first eight bytes. Null value:
-  // the value exists but is not set. kBadArgument: empty name; kLimit: more than 1024 bytes, but
-  // not for a number.
+  // Creates a value, named by at most kValueNameMax characters: more are cut off, and the longer
+  // name is never found. Right: create. A name that exists is hidden by the new value. A number is
+  // taken from the first eight bytes. Null value: the value exists but is not set. kBadArgument:
+  // empty name; kLimit: more than 1024 bytes, but not for a number.
   unsigned int CreateValue(unsigned int handle, const char* keyPath, const char* name,
                            Value* value);
+  // Deletes the newest value of the name. Right: delete.
   unsigned int DeleteValue(unsigned int handle, const char* keyPath, const char* name);
   // A key's default value. Right: read; modify. kNoData: none is set.
   unsigned int GetDefaultValue(unsigned int handle, const char* keyPath, unsigned long long* value);

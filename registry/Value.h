@@ -18,6 +18,7 @@ constexpr unsigned int kValueTypeMax = 5;     // the last type that can be writt
 constexpr unsigned int kValueTypeAny = 6;     // a request only: whatever type is stored
 
 constexpr unsigned int kValueDataMax = 1024;  // bytes of data in one value
+constexpr unsigned int kValueNameMax = 31;    // characters of a value's name
 
 struct Value {
   unsigned int type;  // 0 to 5; requests also 6

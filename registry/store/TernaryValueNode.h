@@ -1,6 +1,7 @@
 // A named value of a key.
 #pragma once
 
+#include "registry/Value.h"
 #include "registry/store/Codec.h"
 
 namespace tamu::registry {
@@ -15,9 +16,9 @@ namespace tamu::registry {
 // |     44 |     8 | data: a number inline; else bytes 44-47 the first data block's id |
 class TernaryValueNode {
  public:
-  static constexpr unsigned int kSize = 52;             // bytes
-  static constexpr unsigned int kNameSize = 32;         // bytes, terminator included
-  static constexpr unsigned int kInlineSize = 8;        // bytes of a number
+  static constexpr unsigned int kSize = 52;                     // bytes
+  static constexpr unsigned int kNameSize = kValueNameMax + 1;  // bytes, terminator included
+  static constexpr unsigned int kInlineSize = 8;                // bytes of a number
   static constexpr unsigned int kOffData = 44;          // where the inline data lies in the record
   static constexpr unsigned char kTypeMask = 0x1F;      // stored
   static constexpr unsigned char kFlagInBlocks = 0x20;  // stored: the data lies in data blocks
