@@ -29,25 +29,21 @@ unsigned int BackupCheck::Check(BackupContents* contents) {
 
 // Reads a string record and puts what follows it on the way down.
 unsigned int BackupCheck::CheckString(BackupContents* contents) {
-  unsigned int result = open_.GrowTo(depth_ + 1);
-  if (result != status::kOk) return result;
   TernaryStringNode node;
-  result = ReadStringRecord(stream_, &node, open_[depth_]);
-  if (result != status::kOk) return result;
-  ++depth_;
-  return Count(contents, NodeKind::kString, 1);
+  FollowingRecords following;
+  unsigned int result = ReadStringRecord(stream_, &node, &following);
+  if (result == status::kOk) result = open_.Push(following);
+  return result == status::kOk ? Count(contents, NodeKind::kString, 1) : result;
 }
 
 unsigned int BackupCheck::CheckSubtree(BackupContents* contents) {
   unsigned int result = CheckString(contents);
-  while (result == status::kOk && depth_ > 0) {
-    FollowingRecords& top = *open_[depth_ - 1];
+  while (result == status::kOk && !open_.IsEmpty()) {
     NodeLink link;
-    if (top.TakeLink(&link)) {
+    if (open_.Top().TakeLink(&link)) {
       result = CheckString(contents);
-    } else {
-      --depth_;
-      if (top.HasKey()) result = CheckKey(contents);
+    } else if (open_.Pop().HasKey()) {
+      result = CheckKey(contents);
     }
   }
   return result;

@@ -1,7 +1,7 @@
 // Whether a backup file can be restored.
 #pragma once
 
-#include "registry/Array.h"
+#include "registry/Stack.h"
 #include "registry/filetree/BackupRecords.h"
 #include "registry/store/SlotBudget.h"
 
@@ -33,8 +33,7 @@ class BackupCheck {
 
   SlotBudget budget_;
   BackupFile& stream_;
-  Array<FollowingRecords> open_;  // of the nodes on the way down
-  unsigned int depth_ = 0;
+  Stack<FollowingRecords> open_;  // of the nodes on the way down
 };
 
 }  // namespace tamu::registry

@@ -63,7 +63,7 @@ unsigned int BackupFile::Complete() {
   unsigned int result = WritePiece();
   if (result != status::kOk) return result;
   backupHeader = 1;
-  backup.Seek(0);
+  backup.Seek(0);  // cannot fail on an open file
   result = Write(&backupHeader, kHeaderSize);
   return result == status::kOk ? WritePiece() : result;
 }
@@ -77,7 +77,7 @@ unsigned int BackupFile::Open(const char* path) {
 }
 
 void BackupFile::Rewind() {
-  backup.Seek(kHeaderSize);
+  backup.Seek(kHeaderSize);  // cannot fail on an open file
   offset_ = kHeaderSize;
   used_ = 0;
   next_ = 0;

@@ -6,23 +6,24 @@ namespace tamu::registry {
 NewSlots::~NewSlots() {
   for (unsigned int i = 0; i < kNodeKinds; ++i) {
     const NodeKind kind = static_cast<NodeKind>(i);
-    for (unsigned int left = taken_.Count(kind); left > 0; --left) {
-      store_.ReleaseSlot(changes_.id(), kind, taken_.At(kind, left - 1));
-    }
+    Stack<unsigned int>& ids = taken_.Of(kind);
+    while (!ids.IsEmpty()) store_.ReleaseSlot(changes_.id(), kind, ids.Pop());
   }
 }
 
 // What is taken is always remembered: there is room before it is taken.
 unsigned int NewSlots::Take(NodeKind kind, unsigned int* id) {
-  if (!taken_.HasRoom(kind)) return status::kInvalidFile;
+  Stack<unsigned int>& ids = taken_.Of(kind);
+  if (!ids.HasRoom()) return status::kInvalidFile;
   const unsigned int result = store_.AcquireSlot(changes_.id(), kind, id);
-  return result == status::kOk ? taken_.Append(kind, *id) : result;
+  return result == status::kOk ? ids.Push(*id) : result;
 }
 
 unsigned int NewSlots::TakeData(const void* data, unsigned int size, unsigned int* id) {
-  if (!taken_.HasRoom(NodeKind::kData)) return status::kInvalidFile;
+  Stack<unsigned int>& ids = taken_.Of(NodeKind::kData);
+  if (!ids.HasRoom()) return status::kInvalidFile;
   const unsigned int result = store_.StoreData(changes_.id(), data, size, id);
-  return result == status::kOk ? taken_.Append(NodeKind::kData, *id) : result;
+  return result == status::kOk ? ids.Push(*id) : result;
 }
 
 }  // namespace tamu::registry

@@ -40,42 +40,33 @@ unsigned int NodeWalk::Start(unsigned int id) {
 }
 
 unsigned int NodeWalk::Start(const TernaryStringNode& node, unsigned int id) {
-  depth_ = 0;
+  way_.Clear();
   if (id != 0 && !met_.Add(id)) return status::kInvalidFile;
-  const unsigned int result = frames_.GrowTo(1);
-  if (result != status::kOk) return result;
-  *frames_[depth_++] = Frame();
-  frames_[0]->node = node;
-  frames_[0]->id = id;
+  Frame first;
+  first.node = node;
+  first.id = id;
   entered_ = true;
-  return status::kOk;
+  return way_.Push(first);
 }
 
 unsigned int NodeWalk::Next() {
-  if (!entered_) --depth_;  // the node that was left is done
+  if (!entered_) way_.Pop();  // the node that was left is done
   entered_ = false;
-  if (depth_ == 0) return status::kOk;
-  unsigned int result = frames_.GrowTo(depth_ + 1);
-  if (result != status::kOk) return result;
-  Frame& top = *frames_[depth_ - 1];
+  if (way_.IsEmpty()) return status::kOk;
+  Frame& top = way_.Top();
   while (top.tried < kNodeLinks) {
-    const NodeLink link = order_[top.tried++];
-    const unsigned int id = LinkOf(top.node, link);
-    if (id == 0) continue;
-    if (damage_ == Damage::kSkipped && !access_.IsUsed(NodeKind::kString, id)) continue;
-    Frame& next = *frames_[depth_];
-    result = met_.Add(id) ? access_.Read(id, &next.node) : status::kInvalidFile;
-    if (result != status::kOk) {
-      if (damage_ == Damage::kSkipped) continue;
-      return result;
+    Frame next;
+    next.via = order_[top.tried++];
+    next.id = LinkOf(top.node, next.via);
+    if (next.id == 0) continue;
+    if (damage_ == Damage::kSkipped && !access_.IsUsed(NodeKind::kString, next.id)) continue;
+    const unsigned int result =
+        met_.Add(next.id) ? access_.Read(next.id, &next.node) : status::kInvalidFile;
+    if (result == status::kOk) {
+      entered_ = true;
+      return way_.Push(next);
     }
-    next.id = id;
-    next.mark = 0;
-    next.tried = 0;
-    next.via = link;
-    ++depth_;
-    entered_ = true;
-    return status::kOk;
+    if (damage_ == Damage::kEndsWalk) return result;
   }
   return status::kOk;
 }

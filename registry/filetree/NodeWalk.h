@@ -1,7 +1,7 @@
 // A walk over the string nodes of a subtree.
 #pragma once
 
-#include "registry/Array.h"
+#include "registry/Stack.h"
 #include "registry/store/NodeSet.h"
 #include "registry/store/TernaryFile.h"
 
@@ -47,20 +47,20 @@ class NodeWalk {
   // Goes on to the next visit. 0, kNoMemory or as told above.
   unsigned int Next();
 
-  bool IsOver() const { return depth_ == 0; }
+  bool IsOver() const { return way_.IsEmpty(); }
   // Between Start and the end: the node visited, and on which of its two visits it is.
   bool IsEntered() const { return entered_; }
-  const TernaryStringNode& Node() const { return Top().node; }
-  unsigned int Id() const { return Top().id; }
+  const TernaryStringNode& Node() const { return way_.Top().node; }
+  unsigned int Id() const { return way_.Top().id; }
   // True for the node that the walk started with.
-  bool IsFirst() const { return depth_ == 1; }
+  bool IsFirst() const { return way_.Count() == 1; }
   // The link that has led here, and the node it belongs to. Not for the first node.
-  NodeLink Via() const { return Top().via; }
-  const TernaryStringNode& ParentNode() const { return Parent().node; }
+  NodeLink Via() const { return way_.Top().via; }
+  const TernaryStringNode& ParentNode() const { return way_.Below(1).node; }
   // A number that the walk's user keeps with each node on the way down; 0 when it is entered.
-  unsigned int Mark() const { return Top().mark; }
-  unsigned int ParentMark() const { return Parent().mark; }
-  void SetMark(unsigned int mark) { frames_[depth_ - 1]->mark = mark; }
+  unsigned int Mark() const { return way_.Top().mark; }
+  unsigned int ParentMark() const { return way_.Below(1).mark; }
+  void SetMark(unsigned int mark) { way_.Top().mark = mark; }
 
  private:
   struct Frame {
@@ -71,15 +71,11 @@ class NodeWalk {
     NodeLink via = NodeLink::kLo;
   };
 
-  const Frame& Top() const { return *frames_[depth_ - 1]; }
-  const Frame& Parent() const { return *frames_[depth_ - 2]; }
-
   TernaryFile::AccessScope& access_;
   const NodeLink (&order_)[kNodeLinks];
   NodeSet& met_;
   const Damage damage_;
-  Array<Frame> frames_;  // the way down to the node visited
-  unsigned int depth_ = 0;
+  Stack<Frame> way_;  // down to the node visited
   bool entered_ = false;
 };
 

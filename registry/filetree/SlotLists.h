@@ -1,7 +1,7 @@
 // Slots of the registry file, by kind.
 #pragma once
 
-#include "registry/Array.h"
+#include "registry/Stack.h"
 #include "registry/store/TernaryFile.h"
 
 namespace tamu::registry {
@@ -12,24 +12,11 @@ class SlotLists {
  public:
   // Makes room for so many slots of each kind. kNoMemory.
   unsigned int Reserve(const unsigned int (&counts)[kNodeKinds]);
-  // Adds a slot, making room if needed. kNoMemory.
-  unsigned int Append(NodeKind kind, unsigned int id);
-  // True when one more can be added without making room.
-  bool HasRoom(NodeKind kind) const;
+  Stack<unsigned int>& Of(NodeKind kind) { return kinds_[static_cast<unsigned int>(kind)]; }
   void Clear();
 
-  unsigned int Count(NodeKind kind) const { return Of(kind).count; }
-  unsigned int At(NodeKind kind, unsigned int i) const { return *Of(kind).ids[i]; }
-
  private:
-  struct Kind {
-    Array<unsigned int> ids;
-    unsigned int count = 0;
-  };
-
-  const Kind& Of(NodeKind kind) const { return kinds_[static_cast<unsigned int>(kind)]; }
-
-  Kind kinds_[kNodeKinds];
+  Stack<unsigned int> kinds_[kNodeKinds];
 };
 
 }  // namespace tamu::registry

@@ -11,6 +11,11 @@ unsigned int SubtreeNodes::Prepare() {
   return result;
 }
 
+void SubtreeNodes::SpareNode(unsigned int id) {
+  allUsed_ = access_.IsUsed(NodeKind::kString, id) && allUsed_;
+  metNodes_.Add(id);
+}
+
 unsigned int SubtreeNodes::CollectSubtree(unsigned int first) {
   if (first == 0) return status::kOk;
   TernaryStringNode node;
@@ -22,7 +27,7 @@ unsigned int SubtreeNodes::CollectSubtree(unsigned int first) {
   while (result == status::kOk && !walk.IsOver()) {
     if (!walk.IsEntered()) {
       result = CollectKey(walk.Node().keyNode());
-      if (result == status::kOk) result = slots_.Append(NodeKind::kString, walk.Id());
+      if (result == status::kOk) result = slots_.Of(NodeKind::kString).Push(walk.Id());
     }
     if (result == status::kOk) result = walk.Next();
   }
@@ -34,7 +39,7 @@ unsigned int SubtreeNodes::CollectKey(unsigned int keyNode) {
   if (!access_.IsUsed(NodeKind::kKey, keyNode) || !metKeys_.Add(keyNode)) return status::kOk;
   if (access_.Read(keyNode, &key) != status::kOk) return status::kOk;
   if (CollectValues(key) == status::kNoMemory) return status::kNoMemory;
-  return slots_.Append(NodeKind::kKey, keyNode);
+  return slots_.Of(NodeKind::kKey).Push(keyNode);
 }
 
 unsigned int SubtreeNodes::CollectValues(const TernaryKeyNode& key) {
@@ -43,7 +48,7 @@ unsigned int SubtreeNodes::CollectValues(const TernaryKeyNode& key) {
     unsigned int result = walk.Read();
     const bool used = access_.IsUsed(NodeKind::kValue, walk.Id());
     if (result == status::kOk && !used) result = status::kInvalidFile;
-    if (result == status::kOk) result = slots_.Append(NodeKind::kValue, walk.Id());
+    if (result == status::kOk) result = slots_.Of(NodeKind::kValue).Push(walk.Id());
     if (result != status::kOk) return result;
   }
   return status::kOk;
@@ -51,8 +56,9 @@ unsigned int SubtreeNodes::CollectValues(const TernaryKeyNode& key) {
 
 unsigned int SubtreeNodes::ReleaseAll(unsigned int changes, NodeKind kind) {
   unsigned int result = status::kOk;
-  for (unsigned int i = 0; i < slots_.Count(kind); ++i) {
-    result = store_.ReleaseSlot(changes, kind, slots_.At(kind, i));
+  const Stack<unsigned int>& ids = slots_.Of(kind);
+  for (unsigned int i = 0; i < ids.Count(); ++i) {
+    result = store_.ReleaseSlot(changes, kind, ids[i]);
   }
   return result;
 }

@@ -19,8 +19,10 @@ class SubtreeNodes {
   // kNoMemory. Before anything else.
   unsigned int Prepare();
   // Leaves a string node out, or a key, when the collection comes to it.
-  void SpareNode(unsigned int id) { metNodes_.Add(id); }
+  void SpareNode(unsigned int id);
   void SpareKey(unsigned int id) { metKeys_.Add(id); }
+  // False when a node that was spared is free: the next to take a slot may get it.
+  bool AreSparedUsed() const { return allUsed_; }
   // Collects the string nodes reached from `first` (0: none) and the keys on them: every node after
   // all that its lo, hi, equal and child links lead to. kNoMemory; kInvalidFile when `first` is
   // damaged, or the status of reading it.
@@ -41,6 +43,7 @@ class SubtreeNodes {
   TernaryFile& store_;
   TernaryFile::AccessScope& access_;
   SlotLists slots_;
+  bool allUsed_ = true;
   NodeSet metNodes_;
   NodeSet metKeys_;
   NodeSet metValues_;

@@ -14,39 +14,32 @@ unsigned int SubtreeRestore::Restore(const BackupContents& contents, bool asRoot
 // Slots are taken in the order of the records: a string node before what its links lead to, its key
 // after that.
 unsigned int SubtreeRestore::RecursiveRestoreKeyTree(unsigned int* first) {
-  unsigned int result = Enter(first);
-  while (result == status::kOk && depth_ > 0) {
-    Frame& top = *frames_[depth_ - 1];
+  unsigned int result = Enter();
+  if (result == status::kOk) *first = way_.Top().id;
+  while (result == status::kOk && !way_.IsEmpty()) {
     NodeLink link;
-    if (!top.following.TakeLink(&link)) {
+    if (!way_.Top().following.TakeLink(&link)) {
       result = Leave();
       continue;
     }
-    unsigned int id = 0;
-    const unsigned int parent = depth_ - 1;
-    result = Enter(&id);
-    SetLink(&frames_[parent]->node, link, id);  // `top` may have moved
+    const unsigned int parent = way_.Count() - 1;
+    result = Enter();
+    if (result == status::kOk) SetLink(&way_[parent].node, link, way_.Top().id);
   }
   return result;
 }
 
 // Takes a slot for the next record and reads it.
-unsigned int SubtreeRestore::Enter(unsigned int* id) {
-  unsigned int result = frames_.GrowTo(depth_ + 1);
-  if (result != status::kOk) return result;
-  Frame& next = *frames_[depth_];
-  result = slots_.Take(NodeKind::kString, &next.id);
+unsigned int SubtreeRestore::Enter() {
+  Frame next;
+  unsigned int result = slots_.Take(NodeKind::kString, &next.id);
   if (result == status::kOk) result = ReadStringRecord(stream_, &next.node, &next.following);
-  if (result != status::kOk) return result;
-  *id = next.id;
-  ++depth_;
-  return status::kOk;
+  return result == status::kOk ? way_.Push(next) : result;
 }
 
 // All that the links lead to is stored: the key's turn, then the node itself.
 unsigned int SubtreeRestore::Leave() {
-  Frame& top = *frames_[depth_ - 1];
-  --depth_;
+  Frame top = way_.Pop();
   if (top.following.HasKey()) {
     unsigned int keyId = 0;
     unsigned int result = slots_.Take(NodeKind::kKey, &keyId);

@@ -1,7 +1,7 @@
 // Stores what a backup file holds in new nodes.
 #pragma once
 
-#include "registry/Array.h"
+#include "registry/Stack.h"
 #include "registry/filetree/BackupCheck.h"
 #include "registry/filetree/NewSlots.h"
 
@@ -32,7 +32,7 @@ class SubtreeRestore {
   };
 
   unsigned int RecursiveRestoreKeyTree(unsigned int* first);
-  unsigned int Enter(unsigned int* id);
+  unsigned int Enter();
   unsigned int Leave();
   unsigned int RestoreKey(unsigned int keyId, bool asRoot);
   unsigned int RestoreValues(TernaryKeyNode* key);
@@ -42,8 +42,7 @@ class SubtreeRestore {
   TernaryFile::ChangeScope& changes_;
   BackupFile& stream_;
   NewSlots slots_;
-  Array<Frame> frames_;  // the way down
-  unsigned int depth_ = 0;
+  Stack<Frame> way_;  // down to the node that is restored
   unsigned int child_ = 0;
   unsigned int key_ = 0;
 };

@@ -155,10 +155,14 @@ class TernaryRegistry : public RegistryInterface {
   // again. What damage has made unreadable below the key stays in use too. A file whose root key
   // was deleted is without keys for good. kNoMemory with nothing changed.
   unsigned int DeleteKey(unsigned int user, void* tree, const char* path) override;
-  // Gives a key and its values back. Nothing may lead to the key any more.
+  // Gives a key and its values back; values that are damaged stay. Nothing may lead to the key any
+  // more. kInvalidFile when it is free already, the status of reading it, kNoMemory with nothing
+  // changed.
   unsigned int DeleteSingleKey(unsigned int changes, unsigned int keyNode);
   // Gives the values of a key back. kInvalidFile, or the status of reading it: one of them is
-  // damaged or free already; it and those behind it stay.
+  // damaged or free already; it and those behind it stay. kInvalidFile also for a free key
+  // that leads to values.
+  // kNoMemory with nothing changed.
   unsigned int DeleteAllValues(unsigned int changes, unsigned int keyNode);
   // Gives back all string nodes reached from `node`, and the keys on them, each after all that its
   // lo, hi, equal and child links lead to. The result is the status of giving `node` back; nodes

@@ -50,10 +50,8 @@ unsigned int TernaryRegistry::RestoreKeyTree(unsigned int user, void* tree, cons
   if (result != status::kOk) return result;
   BackupContents contents;
   result = BackupCheck(*file, stream).Check(&contents);
-  // A new node must not get the slot of the key's own.
-  if (result == status::kOk && !changes.IsUsed(NodeKind::kString, reached.nodeId)) {
-    result = status::kInvalidFile;
-  }
+  // A new node must not get the slot of one on the way to the key.
+  if (result == status::kOk && !old.AreSparedUsed()) result = status::kInvalidFile;
   if (result != status::kOk) return result;
   stream.Rewind();
   SubtreeRestore restored(*file, changes, stream);

@@ -14,9 +14,12 @@ unsigned int TernaryRegistry::DeleteAllValues(unsigned int changes, unsigned int
   TernaryKeyNode key;
   SubtreeNodes values(*file, access);
   unsigned int result = access.Read(keyNode, &key);
+  // The record of a free slot may lead to values of others.
+  const bool used = access.IsUsed(NodeKind::kKey, keyNode);
+  if (result == status::kOk && key.firstValue() != 0 && !used) result = status::kInvalidFile;
   if (result == status::kOk) result = values.Prepare();
   if (result == status::kOk) result = values.CollectValues(key);
-  values.Release(changes);
+  if (result != status::kNoMemory) values.Release(changes);
   return result;
 }
 
@@ -27,6 +30,7 @@ unsigned int TernaryRegistry::DeleteSingleKey(unsigned int changes, unsigned int
   TernaryKeyNode key;
   const unsigned int result = access.Read(keyNode, &key);
   if (result != status::kOk) return result;
+  // Values that cannot be given back stay in use.
   if (key.firstValue() != 0 && DeleteAllValues(changes, keyNode) == status::kNoMemory) {
     return status::kNoMemory;
   }

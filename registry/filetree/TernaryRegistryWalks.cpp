@@ -1,31 +1,11 @@
 // Walks over the names alone.
-#include "registry/Array.h"
+#include <initializer_list>
+
+#include "registry/Stack.h"
 #include "registry/filetree/TernaryRegistry.h"
 #include "registry/store/NodeSet.h"
 
 namespace tamu::registry {
-
-namespace {
-
-// Nodes that are still to be visited, on the heap: a tree may be thousands of nodes deep.
-class NodeStack {
- public:
-  // False when there is no memory. Id 0 is not kept.
-  bool Push(unsigned int id) {
-    if (id == 0) return true;
-    if (ids_.GrowTo(count_ + 1) != status::kOk) return false;
-    *ids_[count_++] = id;
-    return true;
-  }
-  bool IsEmpty() const { return count_ == 0; }
-  unsigned int Pop() { return *ids_[--count_]; }
-
- private:
-  Array<unsigned int> ids_;
-  unsigned int count_ = 0;
-};
-
-}  // namespace
 
 unsigned int TernaryRegistry::ReadNodeTree(unsigned int node, unsigned int* ids,
                                            unsigned int* count, unsigned int capacity) {
@@ -34,11 +14,11 @@ unsigned int TernaryRegistry::ReadNodeTree(unsigned int node, unsigned int* ids,
   if (ids == nullptr || count == nullptr) return status::kBadArgument;
   AccessScope access(*file);
   NodeSet met;
-  NodeStack open;
+  Stack<unsigned int> open;
   unsigned int result = met.Prepare(file->Descriptor(NodeKind::kString));
   if (result != status::kOk) return result;
-  if (!open.Push(node)) return status::kNoMemory;
-  while (!open.IsEmpty()) {
+  if (node != 0) result = open.Push(node);
+  while (result == status::kOk && !open.IsEmpty()) {
     const unsigned int id = open.Pop();
     if (!met.Add(id)) return status::kInvalidFile;  // the links form a circle
     result = access.Read(id, &nodeBuffer);
@@ -51,9 +31,11 @@ unsigned int TernaryRegistry::ReadNodeTree(unsigned int node, unsigned int* ids,
     ids[(*count)++] = equal;
     ids[(*count)++] = hi;
     ids[(*count)++] = lo;
-    if (!open.Push(lo) || !open.Push(hi) || !open.Push(equal)) return status::kNoMemory;
+    for (const unsigned int next : {lo, hi, equal}) {
+      if (next != 0 && result == status::kOk) result = open.Push(next);
+    }
   }
-  return status::kOk;
+  return result;
 }
 
 unsigned int TernaryRegistry::FindSuffix(const char* path, unsigned int* lastBranch,
