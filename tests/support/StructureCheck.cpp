@@ -212,6 +212,12 @@ SlotCounts CountSlots(const std::string& path) {
   return counts;
 }
 
+std::string UsedSlots(const std::string& path) {
+  const SlotCounts counts = CountSlots(path);
+  return std::to_string(counts.strings.used) + " " + std::to_string(counts.keys.used) + " " +
+         std::to_string(counts.values.used) + " " + std::to_string(counts.blocks.used);
+}
+
 std::map<std::string, DecodedKey> DecodeTree(const std::string& path) {
   Image image(path);
   Walker walker(image);

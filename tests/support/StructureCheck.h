@@ -29,6 +29,8 @@ struct SlotCounts {
   Kind blocks;
 };
 SlotCounts CountSlots(const std::string& path);
+// How many are used, as "strings keys values blocks".
+std::string UsedSlots(const std::string& path);
 
 struct DecodedValue {
   std::string name;

@@ -166,9 +166,9 @@ inline std::string ValueText(const DecodedValue& value) {
 
 // A key and all below it, a line each, with all that they hold; names begin behind that of the key.
 // That a key is the root key is left out.
-inline std::string SubtreeText(const FileTreeRig& rig, const std::string& path) {
+inline std::string SubtreeText(const std::string& file, const std::string& path) {
   std::string text;
-  for (const auto& [name, key] : DecodeTree(rig.path)) {
+  for (const auto& [name, key] : DecodeTree(file)) {
     const bool isBelow =
         path.empty() ? !name.empty() : name.compare(0, path.size() + 1, path + "/") == 0;
     if (name != path && !isBelow) continue;
@@ -182,13 +182,20 @@ inline std::string SubtreeText(const FileTreeRig& rig, const std::string& path) 
   return text;
 }
 
+inline std::string SubtreeText(const FileTreeRig& rig, const std::string& path) {
+  return SubtreeText(rig.path, path);
+}
+
 // The file is sound, and every string node, key and value in use can be reached.
-inline void ExpectSound(const FileTreeRig& rig) {
-  EXPECT_EQ(StructureFindings(rig.path), "");
-  const SlotCounts counts = CountSlots(rig.path);
+inline void ExpectSound(const std::string& file) {
+  EXPECT_EQ(StructureFindings(file), "");
+  const SlotCounts counts = CountSlots(file);
   EXPECT_EQ(counts.strings.used, counts.strings.reachable);
   EXPECT_EQ(counts.keys.used, counts.keys.reachable);
   EXPECT_EQ(counts.values.used, counts.values.reachable);
+}
+inline void ExpectSound(const FileTreeRig& rig) {
+  ExpectSound(rig.path);
 }
 
 }  // namespace tamu::registry

@@ -15,10 +15,6 @@ constexpr unsigned int kChild = 16;
 constexpr unsigned int kKeyLink = 20;
 constexpr unsigned int kLinks[] = {kLo, kHi, kEqual, kChild};
 
-inline void Create(FileTreeRig& rig, std::initializer_list<const char*> keys) {
-  for (const char* key : keys) ASSERT_EQ(rig.Create(key), 0u) << key;
-}
-
 // What is listed and counted below a key, and that neither changes anything.
 inline void ExpectBelow(FileTreeRig& rig, const std::string& path, const std::string& listed,
                         const std::string& counted) {

@@ -58,16 +58,18 @@ inline std::string Entries(const FileTreeRig& rig, unsigned int table, unsigned 
   return text;
 }
 
+inline void Create(FileTreeRig& rig, std::initializer_list<const char*> keys) {
+  for (const char* key : keys) ASSERT_EQ(rig.Create(key), 0u) << key;
+}
+
 // "a" with a sub-key on each side of "m": slots 2 to 7 of the string nodes and of the keys.
 inline void CreateSixKeys(FileTreeRig& rig) {
-  for (const char* key : {"a", "a/m", "a/f", "a/t", "a/mn", "a/m/x"}) {
-    ASSERT_EQ(rig.Create(key), 0u) << key;
-  }
+  Create(rig, {"a", "a/m", "a/f", "a/t", "a/mn", "a/m/x"});
 }
 
 // "m" with a neighbour on each side, a longer name and a sub-key: slots 2 to 6.
 inline void CreateFiveKeys(FileTreeRig& rig) {
-  for (const char* key : {"m", "f", "t", "mn", "m/x"}) ASSERT_EQ(rig.Create(key), 0u) << key;
+  Create(rig, {"m", "f", "t", "mn", "m/x"});
 }
 
 // How many slots are free, "strings keys values blocks".

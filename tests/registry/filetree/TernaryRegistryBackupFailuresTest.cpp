@@ -14,10 +14,6 @@ namespace {
 
 const unsigned char kHeaderAtStart = BackupFile::backupHeader;
 
-void Create(FileTreeRig& rig, std::initializer_list<const char*> keys) {
-  for (const char* key : keys) ASSERT_EQ(rig.Create(key), 0u) << key;
-}
-
 // A backup answers `status`; registry and lock are as before.
 void ExpectFailure(FileTreeRig& rig, const std::string& path, const std::string& file,
                    unsigned int status) {
@@ -234,6 +230,19 @@ TEST(FileTreeBackup, DataLongerThanAnyValuesIsRefused) {
   for (const char* size : {"0104", "0008", "ffff"}) {
     rig.Patch(InValue(1, 8), size);
     ExpectFailure(rig, "a", rig.dir / "b", 59);
+  }
+  rig.Patch(InValue(1, 8), "0004");
+  EXPECT_EQ(Backup(rig, "a", rig.dir / "b"), 0u);
+}
+
+// Its data lies in the record, and still no key could be restored from it.
+TEST(FileTreeBackup, ANumberLongerThanAnyValueIsRefused) {
+  FileTreeRig rig;
+  Create(rig, {"a", "a/b"});
+  ASSERT_EQ(rig.CreateNumber("a/b", "n", 5), 0u);
+  for (const char* size : {"0104", "0008", "ffff"}) {
+    rig.Patch(InValue(1, 8), size);
+    for (const char* path : {"", "a", "a/b"}) ExpectFailure(rig, path, rig.dir / "b", 59);
   }
   rig.Patch(InValue(1, 8), "0004");
   EXPECT_EQ(Backup(rig, "a", rig.dir / "b"), 0u);

@@ -1,9 +1,7 @@
 // Subtrees of ten thousand string nodes that hang from each other in one chain, on a small stack:
 // restored from a backup file that is written here, listed, counted, backed up and deleted.
-#include <vector>
-
+#include "tests/registry/filetree/BackupTesting.h"
 #include "tests/registry/filetree/DamagedFile.h"
-#include "tests/registry/filetree/KeyTesting.h"
 
 namespace tamu::registry {
 
@@ -45,39 +43,19 @@ std::string NameAt(const Shape& shape, unsigned int level) {
   return Repeated(shape.segment, level + 1) + shape.split;
 }
 
-void PutWord(std::string* record, unsigned int offset, unsigned int word) {
-  for (unsigned int i = 0; i < 4; ++i) (*record)[offset + i] = static_cast<char>(word >> (8 * i));
-}
-
-std::string StringRecord(const Shape& shape, bool isLast, bool hasKey) {
-  std::string record(40, '\0');
-  record[1] = shape.segment[0] != 0 ? 1 : 0;
-  record[2] = hasKey ? 0x10 : 0;
-  record[3] = shape.split;
-  if (!isLast) PutWord(&record, shape.link, 1);
-  if (hasKey) PutWord(&record, kKeyField, 1);
-  record[24] = shape.segment[0];
+// A node as the shape has it; `isLast`: none hangs from it.
+std::string NodeRecord(const Shape& shape, bool isLast, bool hasKey) {
+  std::string record = NameRecord(std::string(shape.segment) + shape.split, hasKey ? 1 : 0);
+  if (!isLast) storetests::SetU32(record, shape.link, 1);
   return record;
 }
 
-std::string KeyRecord(unsigned int level, bool hasValue) {
-  std::string record(24, '\0');
-  if (hasValue) PutWord(&record, 0, 1);
-  record[4] = hasValue ? 1 : 0;
-  record[6] = 0x0F;         // permission
-  record[7] = 0x01 | 0x14;  // a default value, two watch bits
-  PutWord(&record, 8, 1000);
-  PutWord(&record, 16, level);
-  return record;
-}
-
-// The number `level` under the name "v".
-std::string ValueRecord(unsigned int level) {
-  std::string record(52, '\0');
-  record[8] = 8;
-  record[11] = 0x40;
-  record[12] = 'v';
-  PutWord(&record, 44, level);
+// A key of another owner whose default value is its level, with two watch bits.
+std::string LevelRecord(unsigned int level, bool hasValue) {
+  const unsigned int values = hasValue ? 1 : 0;
+  std::string record = KeyRecord(values, values, level);
+  record[7] = 0x01 | 0x14;
+  storetests::SetU32(record, 8, kUser);
   return record;
 }
 
@@ -88,22 +66,22 @@ bool HasValue(unsigned int level) {
 // A backup of `levels` nodes with a key on each whose number, counted from the last, divides by
 // `keyStep`.
 std::string BackupOf(const Shape& shape, unsigned int levels, unsigned int keyStep = 1) {
-  std::string bytes(1, '\x01');
+  std::string bytes = kComplete;
   for (unsigned int i = 0; i < levels; ++i) {
     const unsigned int fromLast = levels - 1 - i;
-    bytes += StringRecord(shape, fromLast == 0, fromLast % keyStep == 0);
+    bytes += NodeRecord(shape, fromLast == 0, fromLast % keyStep == 0);
   }
   for (unsigned int fromLast = 0; fromLast < levels; fromLast += keyStep) {
     const unsigned int level = levels - 1 - fromLast;
-    bytes += KeyRecord(level, HasValue(level));
-    if (HasValue(level)) bytes += ValueRecord(level);
+    bytes += LevelRecord(level, HasValue(level));
+    if (HasValue(level)) bytes += NumberRecord(0, "v", level);
   }
-  return bytes + KeyRecord(levels, false);
+  return bytes + LevelRecord(levels, false);
 }
 
 void MaskId(std::string* bytes, size_t offset) {
-  const bool isNone = bytes->compare(offset, 4, std::string(4, '\0')) == 0;
-  PutWord(bytes, static_cast<unsigned int>(offset), isNone ? 0 : 1);
+  const bool isNone = storetests::U32At(*bytes, offset) == 0;
+  storetests::SetU32(*bytes, static_cast<unsigned int>(offset), isNone ? 0 : 1);
 }
 
 // The same with every id that is not 0 as 1. A key on each node.

@@ -156,6 +156,24 @@ TEST(FileTreeDeletion, ASingleKeyComesBackWithItsValues) {
   EXPECT_EQ(rig.Contents(), before);
 }
 
+// The record of a free slot still names what the key had, which others have by now.
+TEST(FileTreeDeletion, AFreeKeyGivesNothingBack) {
+  FileTreeRig rig;
+  Create(rig, {"a", "a/b"});
+  for (const char* name : {"1", "2"}) ASSERT_EQ(rig.CreateNumber("a/b", name, 1), 0u);
+  ASSERT_EQ(DeleteKey(rig, "a/b"), 0u);
+  for (const char* name : {"3", "4"}) ASSERT_EQ(rig.CreateNumber("", name, 1), 0u);
+  ASSERT_EQ(rig.Hex(kKeyArea + 24 * 3, 4), "00020000");
+  ASSERT_EQ(FreeSlots(rig), "361 362 362 364");
+  const std::string before = rig.Contents();
+  EXPECT_EQ(rig.tree.DeleteSingleKey(0, 0x300), 59u);
+  EXPECT_TRUE(rig.Contents() == before);
+  EXPECT_EQ(rig.tree.DeleteAllValues(0, 0x300), 59u);
+  EXPECT_TRUE(rig.Contents() == before);
+  EXPECT_EQ(ListedValues(rig, ""), "0: 4 3");
+  EXPECT_EQ(StructureFindings(rig.path), "");
+}
+
 TEST(FileTreeDeletion, ASubtreeComesBackWithTheStatusOfItsFirstNode) {
   SharedStore shared;
   unsigned int first = 0;

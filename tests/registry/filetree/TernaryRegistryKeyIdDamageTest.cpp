@@ -215,6 +215,28 @@ TEST(FileTreeKeyDamage, AFileThatWasCutIsReadUpToTheCut) {
   EXPECT_EQ(Counted(rig, ""), "5");
 }
 
+TEST(FileTreeKeyDamage, ValuesBehindTheCutStayInUse) {
+  FileTreeRig rig;
+  Create(rig, {"a", "a/b"});
+  for (const char* name : {"1", "2"}) ASSERT_EQ(rig.CreateNumber("a/b", name, 1), 0u);
+  ASSERT_EQ(rig.CreateNumber("a", "3", 1), 0u);
+  ASSERT_EQ(truncate(rig.path.c_str(), kValueArea), 0);
+  ExpectDeleted(rig, "a", "362 363 361 364");
+  EXPECT_EQ(Listed(rig, ""), "0:");
+}
+
+TEST(FileTreeKeyDamage, ValuesBeforeTheCutAreGivenBack) {
+  FileTreeRig rig;
+  Create(rig, {"a", "a/b"});
+  ASSERT_EQ(rig.CreateNumber("a/b", "first", 1), 0u);
+  ASSERT_EQ(rig.CreateNumber("a/b", "older", 1), 0u);
+  ASSERT_EQ(rig.Delete("a/b", "first"), 0u);
+  ASSERT_EQ(rig.CreateNumber("a/b", "newer", 1), 0u);  // slot 1, and leads to slot 2
+  ASSERT_EQ(truncate(rig.path.c_str(), InValue(2, 0)), 0);
+  ExpectDeleted(rig, "a", "362 363 363 364");
+  EXPECT_EQ(Listed(rig, ""), "0:");
+}
+
 }  // namespace
 
 }  // namespace tamu::registry

@@ -54,16 +54,31 @@ TEST(FileTreeRestoreDamage, ALinkToAFreeValue) {
   ExpectReplaced(rig, backup);
 }
 
-TEST(FileTreeRestoreDamage, TheNodeOfTheNameIsFree) {
-  FileTreeRig rig;
-  std::string backup;
-  Prepare(rig, &backup);
-  // The node of "a" to the front of the free list.
+// The node of "a" comes to the front of the free list.
+void FreeTheNodeOfTheName(FileTreeRig& rig) {
   rig.PatchWord(kStringTable + 32 + 4 * 4, 6);
   rig.PatchWord(kStringTable + 32, 4);
   rig.PatchWord(kStringTable + 28, rig.FreeStrings() + 1);
   rig.Reopen();
+}
+
+TEST(FileTreeRestoreDamage, TheNodeOfTheNameIsFree) {
+  FileTreeRig rig;
+  std::string backup;
+  Prepare(rig, &backup);
+  FreeTheNodeOfTheName(rig);
   ExpectRefused(rig, "a", backup, 59);
+}
+
+// "a/x" is in use itself; its new nodes would get the slot of "a" and lead away from it.
+TEST(FileTreeRestoreDamage, ANodeOnTheWayIsFree) {
+  FileTreeRig rig;
+  std::string backup;
+  Prepare(rig, &backup);
+  FreeTheNodeOfTheName(rig);
+  ExpectRefused(rig, "a/x", backup, 59);
+  EXPECT_EQ(ListedValues(rig, "a/x"), "0: v");
+  EXPECT_EQ(RestoreBytes(rig, "b/y", kComplete + KeyRecord(0)), 0u) << "away from the damage";
 }
 
 // Links to a table that restoring appends.
