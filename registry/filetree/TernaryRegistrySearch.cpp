@@ -127,9 +127,7 @@ unsigned int TernaryRegistry::FindKey(void* tree, const char* path, unsigned int
 
 bool TernaryRegistry::isPermissible(const TernaryKeyNode* key, unsigned int user,
                                     unsigned char access) {
-  const bool asOwner = user == kAdministratorId || user == key->owner();
-  const unsigned int rights = asOwner ? key->permission() & 0x0F : key->permission() >> 4;
-  return (rights & access) != 0;
+  return key->IsPermissible(user, access);
 }
 
 // Key 0, of a name without key, reads as a key that belongs to user 0 and gives nobody any right.

@@ -47,6 +47,12 @@ class TernaryKeyNode {
     setKeyFlags(static_cast<unsigned char>((keyFlags() & (kFlagDefaultSet | kFlagRoot)) |
                                            (watch << kWatchShift)));
   }
+  // True when `user` has at least one of the rights. The owner and the administrator have those of
+  // the low nibble, everybody else those of the high one.
+  bool IsPermissible(unsigned int user, unsigned char rights) const {
+    const bool asOwner = user == kAdministratorId || user == owner();
+    return ((asOwner ? permission() & 0x0F : permission() >> 4) & rights) != 0;
+  }
   unsigned int owner() const { return GetU32(bytes_ + kOffOwner); }
   void setOwner(unsigned int user) { PutU32(bytes_ + kOffOwner, user); }
   unsigned long long defaultValue() const { return GetU64(bytes_ + kOffDefaultValue); }

@@ -1,0 +1,33 @@
+// A subtree that was loaded, as its user holds it.
+#pragma once
+
+#include "platform/PCMutex.h"
+#include "platform/PCSemaphore.h"
+
+namespace tamu::registry {
+
+class TernaryString;
+
+// What TernaryKeyTree::LoadKeyTree gives out, and through which strings are locked for writing.
+// Made and freed by the tree; the fields are guarded by its lock.
+struct TernaryHandle {
+  // `keyPath` is kept as it is and not followed; `lock` is the tree's.
+  TernaryHandle(const char* keyPath, PCMutex* lock) : path(keyPath), treeLock(lock) {}
+  ~TernaryHandle() { delete[] normalizedPath; }
+  TernaryHandle(const TernaryHandle&) = delete;
+  TernaryHandle& operator=(const TernaryHandle&) = delete;
+
+  const char* path;
+  TernaryString* start = nullptr;  // the key's string
+  TernaryString* parkedDirectory =
+      nullptr;       // of the string that was locked last through this handle
+  PCSemaphore wake;  // those who wait for a string that is locked through this handle block here
+  PCSemaphore ack;   // they give it once they run again
+  PCMutex* treeLock;
+  int waiterCount = 0;
+
+  unsigned int lockedStrings = 0;  // locked through this handle now
+  char* normalizedPath = nullptr;  // owned; components separated by single "/", none at the ends
+};
+
+}  // namespace tamu::registry

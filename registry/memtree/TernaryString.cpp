@@ -1,0 +1,75 @@
+#include "registry/memtree/TernaryString.h"
+
+namespace tamu::registry {
+
+TernaryString::TernaryString(unsigned int nodeId, TernaryStringNode* record)
+    : id(nodeId), node(record) {
+  setFlag(TernaryStringNode::kFlagLocked, false);
+  setFlag(TernaryStringNode::kFlagWaiters, false);
+}
+
+void TernaryString::setFlag(unsigned char flag, bool on) {
+  node->setFlags(static_cast<unsigned char>(on ? node->flags() | flag : node->flags() & ~flag));
+}
+
+unsigned int TernaryString::GetDirectory(TernaryString*& out) const {
+  out = directory;
+  return directory == nullptr && isLocked() ? status::kBusy : status::kOk;
+}
+
+unsigned int TernaryString::SetDirectory(TernaryString* dir) {
+  if (directory == nullptr && isLocked()) {
+    parked = dir;
+    lockHandle->parkedDirectory = dir;
+    directoryKnown_ = true;
+  } else {
+    directory = dir;
+  }
+  node->setChild(dir != nullptr ? dir->id : 0);
+  return status::kOk;
+}
+
+// Who waits counts and blocks at the handle that has the string locked, so that its Unlock finds
+// them, and gives up all levels of the tree's lock meanwhile, so that Unlock can take it.
+unsigned int TernaryString::Lock(TernaryHandle* handle) {
+  PCMutexGuard guard(*handle->treeLock);
+  while (isLocked()) {
+    TernaryHandle* holder = lockHandle;
+    setFlag(TernaryStringNode::kFlagWaiters, true);
+    ++holder->waiterCount;
+    const int levels = handle->treeLock->ReleaseAll();
+    holder->wake.Take();
+    holder->ack.Give();
+    handle->treeLock->Retake(levels);
+    setFlag(TernaryStringNode::kFlagWaiters, true);
+  }
+  parked = directory;
+  handle->parkedDirectory = directory;
+  directoryKnown_ = directory != nullptr;
+  directory = nullptr;
+  lockHandle = handle;
+  ++handle->lockedStrings;
+  setFlag(TernaryStringNode::kFlagLocked, true);
+  return status::kOk;
+}
+
+// A directory that is in the file but was never loaded keeps its id in the record.
+unsigned int TernaryString::Unlock() {
+  TernaryHandle* handle = lockHandle;
+  if (handle == nullptr) return status::kBadArgument;
+  PCMutexGuard guard(*handle->treeLock);
+  directory = parked;
+  if (directoryKnown_) node->setChild(directory != nullptr ? directory->id : 0);
+  if (handle->parkedDirectory == parked) handle->parkedDirectory = nullptr;
+  parked = nullptr;
+  setFlag(TernaryStringNode::kFlagLocked, false);
+  if ((node->flags() & TernaryStringNode::kFlagWaiters) != 0) {
+    for (int woken = 0; woken < handle->waiterCount; ++woken) handle->wake.Give();
+    for (; handle->waiterCount > 0; --handle->waiterCount) handle->ack.Take();
+  }
+  lockHandle = nullptr;
+  --handle->lockedStrings;
+  return status::kOk;
+}
+
+}  // namespace tamu::registry

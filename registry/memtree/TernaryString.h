@@ -1,0 +1,56 @@
+// A loaded string node.
+#pragma once
+
+#include "registry/memtree/TernaryHandle.h"
+#include "registry/memtree/TernaryKey.h"
+#include "registry/store/TernaryStringNode.h"
+
+namespace tamu::registry {
+
+// Owns a copy of the node's record; the strings and the key that it leads to are the tree's. A link
+// that is null although the record has an id for it was not loaded. Changes are made to the copy
+// alone; who makes them writes it to the file.
+//
+// Whoever changes the keys below a string locks it for the whole change. While it is locked its
+// directory reads as null.
+class TernaryString {
+ public:
+  // `record` was made by new and becomes this object's; a lock that it tells of is forgotten.
+  TernaryString(unsigned int nodeId, TernaryStringNode* record);
+  ~TernaryString() { delete node; }
+  TernaryString(const TernaryString&) = delete;
+  TernaryString& operator=(const TernaryString&) = delete;
+
+  // kBusy while the string is locked and has a directory that is put away.
+  unsigned int GetDirectory(TernaryString*& out) const;
+  // Sets the directory (of a locked string: the one that is put away) and its id in the record. The
+  // tree's lock is held. Returns 0.
+  unsigned int SetDirectory(TernaryString* dir);
+  // Waits until nobody has locked the string, then locks it and puts its directory away. While it
+  // waits, the thread has no level of the tree's lock; it gets them back. Not recursive: who has
+  // locked the string already waits for ever. Returns 0.
+  unsigned int Lock(TernaryHandle* handle);
+  // Puts the directory back and returns when all who waited run again. Returns 0; kBadArgument when
+  // the string is not locked.
+  unsigned int Unlock();
+
+  bool isLocked() const { return (node->flags() & TernaryStringNode::kFlagLocked) != 0; }
+
+  TernaryString* lower = nullptr;
+  TernaryString* higher = nullptr;
+  TernaryString* equal = nullptr;
+  TernaryString* directory = nullptr;  // the first of the sub-keys' names
+  TernaryKey* key = nullptr;
+  unsigned int id;
+  unsigned int loadCount = 0;           // handles that start here
+  TernaryStringNode* node;              // owned
+  TernaryHandle* lockHandle = nullptr;  // through which it is locked
+  TernaryString* parked = nullptr;      // the directory while the string is locked
+
+ private:
+  void setFlag(unsigned char flag, bool on);
+
+  bool directoryKnown_ = false;  // a directory was there when it was locked, or was set since
+};
+
+}  // namespace tamu::registry

@@ -1,0 +1,141 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "registry/memtree/TernaryKey.h"
+
+namespace tamu::registry {
+namespace {
+
+class LoadedKey : public ::testing::Test {
+ protected:
+  // Adds a value; the slots count up from 1.
+  TernaryValue* Add(const char* name) {
+    const unsigned int id = static_cast<unsigned int>(values_.size() + 1) << 8;
+    values_.push_back(std::make_unique<TernaryValue>(id, new TernaryValueNode));
+    TernaryValue* value = values_.back().get();
+    value->SetValue(name, id, true);
+    EXPECT_EQ(key.AddValue(value), 0u);
+    return value;
+  }
+  // The list in memory and the one of the records, which must agree: "300 b, 200 b, 100 a".
+  std::string Values() const {
+    std::string text;
+    unsigned int nextId = key.node->firstValue();
+    for (const TernaryValue* value = key.firstValue; value != nullptr; value = value->next) {
+      EXPECT_EQ(value->id, nextId);
+      nextId = value->node->nextValue();
+      char id[16];
+      std::snprintf(id, sizeof id, "%x ", value->id);
+      text += (text.empty() ? "" : ", ") + std::string(id) + value->node->name();
+    }
+    EXPECT_EQ(nextId, 0u);
+    return text;
+  }
+
+  TernaryKey key{0x200, new TernaryKeyNode};
+  std::vector<std::unique_ptr<TernaryValue>> values_;
+};
+
+TEST_F(LoadedKey, HasNoValuesAtFirst) {
+  EXPECT_EQ(key.id, 0x200u);
+  EXPECT_EQ(key.firstValue, nullptr);
+  TernaryValue* found = nullptr;
+  TernaryValue* before = nullptr;
+  EXPECT_EQ(key.FindValue("a", found), 2u);
+  EXPECT_EQ(key.RemoveValue("a", found, before), 2u);
+  EXPECT_EQ(found, nullptr);
+  EXPECT_EQ(before, nullptr);
+}
+
+TEST_F(LoadedKey, TheValueAddedLastIsFoundFirst) {
+  Add("a");
+  TernaryValue* older = Add("b");
+  TernaryValue* newer = Add("b");
+  EXPECT_EQ(Values(), "300 b, 200 b, 100 a");
+  EXPECT_EQ(key.node->valueCount(), 3u);
+  TernaryValue* found = nullptr;
+  EXPECT_EQ(key.FindValue("b", found), 0u);
+  EXPECT_EQ(found, newer);
+  TernaryValue* before = key.firstValue;
+  EXPECT_EQ(key.RemoveValue("b", found, before), 0u);
+  EXPECT_EQ(found, newer);
+  EXPECT_EQ(before, nullptr);
+  EXPECT_EQ(key.FindValue("b", found), 0u);
+  EXPECT_EQ(found, older);
+  EXPECT_EQ(key.FindValue("c", found), 2u);
+  EXPECT_EQ(found, older) << "untouched";
+}
+
+TEST_F(LoadedKey, AValueIsTakenOutOfTheMiddle) {
+  Add("a");
+  TernaryValue* middle = Add("b");
+  TernaryValue* first = Add("c");
+  TernaryValue* removed = nullptr;
+  TernaryValue* before = nullptr;
+  EXPECT_EQ(key.RemoveValue("b", removed, before), 0u);
+  EXPECT_EQ(removed, middle);
+  EXPECT_EQ(before, first);
+  EXPECT_EQ(first->node->nextValue(), 0x100u);
+  EXPECT_EQ(Values(), "300 c, 100 a");
+  EXPECT_EQ(key.node->valueCount(), 2u);
+  EXPECT_EQ(key.RemoveValue("a", removed, before), 0u);
+  EXPECT_EQ(before, first);
+  EXPECT_EQ(first->node->nextValue(), 0u);
+  EXPECT_EQ(Values(), "300 c");
+}
+
+TEST_F(LoadedKey, TakingTheOnlyValueLeavesNone) {
+  Add("a");
+  TernaryValue* removed = nullptr;
+  TernaryValue* before = nullptr;
+  EXPECT_EQ(key.RemoveValue("a", removed, before), 0u);
+  EXPECT_EQ(key.node->firstValue(), 0u);
+  EXPECT_EQ(key.node->valueCount(), 0u);
+  EXPECT_EQ(key.firstValue, nullptr);
+}
+
+TEST_F(LoadedKey, TheCountOfValuesWrapsAround) {
+  key.node->setValueCount(0xFFFF);
+  Add("a");
+  EXPECT_EQ(key.node->valueCount(), 0u);
+  TernaryValue* removed = nullptr;
+  TernaryValue* before = nullptr;
+  EXPECT_EQ(key.RemoveValue("a", removed, before), 0u);
+  EXPECT_EQ(key.node->valueCount(), 0xFFFFu);
+}
+
+TEST_F(LoadedKey, ADefaultValueIsSetAndTakenAway) {
+  unsigned long long number = 5;
+  EXPECT_FALSE(key.isDefaultValueSet());
+  EXPECT_EQ(key.GetDefaultValue(&number), 2u);
+  EXPECT_EQ(number, 5u);
+  EXPECT_EQ(key.DeleteDefaultValue(), 2u);
+  EXPECT_EQ(key.SetDefaultValue(0x0102030405060708ull), 0u);
+  EXPECT_TRUE(key.isDefaultValueSet());
+  EXPECT_EQ(key.GetDefaultValue(&number), 0u);
+  EXPECT_EQ(number, 0x0102030405060708ull);
+  EXPECT_EQ(key.DeleteDefaultValue(), 0u);
+  EXPECT_EQ(key.GetDefaultValue(&number), 2u);
+  EXPECT_EQ(key.node->defaultValue(), 0x0102030405060708ull) << "the stored number stays";
+}
+
+TEST_F(LoadedKey, TheOwnerAndTheAdministratorHaveTheLowNibble) {
+  key.node->setOwner(1000);
+  key.node->setPermission(0x52);  // others 5, owner 2
+  for (unsigned int right = 1; right <= 15; ++right) {
+    const unsigned char rights = static_cast<unsigned char>(right);
+    EXPECT_EQ(key.isPermissible(1000, rights), (right & 2) != 0) << right;
+    EXPECT_EQ(key.isPermissible(65535, rights), (right & 2) != 0) << right;
+    EXPECT_EQ(key.isPermissible(1001, rights), (right & 5) != 0) << right;
+  }
+  key.node->setPermission(0xF0);
+  EXPECT_FALSE(key.isPermissible(65535, 15)) << "though everybody else may do everything";
+  EXPECT_FALSE(key.isPermissible(1000, 15));
+  EXPECT_TRUE(key.isPermissible(0, 15));
+}
+
+}  // namespace
+}  // namespace tamu::registry

@@ -1,0 +1,170 @@
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "registry/memtree/TernaryValue.h"
+
+namespace tamu::registry {
+namespace {
+
+// A loaded value whose record is all zero.
+struct Loaded {
+  TernaryValue value{0x300, new TernaryValueNode};
+
+  std::string Name() const { return value.node->name(); }
+  // The value as it is handed out, as "0 type 1: abc".
+  std::string Get(unsigned int requested = kValueTypeAny) const {
+    Value out = {requested, 77, nullptr};
+    const unsigned int result = value.GetValue(&out);
+    if (result != 0) {
+      EXPECT_EQ(out.type, requested);
+      EXPECT_EQ(out.size, 77u);
+      EXPECT_EQ(out.data, nullptr);
+      return std::to_string(result);
+    }
+    const std::string bytes(static_cast<const char*>(out.data), out.size);
+    delete[] static_cast<unsigned char*>(out.data);
+    return "0 type " + std::to_string(out.type) + ": " + bytes;
+  }
+  // Takes over data from an array of exactly its size.
+  unsigned int Set(const std::string& name, unsigned int type, const std::string& bytes,
+                   unsigned int dataId = 0x100) {
+    std::vector<char> buffer(bytes.begin(), bytes.end());
+    const Value given = {type, static_cast<unsigned int>(buffer.size()), buffer.data()};
+    return value.SetValue(name.c_str(), &given, dataId);
+  }
+};
+
+TEST(LoadedValue, BeginsWithTheBytesOfItsRecord) {
+  TernaryValueNode* record = new TernaryValueNode;
+  record->setNumber(5);
+  TernaryValue value(0x300, record);
+  EXPECT_EQ(value.id, 0x300u);
+  EXPECT_EQ(value.next, nullptr);
+  EXPECT_EQ(value.value.type, 6u);
+  EXPECT_EQ(value.value.size, 0u);
+  EXPECT_EQ(value.value.data, nullptr);
+  EXPECT_EQ(value.data, record->bytes() + 44);
+  EXPECT_EQ(value.ownsData, 0u);
+  EXPECT_EQ(value.GetDataId(), 0u);
+}
+
+TEST(LoadedValue, WithoutARecordItCanBeDestroyed) {
+  Value unused = {1, 2, &unused};
+  TernaryValue value(&unused);
+  EXPECT_EQ(value.value.type, 6u);
+  EXPECT_EQ(value.value.size, 0u);
+  EXPECT_EQ(value.value.data, nullptr);
+}
+
+TEST(LoadedValue, ANumberIsHeldInTheRecord) {
+  Loaded loaded;
+  ASSERT_EQ(loaded.Set("old", 1, "abc"), 0u);
+  EXPECT_EQ(loaded.value.SetValue("n", 0x0102030405060708ull, true), 0u);
+  const unsigned char expected[] = {0, 0, 0, 0, 0, 0, 0, 0, 8, 0, 0, 0x40, 'n', 0};
+  EXPECT_EQ(std::memcmp(loaded.value.node->bytes(), expected, sizeof expected), 0);
+  EXPECT_EQ(loaded.Get(), std::string("0 type 0: \x08\x07\x06\x05\x04\x03\x02\x01"));
+  EXPECT_EQ(loaded.value.ownsData, 0u);
+  EXPECT_EQ(loaded.value.SetValue("n", 7, false), 0u);
+  EXPECT_EQ(loaded.value.node->number(), 7u);
+  EXPECT_EQ(loaded.Get(), "53") << "there, but not set";
+}
+
+TEST(LoadedValue, NamesAreCutTo31Characters) {
+  Loaded loaded;
+  EXPECT_EQ(loaded.value.SetValue(std::string(40, 'n').c_str(), 7, true), 0u);
+  EXPECT_EQ(loaded.Name(), std::string(31, 'n'));
+  EXPECT_EQ(loaded.Set(std::string(32, 'm'), 2, "x"), 0u);
+  EXPECT_EQ(loaded.Name(), std::string(31, 'm'));
+  EXPECT_EQ(loaded.Set("short", 2, "x"), 0u);
+  EXPECT_EQ(loaded.Name(), "short");
+}
+
+TEST(LoadedValue, DataIsCopiedAndItsPlaceKept) {
+  Loaded loaded;
+  for (unsigned int type = 1; type <= 5; ++type) {
+    EXPECT_EQ(loaded.Set("v", type, "abcde", 0x1200), 0u);
+    EXPECT_EQ(loaded.Get(), "0 type " + std::to_string(type) + ": abcde");
+    EXPECT_EQ(loaded.value.GetDataId(), 0x1200u);
+    EXPECT_EQ(loaded.value.node->dataSize(), 5u);
+    EXPECT_EQ(loaded.value.node->valueFlags(), 0x60 + type);
+    EXPECT_EQ(loaded.value.node->dataWord(), 0x1200u);
+  }
+  EXPECT_EQ(loaded.Set("v", 1, ""), 0u);
+  EXPECT_EQ(loaded.value.node->valueFlags(), 0x21);
+  EXPECT_EQ(loaded.Get(), "53");
+}
+
+TEST(LoadedValue, ANumberTakesTheBytesThatThereAre) {
+  Loaded loaded;
+  EXPECT_EQ(loaded.Set("n", 0, "\x01\x02"), 0u);
+  EXPECT_EQ(loaded.Get(), std::string("0 type 0: \x01\x02\0\0\0\0\0\0", 18));
+  EXPECT_EQ(loaded.Set("n", 0, "123456789012"), 0u);
+  EXPECT_EQ(loaded.Get(), "0 type 0: 12345678");
+  EXPECT_EQ(loaded.value.node->dataSize(), 8u);
+  EXPECT_EQ(loaded.value.GetDataId(), 0u);
+}
+
+TEST(LoadedValue, ATypeThatThereIsNotChangesNothing) {
+  Loaded loaded;
+  ASSERT_EQ(loaded.Set("v", 1, "abc"), 0u);
+  EXPECT_EQ(loaded.Set("w", 6, "xyz"), 53u);
+  EXPECT_EQ(loaded.Set("w", 31, "xyz"), 53u);
+  EXPECT_EQ(loaded.Name(), "v");
+  EXPECT_EQ(loaded.Get(), "0 type 1: abc");
+}
+
+TEST(LoadedValue, DataMayComeFromTheValueItself) {
+  Loaded loaded;
+  ASSERT_EQ(loaded.Set("v", 1, "abcdefghij"), 0u);
+  Value own = {2, 4, loaded.value.data + 3};
+  EXPECT_EQ(loaded.value.SetValue("v", &own, 0x100), 0u);
+  EXPECT_EQ(loaded.Get(), "0 type 2: defg");
+  own = {0, 4, loaded.value.data};
+  EXPECT_EQ(loaded.value.SetValue("v", &own, 0), 0u);
+  EXPECT_EQ(loaded.Get(), std::string("0 type 0: defg\0\0\0\0", 18));
+  own = {0, 2, loaded.value.data + 1};
+  EXPECT_EQ(loaded.value.SetValue("v", &own, 0), 0u);
+  EXPECT_EQ(loaded.Get(), std::string("0 type 0: ef\0\0\0\0\0\0", 18));
+}
+
+TEST(LoadedValue, OnlyTheTypeAskedForIsHandedOut) {
+  Loaded loaded;
+  ASSERT_EQ(loaded.Set("v", 1, "abc"), 0u);
+  EXPECT_EQ(loaded.Get(6), "0 type 1: abc");
+  EXPECT_EQ(loaded.Get(1), "0 type 1: abc");
+  for (unsigned int type : {0u, 2u, 3u, 4u, 5u, 7u}) EXPECT_EQ(loaded.Get(type), "22") << type;
+}
+
+// A record may tell a number to be longer than the eight bytes it has.
+TEST(LoadedValue, ANumberGivesNoMoreThanItsRecordHolds) {
+  Loaded loaded;
+  ASSERT_EQ(loaded.value.SetValue("n", 5, true), 0u);
+  loaded.value.node->setDataSize(1000);
+  const std::string expected = std::string("0 type 0: \x05") + std::string(999, '\0');
+  EXPECT_EQ(loaded.Get(), expected);
+  loaded.value.node->setDataSize(2);
+  EXPECT_EQ(loaded.Get(), std::string("0 type 0: \x05\0", 12));
+}
+
+TEST(LoadedValue, DataThatWasNotLoadedIsZero) {
+  Loaded loaded;
+  loaded.value.node->setSet(true);
+  loaded.value.node->setInBlocks(true);
+  loaded.value.node->setType(3);
+  loaded.value.node->setDataSize(3);
+  loaded.value.DeleteData();
+  EXPECT_EQ(loaded.value.data, nullptr);
+  EXPECT_EQ(loaded.Get(), std::string("0 type 3: \0\0\0", 13));
+  ASSERT_EQ(loaded.value.CreateData(3), 0u);
+  EXPECT_EQ(loaded.value.ownsData, 1u);
+  std::memcpy(loaded.value.data, "xyz", 3);
+  EXPECT_EQ(loaded.Get(), "0 type 3: xyz");
+  ASSERT_EQ(loaded.value.CreateData(3), 0u);
+  EXPECT_EQ(loaded.Get(), std::string("0 type 3: \0\0\0", 13));
+}
+
+}  // namespace
+}  // namespace tamu::registry
