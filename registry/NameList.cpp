@@ -2,6 +2,7 @@
 
 #include <new>
 
+#include "platform/PCMem.h"
 #include "registry/RegistryStatus.h"
 
 namespace tamu::registry {
@@ -34,6 +35,18 @@ unsigned int NameList::AddName(char* name, unsigned long long tag) {
   tags[count] = tag;
   ++count;
   return status::kOk;
+}
+
+unsigned int NameList::AddCopy(const char* name, unsigned int most) {
+  unsigned int length = 0;
+  while (length < most && name[length] != 0) ++length;
+  char* copy = new (std::nothrow) char[length + 1];
+  if (copy == nullptr) return status::kNoMemory;
+  PCMem::Copy(copy, name, length);
+  copy[length] = 0;
+  const unsigned int result = AddName(copy, 0);
+  if (result != status::kOk) delete[] copy;
+  return result;
 }
 
 char* NameList::GetName(unsigned int index, unsigned long long* tag) const {

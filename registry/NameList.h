@@ -21,6 +21,8 @@ class YAX_API NameList {
   // Appends a name and its tag and takes the name over. 0; kNoMemory when the capacity is 0; kLimit
   // when the list is full. After a failure the name is still the caller's.
   unsigned int AddName(char* name, unsigned long long tag);
+  // Appends a copy of the name, of `most` bytes of it at most, with tag 0. kNoMemory, kLimit.
+  unsigned int AddCopy(const char* name, unsigned int most = 0xFFFFFFFF);
   // The name at `index`, which stays the list's, and its tag (unless `tag` is null). Null for an
   // index beyond the last name; the tag is then untouched.
   char* GetName(unsigned int index, unsigned long long* tag) const;

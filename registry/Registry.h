@@ -79,9 +79,10 @@ class YAX_API Registry {
   unsigned int RegisterCallback(unsigned char events, Callback* callback);
   unsigned int UnregisterCallback(Callback* callback);
 
-  // ---- handles: OpenKey is not there yet and answers kNotSupported
+  // ---- handles. Changing through a handle is not there yet: kNotSupported.
 
-  // Loads the subtree of a key and writes its handle, never 0. The last argument is not used.
+  // Loads the subtree of a key and writes its handle, never 0. What is read through it comes from
+  // memory. No right is needed. kNotFound. The last argument is not used.
   unsigned int OpenKey(const char* keyPath, unsigned int* handle, unsigned int unused = 0);
   unsigned int CloseKey(unsigned int handle);
   // The tree and subtree that an operation with `handle` works on; for handle 0 the handles that

@@ -9,15 +9,6 @@ namespace tamu::registry {
 
 namespace {
 
-// Adds a copy of the name; a name that the list refuses is freed.
-unsigned int AddCopy(NameList* names, const char* name) {
-  char* copy = RCEString::Duplicate(name);
-  if (copy == nullptr) return status::kNoMemory;
-  const unsigned int result = names->AddName(copy, 0);
-  if (result != status::kOk) delete[] copy;
-  return result;
-}
-
 // Makes room for `length` bytes of name and `more`, a few, behind them.
 unsigned int Reserve(Array<char>* buffer, unsigned int length, unsigned int more) {
   constexpr unsigned int kMaxBytes = 0x7FFFFFFF;
@@ -60,7 +51,7 @@ unsigned int TernaryRegistry::ListOwnName(const NodeWalk& walk, RecursiveArg* ar
   }
   *arg->buffer[walk.Mark()] = static_cast<char>(walk.Node().splitChar());
   *arg->buffer[walk.Mark() + 1] = 0;
-  return AddCopy(arg->names, arg->buffer.data);
+  return arg->names->AddCopy(arg->buffer.data);
 }
 
 unsigned int TernaryRegistry::RecursiveListString(TernaryStringNode* node, unsigned int position,
@@ -147,9 +138,8 @@ unsigned int TernaryRegistry::ListValues(unsigned int user, void* tree, const ch
       --skip;
       continue;
     }
-    char name[TernaryValueNode::kNameSize + 1] = {};  // a damaged name may lack its terminator
-    PCMem::Copy(name, walk.Record().name(), TernaryValueNode::kNameSize);
-    result = AddCopy(names, name);
+    // A damaged name may lack its terminator.
+    result = names->AddCopy(walk.Record().name(), TernaryValueNode::kNameSize);
     if (result != status::kOk) return result;
   }
   return status::kOk;

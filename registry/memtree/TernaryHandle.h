@@ -27,7 +27,8 @@ struct TernaryHandle {
   int waiterCount = 0;
 
   unsigned int lockedStrings = 0;  // locked through this handle now
-  char* normalizedPath = nullptr;  // owned; components separated by single "/", none at the ends
+  char* normalizedPath = nullptr;  // owned; without a "/" at either end
+  TernaryHandle* next = nullptr;   // of the tree's handles
 };
 
 }  // namespace tamu::registry

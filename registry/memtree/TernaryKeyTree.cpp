@@ -32,6 +32,7 @@ unsigned int TernaryKeyTree::Initialize(const char* path) {
 }
 
 unsigned int TernaryKeyTree::Finalize() {
+  UnloadKeyTree(nullptr);
   CloseFile();
   spareLock.Destroy();
   treeLock.Destroy();
@@ -39,6 +40,7 @@ unsigned int TernaryKeyTree::Finalize() {
 }
 
 void TernaryKeyTree::CloseFile() {
+  FreeEverything();
   if (file != nullptr) file->Finalize();
   delete file;
   file = nullptr;

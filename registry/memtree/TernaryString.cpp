@@ -33,6 +33,7 @@ unsigned int TernaryString::SetDirectory(TernaryString* dir) {
 // them, and gives up all levels of the tree's lock meanwhile, so that Unlock can take it.
 unsigned int TernaryString::Lock(TernaryHandle* handle) {
   PCMutexGuard guard(*handle->treeLock);
+  ++waiting;
   while (isLocked()) {
     TernaryHandle* holder = lockHandle;
     setFlag(TernaryStringNode::kFlagWaiters, true);
@@ -43,6 +44,7 @@ unsigned int TernaryString::Lock(TernaryHandle* handle) {
     handle->treeLock->Retake(levels);
     setFlag(TernaryStringNode::kFlagWaiters, true);
   }
+  --waiting;
   parked = directory;
   handle->parkedDirectory = directory;
   directoryKnown_ = directory != nullptr;

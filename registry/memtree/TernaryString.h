@@ -34,6 +34,8 @@ class TernaryString {
   // the string is not locked.
   unsigned int Unlock();
 
+  // True when somebody has locked it or waits to: it must not be destroyed.
+  bool isBusy() const { return isLocked() || waiting > 0; }
   bool isLocked() const { return (node->flags() & TernaryStringNode::kFlagLocked) != 0; }
 
   TernaryString* lower = nullptr;
@@ -46,6 +48,12 @@ class TernaryString {
   TernaryStringNode* node;              // owned
   TernaryHandle* lockHandle = nullptr;  // through which it is locked
   TernaryString* parked = nullptr;      // the directory while the string is locked
+  unsigned int waiting = 0;             // threads that wait to lock it
+
+  // For the walk that goes over the tree now.
+  TernaryString* walkFrom = nullptr;
+  unsigned int walkMark = 0;
+  unsigned char walkTried = 0;
 
  private:
   void setFlag(unsigned char flag, bool on);

@@ -232,13 +232,6 @@ TEST_F(RegistryArgumentsTest, OpeningAKeyNeedsAnOpenRegistryAndAPlaceForTheHandl
   EXPECT_EQ(handle, 99u);
 }
 
-TEST_F(RegistryArgumentsTest, KeysCannotBeOpenedYet) {
-  unsigned int handle = 99;
-  EXPECT_EQ(registry.OpenKey("key", &handle), 37u);
-  EXPECT_EQ(registry.OpenKey(nullptr, &handle, 5), 37u);
-  EXPECT_EQ(handle, 99u);
-}
-
 // No path: the key that the handle stands for, which without one is the root.
 TEST_F(RegistryArgumentsTest, WithoutPathTheRootIsMeant) {
   gHandle = 0;

@@ -131,14 +131,6 @@ TEST_F(TernaryKeyTreeTest, TellsNothingAfterAFailedSecondOpening) {
   EXPECT_EQ(GetFile(folder / "bad"), "");
 }
 
-TEST_F(TernaryKeyTreeTest, DoesNotLoadSubtreesYet) {
-  ASSERT_EQ(tree.Initialize(path.c_str()), 0u);
-  void* loaded = nullptr;
-  EXPECT_EQ(tree.LoadKeyTree("", loaded), 37u);
-  EXPECT_EQ(tree.UnloadKeyTree(nullptr), 37u);
-  EXPECT_EQ(loaded, nullptr);
-}
-
 }  // namespace
 
 }  // namespace tamu::registry

@@ -1,0 +1,134 @@
+// Listing through a handle.
+#include "tests/registry/memtree/LoadedTreeRig.h"
+
+namespace tamu::registry {
+namespace {
+
+class LoadedListing : public ::testing::Test {
+ protected:
+  std::string Keys(const char* key, unsigned int index = 0, unsigned int flags = 0,
+                   unsigned int capacity = 1000) {
+    NameList list(capacity);
+    const unsigned int result = rig.loaded.ListKeys(kOther, root, key, index, &list, flags);
+    return ListText(result, list);
+  }
+  std::string Values(const char* key, unsigned int index = 0, unsigned int capacity = 1000) {
+    NameList list(capacity);
+    const unsigned int result = rig.loaded.ListValues(kAdmin, root, key, index, &list);
+    return ListText(result, list);
+  }
+  void LoadAll() { root = rig.Load(""); }
+
+  LoadedTreeRig rig;
+  TernaryHandle* root = nullptr;
+};
+
+TEST_F(LoadedListing, GreaterNamesComeFirst) {
+  rig.Create({"m", "f", "t", "mn", "m/x", "m/x/y"});
+  LoadAll();
+  EXPECT_EQ(Keys(""), "0: t f mn m/x/y m/x m");
+  EXPECT_EQ(Keys("m"), "0: x/y x");
+  EXPECT_EQ(Keys("m/x/y"), "0:");
+  EXPECT_EQ(Keys("q"), "2:");
+  EXPECT_EQ(Keys("", 2), "0: mn m/x/y m/x m");
+  EXPECT_EQ(Keys("", 6), "0:");
+  EXPECT_EQ(Keys("", 7), "0:");
+  EXPECT_EQ(Keys("", 0, 0, 3), "75: t f mn");
+  EXPECT_EQ(Keys("", 0, 0, 0), "12:");
+  EXPECT_EQ(Keys(nullptr, 5), "0: m");
+}
+
+TEST_F(LoadedListing, ThePathIsPutBeforeTheNamesAsItIs) {
+  rig.Create({"a", "a/b", "a/b/c"});
+  LoadAll();
+  EXPECT_EQ(Keys("a", 0, 1), "0: ab/c ab");
+  EXPECT_EQ(Keys("/a/", 0, 1), "0: /a/b/c /a/b");
+  EXPECT_EQ(Keys("a", 0, 2), "0: b/c b");
+}
+
+TEST_F(LoadedListing, NamesHaveAtMost63Characters) {
+  const std::string fits(63, 'n');
+  rig.Create({"a", fits.c_str()});
+  LoadAll();
+  EXPECT_EQ(Keys(""), "0: " + fits + " a");
+  rig.Unload(root);
+  rig.loaded.UnloadKeyTree(nullptr);
+  const std::string tooLong(64, 'z');
+  rig.Create({tooLong.c_str()});
+  LoadAll();
+  EXPECT_EQ(Keys(""), "75:");
+  EXPECT_EQ(Keys("", 5), "75:") << "also one that is left out";
+}
+
+TEST_F(LoadedListing, ThePathAndTheSlashesCount) {
+  const std::string parent(60, 'p');
+  rig.Create({parent.c_str()});
+  ASSERT_EQ(rig.file->CreateKey(kAdmin, nullptr, (parent + "/ab").c_str(), 0, false), 0u);
+  LoadAll();
+  EXPECT_EQ(Keys(""), "0: " + parent + "/ab " + parent);
+  EXPECT_EQ(Keys(parent.c_str(), 0, 1), "0: " + parent + "ab");
+  EXPECT_EQ(Keys(("/" + parent + "/").c_str(), 0, 1), "75:");
+  EXPECT_EQ(Keys(parent.c_str()), "0: ab");
+  rig.Unload(root);
+  rig.loaded.UnloadKeyTree(nullptr);
+  ASSERT_EQ(rig.file->CreateKey(kAdmin, nullptr, (parent + "/abc").c_str(), 0, false), 0u);
+  LoadAll();
+  EXPECT_EQ(Keys(""), "75:");
+  EXPECT_EQ(Keys(parent.c_str(), 0, 1), "0: " + parent + "abc " + parent + "ab");
+}
+
+TEST_F(LoadedListing, APathOf64CharactersIsTooLong) {
+  const std::string name(64, 'q');
+  rig.Create({name.c_str()});
+  LoadAll();
+  EXPECT_EQ(Keys(name.c_str(), 0, 1), "75:");
+  EXPECT_EQ(Keys(name.c_str()), "0:");
+}
+
+TEST_F(LoadedListing, ValuesAreListedNewestFirst) {
+  rig.Create({"a", "b"});
+  for (const char* name : {"1", "2", "3"}) ASSERT_EQ(rig.CreateNumber("a", name, 1), 0u);
+  LoadAll();
+  EXPECT_EQ(Values("a"), "0: 3 2 1");
+  EXPECT_EQ(Values("a", 2), "0: 1");
+  EXPECT_EQ(Values("a", 3), "75:");
+  EXPECT_EQ(Values("a", 0, 2), "75: 3 2");
+  EXPECT_EQ(Values("b"), "75:");
+  EXPECT_EQ(Values("c"), "2:");
+  EXPECT_EQ(rig.loaded.ListValues(kAdmin, root, "a", 0, nullptr), 22u);
+  EXPECT_EQ(rig.loaded.ListKeys(kAdmin, root, "a", 0, nullptr, 0), 22u);
+}
+
+// Both trees list and count the same.
+TEST_F(LoadedListing, AgreesWithTheListOfTheFile) {
+  unsigned int state = 1;
+  std::vector<std::string> keys = {""};
+  for (int i = 0; i < 200; ++i) {
+    state = state * 1103515245u + 12345u;
+    const std::string& parent = keys[(state >> 8) % keys.size()];
+    std::string key = parent + (parent.empty() ? "" : "/");
+    for (unsigned int k = 0; k <= (state >> 20) % 3; ++k) {
+      key += static_cast<char>("abcz\xE4"[(state >> (3 * k)) % 5]);
+    }
+    if (key.size() > 60 || rig.file->CreateKey(kAdmin, nullptr, key.c_str(), 0, false) != 0) {
+      continue;
+    }
+    keys.push_back(key);
+  }
+  ASSERT_GT(keys.size(), 50u);
+  LoadAll();
+  for (const std::string& key : keys) {
+    NameList list(1000);
+    const unsigned int listed = rig.file->ListKeys(kAdmin, nullptr, key.c_str(), 0, &list, 0);
+    EXPECT_EQ(Keys(key.c_str()), ListText(listed, list)) << key;
+    KeyInfo inFile = KeyInfo();
+    KeyInfo inMemory = KeyInfo();
+    EXPECT_EQ(rig.file->GetKeyInfo(kAdmin, nullptr, key.c_str(), &inFile), listed);
+    EXPECT_EQ(rig.loaded.GetKeyInfo(kAdmin, root, key.c_str(), &inMemory), listed);
+    EXPECT_EQ(inMemory.subKeyCount, inFile.subKeyCount) << key;
+    EXPECT_EQ(inMemory.totalKeyCount, inFile.totalKeyCount) << key;
+  }
+}
+
+}  // namespace
+}  // namespace tamu::registry

@@ -1,0 +1,176 @@
+// Reading through a handle: values, default values, counts, permissions and offsets.
+#include "tests/registry/memtree/LoadedTreeRig.h"
+
+namespace tamu::registry {
+namespace {
+
+class LoadedReading : public ::testing::Test {
+ protected:
+  // A value as the administrator gets it, "0 type 1: 616263".
+  std::string Get(const char* key, const char* name, unsigned int type = kValueTypeAny,
+                  unsigned int user = kAdmin) {
+    Value value = {type, 77, nullptr};
+    const unsigned int result = rig.loaded.GetValue(user, root, key, name, &value);
+    if (value.data == nullptr) {
+      EXPECT_EQ(value.type, type);
+      EXPECT_EQ(value.size, 77u);
+      return std::to_string(result);
+    }
+    const std::string bytes(static_cast<const char*>(value.data), value.size);
+    FreeValueData(value);
+    return std::to_string(result) + " type " + std::to_string(value.type) + ": " + HexOf(bytes);
+  }
+  std::string Counted(const char* key, unsigned int user = kAdmin) {
+    KeyInfo info = {99, 99, 99, 99, 99, 99, 99};
+    const unsigned int result = rig.loaded.GetKeyInfo(user, root, key, &info);
+    std::string text = std::to_string(result) + ":";
+    for (unsigned int field : {info.reserved, info.subKeyCount, info.totalKeyCount, info.valueCount,
+                               info.totalValueCount, info.userId, info.permission}) {
+      text += " " + std::to_string(field);
+    }
+    return text;
+  }
+  std::string Offset(const char* key, const char* name, unsigned int user = kAdmin) {
+    unsigned int offset = 77;
+    const unsigned int result = rig.loaded.GetValueOffset(user, root, key, name, &offset);
+    return std::to_string(result) + " " + std::to_string(offset);
+  }
+  void LoadAll() { root = rig.Load(""); }
+
+  LoadedTreeRig rig;
+  TernaryHandle* root = nullptr;
+};
+
+using LoadedValues = LoadedReading;
+
+TEST_F(LoadedValues, AreReadWithAllTheirBytes) {
+  rig.Create({"a", "a/b"});
+  ASSERT_EQ(rig.CreateNumber("a/b", "n", 0x0102030405060708ull), 0u);
+  ASSERT_EQ(rig.CreateData("a/b", "d", "abc"), 0u);
+  ASSERT_EQ(rig.CreateData("a/b", "none", ""), 0u);
+  LoadAll();
+  EXPECT_EQ(Get("a/b", "n"), "0 type 0: 0807060504030201");
+  EXPECT_EQ(Get("a/b", "d"), "0 type 1: 616263");
+  EXPECT_EQ(Get("a/b", "none"), "0") << "not set, and not reported";
+  EXPECT_EQ(Get("a/b", "missing"), "2");
+  EXPECT_EQ(Get("a/x", "n"), "2");
+  EXPECT_EQ(rig.loaded.GetValue(kAdmin, root, "a", nullptr, nullptr), 22u);
+}
+
+TEST_F(LoadedValues, AnotherTypeIsNotHandedOutAndNotReported) {
+  rig.Create({"a"});
+  ASSERT_EQ(rig.CreateData("a", "d", "abc"), 0u);
+  LoadAll();
+  EXPECT_EQ(Get("a", "d", 1), "0 type 1: 616263");
+  for (unsigned int type : {0u, 2u, 3u, 5u}) EXPECT_EQ(Get("a", "d", type), "0") << type;
+}
+
+TEST_F(LoadedValues, TheNewerOfTwoIsRead) {
+  rig.Create({"a"});
+  ASSERT_EQ(rig.CreateData("a", "d", "old"), 0u);
+  ASSERT_EQ(rig.CreateData("a", "d", "new"), 0u);
+  LoadAll();
+  EXPECT_EQ(Get("a", "d"), "0 type 1: " + HexOf("new"));
+}
+
+// 33548 is where the values' area begins, 52528 where the blocks' does.
+TEST_F(LoadedValues, TheOffsetOfDataCountsSlotsOf52Bytes) {
+  rig.Create({"a"});
+  ASSERT_EQ(rig.CreateNumber("a", "n", 5), 0u);           // slot 1
+  ASSERT_EQ(rig.CreateData("a", "d", Pattern(100)), 0u);  // slot 2, blocks 1 and 2
+  ASSERT_EQ(rig.CreateData("a", "e", "x"), 0u);           // slot 3, block 3
+  ASSERT_EQ(rig.CreateData("a", "none", ""), 0u);
+  LoadAll();
+  EXPECT_EQ(Offset("a", "n"), "0 " + std::to_string(33548 + 44 + 52));
+  EXPECT_EQ(Offset("a", "d"), "0 " + std::to_string(52528 + 52));
+  EXPECT_EQ(Offset("a", "e"), "0 " + std::to_string(52528 + 3 * 52));
+  EXPECT_EQ(Offset("a", "none"), "53 77");
+  EXPECT_EQ(Offset("a", "missing"), "2 77");
+}
+
+TEST_F(LoadedReading, ADefaultValueIsRead) {
+  ASSERT_EQ(rig.file->CreateKey(kAdmin, nullptr, "a", 7, true), 0u);
+  rig.Create({"b"});
+  LoadAll();
+  unsigned long long number = 0;
+  EXPECT_EQ(rig.loaded.GetDefaultValue(kAdmin, root, "a", &number), 0u);
+  EXPECT_EQ(number, 7u);
+  EXPECT_EQ(rig.loaded.GetDefaultValue(kAdmin, root, "b", &number), 53u);
+  EXPECT_EQ(rig.loaded.GetDefaultValue(kAdmin, root, "c", &number), 2u);
+  EXPECT_EQ(rig.loaded.GetDefaultValue(kAdmin, root, "a", nullptr), 22u);
+  EXPECT_EQ(number, 7u);
+}
+
+TEST_F(LoadedReading, KeysAndValuesAreCounted) {
+  rig.Create({"m", "f", "t", "mn", "m/x", "m/x/y"});
+  for (const char* key : {"m", "m/x", "m/x/y", "f"}) {
+    ASSERT_EQ(rig.CreateNumber(key, "1", 1), 0u);
+    ASSERT_EQ(rig.CreateNumber(key, "2", 2), 0u);
+  }
+  LoadAll();
+  EXPECT_EQ(Counted(""), "0: 99 4 6 0 8 65535 95");
+  EXPECT_EQ(Counted("m"), "0: 99 1 2 2 6 65535 15");
+  EXPECT_EQ(Counted("m/x/y"), "0: 99 0 0 2 2 65535 15");
+  EXPECT_EQ(Counted("mn"), "0: 99 0 0 0 0 65535 15");
+  EXPECT_EQ(Counted("x"), "2: 99 99 99 99 99 99 99");
+}
+
+// The user and the permission are told all the same, and the counts are 0.
+TEST_F(LoadedReading, WithoutTheRightToReadNothingIsCounted) {
+  rig.Create({"a", "a/b"});
+  ASSERT_EQ(rig.CreateNumber("a", "n", 1), 0u);
+  LoadAll();
+  EXPECT_EQ(Counted("a", kOther), "1: 99 0 0 0 0 2000 15");
+}
+
+TEST_F(LoadedReading, RightsAreAskedOfTheKeyItself) {
+  ASSERT_EQ(rig.file->CreateKey(kUser, nullptr, "a", 7, true), 0u);
+  ASSERT_EQ(rig.CreateData("a", "d", "abc"), 0u);
+  for (unsigned int rights = 0; rights < 16; ++rights) {
+    ASSERT_EQ(rig.file->SetKeyPermission(kUser, nullptr, "a", static_cast<unsigned char>(rights)),
+              0u);
+    ASSERT_EQ(rig.loaded.UnloadKeyTree(nullptr), 0u);
+    LoadAll();
+    const bool reads = (rights & 1) != 0;
+    const bool modifies = (rights & 2) != 0;
+    unsigned long long number = 0;
+    NameList names(5);
+    for (unsigned int user : {kUser, kAdmin}) {
+      EXPECT_EQ(Get("a", "d", 6, user), reads ? "0 type 1: 616263" : "1");
+      EXPECT_EQ(rig.loaded.GetDefaultValue(user, root, "a", &number), reads ? 0u : 1u);
+      EXPECT_EQ(rig.loaded.ListValues(user, root, "a", 0, &names), reads ? 0u : 1u);
+      EXPECT_EQ(Offset("a", "d", user).substr(0, 1), modifies ? "0" : "1");
+      EXPECT_EQ(rig.loaded.ListKeys(user, root, "a", 0, &names, 0), 0u) << "needs no right";
+    }
+    EXPECT_EQ(Get("a", "d", 6, kOther), "1");
+    unsigned char permission = 0;
+    EXPECT_EQ(rig.loaded.GetKeyPermission(kOther, root, "a", &permission), 0u) << "nor does this";
+    EXPECT_EQ(permission, rights);
+    ASSERT_EQ(rig.Unload(root), 0u);
+  }
+}
+
+TEST_F(LoadedReading, ChangingIsNotThereYet) {
+  rig.Create({"a"});
+  LoadAll();
+  const std::string before = rig.Contents();
+  EXPECT_EQ(rig.loaded.CreateKey(kAdmin, root, "b", 0, false), 37u);
+  EXPECT_EQ(rig.loaded.DeleteKey(kAdmin, root, "a"), 37u);
+  EXPECT_EQ(rig.loaded.CreateValue(kAdmin, root, "a", "n", 1, true), 37u);
+  EXPECT_EQ(rig.loaded.SetKeyPermission(kAdmin, root, "a", 1), 37u);
+  EXPECT_TRUE(rig.Contents() == before);
+}
+
+TEST_F(LoadedReading, WhatIsNeverThere) {
+  unsigned long long number = 5;
+  ChangeBuffer* buffer = nullptr;
+  LoadAll();
+  EXPECT_EQ(rig.loaded.GetSetValue(kAdmin, root, "", "n", &number, true), 37u);
+  EXPECT_EQ(rig.loaded.GetChangeBuffer(buffer), 2u);
+  EXPECT_EQ(rig.loaded.RegistryInterface::FindKey(kAdmin, root, "", 0), 37u);
+  EXPECT_EQ(rig.loaded.BackupKeyTree(kAdmin, root, "", "backup"), 37u);
+  EXPECT_EQ(rig.loaded.RestoreKeyTree(kAdmin, root, "", "backup"), 37u);
+}
+
+}  // namespace
+}  // namespace tamu::registry

@@ -1,0 +1,100 @@
+// Finding keys in memory: what a search tells.
+#include "tests/registry/memtree/LoadedTreeRig.h"
+
+namespace tamu::registry {
+namespace {
+
+class LoadedSearch : public ::testing::Test {
+ protected:
+  // The outcome, as "2 node 400 at 3 run -1 parent 200 owner 100 flags 2"; ids in hex.
+  std::string Search(const char* path) {
+    TernaryKeyTree::KeyMatchDescriptor match;
+    const unsigned int result = TernaryKeyTree::FindKey(rig.Root(), path, &match);
+    char text[120];
+    std::snprintf(text, sizeof text,
+                  "%u string %x node %x at %u run %d parent %x owner %x flags %x", result,
+                  match.string->id, match.nodeId, match.position, match.runOffset,
+                  match.parent != nullptr ? match.parent->id : 0, match.owner->id, match.flags);
+    return text;
+  }
+  LoadedTreeRig rig;
+};
+
+TEST_F(LoadedSearch, TheEmptyPathIsTheStart) {
+  EXPECT_EQ(Search(""), "0 string 100 node 0 at 0 run -1 parent 100 owner 100 flags 0");
+  EXPECT_EQ(Search("/"), "0 string 100 node 0 at 1 run -1 parent 100 owner 100 flags 0");
+}
+
+TEST_F(LoadedSearch, WithoutKeysItStopsAtTheEmptyDirectory) {
+  EXPECT_EQ(Search("a"), "2 string 100 node 0 at 0 run -1 parent 0 owner 100 flags 1");
+  EXPECT_EQ(Search("/a"), "2 string 100 node 0 at 1 run -1 parent 0 owner 100 flags 1");
+}
+
+TEST_F(LoadedSearch, KeysAreFoundAtEveryDepth) {
+  rig.Create({"abc", "abc/x", "abd"});
+  rig.Load("");
+  EXPECT_EQ(Search("abc").substr(0, 12), "0 string 200");
+  EXPECT_EQ(Search("/abc/x").substr(0, 12), "0 string 300");
+  EXPECT_EQ(Search("abd").substr(0, 12), "0 string 400");
+  EXPECT_EQ(Search("abc/").substr(0, 12), "0 string 200") << "one at the end is accepted";
+  EXPECT_EQ(Search("abc/x").substr(30), Search("abc/x/").substr(30));
+  EXPECT_NE(Search("abc/x").find("owner 200"), std::string::npos);
+}
+
+// "abc" and "xyz": runs "ab" and "xy".
+TEST_F(LoadedSearch, ARunIsCutWhereItParts) {
+  rig.Create({"abc"});
+  rig.Load("");
+  EXPECT_EQ(Search("x"), "2 string 200 node 0 at 0 run 0 parent 100 owner 100 flags 0");
+  EXPECT_EQ(Search("ax"), "2 string 200 node 0 at 0 run 1 parent 100 owner 100 flags 0");
+  EXPECT_EQ(Search("a"), "2 string 200 node 0 at 0 run 0 parent 100 owner 100 flags 0");
+  EXPECT_EQ(Search("ab"), "2 string 200 node 0 at 0 run 1 parent 100 owner 100 flags 0");
+  EXPECT_EQ(Search("a/b"), "2 string 200 node 0 at 0 run 1 parent 100 owner 100 flags 0");
+}
+
+TEST_F(LoadedSearch, AMissingLinkIsTold) {
+  rig.Create({"abc"});
+  rig.Load("");
+  EXPECT_EQ(Search("aba"), "2 string 200 node 0 at 2 run -1 parent 100 owner 100 flags 0");
+  EXPECT_EQ(Search("abd"), "2 string 200 node 0 at 2 run -1 parent 100 owner 100 flags 0");
+  EXPECT_EQ(Search("abcd"), "2 string 200 node 0 at 3 run -1 parent 100 owner 100 flags 2");
+  EXPECT_EQ(Search("abc/d"), "2 string 200 node 0 at 4 run -1 parent 100 owner 200 flags 3");
+}
+
+// What is in the file and not loaded is told by its id.
+TEST_F(LoadedSearch, WhatIsNotLoadedIsToldByItsId) {
+  rig.Create({"m", "a", "z", "mm", "m/x"});  // 200 and its links 300, 400, 500, 600
+  EXPECT_EQ(Search("a"), "2 string 100 node 200 at 0 run -1 parent 0 owner 100 flags 1");
+  TernaryHandle* handle = rig.Load("m");
+  EXPECT_EQ(Search("m").substr(0, 12), "0 string 200");
+  EXPECT_EQ(Search("m/x").substr(0, 12), "0 string 600");
+  EXPECT_EQ(Search("a"), "2 string 200 node 300 at 0 run -1 parent 100 owner 100 flags 0");
+  EXPECT_EQ(Search("z"), "2 string 200 node 400 at 0 run -1 parent 100 owner 100 flags 0");
+  EXPECT_EQ(Search("mm"), "2 string 200 node 500 at 1 run -1 parent 100 owner 100 flags 2");
+  EXPECT_EQ(rig.Unload(handle), 0u);
+  EXPECT_EQ(Search("m/x"), "2 string 200 node 600 at 2 run -1 parent 100 owner 200 flags 3");
+  EXPECT_EQ(Search("m"), "2 string 200 node 500 at 1 run -1 parent 100 owner 100 flags 2");
+}
+
+TEST_F(LoadedSearch, ANameWithoutAKeyIsNotFound) {
+  rig.Create({"ab", "bc"});  // "a" and "b" are branches in a chain of single characters
+  rig.Create({"abc"});
+  ASSERT_EQ(rig.Delete("ab"), 0u);
+  TernaryHandle* root = rig.Load("");
+  EXPECT_EQ(rig.Find(root, "ab"), 2u);
+  EXPECT_EQ(rig.Find(root, "ab/"), 2u);
+  EXPECT_EQ(rig.Find(root, "abc"), 0u);
+  EXPECT_EQ(rig.Find(nullptr, "abc"), 0u) << "without a handle from the root";
+}
+
+TEST_F(LoadedSearch, HighBytesSortBelowTheOthers) {
+  rig.Create({"m", "\xE4", "A", "z"});
+  TernaryHandle* root = rig.Load("");
+  for (const char* key : {"m", "\xE4", "A", "z"}) EXPECT_EQ(rig.Find(root, key), 0u) << key;
+  EXPECT_EQ(rig.Find(root, "\xE5"), 2u);
+  const TernaryString* m = rig.Root()->directory;
+  EXPECT_EQ(m->lower->node->splitChar(), static_cast<signed char>(0xE4));
+}
+
+}  // namespace
+}  // namespace tamu::registry

@@ -1,0 +1,191 @@
+// Unloading: what goes and what stays.
+#include "tests/registry/filetree/SmallStack.h"
+#include "tests/registry/memtree/LoadedTreeRig.h"
+
+namespace tamu::registry {
+namespace {
+
+class Unloading : public ::testing::Test {
+ protected:
+  Unloading() { rig.Create({"a", "a/b", "a/b/c", "a/d", "x"}); }
+  LoadedTreeRig rig;
+};
+
+TEST_F(Unloading, TheLastHandleTakesTheSubtreeAlong) {
+  TernaryHandle* handle = rig.Load("a");
+  EXPECT_EQ(rig.Loaded(), "5 strings, 5 keys");
+  EXPECT_EQ(rig.Unload(handle), 0u);
+  EXPECT_EQ(rig.Loaded(), "2 strings, 1 keys");  // the string of "a" stays on the way
+  EXPECT_EQ(rig.TryToLoad("a/d"), 0u);
+  EXPECT_EQ(rig.loaded.UnloadKeyTree(nullptr), 0u);
+  EXPECT_EQ(rig.Loaded(), "1 strings, 1 keys");
+}
+
+TEST_F(Unloading, TheRootGoesWhole) {
+  TernaryHandle* handle = rig.Load("");
+  EXPECT_EQ(rig.Loaded(), "6 strings, 6 keys");
+  EXPECT_EQ(rig.Unload(handle), 0u);
+  EXPECT_EQ(rig.Loaded(), "1 strings, 1 keys");
+}
+
+TEST_F(Unloading, OfTwoHandlesOnAKeyEitherMayGoFirst) {
+  for (const char* key : {"a", "a/b", ""}) {
+    for (bool firstGoesFirst : {true, false}) {
+      TernaryHandle* one = rig.Load(key);
+      TernaryHandle* two = rig.Load(key);
+      const std::string all = rig.Loaded();
+      TernaryHandle* stays = firstGoesFirst ? two : one;
+      EXPECT_EQ(rig.Unload(firstGoesFirst ? one : two), 0u);
+      EXPECT_EQ(rig.Loaded(), all);
+      EXPECT_EQ(rig.Find(stays, ""), 0u);
+      EXPECT_EQ(stays->start->loadCount, 1u);
+      EXPECT_EQ(rig.Unload(stays), 0u);
+    }
+  }
+}
+
+// The outer handle would take what is missing for not being there.
+TEST_F(Unloading, AnInnerHandleLeavesWhatAnOuterOneNeeds) {
+  TernaryHandle* outer = rig.Load("a");
+  TernaryHandle* inner = rig.Load("a/b");
+  TernaryHandle* root = rig.Load("");
+  const std::string all = rig.Loaded();
+  EXPECT_EQ(rig.Unload(inner), 0u);
+  EXPECT_EQ(rig.Unload(outer), 0u);
+  EXPECT_EQ(rig.Loaded(), all);
+  for (const char* key : {"a", "a/b", "a/b/c", "a/d"}) EXPECT_EQ(rig.Find(root, key), 0u) << key;
+}
+
+TEST_F(Unloading, AKeyWhoseNameOnlyBeginsAlikeIsNotBelow) {
+  rig.Create({"ab", "ab/x"});
+  rig.Load("a");
+  TernaryHandle* other = rig.Load("ab");
+  const std::string all = rig.Loaded();
+  EXPECT_EQ(rig.Unload(other), 0u);
+  EXPECT_NE(rig.Loaded(), all);
+}
+
+TEST_F(Unloading, AnOuterHandleLeavesWhatAnInnerOneNeeds) {
+  TernaryHandle* outer = rig.Load("a");
+  TernaryHandle* inner = rig.Load("a/b");
+  TernaryKey* c = rig.KeyOf(inner, "c");
+  EXPECT_EQ(rig.Unload(outer), 0u);
+  EXPECT_EQ(rig.Find(inner, ""), 0u);
+  EXPECT_EQ(rig.KeyOf(inner, "c"), c);
+  EXPECT_EQ(rig.Loaded(), "5 strings, 4 keys");  // "a" has no key, its neighbour "d" hangs on "b"
+  TernaryHandle* again = rig.Load("a");
+  EXPECT_EQ(rig.KeyOf(again, "b/c"), c) << "there is never a second copy";
+  EXPECT_EQ(rig.Find(again, "d"), 0u);
+}
+
+TEST_F(Unloading, TheRootStaysWhileAnInnerHandleNeedsIt) {
+  TernaryHandle* root = rig.Load("");
+  TernaryHandle* inner = rig.Load("a/b");
+  TernaryString* rootString = rig.Root();
+  TernaryKey* c = rig.KeyOf(inner, "c");
+  EXPECT_EQ(rig.Unload(root), 0u);
+  EXPECT_EQ(rig.Root(), rootString);
+  EXPECT_NE(rootString->key, nullptr);
+  root = rig.Load("");
+  EXPECT_EQ(rig.KeyOf(root, "a/b/c"), c);
+  EXPECT_EQ(rig.Find(root, "x"), 0u);
+  EXPECT_EQ(rig.Unload(inner), 0u);
+  EXPECT_EQ(rig.Find(root, "a/b/c"), 0u);
+}
+
+TEST_F(Unloading, WithoutAHandleOnlyWhatNobodyNeedsGoes) {
+  TernaryHandle* inner = rig.Load("a/b");
+  EXPECT_EQ(rig.loaded.UnloadKeyTree(nullptr), 0u);
+  EXPECT_EQ(rig.Find(inner, "c"), 0u);
+  EXPECT_EQ(inner->start->loadCount, 1u);
+  TernaryHandle* root = rig.Load("");
+  const std::string all = rig.Loaded();
+  EXPECT_EQ(rig.loaded.UnloadKeyTree(nullptr), 0u);
+  EXPECT_EQ(rig.loaded.UnloadKeyTree(nullptr), 0u);
+  EXPECT_EQ(rig.Loaded(), all);
+  EXPECT_EQ(root->start->loadCount, 1u);
+}
+
+TEST_F(Unloading, AHandleWithALockedStringIsBusy) {
+  TernaryHandle* handle = rig.Load("a");
+  ASSERT_EQ(handle->start->Lock(handle), 0u);
+  EXPECT_EQ(rig.Unload(handle), 16u);
+  EXPECT_EQ(handle->start->loadCount, 1u);
+  ASSERT_EQ(handle->start->Unlock(), 0u);
+  EXPECT_EQ(rig.Unload(handle), 0u);
+}
+
+TEST_F(Unloading, ALockedStringStaysWithAllBelowIt) {
+  TernaryHandle* handle = rig.Load("a");
+  TernaryHandle* other = rig.Load("x");
+  TernaryString* b = nullptr;
+  TernaryKey* key = nullptr;
+  TernaryString* owner = nullptr;
+  ASSERT_EQ(rig.loaded.FindKey(handle, "b", b, key, owner), 0u);
+  ASSERT_EQ(b->Lock(other), 0u);
+  EXPECT_EQ(rig.Unload(handle), 0u);
+  ASSERT_EQ(b->Unlock(), 0u);
+  EXPECT_NE(b->directory, nullptr);
+  handle = rig.Load("a");
+  EXPECT_EQ(rig.Find(handle, "b/c"), 0u);
+  EXPECT_EQ(rig.KeyOf(handle, "b"), key);
+}
+
+TEST_F(Unloading, AKeyWithTheRootFlagIsNotTheRoot) {
+  PatchFile(rig.path, kKeyArea + 24 * 2 + 7, "\x02");
+  TernaryHandle* handle = rig.Load("a");
+  ASSERT_TRUE(handle->start->key->node->isRoot());
+  EXPECT_EQ(rig.Unload(handle), 0u);
+  EXPECT_EQ(rig.Loaded(), "2 strings, 1 keys");
+  EXPECT_EQ(rig.TryToLoad("a/b/c"), 0u);
+}
+
+TEST_F(Unloading, FinalizeFreesHandlesThatWereLeftOpen) {
+  rig.Load("");
+  rig.Load("a");
+  TernaryHandle* handle = rig.Load("a/b");
+  ASSERT_EQ(handle->start->Lock(handle), 0u);
+  rig.Close();  // the leak checker tells what is forgotten
+}
+
+TEST_F(Unloading, AgainAndAgainTheSameIsLoaded) {
+  for (int round = 0; round < 100; ++round) {
+    TernaryHandle* a = rig.Load("a");
+    TernaryHandle* root = rig.Load("");
+    EXPECT_EQ(rig.Unload(round % 2 == 0 ? a : root), 0u);
+    EXPECT_EQ(rig.Unload(round % 2 == 0 ? root : a), 0u);
+    EXPECT_EQ(rig.loaded.UnloadKeyTree(nullptr), 0u);
+    EXPECT_EQ(rig.Loaded(), "1 strings, 1 keys");
+  }
+}
+
+// A chain of 10,000 names below each other, on a small stack.
+TEST(DeepUnloading, ADeepTreeIsLoadedAndUnloaded) {
+  LoadedTreeRig rig;
+  rig.Create({"top"});
+  constexpr unsigned int kLevels = 10000;
+  std::string backup(1, '\x01');
+  NameLinks below;
+  below.child = kSome;
+  for (unsigned int i = 1; i < kLevels; ++i) backup += NameRecord("a", kSome, below);
+  backup += NameRecord("a", kSome);
+  for (unsigned int i = 0; i <= kLevels; ++i) backup += KeyRecord(0);
+  PutFile(rig.dir / "backup", backup);
+  ASSERT_EQ(rig.file->RestoreKeyTree(kAdmin, nullptr, "top", (rig.dir / "backup").c_str()), 0u);
+  std::string path = "top";
+  for (unsigned int i = 0; i < kLevels; ++i) path += "/a";
+  OnSmallStack([&] {
+    EXPECT_EQ(rig.TryToLoad(path.c_str()), 0u);
+    EXPECT_EQ(rig.loaded.UnloadKeyTree(nullptr), 0u);
+    TernaryHandle* handle = rig.Load("");
+    EXPECT_EQ(rig.Find(handle, path.c_str()), 0u);
+    EXPECT_EQ(rig.Loaded(), "10002 strings, 10002 keys");
+    EXPECT_EQ(rig.Unload(handle), 0u);
+    EXPECT_EQ(rig.Loaded(), "1 strings, 1 keys");
+    rig.Load("top");
+    rig.Close();
+  });
+}
+
+}  // namespace
+}  // namespace tamu::registry
