@@ -26,6 +26,7 @@ struct TernaryHandle {
   PCMutex* treeLock;
   int waiterCount = 0;
 
+  unsigned int lockers = 0;        // threads that are locking a string through this handle
   unsigned int lockedStrings = 0;  // locked through this handle now
   char* normalizedPath = nullptr;  // owned; without a "/" at either end
   TernaryHandle* next = nullptr;   // of the tree's handles

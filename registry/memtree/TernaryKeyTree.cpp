@@ -14,12 +14,12 @@ TernaryKeyTree::~TernaryKeyTree() {
 }
 
 unsigned int TernaryKeyTree::Initialize(const char* path) {
+  CloseFile();
   if (!spareLock.Create()) return status::kInputOutput;
   if (!treeLock.Create()) {
     spareLock.Destroy();
     return status::kInputOutput;
   }
-  CloseFile();
   file = new (std::nothrow) TernaryFile;
   if (file == nullptr) {
     spareLock.Destroy();

@@ -4,10 +4,10 @@
 #include "platform/PCMutex.h"
 #include "registry/RegistryInterface.h"
 #include "registry/memtree/TernaryString.h"
+#include "registry/store/NodeSet.h"
 
 namespace tamu::registry {
 
-class NodeSet;
 class RegistryDaemon;
 class TernaryFile;
 
@@ -15,8 +15,8 @@ class TernaryFile;
 // memory and gives out a handle; operations find their key through the handle without reading the
 // file. Operations on keys are not there yet: all but those below answer kNotSupported.
 //
-// Paths are as for TernaryRegistry. Every operation holds the tree's lock from its beginning to its
-// end.
+// Paths are as for TernaryRegistry. Every operation on what is loaded holds the tree's lock from
+// its beginning to its end.
 class TernaryKeyTree : public RegistryInterface {
  public:
   // Where a search found a key, or where the path left the loaded tree.
@@ -139,22 +139,25 @@ class TernaryKeyTree : public RegistryInterface {
   static void RecursiveCountKey(KeyInfo* info, TernaryString* string);
   static void CountKeyValues(unsigned int* count, const TernaryKey& key);
 
-  // The strings that a search of the file has read so far, linked with each other.
-  struct NewPath {
-    TernaryString* first = nullptr;
-    TernaryString* last = nullptr;
+  // What is loaded.
+  struct MetNodes {
+    NodeSet strings;
+    NodeSet keys;
+    NodeSet values;
   };
 
   unsigned int LoadRootKey();
   unsigned int ReadTernaryString(unsigned int id, TernaryString*& string);
-  unsigned int LoadKey(unsigned int id, TernaryKey*& key, NodeSet* metValues);
-  unsigned int LoadValues(TernaryKey* key, NodeSet* metValues);
+  unsigned int CollectLoaded(MetNodes* met);
+  unsigned int LoadKey(unsigned int id, TernaryKey*& key, MetNodes* met);
+  unsigned int LoadValues(TernaryKey* key, MetNodes* met);
   unsigned int LoadValue(unsigned int id, TernaryValue*& value);
-  unsigned int LoadKeyPath(const char* path, TernaryString*& string);
-  unsigned int ReadPath(unsigned int id, const char* rest, NewPath* read);
-  unsigned int RecursiveLoadKeyTree(TernaryString* first, NodeSet* metNodes, NodeSet* metValues);
-  unsigned int LoadLink(unsigned int id, TernaryString*& slot, NodeSet* metNodes);
-  unsigned int LoadSubtree(TernaryString* string);
+  unsigned int LoadKeyPath(const char* path, MetNodes* met, TernaryString*& string);
+  unsigned int ReadPath(unsigned int id, const char* rest, MetNodes* met, TernaryString*& first,
+                        TernaryString*& last);
+  unsigned int RecursiveLoadKeyTree(TernaryString* first, MetNodes* met);
+  unsigned int LoadLink(unsigned int id, TernaryString*& slot, MetNodes* met);
+  unsigned int LoadSubtree(TernaryString* string, MetNodes* met);
   unsigned int MakeHandle(const char* path, TernaryHandle*& handle);
 
   void RemoveHandle(TernaryHandle* handle);

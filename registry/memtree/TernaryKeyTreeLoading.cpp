@@ -12,17 +12,13 @@ namespace tamu::registry {
 
 namespace {
 
-// Hangs `child` on the link of `parent` that has its id in the record, looked for in this order.
-void LinkById(TernaryString* parent, TernaryString* child) {
-  if (parent->node->lo() == child->id) {
-    parent->lower = child;
-  } else if (parent->node->hi() == child->id) {
-    parent->higher = child;
-  } else if (parent->node->equal() == child->id) {
-    parent->equal = child;
-  } else {
-    parent->directory = child;
-  }
+// The link at which a search has stopped because nothing is loaded there.
+TernaryString*& MissingLink(const TernaryKeyTree::KeyMatchDescriptor& match, const char* path) {
+  TernaryString& string = *match.string;
+  if (match.matchChild()) return string.directory;
+  if (match.matchEqual()) return string.equal;
+  const signed char c = static_cast<signed char>(path[match.position]);
+  return c < string.node->splitChar() ? string.lower : string.higher;
 }
 
 // A new copy of the path without the "/" that may stand at its ends. Null: no memory.
@@ -54,8 +50,10 @@ unsigned int TernaryKeyTree::ReadTernaryString(unsigned int id, TernaryString*& 
   return status::kNoMemory;
 }
 
-// `metValues`, if given, finds values that several keys of a damaged file share.
-unsigned int TernaryKeyTree::LoadKey(unsigned int id, TernaryKey*& key, NodeSet* metValues) {
+// `met`, if given, has what is loaded already: there is never a second copy, whatever a damaged
+// file leads to.
+unsigned int TernaryKeyTree::LoadKey(unsigned int id, TernaryKey*& key, MetNodes* met) {
+  if (met != nullptr && !met->keys.Add(id)) return status::kInvalidFile;
   TernaryKeyNode* record = nullptr;
   unsigned int result = file->ReadKeyNode(id, record);
   if (result != status::kOk) return result;
@@ -64,7 +62,7 @@ unsigned int TernaryKeyTree::LoadKey(unsigned int id, TernaryKey*& key, NodeSet*
     delete record;
     return status::kNoMemory;
   }
-  result = LoadValues(loaded, metValues);
+  result = LoadValues(loaded, met);
   if (result == status::kOk) {
     key = loaded;
   } else {
@@ -96,11 +94,11 @@ unsigned int TernaryKeyTree::LoadValue(unsigned int id, TernaryValue*& value) {
 }
 
 // In the order of the file. After a failure none is left.
-unsigned int TernaryKeyTree::LoadValues(TernaryKey* key, NodeSet* metValues) {
+unsigned int TernaryKeyTree::LoadValues(TernaryKey* key, MetNodes* met) {
   TernaryValue** end = &key->firstValue;
   unsigned int left = file->Descriptor(NodeKind::kValue).totalNodes;
   for (unsigned int id = key->node->firstValue(); id != 0;) {
-    const bool circle = left-- == 0 || (metValues != nullptr && !metValues->Add(id));
+    const bool circle = left-- == 0 || (met != nullptr && !met->values.Add(id));
     const unsigned int result = circle ? status::kInvalidFile : LoadValue(id, *end);
     if (result != status::kOk) {
       UnloadValues(key);
@@ -127,7 +125,10 @@ unsigned int TernaryKeyTree::LoadRootKey() {
 
 TernaryString* TernaryKeyTree::GetStartString(char) {
   PCMutexGuard guard(treeLock);
-  if (initialized != 0 && (startString == nullptr || startString->key == nullptr)) LoadRootKey();
+  if (initialized != 0 && (startString == nullptr || startString->key == nullptr)) {
+    TernaryFile::AccessScope access(*file);
+    LoadRootKey();
+  }
   return startString;
 }
 
@@ -141,22 +142,43 @@ unsigned int TernaryKeyTree::SetStartString(TernaryString* string) {
   return file->SetStartNode(static_cast<char>(first), string->id);
 }
 
-// Reads the strings of the rest of a path from the file, beginning with `id`. kNotFound where the
-// path leaves the file. What was read is in `read`, whatever the result.
-unsigned int TernaryKeyTree::ReadPath(unsigned int id, const char* rest, NewPath* read) {
-  unsigned int left = file->Descriptor(NodeKind::kString).totalNodes;
-  while (id != 0) {
-    if (left-- == 0) return status::kInvalidFile;  // the links form a circle
-    TernaryString* string = nullptr;
-    const unsigned int result = ReadTernaryString(id, string);
-    if (result != status::kOk) return result;
-    if (read->first == nullptr) {
-      read->first = string;
-    } else {
-      LinkById(read->last, string);
+// Everything that is loaded.
+unsigned int TernaryKeyTree::CollectLoaded(MetNodes* met) {
+  unsigned int result = met->strings.Prepare(file->Descriptor(NodeKind::kString));
+  if (result == status::kOk) result = met->keys.Prepare(file->Descriptor(NodeKind::kKey));
+  if (result == status::kOk) result = met->values.Prepare(file->Descriptor(NodeKind::kValue));
+  if (result != status::kOk) return result;
+  StringWalk walk(kStoredStringOrder);
+  for (walk.Start(startString); !walk.IsOver(); walk.Next()) {
+    if (!walk.IsEntered()) continue;
+    met->strings.Add(walk.Current().id);
+    const TernaryKey* key = walk.Current().key;
+    if (key == nullptr) continue;
+    met->keys.Add(key->id);
+    for (const TernaryValue* value = key->firstValue; value != nullptr; value = value->next) {
+      met->values.Add(value->id);
     }
-    read->last = string;
-    const TernaryStringNode& node = *string->node;
+  }
+  return status::kOk;
+}
+
+// Fills a link of a string that is not loaded yet.
+unsigned int TernaryKeyTree::LoadLink(unsigned int id, TernaryString*& slot, MetNodes* met) {
+  if (id == 0 || slot != nullptr) return status::kOk;
+  return met->strings.Add(id) ? ReadTernaryString(id, slot) : status::kInvalidFile;
+}
+
+// Reads the strings of the rest of a path from the file, beginning with `id`, which hangs on
+// `first`. kNotFound where the path leaves the file. What was read hangs on `first`, whatever the
+// result.
+unsigned int TernaryKeyTree::ReadPath(unsigned int id, const char* rest, MetNodes* met,
+                                      TernaryString*& first, TernaryString*& last) {
+  TernaryString** link = &first;
+  while (id != 0) {
+    const unsigned int result = LoadLink(id, *link, met);
+    if (result != status::kOk) return result;
+    last = *link;
+    const TernaryStringNode& node = *last->node;
     for (unsigned int k = 0; k < node.segmentLength(); ++k, ++rest) {
       if (*rest == 0 || static_cast<signed char>(*rest) != node.segment(k)) {
         return status::kNotFound;
@@ -165,87 +187,75 @@ unsigned int TernaryKeyTree::ReadPath(unsigned int id, const char* rest, NewPath
     const signed char c = static_cast<signed char>(*rest);
     if (c == 0) return status::kNotFound;
     if (c != node.splitChar()) {
-      id = c < node.splitChar() ? node.lo() : node.hi();
+      const bool less = c < node.splitChar();
+      id = less ? node.lo() : node.hi();
+      link = less ? &last->lower : &last->higher;
       continue;
     }
     ++rest;
     if (*rest == '/' && rest[1] == 0) ++rest;
     if (*rest == 0) return node.keyNode() != 0 ? status::kOk : status::kNotFound;
-    id = *rest == '/' ? node.child() : node.equal();
-    if (*rest == '/') ++rest;
+    const bool below = *rest == '/';
+    id = below ? node.child() : node.equal();
+    link = below ? &last->directory : &last->equal;
+    if (below) ++rest;
   }
   return status::kNotFound;
 }
 
 // Loads what is missing of the strings along a path. Afterwards they hang in the tree, or nothing
 // has changed.
-unsigned int TernaryKeyTree::LoadKeyPath(const char* path, TernaryString*& string) {
+unsigned int TernaryKeyTree::LoadKeyPath(const char* path, MetNodes* met, TernaryString*& string) {
   if (path == nullptr) path = "";
-  unsigned int result = LoadRootKey();
-  if (result != status::kOk) return result;
   KeyMatchDescriptor match;
-  result = FindKey(startString, path, &match);
+  unsigned int result = FindKey(startString, path, &match);
+  const bool isStart = path[path[0] == '/' ? 1 : 0] == 0;
   const bool endsHere = match.matchEqual() && !match.matchChild() && path[match.position] == 0;
-  if (result == status::kOk || (endsHere && match.runOffset < 0)) {
+  if (result == status::kOk || isStart || (endsHere && match.runOffset < 0)) {
     string = match.string;
     return status::kExists;
   }
   if (match.runOffset >= 0 || match.nodeId == 0) return status::kNotFound;
   // The directory of a string that is locked is there, but not to be seen.
   if (match.matchChild() && match.string->isLocked()) return status::kBusy;
-  NewPath read;
-  result = ReadPath(match.nodeId, path + match.position, &read);
-  if (result != status::kOk) {
-    StringWalk walk(kStoredStringOrder);
-    for (walk.Start(read.first); !walk.IsOver(); walk.Next()) {
-      if (!walk.IsEntered()) delete &walk.Current();
-    }
-    return result;
+  TernaryString* first = nullptr;
+  TernaryString* last = nullptr;
+  result = ReadPath(match.nodeId, path + match.position, met, first, last);
+  if (result == status::kOk) {
+    MissingLink(match, path) = first;
+    string = last;
+    return status::kOk;
   }
-  LinkById(match.string, read.first);
-  string = read.last;
-  return status::kOk;
+  StringWalk walk(kStoredStringOrder);
+  for (walk.Start(first); !walk.IsOver(); walk.Next()) {
+    if (!walk.IsEntered()) delete &walk.Current();
+  }
+  return result;
 }
 
-// Fills a link of a string that is not loaded yet.
-unsigned int TernaryKeyTree::LoadLink(unsigned int id, TernaryString*& slot, NodeSet* metNodes) {
-  if (id == 0) return status::kOk;
-  if (!metNodes->Add(id)) return status::kInvalidFile;
-  return slot == nullptr ? ReadTernaryString(id, slot) : status::kOk;
-}
-
-unsigned int TernaryKeyTree::RecursiveLoadKeyTree(TernaryString* first, NodeSet* metNodes,
-                                                  NodeSet* metValues) {
+unsigned int TernaryKeyTree::RecursiveLoadKeyTree(TernaryString* first, MetNodes* met) {
   unsigned int result = status::kOk;
   StringWalk walk(kStoredStringOrder);
   for (walk.Start(first); result == status::kOk && !walk.IsOver(); walk.Next()) {
     if (!walk.IsEntered()) continue;
     TernaryString& s = walk.Current();
     const TernaryStringNode& node = *s.node;
-    result = LoadLink(node.lo(), s.lower, metNodes);
-    if (result == status::kOk) result = LoadLink(node.hi(), s.higher, metNodes);
-    if (result == status::kOk) result = LoadLink(node.equal(), s.equal, metNodes);
+    result = LoadLink(node.lo(), s.lower, met);
+    if (result == status::kOk) result = LoadLink(node.hi(), s.higher, met);
+    if (result == status::kOk) result = LoadLink(node.equal(), s.equal, met);
     if (result != status::kOk || node.keyNode() == 0) continue;
-    if (s.key == nullptr) result = LoadKey(node.keyNode(), s.key, metValues);
-    if (result == status::kOk && !s.isLocked()) {
-      result = LoadLink(node.child(), s.directory, metNodes);
-    }
+    if (s.key == nullptr) result = LoadKey(node.keyNode(), s.key, met);
+    if (result == status::kOk && !s.isLocked()) result = LoadLink(node.child(), s.directory, met);
   }
   return result;
 }
 
 // The first string below is there afterwards, or the status tells why not. What damage or lack of
 // memory keeps from being loaded below that one is not there, and not reported.
-unsigned int TernaryKeyTree::LoadSubtree(TernaryString* string) {
+unsigned int TernaryKeyTree::LoadSubtree(TernaryString* string, MetNodes* met) {
   if (string->node->child() == 0 || string->isLocked()) return status::kOk;
-  NodeSet metNodes;
-  NodeSet metValues;
-  unsigned int result = metNodes.Prepare(file->Descriptor(NodeKind::kString));
-  if (result == status::kOk) result = metValues.Prepare(file->Descriptor(NodeKind::kValue));
-  if (result != status::kOk) return result;
-  metNodes.Add(string->id);
-  result = LoadLink(string->node->child(), string->directory, &metNodes);
-  if (result == status::kOk) RecursiveLoadKeyTree(string->directory, &metNodes, &metValues);
+  const unsigned int result = LoadLink(string->node->child(), string->directory, met);
+  if (result == status::kOk) RecursiveLoadKeyTree(string->directory, met);
   return result;
 }
 
@@ -268,18 +278,23 @@ unsigned int TernaryKeyTree::LoadKeyTree(const char* keyPath, void*& tree) {
   PCMutexGuard guard(treeLock);
   if (initialized == 0) return status::kNoRight;
   TernaryFile::AccessScope access(*file);
+  unsigned int result = LoadRootKey();
+  if (startString == nullptr) return result;  // its key may be damaged; others are not
+  MetNodes met;
+  result = CollectLoaded(&met);
+  if (result != status::kOk) return result;
   TernaryString* string = nullptr;
-  unsigned int result = LoadKeyPath(keyPath, string);
+  result = LoadKeyPath(keyPath, &met, string);
   if (result != status::kOk && result != status::kExists) return result;
   const unsigned int keyId = string->node->keyNode();
   if (string->key == nullptr) {
-    result = keyId != 0 ? LoadKey(keyId, string->key, nullptr) : status::kNotFound;
+    result = keyId != 0 ? LoadKey(keyId, string->key, &met) : status::kNotFound;
     if (result != status::kOk) return result;
   }
   TernaryHandle* handle = nullptr;
   result = MakeHandle(keyPath, handle);
   if (result != status::kOk) return result;
-  result = LoadSubtree(string);
+  result = LoadSubtree(string, &met);
   if (result != status::kOk) {
     delete handle;
     return result;

@@ -72,6 +72,7 @@ unsigned int TernaryKeyTree::GetValueOffset(unsigned int user, void* tree, const
   if (!value.node->isSet()) return status::kNoData;
   const bool inBlocks = value.node->isInBlocks();
   const unsigned int id = inBlocks ? value.GetDataId() : value.id;
+  TernaryFile::AccessScope access(*file);
   unsigned int start = 0;
   result = AreaOf(file->Descriptor(inBlocks ? NodeKind::kData : NodeKind::kValue), id, &start);
   if (result != status::kOk) return result;

@@ -69,10 +69,11 @@ unsigned int TernaryKeyTree::RecursiveUnloadKeyTree(TernaryString* string) {
 // Drops what was loaded from a string on, as far as nothing needs it. Of the root string nothing
 // goes while something is left below it; it goes itself when it is the root key's, or `always`.
 void TernaryKeyTree::UnloadFrom(TernaryString* string, bool always) {
+  if (string->isBusy()) return;
   if (string->directory != nullptr && RecursiveUnloadKeyTree(string->directory) == status::kOk) {
     string->directory = nullptr;
   }
-  const bool stays = string->directory != nullptr || string->isBusy();
+  const bool stays = string->directory != nullptr;
   if (string == startString && stays) return;
   bool isRoot = always;
   if (string->key != nullptr) {
@@ -108,7 +109,9 @@ unsigned int TernaryKeyTree::UnloadKeyTree(void* tree) {
   }
   if (initialized == 0) return status::kNoRight;
   TernaryHandle* handle = static_cast<TernaryHandle*>(tree);
-  if (handle->lockedStrings > 0 || handle->waiterCount > 0) return status::kBusy;
+  if (handle->lockedStrings > 0 || handle->waiterCount > 0 || handle->lockers > 0) {
+    return status::kBusy;
+  }
   TernaryString* start = handle->start;
   if (start->loadCount > 0) --start->loadCount;
   RemoveHandle(handle);

@@ -34,6 +34,7 @@ unsigned int TernaryString::SetDirectory(TernaryString* dir) {
 unsigned int TernaryString::Lock(TernaryHandle* handle) {
   PCMutexGuard guard(*handle->treeLock);
   ++waiting;
+  ++handle->lockers;
   while (isLocked()) {
     TernaryHandle* holder = lockHandle;
     setFlag(TernaryStringNode::kFlagWaiters, true);
@@ -45,6 +46,7 @@ unsigned int TernaryString::Lock(TernaryHandle* handle) {
     setFlag(TernaryStringNode::kFlagWaiters, true);
   }
   --waiting;
+  --handle->lockers;
   parked = directory;
   handle->parkedDirectory = directory;
   directoryKnown_ = directory != nullptr;

@@ -21,7 +21,7 @@ class TernaryString {
   TernaryString(const TernaryString&) = delete;
   TernaryString& operator=(const TernaryString&) = delete;
 
-  // kBusy while the string is locked and has a directory that is put away.
+  // kBusy while the string is locked and no directory is to be seen.
   unsigned int GetDirectory(TernaryString*& out) const;
   // Sets the directory (of a locked string: the one that is put away) and its id in the record. The
   // tree's lock is held. Returns 0.

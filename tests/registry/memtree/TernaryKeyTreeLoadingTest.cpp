@@ -173,6 +173,51 @@ TEST(LoadingDamage, LinksThatFormACircleEnd) {
   }
 }
 
+TEST(LoadingDamage, ALinkThatLeadsToTheSameNodeTwiceLoadsItOnce) {
+  LoadedTreeRig rig;
+  rig.Create({"m", "m/b"});
+  rig.PatchWord(InString(2, kLo), 0x300);  // its child, too
+  for (int round = 0; round < 3; ++round) {
+    EXPECT_EQ(rig.TryToLoad("m/b"), 0u);
+    TernaryHandle* m = rig.Load("m");
+    EXPECT_EQ(rig.Find(m, "b"), 0u);
+    EXPECT_EQ(rig.Loaded(), "3 strings, 3 keys");
+    EXPECT_EQ(rig.Unload(m), 0u);
+  }
+}
+
+TEST(LoadingDamage, ANodeOnTheWayIsNotLoadedAgain) {
+  LoadedTreeRig rig;
+  rig.Create({"m", "m/b"});
+  rig.PatchWord(InString(3, kChild), 0x200);
+  EXPECT_EQ(rig.TryToLoad("m/b"), 59u);
+  EXPECT_EQ(rig.TryToLoad("m/b/m"), 59u);
+  TernaryHandle* m = rig.Load("m");
+  EXPECT_EQ(rig.Find(m, "b"), 0u);
+  EXPECT_EQ(rig.Find(m, "b/m"), 2u);
+}
+
+TEST(LoadingDamage, AKeyThatTwoNamesShareIsLoadedOnce) {
+  LoadedTreeRig rig;
+  rig.Create({"a", "b"});
+  rig.PatchWord(InString(3, kKeyLink), 0x200);
+  TernaryHandle* a = rig.Load("a");
+  EXPECT_EQ(rig.TryToLoad("b"), 59u);
+  EXPECT_EQ(rig.Unload(a), 0u);
+  EXPECT_EQ(rig.TryToLoad("b"), 0u);
+}
+
+// Of the root's key nothing is needed for others.
+TEST(LoadingDamage, TheRootsKeyKeepsNoOtherFromBeingLoaded) {
+  LoadedTreeRig rig;
+  rig.Create({"a"});
+  ASSERT_EQ(rig.CreateNumber("", "n", 1), 0u);
+  rig.PatchWord(InValue(1, 0), 0x100);
+  EXPECT_EQ(rig.TryToLoad("a"), 0u);
+  EXPECT_EQ(rig.TryToLoad(""), 59u);
+  EXPECT_EQ(rig.TryToLoad("/"), 59u);
+}
+
 TEST(LoadingDamage, ValuesThatFormACircleKeepTheKeyFromBeingLoaded) {
   LoadedTreeRig rig;
   rig.Create({"a"});

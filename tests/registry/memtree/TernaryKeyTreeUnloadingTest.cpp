@@ -1,4 +1,6 @@
 // Unloading: what goes and what stays.
+#include <thread>
+
 #include "tests/registry/filetree/SmallStack.h"
 #include "tests/registry/memtree/LoadedTreeRig.h"
 
@@ -113,6 +115,27 @@ TEST_F(Unloading, AHandleWithALockedStringIsBusy) {
   EXPECT_EQ(handle->start->loadCount, 1u);
   ASSERT_EQ(handle->start->Unlock(), 0u);
   EXPECT_EQ(rig.Unload(handle), 0u);
+}
+
+TEST_F(Unloading, AHandleThatSomebodyWaitsWithIsBusy) {
+  TernaryHandle* one = rig.Load("a");
+  TernaryHandle* two = rig.Load("a");
+  TernaryString* a = one->start;
+  ASSERT_EQ(a->Lock(one), 0u);
+  std::thread other([&] {
+    a->Lock(two);
+    a->Unlock();
+  });
+  for (bool waits = false; !waits; std::this_thread::yield()) {
+    PCMutexGuard guard(*one->treeLock);
+    waits = one->waiterCount == 1;
+  }
+  EXPECT_EQ(rig.Unload(two), 16u);
+  EXPECT_EQ(rig.Unload(one), 16u);
+  ASSERT_EQ(a->Unlock(), 0u);
+  other.join();
+  EXPECT_EQ(rig.Unload(two), 0u);
+  EXPECT_EQ(rig.Unload(one), 0u);
 }
 
 TEST_F(Unloading, ALockedStringStaysWithAllBelowIt) {
