@@ -4,25 +4,6 @@
 
 namespace tamu::registry {
 
-namespace {
-
-// Compares the node's segment with the path and, when both differ or the path ends first, tells the
-// index at which the segment would have to be cut. The path's end is looked at before the bytes, so
-// that a zero byte in a damaged segment never leads beyond it.
-bool MatchesSegment(const TernaryStringNode& node, const char* path, int* cut) {
-  const unsigned int length = node.segmentLength();
-  for (unsigned int k = 0; k < length; ++k) {
-    const bool differs = path[k] == 0 || static_cast<signed char>(path[k]) != node.segment(k);
-    if (differs || path[k + 1] == 0) {
-      *cut = static_cast<int>(k);
-      return false;
-    }
-  }
-  return true;
-}
-
-}  // namespace
-
 // Compares the path at match->position with the node's split char and moves past what matched. The
 // search is over with kOk or kNotFound, or goes on at *next, where 0 is a missing name.
 TernaryRegistry::Step TernaryRegistry::Branch(const TernaryStringNode& node, const char* path,
@@ -88,7 +69,7 @@ unsigned int TernaryRegistry::Search(AccessScope& access, unsigned int startNode
     result = access.Read(next, &node);
     if (result != status::kOk) return result;
     if (!node.HasValidSegment()) return status::kInvalidFile;
-    if (!MatchesSegment(node, path + match->position, &match->splitIndex)) break;
+    if (!node.MatchesSegment(path + match->position, &match->splitIndex)) break;
     match->position += node.segmentLength();
     const Step step = Branch(node, path, match, &next);
     if (step == Step::kFound) return status::kOk;

@@ -9,18 +9,6 @@ signed char At(const char* path, unsigned int i) {
   return static_cast<signed char>(path[i]);
 }
 
-// Compares the run with the path from `i` on, where the path has a character. False: they part, or
-// the path ends first; *offset is where the run would be cut.
-bool MatchesRun(const TernaryStringNode& node, const char* path, unsigned int i, int* offset) {
-  for (unsigned int k = 0; k < node.segmentLength(); ++k) {
-    if (At(path, i + k) != node.segment(k) || At(path, i + k + 1) == 0) {
-      *offset = static_cast<int>(k);
-      return false;
-    }
-  }
-  return true;
-}
-
 }  // namespace
 
 unsigned int TernaryKeyTree::FindKey(TernaryString* start, const char* path,
@@ -42,7 +30,7 @@ unsigned int TernaryKeyTree::FindKey(TernaryString* start, const char* path,
     match->string = next;
     match->flags = 0;
     const TernaryStringNode& node = *next->node;
-    if (!MatchesRun(node, path, i, &match->runOffset)) {
+    if (!node.MatchesSegment(path + i, &match->runOffset)) {
       match->nodeId = 0;
       return status::kNotFound;
     }

@@ -59,6 +59,20 @@ class TernaryStringNode {
   void setSegment(unsigned int i, signed char c) {
     bytes_[kOffSegment + i] = static_cast<unsigned char>(c);
   }
+  // Compares the segment with a path. False when both differ or the path ends first: *cut is the
+  // index at which the segment would have to be cut. The path's end is looked at before the bytes,
+  // so that a zero byte in a damaged segment never leads beyond it.
+  bool MatchesSegment(const char* path, int* cut) const {
+    const unsigned int length = segmentLength();
+    for (unsigned int k = 0; k < length; ++k) {
+      const bool differs = path[k] == 0 || static_cast<signed char>(path[k]) != segment(k);
+      if (differs || path[k + 1] == 0) {
+        *cut = static_cast<int>(k);
+        return false;
+      }
+    }
+    return true;
+  }
   void ClearReserved() { bytes_[kOffReserved] = 0; }
 
  private:
