@@ -1,32 +1,11 @@
 // What a backup may contain: whatever else is in a file, it is refused and the registry stays as it
 // is, byte by byte.
-#include "tests/registry/filetree/BackupTesting.h"
 #include "tests/registry/filetree/SmallStack.h"
+#include "tests/registry/filetree/SoundBackup.h"
 
 namespace tamu::registry {
 
 namespace {
-
-// Where the records of Good() begin.
-constexpr unsigned int kFirstName = 1;    // "bc", with a child and a key
-constexpr unsigned int kSecondName = 41;  // "d", the child, with a key
-constexpr unsigned int kSecondKey = 81;   // two values
-constexpr unsigned int kNumber = 105;     // the first of them
-constexpr unsigned int kInBlocks = 157;   // the second, 100 bytes
-constexpr unsigned int kOwnKey = 333;     // one value
-constexpr unsigned int kOwnNumber = 357;  // that one
-constexpr unsigned int kGoodLength = 409;
-
-// Two string nodes, three keys, three values, two blocks.
-std::string Good() {
-  return kComplete + NameRecord("bc", kSome, {0, 0, 0, kSome}) + NameRecord("d", kSome) +
-         KeyRecord(kSome) + NumberRecord(kSome, "n", 5) + DataRecord(0, "v", Pattern(100)) +
-         KeyRecord(0) + KeyRecord(kSome) + NumberRecord(0, "own", 7);
-}
-
-std::string Changed(unsigned int offset, const std::string& bytes) {
-  return Good().replace(offset, bytes.size(), bytes);
-}
 
 std::string Byte(unsigned int number) {
   return std::string(1, static_cast<char>(number));
@@ -37,7 +16,7 @@ class BackupFileContents : public ::testing::Test {
   void SetUp() override {
     for (const char* key : {"a", "a/b", "z"}) ASSERT_EQ(rig.Create(key), 0u);
     ASSERT_EQ(rig.CreateNumber("a", "n", 1), 0u);
-    ASSERT_EQ(Good().size(), kGoodLength);
+    ASSERT_EQ(Sound().size(), kSoundLength);
   }
   void ExpectAccepted(const std::string& backup) {
     EXPECT_EQ(RestoreBytes(rig, "a", backup), 0u);
@@ -52,7 +31,7 @@ class BackupFileContents : public ::testing::Test {
 };
 
 TEST_F(BackupFileContents, ThatOfThisTestIsAccepted) {
-  ExpectAccepted(Good());
+  ExpectAccepted(Sound());
   EXPECT_EQ(ListedValues(rig, "a/bc/d"), "0: n v");
   EXPECT_EQ(rig.Get("a/bc/d", "v"), "0 type 2: " + HexOf(Pattern(100)));
   ExpectSound(rig);
@@ -139,7 +118,7 @@ TEST_F(BackupFileContents, AValueHasAtMost1024Bytes) {
       ExpectImpossible(Changed(value + 8, BytesOfHex(size)));
     }
   }
-  std::string longest = Good();
+  std::string longest = Sound();
   longest.replace(kInBlocks, 152, DataRecord(0, "v", Pattern(1024)));
   ExpectAccepted(longest);
   EXPECT_EQ(rig.Get("a/bc/d", "v"), "0 type 2: " + HexOf(Pattern(1024)));
@@ -152,8 +131,8 @@ TEST_F(BackupFileContents, AValueHasAtMost1024Bytes) {
 TEST_F(BackupFileContents, EveryRecordIsComplete) {
   for (unsigned int length :
        {0u, 1u, 2u, 4u, 5u, kSecondName - 1, kSecondName, kSecondKey, kNumber, kInBlocks,
-        kInBlocks + 52, kInBlocks + 151, kOwnKey, kOwnNumber, kGoodLength - 1}) {
-    ExpectRefused(rig, "a", Good().substr(0, length), 5);
+        kInBlocks + 52, kInBlocks + 151, kOwnKey, kOwnNumber, kSoundLength - 1}) {
+    ExpectRefused(rig, "a", Sound().substr(0, length), 5);
   }
 }
 
@@ -211,9 +190,9 @@ TEST(BackupFileRoom, ThereIsASlotForEveryRecord) {
       {NodeKind::kString, 2}, {NodeKind::kKey, 3}, {NodeKind::kValue, 3}, {NodeKind::kData, 2}};
   for (const auto& each : kinds) {
     for (unsigned int freeSlots = 0; freeSlots < each.needed; ++freeSlots) {
-      ExpectWithRoom(Good(), each.kind, freeSlots, 75);
+      ExpectWithRoom(Sound(), each.kind, freeSlots, 75);
     }
-    ExpectWithRoom(Good(), each.kind, each.needed, 0);
+    ExpectWithRoom(Sound(), each.kind, each.needed, 0);
   }
 }
 
