@@ -2,24 +2,11 @@
 #pragma once
 
 #include "registry/Stack.h"
+#include "registry/store/NodeLink.h"
 #include "registry/store/NodeSet.h"
 #include "registry/store/TernaryFile.h"
 
 namespace tamu::registry {
-
-enum class NodeLink : unsigned char { kLo, kHi, kEqual, kChild };
-
-// The link's id, 0 = none.
-unsigned int LinkOf(const TernaryStringNode& node, NodeLink link);
-void SetLink(TernaryStringNode* node, NodeLink link, unsigned int id);
-
-constexpr unsigned int kNodeLinks = 4;
-// The order in which subtrees are backed up, restored and given back.
-constexpr NodeLink kStoredOrder[kNodeLinks] = {NodeLink::kLo, NodeLink::kHi, NodeLink::kEqual,
-                                               NodeLink::kChild};
-// The order in which names are listed, and keys counted.
-constexpr NodeLink kListingOrder[kNodeLinks] = {NodeLink::kHi, NodeLink::kLo, NodeLink::kEqual,
-                                                NodeLink::kChild};
 
 // Visits each node twice: entered, before the nodes that its links lead to, and left, after them.
 // The nodes on the way down are kept on the heap, however deep the tree is; each record is read

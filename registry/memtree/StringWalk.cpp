@@ -2,15 +2,15 @@
 
 namespace tamu::registry {
 
-TernaryString*& SlotOf(TernaryString& string, StringLink link) {
+TernaryString*& SlotOf(TernaryString& string, NodeLink link) {
   switch (link) {
-    case StringLink::kLower:
+    case NodeLink::kLo:
       return string.lower;
-    case StringLink::kHigher:
+    case NodeLink::kHi:
       return string.higher;
-    case StringLink::kEqual:
+    case NodeLink::kEqual:
       return string.equal;
-    case StringLink::kDirectory:
+    case NodeLink::kChild:
       break;
   }
   return string.directory;
@@ -32,7 +32,7 @@ void StringWalk::Next() {
     if (current_ == nullptr) return;
     parent_ = current_->walkFrom;
   }
-  while (current_->walkTried < kStringLinks) {
+  while (current_->walkTried < kNodeLinks) {
     TernaryString* next = SlotOf(*current_, order_[current_->walkTried++]);
     if (next == nullptr) continue;
     next->walkFrom = current_;

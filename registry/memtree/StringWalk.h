@@ -2,45 +2,36 @@
 #pragma once
 
 #include "registry/memtree/TernaryString.h"
+#include "registry/store/NodeLink.h"
 
 namespace tamu::registry {
 
-enum class StringLink : unsigned char { kLower, kHigher, kEqual, kDirectory };
-
-constexpr unsigned int kStringLinks = 4;
-// The order in which strings are unloaded and deleted.
-constexpr StringLink kStoredStringOrder[kStringLinks] = {
-    StringLink::kLower, StringLink::kHigher, StringLink::kEqual, StringLink::kDirectory};
-// The order in which names are listed, and keys counted.
-constexpr StringLink kListingStringOrder[kStringLinks] = {
-    StringLink::kHigher, StringLink::kLower, StringLink::kEqual, StringLink::kDirectory};
-
 // The place of a link.
-TernaryString*& SlotOf(TernaryString& string, StringLink link);
+TernaryString*& SlotOf(TernaryString& string, NodeLink link);
 
 // Visits each string twice: entered, before the strings that it leads to, and left, after them. The
 // way down is kept in the strings themselves, so a walk needs no memory and cannot fail; there is
 // one at a time, under the tree's lock. A string may be destroyed when it is left.
 class StringWalk {
  public:
-  explicit StringWalk(const StringLink (&order)[kStringLinks]) : order_(order) {}
+  explicit StringWalk(const NodeLink (&order)[kNodeLinks]) : order_(order) {}
 
   // Enters the first string.
   void Start(TernaryString* first);
   // Goes on to the next visit.
   void Next();
   // Nothing that the string entered leads to is visited.
-  void SkipLinks() { current_->walkTried = kStringLinks; }
+  void SkipLinks() { current_->walkTried = kNodeLinks; }
 
   bool IsOver() const { return current_ == nullptr; }
   bool IsEntered() const { return entered_; }
   TernaryString& Current() const { return *current_; }
   // The string whose link has led here; null for the first.
   TernaryString* Parent() const { return parent_; }
-  StringLink Via() const { return order_[parent_->walkTried - 1]; }
+  NodeLink Via() const { return order_[parent_->walkTried - 1]; }
 
  private:
-  const StringLink (&order_)[kStringLinks];
+  const NodeLink (&order_)[kNodeLinks];
   TernaryString* current_ = nullptr;
   TernaryString* parent_ = nullptr;
   bool entered_ = false;

@@ -20,14 +20,14 @@ void Put(char* name, unsigned int size, unsigned int position, signed char c) {
 // buffer as long as no key ends there.
 unsigned int TernaryKeyTree::RecursiveListString(TernaryString* string, RecursiveArgList* arg) {
   constexpr unsigned int kSize = RecursiveArgList::kNameSize;
-  StringWalk walk(kListingStringOrder);
+  StringWalk walk(kListingOrder);
   for (walk.Start(string); !walk.IsOver(); walk.Next()) {
     TernaryString& s = walk.Current();
     const TernaryString* parent = walk.Parent();
     if (walk.IsEntered()) {
       unsigned int p = parent == nullptr ? arg->position : parent->walkMark;
-      const bool below = parent != nullptr && walk.Via() == StringLink::kDirectory;
-      if (below || (parent != nullptr && walk.Via() == StringLink::kEqual)) {
+      const bool below = parent != nullptr && walk.Via() == NodeLink::kChild;
+      if (below || (parent != nullptr && walk.Via() == NodeLink::kEqual)) {
         Put(arg->name, kSize, p++, parent->node->splitChar());
       }
       if (below) Put(arg->name, kSize, p++, '/');

@@ -148,7 +148,7 @@ unsigned int TernaryKeyTree::CollectLoaded(MetNodes* met) {
   if (result == status::kOk) result = met->keys.Prepare(file->Descriptor(NodeKind::kKey));
   if (result == status::kOk) result = met->values.Prepare(file->Descriptor(NodeKind::kValue));
   if (result != status::kOk) return result;
-  StringWalk walk(kStoredStringOrder);
+  StringWalk walk(kStoredOrder);
   for (walk.Start(startString); !walk.IsOver(); walk.Next()) {
     if (!walk.IsEntered()) continue;
     met->strings.Add(walk.Current().id);
@@ -226,7 +226,7 @@ unsigned int TernaryKeyTree::LoadKeyPath(const char* path, MetNodes* met, Ternar
     string = last;
     return status::kOk;
   }
-  StringWalk walk(kStoredStringOrder);
+  StringWalk walk(kStoredOrder);
   for (walk.Start(first); !walk.IsOver(); walk.Next()) {
     if (!walk.IsEntered()) delete &walk.Current();
   }
@@ -235,7 +235,7 @@ unsigned int TernaryKeyTree::LoadKeyPath(const char* path, MetNodes* met, Ternar
 
 unsigned int TernaryKeyTree::RecursiveLoadKeyTree(TernaryString* first, MetNodes* met) {
   unsigned int result = status::kOk;
-  StringWalk walk(kStoredStringOrder);
+  StringWalk walk(kStoredOrder);
   for (walk.Start(first); result == status::kOk && !walk.IsOver(); walk.Next()) {
     if (!walk.IsEntered()) continue;
     TernaryString& s = walk.Current();

@@ -87,13 +87,13 @@ void TernaryKeyTree::CountKeyValues(unsigned int* count, const TernaryKey& key) 
 
 // Counts the keys of a directory and all below it. The mark of a string is its level.
 void TernaryKeyTree::RecursiveCountKey(KeyInfo* info, TernaryString* string) {
-  StringWalk walk(kListingStringOrder);
+  StringWalk walk(kListingOrder);
   for (walk.Start(string); !walk.IsOver(); walk.Next()) {
     TernaryString& s = walk.Current();
     const TernaryString* parent = walk.Parent();
     if (walk.IsEntered()) {
       if (parent == nullptr) continue;
-      s.walkMark = parent->walkMark + (walk.Via() == StringLink::kDirectory ? 1 : 0);
+      s.walkMark = parent->walkMark + (walk.Via() == NodeLink::kChild ? 1 : 0);
     } else if (s.key != nullptr) {
       if (s.walkMark == 0) ++info->subKeyCount;
       ++info->totalKeyCount;

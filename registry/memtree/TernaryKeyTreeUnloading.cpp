@@ -41,7 +41,7 @@ unsigned int TernaryKeyTree::UnloadKey(TernaryKey* key) {
 // kBusy when something stays; what leads there stays too, without keys.
 unsigned int TernaryKeyTree::RecursiveUnloadKeyTree(TernaryString* string) {
   unsigned int result = status::kOk;
-  StringWalk walk(kStoredStringOrder);
+  StringWalk walk(kStoredOrder);
   for (walk.Start(string); !walk.IsOver(); walk.Next()) {
     TernaryString& s = walk.Current();
     if (walk.IsEntered()) {
@@ -123,7 +123,7 @@ unsigned int TernaryKeyTree::UnloadKeyTree(void* tree) {
 
 // Whatever still needs it.
 void TernaryKeyTree::FreeEverything() {
-  StringWalk walk(kStoredStringOrder);
+  StringWalk walk(kStoredOrder);
   for (walk.Start(startString); !walk.IsOver(); walk.Next()) {
     TernaryString& s = walk.Current();
     if (walk.IsEntered()) {

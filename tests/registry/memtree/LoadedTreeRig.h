@@ -75,7 +75,7 @@ class LoadedTreeRig {
   std::string Loaded() {
     unsigned int strings = 0;
     unsigned int keys = 0;
-    StringWalk walk(kStoredStringOrder);
+    StringWalk walk(kStoredOrder);
     for (walk.Start(Root()); !walk.IsOver(); walk.Next()) {
       if (!walk.IsEntered()) continue;
       ++strings;
