@@ -176,7 +176,6 @@ class TernaryRegistry : public RegistryInterface {
     NameList* names = nullptr;
     unsigned int skip = 0;   // names still to be left out
     unsigned int start = 0;  // length of what is put before each name
-    unsigned int flags = 0;
     Array<char> buffer;  // the name spelt so far; grows, names may be of any length
   };
 

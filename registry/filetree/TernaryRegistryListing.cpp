@@ -105,7 +105,6 @@ unsigned int TernaryRegistry::ListKeys(unsigned int user, void* tree, const char
   RecursiveArg arg;
   arg.names = names;
   arg.skip = index;
-  arg.flags = flags;
   // Nothing comes between the path and the names: with path "a", key "b" is listed as "ab".
   // Test: FileTreeListing.ThePathIsPutBeforeTheNamesAsItIs
   if ((flags & kListWithPath) != 0) {
