@@ -117,8 +117,9 @@ void Registry::Finalize() {
   instance = nullptr;
 }
 
-// Frees what the table's entries stand for, then the table's slots.
-void Registry::DropHandles() {
+// Frees what the table's entries stand for, then the table's slots. kBusy: something stays loaded,
+// because somebody has locked it by hand; changing the file beside it would damage it.
+unsigned int Registry::DropHandles() {
   List<void*>& handles = *instance->handles;
   for (unsigned int i = 1; i < handles.capacity; ++i) {
     if (handles.isInvalidIndex(i)) continue;
@@ -127,7 +128,7 @@ void Registry::DropHandles() {
   }
   handles.RemoveAll();
   Flush();
-  keyTree->UnloadKeyTree(nullptr);
+  return keyTree->UnloadAll();
 }
 
 unsigned int Registry::SetCurrentUser(const char* userName) {
@@ -204,7 +205,10 @@ unsigned int Registry::GetKeyTree(unsigned int handle, RegistryInterface*& tree,
     treeHandle = *handles.Get(handle);
     return status::kOk;
   }
-  if (directMode == 0) DropHandles();
+  if (directMode == 0) {
+    const unsigned int result = DropHandles();
+    if (result != status::kOk) return result;
+  }
   directMode = 1;
   tree = fileTree;
   treeHandle = nullptr;

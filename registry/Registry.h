@@ -42,7 +42,7 @@ class TernaryRegistry;
 // Keys are named by a handle and a path. Handle 0: the path starts at the root, and the file is
 // asked directly. Another handle comes from OpenKey. Components of a path are separated by "/", one
 // leading "/" is ignored, bytes count exactly; "" names the handle's own key, and so does null in
-// CreateKey, DeleteKey, DeleteValue, ListKeys and ListValues (elsewhere: kBadArgument). An
+// CreateKey, DeleteKey, DeleteValue, ListKeys, ListValues and OpenKey (elsewhere: kBadArgument). An
 // operation with handle 0 closes every handle of the file, whoever opened it.
 //
 // Rights: a key's permission byte holds the owner's rights in the low nibble, everybody else's in
@@ -79,10 +79,13 @@ class YAX_API Registry {
   unsigned int RegisterCallback(unsigned char events, Callback* callback);
   unsigned int UnregisterCallback(Callback* callback);
 
-  // ---- handles. Changing through a handle is not there yet: kNotSupported.
+  // ---- handles
 
   // Loads the subtree of a key and writes its handle, never 0. What is read through it comes from
-  // memory. No right is needed. kNotFound. The last argument is not used.
+  // memory, and what is changed through it goes to memory and file at once. No right is needed.
+  // kNotFound. The last argument is not used. Each call gives a new handle; they may overlap, and
+  // what is changed through one is seen through the others. BackupKey and RestoreKey answer
+  // kNotSupported through a handle.
   unsigned int OpenKey(const char* keyPath, unsigned int* handle, unsigned int unused = 0);
   unsigned int CloseKey(unsigned int handle);
   // The tree and subtree that an operation with `handle` works on; for handle 0 the handles that
@@ -94,14 +97,15 @@ class YAX_API Registry {
   // Creates the last component; its parent must exist (kBadArgument) and give the right to create.
   // The key gets the default value, or none. kExists.
   //
-  // Beware, without a handle, of names that begin like others. A new name whose last character is
-  // the first that differs from an existing one may be made one character off, with status 0: "max"
-  // next to "main" makes "mai", "disk" next to "display" "disp". Call again until kExists, then
-  // delete the stray key. And a name that is the beginning of a longer one, "net" next to
-  // "network", or that of a key that was deleted, leaves a lock with the calling thread: all other
-  // threads' operations without a handle wait from then on, until the registry is finalised. Create
-  // the shorter names first; or create all keys, finalise and initialise again, then start the
-  // threads.
+  // Beware of names that begin like others. A new name whose last character is the first that
+  // differs from an existing one may be made one character off, with status 0: "max" next to "main"
+  // makes "mai", "disk" next to "display" "disp". Call again until kExists, then delete the stray
+  // key. Without a handle, a name that is the beginning of a longer one, "net" next to "network",
+  // or that of a key that was deleted, leaves a lock with the calling thread: all other threads'
+  // operations without a handle wait from then on, until the registry is finalised. Create the
+  // shorter names first; or create all keys, finalise and initialise again, then start the threads.
+  // Through a handle no lock is kept, but a name that ends where longer ones part is refused:
+  // "vlan1" next to "vlan10" and "vlan20", with kNoRight.
   unsigned int CreateKey(unsigned int handle, const char* keyPath, unsigned long long defaultValue);
   unsigned int CreateKey(unsigned int handle, const char* keyPath);
   // Deletes the key, all keys below it and all their values. Right on this key: delete; the rights
@@ -147,11 +151,12 @@ class YAX_API Registry {
   // ---- values (RegistryValues.cpp)
 
   // Reads a value: sets type and size and a new buffer, the caller's (FreeValueData, or a
-  // ReadValue). Right: read. kNoData: the value is not set. Without a handle a number comes as its
-  // low 32 bits. With type kValueTypeOffset in the request (also when an earlier read has left it
-  // there: set the type and free the data before each call, or use a ReadValue): `data` must be the
-  // caller's, of at least 4 bytes, and receives the data's offset in the file instead; right:
-  // modify.
+  // ReadValue). Right: read. kNoData: the value is not set. Through a handle a value that is not
+  // set, or has another type than *value asks for, is 0 with *value as it was. Without a handle a
+  // number comes as its low 32 bits. With type kValueTypeOffset in the request (also when an
+  // earlier read has left it there: set the type and free the data before each call, or use a
+  // ReadValue): `data` must be the caller's, of at least 4 bytes, and receives the data's offset in
+  // the file instead; right: modify.
   unsigned int GetValue(unsigned int handle, const char* keyPath, const char* name, Value* value);
   // The same into a ReadValue, which may hold an earlier result.
   template <class Result>
@@ -160,13 +165,16 @@ class YAX_API Registry {
     if (value != nullptr) value->Reset();
     return GetValue(handle, keyPath, name, static_cast<Value*>(value));
   }
-  // Replaces a value's type and data. Right: modify. A number is taken from the first four bytes.
-  // kNotFound: no value has the name, and never one of more than 31 characters.
+  // Replaces a value's type and data. Right: modify. A number is taken from the first four bytes,
+  // through a handle from the first eight. kNotFound: no value has the name, and never one of more
+  // than 31 characters. Through a handle 0 also for an unknown type, which changes nothing, and
+  // when the data cannot be written (docs/behaviour.md, Handles).
   unsigned int SetValue(unsigned int handle, const char* keyPath, const char* name, Value* value);
   // Creates a value, named by at most kValueNameMax characters: more are cut off, and the longer
   // name is never found. Right: create. A name that exists is hidden by the new value. A number is
   // taken from the first eight bytes. Null value: the value exists but is not set. kBadArgument:
-  // empty name; kLimit: more than 1024 bytes, but not for a number.
+  // empty name; kLimit: more than 1024 bytes, but not for a number. Through a handle 0 also when
+  // the data cannot be written.
   unsigned int CreateValue(unsigned int handle, const char* keyPath, const char* name,
                            Value* value);
   // Deletes the newest value of the name. Right: delete.
@@ -182,7 +190,7 @@ class YAX_API Registry {
   bool IsReady() const { return keyTree != nullptr && fileTree != nullptr && instance != nullptr; }
   unsigned int CheckFile() const;
   unsigned int OpenTrees();
-  void DropHandles();
+  unsigned int DropHandles();
   template <class Operation>
   unsigned int Route(unsigned int handle, Operation operation);
 

@@ -21,7 +21,7 @@ const char* StatusText(unsigned int status) {
     case status::kExists:
       return "already exists";
     case status::kBadArgument:
-      return "invalid argument, or the parent key is missing";
+      return "invalid argument or handle, or the parent key is missing";
     case status::kNoSpace:
       return "no space";
     case status::kNotSupported:

@@ -43,9 +43,10 @@ inline void FreeValueData(Value& value) {
   value.size = 0;
 }
 
-// A value to read into, as often as needed: frees the buffer it was given. What is
-// requested does not restrict what is read: look at `type`. Not for
-// kValueTypeOffset, which reads into the caller's own.
+// A value to read into, as often as needed: frees the buffer it was given. Without a handle, what
+// is requested does not restrict what is read: look at `type`. Through a handle, a value of another
+// type, or that is not set, is not read: `data` stays null. Not for kValueTypeOffset, which reads
+// into the caller's own.
 class ReadValue : public Value {
  public:
   explicit ReadValue(unsigned int requestedType = kValueTypeAny)

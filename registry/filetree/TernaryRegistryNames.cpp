@@ -1,64 +1,8 @@
 // The string nodes of a new name, and where they are hung.
 #include "registry/filetree/TernaryRegistry.h"
+#include "registry/store/NodeNames.h"
 
 namespace tamu::registry {
-
-namespace {
-
-// The link of `parent` that leads to `id`, looked for in this order, is set to `to`. False when
-// there is none.
-bool Relink(TernaryStringNode* parent, unsigned int id, unsigned int to) {
-  if (parent->equal() == id) {
-    parent->setEqual(to);
-  } else if (parent->lo() == id) {
-    parent->setLo(to);
-  } else if (parent->hi() == id) {
-    parent->setHi(to);
-  } else if (parent->child() == id) {
-    parent->setChild(to);
-  } else {
-    return false;
-  }
-  return true;
-}
-
-// The part of `node` before `cut`, ending in the character at `cut`, with `nodeId` behind it.
-TernaryStringNode UpperPart(const TernaryStringNode& node, unsigned int cut, unsigned int nodeId) {
-  TernaryStringNode upper;
-  for (unsigned int i = 0; i < cut; ++i) upper.setSegment(i, node.segment(i));
-  upper.setSegmentLength(cut);
-  upper.setSplitChar(node.segment(cut));
-  upper.setEqual(nodeId);
-  return upper;
-}
-
-// `node` without its first cut + 1 characters; the bytes behind the rest are zero.
-TernaryStringNode LowerPart(const TernaryStringNode& node, unsigned int cut) {
-  TernaryStringNode lower = node;
-  const unsigned int length = node.segmentLength() - cut - 1;
-  for (unsigned int i = 0; i < TernaryStringNode::kSegmentMax; ++i) {
-    lower.setSegment(i, i < length ? node.segment(cut + 1 + i) : static_cast<signed char>(0));
-  }
-  lower.setSegmentLength(length);
-  return lower;
-}
-
-// Hangs the chain that starts with `first` on the link that the search has found empty.
-void Hang(TernaryStringNode* target, bool asChild, bool asEqual, const TernaryStringNode& first,
-          unsigned int firstId) {
-  const signed char c = first.segmentLength() > 0 ? first.segment(0) : first.splitChar();
-  if (asChild) {
-    target->setChild(firstId);
-  } else if (asEqual) {
-    target->setEqual(firstId);
-  } else if (target->splitChar() >= c) {
-    target->setLo(firstId);
-  } else {
-    target->setHi(firstId);
-  }
-}
-
-}  // namespace
 
 unsigned int TernaryRegistry::CreateStringNode(unsigned int changes, const char* name,
                                                unsigned int* firstNode, unsigned int keyNode) {
@@ -69,36 +13,24 @@ unsigned int TernaryRegistry::CreateStringNode(unsigned int changes, const char*
   if (result != status::kOk) return result;
   const unsigned int first = id;
   TernaryStringNode node;
-  unsigned int length = 0;
-  for (const char* c = name; *c != 0; ++c) {
-    if (*c == '/') {
-      // The nodes taken so far stay taken. Test: FileTreeKeys.AMissingParentCostsAStringNode
+  for (const char* rest = name;;) {
+    const unsigned int taken = TakeName(&node, rest);
+    rest += taken;
+    if (*rest == 0) break;
+    if (taken < kNodeNameMax) {
+      // A "/". The nodes taken so far stay taken. Test: FileTreeKeys.AMissingParentCostsAStringNode
       *firstNode = 0;
       return status::kBadArgument;
     }
-    if (length < TernaryStringNode::kSegmentMax) {
-      node.setSegment(length++, static_cast<signed char>(*c));
-      continue;
-    }
-    node.setSplitChar(static_cast<signed char>(*c));
-    if (c[1] == 0) break;
     unsigned int next = 0;
     result = file->AcquireSlot(changes, NodeKind::kString, &next);
     if (result != status::kOk) return result;
     node.setEqual(next);
-    node.setSegmentLength(length);
     result = file->WriteNode(changes, id, &node, false);
     if (result != status::kOk) return result;
     id = next;
     node = TernaryStringNode();
-    length = 0;
   }
-  if (length > 0 && node.splitChar() == 0) {
-    --length;
-    node.setSplitChar(node.segment(length));
-    node.setSegment(length, 0);
-  }
-  node.setSegmentLength(length);
   node.setHasKey(keyNode != 0);
   node.setKeyNode(keyNode);
   result = file->WriteNode(changes, id, &node, false);
@@ -130,7 +62,9 @@ unsigned int TernaryRegistry::SplitNode(unsigned int changes, unsigned int node,
   TernaryStringNode upperNode = UpperPart(before, cut, node);
   TernaryStringNode lowerNode = LowerPart(before, cut);
   TernaryStringNode relinked = parent;
-  const bool linked = Relink(&relinked, node, upperId);
+  NodeLink link = NodeLink::kEqual;
+  const bool linked = FindLink(parent, node, &link);
+  if (linked) SetLink(&relinked, link, upperId);
   result = file->WriteNode(changes, upperId, &upperNode, false);
   if (result == status::kOk) result = file->WriteNode(changes, node, &lowerNode, false);
   if (result == status::kOk && linked) {
@@ -180,7 +114,7 @@ unsigned int TernaryRegistry::HangName(ChangeScope& changes, const KeyMatchDescr
     return released != status::kOk ? released : result;
   }
   TernaryStringNode after = before;
-  Hang(&after, match.matchChild(), match.matchEqual(), firstNode, first);
+  SetLink(&after, LinkForName(before, match.matchChild(), match.matchEqual(), firstNode), first);
   result = file->WriteNode(changes.id(), target, &after, false);
   if (result == status::kOk) result = file->WriteNode(changes.id(), first, &firstNode, false);
   if (result == status::kOk) return status::kOk;

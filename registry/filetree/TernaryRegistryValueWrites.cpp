@@ -1,5 +1,6 @@
 // Creating, changing and deleting values and default values.
 #include "platform/PCMem.h"
+#include "registry/ValueCheck.h"
 #include "registry/filetree/TernaryRegistry.h"
 
 namespace tamu::registry {
@@ -11,15 +12,6 @@ unsigned long long LeadingBytes(const Value& value, unsigned int width) {
   unsigned char bytes[TernaryValueNode::kInlineSize] = {};
   PCMem::Copy(bytes, value.data, value.size < width ? value.size : width);
   return GetU64(bytes);
-}
-
-bool IsTooLarge(const Value* value) {
-  return value != nullptr && value->size > kValueDataMax;
-}
-
-// True when something that a writer must follow is not there.
-bool LacksArgument(const char* name, const Value* value) {
-  return name == nullptr || value == nullptr || (value->size > 0 && value->data == nullptr);
 }
 
 }  // namespace

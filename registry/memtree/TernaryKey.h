@@ -31,6 +31,8 @@ class TernaryKey {
   // value before it, whose record now leads to the next one; null when that is the key's record.
   // kNotFound.
   unsigned int RemoveValue(const char* name, TernaryValue*& removed, TernaryValue*& previous);
+  // Undoes RemoveValue, with what it has answered.
+  void PutBackValue(TernaryValue* removed, TernaryValue* previous);
   // True when `user` has at least one of the rights: the owner and the administrator those of the
   // low nibble, everybody else those of the high one.
   bool isPermissible(unsigned int user, unsigned char rights) const;

@@ -4,19 +4,25 @@
 #include "platform/PCMutex.h"
 #include "registry/RegistryInterface.h"
 #include "registry/memtree/TernaryString.h"
+#include "registry/store/NodeLink.h"
 #include "registry/store/NodeSet.h"
 
 namespace tamu::registry {
 
 class RegistryDaemon;
+class StringLock;
 class TernaryFile;
 
 // Owns the store of the registry file. LoadKeyTree reads a key with all that is below it into
 // memory and gives out a handle; operations find their key through the handle without reading the
-// file. Operations on keys are not there yet: all but those below answer kNotSupported.
+// file, and write each change to memory and to the file. What is not below answers kNotSupported.
 //
 // Paths are as for TernaryRegistry. Every operation on what is loaded holds the tree's lock from
-// its beginning to its end.
+// its beginning to its end; one that changes something also locks, through its handle, the string
+// that owns the level of the key (TernaryString::Lock), and waits for it if need be. `tree` is a
+// handle of this tree; null stands for the root where nothing is changed, and is kBadArgument
+// where something is. A missing key is kNotFound, a missing right kNoRight. kInputOutput from a
+// change: it is undone in memory and, if the file can be written at all, in the file.
 class TernaryKeyTree : public RegistryInterface {
  public:
   // Where a search found a key, or where the path left the loaded tree.
@@ -70,6 +76,8 @@ class TernaryKeyTree : public RegistryInterface {
   // string on the way is locked. What damage or lack of memory keeps from being loaded below the
   // key is not there.
   unsigned int LoadKeyTree(const char* keyPath, void*& tree) override;
+  // Frees every handle that is not busy, and what was loaded for it. kBusy: one is.
+  unsigned int UnloadAll();
   // Frees a handle, and what was loaded for it unless another handle needs it. kBusy: a string is
   // locked through the handle, or somebody waits for one. Null: unloads all that no handle needs.
   unsigned int UnloadKeyTree(void* tree) override;
@@ -103,6 +111,67 @@ class TernaryKeyTree : public RegistryInterface {
   unsigned int ListValues(unsigned int user, void* tree, const char* path, unsigned int index,
                           NameList* names) override;
 
+  // ---- creation (TernaryKeyTreeCreation.cpp, TernaryKeyTreeNames.cpp)
+
+  // Right on the parent: create. kNoRight also where the name is in the file but was not loaded,
+  // and for a name that ends at a character behind which others go on. kBadArgument for a missing
+  // parent or an empty name component; kExists, kNoMemory and the statuses of the store.
+  unsigned int CreateKey(unsigned int user, void* tree, const char* path,
+                         unsigned long long defaultValue, bool isSet) override;
+  // For a file without a root. kExists. Nothing in the library calls it.
+  unsigned int CreateRootKey();
+  // A new key that hangs nowhere yet, written to the file; the caller's.
+  unsigned int CreateKeyNode(unsigned int changes, unsigned int owner, unsigned char permission,
+                             unsigned long long defaultValue, bool isSet, TernaryKey*& key);
+  // Gives a string a key of nobody, without rights. kExists. Nothing in the library calls it.
+  unsigned int AddKey(unsigned int changes, TernaryString* string, unsigned long long defaultValue,
+                      bool isSet);
+  // The strings of one name, with `key`, which may be null, on the last; they hang nowhere yet and
+  // are written to the file. kBadArgument for a "/", kNoMemory, the statuses of the store: all
+  // slots are given back then.
+  unsigned int CreateStringNode(unsigned int changes, const char* name, TernaryString*& first,
+                                TernaryKey* key);
+  // Splits a string at character `cut` of its segment. `upper` is then a new string with what is
+  // before, in its place at `parent` (null: as the root); without its first cut + 1 characters the
+  // string itself hangs on it. kNoData, with `upper` the string, when the segment is shorter.
+  // `position` is not used.
+  unsigned int SplitString(unsigned int changes, TernaryString* string, unsigned int position,
+                           unsigned int cut, TernaryString* parent, TernaryString*& upper);
+
+  // ---- deletion (TernaryKeyTreeDeletion.cpp)
+
+  // Right: delete. Deletes the key and everything below it. What other handles have open below it
+  // stays usable through these, but belongs to no key any more. 0 also when the file cannot be
+  // written: nothing is changed then.
+  unsigned int DeleteKey(unsigned int user, void* tree, const char* path) override;
+
+  // ---- changing (TernaryKeyTreeValueWrites.cpp, TernaryKeyTreeKeyWrites.cpp)
+
+  // Right: create. Up to kValueDataMax bytes, else kLimit. An older value of the name is hidden by
+  // the new one. kNoData for a type above 5. 0 also when the data cannot be stored: it is there
+  // until it is unloaded.
+  unsigned int CreateValue(unsigned int user, void* tree, const char* path, const char* name,
+                           Value* value) override;
+  unsigned int CreateValue(unsigned int user, void* tree, const char* path, const char* name,
+                           unsigned long long number, bool isSet) override;
+  // Right: modify. Replaces type and data of the newest value of the name; of a number all eight
+  // bytes. kLimit, kNoMemory. 0 also for a type above 5, with nothing changed, and when the data
+  // cannot be stored, as above.
+  unsigned int SetValue(unsigned int user, void* tree, const char* path, const char* name,
+                        Value* value) override;
+  // Right: delete. Deletes the newest value of the name.
+  unsigned int DeleteValue(unsigned int user, void* tree, const char* path,
+                           const char* name) override;
+  // Right: modify. With `clear` the default is unset. 0 also when the file cannot be written.
+  unsigned int SetDefaultValue(unsigned int user, void* tree, const char* path,
+                               unsigned long long value, bool clear) override;
+  // For the key's owner and the administrator.
+  unsigned int SetKeyPermission(unsigned int user, void* tree, const char* path,
+                                unsigned char permission) override;
+  // Right: read. The low six bits are kept.
+  unsigned int SetKeyWatch(unsigned int user, void* tree, const char* path,
+                           unsigned char watch) override;
+
   // The loaded string of the root key; null when it cannot be loaded. The character is not used.
   TernaryString* GetStartString(char c);
   // Makes it the root, in memory and in the file.
@@ -129,6 +198,9 @@ class TernaryKeyTree : public RegistryInterface {
     char name[kNameSize] = {};  // what of the name spelt so far fits in
   };
 
+  // Instead of rights: the key's owner or the administrator.
+  static constexpr unsigned char kMustOwn = 0;
+
   void CloseFile();
   // Finds a key, and a value of it, and checks the right. The tree's lock is held.
   unsigned int ReachKey(unsigned int user, void* tree, const char* path, unsigned char rights,
@@ -146,8 +218,11 @@ class TernaryKeyTree : public RegistryInterface {
     NodeSet values;
   };
 
+  bool IsUsed(NodeKind kind, unsigned int id);
+  bool HasRootKey() const;
   unsigned int LoadRootKey();
   unsigned int ReadTernaryString(unsigned int id, TernaryString*& string);
+  static void CollectFrom(TernaryString* string, MetNodes* met);
   unsigned int CollectLoaded(MetNodes* met);
   unsigned int LoadKey(unsigned int id, TernaryKey*& key, MetNodes* met);
   unsigned int LoadValues(TernaryKey* key, MetNodes* met);
@@ -158,7 +233,44 @@ class TernaryKeyTree : public RegistryInterface {
   unsigned int RecursiveLoadKeyTree(TernaryString* first, MetNodes* met);
   unsigned int LoadLink(unsigned int id, TernaryString*& slot, MetNodes* met);
   unsigned int LoadSubtree(TernaryString* string, MetNodes* met);
+  TernaryString* FindLoaded(const char* path);
+  unsigned int LoadMissing(const char* path, TernaryString*& string);
   unsigned int MakeHandle(const char* path, TernaryHandle*& handle);
+
+  unsigned int AcquireString(unsigned int changes, TernaryString*& string);
+  unsigned int AcquireKey(unsigned int changes, unsigned long long defaultValue, bool isSet,
+                          TernaryKey*& key);
+  unsigned int AcquireValue(unsigned int changes, TernaryValue*& value);
+  void DropNames(unsigned int changes, TernaryString* first, bool release);
+  void DropKey(unsigned int changes, TernaryKey* key, bool release);
+  unsigned int SpellName(unsigned int changes, const char* name, TernaryString*& first,
+                         TernaryString*& last);
+  bool PutBackNode(unsigned int changes, TernaryString* string, const TernaryStringNode& before);
+  unsigned int ReplaceNode(unsigned int changes, TernaryString* string,
+                           const TernaryStringNode& after, bool* putBack);
+  unsigned int LinkUpperPart(unsigned int changes, TernaryString* upper, TernaryString* parent,
+                             NodeLink link, bool* putBack);
+  static void LinkString(TernaryString* parent, NodeLink link, TernaryString* string);
+  unsigned int FindPlace(unsigned int user, TernaryHandle* handle, const char* path,
+                         KeyMatchDescriptor* match);
+  unsigned int CreateAt(unsigned int user, const KeyMatchDescriptor& match, const char* path,
+                        unsigned long long defaultValue, bool isSet);
+  unsigned int HangName(unsigned int changes, const KeyMatchDescriptor& match,
+                        TernaryString* target, const char* name, TernaryKey* key);
+  unsigned int EndNameAt(unsigned int changes, TernaryString* target, TernaryKey* key);
+
+  unsigned int RecursiveDeleteKeyTree(unsigned int changes, TernaryString* string);
+  unsigned int DeleteSingleKey(unsigned int changes, TernaryString* string);
+  unsigned int DeleteAllValues(unsigned int changes, TernaryKey* key);
+  static void MarkOrphan(TernaryString* orphan);
+
+  unsigned int LockKey(unsigned int user, void* tree, const char* path, unsigned char rights,
+                       const char* name, StringLock* lock, Found* found);
+  unsigned int ReplaceKey(TernaryKey* key, const TernaryKeyNode& after);
+  void DropValue(unsigned int changes, TernaryValue* value);
+  unsigned int WriteBefore(unsigned int changes, const TernaryKey& key, const TernaryValue* before);
+  void LinkNewValue(unsigned int changes, TernaryKey* key, TernaryValue* value);
+  void GiveBackData(unsigned int changes, unsigned int valueId, TernaryValueNode* record);
 
   void RemoveHandle(TernaryHandle* handle);
   bool IsBelowAnother(const TernaryHandle* handle) const;
@@ -166,6 +278,8 @@ class TernaryKeyTree : public RegistryInterface {
   unsigned int UnloadKey(TernaryKey* key);
   unsigned int UnloadValues(TernaryKey* key);
   void UnloadFrom(TernaryString* string, bool always);
+  void FreeOrphans();
+  void FreeFrom(TernaryString* string);
   void FreeEverything();
 
   TernaryString* startString = nullptr;  // of the root key, once it was needed
@@ -175,6 +289,7 @@ class TernaryKeyTree : public RegistryInterface {
   PCMutex spareLock;                 // made and given back with the tree; nothing takes it
   PCMutex treeLock;                  // held over every whole operation
   TernaryHandle* handles = nullptr;  // that were given out, the newest first
+  TernaryString* orphans = nullptr;  // strings that were deleted while in use, the newest first
 };
 
 }  // namespace tamu::registry

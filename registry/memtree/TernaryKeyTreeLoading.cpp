@@ -5,6 +5,7 @@
 #include "platform/PCString.h"
 #include "registry/memtree/StringWalk.h"
 #include "registry/memtree/TernaryKeyTree.h"
+#include "registry/store/NodeNames.h"
 #include "registry/store/NodeSet.h"
 #include "registry/store/TernaryFile.h"
 
@@ -36,11 +37,16 @@ char* Normalized(const char* path) {
 
 }  // namespace
 
+// A slot that is free is not loaded, whatever leads to it: the next to take a slot may get it.
+bool TernaryKeyTree::IsUsed(NodeKind kind, unsigned int id) {
+  return TernaryFile::AccessScope(*file).IsUsed(kind, id);
+}
+
 unsigned int TernaryKeyTree::ReadTernaryString(unsigned int id, TernaryString*& string) {
   TernaryStringNode* record = nullptr;
   const unsigned int result = file->ReadNode(id, record);
   if (result != status::kOk) return result;
-  if (!record->HasValidSegment()) {
+  if (!record->HasValidSegment() || !IsUsed(NodeKind::kString, id)) {
     delete record;
     return status::kInvalidFile;
   }
@@ -50,10 +56,10 @@ unsigned int TernaryKeyTree::ReadTernaryString(unsigned int id, TernaryString*& 
   return status::kNoMemory;
 }
 
-// `met`, if given, has what is loaded already: there is never a second copy, whatever a damaged
-// file leads to.
+// `met` has what is loaded already: there is never a second copy, whatever a damaged file leads to.
 unsigned int TernaryKeyTree::LoadKey(unsigned int id, TernaryKey*& key, MetNodes* met) {
-  if (met != nullptr && !met->keys.Add(id)) return status::kInvalidFile;
+  if (!met->keys.Add(id)) return status::kInvalidFile;
+  if (!IsUsed(NodeKind::kKey, id)) return status::kInvalidFile;
   TernaryKeyNode* record = nullptr;
   unsigned int result = file->ReadKeyNode(id, record);
   if (result != status::kOk) return result;
@@ -73,6 +79,7 @@ unsigned int TernaryKeyTree::LoadKey(unsigned int id, TernaryKey*& key, MetNodes
 
 // Data that cannot be read is zero: the other values are there all the same.
 unsigned int TernaryKeyTree::LoadValue(unsigned int id, TernaryValue*& value) {
+  if (!IsUsed(NodeKind::kValue, id)) return status::kInvalidFile;
   TernaryValueNode* record = nullptr;
   const unsigned int result = file->ReadValueNode(id, record);
   if (result != status::kOk) return result;
@@ -98,7 +105,7 @@ unsigned int TernaryKeyTree::LoadValues(TernaryKey* key, MetNodes* met) {
   TernaryValue** end = &key->firstValue;
   unsigned int left = file->Descriptor(NodeKind::kValue).totalNodes;
   for (unsigned int id = key->node->firstValue(); id != 0;) {
-    const bool circle = left-- == 0 || (met != nullptr && !met->values.Add(id));
+    const bool circle = left-- == 0 || !met->values.Add(id);
     const unsigned int result = circle ? status::kInvalidFile : LoadValue(id, *end);
     if (result != status::kOk) {
       UnloadValues(key);
@@ -110,22 +117,31 @@ unsigned int TernaryKeyTree::LoadValues(TernaryKey* key, MetNodes* met) {
   return status::kOk;
 }
 
+// True when nothing of the root is left to be loaded.
+bool TernaryKeyTree::HasRootKey() const {
+  return startString != nullptr &&
+         (startString->key != nullptr || startString->node->keyNode() == 0);
+}
+
 // A root without key stays one.
 unsigned int TernaryKeyTree::LoadRootKey() {
+  if (HasRootKey()) return status::kOk;
+  MetNodes met;
+  unsigned int result = CollectLoaded(&met);
+  if (result != status::kOk) return result;
   if (startString == nullptr) {
     const unsigned int id = file->GetStartNode(0);
     if (id == 0) return status::kNotFound;
-    const unsigned int result = ReadTernaryString(id, startString);
+    result = LoadLink(id, startString, &met);
     if (result != status::kOk) return result;
   }
   const unsigned int keyId = startString->node->keyNode();
-  if (startString->key != nullptr || keyId == 0) return status::kOk;
-  return LoadKey(keyId, startString->key, nullptr);
+  return keyId != 0 ? LoadKey(keyId, startString->key, &met) : status::kOk;
 }
 
 TernaryString* TernaryKeyTree::GetStartString(char) {
   PCMutexGuard guard(treeLock);
-  if (initialized != 0 && (startString == nullptr || startString->key == nullptr)) {
+  if (initialized != 0 && !HasRootKey()) {
     TernaryFile::AccessScope access(*file);
     LoadRootKey();
   }
@@ -136,20 +152,20 @@ unsigned int TernaryKeyTree::SetStartString(TernaryString* string) {
   PCMutexGuard guard(treeLock);
   if (initialized == 0) return status::kNoRight;
   if (string == nullptr) return status::kBadArgument;
-  startString = string;
-  const TernaryStringNode& node = *string->node;
-  const signed char first = node.segmentLength() > 0 ? node.segment(0) : node.splitChar();
-  return file->SetStartNode(static_cast<char>(first), string->id);
+  const unsigned int before = file->GetStartNode(0);
+  const char first = static_cast<char>(FirstCharOf(*string->node));
+  const unsigned int result = file->SetStartNode(first, string->id);
+  if (result == status::kOk) {
+    startString = string;
+  } else {
+    file->SetStartNode(first, before);  // what was written of it
+  }
+  return result;
 }
 
-// Everything that is loaded.
-unsigned int TernaryKeyTree::CollectLoaded(MetNodes* met) {
-  unsigned int result = met->strings.Prepare(file->Descriptor(NodeKind::kString));
-  if (result == status::kOk) result = met->keys.Prepare(file->Descriptor(NodeKind::kKey));
-  if (result == status::kOk) result = met->values.Prepare(file->Descriptor(NodeKind::kValue));
-  if (result != status::kOk) return result;
+void TernaryKeyTree::CollectFrom(TernaryString* string, MetNodes* met) {
   StringWalk walk(kStoredOrder);
-  for (walk.Start(startString); !walk.IsOver(); walk.Next()) {
+  for (walk.Start(string); !walk.IsOver(); walk.Next()) {
     if (!walk.IsEntered()) continue;
     met->strings.Add(walk.Current().id);
     const TernaryKey* key = walk.Current().key;
@@ -158,6 +174,18 @@ unsigned int TernaryKeyTree::CollectLoaded(MetNodes* met) {
     for (const TernaryValue* value = key->firstValue; value != nullptr; value = value->next) {
       met->values.Add(value->id);
     }
+  }
+}
+
+// Everything that is loaded.
+unsigned int TernaryKeyTree::CollectLoaded(MetNodes* met) {
+  unsigned int result = met->strings.Prepare(file->Descriptor(NodeKind::kString));
+  if (result == status::kOk) result = met->keys.Prepare(file->Descriptor(NodeKind::kKey));
+  if (result == status::kOk) result = met->values.Prepare(file->Descriptor(NodeKind::kValue));
+  if (result != status::kOk) return result;
+  CollectFrom(startString, met);
+  for (TernaryString* orphan = orphans; orphan != nullptr; orphan = orphan->nextOrphan) {
+    CollectFrom(orphan, met);
   }
   return status::kOk;
 }
@@ -233,8 +261,10 @@ unsigned int TernaryKeyTree::LoadKeyPath(const char* path, MetNodes* met, Ternar
   return result;
 }
 
+// kBusy when all is there but the sub-keys of a string that is locked.
 unsigned int TernaryKeyTree::RecursiveLoadKeyTree(TernaryString* first, MetNodes* met) {
   unsigned int result = status::kOk;
+  bool leftOut = false;
   StringWalk walk(kStoredOrder);
   for (walk.Start(first); result == status::kOk && !walk.IsOver(); walk.Next()) {
     if (!walk.IsEntered()) continue;
@@ -245,17 +275,24 @@ unsigned int TernaryKeyTree::RecursiveLoadKeyTree(TernaryString* first, MetNodes
     if (result == status::kOk) result = LoadLink(node.equal(), s.equal, met);
     if (result != status::kOk || node.keyNode() == 0) continue;
     if (s.key == nullptr) result = LoadKey(node.keyNode(), s.key, met);
-    if (result == status::kOk && !s.isLocked()) result = LoadLink(node.child(), s.directory, met);
+    if (s.isLocked()) {
+      leftOut = true;
+    } else if (result == status::kOk) {
+      result = LoadLink(node.child(), s.directory, met);
+    }
   }
-  return result;
+  return result == status::kOk && leftOut ? status::kBusy : result;
 }
 
 // The first string below is there afterwards, or the status tells why not. What damage or lack of
 // memory keeps from being loaded below that one is not there, and not reported.
 unsigned int TernaryKeyTree::LoadSubtree(TernaryString* string, MetNodes* met) {
+  string->isComplete = !string->isLocked();
   if (string->node->child() == 0 || string->isLocked()) return status::kOk;
   const unsigned int result = LoadLink(string->node->child(), string->directory, met);
-  if (result == status::kOk) RecursiveLoadKeyTree(string->directory, met);
+  if (result == status::kOk) {
+    string->isComplete = RecursiveLoadKeyTree(string->directory, met) == status::kOk;
+  }
   return result;
 }
 
@@ -274,31 +311,43 @@ unsigned int TernaryKeyTree::MakeHandle(const char* path, TernaryHandle*& handle
   return result;
 }
 
-unsigned int TernaryKeyTree::LoadKeyTree(const char* keyPath, void*& tree) {
-  PCMutexGuard guard(treeLock);
-  if (initialized == 0) return status::kNoRight;
-  TernaryFile::AccessScope access(*file);
-  unsigned int result = LoadRootKey();
-  if (startString == nullptr) return result;  // its key may be damaged; others are not
+// A key that a handle has loaded already, with all that is below it; null when there is none.
+TernaryString* TernaryKeyTree::FindLoaded(const char* path) {
+  KeyMatchDescriptor match;
+  if (FindKey(startString, path, &match) != status::kOk) return nullptr;
+  TernaryString* string = match.string;
+  const bool isThere = string->key != nullptr && string->loadCount > 0 && string->isComplete;
+  return isThere ? string : nullptr;
+}
+
+// Loads what is missing of a key, its name and what is below it.
+unsigned int TernaryKeyTree::LoadMissing(const char* path, TernaryString*& string) {
   MetNodes met;
-  result = CollectLoaded(&met);
-  if (result != status::kOk) return result;
-  TernaryString* string = nullptr;
-  result = LoadKeyPath(keyPath, &met, string);
+  unsigned int result = CollectLoaded(&met);
+  if (result == status::kOk) result = LoadKeyPath(path, &met, string);
   if (result != status::kOk && result != status::kExists) return result;
   const unsigned int keyId = string->node->keyNode();
   if (string->key == nullptr) {
     result = keyId != 0 ? LoadKey(keyId, string->key, &met) : status::kNotFound;
     if (result != status::kOk) return result;
   }
+  return LoadSubtree(string, &met);
+}
+
+unsigned int TernaryKeyTree::LoadKeyTree(const char* keyPath, void*& tree) {
+  PCMutexGuard guard(treeLock);
+  if (initialized == 0) return status::kNoRight;
+  TernaryFile::AccessScope access(*file);
+  unsigned int result = LoadRootKey();
+  if (startString == nullptr) return result;  // its key may be damaged; others are not
+  TernaryString* string = FindLoaded(keyPath);
+  if (string == nullptr) {
+    result = LoadMissing(keyPath, string);
+    if (result != status::kOk) return result;
+  }
   TernaryHandle* handle = nullptr;
   result = MakeHandle(keyPath, handle);
   if (result != status::kOk) return result;
-  result = LoadSubtree(string, &met);
-  if (result != status::kOk) {
-    delete handle;
-    return result;
-  }
   ++string->loadCount;
   handle->start = string;
   handle->next = handles;

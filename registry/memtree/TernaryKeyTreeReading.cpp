@@ -1,5 +1,6 @@
 // Reading values and what a key tells of itself.
 #include "registry/Rights.h"
+#include "registry/UserId.h"
 #include "registry/memtree/StringWalk.h"
 #include "registry/memtree/TernaryKeyTree.h"
 #include "registry/store/TernaryFile.h"
@@ -25,7 +26,10 @@ unsigned int TernaryKeyTree::ReachKey(unsigned int user, void* tree, const char*
                                       unsigned char rights, Found* found) {
   const unsigned int result = FindKey(tree, path, found->string, found->key, found->owner);
   if (result != status::kOk) return result;
-  return found->key->isPermissible(user, rights) ? status::kOk : status::kNoRight;
+  const TernaryKey& key = *found->key;
+  const bool isOwner = user == key.node->owner() || user == kAdministratorId;
+  const bool may = rights == kMustOwn ? isOwner : key.isPermissible(user, rights);
+  return may ? status::kOk : status::kNoRight;
 }
 
 unsigned int TernaryKeyTree::ReachValue(unsigned int user, void* tree, const char* path,

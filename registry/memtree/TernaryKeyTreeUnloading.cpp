@@ -45,7 +45,7 @@ unsigned int TernaryKeyTree::RecursiveUnloadKeyTree(TernaryString* string) {
   for (walk.Start(string); !walk.IsOver(); walk.Next()) {
     TernaryString& s = walk.Current();
     if (walk.IsEntered()) {
-      if (s.loadCount == 0 && !s.isBusy()) continue;
+      if (!s.isInUse()) continue;
       s.walkMark = kInUse;
       walk.SkipLinks();
       continue;
@@ -94,9 +94,23 @@ void TernaryKeyTree::RemoveHandle(TernaryHandle* handle) {
 
 bool TernaryKeyTree::IsBelowAnother(const TernaryHandle* handle) const {
   for (const TernaryHandle* other = handles; other != nullptr; other = other->next) {
-    if (IsBelow(handle->normalizedPath, other->normalizedPath)) return true;
+    if (!other->start->isOrphan && IsBelow(handle->normalizedPath, other->normalizedPath))
+      return true;
   }
   return false;
+}
+
+// Frees what was deleted while it was in use and is not any more.
+void TernaryKeyTree::FreeOrphans() {
+  TernaryString** place = &orphans;
+  while (*place != nullptr) {
+    TernaryString* next = (*place)->nextOrphan;
+    if (RecursiveUnloadKeyTree(*place) == status::kOk) {
+      *place = next;
+    } else {
+      place = &(*place)->nextOrphan;
+    }
+  }
 }
 
 // A subtree stays as long as a handle starts at its key or above it: what such a handle does not
@@ -104,6 +118,7 @@ bool TernaryKeyTree::IsBelowAnother(const TernaryHandle* handle) const {
 unsigned int TernaryKeyTree::UnloadKeyTree(void* tree) {
   PCMutexGuard guard(treeLock);
   if (tree == nullptr) {
+    FreeOrphans();
     if (startString != nullptr && startString->loadCount == 0) UnloadFrom(startString, true);
     return status::kOk;
   }
@@ -115,16 +130,28 @@ unsigned int TernaryKeyTree::UnloadKeyTree(void* tree) {
   TernaryString* start = handle->start;
   if (start->loadCount > 0) --start->loadCount;
   RemoveHandle(handle);
-  const bool needed = start->loadCount > 0 || IsBelowAnother(handle);
+  const bool needed = start->isOrphan || start->loadCount > 0 || IsBelowAnother(handle);
   delete handle;
   if (!needed) UnloadFrom(start, false);
+  FreeOrphans();
   return status::kOk;
 }
 
-// Whatever still needs it.
-void TernaryKeyTree::FreeEverything() {
+unsigned int TernaryKeyTree::UnloadAll() {
+  PCMutexGuard guard(treeLock);
+  for (TernaryHandle* handle = handles; handle != nullptr;) {
+    TernaryHandle* next = handle->next;
+    UnloadKeyTree(handle);
+    handle = next;
+  }
+  UnloadKeyTree(nullptr);
+  return handles != nullptr ? status::kBusy : status::kOk;
+}
+
+// What hangs on a string and the string itself, whatever still needs it.
+void TernaryKeyTree::FreeFrom(TernaryString* string) {
   StringWalk walk(kStoredOrder);
-  for (walk.Start(startString); !walk.IsOver(); walk.Next()) {
+  for (walk.Start(string); !walk.IsOver(); walk.Next()) {
     TernaryString& s = walk.Current();
     if (walk.IsEntered()) {
       if (s.isLocked()) s.directory = s.parked;
@@ -133,7 +160,16 @@ void TernaryKeyTree::FreeEverything() {
     if (s.key != nullptr) UnloadKey(s.key);
     delete &s;
   }
+}
+
+void TernaryKeyTree::FreeEverything() {
+  FreeFrom(startString);
   startString = nullptr;
+  while (orphans != nullptr) {
+    TernaryString* orphan = orphans;
+    orphans = orphan->nextOrphan;
+    FreeFrom(orphan);
+  }
   while (handles != nullptr) {
     TernaryHandle* handle = handles;
     handles = handle->next;

@@ -36,6 +36,8 @@ class TernaryString {
 
   // True when somebody has locked it or waits to: it must not be destroyed.
   bool isBusy() const { return isLocked() || waiting > 0; }
+  // True when a handle starts here, or the string is busy: it must stay with all that it leads to.
+  bool isInUse() const { return loadCount != 0 || isBusy(); }
   bool isLocked() const { return (node->flags() & TernaryStringNode::kFlagLocked) != 0; }
 
   TernaryString* lower = nullptr;
@@ -49,6 +51,12 @@ class TernaryString {
   TernaryHandle* lockHandle = nullptr;  // through which it is locked
   TernaryString* parked = nullptr;      // the directory while the string is locked
   unsigned int waiting = 0;             // threads that wait to lock it
+
+  // Nothing was missing below when it was loaded for a handle; counts as long as one starts here.
+  bool isComplete = false;
+  // Deleted while it was in use: nothing leads here any more but the tree's list of such strings.
+  bool isOrphan = false;
+  TernaryString* nextOrphan = nullptr;  // in that list
 
   // For the walk that goes over the tree now.
   TernaryString* walkFrom = nullptr;

@@ -18,5 +18,8 @@ constexpr NodeLink kStoredOrder[kNodeLinks] = {NodeLink::kLo, NodeLink::kHi, Nod
 // The order in which names are listed, and keys counted.
 constexpr NodeLink kListingOrder[kNodeLinks] = {NodeLink::kHi, NodeLink::kLo, NodeLink::kEqual,
                                                 NodeLink::kChild};
+// The order in which the link to a node is looked for when the node is split.
+constexpr NodeLink kSplitOrder[kNodeLinks] = {NodeLink::kEqual, NodeLink::kLo, NodeLink::kHi,
+                                              NodeLink::kChild};
 
 }  // namespace tamu::registry

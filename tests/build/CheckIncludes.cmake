@@ -4,7 +4,7 @@
 
 set(platform "^platform/[^/]+\\.h$")
 set(shared_names
-  "(Array|KeyInfo|List|NameList|RCEString|RegistryInfo|RegistryInterface|RegistryStatus|Rights|Stack|UserId|Value)")
+  "(Array|KeyInfo|List|NameList|RCEString|RegistryInfo|RegistryInterface|RegistryStatus|Rights|Stack|UserId|Value|ValueCheck)")
 set(shared "^registry/${shared_names}\\.h$")
 
 # Sets `allowed` to the patterns of what the file may include; nothing for a file of no known layer.

@@ -34,9 +34,9 @@ const std::vector<Step> kSteps = {
     {Step::kCreate, "zulu", "c", 5, 500},
     {Step::kSet, "zulu", "a", 2, 129},
     {Step::kSet, "device-ma", "blob", 4, 1000},
-    {Step::kSet, "net", "mtu", 0, 4},
+    {Step::kSet, "net", "mtu", 0, 8},
     {Step::kDelete, "zulu", "b", 0, 0},
-    {Step::kSet, "zulu", "c", 0, 4},
+    {Step::kSet, "zulu", "c", 0, 8},
     {Step::kCreate, "zulu", "b", 1, 200},
     {Step::kDefault, "net", "", 0, 0},
     {Step::kDelete, "net", "ip", 0, 0},
@@ -105,33 +105,40 @@ const std::vector<Step>& Workload() {
   return kSteps;
 }
 
-unsigned int Apply(Registry& registry, const Step& step, const std::string& folder) {
+unsigned int ApplyThrough(Registry& registry, const Step& step, unsigned int handle,
+                          const char* path) {
   std::string data = DataOf(step);
   Value value = {step.type, step.size, data.data()};
   const unsigned char byte = static_cast<unsigned char>(step.type);
   switch (step.action) {
     case Step::kKey:
-      return registry.CreateKey(0, step.path, NumberOf(step));
+      return registry.CreateKey(handle, path, NumberOf(step));
     case Step::kDefault:
-      return registry.SetDefaultValue(0, step.path, NumberOf(step));
+      return registry.SetDefaultValue(handle, path, NumberOf(step));
     case Step::kCreate:
-      return registry.CreateValue(0, step.path, step.name, &value);
+      return registry.CreateValue(handle, path, step.name, &value);
     case Step::kSet:
-      return registry.SetValue(0, step.path, step.name, &value);
+      return registry.SetValue(handle, path, step.name, &value);
     case Step::kDelete:
-      return registry.DeleteValue(0, step.path, step.name);
+      return registry.DeleteValue(handle, path, step.name);
     case Step::kRemove:
-      return registry.DeleteKey(0, step.path);
+      return registry.DeleteKey(handle, path);
     case Step::kPermission:
-      return registry.SetKeyPermission(0, step.path, byte);
+      return registry.SetKeyPermission(handle, path, byte);
     case Step::kWatch:
-      return registry.SetKeyWatch(0, step.path, byte);
+      return registry.SetKeyWatch(handle, path, byte);
     case Step::kBackup:
-      return registry.BackupKey(0, step.path, (folder + step.name).c_str());
     case Step::kRestore:
-      return registry.RestoreKey(0, step.path, (folder + step.name).c_str());
+      break;
   }
-  return 0;
+  return tamu::registry::status::kNotSupported;
+}
+
+unsigned int Apply(Registry& registry, const Step& step, const std::string& folder) {
+  const std::string backup = folder + step.name;
+  if (step.action == Step::kBackup) return registry.BackupKey(0, step.path, backup.c_str());
+  if (step.action == Step::kRestore) return registry.RestoreKey(0, step.path, backup.c_str());
+  return ApplyThrough(registry, step, 0, step.path);
 }
 
 void KnownState::Done(const Step& step) {
@@ -182,6 +189,7 @@ void KnownState::Hit(const Step& step) {
       break;
     case Step::kRemove:
     case Step::kRestore:
+      Forget(step.path);
       break;
     default:
       if (keys_.count(step.path) == 0) break;
@@ -198,6 +206,16 @@ void KnownState::Remove(const std::string& path) {
     const bool isGone = IsIn(i->first, path);
     if (isGone) removed_.insert(i->first);
     i = isGone ? keys_.erase(i) : std::next(i);
+  }
+}
+
+// Whether the key and those below it are there is not known any more.
+void KnownState::Forget(const std::string& path) {
+  for (auto i = keys_.begin(); i != keys_.end();) {
+    i = IsIn(i->first, path) ? keys_.erase(i) : std::next(i);
+  }
+  for (auto i = removed_.begin(); i != removed_.end();) {
+    i = IsIn(*i, path) ? removed_.erase(i) : std::next(i);
   }
 }
 

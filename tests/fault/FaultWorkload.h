@@ -36,6 +36,9 @@ const std::vector<Step>& Workload();
 
 // Backups go to and come from `folder`, which ends in "/".
 unsigned int Apply(tamu::registry::Registry& registry, const Step& step, const std::string& folder);
+// Through a handle, from whose key on `path` names the step's. Not for kBackup and kRestore.
+unsigned int ApplyThrough(tamu::registry::Registry& registry, const Step& step, unsigned int handle,
+                          const char* path);
 
 // What is known of a registry. Of what a failed step has worked on nothing may be known; then it is
 // not looked at.
@@ -43,8 +46,8 @@ class KnownState {
  public:
   // The step was done.
   void Done(const Step& step);
-  // The step was begun, and values or keys of its own may be in any state. Not for kRemove and
-  // kRestore, which are done or not.
+  // The step was begun, and values or keys of its own may be in any state. Of kRemove and kRestore,
+  // which are done or not, it is not known which.
   void Hit(const Step& step);
   // The power went while the key was created: names beside it may be gone.
   void CutAt(const char* path) { cutAt_ = path; }
@@ -67,6 +70,7 @@ class KnownState {
   using Keys = std::map<std::string, Key>;  // by path
 
   void Remove(const std::string& path);
+  void Forget(const std::string& path);
   void Backup(const Step& step);
   void Restore(const Step& step);
   bool MayBeGone(const std::string& path) const;

@@ -1,75 +1,21 @@
 // A workload whose system calls fail at every place in turn, and what the registry is afterwards.
 #include <memory>
 
-#include "registry/Registry.h"
-#include "registry/store/TernaryFile.h"
+#include "tests/fault/FaultFiles.h"
 #include "tests/fault/FaultWorkload.h"
 #include "tests/platform/TestFiles.h"
 #include "tests/support/FaultCalls.h"
-#include "tests/support/StructureCheck.h"
 
 namespace tamu::registry {
 namespace {
 
+using faults::AlmostFullFile;
+using faults::GraveFindings;
 using faults::KnownState;
+using faults::kUserId;
 using faults::Mode;
+using faults::NewRegistryFile;
 using faults::Step;
-
-constexpr unsigned int kUserId = 65535;
-
-// ---- the files to start from
-
-// A registry with its root key; the file is made by the fixture's folder once a test.
-std::string NewRegistryFile(const std::string& path) {
-  Registry registry(path.c_str(), kUserId);
-  EXPECT_EQ(registry.Initialize(), 0u);
-  registry.Finalize();
-  return GetFile(path);
-}
-
-// The same with only a few free slots of each kind, so that the workload grows all four.
-std::string AlmostFullFile(const std::string& path) {
-  NewRegistryFile(path);
-  TernaryFile store;
-  EXPECT_EQ(store.Initialize(path.c_str()), 0u);
-  const unsigned int left[4] = {3, 5, 2, 20};
-  for (unsigned int kind = 0; kind < 4; ++kind) {
-    const TernaryNodeDescriptor& descriptor = store.Descriptor(static_cast<NodeKind>(kind));
-    while (descriptor.lastTable->freeCount() > left[kind]) {
-      unsigned int id = 0;
-      if (store.AcquireSlot(0, static_cast<NodeKind>(kind), &id) != 0) return "";
-    }
-  }
-  store.Finalize();
-  return GetFile(path);
-}
-
-// ---- the files to look at afterwards
-
-bool Contains(const std::string& text, const char* part) {
-  return text.find(part) != std::string::npos;
-}
-
-// What is wrong with the file, but for
-// - slots that were taken and not marked as used: as long as there are as many that nothing leads
-//   to, they are only lost;
-// - findings that tell of `harmless`, unless it is null.
-std::string GraveFindings(const std::string& path, const char* harmless) {
-  const SlotCounts counts = CountSlots(path);
-  unsigned int lost = 0;
-  for (const SlotCounts::Kind& kind : {counts.strings, counts.keys, counts.values, counts.blocks}) {
-    lost += kind.used - kind.reachable;
-  }
-  std::string findings;
-  for (const std::string& finding : CheckStructure(path)) {
-    if (Contains(finding, "used slot") && Contains(finding, "has the entry") && lost > 0) {
-      --lost;
-    } else if (harmless == nullptr || !Contains(finding, harmless)) {
-      findings += finding + "\n";
-    }
-  }
-  return findings;
-}
 
 // ---- one run
 
@@ -84,10 +30,11 @@ struct Outcome {
 
   // What may be wrong because a change of two records was cut off between them: a key counts a
   // value that was just deleted, the rest of a node's names lie where the whole names should.
-  const char* Harmless() const {
-    if (hit == nullptr) return nullptr;
-    if (hit->action == Step::kDelete) return "counts";
-    return hit->action == Step::kKey ? "out of order" : nullptr;
+  std::vector<std::string> Harmless() const {
+    if (hit == nullptr) return {};
+    if (hit->action == Step::kDelete) return {"counts"};
+    if (hit->action == Step::kKey) return {"out of order"};
+    return {};
   }
 };
 

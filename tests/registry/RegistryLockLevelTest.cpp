@@ -92,6 +92,38 @@ TEST(RegistryLockLevel, CallsThroughHandlesAreAnsweredAllTheSame) {
   }));
 }
 
+// Changes everything there is to change through a handle on the root. True when all is done.
+bool ChangeThroughHandles(Registry& registry, const char* key) {
+  unsigned int root = 0;
+  Value text = TextValue("text"), longer = TextValue("a longer text");
+  unsigned long long number = 0;
+  return registry.OpenKey("", &root) == 0 && registry.CreateKey(root, key, 7) == 0 &&
+         registry.CreateValue(root, key, "text", &text) == 0 &&
+         registry.SetValue(root, key, "text", &longer) == 0 &&
+         registry.DeleteValue(root, key, "text") == 0 &&
+         registry.SetDefaultValue(root, key, 8) == 0 &&
+         registry.GetDefaultValue(root, key, &number) == 0 && number == 8 &&
+         registry.SetKeyPermission(root, key, 0xFF) == 0 &&
+         registry.SetKeyWatch(root, key, 3) == 0 && registry.DeleteKey(root, key) == 0 &&
+         registry.CloseKey(root) == 0;
+}
+
+// The thread without a handle waits from before these begin until after they have ended.
+TEST(RegistryLockLevel, ChangesThroughHandlesAreDoneWhileOthersWait) {
+  EXPECT_TRUE(InChildWithKeptLevel([](Registry* registry) -> bool {
+    std::atomic<bool> waiting{false};
+    RunApart(waiting, [registry] { registry->CreateKey(0, "other"); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    std::atomic<bool> answered{false};
+    std::atomic<bool> allDone{false};
+    RunApart(answered,
+             [registry, &allDone] { allDone = ChangeThroughHandles(*registry, "of-another"); });
+    const bool doneHere = ChangeThroughHandles(*registry, "of-its-own");
+    const bool doneThere = ComesTrue(answered) && allDone;
+    _exit(doneHere && doneThere && !waiting ? 0 : 1);
+  }));
+}
+
 TEST(RegistryLockLevel, ARegistryClosesWithALevelKept) {
   TempDir dir;
   const std::string path = dir / "a.rce";

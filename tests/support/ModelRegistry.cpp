@@ -2,34 +2,12 @@
 
 #include <algorithm>
 
-namespace {
-
-constexpr unsigned kAdministrator = 65535;
-constexpr size_t kRunMax = 16;
-
-unsigned BlocksOf(const std::string& bytes) {
-  return static_cast<unsigned>((bytes.size() + 63) / 64);
-}
-
-// Up to four bytes as a number, the first one lowest.
-unsigned Word(const std::string& bytes, size_t from) {
-  unsigned word = 0;
-  for (size_t i = from; i < from + 4 && i < bytes.size(); ++i) {
-    word |= static_cast<unsigned>(static_cast<unsigned char>(bytes[i])) << (8 * (i - from));
-  }
-  return word;
-}
-
-// The character at `p`, or the terminator.
-char At(const std::string& path, size_t p) {
-  return p < path.size() ? path[p] : '\0';
-}
-
-bool IsLower(char a, char b) {
-  return static_cast<signed char>(a) < static_cast<signed char>(b);
-}
-
-}  // namespace
+using model::At;
+using model::BlocksOf;
+using model::IsLower;
+using model::kAdministrator;
+using model::kRunMax;
+using model::Word;
 
 ModelRegistry::ModelRegistry() : root_(std::make_unique<ModelNode>()) {
   root_->key = std::make_unique<ModelKey>();
@@ -38,12 +16,12 @@ ModelRegistry::ModelRegistry() : root_(std::make_unique<ModelNode>()) {
   root_->key->isRoot = true;
 }
 
-ModelRegistry::Place ModelRegistry::Search(const std::string& path) {
+ModelRegistry::Place ModelRegistry::Search(ModelNode* start, const std::string& path) {
   Place place;
-  place.node = root_.get();
-  place.parent = root_.get();
+  place.node = start;
+  place.parent = start;
   place.position = At(path, 0) == '/' ? 1 : 0;
-  place.link = &root_->child;
+  place.link = &start->child;
   if (At(path, place.position) == 0) {
     place.isFound = true;
     return place;
@@ -135,18 +113,19 @@ std::unique_ptr<ModelNode> ModelRegistry::NewName(const std::string& name,
   return first;
 }
 
-unsigned ModelRegistry::CreateKey(unsigned user, const std::string& path,
-                                  unsigned long long defaultValue, bool isDefaultSet) {
-  const Place place = Search(path);
-  if (place.isFound) return 17;
-  const ModelKey* parent = place.parent->key.get();
-  if (!MayDo(parent, user, kCreate)) return 1;
+std::unique_ptr<ModelKey> ModelRegistry::NewKey(const ModelKey& parent, unsigned user,
+                                                unsigned long long defaultValue,
+                                                bool isDefaultSet) {
   auto key = std::make_unique<ModelKey>();
   key->owner = user;
-  key->permission = parent->isRoot ? 0x0F : parent->permission;
+  key->permission = parent.isRoot ? 0x0F : parent.permission;
   key->isDefaultSet = isDefaultSet;
   key->defaultValue = defaultValue;
+  return key;
+}
 
+unsigned ModelRegistry::CreateAt(const Place& place, const std::string& path,
+                                 std::unique_ptr<ModelKey> key, unsigned* lost) {
   ModelNode* target = place.node;
   std::unique_ptr<ModelNode>* link = place.link;
   size_t position = place.position;
@@ -159,7 +138,7 @@ unsigned ModelRegistry::CreateKey(unsigned user, const std::string& path,
   }
   const std::string rest = path.substr(position);
   if (const size_t slash = rest.find('/'); slash != std::string::npos) {
-    lostStringNodes_ += static_cast<unsigned>(1 + slash / (kRunMax + 1));
+    *lost = static_cast<unsigned>(1 + slash / (kRunMax + 1));
     return 22;
   }
   if (rest.empty()) {
@@ -168,6 +147,19 @@ unsigned ModelRegistry::CreateKey(unsigned user, const std::string& path,
     *link = NewName(rest, &key);
   }
   return 0;
+}
+
+unsigned ModelRegistry::CreateKey(unsigned user, const std::string& path,
+                                  unsigned long long defaultValue, bool isDefaultSet) {
+  const Place place = Search(path);
+  if (place.isFound) return 17;
+  const ModelKey* parent = place.parent->key.get();
+  if (!MayDo(parent, user, kCreate)) return 1;
+  unsigned lost = 0;
+  const unsigned result =
+      CreateAt(place, path, NewKey(*parent, user, defaultValue, isDefaultSet), &lost);
+  lostStringNodes_ += lost;
+  return result;
 }
 
 unsigned ModelRegistry::GetDefaultValue(unsigned user, const std::string& path,
@@ -198,15 +190,9 @@ ModelValue* ModelRegistry::Find(ModelKey* key, const std::string& name) {
   return nullptr;
 }
 
-unsigned ModelRegistry::CreateValue(unsigned user, const std::string& path, const std::string& name,
-                                    unsigned type, const std::string* data) {
-  if (name.empty()) return 22;
+ModelValue ModelRegistry::NewValue(const std::string& name, unsigned type,
+                                   const std::string* data) {
   const bool isNumber = data == nullptr || type == 0;
-  if (!isNumber && data->size() > 1024) return 75;
-  ModelKey* key = nullptr;
-  const unsigned result = Reach(user, path, kCreate, &key);
-  if (result != 0) return result;
-  if (!isNumber && type > 5) return 53;
   ModelValue value;
   value.name = name.substr(0, 31);
   if (isNumber) {
@@ -220,7 +206,20 @@ unsigned ModelRegistry::CreateValue(unsigned user, const std::string& path, cons
     value.isSet = !data->empty();
     value.bytes = *data;
   }
-  key->values.push_back(value);
+  return value;
+}
+
+unsigned ModelRegistry::CreateValue(unsigned user, const std::string& path, const std::string& name,
+                                    unsigned type, const std::string* data) {
+  if (name.empty()) return 22;
+  const bool isNumber = data == nullptr || type == 0;
+  if (!isNumber && data->size() > 1024) return 75;
+  ModelKey* key = nullptr;
+  const unsigned result = Reach(user, path, kCreate, &key);
+  if (result != 0) return result;
+  if (!isNumber && type > 5) return 53;
+  key->values.push_back(NewValue(name, type, data));
+  ++key->storedCount;
   return 0;
 }
 
@@ -252,8 +251,7 @@ unsigned ModelRegistry::GetValue(unsigned user, const std::string& path, const s
   *type = value->type;
   *bytes = value->bytes;
   if (value->type == 0) {
-    bytes->clear();
-    for (unsigned i = 0; i < 4; ++i) *bytes += static_cast<char>(value->low >> (8 * i) & 0xFF);
+    *bytes = model::Bytes(value->low);
     bytes->resize(value->size);
   }
   return 0;
@@ -268,6 +266,7 @@ unsigned ModelRegistry::DeleteValue(unsigned user, const std::string& path,
   if (value == nullptr) return 2;
   lostBlocks_ += BlocksOf(value->bytes);
   key->values.erase(key->values.begin() + (value - key->values.data()));
+  --key->storedCount;
   return 0;
 }
 

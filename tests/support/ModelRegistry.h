@@ -4,50 +4,9 @@
 #pragma once
 
 #include <map>
-#include <memory>
-#include <string>
-#include <vector>
 
+#include "tests/support/ModelTree.h"
 #include "tests/support/StructureCheck.h"
-
-struct ModelValue {
-  std::string name;  // at most 31 characters
-  unsigned type = 0;
-  bool isSet = false;
-  unsigned size = 0;  // as stored
-  std::string bytes;  // of types 1 to 5
-  unsigned low = 0;   // of a number
-  unsigned high = 0;  // the upper half stays when the value is set anew
-};
-
-struct ModelKey {
-  unsigned owner = 0;
-  unsigned permission = 0;
-  unsigned watch = 0;  // six bits
-  bool isRoot = false;
-  bool isDefaultSet = false;
-  unsigned long long defaultValue = 0;
-  std::vector<ModelValue> values;  // oldest first
-};
-
-struct ModelNode {
-  std::string run;  // characters that must all match before the branching one
-  char branch = 0;
-  std::unique_ptr<ModelNode> lo;
-  std::unique_ptr<ModelNode> hi;
-  std::unique_ptr<ModelNode> equal;
-  std::unique_ptr<ModelNode> child;
-  std::unique_ptr<ModelKey> key;
-};
-
-// How much a tree takes.
-struct ModelCounts {
-  unsigned strings = 0;
-  unsigned keys = 0;
-  unsigned values = 0;
-  unsigned blocks = 0;
-  unsigned dataBytes = 0;  // in the blocks
-};
 
 // What a backup file holds; without key there is none.
 struct ModelBackup {
@@ -67,6 +26,8 @@ struct ModelInfo {
   unsigned allValues = 0;
   unsigned permission = 0;
 };
+
+class ModelHandles;
 
 class ModelRegistry {
  public:
@@ -111,10 +72,14 @@ class ModelRegistry {
   // What the file must hold now.
   std::map<std::string, DecodedKey> Tree() const;
   ModelCounts Counts() const;
+  // The keys whose record counts other values than there are, as "counts 3 values, has 2", sorted.
+  std::vector<std::string> WrongCounts() const;
   unsigned lostStringNodes() const { return lostStringNodes_; }
   unsigned lostBlocks() const { return lostBlocks_; }
 
  private:
+  friend class ModelHandles;
+
   enum Right : unsigned { kRead = 1, kModify = 2, kCreate = 4, kDelete = 8 };
 
   // Where a search ended: at a node that was found, or at the link where a name is to be hung, or
@@ -129,14 +94,24 @@ class ModelRegistry {
     size_t position = 0;  // first character without a place
   };
 
-  Place Search(const std::string& path);
-  bool SearchNode(const std::string& path, Place* place);
+  static Place Search(ModelNode* start, const std::string& path);
+  Place Search(const std::string& path) { return Search(root_.get(), path); }
+  static bool SearchNode(const std::string& path, Place* place);
   // A key that is found and allows it; *node may be null when it is not wanted.
   unsigned Reach(unsigned user, const std::string& path, Right right, ModelKey** key,
                  ModelNode** node = nullptr);
   static bool MayDo(const ModelKey* key, unsigned user, Right right);
-  ModelNode* Cut(const Place& place);
-  std::unique_ptr<ModelNode> NewName(const std::string& name, std::unique_ptr<ModelKey>* key);
+  static ModelNode* Cut(const Place& place);
+  static std::unique_ptr<ModelNode> NewName(const std::string& name,
+                                            std::unique_ptr<ModelKey>* key);
+  static std::unique_ptr<ModelKey> NewKey(const ModelKey& parent, unsigned user,
+                                          unsigned long long defaultValue, bool isDefaultSet);
+  // Puts a new key where the search has ended. 22 for a "/" in the rest of the path; *lost is then
+  // how many nodes were taken for it.
+  static unsigned CreateAt(const Place& place, const std::string& path,
+                           std::unique_ptr<ModelKey> key, unsigned* lost);
+  // `data` null: a number that is not set.
+  static ModelValue NewValue(const std::string& name, unsigned type, const std::string* data);
   static ModelValue* Find(ModelKey* key, const std::string& name);
   void Remove(ModelNode* node);
 

@@ -3,41 +3,12 @@
 
 #include "tests/support/ModelRegistry.h"
 
+using model::AddKey;
+using model::AddTree;
+using model::kAdministrator;
+using model::KeysBeside;
+
 namespace {
-
-constexpr unsigned kAdministrator = 65535;
-
-unsigned BlocksOf(const ModelKey& key) {
-  size_t blocks = 0;
-  for (const ModelValue& value : key.values) blocks += (value.bytes.size() + 63) / 64;
-  return static_cast<unsigned>(blocks);
-}
-
-void AddKey(const ModelKey& key, ModelCounts* counts) {
-  ++counts->keys;
-  counts->values += static_cast<unsigned>(key.values.size());
-  counts->blocks += BlocksOf(key);
-  for (const ModelValue& value : key.values) {
-    counts->dataBytes += static_cast<unsigned>(value.bytes.size());
-  }
-}
-
-// The node, all that its links lead to, and the keys on them.
-void AddTree(const ModelNode* node, ModelCounts* counts) {
-  if (node == nullptr) return;
-  ++counts->strings;
-  if (node->key != nullptr) AddKey(*node->key, counts);
-  for (const auto* link : {&node->lo, &node->hi, &node->equal, &node->child}) {
-    AddTree(link->get(), counts);
-  }
-}
-
-// The keys on one level: what the child links lead to lies below.
-unsigned KeysBeside(const ModelNode* node) {
-  if (node == nullptr) return 0;
-  return (node->key != nullptr ? 1 : 0) + KeysBeside(node->lo.get()) + KeysBeside(node->hi.get()) +
-         KeysBeside(node->equal.get());
-}
 
 std::unique_ptr<ModelNode> Copy(const std::unique_ptr<ModelNode>& from) {
   if (from == nullptr) return nullptr;
@@ -51,29 +22,9 @@ std::unique_ptr<ModelNode> Copy(const std::unique_ptr<ModelNode>& from) {
   if (from->key != nullptr) {
     node->key = std::make_unique<ModelKey>(*from->key);
     node->key->isRoot = false;
+    node->key->storedCount = static_cast<unsigned>(node->key->values.size());
   }
   return node;
-}
-
-// Greater names first, and a key behind the longer names and the sub-keys.
-void List(const ModelNode* node, const std::string& before, std::vector<std::string>* names) {
-  if (node == nullptr) return;
-  List(node->hi.get(), before + node->run, names);
-  List(node->lo.get(), before + node->run, names);
-  const std::string name = before + node->run + node->branch;
-  List(node->equal.get(), name, names);
-  List(node->child.get(), name + '/', names);
-  if (node->key != nullptr) names->push_back(name);
-}
-
-// Hands the names out from `first` on, as many as there is room for.
-unsigned HandOut(const std::vector<std::string>& all, unsigned first, unsigned capacity,
-                 std::vector<std::string>* names) {
-  for (size_t i = first; i < all.size(); ++i) {
-    if (names->size() == capacity) return capacity == 0 ? 12 : 75;
-    names->push_back(all[i]);
-  }
-  return 0;
 }
 
 }  // namespace
@@ -94,6 +45,23 @@ ModelCounts ModelRegistry::Counts() const {
   ModelCounts counts;
   AddTree(root_.get(), &counts);
   return counts;
+}
+
+std::vector<std::string> ModelRegistry::WrongCounts() const {
+  std::vector<std::string> wrong;
+  std::vector<const ModelNode*> pending = {root_.get()};
+  while (!pending.empty()) {
+    const ModelNode* node = pending.back();
+    pending.pop_back();
+    for (const auto* link : {&node->lo, &node->hi, &node->equal, &node->child}) {
+      if (*link != nullptr) pending.push_back(link->get());
+    }
+    if (node->key == nullptr || node->key->storedCount == node->key->values.size()) continue;
+    wrong.push_back("counts " + std::to_string(node->key->storedCount) + " values, has " +
+                    std::to_string(node->key->values.size()));
+  }
+  std::sort(wrong.begin(), wrong.end());
+  return wrong;
 }
 
 bool ModelRegistry::IsRoot(const std::string& path) {
@@ -127,8 +95,8 @@ unsigned ModelRegistry::ListKeys(unsigned user, const std::string& path, unsigne
   const unsigned result = Reach(user, path, kRead, &key, &node);
   if (result != 0) return result;
   std::vector<std::string> all;
-  List(node->child.get(), withPath ? path : "", &all);
-  return HandOut(all, first, capacity, names);
+  model::ListNames(node->child.get(), withPath ? path : "", &all);
+  return model::HandOut(all, first, capacity, names);
 }
 
 unsigned ModelRegistry::ListValues(unsigned user, const std::string& path, unsigned first,
@@ -136,10 +104,8 @@ unsigned ModelRegistry::ListValues(unsigned user, const std::string& path, unsig
   ModelKey* key = nullptr;
   const unsigned result = Reach(user, path, kRead, &key);
   if (result != 0) return result;
-  if (first >= key->values.size()) return 75;
-  std::vector<std::string> all;
-  for (size_t i = key->values.size(); i > 0; --i) all.push_back(key->values[i - 1].name);
-  return HandOut(all, first, capacity, names);
+  if (first >= key->storedCount) return 75;
+  return model::HandOut(model::ValueNames(*key), first, capacity, names);
 }
 
 unsigned ModelRegistry::GetKeyInfo(unsigned user, const std::string& path, ModelInfo* info) {
@@ -205,5 +171,6 @@ unsigned ModelRegistry::RestoreKey(unsigned user, const std::string& path,
   node->child = Copy(backup.subKeys);
   node->key = std::make_unique<ModelKey>(*backup.key);
   node->key->isRoot = node == root_.get();
+  node->key->storedCount = static_cast<unsigned>(node->key->values.size());
   return 0;
 }

@@ -85,6 +85,13 @@ class LoadedTreeRig {
   }
   TernaryString* Root() { return loaded.GetStartString(0); }
   std::string Contents() const { return GetFile(path); }
+  // Whole records, in hex.
+  std::string StringNode(unsigned int slot) const {
+    return HexOf(FileBytes(path, kStringArea + 40 * slot, 40));
+  }
+  std::string KeyNode(unsigned int slot) const {
+    return HexOf(FileBytes(path, kKeyArea + 24 * slot, 24));
+  }
   void PatchWord(unsigned int offset, unsigned int word) {
     std::string bytes;
     storetests::AddU32(bytes, word);

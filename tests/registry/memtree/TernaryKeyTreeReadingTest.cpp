@@ -150,17 +150,6 @@ TEST_F(LoadedReading, RightsAreAskedOfTheKeyItself) {
   }
 }
 
-TEST_F(LoadedReading, ChangingIsNotThereYet) {
-  rig.Create({"a"});
-  LoadAll();
-  const std::string before = rig.Contents();
-  EXPECT_EQ(rig.loaded.CreateKey(kAdmin, root, "b", 0, false), 37u);
-  EXPECT_EQ(rig.loaded.DeleteKey(kAdmin, root, "a"), 37u);
-  EXPECT_EQ(rig.loaded.CreateValue(kAdmin, root, "a", "n", 1, true), 37u);
-  EXPECT_EQ(rig.loaded.SetKeyPermission(kAdmin, root, "a", 1), 37u);
-  EXPECT_TRUE(rig.Contents() == before);
-}
-
 TEST_F(LoadedReading, WhatIsNeverThere) {
   unsigned long long number = 5;
   ChangeBuffer* buffer = nullptr;

@@ -1,0 +1,270 @@
+// What operations through handles take from the heap, what they do when it gives nothing, and that
+// they give everything back.
+#include "registry/Registry.h"
+#include "tests/allocation/CountedHeap.h"
+#include "tests/platform/TestFiles.h"
+#include "tests/support/StructureCheck.h"
+
+namespace tamu::registry {
+
+namespace {
+
+class HandleAllocations : public ::testing::Test {
+ protected:
+  HandleAllocations() : registry(path.c_str(), kAdministratorId) {
+    EXPECT_EQ(registry.Initialize(), 0u);
+    for (const char* key : {"a", "a/b", "a/b/c", "a/b/c/d", "a/sister", "aunt", "zoo"}) {
+      EXPECT_EQ(registry.CreateKey(0, key, 7), 0u);
+    }
+    Value value = MakeValue(kValueTypeInteger, &number, sizeof number);
+    EXPECT_EQ(registry.CreateValue(0, kKey, "number", &value), 0u);
+    EXPECT_EQ(registry.CreateValue(0, kKey, "text", &text), 0u);
+    start = GetFile(path);
+  }
+
+  void StartAnew() {
+    registry.Finalize();
+    PutFile(path, start);
+    ASSERT_EQ(registry.Initialize(), 0u);
+  }
+  unsigned int Open(const char* key) {
+    unsigned int handle = 0;
+    EXPECT_EQ(registry.OpenKey(key, &handle), 0u) << key;
+    return handle;
+  }
+  // Drops everything that is loaded, with all handles.
+  void Drop() {
+    unsigned char permission = 0;
+    EXPECT_EQ(registry.GetKeyPermission(0, "a", &permission), 0u);
+  }
+  // What is taken now that nothing is loaded.
+  unsigned int LiveWithoutHandles() {
+    Drop();
+    return heap::sLive;
+  }
+  template <class Operation>
+  static unsigned int CountOf(Operation operation) {
+    const unsigned int before = heap::sAllocations;
+    EXPECT_EQ(operation(), 0u);
+    return heap::sAllocations - before;
+  }
+
+  // Runs operation(handle of the root) on the file as it was at the start, each of its allocations
+  // failing in turn. It answers 12 and can be done again, or it is done. The file is sound, nothing
+  // is lost. Returns how often it answered 12.
+  template <class Operation>
+  unsigned int FailEverywhere(Operation operation) {
+    unsigned int failures = 0;
+    for (unsigned int nth = 1;; ++nth) {
+      SCOPED_TRACE("allocation " + std::to_string(nth));
+      StartAnew();
+      const unsigned int before = LiveWithoutHandles();
+      const unsigned int root = Open("");
+      heap::sFailing = nth;
+      const unsigned int result = operation(root);
+      const bool isOver = heap::sFailing > 0;
+      heap::sFailing = 0;
+      EXPECT_EQ(StructureFindings(path), "");
+      if (result != 0) {
+        ++failures;
+        EXPECT_EQ(result, 12u);
+        EXPECT_EQ(operation(root), 0u);
+        EXPECT_EQ(StructureFindings(path), "");
+      }
+      ExpectTheSameInTheFile(root);
+      EXPECT_EQ(LiveWithoutHandles(), before);
+      if (isOver) return failures;
+    }
+  }
+
+  // The keys in memory are those in the file.
+  void ExpectTheSameInTheFile(unsigned int root) {
+    const std::map<std::string, DecodedKey> keys = DecodeTree(path);
+    NameList names(50);
+    EXPECT_EQ(registry.ListKeys(root, "", 0, 0, &names, 0), 0u);
+    EXPECT_EQ(names.Count() + 1, keys.size());
+    for (unsigned int i = 0; i < names.Count(); ++i) {
+      EXPECT_EQ(keys.count(names.GetName(i, nullptr)), 1u) << names.GetName(i, nullptr);
+    }
+  }
+
+  static constexpr char kKey[] = "a/b/c/d";
+  TempDir folder;
+  const std::string path = folder / "counted.rce";
+  Registry registry;
+  unsigned long long number = 5;
+  Value text = TextValue("some text");
+  std::string start;
+};
+
+constexpr char HandleAllocations::kKey[];
+
+TEST_F(HandleAllocations, AGetTakesItsBufferOnly) {
+  const unsigned int root = Open("");
+  for (const char* name : {"number", "text"}) {
+    ReadValue value;
+    EXPECT_EQ(CountOf([&] { return registry.GetValue(root, kKey, name, &value); }), 1u);
+  }
+  unsigned long long value = 0;
+  EXPECT_EQ(CountOf([&] { return registry.GetDefaultValue(root, kKey, &value); }), 0u);
+}
+
+TEST_F(HandleAllocations, ADeletionTakesNothing) {
+  const unsigned int root = Open("");
+  EXPECT_EQ(CountOf([&] { return registry.DeleteValue(root, kKey, "number"); }), 0u);
+  EXPECT_EQ(CountOf([&] { return registry.DeleteKey(root, "a"); }), 0u);
+}
+
+TEST_F(HandleAllocations, FailInCreatingAKey) {
+  EXPECT_GT(FailEverywhere([&](unsigned int root) { return registry.CreateKey(root, "new", 3); }),
+            0u);
+  EXPECT_EQ(DecodeTree(path).count("new"), 1u);
+}
+
+TEST_F(HandleAllocations, FailInCreatingAKeyOfALongName) {
+  const std::string name = "a/" + std::string(60, 'n');
+  EXPECT_GT(
+      FailEverywhere([&](unsigned int root) { return registry.CreateKey(root, name.c_str()); }),
+      3u);
+  EXPECT_EQ(DecodeTree(path).count(name), 1u);
+}
+
+TEST_F(HandleAllocations, FailInCreatingAKeyBesideALikeName) {
+  EXPECT_GT(FailEverywhere([&](unsigned int root) { return registry.CreateKey(root, "a/sirens"); }),
+            0u);
+  EXPECT_EQ(DecodeTree(path).count("a/sirens"), 1u);
+}
+
+// When the longer name has been cut and then the key cannot be made, the cut stays: the name ends
+// at a branch from then on, and is refused.
+TEST_F(HandleAllocations, FailInCreatingAKeyInsideALongerName) {
+  unsigned int refused = 0;
+  EXPECT_GT(FailEverywhere([&](unsigned int root) {
+              const unsigned int result = registry.CreateKey(root, "a/sis");
+              if (result == 1) ++refused;
+              return result == 1 ? 0 : result;
+            }),
+            0u);
+  EXPECT_GT(refused, 0u);
+  EXPECT_EQ(DecodeTree(path).count("a/sis"), 1u);
+}
+
+TEST_F(HandleAllocations, FailInCreatingAValue) {
+  EXPECT_GT(FailEverywhere(
+                [&](unsigned int root) { return registry.CreateValue(root, kKey, "new", &text); }),
+            0u);
+  EXPECT_EQ(DecodeTree(path).at(kKey).values.at(0).bytes, std::string("some text", 10));
+  Value integer = MakeValue(kValueTypeInteger, &number, sizeof number);
+  EXPECT_GT(FailEverywhere([&](unsigned int root) {
+              return registry.CreateValue(root, kKey, "new", &integer);
+            }),
+            0u);
+  EXPECT_EQ(DecodeTree(path).at(kKey).values.at(0).number, 5u);
+}
+
+TEST_F(HandleAllocations, FailInSettingAValue) {
+  Value longer = TextValue("a text that is longer than the one that was there before, two blocks");
+  for (const char* name : {"text", "number"}) {
+    EXPECT_GT(FailEverywhere(
+                  [&](unsigned int root) { return registry.SetValue(root, kKey, name, &longer); }),
+              0u);
+  }
+}
+
+TEST_F(HandleAllocations, FailInListing) {
+  EXPECT_GT(FailEverywhere([&](unsigned int root) {
+              NameList names(50);
+              return names.Capacity() == 0 ? status::kNoMemory
+                                           : registry.ListKeys(root, "", 0, 0, &names, 0);
+            }),
+            0u);
+}
+
+TEST_F(HandleAllocations, FailInReading) {
+  EXPECT_EQ(FailEverywhere([&](unsigned int root) {
+              ReadValue value;
+              return registry.GetValue(root, kKey, "text", &value);
+            }),
+            1u);
+}
+
+// A key is loaded whole, or not at all, or lacks something below it. Whatever is missing is not
+// taken for new, and the file stays as it is.
+TEST_F(HandleAllocations, WhatIsNotLoadedIsNotCreatedAnew) {
+  unsigned int failures = 0, partly = 0;
+  for (const char* opened : {"", "a"}) {
+    for (unsigned int nth = 1;; ++nth) {
+      SCOPED_TRACE("allocation " + std::to_string(nth));
+      StartAnew();
+      const unsigned int before = LiveWithoutHandles();
+      unsigned int handle = 0;
+      heap::sFailing = nth;
+      const unsigned int result = registry.OpenKey(opened, &handle);
+      const bool isOver = heap::sFailing > 0;
+      heap::sFailing = 0;
+      // 5: no semaphore for the handle.
+      EXPECT_TRUE(result == 0 || result == 12 || result == 5) << result;
+      if (result != 0) ++failures;
+      for (const char* key : {"a/b", "a/b/c", "a/b/c/d", "a/sister"}) {
+        if (result != 0) break;
+        const char* below = *opened == 0 ? key : key + 2;
+        const unsigned int created = registry.CreateKey(handle, below);
+        EXPECT_TRUE(created == 17 || created == 1) << key << " " << created;
+        if (created == 1) ++partly;
+      }
+      EXPECT_TRUE(GetFile(path) == start);
+      EXPECT_EQ(LiveWithoutHandles(), before);
+      EXPECT_EQ(registry.CloseKey(Open(opened)), 0u);
+      EXPECT_EQ(LiveWithoutHandles(), before);
+      if (isOver) break;
+    }
+  }
+  EXPECT_GT(failures, 5u);
+  EXPECT_GT(partly, 5u);
+}
+
+// ---- what rounds leave behind
+
+// Opens, changes and leaves everything open; the next operation without a handle drops it.
+class HandleRounds : public HandleAllocations {
+ protected:
+  void Change(unsigned int round) {
+    const unsigned int root = Open("");
+    const unsigned int a = Open("a");
+    const unsigned int again = Open("a");
+    ASSERT_EQ(registry.CreateKey(root, "a/new", round), 0u);
+    ASSERT_EQ(registry.CreateKey(a, "new/below", round), 0u);
+    const unsigned int below = Open("a/new/below");
+    ASSERT_EQ(registry.CreateValue(below, "", "unset", nullptr), 0u);
+    ASSERT_EQ(registry.SetValue(again, "b/c/d", "text", &text), 0u);
+    ASSERT_EQ(registry.SetDefaultValue(root, kKey, round), 0u);
+    ASSERT_EQ(registry.DeleteValue(below, "", "unset"), 0u);
+    if (round % 3 == 0) {
+      ASSERT_EQ(registry.CloseKey(below), 0u);
+      ASSERT_EQ(registry.CloseKey(round % 2 == 0 ? root : a), 0u);
+    }
+    // Now and then what is open is deleted; what it takes in the file stays in use, few enough for
+    // the file not to grow: its tables are in memory.
+    if (round % 3 != 0 && round % 50 != 0) {
+      ASSERT_EQ(registry.CloseKey(below), 0u);
+    }
+    ASSERT_EQ(registry.DeleteKey(again, "new"), 0u);
+  }
+};
+
+TEST_F(HandleRounds, TenThousandLeaveNothingInMemory) {
+  constexpr unsigned int kRounds = 10000;
+  for (unsigned int round = 0; round < 10; ++round) Change(round);
+  const unsigned int live = LiveWithoutHandles();
+  for (unsigned int round = 0; round < kRounds && !HasFailure(); ++round) {
+    Change(round);
+    Drop();
+    ASSERT_EQ(heap::sLive, live) << "round " << round;
+  }
+  EXPECT_EQ(StructureFindings(path), "");
+  EXPECT_GT(CountSlots(path).keys.used, CountSlots(path).keys.reachable);
+}
+
+}  // namespace
+
+}  // namespace tamu::registry

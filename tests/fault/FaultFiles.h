@@ -1,0 +1,22 @@
+// The files that a workload starts from, and what may be wrong with them afterwards.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace faults {
+
+constexpr unsigned int kUserId = 65535;
+
+// The bytes of a registry with its root key. The file at `path` is made for it.
+std::string NewRegistryFile(const std::string& path);
+// The same with only a few free slots of each kind, so that the workload grows all four.
+std::string AlmostFullFile(const std::string& path);
+
+// What is wrong with the file, but for
+// - slots that were taken and not marked as used: as long as there are as many that nothing leads
+//   to, they are only lost;
+// - findings that contain one of the `harmless` texts.
+std::string GraveFindings(const std::string& path, const std::vector<std::string>& harmless);
+
+}  // namespace faults

@@ -1,0 +1,152 @@
+// The changes of a loaded key, each with a fault at one of its writes.
+#pragma once
+
+#include "tests/registry/memtree/LoadedTreeRig.h"
+#include "tests/support/FaultCalls.h"
+
+namespace tamu::registry {
+
+inline unsigned int Store(TernaryKeyTree& tree, TernaryHandle* root, bool create, const char* name,
+                          unsigned int type, unsigned int size) {
+  std::string bytes = Pattern(size);
+  Value value = {type, size, bytes.data()};
+  return create ? tree.CreateValue(kAdmin, root, "a", name, &value)
+                : tree.SetValue(kAdmin, root, "a", name, &value);
+}
+
+// A change of the key "a". What it answers when its call number n fails is 5 for those before
+// `reported`, else 0.
+struct Change {
+  const char* name;
+  unsigned int reported;
+  unsigned int (*run)(TernaryKeyTree& tree, TernaryHandle* root);
+};
+
+inline const Change kChanges[] = {
+    {"create a number", 2,
+     [](TernaryKeyTree& tree, TernaryHandle* root) {
+       return tree.CreateValue(kAdmin, root, "a", "new", 0x1122334455667788, true);
+     }},
+    {"create data", 2,
+     [](TernaryKeyTree& tree, TernaryHandle* root) {
+       return Store(tree, root, true, "new", 1, 150);
+     }},
+    {"create a number from a value", 2,
+     [](TernaryKeyTree& tree, TernaryHandle* root) {
+       return Store(tree, root, true, "new", 0, 8);
+     }},
+    {"set data to more", 0,
+     [](TernaryKeyTree& tree, TernaryHandle* root) {
+       return Store(tree, root, false, "data", 2, 200);
+     }},
+    {"set data to nothing", 0,
+     [](TernaryKeyTree& tree, TernaryHandle* root) {
+       return Store(tree, root, false, "data", 2, 0);
+     }},
+    {"set data to a number", 0,
+     [](TernaryKeyTree& tree, TernaryHandle* root) {
+       return Store(tree, root, false, "data", 0, 8);
+     }},
+    {"set a number to data", 0,
+     [](TernaryKeyTree& tree, TernaryHandle* root) {
+       return Store(tree, root, false, "number", 3, 70);
+     }},
+    {"set a number", 0,
+     [](TernaryKeyTree& tree, TernaryHandle* root) {
+       return Store(tree, root, false, "number", 0, 8);
+     }},
+    {"delete the first value", 1,
+     [](TernaryKeyTree& tree, TernaryHandle* root) {
+       return tree.DeleteValue(kAdmin, root, "a", "first");
+     }},
+    {"delete another value", 1,
+     [](TernaryKeyTree& tree, TernaryHandle* root) {
+       return tree.DeleteValue(kAdmin, root, "a", "data");
+     }},
+    {"set the default value", 0,
+     [](TernaryKeyTree& tree, TernaryHandle* root) {
+       return tree.SetDefaultValue(kAdmin, root, "a", 9, false);
+     }},
+    {"clear the default value", 0,
+     [](TernaryKeyTree& tree, TernaryHandle* root) {
+       return tree.SetDefaultValue(kAdmin, root, "a", 9, true);
+     }},
+    {"set the permission", 1,
+     [](TernaryKeyTree& tree, TernaryHandle* root) {
+       return tree.SetKeyPermission(kAdmin, root, "a", 0x37);
+     }},
+    {"set the watch", 1,
+     [](TernaryKeyTree& tree, TernaryHandle* root) {
+       return tree.SetKeyWatch(kAdmin, root, "a", 0x15);
+     }},
+    {"delete the key", 0,
+     [](TernaryKeyTree& tree, TernaryHandle* root) { return tree.DeleteKey(kAdmin, root, "a"); }},
+    {"delete the key through its own handle", 0,
+     [](TernaryKeyTree& tree, TernaryHandle*) {
+       void* handle = nullptr;
+       EXPECT_EQ(tree.LoadKeyTree("a", handle), 0u);
+       const unsigned int result = tree.DeleteKey(kAdmin, handle, "");
+       EXPECT_EQ(tree.UnloadKeyTree(handle), 0u);
+       return result;
+     }},
+};
+
+// What is loaded of the keys, a line each.
+inline std::string Seen(LoadedTreeRig& rig, TernaryHandle* root) {
+  std::string text;
+  for (const char* path : {"", "a", "a/b", "a/b/c", "a/d", "x"}) {
+    if (rig.Find(root, path) != 0) continue;
+    const TernaryKey& key = *rig.KeyOf(root, path);
+    unsigned long long number = 0;
+    const unsigned int result = key.GetDefaultValue(&number);
+    text += std::string(path) + ": " + (result == 0 ? std::to_string(number) : "none") + " " +
+            std::to_string(key.node->permission()) + " " + std::to_string(key.node->watch()) + " " +
+            LoadedValues(key) + "\n";
+  }
+  return text;
+}
+
+// One change with a fault at one of its calls.
+class Attempt {
+ public:
+  Attempt(const Change& change, faults::Mode mode, unsigned int number) {
+    rig.Create({"a", "a/b", "a/b/c", "a/d", "x"});
+    for (const char* key : {"a", "a/b", "a/b/c", "x"}) {
+      EXPECT_EQ(rig.CreateNumber(key, "number", 5), 0u);
+      EXPECT_EQ(rig.CreateData(key, "data", Pattern(100)), 0u);
+      EXPECT_EQ(rig.CreateNumber(key, "first", 6), 0u);
+    }
+    EXPECT_EQ(rig.file->SetDefaultValue(kAdmin, nullptr, "a", 7, false), 0u);
+    root = rig.Load("");
+    seenBefore = Seen(rig, root);
+    storedBefore = SubtreeText(rig.path, "");
+    used = UsedSlots(rig.path);
+    faults::Arm(mode, number);
+    status = change.run(rig.loaded, root);
+    calls = faults::Count();
+    faults::Disarm();
+    EXPECT_EQ(root->lockedStrings, 0u);
+    EXPECT_FALSE(root->treeLock->IsMine());
+  }
+  // As it was loaded anew.
+  std::string SeenAnew() {
+    EXPECT_EQ(rig.Unload(root), 0u);
+    EXPECT_EQ(rig.loaded.UnloadKeyTree(nullptr), 0u);
+    root = rig.Load("");
+    return Seen(rig, root);
+  }
+  bool IsUndone() {
+    return Seen(rig, root) == seenBefore && SubtreeText(rig.path, "") == storedBefore &&
+           SeenAnew() == seenBefore;
+  }
+
+  LoadedTreeRig rig;
+  TernaryHandle* root = nullptr;
+  std::string seenBefore;
+  std::string storedBefore;
+  std::string used;  // slots
+  unsigned int status = 0;
+  unsigned int calls = 0;
+};
+
+}  // namespace tamu::registry

@@ -1,0 +1,236 @@
+// Changing values and keys, and deleting keys, through a handle where writes fail.
+#include "tests/fault/LoadedChanges.h"
+
+namespace tamu::registry {
+namespace {
+
+using faults::Mode;
+
+// What is wrong with the file, but for slots that were taken and are not marked as used: they are
+// lost only, as long as there are as many that nothing leads to. *harmless counts data that could
+// not be stored, and counts of values of which another than the first is gone.
+std::string GraveFindings(const std::string& path, unsigned int* harmless) {
+  const SlotCounts counts = CountSlots(path);
+  unsigned int lost = 0;
+  for (const SlotCounts::Kind& kind : {counts.strings, counts.keys, counts.values, counts.blocks}) {
+    lost += kind.used - kind.reachable;
+  }
+  *harmless = 0;
+  std::string findings;
+  for (const std::string& finding : CheckStructure(path)) {
+    const auto has = [&](const char* part) { return finding.find(part) != std::string::npos; };
+    if (has("used slot") && has("has the entry") && lost > 0) {
+      --lost;
+    } else if (has("bytes in 0 blocks") || has("counts 3 values, has 2")) {
+      ++*harmless;
+    } else {
+      findings += finding + "\n";
+    }
+  }
+  return findings;
+}
+
+class LoadedWriteFaults : public ::testing::Test {
+ protected:
+  void TearDown() override { faults::Disarm(); }
+
+  // Runs `check` after every change with a fault at every call in turn.
+  template <class Check>
+  static void ForEveryFault(Mode mode, Check check) {
+    for (const Change& change : kChanges) {
+      const unsigned int calls = Attempt(change, Mode::kNone, 0).calls;
+      ASSERT_GT(calls, 0u);
+      for (unsigned int number = 0; number < calls; ++number) {
+        SCOPED_TRACE(std::string(change.name) + ", " + faults::Name(mode) + " call " +
+                     std::to_string(number) + " of " + std::to_string(calls));
+        Attempt attempt(change, mode, number);
+        check(change, number, attempt);
+      }
+    }
+  }
+};
+
+TEST_F(LoadedWriteFaults, WithoutAFaultMemoryAndFileAgree) {
+  for (const Change& change : kChanges) {
+    SCOPED_TRACE(change.name);
+    Attempt attempt(change, Mode::kNone, 0);
+    EXPECT_EQ(attempt.status, 0u);
+    const std::string seen = Seen(attempt.rig, attempt.root);
+    EXPECT_NE(seen, attempt.seenBefore);
+    EXPECT_EQ(attempt.SeenAnew(), seen);
+  }
+}
+
+// A short write is gone on with.
+TEST_F(LoadedWriteFaults, ShortWritesDoNotMatter) {
+  for (const Change& change : kChanges) {
+    std::string expected;
+    unsigned int calls = 0;
+    {
+      Attempt whole(change, Mode::kNone, 0);
+      expected = whole.rig.Contents();
+      calls = whole.calls;
+    }
+    for (unsigned int number = 0; number < calls; ++number) {
+      SCOPED_TRACE(std::string(change.name) + ", call " + std::to_string(number));
+      Attempt attempt(change, Mode::kShortOnce, number);
+      EXPECT_EQ(attempt.status, 0u);
+      EXPECT_TRUE(attempt.rig.Contents() == expected);
+    }
+  }
+}
+
+TEST_F(LoadedWriteFaults, OnlySomeFailuresAreReported) {
+  for (const Mode mode : {Mode::kFailOnce, Mode::kFailFrom, Mode::kTearFrom}) {
+    ForEveryFault(mode, [](const Change& change, unsigned int number, const Attempt& attempt) {
+      EXPECT_EQ(attempt.status, number < change.reported ? 5u : 0u);
+    });
+  }
+}
+
+TEST_F(LoadedWriteFaults, WhatIsReportedIsUndone) {
+  for (const Mode mode : {Mode::kFailOnce, Mode::kFailFrom}) {
+    ForEveryFault(mode, [](const Change&, unsigned int, Attempt& attempt) {
+      if (attempt.status != 0) {
+        EXPECT_TRUE(attempt.IsUndone());
+      }
+    });
+  }
+}
+
+// Also where that cannot be reported: it is deleted or it is not, and then with all below it.
+TEST_F(LoadedWriteFaults, AKeyIsDeletedWithTheFirstWrite) {
+  for (const Mode mode : {Mode::kFailOnce, Mode::kFailFrom}) {
+    ForEveryFault(mode, [](const Change& change, unsigned int number, Attempt& attempt) {
+      if (std::string(change.name).find("delete the key") == std::string::npos) return;
+      EXPECT_EQ(attempt.status, 0u);
+      if (number == 0) {
+        EXPECT_TRUE(attempt.IsUndone());
+        EXPECT_EQ(UsedSlots(attempt.rig.path), attempt.used);
+        return;
+      }
+      for (const char* key : {"a", "a/b", "a/b/c", "a/d"}) {
+        EXPECT_EQ(attempt.rig.Find(attempt.root, key), 2u) << key;
+      }
+      const std::string seen = Seen(attempt.rig, attempt.root);
+      EXPECT_EQ(attempt.SeenAnew(), seen);
+    });
+  }
+}
+
+TEST_F(LoadedWriteFaults, OtherKeysAreAsBefore) {
+  for (const Mode mode : {Mode::kFailOnce, Mode::kFailFrom, Mode::kTearFrom}) {
+    ForEveryFault(mode, [](const Change&, unsigned int, Attempt& attempt) {
+      const std::string x = attempt.seenBefore.substr(attempt.seenBefore.find("\nx: "));
+      std::string seen = Seen(attempt.rig, attempt.root);
+      EXPECT_NE(seen.find(x), std::string::npos) << seen;
+      seen = attempt.SeenAnew();
+      EXPECT_NE(seen.find(x), std::string::npos) << seen;
+    });
+  }
+}
+
+// Whatever failed, no record leads to a slot that is free or another's, and the key can be used and
+// deleted.
+TEST_F(LoadedWriteFaults, TheFileStaysSound) {
+  for (const Mode mode : {Mode::kFailOnce, Mode::kFailFrom}) {
+    unsigned int stored = 0;
+    ForEveryFault(mode, [&](const Change&, unsigned int, Attempt& attempt) {
+      unsigned int harmless = 0;
+      EXPECT_EQ(GraveFindings(attempt.rig.path, &harmless), "");
+      EXPECT_LE(harmless, 1u);
+      if (harmless == 0) ++stored;
+      TernaryKeyTree& tree = attempt.rig.loaded;
+      TernaryHandle* root = attempt.root;
+      const bool isThere = attempt.rig.Find(root, "a") == 0;
+      if (!isThere) {
+        ASSERT_EQ(tree.CreateKey(kAdmin, root, "a", 0, false), 0u);
+      }
+      EXPECT_EQ(Store(tree, root, true, "again", 1, 130), 0u);
+      EXPECT_EQ(Store(tree, root, false, "again", 2, 300), 0u);
+      for (const char* name : {"new", "data", "number"}) {
+        const unsigned int result = Store(tree, root, false, name, 4, 90);
+        EXPECT_TRUE(result == 0 || result == 2) << result;
+      }
+      EXPECT_EQ(GraveFindings(attempt.rig.path, &harmless), "");
+      const std::string seen = Seen(attempt.rig, root);
+      EXPECT_EQ(attempt.SeenAnew(), seen) << "memory and file agree again";
+      EXPECT_EQ(tree.DeleteKey(kAdmin, attempt.root, "a"), 0u);
+      EXPECT_EQ(GraveFindings(attempt.rig.path, &harmless), "");
+      EXPECT_EQ(harmless, 0u);
+    });
+    EXPECT_GT(stored, 50u);
+  }
+}
+
+// ---- what is not reported: where it is then
+
+const Change& ChangeNamed(const std::string& name) {
+  for (const Change& each : kChanges) {
+    if (name == each.name) return each;
+  }
+  return kChanges[0];
+}
+
+// What is seen after a change that nothing happened to.
+std::string Whole(const std::string& name) {
+  Attempt attempt(ChangeNamed(name), Mode::kNone, 0);
+  return Seen(attempt.rig, attempt.root);
+}
+
+// Calls 0 and 1 take the slot, 2 writes the record and 3 the key.
+TEST_F(LoadedWriteFaults, AValueThatCannotBeWrittenIsNotThere) {
+  for (const Mode mode : {Mode::kFailOnce, Mode::kFailFrom}) {
+    for (unsigned int number : {2u, 3u}) {
+      SCOPED_TRACE(std::string(faults::Name(mode)) + " call " + std::to_string(number));
+      Attempt attempt(ChangeNamed("create a number"), mode, number);
+      EXPECT_EQ(attempt.status, 0u);
+      EXPECT_TRUE(attempt.IsUndone());
+      if (mode == Mode::kFailOnce) {
+        EXPECT_EQ(UsedSlots(attempt.rig.path), attempt.used);
+      }
+    }
+  }
+}
+
+TEST_F(LoadedWriteFaults, DataWhoseValueCannotBeWrittenIsGivenBack) {
+  // Calls 2 and 3 take the blocks, 4 to 6 write them, 7 writes the record and 8 the key.
+  for (unsigned int number : {4u, 5u, 6u}) {
+    Attempt attempt(ChangeNamed("create data"), Mode::kFailOnce, number);
+    EXPECT_EQ(attempt.status, 0u);
+    EXPECT_EQ(StructureFindings(attempt.rig.path), "") << "a lost block is one all the same";
+    EXPECT_EQ(attempt.rig.KeyOf(attempt.root, "a")->node->valueCount(), 4u);
+  }
+  for (unsigned int number : {7u, 8u}) {
+    Attempt attempt(ChangeNamed("create data"), Mode::kFailOnce, number);
+    EXPECT_EQ(attempt.status, 0u);
+    EXPECT_TRUE(attempt.IsUndone());
+    EXPECT_EQ(UsedSlots(attempt.rig.path), attempt.used);
+  }
+}
+
+// The record is written last; before that, the file is told that the value is not set.
+TEST_F(LoadedWriteFaults, AValueThatCannotBeSetIsReadUntilItIsUnloaded) {
+  const struct {
+    const char* change;
+    unsigned int last;
+    const char* stored;
+  } kCases[] = {{"set data to more", 9, "data 53"},
+                {"set data to a number", 3, "data 53"},
+                {"set a number to data", 4, "number 0500000000000000"},
+                {"set a number", 0, "number 0500000000000000"}};
+  for (const auto& each : kCases) {
+    SCOPED_TRACE(each.change);
+    const std::string whole = Whole(each.change);
+    Attempt attempt(ChangeNamed(each.change), Mode::kFailOnce, each.last);
+    EXPECT_EQ(attempt.status, 0u);
+    EXPECT_EQ(attempt.calls, each.last + 1);
+    EXPECT_EQ(Seen(attempt.rig, attempt.root), whole);
+    attempt.SeenAnew();
+    const std::string values = LoadedValues(*attempt.rig.KeyOf(attempt.root, "a"));
+    EXPECT_NE(values.find(each.stored), std::string::npos) << values;
+  }
+}
+
+}  // namespace
+}  // namespace tamu::registry

@@ -1,0 +1,279 @@
+// Creating keys where the file is full or damaged, where a handle's key is gone, and where somebody
+// else has a string locked.
+#include <atomic>
+#include <thread>
+
+#include "tests/registry/memtree/RootHandle.h"
+
+namespace tamu::registry {
+namespace {
+
+class LoadedCreationFailures : public RootHandleTest {
+ protected:
+  // Closes and opens everything, with a change of the file between.
+  void Damage(unsigned int offset, const std::string& hex) {
+    isSound = false;
+    ASSERT_EQ(rig.Unload(root), 0u);
+    ASSERT_EQ(rig.loaded.UnloadKeyTree(nullptr), 0u);
+    PatchFile(rig.path, offset, BytesOfHex(hex));
+    root = rig.Load("");
+  }
+  // Leaves one free slot of a kind, in the last table that it can have.
+  void FillUp(NodeKind kind) {
+    TernaryFile& store = *rig.loaded.File();
+    while (store.Descriptor(kind).tableCount < 21) {
+      ASSERT_EQ(store.ExpandFile(&store.Descriptor(kind), RecordSizeOf(kind), 2), 0u);
+    }
+  }
+  // Waits until so many threads wait for strings that are locked through the handle.
+  static void AwaitWaiters(TernaryHandle* handle, int count) {
+    for (bool wait = false; !wait; std::this_thread::yield()) {
+      PCMutexGuard guard(*handle->treeLock);
+      wait = handle->waiterCount == count;
+    }
+  }
+  // What CreateKey does for a name below a string whose level is empty, under a lock that is held.
+  void HangByHand(TernaryString* owner, const char* name) {
+    TernaryKey* key = nullptr;
+    TernaryString* first = nullptr;
+    ASSERT_EQ(rig.loaded.CreateKeyNode(0, kAdmin, 15, 0, false, key), 0u);
+    ASSERT_EQ(rig.loaded.CreateStringNode(0, name, first, key), 0u);
+    PCMutexGuard guard(*root->treeLock);
+    owner->SetDirectory(first);
+    ASSERT_EQ(rig.loaded.File()->WriteNode(0, owner->id, owner->node, false), 0u);
+  }
+};
+
+// ---- no room
+
+TEST_F(LoadedCreationFailures, WithoutRoomForAKeyNothingIsChanged) {
+  FillUp(NodeKind::kKey);
+  CreateAll({"abc"});
+  const std::string before = rig.Contents();
+  for (const char* path : {"abd", "abc/d", "abcd"}) EXPECT_EQ(Create(path), 75u) << path;
+  EXPECT_TRUE(rig.Contents() == before);
+  EXPECT_EQ(rig.Loaded(), "2 strings, 2 keys");
+}
+
+TEST_F(LoadedCreationFailures, WithoutRoomForAKeyTheCutStays) {
+  FillUp(NodeKind::kKey);
+  CreateAll({"abc"});
+  EXPECT_EQ(Create("ab"), 75u);
+  EXPECT_EQ(rig.Loaded(), "3 strings, 2 keys");
+  EXPECT_EQ(rig.StringNode(3), Packed("00010062 8*0 00020000 8*0 61 15*0"));
+}
+
+TEST_F(LoadedCreationFailures, WithoutRoomForACutNothingIsChanged) {
+  FillUp(NodeKind::kString);
+  CreateAll({"abc"});
+  const std::string before = rig.Contents();
+  for (const char* path : {"ab", "axyz", "xyz"}) EXPECT_EQ(Create(path), 75u) << path;
+  EXPECT_TRUE(rig.Contents() == before);
+}
+
+TEST_F(LoadedCreationFailures, WithoutRoomForANameAllThatWasTakenIsGivenBack) {
+  FillUp(NodeKind::kString);
+  const SlotCounts before = CountSlots(rig.path);
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(Create("abcdefghijklmnopqr"), 75u);
+  const SlotCounts after = CountSlots(rig.path);
+  EXPECT_EQ(after.strings.free, before.strings.free);
+  EXPECT_EQ(after.keys.free, before.keys.free);
+  EXPECT_EQ(rig.Loaded(), "1 strings, 1 keys");
+  CreateAll({"abcdefghijklmnopq"});
+  EXPECT_EQ(Create("b"), 75u);
+}
+
+// ---- damage
+
+// A segment of 17 characters.
+TEST_F(LoadedCreationFailures, WhatCouldNotBeLoadedIsNotCreatedAgain) {
+  CreateAll({"m", "a", "z", "mm", "m/x"});
+  struct {
+    unsigned int slot;
+    std::vector<const char*> paths;
+  } const cases[] = {{3, {"a", "abc", "a/b"}},
+                     {4, {"z", "zz"}},
+                     {5, {"mm", "mn", "mmm"}},
+                     {6, {"m/x", "m/y", "m/x/y"}}};
+  for (const auto& each : cases) {
+    const unsigned int segmentLength = kStringArea + 40 * each.slot + 1;
+    Damage(segmentLength, "11");
+    const std::string before = rig.Contents();
+    for (const char* path : each.paths) EXPECT_EQ(Create(path), 1u) << path;
+    EXPECT_TRUE(rig.Contents() == before);
+    Damage(segmentLength, "00");
+  }
+  EXPECT_EQ(Create("m/y"), 0u);
+  isSound = true;
+}
+
+TEST_F(LoadedCreationFailures, AKeyThatCouldNotBeLoadedIsNotReplaced) {
+  CreateAll({"a"});
+  Damage(kStringArea + 40 * 2 + 20, "00c80000");
+  const std::string before = rig.Contents();
+  EXPECT_EQ(rig.Find(root, "a"), 2u);
+  EXPECT_EQ(Create("a"), 1u);
+  EXPECT_EQ(Create("a/b"), 1u);
+  EXPECT_TRUE(rig.Contents() == before);
+}
+
+// Two links lead to one string, which is loaded for one of them.
+TEST_F(LoadedCreationFailures, AStringIsCutWhereItIsLoaded) {
+  CreateAll({"m", "axyz"});
+  Damage(kStringArea + 40 * 2 + 12, "00030000");  // `equal` of "m" leads to the string of "axyz"
+  EXPECT_EQ(Create("a123"), 0u);
+  EXPECT_EQ(rig.StringNode(2), Packed("0000106d 00040000 4*0 00030000 4*0 00020000 16*0"));
+  EXPECT_EQ(rig.StringNode(4), Packed("00010078 00050000 4*0 00030000 8*0 61 15*0"));
+  const TernaryString* m = root->start->directory;
+  EXPECT_EQ(m->lower->id, 0x400u);
+  EXPECT_EQ(m->lower->equal->id, 0x300u);
+  EXPECT_EQ(m->equal, nullptr);
+  EXPECT_EQ(rig.Find(root, "a123"), 0u);
+}
+
+// ---- handles
+
+TEST_F(LoadedCreationFailures, BelowAHandleWhoseKeyIsGoneNothingIsCreated) {
+  CreateAll({"a", "a/b"});
+  TernaryHandle* handle = rig.Load("a");
+  ASSERT_EQ(rig.loaded.DeleteKey(kAdmin, root, "a"), 0u);
+  const std::string before = rig.Contents();
+  for (const char* path : {"", "b", "c", "/"}) EXPECT_EQ(CreateThrough(handle, path), 1u) << path;
+  EXPECT_EQ(rig.loaded.CreateKey(kAdmin, handle, nullptr, 0, false), 1u);
+  EXPECT_TRUE(rig.Contents() == before);
+  CreateAll({"a"});
+  EXPECT_EQ(CreateThrough(handle, "c"), 0u) << "the name has its string again";
+  EXPECT_EQ(Stored(), "a a/c");
+}
+
+TEST_F(LoadedCreationFailures, AnInnerHandleThatIsClosedLeavesTheKeyToTheOuter) {
+  CreateAll({"a"});
+  ASSERT_EQ(rig.loaded.CreateValue(kAdmin, root, "a", "n", 5, true), 0u);
+  TernaryHandle* inner = rig.Load("a");
+  ASSERT_EQ(rig.Unload(inner), 0u);
+  const std::string before = rig.Contents();
+  EXPECT_EQ(Create("a"), 17u);
+  EXPECT_TRUE(rig.Contents() == before);
+  EXPECT_EQ(Create("a/b"), 0u);
+}
+
+TEST_F(LoadedCreationFailures, AfterTheEndNothingIsCreated) {
+  rig.Close();
+  isSound = false;
+  TernaryKey* key = nullptr;
+  TernaryString* string = nullptr;
+  EXPECT_EQ(rig.loaded.CreateKey(kAdmin, nullptr, "a", 0, false), 1u);
+  EXPECT_EQ(rig.loaded.CreateKey(kAdmin, root, "a", 0, false), 1u) << "the handle is not looked at";
+  EXPECT_EQ(rig.loaded.CreateRootKey(), 1u);
+  EXPECT_EQ(rig.loaded.CreateKeyNode(0, 0, 0, 0, false, key), 1u);
+  EXPECT_EQ(rig.loaded.CreateStringNode(0, "a", string, nullptr), 1u);
+  EXPECT_EQ(rig.loaded.SplitString(0, nullptr, 0, 0, nullptr, string), 1u);
+  EXPECT_EQ(rig.loaded.AddKey(0, nullptr, 0, false), 1u);
+}
+
+// ---- a string that somebody has locked by hand
+
+// What is there already cannot be seen until then.
+TEST_F(LoadedCreationFailures, WhoCreatesOnALockedLevelWaits) {
+  CreateAll({"a", "a/b"});
+  TernaryString* a = root->start->directory;
+  ASSERT_EQ(a->Lock(root), 0u);
+  const char* const paths[] = {"a/c", "a/b", "a/b/x", "a/d/x"};
+  unsigned int results[4] = {77, 77, 77, 77};
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i) {
+    threads.emplace_back([&, i] { results[i] = Create(paths[i]); });
+    AwaitWaiters(root, i + 1);
+  }
+  EXPECT_EQ(Create("x"), 0u) << "on another level";
+  EXPECT_EQ(Create("a"), 17u);
+  EXPECT_EQ(Stored(), "a a/b x");
+  ASSERT_EQ(a->Unlock(), 0u);
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(results[0], 0u);
+  EXPECT_EQ(results[1], 17u);
+  EXPECT_EQ(results[2], 0u);
+  EXPECT_EQ(results[3], 22u);
+  EXPECT_EQ(Stored(), "a a/b a/b/x a/c x");
+}
+
+// The rights on the locked level are not asked for by a key further down.
+TEST_F(LoadedCreationFailures, WhoMayCreateBelowALockedLevelWaitsForIt) {
+  CreateAll({"a"});
+  ASSERT_EQ(rig.loaded.SetKeyPermission(kAdmin, root, "a", 0x4F), 0u);
+  ASSERT_EQ(rig.loaded.CreateKey(kUser, root, "a/own", 0, false), 0u);
+  ASSERT_EQ(rig.loaded.SetKeyPermission(kAdmin, root, "a", 0x0F), 0u);
+  TernaryString* a = root->start->directory;
+  ASSERT_EQ(a->Lock(root), 0u);
+  unsigned int result = 77;
+  std::atomic<bool> done{false};
+  std::thread thread([&] {
+    result = rig.loaded.CreateKey(kUser, root, "a/own/x", 0, false);
+    done = true;
+  });
+  for (bool goesOn = false; !goesOn; std::this_thread::yield()) {
+    PCMutexGuard guard(*root->treeLock);
+    goesOn = done || root->waiterCount == 1;
+  }
+  ASSERT_EQ(a->Unlock(), 0u);
+  thread.join();
+  EXPECT_EQ(result, 0u);
+}
+
+// Who waits for an empty level finds what was hung there meanwhile.
+TEST_F(LoadedCreationFailures, AKeyIsAddedBesideOneThatCameWhileItsCreatorWaited) {
+  CreateAll({"a"});
+  TernaryHandle* other = rig.Load("a");
+  TernaryString* a = root->start->directory;
+  for (TernaryHandle* through : {root, other}) {
+    ASSERT_EQ(rig.loaded.DeleteKey(kAdmin, root, "a"), 0u);
+    CreateAll({"a"});
+    const std::string prefix = through == root ? "a/" : "";
+    ASSERT_EQ(a->Lock(root), 0u);
+    unsigned int result = 77;
+    std::thread thread([&] { result = CreateThrough(through, prefix + "theirs"); });
+    AwaitWaiters(root, 1);
+    HangByHand(a, "own");
+    ASSERT_EQ(a->Unlock(), 0u);
+    thread.join();
+    EXPECT_EQ(result, 0u);
+    EXPECT_EQ(Stored(), "a a/own a/theirs");
+    EXPECT_FALSE(a->isBusy());
+  }
+}
+
+TEST_F(LoadedCreationFailures, AKeyThatCameWhileItsCreatorWaitedIsThere) {
+  CreateAll({"a"});
+  TernaryString* a = root->start->directory;
+  ASSERT_EQ(a->Lock(root), 0u);
+  unsigned int results[2] = {77, 77};
+  std::thread same([&] { results[0] = Create("a/own"); });
+  std::thread below([&] { results[1] = Create("a/own/x"); });
+  AwaitWaiters(root, 2);
+  HangByHand(a, "own");
+  ASSERT_EQ(a->Unlock(), 0u);
+  same.join();
+  below.join();
+  EXPECT_EQ(results[0], 17u);
+  EXPECT_EQ(results[1], 0u);
+  EXPECT_EQ(Stored(), "a a/own a/own/x");
+}
+
+// Neither the key nor its rights are what they were before the wait.
+TEST_F(LoadedCreationFailures, TheRightsAreLookedAtAgainAfterAWait) {
+  ASSERT_EQ(rig.loaded.CreateKey(kUser, root, "a", 0, false), 0u);
+  TernaryString* a = root->start->directory;
+  ASSERT_EQ(a->Lock(root), 0u);
+  unsigned int result = 77;
+  std::thread thread([&] { result = rig.loaded.CreateKey(kUser, root, "a/b", 0, false); });
+  AwaitWaiters(root, 1);
+  ASSERT_EQ(rig.loaded.SetKeyPermission(kAdmin, root, "a", 0x0B), 0u);
+  const std::string before = rig.Contents();
+  ASSERT_EQ(a->Unlock(), 0u);
+  thread.join();
+  EXPECT_EQ(result, 1u);
+  EXPECT_TRUE(rig.Contents() == before);
+}
+
+}  // namespace
+}  // namespace tamu::registry

@@ -1,0 +1,248 @@
+// Deleting keys through a handle: what is found afterwards, and what stays.
+#include "tests/registry/memtree/LoadedWriting.h"
+
+namespace tamu::registry {
+
+namespace {
+
+using LoadedDeletion = LoadedWriting;
+
+TEST_F(LoadedDeletion, TheNameStaysAndIsUsedAgain) {
+  Start({"m", "f", "t", "m/x"});  // string nodes 2 to 5
+  EXPECT_EQ(StringNode(2),
+            "0000106d"                          // a key ends at "m"
+            "00030000000400000000000000050000"  // lo "f", hi "t", child "x"
+            "00020000");
+  ASSERT_EQ(DeleteKey("m"), 0u);
+  EXPECT_EQ(StringNode(2),
+            "0000006d"
+            "00030000000400000000000000000000"
+            "00000000");
+  for (const char* key : {"m", "m/", "m/x"}) EXPECT_EQ(rig.Find(root, key), 2u) << key;
+  for (const char* key : {"f", "t"}) EXPECT_EQ(rig.Find(root, key), 0u) << key;
+  EXPECT_EQ(rig.Loaded(), "4 strings, 3 keys");
+  EXPECT_EQ(FreeSlots(), "360 361 364 364");
+  EXPECT_EQ(DeleteKey("m"), 2u);
+
+  ASSERT_EQ(CreateKey("m"), 0u);
+  EXPECT_EQ(StringNode(2),
+            "0000106d"
+            "00030000000400000000000000000000"
+            "00020000");
+  EXPECT_EQ(FreeSlots(), "360 360 364 364");
+  EXPECT_EQ(rig.Find(root, "m/x"), 2u);
+  Reload();
+  EXPECT_EQ(rig.Loaded(), "4 strings, 4 keys");
+  EXPECT_EQ(ListedStoredKeys(""), ListedKeys(root));
+  ExpectSound(rig.path);
+}
+
+// So the name can be created again without a handle alone.
+TEST_F(LoadedDeletion, ANameThatOthersGoOnFromKeepsThem) {
+  Start({"m", "mn"});
+  ASSERT_EQ(DeleteKey("m"), 0u);
+  EXPECT_EQ(StringNode(2),
+            "0000006d"
+            "00000000000000000003000000000000"
+            "00000000");
+  EXPECT_EQ(rig.Find(root, "mn"), 0u);
+  EXPECT_EQ(CreateKey("m"), 1u);
+  EXPECT_EQ(rig.file->CreateKey(kAdmin, nullptr, "m", 0, false), 0u);
+  EXPECT_EQ(StringNode(2),
+            "0000106d"
+            "00000000000000000003000000000000"
+            "00020000");
+  Reload();
+  EXPECT_EQ(ListedKeys(root), "0: mn m");
+  ExpectSound(rig.path);
+}
+
+// The file after deleting a key of a tree with values, through a handle or without one.
+std::string FileWithout(const char* key, bool throughHandle) {
+  LoadedTreeRig rig;
+  rig.Create({"a", "a/m", "a/f", "a/t", "a/mn", "a/m/x", "a/m/y", "b", "b/c"});
+  for (const char* owner : {"", "a", "a/m", "a/m/x", "a/mn", "b"}) {
+    for (const char* name : {"1", "2"}) EXPECT_EQ(rig.CreateNumber(owner, name, 1), 0u);
+    EXPECT_EQ(rig.CreateData(owner, "d", Pattern(100)), 0u);
+  }
+  TernaryHandle* root = rig.Load("");
+  EXPECT_EQ(throughHandle ? rig.loaded.DeleteKey(kAdmin, root, key)
+                          : rig.file->DeleteKey(kAdmin, nullptr, key),
+            0u);
+  ExpectSound(rig.path);
+  return rig.Contents();
+}
+
+TEST_F(LoadedDeletion, TheFileIsAsAfterDeletingWithoutAHandle) {
+  for (const char* key : {"a", "a/m", "a/f", "a/mn", "a/m/x", "/b", "b/", "/a/m/"}) {
+    EXPECT_TRUE(FileWithout(key, true) == FileWithout(key, false)) << key;
+  }
+}
+
+// But for the mark of a node that was written while it was locked.
+TEST_F(LoadedDeletion, TheRootKeyGoesTheSameWay) {
+  for (const char* key : {"", "/"}) {
+    std::string through = FileWithout(key, true);
+    EXPECT_EQ(through[InString(1, 2)], '\x01');
+    through[InString(1, 2)] = '\0';
+    EXPECT_TRUE(through == FileWithout(key, false)) << key;
+  }
+}
+
+TEST_F(LoadedDeletion, WithoutItsKeyTheRootIsNotFound) {
+  Start({"a"});
+  ASSERT_EQ(DeleteKey(""), 0u);
+  EXPECT_EQ(FreeSlots(), "363 364 364 364");
+  EXPECT_EQ(rig.Loaded(), "1 strings, 0 keys");
+  EXPECT_EQ(rig.Find(root, ""), 2u);
+  EXPECT_EQ(rig.Find(root, "a"), 2u);
+  EXPECT_EQ(DeleteKey(""), 2u);
+  EXPECT_EQ(CreateKey("b"), 1u);
+  EXPECT_EQ(rig.Unload(root), 0u);
+  EXPECT_EQ(rig.TryToLoad(""), 2u);
+  EXPECT_EQ(rig.TryToLoad("a"), 2u);
+}
+
+TEST_F(LoadedDeletion, TheBlocksOfItsValuesStayInUse) {
+  Start({"a", "a/b"});
+  ASSERT_EQ(CreateData("a", "v", 1, Pattern(100)), 0u);  // blocks 1 and 2
+  ASSERT_EQ(CreateData("a/b", "v", 1, "x"), 0u);         // block 3
+  const std::string table = Hex(kDataTable, 32 + 4 * 365);
+  const std::string blocks = Hex(kDataArea, 64 * 5);
+  EXPECT_EQ(DeleteKey("a"), 0u);
+  EXPECT_EQ(FreeSlots(), "362 363 364 361");
+  EXPECT_EQ(Hex(kDataTable, 32 + 4 * 365), table);
+  EXPECT_EQ(Hex(kDataArea, 64 * 5), blocks);
+  ASSERT_EQ(CreateData("", "new", 1, "y"), 0u);
+  EXPECT_EQ(DataBlock(4).substr(0, 2), "79");
+}
+
+// With all that hangs on it, in memory and in the file; but nothing leads there.
+TEST_F(LoadedDeletion, WhatAHandleNeedsStaysForIt) {
+  Start({"a", "a/b", "a/b/c", "a/d", "x"});  // 2 to 6; d hangs on b
+  for (const char* key : {"a", "a/b", "a/b/c"}) ASSERT_EQ(CreateNumber(key, "n", 5), 0u);
+  TernaryHandle* handle = rig.Load("a/b");
+  const std::string kept = Hex(InString(3, 0), 40 * 3) + Hex(InKey(3, 0), 24 * 3);
+  EXPECT_EQ(FreeSlots(), "358 358 361 364");
+  ASSERT_EQ(DeleteKey("a"), 0u);
+  EXPECT_EQ(StringNode(2),
+            "00000061"
+            "00000000000600000000000000000000"
+            "00000000");
+  EXPECT_EQ(Hex(InString(3, 0), 40 * 3) + Hex(InKey(3, 0), 24 * 3), kept);
+  EXPECT_EQ(FreeSlots(), "358 359 362 364") << "the key and the value of a";
+  EXPECT_EQ(Get(handle, "c", "n"), "type 0: 0500000000000000");
+  EXPECT_EQ(rig.Find(root, "a/b"), 2u);
+  EXPECT_EQ(ListedStoredKeys(""), "0: x");
+  EXPECT_EQ(rig.Unload(handle), 0u);
+  EXPECT_EQ(FreeSlots(), "358 359 362 364") << "of the file nothing comes back";
+  EXPECT_EQ(StructureFindings(rig.path), "");
+}
+
+TEST_F(LoadedDeletion, NeedsTheRightToDelete) {
+  ExpectLoadedToNeedTheRight(8, [](TernaryKeyTree& tree, unsigned int user, TernaryHandle* handle) {
+    return tree.DeleteKey(user, handle, "a");
+  });
+}
+
+// Not of what is above it or below it.
+TEST_F(LoadedDeletion, TheRightIsThatOfTheKeyItself) {
+  Start({"a", "a/b", "a/b/c"});
+  for (const char* key : {"", "a", "a/b/c"}) {
+    ASSERT_EQ(rig.loaded.SetKeyPermission(kAdmin, root, key, 0x00), 0u);
+  }
+  ASSERT_EQ(rig.loaded.SetKeyPermission(kAdmin, root, "a/b", 0x80), 0u);
+  EXPECT_EQ(rig.loaded.DeleteKey(kOther, root, "a"), 1u);
+  EXPECT_EQ(rig.loaded.DeleteKey(kOther, root, "a/b/c"), 1u);
+  EXPECT_EQ(rig.loaded.DeleteKey(kAdmin, root, "a/b"), 1u);
+  EXPECT_EQ(rig.loaded.DeleteKey(kOther, root, "a/b"), 0u);
+  EXPECT_EQ(ListedKeys(root), "0: a");
+}
+
+TEST_F(LoadedDeletion, MissesAMissingKey) {
+  Start({"a", "abc", "abd"});
+  const std::string before = rig.Contents();
+  for (const char* key : {"b", "ab", "ab/", "a/b", "abcd", "a//"}) {
+    EXPECT_EQ(DeleteKey(key), 2u) << key;
+  }
+  EXPECT_TRUE(rig.Contents() == before);
+}
+
+// A name without a key has nothing below it that anybody could reach.
+TEST_F(LoadedDeletion, BelowADeletedKeyNothingIsCreated) {
+  Start({"a", "a/b"});
+  ASSERT_EQ(DeleteKey("a"), 0u);
+  EXPECT_EQ(CreateKey("a/b"), 1u);
+  EXPECT_EQ(rig.file->CreateKey(kAdmin, nullptr, "a/b", 0, false), 1u);
+  EXPECT_EQ(CreateKey("c/b"), 22u);
+}
+
+// What a handle answers: FindKey, GetValue, GetDefaultValue, GetValueOffset, GetKeyInfo,
+// GetKeyPermission, ListKeys, ListValues, SetValue, the two CreateValue, DeleteValue,
+// SetDefaultValue, SetKeyPermission, SetKeyWatch, DeleteKey.
+std::string Answers(LoadedTreeRig& rig, TernaryHandle* handle, const char* path) {
+  TernaryKeyTree& tree = rig.loaded;
+  unsigned long long number = 0;
+  unsigned int offset = 0;
+  unsigned char permission = 0;
+  KeyInfo info = {};
+  NameList names(5);
+  char byte = 'x';
+  Value value = {1, 1, &byte};
+  ReadValue read;
+  const unsigned int answers[] = {rig.Find(handle, path),
+                                  tree.GetValue(kAdmin, handle, path, "n", &read),
+                                  tree.GetDefaultValue(kAdmin, handle, path, &number),
+                                  tree.GetValueOffset(kAdmin, handle, path, "n", &offset),
+                                  tree.GetKeyInfo(kAdmin, handle, path, &info),
+                                  tree.GetKeyPermission(kAdmin, handle, path, &permission),
+                                  tree.ListKeys(kAdmin, handle, path, 0, &names, 0),
+                                  tree.ListValues(kAdmin, handle, path, 0, &names),
+                                  tree.SetValue(kAdmin, handle, path, "n", &value),
+                                  tree.CreateValue(kAdmin, handle, path, "n", 1, true),
+                                  tree.CreateValue(kAdmin, handle, path, "n", &value),
+                                  tree.DeleteValue(kAdmin, handle, path, "n"),
+                                  tree.SetDefaultValue(kAdmin, handle, path, 1, false),
+                                  tree.SetKeyPermission(kAdmin, handle, path, 1),
+                                  tree.SetKeyWatch(kAdmin, handle, path, 1),
+                                  tree.DeleteKey(kAdmin, handle, path)};
+  std::string text;
+  for (unsigned int each : answers) text += std::to_string(each) + " ";
+  return text;
+}
+
+TEST_F(LoadedDeletion, AHandleWhoseKeyIsDeletedFindsNothing) {
+  Start({"a", "a/b", "a/b/c", "x"});
+  TernaryHandle* a = rig.Load("a");
+  ASSERT_EQ(DeleteKey("a"), 0u);
+  const std::string before = rig.Contents();
+  for (const char* path : {"", "/", "b", "b/c"}) {
+    EXPECT_EQ(Answers(rig, a, path), Repeated("2 ", 16)) << path;
+    EXPECT_EQ(rig.loaded.CreateKey(kAdmin, a, path, 0, false), 1u) << path;
+  }
+  EXPECT_EQ(Answers(rig, root, "a"), Repeated("2 ", 16));
+  EXPECT_EQ(Answers(rig, root, "a/"), Repeated("2 ", 16)) << "a name without a key";
+  EXPECT_TRUE(rig.Contents() == before);
+  // The name is used again, and with it the handle.
+  ASSERT_EQ(CreateKey("a"), 0u);
+  EXPECT_EQ(rig.loaded.CreateKey(kAdmin, a, "new", 0, false), 0u);
+  EXPECT_EQ(ListedKeys(root), "0: x a/new a");
+  EXPECT_EQ(ListedStoredKeys(""), "0: x a/new a");
+  EXPECT_EQ(rig.Unload(a), 0u);
+  ExpectSound(rig.path);
+}
+
+TEST_F(LoadedDeletion, AHandleWhoseKeyIsDeletedCanBeClosed) {
+  Start({"a", "a/b", "x"});
+  TernaryHandle* a = rig.Load("a");
+  ASSERT_EQ(rig.loaded.DeleteKey(kAdmin, a, ""), 0u);
+  ASSERT_EQ(rig.Unload(root), 0u);
+  EXPECT_EQ(rig.Unload(a), 0u);
+  root = rig.Load("");
+  EXPECT_EQ(rig.Loaded(), "3 strings, 2 keys");
+  ExpectSound(rig.path);
+}
+
+}  // namespace
+
+}  // namespace tamu::registry

@@ -1,0 +1,279 @@
+// Creating, changing and deleting values through a handle: what is stored and what is read.
+#include "tests/registry/memtree/LoadedWriting.h"
+
+namespace tamu::registry {
+
+namespace {
+
+// 31 bytes of a name field behind its first byte.
+const std::string kNoMoreName(2 * 31, '0');
+
+using LoadedValueWrites = LoadedWriting;
+
+TEST_F(LoadedValueWrites, ANumberIsStoredInItsRecord) {
+  Start({"a"});
+  ASSERT_EQ(CreateNumber("a", "n", 0x1122334455667788), 0u);
+  EXPECT_EQ(ValueNode(1),
+            "0000000000000000"
+            "08000040"  // type 0, set
+            "6e" +
+                kNoMoreName + "8877665544332211");
+  EXPECT_EQ(KeyNode(2),
+            "0001000001000f00"
+            "ffff000000000000"
+            "0000000000000000");
+  EXPECT_EQ(FreeSlots(), "362 362 363 364");
+  EXPECT_EQ(GetEverywhere("a", "n"), "type 0: 8877665544332211");
+}
+
+TEST_F(LoadedValueWrites, ANumberThatIsNotSetIsStoredAllTheSame) {
+  Start({"a"});
+  ASSERT_EQ(rig.loaded.CreateValue(kAdmin, root, "a", "n", 0x0102, false), 0u);
+  EXPECT_EQ(ValueNode(1),
+            "0000000000000000"
+            "08000000"
+            "6e" +
+                kNoMoreName + "0201000000000000");
+  EXPECT_EQ(GetEverywhere("a", "n"), "nothing");
+}
+
+TEST_F(LoadedValueWrites, DataIsStoredInBlocks) {
+  Start({"a"});
+  ASSERT_EQ(CreateData("a", "n", 1, Pattern(65)), 0u);
+  EXPECT_EQ(ValueNode(1),
+            "0000000000000000"
+            "41000061"  // 65 bytes of type 1, in blocks, set
+            "6e" +
+                kNoMoreName + "0001000000000000");
+  EXPECT_EQ(DataBlock(1), HexOf(Pattern(64)));
+  EXPECT_EQ(DataBlock(2), HexOf(Pattern(65).substr(64)) + std::string(2 * 63, '0'));
+  EXPECT_EQ(Hex(kDataTable + 32 + 4, 8), "0200000000000000");  // block 1, then 2, the last
+  EXPECT_EQ(KeyNode(2).substr(0, 12), "000100000100");
+  EXPECT_EQ(GetEverywhere("a", "n"), "type 1: " + HexOf(Pattern(65)));
+  ExpectSound(rig.path);
+}
+
+TEST_F(LoadedValueWrites, DataOfAnySizeUpTo1024BytesIsKept) {
+  Start({"a"});
+  for (unsigned int size : {1u, 63u, 64u, 65u, 1023u, 1024u}) {
+    SCOPED_TRACE(size);
+    const std::string name = "n" + std::to_string(size);
+    ASSERT_EQ(CreateData("a", name.c_str(), 5, Pattern(size)), 0u);
+    EXPECT_EQ(GetEverywhere("a", name.c_str()), "type 5: " + HexOf(Pattern(size)));
+    ASSERT_EQ(SetData("a", name.c_str(), 3, Pattern(1025 - size)), 0u);
+    EXPECT_EQ(GetEverywhere("a", name.c_str()), "type 3: " + HexOf(Pattern(1025 - size)));
+  }
+  ExpectSound(rig.path);
+}
+
+TEST_F(LoadedValueWrites, MoreThan1024BytesAreRefusedBeforeTheKeyIsLookedFor) {
+  Start({"a"});
+  ASSERT_EQ(CreateData("a", "n", 1, Pattern(1024)), 0u);
+  const std::string before = rig.Contents();
+  for (const char* key : {"a", "missing"}) {
+    for (unsigned int type : {0u, 1u, 6u}) {
+      EXPECT_EQ(CreateData(key, "m", type, Pattern(1025)), 75u);
+      EXPECT_EQ(SetData(key, "n", type, Pattern(1025)), 75u);
+    }
+  }
+  EXPECT_TRUE(rig.Contents() == before);
+  EXPECT_EQ(GetEverywhere("a", "n"), "type 1: " + HexOf(Pattern(1024)));
+}
+
+TEST_F(LoadedValueWrites, OfNoBytesNothingIsSet) {
+  Start({"a"});
+  const char* const kFlags[] = {"08000000", "00000021", "00000022",
+                                "00000023", "00000024", "00000025"};
+  for (unsigned int type = 0; type <= 5; ++type) {
+    SCOPED_TRACE(type);
+    const std::string name(1, static_cast<char>('a' + type));
+    ASSERT_EQ(CreateData("a", name.c_str(), type, ""), 0u);
+    EXPECT_EQ(Hex(InValue(type + 1, 8), 4), kFlags[type]);
+    EXPECT_EQ(Hex(InValue(type + 1, 44), 8), "0000000000000000");
+    EXPECT_EQ(GetEverywhere("a", name.c_str()), "nothing");
+  }
+  EXPECT_EQ(FreeSlots(), "362 362 358 364");
+  ASSERT_EQ(CreateData("a", "x", 1, "x"), 0u);
+  EXPECT_EQ(GetEverywhere("a", "x"), "type 1: 78");
+  for (const char* name : {"a", "b", "f"}) {
+    ASSERT_EQ(SetData("a", name, 2, Pattern(70)), 0u);
+    EXPECT_EQ(GetEverywhere("a", name), "type 2: " + HexOf(Pattern(70)));
+  }
+  ExpectSound(rig.path);
+}
+
+// Without a handle a value that is set to nothing stays set.
+TEST_F(LoadedValueWrites, SettingAValueToNothingLeavesItUnset) {
+  const char* const kFlags[] = {"08000000", "00000021", "00000022",
+                                "00000023", "00000024", "00000025"};
+  Start({"a"});
+  for (unsigned int type = 0; type <= 5; ++type) {
+    SCOPED_TRACE(type);
+    const std::string name(1, static_cast<char>('a' + type));
+    ASSERT_EQ(CreateData("a", name.c_str(), 1, Pattern(200)), 0u);
+    ASSERT_EQ(SetData("a", name.c_str(), type, ""), 0u);
+    EXPECT_EQ(Hex(InValue(type + 1, 8), 4), kFlags[type]);
+    EXPECT_EQ(Hex(InValue(type + 1, 44), 8), "0000000000000000");
+    EXPECT_EQ(GetEverywhere("a", name.c_str()), "nothing");
+  }
+  EXPECT_EQ(FreeSlots(), "362 362 358 364");
+  Value nothing = {1, 0, nullptr};
+  ASSERT_EQ(rig.file->SetValue(kAdmin, nullptr, "a", "b", &nothing), 0u);
+  EXPECT_EQ(Hex(InValue(2, 8), 4), "00000061");
+  Reload();
+  EXPECT_EQ(Get("a", "b"), "type 1: ");
+}
+
+TEST_F(LoadedValueWrites, OfTwoValuesOfANameTheNewerCounts) {
+  Start({"a"});
+  ASSERT_EQ(CreateData("a", "n", 1, "old"), 0u);
+  ASSERT_EQ(CreateNumber("a", "other", 5), 0u);
+  ASSERT_EQ(CreateData("a", "n", 2, "new"), 0u);
+  EXPECT_EQ(KeyNode(2).substr(0, 12), "000300000300");
+  EXPECT_EQ(Word(InValue(3, 0)), 0x200u);
+  EXPECT_EQ(Word(InValue(2, 0)), 0x100u);
+  EXPECT_EQ(ListedValues("a"), "0: n other n");
+  EXPECT_EQ(GetEverywhere("a", "n"), "type 2: " + HexOf("new"));
+  ASSERT_EQ(SetData("a", "n", 3, "newer"), 0u);
+  EXPECT_EQ(DataBlock(1).substr(0, 6), HexOf("old"));
+  EXPECT_EQ(GetEverywhere("a", "n"), "type 3: " + HexOf("newer"));
+  ASSERT_EQ(DeleteValue("a", "n"), 0u);
+  EXPECT_EQ(GetEverywhere("a", "n"), "type 1: " + HexOf("old"));
+  ASSERT_EQ(DeleteValue("a", "n"), 0u);
+  EXPECT_EQ(GetEverywhere("a", "n"), "2");
+}
+
+TEST_F(LoadedValueWrites, ANumberOfFewerBytesIsFilledWithZeros) {
+  Start({"a"});
+  const char* const kStored[] = {"0000000000000000", "0100000000000000", "0108000000000000",
+                                 "01080f0000000000", "01080f1600000000", "01080f161d000000",
+                                 "01080f161d240000", "01080f161d242b00", "01080f161d242b32"};
+  for (unsigned int size = 1; size <= 8; ++size) {
+    SCOPED_TRACE(size);
+    const std::string name = std::to_string(size);
+    ASSERT_EQ(CreateData("a", name.c_str(), 0, Pattern(size)), 0u);
+    EXPECT_EQ(Hex(InValue(size, 8), 4), "08000040");
+    EXPECT_EQ(Hex(InValue(size, 44), 8), kStored[size]);
+    EXPECT_EQ(GetEverywhere("a", name.c_str()), std::string("type 0: ") + kStored[size]);
+  }
+  ASSERT_EQ(CreateNumber("a", "n", 0xFFFFFFFFFFFFFFFF), 0u);
+  for (unsigned int size = 1; size <= 8; ++size) {
+    SCOPED_TRACE(size);
+    ASSERT_EQ(SetData("a", "n", 0, Pattern(size)), 0u);
+    EXPECT_EQ(Hex(InValue(9, 8), 4), "08000040");
+    EXPECT_EQ(Hex(InValue(9, 44), 8), kStored[size]);
+    EXPECT_EQ(GetEverywhere("a", "n"), std::string("type 0: ") + kStored[size]);
+  }
+  ASSERT_EQ(SetData("a", "n", 0, ""), 0u);
+  EXPECT_EQ(Hex(InValue(9, 8), 4), "08000000");
+  EXPECT_EQ(Hex(InValue(9, 44), 8), kStored[0]);
+}
+
+TEST_F(LoadedValueWrites, OfANumberOfMoreBytesEightCount) {
+  Start({"a"});
+  ASSERT_EQ(CreateData("a", "n", 0, Pattern(1000)), 0u);
+  EXPECT_EQ(Hex(InValue(1, 8), 4), "08000040");
+  EXPECT_EQ(Hex(InValue(1, 44), 8), "01080f161d242b32");
+  EXPECT_EQ(GetEverywhere("a", "n"), "type 0: 01080f161d242b32");
+  ASSERT_EQ(SetData("a", "n", 0, std::string(1024, '\x7f')), 0u);
+  EXPECT_EQ(Hex(InValue(1, 8), 4), "08000040");
+  EXPECT_EQ(GetEverywhere("a", "n"), "type 0: 7f7f7f7f7f7f7f7f");
+}
+
+// Without a handle the lower four bytes alone are replaced, and the size is the caller's.
+TEST_F(LoadedValueWrites, OfANumberAllEightBytesAreReplaced) {
+  Start({"a"});
+  ASSERT_EQ(CreateNumber("a", "n", 0x1122334455667788), 0u);
+  ASSERT_EQ(SetData("a", "n", 0, "\x01\x02\x03\x04\x05\x06\x07\x08"), 0u);
+  EXPECT_EQ(Hex(InValue(1, 44), 8), "0102030405060708");
+  EXPECT_EQ(GetEverywhere("a", "n"), "type 0: 0102030405060708");
+  ASSERT_EQ(SetData("a", "n", 0, "\x34\x12"), 0u);
+  EXPECT_EQ(Hex(InValue(1, 8), 4), "08000040");
+  EXPECT_EQ(Hex(InValue(1, 44), 8), "3412000000000000");
+
+  ASSERT_EQ(CreateNumber("a", "m", 0x1122334455667788), 0u);
+  char bytes[] = "\x01\x02\x03\x04\x05\x06\x07\x08";
+  Value value = {0, 8, bytes};
+  ASSERT_EQ(rig.file->SetValue(kAdmin, nullptr, "a", "m", &value), 0u);
+  EXPECT_EQ(Hex(InValue(2, 44), 8), "0102030444332211");
+  value.size = 2;
+  ASSERT_EQ(rig.file->SetValue(kAdmin, nullptr, "a", "m", &value), 0u);
+  EXPECT_EQ(Hex(InValue(2, 8), 4), "02000040");
+  EXPECT_EQ(Hex(InValue(2, 44), 8), "0102000044332211");
+}
+
+// A number that was set without a handle keeps the size it was given; it has no more than 8 bytes.
+TEST_F(LoadedValueWrites, ANumberThatIsSaidToBeLongIsReadWithZerosBehindIt) {
+  Start({"k"});
+  ASSERT_EQ(rig.CreateNumber("k", "v", 0x1122334455667788), 0u);
+  std::string bytes = Pattern(1000);
+  Value value = {0, 1000, bytes.data()};
+  ASSERT_EQ(rig.file->SetValue(kAdmin, nullptr, "k", "v", &value), 0u);
+  ASSERT_EQ(Hex(InValue(1, 8), 4), "e8030040");
+  Reload();
+  EXPECT_EQ(Get("k", "v"), "type 0: 01080f1644332211" + std::string(2 * 992, '0'));
+  ASSERT_EQ(SetData("k", "v", 0, "\x05"), 0u);
+  EXPECT_EQ(GetEverywhere("k", "v"), "type 0: 0500000000000000");
+}
+
+TEST_F(LoadedValueWrites, TheDataMayBeTheValuesOwn) {
+  Start({"a"});
+  ASSERT_EQ(CreateData("a", "d", 1, Pattern(200)), 0u);
+  const TernaryValue* own = rig.KeyOf(root, "a")->firstValue;
+  Value value = {2, 100, own->data + 50};
+  ASSERT_EQ(rig.loaded.SetValue(kAdmin, root, "a", "d", &value), 0u);
+  EXPECT_EQ(Get("a", "d"), "type 2: " + HexOf(Pattern(150).substr(50)));
+  value = {0, 8, own->data + 1};
+  ASSERT_EQ(rig.loaded.SetValue(kAdmin, root, "a", "d", &value), 0u);
+  EXPECT_EQ(Get("a", "d"), "type 0: " + HexOf(Pattern(59).substr(51)));
+  value = {0, 4, own->data + 2};
+  ASSERT_EQ(rig.loaded.SetValue(kAdmin, root, "a", "d", &value), 0u);
+  EXPECT_EQ(Get("a", "d"), "type 0: " + HexOf(Pattern(57).substr(53)) + "00000000");
+  value = {3, 3, own->data + 1};
+  ASSERT_EQ(rig.loaded.SetValue(kAdmin, root, "a", "d", &value), 0u);
+  EXPECT_EQ(GetEverywhere("a", "d"), "type 3: " + HexOf(Pattern(57).substr(54)));
+  const TernaryValue* again = rig.KeyOf(root, "a")->firstValue;
+  value = {1, 3, again->data};
+  ASSERT_EQ(rig.loaded.CreateValue(kAdmin, root, "a", "copy", &value), 0u);
+  EXPECT_EQ(GetEverywhere("a", "copy"), "type 1: " + HexOf(Pattern(57).substr(54)));
+  ExpectSound(rig.path);
+}
+
+TEST_F(LoadedValueWrites, NewDataTakesTheBlocksOfTheOldAgain) {
+  Start({"a"});
+  ASSERT_EQ(CreateData("a", "n", 1, Pattern(100)), 0u);  // blocks 1 and 2
+  ASSERT_EQ(CreateData("a", "m", 1, "x"), 0u);           // block 3
+  ASSERT_EQ(SetData("a", "n", 1, Pattern(65)), 0u);
+  EXPECT_EQ(Word(InValue(1, 44)), 0x100u);
+  EXPECT_EQ(Hex(BlockEntry(1), 8), "0200000000000000");
+  ASSERT_EQ(SetData("a", "n", 1, Pattern(150)), 0u);  // and block 4
+  EXPECT_EQ(Hex(BlockEntry(1), 16), "02000000040000000000000000000000");
+  ASSERT_EQ(SetData("a", "n", 1, "y"), 0u);
+  EXPECT_EQ(Entries(kDataTable, 6), "02000000 00000000 04000000 00000000 05000000 06000000 ");
+  EXPECT_EQ(FreeSlots(), "362 362 362 362");
+  EXPECT_EQ(GetEverywhere("a", "n"), "type 1: 79");
+  EXPECT_EQ(GetEverywhere("a", "m"), "type 1: 78");
+  ExpectSound(rig.path);
+}
+
+TEST_F(LoadedValueWrites, ANumberInPlaceOfDataGivesTheBlocksBack) {
+  Start({"a"});
+  ASSERT_EQ(CreateData("a", "n", 1, Pattern(1024)), 0u);
+  EXPECT_EQ(FreeSlots(), "362 362 363 348");
+  ASSERT_EQ(SetData("a", "n", 0, "\x09\x08\x07\x06\x05\x04\x03\x02"), 0u);
+  EXPECT_EQ(FreeSlots(), "362 362 363 364");
+  EXPECT_EQ(ValueNode(1),
+            "0000000000000000"
+            "08000040"
+            "6e" +
+                kNoMoreName + "0908070605040302");
+  EXPECT_EQ(GetEverywhere("a", "n"), "type 0: 0908070605040302");
+  ASSERT_EQ(SetData("a", "n", 4, "abc"), 0u);
+  EXPECT_EQ(Hex(InValue(1, 8), 4), "03000064");
+  EXPECT_EQ(GetEverywhere("a", "n"), "type 4: 616263");
+  EXPECT_EQ(storetests::FreeListFindings(rig.Contents()), "");
+}
+
+}  // namespace
+
+}  // namespace tamu::registry
