@@ -1,4 +1,4 @@
-// The second program of the demonstration: lists a subtree, backs it up, deletes it and brings it
+// The third program of the demonstration: lists a subtree, backs it up, deletes it and brings it
 // back.
 #include <string>
 #include <vector>
@@ -70,7 +70,7 @@ int main(int argc, char** argv) {
     return 2;
   }
   const std::string backup = argv[2];
-  std::printf("\nThe second program lists what is there:\n");
+  std::printf("\nThe third program, another process, lists what is there:\n");
   Registry registry(argv[1], "installer");
   Show("Initialize", registry.Initialize());
   ShowKeys(registry, "");

@@ -1,4 +1,4 @@
-// The third program of the demonstration: reads in another process what the first has written.
+// The last program of the demonstration: reads in another process what the first has written.
 #include <string>
 
 #include "Show.h"
@@ -45,7 +45,7 @@ int main(int argc, char** argv) {
     std::printf("usage: %s FILE\n", argv[0]);
     return 2;
   }
-  std::printf("\nThe third program, another process again, opens the same file:\n");
+  std::printf("\nThe last program, another process again, opens the same file:\n");
   Registry registry(argv[1], "installer");
   Show("Initialize", registry.Initialize());
 
