@@ -1,9 +1,8 @@
 // Random operations with and without handles, on a registry and on a model of it: every answer must
 // agree, and after each batch the file, while handles are open, must be what operations without
 // handles leave. One seed is new in every run; YAX_TEST_SEED runs that one alone again.
-#include <cstdlib>
-
 #include "tests/registry/HandlesModelOperations.h"
+#include "tests/registry/ModelSeeds.h"
 #include "tests/registry/TreeText.h"
 
 namespace tamu::registry {
@@ -85,28 +84,17 @@ class HandlesModelRun : private HandlesModelOperations {
   }
 };
 
-const char* GivenSeed() {
-  return std::getenv("YAX_TEST_SEED");
-}
-
 class RegistryHandlesModelTest : public ::testing::TestWithParam<unsigned int> {};
 
 TEST_P(RegistryHandlesModelTest, AgreesUnderAFixedSeed) {
   if (GivenSeed() != nullptr) GTEST_SKIP() << "only the given seed is run";
-  SCOPED_TRACE("YAX_TEST_SEED=" + std::to_string(GetParam()));
-  HandlesModelRun(GetParam()).Run();
+  RunUnder<HandlesModelRun>(GetParam());
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, RegistryHandlesModelTest, ::testing::Values(1u, 2u, 3u, 4u));
 
 TEST(RegistryHandlesModel, AgreesUnderANewSeed) {
-  const char* given = GivenSeed();
-  const unsigned int seed = given != nullptr
-                                ? static_cast<unsigned int>(std::strtoul(given, nullptr, 10))
-                                : std::random_device()();
-  std::printf("YAX_TEST_SEED=%u\n", seed);
-  SCOPED_TRACE("YAX_TEST_SEED=" + std::to_string(seed));
-  HandlesModelRun(seed).Run();
+  RunUnderANewSeed<HandlesModelRun>();
 }
 
 }  // namespace

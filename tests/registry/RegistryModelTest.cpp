@@ -1,10 +1,11 @@
 // Random operations on a registry and on a model of it in memory: every answer, and after each
 // batch the whole file, must agree. One seed is new in every run; YAX_TEST_SEED runs that one alone
 // again.
-#include <cstdlib>
 #include <memory>
 
 #include "tests/registry/ModelInput.h"
+#include "tests/registry/ModelSeeds.h"
+#include "tests/registry/TreeText.h"
 #include "tests/support/ModelRegistry.h"
 #include "tests/support/RegistryImage.h"
 
@@ -23,23 +24,6 @@ constexpr unsigned int kReserve = 16 * kOperations;
 
 // String nodes. Larger trees take long and show nothing new.
 constexpr unsigned int kLargestTree = 1500;
-
-// The order of keys and values in a message.
-std::string Describe(const std::map<std::string, DecodedKey>& tree) {
-  std::string text;
-  for (const auto& [path, key] : tree) {
-    text += ::testing::PrintToString(path) + " owner " + std::to_string(key.owner) +
-            " permission " + std::to_string(key.permission) + " flags " +
-            std::to_string(key.flags) + " default " + std::to_string(key.defaultValue) + "\n";
-    for (const DecodedValue& value : key.values) {
-      text += "  " + ::testing::PrintToString(value.name) + " type " + std::to_string(value.type) +
-              (value.isSet ? " set" : " unset") + " size " + std::to_string(value.size) +
-              " number " + std::to_string(value.number) + " bytes " +
-              ::testing::PrintToString(value.bytes) + "\n";
-    }
-  }
-  return text;
-}
 
 class ModelRun {
  public:
@@ -381,28 +365,17 @@ class ModelRun {
   std::unique_ptr<Registry> registry_;
 };
 
-const char* GivenSeed() {
-  return std::getenv("YAX_TEST_SEED");
-}
-
 class RegistryModelTest : public ::testing::TestWithParam<unsigned int> {};
 
 TEST_P(RegistryModelTest, AgreesUnderAFixedSeed) {
   if (GivenSeed() != nullptr) GTEST_SKIP() << "only the given seed is run";
-  SCOPED_TRACE("YAX_TEST_SEED=" + std::to_string(GetParam()));
-  ModelRun(GetParam()).Run();
+  RunUnder<ModelRun>(GetParam());
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, RegistryModelTest, ::testing::Values(1u, 2u, 3u, 4u));
 
 TEST(RegistryModel, AgreesUnderANewSeed) {
-  const char* given = GivenSeed();
-  const unsigned int seed = given != nullptr
-                                ? static_cast<unsigned int>(std::strtoul(given, nullptr, 10))
-                                : std::random_device()();
-  std::printf("YAX_TEST_SEED=%u\n", seed);
-  SCOPED_TRACE("YAX_TEST_SEED=" + std::to_string(seed));
-  ModelRun(seed).Run();
+  RunUnderANewSeed<ModelRun>();
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 // Many threads on one registry.
 #include <atomic>
-#include <thread>
 
+#include "tests/registry/ManyThreads.h"
 #include "tests/registry/RegistryRig.h"
 
 namespace tamu::registry {
@@ -137,27 +137,11 @@ class Carrier {
   unsigned int surprises_ = 0;
 };
 
-class RegistryThreadsTest : public OpenRegistryTest {
- protected:
-  // Runs body(number of the thread) on all threads at once.
-  template <class Body>
-  static void OnAllThreads(Body body) {
-    std::atomic<unsigned int> ready{0};
-    std::vector<std::thread> threads;
-    for (unsigned int i = 0; i < kThreads; ++i) {
-      threads.emplace_back([&ready, &body, i] {
-        ++ready;
-        while (ready < kThreads) std::this_thread::yield();
-        body(i);
-      });
-    }
-    for (std::thread& thread : threads) thread.join();
-  }
-};
+class RegistryThreadsTest : public OpenRegistryTest {};
 
 TEST_F(RegistryThreadsTest, EachThreadFindsWhatItHasWritten) {
   std::atomic<unsigned int> surprises{0};
-  OnAllThreads([&](unsigned int thread) {
+  OnThreads(kThreads, [&](unsigned int thread) {
     Worker worker(registry, thread);
     worker.Run();
     surprises += worker.surprises();
@@ -179,7 +163,7 @@ TEST_F(RegistryThreadsTest, EachThreadFindsWhatItHasWritten) {
 TEST_F(RegistryThreadsTest, TheFileGrowsWhileAllThreadsCreate) {
   constexpr unsigned int kEach = 60;
   std::atomic<unsigned int> failures{0};
-  OnAllThreads([&](unsigned int thread) {
+  OnThreads(kThreads, [&](unsigned int thread) {
     for (unsigned int i = 0; i < kEach; ++i) {
       const std::string key = TopKey(thread) + "-" + std::to_string(100 + i);
       ExactValue value(1, key);
@@ -199,7 +183,7 @@ TEST_F(RegistryThreadsTest, TheFileGrowsWhileAllThreadsCreate) {
 TEST_F(RegistryThreadsTest, OneThreadAloneCreatesAKeyThatAllWant) {
   std::atomic<unsigned int> created{0};
   std::atomic<unsigned int> refused{0};
-  OnAllThreads([&](unsigned int) {
+  OnThreads(kThreads, [&](unsigned int) {
     for (unsigned int i = 0; i < 20; ++i) {
       const unsigned int result = registry.CreateKey(0, std::to_string(10 + i).c_str());
       if (result == 0) ++created;
@@ -213,7 +197,7 @@ TEST_F(RegistryThreadsTest, OneThreadAloneCreatesAKeyThatAllWant) {
 TEST_F(RegistryThreadsTest, TheUserMayBeChangedWhileOthersWork) {
   ASSERT_EQ(registry.CreateKey(0, "key", 1), 0u);
   std::atomic<unsigned int> surprises{0};
-  OnAllThreads([&](unsigned int thread) {
+  OnThreads(kThreads, [&](unsigned int thread) {
     for (unsigned int i = 0; i < 50; ++i) {
       if (thread == 0) registry.SetCurrentUserId(i % 2 == 0 ? 7 : kAdmin);
       unsigned long long number = 0;
@@ -226,7 +210,7 @@ TEST_F(RegistryThreadsTest, TheUserMayBeChangedWhileOthersWork) {
 
 TEST_F(RegistryThreadsTest, EachThreadCarriesItsKeysAwayAndBack) {
   std::atomic<unsigned int> surprises{0};
-  OnAllThreads([&](unsigned int thread) {
+  OnThreads(kThreads, [&](unsigned int thread) {
     Carrier carrier(registry, thread, folder / "");
     carrier.Run();
     surprises += carrier.surprises();
@@ -251,7 +235,7 @@ TEST_F(RegistryThreadsTest, ASubtreeIsNeverSeenInPart) {
   const std::string full = folder / "full";
   ASSERT_EQ(registry.BackupKey(0, "key", full.c_str()), 0u);
   std::atomic<unsigned int> surprises{0};
-  OnAllThreads([&](unsigned int thread) {
+  OnThreads(kThreads, [&](unsigned int thread) {
     for (unsigned int i = 0; i < 40; ++i) {
       if (thread < 2) {
         const std::string& from = (i + thread) % 2 == 0 ? empty : full;
