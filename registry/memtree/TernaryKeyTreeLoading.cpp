@@ -232,7 +232,7 @@ unsigned int TernaryKeyTree::ReadPath(unsigned int id, const char* rest, MetNode
 }
 
 // Loads what is missing of the strings along a path. Afterwards they hang in the tree, or nothing
-// has changed.
+// has changed. With kOk `met` has what is loaded; the other results cost no more than the search.
 unsigned int TernaryKeyTree::LoadKeyPath(const char* path, MetNodes* met, TernaryString*& string) {
   if (path == nullptr) path = "";
   KeyMatchDescriptor match;
@@ -248,7 +248,9 @@ unsigned int TernaryKeyTree::LoadKeyPath(const char* path, MetNodes* met, Ternar
   if (match.matchChild() && match.string->isLocked()) return status::kBusy;
   TernaryString* first = nullptr;
   TernaryString* last = nullptr;
-  result = ReadPath(match.nodeId, path + match.position, met, first, last);
+  result = CollectLoaded(met);
+  if (result == status::kOk)
+    result = ReadPath(match.nodeId, path + match.position, met, first, last);
   if (result == status::kOk) {
     MissingLink(match, path) = first;
     string = last;
@@ -323,9 +325,9 @@ TernaryString* TernaryKeyTree::FindLoaded(const char* path) {
 // Loads what is missing of a key, its name and what is below it.
 unsigned int TernaryKeyTree::LoadMissing(const char* path, TernaryString*& string) {
   MetNodes met;
-  unsigned int result = CollectLoaded(&met);
-  if (result == status::kOk) result = LoadKeyPath(path, &met, string);
-  if (result != status::kOk && result != status::kExists) return result;
+  unsigned int result = LoadKeyPath(path, &met, string);
+  if (result == status::kExists) result = CollectLoaded(&met);
+  if (result != status::kOk) return result;
   const unsigned int keyId = string->node->keyNode();
   if (string->key == nullptr) {
     result = keyId != 0 ? LoadKey(keyId, string->key, &met) : status::kNotFound;
