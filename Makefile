@@ -37,6 +37,7 @@ demo:
 	@sh cmake/need-packages.sh $(NEEDS)
 	@$(call build,demo)
 	@sh examples/demo/run.sh build/demo/examples
+	@sh examples/components/run.sh build/demo/examples
 
 test: check-release
 
@@ -52,11 +53,11 @@ bench:
 
 coverage: check-coverage
 	@sh cmake/need-packages.sh gcovr
-	@gcovr --delete --root . --filter platform/ --filter registry/ build/coverage
+	@gcovr --delete --root . --filter framework/ --filter platform/ --filter registry/ build/coverage
 
 format:
 	@sh cmake/need-packages.sh clang-format
-	@find bench examples platform registry tests -name '*.h' -o -name '*.cpp' | xargs clang-format -i
+	@find bench examples framework platform registry tests -name '*.h' -o -name '*.cpp' | xargs clang-format -i
 
 update-abi:
 	@sh cmake/need-packages.sh $(NEEDS)

@@ -1,16 +1,17 @@
-// How the demonstration shows what it does.
+// How the demonstrations show what they do.
 #pragma once
 
 #include <cstdio>
 #include <cstdlib>
 
-#include "registry/RegistryStatus.h"
+#include "framework/YAXStatus.h"
 
 // Prints the step and its status; ends the program when it is not the one expected.
-inline void Show(const char* step, unsigned int status,
-                 unsigned int expected = tamu::registry::status::kOk) {
-  std::printf("  %-58s %2u  %s\n", step, status, tamu::registry::StatusText(status));
+inline void Show(const char* step, unsigned int status, unsigned int expected = yax_status::kOk) {
+  constexpr unsigned int kFirstOfFramework = 0xE0000000;
+  const char* format = status < kFirstOfFramework ? "  %-60s %2u  %s\n" : "  %-54s %X  %s\n";
+  std::printf(format, step, status, YAXStatusText(status));
   if (status == expected) return;
-  std::printf("  expected: %2u  %s\n", expected, tamu::registry::StatusText(expected));
+  std::printf("  expected: %u  %s\n", expected, YAXStatusText(expected));
   std::exit(1);
 }

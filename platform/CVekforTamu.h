@@ -7,7 +7,8 @@
 class YAX_API CVekforTamu {
  public:
   // Receives every message; called in the thread that prints, from several threads at once. `text`
-  // lives only during the call.
+  // lives only during the call. It must not call the registry or the framework, which print while
+  // they hold their locks.
   typedef void (*Sink)(int level, const char* text);
 
   // Hands the message to the sink and frees it; a null message does nothing. Without a sink the

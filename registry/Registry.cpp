@@ -193,6 +193,14 @@ unsigned int Registry::CloseKey(unsigned int handle) {
   return keyTree->UnloadKeyTree(tree);
 }
 
+void Registry::HoldHandles() {
+  if (IsReady()) instance->operationLock.Take();
+}
+
+void Registry::LetHandlesGo() {
+  if (IsReady()) instance->operationLock.Give();
+}
+
 unsigned int Registry::GetKeyTree(unsigned int handle, RegistryInterface*& tree,
                                   void*& treeHandle) {
   if (!IsReady()) return status::kNoRight;

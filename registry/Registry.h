@@ -27,7 +27,8 @@ class TernaryRegistry;
 // Construct, Initialize, use, Finalize (the destructor does it too).
 //
 // One process works on one registry file at a time: opening a second path makes operations on the
-// first answer kInputOutput until it is finalised and opened again. Of several objects on the same
+// first answer kInputOutput until it is finalised and opened again (through a handle some answer 0
+// from memory, docs/behaviour.md). Of several objects on the same
 // path only the one that opened the file has operations; the others answer kNoRight. Constructing,
 // initialising and finalising are serialised by the caller; operations may be called from any
 // thread.
@@ -88,6 +89,11 @@ class YAX_API Registry {
   // kNotSupported through a handle.
   unsigned int OpenKey(const char* keyPath, unsigned int* handle, unsigned int unused = 0);
   unsigned int CloseKey(unsigned int handle);
+  // Between the two, operations of other threads wait, so that none without a handle closes what
+  // this thread opens. This thread calls only OpenKey, CloseKey and operations through handles
+  // meanwhile. Nests; on an object that is not initialised nothing happens.
+  void HoldHandles();
+  void LetHandlesGo();
   // The tree and subtree that an operation with `handle` works on; for handle 0 the handles that
   // were used are closed first.
   unsigned int GetKeyTree(unsigned int handle, RegistryInterface*& tree, void*& treeHandle);

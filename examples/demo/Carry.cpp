@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "Show.h"
+#include "examples/Show.h"
 #include "registry/Registry.h"
 
 using namespace tamu::registry;

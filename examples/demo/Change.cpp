@@ -1,7 +1,7 @@
 // The second program of the demonstration: reads and changes a subtree through a handle.
 #include <string>
 
-#include "Show.h"
+#include "examples/Show.h"
 #include "registry/Registry.h"
 
 using namespace tamu::registry;

@@ -1,7 +1,7 @@
 // The last program of the demonstration: reads in another process what the first has written.
 #include <string>
 
-#include "Show.h"
+#include "examples/Show.h"
 #include "registry/Registry.h"
 
 using namespace tamu::registry;

@@ -2,7 +2,7 @@
 // type.
 #include <string>
 
-#include "Show.h"
+#include "examples/Show.h"
 #include "registry/Registry.h"
 
 using namespace tamu::registry;

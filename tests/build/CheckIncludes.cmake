@@ -1,5 +1,5 @@
 # cmake -DROOT=... -P CheckIncludes.cmake
-# Includes of our own headers point one way: front end -> the two trees -> store -> shared headers ->
+# Includes of our own headers point one way: framework -> front end -> the two trees -> store -> shared headers ->
 # platform. The trees never include each other, and what is below knows nothing of what is above.
 
 set(platform "^platform/[^/]+\\.h$")
@@ -21,6 +21,8 @@ function(allowed_includes file)
     set(patterns ${platform} ${shared} "^registry/store/" "^registry/${CMAKE_MATCH_1}/")
   elseif(file MATCHES "^registry/[^/]+$")
     set(patterns ${platform} "^registry/")
+  elseif(file MATCHES "^framework/")
+    set(patterns ${platform} "^registry/[^/]+\\.h$" "^framework/")
   endif()
   set(allowed ${patterns} PARENT_SCOPE)
 endfunction()
@@ -43,7 +45,8 @@ function(check_file file)
 endfunction()
 
 file(GLOB_RECURSE files RELATIVE ${ROOT}
-  ${ROOT}/platform/*.h ${ROOT}/platform/*.cpp ${ROOT}/registry/*.h ${ROOT}/registry/*.cpp)
+  ${ROOT}/framework/*.h ${ROOT}/framework/*.cpp ${ROOT}/platform/*.h ${ROOT}/platform/*.cpp
+  ${ROOT}/registry/*.h ${ROOT}/registry/*.cpp)
 if(NOT files)
   message(FATAL_ERROR "No sources in ${ROOT}")
 endif()

@@ -1,0 +1,33 @@
+// The entry points.
+#include "framework/YAX.h"
+
+#include <new>
+
+#include "framework/CYAX.h"
+#include "framework/DebugMessage.h"
+
+unsigned int CreateYAX(const char* registryPath) {
+  if (CYAX::mspCYAX != nullptr) return yax_status::kOk;
+  CYAX* made = new (std::nothrow) CYAX;
+  if (made == nullptr) return yax_status::kNoMemory;
+  PrintDebugMessage(__LINE__, "*********** YAX ***********");
+  const unsigned int result = made->Initialize(registryPath);
+  if (result != yax_status::kOk) {
+    made->Release();
+    return result;
+  }
+  CYAX::mspCYAX = made;
+  return yax_status::kOk;
+}
+
+unsigned int GetYAXInstance(const YAX_GUID_ST& iid, void** out) {
+  CYAX* framework = CYAX::mspCYAX;
+  return framework != nullptr ? framework->GetInterface(iid, out) : yax_status::kNoFramework;
+}
+
+// Views that were not given back keep the object; it is not found any more.
+unsigned int DestroyYAX() {
+  CYAX* framework = CYAX::mspCYAX.exchange(nullptr);
+  if (framework != nullptr) framework->Release();
+  return yax_status::kOk;
+}

@@ -1,0 +1,36 @@
+// The component framework: all that a component or a client includes.
+#pragma once
+
+#include "framework/IYAX.h"
+#include "framework/IYAXCompBase.h"
+#include "framework/IYAXDynamicLoad.h"
+#include "framework/IYAXInfoManager.h"
+#include "framework/IYAXRegistry.h"
+#include "framework/YAXComponentFactory.h"
+#include "framework/YAXInterfaceIds.h"
+#include "framework/YAXRecords.h"
+#include "framework/YAXStatus.h"
+#include "framework/YAX_GUID_ST.h"
+#include "platform/Export.h"
+
+extern "C" {
+
+// Makes the framework on a registry file; null: "yax.rce" in the working directory. When there is
+// one already, answers 0 and leaves it as it is. kRegistryFailed: the file cannot be opened or
+// made; kNoMemory; kUnspecified: no lock. Creating, getting and destroying the framework is for one
+// thread at a time.
+YAX_API unsigned int CreateYAX(const char* registryPath);
+// A view of the framework, to be given back by Release. kNoFramework, kNoInterface, kBadArgument.
+YAX_API unsigned int GetYAXInstance(const YAX_GUID_ST& iid, void** out);
+// Drops the reference that CreateYAX took. The framework ends with the last view that is given
+// back; shared objects that are still open stay mapped. Returns 0.
+YAX_API unsigned int DestroyYAX();
+
+// The contract of a component in a shared object: it exports both functions.
+//   unsigned int EntryFn_getFactory(const YAX_GUID_ST& clsid, const YAX_GUID_ST& iid, void** out);
+//   unsigned int EntryFn_canUnloadNow();
+// The first gives a YAXComponentFactory (YAX_FACTORY_FN); the second answers 0 when none of the
+// component's objects and locks is left, so that the shared object may be closed. Both run under
+// the framework's lock.
+
+}  // extern "C"

@@ -1,0 +1,100 @@
+// For authors of components: counts, factory and entry functions. The framework does not need it.
+#pragma once
+
+#include <atomic>
+#include <new>
+
+#include "framework/YAX.h"
+
+// All of this is hidden: every shared object has its own counts, and can be unloaded.
+#pragma GCC visibility push(hidden)
+namespace yax_component {
+
+// What of this shared object is alive.
+inline std::atomic<unsigned int> objects{0};  // and factories
+inline std::atomic<unsigned int> locks{0};
+
+// An object that counts its references. `Interface` derives from IYAXCompBase and is asked for by
+// `iid`; the object derives from this class and implements what the interface adds. Made by new,
+// with one reference; the last Release destroys it.
+template <class Interface, const YAX_GUID_ST& iid>
+class Counted : public Interface {
+ public:
+  Counted() { ++objects; }
+  virtual ~Counted() { --objects; }
+  Counted(const Counted&) = delete;
+  Counted& operator=(const Counted&) = delete;
+
+  unsigned int GetInterface(const YAX_GUID_ST& wanted, void** out) override {
+    if (out == nullptr) return yax_status::kBadArgument;
+    const bool known = wanted == iid || wanted == IID_IYAXCompBase;
+    *out = known ? static_cast<Interface*>(this) : nullptr;
+    if (!known) return yax_status::kNoInterface;
+    AddRef();
+    return yax_status::kOk;
+  }
+  unsigned int AddRef() override { return ++references_; }
+  unsigned int Release() override {
+    const unsigned int left = --references_;
+    if (left == 0) delete this;
+    return left;
+  }
+
+ private:
+  std::atomic<unsigned int> references_{1};
+};
+
+// Gives one reference of a new object away: as the interface that is asked for, or not at all.
+template <class Object>
+unsigned int HandOut(Object* object, const YAX_GUID_ST& iid, void** out) {
+  if (object == nullptr) return yax_status::kNoMemory;
+  const unsigned int result = object->GetInterface(iid, out);
+  object->Release();
+  return result;
+}
+
+// Makes objects of one class.
+template <class Object>
+class Factory : public Counted<YAXComponentFactory, IID_YAXComponentFactory> {
+ public:
+  unsigned int CreateObject(const YAX_GUID_ST& iid, void** out) override {
+    if (out == nullptr) return yax_status::kBadArgument;
+    *out = nullptr;
+    return HandOut(new (std::nothrow) Object, iid, out);
+  }
+  // kUnspecified when there is no lock to take back.
+  unsigned int LockBinary(unsigned int lock) override {
+    if (lock != 0) {
+      ++locks;
+      return yax_status::kOk;
+    }
+    unsigned int before = locks;
+    while (before > 0 && !locks.compare_exchange_weak(before, before - 1)) {
+    }
+    return before > 0 ? yax_status::kOk : yax_status::kUnspecified;
+  }
+};
+
+// What EntryFn_getFactory does for a component.
+template <class Object>
+unsigned int GetFactory(const YAX_GUID_ST& own, const YAX_GUID_ST& clsid, const YAX_GUID_ST& iid,
+                        void** factory) {
+  if (factory == nullptr) return yax_status::kBadArgument;
+  *factory = nullptr;
+  if (clsid != own) return yax_status::kNotRegistered;
+  return HandOut(new (std::nothrow) Factory<Object>, iid, factory);
+}
+
+}  // namespace yax_component
+#pragma GCC visibility pop
+
+// The two entry functions of a shared object with one component: its identifier and its class,
+// which has a constructor without arguments that does not throw. Once, in one source.
+#define YAX_COMPONENT(CLSID, OBJECT)                                                           \
+  extern "C" YAX_API unsigned int EntryFn_getFactory(const YAX_GUID_ST& clsid,                 \
+                                                     const YAX_GUID_ST& iid, void** factory) { \
+    return yax_component::GetFactory<OBJECT>(CLSID, clsid, iid, factory);                      \
+  }                                                                                            \
+  extern "C" YAX_API unsigned int EntryFn_canUnloadNow() {                                     \
+    return yax_component::objects == 0 && yax_component::locks == 0 ? 0 : 1;                   \
+  }

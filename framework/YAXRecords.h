@@ -1,0 +1,46 @@
+// The records and enumerations that programs and the framework hand each other.
+#pragma once
+
+#include "framework/YAX_GUID_ST.h"
+
+// All of them are part of the binary interface.
+
+constexpr unsigned int kYAXTextSize = 256;  // bytes of each text, terminator included
+
+struct YAX_SYSTEM_INFO_ST {
+  // 1: every component is in the running program itself, and nothing is ever loaded or unloaded.
+  unsigned int isSingleBin;
+  // Folder of the shared objects. Only kept: a component's path is used as it is registered.
+  char BinDirectory[kYAXTextSize];
+};
+
+// How a component is reached; every value but 1 means the running program. Stored.
+enum YAX_COMPONENT_TYPE_ENUM : unsigned int {
+  YAX_COMPONENT_TYPE_FUNCTION = 0,  // in the running program, by FactoryFn
+  YAX_COMPONENT_TYPE_BINARY = 1     // in the shared object at BinaryPath
+};
+
+// Gives the factory of a component: a new reference in *factory, with 0. `iid` is
+// IID_YAXComponentFactory.
+typedef unsigned int (*YAX_FACTORY_FN)(const YAX_GUID_ST& clsid, const YAX_GUID_ST& iid,
+                                       void** factory);
+
+// What the framework knows of a component.
+struct YAX_COMPONENT_INFO_ST {
+  const YAX_GUID_ST* pGuid;  // its class identifier, the caller's
+  char CompName[kYAXTextSize];
+  unsigned int Reserved;  // not stored
+  YAX_COMPONENT_TYPE_ENUM Type;
+  YAX_FACTORY_FN FactoryFn;       // for components in the running program; to be set at each start
+  char BinaryPath[kYAXTextSize];  // as dlopen takes it
+};
+
+// The type of a registry value in IYAXRegistry; other types are refused.
+enum YAX_REG_DATA_TYPE_ENUM : unsigned int {
+  YAX_REG_DATA_TYPE_INTEGER = 0,  // written from 8 bytes, read into 4
+  YAX_REG_DATA_TYPE_STRING = 1    // a text with its terminator
+};
+
+static_assert(sizeof(YAX_SYSTEM_INFO_ST) == 260, "part of the binary interface");
+static_assert(sizeof(void*) != 4 || sizeof(YAX_COMPONENT_INFO_ST) == 528,
+              "part of the binary interface");

@@ -1,0 +1,179 @@
+// Making the framework with each of its allocations failing in turn.
+#include <pthread.h>
+
+#include "framework/CYAXCompBase.h"
+#include "framework/YAX.h"
+#include "registry/RegistryInstance.h"
+#include "tests/allocation/CountedHeap.h"
+#include "tests/framework/PrintedMessages.h"
+#include "tests/platform/TestFiles.h"
+
+namespace {
+
+constexpr char kBegins[] = "3 *********** YAX ***********\n";
+constexpr char kEnds[] = "3 *********** ~YAX ***********\n";
+constexpr char kUncounted[] = "3 === Can NOT Create CYAXCompBase.\n";
+
+// What the object takes in its order, before its registry.
+enum Allocation : unsigned int { kObject = 1, kGuard = 2, kMessage = 3, kLock = 4, kRegistry = 5 };
+
+class FrameworkAllocations : public ::testing::Test {
+ protected:
+  // CreateYAX while its nth allocation fails; what was printed is in `text`.
+  unsigned int CreateWithout(unsigned int nth) {
+    printed.Take();
+    heap::sFailing = nth;
+    const unsigned int result = CreateYAX(path.c_str());
+    isOver = heap::sFailing > 0;
+    heap::sFailing = 0;
+    text = printed.Take();
+    return result;
+  }
+  // They are on the heap that is counted.
+  void ForgetTexts() {
+    std::string().swap(text);
+    printed.Take();
+  }
+  static bool IsThere() {
+    void* view = nullptr;
+    if (GetYAXInstance(IID_IYAX, &view) != 0) return false;
+    static_cast<IYAX*>(view)->Release();
+    return true;
+  }
+  // The framework is there and counts; ends it.
+  static void ExpectWorks() {
+    void* view = nullptr;
+    ASSERT_EQ(GetYAXInstance(IID_IYAXRegistry, &view), 0u);
+    IYAXRegistry* registry = static_cast<IYAXRegistry*>(view);
+    EXPECT_EQ(registry->CreateKey(0, "key"), 0u);
+    EXPECT_EQ(registry->DeleteKey(0, "key"), 0u);
+    EXPECT_EQ(registry->AddRef(), 3u);
+    EXPECT_EQ(registry->Release(), 2u);
+    EXPECT_EQ(registry->Release(), 1u);
+    EXPECT_EQ(DestroyYAX(), 0u);
+    EXPECT_FALSE(IsThere());
+  }
+
+  TempDir folder;
+  const std::string path = folder / "registry";
+  PrintedMessages printed;
+  std::string text;
+  bool isOver = false;
+};
+
+TEST_F(FrameworkAllocations, WithoutAnObjectNothingIsPrinted) {
+  EXPECT_EQ(CreateWithout(kObject), 0xE0000003u);
+  EXPECT_EQ(text, "");
+  EXPECT_FALSE(IsThere());
+}
+
+TEST_F(FrameworkAllocations, WithoutTheCountsSemaphoreTheObjectIsMade) {
+  EXPECT_EQ(CreateWithout(kGuard), 0u);
+  EXPECT_EQ(text, std::string(kUncounted) + kBegins);
+  ExpectWorks();
+}
+
+// Threads of the standard library would take memory, which is counted for one thread only.
+void* CountUpAndDown(void* object) {
+  for (int i = 0; i < 100000; ++i) {
+    static_cast<CYAXCompBase*>(object)->AddRef();
+    static_cast<CYAXCompBase*>(object)->Release();
+  }
+  return nullptr;
+}
+
+TEST_F(FrameworkAllocations, WithoutItsSemaphoreTheCountServesTwoThreadsAllTheSame) {
+  printed.Take();
+  heap::sFailing = 1;
+  CYAXCompBase* counted = new CYAXCompBase;
+  EXPECT_EQ(heap::sFailing, 0u);
+  EXPECT_EQ(printed.Take(), kUncounted);
+  pthread_t threads[2] = {};
+  for (pthread_t& thread : threads) {
+    ASSERT_EQ(pthread_create(&thread, nullptr, CountUpAndDown, counted), 0);
+  }
+  for (pthread_t thread : threads) pthread_join(thread, nullptr);
+  EXPECT_EQ(counted->AddRef(), 2u);
+  EXPECT_EQ(counted->Release(), 1u);
+  const unsigned int before = heap::sLive;
+  EXPECT_EQ(counted->Release(), 0u);
+  EXPECT_EQ(heap::sLive, before - 1);
+}
+
+TEST_F(FrameworkAllocations, AMessageThatCannotBeMadeIsNotPrinted) {
+  EXPECT_EQ(CreateWithout(kMessage), 0u);
+  EXPECT_EQ(text, "");
+  ExpectWorks();
+}
+
+TEST_F(FrameworkAllocations, WithoutALockThereIsNoFramework) {
+  EXPECT_EQ(CreateWithout(kLock), 0xE0000010u);
+  EXPECT_EQ(text, std::string(kBegins) + kEnds);
+  EXPECT_FALSE(IsThere());
+  EXPECT_FALSE(std::filesystem::exists(path));
+}
+
+TEST_F(FrameworkAllocations, WithoutARegistryThereIsNoFramework) {
+  EXPECT_EQ(CreateWithout(kRegistry), 0xE0000003u);
+  EXPECT_EQ(text, std::string(kBegins) + kEnds);
+  EXPECT_FALSE(IsThere());
+  EXPECT_FALSE(std::filesystem::exists(path));
+}
+
+// The registry's own failures come first, then those of the parts behind it.
+TEST_F(FrameworkAllocations, NoneThatFailsLeavesAnythingBehind) {
+  ASSERT_EQ(CreateYAX(path.c_str()), 0u);  // what the process takes once
+  ExpectWorks();
+  const std::string bytes = GetFile(path);
+  const int descriptor = NextDescriptor();
+  unsigned int registryFailures = 0;
+  unsigned int laterFailures = 0;
+  for (unsigned int nth = kRegistry + 1;; ++nth) {
+    SCOPED_TRACE("allocation " + std::to_string(nth));
+    ForgetTexts();
+    const unsigned int before = heap::sLive;
+    const unsigned int result = CreateWithout(nth);
+    if (result != 0) {
+      EXPECT_EQ(text, std::string(kBegins) + kEnds);
+      EXPECT_FALSE(IsThere());
+      if (result == 0xE000000D) {
+        EXPECT_EQ(laterFailures, 0u);
+        ++registryFailures;
+      } else {
+        EXPECT_EQ(result, 0xE0000003u);
+        ++laterFailures;
+      }
+      EXPECT_EQ(tamu::registry::RegistryInstance::sFirstInstance, nullptr);
+      EXPECT_TRUE(GetFile(path) == bytes);
+      ASSERT_EQ(CreateYAX(path.c_str()), 0u);
+    }
+    ExpectWorks();
+    ForgetTexts();
+    EXPECT_EQ(heap::sLive, before);
+    EXPECT_EQ(NextDescriptor(), descriptor);
+    if (isOver) break;
+  }
+  EXPECT_GT(registryFailures, 5u);
+  EXPECT_GE(laterFailures, 3u);  // the information store, the loader, the loader's list
+}
+
+// Whatever the failure leaves of the file, the next framework on it works, or it is empty.
+TEST_F(FrameworkAllocations, AFileThatIsNotThereYetIsMadeByTheNextAttempt) {
+  unsigned int failures = 0;
+  for (unsigned int nth = kObject;; ++nth) {
+    SCOPED_TRACE("allocation " + std::to_string(nth));
+    std::filesystem::remove(path);
+    const unsigned int result = CreateWithout(nth);
+    EXPECT_EQ(IsThere(), result == 0);
+    if (result != 0) ++failures;
+    DestroyYAX();
+    std::error_code absent;
+    if (std::filesystem::file_size(path, absent) == 0) std::filesystem::remove(path);
+    ASSERT_EQ(CreateYAX(path.c_str()), 0u);
+    ExpectWorks();
+    if (isOver) break;
+  }
+  EXPECT_GT(failures, 10u);
+}
+
+}  // namespace

@@ -1,0 +1,325 @@
+// From a component's identifier to its factory and its objects, through the built library.
+#include "tests/framework/ComponentRig.h"
+#include "tests/framework/PrintedMessages.h"
+
+namespace {
+
+constexpr YAX_GUID_ST kOwn = ClsidOf(1);
+constexpr YAX_GUID_ST kOther = ClsidOf(2);
+constexpr YAX_GUID_ST kUnknown = ClsidOf(3);
+
+constexpr char kNotLoaded[] =
+    "3 [CYAX::GetComponentFactory] Error while getting loading component...\n";
+constexpr char kNoAddress[] =
+    "3 [CYAX::GetComponentFactory] Error while getting function address...\n";
+
+class Components : public ComponentRig {
+ protected:
+  // What the operations that need a factory answer.
+  void ExpectNoFactory(const YAX_GUID_ST& clsid, unsigned int status, const std::string& message) {
+    PrintedMessages printed;
+    void* out = this;
+    EXPECT_EQ(yax_->GetComponentFactory(clsid, &out), status);
+    EXPECT_EQ(out, this);
+    EXPECT_EQ(printed.Take(), message);
+    EXPECT_EQ(yax_->GetComponentInstance(clsid, IID_ITestObject, &out), status);
+    EXPECT_EQ(out, this);
+    EXPECT_EQ(printed.Take(), message);
+    EXPECT_EQ(loader_->LockComponent(clsid, 1), status);
+    EXPECT_EQ(printed.Take(), message);
+  }
+
+  const std::string sound_ = ComponentFile("sound");
+  void* const untouched_ = this;
+};
+
+// ---- loading
+
+TEST_F(Components, AreLoadedOnceAndUnloaded) {
+  Register(kOwn, "sound");
+  EXPECT_FALSE(IsMapped(sound_));
+  void* handle = Load(kOwn);
+  ASSERT_NE(handle, nullptr);
+  EXPECT_NE(dlsym(handle, "EntryFn_getFactory"), nullptr);
+  EXPECT_EQ(Load(kOwn), handle);
+  EXPECT_EQ(Load(kOwn), handle);
+  EXPECT_EQ(Notes().opened, 1u);
+  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u) << "once, however often it was loaded";
+  EXPECT_EQ(Notes().closed, 1u);
+  EXPECT_FALSE(IsMapped(sound_));
+  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+  EXPECT_NE(Load(kOwn), nullptr);
+  EXPECT_EQ(Notes().opened, 2u);
+}
+
+TEST_F(Components, ANullHandleIsRefusedBeforeAnythingElse) {
+  Register(kOwn, "sound");
+  EXPECT_EQ(loader_->LoadComponent(kOwn, nullptr), 0xE0000008u);
+  EXPECT_EQ(loader_->LoadComponent(kUnknown, nullptr), 0xE0000008u);
+  SetSystem(1);
+  EXPECT_EQ(loader_->LoadComponent(kOwn, nullptr), 0xE0000008u);
+  EXPECT_FALSE(IsMapped(sound_));
+}
+
+TEST_F(Components, NullPlacesForTheOutcomeAreRefusedBeforeAnythingElse) {
+  Register(kOwn, "sound");
+  PrintedMessages printed;
+  for (const YAX_GUID_ST& clsid : {kOwn, kUnknown}) {
+    EXPECT_EQ(yax_->GetComponentFactory(clsid, nullptr), 0xE0000008u);
+    EXPECT_EQ(yax_->GetComponentInstance(clsid, IID_ITestObject, nullptr), 0xE0000008u);
+  }
+  EXPECT_EQ(printed.Take(), "");
+  EXPECT_FALSE(IsMapped(sound_));
+}
+
+TEST_F(Components, ThatAreNotRegisteredAreRefused) {
+  for (const bool isKeyThere : {false, true}) {
+    if (isKeyThere) Register(kOwn, "sound");
+    void* handle = untouched_;
+    EXPECT_EQ(loader_->LoadComponent(kUnknown, &handle), 0xE000000Du);
+    EXPECT_EQ(handle, untouched_);
+    EXPECT_EQ(loader_->UnloadComponent(kUnknown), 0xE000000Du);
+    ExpectNoFactory(kUnknown, 0xE000000D, kNotLoaded);
+  }
+}
+
+TEST_F(Components, WithoutTheirFileAreNotLoaded) {
+  Register(kOwn, "missing");
+  PrintedMessages printed;
+  void* handle = untouched_;
+  EXPECT_EQ(loader_->LoadComponent(kOwn, &handle), 0xE0000009u);
+  EXPECT_EQ(handle, nullptr);
+  const std::string reason = printed.Take();
+  EXPECT_EQ(reason.rfind("3 [YAXLoadManager::LoadBinary] dlopen error, ", 0), 0u) << reason;
+  ExpectNoFactory(kOwn, 0xE0000009, reason + kNotLoaded);
+  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u) << "nothing to unload";
+}
+
+TEST_F(Components, AreFoundWhereTheyWereRegisteredWhateverTheFolder) {
+  PutFile(folder_ / "copy.so", GetFile(sound_));
+  Register(kOwn, "copy.so", nullptr, YAX_COMPONENT_TYPE_BINARY);
+  for (const std::string& binDirectory : {folder_ / "", folder_ / "."}) {
+    SetSystem(0, binDirectory.c_str());
+    void* handle = nullptr;
+    EXPECT_EQ(loader_->LoadComponent(kOwn, &handle), 0xE0000009u);
+  }
+  Register(kOther, "sound");
+  SetSystem(0, "/nowhere");
+  EXPECT_NE(Load(kOther), nullptr);
+}
+
+TEST_F(Components, OfOneFileShareIt) {
+  Register(kOwn, "sound");
+  Register(kOther, "sound");
+  void* handle = Load(kOwn);
+  EXPECT_EQ(Load(kOther), handle);
+  EXPECT_EQ(Notes().opened, 1u);
+  EXPECT_EQ(loader_->UnloadComponent(kOther), 0u);
+  EXPECT_TRUE(IsMapped(sound_));
+  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+  EXPECT_FALSE(IsMapped(sound_));
+}
+
+TEST_F(Components, ThatWereUnregisteredStayLoaded) {
+  Register(kOwn, "sound");
+  Load(kOwn);
+  EXPECT_EQ(manager_->UnregisterComponent(kOwn), 0u);
+  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0xE000000Du);
+  EXPECT_TRUE(IsMapped(sound_));
+}
+
+TEST_F(Components, ThatRefuseStayLoaded) {
+  const std::string file = ComponentFile("refusing");
+  Register(kOwn, "refusing");
+  void* handle = Load(kOwn);
+  Notes().refusal = 1;
+  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0xE000000Bu);
+  EXPECT_TRUE(IsMapped(file));
+  EXPECT_EQ(Load(kOwn), handle);
+  Notes().refusal = 0;
+  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+  EXPECT_FALSE(IsMapped(file));
+}
+
+TEST_F(Components, ThatCannotBeAskedStayLoaded) {
+  Register(kOwn, "no_unload_entry");
+  Load(kOwn);
+  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0xE000000Fu);
+  EXPECT_TRUE(IsMapped(ComponentFile("no_unload_entry")));
+}
+
+TEST(ComponentsAtTheEnd, StayMappedWhenTheFrameworkEnds) {
+  const FreshComponents fresh;
+  TempDir folder;
+  void* object = nullptr;
+  {
+    const Framework framework(folder / "registry");
+    const View<IYAX> yax(IID_IYAX);
+    const View<IYAXInfoManager> manager(IID_IYAXInfoManager);
+    YAX_COMPONENT_INFO_ST info = {};
+    info.Type = YAX_COMPONENT_TYPE_BINARY;
+    std::strcpy(info.BinaryPath, ComponentFile("sound").c_str());
+    ASSERT_EQ(manager->RegisterComponent(kOwn, &info), 0u);
+    ASSERT_EQ(yax->GetComponentInstance(kOwn, IID_ITestObject, &object), 0u);
+  }
+  EXPECT_EQ(Notes().closed, 0u);
+  EXPECT_TRUE(IsMapped(ComponentFile("sound")));
+  EXPECT_EQ(static_cast<ITestObject*>(object)->Answer(), 42u);
+  static_cast<ITestObject*>(object)->Release();
+}
+
+// ---- factories and objects
+
+TEST_F(Components, GiveTheirFactory) {
+  Register(kOwn, "sound");
+  PrintedMessages printed;
+  void* made = untouched_;
+  ASSERT_EQ(yax_->GetComponentFactory(kOwn, &made), 0u);
+  EXPECT_EQ(printed.Take(), "");
+  YAXComponentFactory* factory = static_cast<YAXComponentFactory*>(made);
+  EXPECT_EQ(Notes().factoriesMade, 1u);
+  EXPECT_EQ(Notes().factoryReleases, 0u) << "the caller's";
+  void* object = nullptr;
+  EXPECT_EQ(factory->CreateObject(IID_ITestObject, &object), 0u);
+  EXPECT_EQ(static_cast<ITestObject*>(object)->Release(), 0u);
+  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0xE000000Bu) << "the factory lives";
+  EXPECT_EQ(factory->Release(), 0u);
+  EXPECT_EQ(Notes().factoriesGone, 1u);
+  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+}
+
+TEST_F(Components, GiveObjectsAndReleaseTheFactoryOnce) {
+  Register(kOwn, "sound");
+  void* out = untouched_;
+  ASSERT_EQ(yax_->GetComponentInstance(kOwn, IID_ITestObject, &out), 0u);
+  EXPECT_EQ(Notes().factoriesMade, 1u);
+  EXPECT_EQ(Notes().factoryReleases, 1u);
+  EXPECT_EQ(Notes().factoriesGone, 1u);
+  ITestObject* object = static_cast<ITestObject*>(out);
+  EXPECT_EQ(object->Answer(), 42u);
+  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0xE000000Bu) << "the object lives";
+  EXPECT_EQ(object->Release(), 0u) << "handed on as it is";
+  EXPECT_TRUE(IsMapped(sound_)) << "nothing is unloaded by itself";
+  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+  EXPECT_FALSE(IsMapped(sound_));
+}
+
+TEST_F(Components, DoNotGiveInterfacesTheyDoNotHave) {
+  Register(kOwn, "sound");
+  void* out = untouched_;
+  EXPECT_EQ(yax_->GetComponentInstance(kOwn, IID_IYAX, &out), 0xE0000007u);
+  EXPECT_EQ(out, nullptr);
+  EXPECT_EQ(Notes().factoryReleases, 1u);
+  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+}
+
+TEST_F(Components, ThatFailToCreateHaveTheirFactoryReleasedOnce) {
+  Register(kOwn, "fails_to_create");
+  void* out = untouched_;
+  EXPECT_EQ(yax_->GetComponentInstance(kOwn, IID_ITestObject, &out), 0xE0000042u);
+  EXPECT_EQ(out, nullptr);
+  EXPECT_EQ(Notes().factoryReleases, 1u);
+  EXPECT_EQ(loader_->LockComponent(kOwn, 1), 0xE0000043u);
+  EXPECT_EQ(Notes().factoriesMade, 2u);
+  EXPECT_EQ(Notes().factoryReleases, 2u);
+  EXPECT_EQ(Notes().factoriesGone, 2u);
+  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+}
+
+TEST_F(Components, ThatSaySoWithoutAFactoryGiveNothing) {
+  Register(kOwn, "no_factory");
+  void* out = untouched_;
+  EXPECT_EQ(yax_->GetComponentFactory(kOwn, &out), 0u);
+  EXPECT_EQ(out, nullptr);
+  out = untouched_;
+  EXPECT_EQ(yax_->GetComponentInstance(kOwn, IID_ITestObject, &out), 0xE0000010u);
+  EXPECT_EQ(out, nullptr);
+  EXPECT_EQ(loader_->LockComponent(kOwn, 1), 0xE0000010u);
+  EXPECT_EQ(loader_->LockComponent(kOwn, 0), 0xE0000010u);
+  EXPECT_EQ(Notes().entered, 4u);
+}
+
+TEST_F(Components, ThatFailWithAFactoryHaveItReleasedOnce) {
+  Register(kOwn, "fails_with_factory");
+  PrintedMessages printed;
+  void* out = untouched_;
+  EXPECT_EQ(yax_->GetComponentInstance(kOwn, IID_ITestObject, &out), 0xE0000099u);
+  EXPECT_EQ(out, untouched_);
+  EXPECT_EQ(Notes().factoryReleases, 1u);
+  EXPECT_EQ(loader_->LockComponent(kOwn, 1), 0xE0000099u);
+  EXPECT_EQ(Notes().factoryReleases, 2u);
+  EXPECT_EQ(Notes().factoriesGone, 2u);
+  EXPECT_EQ(printed.Take(), "") << "the component's own failure";
+  ASSERT_EQ(yax_->GetComponentFactory(kOwn, &out), 0xE0000099u);
+  EXPECT_EQ(static_cast<YAXComponentFactory*>(out)->Release(), 0u) << "the caller's";
+  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+}
+
+TEST_F(Components, WithoutAFactoryEntryStayLoaded) {
+  Register(kOwn, "no_factory_entry");
+  ExpectNoFactory(kOwn, 0xE000000F, kNoAddress);
+  EXPECT_TRUE(IsMapped(ComponentFile("no_factory_entry")));
+  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+  EXPECT_FALSE(IsMapped(ComponentFile("no_factory_entry")));
+}
+
+// ---- locks
+
+TEST_F(Components, ThatAreLockedStayLoaded) {
+  Register(kOwn, "sound");
+  EXPECT_EQ(loader_->LockComponent(kOwn, 7), 0u) << "loads it";
+  EXPECT_EQ(Notes().lastLock, 7u) << "handed on as it is";
+  EXPECT_EQ(loader_->LockComponent(kOwn, 1), 0u);
+  EXPECT_EQ(Notes().factoryReleases, 2u);
+  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0xE000000Bu);
+  EXPECT_EQ(loader_->LockComponent(kOwn, 0), 0u);
+  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0xE000000Bu);
+  EXPECT_EQ(loader_->LockComponent(kOwn, 0), 0u);
+  EXPECT_EQ(Notes().lastLock, 0u);
+  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+  EXPECT_FALSE(IsMapped(sound_));
+}
+
+TEST_F(Components, AreLoadedToTakeALockBack) {
+  Register(kOwn, "sound");
+  EXPECT_EQ(loader_->LockComponent(kOwn, 0), 0xE0000010u) << "the component's answer";
+  EXPECT_TRUE(IsMapped(sound_));
+  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+}
+
+// ---- calls back
+
+TEST_F(Components, CallTheFrameworkFromTheirEntry) {
+  Register(kOwn, "calls_back");
+  Register(kOther, "sound");
+  Notes().other = kOther;
+  void* out = nullptr;
+  ASSERT_EQ(yax_->GetComponentInstance(kOwn, IID_ITestObject, &out), 0u);
+  const unsigned int expected[] = {0, 0, 0, 0, 0xE000000B, 0};
+  for (unsigned int i = 0; i < 6; ++i) EXPECT_EQ(Notes().answers[i], expected[i]) << i;
+  EXPECT_EQ(Notes().closed, 1u) << "the other one";
+  EXPECT_TRUE(IsMapped(ComponentFile("calls_back"))) << "not while its code runs";
+  static_cast<ITestObject*>(out)->Release();
+  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+}
+
+TEST_F(Components, CannotUnloadThemselvesWhileTheyAreAsked) {
+  Register(kOwn, "unloads_itself");
+  const std::string file = ComponentFile("unloads_itself");
+  Notes().self = kOwn;
+  Load(kOwn);
+  Notes().refusal = 1;
+  for (unsigned int time = 1; time <= 2; ++time) {
+    EXPECT_EQ(loader_->UnloadComponent(kOwn), 0xE000000Bu);
+    EXPECT_EQ(Notes().asked, time) << "once each time";
+    EXPECT_EQ(Notes().answers[1], 0xE000000Bu);
+    EXPECT_TRUE(IsMapped(file));
+  }
+  Notes().refusal = 0;
+  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+  EXPECT_EQ(Notes().asked, 3u);
+  EXPECT_EQ(Notes().answers[1], 0xE000000Bu);
+  EXPECT_FALSE(IsMapped(file));
+}
+
+}  // namespace

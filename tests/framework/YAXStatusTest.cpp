@@ -1,0 +1,52 @@
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+
+#include "framework/YAXStatus.h"
+#include "registry/RegistryStatus.h"
+
+namespace {
+
+struct Named {
+  unsigned int status;
+  unsigned int value;
+};
+
+constexpr Named kAll[] = {
+    {yax_status::kNotProvided, 0xE0000002},   {yax_status::kNoMemory, 0xE0000003},
+    {yax_status::kNotRegistered, 0xE0000004}, {yax_status::kNoFramework, 0xE0000005},
+    {yax_status::kNoInterface, 0xE0000007},   {yax_status::kBadArgument, 0xE0000008},
+    {yax_status::kCannotLoad, 0xE0000009},    {yax_status::kCannotClose, 0xE000000A},
+    {yax_status::kInUse, 0xE000000B},         {yax_status::kRegistryFailed, 0xE000000D},
+    {yax_status::kNoEntry, 0xE000000F},       {yax_status::kUnspecified, 0xE0000010},
+};
+
+TEST(YAXStatus, HasFixedValues) {
+  EXPECT_EQ(yax_status::kOk, 0u);
+  for (const Named& named : kAll) EXPECT_EQ(named.status, named.value);
+}
+
+TEST(YAXStatus, HasATextOfItsOwnForEachValue) {
+  const std::string unknown = YAXStatusText(0xE0000001);
+  std::set<std::string> texts = {YAXStatusText(0), unknown};
+  for (const Named& named : kAll) {
+    EXPECT_TRUE(texts.insert(YAXStatusText(named.value)).second) << std::hex << named.value;
+  }
+  EXPECT_EQ(texts.size(), 14u);
+}
+
+TEST(YAXStatus, TellsOfTheRegistrysStatusesWhatTheRegistryTells) {
+  for (unsigned int status = 0; status < 100; ++status) {
+    EXPECT_STREQ(YAXStatusText(status), tamu::registry::StatusText(status)) << status;
+  }
+}
+
+TEST(YAXStatus, HasATextForEveryNumber) {
+  for (unsigned int status : {0xE0000000u, 0xE0000006u, 0xE000000Cu, 0xE0000011u, 0xFFFFFFFFu}) {
+    ASSERT_NE(YAXStatusText(status), nullptr);
+    EXPECT_STRNE(YAXStatusText(status), "");
+  }
+}
+
+}  // namespace

@@ -1,0 +1,6 @@
+// Cannot be asked whether it may be unloaded.
+#include "tests/framework/components/TestComponent.h"
+
+unsigned int EntryFn_getFactory(const YAX_GUID_ST&, const YAX_GUID_ST& iid, void** factory) {
+  return GiveFactory<TestFactory>(iid, factory);
+}
