@@ -39,10 +39,11 @@ class TernaryValue {
 
   TernaryValue* next = nullptr;  // the key's next older value
   unsigned int id = 0;
-  Value value = {kValueTypeAny, 0, nullptr};  // not used
-  TernaryValueNode* node = nullptr;           // owned
-  unsigned char* data = nullptr;              // in the record, or an array
-  unsigned int ownsData = 0;                  // 1: the array is this object's
+  // Not used; all values have the same, which takes no room.
+  static constexpr Value value = {kValueTypeAny, 0, nullptr};
+  TernaryValueNode* node = nullptr;  // owned
+  unsigned char* data = nullptr;     // in the record, or an array
+  unsigned int ownsData = 0;         // 1: the array is this object's
 };
 
 }  // namespace tamu::registry

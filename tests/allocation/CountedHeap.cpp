@@ -1,6 +1,8 @@
 // Every new of the program is counted here, and those fail that may answer null.
 #include "tests/allocation/CountedHeap.h"
 
+#include <malloc.h>
+
 #include <cstdlib>
 #include <new>
 
@@ -8,14 +10,21 @@ namespace heap {
 
 unsigned int sAllocations = 0;
 unsigned int sLive = 0;
+size_t sBytes = 0;
 unsigned int sFailing = 0;
 
 namespace {
 
+size_t BytesOf(void* memory) {
+  return malloc_usable_size(memory) + sizeof(size_t);
+}
+
 void* CountedAllocation(size_t size) {
   ++sAllocations;
   ++sLive;
-  return std::malloc(size > 0 ? size : 1);
+  void* memory = std::malloc(size > 0 ? size : 1);
+  if (memory != nullptr) sBytes += BytesOf(memory);
+  return memory;
 }
 
 void* FallibleAllocation(size_t size) {
@@ -25,7 +34,10 @@ void* FallibleAllocation(size_t size) {
 }
 
 void Free(void* memory) {
-  if (memory != nullptr) --sLive;
+  if (memory != nullptr) {
+    --sLive;
+    sBytes -= BytesOf(memory);
+  }
   std::free(memory);
 }
 

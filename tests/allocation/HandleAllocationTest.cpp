@@ -252,6 +252,32 @@ class HandleRounds : public HandleAllocations {
   }
 };
 
+TEST(LoadedMemory, FourThousandKeysTakeLessThanTwoAndAHalfTimesTheFile) {
+  TempDir dir;
+  const std::string path = dir / "a.rce";
+  Registry registry(path.c_str(), kAdministratorId);
+  ASSERT_EQ(registry.Initialize(), 0u);
+  unsigned long long number = 1500;
+  Value integer = {kValueTypeInteger, sizeof number, &number};
+  for (unsigned int i = 0; i < 4000; ++i) {
+    const std::string key = "key" + std::to_string(10000 + i);
+    ASSERT_EQ(registry.CreateKey(0, key.c_str()), 0u);
+    for (const char* name : {"first", "second"}) {
+      ASSERT_EQ(registry.CreateValue(0, key.c_str(), name, &integer), 0u);
+    }
+  }
+  unsigned int handle = 0;
+  ASSERT_EQ(registry.OpenKey("", &handle), 0u);  // what a first opening makes for good is there
+  ASSERT_EQ(registry.CloseKey(handle), 0u);
+  RegistryInfo info = {};
+  ASSERT_EQ(registry.GetRegistryInfo(&info), 0u);
+  const size_t before = heap::sBytes;
+  ASSERT_EQ(registry.OpenKey("", &handle), 0u);
+  EXPECT_LT(heap::sBytes - before, info.fileSize * 5u / 2);
+  ASSERT_EQ(registry.CloseKey(handle), 0u);
+  EXPECT_EQ(heap::sBytes, before);
+}
+
 TEST_F(HandleRounds, TenThousandLeaveNothingInMemory) {
   constexpr unsigned int kRounds = 10000;
   for (unsigned int round = 0; round < 10; ++round) Change(round);

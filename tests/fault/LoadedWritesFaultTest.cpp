@@ -61,6 +61,19 @@ TEST_F(LoadedWriteFaults, WithoutAFaultMemoryAndFileAgree) {
   }
 }
 
+TEST_F(LoadedWriteFaults, WhatIsInOneRecordIsOneWrite) {
+  unsigned int compared = 0;
+  for (const Change& change : kChanges) {
+    const std::string name = change.name;
+    const bool isOneRecord = name == "set a number" || name == "set the default value" ||
+                             name == "set the permission" || name == "set the watch";
+    if (!isOneRecord) continue;
+    EXPECT_EQ(Attempt(change, Mode::kNone, 0).calls, 1u) << name;
+    ++compared;
+  }
+  EXPECT_EQ(compared, 4u);
+}
+
 // A short write is gone on with.
 TEST_F(LoadedWriteFaults, ShortWritesDoNotMatter) {
   for (const Change& change : kChanges) {

@@ -1,4 +1,6 @@
 // Keys that are opened: handles, what is read through them, and how long they live.
+#include <unistd.h>
+
 #include "tests/registry/RegistryRig.h"
 
 namespace tamu::registry {
@@ -50,6 +52,21 @@ TEST_F(RegistryHandles, NameTheirKeyByTheEmptyPath) {
   ASSERT_EQ(names.Count(), 1u);
   EXPECT_STREQ(names.GetName(0, nullptr), "b");
   EXPECT_EQ(registry.GetDefaultValue(handle, "x", &number), 2u);
+}
+
+TEST_F(RegistryHandles, AreReadWithoutAskingTheFile) {
+  const unsigned int handle = Open("a");
+  ASSERT_EQ(truncate(path.c_str(), 0), 0);
+  ReadValue value;
+  EXPECT_EQ(registry.GetValue(handle, "b", "n", &value), 0u);
+  EXPECT_EQ(value.number(), 0x0102030405060708ull);
+  NameList names(5);
+  EXPECT_EQ(registry.ListKeys(handle, "", 0, 0, &names, 0), 0u);
+  EXPECT_EQ(names.Count(), 1u);
+  KeyInfo info = KeyInfo();
+  EXPECT_EQ(registry.GetKeyInfo(handle, "", &info), 0u);
+  EXPECT_EQ(info.totalValueCount, 1u);
+  EXPECT_EQ(registry.GetValue(0, "a/b", "n", &value), 5u) << "the file is gone";
 }
 
 TEST_F(RegistryHandles, AMissingKeyIsNotOpened) {
