@@ -20,7 +20,8 @@ extern "C" {
 // made; kNoMemory; kUnspecified: no lock. Creating, getting and destroying the framework is for one
 // thread at a time.
 YAX_API unsigned int CreateYAX(const char* registryPath);
-// A view of the framework, to be given back by Release. kNoFramework, kNoInterface, kBadArgument.
+// A view of the framework, to be given back by Release; its operations are for any thread.
+// kNoFramework and kBadArgument (*out as it was), kNoInterface (*out null).
 YAX_API unsigned int GetYAXInstance(const YAX_GUID_ST& iid, void** out);
 // Drops the reference that CreateYAX took. The framework ends with the last view that is given
 // back; shared objects that are still open stay mapped. Returns 0.

@@ -23,7 +23,7 @@ const char* YAXStatusText(unsigned int status) {
     case yax_status::kInUse:
       return "the component cannot be unloaded now";
     case yax_status::kRegistryFailed:
-      return "the registry failed, or the component is not registered";
+      return "the registry failed, or the component is not (or already) registered";
     case yax_status::kNoEntry:
       return "the component has no entry function";
     case yax_status::kUnspecified:

@@ -9,7 +9,7 @@ namespace yax_status {
 constexpr unsigned int kOk = 0;
 constexpr unsigned int kNotProvided = 0xE0000002;    // the plain information store does not do it
 constexpr unsigned int kNoMemory = 0xE0000003;       // memory could not be obtained
-constexpr unsigned int kNotRegistered = 0xE0000004;  // not in the plain store's component table
+constexpr unsigned int kNotRegistered = 0xE0000004;  // the component does not know the identifier
 constexpr unsigned int kNoFramework = 0xE0000005;    // no framework object, or it has no registry
 constexpr unsigned int kNoInterface = 0xE0000007;    // the object has no such interface
 constexpr unsigned int kBadArgument = 0xE0000008;    // null pointer, unknown type, buffer too small

@@ -190,7 +190,11 @@ unsigned int Registry::CloseKey(unsigned int handle) {
   if (handles.isInvalidIndex(handle)) return status::kBadArgument;
   void* tree = *handles.Get(handle);
   handles.RemoveByIndex(handle);
-  return keyTree->UnloadKeyTree(tree);
+  const unsigned int result = keyTree->UnloadKeyTree(tree);
+  // With the last handle the strings on the way to the keys go too, so that what another process
+  // has changed is read anew.
+  if (handles.count == 0) keyTree->UnloadKeyTree(nullptr);
+  return result;
 }
 
 void Registry::HoldHandles() {

@@ -1,6 +1,7 @@
 // Keys that are opened: handles, what is read through them, and how long they live.
 #include <unistd.h>
 
+#include "tests/platform/ChildProcess.h"
 #include "tests/registry/RegistryRig.h"
 
 namespace tamu::registry {
@@ -67,6 +68,16 @@ TEST_F(RegistryHandles, AreReadWithoutAskingTheFile) {
   EXPECT_EQ(registry.GetKeyInfo(handle, "", &info), 0u);
   EXPECT_EQ(info.totalValueCount, 1u);
   EXPECT_EQ(registry.GetValue(0, "a/b", "n", &value), 5u) << "the file is gone";
+}
+
+// The other process cuts the name of a key whose neighbours were loaded here before.
+TEST_F(RegistryHandles, WhatAnotherProcessHasMadeIsSeenOnceAllAreClosed) {
+  ASSERT_EQ(registry.CreateKey(0, "x/bell"), 0u);
+  ASSERT_EQ(registry.CloseKey(Open("x")), 0u);
+  ASSERT_TRUE(InChild([&] { return registry.CreateKey(0, "x/bench") == 0; }));
+  for (const char* key : {"x/bell", "x/bench"}) {
+    EXPECT_EQ(registry.CloseKey(Open(key)), 0u) << key;
+  }
 }
 
 TEST_F(RegistryHandles, AMissingKeyIsNotOpened) {

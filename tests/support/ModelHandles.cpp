@@ -179,6 +179,7 @@ unsigned ModelHandles::CloseKey(unsigned handle) {
   if (handle == 0 || handle >= table_.size() || !table_[handle].isUsed) return 22;
   const Slot closed = table_[handle];
   table_[handle] = Slot();
+  if (Open().empty()) ForgetLoaded(tree_.root_.get());
   if (closed.isOrphan || IsInUse(closed.start)) return 0;
   for (const Slot& other : table_) {
     if (other.isUsed && !other.isOrphan && IsBelow(closed.path, other.path)) return 0;
