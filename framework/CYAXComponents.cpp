@@ -35,6 +35,9 @@ unsigned int CYAX::GetFuncAddress(const YAX_GUID_ST& clsid, void* handle, const 
 
 namespace {
 
+// The shared object of the factory that this thread has got last; null for one in the program.
+thread_local void* tFactoryHandle = nullptr;
+
 // Keeps a shared object from being closed while one of its functions runs, which may call back.
 class Entered {
  public:
@@ -78,15 +81,20 @@ unsigned int CYAX::GetComponentFactory(const YAX_GUID_ST& clsid, void** factory)
   }
   *factory = nullptr;
   const Entered entered(*loader_, handle);
-  return reinterpret_cast<YAX_FACTORY_FN>(entry)(clsid, IID_YAXComponentFactory, factory);
+  result = reinterpret_cast<YAX_FACTORY_FN>(entry)(clsid, IID_YAXComponentFactory, factory);
+  tFactoryHandle = handle;
+  return result;
 }
 
 // Calls operation(factory) when the component says that it gave one, also for null. What it gave is
-// given back whatever the outcome, and under the lock: the shared object stays while its code runs.
+// given back whatever the outcome, and under the lock. The shared object stays while its code runs,
+// whatever the component tells of itself.
 template <class Operation>
 unsigned int CYAX::OnFactory(const YAX_GUID_ST& clsid, Operation operation) {
   void* made = nullptr;
+  tFactoryHandle = nullptr;
   unsigned int result = GetComponentFactory(clsid, &made);
+  const Entered entered(*loader_, tFactoryHandle);
   YAXComponentFactory* factory = static_cast<YAXComponentFactory*>(made);
   if (result == yax_status::kOk) result = operation(factory);
   PCMutexGuard guard(lock_);

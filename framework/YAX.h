@@ -32,6 +32,8 @@ YAX_API unsigned int DestroyYAX();
 //   unsigned int EntryFn_canUnloadNow();
 // The first gives a YAXComponentFactory (YAX_FACTORY_FN); the second answers 0 when none of the
 // component's objects and locks is left, so that the shared object may be closed. Both run under
-// the framework's lock.
+// the framework's lock. Whatever the first answers, *out is null or a factory. Static objects of a
+// component must not call the framework when they are made or destroyed: the C library's loader is
+// locked then, and other threads wait for it with the framework's lock. docs/components.md
 
 }  // extern "C"

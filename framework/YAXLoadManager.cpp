@@ -21,6 +21,9 @@ struct YAXLoadManager::Record {
 
 namespace {
 
+// What this thread is closing.
+thread_local void* tClosing = nullptr;
+
 // Holds the list over a walk with its cursor.
 class ListLock {
  public:
@@ -114,7 +117,9 @@ void YAXLoadManager::Enter(void* handle) {
 }
 
 void YAXLoadManager::Leave(void* handle) {
-  ForEachOf(handle, [](Record& record) { --record.entered; });
+  ForEachOf(handle, [](Record& record) {
+    if (record.entered > 0) --record.entered;
+  });
 }
 
 void YAXLoadManager::MarkClosing(void* handle, bool closing) {
@@ -147,8 +152,9 @@ void YAXLoadManager::DeleteHandle(void* handle) {
   DeleteClosing(handle);
 }
 
-// Two threads may open a new file at the same time: the list is not held meanwhile, because code of
-// the shared object runs. The one that comes second gives its handle back.
+// A destructor of a static object may load what is being closed, in the same thread: it must not
+// get it. Two threads may open a new file at the same time: the list is not held meanwhile, because
+// code of the shared object runs. The one that comes second gives its handle back.
 unsigned int YAXLoadManager::LoadBinary(const YAX_GUID_ST& clsid, const char* path, void** handle) {
   if (handle == nullptr || path == nullptr) return yax_status::kBadArgument;
   if (FindHandle(path, handle) != 0) return yax_status::kOk;
@@ -159,14 +165,20 @@ unsigned int YAXLoadManager::LoadBinary(const YAX_GUID_ST& clsid, const char* pa
                       reason != nullptr ? reason : "");
     return yax_status::kCannotLoad;
   }
+  if (opened == tClosing) {
+    dlclose(opened);
+    return yax_status::kCannotLoad;
+  }
   void* recorded = nullptr;
   bool added = false;
+  bool isExtra = false;  // an open file needs no second reference, by whichever path it was opened
   {
     const ListLock lock(list_);
+    isExtra = Find([&](const Record& record) { return record.handle == opened; }) != nullptr;
     if (FindHandle(path, &recorded) == 0) added = AddHandle(clsid, path, opened) != 0;
   }
   *handle = recorded != nullptr ? recorded : opened;
-  if (recorded != nullptr) dlclose(opened);
+  if (recorded != nullptr || isExtra) dlclose(opened);
   return recorded != nullptr || added ? yax_status::kOk : yax_status::kNoMemory;
 }
 
@@ -193,7 +205,10 @@ unsigned int YAXLoadManager::AskToUnload(const YAX_GUID_ST& clsid, void* handle)
 // A thread that loads the same file meanwhile opens it anew: it never gets a handle that is closed.
 unsigned int YAXLoadManager::Close(void* handle) {
   MarkClosing(handle, true);
-  if (dlclose(handle) != 0) {
+  tClosing = handle;
+  const bool isClosed = dlclose(handle) == 0;
+  tClosing = nullptr;
+  if (!isClosed) {
     MarkClosing(handle, false);
     return yax_status::kCannotClose;
   }

@@ -303,6 +303,34 @@ TEST_F(Components, CallTheFrameworkFromTheirEntry) {
   EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
 }
 
+// Whatever a component tells of itself.
+TEST_F(Components, AreNotUnloadedWhileTheFrameworkCallsTheirFactory) {
+  Register(kOwn, "leaves_early");
+  Notes().self = kOwn;
+  void* out = nullptr;
+  ASSERT_EQ(yax_->GetComponentInstance(kOwn, IID_ITestObject, &out), 0u);
+  static_cast<ITestObject*>(out)->Release();
+  EXPECT_EQ(loader_->LockComponent(kOwn, 1), 0u);
+  for (unsigned int call = 0; call < 3; ++call) {
+    EXPECT_EQ(Notes().answers[call], 0xE000000Bu) << call;
+  }
+  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+  EXPECT_FALSE(IsMapped(ComponentFile("leaves_early")));
+}
+
+TEST_F(Components, AreNotLoadedByThemselvesWhileTheyAreClosed) {
+  Register(kOwn, "comes_back");
+  Notes().self = kOwn;
+  Load(kOwn);
+  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+  EXPECT_EQ(Notes().answers[0], 0xE0000009u);
+  EXPECT_FALSE(IsMapped(ComponentFile("comes_back")));
+  void* out = nullptr;
+  ASSERT_EQ(yax_->GetComponentInstance(kOwn, IID_ITestObject, &out), 0u) << "loaded anew";
+  static_cast<ITestObject*>(out)->Release();
+  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+}
+
 TEST_F(Components, CannotUnloadThemselvesWhileTheyAreAsked) {
   Register(kOwn, "unloads_itself");
   const std::string file = ComponentFile("unloads_itself");

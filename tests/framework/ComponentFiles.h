@@ -29,9 +29,10 @@ class FreshComponents {
  public:
   FreshComponents() { Notes().Reset(); }
   ~FreshComponents() {
-    for (const char* name : {"calls_back", "fails_to_create", "fails_with_factory", "fourth",
-                             "leaning", "no_factory", "no_factory_entry", "no_unload_entry",
-                             "refusing", "second", "sound", "third", "unloads_itself"}) {
+    for (const char* name :
+         {"calls_back", "comes_back", "fails_to_create", "fails_with_factory", "fourth", "leaning",
+          "leaves_early", "no_factory", "no_factory_entry", "no_unload_entry", "refusing", "second",
+          "sound", "third", "unloads_itself"}) {
       CloseForGood(ComponentFile(name));
     }
   }

@@ -255,6 +255,14 @@ TEST_F(LoadManager, WhatIsLoadedByAnotherPathWhileItWasEnteredCanBeEnteredAndClo
   EXPECT_EQ(manager_.UnloadBinary(kSecond), 0u);
 }
 
+TEST_F(LoadManager, AFileThatWasLoadedByTwoPathsIsClosedAtOnce) {
+  void* handle = Load(kFirst, sound_);
+  ASSERT_EQ(Load(kSecond, PathOfLength(sound_, 255)), handle);
+  EXPECT_EQ(manager_.UnloadBinary(kSecond), 0u);
+  EXPECT_FALSE(IsMapped(sound_));
+  EXPECT_EQ(manager_.UnloadBinary(kFirst), 0u) << "nothing is left of it";
+}
+
 TEST_F(LoadManager, CountsWhatItCloses) {
   const unsigned int before = manager_.Closings();
   Load(kFirst, ComponentFile("refusing"));
