@@ -35,8 +35,7 @@ TEST(FunctionTable, ZeroIsNoFunction) {
 
 // What is stored of it is 0, and that is no function wherever it is read.
 TEST(FunctionTable, AnAddressWhoseLow32BitsAreZeroIsNotFound) {
-  if (kAddressesFit) GTEST_SKIP() << "that is the null pointer";
-  EXPECT_EQ(FunctionTable::Add(FunctionAt(0)), 0u);
+  EXPECT_EQ(FunctionTable::Add(FunctionAt(0)), 0u);  // the null pointer where addresses are short
   EXPECT_EQ(FunctionTable::Find(0), nullptr);
 }
 

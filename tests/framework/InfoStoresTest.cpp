@@ -123,16 +123,18 @@ TYPED_TEST(InfoStores, AComponentWithoutFunctionHasNoEntry) {
 }
 
 // The address of an earlier run of the program is none of this one's.
+// Where addresses are longer than what is stored of them; else it is the address.
 TYPED_TEST(InfoStores, AFunctionThatThisProcessDidNotRegisterIsNone) {
-  if (sizeof(void*) == 4) GTEST_SKIP() << "addresses are stored whole";
+  const bool isWhole = sizeof(void*) == 4;
+  void* const expected = isWhole ? reinterpret_cast<void*>(0x54637261) : nullptr;
   YAX_COMPONENT_INFO_ST info = Player();
   ASSERT_EQ(this->store.RegisterComponent(kClsid, &info), 0u);
   this->Put(kClsidKey, "FactoryFn", 0, "\x61\x72\x63\x54\0\0\0\0"s);
   void* function = &info;
-  EXPECT_EQ(this->store.GetComponentEntryFunc(kClsid, &function), 0xE000000F);
-  EXPECT_EQ(function, nullptr);
+  EXPECT_EQ(this->store.GetComponentEntryFunc(kClsid, &function), isWhole ? 0 : 0xE000000F);
+  EXPECT_EQ(function, expected);
   EXPECT_EQ(this->store.GetComponentInfo(kClsid, &info), 0u);
-  EXPECT_EQ(info.FactoryFn, nullptr);
+  EXPECT_EQ(reinterpret_cast<void*>(info.FactoryFn), expected);
   EXPECT_STREQ(info.BinaryPath, "libplayer.so") << "what comes behind it is read all the same";
 }
 
