@@ -34,3 +34,8 @@ check_finds(good registry/RegistryInstance.cpp registry/memtree/TernaryKeyTree.h
 check_finds(bad registry/Registry.cpp tests/support/Temp.h)
 check_finds(bad registry/Registry.cpp framework/YAX.h)
 check_finds(bad registry/Registry.cpp Value.h)
+check_finds(good framework/CYAX.cpp registry/Registry.h)
+check_finds(good framework/CYAX.cpp platform/PCMutex.h)
+check_finds(bad framework/CYAX.cpp registry/store/TernaryFile.h)
+check_finds(bad framework/CYAX.cpp registry/memtree/TernaryKeyTree.h)
+check_finds(bad platform/PCList.h framework/YAX.h)
