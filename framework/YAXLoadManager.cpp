@@ -72,7 +72,10 @@ int YAXLoadManager::AddHandle(const YAX_GUID_ST& clsid, const char* path, void* 
   std::strncpy(record->path, path, sizeof record->path - 1);
   const ListLock lock(list_);
   // Two paths may lead to one file.
-  ForEachOf(handle, [record](const Record& other) { record->entered = other.entered; });
+  ForEachOf(handle, [record](const Record& other) {
+    record->entered = other.entered;
+    record->isAsked = other.isAsked;
+  });
   if (list_.Add(record, PCList::AtEnd) != 0) return 1;
   delete record;
   return 0;
@@ -120,6 +123,10 @@ void YAXLoadManager::Leave(void* handle) {
   ForEachOf(handle, [](Record& record) {
     if (record.entered > 0) --record.entered;
   });
+}
+
+void YAXLoadManager::MarkAsked(void* handle, bool asked) {
+  ForEachOf(handle, [asked](Record& record) { record.isAsked = asked; });
 }
 
 void YAXLoadManager::MarkClosing(void* handle, bool closing) {
@@ -189,25 +196,23 @@ unsigned int YAXLoadManager::GetProcAddr(void* handle, const char* symbol, void*
 
 // What the component answers when it is asked whether it may be closed. It may call back: unloading
 // it meanwhile is refused.
-unsigned int YAXLoadManager::AskToUnload(const YAX_GUID_ST& clsid, void* handle) {
+unsigned int YAXLoadManager::AskToUnload(void* handle) {
   void* address = nullptr;
   unsigned int result = GetProcAddr(handle, "EntryFn_canUnloadNow", &address);
   if (result == yax_status::kOk && reinterpret_cast<unsigned int (*)()>(address)() != 0) {
     result = yax_status::kInUse;
   }
-  if (result == yax_status::kOk) return result;
-  const ListLock lock(list_);
-  Record* record = Find([&](const Record& candidate) { return candidate.clsid == clsid; });
-  if (record != nullptr) record->isAsked = false;
+  if (result != yax_status::kOk) MarkAsked(handle, false);
   return result;
 }
 
 // A thread that loads the same file meanwhile opens it anew: it never gets a handle that is closed.
 unsigned int YAXLoadManager::Close(void* handle) {
   MarkClosing(handle, true);
+  void* const before = tClosing;  // whose static objects close this one
   tClosing = handle;
   const bool isClosed = dlclose(handle) == 0;
-  tClosing = nullptr;
+  tClosing = before;
   if (!isClosed) {
     MarkClosing(handle, false);
     return yax_status::kCannotClose;
@@ -223,9 +228,9 @@ unsigned int YAXLoadManager::UnloadBinary(const YAX_GUID_ST& clsid) {
     Record* record = Find([&](const Record& candidate) { return candidate.clsid == clsid; });
     if (record == nullptr) return yax_status::kOk;
     if (record->isAsked || record->entered > 0) return yax_status::kInUse;
-    record->isAsked = true;
     handle = record->handle;
+    MarkAsked(handle, true);
   }
-  const unsigned int result = AskToUnload(clsid, handle);
+  const unsigned int result = AskToUnload(handle);
   return result == yax_status::kOk ? Close(handle) : result;
 }

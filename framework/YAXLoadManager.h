@@ -47,8 +47,9 @@ class YAXLoadManager {
   void ForEachOf(void* handle, Change change);
   template <class Condition>
   Record* Find(Condition condition);
-  unsigned int AskToUnload(const YAX_GUID_ST& clsid, void* handle);
+  unsigned int AskToUnload(void* handle);
   unsigned int Close(void* handle);
+  void MarkAsked(void* handle, bool asked);
   void MarkClosing(void* handle, bool closing);
   void DeleteClosing(void* handle);
 

@@ -1,4 +1,6 @@
 // From a component's identifier to its factory and its objects, through the built library.
+#include <unistd.h>
+
 #include "tests/framework/ComponentRig.h"
 #include "tests/framework/PrintedMessages.h"
 
@@ -301,6 +303,20 @@ TEST_F(Components, CallTheFrameworkFromTheirEntry) {
   EXPECT_TRUE(IsMapped(ComponentFile("calls_back"))) << "not while its code runs";
   static_cast<ITestObject*>(out)->Release();
   EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+}
+
+TEST_F(Components, CannotUnloadAnotherOfTheSameFileWhileTheyAreAsked) {
+  const std::string file = ComponentFile("unloads_itself");
+  const std::string link = folder_ / "link.so";
+  ASSERT_EQ(symlink(file.c_str(), link.c_str()), 0);
+  Register(kOwn, "unloads_itself");
+  Register(kOther, link, nullptr, YAX_COMPONENT_TYPE_BINARY);
+  Notes().self = kOther;
+  ASSERT_EQ(Load(kOther), Load(kOwn));
+  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+  EXPECT_EQ(Notes().asked, 1u);
+  EXPECT_EQ(Notes().answers[1], 0xE000000Bu);
+  EXPECT_FALSE(IsMapped(file));
 }
 
 // Whatever a component tells of itself.
