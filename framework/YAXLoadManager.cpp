@@ -71,8 +71,10 @@ int YAXLoadManager::AddHandle(const YAX_GUID_ST& clsid, const char* path, void* 
   record->handle = handle;
   std::strncpy(record->path, path, sizeof record->path - 1);
   const ListLock lock(list_);
-  // Two paths may lead to one file.
+  // Two paths may lead to one file. One that is closing is another, though its handle may be the
+  // same.
   ForEachOf(handle, [record](const Record& other) {
+    if (other.isClosing) return;
     record->entered = other.entered;
     record->isAsked = other.isAsked;
   });
