@@ -29,6 +29,11 @@ class ComponentThreads : public ComponentRig {
     const unsigned int result = loader_->UnloadComponent(clsid);
     Expect(result == 0 || result == 0xE000000B);
   }
+  // The pause lets the others have their turn: what waits for a mutex has no place in a queue.
+  void UnloadAndPause(const YAX_GUID_ST& clsid) {
+    Unload(clsid);
+    std::this_thread::sleep_for(std::chrono::microseconds(50));
+  }
 
   std::mutex drop_;
   std::atomic<unsigned int> surprises_{0};
@@ -98,8 +103,7 @@ TEST_F(ComponentThreads, UnloadWhileOthersAskForFactoriesAndObjects) {
   std::atomic<unsigned int> users{3};
   OnThreads(4, [&](unsigned int i) {
     if (i == 0) {
-      // The pause lets the others have their turn: what waits for a mutex has no place in a queue.
-      for (; users > 0; std::this_thread::sleep_for(std::chrono::microseconds(50))) Unload(kOwn);
+      while (users > 0) UnloadAndPause(kOwn);
       return;
     }
     for (unsigned int round = 0; round < kRounds; ++round) {
@@ -159,7 +163,7 @@ TEST_F(ComponentThreads, LocksKeepAComponentThatOthersUnload) {
   std::atomic<bool> isOver{false};
   OnThreads(2, [&](unsigned int i) {
     if (i == 1) {
-      while (!isOver) Unload(kOwn);
+      while (!isOver) UnloadAndPause(kOwn);
       return;
     }
     for (unsigned int round = 0; round < 1000; ++round) {
