@@ -2,6 +2,7 @@
 #include <cstring>
 
 #include "framework/CYAX.h"
+#include "framework/RegistryResult.h"
 #include "framework/YAXStatus.h"
 #include "registry/Registry.h"
 
@@ -14,11 +15,6 @@ using tamu::registry::Value;
 namespace {
 
 constexpr unsigned int kListedMost = 64;  // names in one listing
-
-unsigned int StatusOf(unsigned int registryStatus) {
-  return registryStatus == tamu::registry::status::kOk ? yax_status::kOk
-                                                       : yax_status::kRegistryFailed;
-}
 
 bool IsKnown(YAX_REG_DATA_TYPE_ENUM type) {
   return type == YAX_REG_DATA_TYPE_INTEGER || type == YAX_REG_DATA_TYPE_STRING;

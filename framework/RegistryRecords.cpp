@@ -1,6 +1,7 @@
 #include "framework/RegistryRecords.h"
 
 #include "framework/FunctionTable.h"
+#include "framework/RegistryResult.h"
 #include "framework/YAXStatus.h"
 #include "framework/YAXText.h"
 
@@ -25,11 +26,6 @@ unsigned long long StoredFunction(YAX_FACTORY_FN function, RegistryRecords::Uppe
   const unsigned int word = FunctionTable::WordOf(function);
   if (upper == RegistryRecords::Upper::kZero) return word;
   return static_cast<unsigned long long>(static_cast<long long>(static_cast<int>(word)));
-}
-
-unsigned int StatusOf(unsigned int registryStatus) {
-  return registryStatus == tamu::registry::status::kOk ? yax_status::kOk
-                                                       : yax_status::kRegistryFailed;
 }
 
 }  // namespace

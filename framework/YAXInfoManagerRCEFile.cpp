@@ -4,6 +4,7 @@
 
 #include "framework/DebugMessage.h"
 #include "framework/FunctionTable.h"
+#include "framework/RegistryResult.h"
 #include "framework/YAXStatus.h"
 
 namespace status = tamu::registry::status;
@@ -78,8 +79,7 @@ unsigned int YAXInfoManagerRCEFile::RegisterComponent(const YAX_GUID_ST& clsid,
 unsigned int YAXInfoManagerRCEFile::UnregisterComponent(const YAX_GUID_ST& clsid) {
   PCMutexGuard guard(Lock());
   const KeyPath path(*this, clsid);
-  const unsigned int result = registry_->DeleteKey(0, path.text);
-  return result == status::kOk ? yax_status::kOk : yax_status::kRegistryFailed;
+  return StatusOf(registry_->DeleteKey(0, path.text));
 }
 
 unsigned int YAXInfoManagerRCEFile::SetComponentInfo(const YAX_GUID_ST& clsid,

@@ -2,6 +2,7 @@
 
 #include "framework/DebugMessage.h"
 #include "framework/FunctionTable.h"
+#include "framework/RegistryResult.h"
 #include "framework/YAXStatus.h"
 
 namespace status = tamu::registry::status;
@@ -120,8 +121,7 @@ unsigned int YAXInfoManagerRCEMemory::UnregisterComponent(const YAX_GUID_ST& cls
   return Flushed(
       WithTopKey(RegistryRecords::kComponentsKey, TopKey::Missing::kFail, [&](const TopKey& top) {
         const KeyName name(*this, clsid);
-        const unsigned int result = registry_->DeleteKey(top.Handle(), name.text);
-        return result == status::kOk ? yax_status::kOk : yax_status::kRegistryFailed;
+        return StatusOf(registry_->DeleteKey(top.Handle(), name.text));
       }));
 }
 
