@@ -1,6 +1,8 @@
 // The files that a workload starts from, and what may be wrong with them afterwards.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <string>
 #include <vector>
 
@@ -18,5 +20,11 @@ std::string AlmostFullFile(const std::string& path);
 //   to, they are only lost;
 // - findings that contain one of the `harmless` texts.
 std::string GraveFindings(const std::string& path, const std::vector<std::string>& harmless);
+
+// True when the test that runs has failed so often that more tells nothing new.
+inline bool TooManyFailures() {
+  const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
+  return test->result()->total_part_count() > 60;
+}
 
 }  // namespace faults

@@ -140,7 +140,7 @@ class RegistryFaults : public ::testing::Test {
         EXPECT_EQ(outcome.opened, 0u);
         ExpectWhole(outcome);
       }
-      completed = outcome.completed || TooManyFailures();
+      completed = outcome.completed || faults::TooManyFailures();
     }
     EXPECT_GT(number, 200u);  // the workload is one
     // A node is cut in three writes. Between the last two of them, and only there, what lies below
@@ -148,11 +148,6 @@ class RegistryFaults : public ::testing::Test {
     unsigned int keySteps = 0;
     for (const Step& step : faults::Workload()) keySteps += step.action == Step::kKey ? 1 : 0;
     EXPECT_LE(runsWithLostNames_, mode == Mode::kFailOnce ? 0 : keySteps);
-  }
-
-  static bool TooManyFailures() {
-    const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
-    return test->result()->total_part_count() > 60;
   }
 
   // A file whose making was disturbed may be refused for good; nothing worse happens.

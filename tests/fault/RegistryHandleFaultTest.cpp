@@ -165,7 +165,7 @@ class RegistryHandleFaults : public ::testing::Test {
       SCOPED_TRACE(std::string(faults::Name(mode)) + ", call " + std::to_string(number));
       const Outcome outcome = RunWith(mode, number, base);
       ExpectWhole(outcome);
-      completed = outcome.completed || TooManyFailures();
+      completed = outcome.completed || faults::TooManyFailures();
     }
     EXPECT_GT(number, 200u);  // the workload is one
     // Between the last two of the three writes by which a node is cut, and only there, what lies
@@ -173,11 +173,6 @@ class RegistryHandleFaults : public ::testing::Test {
     unsigned int keySteps = 0;
     for (const Step& step : faults::Workload()) keySteps += step.action == Step::kKey ? 1 : 0;
     EXPECT_LE(runsWithLostNames_, mode == Mode::kFailOnce ? 0 : keySteps);
-  }
-
-  static bool TooManyFailures() {
-    const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
-    return test->result()->total_part_count() > 60;
   }
 
   TempDir dir_;
