@@ -13,7 +13,8 @@ JOBS ?= $(shell nproc)
 CHECKS := release debug asan tsan coverage i686 armhf portable
 
 NEEDS := g++ cmake
-TEST_NEEDS := $(NEEDS) googletest pkg-config
+TOOL_NEEDS := libcli11-dev nlohmann-json3-dev
+TEST_NEEDS := $(NEEDS) $(TOOL_NEEDS) googletest pkg-config bats bsdutils util-linux
 NEEDS_i686 := g++-i686-linux-gnu
 NEEDS_armhf := g++-arm-linux-gnueabihf qemu-user-static
 
@@ -26,7 +27,7 @@ RUN_SANITIZED = $(shell $(FIXED_ADDRESSES) true 2>/dev/null && echo $(FIXED_ADDR
 RUN_asan = $(RUN_SANITIZED)
 RUN_tsan = $(RUN_SANITIZED)
 
-build = $(CMAKE) --preset $(1) && $(CMAKE) --build --preset $(1) -j $(JOBS)
+build = $(CMAKE) --preset $(1) && $(RUN_$(1)) $(CMAKE) --build --preset $(1) -j $(JOBS)
 
 .PHONY: help demo test bench coverage format update-abi clean $(CHECKS:%=check-%)
 
@@ -34,7 +35,7 @@ help:
 	@sed -n 's/^#   //p' Makefile
 
 demo:
-	@sh cmake/need-packages.sh $(NEEDS)
+	@sh cmake/need-packages.sh $(NEEDS) $(TOOL_NEEDS)
 	@$(call build,demo)
 	@sh examples/demo/run.sh build/demo/examples
 	@sh examples/components/run.sh build/demo/examples
@@ -57,10 +58,10 @@ coverage: check-coverage
 
 format:
 	@sh cmake/need-packages.sh clang-format
-	@find bench examples framework platform registry tests -name '*.h' -o -name '*.cpp' | xargs clang-format -i
+	@find bench examples framework platform registry tests tools -name '*.h' -o -name '*.cpp' | xargs clang-format -i
 
 update-abi:
-	@sh cmake/need-packages.sh $(NEEDS)
+	@sh cmake/need-packages.sh $(NEEDS) $(TOOL_NEEDS)
 	@$(call build,demo)
 	@cmake -DUPDATE=ON -DNM=nm -DLIBRARY=build/demo/libYAX.so \
 	  -DKEPT=tests/abi/exported-symbols.txt -P tests/abi/CheckExportedSymbols.cmake

@@ -7,12 +7,16 @@ set -eu
 
 have() {
   case "$1" in
-    clang-format | cmake | g++ | gcovr | make | pkg-config) command -v "$1" ;;
+    bats | clang-format | cmake | g++ | gcovr | make | pkg-config) command -v "$1" ;;
+    bsdutils) command -v script ;;
     g++-arm-linux-gnueabihf) command -v arm-linux-gnueabihf-g++ ;;
     g++-i686-linux-gnu) command -v i686-linux-gnu-g++ ;;
     googletest) test -f /usr/src/googletest/googletest/src/gtest-all.cc ;;
     libbenchmark-dev) test -f /usr/include/benchmark/benchmark.h ;;
+    libcli11-dev) test -f /usr/include/CLI/CLI.hpp ;;
+    nlohmann-json3-dev) test -f /usr/include/nlohmann/json.hpp ;;
     qemu-user-static) command -v qemu-arm-static ;;
+    util-linux) command -v setpriv ;;
     *) echo "need-packages.sh: how to look for $1 is not known" >&2 && exit 2 ;;
   esac >/dev/null
 }

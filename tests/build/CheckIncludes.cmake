@@ -1,11 +1,14 @@
 # cmake -DROOT=... -P CheckIncludes.cmake
 # Includes of our own headers point one way: framework -> front end -> the two trees -> store -> shared headers ->
 # platform. The trees never include each other, and what is below knows nothing of what is above.
+# The command-line tool: main and verbs -> cli -> image -> front end and store; docs -> cli. The table of verbs
+# names the verbs that it leads to.
 
 set(platform "^platform/[^/]+\\.h$")
 set(shared_names
   "(Array|KeyInfo|List|NameList|RCEString|RegistryInfo|RegistryInterface|RegistryStatus|Rights|Stack|UserId|Value|ValueCheck)")
 set(shared "^registry/${shared_names}\\.h$")
+set(registry_headers "^registry/[^/]+\\.h$" "^registry/store/[^/]+\\.h$")
 
 # Sets `allowed` to the patterns of what the file may include; nothing for a file of no known layer.
 function(allowed_includes file)
@@ -23,6 +26,20 @@ function(allowed_includes file)
     set(patterns ${platform} "^registry/")
   elseif(file MATCHES "^framework/")
     set(patterns ${platform} "^registry/[^/]+\\.h$" "^framework/")
+  elseif(file MATCHES "^tools/yaxreg/image/")
+    set(patterns ${registry_headers} "^tools/yaxreg/image/")
+  elseif(file MATCHES "^tools/yaxreg/cli/CommandLine\\.(h|cpp)$")
+    set(patterns "^tools/yaxreg/cli/")
+  elseif(file STREQUAL "tools/yaxreg/cli/VerbTable.cpp")
+    set(patterns "^tools/yaxreg/cli/" "^tools/yaxreg/verbs/Verbs\\.h$")
+  elseif(file MATCHES "^tools/yaxreg/cli/")
+    set(patterns ${registry_headers} "^tools/yaxreg/image/" "^tools/yaxreg/cli/")
+  elseif(file MATCHES "^tools/yaxreg/verbs/")
+    set(patterns ${registry_headers} "^tools/yaxreg/(image|cli|verbs)/")
+  elseif(file STREQUAL "tools/yaxreg/main.cpp")
+    set(patterns "^tools/yaxreg/cli/")
+  elseif(file MATCHES "^tools/yaxreg/docs/")
+    set(patterns "^tools/yaxreg/(cli|docs)/")
   endif()
   set(allowed ${patterns} PARENT_SCOPE)
 endfunction()
@@ -46,7 +63,7 @@ endfunction()
 
 file(GLOB_RECURSE files RELATIVE ${ROOT}
   ${ROOT}/framework/*.h ${ROOT}/framework/*.cpp ${ROOT}/platform/*.h ${ROOT}/platform/*.cpp
-  ${ROOT}/registry/*.h ${ROOT}/registry/*.cpp)
+  ${ROOT}/registry/*.h ${ROOT}/registry/*.cpp ${ROOT}/tools/*.h ${ROOT}/tools/*.cpp)
 if(NOT files)
   message(FATAL_ERROR "No sources in ${ROOT}")
 endif()

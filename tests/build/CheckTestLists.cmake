@@ -20,7 +20,8 @@ foreach(source IN LISTS sources)
 endforeach()
 list(TRANSFORM tests REPLACE "TEST(_F|_P)?\\(([A-Za-z0-9]+),[ \n]*([A-Za-z0-9]+)\\)" "\\2.\\3")
 file(GLOB_RECURSE texts ${ROOT}/docs/*.md ${ROOT}/platform/*.h ${ROOT}/platform/*.cpp
-  ${ROOT}/framework/*.h ${ROOT}/framework/*.cpp ${ROOT}/registry/*.h ${ROOT}/registry/*.cpp)
+  ${ROOT}/framework/*.h ${ROOT}/framework/*.cpp ${ROOT}/registry/*.h ${ROOT}/registry/*.cpp
+  ${ROOT}/tools/*.h ${ROOT}/tools/*.cpp)
 foreach(page IN LISTS texts)
   file(READ ${page} text)
   if(page MATCHES "[.]md$")

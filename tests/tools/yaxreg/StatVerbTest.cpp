@@ -1,0 +1,188 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "tests/platform/TestFiles.h"
+#include "tests/tools/yaxreg/RegistryFile.h"
+#include "tests/tools/yaxreg/SampleFile.h"
+#include "tests/tools/yaxreg/YaxregRig.h"
+
+namespace {
+
+bool Contains(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+// A registry with its root key alone.
+std::string MakeEmpty(const TempDir& folder) {
+  const std::string path = folder / "empty.rce";
+  RegistryFile file(path);
+  return path;
+}
+
+// Names that begin differently share a level: "network" and "eth" take two string nodes each,
+// "shop" and "wlan" one, the root one. 10337 are left for keys that take 7 / 5 each.
+TEST(YaxregStat, ShowsAllKindsInColumns) {
+  const SampleFile sample;
+  const Answer answer = Yaxreg({"stat", sample.path()});
+  EXPECT_EQ(0, answer.code) << answer.err;
+  EXPECT_EQ(
+      "75888 bytes, 5 keys, 5 values\n"
+      "\n"
+      "        slots   used leaked   free stranded remaining tables   worn per key\n"
+      "string    364      7      0    357        0     10337   1/21   0.0%    1.40\n"
+      "key       364      5      0    359        0     10339   1/21   0.0%    1.00\n"
+      "value     364      5      0    359        0     10339   1/21   0.0%    1.00\n"
+      "block     364      2      0    362        0     10342   1/21   0.0%    0.40\n"
+      "\n"
+      "room for 7383 more typical keys, then the strings are full\n",
+      answer.out);
+}
+
+TEST(YaxregStat, PrintsNumbersForPrograms) {
+  const SampleFile sample;
+  const Answer answer = Yaxreg({"stat", sample.path(), "--json"});
+  EXPECT_EQ(0, answer.code) << answer.err;
+  EXPECT_TRUE(Contains(answer.out, "  \"bytes\": 75888,\n  \"keys\": 5,\n  \"values\": 5,\n"));
+  EXPECT_TRUE(Contains(answer.out,
+                       "    \"block\": {\n"
+                       "      \"slots\": 364,\n"
+                       "      \"used\": 2,\n"
+                       "      \"leaked\": 0,\n"
+                       "      \"free\": 362,\n"
+                       "      \"stranded\": 0,\n"
+                       "      \"remaining\": 10342,\n"
+                       "      \"tables\": 1,\n"
+                       "      \"maxTables\": 21,\n"
+                       "      \"wornPercent\": 0.0,\n"
+                       "      \"perTypicalKey\": 0.4\n"
+                       "    }\n"
+                       "  },\n"
+                       "  \"moreTypicalKeys\": 7383,\n"
+                       "  \"fullFirst\": \"string\"\n"
+                       "}\n"))
+      << answer.out;
+}
+
+// 10344 values are left, of which a key usually takes 4.
+TEST(YaxregStat, TakesUsualKeysWhereThereAreNone) {
+  const TempDir folder;
+  const Answer answer = Yaxreg({"stat", MakeEmpty(folder)});
+  EXPECT_EQ(0, answer.code) << answer.err;
+  EXPECT_TRUE(Contains(answer.out, "75888 bytes, 1 key, 0 values\n")) << answer.out;
+  EXPECT_TRUE(Contains(answer.out, "\nroom for 2586 more typical keys, then the values are full\n"))
+      << answer.out;
+}
+
+// 400 values: 364 in the first table, 36 in the second one, in which 463 slots stay free.
+TEST(YaxregStat, TellsFreeSlotsOfOlderTablesApart) {
+  const TempDir folder;
+  const std::string path = folder / "device.rce";
+  {
+    RegistryFile file(path);
+    file.AddKey("a");
+    for (int i = 0; i < 400; ++i) file.AddNumber("a", ("v" + std::to_string(i)).c_str(), 1);
+    EXPECT_EQ(0u, file.Calls().DeleteValue(0, "a", "v0"));
+  }
+  const Answer answer = Yaxreg({"stat", path, "--json"});
+  EXPECT_EQ(0, answer.code) << answer.err;
+  EXPECT_TRUE(Contains(answer.out,
+                       "    \"value\": {\n"
+                       "      \"slots\": 863,\n"
+                       "      \"used\": 399,\n"
+                       "      \"leaked\": 0,\n"
+                       "      \"free\": 464,\n"
+                       "      \"stranded\": 1,\n"
+                       "      \"remaining\": 9944,\n"
+                       "      \"tables\": 2,\n"
+                       "      \"maxTables\": 21,\n"
+                       "      \"wornPercent\": 0.01,\n"
+                       "      \"perTypicalKey\": 199.5\n"))
+      << answer.out;
+  // 9944 / 199.5
+  EXPECT_TRUE(Contains(answer.out, "\"moreTypicalKeys\": 49,\n  \"fullFirst\": \"value\"\n"));
+}
+
+// The table of blocks says that 104 slots of 364 are free: 260 are leaked, 2.5% of 10344.
+TEST(YaxregStat, CountsWhatIsLeaked) {
+  const TempDir folder;
+  const std::string path = MakeEmpty(folder);
+  std::string bytes = GetFile(path);
+  bytes.replace(8696 + 28, 4, std::string("\x68\0\0\0", 4));
+  PutFile(path, bytes);
+  EXPECT_TRUE(
+      Contains(Yaxreg({"stat", path}).out,
+               "block     364      0    260    104        0     10084   1/21   2.5%    2.50\n"))
+      << Yaxreg({"stat", path}).out;
+}
+
+TEST(YaxregStat, TellsWhatItKnowsOfADamagedFile) {
+  const SampleFile sample;
+  std::string bytes = GetFile(sample.path());
+  bytes.replace(10188 + 40 + 16, 4,
+                std::string("\0\xFF\xFF\0",
+                            4));  // the root's child link; what it led to is found all the same
+  PutFile(sample.path(), bytes);
+  const Answer answer = Yaxreg({"stat", sample.path()});
+  EXPECT_EQ(3, answer.code);
+  EXPECT_TRUE(Contains(answer.out, "75888 bytes, 5 keys, 5 values\n")) << answer.out;
+  EXPECT_TRUE(Contains(answer.err, "damaged")) << answer.err;
+}
+
+TEST(YaxregStat, SaysThatAFileIsNoRegistry) {
+  const TempDir folder;
+  PutFile(folder / "text", "text");
+  EXPECT_EQ(3, Yaxreg({"stat", folder / "text"}).code);
+  EXPECT_EQ(4, Yaxreg({"stat", folder / "missing"}).code);
+}
+
+TEST(YaxregStatMap, IsDrawnAndReplaced) {
+  const SampleFile sample;
+  const TempDir folder;
+  const std::string map = folder / "map.svg";
+  PutFile(map, "old");
+  EXPECT_EQ(0, Yaxreg({"stat", sample.path(), "--map", map}).code);
+  const std::string svg = GetFile(map);
+  EXPECT_EQ(0u, svg.find("<?xml "));
+  EXPECT_TRUE(Contains(svg, ">sample.rce</text>"));
+  EXPECT_TRUE(Contains(svg,
+                       ">5 keys, 5 values; room for 7383 more typical keys, then the strings are "
+                       "full</text>"));
+  EXPECT_EQ("</svg>\n", svg.substr(svg.size() - 7));
+  // Nothing is left beside it.
+  const std::filesystem::directory_iterator files(folder / "");
+  EXPECT_EQ(1, std::distance(begin(files), end(files)));
+}
+
+TEST(YaxregStatMap, NeverReplacesTheRegistry) {
+  const SampleFile sample;
+  const TempDir folder;
+  const std::string link = folder / "link";
+  std::filesystem::create_symlink(sample.path(), link);
+  const std::string before = GetFile(sample.path());
+  EXPECT_EQ(2, Yaxreg({"stat", sample.path(), "--map", sample.path()}).code);
+  EXPECT_EQ(2, Yaxreg({"stat", sample.path(), "--map", link}).code);
+  EXPECT_EQ(before, GetFile(sample.path()));
+}
+
+TEST(YaxregStatMap, IsAFailureWhereItCannotBeWritten) {
+  const SampleFile sample;
+  const TempDir folder;
+  EXPECT_EQ(4, Yaxreg({"stat", sample.path(), "--map", folder / "missing/map.svg"}).code);
+  const Answer answer = Yaxreg({"stat", sample.path(), "--map", folder / ""});
+  EXPECT_EQ(4, answer.code);
+  EXPECT_TRUE(Contains(answer.out, "room for")) << answer.out;
+  EXPECT_TRUE(Contains(answer.err, "is no regular file")) << answer.err;
+}
+
+TEST(YaxregStatMap, FollowsALinkToTheOldMap) {
+  const SampleFile sample;
+  const TempDir folder;
+  PutFile(folder / "map.svg", "old");
+  std::filesystem::create_symlink("map.svg", folder / "link");
+  EXPECT_EQ(0, Yaxreg({"stat", sample.path(), "--map", folder / "link"}).code);
+  EXPECT_TRUE(std::filesystem::is_symlink(folder / "link"));
+  EXPECT_EQ(0u, GetFile(folder / "map.svg").find("<?xml "));
+}
+
+}  // namespace

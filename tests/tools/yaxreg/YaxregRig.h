@@ -1,0 +1,25 @@
+// Runs yaxreg within the test program, on files of a folder of its own.
+#pragma once
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "tools/yaxreg/cli/CommandLine.h"
+
+// What a call of yaxreg answered.
+struct Answer {
+  int code;
+  std::string out;
+  std::string err;
+};
+
+// yaxreg with these arguments; `input` is its standard input.
+inline Answer Yaxreg(const std::vector<std::string>& arguments, const std::string& input = "",
+                     bool coloured = false) {
+  std::istringstream in(input);
+  std::ostringstream out;
+  std::ostringstream err;
+  const int code = yaxreg::RunYaxreg(arguments, in, out, err, coloured);
+  return {code, out.str(), err.str()};
+}

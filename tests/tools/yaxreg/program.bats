@@ -1,0 +1,293 @@
+#!/usr/bin/env bats
+# Drives yaxreg as it is built. From the environment:
+#   YAXREG             the program
+#   YAXREG_EMULATOR    words before it, of machines that are emulated
+#   YAXREG_VERSION     its version
+#   YAXREG_MAN         the manual page as built
+#   YAXREG_COMPLETION  the completion as built
+# Every test has a folder of its own, with "device.rce" in it.
+
+setup_file() {
+  # Users without rights on the build folder run a copy.
+  mkdir "$BATS_FILE_TMPDIR/bin"
+  cp "$YAXREG" "$BATS_FILE_TMPDIR/program"
+  printf '#!/bin/sh\nexec %s "%s" "$@"\n' "$YAXREG_EMULATOR" "$BATS_FILE_TMPDIR/program" \
+    >"$BATS_FILE_TMPDIR/bin/yaxreg"
+  chmod 755 "$BATS_FILE_TMPDIR/bin" "$BATS_FILE_TMPDIR/bin/yaxreg" "$BATS_FILE_TMPDIR/program"
+  chmod a+x "$BATS_RUN_TMPDIR" "${BATS_FILE_TMPDIR%/*}" "$BATS_FILE_TMPDIR"
+  export PATH=$BATS_FILE_TMPDIR/bin:$PATH
+  cd "$BATS_FILE_TMPDIR" || return
+  yaxreg create sample.rce
+  yaxreg mkkey -p sample.rce 'network/my eth'
+  yaxreg add sample.rce 'network/my eth' mtu --int 1500
+  yaxreg add sample.rce network mode --string static
+}
+
+setup() {
+  chmod a+x "${BATS_TEST_TMPDIR%/*}" "$BATS_TEST_TMPDIR"
+  cd "$BATS_TEST_TMPDIR" || return
+  cp "$BATS_FILE_TMPDIR/sample.rce" device.rce
+}
+
+# answers CODE COMMAND...: the command ends with that code; $out and $err are what it printed.
+answers() {
+  local expected=$1 code=0
+  shift
+  "$@" >"$BATS_TEST_TMPDIR/.out" 2>"$BATS_TEST_TMPDIR/.err" || code=$?
+  out=$(cat "$BATS_TEST_TMPDIR/.out")
+  err=$(cat "$BATS_TEST_TMPDIR/.err")
+  [ "$code" -eq "$expected" ] || {
+    echo "exit code $code instead of $expected: $*" "$out" "$err"
+    return 1
+  }
+}
+
+is() {
+  [ "$1" = "$2" ] || {
+    printf 'is       %q\nexpected %q\n' "$1" "$2"
+    return 1
+  }
+}
+
+# The command as a user whom the modes of files stop.
+as_nobody() {
+  if [ "$(id -u)" -ne 0 ]; then
+    "$@"
+    return
+  fi
+  # Where coverage is counted, the counts of this user go elsewhere.
+  mkdir -p "$BATS_TEST_TMPDIR/counts"
+  chmod 777 "$BATS_TEST_TMPDIR/counts"
+  GCOV_PREFIX=$BATS_TEST_TMPDIR/counts \
+    setpriv --reuid 65534 --regid 65534 --clear-groups "$@"
+}
+
+# completes REPLY... -- WORD...: after these words, the last of them unfinished, bash offers these.
+# A word of only : or = is one that bash has cut there.
+completes() {
+  local expected=() word
+  while [ "$1" != -- ]; do
+    expected+=("$1")
+    shift
+  done
+  shift
+  COMP_WORDS=("$@")
+  COMP_CWORD=$(($# - 1))
+  COMP_LINE=
+  for word in "$@"; do
+    if [[ -n $COMP_LINE && $word != [:=] && $COMP_LINE != *[:=] ]]; then COMP_LINE+=' '; fi
+    COMP_LINE+=$word
+  done
+  COMP_POINT=${#COMP_LINE}
+  # shellcheck source=/dev/null
+  source "$YAXREG_COMPLETION"
+  _yaxreg 2>"$BATS_TEST_TMPDIR/.err"
+  is "$(cat "$BATS_TEST_TMPDIR/.err")" ''
+  is "$(printf '[%s]' "${COMPREPLY[@]}")" "$(printf '[%s]' "${expected[@]}")"
+}
+
+@test "tells its version" {
+  answers 0 yaxreg --version
+  is "$out" "yaxreg $YAXREG_VERSION"
+  is "$err" ''
+}
+
+@test "makes a registry, changes it and shows it" {
+  answers 0 yaxreg tree device.rce
+  is "$out" "/
+└── network/
+    ├── mode = \"static\"
+    └── my eth/
+        └── mtu = 1500
+
+3 keys, 2 values"
+  answers 0 yaxreg set device.rce 'network/my eth' mtu --int 1400
+  answers 0 yaxreg get device.rce 'network/my eth' mtu
+  is "$out" 1400
+}
+
+@test "ends with 1 when there is no such key" {
+  answers 1 yaxreg tree device.rce network/none
+  is "$out" ''
+  is "$err" 'yaxreg: device.rce: network/none: there is no such key (status 2)'
+}
+
+@test "ends with 1 when a file to make is there already" {
+  answers 1 yaxreg create device.rce
+  is "$(printf '%s\n' "$err" | wc -l)" 1
+  cmp device.rce "$BATS_FILE_TMPDIR/sample.rce"
+}
+
+@test "ends with 2 when the command line is wrong" {
+  answers 2 yaxreg tree
+  is "$out" ''
+  is "$(printf '%s\n' "$err" | wc -l)" 1
+  [[ $err == 'yaxreg: '* ]]
+  answers 2 yaxreg nonsense device.rce
+  is "$(printf '%s\n' "$err" | wc -l)" 1
+}
+
+@test "ends with 3 when the file is no registry" {
+  head -c 75888 /dev/zero >zero.rce
+  answers 3 yaxreg tree zero.rce
+  is "$out" ''
+  is "$err" 'yaxreg: zero.rce: is no registry file (status 59)'
+  : >empty.rce
+  answers 3 yaxreg ls empty.rce
+}
+
+@test "ends with 4 when there is no such file, and makes none" {
+  answers 4 yaxreg tree none.rce
+  is "$(printf '%s\n' "$err" | wc -l)" 1
+  [[ $err == 'yaxreg: none.rce: '* ]]
+  answers 4 yaxreg mkkey none.rce network
+  [ ! -e none.rce ]
+}
+
+@test "ends with 4 at a folder and at a pipe without waiting" {
+  mkfifo pipe
+  mkdir folder
+  answers 4 yaxreg tree folder
+  answers 4 timeout 60 yaxreg tree pipe
+  is "$(printf '%s\n' "$err" | wc -l)" 1
+}
+
+@test "ends with 4 when the output cannot be written" {
+  code=0
+  yaxreg tree device.rce >/dev/full 2>err || code=$?
+  is "$code" 4
+  is "$(cat err)" 'yaxreg: the output cannot be written'
+  code=0
+  yaxreg ls -l --json device.rce >/dev/full 2>err || code=$?
+  is "$code" 4
+}
+
+@test "says one line when the reader has ended" {
+  mkfifo pipe
+  exec 8<>pipe 9>pipe 8>&-
+  code=0
+  yaxreg tree device.rce >&9 2>err || code=$?
+  exec 9>&-
+  is "$code" 4
+  is "$(cat err)" 'yaxreg: the output cannot be written'
+  is "$(yaxreg tree device.rce | head -n 1)" /
+}
+
+@test "is plain in a pipe, coloured on a terminal and plain there with NO_COLOR" {
+  escape=$(printf '\033')
+  [[ $(yaxreg tree device.rce) != *"$escape"* ]]
+  shown=$(env -u NO_COLOR script -qec 'yaxreg tree device.rce' /dev/null </dev/null)
+  [[ $shown == *"${escape}[1;34mnetwork/${escape}[0m"* ]]
+  shown=$(NO_COLOR=1 script -qec 'yaxreg tree device.rce' /dev/null </dev/null)
+  [[ $shown == *network/* && $shown != *"$escape"* ]]
+  shown=$(NO_COLOR="" script -qec 'yaxreg tree device.rce' /dev/null </dev/null)
+  [[ $shown == *"$escape"* ]]
+}
+
+@test "shows a file that must not be written, and leaves it alone" {
+  chmod 444 device.rce
+  answers 0 as_nobody yaxreg get device.rce 'network/my eth' mtu
+  is "$out" 1500
+  answers 4 as_nobody yaxreg set device.rce 'network/my eth' mtu --int 1
+  is "$out" ''
+  is "$(printf '%s\n' "$err" | wc -l)" 1
+  answers 4 as_nobody yaxreg compact device.rce
+  cmp device.rce "$BATS_FILE_TMPDIR/sample.rce"
+}
+
+@test "ends with 4 at a file and a folder that must not be read" {
+  mkdir folder
+  mv device.rce folder/device.rce
+  chmod 000 folder
+  answers 4 as_nobody yaxreg tree folder/device.rce
+  is "$err" 'yaxreg: folder/device.rce: cannot be opened: Permission denied'
+  chmod 755 folder
+  chmod 000 folder/device.rce
+  answers 4 as_nobody yaxreg tree folder/device.rce
+  is "$err" 'yaxreg: folder/device.rce: cannot be opened: Permission denied'
+  chmod 644 folder/device.rce
+}
+
+@test "makes nothing in a folder that must not be written" {
+  mkdir -m 555 folder
+  answers 4 as_nobody yaxreg create folder/new.rce
+  is "$(printf '%s\n' "$err" | wc -l)" 1
+  [ ! -e folder/new.rce ]
+}
+
+@test "the manual page tells the version and every verb of the help" {
+  grep -q "^\.TH YAXREG 1 .*\"yaxreg $YAXREG_VERSION\"$" "$YAXREG_MAN"
+  verbs=$(yaxreg --help | sed -n 's/^  \([a-z]\{2,\}\) .*/\1/p')
+  [ "$(wc -w <<<"$verbs")" -ge 20 ]
+  for verb in $verbs; do grep -q "^\.SS $verb" "$YAXREG_MAN"; done
+}
+
+@test "the completion is a correct script" {
+  bash -n "$YAXREG_COMPLETION"
+  answers 0 bash -uc "source '$YAXREG_COMPLETION' && complete -p yaxreg"
+  is "$out" 'complete -F _yaxreg yaxreg'
+}
+
+@test "completes verbs and the verbs below a group" {
+  completes restore repair -- yaxreg re
+  completes ls verify -- yaxreg comp ''
+  completes verify -- yaxreg comp v
+  completes --help --version -- yaxreg -
+}
+
+@test "completes the options of a verb" {
+  completes --depth -- yaxreg tree --d
+  completes --root -- yaxreg comp verify device.rce --r
+  completes -a --all --user --uid --json --help -- yaxreg rm device.rce -
+  completes '' -- yaxreg rm -- -
+}
+
+@test "completes names of files" {
+  mkdir other
+  touch 'de vice.rce' 'de"vice.rce'
+  completes 'de vice.rce' 'de"vice.rce' device.rce -- yaxreg tree de
+  completes 'de vice.rce' -- yaxreg tree 'de\ '
+  completes 'de vice.rce' -- yaxreg tree '"de v'
+  completes device.rce -- yaxreg diff other dev
+  completes device.rce -- yaxreg backup x.rce network dev
+  completes other -- yaxreg comp verify --root o
+  completes "$BATS_TEST_TMPDIR/device.rce" -- yaxreg tree "$BATS_TEST_TMPDIR/dev"
+  HOME=$BATS_TEST_TMPDIR
+  completes '~/device.rce' -- yaxreg tree '~/dev'
+  completes '' -- yaxreg tree none
+}
+
+@test "completes values of options" {
+  completes device.rce -- yaxreg repair x.rce -o dev
+  completes device.rce -- yaxreg stat x.rce --map = dev
+  completes '' -- yaxreg get x.rce --user dev
+  completes device.rce -- yaxreg repair -o x.rce dev
+}
+
+@test "completes keys of the file on the command line, and their values" {
+  cp device.rce 'a b:c.rce'
+  completes network/ -- yaxreg tree device.rce ''
+  completes /network/ -- yaxreg tree -d 1 device.rce /n
+  completes 'network/my eth/' -- yaxreg set device.rce network/
+  completes 'network/my eth/' -- yaxreg set device.rce 'network/my\ e'
+  completes mtu -- yaxreg get device.rce 'network/my\ eth' ''
+  completes mode -- yaxreg get device.rce network ''
+  completes network/ -- yaxreg diff device.rce none.rce n
+  completes network/ -- yaxreg tree 'a\ b' : c.rce n
+  completes network/ -- yaxreg diff device.rce 'a\ b\:c.rce' n
+  HOME=$BATS_TEST_TMPDIR
+  completes network/ -- yaxreg ls '~/device.rce' n
+}
+
+@test "is silent about keys that cannot be completed" {
+  completes '' -- yaxreg tree none.rce ''
+  completes '' -- yaxreg tree device.rce none/
+  completes '' -- none tree device.rce n
+}
+
+@test "runs nothing of the command line that it completes" {
+  completes '' -- yaxreg tree '$(touch' 'made)' x
+  completes '' -- yaxreg tree '`touch made`' ''
+  completes '' -- yaxreg tree 'x"$(touch made)"'
+  [ ! -e made ]
+}

@@ -1,0 +1,19 @@
+// The command line of yaxreg.
+#pragma once
+
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+#include "tools/yaxreg/cli/Invocation.h"
+
+namespace yaxreg {
+
+// Runs one call, arguments without the program's name. `coloured`: the output is a terminal.
+ExitCode RunYaxreg(const std::vector<std::string>& arguments, std::istream& in, std::ostream& out,
+                   std::ostream& err, bool coloured);
+
+// "--long" of "-l,--long".
+std::string LongName(const Option& option);
+
+}  // namespace yaxreg

@@ -1,0 +1,82 @@
+#include "tools/yaxreg/cli/ContentJson.h"
+
+#include <nlohmann/json.hpp>
+#include <ostream>
+
+#include "tools/yaxreg/cli/FindingText.h"
+#include "tools/yaxreg/cli/Invocation.h"
+#include "tools/yaxreg/cli/Numbers.h"
+#include "tools/yaxreg/cli/ValueText.h"
+#include "tools/yaxreg/image/ValueOrder.h"
+
+namespace yaxreg {
+
+namespace {
+
+// The largest number up to which doubles hold every whole number.
+constexpr unsigned int kNumberSize = 8;
+
+std::string DataJson(const ContentValue& value) {
+  if (value.isNumber()) {
+    if (!value.isSet && value.number == 0) return "";
+    return ",\"number\":" + JsonNumberText(value.number);
+  }
+  if (!value.isSet && value.data.empty()) return "";
+  if (!value.isSet || !HoldsText(value)) return ",\"hex\":\"" + ToHex(value.data) + '"';
+  return ",\"text\":" + TextJson(value.data.substr(0, value.data.size() - 1));
+}
+
+bool TellsSize(const ContentValue& value) {
+  if (value.isNumber()) return value.size != kNumberSize;
+  return !value.isSet && value.data.empty() && value.size != 0;
+}
+
+void WriteKey(const ContentKey& key, const std::string& path, std::ostream& out) {
+  out << "{\"path\":" << TextJson(path);
+  if (key.isMadeUp) {
+    out << ",\"missing\":true";
+  } else {
+    out << ",\"owner\":" << std::to_string(key.owner)
+        << ",\"rights\":" << std::to_string(key.permission)
+        << ",\"watch\":" << std::to_string(key.watch)
+        << ",\"default\":" << (key.hasDefault ? JsonNumberText(key.defaultValue) : "null");
+  }
+  out << ",\"values\":[";
+  const char* before = "\n";
+  for (const ContentValue* value : ValuesByName(key)) {
+    out << before << ValueJson(*value);
+    before = ",\n";
+  }
+  out << (key.values.empty() ? "]}" : "\n]}");
+}
+
+}  // namespace
+
+std::string TextJson(const std::string& bytes) {
+  return JsonText(bytes).dump();
+}
+
+std::string ValueJson(const ContentValue& value) {
+  std::string json = "{\"name\":" + TextJson(value.name);
+  json += ",\"type\":" + std::to_string(value.type);
+  if (!value.isSet) json += ",\"set\":false";
+  if (TellsSize(value)) json += ",\"size\":" + std::to_string(value.size);
+  return json + DataJson(value) + '}';
+}
+
+void WriteContentJson(const Content& content, size_t key, std::ostream& out) {
+  out << "{\"format\":\"yax-registry\",\"version\":1,\"keys\":[";
+  if (key != Content::kNone) {
+    PathWalk walk(content.keys[key].depth);
+    const size_t end = content.EndOf(key);
+    const char* before = "\n";
+    for (size_t i = key; i < end && out; ++i) {
+      out << before;
+      WriteKey(content.keys[i], walk.Enter(content.keys[i]), out);
+      before = ",\n";
+    }
+  }
+  out << "\n]}\n";
+}
+
+}  // namespace yaxreg

@@ -1,0 +1,40 @@
+// Keys and values as canonical JSON: the same bytes for the same content on every machine.
+//
+//   {"format":"yax-registry","version":1,"keys":[
+//   {"path":"","owner":65535,"rights":95,"watch":0,"default":null,"values":[]},
+//   {"path":"net","owner":1000,"rights":15,"watch":0,"default":7,"values":[
+//   {"name":"mtu","type":0,"number":1500},
+//   {"name":"port","type":1,"text":"eth0"}
+//   ]}
+//   ]}
+//
+// One key a line, one value a line, no blanks; keys in the order of Content, values sorted by the
+// bytes of their names, those of one name newest first. A name without a key record has
+// "missing":true and only path and values. Whole numbers above 2^53 are decimal strings.
+#pragma once
+
+#include <iosfwd>
+#include <string>
+
+#include "tools/yaxreg/image/Content.h"
+
+namespace yaxreg {
+
+// A JSON string; {"hex":"ff00"} when the bytes are no UTF-8.
+std::string TextJson(const std::string& bytes);
+
+// A value as a JSON object on one line, its fields in this order:
+//   name
+//   type  0 to 5
+//   set   false, only when it is not set
+//   size  of a number when it is not 8; otherwise only when it is not set, has no data, and is not
+//   0 number (of type 0; if not set, only when it is not 0), or text  of type 1 when the data is
+//   UTF-8 with one zero byte, at its end, which is left out, or hex   other data; if not set, only
+//   when there is any
+std::string ValueJson(const ContentValue& value);
+
+// Writes a key and all below it, their paths relative to the key; a document without keys for
+// Content::kNone. Stops early when the stream fails.
+void WriteContentJson(const Content& content, size_t key, std::ostream& out);
+
+}  // namespace yaxreg

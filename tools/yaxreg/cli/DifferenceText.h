@@ -1,0 +1,21 @@
+// Differences between two contents, for people and for programs.
+#pragma once
+
+#include "tools/yaxreg/cli/Invocation.h"
+#include "tools/yaxreg/image/Content.h"
+
+namespace yaxreg {
+
+// The two contents, and the keys of them that are compared; Content::kNone: there is none.
+struct Comparison {
+  const Content& first;
+  const Content& second;
+  size_t firstKey;
+  size_t secondKey;
+};
+
+// Prints a line for all that only one of them has, "-" the first, "+" the second; with --json one
+// document, {"same": ..., "differences": [...]}. `isSame`: there are none.
+void PrintDifferences(Invocation& call, const Comparison& what, bool isSame);
+
+}  // namespace yaxreg

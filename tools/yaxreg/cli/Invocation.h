@@ -1,0 +1,60 @@
+// One call of a verb: what was on its command line, and where its output goes.
+#pragma once
+
+#include <iosfwd>
+#include <map>
+#include <string>
+
+#include "tools/yaxreg/cli/Verb.h"
+#include "tools/yaxreg/image/ByteText.h"
+
+namespace yaxreg {
+
+// Colours for people; all texts are empty when the output is not a terminal.
+struct Palette {
+  const char* key = "";    // names of keys
+  const char* value = "";  // names of values
+  const char* faint = "";  // types, counts, what matters less
+  const char* good = "";
+  const char* bad = "";
+  const char* end = "";  // back to normal
+
+  static Palette Coloured();
+};
+
+class Invocation {
+ public:
+  Invocation(std::istream& input, std::ostream& output, std::ostream& errors)
+      : in(input), out(output), err(errors) {}
+
+  // Arguments by their name ("FILE"), options by their long name ("--long", without value: "").
+  bool Has(const std::string& name) const { return given.count(name) != 0; }
+  // What was given, "" if nothing was.
+  std::string Text(const std::string& name) const;
+  // The arguments FILE and PATH, which most verbs have; a leading "/" of the path is taken off.
+  std::string File() const { return Text("FILE"); }
+  std::string Path() const;
+  bool isJson() const { return Has("--json"); }
+
+  // Prints the one line of a failure and answers `code`. Texts of a registry's status end it:
+  // "yaxreg: FILE: PATH: REASON (status 2)". Empty parts are left out.
+  ExitCode Fail(ExitCode code, const std::string& file, const std::string& path,
+                const std::string& reason);
+  // With a status of registry/RegistryStatus.h; the reason defaults to its words.
+  ExitCode FailWithStatus(unsigned int status, const std::string& file, const std::string& path,
+                          const std::string& reason = "");
+  // A line about something that is no failure.
+  void Warn(const std::string& file, const std::string& path, const std::string& text);
+
+  std::istream& in;
+  std::ostream& out;
+  std::ostream& err;
+  Palette palette;
+  std::map<std::string, std::string> given;
+};
+
+// The exit code that a status of the registry leads to: 1 for kNoRight, kNotFound, kExists,
+// kNoData, kLimit, kNoSpace, kBusy, kNotSupported; 2 for kBadArgument; 3 for kInvalidFile; else 4.
+ExitCode ExitCodeOf(unsigned int status);
+
+}  // namespace yaxreg

@@ -1,0 +1,26 @@
+// Reading registry files for verbs that only look.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "tools/yaxreg/cli/Invocation.h"
+#include "tools/yaxreg/image/RegistryImage.h"
+
+namespace yaxreg {
+
+// Reads and decodes a file. Null when it cannot be read or is no registry: the failure has been
+// printed, and *code tells how to end. A damaged file is no failure.
+std::unique_ptr<RegistryImage> LoadImage(Invocation& call, const std::string& file, ExitCode* code,
+                                         Orphans orphans = Orphans::kIfDamaged);
+
+// Looks a key up for a verb. False when it is not there: the failure has been printed; *code is
+// kNo, or kDamaged when the file is damaged so that the key may have been lost.
+bool FindKey(Invocation& call, const RegistryImage& image, const std::string& file,
+             const std::string& path, size_t* key, ExitCode* code);
+
+// How a verb ends that has shown what it could: kDone, or kDamaged with a warning when something
+// of the content is lost.
+ExitCode EndOfLook(Invocation& call, const RegistryImage& image, const std::string& file);
+
+}  // namespace yaxreg

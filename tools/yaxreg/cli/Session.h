@@ -1,0 +1,71 @@
+// What a verb that is about one key does with its registry file: decode it, change it as a user,
+// and look at what became of it.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "registry/Registry.h"
+#include "tools/yaxreg/cli/Invocation.h"
+#include "tools/yaxreg/image/RegistryImage.h"
+
+namespace yaxreg {
+
+// Functions that answer false or null have printed the failure; code() then tells how to end.
+//
+// The file is decoded before it is changed, so that nothing is made where no registry is, and once
+// more afterwards, because the library does not report every change that found no room.
+class Session {
+ public:
+  explicit Session(Invocation& invocation);
+
+  // Decodes the file, and needs no more than to read it. The user is --user, --uid or the
+  // administrator; users are taken at their word.
+  bool OpenToLook();
+  // The same, and opens the file as a registry.
+  bool OpenToChange();
+  // Decodes the file as it is now.
+  bool LookAgain();
+  // Closes the registry and decodes the file.
+  bool Close();
+
+  ExitCode code() const { return code_; }
+  unsigned int user() const { return user_; }
+  // The key of the call, without one "/" at its beginning and one at its end.
+  const std::string& path() const { return path_; }
+  const RegistryImage& image() const { return *image_; }
+  tamu::registry::Registry& registry() { return *registry_; }
+
+  // The key of the call, and a value of it, as the file was decoded last.
+  const ContentKey* Key();
+  const ContentValue* FindValue(const ContentKey& key, const std::string& name);
+  // Whether the user has the right on the key, as the library decides it.
+  bool HasRight(const ContentKey& key, unsigned char right);
+
+  // A failure that is about the key, and one with a status of the library in words that help.
+  ExitCode Fail(ExitCode code, const std::string& reason);
+  ExitCode FailWithStatus(unsigned int status, const std::string& reason = "");
+  // The same about another key than that of the call.
+  ExitCode FailAt(const std::string& path, unsigned int status);
+  // The library has answered 0, but the change is not in the file.
+  ExitCode FailUnseen();
+  // How a look ends that has printed what it should: kDone, or kDamaged with a warning when the
+  // file has lost some of its content.
+  ExitCode EndOfLook();
+  // How a change ends: prints what programs get, and answers kDone.
+  ExitCode EndOfChange(bool changed = true);
+
+ private:
+  bool ChooseUser();
+  bool CheckWritable();
+
+  Invocation& call_;
+  std::string file_;
+  std::string path_;
+  unsigned int user_;
+  ExitCode code_ = kDone;
+  std::unique_ptr<RegistryImage> image_;
+  std::unique_ptr<tamu::registry::Registry> registry_;
+};
+
+}  // namespace yaxreg

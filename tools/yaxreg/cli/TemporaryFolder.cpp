@@ -1,0 +1,22 @@
+#include "tools/yaxreg/cli/TemporaryFolder.h"
+
+#include <stdlib.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+
+namespace yaxreg {
+
+TemporaryFolder::TemporaryFolder(const std::string& beside) : path_(beside + ".XXXXXX") {
+  if (mkdtemp(&path_[0]) != nullptr) return;
+  reason_ = std::string("cannot be made: ") + std::strerror(errno);
+}
+
+TemporaryFolder::~TemporaryFolder() {
+  if (!isMade()) return;
+  std::error_code ignored;  // what stays behind harms nobody
+  std::filesystem::remove_all(path_, ignored);
+}
+
+}  // namespace yaxreg

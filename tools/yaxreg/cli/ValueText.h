@@ -1,0 +1,22 @@
+// The data of a value on one line, for people.
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "tools/yaxreg/image/Content.h"
+
+namespace yaxreg {
+
+constexpr size_t kAnyWidth = static_cast<size_t>(-1);
+
+// True for a value of type 1 whose data is UTF-8 with one zero byte, at its end.
+bool HoldsText(const ContentValue& value);
+
+// A number in decimal, a text (see HoldsText) in quotation marks, other data in hexadecimal digits;
+// "(empty)" for no bytes and "(not set)" for a value that is not set. Holds no control characters;
+// in a text, quotation marks and backslashes have a backslash before them. What would be wider than
+// `maxWidth` characters is cut and ends in ".."; numbers and the words in parentheses never are.
+std::string ValueText(const ContentValue& value, size_t maxWidth = kAnyWidth);
+
+}  // namespace yaxreg

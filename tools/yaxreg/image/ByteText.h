@@ -1,0 +1,17 @@
+// Bytes as text.
+#pragma once
+
+#include <string>
+
+namespace yaxreg {
+
+// Bytes as they may be shown on one line: control characters, and whatever is no UTF-8, as \xHH, a
+// backslash as "\\".
+std::string Shown(const std::string& bytes);
+// True when the bytes are UTF-8 throughout.
+bool IsText(const std::string& bytes);
+// Lower-case hexadecimal digits, two a byte, without blanks; and back, false when it is none.
+std::string ToHex(const std::string& bytes);
+bool FromHex(const std::string& digits, std::string* bytes);
+
+}  // namespace yaxreg

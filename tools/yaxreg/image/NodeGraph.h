@@ -1,0 +1,82 @@
+// The string nodes that the start node leads to, as a graph: in a damaged file they may be no tree.
+#pragma once
+
+#include <vector>
+
+#include "registry/store/NodeLink.h"
+#include "registry/store/TernaryStringNode.h"
+#include "tools/yaxreg/image/RegistryImage.h"
+#include "tools/yaxreg/image/SlotCounters.h"
+
+namespace yaxreg {
+
+using tamu::registry::NodeLink;
+using tamu::registry::TernaryStringNode;
+
+// Marks what is reached, and tells which links to follow: none that leads nowhere or back to where
+// it came from. What is left has no circle, but a node may still be reached by several links.
+class NodeGraph {
+ public:
+  explicit NodeGraph(RegistryImage& image);
+
+  // The node to start from, 0 if there is none.
+  unsigned int root() const { return root_; }
+  // Where a link of the node leads, 0 for nowhere.
+  unsigned int TargetOf(unsigned int id, NodeLink link) const;
+  // False: what is stored leads to no slot, or in a circle; then TargetOf is 0.
+  bool IsUsable(unsigned int id, NodeLink link) const;
+  // How many links lead to the node.
+  unsigned int LinksTo(unsigned int id) const { return linksTo_[id]; }
+  // The node leads to a key.
+  bool IsLive(unsigned int id) const { return (state_[id] & kLive) != 0; }
+  // All nodes that were reached, the root first.
+  const std::vector<unsigned int>& nodes() const { return nodes_; }
+  // Nodes in use that nothing leads to, but that lead to keys in use.
+  const std::vector<unsigned int>& orphans() const { return orphans_; }
+  // Something in the tree is not as the library leaves it, so that orphans may belong there.
+  bool IsBroken() const { return isBroken_; }
+  // The orphans count as reached from now on.
+  void TakeOrphans();
+
+ private:
+  static constexpr unsigned char kEntered = 1;
+  static constexpr unsigned char kLeft = 2;
+  static constexpr unsigned char kLive = 4;
+
+  struct Step {
+    unsigned int id;
+    unsigned int nextLink;  // index in kStoredOrder
+  };
+  struct Place {
+    unsigned int id;
+    NodeLink link;
+  };
+
+  void FindRoot();
+  bool IsRoot(unsigned int id) const;
+  unsigned int SearchRoot() const;
+  void Walk(unsigned int from);
+  void FindOrphans();
+  bool IsStray(unsigned int id) const;
+  std::vector<unsigned int> LinksOf(unsigned int id) const;
+  bool LeadsToKey(unsigned int id, SlotCounters* seen, const SlotCounters& reachedKeys) const;
+  void Reattach();
+  void Enter(unsigned int id);
+  void Follow(unsigned int id, NodeLink link, unsigned int target);
+  void Leave();
+
+  RegistryImage& image_;
+  unsigned int root_ = 0;
+  SlotCounters state_;
+  SlotCounters linksTo_;
+  SlotCounters dropped_;  // bit per NodeLink
+  std::vector<unsigned int> nodes_;
+  std::vector<Step> steps_;
+  std::vector<Place> broken_;  // links that lead nowhere, in a circle, or to a free slot
+  bool isBroken_ = false;
+  std::vector<unsigned int> orphans_;
+  Place mended_ = {0, NodeLink::kLo};  // the one broken link, and the one orphan that it must have
+  unsigned int mendedTarget_ = 0;      // led to
+};
+
+}  // namespace yaxreg

@@ -1,0 +1,130 @@
+// A registry file as a whole: its tables, its free lists and everything that its tree leads to.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "registry/store/NodeId.h"
+#include "tools/yaxreg/image/Content.h"
+#include "tools/yaxreg/image/Finding.h"
+
+namespace yaxreg {
+
+using tamu::registry::kNodeKinds;
+using tamu::registry::NodeKind;
+
+// The slots of one kind, all tables together.
+struct SlotUse {
+  unsigned int tables = 0;    // of at most 21
+  unsigned int slots = 0;     // that can be handed out; slot 0 of a table is none
+  unsigned int reached = 0;   // the tree leads to them
+  unsigned int leaked = 0;    // in use, but nothing leads to them
+  unsigned int free = 0;      // on a free list, and not reached
+  unsigned int stranded = 0;  // of the free ones those in older tables, which are not handed out
+  // Slots that can still be handed out until the kind is full for good: what is free in the newest
+  // table, and what the tables bring that may still be appended.
+  unsigned int remaining = 0;
+};
+
+// What becomes of keys that are in use, but that nothing leads to: the library leaves such behind
+// when a key is deleted while it is open, and damage does.
+enum class Orphans {
+  kIfDamaged,  // they are left out unless the tree is damaged
+  kAlways      // they are content
+};
+
+// Decodes a file in memory, whatever is in it: every record is checked as it is decoded, every walk
+// is bounded, nothing is written and nothing is asked of the system. docs/format.md tells the file.
+class RegistryImage {
+ public:
+  static constexpr size_t kMaxSize = 2u << 20;  // bytes; the largest registry has 2,038,448
+  static constexpr unsigned int kMaxTables = 21;
+  static constexpr size_t kMaxFindings = 2000;  // further ones are counted
+
+  // One allocation table and its area, as far as they could be made out.
+  struct Table {
+    unsigned int offset = 0;      // of the table in the file
+    unsigned int area = 0;        // of slot 0 of its area
+    unsigned int entries = 0;     // slot 0 included
+    unsigned int freeCount = 0;   // as stored
+    std::vector<bool> isFree;     // by slot: on the free list
+    std::vector<bool> isReached;  // by slot: the tree leads to it
+  };
+
+  // Orphans that are content are below "lost+found", by the numbers of their nodes; what can be
+  // told of their names is the end.
+  explicit RegistryImage(std::string bytes, Orphans orphans = Orphans::kIfDamaged);
+
+  // False when the bytes are no registry file at all; nothing else is known then.
+  bool IsRegistry() const { return isRegistry_; }
+  // No finding but notes.
+  bool IsSound() const { return worst_ == Severity::kNote; }
+  // Everything that the file holds is in content(): there may be damage, but none that matters to
+  // keys and values.
+  bool IsComplete() const { return worst_ != Severity::kLoss; }
+
+  const Content& content() const { return content_; }
+  const std::vector<Finding>& findings() const { return findings_; }
+  // Findings that did not fit into findings().
+  size_t moreFindings() const { return moreFindings_; }
+  const std::string& bytes() const { return bytes_; }
+  const std::vector<Table>& Tables(NodeKind kind) const {
+    return tables_[static_cast<unsigned int>(kind)];
+  }
+  SlotUse UseOf(NodeKind kind) const;
+  // String nodes that the tree leads to, but that lead to no key: left behind by deleted keys and
+  // failed creations.
+  unsigned int deadNodes() const { return deadNodes_; }
+  // The names that are left without a key, by their paths; the first kMaxFindings of them.
+  const std::vector<std::string>& deadNames() const { return deadNames_; }
+
+  static unsigned int RecordSize(NodeKind kind);
+  // "string node", "key", "value" or "data block".
+  static const char* KindName(NodeKind kind);
+  // "string node 0x100"
+  static std::string NodeName(NodeKind kind, unsigned int id);
+
+ private:
+  friend class TableReader;
+  friend class NodeGraph;
+  friend class KeyReader;
+  friend class TreeReader;
+
+  // Little-endian number at a file offset; 0 where the file has ended.
+  unsigned int Word(unsigned long long offset) const;
+  bool HasSlot(NodeKind kind, unsigned int id) const;
+  // The record of an id; null when there is no such slot or the file ends before it.
+  const unsigned char* Record(NodeKind kind, unsigned int id) const;
+  // The same, copied into a record of the store. False: *record is as it was.
+  template <class Stored>
+  bool Read(NodeKind kind, unsigned int id, Stored* record) const {
+    const unsigned char* const bytes = Record(kind, id);
+    if (bytes == nullptr) return false;
+    for (unsigned int i = 0; i < Stored::kSize; ++i) record->bytes()[i] = bytes[i];
+    return true;
+  }
+  // The slot's entry in its table. The slot exists.
+  unsigned int Entry(NodeKind kind, unsigned int id) const;
+  bool IsFree(NodeKind kind, unsigned int id) const;
+  bool IsReached(NodeKind kind, unsigned int id) const;
+  void MarkReached(NodeKind kind, unsigned int id);
+  const Table& TableOf(NodeKind kind, unsigned int id) const {
+    return Tables(kind)[tamu::registry::TableOf(id)];
+  }
+  void Report(Severity severity, const std::string& text);
+  void Report(Severity severity, const std::string& text, const std::string& path);
+  void Add(Finding finding);
+
+  std::string bytes_;
+  bool isRegistry_ = false;
+  unsigned int startNode_ = 0;  // as stored
+  std::vector<Table> tables_[kNodeKinds];
+  Content content_;
+  Severity worst_ = Severity::kNote;
+  std::vector<Finding> findings_;
+  size_t moreFindings_ = 0;
+  unsigned int deadNodes_ = 0;
+  std::vector<std::string> deadNames_;
+};
+
+}  // namespace yaxreg

@@ -1,0 +1,135 @@
+// What a key has beside its values: default value, rights, watch bits.
+#include <ostream>
+
+#include "tools/yaxreg/cli/ContentJson.h"
+#include "tools/yaxreg/cli/Numbers.h"
+#include "tools/yaxreg/cli/RightsText.h"
+#include "tools/yaxreg/cli/Session.h"
+#include "tools/yaxreg/verbs/Verbs.h"
+
+namespace yaxreg {
+
+namespace status = tamu::registry::status;
+
+namespace {
+
+constexpr unsigned long long kMaxWatch = 63;
+
+ExitCode FailArgument(Invocation& call, const char* name, const char* what) {
+  return call.Fail(kUsage, "", "", Shown(call.Text(name)) + " " + what);
+}
+
+// Begins what a look prints for programs: {"path":PATH,"field":
+std::ostream& BeginJson(Invocation& call, const Session& session, const char* field) {
+  return call.out << "{\"path\":" << TextJson(session.path()) << ",\"" << field << "\":";
+}
+
+ExitCode PrintDefault(Invocation& call) {
+  Session session(call);
+  if (!session.OpenToLook()) return session.code();
+  const ContentKey* const key = session.Key();
+  if (key == nullptr || !session.HasRight(*key, tamu::registry::kRightRead)) return session.code();
+  if (!key->hasDefault) return session.FailWithStatus(status::kNoData, "no default value is set");
+  const bool isSigned = call.Has("--signed");
+  if (call.isJson()) {
+    BeginJson(call, session, "default") << JsonNumberText(key->defaultValue, isSigned) << "}\n";
+  } else {
+    call.out << NumberText(key->defaultValue, isSigned) << "\n";
+  }
+  return session.EndOfLook();
+}
+
+ExitCode PrintRights(Invocation& call) {
+  Session session(call);
+  if (!session.OpenToLook()) return session.code();
+  const ContentKey* const key = session.Key();
+  if (key == nullptr) return session.code();
+  const std::string owner = std::to_string(key->owner);
+  const std::string rights = RightsText(key->permission);
+  const std::string number = std::to_string(key->permission);
+  if (call.isJson()) {
+    BeginJson(call, session, "owner")
+        << owner << ",\"rights\":" << number << ",\"letters\":\"" << rights << "\"}\n";
+  } else {
+    const bool isAdministrator = key->owner == tamu::registry::kAdministratorId;
+    call.out << "owner " << (isAdministrator ? "administrator (" + owner + ")" : owner)
+             << ", rights " << rights << " (" << number << ")\n";
+  }
+  return session.EndOfLook();
+}
+
+ExitCode PrintWatch(Invocation& call) {
+  Session session(call);
+  if (!session.OpenToLook()) return session.code();
+  const ContentKey* const key = session.Key();
+  if (key == nullptr || !session.HasRight(*key, tamu::registry::kRightRead)) return session.code();
+  const std::string watch = std::to_string(key->watch);
+  if (call.isJson()) {
+    BeginJson(call, session, "watch") << watch << "}\n";
+  } else {
+    call.out << watch << "\n";
+  }
+  return session.EndOfLook();
+}
+
+// Opens the file, changes the key by `change`, and expects that `isDone` holds for it afterwards.
+template <class Change, class IsDone>
+ExitCode ChangeKey(Invocation& call, Change change, IsDone isDone) {
+  Session session(call);
+  if (!session.OpenToChange()) return session.code();
+  const ContentKey* const key = session.Key();
+  if (key == nullptr) return session.code();
+  const bool changes = !isDone(*key);
+  const unsigned int result = change(session.registry(), session.path().c_str());
+  if (result != status::kOk) return session.FailWithStatus(result);
+  if (!session.Close()) return session.code();
+  const ContentKey* const changed = session.Key();
+  if (changed == nullptr) return session.code();
+  return isDone(*changed) ? session.EndOfChange(changes) : session.FailUnseen();
+}
+
+}  // namespace
+
+ExitCode RunDefault(Invocation& call) {
+  if (!call.Has("NUMBER")) return PrintDefault(call);
+  unsigned long long number = 0;
+  if (!ParseNumber(call.Text("NUMBER"), &number)) {
+    return FailArgument(call, "NUMBER", "is no whole number of 64 bits");
+  }
+  return ChangeKey(
+      call,
+      [&](tamu::registry::Registry& registry, const char* path) {
+        return registry.SetDefaultValue(0, path, number);
+      },
+      [&](const ContentKey& key) { return key.hasDefault && key.defaultValue == number; });
+}
+
+ExitCode RunRights(Invocation& call) {
+  if (!call.Has("RIGHTS")) return PrintRights(call);
+  unsigned char permission = 0;
+  if (!ParseRights(call.Text("RIGHTS"), &permission)) {
+    return FailArgument(call, "RIGHTS", "are no rights such as rwcd:r or 0x1F");
+  }
+  return ChangeKey(
+      call,
+      [&](tamu::registry::Registry& registry, const char* path) {
+        return registry.SetKeyPermission(0, path, permission);
+      },
+      [&](const ContentKey& key) { return key.permission == permission; });
+}
+
+ExitCode RunWatch(Invocation& call) {
+  if (!call.Has("BITS")) return PrintWatch(call);
+  unsigned long long bits = 0;
+  if (!ParseNumberUpTo(call.Text("BITS"), kMaxWatch, &bits)) {
+    return FailArgument(call, "BITS", "is no number from 0 to 63");
+  }
+  return ChangeKey(
+      call,
+      [&](tamu::registry::Registry& registry, const char* path) {
+        return registry.SetKeyWatch(0, path, static_cast<unsigned char>(bits));
+      },
+      [&](const ContentKey& key) { return key.watch == bits; });
+}
+
+}  // namespace yaxreg

@@ -1,0 +1,265 @@
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <nlohmann/json.hpp>
+#include <ostream>
+
+#include "tools/yaxreg/cli/FindingText.h"
+#include "tools/yaxreg/cli/Loading.h"
+#include "tools/yaxreg/image/ComponentCheck.h"
+#include "tools/yaxreg/image/ComponentList.h"
+#include "tools/yaxreg/verbs/Verbs.h"
+
+namespace yaxreg {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+// Many programs read numbers as doubles: larger ones are texts in JSON.
+constexpr unsigned long long kMaxJsonNumber = 1ull << 53;
+
+Json JsonOfText(const ComponentField& field) {
+  return field.isThere() ? JsonText(field.text) : Json();
+}
+
+Json JsonOfNumber(const ComponentField& field) {
+  if (!field.isThere()) return nullptr;
+  if (field.number <= kMaxJsonNumber) return field.number;
+  return std::to_string(field.number);
+}
+
+std::string TextOrProblem(const ComponentField& field) {
+  return field.isThere() ? Shown(field.text) : field.problem;
+}
+
+// As wide as the name that is shown, in characters.
+size_t Width(const std::string& shown) {
+  return static_cast<size_t>(std::count_if(shown.begin(), shown.end(), [](char c) {
+    return (static_cast<unsigned char>(c) & 0xC0) != 0x80;
+  }));
+}
+
+std::string Padded(const std::string& shown, size_t width) {
+  const size_t present = Width(shown);
+  return present < width ? shown + std::string(width - present, ' ') : shown;
+}
+
+// The width of the column of names; a very long name may stick out.
+size_t NameWidth(const ComponentList& list) {
+  size_t width = 0;
+  for (const Component& component : list.components) {
+    width = std::max(width, Width(TextOrProblem(component.name)));
+  }
+  return std::min<size_t>(width, 40);
+}
+
+std::string HowReached(const Component& component) {
+  if (!component.type.isThere()) return component.type.problem;
+  if (component.isBinary()) return TextOrProblem(component.path);
+  std::string text = "in the program";
+  if (component.type.word() != 0) text += " (type " + std::to_string(component.type.word()) + ")";
+  if (!component.function.isThere()) return text + ", " + component.function.problem;
+  if (component.function.word() == 0) return text;
+  char address[16];
+  std::snprintf(address, sizeof address, "0x%08x", component.function.word());
+  return text + " at " + address;
+}
+
+Json ComponentJson(const Component& component) {
+  Json json = {
+      {"id", JsonText(component.identifier)},     {"name", JsonOfText(component.name)},
+      {"type", JsonOfNumber(component.type)},     {"factoryFn", JsonOfNumber(component.function)},
+      {"binaryPath", JsonOfText(component.path)}, {"problems", Json::array()}};
+  if (!component.isIdentifier) json["problems"].push_back("the key's name is no identifier");
+  for (const ComponentField* field :
+       {&component.name, &component.type, &component.function, &component.path}) {
+    if (!field->isThere()) json["problems"].push_back(field->problem);
+  }
+  return json;
+}
+
+void PrintListJson(const ComponentList& list, std::ostream& out) {
+  Json json = {{"system", nullptr}, {"components", Json::array()}};
+  if (list.hasSystem) {
+    json["system"] = {{"isSingleBin", JsonOfNumber(list.isSingleBin)},
+                      {"binDirectory", JsonOfText(list.binDirectory)}};
+  }
+  for (const Component& component : list.components) {
+    json["components"].push_back(ComponentJson(component));
+  }
+  out << json.dump(2) << '\n';
+}
+
+void PrintSystem(const ComponentList& list, std::ostream& out) {
+  if (!list.hasSystem) return;
+  if (list.isSingleBin.isThere()) {
+    out << "isSingleBin: " << list.isSingleBin.word()
+        << (list.IsSingleBinary() ? ", nothing is ever loaded" : "") << '\n';
+  } else {
+    out << "isSingleBin: " << list.isSingleBin.problem << '\n';
+  }
+  out << "BinDirectory: " << TextOrProblem(list.binDirectory) << '\n';
+}
+
+void PrintList(const ComponentList& list, const Palette& palette, std::ostream& out) {
+  PrintSystem(list, out);
+  if (list.components.empty()) out << "no components are registered\n";
+  const size_t width = NameWidth(list);
+  for (const Component& component : list.components) {
+    const char* colour = component.isIdentifier ? palette.faint : palette.bad;
+    out << colour << Shown(component.identifier) << palette.end << "  "
+        << (component.name.isThere() ? palette.key : palette.bad)
+        << Padded(TextOrProblem(component.name), width) << palette.end << "  "
+        << HowReached(component);
+    if (!component.isIdentifier) out << "  (the key's name is no identifier)";
+    out << '\n';
+  }
+}
+
+// ---- comp verify
+
+struct Verified {
+  const Component* component;
+  ComponentVerdict verdict;
+};
+
+const char* WordOf(const ComponentVerdict& verdict) {
+  if (verdict.isUnreadable) return "unreadable";
+  return verdict.isGood() ? "ok" : "wrong";
+}
+
+Json VerdictJson(const Verified& one) {
+  const ComponentVerdict& verdict = one.verdict;
+  Json json = {{"id", JsonText(one.component->identifier)},
+               {"name", JsonOfText(one.component->name)},
+               {"result", WordOf(verdict)},
+               {"inProgram", verdict.isInProgram},
+               {"binaryPath", JsonOfText(one.component->path)},
+               {"file", verdict.file.empty() ? Json() : JsonText(verdict.file)},
+               {"problems", verdict.problems},
+               {"notes", verdict.notes}};
+  return json;
+}
+
+void PrintVerdict(const Verified& one, size_t width, const Palette& palette, std::ostream& out) {
+  const Component& component = *one.component;
+  const ComponentVerdict& verdict = one.verdict;
+  out << (verdict.isGood() ? palette.good : palette.bad) << Padded(WordOf(verdict), 10)
+      << palette.end << "  " << palette.faint << Shown(component.identifier) << palette.end << "  "
+      << palette.key << Padded(TextOrProblem(component.name), width) << palette.end << "  ";
+  if (verdict.isInProgram) {
+    out << "in the program";
+  } else if (!verdict.file.empty()) {
+    out << Shown(verdict.file);
+  } else {
+    out << (component.isBinary() ? TextOrProblem(component.path) : "?");
+  }
+  const char* separator = ": ";
+  for (const std::string& problem : verdict.problems) {
+    out << separator << palette.bad << problem << palette.end;
+    separator = "; ";
+  }
+  if (verdict.isGood()) separator = "; ";
+  for (const std::string& note : verdict.notes) {
+    out << separator << palette.faint << note << palette.end;
+    separator = "; ";
+  }
+  out << '\n';
+}
+
+// The machine that was told, or the own one; null if it is left to the first shared object. False
+// when there is no such machine: the failure has been printed.
+bool ChooseMachine(Invocation& call, ElfMachine* machine, bool* isKnown) {
+  *machine = OwnMachine();
+  *isKnown = !call.Has("--root");
+  if (!call.Has("--machine")) return true;
+  *isKnown = true;
+  if (FindMachine(call.Text("--machine"), machine)) return true;
+  call.Fail(
+      kUsage, "", "",
+      "unknown machine '" + Shown(call.Text("--machine")) + "'; known are " + AllMachineNames());
+  return false;
+}
+
+// True when the folder of --root is one, or none was given.
+bool CheckRoot(Invocation& call, ExitCode* code) {
+  if (!call.Has("--root")) return true;
+  const std::string root = call.Text("--root");
+  struct stat found;
+  std::string reason;
+  if (stat(root.c_str(), &found) != 0) {
+    reason = std::strerror(errno);
+  } else if (!S_ISDIR(found.st_mode)) {
+    reason = std::strerror(ENOTDIR);
+  }
+  if (reason.empty()) return true;
+  *code = call.Fail(kFailed, root, "", "cannot be the root folder: " + reason);
+  return false;
+}
+
+void PrintVerdicts(Invocation& call, const ComponentList& list, const std::vector<Verified>& all,
+                   const ComponentCheck& check) {
+  if (call.isJson()) {
+    Json json = {{"machine", check.HasMachine() ? Json(MachineName(check.machine())) : Json()},
+                 {"components", Json::array()}};
+    for (const Verified& one : all) json["components"].push_back(VerdictJson(one));
+    call.out << json.dump(2) << '\n';
+    return;
+  }
+  if (all.empty()) call.out << "no components are registered\n";
+  const size_t width = NameWidth(list);
+  for (const Verified& one : all) PrintVerdict(one, width, call.palette, call.out);
+}
+
+ExitCode EndOfVerify(Invocation& call, const std::string& file, const std::vector<Verified>& all) {
+  size_t unreadable = 0;
+  bool isGood = true;
+  for (const Verified& one : all) {
+    if (one.verdict.isUnreadable) ++unreadable;
+    isGood = isGood && one.verdict.isGood();
+  }
+  if (unreadable == 0) return isGood ? kDone : kNo;
+  return call.Fail(kFailed, file, "",
+                   unreadable == 1 ? "the shared object of a component cannot be read"
+                                   : std::to_string(unreadable) + " shared objects cannot be read");
+}
+
+}  // namespace
+
+ExitCode RunCompLs(Invocation& call) {
+  ExitCode code = kDone;
+  const std::unique_ptr<RegistryImage> image = LoadImage(call, call.File(), &code);
+  if (image == nullptr) return code;
+  const ComponentList list = ReadComponents(image->content());
+  if (call.isJson()) {
+    PrintListJson(list, call.out);
+  } else {
+    PrintList(list, call.palette, call.out);
+  }
+  return EndOfLook(call, *image, call.File());
+}
+
+ExitCode RunCompVerify(Invocation& call) {
+  ExitCode code = kUsage;
+  ElfMachine machine;
+  bool isKnown = false;
+  if (!ChooseMachine(call, &machine, &isKnown) || !CheckRoot(call, &code)) return code;
+  const std::unique_ptr<RegistryImage> image = LoadImage(call, call.File(), &code);
+  if (image == nullptr) return code;
+  const ComponentList list = ReadComponents(image->content());
+  const DeviceFiles files(call.Text("--root"));
+  ComponentCheck check(files, isKnown ? &machine : nullptr);
+  std::vector<Verified> all;
+  for (const Component& component : list.components) {
+    all.push_back({&component, check.Verify(component, list.IsSingleBinary())});
+  }
+  PrintVerdicts(call, list, all, check);
+  code = EndOfLook(call, *image, call.File());
+  return code == kDone ? EndOfVerify(call, call.File(), all) : code;
+}
+
+}  // namespace yaxreg

@@ -1,0 +1,46 @@
+// diff: what differs between two files.
+#include "registry/RegistryStatus.h"
+#include "tools/yaxreg/cli/DifferenceText.h"
+#include "tools/yaxreg/cli/Loading.h"
+#include "tools/yaxreg/image/ContentDiff.h"
+#include "tools/yaxreg/verbs/Verbs.h"
+
+namespace yaxreg {
+
+namespace {
+
+ExitCode FailWithoutKey(Invocation& call, bool isComplete) {
+  const ExitCode code = call.FailWithStatus(tamu::registry::status::kNotFound, "", call.Path(),
+                                            "there is no such key in either file");
+  if (isComplete) return code;
+  call.Warn("", "", "a file is damaged, the key may be lost; yaxreg check tells more");
+  return kDamaged;
+}
+
+}  // namespace
+
+ExitCode RunDiff(Invocation& call) {
+  ExitCode code = kDone;
+  const std::string firstFile = call.Text("FILE1");
+  const std::string secondFile = call.Text("FILE2");
+  const std::unique_ptr<RegistryImage> first = LoadImage(call, firstFile, &code);
+  if (first == nullptr) return code;
+  const std::unique_ptr<RegistryImage> second = LoadImage(call, secondFile, &code);
+  if (second == nullptr) return code;
+
+  const std::string path = call.Path();
+  const Comparison what = {first->content(), second->content(), first->content().Find(path),
+                           second->content().Find(path)};
+  const bool isInNone = what.firstKey == Content::kNone && what.secondKey == Content::kNone;
+  const bool isComplete = first->IsComplete() && second->IsComplete();
+  if (isInNone) return FailWithoutKey(call, isComplete);
+
+  const bool isSame = AreSame(what.first, what.firstKey, what.second, what.secondKey);
+  PrintDifferences(call, what, isSame);
+  const ExitCode firstEnd = EndOfLook(call, *first, firstFile);
+  const ExitCode secondEnd = EndOfLook(call, *second, secondFile);
+  if (firstEnd != kDone || secondEnd != kDone) return kDamaged;
+  return isSame ? kDone : kNo;
+}
+
+}  // namespace yaxreg

@@ -1,0 +1,117 @@
+// Whole registries and keys: created, deleted.
+#include <algorithm>
+#include <ostream>
+
+#include "tools/yaxreg/cli/ContentJson.h"
+#include "tools/yaxreg/cli/NewRegistry.h"
+#include "tools/yaxreg/cli/Numbers.h"
+#include "tools/yaxreg/cli/Session.h"
+#include "tools/yaxreg/verbs/NewKeys.h"
+#include "tools/yaxreg/verbs/Verbs.h"
+
+namespace yaxreg {
+
+namespace status = tamu::registry::status;
+
+namespace {
+
+// Takes the names of a key apart: "a" and "b" of "a/b", none of "".
+bool TakeNames(Invocation& call, const std::string& path, std::vector<std::string>* names,
+               ExitCode* code) {
+  for (size_t begin = 0; !path.empty() && begin <= path.size();) {
+    const size_t end = std::min(path.find('/', begin), path.size());
+    names->push_back(path.substr(begin, end - begin));
+    if (names->back().empty()) {
+      *code = call.Fail(kUsage, "", "", Shown(call.Text("PATH")) + " has an empty name in it");
+      return false;
+    }
+    begin = end + 1;
+  }
+  return true;
+}
+
+bool TakeDefault(Invocation& call, unsigned long long* number, ExitCode* code) {
+  const std::string text = call.Text("--default");
+  if (!call.Has("--default") || ParseNumber(text, number)) return true;
+  *code = call.Fail(kUsage, "", "", "--default: " + Shown(text) + " is no whole number of 64 bits");
+  return false;
+}
+
+// Whether the key is there, with the default value if one was asked for.
+bool IsMade(const Content& content, const std::string& path, const unsigned long long* number) {
+  const size_t index = content.Find(path);
+  if (index == Content::kNone || content.keys[index].isMadeUp) return false;
+  if (number == nullptr) return true;
+  return content.keys[index].hasDefault && content.keys[index].defaultValue == *number;
+}
+
+ExitCode MakeKey(Session& session, NewKeys& keys, const unsigned long long* number) {
+  unsigned int deleted = status::kOk;
+  const unsigned int created = keys.Create(number);
+  if (!keys.DeleteStrays(&deleted)) return session.code();
+  if (created != status::kOk) return session.FailWithStatus(created);
+  if (deleted != status::kOk) {
+    return session.FailWithStatus(deleted,
+                                  "a key of a similar name was made and cannot be deleted");
+  }
+  if (!session.Close()) return session.code();
+  if (!IsMade(session.image().content(), session.path(), number)) return session.FailUnseen();
+  return session.EndOfChange();
+}
+
+// The key is there already, and the call does not mind.
+ExitCode SetDefault(Session& session, const unsigned long long* number) {
+  if (IsMade(session.image().content(), session.path(), number)) return session.EndOfChange(false);
+  const unsigned int result =
+      session.registry().SetDefaultValue(0, session.path().c_str(), *number);
+  if (result != status::kOk) return session.FailWithStatus(result);
+  if (!session.Close()) return session.code();
+  if (!IsMade(session.image().content(), session.path(), number)) return session.FailUnseen();
+  return session.EndOfChange();
+}
+
+}  // namespace
+
+ExitCode RunCreate(Invocation& call) {
+  const ExitCode code = MakeNewRegistry(call);
+  if (code == kDone && call.isJson()) {
+    call.out << "{\"changed\":true,\"file\":" << TextJson(call.File()) << "}\n";
+  }
+  return code;
+}
+
+ExitCode RunMkkey(Invocation& call) {
+  std::vector<std::string> names;
+  unsigned long long number = 0;
+  ExitCode code = kDone;
+  Session session(call);
+  if (!TakeNames(call, session.path(), &names, &code)) return code;
+  if (!TakeDefault(call, &number, &code)) return code;
+  if (!session.OpenToChange()) return session.code();
+  const unsigned long long* const given = call.Has("--default") ? &number : nullptr;
+  const bool withParents = call.Has("--parents");
+  NewKeys keys(session, names);
+  if (keys.present() == names.size()) {
+    if (!withParents) return session.FailWithStatus(status::kExists, "the key exists already");
+    return SetDefault(session, given);
+  }
+  if (keys.present() + 1 < names.size() && !withParents) {
+    return session.FailWithStatus(status::kNotFound, "its parent does not exist; -p creates it");
+  }
+  return MakeKey(session, keys, given);
+}
+
+ExitCode RunRmkey(Invocation& call) {
+  Session session(call);
+  if (session.path().empty()) {
+    return call.Fail(kUsage, "", "", "the root cannot be deleted, only the keys below it");
+  }
+  if (!session.OpenToChange() || session.Key() == nullptr) return session.code();
+  const unsigned int result = session.registry().DeleteKey(0, session.path().c_str());
+  if (result != status::kOk) return session.FailWithStatus(result);
+  if (!session.Close()) return session.code();
+  const bool isThere = session.image().content().Find(session.path()) != Content::kNone;
+  return isThere ? session.FailUnseen() : session.EndOfChange();
+}
+
+}  // namespace yaxreg

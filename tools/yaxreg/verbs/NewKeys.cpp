@@ -1,0 +1,92 @@
+#include "tools/yaxreg/verbs/NewKeys.h"
+
+#include "tools/yaxreg/cli/ExactKey.h"
+
+namespace yaxreg {
+
+namespace status = tamu::registry::status;
+using tamu::registry::Registry;
+
+namespace {
+
+size_t CountPresent(const Content& content, const std::vector<std::string>& names) {
+  size_t key = 0;
+  for (size_t count = 0; count < names.size(); ++count) {
+    const unsigned int depth = static_cast<unsigned int>(count) + 1;
+    const size_t end = content.EndOf(key);
+    size_t child = key + 1;
+    while (child < end &&
+           (content.keys[child].depth != depth || content.keys[child].name != names[count])) {
+      ++child;
+    }
+    if (child == end || content.keys[child].isMadeUp) return count;
+    key = child;
+  }
+  return names.size();
+}
+
+}  // namespace
+
+NewKeys::NewKeys(Session& session, const std::vector<std::string>& names)
+    : session_(session), names_(names), present_(0) {
+  const Content& content = session.image().content();
+  if (!content.keys.empty()) present_ = CountPresent(content, names);
+  before_.reserve(content.keys.size());
+  for (const ContentKey& key : content.keys) before_.push_back({key.depth, key.name});
+}
+
+unsigned int NewKeys::Create(const unsigned long long* defaultValue) {
+  std::string path;
+  for (size_t i = 0; i < names_.size(); ++i) {
+    path += (i == 0 ? "" : "/") + names_[i];
+    if (i < present_) continue;
+    const bool isLast = i + 1 == names_.size();
+    const unsigned int result =
+        CreateExactKey(session_.registry(), path, isLast ? defaultValue : nullptr);
+    if (result != status::kOk) return result;
+  }
+  return status::kOk;
+}
+
+bool NewKeys::DeleteStrays(unsigned int* result) {
+  if (!session_.LookAgain()) return false;
+  *result = status::kOk;
+  for (const std::string& path : Strays(session_.image().content())) {
+    const unsigned int deleted = DeleteStray(path);
+    if (deleted != status::kOk) *result = deleted;
+  }
+  return true;
+}
+
+// Nothing was deleted meanwhile: what was there before is found again in the same order.
+std::vector<std::string> NewKeys::Strays(const Content& after) const {
+  std::vector<std::string> strays;
+  PathWalk walk;
+  size_t next = 0;
+  for (const ContentKey& key : after.keys) {
+    const std::string& path = walk.Enter(key);
+    const bool wasThere =
+        next < before_.size() && before_[next].depth == key.depth && before_[next].name == key.name;
+    if (wasThere) {
+      ++next;
+    } else if (!IsOnTheWay(path)) {
+      strays.push_back(path);
+    }
+  }
+  return strays;
+}
+
+bool NewKeys::IsOnTheWay(const std::string& path) const {
+  const std::string& target = session_.path();
+  return target.compare(0, path.size(), path) == 0 &&
+         (target.size() == path.size() || target[path.size()] == '/');
+}
+
+// The user owns what was made, but may have inherited no right to delete it.
+unsigned int NewKeys::DeleteStray(const std::string& path) {
+  Registry& registry = session_.registry();
+  registry.SetKeyPermission(0, path.c_str(), tamu::registry::kRightsAll);
+  return registry.DeleteKey(0, path.c_str());
+}
+
+}  // namespace yaxreg

@@ -1,0 +1,42 @@
+// Creating keys of exactly the names that are asked for.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tools/yaxreg/cli/Session.h"
+
+namespace yaxreg {
+
+// What the library makes beside the way (cli/ExactKey.h) is a stray key.
+class NewKeys {
+ public:
+  // The session must be open to change, its file decoded.
+  NewKeys(Session& session, const std::vector<std::string>& names);
+
+  // How many of the names, from the first on, lead to keys that are there.
+  size_t present() const { return present_; }
+  // Creates all others. The last one gets the default value, if there is any. Returns a status;
+  // after a failure those that were created stay.
+  unsigned int Create(const unsigned long long* defaultValue);
+  // Decodes the file again and deletes the stray keys that Create has made. False when it cannot be
+  // decoded, the failure has been printed; *result is a status otherwise.
+  bool DeleteStrays(unsigned int* result);
+
+ private:
+  bool IsOnTheWay(const std::string& path) const;
+  std::vector<std::string> Strays(const Content& after) const;
+  unsigned int DeleteStray(const std::string& path);
+
+  struct Mark {
+    unsigned int depth;
+    std::string name;
+  };
+
+  Session& session_;
+  std::vector<std::string> names_;
+  size_t present_;
+  std::vector<Mark> before_;  // all keys that were there, in the order of Content
+};
+
+}  // namespace yaxreg
