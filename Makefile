@@ -39,6 +39,7 @@ demo:
 	@$(call build,demo)
 	@sh examples/demo/run.sh build/demo/examples
 	@sh examples/components/run.sh build/demo/examples
+	@sh examples/tool/run.sh build/demo/tools/yaxreg
 
 test: check-release
 
@@ -54,7 +55,8 @@ bench:
 
 coverage: check-coverage
 	@sh cmake/need-packages.sh gcovr
-	@gcovr --delete --root . --filter framework/ --filter platform/ --filter registry/ build/coverage
+	@gcovr --delete --root . --filter framework/ --filter platform/ --filter registry/ --filter tools/ \
+	  build/coverage
 
 format:
 	@sh cmake/need-packages.sh clang-format

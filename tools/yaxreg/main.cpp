@@ -1,15 +1,13 @@
 // yaxreg: see, change, check, repair and move registry files.
 #include <unistd.h>
 
-#include <csignal>
 #include <cstdlib>
 #include <iostream>
 
 #include "tools/yaxreg/cli/CommandLine.h"
 
 int main(int argc, char** argv) {
-  // A reader that has seen enough ends the output, not the program half-way through a change.
-  std::signal(SIGPIPE, SIG_IGN);
+  // A reader that has seen enough ends the program: changes are made before anything is printed.
   std::ios::sync_with_stdio(false);
   const char* const noColour = std::getenv("NO_COLOR");
   const bool coloured = isatty(STDOUT_FILENO) != 0 && (noColour == nullptr || *noColour == 0);

@@ -197,7 +197,8 @@ std::vector<Verb> MakeVerbs() {
        "and how much is left until changes are refused with status 75. The exit code is 3 when the "
        "file is damaged.",
        {kFile},
-       {{"-q,--quiet", nullptr, "Print nothing, only answer by the exit code"}},
+       {{"-n,--names", nullptr, "List the names that are left without a key, too"},
+        {"-q,--quiet", nullptr, "Print nothing, only answer by the exit code"}},
        "yaxreg check device.rce",
        RunCheck},
       {"repair",

@@ -47,6 +47,11 @@ void PrintText(Invocation& call, const RegistryImage& image) {
     call.out << "and " << image.moreFindings() << " findings more\n";
   }
   PrintWear(call, image);
+  if (!call.Has("--names")) return;
+  for (const std::string& name : image.deadNames()) {
+    call.out << call.palette.faint << "note:" << call.palette.end << " /" << Shown(name)
+             << ": a name without a key\n";
+  }
 }
 
 void PrintJson(Invocation& call, const RegistryImage& image) {
@@ -63,6 +68,11 @@ void PrintJson(Invocation& call, const RegistryImage& image) {
     if (kind == NodeKind::kString) wear["withoutKey"] = image.deadNodes();
     wear["stranded"] = use.stranded;
     wear["remaining"] = use.remaining;
+  }
+  if (call.Has("--names")) {
+    nlohmann::ordered_json& names = document["withoutKey"];
+    names = nlohmann::ordered_json::array();
+    for (const std::string& name : image.deadNames()) names.push_back(JsonText(name));
   }
   call.out << document.dump(2) << "\n";
 }
