@@ -74,6 +74,16 @@ void AddAllVerbs(CLI::App* app, std::deque<Parsed>* parsed) {
   }
 }
 
+// The first word when it is no verb and no group: CLI11 would only say that one is missing.
+std::string UnknownVerb(const std::vector<std::string>& arguments) {
+  if (arguments.empty() || arguments[0].empty() || arguments[0][0] == '-') return "";
+  for (const Verb& verb : AllVerbs()) {
+    const std::string name = verb.name;
+    if (name.substr(0, name.find(' ')) == arguments[0]) return "";
+  }
+  return arguments[0];
+}
+
 void TakeOver(const Parsed& parsed, Invocation* call) {
   for (const auto& [name, option] : parsed.options) {
     if (option->count() == 0) continue;
@@ -101,6 +111,10 @@ ExitCode RunYaxreg(const std::vector<std::string>& arguments, std::istream& in, 
                    std::ostream& err, bool coloured) {
   Invocation call(in, out, err);
   if (coloured) call.palette = Palette::Coloured();
+  const std::string unknown = UnknownVerb(arguments);
+  if (!unknown.empty()) {
+    return call.Fail(kUsage, "", "", "there is no verb " + Shown(unknown) + "; --help lists them");
+  }
   CLI::App app("See, change, check, repair and move registry files", "yaxreg");
   app.set_version_flag("--version", "yaxreg " YAXREG_VERSION);
   app.require_subcommand(1);
@@ -123,7 +137,7 @@ ExitCode RunYaxreg(const std::vector<std::string>& arguments, std::istream& in, 
   } catch (const CLI::ParseError& error) {
     std::string reason = error.what();
     std::replace(reason.begin(), reason.end(), '\n', ' ');
-    return call.Fail(kUsage, "", "", reason + "; --help tells more");
+    return call.Fail(kUsage, "", "", Shown(reason) + "; --help tells more");
   } catch (const std::bad_alloc&) {
     return call.Fail(kFailed, "", "", "out of memory");
   }

@@ -29,12 +29,15 @@ bool FindKey(Invocation& call, const RegistryImage& image, const std::string& fi
              const std::string& path, size_t* key, ExitCode* code) {
   *key = image.content().Find(path);
   if (*key != Content::kNone) return true;
-  *code = call.FailWithStatus(status::kNotFound, file, path, "there is no such key");
-  if (!image.IsComplete()) {
-    call.Warn(file, "", "the file is damaged, the key may be lost; yaxreg check tells more");
-    *code = kDamaged;
-  }
+  *code =
+      call.FailWithStatus(status::kNotFound, file, path, "there is no such key" + HintOf(image));
+  if (!image.IsComplete()) *code = kDamaged;
   return false;
+}
+
+std::string HintOf(const RegistryImage& image) {
+  if (image.IsComplete()) return "";
+  return ", but the file is damaged, it may be lost; yaxreg check tells more";
 }
 
 ExitCode EndOfLook(Invocation& call, const RegistryImage& image, const std::string& file) {

@@ -19,6 +19,10 @@ std::unique_ptr<RegistryImage> LoadImage(Invocation& call, const std::string& fi
 bool FindKey(Invocation& call, const RegistryImage& image, const std::string& file,
              const std::string& path, size_t* key, ExitCode* code);
 
+// What is to be said besides when something was not found: nothing, or that the file has lost
+// something.
+std::string HintOf(const RegistryImage& image);
+
 // How a verb ends that has shown what it could: kDone, or kDamaged with a warning when something
 // of the content is lost.
 ExitCode EndOfLook(Invocation& call, const RegistryImage& image, const std::string& file);

@@ -76,8 +76,18 @@ bool Session::CheckWritable() {
   return false;
 }
 
+// In a damaged file a change may take what another key needs.
+bool Session::CheckSound() {
+  if (image_->IsSound()) return true;
+  code_ = call_.FailWithStatus(status::kInvalidFile, file_, "",
+                               image_->IsComplete()
+                                   ? "the file is damaged; yaxreg compact mends it"
+                                   : "the file is damaged; yaxreg repair saves what can be read");
+  return false;
+}
+
 bool Session::OpenToChange() {
-  if (!OpenToLook() || !CheckWritable()) return false;
+  if (!OpenToLook() || !CheckSound() || !CheckWritable()) return false;
   registry_ = std::make_unique<tamu::registry::Registry>(file_.c_str(), user_);
   const unsigned int opened = registry_->Initialize();
   if (opened == status::kOk) return true;
@@ -108,11 +118,8 @@ const ContentKey* Session::Key() {
 const ContentValue* Session::FindValue(const ContentKey& key, const std::string& name) {
   const ContentValue* const value = key.FindValue(name);
   if (value != nullptr) return value;
-  code_ = FailWithStatus(status::kNotFound, "there is no value " + Shown(name));
-  if (!image_->IsComplete()) {
-    call_.Warn(file_, "", "the file is damaged, the value may be lost; yaxreg check tells more");
-    code_ = kDamaged;
-  }
+  code_ = FailWithStatus(status::kNotFound, "there is no value " + Shown(name) + HintOf(*image_));
+  if (!image_->IsComplete()) code_ = kDamaged;
   return nullptr;
 }
 

@@ -22,7 +22,7 @@ class Session {
   // Decodes the file, and needs no more than to read it. The user is --user, --uid or the
   // administrator; users are taken at their word.
   bool OpenToLook();
-  // The same, and opens the file as a registry.
+  // The same, and opens the file as a registry. A damaged one is refused.
   bool OpenToChange();
   // Decodes the file as it is now.
   bool LookAgain();
@@ -57,6 +57,7 @@ class Session {
 
  private:
   bool ChooseUser();
+  bool CheckSound();
   bool CheckWritable();
 
   Invocation& call_;

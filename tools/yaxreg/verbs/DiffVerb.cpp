@@ -9,12 +9,11 @@ namespace yaxreg {
 
 namespace {
 
-ExitCode FailWithoutKey(Invocation& call, bool isComplete) {
+ExitCode FailWithoutKey(Invocation& call, const RegistryImage& first, const RegistryImage& second) {
+  const RegistryImage& worse = first.IsComplete() ? second : first;
   const ExitCode code = call.FailWithStatus(tamu::registry::status::kNotFound, "", call.Path(),
-                                            "there is no such key in either file");
-  if (isComplete) return code;
-  call.Warn("", "", "a file is damaged, the key may be lost; yaxreg check tells more");
-  return kDamaged;
+                                            "there is no such key in either file" + HintOf(worse));
+  return worse.IsComplete() ? code : kDamaged;
 }
 
 }  // namespace
@@ -32,8 +31,7 @@ ExitCode RunDiff(Invocation& call) {
   const Comparison what = {first->content(), second->content(), first->content().Find(path),
                            second->content().Find(path)};
   const bool isInNone = what.firstKey == Content::kNone && what.secondKey == Content::kNone;
-  const bool isComplete = first->IsComplete() && second->IsComplete();
-  if (isInNone) return FailWithoutKey(call, isComplete);
+  if (isInNone) return FailWithoutKey(call, *first, *second);
 
   const bool isSame = AreSame(what.first, what.firstKey, what.second, what.secondKey);
   PrintDifferences(call, what, isSame);
