@@ -3,11 +3,11 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <fstream>
 
 #include "registry/store/Codec.h"
 #include "tools/yaxreg/cli/ExactKey.h"
 #include "tools/yaxreg/image/BackupWriter.h"
-#include "tools/yaxreg/image/FileBytes.h"
 #include "tools/yaxreg/image/ValueOrder.h"
 
 namespace yaxreg {
@@ -54,6 +54,14 @@ bool HasPlainChanges(const ContentKey& present, const ContentKey& wanted) {
     if (!std::all_of(values.begin(), values.end(), IsPlain)) return false;
   }
   return true;
+}
+
+// Not forced onto the disk: there may be thousands of them, and nobody needs one after a crash.
+bool WriteForAMoment(const std::string& path, const std::string& bytes) {
+  std::ofstream file(path, std::ios::binary | std::ios::trunc);
+  file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  file.close();
+  return file.good();
 }
 
 // The data of a value as the library takes it.
@@ -168,8 +176,7 @@ unsigned int Importer::CreateKey(size_t key) {
 }
 
 unsigned int Importer::RestoreKey(size_t key) {
-  const FileResult written = WriteNewFile(backupFile_, BackupOf(wanted_, key));
-  if (!written.isDone()) return status::kInputOutput;
+  if (!WriteForAMoment(backupFile_, BackupOf(wanted_, key))) return status::kInputOutput;
   unsigned int result = OpenRights(key);
   if (result == status::kOk) {
     result = registry_.RestoreKey(0, path_.c_str(), backupFile_.c_str());

@@ -131,7 +131,9 @@ FileResult WriteNewFile(const std::string& path, const std::string& bytes) {
 FileResult ReplaceFile(const std::string& path, const std::string& expected,
                        const std::string& bytes) {
   const std::string target = ResolvedPath(path);
-  if (access(target.c_str(), W_OK) != 0) return Failure("cannot be written", errno);
+  if (faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) != 0) {
+    return Failure("cannot be written", errno);
+  }
   struct stat old;
   if (stat(target.c_str(), &old) != 0) return Failure("cannot be read", errno);
   std::string temporary = target + ".XXXXXX";

@@ -213,7 +213,7 @@ void ImageWriter::WriteData(const ContentValue& value, unsigned int id) {
   const Tables& tables = Of(NodeKind::kData);
   const unsigned int table = TableOf(id);
   const unsigned int first = SlotOf(id);
-  std::memcpy(&bytes_[tables.areas[table] + 1ULL * first * kDataBlockSize], value.data.data(),
+  std::memcpy(&bytes_[tables.areas[table] + size_t{kDataBlockSize} * first], value.data.data(),
               value.data.size());
   const unsigned int count = DataBlocksFor(static_cast<unsigned int>(value.data.size()));
   for (unsigned int i = 0; i + 1 < count; ++i) {

@@ -33,6 +33,9 @@ class KeyReader {
 
   void CountValues(unsigned int keyId);
   void CountBlocks(unsigned int valueId);
+  bool HasStrayValues() const;
+  SlotCounters ValuesOfStrayKeys() const;
+  void CheckCount(size_t counted, size_t found, const PathMaker& path);
   bool IsTaken(unsigned int id, bool isRoot, bool hasRootFlag, const PathMaker& path);
   Chain FollowValues(unsigned int first);
   void ReadValues(const tamu::registry::TernaryKeyNode& record, const PathMaker& path,
@@ -52,6 +55,7 @@ class KeyReader {
   SlotCounters blockLinks_;
   SlotNumbers<unsigned int> metInChain_;  // the last chain in which the value was met
   unsigned int chains_ = 0;
+  bool hasStrayValues_ = false;  // values in use that no key in use leads to
 };
 
 }  // namespace yaxreg

@@ -30,7 +30,7 @@ NodeGraph::NodeGraph(RegistryImage& image)
 }
 
 unsigned int NodeGraph::TargetOf(unsigned int id, NodeLink link) const {
-  if (mendedTarget_ != 0 && id == mended_.id && link == mended_.link) return mendedTarget_;
+  if (IsMended(id, link)) return mendedTarget_;
   TernaryStringNode node;
   if (!IsUsable(id, link) || !image_.Read(NodeKind::kString, id, &node)) return 0;
   // Only the sub-keys' names are looked for behind the root.
@@ -62,7 +62,7 @@ void NodeGraph::FindRoot() {
     image_.Report(Severity::kDamage, "the start node is not like a root");
   } else if (stored != 0) {
     image_.Report(Severity::kLoss, "the header leads to a start node that does not exist");
-  } else {
+  } else if (!image_.Tables(NodeKind::kString).empty()) {
     image_.Report(Severity::kNote, "there is no root key yet");
   }
 }

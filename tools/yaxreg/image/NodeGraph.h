@@ -25,6 +25,10 @@ class NodeGraph {
   unsigned int TargetOf(unsigned int id, NodeLink link) const;
   // False: what is stored leads to no slot, or in a circle; then TargetOf is 0.
   bool IsUsable(unsigned int id, NodeLink link) const;
+  // What is stored leads to no node of the tree, and TargetOf is the one that must have been meant.
+  bool IsMended(unsigned int id, NodeLink link) const {
+    return mendedTarget_ != 0 && id == mended_.id && link == mended_.link;
+  }
   // How many links lead to the node.
   unsigned int LinksTo(unsigned int id) const { return linksTo_[id]; }
   // The node leads to a key.

@@ -186,10 +186,17 @@ void TableReader::PlaceAppendedTables(unsigned int offset) {
     // A table that was being appended when the power went is behind the end that the header tells,
     // and nothing leads to it yet.
     if (offset == told && !IsLinked(tile)) break;
-    AddTable(tile,
-             offset + static_cast<unsigned int>(NodeAllocationTable::StoredSize(tile.entries)));
-    offset =
-        image_.Tables(tile.kind).back().area + tile.entries * RegistryImage::RecordSize(tile.kind);
+    const unsigned int area =
+        offset + static_cast<unsigned int>(NodeAllocationTable::StoredSize(tile.entries));
+    const unsigned int end = area + tile.entries * RegistryImage::RecordSize(tile.kind);
+    if (IsLinked(tile) || IsUsed(tile, area, end)) {
+      AddTable(tile, area);
+    } else {
+      image_.Report(Severity::kNote, std::to_string(end - offset) + " bytes at " +
+                                         std::to_string(offset) +
+                                         " are left of a growth that was interrupted");
+    }
+    offset = end;
   }
   CheckLength(offset);
 }
@@ -252,6 +259,20 @@ unsigned int TableReader::RateTile(const Tile& tile) const {
 bool TableReader::IsLinked(const Tile& tile) const {
   const std::vector<RegistryImage::Table>& tables = image_.Tables(tile.kind);
   return !tables.empty() && image_.Word(tables.back().offset) == tile.offset;
+}
+
+// False for a table as it is appended. When the power goes before the link to it is written, it
+// stays so, and the next one gets its number.
+bool TableReader::IsUsed(const Tile& tile, unsigned int area, unsigned int end) const {
+  const std::string& bytes = image_.bytes_;
+  if (end > bytes.size()) return true;
+  const NodeAllocationTable table = StoredAt<NodeAllocationTable>(bytes, tile.offset);
+  if (table.freeCount() != tile.entries - 1) return true;
+  for (unsigned int slot = 0; slot < tile.entries; ++slot) {
+    const unsigned long long entry = tile.offset + NodeAllocationTable::StoredSize(slot);
+    if (image_.Word(entry) != slot + 1) return true;
+  }
+  return bytes.find_first_not_of('\0', area) < end;
 }
 
 void TableReader::AddTable(const Tile& tile, unsigned int area) {

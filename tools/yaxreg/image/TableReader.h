@@ -35,6 +35,7 @@ class TableReader {
   bool GuessTile(unsigned int offset, Tile* tile) const;
   unsigned int RateTile(const Tile& tile) const;
   bool IsLinked(const Tile& tile) const;
+  bool IsUsed(const Tile& tile, unsigned int area, unsigned int end) const;
   void CheckLength(unsigned int end);
   void AddTable(const Tile& tile, unsigned int area);
   void CheckTable(NodeKind kind, unsigned int number);

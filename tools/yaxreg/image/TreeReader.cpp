@@ -97,8 +97,17 @@ void TreeReader::ReadRoot() {
     image_.Report(Severity::kDamage, "the registry has no root key, no key can be created", "");
   }
   found_[0].subKeys = graph_.TargetOf(graph_.root(), NodeLink::kChild);
-  if (!graph_.IsUsable(graph_.root(), NodeLink::kChild)) {
-    image_.Report(Severity::kLoss, "its sub-keys cannot be read", "");
+  CheckSubKeys(graph_.root(), "");
+}
+
+void TreeReader::CheckSubKeys(unsigned int id, const std::string& path) {
+  if (graph_.IsMended(id, NodeLink::kChild)) {
+    image_.Report(Severity::kLoss,
+                  "the link to its sub-keys is broken; those that nothing leads to are taken for "
+                  "them",
+                  path);
+  } else if (!graph_.IsUsable(id, NodeLink::kChild)) {
+    image_.Report(Severity::kLoss, "its sub-keys cannot be read", path);
   }
 }
 
@@ -259,14 +268,17 @@ void TreeReader::ReportLeftovers(unsigned int id, const TernaryStringNode& node,
 }
 
 void TreeReader::FollowLink(NodeLink link, const Visit& from, Visit to, size_t parent) {
-  to.id = graph_.TargetOf(from.id, link);
-  if (to.id != 0) {
-    pending_.push_back(std::move(to));
-  }
-  if (!graph_.IsUsable(from.id, link)) {
+  if (graph_.IsMended(from.id, link)) {
+    image_.Report(Severity::kLoss,
+                  "a link to names below it is broken; those that nothing leads to are taken for "
+                  "them",
+                  PathBelow(parent, to.prefix));
+  } else if (!graph_.IsUsable(from.id, link)) {
     image_.Report(Severity::kLoss, "names below it are lost: a link leads nowhere",
                   PathBelow(parent, to.prefix));
   }
+  to.id = graph_.TargetOf(from.id, link);
+  if (to.id != 0) pending_.push_back(std::move(to));
 }
 
 void TreeReader::ReadEntry(const Entry& entry, size_t parent) {
@@ -278,13 +290,15 @@ void TreeReader::ReadEntry(const Entry& entry, size_t parent) {
   found.key.name = entry.name;
   found.key.depth = found_[parent].key.depth + 1;
   found.subKeys = graph_.TargetOf(entry.id, NodeLink::kChild);
-  if (!graph_.IsUsable(entry.id, NodeLink::kChild)) {
-    image_.Report(Severity::kLoss, "its sub-keys cannot be read", path());
-  }
+  CheckSubKeys(entry.id, path());
   const bool hasSubKeys = found.subKeys != 0 && graph_.IsLive(found.subKeys);
   if (node.keyNode() == 0 || !keys_.Read(node.keyNode(), false, path, &found.key)) {
     if (node.keyNode() == 0 && node.hasKey()) {
       image_.Report(Severity::kLoss, "its key record is lost", path());
+    }
+    if (found.subKeys != 0 && image_.IsFree(NodeKind::kString, found.subKeys)) {
+      image_.Report(Severity::kDamage, "it is no key, but a link leads from it to a free slot",
+                    path());
     }
     if (!hasSubKeys) return;
     // Keys below a name that has none itself: the library never leaves that.

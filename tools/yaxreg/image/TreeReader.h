@@ -47,6 +47,7 @@ class TreeReader {
   void VisitNode(const Visit& visit, size_t parent, std::vector<Entry>* entries);
   bool IsAcceptable(const Visit& visit, const TernaryStringNode& node, bool isOrdered,
                     size_t parent);
+  void CheckSubKeys(unsigned int id, const std::string& path);
   void FollowLink(NodeLink link, const Visit& from, Visit to, size_t parent);
   std::string SegmentOf(const Visit& visit, const TernaryStringNode& node, size_t parent);
   std::string SplitOf(const Visit& visit, const TernaryStringNode& node, size_t parent);
