@@ -1,8 +1,8 @@
 # cmake -DROOT=... -P CheckIncludes.cmake
 # Includes of our own headers point one way: framework -> front end -> the two trees -> store -> shared headers ->
 # platform. The trees never include each other, and what is below knows nothing of what is above.
-# The command-line tool: main and verbs -> cli -> image -> front end and store; docs -> cli. The table of verbs
-# names the verbs that it leads to.
+# The command-line tool: main and verbs -> cli and components -> image -> front end and store; docs -> cli. The
+# table of verbs names the verbs that it leads to, the manual page the statuses, the completion the machines.
 
 set(platform "^platform/[^/]+\\.h$")
 set(shared_names
@@ -28,6 +28,8 @@ function(allowed_includes file)
     set(patterns ${platform} "^registry/[^/]+\\.h$" "^framework/")
   elseif(file MATCHES "^tools/yaxreg/image/")
     set(patterns ${registry_headers} "^tools/yaxreg/image/")
+  elseif(file MATCHES "^tools/yaxreg/components/")
+    set(patterns "^registry/[^/]+\\.h$" "^tools/yaxreg/(image|components)/")
   elseif(file MATCHES "^tools/yaxreg/cli/CommandLine\\.(h|cpp)$")
     set(patterns "^tools/yaxreg/cli/")
   elseif(file STREQUAL "tools/yaxreg/cli/VerbTable.cpp")
@@ -35,11 +37,11 @@ function(allowed_includes file)
   elseif(file MATCHES "^tools/yaxreg/cli/")
     set(patterns ${registry_headers} "^tools/yaxreg/image/" "^tools/yaxreg/cli/")
   elseif(file MATCHES "^tools/yaxreg/verbs/")
-    set(patterns ${registry_headers} "^tools/yaxreg/(image|cli|verbs)/")
+    set(patterns ${registry_headers} "^tools/yaxreg/(image|components|cli|verbs)/")
   elseif(file STREQUAL "tools/yaxreg/main.cpp")
     set(patterns "^tools/yaxreg/cli/")
   elseif(file MATCHES "^tools/yaxreg/docs/")
-    set(patterns "^tools/yaxreg/(cli|docs)/")
+    set(patterns "^registry/RegistryStatus\\.h$" "^tools/yaxreg/components/ElfMachine\\.h$" "^tools/yaxreg/(cli|docs)/")
   endif()
   set(allowed ${patterns} PARENT_SCOPE)
 endfunction()

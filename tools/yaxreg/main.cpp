@@ -1,4 +1,5 @@
 // yaxreg: see, change, check, repair and move registry files.
+#include <signal.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -6,10 +7,21 @@
 
 #include "tools/yaxreg/cli/CommandLine.h"
 
+namespace {
+
+yaxreg::OutputKind KindOfOutput() {
+  if (isatty(STDOUT_FILENO) == 0) return yaxreg::OutputKind::kPlain;
+  const char* const noColour = std::getenv("NO_COLOR");
+  const bool coloured = noColour == nullptr || *noColour == 0;
+  return coloured ? yaxreg::OutputKind::kColouredTerminal : yaxreg::OutputKind::kTerminal;
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
+  // A file that may grow no further is a write that fails, which is reported.
+  signal(SIGXFSZ, SIG_IGN);
   // A reader that has seen enough ends the program: changes are made before anything is printed.
   std::ios::sync_with_stdio(false);
-  const char* const noColour = std::getenv("NO_COLOR");
-  const bool coloured = isatty(STDOUT_FILENO) != 0 && (noColour == nullptr || *noColour == 0);
-  return yaxreg::RunYaxreg({argv + 1, argv + argc}, std::cin, std::cout, std::cerr, coloured);
+  return yaxreg::RunYaxreg({argv + 1, argv + argc}, std::cin, std::cout, std::cerr, KindOfOutput());
 }

@@ -1,4 +1,7 @@
 #include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <cstdlib>
 
 #include "tests/tools/yaxreg/ChangeRig.h"
 
@@ -53,6 +56,14 @@ TEST_F(YaxregBackup, ReplacesAFileOnlyByForce) {
   ExpectDone("", {"backup", "--force", file, "net", folder / "new.bak"});
   EXPECT_EQ(GetFile(backup), GetFile(folder / "new.bak"));
   EXPECT_EQ(3u, FilesInFolder());
+}
+
+TEST_F(YaxregBackup, WritesAFileOfTheLongestName) {
+  const std::string longest = folder / std::string(255, 'b').c_str();
+  ExpectDone("", {"backup", file, "net", longest});
+  ExpectDone("", {"backup", "-f", file, "net", longest});
+  ExpectDone("", {"restore", file, "net", longest});
+  EXPECT_EQ(2u, FilesInFolder());
 }
 
 TEST_F(YaxregBackup, KeepsTheOldBackupWhenItFails) {
@@ -129,6 +140,56 @@ TEST_F(YaxregRestore, TakesABackupThatMayOnlyBeRead) {
   chmod((folder / ".").c_str(), 0755);
   const OrdinaryUser user;
   ExpectDone("", {"restore", file, "net", backup});
+}
+
+// The environment until the end of the scope.
+class TemporaryFilesIn {
+ public:
+  explicit TemporaryFilesIn(const std::string& path) {
+    const char* const present = std::getenv("TMPDIR");
+    isSet_ = present != nullptr;
+    if (isSet_) before_ = present;
+    setenv("TMPDIR", path.c_str(), 1);
+  }
+  ~TemporaryFilesIn() {
+    if (isSet_) {
+      setenv("TMPDIR", before_.c_str(), 1);
+    } else {
+      unsetenv("TMPDIR");
+    }
+  }
+  TemporaryFilesIn(const TemporaryFilesIn&) = delete;
+  TemporaryFilesIn& operator=(const TemporaryFilesIn&) = delete;
+
+ private:
+  bool isSet_;
+  std::string before_;
+};
+
+TEST_F(YaxregRestore, WorksWithoutAFolderForTemporaryFiles) {
+  for (const std::string& path : {folder / "none", file}) {
+    const TemporaryFilesIn environment(path);
+    ExpectDone("", {"restore", file, "net", backup});
+  }
+  // One that must not be written.
+  ASSERT_EQ(0, mkdir((folder / "tmp").c_str(), 0555));
+  chmod((folder / ".").c_str(), 0777);
+  chmod(file.c_str(), 0666);
+  {
+    const TemporaryFilesIn environment(folder / "tmp");
+    const OrdinaryUser user;
+    ExpectDone("", {"restore", file, "net", backup});
+  }
+  EXPECT_EQ(3u, FilesInFolder());
+}
+
+TEST_F(YaxregRestore, NeedsAFolderForTemporaryFiles) {
+  chmod((folder / ".").c_str(), 0755);
+  chmod(file.c_str(), 0666);
+  const TemporaryFilesIn environment(folder / "none");
+  const OrdinaryUser user;
+  ExpectFailure(4, "yaxreg: a temporary folder cannot be made: Permission denied\n",
+                {"restore", file, "net", backup});
 }
 
 TEST_F(YaxregRestore, RefusesWhatIsNoBackup) {

@@ -31,10 +31,10 @@ class YaxregCheck : public ChangeRig {
 
 // 364 slots of each kind and 20 tables of 499 more.
 const char* const kWear =
-    "note: string nodes: 5 in use, 0 lost for good; 10339 left before status 75\n"
-    "note: keys: 4 in use, 0 lost for good; 10340 left before status 75\n"
-    "note: values: 3 in use, 0 lost for good; 10341 left before status 75\n"
-    "note: data blocks: 4 in use, 0 lost for good; 10340 left before status 75\n";
+    "note: string nodes: 5 in use, 0 leaked; 10339 left until status 75\n"
+    "note: keys: 4 in use, 0 leaked; 10340 left until status 75\n"
+    "note: values: 3 in use, 0 leaked; 10341 left until status 75\n"
+    "note: data blocks: 4 in use, 0 leaked; 10340 left until status 75\n";
 
 TEST_F(YaxregCheck, TellsThatAFileIsSoundAndHowMuchIsLeft) {
   ExpectAnswer(0, file + ": sound\n" + kWear, {"check", file});
@@ -46,7 +46,7 @@ TEST_F(YaxregCheck, TellsDamageThatCostsNothing) {
                file +
                    ": damaged, all keys and values can be read; yaxreg compact mends it\n"
                    "damage: the header tells a length of 75889 bytes instead of 75888\n" +
-                   kWear,
+                   kWear + "0 findings of loss, 1 of damage\n",
                {"check", file});
 }
 
@@ -75,12 +75,96 @@ TEST_F(YaxregCheck, TellsWhatIsLostForGood) {
   ExpectAnswer(0,
                file +
                    ": sound\n"
-                   "note: string nodes: 3 in use, 0 lost for good, 1 only spell names without a "
-                   "key; 10341 left before status 75\n"
-                   "note: keys: 2 in use, 0 lost for good; 10342 left before status 75\n"
-                   "note: values: 0 in use, 0 lost for good; 10344 left before status 75\n"
-                   "note: data blocks: 0 in use, 2 lost for good; 10342 left before status 75\n",
+                   "note: string nodes: 3 in use (1 of them without a key), 0 leaked; 10341 left "
+                   "until status 75\n"
+                   "note: keys: 2 in use, 0 leaked; 10342 left until status 75\n"
+                   "note: values: 0 in use, 0 leaked; 10344 left until status 75\n"
+                   "note: data blocks: 0 in use, 2 leaked; 10342 left until status 75\n",
                {"check", file});
+}
+
+// Findings about the same thing of the same key.
+TEST_F(YaxregCheck, PrintsEqualLinesOnce) {
+  HandMadeFile damaged = SmallTree();
+  damaged.PutWord(33600 + 8, 0x46000008);  // the types of "mtu" and "port"
+  damaged.PutWord(33652 + 8, 0x66000005);
+  damaged.PutBytes(33600 + 12, "port");
+  PutFile(file, damaged.bytes);
+  const Answer answer = Yaxreg({"check", file});
+  EXPECT_EQ(3, answer.code);
+  EXPECT_EQ(file +
+                ": damaged, yaxreg repair saves what can be read\n"
+                "loss: /net: value \"port\" has an unknown type (2 times)\n" +
+                kWear + "2 findings of loss, 0 of damage\n",
+            answer.out);
+  EXPECT_NE(std::string::npos, Yaxreg({"check", file, "--json"}).out.find("\"losses\": 2,\n"));
+}
+
+// Adds so many tables of blocks to a small tree. All their slots are taken, but for so many of the
+// newest one.
+HandMadeFile WornOut(unsigned tables, unsigned freeSlots) {
+  HandMadeFile file = SmallTree();
+  unsigned before = HandMadeFile::kBlockTable;
+  for (unsigned number = 1; number <= tables; ++number) {
+    const unsigned offset = static_cast<unsigned>(file.bytes.size());
+    file.bytes.resize(offset + 32 + 4 * 500 + 500 * 64);
+    file.PutTable(offset, offset + 32 + 4 * 500, 500, number);
+    file.PutWord(before, offset);
+    before = offset;
+    const unsigned kept = number < tables ? 0 : freeSlots;
+    while (file.WordAt(offset + 28) > kept) file.Take(offset);
+  }
+  file.PutWord(4212, static_cast<unsigned>(file.bytes.size()));
+  return file;
+}
+
+// The first table has four blocks in use and 360 that are stranded, the others are leaked but for
+// what is left: 19 * 499 + 499 - 3.
+TEST_F(YaxregCheck, TellsThatAFileIsNearlyFullAndWhatCompactWinsBack) {
+  PutFile(file, WornOut(20, 3).bytes);
+  const Answer answer = Yaxreg({"check", file});
+  EXPECT_EQ(0, answer.code);
+  EXPECT_EQ(0u, answer.out.find(file + ": sound, but nearly full: 3 data blocks left; yaxreg "
+                                       "compact wins back 10337\n"))
+      << answer.out;
+  EXPECT_NE(std::string::npos, answer.out.find("\nnote: data blocks: 4 in use, 9977 leaked, 360 "
+                                               "stranded; 3 left until status 75\n"))
+      << answer.out;
+  PutFile(file, WornOut(20, 1).bytes);
+  EXPECT_NE(std::string::npos, Yaxreg({"check", file}).out.find(": 1 data block left; "));
+}
+
+// 517 are less than 5 % of 10344, 518 are not. One table more, with 499 slots, is to come.
+TEST_F(YaxregCheck, TellsSoFrom5PercentOn) {
+  PutFile(file, WornOut(19, 18).bytes);
+  const std::string nearly = Yaxreg({"check", file}).out;
+  EXPECT_NE(std::string::npos, nearly.find("nearly full: 517 data blocks left; ")) << nearly;
+  PutFile(file, WornOut(19, 19).bytes);
+  const std::string enough = Yaxreg({"check", file}).out;
+  EXPECT_EQ(0u, enough.find(file + ": sound\n")) << enough;
+  EXPECT_NE(std::string::npos, enough.find("; 518 left until status 75\n")) << enough;
+}
+
+TEST_F(YaxregCheck, EndsWith1WhenFewerSlotsAreLeftThanAskedFor) {
+  const std::string tooFew = "too few: 10339 string nodes left of 10340 asked for\n";
+  ExpectAnswer(0, file + ": sound\n" + kWear, {"check", file, "--min-left", "10339"});
+  ExpectAnswer(1, file + ": sound\n" + kWear + tooFew, {"check", file, "--min-left", "10340"});
+  ExpectAnswer(1, "", {"check", file, "-q", "--min-left", "10340"});
+  EXPECT_NE(std::string::npos, Yaxreg({"check", file, "--json", "--min-left", "10340"})
+                                   .out.find("\n  \"enoughLeft\": false,\n"));
+  EXPECT_NE(
+      std::string::npos,
+      Yaxreg({"check", file, "--json", "--min-left", "0"}).out.find("\n  \"enoughLeft\": true,\n"));
+  Damage(4212, 75889);
+  ExpectAnswer(3, "", {"check", file, "-q", "--min-left", "10340"});
+}
+
+TEST_F(YaxregCheck, TakesANumberOfSlots) {
+  for (const char* number : {"-1", "few", "", "18446744073709551616"}) {
+    const Answer answer = Yaxreg({"check", file, std::string("--min-left=") + number});
+    EXPECT_EQ(2, answer.code) << number;
+    EXPECT_EQ("", answer.out);
+  }
 }
 
 TEST_F(YaxregCheck, PrintsNothingWhenItIsToBeQuiet) {
@@ -98,6 +182,8 @@ TEST_F(YaxregCheck, PrintsOneDocumentForPrograms) {
   EXPECT_EQ(0u,
             answer.out.find(head + "  \"sound\": false,\n"
                                    "  \"complete\": false,\n"
+                                   "  \"losses\": 1,\n"
+                                   "  \"damages\": 0,\n"
                                    "  \"findings\": [\n"
                                    "    {\n"
                                    "      \"severity\": \"loss\",\n"
@@ -105,9 +191,17 @@ TEST_F(YaxregCheck, PrintsOneDocumentForPrograms) {
                                    "      \"text\": \"value \\\"port\\\" has an unknown type\"\n"
                                    "    }\n"
                                    "  ],\n"
-                                   "  \"wear\": {\n"
+                                   "  \"kinds\": {\n"
                                    "    \"string node\": {\n"
                                    "      \"used\": 5,\n"
+                                   "      \"withoutKey\": 0,\n"
+                                   "      \"leaked\": 0,\n"
+                                   "      \"free\": 359,\n"
+                                   "      \"stranded\": 0,\n"
+                                   "      \"left\": 10339\n"
+                                   "    },\n"
+                                   "    \"key\": {\n"
+                                   "      \"used\": 4,\n"
                                    "      \"leaked\": 0,\n"))
       << answer.out;
   Damage(4212, 75888);
@@ -115,6 +209,8 @@ TEST_F(YaxregCheck, PrintsOneDocumentForPrograms) {
   EXPECT_EQ(0, sound.code);
   EXPECT_EQ(0u, sound.out.find(head + "  \"sound\": true,\n"
                                       "  \"complete\": true,\n"
+                                      "  \"losses\": 0,\n"
+                                      "  \"damages\": 0,\n"
                                       "  \"findings\": [],\n"))
       << sound.out;
 }

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <memory>
 #include <string>
 #include <vector>
@@ -111,10 +112,74 @@ TEST_F(YaxregCompact, TellsWhatWasWon) {
              {"compact", file});
 }
 
+// Keys in another order than compact writes them.
+TEST_F(YaxregCompact, TellsThatNothingWasWon) {
+  MakeKeys({"b", "a"});
+  ExpectDone(file +
+                 ": 75888 bytes before, 75888 now\n"
+                 "string nodes left: 10341 before, 10341 now\n"
+                 "keys left: 10341 before, 10341 now\n"
+                 "values left: 10344 before, 10344 now\n"
+                 "data blocks left: 10344 before, 10344 now\n"
+                 "nothing is won\n",
+             {"compact", file});
+}
+
+TEST_F(YaxregCompact, LeavesAFileAloneThatIsCompactAlready) {
+  MakeWornRegistry();
+  ASSERT_EQ(0, Yaxreg({"compact", file}).code);
+  ASSERT_EQ(0, link(file.c_str(), (folder / "same.rce").c_str()));
+  ExpectDone(file + ": is compact already, nothing is changed\n", {"compact", file});
+  const Answer answer = Yaxreg({"compact", file, "--json"});
+  EXPECT_EQ(0u, answer.out.find("{\n  \"changed\": false,\n")) << answer.out;
+  struct stat found = {};
+  ASSERT_EQ(0, stat(file.c_str(), &found));
+  EXPECT_EQ(2u, found.st_nlink);
+}
+
+// What was deleted while it was open can be saved by repair still.
+TEST_F(YaxregCompact, DropsWhatNothingLeadsToWhenAskedOnly) {
+  MakeKeys({"kept", "gone", "gone/open"});
+  MakeValue("gone/open", "v", 2, "precious");
+  {
+    Registry registry(file.c_str(), tamu::registry::kAdministratorId);
+    ASSERT_EQ(0u, registry.Initialize());
+    unsigned int root = 0;
+    unsigned int open = 0;
+    ASSERT_EQ(0u, registry.OpenKey("", &root));
+    ASSERT_EQ(0u, registry.OpenKey("gone/open", &open));
+    ASSERT_EQ(0u, registry.DeleteKey(root, "gone"));
+  }
+  ASSERT_TRUE(yaxreg::RegistryImage(GetFile(file)).HasStrays());
+  ExpectFailure(1,
+                "yaxreg: " + file +
+                    ": holds keys or values that nothing leads to, deleted while they were open or "
+                    "lost by damage; yaxreg repair saves them, --force drops them\n",
+                {"compact", file});
+  const std::string before = GetFile(file);
+  EXPECT_EQ(0, Yaxreg({"compact", file, "-f"}).code);
+  EXPECT_FALSE(yaxreg::RegistryImage(GetFile(file)).HasStrays());
+  EXPECT_EQ(std::vector<std::string>({"kept"}), Paths());
+  PutFile(file, before);
+  EXPECT_EQ(0, Yaxreg({"compact", file, "--force"}).code);
+  ASSERT_EQ(0, Yaxreg({"compact", file}).code);
+}
+
+TEST_F(YaxregCompact, RewritesAFileOfTheLongestName) {
+  MakeWornRegistry();
+  const std::string longest = folder / std::string(255, 'n').c_str();
+  ASSERT_EQ(0, std::rename(file.c_str(), longest.c_str()));
+  const Answer answer = Yaxreg({"compact", longest});
+  EXPECT_EQ(0, answer.code) << answer.err;
+  EXPECT_EQ(0u, yaxreg::RegistryImage(GetFile(longest)).UseOf(NodeKind::kData).leaked);
+  EXPECT_EQ(1u, FilesInFolder());
+}
+
 TEST_F(YaxregCompact, PrintsOneDocumentForPrograms) {
   MakeKeys({"a"});
   const Answer answer = Yaxreg({"compact", file, "--json"});
   EXPECT_EQ(0, answer.code);
+  EXPECT_EQ(0u, answer.out.find("{\n  \"changed\": ")) << answer.out;
   const std::string counts =
       "    \"bytes\": 75888,\n"
       "    \"left\": {\n"

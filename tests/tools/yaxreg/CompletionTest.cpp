@@ -68,6 +68,16 @@ TEST(YaxregCompletion, KnowsEveryVerbAndEveryOption) {
   }
 }
 
+TEST(YaxregCompletion, KnowsWhatTypesAndMachinesThereAre) {
+  const std::string script = yaxreg::BashCompletion();
+  EXPECT_NE(std::string::npos, script.find("\n    --type) choices='0 1 2 3 4 5' ;;\n"));
+  const size_t begin = script.find("\n    --machine) choices='");
+  ASSERT_NE(std::string::npos, begin);
+  const std::string line = script.substr(begin, script.find(";;", begin) - begin);
+  EXPECT_NE(std::string::npos, line.find(" aarch64"));
+  EXPECT_EQ(std::string::npos, line.find(','));
+}
+
 // The table goes into the script between single quotes.
 TEST(YaxregCompletion, HasNoQuoteInItsTable) {
   for (const yaxreg::Verb& verb : yaxreg::AllVerbs()) {

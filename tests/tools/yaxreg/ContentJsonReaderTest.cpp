@@ -125,6 +125,23 @@ TEST(YaxregContentJsonReader, ReadsRightsAsNumberOrLetters) {
   EXPECT_EQ(0x1F, ReadKey("\"rights\":\"rwcd:r\"").rights.value());
 }
 
+// The ids are those that h = 5381, then h = 33 * h + c for each character, gives modulo 2^32.
+TEST(YaxregContentJsonReader, ReadsAnOwnerAsNumberOrName) {
+  EXPECT_EQ(1000u, ReadKey("\"owner\":\"1000\"").owner.value());
+  EXPECT_EQ(177670u, ReadKey("\"owner\":\"a\"").owner.value());  // 33 * 5381 + 97
+  EXPECT_EQ(3884477203u, ReadKey("\"owner\":\"installer\"").owner.value());
+  EXPECT_EQ(2088417975u, ReadKey("\"owner\":\"3com\"").owner.value());
+  EXPECT_EQ(5857809u, ReadKey("\"owner\":\"\\u00e9\"").owner.value());  // bytes count as signed
+  for (const char* number : {"4294967296", "-1", "0x100000000"}) {
+    EXPECT_EQ("keys[0].owner: must be from 0 to 4294967295",
+              ReasonOf(Key(std::string("\"owner\":\"") + number + '"')));
+  }
+  const std::string kind = "keys[0].owner: must be a whole number or a user's name";
+  EXPECT_EQ(kind, ReasonOf(Key("\"owner\":\"99999999999999999999\"")));
+  EXPECT_EQ(kind, ReasonOf(Key("\"owner\":\"\"")));
+  EXPECT_EQ("keys[0].owner: holds a zero byte", ReasonOf(Key("\"owner\":\"a\\u0000b\"")));
+}
+
 TEST(YaxregContentJsonReader, GivesValuesTheTypeOfTheirData) {
   EXPECT_EQ(NumberOf("v", 1500), ReadValue("\"number\":1500"));
   EXPECT_EQ(TextOf("v", "eth0"), ReadValue("\"text\":\"eth0\""));
@@ -165,12 +182,17 @@ TEST(YaxregContentJsonReader, ReadsAMissingKeyWithoutAnythingElse) {
 }
 
 TEST(YaxregContentJsonReader, NamesLineAndColumnOfWhatIsNoJson) {
-  EXPECT_EQ("line 1, column 1: is no JSON", ReasonOf(""));
+  EXPECT_EQ("line 1, column 2: is no JSON", ReasonOf("net"));
   EXPECT_EQ("line 3, column 4: is no JSON", ReasonOf("{\n\"keys\":[\n{\"a\n"));
   EXPECT_EQ("line 2, column 1: is no JSON", ReasonOf("{\"keys\":[]}\n}"));
   EXPECT_EQ("line 1, column 9: is no JSON", ReasonOf("{\"keys\":'a'}"));
   EXPECT_EQ("line 1, column 19: is no JSON", ReasonOf("{\"keys\":[{\"path\":\"\xFF\"}]}"));
   EXPECT_EQ("line 2, column 2: is no JSON", ReasonOf("\n{"));
+}
+
+TEST(YaxregContentJsonReader, TellsThatThereIsNothing) {
+  EXPECT_EQ("is empty", ReasonOf(""));
+  EXPECT_EQ("is empty", ReasonOf(" \t\r\n"));
 }
 
 TEST(YaxregContentJsonReader, RefusesUnknownAndDoubleFields) {
@@ -195,16 +217,18 @@ TEST(YaxregContentJsonReader, RefusesOtherFormatsAndVersions) {
 
 TEST(YaxregContentJsonReader, RefusesWrongTypes) {
   EXPECT_EQ("must be an object", ReasonOf("[]"));
+  EXPECT_EQ("must be an object", ReasonOf("[{\"path\":\"\"}]"));
   EXPECT_EQ("must be an object", ReasonOf("7"));
   EXPECT_EQ("keys: must be a list", ReasonOf("{\"keys\":{}}"));
   EXPECT_EQ("keys[0]: must be an object", ReasonOf("{\"keys\":[\"a\"]}"));
   EXPECT_EQ("keys[1]: must be an object", ReasonOf("{\"keys\":[{\"path\":\"\"},[]]}"));
   EXPECT_EQ("keys[0].path: must be a text or {\"hex\": DIGITS}",
             ReasonOf("{\"keys\":[{\"path\":null}]}"));
-  EXPECT_EQ("keys[0].owner: must be a whole number", ReasonOf(Key("\"owner\":null")));
-  EXPECT_EQ("keys[0].owner: must be a whole number", ReasonOf(Key("\"owner\":\"root\"")));
-  EXPECT_EQ("keys[0].owner: must be a whole number", ReasonOf(Key("\"owner\":{}")));
-  EXPECT_EQ("keys[0].owner: must be a whole number", ReasonOf(Key("\"owner\":[]")));
+  for (const char* owner : {"null", "{}", "[]", "true", "1.5"}) {
+    EXPECT_EQ("keys[0].owner: must be a whole number or a user's name",
+              ReasonOf(Key(std::string("\"owner\":") + owner)));
+  }
+  EXPECT_EQ("keys[0].watch: must be a whole number", ReasonOf(Key("\"watch\":\"x\"")));
   EXPECT_EQ("keys[0].missing: must be true or false", ReasonOf(Key("\"missing\":1")));
   EXPECT_EQ("keys[0].rights: must be a whole number or letters such as rwcd:r",
             ReasonOf(Key("\"rights\":\"rwx:r\"")));
@@ -232,8 +256,12 @@ TEST(YaxregContentJsonReader, RefusesNumbersOutOfTheirRange) {
   EXPECT_EQ("keys[0].watch: must be from 0 to 63", ReasonOf(Key("\"watch\":\"64\"")));
   EXPECT_EQ("keys[0].values[0].type: must be from 0 to 5",
             ReasonOf(Value("\"type\":6,\"hex\":\"\"")));
-  EXPECT_EQ("keys[0].values[0].size: must be from 0 to 65535",
-            ReasonOf(Value("\"size\":65536,\"number\":1")));
+  // No backup holds a longer one.
+  EXPECT_EQ(1024u, ReadValue("\"size\":1024,\"number\":1").size);
+  EXPECT_EQ("keys[0].values[0].size: must be from 0 to 1024",
+            ReasonOf(Value("\"size\":1025,\"number\":1")));
+  EXPECT_EQ("keys[0].values[0].size: must be from 0 to 1024",
+            ReasonOf(Value("\"size\":1025,\"type\":2,\"set\":false")));
 }
 
 TEST(YaxregContentJsonReader, RefusesPathsThatNoKeyCanHave) {
@@ -261,11 +289,18 @@ TEST(YaxregContentJsonReader, RefusesNamesThatNoValueCanHave) {
   };
   EXPECT_EQ("keys[0].values[0].name: has 32 bytes, 31 are possible",
             reason("\"" + longest + "n\""));
-  EXPECT_EQ("keys[0].values[0].name: is empty", reason("\"\""));
   EXPECT_EQ("keys[0].values[0].name: holds a zero byte", reason("\"a\\u0000\""));
   EXPECT_EQ("keys[0].values[0].name.hex: holds a zero byte", reason("{\"hex\":\"6100\"}"));
   EXPECT_EQ("keys[0].values[0]: the name is left out",
             ReasonOf(Key("\"values\":[{\"number\":1}]")));
+}
+
+// The library creates none, but restores it.
+TEST(YaxregContentJsonReader, ReadsAValueWithAnEmptyName) {
+  const KeyUpdate key =
+      ReadKey("\"values\":[{\"name\":\"\",\"number\":7},{\"name\":{\"hex\":\"\"},\"number\":8}]");
+  const std::vector<ContentValue> expected = {NumberOf("", 7), NumberOf("", 8)};
+  EXPECT_EQ(expected, key.values);
 }
 
 TEST(YaxregContentJsonReader, RefusesMoreDataThanAValueHolds) {

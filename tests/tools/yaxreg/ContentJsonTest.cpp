@@ -105,8 +105,8 @@ TEST(YaxregContentJson, WritesATextOnlyWhereItCanBeReadBack) {
   EXPECT_EQ(head + "2,\"hex\":\"6100\"}", ValueJson(DataOf("v", 2, std::string("a\0", 2))));
 }
 
-TEST(YaxregContentJson, EscapesOnlyWhatJsonRequires) {
-  EXPECT_EQ("\"a\\\"b\\\\c\\n\\u0001/\x7F\xC3\xA4\"",
+TEST(YaxregContentJson, EscapesWhatJsonRequiresAndControlCharactersOnly) {
+  EXPECT_EQ("\"a\\\"b\\\\c\\n\\u0001/\\u007f\xC3\xA4\"",
             yaxreg::TextJson("a\"b\\c\n\x01/\x7F\xC3\xA4"));
 }
 

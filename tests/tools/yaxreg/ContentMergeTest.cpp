@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
+#include "tests/platform/ChildProcess.h"
 #include "tests/tools/yaxreg/ContentBuilder.h"
 #include "tools/yaxreg/cli/ContentMerge.h"
 
@@ -66,6 +68,41 @@ TEST(YaxregContentMerge, SortsNamesByTheirBytes) {
   EXPECT_EQ("A a a/b a/b/c d \xC3 ", PathsOf(merged));
 }
 
+// "/" counts less than every byte of a name: what lies below a key comes before its neighbours.
+TEST(YaxregContentMerge, PutsKeysBetweenThoseWhoseNamesBeginAlike) {
+  const Content present =
+      ContentOf({KeyOf(0, ""), KeyOf(1, "a"), KeyOf(2, "b"), KeyOf(1, "a-b"), KeyOf(1, "abc")});
+  const Content merged =
+      MergedContent(present, "",
+                    Updates({UpdateOf("a/c"), UpdateOf("a!"), UpdateOf("a-b/c"), UpdateOf("ab/x"),
+                             UpdateOf("abc"), UpdateOf("abcd/e"), UpdateOf("abd")}));
+  EXPECT_EQ("a a/b a/c a! a-b a-b/c ab ab/x abc abcd abcd/e abd ", PathsOf(merged));
+  EXPECT_EQ(1000u, merged.keys[5].owner);   // a-b
+  EXPECT_EQ(65535u, merged.keys[6].owner);  // a-b/c
+  EXPECT_EQ(1000u, merged.keys[9].owner);   // abc
+}
+
+// The paths of 3,000 keys, each below the one before: 9 MB, which are there once.
+TEST(YaxregContentMerge, NeedsNoMemoryForThePathsOfDeepKeys) {
+  Content present = ContentOf({KeyOf(0, "")});
+  ContentUpdate update;
+  for (unsigned int depth = 1; depth <= 3000; ++depth) {
+    const std::string parent = depth == 1 ? "" : update.keys.back().path + '/';
+    update.keys.push_back(UpdateOf(parent + "k"));
+    if (depth <= 1500) present.keys.push_back(KeyOf(depth, "k"));
+  }
+  EXPECT_TRUE(InChild([&] {
+    const auto peak = [] {
+      struct rusage usage = {};
+      getrusage(RUSAGE_SELF, &usage);
+      return usage.ru_maxrss;  // kilobytes
+    };
+    const long before = peak();
+    const Content merged = MergedContent(present, "", update);
+    return merged.keys.size() == 3001 && peak() - before < 20000;
+  }));
+}
+
 TEST(YaxregContentMerge, PutsTheDocumentBelowTheGivenKey) {
   const ContentUpdate update = Updates({UpdateOf("", {NumberOf("z", 9)}), UpdateOf("k")});
   const Content below = MergedContent(Present(), "a/b", update);
@@ -75,6 +112,7 @@ TEST(YaxregContentMerge, PutsTheDocumentBelowTheGivenKey) {
   EXPECT_EQ("a a/b a/b/c d d/n d/n/m d/n/m/k ", PathsOf(missing));
   EXPECT_EQ("z=9 ", NamesOf(missing.keys[6]));
   EXPECT_EQ("", NamesOf(missing.keys[5]));
+  EXPECT_EQ("a a/b a/b/c a/b/k d ", PathsOf(MergedContent(Present(), "/a/b/", update)));
 }
 
 TEST(YaxregContentMerge, GivesNewKeysTheRightsOfTheLibrary) {
@@ -137,6 +175,20 @@ TEST(YaxregContentMerge, MakesValuesOfAnotherNumberTheNewest) {
   const Content more = MergedContent(
       present, "", Updates({UpdateOf("", {NumberOf("n", 6), NumberOf("y", 7), NumberOf("y", 8)})}));
   EXPECT_EQ("y=7 y=8 n=6 x=1 x=3 ", NamesOf(more.keys[0]));
+}
+
+// Names in any order, replaced in their places, made newer, new and left alone.
+TEST(YaxregContentMerge, MergesManyValuesAtOnce) {
+  const Content present =
+      ContentOf({KeyOf(0, "",
+                       {NumberOf("d", 1), NumberOf("b", 2), NumberOf("a", 3), NumberOf("b", 4),
+                        NumberOf("c", 5), NumberOf("e", 6)})});
+  const Content merged =
+      MergedContent(present, "",
+                    Updates({UpdateOf("", {NumberOf("e", 16), NumberOf("f", 17), NumberOf("b", 12),
+                                           NumberOf("a", 13), NumberOf("c", 15), NumberOf("b", 14),
+                                           NumberOf("a", 18), NumberOf("aa", 19)})}));
+  EXPECT_EQ("f=17 aa=19 a=13 a=18 d=1 b=12 b=14 c=15 e=16 ", NamesOf(merged.keys[0]));
 }
 
 }  // namespace

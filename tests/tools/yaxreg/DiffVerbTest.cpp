@@ -176,7 +176,12 @@ TEST_F(YaxregDiff, ComparesWhatADamagedFileStillHolds) {
   PutFile(two_, bytes);
   const Answer answer = Yaxreg({"diff", one_, two_});
   EXPECT_EQ(3, answer.code);
-  EXPECT_EQ("- net : mtu = 1400\n", answer.out);
+  EXPECT_EQ(
+      "+ lost+found/ (a name without a key)\n"
+      "+ lost+found/(value 0x100)/ (a name without a key)\n"
+      "+ lost+found/(value 0x100) : mtu = 1500\n"
+      "- net : mtu = 1400\n",
+      answer.out);
   EXPECT_NE(std::string::npos, answer.err.find(two_ + ": the file is damaged")) << answer.err;
   EXPECT_EQ(3, Yaxreg({"diff", two_, one_}).code);
   EXPECT_EQ(3, Yaxreg({"diff", two_, two_}).code);
@@ -188,15 +193,26 @@ TEST_F(YaxregDiff, TellsNamesWithoutAKey) {
   std::string bytes = GetFile(two_);
   bytes.replace(10288, 4, 4, '\xFF');  // the key of the name net: one that cannot be
   PutFile(two_, bytes);
-  EXPECT_EQ("- net/\n+ net/ (a name without a key)\n- net : mtu = 1400\n",
-            Yaxreg({"diff", one_, two_}).out);
+  EXPECT_EQ(
+      "+ lost+found/ (a name without a key)\n"
+      "+ lost+found/(key 0x200)/\n"
+      "+ lost+found/(key 0x200) : mtu = 1500\n"
+      "- net/\n"
+      "+ net/ (a name without a key)\n"
+      "- net : mtu = 1400\n",
+      Yaxreg({"diff", one_, two_}).out);
   EXPECT_NE(std::string::npos,
             Yaxreg({"diff", "--json", one_, two_})
                 .out.find("{\"path\":\"net\",\"kind\":\"missing\",\"first\":false,"
                           "\"second\":true},\n"));
   { RegistryFile empty(folder_ / "empty.rce"); }
-  EXPECT_EQ("- net/ (a name without a key)\n- net/eth0/\n",
-            Yaxreg({"diff", two_, folder_ / "empty.rce"}).out);
+  EXPECT_EQ(
+      "- lost+found/ (a name without a key)\n"
+      "- lost+found/(key 0x200)/\n"
+      "- lost+found/(key 0x200) : mtu = 1500\n"
+      "- net/ (a name without a key)\n"
+      "- net/eth0/\n",
+      Yaxreg({"diff", two_, folder_ / "empty.rce"}).out);
   EXPECT_NE(std::string::npos, Yaxreg({"diff", "--json", two_, folder_ / "empty.rce"})
                                    .out.find("{\"path\":\"net\",\"kind\":\"key\","
                                              "\"first\":{\"missing\":true},\"second\":null},\n"));

@@ -1,9 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 
 #include "tests/tools/yaxreg/ElfImage.h"
-#include "tools/yaxreg/image/ElfFile.h"
+#include "tools/yaxreg/components/ElfFile.h"
 
 namespace {
 
@@ -168,6 +169,60 @@ TEST(ElfFile, SurvivesEveryValueOfEveryByte) {
       }
     }
   }
+}
+
+// Finds a function in a file of 2 TB that begins with these bytes and holds zeros then: "1", "0",
+// or
+// "?" when the symbols cannot be read. *read: how many bytes were asked for.
+std::string FoundInSparse(const std::string& begin, unsigned long long* read) {
+  ElfBytes source;
+  source.length = 1ull << 41;
+  source.read = [&](unsigned long long offset, size_t size, unsigned char* to) {
+    *read += size;
+    if (*read > 1u << 27) return false;  // much more than there should be
+    std::memset(to, 0, size);
+    if (offset >= begin.size()) return true;
+    const size_t at = static_cast<size_t>(offset);
+    std::memcpy(to, begin.data() + at, std::min(size, begin.size() - at));
+    return true;
+  };
+  ElfFile file(source);
+  EXPECT_EQ("", file.problem());
+  const std::vector<bool> found = file.FindFunctions({"EntryFn_getFactory"});
+  return found.empty() ? "?" : found[0] ? "1" : "0";
+}
+
+void PutNumber(std::string* bytes, size_t at, unsigned long long number, unsigned int size) {
+  for (unsigned int i = 0; i < size; ++i) (*bytes)[at + i] = static_cast<char>(number >> 8 * i);
+}
+
+// The tables of symbols and of strings are the last sections but one and the last one.
+TEST(ElfFile, ReadsNoTableThatIsLargerThanAnySharedObjectHas) {
+  ElfImage image;
+  image.count = ElfImage::Count::kSections;
+  const std::string whole = image.Bytes();
+  for (const size_t section : {whole.size() - 2 * 64, whole.size() - 64}) {
+    for (const unsigned long long size : {1ull << 26, (1ull << 26) + 1, 1ull << 40}) {
+      const bool isRead = size == 1ull << 26;
+      std::string bytes = whole;
+      PutNumber(&bytes, section + 32, size, 8);
+      unsigned long long read = 0;
+      EXPECT_EQ(isRead ? "1" : "?", FoundInSparse(bytes, &read)) << section << " " << size;
+      EXPECT_LT(read, isRead ? 70000000u : 10000u) << section << " " << size;
+    }
+  }
+}
+
+// 4294967280 buckets, in a segment that has room for them.
+TEST(ElfFile, ReadsNoHashTableThatIsLargerEither) {
+  ElfImage image;
+  image.count = ElfImage::Count::kGnuHash;
+  std::string bytes = image.Bytes();
+  PutNumber(&bytes, 64 + 32, 1ull << 40, 8);
+  PutNumber(&bytes, 64 + 2 * 56, 0xFFFFFFF0, 4);
+  unsigned long long read = 0;
+  EXPECT_EQ("?", FoundInSparse(bytes, &read));
+  EXPECT_LT(read, 10000u);
 }
 
 TEST(ElfFile, SaysWhenItCannotBeRead) {

@@ -5,12 +5,14 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <set>
 #include <string>
 
 #include "tests/platform/TestFiles.h"
 #include "tests/tools/yaxreg/ChangeRig.h"
+#include "tests/tools/yaxreg/SystemCalls.h"
 #include "tools/yaxreg/image/FileBytes.h"
 
 namespace yaxreg {
@@ -107,6 +109,88 @@ TEST_F(YaxregFileBytes, WritesNoNewFileIntoAFolderThatIsNotThere) {
   const FileResult result = WriteNewFile(folder / "absent/file", "new");
   EXPECT_EQ("cannot be made: No such file or directory", result.reason);
   EXPECT_FALSE(result.exists);
+}
+
+TEST_F(YaxregFileBytes, GivesANewFileTheModeOfEveryNewFile) {
+  for (const mode_t mask : {022u, 077u, 0u, 0777u}) {
+    unlink(file.c_str());
+    const mode_t before = umask(mask);
+    EXPECT_TRUE(WriteNewFile(file, "new").isDone());
+    umask(before);
+    EXPECT_EQ(0666u & ~mask, ModeOf(file));
+  }
+}
+
+// The file has its name when it is complete, and nobody's file is written over even then.
+TEST_F(YaxregFileBytes, GivesANewFileItsNameAtTheEnd) {
+  std::string present;
+  {
+    const TakenOverCalls taken({{}, [&] { return present = GetFile(file), 0; }, {}});
+    EXPECT_TRUE(WriteNewFile(file, "new").isDone());
+  }
+  EXPECT_EQ("(cannot be read)", present);
+  ASSERT_EQ(0, unlink(file.c_str()));
+  {
+    const TakenOverCalls taken({{}, [&] { return PutFile(file, old), 0; }, {}});
+    EXPECT_TRUE(WriteNewFile(file, "new").exists);
+  }
+  EXPECT_EQ(old, GetFile(file));
+  EXPECT_EQ("file ", Files());
+}
+
+TEST_F(YaxregFileBytes, WritesANewFileWhereThereAreNoLinks) {
+  for (const int error : {EPERM, EOPNOTSUPP, ENOSYS, EMLINK}) {
+    const auto fails = [&] { return error; };
+    {
+      const TakenOverCalls taken({{}, fails, {}});
+      EXPECT_TRUE(WriteNewFile(file, "new").isDone());
+      EXPECT_TRUE(WriteNewFile(file, "newer").exists);
+    }
+    EXPECT_EQ("new", GetFile(file));
+    EXPECT_EQ("file ", Files());
+    ASSERT_EQ(0, unlink(file.c_str()));
+    // Somebody is faster.
+    {
+      const TakenOverCalls taken({{}, fails, [&] { return PutFile(file, old), 0; }});
+      EXPECT_TRUE(WriteNewFile(file, "new").exists);
+    }
+    EXPECT_EQ(old, GetFile(file));
+    EXPECT_EQ("file ", Files());
+    ASSERT_EQ(0, unlink(file.c_str()));
+  }
+  const TakenOverCalls taken({{}, [] { return EACCES; }, {}});
+  EXPECT_EQ("cannot be made: Permission denied", WriteNewFile(file, "new").reason);
+  EXPECT_EQ("", Files());
+}
+
+TEST_F(YaxregFileBytes, WritesANewFileWhereNothingButThatIsPossible) {
+  for (const int error : {EINVAL, ENOSYS, EOPNOTSUPP}) {
+    const TakenOverCalls taken({{}, [] { return EPERM; }, [&] { return error; }});
+    EXPECT_TRUE(WriteNewFile(file, "new").isDone());
+    EXPECT_EQ("new", GetFile(file));
+    EXPECT_EQ("file ", Files());
+    ASSERT_EQ(0, unlink(file.c_str()));
+  }
+  const TakenOverCalls taken(
+      {{}, [] { return EPERM; }, [&] { return PutFile(file, old), EINVAL; }});
+  EXPECT_TRUE(WriteNewFile(file, "new").exists);
+  EXPECT_EQ(old, GetFile(file));
+  EXPECT_EQ("file ", Files());
+}
+
+TEST_F(YaxregFileBytes, WritesFilesOfTheLongestName) {
+  const std::string longest = folder / std::string(255, 'n').c_str();
+  EXPECT_TRUE(WriteNewFile(longest, old).isDone());
+  EXPECT_TRUE(ReplaceFile(longest, old, "new").isDone());
+  EXPECT_EQ("new", GetFile(longest));
+  EXPECT_EQ("cannot be made: File name too long", WriteNewFile(longest + "n", "new").reason);
+  EXPECT_EQ(std::string(255, 'n') + ' ', Files());
+}
+
+TEST_F(YaxregFileBytes, TellsTheFolderOfAPath) {
+  EXPECT_EQ(".", FolderOf("a"));
+  EXPECT_EQ("/", FolderOf("/a"));
+  EXPECT_EQ("a/b", FolderOf("a/b/c"));
 }
 
 TEST_F(YaxregFileBytes, LeavesNothingWhenTheDiskIsFull) {

@@ -93,9 +93,9 @@ TEST(YaxregFileMap, DrawsRunsOfSlots) {
   EXPECT_EQ(1u, CountOf(svg, "<path class=\"u\" d=\"M0 0h2v1h-2z\"/></g>"));
   EXPECT_EQ(1u, CountOf(svg, "<path class=\"u\" d=\"M0 0h7v1h-7z\"/></g>"));
   EXPECT_EQ(0u, CountOf(svg, "<path class=\"l\""));
-  EXPECT_TRUE(Contains(svg, ">19 used</text>"));
+  EXPECT_TRUE(Contains(svg, ">19 in use</text>"));
   EXPECT_TRUE(Contains(svg, ">1,437 free</text>"));  // 4 * 364 - 19
-  EXPECT_TRUE(Contains(svg, ">0 leaked</text>"));
+  EXPECT_TRUE(Contains(svg, ">0 leaked (nothing leads to them)</text>"));
 }
 
 TEST(YaxregFileMap, ShowsTheStripToScale) {

@@ -4,8 +4,11 @@
 #include <string>
 #include <vector>
 
+#include "tests/platform/ChildProcess.h"
 #include "tests/support/StructureCheck.h"
 #include "tests/tools/yaxreg/ChangeRig.h"
+#include "tests/tools/yaxreg/ContentBuilder.h"
+#include "tools/yaxreg/image/BackupWriter.h"
 
 namespace {
 
@@ -15,23 +18,27 @@ std::string Document(const std::string& keys) {
 
 class YaxregImport : public ChangeRig {
  protected:
-  // Imports what changes something.
-  void ExpectChange(const std::string& document, const std::vector<std::string>& path = {}) {
+  // Imports what changes something, and tells so: "1 key and 2 values".
+  void ExpectChange(const std::string& document, const std::string& changed,
+                    const std::vector<std::string>& path = {}) {
     std::vector<std::string> arguments = {"import", file};
     arguments.insert(arguments.end(), path.begin(), path.end());
     const Answer answer = Yaxreg(arguments, document);
     EXPECT_EQ(0, answer.code) << answer.err;
-    EXPECT_EQ("", answer.out);
+    EXPECT_EQ(changed + " changed\n", answer.out);
     EXPECT_EQ("", answer.err);
     EXPECT_EQ("", StructureFindings(file));
     EXPECT_EQ(1u, FilesInFolder());
   }
 
   // Imports what is refused: the file is as it was, and nothing is left beside it.
-  void ExpectRefused(int code, const std::string& document, const std::string& text) {
+  void ExpectRefused(int code, const std::string& document, const std::string& text,
+                     const std::vector<std::string>& options = {}) {
     const std::string before = GetFile(file);
     const size_t files = FilesInFolder();
-    const Answer answer = Yaxreg({"import", file}, document);
+    std::vector<std::string> arguments = {"import", file};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    const Answer answer = Yaxreg(arguments, document);
     EXPECT_EQ(code, answer.code) << document.substr(0, 200);
     EXPECT_EQ("", answer.out);
     EXPECT_NE(std::string::npos, answer.err.find(text)) << answer.err;
@@ -107,27 +114,36 @@ TEST_F(YaxregImport, ChangesNothingTheSecondTime) {
   const std::string before = GetFile(file);
   const Answer answer = Yaxreg({"import", file, "--json"}, document);
   EXPECT_EQ(0, answer.code) << answer.err;
-  EXPECT_EQ("{\"changed\":false,\"path\":\"\"}\n", answer.out);
+  EXPECT_EQ("{\"changed\":false,\"path\":\"\",\"keys\":0,\"values\":0}\n", answer.out);
+  EXPECT_EQ("", Yaxreg({"import", file}, document).out);
   EXPECT_TRUE(before == GetFile(file));
 }
 
-TEST_F(YaxregImport, TellsProgramsThatItChangedSomething) {
-  const std::string document = Document("{\"path\":\"\"},{\"path\":\"k\"}");
-  EXPECT_EQ("{\"changed\":true,\"path\":\"a/b\"}\n",
+// A key counts once, whatever of it changes, and the values of a name do.
+TEST_F(YaxregImport, CountsWhatItChanges) {
+  const std::string document = Document(
+      "{\"path\":\"\",\"values\":[{\"name\":\"v\",\"number\":1},{\"name\":\"v\",\"number\":2}]},"
+      "{\"path\":\"k\",\"values\":[{\"name\":\"w\",\"number\":1}]}");
+  EXPECT_EQ("{\"changed\":true,\"path\":\"a/b\",\"keys\":3,\"values\":2}\n",
             Yaxreg({"import", file, "/a/b/", "--json"}, document).out);
-  EXPECT_EQ("{\"changed\":false,\"path\":\"a/b\"}\n",
+  EXPECT_EQ("{\"changed\":false,\"path\":\"a/b\",\"keys\":0,\"values\":0}\n",
             Yaxreg({"import", file, "a/b", "--json"}, document).out);
+  ExpectChange(Document("{\"path\":\"a/b\",\"watch\":1,\"owner\":5,\"values\":["
+                        "{\"name\":\"v\",\"number\":3}]},{\"path\":\"a/b/k\"}"),
+               "1 key and 1 value");
+  ExpectChange(Document("{\"path\":\"a\",\"watch\":1},{\"path\":\"a/b\",\"watch\":2}"),
+               "2 keys and 0 values");
 }
 
 TEST_F(YaxregImport, PutsADocumentBelowAKeyThatIsThereAndOneThatIsNot) {
   FillRichly();
   const std::string document = Export("net");
-  ExpectChange(document, {"app"});
+  ExpectChange(document, "3 keys and 6 values", {"app"});
   EXPECT_EQ(document, Export("net"));
   EXPECT_EQ(7u, Value("app", "size").number);
   EXPECT_EQ("text", Value("app", "no end").data);
   EXPECT_EQ(0x18, Key("app").permission);
-  ExpectChange(document, {"new/place"});
+  ExpectChange(document, "4 keys and 6 values", {"new/place"});
   EXPECT_EQ(document, Export("new/place"));
   EXPECT_EQ(65535u, Key("new").owner);
 }
@@ -135,7 +151,8 @@ TEST_F(YaxregImport, PutsADocumentBelowAKeyThatIsThereAndOneThatIsNot) {
 TEST_F(YaxregImport, LeavesWhatTheDocumentDoesNotTellOf) {
   FillRichly();
   const std::string before = Export();
-  ExpectChange(Document("{\"path\":\"net/eth0\",\"values\":[{\"name\":\"mtu\",\"number\":1500}]}"));
+  ExpectChange(Document("{\"path\":\"net/eth0\",\"values\":[{\"name\":\"mtu\",\"number\":1500}]}"),
+               "0 keys and 1 value");
   std::string expected = before;
   const std::string next = "{\"name\":\"name\",\"type\":2";
   expected.insert(expected.find(next), "{\"name\":\"mtu\",\"type\":0,\"number\":1500},\n");
@@ -154,9 +171,67 @@ TEST_F(YaxregImport, WritesIntoAMissingFileANewRegistry) {
 // Creating "disk" next to "display" makes "disp" on the way, and "max" next to "main" makes "mai".
 TEST_F(YaxregImport, LeavesNoStrayKeysNextToSimilarNames) {
   MakeKeys({"display", "main"});
-  ExpectChange(Document("{\"path\":\"disk/a\"},{\"path\":\"max\"}"));
+  ExpectChange(Document("{\"path\":\"disk/a\"},{\"path\":\"max\"}"), "3 keys and 0 values");
   const std::vector<std::string> expected = {"disk", "disk/a", "display", "main", "max"};
   EXPECT_EQ(expected, Paths());
+}
+
+// The library makes no such value, but restores it.
+TEST_F(YaxregImport, TakesOverValuesWithAnEmptyName) {
+  MakeKeys({"net"});
+  yaxreg::Content content = yaxreg::RegistryImage(GetFile(file)).content();
+  content.keys[1].values = {TextOf("", "new"), NumberOf("", 7), NumberOf("mtu", 1500)};
+  PutFile(folder / "net.bak", yaxreg::BackupOf(content, 1));
+  ASSERT_EQ(0, Yaxreg({"restore", file, "net", folder / "net.bak"}).code);
+  std::filesystem::remove(folder / "net.bak");
+  const std::string document = Export();
+  EXPECT_NE(std::string::npos, document.find("\n{\"name\":\"\",\"type\":1,\"text\":\"new\"},"));
+  const std::string copy = folder / "copy.rce";
+  EXPECT_EQ(0, Yaxreg({"import", copy}, document).code);
+  EXPECT_EQ(document, Yaxreg({"export", copy}).out);
+  EXPECT_EQ("", StructureFindings(copy));
+  std::filesystem::remove(copy);
+  ExpectChange(Document("{\"path\":\"net\",\"values\":[{\"name\":\"\",\"number\":9}]}"),
+               "0 keys and 1 value");
+  EXPECT_EQ(9u, Value("net", "").number);
+  EXPECT_EQ(1500u, Value("net", "mtu").number);
+  EXPECT_EQ(2u, Key("net").values.size());
+}
+
+TEST_F(YaxregImport, GivesKeysToUsersByTheirNames) {
+  MakeKeys({"net"});
+  ExpectChange(Document("{\"path\":\"net\",\"owner\":\"installer\"}"), "1 key and 0 values");
+  EXPECT_EQ(3884477203u, Key("net").owner);
+  EXPECT_NE(std::string::npos, Export().find("\"owner\":3884477203,"));
+}
+
+// Each waits for the one before, and takes over what that has left.
+TEST_F(YaxregImport, WaitsForOtherImportsIntoTheSameFile) {
+  MakeKeys({"net"});
+  std::vector<pid_t> children;
+  for (int child = 0; child < 4; ++child) {
+    const pid_t id = fork();
+    ASSERT_GE(id, 0);
+    if (id != 0) {
+      children.push_back(id);
+      continue;
+    }
+    int code = 0;
+    for (int i = 0; i < 10; ++i) {
+      const std::string name = std::to_string(child) + "-" + std::to_string(i);
+      code |= Yaxreg({"import", file}, Document("{\"path\":\"net\",\"values\":[{\"name\":\"" +
+                                                name + "\",\"number\":1}]}"))
+                  .code;
+    }
+    _exit(code);
+  }
+  for (const pid_t child : children) {
+    int status = 1;
+    EXPECT_EQ(child, waitpid(child, &status, 0));
+    EXPECT_EQ(0, status);
+  }
+  EXPECT_EQ(40u, Key("net").values.size());
+  EXPECT_EQ("", StructureFindings(file));
 }
 
 // ---- dry runs
@@ -177,10 +252,48 @@ TEST_F(YaxregImport, ShowsWithDryRunWhatDiffShowsAfterwards) {
   EXPECT_TRUE(before == GetFile(file));
   EXPECT_EQ(2u, FilesInFolder());
   EXPECT_EQ(0, Yaxreg({"import", file}, document).code);
-  EXPECT_EQ(Yaxreg({"diff", old, file}).out, plain.out);
-  EXPECT_EQ(Yaxreg({"diff", "--json", old, file}).out, json.out);
+  EXPECT_EQ(Yaxreg({"diff", old, file}).out + "rewrites app\n", plain.out);
+  std::string expected = Yaxreg({"diff", "--json", old, file}).out;
+  expected.replace(expected.size() - 2, 2, ",\"rewrites\":[{\"path\":\"app\",\"keys\":0}]}\n");
+  EXPECT_EQ(expected, json.out);
   EXPECT_NE(std::string::npos, plain.out.find("+ new/key/\n")) << plain.out;
   EXPECT_NE(std::string::npos, plain.out.find("- app/ (owner 1000)\n")) << plain.out;
+}
+
+TEST_F(YaxregImport, TellsWithDryRunWhatIsRewritten) {
+  MakeKeys({"net", "net/eth0", "net/eth0/deep", "app", "app/x", "own", "own/one"});
+  const std::string document = Document(
+      "{\"path\":\"net\",\"owner\":5},{\"path\":\"net/eth1\"},{\"path\":\"own\",\"owner\":6},"
+      "{\"path\":\"app\",\"watch\":1},{\"path\":\"app/x\",\"owner\":7},{\"path\":\"top/new\"}");
+  const std::string before = GetFile(file);
+  const std::string out = Yaxreg({"import", "-n", file}, document).out;
+  EXPECT_EQ("rewrites app/x\nrewrites net with 3 keys below it\nrewrites own with 1 key below it\n",
+            out.substr(out.find("rewrites ")));
+  const std::string json = Yaxreg({"import", "-n", "--json", file}, document).out;
+  EXPECT_EQ(
+      "\n],\"rewrites\":[{\"path\":\"app/"
+      "x\",\"keys\":0},{\"path\":\"net\",\"keys\":3},{\"path\":\"own\",\"keys\":1}]}\n",
+      json.substr(json.find("\n],")));
+  const std::string root = Document("{\"path\":\"\",\"owner\":5}");
+  EXPECT_EQ("- / (owner 65535)\n+ / (owner 5)\nrewrites / with 7 keys below it\n",
+            Yaxreg({"import", "-n", file}, root).out);
+  EXPECT_EQ("{\"same\":true,\"differences\":[],\"rewrites\":[]}\n",
+            Yaxreg({"import", "-n", "--json", file}, Document("")).out);
+  EXPECT_TRUE(before == GetFile(file));
+}
+
+// A folder that nobody may write into.
+TEST_F(YaxregImport, NeedsToWriteNothingWithDryRun) {
+  chmod((folder / ".").c_str(), 0555);
+  {
+    const OrdinaryUser user;
+    const Answer answer = Yaxreg({"import", "-n", file}, Document("{\"path\":\"k\"}"));
+    EXPECT_EQ(0, answer.code) << answer.err;
+    EXPECT_EQ("+ k/\n", answer.out);
+    EXPECT_EQ("+ k/\n",
+              Yaxreg({"import", "-n", folder / "none.rce"}, Document("{\"path\":\"k\"}")).out);
+  }
+  chmod((folder / ".").c_str(), 0755);
 }
 
 TEST_F(YaxregImport, MakesNoFileWithDryRun) {
@@ -209,7 +322,8 @@ TEST_F(YaxregImport, ChecksTheWholeDocumentBeforeTheFirstChange) {
   const std::string name(32, 'n');
   ExpectRefused(2, Document(good + "{\"path\":\"x\",\"values\":[{\"name\":\"" + name + "\"}]}"),
                 "yaxreg: standard input: ");
-  ExpectRefused(2, "", "yaxreg: standard input: ");
+  ExpectRefused(2, "", "yaxreg: standard input: is empty\n");
+  ExpectRefused(2, "[{\"path\":\"x\"}]", "yaxreg: standard input: must be an object\n");
   ExpectRefused(2, "{\"format\":\"other\",\"version\":1,\"keys\":[]}", "yaxreg: standard input: ");
 }
 
@@ -294,9 +408,9 @@ TEST_F(YaxregImportFull, LosesNothingWhenAValueFindsNoRoom) {
 
 TEST_F(YaxregImportFull, StillChangesWhatTakesNoBlocks) {
   const std::string before = Export("full");
-  ExpectChange(
-      Document("{\"path\":\"k\",\"watch\":5,\"default\":9,\"values\":["
-               "{\"name\":\"n\",\"number\":1}]},{\"path\":\"new\"}"));
+  ExpectChange(Document("{\"path\":\"k\",\"watch\":5,\"default\":9,\"values\":["
+                        "{\"name\":\"n\",\"number\":1}]},{\"path\":\"new\"}"),
+               "2 keys and 1 value");
   EXPECT_EQ("old", Value("k", "a").data);
   EXPECT_EQ(5, Key("k").watch);
   EXPECT_EQ(9u, Key("k").defaultValue);
@@ -305,13 +419,105 @@ TEST_F(YaxregImportFull, StillChangesWhatTakesNoBlocks) {
   EXPECT_EQ(before, Export("full"));
 }
 
+TEST_F(YaxregImportFull, TellsWithDryRunThatThereIsNoRoom) {
+  const std::string document =
+      Document("{\"path\":\"k\",\"values\":[{\"name\":\"a\",\"hex\":\"" + Hex(1024) + "\"}]}");
+  for (const char* option : {"-n", "--json"}) {
+    ExpectRefused(1, document, "k: the registry is full; yaxreg compact may help (status 75)",
+                  {"--dry-run", option});
+  }
+}
+
+std::string ManyKeys(const std::string& above, unsigned int count) {
+  std::string keys;
+  for (unsigned int i = 0; i < count; ++i) {
+    keys += (i == 0 ? "" : ",") + ("{\"path\":\"" + above + std::to_string(100000 + i) + "\"}");
+  }
+  return keys;
+}
+
+// Another owner needs room for all keys beside those that are there, of at most 10,344.
+TEST_F(YaxregImport, TellsThatAKeyCannotBeRewritten) {
+  EXPECT_EQ(0, Yaxreg({"import", file}, Document(ManyKeys("net/", 5200))).code);
+  const std::string document = Document("{\"path\":\"net\",\"owner\":5}");
+  const std::string why =
+      "device.rce: net: has no room to rewrite it with the 5200 keys below it (status 75)\n";
+  ExpectRefused(1, document, why);
+  ExpectRefused(1, document, why, {"--dry-run"});
+  ExpectRefused(1, document, why, {"--dry-run", "--json"});
+}
+
+// 300 values of 16 blocks each are there twice then: 9,600 of 10,344 blocks. 1,600 are lost before.
+TEST_F(YaxregImport, TellsThatAKeyCanBeRewrittenWhenTheFileIsCompact) {
+  MakeKeys({"net", "other"});
+  std::string values;
+  for (unsigned int i = 0; i < 300; ++i) {
+    values += (i == 0 ? "" : ",") +
+              ("{\"name\":\"" + std::to_string(i) + "\",\"hex\":\"" + Hex(1024) + "\"}");
+  }
+  const std::string keys = "{\"path\":\"net\",\"values\":[" + values + "]}";
+  EXPECT_EQ(0, Yaxreg({"import", file}, Document(keys)).code);
+  for (unsigned int i = 0; i < 100; ++i) {
+    MakeValue("other", "v", 2, std::string(1024, 'x'));
+    Registry registry(file.c_str(), tamu::registry::kAdministratorId);
+    ASSERT_EQ(0u, registry.Initialize());
+    ASSERT_EQ(0u, registry.DeleteValue(0, "other", "v"));
+  }
+  const std::string document = Document("{\"path\":\"net\",\"owner\":5}");
+  ExpectRefused(
+      1, document,
+      "device.rce: net: has no room to rewrite it; yaxreg compact may help (status 75)\n");
+  ASSERT_EQ(0, Yaxreg({"compact", file}).code);
+  ExpectChange(document, "1 key and 0 values");
+}
+
+// Two keys are given away: the second one has no room beside the first one, which leaves its slots
+// behind. Nothing was lost before.
+TEST_F(YaxregImport, TellsNotToCompactWhatIsCompact) {
+  EXPECT_EQ(0, Yaxreg({"import", file}, Document(ManyKeys("a/", 3000))).code);
+  EXPECT_EQ(0, Yaxreg({"import", file}, Document(ManyKeys("b/", 3000))).code);
+  ASSERT_EQ(0, Yaxreg({"compact", file}).code);
+  ExpectRefused(
+      1, Document("{\"path\":\"a\",\"owner\":5},{\"path\":\"b\",\"owner\":5}"),
+      "device.rce: b: has no room to rewrite it with the 3000 keys below it (status 75)\n");
+}
+
+// More data blocks than there are.
+TEST_F(YaxregImport, TellsThatANewKeyHasNoRoom) {
+  EXPECT_EQ(0, Yaxreg({"import", file}, Document(ManyKeys("net/", 5200))).code);
+  std::string values = "{\"name\":\"0\",\"hex\":\"" + Hex(1024) + "\"}";
+  for (unsigned int i = 1; i < 700; ++i) {
+    values += ",{\"name\":\"" + std::to_string(i) + "\",\"hex\":\"" + Hex(1024) + "\"}";
+  }
+  ExpectRefused(1,
+                Document("{\"path\":\"new\",\"values\":[" + values + "]},{\"path\":\"new/one\"}"),
+                "device.rce: new: has no room for it with the key below it (status 75)\n");
+}
+
+// The file grows no more, as on a disk that is full: the blocks that are there are too few.
+TEST_F(YaxregImport, TellsADiskThatIsFull) {
+  MakeKeys({"k"});
+  std::string values;
+  for (unsigned int i = 0; i < 300; ++i) {
+    MakeValue("k", std::to_string(i).c_str(), 0, std::string(8, 'x'));
+    values += (i == 0 ? "" : ",") +
+              ("{\"name\":\"" + std::to_string(i) + "\",\"hex\":\"" + Hex(1024) + "\"}");
+  }
+  const std::string before = GetFile(file);
+  EXPECT_TRUE(InChild([&] {
+    LimitFileSize(before.size());
+    const Answer answer =
+        Yaxreg({"import", file}, Document("{\"path\":\"k\",\"values\":[" + values + "]}"));
+    return answer.code == 4 && answer.err.find(": k: input/output failure") != std::string::npos;
+  }));
+  EXPECT_TRUE(before == GetFile(file));
+  EXPECT_EQ(1u, FilesInFolder());
+}
+
 // The tables have places for 10,344 keys and as many values.
 TEST_F(YaxregImport, RefusesMoreThanARegistryHolds) {
   MakeKeys({"mine"});
-  std::string keys;
-  for (unsigned int i = 0; i < 10343; ++i) {
-    keys += (i == 0 ? "" : ",") + ("{\"path\":\"" + std::to_string(100000 + i) + "\"}");
-  }
+  const std::string keys = ManyKeys("", 10343);
   ExpectRefused(1, Document(keys), ".rce: has no room for so much (status 75)");
   const std::string missing = folder / "missing.rce";
   EXPECT_EQ(1, Yaxreg({"import", missing}, Document(keys + ",{\"path\":\"more\"}")).code);

@@ -26,6 +26,9 @@ class YaxregImporter : public ChangeRig {
       ASSERT_EQ(0u, registry.Initialize());
       Importer importer(registry, present, wanted, folder / "backup");
       ASSERT_EQ(0u, importer.Run()) << importer.path();
+      EXPECT_EQ(Content::kNone, importer.failedRestore());
+      rewritten_.clear();
+      for (const size_t key : importer.rewritten()) rewritten_ += wanted.PathOf(key) + '\n';
     }
     EXPECT_EQ("", StructureFindings(file));
     EXPECT_EQ(1u, FilesInFolder());
@@ -40,6 +43,8 @@ class YaxregImporter : public ChangeRig {
   static ContentKey& At(Content* content, const std::string& path) {
     return content->keys[content->Find(path)];
   }
+
+  std::string rewritten_;  // the paths of the keys that the last change has restored
 
   unsigned int BlocksInUse() const {
     const SlotUse use = RegistryImage(GetFile(file)).UseOf(NodeKind::kData);
@@ -57,6 +62,7 @@ TEST_F(YaxregImporter, ChangesSingleFields) {
     key.permission = 0x10;
     wanted->keys[0].watch = 1;
   });
+  EXPECT_EQ("", rewritten_);
 }
 
 // Rights are taken away from the administrator, too, as the owner; he can still do all of it.
@@ -83,6 +89,7 @@ TEST_F(YaxregImporter, GivesAKeyAnotherOwnerAndKeepsWhatIsBelow) {
   MakeValue("net/eth0", "mtu", 2, "abc");
   MakeValue("net", "mtu", 2, "def");
   ExpectChange([](Content* wanted) { At(wanted, "net").owner = 7; });
+  EXPECT_EQ("net\n", rewritten_);
   EXPECT_EQ(7u, Key("net").owner);
   EXPECT_EQ(1000u, Key("net/eth0").owner);
   EXPECT_EQ("abc", Value("net/eth0", "mtu").data);
@@ -168,6 +175,79 @@ TEST_F(YaxregImporter, MakesManyKeysAtOnce) {
     }
   });
   EXPECT_EQ(22u, Decoded().keys.size());
+  EXPECT_EQ("\n", rewritten_);
+}
+
+// What is new is made, and nothing that was there is written again.
+TEST_F(YaxregImporter, RewritesNothingForAFewNewKeys) {
+  MakeKeys({"net", "net/eth0", "other"});
+  ExpectChange([](Content* wanted) {
+    wanted->keys.push_back(KeyOf(2, "new", {NumberOf("n", 1)}));
+    wanted->keys.push_back(KeyOf(3, "below"));
+  });
+  EXPECT_EQ("", rewritten_);
+}
+
+// Each name has two values: numbers of 64 bits, texts, unset ones and those that are hidden change,
+// go and come, or stay as they are.
+TEST_F(YaxregImporter, ChangesManyValuesOfOneKey) {
+  MakeKeys({"net", "net/eth0"});
+  const auto fill = [](Content* wanted, unsigned long long first) {
+    std::vector<ContentValue>& values = At(wanted, "net").values;
+    values.clear();
+    for (unsigned int i = 0; i < 1000; ++i) {
+      const unsigned long long number = (i % 7 == 0 ? 1 : first) * 0x100000001 * i;
+      const std::string name = "v" + std::to_string(i * 379 % 1000);
+      values.push_back(i % 3 == 0   ? NumberOf(name, number)
+                       : i % 3 == 1 ? TextOf(name, std::to_string(number))
+                                    : UnsetOf(name, 0, 8));
+      values.push_back(i % 5 == 0 ? NumberOf(name, number) : TextOf(name, "hidden"));
+    }
+  };
+  ExpectChange([&](Content* wanted) { fill(wanted, 2); });
+  ExpectChange([&](Content* wanted) { fill(wanted, 3); });
+  EXPECT_EQ("", rewritten_);
+  ExpectChange([](Content* wanted) {
+    for (ContentValue& value : At(wanted, "net").values) {
+      if (value.isNumber()) value = TextOf(value.name, "a text");
+    }
+  });
+}
+
+// 400 keys, each below the one before, with a number each.
+TEST_F(YaxregImporter, ChangesValuesAtEveryDepth) {
+  ExpectChange([](Content* wanted) {
+    for (unsigned int depth = 1; depth <= 400; ++depth) {
+      wanted->keys.push_back(KeyOf(depth, "k", {NumberOf("n", depth)}));
+    }
+  });
+  ExpectChange([](Content* wanted) {
+    for (ContentKey& key : wanted->keys) {
+      if (key.depth > 0) key.values[0].number = key.depth * 0x100000000;
+    }
+  });
+  EXPECT_EQ("", rewritten_);
+}
+
+// Of the key that does not fit in beside itself nothing is lost.
+TEST_F(YaxregImporter, TellsTheKeyThatHasNoRoomToBeRestored) {
+  ExpectChange([](Content* wanted) {
+    for (unsigned int i = 0; i < 5200; ++i) {
+      wanted->keys.push_back(KeyOf(1, "k" + std::to_string(10000 + i)));
+    }
+  });
+  const std::string before = GetFile(file);
+  const Content present = Decoded();
+  Content wanted = present;
+  wanted.keys[0].owner = 7;
+  Registry registry(file.c_str(), tamu::registry::kAdministratorId);
+  ASSERT_EQ(0u, registry.Initialize());
+  Importer importer(registry, present, wanted, folder / "backup");
+  EXPECT_EQ(75u, importer.Run());
+  EXPECT_EQ("", importer.path());
+  EXPECT_EQ(0u, importer.failedRestore());
+  EXPECT_TRUE(importer.rewritten().empty());
+  EXPECT_TRUE(before == GetFile(file));
 }
 
 // 4,000 keys are there, 4,200 come: all of them do not fit beside those that are there.
@@ -180,6 +260,7 @@ TEST_F(YaxregImporter, MakesManyKeysWhereThereIsNoRoomToReplaceAll) {
       wanted->keys.push_back(KeyOf(1, "b" + std::to_string(10000 + i)));
     }
   });
+  EXPECT_EQ("", rewritten_);
 }
 
 }  // namespace

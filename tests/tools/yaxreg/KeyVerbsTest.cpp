@@ -47,6 +47,13 @@ TEST_F(YaxregCreate, MakesNothingWhereALinkLeads) {
   EXPECT_EQ(1u, FilesInFolder());
 }
 
+TEST_F(YaxregCreate, MakesARegistryOfTheLongestName) {
+  const std::string longest = folder / std::string(255, 'n').c_str();
+  ExpectDone("", {"create", longest});
+  ExpectDone("", {"mkkey", longest, "net"});
+  EXPECT_EQ(1u, FilesInFolder());
+}
+
 TEST_F(YaxregCreate, NeedsTheFolder) {
   ExpectFailure(4, "cannot be made: No such file or directory\n",
                 {"create", folder / "none/device.rce"});
@@ -233,6 +240,63 @@ TEST_F(YaxregMkkey, SaysThatTheRegistryIsFull) {
                 ": a-name-of-its-own: the registry is full; yaxreg compact may help (status 75)\n",
             answer.err);
   EXPECT_EQ(keys, Paths().size());
+}
+
+// A name takes one string node for 17 bytes begun, and one to part from the name beside it. One
+// long name leaves three nodes.
+class YaxregMkkeyInAFullRegistry : public YaxregMkkey {
+ protected:
+  void SetUp() override {
+    YaxregMkkey::SetUp();
+    MakeKeys({std::string(17 * (Left() - 3), 'n')});
+    ASSERT_EQ(3u, Left());
+  }
+  unsigned int Left() const {
+    return yaxreg::RegistryImage(GetFile(file)).UseOf(yaxreg::NodeKind::kString).remaining;
+  }
+};
+
+TEST_F(YaxregMkkeyInAFullRegistry, MakesNoParentsWhenThereIsNoRoomForTheKey) {
+  const std::string full = "the registry is full; yaxreg compact may help (status 75)\n";
+  for (const std::string& path : {std::string("x/a/b/c/d"), "x/" + std::string(17 * 3 + 1, 'b'),
+                                  "x/a/" + std::string(35, 'b'),
+                                  "x/a/" + std::string(18, 'b') + "/" + std::string(17, 'c')}) {
+    ExpectFailure(1, full, {"mkkey", "-p", file, path});
+  }
+  std::string deep = "x";
+  for (int i = 0; i < 10000; ++i) deep += "/x";
+  ExpectFailure(1, full, {"mkkey", "-p", file, deep});
+}
+
+TEST_F(YaxregMkkeyInAFullRegistry, MakesWhatThereIsRoomFor) {
+  ExpectDone("", {"mkkey", "-p", file, "x/" + std::string(17, 'b')});
+  EXPECT_EQ(0u, Left());
+  EXPECT_EQ(3u, Paths().size());
+}
+
+// What the first name needs is seen when the last one fails.
+TEST_F(YaxregMkkeyInAFullRegistry, DeletesTheParentsWhenTheKeyCannotBeMade) {
+  const Answer answer = Yaxreg({"mkkey", "-p", file, "x/a/b/c"});
+  EXPECT_EQ(1, answer.code);
+  EXPECT_NE(std::string::npos, answer.err.find("(status 75)\n")) << answer.err;
+  EXPECT_EQ(1u, Paths().size());
+}
+
+// Spelled already, since it was deleted.
+TEST_F(YaxregMkkeyInAFullRegistry, MakesAKeyOfANameThatIsLeft) {
+  const std::string name(17 * 2, 'x');
+  MakeKeys({name});
+  ASSERT_EQ(0u, Left());
+  ASSERT_EQ(0, Yaxreg({"rmkey", file, name}).code);
+  ExpectDone("", {"mkkey", "-p", file, name});
+}
+
+TEST_F(YaxregMkkeyInAFullRegistry, UsesTheLastNode) {
+  ExpectDone("", {"mkkey", file, "x"});
+  ExpectDone("", {"rmkey", file, "x"});
+  ASSERT_LT(0u, Left());
+  ExpectDone("", {"mkkey", "-p", file, "x/" + std::string(17 * Left(), 'b')});
+  EXPECT_EQ(0u, Left());
 }
 
 TEST_F(YaxregMkkey, ChangesRegistriesThatMayBeWrittenOnly) {

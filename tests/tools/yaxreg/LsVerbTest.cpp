@@ -5,11 +5,11 @@
 
 namespace {
 
-TEST(YaxregLs, ListsKeysWithASlashAndThenValues) {
+TEST(YaxregLs, ListsValuesAndThenKeysWithASlash) {
   SampleFile sample;
   sample.AddValue("network", "a", tamu::registry::TextValue(""));
   EXPECT_EQ("network/\nshop/\n", Yaxreg({"ls", sample.path()}).out);
-  EXPECT_EQ("eth/\nwlan/\na\n", Yaxreg({"ls", sample.path(), "network"}).out);
+  EXPECT_EQ("a\neth/\nwlan/\n", Yaxreg({"ls", sample.path(), "network"}).out);
   EXPECT_EQ("", Yaxreg({"ls", sample.path(), "shop"}).out);
 }
 
@@ -23,6 +23,13 @@ TEST(YaxregLs, ListsAHiddenValueOnlyInTheLongForm) {
       "type 1  7  \"uplink\"           name\n"
       "type 0  8  (not set)          state\n",
       Yaxreg({"ls", "-l", sample.path(), "network/eth"}).out);
+}
+
+// As tree does.
+TEST(YaxregLs, ShowsTextsOfOtherTypesAsTexts) {
+  SampleFile sample;
+  sample.AddValue("shop", "a", tamu::registry::MakeValue(5, "abc", 4));
+  EXPECT_EQ("type 5  4  \"abc\"  a\n", Yaxreg({"ls", "-l", sample.path(), "shop"}).out);
 }
 
 TEST(YaxregLs, TellsMoreOfKeysInTheLongForm) {
@@ -64,27 +71,27 @@ TEST(YaxregLs, LetsNoControlCharacterThrough) {
   SampleFile sample;
   sample.AddKey("shop/a\nb\\");
   sample.AddValue("shop", "\033", tamu::registry::TextValue(""));
-  EXPECT_EQ("a\\x0ab\\\\/\n\\x1b\n", Yaxreg({"ls", sample.path(), "shop"}).out);
+  EXPECT_EQ("\\x1b\na\\x0ab\\\\/\n", Yaxreg({"ls", sample.path(), "shop"}).out);
 }
 
 TEST(YaxregLs, WritesJson) {
   const SampleFile sample;
   EXPECT_EQ(
-      "{\"path\":\"network\",\"keys\":[\n"
+      "{\"path\":\"network\",\"values\":[],\"keys\":[\n"
       "{\"name\":\"eth\",\"owner\":65535,\"rights\":15,\"watch\":0,\"default\":null,"
       "\"keyCount\":0,\"valueCount\":5},\n"
       "{\"name\":\"wlan\",\"owner\":65535,\"rights\":31,\"watch\":0,\"default\":null,"
       "\"keyCount\":0,\"valueCount\":0}\n"
-      "],\"values\":[]}\n",
+      "]}\n",
       Yaxreg({"ls", sample.path(), "network", "--json"}).out);
   EXPECT_EQ(
-      "{\"path\":\"network/eth\",\"keys\":[],\"values\":[\n"
+      "{\"path\":\"network/eth\",\"values\":[\n"
       "{\"name\":\"mac\",\"type\":2,\"hex\":\"001bff\"},\n"
       "{\"name\":\"mtu\",\"type\":0,\"number\":1500},\n"
       "{\"name\":\"mtu\",\"type\":0,\"number\":1400},\n"
       "{\"name\":\"name\",\"type\":1,\"text\":\"uplink\"},\n"
       "{\"name\":\"state\",\"type\":0,\"set\":false}\n"
-      "]}\n",
+      "],\"keys\":[]}\n",
       Yaxreg({"ls", "--json", sample.path(), "network/eth"}).out);
 }
 

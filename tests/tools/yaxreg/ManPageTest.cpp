@@ -17,7 +17,7 @@ std::vector<std::string> LinesOf(const std::string& text) {
 
 // The part of the page about a verb.
 std::string SectionOf(const std::string& page, const yaxreg::Verb& verb) {
-  const size_t begin = page.find("\n.SS " + std::string(verb.name) + "\n");
+  const size_t begin = page.find("\n.SS " + std::string(verb.name) + " \\- ");
   if (begin == std::string::npos) return "";
   return page.substr(begin, page.find("\n.S", begin + 1) - begin);
 }
@@ -42,9 +42,11 @@ TEST(YaxregManPage, BeginsSentencesOnTheirOwnLinesAndBreaksLongOnes) {
 TEST(YaxregManPage, HasTheSectionsInTheirOrder) {
   const std::string page = yaxreg::ManPage("1.2.3");
   size_t at = 0;
-  for (const char* section : {"\n.TH YAXREG 1 ", "\"yaxreg 1.2.3\"\n", "\n.SH NAME\nyaxreg \\- ",
-                              "\n.SH SYNOPSIS\n", "\n.SH DESCRIPTION\n", "\n.SH VERBS\n",
-                              "\n.SH EXIT STATUS\n", "\n.SH NOTES\n", "\n.SH EXAMPLES\n"}) {
+  for (const char* section :
+       {"\n.TH YAXREG 1 ", "\"yaxreg 1.2.3\"\n", "\n.SH NAME\nyaxreg \\- ", "\n.SH SYNOPSIS\n",
+        "\n.SH DESCRIPTION\n", "\n.SH VERBS\n", "\n.SH VALUE TYPES\n", "\n.SH EXIT STATUS\n",
+        "\n.SH STATUSES\n", "\n.SH JSON\n", "\n.SH NOTES\n", "\n.SH EXAMPLES\n",
+        "\n.SH SEE ALSO\n"}) {
     const size_t found = page.find(section, at);
     ASSERT_NE(std::string::npos, found) << section;
     at = found;
@@ -56,7 +58,8 @@ TEST(YaxregManPage, TellsEverythingThatTheTableTellsOfAVerb) {
   for (const yaxreg::Verb& verb : yaxreg::AllVerbs()) {
     const std::string section = SectionOf(page, verb);
     ExpectIn(section, "\\fByaxreg " + std::string(verb.name) + "\\fR ");
-    ExpectIn(section, yaxreg::TroffParagraph(std::string(verb.summary) + "."));
+    ExpectIn(section, " \\- " + yaxreg::Troff(verb.summary) + "\n");
+    EXPECT_EQ(std::string::npos, section.find(yaxreg::Troff(verb.summary) + "."));
     ExpectIn(section, yaxreg::TroffParagraph(verb.description));
     ExpectIn(section, ".nf\n" + yaxreg::Troff(verb.example) + "\n.fi\n");
     for (const yaxreg::Argument& argument : verb.arguments) {
@@ -85,6 +88,29 @@ TEST(YaxregManPage, TellsEveryExitCode) {
   for (const char* code : {"0", "1", "2", "3", "4"}) {
     ExpectIn(page, "\n.TP\n\\fB" + std::string(code) + "\\fR\n");
   }
+}
+
+TEST(YaxregManPage, TellsStatusesWithTheirWordsAndExitCodes) {
+  const std::string page = yaxreg::ManPage("1.2.3");
+  ExpectIn(page, "\n.TP\n\\fB2\\fR (1)\nkey or value not found.\n");
+  ExpectIn(page, "\n.TP\n\\fB59\\fR (3)\nnot a registry file, or damaged.\n");
+  ExpectIn(page, "\n.TP\n\\fB75\\fR (1)\na limit was reached.\n");
+  EXPECT_EQ(std::string::npos, page.find("unknown status"));
+  const size_t begin = page.find("\n.SH STATUSES\n");
+  const std::string section = page.substr(begin, page.find("\n.SH ", begin + 1) - begin);
+  size_t count = 0;
+  for (size_t at = section.find("\n.TP\n"); at != std::string::npos;
+       at = section.find("\n.TP\n", at + 1)) {
+    ++count;
+  }
+  EXPECT_EQ(13u, count);
+}
+
+TEST(YaxregManPage, TellsValueTypesAndOptionsThatAreRequired) {
+  const std::string page = yaxreg::ManPage("1.2.3");
+  ExpectIn(page, "\n.SH VALUE TYPES\n.TP\n\\fB0\\fR\nA whole number of 64 bits.\n");
+  ExpectIn(page, "\n\\fByaxreg repair\\fR \\fIFILE\\fR \\fB\\-\\-output\\fR \\fINEW\\fR\n.PP\n");
+  ExpectIn(page, "\nREQUIRED.\n");
 }
 
 // A line that begins with a dot is a request; others of the page's own would be a mistake.

@@ -28,6 +28,17 @@ const std::string& SmallTreeText() {
   return text;
 }
 
+// The key of "nfs" moves from slot 3 of the first table to slot 1 of one that was appended.
+void MoveNfs(unsigned table, HandMadeFile* file) {
+  EXPECT_EQ(1u, file->Take(table));
+  file->PutBytes(table + 2032 + 24, file->bytes.substr(HandMadeFile::kKeys + 24 * 3, 24));
+  file->PutWord(HandMadeFile::kStrings + 40 * 4 + 20, 0x101);
+  // Slot 3 is the first free one now, the 361st, and leads to slot 5.
+  file->PutWord(HandMadeFile::kKeyTable + 28, 361);
+  file->PutWord(HandMadeFile::kKeyTable + 32, 3);
+  file->PutWord(HandMadeFile::kKeyTable + 32 + 4 * 3, 5);
+}
+
 TEST(RegistryImage, ReadsEverythingThatASoundFileHolds) {
   const RegistryImage image(SmallTree().bytes);
   EXPECT_TRUE(image.IsRegistry());
@@ -227,10 +238,7 @@ TEST(RegistryImage, FindsTheTableBehindOneThatNothingLeadsTo) {
   file.PutTable(second, second + 2032, 500, 1);
   file.PutWord(HandMadeFile::kKeyTable, second);
   file.PutWord(4212, end);
-  // The key of "nfs" moves to slot 1 of the new table.
-  EXPECT_EQ(1u, file.Take(second));
-  file.PutBytes(second + 2032 + 24, file.bytes.substr(HandMadeFile::kKeys + 24 * 3, 24));
-  file.PutWord(HandMadeFile::kStrings + 40 * 4 + 20, 0x101);
+  MoveNfs(second, &file);
   const TempDir folder;
   PutFile(folder / "r", file.bytes);
   ASSERT_EQ("", StructureFindings(folder / "r"));
@@ -248,9 +256,7 @@ TEST(RegistryImage, ReadsTheRecordsOfAnAppendedTable) {
   file.PutTable(75888, 75888 + 2032, 500, 1);
   file.PutWord(HandMadeFile::kKeyTable, 75888);
   file.PutWord(4212, end);
-  EXPECT_EQ(1u, file.Take(75888));
-  file.PutBytes(75888 + 2032 + 24, file.bytes.substr(HandMadeFile::kKeys + 24 * 3, 24));
-  file.PutWord(HandMadeFile::kStrings + 40 * 4 + 20, 0x101);
+  MoveNfs(75888, &file);
   EXPECT_EQ("", FindingsText(RegistryImage(file.bytes)));
   // Without the link to it, the table is found all the same: it is in use.
   file.PutWord(HandMadeFile::kKeyTable, 0);

@@ -27,6 +27,8 @@ const std::string kEth = "/net/eth 3e8:0f\n" + kMac;
 const std::string kPort = "  port 1 5 eth0\\x00\n";
 const std::string kMtu = "  mtu 0 8 1500\n";
 const std::string kNfs = "/nfs 3e8:1f watch 3\n";
+const std::string kStrays =
+    "loss: /lost+found: keys or values that nothing leads to; where they were is not known\n";
 
 TEST_P(RegistryImageTree, OfTheTreeIsToldWithThePathsThatItTouches) {
   ExpectFindings(GetParam());
@@ -148,31 +150,48 @@ INSTANTIATE_TEST_SUITE_P(Names, RegistryImageTree, ::testing::ValuesIn(kNames), 
 const DamageCase kKeyRecords[] = {
     {"OutsideOfItsTable",
      {{S(5) + 20, 0x16D00}},
-     "loss: /net/eth: its key record cannot be read\n",
+     "loss: /net/eth: its key record cannot be read\n" + kStrays,
      kEth,
-     ""},
+     "",
+     "/lost+found/(key 0x400) 3e8:0f\n" + kMac},
     {"OutsideWithKeysBelow",
      {{S(3) + 20, 0x16D00}},
      "loss: /net: its key record cannot be read\n"
-     "damage: /net: it is no key, but there are keys below it\n",
+     "damage: /net: it is no key, but there are keys below it\n" +
+         kStrays,
      "/net e7886b13:0f default 7\n" + kPort + kMtu,
-     "/net ffff:0f made up\n"},
+     "/net ffff:0f made up\n",
+     "/lost+found/(key 0x200) e7886b13:0f default 7\n" + kPort + kMtu},
     {"OnTheFreeList",
-     {{S(5) + 20, 0x500}},
-     "loss: /net/eth: its key record is on the free list, it may be a deleted one\n",
+     {{S(5) + 20, 0x500}, {K(5) + 4, 0x000F0000}, {K(5) + 8, 1001}},
+     "loss: /net/eth: its key record is on the free list, it may be a deleted one\n" + kStrays,
      kEth,
-     "/net/eth 0:00\n"},
+     "/net/eth 3e9:0f\n",
+     "/lost+found/(key 0x400) 3e8:0f\n" + kMac},
+    {"OfASlotThatWasNeverUsed",
+     {{S(5) + 20, 0x500}},
+     "loss: /net/eth: its key record is empty: its rights and values are lost\n" + kStrays,
+     kEth,
+     "/net/eth ffff:0f made up\n",
+     "/lost+found/(key 0x400) 3e8:0f\n" + kMac},
     {"OfAnotherKey",
      {{S(4) + 20, 0x400}},
      "loss: /nfs: its key record belongs to another key, too; both have its values now\n"
-     "loss: /net/eth: its key record belongs to another key, too; both have its values now\n",
+     "loss: /net/eth: its key record belongs to another key, too; both have its values now\n" +
+         kStrays,
      kNfs,
-     "/nfs 3e8:0f\n" + kMac},
+     "/nfs 3e8:0f\n" + kMac,
+     "/lost+found/(key 0x300) " + kNfs.substr(5)},
     {"RootWithoutKey",
-     {{S(1), 0}, {S(1) + 20, 0}},
+     {{S(1), 0}, {S(1) + 20, 0}, {K(1) + 4, 0}, {K(1) + 8, 0}},
      "damage: /: the registry has no root key, no key can be created\n",
      "/ ffff:5f\n",
      "/ ffff:5f made up\n"},
+    {"RootWithoutLinkToItsKey",
+     {{S(1), 0}, {S(1) + 20, 0}},
+     "damage: /: the root's link to its key is broken\n",
+     "",
+     ""},
     {"RootWithoutRootFlag",
      {{K(1) + 4, 0x005F0000}},
      "damage: /: the root key is not marked as such\n",
@@ -199,19 +218,24 @@ INSTANTIATE_TEST_SUITE_P(Keys, RegistryImageTree, ::testing::ValuesIn(kKeyRecord
 const DamageCase kValueRecords[] = {
     {"ChainEndsTooEarly",
      {{V(2), 0}},
-     "loss: /net: it counts 2 values, but has 1; there are values that nothing leads to\n",
+     "loss: /net: it counts 2 values, but has 1; there are values that nothing leads to\n" +
+         kStrays,
      kMtu,
-     ""},
+     "",
+     "/lost+found/(value 0x100) ffff:0f made up\n" + kMtu},
     {"ChainDoesNotBegin",
      {{K(4), 0}},
-     "loss: /net/eth: it counts 1 values, but has 0; there are values that nothing leads to\n",
+     "loss: /net/eth: it counts 1 values, but has 0; there are values that nothing leads to\n" +
+         kStrays,
      kMac,
-     ""},
+     "",
+     "/lost+found/(value 0x300) ffff:0f made up\n" + kMac},
     {"ChainLeadsOutside",
      {{V(2), 0x16D00}},
-     "loss: /net: a value cannot be read, and those behind it\n",
+     "loss: /net: a value cannot be read, and those behind it\n" + kStrays,
      kMtu,
-     ""},
+     "",
+     "/lost+found/(value 0x100) ffff:0f made up\n" + kMtu},
     {"ChainIsACircle", {{V(1), 0x200}}, "loss: /net: its values are linked in a circle\n", "", ""},
     {"ChainLeadsToAnotherKeys",
      {{V(1), 0x300}},
@@ -241,9 +265,9 @@ const DamageCase kValueRecords[] = {
      ""},
     {"SizeOfFewerBlocks",
      {{V(3) + 8, 0x62000080}},
-     "loss: /net/eth: the data of value \"mac\" cannot be read\n",
+     "loss: /net/eth: the data of value \"mac\" leads on to more than its size tells\n",
      kMac,
-     ""},
+     "  mac 2 128 " + std::string(64, 'a') + std::string(64, 'b') + "\n"},
     {"ReservedWord",
      {{V(1) + 4, 1}},
      "damage: /net: value \"mtu\": reserved bits or bytes are not 0\n",
@@ -287,9 +311,10 @@ const DamageCase kData[] = {
      ""},
     {"FirstBlockOnTheFreeList",
      {{V(2) + 44, 0x16C00}},
-     "loss: /net: the data of value \"port\" cannot be read\n",
+     "loss: /net: the data of value \"port\" leads on to more than its size tells\n"
+     "loss: /net: the data of value \"port\" is on the free list\n",
      kPort,
-     ""},
+     "  port 1 5 \\x00\\x00\\x00\\x00\\x00\n"},
     {"ChainTooShort",
      {{B(2), 0}},
      "loss: /net/eth: the data of value \"mac\" cannot be read\n",
@@ -297,6 +322,11 @@ const DamageCase kData[] = {
      ""},
     {"ChainIsACircle",
      {{B(4), 2}},
+     "loss: /net/eth: the data of value \"mac\" leads on to more than its size tells\n",
+     "",
+     ""},
+    {"ChainIsACircleOfTooFew",
+     {{B(3), 2}},
      "loss: /net/eth: the data of value \"mac\" cannot be read\n",
      kMac,
      ""},
@@ -309,10 +339,10 @@ const DamageCase kData[] = {
      ""},
     {"ChainLeadsIntoAnother",
      {{B(1), 4}},
-     "loss: /net: the data of value \"port\" cannot be read\n"
+     "loss: /net: the data of value \"port\" leads on to more than its size tells\n"
      "loss: /net/eth: the data of value \"mac\" may be that of another value, which leads to it, "
      "too\n",
-     kPort,
+     "",
      ""},
     {"LeadsToTheDataOfAnother",
      {{V(2) + 44, 0x400}},
@@ -342,8 +372,8 @@ TEST(RegistryImageOrphans, AreBelowLostAndFound) {
       ContentText(image.content()));
   EXPECT_EQ(
       "loss: /n: names below it are lost: a link leads nowhere\n"
-      "loss: /net: its sub-keys cannot be read\n"
-      "loss: /lost+found: keys that nothing leads to: their paths are lost\n",
+      "loss: /net: its sub-keys cannot be read\n" +
+          kStrays,
       FindingsText(image));
 }
 
@@ -353,7 +383,8 @@ TEST(RegistryImageOrphans, OfASoundTreeAreLeftOutUnlessAskedFor) {
   file.PutWord(S(3) + 16, 0);
   const yaxreg::RegistryImage image(file.bytes);
   EXPECT_EQ(
-      "note: there are keys in use that nothing leads to: deleted while they were open, or "
+      "note: there are keys or values in use that nothing leads to: deleted while they were open, "
+      "or "
       "lost; yaxreg repair saves them, too\n",
       FindingsText(image));
   EXPECT_EQ(yaxreg::Content::kNone, image.content().Find("net/eth"));

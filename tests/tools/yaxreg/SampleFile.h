@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "registry/Registry.h"
 #include "registry/Rights.h"
@@ -19,9 +20,8 @@ class SampleFile {
  public:
   SampleFile() : path_(folder_ / "sample.rce") {
     using tamu::registry::MakeValue;
-    tamu::registry::Registry registry(path_.c_str(), "");
+    tamu::registry::Registry registry(path_.c_str(), tamu::registry::kAdministratorId);
     EXPECT_EQ(0u, registry.Initialize());
-    EXPECT_EQ(0u, registry.SetCurrentUserId(tamu::registry::kAdministratorId));
     EXPECT_EQ(0u, registry.CreateKey(0, "network", 7));
     EXPECT_EQ(0u, registry.CreateKey(0, "network/eth"));
     EXPECT_EQ(0u, registry.CreateKey(0, "network/wlan"));
@@ -46,19 +46,17 @@ class SampleFile {
 
   // Adds a value as the administrator.
   void AddValue(const char* key, const char* name, tamu::registry::Value value) {
-    tamu::registry::Registry registry(path_.c_str(), "");
+    tamu::registry::Registry registry(path_.c_str(), tamu::registry::kAdministratorId);
     EXPECT_EQ(0u, registry.Initialize());
-    EXPECT_EQ(0u, registry.SetCurrentUserId(tamu::registry::kAdministratorId));
     EXPECT_EQ(0u, registry.CreateValue(0, key, name, &value));
-    registry.Finalize();
   }
-  void AddKey(const char* key) {
-    tamu::registry::Registry registry(path_.c_str(), "");
+  // Adds keys as the administrator.
+  void AddKeys(const std::vector<std::string>& keys) {
+    tamu::registry::Registry registry(path_.c_str(), tamu::registry::kAdministratorId);
     EXPECT_EQ(0u, registry.Initialize());
-    EXPECT_EQ(0u, registry.SetCurrentUserId(tamu::registry::kAdministratorId));
-    EXPECT_EQ(0u, registry.CreateKey(0, key));
-    registry.Finalize();
+    for (const std::string& key : keys) EXPECT_EQ(0u, registry.CreateKey(0, key.c_str())) << key;
   }
+  void AddKey(const std::string& key) { AddKeys({key}); }
 
  private:
   TempDir folder_;

@@ -13,11 +13,11 @@ TEST(YaxregTree, DrawsKeysAndTheirValues) {
       "/\n"
       "├── network/ (default 7)\n"
       "│   ├── eth/\n"
-      "│   │   ├── mac = 001bff\n"
+      "│   │   ├── mac = 001bff (type 2)\n"
       "│   │   ├── mtu = 1500\n"
       "│   │   ├── mtu = 1400 (hidden)\n"
       "│   │   ├── name = \"uplink\"\n"
-      "│   │   └── state (not set)\n"
+      "│   │   └── state (not set, type 0)\n"
       "│   └── wlan/\n"
       "└── shop/\n"
       "\n"
@@ -29,11 +29,11 @@ TEST(YaxregTree, BeginsAtTheKeyThatIsAskedFor) {
   SampleFile sample;
   const std::string expected =
       "network/eth/\n"
-      "├── mac = 001bff\n"
+      "├── mac = 001bff (type 2)\n"
       "├── mtu = 1500\n"
       "├── mtu = 1400 (hidden)\n"
       "├── name = \"uplink\"\n"
-      "├── state (not set)\n"
+      "├── state (not set, type 0)\n"
       "└── sub/\n"
       "\n"
       "2 keys, 5 values\n";
@@ -104,6 +104,20 @@ TEST(YaxregTree, CutsLongDataAndTellsItsSize) {
             Yaxreg({"tree", sample.path(), "network/wlan"}).out);
 }
 
+TEST(YaxregTree, ShowsTextsOfOtherTypesAndTheTypeOfWhatIsNoPlainValue) {
+  using tamu::registry::MakeValue;
+  SampleFile sample;
+  sample.AddValue("shop", "a", MakeValue(5, "abc", 4));
+  sample.AddValue("shop", "b", MakeValue(2, "ab", 2));
+  sample.AddValue("shop", "c", MakeValue(1, "open", 4));
+  sample.AddValue("shop", "d", MakeValue(3, std::string(40, 'x').c_str(), 40));
+  EXPECT_EQ(
+      "shop/\n├── a = \"abc\" (type 5)\n├── b = 6162 (type 2)\n├── c = 6f70656e (type 1)\n" +
+          std::string("└── d = 7878787878787878787878787878787878787878787878787878787878..") +
+          " (40 bytes, type 3)\n\n1 key, 4 values\n",
+      Yaxreg({"tree", sample.path(), "shop"}).out);
+}
+
 TEST(YaxregTree, LetsNoControlCharacterThrough) {
   SampleFile sample;
   sample.AddKey("shop/\033[2J\xff");
@@ -164,18 +178,11 @@ TEST(YaxregTree, TellsAMissingKeyAndAMissingFile) {
 }
 
 TEST(YaxregTree, DrawsAVeryDeepTree) {
-  const SampleFile sample;
+  SampleFile sample;
   constexpr size_t kDepth = 1000;
-  {
-    tamu::registry::Registry registry(sample.path().c_str(), "");
-    ASSERT_EQ(0u, registry.Initialize());
-    ASSERT_EQ(0u, registry.SetCurrentUserId(tamu::registry::kAdministratorId));
-    std::string path = "shop";
-    for (size_t i = 1; i <= kDepth; ++i) {
-      path += "/d";
-      ASSERT_EQ(0u, registry.CreateKey(0, path.c_str()));
-    }
-  }
+  std::vector<std::string> keys;
+  for (size_t i = 0; i < kDepth; ++i) keys.push_back((i == 0 ? "shop" : keys.back()) + "/d");
+  sample.AddKeys(keys);
   std::string expected = "shop/\n";
   for (size_t i = 0; i < kDepth; ++i) expected += std::string(4 * i, ' ') + "└── d/\n";
   expected += "\n1001 keys, 0 values\n";

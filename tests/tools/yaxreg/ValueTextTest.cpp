@@ -20,12 +20,45 @@ TEST(YaxregValueText, ShowsTextsInQuotationMarksWithoutControlCharacters) {
 
 TEST(YaxregValueText, ShowsDataThatIsNoTextInHexadecimalDigits) {
   EXPECT_EQ("00ff", ValueText(DataOf("mac", 2, std::string("\x00\xFF", 2))));
-  EXPECT_EQ("6100", ValueText(DataOf("other", 2, std::string("a\0", 2))));
+  EXPECT_EQ("61", ValueText(DataOf("other", 2, "a")));
+  EXPECT_EQ("610062", ValueText(DataOf("other", 5, std::string("a\0b", 3))));
   EXPECT_EQ("61", ValueText(DataOf("open", 1, "a")));
   EXPECT_EQ("610062", ValueText(DataOf("inside", 1, std::string("a\0b", 3))));
   EXPECT_EQ("610000", ValueText(DataOf("twice", 1, std::string("a\0\0", 3))));
   EXPECT_EQ("ff00", ValueText(DataOf("latin", 1, std::string("\xFF\0", 2))));
   EXPECT_EQ("(empty)", ValueText(DataOf("none", 1, "")));
+}
+
+TEST(YaxregValueText, ShowsTextsOfOtherTypesInQuotationMarks) {
+  for (unsigned int type = 2; type <= 5; ++type) {
+    EXPECT_EQ("\"a\\\\\xC3\xA4\"", ValueText(DataOf("t", type, std::string("a\\\xC3\xA4\0", 5))));
+  }
+}
+
+// A small number with its bytes in order looks like a text of control characters.
+TEST(YaxregValueText, TakesNumbersOfOtherTypesForNoText) {
+  EXPECT_EQ("0100", ValueText(DataOf("one", 2, std::string("\1\0", 2))));
+  EXPECT_EQ("0a00", ValueText(DataOf("ten", 2, std::string("\n\0", 2))));
+  EXPECT_EQ("410a00", ValueText(DataOf("line", 2, std::string("A\n\0", 3))));
+  EXPECT_EQ("c28500", ValueText(DataOf("next", 2, std::string("\xC2\x85\0", 3))));
+  EXPECT_EQ("00", ValueText(DataOf("zero", 2, std::string("\0", 1))));
+}
+
+TEST(YaxregValueText, NotesWhatTheDataDoesNotTell) {
+  using yaxreg::ValueNotes;
+  EXPECT_EQ("", ValueNotes(NumberOf("n", 1), false));
+  EXPECT_EQ("hidden", ValueNotes(NumberOf("n", 1), true));
+  EXPECT_EQ("", ValueNotes(TextOf("t", "abc"), false));
+  EXPECT_EQ("type 1", ValueNotes(DataOf("t", 1, "abc"), false));
+  EXPECT_EQ("type 5, hidden", ValueNotes(DataOf("t", 5, std::string("abc\0", 4)), true));
+  EXPECT_EQ("type 2", ValueNotes(DataOf("b", 2, "\xFF"), false));
+  EXPECT_EQ("type 3", ValueNotes(UnsetOf("u", 3, 0), false));
+  EXPECT_EQ("type 3, size 9", ValueNotes(UnsetOf("u", 3, 9), false));
+  yaxreg::ContentValue value = NumberOf("n", 7);
+  value.size = 4;
+  EXPECT_EQ("size 4", ValueNotes(value, false));
+  value.isSet = false;
+  EXPECT_EQ("type 0, number 7, size 4", ValueNotes(value, false));
 }
 
 TEST(YaxregValueText, TellsThatAValueIsNotSet) {

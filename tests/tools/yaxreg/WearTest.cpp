@@ -68,20 +68,19 @@ class YaxregWear : public ::testing::Test {
 
   // check and stat tell that at most `left` slots of a kind are left.
   void ExpectWornOut(NodeKind kind, unsigned left) {
-    const char* const checkNames[] = {"string node", "key", "value", "data block"};
-    const char* const statNames[] = {"string", "key", "value", "block"};
+    const char* const kindNames[] = {"string node", "key", "value", "data block"};
     const unsigned number = static_cast<unsigned>(kind);
     const nlohmann::json check = Json({"check", file_, "--json"});
     EXPECT_TRUE(check["sound"].get<bool>());
-    EXPECT_LE(check["wear"][checkNames[number]]["remaining"].get<unsigned>(), left);
+    EXPECT_LE(check["kinds"][kindNames[number]]["left"].get<unsigned>(), left);
     const nlohmann::json stat = Json({"stat", file_, "--json"});
-    EXPECT_EQ(statNames[number], stat["fullFirst"].get<std::string>());
-    EXPECT_LE(stat["kinds"][statNames[number]]["remaining"].get<unsigned>(), left);
-    EXPECT_EQ(21u, stat["kinds"][statNames[number]]["tables"].get<unsigned>());
+    EXPECT_EQ(kindNames[number], stat["fullFirst"].get<std::string>());
+    EXPECT_LE(stat["kinds"][kindNames[number]]["left"].get<unsigned>(), left);
+    EXPECT_EQ(21u, stat["kinds"][kindNames[number]]["tables"].get<unsigned>());
     const std::string text = Yaxreg({"check", file_}).out;
-    const std::string line = std::string(checkNames[number]) + "s: ";
+    const std::string line = std::string(kindNames[number]) + "s: ";
     EXPECT_NE(std::string::npos, text.find(line)) << text;
-    EXPECT_NE(std::string::npos, text.find("left before status 75\n")) << text;
+    EXPECT_NE(std::string::npos, text.find("left until status 75\n")) << text;
   }
 
   // compact keeps all of it and gives back what was lost.
@@ -179,10 +178,49 @@ TEST_F(YaxregWear, ByValuesCreatedInsteadOfSetEndsWithoutValues) {
               return registry.CreateValue(0, "k", "boots", &value);
             }));
   ExpectWornOut(NodeKind::kValue, 0);
+  EXPECT_EQ(0u, Yaxreg({"check", file_})
+                    .out.find(file_ + ": sound, but nearly full: 0 values left; nothing can be won "
+                                      "back\n"));
   EXPECT_EQ(0, Yaxreg({"compact", file_}).code);
   EXPECT_EQ(0u, Image().UseOf(NodeKind::kValue).remaining);
   EXPECT_EQ(0, Yaxreg({"rm", "-a", file_, "k", "boots"}).code);
   ExpectCompactHelps();
+}
+
+// The key is rewritten with all below it: two blocks of "text" each time.
+TEST_F(YaxregWear, ByImportingAnotherOwnerLosesTheBlocksBelow) {
+  for (unsigned owner = 1; owner <= 5; ++owner) {
+    const std::string document =
+        "{\"keys\":[{\"path\":\"kept\",\"owner\":" + std::to_string(owner) + "}]}";
+    EXPECT_EQ(0, Yaxreg({"import", file_}, document).code);
+  }
+  EXPECT_EQ(5u * 2u, Image().UseOf(NodeKind::kData).leaked);
+  EXPECT_EQ(0, Yaxreg({"import", file_}, "{\"keys\":[{\"path\":\"kept\",\"owner\":5}]}").code);
+  EXPECT_EQ(5u * 2u, Image().UseOf(NodeKind::kData).leaked);
+  ExpectCompactHelps();
+}
+
+// The root, "k" and "kept" have taken three string nodes, and a name that is counted up takes one.
+TEST_F(YaxregWear, ByNumberedKeysEndsWithoutStringNodes) {
+  EXPECT_EQ(kSlots - 3, PlayToTheEnd([](Registry& registry, unsigned i) {
+              const std::string path = std::to_string(i + 1);
+              const unsigned int result = registry.CreateKey(0, path.c_str());
+              return result != status::kOk ? result : registry.DeleteKey(0, path.c_str());
+            }));
+}
+
+// The slot of "kept" lies in the first table.
+TEST_F(YaxregWear, IsToldToBeSmallWhereCompactHardlyHelps) {
+  const unsigned long long number = 1;
+  PlayToTheEnd([&](Registry& registry, unsigned) {
+    auto value = tamu::registry::MakeValue(0, &number, sizeof number);
+    return registry.CreateValue(0, "k", "boots", &value);
+  });
+  ASSERT_EQ(0, Yaxreg({"rm", file_, "kept", "text"}).code);
+  const std::string out = Yaxreg({"check", file_}).out;
+  EXPECT_EQ(0u, out.find(file_ + ": sound, but nearly full: 0 values left; yaxreg compact wins "
+                                 "back only 1\n"))
+      << out;
 }
 
 TEST_F(YaxregWear, DoesNotComeFromSettingValues) {

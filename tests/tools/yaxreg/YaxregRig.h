@@ -15,11 +15,18 @@ struct Answer {
 };
 
 // yaxreg with these arguments; `input` is its standard input.
-inline Answer Yaxreg(const std::vector<std::string>& arguments, const std::string& input = "",
-                     bool coloured = false) {
+inline Answer YaxregOn(yaxreg::OutputKind kind, const std::vector<std::string>& arguments,
+                       const std::string& input = "") {
   std::istringstream in(input);
   std::ostringstream out;
   std::ostringstream err;
-  const int code = yaxreg::RunYaxreg(arguments, in, out, err, coloured);
+  const int code = yaxreg::RunYaxreg(arguments, in, out, err, kind);
   return {code, out.str(), err.str()};
+}
+
+// The same with the output going to a file, or to a terminal in colours.
+inline Answer Yaxreg(const std::vector<std::string>& arguments, const std::string& input = "",
+                     bool coloured = false) {
+  using yaxreg::OutputKind;
+  return YaxregOn(coloured ? OutputKind::kColouredTerminal : OutputKind::kPlain, arguments, input);
 }

@@ -63,11 +63,11 @@ as_nobody() {
 }
 
 # completes REPLY... -- WORD...: after these words, the last of them unfinished, bash offers these.
-# A word of only : or = is one that bash has cut there.
+# A word of only : or = is one that bash has cut there. A reply of -- is written as \--.
 completes() {
   local expected=() word
   while [ "$1" != -- ]; do
-    expected+=("$1")
+    expected+=("${1#\\}")
     shift
   done
   shift
@@ -162,9 +162,67 @@ completes() {
   is "$code" 4
 }
 
+@test "ends with 4 when the help cannot be written" {
+  for words in --help --version 'tree --help'; do
+    code=0
+    # shellcheck disable=SC2086
+    yaxreg $words >/dev/full 2>err || code=$?
+    is "$code" 4
+    is "$(cat err)" 'yaxreg: the output cannot be written'
+  done
+}
+
+@test "ends with 4 when a file may grow no further, and leaves nothing half made" {
+  limited() { (ulimit -f 20 && "$@"); }
+  answers 4 limited yaxreg create new.rce
+  is "$(printf '%s\n' "$err" | wc -l)" 1
+  answers 4 limited yaxreg backup device.rce network new.bak
+  answers 4 limited yaxreg add device.rce network new --string text
+  is "$err" 'yaxreg: device.rce: network: the file cannot be written, the change is lost (status 5)'
+  answers 0 yaxreg check --quiet device.rce
+  is "$(find . -type f ! -name .out ! -name .err)" ./device.rce
+}
+
+@test "keeps the changes of several calls at the same time" {
+  for process in a b c; do
+    for i in {1..20}; do yaxreg add device.rce network "$process$i" --int "$i"; done &
+  done
+  wait
+  answers 0 yaxreg check --quiet device.rce
+  is "$(yaxreg ls device.rce network | grep -c '^[abc][0-9]')" 60
+}
+
+@test "works without a folder for temporary files" {
+  answers 0 yaxreg backup device.rce network network.bak
+  answers 0 env TMPDIR="$PWD/none" yaxreg restore device.rce network network.bak
+  is "$(find . -name '.yaxreg*')" ''
+}
+
+@test "works on files with the longest names" {
+  name=$(printf '%0255d' 0)
+  mv device.rce "$name"
+  answers 0 yaxreg mkkey "$name" log
+  answers 0 yaxreg compact "$name"
+  answers 0 yaxreg create "${name/0/1}"
+  answers 0 yaxreg backup "$name" network "${name/0/2}"
+  answers 0 yaxreg restore "$name" log "${name/0/2}"
+  is "$(find . -name '.yaxreg*')" ''
+}
+
+@test "brings no control character to a terminal" {
+  escape=$(printf '\033')
+  yaxreg set device.rce network mode --string "${escape}[2J"
+  is "$(yaxreg get device.rce network mode)" "${escape}[2J"
+  for colour in '' 1; do
+    shown=$(NO_COLOR=$colour script -qec 'yaxreg get device.rce network mode' /dev/null </dev/null)
+    is "$shown" '\x1b[2J'$'\r'
+  done
+}
+
 @test "says one line when the reader has ended" {
   mkfifo pipe
   exec 8<>pipe 9>pipe 8>&-
+  trap '' PIPE
   code=0
   yaxreg tree device.rce >&9 2>err || code=$?
   exec 9>&-
@@ -238,7 +296,7 @@ completes() {
 @test "completes the options of a verb" {
   completes --depth -- yaxreg tree --d
   completes --root -- yaxreg comp verify device.rce --r
-  completes -a --all --user --uid --json --help -- yaxreg rm device.rce -
+  completes -a --all --user --uid --json --help '\--' -- yaxreg rm device.rce -
   completes '' -- yaxreg rm -- -
 }
 
@@ -261,6 +319,9 @@ completes() {
   completes device.rce -- yaxreg repair x.rce -o dev
   completes device.rce -- yaxreg stat x.rce --map = dev
   completes '' -- yaxreg get x.rce --user dev
+  completes 0 1 2 3 4 5 -- yaxreg set x.rce a b --type ''
+  completes 4 -- yaxreg set x.rce a b --type = 4
+  completes aarch64 aarch64_be -- yaxreg comp verify x.rce --machine aa
   completes device.rce -- yaxreg repair -o x.rce dev
 }
 
@@ -277,6 +338,19 @@ completes() {
   completes network/ -- yaxreg diff device.rce 'a\ b\:c.rce' n
   HOME=$BATS_TEST_TMPDIR
   completes network/ -- yaxreg ls '~/device.rce' n
+}
+
+@test "offers -- for names that begin with a dash, and the names behind it" {
+  yaxreg mkkey -- device.rce -eth
+  yaxreg add --int 1 -- device.rce network -x
+  completes network/ '\--' -- yaxreg tree device.rce ''
+  completes -eth/ network/ -- yaxreg tree -- device.rce ''
+  completes -eth/ -- yaxreg tree -- device.rce -e
+  completes mode '\--' -- yaxreg get device.rce network ''
+  completes -x -- yaxreg get -- device.rce network -
+  touch -- -file.rce
+  completes device.rce '\--' -- yaxreg tree ''
+  completes -file.rce -- yaxreg repair x.rce -o -f
 }
 
 @test "is silent about keys that cannot be completed" {

@@ -3,13 +3,19 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <deque>
+#include <exception>
 #include <new>
 
+#include "tools/yaxreg/cli/OptionWords.h"
 #include "tools/yaxreg/cli/Version.h"
 
 namespace yaxreg {
 
 namespace {
+
+constexpr char kDashes[] =
+    "An argument that begins with a dash, such as the name -x or the rights -:r, needs -- before "
+    "it; options stand before that.";
 
 // Where CLI11 puts what was given for one verb.
 struct Parsed {
@@ -42,7 +48,9 @@ void AddOption(const Option& option, Parsed* parsed) {
 void AddVerb(const Verb& verb, CLI::App* parent, const std::string& name, Parsed* parsed) {
   parsed->verb = &verb;
   parsed->app = parent->add_subcommand(name, verb.summary);
-  parsed->app->footer(std::string(verb.description) + "\n\nExample:\n  " + verb.example);
+  std::string footer = verb.description;
+  if (!verb.arguments.empty()) footer += std::string(" ") + kDashes;
+  parsed->app->footer(footer + "\n\nExample:\n  " + verb.example);
   for (const Argument& argument : verb.arguments) AddArgument(argument, parsed);
   for (const Option& option : verb.options) AddOption(option, parsed);
   AddOption({"--json", nullptr, "Print JSON, for programs"}, parsed);
@@ -74,6 +82,18 @@ void AddAllVerbs(CLI::App* app, std::deque<Parsed>* parsed) {
   }
 }
 
+// The verb that the first words name, and how many words; null if there is none.
+const Verb* FindVerb(const std::vector<std::string>& words, size_t* count) {
+  for (const Verb& verb : AllVerbs()) {
+    const std::string name = verb.name;
+    const bool isInGroup = name.find(' ') != std::string::npos;
+    *count = isInGroup ? 2 : 1;
+    if (words.size() < *count) continue;
+    if (name == (isInGroup ? words[0] + ' ' + words[1] : words[0])) return &verb;
+  }
+  return nullptr;
+}
+
 // The first word when it is no verb and no group: CLI11 would only say that one is missing.
 std::string UnknownVerb(const std::vector<std::string>& arguments) {
   if (arguments.empty() || arguments[0].empty() || arguments[0][0] == '-') return "";
@@ -84,6 +104,22 @@ std::string UnknownVerb(const std::vector<std::string>& arguments) {
   return arguments[0];
 }
 
+// The words as CLI11 takes them: the last one first.
+bool PrepareWords(const std::vector<std::string>& arguments, std::vector<std::string>* words,
+                  std::string* reason) {
+  size_t count = 0;
+  const Verb* const verb = FindVerb(arguments, &count);
+  if (verb == nullptr) {
+    *words = arguments;
+  } else {
+    const auto rest = arguments.begin() + static_cast<std::ptrdiff_t>(count);
+    words->assign(arguments.begin(), rest);
+    if (!SplitOptionWords(*verb, {rest, arguments.end()}, words, reason)) return false;
+  }
+  std::reverse(words->begin(), words->end());
+  return true;
+}
+
 void TakeOver(const Parsed& parsed, Invocation* call) {
   for (const auto& [name, option] : parsed.options) {
     if (option->count() == 0) continue;
@@ -92,11 +128,57 @@ void TakeOver(const Parsed& parsed, Invocation* call) {
   }
 }
 
-ExitCode RunVerb(const Verb& verb, Invocation& call) {
-  const ExitCode code = verb.run(call);
+ExitCode EndOfOutput(Invocation& call, ExitCode code) {
   call.out.flush();
   if (call.out) return code;
   return call.Fail(kFailed, "", "", "the output cannot be written");
+}
+
+ExitCode FailUsage(Invocation& call, const std::string& reason) {
+  return call.Fail(kUsage, "", "", reason + "; --help tells more");
+}
+
+// CLI11 would tell the words in another order. The first "--" is among them where there was one.
+ExitCode FailExtras(Invocation& call, const CLI::App& app) {
+  std::vector<std::string> extras = app.remaining(true);
+  const auto mark = std::find(extras.begin(), extras.end(), "--");
+  if (mark != extras.end() && extras.size() > 1) extras.erase(mark);
+  std::string words;
+  for (const std::string& word : extras) words += ' ' + Shown(word);
+  return FailUsage(call, "not expected:" + words);
+}
+
+ExitCode RunParsed(Invocation& call, const std::deque<Parsed>& parsed) {
+  for (const Parsed& one : parsed) {
+    if (!one.app->parsed()) continue;
+    TakeOver(one, &call);
+    return EndOfOutput(call, one.verb->run(call));
+  }
+  return kUsage;
+}
+
+ExitCode ParseAndRun(Invocation& call, std::vector<std::string> words) {
+  CLI::App app("See, change, check, repair and move registry files", "yaxreg");
+  app.set_version_flag("--version", "yaxreg " YAXREG_VERSION);
+  app.require_subcommand(1);
+  app.footer(
+      "yaxreg VERB --help tells more. Exit: 0 done, 1 no, 2 wrong usage, 3 damaged file, 4 "
+      "input/output.");
+  std::deque<Parsed> parsed;
+  AddAllVerbs(&app, &parsed);
+  try {
+    app.parse(words);
+  } catch (const CLI::Success& success) {  // --help, --version
+    app.exit(success, call.out, call.err);
+    return EndOfOutput(call, kDone);
+  } catch (const CLI::ExtrasError&) {
+    return FailExtras(call, app);
+  } catch (const CLI::ParseError& error) {
+    std::string reason = error.what();
+    std::replace(reason.begin(), reason.end(), '\n', ' ');
+    return FailUsage(call, Shown(reason));
+  }
+  return RunParsed(call, parsed);
 }
 
 }  // namespace
@@ -108,40 +190,23 @@ std::string LongName(const Option& option) {
 }
 
 ExitCode RunYaxreg(const std::vector<std::string>& arguments, std::istream& in, std::ostream& out,
-                   std::ostream& err, bool coloured) {
-  Invocation call(in, out, err);
-  if (coloured) call.palette = Palette::Coloured();
-  const std::string unknown = UnknownVerb(arguments);
-  if (!unknown.empty()) {
-    return call.Fail(kUsage, "", "", "there is no verb " + Shown(unknown) + "; --help lists them");
-  }
-  CLI::App app("See, change, check, repair and move registry files", "yaxreg");
-  app.set_version_flag("--version", "yaxreg " YAXREG_VERSION);
-  app.require_subcommand(1);
-  app.footer(
-      "yaxreg VERB --help tells more. Exit: 0 done, 1 no, 2 wrong usage, 3 damaged file, 4 "
-      "input/output.");
-  std::deque<Parsed> parsed;
-  AddAllVerbs(&app, &parsed);
+                   std::ostream& err, OutputKind kind) {
+  Invocation call(in, out, err, kind);
   try {
-    std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
-    app.parse(reversed);
-    for (const Parsed& one : parsed) {
-      if (!one.app->parsed()) continue;
-      TakeOver(one, &call);
-      return RunVerb(*one.verb, call);
+    const std::string unknown = UnknownVerb(arguments);
+    if (!unknown.empty()) {
+      return call.Fail(kUsage, "", "",
+                       "there is no verb " + Shown(unknown) + "; --help lists them");
     }
-  } catch (const CLI::Success& success) {  // --help, --version
-    app.exit(success, out, err);
-    return kDone;
-  } catch (const CLI::ParseError& error) {
-    std::string reason = error.what();
-    std::replace(reason.begin(), reason.end(), '\n', ' ');
-    return call.Fail(kUsage, "", "", Shown(reason) + "; --help tells more");
+    std::vector<std::string> words;
+    std::string reason;
+    if (!PrepareWords(arguments, &words, &reason)) return FailUsage(call, reason);
+    return ParseAndRun(call, words);
   } catch (const std::bad_alloc&) {
     return call.Fail(kFailed, "", "", "out of memory");
+  } catch (const std::exception& error) {
+    return call.Fail(kFailed, "", "", Shown(error.what()));
   }
-  return kUsage;
 }
 
 }  // namespace yaxreg

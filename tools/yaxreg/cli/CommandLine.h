@@ -9,9 +9,9 @@
 
 namespace yaxreg {
 
-// Runs one call, arguments without the program's name. `coloured`: the output is a terminal.
+// Runs one call, arguments without the program's name. Throws nothing.
 ExitCode RunYaxreg(const std::vector<std::string>& arguments, std::istream& in, std::ostream& out,
-                   std::ostream& err, bool coloured);
+                   std::ostream& err, OutputKind kind);
 
 // "--long" of "-l,--long".
 std::string LongName(const Option& option);

@@ -3,8 +3,8 @@
 #include <nlohmann/json.hpp>
 #include <ostream>
 
-#include "tools/yaxreg/cli/FindingText.h"
 #include "tools/yaxreg/cli/Invocation.h"
+#include "tools/yaxreg/cli/JsonText.h"
 #include "tools/yaxreg/cli/Numbers.h"
 #include "tools/yaxreg/cli/ValueText.h"
 #include "tools/yaxreg/image/ValueOrder.h"
@@ -12,9 +12,6 @@
 namespace yaxreg {
 
 namespace {
-
-// The largest number up to which doubles hold every whole number.
-constexpr unsigned int kNumberSize = 8;
 
 std::string DataJson(const ContentValue& value) {
   if (value.isNumber()) {
@@ -27,7 +24,7 @@ std::string DataJson(const ContentValue& value) {
 }
 
 bool TellsSize(const ContentValue& value) {
-  if (value.isNumber()) return value.size != kNumberSize;
+  if (value.isNumber()) return value.size != ContentValue::kNumberSize;
   return !value.isSet && value.data.empty() && value.size != 0;
 }
 
@@ -53,7 +50,7 @@ void WriteKey(const ContentKey& key, const std::string& path, std::ostream& out)
 }  // namespace
 
 std::string TextJson(const std::string& bytes) {
-  return JsonText(bytes).dump();
+  return JsonDump(JsonText(bytes));
 }
 
 std::string ValueJson(const ContentValue& value) {

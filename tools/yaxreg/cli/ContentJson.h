@@ -23,14 +23,16 @@ namespace yaxreg {
 // A JSON string; {"hex":"ff00"} when the bytes are no UTF-8.
 std::string TextJson(const std::string& bytes);
 
-// A value as a JSON object on one line, its fields in this order:
-//   name
-//   type  0 to 5
-//   set   false, only when it is not set
-//   size  of a number when it is not 8; otherwise only when it is not set, has no data, and is not
-//   0 number (of type 0; if not set, only when it is not 0), or text  of type 1 when the data is
-//   UTF-8 with one zero byte, at its end, which is left out, or hex   other data; if not set, only
-//   when there is any
+// A value as a JSON object on one line, its fields in this order; docs/json.md tells more:
+//
+//   name    always
+//   type    always, 0 to 5
+//   set     "set":false when it is not set, otherwise left out
+//   size    of a number: when it is not 8 bytes;
+//           of other types: when it is not set, has no data, and the size is not 0
+//   number  type 0: when it is set, or not 0 all the same
+//   text    type 1: when it is set and is UTF-8 with one zero byte, at its end, which is left out
+//   hex     types 1 to 5: other data; when it is not set only if there is any
 std::string ValueJson(const ContentValue& value);
 
 // Writes a key and all below it, their paths relative to the key; a document without keys for

@@ -1,5 +1,6 @@
 #include "tools/yaxreg/cli/ContentJsonHandler.h"
 
+#include "registry/UserId.h"
 #include "registry/Value.h"
 #include "tools/yaxreg/cli/Invocation.h"
 #include "tools/yaxreg/cli/Numbers.h"
@@ -19,6 +20,15 @@ constexpr unsigned int kMaxRights = 0xFF;
 constexpr unsigned int kMaxOwner = 0xFFFFFFFF;
 constexpr size_t kShownName = 40;  // bytes of an unknown name in a message
 
+// Written as a number, however large.
+bool IsMadeOfDigits(const std::string& text) {
+  size_t begin = text[0] == '+' || text[0] == '-' ? 1 : 0;
+  const bool isHex = text.compare(begin, 2, "0x") == 0 || text.compare(begin, 2, "0X") == 0;
+  if (isHex) begin += 2;
+  const char* const digits = isHex ? "0123456789abcdefABCDEF" : "0123456789";
+  return begin < text.size() && text.find_first_not_of(digits, begin) == std::string::npos;
+}
+
 }  // namespace
 
 const ContentJsonHandler::FieldEntry ContentJsonHandler::kFields[] = {
@@ -27,7 +37,7 @@ const ContentJsonHandler::FieldEntry ContentJsonHandler::kFields[] = {
     {Place::kDocument, "keys", Field::kKeys, "a list"},
     {Place::kKey, "path", Field::kPath, kTextOrBytes},
     {Place::kKey, "missing", Field::kMissing, "true or false"},
-    {Place::kKey, "owner", Field::kOwner, kWholeNumber},
+    {Place::kKey, "owner", Field::kOwner, "a whole number or a user's name"},
     {Place::kKey, "rights", Field::kRights, "a whole number or letters such as rwcd:r"},
     {Place::kKey, "watch", Field::kWatch, kWholeNumber},
     {Place::kKey, "default", Field::kDefault, "a whole number or null"},
@@ -87,6 +97,8 @@ bool ContentJsonHandler::string(string_t& text) {
       return TakeName(text);
     case Field::kRights:
       return TakeRights(text);
+    case Field::kOwner:
+      return TakeOwner(text);
     case Field::kText:
       value_.text = text;
       return true;
@@ -248,7 +260,6 @@ bool ContentJsonHandler::TakePath(const std::string& path) {
 
 bool ContentJsonHandler::TakeName(const std::string& name) {
   if (name.find('\0') != std::string::npos) return Fail("holds a zero byte");
-  if (name.empty()) return Fail("is empty");
   if (name.size() > tamu::registry::kValueNameMax) {
     return Fail("has " + std::to_string(name.size()) + " bytes, " +
                 std::to_string(tamu::registry::kValueNameMax) + " are possible");
@@ -261,6 +272,15 @@ bool ContentJsonHandler::TakeRights(const std::string& text) {
   unsigned char rights = 0;
   if (!ParseRights(text, &rights)) return FailWithKind();
   key_.rights = rights;
+  return true;
+}
+
+// A text that is no number is the name of a user.
+bool ContentJsonHandler::TakeOwner(const std::string& text) {
+  if (text.empty()) return FailWithKind();
+  if (IsMadeOfDigits(text)) return TakeDigits(text);
+  if (text.find('\0') != std::string::npos) return Fail("holds a zero byte");
+  key_.owner = tamu::registry::UserIdOf(text.c_str());
   return true;
 }
 

@@ -90,6 +90,7 @@ class ContentJsonHandler : public nlohmann::json_sax<nlohmann::json> {
   bool TakePath(const std::string& path);
   bool TakeName(const std::string& name);
   bool TakeRights(const std::string& text);
+  bool TakeOwner(const std::string& text);
   // Keeps a number where at most `limit` is possible.
   template <typename T>
   bool Keep(unsigned long long number, unsigned long long limit, T* target);

@@ -27,24 +27,12 @@ std::string LineOf(const std::string& json, size_t position) {
   return "line " + std::to_string(lines + 1) + ", column " + std::to_string(column + 1);
 }
 
-// Whether a path comes before another one in the order of Content. A "/" counts less than any byte
-// of a name, so that whatever lies below a key follows it directly.
-bool IsBefore(const std::string& a, const std::string& b) {
-  const size_t shared = std::min(a.size(), b.size());
-  const auto ends =
-      std::mismatch(a.begin(), a.begin() + static_cast<std::ptrdiff_t>(shared), b.begin());
-  const size_t i = static_cast<size_t>(ends.first - a.begin());
-  if (i == shared) return a.size() < b.size();
-  const auto rank = [](char c) { return c == '/' ? 0u : static_cast<unsigned char>(c) + 0u; };
-  return rank(a[i]) < rank(b[i]);
-}
-
 // The keys in the order of Content. False when two have the same path.
 bool SortKeys(std::vector<KeyUpdate> keys, ContentUpdate* update, std::string* reason) {
   std::vector<size_t> order(keys.size());
   std::iota(order.begin(), order.end(), size_t{0});
   std::stable_sort(order.begin(), order.end(),
-                   [&](size_t a, size_t b) { return IsBefore(keys[a].path, keys[b].path); });
+                   [&](size_t a, size_t b) { return IsPathBefore(keys[a].path, keys[b].path); });
   for (size_t i = 1; i < order.size(); ++i) {
     if (keys[order[i - 1]].path != keys[order[i]].path) continue;
     return Refuse("keys[" + std::to_string(order[i]) + "].path: is the path of keys[" +
@@ -57,10 +45,26 @@ bool SortKeys(std::vector<KeyUpdate> keys, ContentUpdate* update, std::string* r
   return true;
 }
 
+// Nothing but what may stand between the parts of a document.
+bool IsBlank(const std::string& json) {
+  return json.find_first_not_of(" \t\r\n") == std::string::npos;
+}
+
 }  // namespace
+
+bool IsPathBefore(const std::string& a, const std::string& b) {
+  const size_t shared = std::min(a.size(), b.size());
+  const auto ends =
+      std::mismatch(a.begin(), a.begin() + static_cast<std::ptrdiff_t>(shared), b.begin());
+  const size_t i = static_cast<size_t>(ends.first - a.begin());
+  if (i == shared) return a.size() < b.size();
+  const auto rank = [](char c) { return c == '/' ? 0u : static_cast<unsigned char>(c) + 0u; };
+  return rank(a[i]) < rank(b[i]);
+}
 
 bool ReadContentJson(const std::string& json, ContentUpdate* update, std::string* reason) {
   if (json.size() > kMaxJsonSize) return Refuse("has more than 64 MB", reason);
+  if (IsBlank(json)) return Refuse("is empty", reason);
   ContentJsonHandler handler;
   if (!nlohmann::json::sax_parse(json, &handler)) {
     if (!handler.reason().empty()) return Refuse(handler.reason(), reason);

@@ -31,10 +31,14 @@ struct ContentUpdate {
 
 constexpr size_t kMaxJsonSize = 64u << 20;  // bytes
 
+// Whether a path comes before another one in the order of Content. A "/" counts less than any byte
+// of a name, so that whatever lies below a key follows it directly.
+bool IsPathBefore(const std::string& a, const std::string& b);
+
 // Reads a document. Every field but the path of a key and the name of a value may be left out.
 // Numbers may be texts such as "42", "-1" or "0xFF", negative ones stand for their eight bytes;
-// rights may be letters such as "rwcd:r". A value without type is of type 0 with number, 1 with
-// text, 2 with hex; text gets its zero byte with every type.
+// rights may be letters such as "rwcd:r", an owner a user's name. A value without type is of type 0
+// with number, 1 with text, 2 with hex; text gets its zero byte with every type.
 //
 // False when anything in it is not understood or can be in no registry; *reason is then one line
 // that tells where and why, and *update is as it was.

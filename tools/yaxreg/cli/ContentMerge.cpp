@@ -5,37 +5,78 @@
 
 #include "registry/UserId.h"
 #include "registry/store/TernaryKeyNode.h"
+#include "tools/yaxreg/image/ValueOrder.h"
 
 namespace yaxreg {
 
 namespace {
 
-// A key that is to be there; `update` is null for one that only has keys below it.
-struct Wanted {
-  std::vector<std::string> names;
-  const KeyUpdate* update;
-};
-
-std::vector<Wanted> WantedKeys(const std::string& base, const ContentUpdate& update) {
-  std::vector<Wanted> wanted;
-  for (const KeyUpdate& key : update.keys) {
-    std::vector<std::string> names = ComponentsOf(base);
-    for (std::string& name : ComponentsOf(key.path)) names.push_back(std::move(name));
-    wanted.push_back({std::move(names), &key});
-  }
-  return wanted;
+// Without one "/" at the beginning and one at the end.
+std::string Trimmed(std::string path) {
+  if (!path.empty() && path.front() == '/') path.erase(0, 1);
+  if (!path.empty() && path.back() == '/') path.pop_back();
+  return path;
 }
 
-// Takes over a content key by key, with the wanted ones in between.
+// Puts told values into the place of those of the same names.
+class ValueMerger {
+ public:
+  explicit ValueMerger(std::vector<ContentValue>* values)
+      : values_(*values), isReplaced_(values->size(), false) {}
+
+  void Run(const std::vector<ContentValue>& told) {
+    VisitNames(told, values_, [&](const NamedValues& values) {
+      Replace(values.first, values.second);
+      return true;
+    });
+    if (!newest_.empty()) Rebuild();
+  }
+
+ private:
+  void Replace(const std::vector<const ContentValue*>& told,
+               const std::vector<const ContentValue*>& present) {
+    if (told.empty()) return;
+    const bool staysInPlace = told.size() == present.size();
+    for (size_t i = 0; i < present.size(); ++i) {
+      const size_t place = static_cast<size_t>(present[i] - values_.data());
+      if (staysInPlace) values_[place] = *told[i];
+      isReplaced_[place] = !staysInPlace;
+    }
+    if (!staysInPlace) newest_.push_back(told);
+  }
+
+  // The values that are told last become the newest.
+  void Rebuild() {
+    std::vector<ContentValue> values;
+    std::reverse(newest_.begin(), newest_.end());
+    for (const auto& told : newest_) {
+      for (const ContentValue* value : told) values.push_back(*value);
+    }
+    for (size_t i = 0; i < values_.size(); ++i) {
+      if (!isReplaced_[i]) values.push_back(std::move(values_[i]));
+    }
+    values_ = std::move(values);
+  }
+
+  std::vector<ContentValue>& values_;
+  std::vector<bool> isReplaced_;  // by value: it goes
+  std::vector<std::vector<const ContentValue*>> newest_;
+};
+
+// Takes over a content key by key, with the wanted ones in between. Of all paths only those of the
+// keys at hand are there: they may be long.
 class Merger {
  public:
-  explicit Merger(const Content& content) : content_(content) {}
+  explicit Merger(const Content& content) : content_(content) { EnterNext(); }
 
-  Content Run(const std::vector<Wanted>& wanted) {
-    for (const Wanted& one : wanted) {
-      TakeUpTo(one.names);
-      AddKeys(one.names);
-      if (one.update != nullptr) Apply(*one.update, &result_.keys.back());
+  Content Run(const std::string& base, const ContentUpdate& update) {
+    for (const KeyUpdate& key : update.keys) {
+      std::string path = base;
+      if (!base.empty() && !key.path.empty()) path += '/';
+      path += key.path;
+      TakeUpTo(path);
+      AddKeys(path);
+      Apply(key, &result_.keys.back());
     }
     while (next_ < content_.keys.size()) Take();
     return std::move(result_);
@@ -43,44 +84,54 @@ class Merger {
 
  private:
   // Copies all keys of the content that come before the wanted one, and that one itself.
-  void TakeUpTo(const std::vector<std::string>& names) {
-    while (next_ < content_.keys.size() && !IsNextBehind(names)) Take();
-  }
-
-  bool IsNextBehind(const std::vector<std::string>& names) const {
-    const ContentKey& key = content_.keys[next_];
-    if (key.depth == 0) return false;
-    // The names above the next key are those of the key that was taken last.
-    const size_t above = key.depth - 1;
-    for (size_t i = 0; i < above; ++i) {
-      if (i == names.size()) return true;
-      if (contentWay_[i] != names[i]) return contentWay_[i] > names[i];
-    }
-    return above == names.size() || key.name > names[above];
+  void TakeUpTo(const std::string& path) {
+    while (next_ < content_.keys.size() && !IsPathBefore(path, *nextPath_)) Take();
   }
 
   void Take() {
-    const ContentKey& key = content_.keys[next_++];
-    if (key.depth > 0) {
-      contentWay_.resize(key.depth - 1);
-      contentWay_.push_back(key.name);
-    }
-    Push(key);
+    Push(content_.keys[next_++]);
+    EnterNext();
+  }
+
+  void EnterNext() {
+    if (next_ < content_.keys.size()) nextPath_ = &contentWalk_.Enter(content_.keys[next_]);
   }
 
   // The keys on the way that are not there are made.
-  void AddKeys(const std::vector<std::string>& names) {
-    size_t common = 0;
-    while (common < names.size() && common < way_.size() && way_[common] == names[common]) {
-      ++common;
+  void AddKeys(const std::string& path) {
+    unsigned int depth = 0;
+    for (size_t begin = CommonLength(path, &depth); begin < path.size();) {
+      const size_t end = std::min(path.find('/', begin), path.size());
+      Push(NewKey(path.substr(begin, end - begin), ++depth));
+      begin = end + 1;
     }
-    for (size_t i = common; i < names.size(); ++i) Push(NewKey(names[i], i + 1));
   }
 
-  ContentKey NewKey(const std::string& name, size_t depth) const {
+  // How much of a path the key that was pushed last has, too, in whole names, *depth of them: where
+  // the first name begins that it does not have.
+  size_t CommonLength(const std::string& path, unsigned int* depth) const {
+    const std::string& last = *lastPath_;
+    const size_t shorter = std::min(path.size(), last.size());
+    size_t common = 0;
+    for (size_t i = 0; i <= shorter; ++i) {
+      const bool endsName = EndsName(path, i) && EndsName(last, i);
+      if (endsName && i > 0) {
+        common = i + 1;
+        ++*depth;
+      }
+      if (i == shorter || path[i] != last[i]) break;
+    }
+    return common;
+  }
+
+  static bool EndsName(const std::string& path, size_t position) {
+    return position == path.size() || path[position] == '/';
+  }
+
+  ContentKey NewKey(const std::string& name, unsigned int depth) const {
     ContentKey key;
     key.name = name;
-    key.depth = static_cast<unsigned int>(depth);
+    key.depth = depth;
     key.owner = tamu::registry::kAdministratorId;
     key.permission = depth == 1 ? tamu::registry::TernaryKeyNode::kTopPermission
                                 : result_.keys[parents_[depth - 1]].permission;
@@ -88,11 +139,10 @@ class Merger {
   }
 
   void Push(const ContentKey& key) {
-    way_.resize(key.depth > 0 ? key.depth - 1 : 0);
-    if (key.depth > 0) way_.push_back(key.name);
     parents_.resize(key.depth);
     parents_.push_back(result_.keys.size());
     result_.keys.push_back(key);
+    lastPath_ = &resultWalk_.Enter(key);
   }
 
   static void Apply(const KeyUpdate& update, ContentKey* key) {
@@ -103,45 +153,24 @@ class Merger {
       key->hasDefault = update.defaultValue.has_value();
       key->defaultValue = update.defaultValue.value_or(0);
     }
-    std::vector<std::string> names;
-    for (const ContentValue& value : update.values) {
-      if (names.empty() || names.back() != value.name) names.push_back(value.name);
-    }
-    std::sort(names.begin(), names.end());
-    names.erase(std::unique(names.begin(), names.end()), names.end());
-    for (const std::string& name : names) ReplaceValues(name, update.values, &key->values);
-  }
-
-  static void ReplaceValues(const std::string& name, const std::vector<ContentValue>& update,
-                            std::vector<ContentValue>* values) {
-    const auto hasName = [&](const ContentValue& value) { return value.name == name; };
-    std::vector<ContentValue> wanted;
-    std::copy_if(update.begin(), update.end(), std::back_inserter(wanted), hasName);
-    const auto present = std::count_if(values->begin(), values->end(), hasName);
-    if (static_cast<size_t>(present) == wanted.size()) {
-      auto next = wanted.begin();
-      for (ContentValue& value : *values) {
-        if (hasName(value)) value = *next++;
-      }
-      return;
-    }
-    values->erase(std::remove_if(values->begin(), values->end(), hasName), values->end());
-    values->insert(values->begin(), wanted.begin(), wanted.end());
+    if (!update.values.empty()) ValueMerger(&key->values).Run(update.values);
   }
 
   const Content& content_;
-  size_t next_ = 0;                      // key of the content
-  std::vector<std::string> contentWay_;  // the names that lead to the key that was taken last
+  size_t next_ = 0;  // key of the content
+  PathWalk contentWalk_;
+  const std::string* nextPath_ = nullptr;  // of that key
   Content result_;
-  std::vector<std::string> way_;  // the same of the key that was pushed last
-  std::vector<size_t> parents_;   // by depth: the last key of it in the result
+  PathWalk resultWalk_;
+  const std::string* lastPath_ = nullptr;  // of the key that was pushed last
+  std::vector<size_t> parents_;            // by depth: the last key of it in the result
 };
 
 }  // namespace
 
 Content MergedContent(const Content& content, const std::string& base,
                       const ContentUpdate& update) {
-  return Merger(content).Run(WantedKeys(base, update));
+  return Merger(content).Run(Trimmed(base), update);
 }
 
 }  // namespace yaxreg

@@ -12,8 +12,6 @@ namespace yaxreg {
 
 namespace {
 
-constexpr unsigned int kNumberSize = 8;
-
 const char* KindName(DifferenceKind kind) {
   switch (kind) {
     case DifferenceKind::kKey:
@@ -47,20 +45,6 @@ std::string FieldText(DifferenceKind kind, const ContentKey& key) {
     default:
       return key.isMadeUp ? "a name without a key" : "";
   }
-}
-
-// What the data of a value does not tell: two values that differ never look the same.
-std::string NotesOf(const ContentValue& value, bool isHidden) {
-  std::string notes;
-  const auto add = [&](const std::string& note) { notes += (notes.empty() ? "" : ", ") + note; };
-  const bool showsType = value.isNumber() ? value.isSet : value.isSet && HoldsText(value);
-  if (!showsType) add("type " + std::to_string(value.type));
-  if (!value.isSet && value.number != 0) add("number " + std::to_string(value.number));
-  if (!value.isSet && !value.data.empty()) add("data " + ToHex(value.data));
-  const size_t usual = value.isNumber() ? kNumberSize : value.data.size();
-  if (value.size != usual) add("size " + std::to_string(value.size));
-  if (isHidden) add("hidden");
-  return notes;
 }
 
 // Prints the lines of one difference: "-" what the first file has, "+" what the second one has.
@@ -97,7 +81,7 @@ class DifferencePrinter {
                    const std::vector<const ContentValue*>& values) {
     bool isHidden = false;
     for (const ContentValue* value : values) {
-      const std::string notes = NotesOf(*value, isHidden);
+      const std::string notes = ValueNotes(*value, isHidden);
       PrintLine(sign, name + " = " + ValueText(*value) + (notes.empty() ? "" : " (" + notes + ')'));
       isHidden = true;
     }
@@ -158,7 +142,8 @@ void PrintJson(const Difference& difference, std::ostream& out) {
 
 }  // namespace
 
-void PrintDifferences(Invocation& call, const Comparison& what, bool isSame) {
+void PrintDifferences(Invocation& call, const Comparison& what, bool isSame,
+                      const std::string& moreJson) {
   const bool isJson = call.isJson();
   if (isJson) call.out << "{\"same\":" << (isSame ? "true" : "false") << ",\"differences\":[";
   DifferencePrinter printer(call);
@@ -174,7 +159,7 @@ void PrintDifferences(Invocation& call, const Comparison& what, bool isSame) {
                     }
                     return call.out.good();
                   });
-  if (isJson) call.out << (isSame ? "]}\n" : "\n]}\n");
+  if (isJson) call.out << (isSame ? "]" : "\n]") << moreJson << "}\n";
 }
 
 }  // namespace yaxreg

@@ -1,6 +1,8 @@
 // Differences between two contents, for people and for programs.
 #pragma once
 
+#include <string>
+
 #include "tools/yaxreg/cli/Invocation.h"
 #include "tools/yaxreg/image/Content.h"
 
@@ -15,7 +17,9 @@ struct Comparison {
 };
 
 // Prints a line for all that only one of them has, "-" the first, "+" the second; with --json one
-// document, {"same": ..., "differences": [...]}. `isSame`: there are none.
-void PrintDifferences(Invocation& call, const Comparison& what, bool isSame);
+// document, {"same": ..., "differences": [...]}. `isSame`: there are none. `moreJson`: further
+// fields of the document, each with a "," before it.
+void PrintDifferences(Invocation& call, const Comparison& what, bool isSame,
+                      const std::string& moreJson = "");
 
 }  // namespace yaxreg

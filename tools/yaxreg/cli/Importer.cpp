@@ -20,40 +20,29 @@ using tamu::registry::Value;
 
 namespace {
 
-constexpr unsigned int kNumberSize = 8;  // bytes
-constexpr size_t kManyKeys = 8;          // restored one by one they take longer than together
-
-// The values of one name, newest first.
-std::vector<ContentValue> ValuesNamed(const ContentKey& key, const std::string& name) {
-  std::vector<ContentValue> values;
-  for (const ContentValue& value : key.values) {
-    if (value.name == name) values.push_back(value);
-  }
-  return values;
-}
-
-std::vector<std::string> ValueNames(const ContentKey& key) {
-  std::vector<std::string> names;
-  for (const ContentValue* value : ValuesByName(key)) {
-    if (names.empty() || names.back() != value->name) names.push_back(value->name);
-  }
-  return names;
-}
+constexpr size_t kManyKeys = 8;  // restored one by one they take longer than together
 
 // The library has operations that make such a value.
 bool IsPlain(const ContentValue& value) {
   if (value.name.empty()) return false;
-  if (value.isNumber()) return value.size == kNumberSize && (value.isSet || value.number == 0);
+  if (value.isNumber()) {
+    return value.size == ContentValue::kNumberSize && (value.isSet || value.number == 0);
+  }
   return value.isSet ? !value.data.empty() : value.data.empty();
 }
 
 bool HasPlainChanges(const ContentKey& present, const ContentKey& wanted) {
-  for (const std::string& name : ValueNames(wanted)) {
-    const std::vector<ContentValue> values = ValuesNamed(wanted, name);
-    if (values == ValuesNamed(present, name)) continue;
-    if (!std::all_of(values.begin(), values.end(), IsPlain)) return false;
-  }
-  return true;
+  if (present.values == wanted.values) return true;
+  return VisitNames(present.values, wanted.values, [](const NamedValues& values) {
+    return values.AreSame() ||
+           std::all_of(values.second.begin(), values.second.end(),
+                       [](const ContentValue* value) { return IsPlain(*value); });
+  });
+}
+
+std::string ParentOf(const std::string& path) {
+  const size_t slash = path.rfind('/');
+  return slash == std::string::npos ? "" : path.substr(0, slash);
 }
 
 // Not forced onto the disk: there may be thousands of them, and nobody needs one after a crash.
@@ -69,9 +58,9 @@ class Data {
  public:
   explicit Data(const ContentValue& value) : bytes_(value.data) {
     if (!value.isNumber()) return;
-    unsigned char number[kNumberSize];
+    unsigned char number[ContentValue::kNumberSize];
     tamu::registry::PutU64(number, value.number);
-    bytes_.assign(reinterpret_cast<const char*>(number), kNumberSize);
+    bytes_.assign(reinterpret_cast<const char*>(number), sizeof number);
   }
   Value As(unsigned int type) const {
     return MakeValue(type, bytes_.data(), static_cast<unsigned int>(bytes_.size()));
@@ -107,11 +96,13 @@ void Importer::FindPresent() {
 }
 
 void Importer::CountNews() {
-  news_.assign(wanted_.keys.size(), 0);
-  sizes_.assign(wanted_.keys.size(), 1);
-  for (size_t i = wanted_.keys.size(); i > 0; --i) {
+  const size_t count = wanted_.keys.size();
+  for (size_t key = 0; key < count; ++key) needsRestore_.push_back(NeedsRestore(key));
+  news_.assign(count, 0);
+  sizes_.assign(count, 1);
+  for (size_t i = count; i > 0; --i) {
     const size_t key = i - 1;
-    if (NeedsRestore(key)) ++news_[key];
+    if (needsRestore_[key]) ++news_[key];
     if (parents_[key] == Content::kNone) continue;
     news_[parents_[key]] += news_[key];
     sizes_[parents_[key]] += sizes_[key];
@@ -134,50 +125,43 @@ bool Importer::IsRestoreCheaper(size_t key) const {
 }
 
 unsigned int Importer::Run() {
+  const unsigned int result = MakeKeys();
+  return result == status::kOk ? ChangeKeys() : result;
+}
+
+unsigned int Importer::MakeKeys() {
   PathWalk walk;
   for (size_t key = 0; key < wanted_.keys.size();) {
     path_ = walk.Enter(wanted_.keys[key]);
-    bool isDone = false;  // with all keys below it
-    const unsigned int result = ChangeKey(key, &isDone);
+    bool isDone = false;
+    const unsigned int result = MakeKey(key, &isDone);
     if (result != status::kOk) return result;
+    if (!isDone && !PresentOf(key)->IsSameAs(wanted_.keys[key])) changed_.push_back(key);
     key += isDone ? sizes_[key] : 1;
   }
   return status::kOk;
 }
 
-unsigned int Importer::ChangeKey(size_t key, bool* isDone) {
-  const bool isNew = PresentOf(key) == nullptr;
-  if (isNew) {
+unsigned int Importer::MakeKey(size_t key, bool* isDone) {
+  if (PresentOf(key) == nullptr) {
     const unsigned int result = CreateKey(key);
     if (result != status::kOk) return result;
   }
-  if (NeedsRestore(key) || IsRestoreCheaper(key)) {
-    const unsigned int result = RestoreKey(key);
-    // There may be no room for all of it beside what is there, but for what is new.
-    if (result != status::kLimit || NeedsRestore(key)) {
-      *isDone = true;
-      return result;
-    }
-  }
-  return ChangeFields(key);
+  return needsRestore_[key] || IsRestoreCheaper(key) ? RestoreKey(key, isDone) : status::kOk;
 }
 
 unsigned int Importer::CreateKey(size_t key) {
   const size_t parent = parents_[key];
-  const std::string path = path_;
-  path_ = wanted_.PathOf(parent);
-  unsigned int result = OpenRights(parent);
-  path_ = path;
+  const std::string parentPath = ParentOf(path_);
+  unsigned int result = OpenRights(parent, parentPath);
   if (result == status::kOk) result = CreateExactKey(registry_, path_, nullptr);
-  path_ = wanted_.PathOf(parent);
-  const unsigned int closed = CloseRights(parent);
-  path_ = path;
+  const unsigned int closed = CloseRights(parent, parentPath);
   return result != status::kOk ? result : closed;
 }
 
-unsigned int Importer::RestoreKey(size_t key) {
+unsigned int Importer::RestoreKey(size_t key, bool* isDone) {
   if (!WriteForAMoment(backupFile_, BackupOf(wanted_, key))) return status::kInputOutput;
-  unsigned int result = OpenRights(key);
+  unsigned int result = OpenRights(key, path_);
   if (result == status::kOk) {
     result = registry_.RestoreKey(0, path_.c_str(), backupFile_.c_str());
     if (result != status::kOk && PresentOf(key) != nullptr) {
@@ -185,91 +169,115 @@ unsigned int Importer::RestoreKey(size_t key) {
     }
   }
   unlink(backupFile_.c_str());
-  return result;
+  // There may be no room for all of it beside what is there, but for what is new.
+  if (result == status::kLimit && !needsRestore_[key]) return status::kOk;
+  if (result != status::kOk) {
+    failedRestore_ = key;
+    return result;
+  }
+  if (PresentOf(key) != nullptr) rewritten_.push_back(key);
+  *isDone = true;
+  return status::kOk;
 }
 
+unsigned int Importer::ChangeKeys() {
+  if (changed_.empty()) return status::kOk;
+  path_.clear();
+  unsigned int result = registry_.OpenKey("", &handle_);
+  if (result != status::kOk) return result;
+  result = ChangeKeysOpened();
+  const unsigned int closed = registry_.CloseKey(handle_);
+  handle_ = 0;
+  return result != status::kOk ? result : closed;
+}
+
+unsigned int Importer::ChangeKeysOpened() {
+  PathWalk walk;
+  size_t next = 0;
+  for (size_t key = 0; next < changed_.size(); ++key) {
+    const std::string& path = walk.Enter(wanted_.keys[key]);
+    if (changed_[next] != key) continue;
+    ++next;
+    path_ = path;
+    const unsigned int result = ChangeFields(key);
+    if (result != status::kOk) return result;
+  }
+  return status::kOk;
+}
+
+// Setting the rights comes last: it also writes the right number of values.
 unsigned int Importer::ChangeFields(size_t key) {
   const ContentKey& present = *PresentOf(key);
   const ContentKey& wanted = wanted_.keys[key];
-  if (present.IsSameAs(wanted)) return status::kOk;
-  unsigned int result = OpenRights(key);
+  unsigned int result = OpenRights(key, path_);
   if (result == status::kOk && present.watch != wanted.watch) {
-    result = registry_.SetKeyWatch(0, path_.c_str(), wanted.watch);
+    result = registry_.SetKeyWatch(handle_, path_.c_str(), wanted.watch);
   }
   const bool isOtherDefault =
       wanted.hasDefault && (!present.hasDefault || present.defaultValue != wanted.defaultValue);
   if (result == status::kOk && isOtherDefault) {
-    result = registry_.SetDefaultValue(0, path_.c_str(), wanted.defaultValue);
+    result = registry_.SetDefaultValue(handle_, path_.c_str(), wanted.defaultValue);
   }
   if (result == status::kOk) result = ChangeValues(key);
-  const unsigned int closed = CloseRights(key);
+  const unsigned int closed = CloseRights(key, path_);
   return result != status::kOk ? result : closed;
 }
 
 unsigned int Importer::ChangeValues(size_t key) {
-  for (const std::string& name : ValueNames(wanted_.keys[key])) {
-    const std::vector<ContentValue> present = ValuesNamed(*PresentOf(key), name);
-    const std::vector<ContentValue> wanted = ValuesNamed(wanted_.keys[key], name);
-    if (present == wanted) continue;
-    const unsigned int result = ReplaceValues(name, present, wanted);
-    if (result != status::kOk) return result;
-  }
-  return status::kOk;
+  unsigned int result = status::kOk;
+  VisitNames(PresentOf(key)->values, wanted_.keys[key].values, [&](const NamedValues& values) {
+    if (!values.AreSame()) result = ReplaceValues(values);
+    return result == status::kOk;
+  });
+  return result;
 }
 
 // The newest value is changed where that is all there is to do: creating it anew would lose its old
 // blocks for good.
-unsigned int Importer::ReplaceValues(const std::string& name,
-                                     const std::vector<ContentValue>& present,
-                                     const std::vector<ContentValue>& wanted) {
-  const bool isOneChange = present.size() == wanted.size() && wanted[0].isSet &&
-                           std::equal(present.begin() + 1, present.end(), wanted.begin() + 1);
-  if (isOneChange) return SetValue(wanted[0]);
-  for (size_t i = 0; i < present.size(); ++i) {
-    const unsigned int result = registry_.DeleteValue(0, path_.c_str(), name.c_str());
+unsigned int Importer::ReplaceValues(const NamedValues& values) {
+  const auto& present = values.first;
+  const auto& wanted = values.second;
+  const bool isOneChange =
+      present.size() == wanted.size() && wanted[0]->isSet &&
+      std::equal(present.begin() + 1, present.end(), wanted.begin() + 1,
+                 [](const ContentValue* a, const ContentValue* b) { return *a == *b; });
+  if (isOneChange) return SetValue(*wanted[0]);
+  for (const ContentValue* value : present) {
+    const unsigned int result = registry_.DeleteValue(handle_, path_.c_str(), value->name.c_str());
     if (result != status::kOk) return result;
   }
   for (auto value = wanted.rbegin(); value != wanted.rend(); ++value) {
-    const unsigned int result = CreateValue(*value);
+    const unsigned int result = CreateValue(**value);
     if (result != status::kOk) return result;
   }
   return status::kOk;
 }
 
-// All 64 bits of a number are set through a handle only.
 unsigned int Importer::SetValue(const ContentValue& value) {
   const Data data(value);
   Value stored = data.As(value.type);
-  if (!value.isNumber()) {
-    return registry_.SetValue(0, path_.c_str(), value.name.c_str(), &stored);
-  }
-  unsigned int handle = 0;
-  unsigned int result = registry_.OpenKey(path_.c_str(), &handle);
-  if (result != status::kOk) return result;
-  result = registry_.SetValue(handle, "", value.name.c_str(), &stored);
-  const unsigned int closed = registry_.CloseKey(handle);
-  return result != status::kOk ? result : closed;
+  return registry_.SetValue(handle_, path_.c_str(), value.name.c_str(), &stored);
 }
 
 unsigned int Importer::CreateValue(const ContentValue& value) {
   const Data data(value);
   Value stored = data.As(value.type);
   const bool isUnsetNumber = value.isNumber() && !value.isSet;
-  return registry_.CreateValue(0, path_.c_str(), value.name.c_str(),
+  return registry_.CreateValue(handle_, path_.c_str(), value.name.c_str(),
                                isUnsetNumber ? nullptr : &stored);
 }
 
 // The administrator has the owner's rights, no others; until the key is done he has all of them.
-unsigned int Importer::OpenRights(size_t key) {
+unsigned int Importer::OpenRights(size_t key, const std::string& path) {
   const ContentKey* const present = PresentOf(key);
   const unsigned char permission =
       present != nullptr ? present->permission : wanted_.keys[key].permission;
-  return registry_.SetKeyPermission(0, path_.c_str(),
+  return registry_.SetKeyPermission(handle_, path.c_str(),
                                     static_cast<unsigned char>(permission | kRightsAll));
 }
 
-unsigned int Importer::CloseRights(size_t key) {
-  return registry_.SetKeyPermission(0, path_.c_str(), wanted_.keys[key].permission);
+unsigned int Importer::CloseRights(size_t key, const std::string& path) {
+  return registry_.SetKeyPermission(handle_, path.c_str(), wanted_.keys[key].permission);
 }
 
 }  // namespace yaxreg

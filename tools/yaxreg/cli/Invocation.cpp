@@ -1,5 +1,6 @@
 #include "tools/yaxreg/cli/Invocation.h"
 
+#include <algorithm>
 #include <ostream>
 
 #include "registry/RegistryStatus.h"
@@ -12,6 +13,18 @@ namespace {
 
 void PrintPart(std::ostream& err, const std::string& part) {
   if (!part.empty()) err << Shown(part) << ": ";
+}
+
+// Parts of the text may have been shown already: backslashes stay.
+std::string OnOneLine(const std::string& text) {
+  std::string line;
+  for (size_t begin = 0; begin <= text.size();) {
+    const size_t end = std::min(text.find('\\', begin), text.size());
+    line += Shown(text.substr(begin, end - begin));
+    if (end < text.size()) line += '\\';
+    begin = end + 1;
+  }
+  return line;
 }
 
 }  // namespace
@@ -50,11 +63,11 @@ ExitCode Invocation::FailWithStatus(unsigned int status, const std::string& file
 }
 
 void Invocation::Warn(const std::string& file, const std::string& path, const std::string& text) {
-  out.flush();
+  if (out) out.flush();
   err << "yaxreg: ";
   PrintPart(err, file);
   PrintPart(err, path);
-  err << text << std::endl;
+  err << OnOneLine(text) << std::endl;
 }
 
 ExitCode ExitCodeOf(unsigned int status) {

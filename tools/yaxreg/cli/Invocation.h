@@ -10,7 +10,14 @@
 
 namespace yaxreg {
 
-// Colours for people; all texts are empty when the output is not a terminal.
+// What the output is.
+enum class OutputKind {
+  kPlain,            // a pipe or a file: gets what is stored as it is
+  kTerminal,         // gets no control characters
+  kColouredTerminal  // the same, in colours
+};
+
+// Colours for people; all texts are empty when there are to be none.
 struct Palette {
   const char* key = "";    // names of keys
   const char* value = "";  // names of values
@@ -24,8 +31,11 @@ struct Palette {
 
 class Invocation {
  public:
-  Invocation(std::istream& input, std::ostream& output, std::ostream& errors)
-      : in(input), out(output), err(errors) {}
+  Invocation(std::istream& input, std::ostream& output, std::ostream& errors,
+             OutputKind kind = OutputKind::kPlain)
+      : in(input), out(output), err(errors), isTerminal(kind != OutputKind::kPlain) {
+    if (kind == OutputKind::kColouredTerminal) palette = Palette::Coloured();
+  }
 
   // Arguments by their name ("FILE"), options by their long name ("--long", without value: "").
   bool Has(const std::string& name) const { return given.count(name) != 0; }
@@ -37,7 +47,8 @@ class Invocation {
   bool isJson() const { return Has("--json"); }
 
   // Prints the one line of a failure and answers `code`. Texts of a registry's status end it:
-  // "yaxreg: FILE: PATH: REASON (status 2)". Empty parts are left out.
+  // "yaxreg: FILE: PATH: REASON (status 2)". Empty parts are left out. File and path are printed as
+  // Shown() makes them; in the reason only backslashes stay, since they may come from there.
   ExitCode Fail(ExitCode code, const std::string& file, const std::string& path,
                 const std::string& reason);
   // With a status of registry/RegistryStatus.h; the reason defaults to its words.
@@ -49,6 +60,7 @@ class Invocation {
   std::istream& in;
   std::ostream& out;
   std::ostream& err;
+  const bool isTerminal;  // of `out`
   Palette palette;
   std::map<std::string, std::string> given;
 };

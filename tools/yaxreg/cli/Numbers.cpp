@@ -1,25 +1,18 @@
 #include "tools/yaxreg/cli/Numbers.h"
 
+#include "tools/yaxreg/image/ByteText.h"
+
 namespace yaxreg {
 
 namespace {
 
 constexpr unsigned long long kMaxNumber = ~0ull;
 constexpr unsigned long long kSign = 1ull << 63;
-constexpr unsigned long long kMaxExact = 1ull << 53;
 
 struct Parsed {
   bool isNegative = false;
   unsigned long long magnitude = 0;
 };
-
-// The value of a digit; 16 when it is none.
-unsigned int DigitOf(char c) {
-  if (c >= '0' && c <= '9') return static_cast<unsigned int>(c - '0');
-  if (c >= 'a' && c <= 'f') return static_cast<unsigned int>(c - 'a') + 10;
-  if (c >= 'A' && c <= 'F') return static_cast<unsigned int>(c - 'A') + 10;
-  return 16;
-}
 
 bool Parse(const std::string& text, Parsed* parsed) {
   size_t i = 0;
@@ -63,9 +56,13 @@ std::string NumberText(unsigned long long number, bool isSigned) {
 }
 
 std::string JsonNumberText(unsigned long long number, bool isSigned) {
-  const bool isExact = number <= kMaxExact || (isSigned && number >= 0 - kMaxExact);
+  const bool isExact = number <= kMaxExactNumber || (isSigned && number >= 0 - kMaxExactNumber);
   const std::string text = NumberText(number, isSigned);
   return isExact ? text : '"' + text + '"';
+}
+
+std::string Counted(size_t count, const std::string& what) {
+  return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
 
 }  // namespace yaxreg

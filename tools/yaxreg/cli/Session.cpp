@@ -10,6 +10,7 @@
 #include "tools/yaxreg/cli/ContentJson.h"
 #include "tools/yaxreg/cli/Loading.h"
 #include "tools/yaxreg/cli/Numbers.h"
+#include "tools/yaxreg/image/Kinds.h"
 
 namespace yaxreg {
 
@@ -62,7 +63,19 @@ bool Session::OpenToLook() {
 
 bool Session::LookAgain() {
   image_ = LoadImage(call_, file_, &code_);
-  return image_ != nullptr;
+  return image_ != nullptr && CheckInPlace();
+}
+
+void Session::Lock() {
+  lock_.Take(file_);
+}
+
+// The library goes on writing into the file that it has opened, wherever that is.
+bool Session::CheckInPlace() {
+  if (lock_.IsInPlace()) return true;
+  code_ = call_.Fail(kFailed, file_, "",
+                     "was replaced by another program meanwhile, the change may be lost");
+  return false;
 }
 
 // The library answers the same status for a file that may not be written and for want of memory.
@@ -87,7 +100,10 @@ bool Session::CheckSound() {
 }
 
 bool Session::OpenToChange() {
-  if (!OpenToLook() || !CheckSound() || !CheckWritable()) return false;
+  if (!ChooseUser()) return false;
+  Lock();
+  if (!signals_) signals_.emplace();
+  if (!LookAgain() || !CheckSound() || !CheckWritable()) return false;
   registry_ = std::make_unique<tamu::registry::Registry>(file_.c_str(), user_);
   const unsigned int opened = registry_->Initialize();
   if (opened == status::kOk) return true;
@@ -136,6 +152,9 @@ ExitCode Session::Fail(ExitCode code, const std::string& reason) {
 }
 
 ExitCode Session::FailWithStatus(unsigned int status, const std::string& reason) {
+  // The room in a file that is not there any more tells nothing.
+  const bool isFull = status == status::kLimit || status == status::kNoSpace;
+  if (isFull && !CheckInPlace()) return code_;
   if (!reason.empty()) return call_.FailWithStatus(status, file_, path_, reason);
   switch (status) {
     case status::kNoRight:
@@ -158,8 +177,21 @@ ExitCode Session::FailAt(const std::string& path, unsigned int status) {
   return FailWithStatus(status);
 }
 
+// Nothing is full for good while each kind may get another table: then a write has failed.
+unsigned int Session::UnseenStatus() const {
+  for (const NodeKind kind : kAllKinds) {
+    if (image_->UseOf(kind).tables >= RegistryImage::kMaxTables) return status::kLimit;
+  }
+  return status::kInputOutput;
+}
+
 ExitCode Session::FailUnseen() {
-  if (image_->IsComplete()) return FailWithStatus(status::kLimit);
+  if (image_->IsComplete()) {
+    const unsigned int unseen = UnseenStatus();
+    const bool isFull = unseen == status::kLimit;
+    return FailWithStatus(unseen,
+                          isFull ? kFull : "the file cannot be written, the change is lost");
+  }
   return FailWithStatus(status::kInvalidFile,
                         "the file is damaged, the change is lost; yaxreg check tells more");
 }

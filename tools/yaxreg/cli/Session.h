@@ -3,10 +3,13 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "registry/Registry.h"
+#include "tools/yaxreg/cli/FileLock.h"
 #include "tools/yaxreg/cli/Invocation.h"
+#include "tools/yaxreg/image/HeldSignals.h"
 #include "tools/yaxreg/image/RegistryImage.h"
 
 namespace yaxreg {
@@ -22,9 +25,14 @@ class Session {
   // Decodes the file, and needs no more than to read it. The user is --user, --uid or the
   // administrator; users are taken at their word.
   bool OpenToLook();
-  // The same, and opens the file as a registry. A damaged one is refused.
+  // Takes the lock of the file (FileLock) ahead of OpenToChange, for what is decided by a look
+  // before: call it first. The lock is held until the end of the session.
+  void Lock();
+  // Takes the lock, decodes the file as it is then and opens it as a registry. A damaged one is
+  // refused. From here to the end of the session signals that would end the program wait.
   bool OpenToChange();
-  // Decodes the file as it is now.
+  // Decodes the file as it is now. Fails when it is locked and has been replaced by another
+  // program.
   bool LookAgain();
   // Closes the registry and decodes the file.
   bool Close();
@@ -47,7 +55,9 @@ class Session {
   ExitCode FailWithStatus(unsigned int status, const std::string& reason = "");
   // The same about another key than that of the call.
   ExitCode FailAt(const std::string& path, unsigned int status);
-  // The library has answered 0, but the change is not in the file.
+  // The library has answered 0, but the change is not in the file: what it should have answered, as
+  // far as the file tells, and the failure.
+  unsigned int UnseenStatus() const;
   ExitCode FailUnseen();
   // How a look ends that has printed what it should: kDone, or kDamaged with a warning when the
   // file has lost some of its content.
@@ -59,12 +69,15 @@ class Session {
   bool ChooseUser();
   bool CheckSound();
   bool CheckWritable();
+  bool CheckInPlace();
 
   Invocation& call_;
   std::string file_;
   std::string path_;
   unsigned int user_;
   ExitCode code_ = kDone;
+  FileLock lock_;
+  std::optional<HeldSignals> signals_;
   std::unique_ptr<RegistryImage> image_;
   std::unique_ptr<tamu::registry::Registry> registry_;
 };

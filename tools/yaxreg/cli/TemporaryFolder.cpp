@@ -6,9 +6,12 @@
 #include <cstring>
 #include <filesystem>
 
+#include "tools/yaxreg/image/FileBytes.h"
+
 namespace yaxreg {
 
-TemporaryFolder::TemporaryFolder(const std::string& beside) : path_(beside + ".XXXXXX") {
+TemporaryFolder::TemporaryFolder(const std::string& beside)
+    : path_(FolderOf(beside) + "/.yaxreg-XXXXXX") {
   if (mkdtemp(&path_[0]) != nullptr) return;
   reason_ = std::string("cannot be made: ") + std::strerror(errno);
 }

@@ -3,9 +3,12 @@
 
 #include <string>
 
+#include "tools/yaxreg/image/HeldSignals.h"
+
 namespace yaxreg {
 
-// Made beside a path, "PATH.XXXXXX", and removed with all files in it at the end of the scope.
+// Made in the folder that a path lies in, ".yaxreg-XXXXXX", and removed with all files in it at the
+// end of the scope. Signals that would end the program wait for that.
 class TemporaryFolder {
  public:
   explicit TemporaryFolder(const std::string& beside);
@@ -19,6 +22,7 @@ class TemporaryFolder {
   std::string FileIn(const char* name) const { return path_ + "/" + name; }
 
  private:
+  const HeldSignals signals_;
   std::string path_;
   std::string reason_;
 };

@@ -4,12 +4,6 @@
 
 namespace yaxreg {
 
-namespace {
-
-constexpr unsigned int kNumberSize = 8;
-
-}  // namespace
-
 std::string ValueFields::MakeValue(ContentValue* value) const {
   if (!name.has_value()) return "the name is left out";
   if (number.has_value() + text.has_value() + bytes.has_value() > 1) {
@@ -33,7 +27,7 @@ std::string ValueFields::MakeNumber(ContentValue* value) const {
   if (text.has_value() || bytes.has_value()) return "type 0 has a number, neither text nor hex";
   if (value->isSet && !number.has_value()) return "the number is left out";
   value->number = number.value_or(0);
-  value->size = size.value_or(kNumberSize);
+  value->size = size.value_or(ContentValue::kNumberSize);
   return "";
 }
 

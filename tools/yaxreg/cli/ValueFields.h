@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "registry/Value.h"
 #include "tools/yaxreg/image/Content.h"
 
 namespace yaxreg {
@@ -11,7 +12,7 @@ namespace yaxreg {
 // The fields of one value, those left out empty.
 struct ValueFields {
   static constexpr unsigned int kMaxType = 5;
-  static constexpr unsigned int kMaxSize = 0xFFFF;  // that a record can hold; data has at most 1024
+  static constexpr unsigned int kMaxSize = tamu::registry::kValueDataMax;  // also of a number
 
   std::optional<std::string> name;
   std::optional<unsigned int> type;

@@ -2,14 +2,11 @@
 
 #include <istream>
 
-#include "registry/RegistryStatus.h"
 #include "registry/Value.h"
 #include "tools/yaxreg/cli/Numbers.h"
 #include "tools/yaxreg/image/FileBytes.h"
 
 namespace yaxreg {
-
-namespace status = tamu::registry::status;
 
 namespace {
 
@@ -65,7 +62,7 @@ bool TakeFile(Invocation& call, std::string* data, ExitCode* code) {
   }
   const FileResult read = ReadWholeFile(file, kMaxData, data);
   if (read.isDone()) return true;
-  *code = read.tooLarge ? call.FailWithStatus(status::kLimit, file, "", kTooLong)
+  *code = read.tooLarge ? call.Fail(kUsage, file, "", kTooLong)
                         : call.Fail(kFailed, file, "", read.reason);
   return false;
 }
@@ -116,8 +113,7 @@ bool TakeValueInput(Invocation& call, ValueInput* input, ExitCode* code) {
   if (!TakeType(call, source, &input->type, code)) return false;
   if (!TakeData(call, source, input, code)) return false;
   if (input->data.size() <= kMaxData) return true;
-  *code = call.FailWithStatus(status::kLimit, "", "", kTooLong);
-  return false;
+  return FailUsage(call, kTooLong, code);
 }
 
 }  // namespace yaxreg

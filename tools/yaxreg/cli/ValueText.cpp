@@ -1,6 +1,8 @@
 #include "tools/yaxreg/cli/ValueText.h"
 
-#include "tools/yaxreg/cli/Invocation.h"
+#include <algorithm>
+
+#include "tools/yaxreg/image/ByteText.h"
 
 namespace yaxreg {
 
@@ -50,20 +52,46 @@ std::string HexText(const std::string& data, size_t maxWidth) {
   return ToHex(data.substr(0, room / 2)) + kCut;
 }
 
+// UTF-8 with one zero byte, at its end.
+bool IsEndedText(const std::string& data) {
+  return !data.empty() && data.find('\0') == data.size() - 1 && IsText(data);
+}
+
+// Few bytes that are no text look like one by chance: a small number with its bytes in order would,
+// if control characters were taken.
+bool LooksLikeText(const std::string& data) {
+  if (data.size() < 2 || !IsEndedText(data)) return false;
+  const std::string text = data.substr(0, data.size() - 1);
+  const std::string shown = Shown(text);
+  const size_t backslashes = static_cast<size_t>(std::count(text.begin(), text.end(), '\\'));
+  return shown.size() == text.size() + backslashes;
+}
+
 }  // namespace
 
 bool HoldsText(const ContentValue& value) {
-  if (value.type != 1 || value.data.empty()) return false;
-  if (value.data.find('\0') != value.data.size() - 1) return false;
-  return IsText(value.data);
+  return value.type == 1 && IsEndedText(value.data);
 }
 
 std::string ValueText(const ContentValue& value, size_t maxWidth) {
   if (!value.isSet) return "(not set)";
   if (value.isNumber()) return std::to_string(value.number);
   if (value.data.empty()) return "(empty)";
-  if (!HoldsText(value)) return HexText(value.data, maxWidth);
+  if (!HoldsText(value) && !LooksLikeText(value.data)) return HexText(value.data, maxWidth);
   return QuotedText(value.data.substr(0, value.data.size() - 1), maxWidth);
+}
+
+std::string ValueNotes(const ContentValue& value, bool isHidden) {
+  std::string notes;
+  const auto add = [&](const std::string& note) { notes += (notes.empty() ? "" : ", ") + note; };
+  const bool showsType = value.isNumber() ? value.isSet : value.isSet && HoldsText(value);
+  if (!showsType) add("type " + std::to_string(value.type));
+  if (!value.isSet && value.number != 0) add("number " + std::to_string(value.number));
+  if (!value.isSet && !value.data.empty()) add("data " + ToHex(value.data));
+  const size_t usual = value.isNumber() ? ContentValue::kNumberSize : value.data.size();
+  if (value.size != usual) add("size " + std::to_string(value.size));
+  if (isHidden) add("hidden");
+  return notes;
 }
 
 }  // namespace yaxreg

@@ -27,6 +27,7 @@ struct Option {
   const char* names;  // "-l,--long" or "--root"
   const char* value;  // "DIR"; null for a switch
   const char* help;   // one line, no full stop
+  bool isRequired = false;
 };
 
 struct Verb {

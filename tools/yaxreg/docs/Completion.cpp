@@ -1,6 +1,9 @@
 #include "tools/yaxreg/docs/Completion.h"
 
+#include <algorithm>
 #include <initializer_list>
+
+#include "tools/yaxreg/components/ElfMachine.h"
 
 namespace yaxreg {
 
@@ -58,13 +61,23 @@ _yaxreg_reply() {
   return 0
 }
 
+# Adds a reply that stands for an argument. One that begins with a dash would be taken for an option:
+# in its place -- is offered, behind which it is.
+_yaxreg_argument() {
+  if [[ -z $only && $1 == -* ]]; then
+    dashed=1
+  else
+    _yaxreg_reply "$1"
+  fi
+}
+
 # Names of files that begin with $2; $1 is what comes before them in the word.
 _yaxreg_files() {
   local home='' name
   [[ $2 == "~/"* ]] && home=$HOME
   while IFS= read -r name; do
     [[ -n $home ]] && name='~'${name#"$home"}
-    _yaxreg_reply "$1$name"
+    _yaxreg_argument "$1$name"
   done < <(
     shopt -u failglob
     shopt -s nullglob
@@ -90,7 +103,7 @@ _yaxreg_keys() {
   while IFS= read -r line; do
     [[ $line == */ ]] || continue
     printf -v line %b "$line"
-    _yaxreg_reply "$above$line"
+    _yaxreg_argument "$above$line"
   done < <(_yaxreg_ls "$1" "$above")
   compopt -o filenames -o nospace 2>/dev/null || :
 }
@@ -101,7 +114,7 @@ _yaxreg_values() {
   while IFS= read -r line; do
     [[ $line == */ ]] && continue
     printf -v line %b "$line"
-    _yaxreg_reply "$line"
+    _yaxreg_argument "$line"
   done < <(_yaxreg_ls "$1" "$2")
   compopt -o filenames 2>/dev/null || :
 }
@@ -109,6 +122,19 @@ _yaxreg_values() {
 _yaxreg_list() {
   local word
   for word in $1; do _yaxreg_reply "$word"; done
+}
+
+# Values of the option $1 that begin with $3; $2 is what comes before them in the word.
+_yaxreg_option_value() {
+  local word choices=''
+  only=1 # a value is no option, whatever it begins with
+  if [[ " $files " == *" $1 "* ]]; then
+    _yaxreg_files "$2" "$3"
+    return 0
+  fi
+  _yaxreg_choices "$1"
+  for word in $choices; do _yaxreg_reply "$2$word"; done
+  return 0
 }
 
 _yaxreg() {
@@ -133,7 +159,7 @@ _yaxreg() {
   fi
   _yaxreg_verb "$verb"
 
-  local given=() order=() word wanted='' only=''
+  local given=() order=() word wanted='' only='' dashed=''
   for (( ; i < cword; ++i)); do
     word=${words[i]}
     if [[ -n $wanted ]]; then
@@ -149,16 +175,16 @@ _yaxreg() {
   done
 
   if [[ -z $wanted && -z $only && $current == --*=* ]]; then
-    [[ " $files " == *" ${current%%=*} "* ]] &&
-      _yaxreg_files "${current%%=*}=" "${current#*=}"
+    _yaxreg_option_value "${current%%=*}" "${current%%=*}=" "${current#*=}"
     return 0
   fi
   if [[ -n $wanted ]]; then
-    [[ " $files " == *" $wanted "* ]] && _yaxreg_files '' "$current"
+    _yaxreg_option_value "$wanted" '' "$current"
     return 0
   fi
   if [[ -z $only && $current == -* ]]; then
     _yaxreg_list "$options"
+    [[ $kinds != verb ]] && _yaxreg_reply --
     return 0
   fi
   read -r -a order <<<"$kinds"
@@ -172,6 +198,7 @@ _yaxreg() {
     value) _yaxreg_values "$file" "$key" ;;
     verb) _yaxreg_list "$verbs" ;;
   esac
+  [[ -n $dashed ]] && _yaxreg_reply --
   return 0
 }
 
@@ -244,6 +271,13 @@ std::string GroupBranch(const std::string& group) {
          "'\n      options='" + (group.empty() ? "--help --version" : "--help") + "'\n      ;;\n";
 }
 
+// "x86-64 i386 ..."
+std::string MachineWords() {
+  std::string words = AllMachineNames();
+  words.erase(std::remove(words.begin(), words.end(), ','), words.end());
+  return words;
+}
+
 std::string Tables() {
   std::string script =
       "# Sets what may follow a verb: arguments, options, options with a value, with a file.\n";
@@ -254,7 +288,9 @@ std::string Tables() {
   for (const VerbGroup& group : AllVerbGroups()) {
     script += "    '" + std::string(group.name) + "') return 0 ;;\n";
   }
-  return script + "    *) return 1 ;;\n  esac\n}\n";
+  script += "    *) return 1 ;;\n  esac\n}\n\n# Sets what an option may have as its value.\n";
+  script += "_yaxreg_choices() {\n  case $1 in\n    --type) choices='0 1 2 3 4 5' ;;\n";
+  return script + "    --machine) choices='" + MachineWords() + "' ;;\n  esac\n}\n";
 }
 
 }  // namespace

@@ -3,6 +3,10 @@
 #include <cctype>
 #include <sstream>
 
+#include "registry/RegistryStatus.h"
+#include "tools/yaxreg/cli/CommandLine.h"
+#include "tools/yaxreg/cli/Invocation.h"
+
 namespace yaxreg {
 
 namespace {
@@ -12,13 +16,17 @@ constexpr char kDate[] = "2026-11-21";
 
 constexpr char kDescription[] =
     "yaxreg works on registry files: files that hold a tree of keys, each with an owner, rights, "
-    "an "
-    "optional default value and typed values. It needs no other program and no library of the "
+    "an optional default value and typed values. It needs no other program and no library of the "
     "registry on the machine. Verbs that only look open the file for reading alone, so that they "
-    "work on files that must not be written, and show what can be read of a damaged file. "
-    "A PATH is the names of the keys from the root down, separated by slashes; one slash at its "
-    "beginning is ignored, and the empty path is the root. Changes are made as the administrator, "
-    "unless an option tells a user, whose rights then count.";
+    "work on files that must not be written, and show what can be read of a damaged file. A PATH "
+    "is the names of the keys from the root down, separated by slashes; one slash at its beginning "
+    "is ignored, and the empty path is the root. Changes are made as the administrator, unless an "
+    "option tells a user, whose rights then count.";
+
+constexpr char kWords[] =
+    "Options may stand anywhere before a word --; behind it all words are arguments. A name or "
+    "other argument that begins with a dash, such as the name -x or the rights -:r, needs -- "
+    "before it, with all options before that: yaxreg get --signed -- device.rce network -x.";
 
 constexpr char kOutput[] =
     "Plain output is for people: control characters in names and texts are shown as \\x and two "
@@ -26,14 +34,62 @@ constexpr char kOutput[] =
     "variable NO_COLOR is set to something. Failures are one line on the standard error.";
 
 constexpr char kJson[] =
-    "Print one JSON document on the standard output. Bytes that are no UTF-8 are written as "
-    "{\"hex\": \"ff00\"}, whole numbers above 2 to the power of 53 as decimal texts.";
+    "Print one JSON document on the standard output. A verb that cannot do its work prints none, "
+    "only the line on the standard error.";
+
+constexpr char kNames[] =
+    "A part of a name that cannot be read in a damaged file is shown as the number of its record, "
+    "such as (0x500). Keys and values that nothing leads to any more are shown below a key "
+    "lost+found, which is in no file, by the numbers of their records, such as (key 0x200) and "
+    "(value 0x100). repair saves them under these names.";
+
+struct Item {
+  const char* name;
+  const char* meaning;
+};
+
+constexpr Item kTypes[] = {
+    {"0", "A whole number of 64 bits"},
+    {"1", "A text; the zero byte that ends it is stored, too"},
+    {"2", "Bytes"},
+    {"3", "Bytes of a kind that programs agree upon"},
+    {"4",
+     "The same; but programs that read with this type ask for the place of the data in the file"},
+    {"5", "The same as 3"},
+};
+constexpr char kTypeLimits[] =
+    "Data has at most 1024 bytes, of which a text needs one for its end: it has at most 1023. The "
+    "name of a value has at most 31 bytes.";
+
+constexpr char kStatuses[] =
+    "Where the registry refuses something, the line on the standard error ends in its status. The "
+    "exit status that it leads to stands in parentheses.";
+constexpr char kFull[] =
+    "Status 75 for what creates something tells that the file is full or worn out: check and stat "
+    "tell of what, and compact may help.";
+
+constexpr char kJsonText[] =
+    "Whole numbers above 2 to the power of 53 are decimal texts, because many programs read "
+    "numbers as doubles. Texts whose bytes are no UTF-8 are {\"hex\": \"ff00\"}. Verbs that change "
+    "something print whether anything was changed. export writes one document whatever the options "
+    "are, and the same bytes for the same content on every machine: an object with the format, the "
+    "version and the list of keys, each with its path below the exported key, owner, rights, "
+    "watch, default (null if none is set) and values, newest first of those of one name, each with "
+    "name, type and number, text or hex. import takes it, and documents in which all but the paths "
+    "of keys, the names of values and their data is left out.";
 
 constexpr char kNotes[] =
-    "A registry file has no lock. Only one program may change it at a time: stop the others before "
-    "verbs that change something, or make them wait by a lock of your own. Nobody may have the "
-    "file open while compact works, since it puts a new file into the place of the old one; what a "
-    "program writes into the old one afterwards is lost.";
+    "Calls of yaxreg that change one file wait for each other. Other programs are not held off: "
+    "none may write the file while yaxreg changes it, and none may have it open while compact "
+    "works, since that puts a new file into the place of the old one; what a program writes into "
+    "the old one afterwards is lost. What is read while another program changes the file may be "
+    "half of a change.";
+
+constexpr char kSeeAlso[] =
+    "The pages of libYAX: docs/json.md (the JSON of all verbs), docs/behaviour.md (what may "
+    "surprise; what wears a file out), docs/format.md (the file, byte by byte).";
+
+constexpr unsigned int kMaxStatus = 255;  // the registry's are small numbers
 
 struct Exit {
   ExitCode code;
@@ -42,8 +98,8 @@ struct Exit {
 constexpr Exit kExits[] = {
     {kDone, "Done"},
     {kNo,
-     "No: there is no such key or value, or there is one already, the files differ, the "
-     "rights or the room in the file do not suffice"},
+     "No: there is no such key or value, or there is one already, the files differ, the rights or "
+     "the room in the file do not suffice"},
     {kUsage, "The command line or the input is wrong"},
     {kDamaged, "The file is damaged, or is no registry file"},
     {kFailed, "A file or the output cannot be read or written"},
@@ -61,8 +117,11 @@ constexpr Example kExamples[] = {
      "yaxreg tree device.rce"},
     {"Take a part of it over into another registry:",
      "yaxreg export device.rce network | yaxreg import other.rce network"},
-    {"Save what can be saved of a damaged file:",
-     "yaxreg check device.rce || yaxreg repair device.rce -o saved.rce"},
+    {"Save what can be saved, if the file is damaged:",
+     "yaxreg check device.rce\n"
+     "test $? -ne 3 || yaxreg repair device.rce -o saved.rce"},
+    {"Tell a monitor when a file is damaged, or fewer than 1000 slots of a kind are left:",
+     "yaxreg check --quiet --min-left 1000 device.rce || logger \"look after device.rce\""},
 };
 
 std::string Bold(const std::string& text) {
@@ -99,12 +158,21 @@ std::string HeadOf(const Option& option) {
   return option.value == nullptr ? head : head + " " + Italic(option.value);
 }
 
+// Options that must be given stand with the arguments.
+std::string UsageOf(const Verb& verb) {
+  std::string usage = Bold("yaxreg " + std::string(verb.name)) + " " + Italic(ArgumentsOf(verb));
+  bool hasOthers = false;
+  for (const Option& option : verb.options) {
+    if (option.isRequired) usage += " " + Bold(LongName(option)) + " " + Italic(option.value);
+    hasOthers = hasOthers || !option.isRequired;
+  }
+  return usage + (hasOthers ? " [" + Italic("options") + "]\n" : "\n");
+}
+
 std::string SectionOf(const Verb& verb) {
   std::string page =
-      ".SS " + std::string(verb.name) + "\n" + Bold("yaxreg " + std::string(verb.name));
-  page += " " + Italic(ArgumentsOf(verb));
-  page += verb.options.empty() ? "\n" : " [" + Italic("options") + "]\n";
-  page += ".PP\n" + Sentence(verb.summary) + TroffParagraph(verb.description);
+      ".SS " + Troff(verb.name) + " \\- " + Troff(verb.summary) + "\n" + UsageOf(verb);
+  page += ".PP\n" + TroffParagraph(verb.description);
   for (const Argument& argument : verb.arguments) {
     page += Entry(Italic(argument.name), Sentence(argument.help));
   }
@@ -119,7 +187,8 @@ std::string Synopsis() {
 }
 
 std::string Description() {
-  return ".SH DESCRIPTION\n" + TroffParagraph(kDescription) + ".PP\n" + TroffParagraph(kOutput) +
+  return ".SH DESCRIPTION\n" + TroffParagraph(kDescription) + ".PP\n" + TroffParagraph(kWords) +
+         ".PP\n" + TroffParagraph(kOutput) + ".PP\n" + TroffParagraph(kNames) +
          ".PP\nEvery verb has these options:\n" + Entry(Bold("--json"), TroffParagraph(kJson)) +
          Entry(Bold("-h") + ", " + Bold("--help"), Sentence("Print a short help"));
 }
@@ -136,6 +205,24 @@ std::string ExitStatus() {
     page += Entry(Bold(std::to_string(exit.code)), Sentence(exit.meaning));
   }
   return page;
+}
+
+std::string ValueTypes() {
+  std::string page = ".SH VALUE TYPES\n";
+  for (const Item& type : kTypes) page += Entry(Bold(type.name), Sentence(type.meaning));
+  return page + ".PP\n" + TroffParagraph(kTypeLimits);
+}
+
+std::string Statuses() {
+  using tamu::registry::StatusText;
+  std::string page = ".SH STATUSES\n" + TroffParagraph(kStatuses);
+  const std::string unknown = StatusText(kMaxStatus + 1);
+  for (unsigned int status = 1; status <= kMaxStatus; ++status) {
+    if (StatusText(status) == unknown) continue;
+    const std::string code = std::to_string(ExitCodeOf(status));
+    page += Entry(Bold(std::to_string(status)) + " (" + code + ")", Sentence(StatusText(status)));
+  }
+  return page + ".PP\n" + TroffParagraph(kFull);
 }
 
 std::string Examples() {
@@ -214,9 +301,10 @@ std::string ManPage(const std::string& version) {
   std::string page = ".\\\" Made from the table of verbs, do not edit.\n";
   page += ".TH YAXREG 1 " + std::string(kDate) + " \"yaxreg " + Troff(version) + "\"\n";
   page += ".SH NAME\nyaxreg \\- see, change, check, repair and move registry files\n";
-  page += Synopsis() + Description() + Verbs() + ExitStatus();
+  page += Synopsis() + Description() + Verbs() + ValueTypes() + ExitStatus() + Statuses();
+  page += ".SH JSON\n" + TroffParagraph(kJsonText);
   page += ".SH NOTES\n" + TroffParagraph(kNotes);
-  return page + Examples();
+  return page + Examples() + ".SH SEE ALSO\n" + TroffParagraph(kSeeAlso);
 }
 
 }  // namespace yaxreg

@@ -1,5 +1,7 @@
 #include "tools/yaxreg/image/ByteText.h"
 
+#include <algorithm>
+
 namespace yaxreg {
 
 namespace {
@@ -28,13 +30,6 @@ size_t SequenceAt(const std::string& bytes, size_t i) {
 }
 
 constexpr char kDigits[] = "0123456789abcdef";
-
-int DigitOf(char c) {
-  if (c >= '0' && c <= '9') return c - '0';
-  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-  return -1;
-}
 
 }  // namespace
 
@@ -81,13 +76,31 @@ bool FromHex(const std::string& digits, std::string* bytes) {
   if (digits.size() % 2 != 0) return false;
   std::string result;
   for (size_t i = 0; i < digits.size(); i += 2) {
-    const int high = DigitOf(digits[i]);
-    const int low = DigitOf(digits[i + 1]);
-    if (high < 0 || low < 0) return false;
+    const unsigned int high = DigitOf(digits[i]);
+    const unsigned int low = DigitOf(digits[i + 1]);
+    if (high > 15 || low > 15) return false;
     result += static_cast<char>(high << 4 | low);
   }
   *bytes = result;
   return true;
+}
+
+unsigned int DigitOf(char c) {
+  if (c >= '0' && c <= '9') return static_cast<unsigned int>(c - '0');
+  if (c >= 'a' && c <= 'f') return static_cast<unsigned int>(c - 'a') + 10;
+  if (c >= 'A' && c <= 'F') return static_cast<unsigned int>(c - 'A') + 10;
+  return 16;
+}
+
+// The first byte of each character counts.
+size_t WidthOf(const std::string& text) {
+  const auto isFirst = [](char c) { return (static_cast<unsigned char>(c) & 0xC0u) != 0x80u; };
+  return static_cast<size_t>(std::count_if(text.begin(), text.end(), isFirst));
+}
+
+std::string Padded(const std::string& text, size_t width) {
+  const size_t present = WidthOf(text);
+  return present < width ? text + std::string(width - present, ' ') : text;
 }
 
 }  // namespace yaxreg

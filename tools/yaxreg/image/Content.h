@@ -8,10 +8,13 @@
 namespace yaxreg {
 
 struct ContentValue {
-  std::string name;               // 0 to 31 bytes, none of them 0
-  unsigned int type = 0;          // kValueTypeInteger ... kValueTypeMax
-  bool isSet = false;             // it was given data
-  unsigned int size = 0;          // of types 1 to 5 that of `data`; of a number as stored, mostly 8
+  static constexpr unsigned int kNumberSize = 8;  // bytes
+
+  std::string name;       // 0 to 31 bytes, none of them 0
+  unsigned int type = 0;  // kValueTypeInteger ... kValueTypeMax
+  bool isSet = false;     // it was given data
+  unsigned int size =
+      0;  // of types 1 to 5 that of `data`; of a number as stored, mostly kNumberSize
   unsigned long long number = 0;  // of type 0, all 64 bits
   std::string data;               // of types 1 to 5: the bytes
 

@@ -8,8 +8,6 @@ namespace yaxreg {
 
 namespace {
 
-using Values = std::vector<const ContentValue*>;
-
 // The keys of one side that are still to be compared.
 class Side {
  public:
@@ -63,21 +61,6 @@ class Paths {
   std::vector<const std::string*> below_;
 };
 
-// Takes the next run of values of one name from a list that is sorted by names.
-Values TakeNamed(const std::string& name, const Values& values, size_t* next) {
-  Values run;
-  while (*next < values.size() && values[*next]->name == name) run.push_back(values[(*next)++]);
-  return run;
-}
-
-bool AreSameValues(const Values& first, const Values& second) {
-  if (first.size() != second.size()) return false;
-  for (size_t i = 0; i < first.size(); ++i) {
-    if (*first[i] != *second[i]) return false;
-  }
-  return true;
-}
-
 // Tells the differences of one pair of keys, of which one may be null.
 class KeyComparison {
  public:
@@ -92,16 +75,17 @@ class KeyComparison {
   }
 
  private:
-  bool Tell(DifferenceKind kind, const std::string& name = "", Values firstValues = {},
-            Values secondValues = {}) {
+  bool Tell(DifferenceKind kind) { return Tell(kind, NamedValues(), ""); }
+
+  bool Tell(DifferenceKind kind, const NamedValues& values, const std::string& name) {
     Difference difference;
     difference.kind = kind;
     difference.path = paths_.Text();
     difference.first = first_;
     difference.second = second_;
     difference.name = name;
-    difference.firstValues = std::move(firstValues);
-    difference.secondValues = std::move(secondValues);
+    difference.firstValues = values.first;
+    difference.secondValues = values.second;
     return visit_(difference);
   }
 
@@ -118,20 +102,12 @@ class KeyComparison {
   }
 
   bool CompareValues() {
-    const Values first = first_ != nullptr ? ValuesByName(*first_) : Values();
-    const Values second = second_ != nullptr ? ValuesByName(*second_) : Values();
-    for (size_t i = 0, k = 0; i < first.size() || k < second.size();) {
-      const bool isFirst =
-          k == second.size() || (i < first.size() && first[i]->name <= second[k]->name);
-      const std::string& name = isFirst ? first[i]->name : second[k]->name;
-      Values firstRun = TakeNamed(name, first, &i);
-      Values secondRun = TakeNamed(name, second, &k);
-      if (AreSameValues(firstRun, secondRun)) continue;
-      if (!Tell(DifferenceKind::kValue, name, std::move(firstRun), std::move(secondRun))) {
-        return false;
-      }
-    }
-    return true;
+    const std::vector<ContentValue> none;
+    return VisitNames(first_ != nullptr ? first_->values : none,
+                      second_ != nullptr ? second_->values : none, [&](const NamedValues& values) {
+                        return values.AreSame() ||
+                               Tell(DifferenceKind::kValue, values, values.name());
+                      });
   }
 
   const ContentKey* first_;

@@ -16,13 +16,19 @@ struct FileResult {
 // Reads a regular file of at most `limit` bytes. Opens it for reading only.
 FileResult ReadWholeFile(const std::string& path, size_t limit, std::string* bytes);
 
-// Writes a file that must not exist yet, and forces it onto the disk. Nothing is left after a
-// failure.
+// The folder that a path lies in, "." without a slash.
+std::string FolderOf(const std::string& path);
+
+// Writes a file that must not exist yet, and forces it onto the disk: complete or not at all, also
+// when the power goes. It is written as a temporary file of the same folder, ".yaxreg-XXXXXX", and
+// then gets its name; only where the file system can neither link nor rename without replacing, it
+// is written under its name at once. Signals that would end the program wait.
 FileResult WriteNewFile(const std::string& path, const std::string& bytes);
 
-// Puts new bytes into the place of a file: written to a temporary file beside it with the same
-// owner and mode, forced onto the disk, renamed. A link is followed. The file must be writable and
-// still hold `expected`; after a failure it is as it was.
+// Puts new bytes into the place of a file: written to a temporary file ".yaxreg-XXXXXX" beside it
+// with the same owner and mode, forced onto the disk, renamed. A link is followed. The file must be
+// writable and still hold `expected`; after a failure it is as it was. Signals that would end the
+// program wait.
 FileResult ReplaceFile(const std::string& path, const std::string& expected,
                        const std::string& bytes);
 

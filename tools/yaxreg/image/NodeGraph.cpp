@@ -24,7 +24,10 @@ NodeGraph::NodeGraph(RegistryImage& image)
       linksTo_(image.Tables(NodeKind::kString)),
       dropped_(image.Tables(NodeKind::kString)) {
   FindRoot();
-  if (root_ != 0) Walk(root_);
+  if (root_ != 0) {
+    linksTo_.Count(root_);  // the header's
+    Walk(root_);
+  }
   FindOrphans();
   if (broken_.size() == 1 && orphans_.size() == 1) Reattach();
 }
@@ -110,16 +113,16 @@ void NodeGraph::Enter(unsigned int id) {
 
 void NodeGraph::Follow(unsigned int id, NodeLink link, unsigned int target) {
   const bool exists = image_.Record(NodeKind::kString, target) != nullptr;
-  const bool isCircle = exists && (state_[target] & (kEntered | kLeft)) == kEntered;
+  const bool isCircle =
+      exists && (target == root_ || (state_[target] & (kEntered | kLeft)) == kEntered);
   if (!exists || isCircle || image_.IsFree(NodeKind::kString, target)) {
     broken_.push_back({id, link});
-    isBroken_ = true;
   }
   if (!exists || isCircle) {
     dropped_[id] |= BitOf(link);
     return;
   }
-  if (linksTo_.Count(target) > 1) isBroken_ = true;
+  linksTo_.Count(target);
   if (state_[target] == 0) {
     Enter(target);
   } else if (IsLive(target)) {
@@ -137,7 +140,7 @@ void NodeGraph::Leave() {
 // In use, and not reached.
 bool NodeGraph::IsStray(unsigned int id) const {
   return image_.Record(NodeKind::kString, id) != nullptr && state_[id] == 0 &&
-         !image_.IsFree(NodeKind::kString, id);
+         image_.IsInUse(NodeKind::kString, id);
 }
 
 std::vector<unsigned int> NodeGraph::LinksOf(unsigned int id) const {
@@ -187,7 +190,7 @@ bool NodeGraph::LeadsToKey(unsigned int id, SlotCounters* seen,
     image_.Read(NodeKind::kString, next, &node);
     const unsigned int key = node.keyNode();
     if (image_.Record(NodeKind::kKey, key) != nullptr && reachedKeys[key] == 0 &&
-        !image_.IsFree(NodeKind::kKey, key)) {
+        image_.IsInUse(NodeKind::kKey, key)) {
       leads = true;
     }
     for (const unsigned int target : LinksOf(next)) pending.push_back(target);

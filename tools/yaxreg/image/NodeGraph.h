@@ -37,8 +37,6 @@ class NodeGraph {
   const std::vector<unsigned int>& nodes() const { return nodes_; }
   // Nodes in use that nothing leads to, but that lead to keys in use.
   const std::vector<unsigned int>& orphans() const { return orphans_; }
-  // Something in the tree is not as the library leaves it, so that orphans may belong there.
-  bool IsBroken() const { return isBroken_; }
   // The orphans count as reached from now on.
   void TakeOrphans();
 
@@ -77,7 +75,6 @@ class NodeGraph {
   std::vector<unsigned int> nodes_;
   std::vector<Step> steps_;
   std::vector<Place> broken_;  // links that lead nowhere, in a circle, or to a free slot
-  bool isBroken_ = false;
   std::vector<unsigned int> orphans_;
   Place mended_ = {0, NodeLink::kLo};  // the one broken link, and the one orphan that it must have
   unsigned int mendedTarget_ = 0;      // led to

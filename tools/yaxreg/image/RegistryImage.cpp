@@ -28,21 +28,23 @@ SlotUse RegistryImage::UseOf(NodeKind kind) const {
   SlotUse use;
   use.tables = static_cast<unsigned int>(Tables(kind).size());
   unsigned int newest = 0;
-  for (const Table& table : Tables(kind)) {
+  for (unsigned int table = 0; table < use.tables; ++table) {
     newest = 0;
-    for (unsigned int slot = 1; slot < table.entries; ++slot) {
+    for (unsigned int slot = 1; slot < Tables(kind)[table].entries; ++slot) {
+      const unsigned int id = tamu::registry::MakeNodeId(table, slot);
       ++use.slots;
-      if (table.isReached[slot]) {
+      if (IsReached(kind, id)) {
         ++use.reached;
-      } else if (table.isFree[slot]) {
+      } else if (IsInUse(kind, id)) {
+        ++use.leaked;
+      } else {
         ++use.free;
         ++newest;
-      } else {
-        ++use.leaked;
       }
     }
   }
   use.stranded = use.free - newest;
+  if (use.tables == 0) return use;  // not even the first one can be made out
   const unsigned int more = use.tables < kMaxTables ? kMaxTables - use.tables : 0;
   use.remaining = newest + more * (TernaryFile::kExpansionSlots - 1);
   return use;
@@ -61,9 +63,19 @@ const char* RegistryImage::KindName(NodeKind kind) {
 }
 
 std::string RegistryImage::NodeName(NodeKind kind, unsigned int id) {
+  return KindName(kind) + (' ' + IdText(id));
+}
+
+std::string RegistryImage::IdText(unsigned int id) {
   char text[16];
-  std::snprintf(text, sizeof text, " 0x%x", id);
-  return std::string(KindName(kind)) + text;
+  std::snprintf(text, sizeof text, "0x%x", id);
+  return text;
+}
+
+std::string RegistryImage::ShortPath(const std::string& path) {
+  if (path.size() <= kMaxPath) return path;
+  const size_t half = (kMaxPath - 5) / 2;
+  return path.substr(0, half) + "/.../" + path.substr(path.size() - half);
 }
 
 unsigned int RegistryImage::Word(unsigned long long offset) const {
@@ -92,6 +104,10 @@ bool RegistryImage::IsFree(NodeKind kind, unsigned int id) const {
   return TableOf(kind, id).isFree[SlotOf(id)];
 }
 
+bool RegistryImage::IsInUse(NodeKind kind, unsigned int id) const {
+  return !IsFree(kind, id) && (kind == NodeKind::kData || Entry(kind, id) == 0);
+}
+
 bool RegistryImage::IsReached(NodeKind kind, unsigned int id) const {
   return TableOf(kind, id).isReached[SlotOf(id)];
 }
@@ -102,20 +118,18 @@ void RegistryImage::MarkReached(NodeKind kind, unsigned int id) {
 }
 
 void RegistryImage::Report(Severity severity, const std::string& text) {
-  Add({severity, text, "", false});
+  if (Count(severity)) findings_.push_back({severity, text, "", false});
 }
 
-void RegistryImage::Report(Severity severity, const std::string& text, const std::string& path) {
-  Add({severity, text, path, true});
+void RegistryImage::Report(Severity severity, const std::string& text, const PathMaker& path) {
+  if (Count(severity)) findings_.push_back({severity, text, ShortPath(path()), true});
 }
 
-void RegistryImage::Add(Finding finding) {
-  if (finding.severity > worst_) worst_ = finding.severity;
-  if (findings_.size() < kMaxFindings) {
-    findings_.push_back(std::move(finding));
-  } else {
-    ++moreFindings_;
-  }
+bool RegistryImage::Count(Severity severity) {
+  if (severity > worst_) worst_ = severity;
+  if (findings_.size() < kMaxFindings) return true;
+  ++moreFindings_;
+  return false;
 }
 
 }  // namespace yaxreg

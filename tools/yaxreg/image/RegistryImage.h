@@ -1,6 +1,7 @@
 // A registry file as a whole: its tables, its free lists and everything that its tree leads to.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -33,6 +34,9 @@ enum class Orphans {
   kAlways      // they are content
 };
 
+// Makes the path of the key that a finding is about, when it is needed.
+using PathMaker = std::function<std::string()>;
+
 // Decodes a file in memory, whatever is in it: every record is checked as it is decoded, every walk
 // is bounded, nothing is written and nothing is asked of the system. docs/format.md tells the file.
 class RegistryImage {
@@ -40,6 +44,7 @@ class RegistryImage {
   static constexpr size_t kMaxSize = 2u << 20;  // bytes; the largest registry has 2,038,448
   static constexpr unsigned int kMaxTables = 21;
   static constexpr size_t kMaxFindings = 2000;  // further ones are counted
+  static constexpr size_t kMaxPath = 1000;      // bytes of a path in a finding, see ShortPath
 
   // One allocation table and its area, as far as they could be made out.
   struct Table {
@@ -67,7 +72,15 @@ class RegistryImage {
   const std::vector<Finding>& findings() const { return findings_; }
   // Findings that did not fit into findings().
   size_t moreFindings() const { return moreFindings_; }
+  // Keys or values are in use that nothing leads to. They are content if the file is damaged or
+  // Orphans::kAlways was asked for.
+  bool HasStrays() const { return hasStrays_; }
+  // The file; empty once it was dropped, which saves memory where only the rest is needed.
   const std::string& bytes() const { return bytes_; }
+  void DropBytes() {
+    bytes_.clear();
+    bytes_.shrink_to_fit();
+  }
   const std::vector<Table>& Tables(NodeKind kind) const {
     return tables_[static_cast<unsigned int>(kind)];
   }
@@ -81,8 +94,11 @@ class RegistryImage {
   static unsigned int RecordSize(NodeKind kind);
   // "string node", "key", "value" or "data block".
   static const char* KindName(NodeKind kind);
-  // "string node 0x100"
+  // "string node 0x100", and the end of it.
   static std::string NodeName(NodeKind kind, unsigned int id);
+  static std::string IdText(unsigned int id);
+  // The path, or of a very long one its beginning, "/.../" and its end.
+  static std::string ShortPath(const std::string& path);
 
  private:
   friend class TableReader;
@@ -106,14 +122,25 @@ class RegistryImage {
   // The slot's entry in its table. The slot exists.
   unsigned int Entry(NodeKind kind, unsigned int id) const;
   bool IsFree(NodeKind kind, unsigned int id) const;
+  // Handed out: not on the free list, nor, where that is damaged, linked as a free slot is.
+  bool IsInUse(NodeKind kind, unsigned int id) const;
   bool IsReached(NodeKind kind, unsigned int id) const;
   void MarkReached(NodeKind kind, unsigned int id);
   const Table& TableOf(NodeKind kind, unsigned int id) const {
     return Tables(kind)[tamu::registry::TableOf(id)];
   }
   void Report(Severity severity, const std::string& text);
-  void Report(Severity severity, const std::string& text, const std::string& path);
-  void Add(Finding finding);
+  void Report(Severity severity, const std::string& text, const PathMaker& path);
+  // True when a finding is to be kept, not only counted.
+  bool Count(Severity severity);
+  // All bytes of a record are 0.
+  template <class Stored>
+  static bool IsEmpty(const Stored& record) {
+    for (unsigned int i = 0; i < Stored::kSize; ++i) {
+      if (record.bytes()[i] != 0) return false;
+    }
+    return true;
+  }
 
   std::string bytes_;
   bool isRegistry_ = false;
@@ -123,6 +150,7 @@ class RegistryImage {
   Severity worst_ = Severity::kNote;
   std::vector<Finding> findings_;
   size_t moreFindings_ = 0;
+  bool hasStrays_ = false;
   unsigned int deadNodes_ = 0;
   std::vector<std::string> deadNames_;
 };

@@ -76,7 +76,8 @@ bool TableReader::IsRegistry() const {
   if (header.headerOffset() == TernaryHeader::kFileOffset) ++agreed;
   if (header.headerVersion() == TernaryHeader::kVersion) ++agreed;
   if (header.firstTable(NodeKind::kString) == FileLayout::kTablesOffset) ++agreed;
-  return agreed >= 5;
+  // Where even the whole header is gone with the first table, the other three still tell.
+  return agreed >= 5 || RateFirstEntries(GuessFirstEntries()) >= 13;
 }
 
 void TableReader::Run() {

@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 
 #include <filesystem>
+#include <memory>
 
 #include "tools/yaxreg/cli/ContentJson.h"
 #include "tools/yaxreg/cli/Session.h"
@@ -95,14 +96,25 @@ ExitCode FailRestore(Invocation& call, Session& session, const std::string& back
   return session.FailWithStatus(result);
 }
 
+// Where the system has its temporary files, or else beside the registry.
+std::unique_ptr<TemporaryFolder> MakeFolder(const std::string& file) {
+  std::error_code error;
+  const std::filesystem::path usual = std::filesystem::temp_directory_path(error);
+  if (!error) {
+    auto folder = std::make_unique<TemporaryFolder>((usual / "backup").string());
+    if (folder->isMade()) return folder;
+  }
+  return std::make_unique<TemporaryFolder>(file);
+}
+
 // A copy, because the library wants to write what it restores from.
 ExitCode Restore(Invocation& call, Session& session, const std::string& backup,
                  const std::string& bytes) {
-  const TemporaryFolder folder((std::filesystem::temp_directory_path() / "yaxreg").string());
-  if (!folder.isMade()) {
-    return call.Fail(kFailed, "", "", "a temporary folder " + folder.reason());
+  const std::unique_ptr<TemporaryFolder> folder = MakeFolder(call.File());
+  if (!folder->isMade()) {
+    return call.Fail(kFailed, "", "", "a temporary folder " + folder->reason());
   }
-  const std::string copy = folder.FileIn("backup");
+  const std::string copy = folder->FileIn("backup");
   const FileResult copied = WriteNewFile(copy, bytes);
   if (!copied.isDone()) return call.Fail(kFailed, copy, "", copied.reason);
   const unsigned int result =

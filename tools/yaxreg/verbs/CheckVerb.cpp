@@ -1,23 +1,46 @@
 // check: what is wrong with a file, and how worn it is.
+#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <ostream>
 
 #include "tools/yaxreg/cli/FindingText.h"
+#include "tools/yaxreg/cli/JsonText.h"
 #include "tools/yaxreg/cli/Loading.h"
+#include "tools/yaxreg/cli/Numbers.h"
+#include "tools/yaxreg/image/Kinds.h"
 #include "tools/yaxreg/verbs/Verbs.h"
 
 namespace yaxreg {
 
 namespace {
 
-constexpr NodeKind kKinds[kNodeKinds] = {NodeKind::kString, NodeKind::kKey, NodeKind::kValue,
-                                         NodeKind::kData};
+// What compact can do about a kind that is nearly full.
+std::string RemedyOf(const Wear& wear) {
+  if (wear.lost() == 0) return "nothing can be won back";
+  return std::string("yaxreg compact wins back ") + (wear.isLossNotable() ? "" : "only ") +
+         std::to_string(wear.lost());
+}
+
+// ", but nearly full: 3 data blocks left; yaxreg compact wins back 7000"; empty while there is
+// room.
+std::string FullnessOf(const RegistryImage& image) {
+  std::string text;
+  for (const NodeKind kind : kAllKinds) {
+    const Wear wear = WearOf(image, kind);
+    if (!wear.isNearlyFull()) continue;
+    text += text.empty() ? ", but nearly full: " : ", ";
+    text += wear.LeftText() + " left; " + RemedyOf(wear);
+  }
+  return text;
+}
 
 void PrintVerdict(Invocation& call, const RegistryImage& image) {
   const Palette& palette = call.palette;
   call.out << Shown(call.File()) << ": ";
   if (image.IsSound()) {
-    call.out << palette.good << "sound" << palette.end << "\n";
+    const std::string fullness = FullnessOf(image);
+    call.out << palette.good << "sound" << palette.end << palette.bad << fullness
+             << (fullness.empty() ? "" : palette.end) << "\n";
     return;
   }
   call.out << palette.bad << "damaged" << palette.end
@@ -27,68 +50,83 @@ void PrintVerdict(Invocation& call, const RegistryImage& image) {
 }
 
 void PrintWear(Invocation& call, const RegistryImage& image) {
-  for (const NodeKind kind : kKinds) {
-    const SlotUse use = image.UseOf(kind);
-    call.out << call.palette.faint << "note:" << call.palette.end << " "
-             << RegistryImage::KindName(kind) << "s: " << use.reached << " in use, " << use.leaked
-             << " lost for good";
-    if (kind == NodeKind::kString && image.deadNodes() > 0) {
-      call.out << ", " << image.deadNodes() << " only spell names without a key";
-    }
-    if (use.stranded > 0) call.out << ", " << use.stranded << " free in older tables, never used";
-    call.out << "; " << use.remaining << " left before status 75\n";
+  for (const NodeKind kind : kAllKinds) {
+    const Wear wear = WearOf(image, kind);
+    call.out << call.palette.faint << "note:" << call.palette.end << " " << KindNames(kind) << ": "
+             << wear.inUse << " in use";
+    if (wear.withoutKey > 0) call.out << " (" << wear.withoutKey << " of them without a key)";
+    call.out << ", " << wear.leaked << " leaked";
+    if (wear.stranded > 0) call.out << ", " << wear.stranded << " stranded";
+    call.out << "; " << wear.left << " left until status 75\n";
   }
 }
 
-void PrintText(Invocation& call, const RegistryImage& image) {
+// The kinds of which fewer are left than were asked for.
+std::vector<Wear> ShortOnes(const RegistryImage& image, unsigned long long minLeft) {
+  std::vector<Wear> shortOnes;
+  for (const NodeKind kind : kAllKinds) {
+    const Wear wear = WearOf(image, kind);
+    if (wear.left < minLeft) shortOnes.push_back(wear);
+  }
+  return shortOnes;
+}
+
+void PrintText(Invocation& call, const RegistryImage& image, const std::vector<Wear>& shortOnes) {
   PrintVerdict(call, image);
-  for (const Finding& finding : image.findings()) call.out << FindingLine(finding, call.palette);
-  if (image.moreFindings() > 0) {
-    call.out << "and " << image.moreFindings() << " findings more\n";
-  }
+  PrintFindings(call, image, Notes::kShown);
   PrintWear(call, image);
-  if (!call.Has("--names")) return;
-  for (const std::string& name : image.deadNames()) {
-    call.out << call.palette.faint << "note:" << call.palette.end << " /" << Shown(name)
-             << ": a name without a key\n";
+  if (call.Has("--names")) {
+    for (const std::string& name : image.deadNames()) {
+      call.out << call.palette.faint << "note:" << call.palette.end << " /" << Shown(name)
+               << ": a name without a key\n";
+    }
   }
+  for (const Wear& wear : shortOnes) {
+    call.out << call.palette.bad << "too few:" << call.palette.end << " " << wear.LeftText()
+             << " left of " << call.Text("--min-left") << " asked for\n";
+  }
+  PrintFindingCounts(call, image);
 }
 
-void PrintJson(Invocation& call, const RegistryImage& image) {
+void PrintJson(Invocation& call, const RegistryImage& image, const std::vector<Wear>& shortOnes) {
+  const FindingCounts counts = CountFindings(image);
   nlohmann::ordered_json document;
   document["file"] = JsonText(call.File());
   document["sound"] = image.IsSound();
   document["complete"] = image.IsComplete();
+  if (call.Has("--min-left")) document["enoughLeft"] = shortOnes.empty();
+  document["losses"] = counts.losses;
+  document["damages"] = counts.damages;
   document["findings"] = FindingsJson(image);
-  for (const NodeKind kind : kKinds) {
-    const SlotUse use = image.UseOf(kind);
-    nlohmann::ordered_json& wear = document["wear"][RegistryImage::KindName(kind)];
-    wear["used"] = use.reached;
-    wear["leaked"] = use.leaked;
-    if (kind == NodeKind::kString) wear["withoutKey"] = image.deadNodes();
-    wear["stranded"] = use.stranded;
-    wear["remaining"] = use.remaining;
+  for (const NodeKind kind : kAllKinds) {
+    document["kinds"][RegistryImage::KindName(kind)] = WearJson(WearOf(image, kind));
   }
   if (call.Has("--names")) {
-    nlohmann::ordered_json& names = document["withoutKey"];
+    nlohmann::ordered_json& names = document["namesWithoutKey"];
     names = nlohmann::ordered_json::array();
     for (const std::string& name : image.deadNames()) names.push_back(JsonText(name));
   }
-  call.out << document.dump(2) << "\n";
+  call.out << JsonDump(document, 2) << "\n";
 }
 
 }  // namespace
 
 ExitCode RunCheck(Invocation& call) {
+  unsigned long long minLeft = 0;
+  if (call.Has("--min-left") && !ParseNumberUpTo(call.Text("--min-left"), ~0ull, &minLeft)) {
+    return call.Fail(kUsage, "", "", "--min-left takes a whole number from 0");
+  }
   ExitCode code = kDone;
   const std::unique_ptr<RegistryImage> image = LoadImage(call, call.File(), &code);
   if (image == nullptr) return code;
+  const std::vector<Wear> shortOnes = ShortOnes(*image, minLeft);
   if (call.isJson()) {
-    PrintJson(call, *image);
+    PrintJson(call, *image, shortOnes);
   } else if (!call.Has("--quiet")) {
-    PrintText(call, *image);
+    PrintText(call, *image, shortOnes);
   }
-  return image->IsSound() ? kDone : kDamaged;
+  if (!image->IsSound()) return kDamaged;
+  return shortOnes.empty() ? kDone : kNo;
 }
 
 }  // namespace yaxreg

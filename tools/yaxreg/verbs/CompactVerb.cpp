@@ -1,37 +1,45 @@
 // compact: rewrites a file without what it has lost for good.
+#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <ostream>
 
 #include "registry/RegistryStatus.h"
+#include "tools/yaxreg/cli/FileLock.h"
+#include "tools/yaxreg/cli/JsonText.h"
 #include "tools/yaxreg/cli/Loading.h"
-#include "tools/yaxreg/image/ContentDiff.h"
 #include "tools/yaxreg/image/FileBytes.h"
 #include "tools/yaxreg/image/ImageWriter.h"
+#include "tools/yaxreg/image/Kinds.h"
 #include "tools/yaxreg/verbs/Verbs.h"
 
 namespace yaxreg {
 
 namespace {
 
-constexpr NodeKind kKinds[kNodeKinds] = {NodeKind::kString, NodeKind::kKey, NodeKind::kValue,
-                                         NodeKind::kData};
-
 void PrintText(Invocation& call, const RegistryImage& before, const RegistryImage& after) {
-  call.out << Shown(call.File()) << ": " << before.bytes().size() << " bytes before, "
-           << after.bytes().size() << " now\n";
-  for (const NodeKind kind : kKinds) {
+  const std::string file = Shown(call.File());
+  if (before.bytes() == after.bytes()) {
+    call.out << file << ": is compact already, nothing is changed\n";
+    return;
+  }
+  call.out << file << ": " << before.bytes().size() << " bytes before, " << after.bytes().size()
+           << " now\n";
+  bool isWon = after.bytes().size() < before.bytes().size();
+  for (const NodeKind kind : kAllKinds) {
     const unsigned int old = before.UseOf(kind).remaining;
     const unsigned int now = after.UseOf(kind).remaining;
     call.out << RegistryImage::KindName(kind) << "s left: " << old << " before, " << now << " now";
     if (now > old) call.out << ", " << call.palette.good << now - old << " won" << call.palette.end;
     call.out << "\n";
+    isWon = isWon || now > old;
   }
+  if (!isWon) call.out << "nothing is won\n";
 }
 
 nlohmann::ordered_json UseJson(const RegistryImage& image) {
   nlohmann::ordered_json json;
   json["bytes"] = image.bytes().size();
-  for (const NodeKind kind : kKinds) {
+  for (const NodeKind kind : kAllKinds) {
     const SlotUse use = image.UseOf(kind);
     json["left"][RegistryImage::KindName(kind)] = use.remaining;
   }
@@ -43,18 +51,42 @@ void PrintJson(Invocation& call, const RegistryImage& before, const RegistryImag
   document["changed"] = before.bytes() != after.bytes();
   document["before"] = UseJson(before);
   document["after"] = UseJson(after);
-  call.out << document.dump(2) << "\n";
+  call.out << JsonDump(document, 2) << "\n";
 }
 
-// Made of the same keys and values, and nothing is wrong with it. Anything else is a defect of this
-// program, and the file is not touched then.
+// Made of the same keys and values in the same order, and nothing is wrong with it. Anything else
+// is a defect of this program, and the file is not touched then.
 bool IsFaithful(const Content& content, const RegistryImage& after) {
-  return after.IsSound() && AreSame(content, 0, after.content(), 0);
+  const auto isSame = [](const ContentKey& one, const ContentKey& other) {
+    return one.name == other.name && one.depth == other.depth && one.IsSameAs(other);
+  };
+  const std::vector<ContentKey>& keys = after.content().keys;
+  return after.IsSound() &&
+         std::equal(content.keys.begin(), content.keys.end(), keys.begin(), keys.end(), isSame);
+}
+
+// The registry without what it has lost for good; null when that cannot be made.
+std::unique_ptr<RegistryImage> Rewrite(Invocation& call, const RegistryImage& before,
+                                       ExitCode* code) {
+  Content content = before.content();
+  for (ContentKey& key : content.keys) key.isMadeUp = false;  // it gets a record
+  const ImageWriter writer(content, before.Tables(NodeKind::kString)[0].entries);
+  if (writer.bytes().empty()) {
+    *code = call.FailWithStatus(tamu::registry::status::kLimit, call.File(), "",
+                                "is full of keys and values");
+    return nullptr;
+  }
+  auto after = std::make_unique<RegistryImage>(writer.bytes());
+  if (IsFaithful(content, *after)) return after;
+  *code = call.Fail(kFailed, call.File(), "", "cannot be rewritten faithfully, nothing is done");
+  return nullptr;
 }
 
 }  // namespace
 
 ExitCode RunCompact(Invocation& call) {
+  FileLock lock;
+  lock.Take(call.File());
   ExitCode code = kDone;
   const std::unique_ptr<RegistryImage> before = LoadImage(call, call.File(), &code);
   if (before == nullptr) return code;
@@ -62,23 +94,21 @@ ExitCode RunCompact(Invocation& call) {
     return call.FailWithStatus(tamu::registry::status::kInvalidFile, call.File(), "",
                                "is damaged, something would be lost; yaxreg repair saves the rest");
   }
-  Content content = before->content();
-  for (ContentKey& key : content.keys) key.isMadeUp = false;  // it gets a record
-  const ImageWriter writer(content, before->Tables(NodeKind::kString)[0].entries);
-  if (writer.bytes().empty()) {
-    return call.FailWithStatus(tamu::registry::status::kLimit, call.File(), "",
-                               "is full of keys and values");
+  if (before->HasStrays() && !call.Has("--force")) {
+    return call.Fail(kNo, call.File(), "",
+                     "holds keys or values that nothing leads to, deleted while they were open or "
+                     "lost by damage; yaxreg repair saves them, --force drops them");
   }
-  const RegistryImage after(writer.bytes());
-  if (!IsFaithful(content, after)) {
-    return call.Fail(kFailed, call.File(), "", "cannot be rewritten faithfully, nothing is done");
+  const std::unique_ptr<RegistryImage> after = Rewrite(call, *before, &code);
+  if (after == nullptr) return code;
+  if (before->bytes() != after->bytes()) {
+    const FileResult replaced = ReplaceFile(call.File(), before->bytes(), after->bytes());
+    if (!replaced.isDone()) return call.Fail(kFailed, call.File(), "", replaced.reason);
   }
-  const FileResult replaced = ReplaceFile(call.File(), before->bytes(), writer.bytes());
-  if (!replaced.isDone()) return call.Fail(kFailed, call.File(), "", replaced.reason);
   if (call.isJson()) {
-    PrintJson(call, *before, after);
+    PrintJson(call, *before, *after);
   } else {
-    PrintText(call, *before, after);
+    PrintText(call, *before, *after);
   }
   return kDone;
 }

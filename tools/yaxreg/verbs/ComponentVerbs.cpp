@@ -1,3 +1,4 @@
+// comp ls and comp verify: the components that are registered, and their shared objects.
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -7,10 +8,10 @@
 #include <nlohmann/json.hpp>
 #include <ostream>
 
-#include "tools/yaxreg/cli/FindingText.h"
+#include "tools/yaxreg/cli/JsonText.h"
 #include "tools/yaxreg/cli/Loading.h"
-#include "tools/yaxreg/image/ComponentCheck.h"
-#include "tools/yaxreg/image/ComponentList.h"
+#include "tools/yaxreg/components/ComponentCheck.h"
+#include "tools/yaxreg/components/ComponentList.h"
 #include "tools/yaxreg/verbs/Verbs.h"
 
 namespace yaxreg {
@@ -19,40 +20,23 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-// Many programs read numbers as doubles: larger ones are texts in JSON.
-constexpr unsigned long long kMaxJsonNumber = 1ull << 53;
-
 Json JsonOfText(const ComponentField& field) {
   return field.isThere() ? JsonText(field.text) : Json();
 }
 
 Json JsonOfNumber(const ComponentField& field) {
-  if (!field.isThere()) return nullptr;
-  if (field.number <= kMaxJsonNumber) return field.number;
-  return std::to_string(field.number);
+  return field.isThere() ? JsonNumber(field.number) : Json();
 }
 
 std::string TextOrProblem(const ComponentField& field) {
   return field.isThere() ? Shown(field.text) : field.problem;
 }
 
-// As wide as the name that is shown, in characters.
-size_t Width(const std::string& shown) {
-  return static_cast<size_t>(std::count_if(shown.begin(), shown.end(), [](char c) {
-    return (static_cast<unsigned char>(c) & 0xC0) != 0x80;
-  }));
-}
-
-std::string Padded(const std::string& shown, size_t width) {
-  const size_t present = Width(shown);
-  return present < width ? shown + std::string(width - present, ' ') : shown;
-}
-
 // The width of the column of names; a very long name may stick out.
 size_t NameWidth(const ComponentList& list) {
   size_t width = 0;
   for (const Component& component : list.components) {
-    width = std::max(width, Width(TextOrProblem(component.name)));
+    width = std::max(width, WidthOf(TextOrProblem(component.name)));
   }
   return std::min<size_t>(width, 40);
 }
@@ -91,7 +75,7 @@ void PrintListJson(const ComponentList& list, std::ostream& out) {
   for (const Component& component : list.components) {
     json["components"].push_back(ComponentJson(component));
   }
-  out << json.dump(2) << '\n';
+  out << JsonDump(json, 2) << '\n';
 }
 
 void PrintSystem(const ComponentList& list, std::ostream& out) {
@@ -207,7 +191,7 @@ void PrintVerdicts(Invocation& call, const ComponentList& list, const std::vecto
     Json json = {{"machine", check.HasMachine() ? Json(MachineName(check.machine())) : Json()},
                  {"components", Json::array()}};
     for (const Verified& one : all) json["components"].push_back(VerdictJson(one));
-    call.out << json.dump(2) << '\n';
+    call.out << JsonDump(json, 2) << '\n';
     return;
   }
   if (all.empty()) call.out << "no components are registered\n";

@@ -24,8 +24,10 @@ ExitCode RunDiff(Invocation& call) {
   const std::string secondFile = call.Text("FILE2");
   const std::unique_ptr<RegistryImage> first = LoadImage(call, firstFile, &code);
   if (first == nullptr) return code;
+  first->DropBytes();
   const std::unique_ptr<RegistryImage> second = LoadImage(call, secondFile, &code);
   if (second == nullptr) return code;
+  second->DropBytes();
 
   const std::string path = call.Path();
   const Comparison what = {first->content(), second->content(), first->content().Find(path),

@@ -1,3 +1,4 @@
+// export: keys and values as JSON.
 #include "tools/yaxreg/cli/ContentJson.h"
 #include "tools/yaxreg/cli/Loading.h"
 #include "tools/yaxreg/verbs/Verbs.h"

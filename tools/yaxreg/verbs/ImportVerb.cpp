@@ -4,17 +4,20 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <filesystem>
 #include <istream>
+#include <memory>
 #include <ostream>
 
-#include "registry/store/TernaryKeyNode.h"
+#include "tools/yaxreg/cli/ContentChange.h"
+#include "tools/yaxreg/cli/ContentJson.h"
 #include "tools/yaxreg/cli/ContentJsonReader.h"
 #include "tools/yaxreg/cli/ContentMerge.h"
 #include "tools/yaxreg/cli/DifferenceText.h"
-#include "tools/yaxreg/cli/Importer.h"
 #include "tools/yaxreg/cli/NewRegistry.h"
+#include "tools/yaxreg/cli/Numbers.h"
+#include "tools/yaxreg/cli/RestoreRoom.h"
 #include "tools/yaxreg/cli/Session.h"
-#include "tools/yaxreg/cli/TemporaryFolder.h"
 #include "tools/yaxreg/image/ContentDiff.h"
 #include "tools/yaxreg/image/FileBytes.h"
 #include "tools/yaxreg/verbs/Verbs.h"
@@ -38,78 +41,27 @@ bool ReadUpdate(Invocation& call, ContentUpdate* update, ExitCode* code) {
   return false;
 }
 
-// What an empty registry holds.
-Content EmptyContent() {
-  ContentKey root;
-  root.owner = tamu::registry::kAdministratorId;
-  root.permission = tamu::registry::TernaryKeyNode::kRootPermission;
-  return {{root}};
+// ---- what cannot be done
+
+// Why a key, whose owner, say, cannot be changed otherwise, was not restored.
+std::string NoRoomText(const RegistryImage& image, const Content& wanted,
+                       const ChangeOutcome& outcome) {
+  const size_t key = outcome.failedRestore;
+  const bool isPresent = image.content().Find(outcome.path) != Content::kNone;
+  std::string text = isPresent ? "has no room to rewrite it" : "has no room for it";
+  const size_t below = wanted.KeysBelow(key);
+  if (below == 1) text += " with the key below it";
+  if (below > 1) text += " with the " + Counted(below, "key") + " below it";
+  return text + (FitsWhenCompact(image, wanted, outcome.path) ? "; yaxreg compact may help" : "");
 }
 
-ExitCode ShowChanges(Invocation& call, const Content& present, const Content& wanted) {
-  const bool isSame = AreSame(present, 0, wanted, 0);
-  PrintDifferences(call, {present, wanted, 0, 0}, isSame);
-  return kDone;
-}
-
-// Keys that were made beside the way and that nobody wanted.
-std::vector<std::string> StrayPaths(const Content& present, const Content& wanted) {
-  std::vector<std::string> strays;
-  CompareContents(present, 0, wanted, 0, [&](const Difference& difference) {
-    const bool isStray = difference.kind == DifferenceKind::kKey && difference.second == nullptr;
-    const bool isBelowOne =
-        isStray && !strays.empty() &&
-        difference.path.compare(0, strays.back().size() + 1, strays.back() + '/') == 0;
-    if (isStray && !isBelowOne) strays.push_back(difference.path);
-    return true;
-  });
-  return strays;
-}
-
-void DeleteKeys(Registry& registry, const std::vector<std::string>& paths) {
-  for (const std::string& path : paths) {
-    registry.SetKeyPermission(0, path.c_str(), tamu::registry::kRightsAll);
-    registry.DeleteKey(0, path.c_str());  // what stays is seen by the comparison that follows
+ExitCode FailChange(Invocation& call, Session& session, const RegistryImage& image,
+                    const Content& wanted, const ChangeOutcome& outcome) {
+  if (outcome.status != status::kLimit || outcome.failedRestore == Content::kNone) {
+    return session.FailAt(outcome.path, outcome.status);
   }
-}
-
-struct Outcome {
-  unsigned int status;
-  std::string path;  // of the key that could not be changed
-};
-
-bool ReadContent(const std::string& file, Content* content) {
-  std::string bytes;
-  if (!ReadWholeFile(file, RegistryImage::kMaxSize, &bytes).isDone()) return false;
-  *content = RegistryImage(std::move(bytes)).content();
-  return true;
-}
-
-// Writes the changes into the file of the registry, closes it, and makes sure that all of them are
-// in it: the library does not report every change that found no room.
-Outcome Change(Registry& registry, const std::string& file, const Content& present,
-               const Content& wanted, const std::string& backupFile) {
-  Importer importer(registry, present, wanted, backupFile);
-  const unsigned int result = importer.Run();
-  Content changed;
-  if (!ReadContent(file, &changed)) return {status::kInputOutput, ""};
-  DeleteKeys(registry, StrayPaths(changed, wanted));
-  if (result != status::kOk) return {result, importer.path()};
-  registry.Finalize();
-  if (!ReadContent(file, &changed)) return {status::kInputOutput, ""};
-  const std::vector<Difference> missing = DifferencesOf(changed, 0, wanted, 0);
-  if (missing.empty()) return {status::kOk, ""};
-  return {status::kLimit, missing[0].path};
-}
-
-// Makes the same changes to a copy.
-Outcome Rehearse(const RegistryImage& image, const Content& wanted, const TemporaryFolder& folder) {
-  const std::string copy = folder.FileIn("copy");
-  if (!WriteNewFile(copy, image.bytes()).isDone()) return {status::kInputOutput, ""};
-  Registry registry(copy.c_str(), tamu::registry::kAdministratorId);
-  const unsigned int opened = registry.Initialize();
-  if (opened != status::kOk) return {opened, ""};
-  return Change(registry, copy, image.content(), wanted, folder.FileIn("backup"));
+  return call.FailWithStatus(outcome.status, call.File(), outcome.path,
+                             NoRoomText(image, wanted, outcome));
 }
 
 // More than the tables can hold, whatever is given back: that need not be tried.
@@ -121,29 +73,151 @@ bool IsTooMuch(const RegistryImage& image, const Content& wanted) {
   return wanted.keys.size() > room(NodeKind::kKey) || wanted.ValueCount() > room(NodeKind::kValue);
 }
 
+// Tries the changes on a copy. A failure has been printed.
+ExitCode Rehearse(Invocation& call, Session& session, const RegistryImage& image,
+                  const Content& wanted, const TemporaryFolder& folder, ChangeOutcome* outcome) {
+  if (IsTooMuch(image, wanted)) {
+    return call.FailWithStatus(status::kLimit, call.File(), "", "has no room for so much");
+  }
+  if (!folder.isMade()) return call.Fail(kFailed, call.File(), "", folder.reason());
+  *outcome = RehearseChange(image, wanted, folder);
+  if (outcome->status == status::kOk) return kDone;
+  return FailChange(call, session, image, wanted, *outcome);
+}
+
+// ---- --dry-run
+
+// Where the system has its temporary files, or else beside the registry, which needs not be
+// writable.
+std::unique_ptr<TemporaryFolder> MakeFolder(const std::string& file) {
+  std::error_code error;
+  const std::filesystem::path usual = std::filesystem::temp_directory_path(error);
+  if (!error) {
+    auto folder = std::make_unique<TemporaryFolder>((usual / "import").string());
+    if (folder->isMade()) return folder;
+  }
+  return std::make_unique<TemporaryFolder>(file);
+}
+
+// The text of a piece for each key that is rewritten with all below it, and so uses up slots;
+// `piece` makes it of the key's path and the number of keys below it.
+template <class Piece>
+std::string RewritesText(const Content& wanted, const std::vector<size_t>& rewritten, Piece piece) {
+  std::string text;
+  PathWalk walk;
+  size_t next = 0;
+  for (const size_t key : rewritten) {
+    while (next < key) walk.Enter(wanted.keys[next++]);
+    text += piece(walk.Enter(wanted.keys[next++]), wanted.KeysBelow(key), text.empty());
+  }
+  return text;
+}
+
+std::string RewriteLine(const std::string& path, size_t below, bool) {
+  const std::string line = "rewrites " + (path.empty() ? "/" : Shown(path));
+  return line + (below == 0 ? "" : " with " + Counted(below, "key") + " below it") + '\n';
+}
+
+std::string RewriteJson(const std::string& path, size_t below, bool isFirst) {
+  return (isFirst ? "{\"path\":" : ",{\"path\":") + TextJson(path) +
+         ",\"keys\":" + std::to_string(below) + '}';
+}
+
+ExitCode ShowChanges(Invocation& call, Session& session, const RegistryImage& image,
+                     const Content& wanted, const TemporaryFolder& folder) {
+  const Content& present = image.content();
+  const bool isSame = AreSame(present, 0, wanted, 0);
+  ChangeOutcome outcome;
+  if (!isSame) {
+    const ExitCode code = Rehearse(call, session, image, wanted, folder, &outcome);
+    if (code != kDone) return code;
+  }
+  const Comparison what = {present, wanted, 0, 0};
+  if (call.isJson()) {
+    const std::string rewrites = RewritesText(wanted, outcome.rewritten, RewriteJson);
+    PrintDifferences(call, what, isSame, ",\"rewrites\":[" + rewrites + ']');
+  } else {
+    PrintDifferences(call, what, isSame);
+    call.out << RewritesText(wanted, outcome.rewritten, RewriteLine);
+  }
+  return kDone;
+}
+
+// The same for a file that is not there.
+ExitCode ShowNew(Invocation& call, const ContentUpdate& update) {
+  const std::unique_ptr<TemporaryFolder> folder = MakeFolder(call.File());
+  if (!folder->isMade()) return call.Fail(kFailed, call.File(), "", folder->reason());
+  const std::string file = folder->FileIn("new");
+  unsigned int made = Registry(file.c_str(), tamu::registry::kAdministratorId).Initialize();
+  std::string bytes;
+  if (made == status::kOk && !ReadWholeFile(file, RegistryImage::kMaxSize, &bytes).isDone()) {
+    made = status::kInputOutput;
+  }
+  if (made != status::kOk) {
+    return call.FailWithStatus(made, call.File(), "", "the library cannot make a registry");
+  }
+  Session session(call);
+  const RegistryImage empty(std::move(bytes));
+  const Content wanted = MergedContent(empty.content(), call.Path(), update);
+  return ShowChanges(call, session, empty, wanted, *folder);
+}
+
+// ---- doing it
+
+// How many keys are changed themselves or new, and how many names have other values.
+struct ChangeCount {
+  ChangeCount(const Content& present, const Content& wanted) {
+    const ContentKey* last = nullptr;
+    CompareContents(present, 0, wanted, 0, [&](const Difference& difference) {
+      if (difference.kind == DifferenceKind::kValue) {
+        ++values;
+      } else if (difference.second != last) {
+        ++keys;
+        last = difference.second;
+      }
+      return true;
+    });
+  }
+  size_t keys = 0;
+  size_t values = 0;
+};
+
+ExitCode EndOfImport(Invocation& call, const std::string& path, const ChangeCount& count) {
+  const bool changed = count.keys + count.values > 0;
+  if (call.isJson()) {
+    call.out << "{\"changed\":" << (changed ? "true" : "false") << ",\"path\":" << TextJson(path)
+             << ",\"keys\":" << std::to_string(count.keys)
+             << ",\"values\":" << std::to_string(count.values) << "}\n";
+  } else if (changed) {
+    call.out << Counted(count.keys, "key") << " and " << Counted(count.values, "value")
+             << " changed\n";
+  }
+  return kDone;
+}
+
 // A change that finds no room can lose what was there before, so the file is only touched when all
 // of them have succeeded elsewhere.
 ExitCode Apply(Invocation& call, Session& session, const Content& wanted) {
-  if (IsTooMuch(session.image(), wanted)) {
-    return call.FailWithStatus(status::kLimit, call.File(), "", "has no room for so much");
-  }
   const TemporaryFolder folder(call.File());
-  if (!folder.isMade()) return call.Fail(kFailed, call.File(), "", folder.reason());
-  Outcome outcome = Rehearse(session.image(), wanted, folder);
-  if (outcome.status != status::kOk) return session.FailAt(outcome.path, outcome.status);
+  ChangeOutcome outcome;
+  const ExitCode code = Rehearse(call, session, session.image(), wanted, folder, &outcome);
+  if (code != kDone) return code;
   const std::string rehearsed = session.image().bytes();
   if (!session.OpenToChange()) return session.code();
   if (session.image().bytes() != rehearsed) {
     return call.Fail(kFailed, call.File(), "",
                      "was changed by another program meanwhile, nothing is done");
   }
-  outcome = Change(session.registry(), call.File(), session.image().content(), wanted,
-                   folder.FileIn("backup"));
-  return outcome.status == status::kOk ? kDone : session.FailAt(outcome.path, outcome.status);
+  outcome = ChangeContent(session.registry(), call.File(), session.image().content(), wanted,
+                          folder.FileIn("backup"));
+  if (outcome.status == status::kOk) return kDone;
+  return FailChange(call, session, session.image(), wanted, outcome);
 }
 
 ExitCode Import(Invocation& call, const ContentUpdate& update) {
+  const bool isDryRun = call.Has("--dry-run");
   Session session(call);
+  if (!isDryRun) session.Lock();
   if (!session.OpenToLook()) return session.code();
   if (!session.image().IsSound()) {
     return call.FailWithStatus(status::kInvalidFile, call.File(), "",
@@ -151,13 +225,15 @@ ExitCode Import(Invocation& call, const ContentUpdate& update) {
   }
   const Content& present = session.image().content();
   const Content wanted = MergedContent(present, session.path(), update);
-  if (call.Has("--dry-run")) return ShowChanges(call, present, wanted);
-  const bool isSame = AreSame(present, 0, wanted, 0);
-  if (!isSame) {
+  if (isDryRun)
+    return ShowChanges(call, session, session.image(), wanted, *MakeFolder(call.File()));
+  const std::string path = session.path();
+  const ChangeCount count(present, wanted);
+  if (count.keys + count.values > 0) {
     const ExitCode code = Apply(call, session, wanted);
     if (code != kDone) return code;
   }
-  return session.EndOfChange(!isSame);
+  return EndOfImport(call, path, count);
 }
 
 // The path has lost one "/" at its beginning already.
@@ -177,10 +253,7 @@ ExitCode RunImport(Invocation& call) {
   ExitCode code = kDone;
   if (!ReadUpdate(call, &update, &code)) return code;
   if (!IsAbsent(call.File())) return Import(call, update);
-  if (call.Has("--dry-run")) {
-    const Content empty = EmptyContent();
-    return ShowChanges(call, empty, MergedContent(empty, call.Path(), update));
-  }
+  if (call.Has("--dry-run")) return ShowNew(call, update);
   code = MakeNewRegistry(call);
   if (code != kDone) return code;
   code = Import(call, update);

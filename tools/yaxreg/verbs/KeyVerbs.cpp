@@ -98,6 +98,7 @@ ExitCode RunMkkey(Invocation& call) {
   if (keys.present() + 1 < names.size() && !withParents) {
     return session.FailWithStatus(status::kNotFound, "its parent does not exist; -p creates it");
   }
+  if (!keys.MayFit()) return session.FailWithStatus(status::kLimit);
   return MakeKey(session, keys, given);
 }
 

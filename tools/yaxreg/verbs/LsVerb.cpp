@@ -1,3 +1,4 @@
+// ls: the values and keys of one key, or all keys below it.
 #include <algorithm>
 #include <array>
 #include <ostream>
@@ -44,12 +45,6 @@ Listing ListingOf(const Content& content, size_t top, bool isRecursive) {
 using Cells = std::array<std::string, 4>;
 using Widths = std::array<size_t, 4>;
 
-// Characters, not bytes: of UTF-8 the first bytes count.
-size_t WidthOf(const std::string& text) {
-  const auto isFirst = [](char c) { return (static_cast<unsigned char>(c) & 0xC0u) != 0x80u; };
-  return static_cast<size_t>(std::count_if(text.begin(), text.end(), isFirst));
-}
-
 void Widen(const Cells& cells, Widths* widths) {
   for (size_t i = 0; i < cells.size(); ++i) {
     (*widths)[i] = std::max((*widths)[i], WidthOf(cells[i]));
@@ -66,10 +61,6 @@ void PrintCells(Invocation& call, const Cells& cells, const Widths& widths, size
     call.out << (isRight ? blanks + cells[i] : cells[i] + blanks) << "  ";
   }
   call.out << call.palette.end;
-}
-
-std::string Counted(size_t count, const char* what) {
-  return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
 
 Cells CellsOf(const Listing& listing, size_t index) {
@@ -132,9 +123,21 @@ void PrintKeyJson(Invocation& call, const Listing& listing, size_t index, const 
            << ",\"valueCount\":" << std::to_string(key.values.size()) << '}';
 }
 
+void PrintValuesJson(Invocation& call, const ContentKey& key) {
+  call.out << ",\"values\":[";
+  const char* separator = "\n";
+  for (const ContentValue* value : ValuesByName(key)) {
+    call.out << separator << ValueJson(*value);
+    separator = ",\n";
+  }
+  call.out << (key.values.empty() ? "]" : "\n]");
+}
+
 void PrintJson(Invocation& call, const Listing& listing) {
   const ContentKey& top = listing.content->keys[listing.top];
-  call.out << "{\"path\":" << TextJson(listing.content->PathOf(listing.top)) << ",\"keys\":[";
+  call.out << "{\"path\":" << TextJson(listing.content->PathOf(listing.top));
+  if (!listing.isRecursive) PrintValuesJson(call, top);
+  call.out << ",\"keys\":[";
   PathWalk walk(top.depth);
   const char* separator = "\n";
   for (const size_t index : listing.keys) {
@@ -144,17 +147,7 @@ void PrintJson(Invocation& call, const Listing& listing) {
     PrintKeyJson(call, listing, index, listing.isRecursive ? walk.Enter(key) : key.name);
     separator = ",\n";
   }
-  call.out << (listing.keys.empty() ? "]" : "\n]");
-  if (!listing.isRecursive) {
-    call.out << ",\"values\":[";
-    separator = "\n";
-    for (const ContentValue* value : ValuesByName(top)) {
-      call.out << separator << ValueJson(*value);
-      separator = ",\n";
-    }
-    call.out << (top.values.empty() ? "]" : "\n]");
-  }
-  call.out << "}\n";
+  call.out << (listing.keys.empty() ? "]}\n" : "\n]}\n");
 }
 
 }  // namespace
@@ -169,8 +162,8 @@ ExitCode RunLs(Invocation& call) {
   if (call.isJson()) {
     PrintJson(call, listing);
   } else {
-    PrintKeys(call, listing);
     if (!listing.isRecursive) PrintValues(call, image->content().keys[key]);
+    PrintKeys(call, listing);
   }
   return EndOfLook(call, *image, call.File());
 }

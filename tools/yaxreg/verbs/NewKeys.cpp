@@ -1,5 +1,6 @@
 #include "tools/yaxreg/verbs/NewKeys.h"
 
+#include "registry/store/TernaryStringNode.h"
 #include "tools/yaxreg/cli/ExactKey.h"
 
 namespace yaxreg {
@@ -35,15 +36,32 @@ NewKeys::NewKeys(Session& session, const std::vector<std::string>& names)
   for (const ContentKey& key : content.keys) before_.push_back({key.depth, key.name});
 }
 
+// The first missing name may be spelled already, by a neighbour or since a key of that name was
+// deleted. Below it nothing is: each name takes a string node for 17 bytes begun.
+bool NewKeys::MayFit() const {
+  constexpr size_t kNameBytesPerNode = tamu::registry::TernaryStringNode::kSegmentMax + 1;
+  const RegistryImage& image = session_.image();
+  size_t nodes = 0;
+  for (size_t i = present_ + 1; i < names_.size(); ++i) {
+    nodes += (names_[i].size() + kNameBytesPerNode - 1) / kNameBytesPerNode;
+  }
+  return names_.size() - present_ <= image.UseOf(NodeKind::kKey).remaining &&
+         nodes <= image.UseOf(NodeKind::kString).remaining;
+}
+
 unsigned int NewKeys::Create(const unsigned long long* defaultValue) {
   std::string path;
+  std::string first;
   for (size_t i = 0; i < names_.size(); ++i) {
     path += (i == 0 ? "" : "/") + names_[i];
     if (i < present_) continue;
+    if (i == present_) first = path;
     const bool isLast = i + 1 == names_.size();
     const unsigned int result =
         CreateExactKey(session_.registry(), path, isLast ? defaultValue : nullptr);
-    if (result != status::kOk) return result;
+    if (result == status::kOk) continue;
+    if (i > present_) Delete(first);  // dropped: the failure of the creation is told
+    return result;
   }
   return status::kOk;
 }
@@ -52,7 +70,7 @@ bool NewKeys::DeleteStrays(unsigned int* result) {
   if (!session_.LookAgain()) return false;
   *result = status::kOk;
   for (const std::string& path : Strays(session_.image().content())) {
-    const unsigned int deleted = DeleteStray(path);
+    const unsigned int deleted = Delete(path);
     if (deleted != status::kOk) *result = deleted;
   }
   return true;
@@ -83,7 +101,7 @@ bool NewKeys::IsOnTheWay(const std::string& path) const {
 }
 
 // The user owns what was made, but may have inherited no right to delete it.
-unsigned int NewKeys::DeleteStray(const std::string& path) {
+unsigned int NewKeys::Delete(const std::string& path) {
   Registry& registry = session_.registry();
   registry.SetKeyPermission(0, path.c_str(), tamu::registry::kRightsAll);
   return registry.DeleteKey(0, path.c_str());

@@ -16,8 +16,11 @@ class NewKeys {
 
   // How many of the names, from the first on, lead to keys that are there.
   size_t present() const { return present_; }
+  // Whether the room that the registry has left can suffice for all others. It may not suffice even
+  // so: names that have neighbours take more.
+  bool MayFit() const;
   // Creates all others. The last one gets the default value, if there is any. Returns a status;
-  // after a failure those that were created stay.
+  // after a failure those that were created are deleted again.
   unsigned int Create(const unsigned long long* defaultValue);
   // Decodes the file again and deletes the stray keys that Create has made. False when it cannot be
   // decoded, the failure has been printed; *result is a status otherwise.
@@ -26,7 +29,7 @@ class NewKeys {
  private:
   bool IsOnTheWay(const std::string& path) const;
   std::vector<std::string> Strays(const Content& after) const;
-  unsigned int DeleteStray(const std::string& path);
+  unsigned int Delete(const std::string& path);
 
   struct Mark {
     unsigned int depth;

@@ -1,10 +1,13 @@
 // repair: saves what is undamaged into a new file.
+#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <ostream>
 
 #include "registry/RegistryStatus.h"
 #include "tools/yaxreg/cli/FindingText.h"
+#include "tools/yaxreg/cli/JsonText.h"
 #include "tools/yaxreg/cli/Loading.h"
+#include "tools/yaxreg/cli/Numbers.h"
 #include "tools/yaxreg/image/FileBytes.h"
 #include "tools/yaxreg/image/ImageWriter.h"
 #include "tools/yaxreg/verbs/Verbs.h"
@@ -15,15 +18,39 @@ namespace status = tamu::registry::status;
 
 namespace {
 
+// What is saved, of what. Keys that were only made up for those below them are none that were
+// saved; a record that is in use, but that nothing leads to, may have been one.
+struct Savings {
+  size_t keys = 0;
+  size_t values = 0;
+  size_t keysInFile = 0;
+  size_t valuesInFile = 0;
+};
+
+size_t RecordsOf(const RegistryImage& image, NodeKind kind) {
+  const SlotUse use = image.UseOf(kind);
+  return size_t{use.reached} + use.leaked;
+}
+
+Savings SavingsOf(const RegistryImage& image) {
+  Savings savings;
+  for (const ContentKey& key : image.content().keys) savings.keys += key.isMadeUp ? 0 : 1;
+  savings.values = image.content().ValueCount();
+  savings.keysInFile = savings.keys;
+  savings.valuesInFile = savings.values;
+  if (image.IsComplete()) return savings;
+  savings.keysInFile = std::max(savings.keys, RecordsOf(image, NodeKind::kKey));
+  savings.valuesInFile = std::max(savings.values, RecordsOf(image, NodeKind::kValue));
+  return savings;
+}
+
 void PrintText(Invocation& call, const RegistryImage& image) {
-  for (const Finding& finding : image.findings()) {
-    if (finding.severity != Severity::kNote) call.out << FindingLine(finding, call.palette);
-  }
-  if (image.moreFindings() > 0) {
-    call.out << "and " << image.moreFindings() << " findings more\n";
-  }
-  call.out << Shown(call.Text("--output")) << ": " << image.content().keys.size() << " keys, "
-           << image.content().ValueCount() << " values saved";
+  const Savings savings = SavingsOf(image);
+  PrintFindings(call, image, Notes::kLeftOut);
+  PrintFindingCounts(call, image);
+  call.out << Shown(call.Text("--output")) << ": " << savings.keys << " of "
+           << Counted(savings.keysInFile, "key") << " and " << savings.values << " of "
+           << Counted(savings.valuesInFile, "value") << " saved";
   if (image.IsComplete()) {
     call.out << ", " << call.palette.good << "nothing is lost" << call.palette.end;
   } else {
@@ -34,13 +61,19 @@ void PrintText(Invocation& call, const RegistryImage& image) {
 }
 
 void PrintJson(Invocation& call, const RegistryImage& image) {
+  const Savings savings = SavingsOf(image);
+  const FindingCounts counts = CountFindings(image);
   nlohmann::ordered_json document;
   document["output"] = JsonText(call.Text("--output"));
   document["complete"] = image.IsComplete();
-  document["keys"] = image.content().keys.size();
-  document["values"] = image.content().ValueCount();
+  document["keys"] = savings.keys;
+  document["keysInFile"] = savings.keysInFile;
+  document["values"] = savings.values;
+  document["valuesInFile"] = savings.valuesInFile;
+  document["losses"] = counts.losses;
+  document["damages"] = counts.damages;
   document["findings"] = FindingsJson(image);
-  call.out << document.dump(2) << "\n";
+  call.out << JsonDump(document, 2) << "\n";
 }
 
 // Names whose key records are lost become keys again, so that the keys below them can be reached.

@@ -1,31 +1,30 @@
+// stat: how full and how worn a file is, in numbers and as a picture.
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <nlohmann/json.hpp>
 #include <ostream>
 
-#include "registry/store/TernaryFile.h"
+#include "registry/RegistryStatus.h"
 #include "tools/yaxreg/cli/FindingText.h"
+#include "tools/yaxreg/cli/JsonText.h"
 #include "tools/yaxreg/cli/Loading.h"
+#include "tools/yaxreg/cli/Numbers.h"
 #include "tools/yaxreg/image/FileBytes.h"
 #include "tools/yaxreg/image/FileMap.h"
+#include "tools/yaxreg/image/Kinds.h"
 #include "tools/yaxreg/verbs/Verbs.h"
 
 namespace yaxreg {
 
 namespace {
 
-constexpr const char* kKindNames[kNodeKinds] = {"string", "key", "value", "block"};
+constexpr size_t kMaxOldMap = 64u << 20;  // bytes; our own maps have less than one megabyte
 
 struct KindFigures {
-  SlotUse use;
-  double worn = 0;    // percent of all slots that the kind can ever have
+  Wear wear;
   double perKey = 0;  // slots that a typical key takes
 };
 
@@ -34,8 +33,8 @@ struct Figures {
   size_t keys = 0;
   size_t values = 0;
   KindFigures kinds[kNodeKinds];
-  unsigned int moreKeys = 0;   // typical ones that still fit
-  unsigned int fullFirst = 0;  // the kind that is full then
+  unsigned int moreKeys = 0;              // typical ones that still fit
+  NodeKind fullFirst = NodeKind::kValue;  // the kind that is full then
 };
 
 size_t CountKeys(const Content& content) {
@@ -43,11 +42,10 @@ size_t CountKeys(const Content& content) {
                                            [](const ContentKey& key) { return !key.isMadeUp; }));
 }
 
-double WornPercent(const SlotUse& use) {
-  const unsigned int tables = std::min(use.tables, RegistryImage::kMaxTables);
-  const unsigned int ever = use.slots + (RegistryImage::kMaxTables - tables) *
-                                            (tamu::registry::TernaryFile::kExpansionSlots - 1);
-  return 100.0 * (use.leaked + use.stranded) / std::max(ever, 1u);
+// The slots that the keys there are take; names without a key are none of theirs.
+double TakenByKeys(const Figures& figures, const Wear& wear) {
+  if (wear.kind == NodeKind::kValue) return static_cast<double>(figures.values);
+  return wear.inUse - wear.withoutKey;
 }
 
 // What a key of this file takes on the average, the root included; a file without other keys tells
@@ -55,11 +53,9 @@ double WornPercent(const SlotUse& use) {
 void FindTypicalKey(Figures* figures) {
   constexpr double kUsual[kNodeKinds] = {3.7, 1, 4, 2.5};
   for (unsigned int kind = 0; kind < kNodeKinds; ++kind) {
-    const double present = kind == static_cast<unsigned int>(NodeKind::kValue)
-                               ? static_cast<double>(figures->values)
-                               : figures->kinds[kind].use.reached;
+    const double taken = TakenByKeys(*figures, figures->kinds[kind].wear);
     figures->kinds[kind].perKey =
-        figures->keys < 2 ? kUsual[kind] : present / static_cast<double>(figures->keys);
+        figures->keys < 2 ? kUsual[kind] : taken / static_cast<double>(figures->keys);
   }
   figures->kinds[static_cast<unsigned int>(NodeKind::kKey)].perKey = 1;
 }
@@ -67,14 +63,13 @@ void FindTypicalKey(Figures* figures) {
 void EstimateRoom(Figures* figures) {
   FindTypicalKey(figures);
   bool isFirst = true;
-  for (unsigned int kind = 0; kind < kNodeKinds; ++kind) {
-    const KindFigures& one = figures->kinds[kind];
+  for (const KindFigures& one : figures->kinds) {
     if (one.perKey <= 0) continue;
     // A little more, so that a quotient that is a whole number but for rounding stays one.
-    const double fit = std::floor(one.use.remaining / one.perKey + 1e-9);
+    const double fit = std::floor(one.wear.left / one.perKey + 1e-9);
     if (!isFirst && fit >= figures->moreKeys) continue;
     figures->moreKeys = static_cast<unsigned int>(fit);
-    figures->fullFirst = kind;
+    figures->fullFirst = one.wear.kind;
     isFirst = false;
   }
 }
@@ -84,9 +79,8 @@ Figures FiguresOf(const RegistryImage& image) {
   figures.bytes = image.bytes().size();
   figures.keys = CountKeys(image.content());
   figures.values = image.content().ValueCount();
-  for (unsigned int kind = 0; kind < kNodeKinds; ++kind) {
-    figures.kinds[kind].use = image.UseOf(static_cast<NodeKind>(kind));
-    figures.kinds[kind].worn = WornPercent(figures.kinds[kind].use);
+  for (const NodeKind kind : kAllKinds) {
+    figures.kinds[static_cast<unsigned int>(kind)].wear = WearOf(image, kind);
   }
   EstimateRoom(&figures);
   return figures;
@@ -102,12 +96,8 @@ double Rounded(double number) {
   return std::round(number * 100) / 100;
 }
 
-std::string Counted(size_t count, const std::string& what) {
-  return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
-}
-
 std::string RoomText(const Figures& figures) {
-  const std::string full = std::string("the ") + kKindNames[figures.fullFirst] + "s are full";
+  const std::string full = "the " + KindNames(figures.fullFirst) + " are full";
   if (figures.moreKeys == 0) return "no room for another typical key, " + full;
   return "room for " + Counted(figures.moreKeys, "more typical key") + ", then " + full;
 }
@@ -115,29 +105,28 @@ std::string RoomText(const Figures& figures) {
 // ---- output
 
 void PrintRow(const std::vector<std::string>& cells, std::ostream& out) {
-  constexpr size_t kWidths[] = {6, 7, 7, 7, 7, 9, 10, 7, 7, 8};
+  constexpr size_t kWidths[] = {12, 7, 8, 8, 7, 10, 7, 8, 8, 9};
   for (size_t i = 0; i < cells.size(); ++i) {
     const std::string blanks(cells[i].size() < kWidths[i] ? kWidths[i] - cells[i].size() : 0, ' ');
     out << (i == 0 ? cells[i] + blanks : blanks + cells[i]);
   }
+  out << '\n';
 }
 
 void PrintTable(const Figures& figures, const Palette& palette, std::ostream& out) {
   out << palette.faint;
   PrintRow(
-      {"", "slots", "used", "leaked", "free", "stranded", "remaining", "tables", "worn", "per key"},
+      {"", "slots", "in use", "leaked", "free", "stranded", "left", "tables", "worn", "per key"},
       out);
-  out << palette.end << '\n';
-  for (unsigned int kind = 0; kind < kNodeKinds; ++kind) {
-    const KindFigures& one = figures.kinds[kind];
-    const SlotUse& use = one.use;
-    PrintRow({kKindNames[kind], std::to_string(use.slots), std::to_string(use.reached),
-              std::to_string(use.leaked), std::to_string(use.free), std::to_string(use.stranded),
-              std::to_string(use.remaining),
-              std::to_string(use.tables) + "/" + std::to_string(RegistryImage::kMaxTables),
-              Decimal(one.worn, 1) + "%", Decimal(one.perKey, 2)},
+  out << palette.end;
+  for (const KindFigures& one : figures.kinds) {
+    const Wear& wear = one.wear;
+    PrintRow({KindNames(wear.kind), std::to_string(wear.slots), std::to_string(wear.inUse),
+              std::to_string(wear.leaked), std::to_string(wear.free), std::to_string(wear.stranded),
+              std::to_string(wear.left),
+              std::to_string(wear.tables) + "/" + std::to_string(RegistryImage::kMaxTables),
+              Decimal(wear.lostPercent(), 1) + "%", Decimal(one.perKey, 2)},
              out);
-    out << '\n';
   }
 }
 
@@ -145,6 +134,8 @@ void PrintFigures(const Figures& figures, const Palette& palette, std::ostream& 
   out << Counted(figures.bytes, "byte") << ", " << Counted(figures.keys, "key") << ", "
       << Counted(figures.values, "value") << "\n\n";
   PrintTable(figures, palette, out);
+  const unsigned int withoutKey = figures.kinds[0].wear.withoutKey;
+  if (withoutKey > 0) out << "string nodes in use without a key: " << withoutKey << '\n';
   out << '\n'
       << (figures.moreKeys == 0 ? palette.bad : "") << RoomText(figures)
       << (figures.moreKeys == 0 ? palette.end : "") << '\n';
@@ -155,18 +146,18 @@ void PrintJson(const Figures& figures, const std::string& file, std::ostream& ou
                                  {"bytes", figures.bytes},
                                  {"keys", figures.keys},
                                  {"values", figures.values}};
-  for (unsigned int kind = 0; kind < kNodeKinds; ++kind) {
-    const KindFigures& one = figures.kinds[kind];
-    json["kinds"][kKindNames[kind]] = {
-        {"slots", one.use.slots},           {"used", one.use.reached},
-        {"leaked", one.use.leaked},         {"free", one.use.free},
-        {"stranded", one.use.stranded},     {"remaining", one.use.remaining},
-        {"tables", one.use.tables},         {"maxTables", RegistryImage::kMaxTables},
-        {"wornPercent", Rounded(one.worn)}, {"perTypicalKey", Rounded(one.perKey)}};
+  for (const KindFigures& one : figures.kinds) {
+    nlohmann::ordered_json& kind = json["kinds"][RegistryImage::KindName(one.wear.kind)];
+    kind = WearJson(one.wear);
+    kind["slots"] = one.wear.slots;
+    kind["tables"] = one.wear.tables;
+    kind["maxTables"] = RegistryImage::kMaxTables;
+    kind["wornPercent"] = Rounded(one.wear.lostPercent());
+    kind["perTypicalKey"] = Rounded(one.perKey);
   }
   json["moreTypicalKeys"] = figures.moreKeys;
-  json["fullFirst"] = kKindNames[figures.fullFirst];
-  out << json.dump(2) << '\n';
+  json["fullFirst"] = RegistryImage::KindName(figures.fullFirst);
+  out << JsonDump(json, 2) << '\n';
 }
 
 // ---- the map
@@ -183,29 +174,27 @@ bool IsSameFile(const std::string& a, const std::string& b) {
          first.st_dev == second.st_dev && first.st_ino == second.st_ino;
 }
 
-// Where a file is that may be replaced: behind the links that lead to it. False when there is
-// something else than a file.
-bool FindTarget(const std::string& path, std::string* target) {
-  *target = path;
-  struct stat found;
-  if (stat(path.c_str(), &found) != 0) return true;
-  if (!S_ISREG(found.st_mode)) return false;
-  const std::unique_ptr<char, void (*)(void*)> resolved(realpath(path.c_str(), nullptr), std::free);
-  if (resolved != nullptr) *target = resolved.get();
-  return true;
+// An older map, or a file that holds nothing: what may be replaced.
+bool IsReplaceable(const std::string& bytes) {
+  if (bytes.empty()) return true;
+  const size_t begin = bytes.find_first_not_of(" \t\r\n");
+  if (begin == std::string::npos) return false;
+  return bytes.compare(begin, 4, "<svg") == 0 || bytes.compare(begin, 5, "<?xml") == 0;
 }
 
-// Writes beside it and renames, so that a failure leaves the old map.
 ExitCode WriteMap(Invocation& call, const std::string& path, const std::string& svg) {
-  std::string target;
-  if (!FindTarget(path, &target)) return call.Fail(kFailed, path, "", "is no regular file");
-  const std::string temporary = target + "." + std::to_string(getpid()) + ".new";
-  const FileResult written = WriteNewFile(temporary, svg);
-  if (!written.isDone()) return call.Fail(kFailed, path, "", written.reason);
-  if (std::rename(temporary.c_str(), target.c_str()) == 0) return kDone;
-  const std::string reason = std::strerror(errno);
-  unlink(temporary.c_str());
-  return call.Fail(kFailed, path, "", "cannot be replaced: " + reason);
+  FileResult written = WriteNewFile(path, svg);
+  if (written.exists) {
+    std::string old;
+    const FileResult read = ReadWholeFile(path, kMaxOldMap, &old);
+    if (!read.isDone() && !read.tooLarge) return call.Fail(kFailed, path, "", read.reason);
+    if (read.tooLarge || !IsReplaceable(old)) {
+      return call.FailWithStatus(tamu::registry::status::kExists, path, "",
+                                 "is there already and is no SVG file");
+    }
+    written = ReplaceFile(path, old, svg);
+  }
+  return written.isDone() ? kDone : call.Fail(kFailed, path, "", written.reason);
 }
 
 ExitCode DrawMap(Invocation& call, const RegistryImage& image, const Figures& figures) {

@@ -1,3 +1,4 @@
+// tree: keys and values as a tree.
 #include <ostream>
 
 #include "tools/yaxreg/cli/ContentJson.h"
@@ -96,23 +97,27 @@ class TreePrinter {
       const bool isLast = i + 1 == values.size() && !hasMore;
       call_.out << beginning_ << (isLast ? "└── " : "├── ") << palette.value << Shown(value.name)
                 << palette.end;
-      PrintData(value);
-      const bool isHidden = i > 0 && values[i - 1]->name == value.name;
-      if (isHidden) call_.out << palette.faint << " (hidden)" << palette.end;
+      PrintData(value, i > 0 && values[i - 1]->name == value.name);
       call_.out << '\n';
     }
   }
 
-  void PrintData(const ContentValue& value) {
+  // " = 001bff (type 2, hidden)"
+  void PrintData(const ContentValue& value, bool isHidden) {
     const Palette& palette = call_.palette;
-    const std::string text = ValueText(value, kDataWidth);
-    if (!value.isSet) {
-      call_.out << palette.faint << ' ' << text << palette.end;
-      return;
+    std::string notes;
+    const auto add = [&](const std::string& note) { notes += (notes.empty() ? "" : ", ") + note; };
+    if (value.isSet) {
+      const std::string text = ValueText(value, kDataWidth);
+      call_.out << " = " << text;
+      const bool isCut = text.back() == '.';  // a number, hexadecimal digits or quoted otherwise
+      if (isCut) add(Counted(value.size, "byte"));
+    } else {
+      add("not set");
     }
-    call_.out << " = " << text;
-    const bool isCut = text.back() == '.';  // a number, hexadecimal digits or quoted otherwise
-    if (isCut) call_.out << palette.faint << " (" << value.size << " bytes)" << palette.end;
+    const std::string more = ValueNotes(value, isHidden);
+    if (!more.empty()) add(more);
+    if (!notes.empty()) call_.out << palette.faint << " (" << notes << ')' << palette.end;
   }
 
   Invocation& call_;
@@ -121,10 +126,6 @@ class TreePrinter {
   std::string beginning_;
   std::vector<size_t> lengths_;  // of the beginnings at each depth
 };
-
-std::string Counted(size_t count, const char* what) {
-  return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
-}
 
 void PrintPlain(Invocation& call, const Excerpt& excerpt) {
   const std::string path = excerpt.content->PathOf(excerpt.top);

@@ -69,7 +69,8 @@ void PrintPlain(Invocation& call, const ContentValue& value) {
   if (value.isNumber()) {
     call.out << NumberText(value.number, call.Has("--signed"));
   } else if (HoldsText(value)) {
-    call.out << value.data.substr(0, value.data.size() - 1);
+    const std::string text = value.data.substr(0, value.data.size() - 1);
+    call.out << (call.isTerminal ? Shown(text) : text);
   } else {
     call.out << ToHex(value.data);
   }
@@ -199,7 +200,7 @@ ExitCode RunSet(Invocation& call) {
   if (!session.Close()) return session.code();
   if (result == status::kOk && IsStored(session, name, input)) return session.EndOfChange(changes);
   // Through a handle the library answers 0 when there is no room.
-  return FailSet(session, name, old, result == status::kOk ? status::kLimit : result);
+  return FailSet(session, name, old, result == status::kOk ? session.UnseenStatus() : result);
 }
 
 ExitCode RunAdd(Invocation& call) {

@@ -1,4 +1,4 @@
-#include "tools/yaxreg/image/DeviceFiles.h"
+#include "tools/yaxreg/components/DeviceFiles.h"
 
 #include <dirent.h>
 #include <sys/stat.h>

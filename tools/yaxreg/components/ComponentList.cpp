@@ -1,4 +1,4 @@
-#include "tools/yaxreg/image/ComponentList.h"
+#include "tools/yaxreg/components/ComponentList.h"
 
 #include "registry/Value.h"
 

@@ -1,4 +1,4 @@
-#include "tools/yaxreg/image/SharedObject.h"
+#include "tools/yaxreg/components/SharedObject.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -7,7 +7,7 @@
 #include <cerrno>
 #include <cstring>
 
-#include "tools/yaxreg/image/ElfFile.h"
+#include "tools/yaxreg/components/ElfFile.h"
 
 namespace yaxreg {
 

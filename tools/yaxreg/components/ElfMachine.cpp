@@ -1,4 +1,4 @@
-#include "tools/yaxreg/image/ElfMachine.h"
+#include "tools/yaxreg/components/ElfMachine.h"
 
 #include <elf.h>
 

@@ -1,4 +1,4 @@
-#include "tools/yaxreg/image/ElfFile.h"
+#include "tools/yaxreg/components/ElfFile.h"
 
 #include <elf.h>
 

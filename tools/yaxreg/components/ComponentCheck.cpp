@@ -1,4 +1,4 @@
-#include "tools/yaxreg/image/ComponentCheck.h"
+#include "tools/yaxreg/components/ComponentCheck.h"
 
 namespace yaxreg {
 

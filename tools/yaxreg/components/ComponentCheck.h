@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "tools/yaxreg/image/ComponentList.h"
-#include "tools/yaxreg/image/DeviceFiles.h"
-#include "tools/yaxreg/image/SharedObject.h"
+#include "tools/yaxreg/components/ComponentList.h"
+#include "tools/yaxreg/components/DeviceFiles.h"
+#include "tools/yaxreg/components/SharedObject.h"
 
 namespace yaxreg {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/yaxreg/image/ElfMachine.h"
+#include "tools/yaxreg/components/ElfMachine.h"
 
 namespace yaxreg {
 

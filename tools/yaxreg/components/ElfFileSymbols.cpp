@@ -2,12 +2,15 @@
 
 #include <algorithm>
 
-#include "tools/yaxreg/image/ElfFile.h"
+#include "tools/yaxreg/components/ElfFile.h"
 
 namespace yaxreg {
 
 namespace {
 
+// Bytes of a table. Larger ones than any shared object has are not read: a sparse file can claim
+// terabytes.
+constexpr unsigned long long kMaxTable = 64u << 20;
 constexpr size_t kPiece = 16384;     // bytes read at once
 constexpr size_t kMaxPlaces = 4096;  // at which the names may lie in the table of strings
 constexpr unsigned int kMachineAlpha = 0x9026;
@@ -22,7 +25,10 @@ std::vector<bool> ElfFile::FindFunctions(const std::vector<std::string>& names) 
   std::vector<bool> found;
   Tables tables;
   std::vector<NamePlace> places;
-  if (!FindTables(&tables) || !FindNames(tables.strings, names, &places)) return found;
+  if (!FindTables(&tables) || tables.symbols.size > kMaxTable || tables.strings.size > kMaxTable ||
+      !FindNames(tables.strings, names, &places)) {
+    return found;
+  }
   found.resize(names.size());
   std::vector<unsigned char> piece(kPiece / SymbolSize() * SymbolSize());
   const unsigned long long end = tables.symbols.size / SymbolSize() * SymbolSize();
@@ -125,6 +131,7 @@ bool ElfFile::CountByGnuHash(unsigned long long* count) {
   const unsigned long long buckets = Number(head, 4);
   const unsigned long long first = Number(head + 4, 4);  // symbols that are not in the table
   const unsigned long long before = sizeof head + Number(head + 8, 4) * (machine_.is64 ? 8 : 4);
+  table.size = std::min(table.size, kMaxTable);
   if (before > table.size || buckets * 4 > table.size - before) return false;
   unsigned long long last = 0;
   if (!LastOfBuckets({table.offset + before, buckets * 4}, &last)) return false;

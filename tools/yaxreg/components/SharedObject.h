@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "tools/yaxreg/image/ElfMachine.h"
+#include "tools/yaxreg/components/ElfMachine.h"
 
 namespace yaxreg {
 
