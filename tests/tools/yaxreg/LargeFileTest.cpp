@@ -148,9 +148,9 @@ TEST_F(YaxregLargeFile, IsBackedUpAndRestored) {
 TEST_F(YaxregLargeFile, IsCheckedRepairedAndCompacted) {
   EXPECT_NE(std::string::npos, Done({"check", file_}).find(": sound\n"));
   const std::string saved = folder_ / "saved.rce";
-  EXPECT_NE(
-      std::string::npos,
-      Done({"repair", file_, "-o", saved}).find("4000 of 4000 keys and 8000 of 8000 values saved, nothing is lost\n"));
+  EXPECT_NE(std::string::npos,
+            Done({"repair", file_, "-o", saved})
+                .find("4000 of 4000 keys and 8000 of 8000 values saved, nothing is lost\n"));
   EXPECT_EQ("", StructureFindings(saved));
   EXPECT_EQ("", Done({"diff", file_, saved}));
   for (unsigned int i = 0; i < 10; ++i) Done({"rmkey", file_, "area0" + std::to_string(i)});

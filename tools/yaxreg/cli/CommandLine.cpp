@@ -39,6 +39,7 @@ void AddOption(const Option& option, Parsed* parsed) {
     parsed->texts.emplace_back();
     added = parsed->app->add_option(option.names, parsed->texts.back(), option.help);
     added->type_name(option.value);
+    if (option.isRequired) added->required();
   } else {
     added = parsed->app->add_flag(option.names, option.help);
   }

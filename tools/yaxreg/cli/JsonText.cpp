@@ -23,8 +23,7 @@ std::string JsonDump(const nlohmann::ordered_json& document, int indent) {
   std::string dump;
   dump.reserve(plain.size());
   for (size_t i = 0; i < plain.size(); ++i) {
-    const bool isControl =
-        plain[i] == '\xC2' && static_cast<unsigned char>(plain[i + 1]) < 0xA0;
+    const bool isControl = plain[i] == '\xC2' && static_cast<unsigned char>(plain[i + 1]) < 0xA0;
     if (isControl) ++i;
     if (isControl || plain[i] == '\x7F') {
       dump += "\\u00" + ToHex(plain.substr(i, 1));

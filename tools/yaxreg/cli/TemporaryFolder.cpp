@@ -22,4 +22,14 @@ TemporaryFolder::~TemporaryFolder() {
   std::filesystem::remove_all(path_, ignored);
 }
 
+std::unique_ptr<TemporaryFolder> MakeTemporaryFolder(const std::string& beside) {
+  std::error_code error;
+  const std::filesystem::path usual = std::filesystem::temp_directory_path(error);
+  if (!error) {
+    auto folder = std::make_unique<TemporaryFolder>((usual / "yaxreg").string());
+    if (folder->isMade()) return folder;
+  }
+  return std::make_unique<TemporaryFolder>(beside);
+}
+
 }  // namespace yaxreg

@@ -1,6 +1,7 @@
 // A folder for files that nobody else is to see.
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include "tools/yaxreg/image/HeldSignals.h"
@@ -26,5 +27,8 @@ class TemporaryFolder {
   std::string path_;
   std::string reason_;
 };
+
+// One among the system's temporary files, or, where that cannot be, beside a path.
+std::unique_ptr<TemporaryFolder> MakeTemporaryFolder(const std::string& beside);
 
 }  // namespace yaxreg

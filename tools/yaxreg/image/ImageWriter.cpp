@@ -12,6 +12,7 @@
 #include "registry/store/TernaryFile.h"
 #include "registry/store/TernaryHeader.h"
 #include "tools/yaxreg/image/KeyRecords.h"
+#include "tools/yaxreg/image/Kinds.h"
 
 namespace yaxreg {
 
@@ -31,12 +32,7 @@ using tamu::registry::TernaryKeyNode;
 using tamu::registry::TernaryStringNode;
 using tamu::registry::TernaryValueNode;
 
-namespace {
-
-constexpr NodeKind kKinds[kNodeKinds] = {NodeKind::kString, NodeKind::kKey, NodeKind::kValue,
-                                         NodeKind::kData};
-
-}  // namespace
+namespace {}  // namespace
 
 ImageWriter::ImageWriter(const Content& content, unsigned int firstEntries)
     : content_(content),
@@ -45,7 +41,7 @@ ImageWriter::ImageWriter(const Content& content, unsigned int firstEntries)
   if (!CountRecords()) return;
   PlaceTables();
   WriteHeaders();
-  for (const NodeKind kind : kKinds) WriteTables(kind);
+  for (const NodeKind kind : kAllKinds) WriteTables(kind);
   WriteNames();
   WriteKeys();
 }
@@ -109,15 +105,15 @@ unsigned int ImageWriter::EntriesOf(size_t table) const {
 // The first tables, then their areas, then appended tables, each with its area behind it.
 void ImageWriter::PlaceTables() {
   unsigned int end = FileLayout::kTablesOffset;
-  for (const NodeKind kind : kKinds) {
+  for (const NodeKind kind : kAllKinds) {
     Of(kind).offsets.push_back(end);
     end += static_cast<unsigned int>(NodeAllocationTable::StoredSize(firstEntries_));
   }
-  for (const NodeKind kind : kKinds) {
+  for (const NodeKind kind : kAllKinds) {
     Of(kind).areas.push_back(end);
     end += firstEntries_ * RegistryImage::RecordSize(kind);
   }
-  for (const NodeKind kind : kKinds) {
+  for (const NodeKind kind : kAllKinds) {
     Tables& tables = Of(kind);
     for (size_t table = 1; table < tables.used.size(); ++table) {
       tables.offsets.push_back(end);
@@ -136,7 +132,7 @@ void ImageWriter::WriteHeaders() {
   TernaryHeader header;
   header.setHeaderOffset(TernaryHeader::kFileOffset);
   header.setHeaderVersion(TernaryHeader::kVersion);
-  for (const NodeKind kind : kKinds) header.setFirstTable(kind, Of(kind).offsets[0]);
+  for (const NodeKind kind : kAllKinds) header.setFirstTable(kind, Of(kind).offsets[0]);
   header.setStartNode(IdOf(0));
   header.setFileSize(static_cast<unsigned int>(bytes_.size()));
   std::memcpy(&bytes_[TernaryHeader::kFileOffset], header.bytes(), TernaryHeader::kSize);

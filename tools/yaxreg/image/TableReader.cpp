@@ -8,6 +8,7 @@
 #include "registry/store/NodeAllocationTable.h"
 #include "registry/store/TernaryFile.h"
 #include "registry/store/TernaryHeader.h"
+#include "tools/yaxreg/image/Kinds.h"
 
 namespace yaxreg {
 
@@ -19,8 +20,6 @@ using tamu::registry::TernaryHeader;
 
 namespace {
 
-constexpr NodeKind kKinds[kNodeKinds] = {NodeKind::kString, NodeKind::kKey, NodeKind::kValue,
-                                         NodeKind::kData};
 constexpr unsigned int kHeadersEnd = FileLayout::kTablesOffset;
 
 template <class Stored>
@@ -47,7 +46,7 @@ unsigned long long FirstTable(NodeKind kind, unsigned long long entries) {
 
 unsigned long long FirstArea(NodeKind kind, unsigned long long entries) {
   unsigned long long offset = kHeadersEnd + 4 * (NodeAllocationTable::kSize + 4 * entries);
-  for (const NodeKind before : kKinds) {
+  for (const NodeKind before : kAllKinds) {
     if (before == kind) break;
     offset += entries * RegistryImage::RecordSize(before);
   }
@@ -93,7 +92,7 @@ void TableReader::Run() {
   }
   PlaceFirstTables(entries);
   PlaceAppendedTables(static_cast<unsigned int>(FirstEnd(entries)));
-  for (const NodeKind kind : kKinds) {
+  for (const NodeKind kind : kAllKinds) {
     for (unsigned int number = 0; number < image_.Tables(kind).size(); ++number) {
       CheckTable(kind, number);
       WalkFreeList(kind, number);
@@ -137,7 +136,8 @@ unsigned int TableReader::GuessFirstEntries() const {
                                           first.entryCount(),
                                           (first.areaOffset() - kHeadersEnd - 128) / 16};
   for (unsigned int i = 1; i < kNodeKinds; ++i) {
-    const unsigned int distance = header.firstTable(kKinds[i]) - header.firstTable(kKinds[i - 1]);
+    const unsigned int distance =
+        header.firstTable(kAllKinds[i]) - header.firstTable(kAllKinds[i - 1]);
     candidates.push_back((distance - NodeAllocationTable::kSize) / 4);
   }
   unsigned int best = 0;
@@ -156,7 +156,7 @@ unsigned int TableReader::RateFirstEntries(unsigned long long entries) const {
   if (entries < 1 || FirstEnd(entries) > RegistryImage::kMaxSize) return 0;
   const TernaryHeader header = StoredAt<TernaryHeader>(image_.bytes_, TernaryHeader::kFileOffset);
   unsigned int rating = FirstEnd(entries) <= image_.bytes_.size() ? 1 : 0;
-  for (const NodeKind kind : kKinds) {
+  for (const NodeKind kind : kAllKinds) {
     const unsigned long long offset = FirstTable(kind, entries);
     const NodeAllocationTable table = StoredAt<NodeAllocationTable>(image_.bytes_, offset);
     if (header.firstTable(kind) == offset) ++rating;
@@ -170,7 +170,7 @@ unsigned int TableReader::RateFirstEntries(unsigned long long entries) const {
 
 void TableReader::PlaceFirstTables(unsigned int entries) {
   const TernaryHeader header = StoredAt<TernaryHeader>(image_.bytes_, TernaryHeader::kFileOffset);
-  for (const NodeKind kind : kKinds) {
+  for (const NodeKind kind : kAllKinds) {
     const unsigned int offset = static_cast<unsigned int>(FirstTable(kind, entries));
     AddTable({kind, offset, entries}, static_cast<unsigned int>(FirstArea(kind, entries)));
     if (header.firstTable(kind) != offset) {
@@ -227,7 +227,7 @@ bool TableReader::GuessTile(unsigned int offset, Tile* tile) const {
   const NodeAllocationTable table = StoredAt<NodeAllocationTable>(image_.bytes_, offset);
   const unsigned int byArea = (table.areaOffset() - offset - NodeAllocationTable::kSize) / 4;
   unsigned int bestRating = 5;
-  for (const NodeKind kind : kKinds) {
+  for (const NodeKind kind : kAllKinds) {
     for (const unsigned int entries : {table.entryCount(), byArea, TernaryFile::kExpansionSlots}) {
       const Tile guess = {kind, offset, entries};
       const unsigned int rating = RateTile(guess);

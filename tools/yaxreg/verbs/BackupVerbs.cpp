@@ -1,7 +1,6 @@
 // The library's own backup of a key and all below it.
 #include <sys/stat.h>
 
-#include <filesystem>
 #include <memory>
 
 #include "tools/yaxreg/cli/ContentJson.h"
@@ -96,21 +95,10 @@ ExitCode FailRestore(Invocation& call, Session& session, const std::string& back
   return session.FailWithStatus(result);
 }
 
-// Where the system has its temporary files, or else beside the registry.
-std::unique_ptr<TemporaryFolder> MakeFolder(const std::string& file) {
-  std::error_code error;
-  const std::filesystem::path usual = std::filesystem::temp_directory_path(error);
-  if (!error) {
-    auto folder = std::make_unique<TemporaryFolder>((usual / "backup").string());
-    if (folder->isMade()) return folder;
-  }
-  return std::make_unique<TemporaryFolder>(file);
-}
-
 // A copy, because the library wants to write what it restores from.
 ExitCode Restore(Invocation& call, Session& session, const std::string& backup,
                  const std::string& bytes) {
-  const std::unique_ptr<TemporaryFolder> folder = MakeFolder(call.File());
+  const std::unique_ptr<TemporaryFolder> folder = MakeTemporaryFolder(call.File());
   if (!folder->isMade()) {
     return call.Fail(kFailed, "", "", "a temporary folder " + folder->reason());
   }

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <filesystem>
 #include <istream>
 #include <memory>
 #include <ostream>
@@ -20,6 +19,7 @@
 #include "tools/yaxreg/cli/Session.h"
 #include "tools/yaxreg/image/ContentDiff.h"
 #include "tools/yaxreg/image/FileBytes.h"
+#include "tools/yaxreg/image/HeldSignals.h"
 #include "tools/yaxreg/verbs/Verbs.h"
 
 namespace yaxreg {
@@ -87,18 +87,6 @@ ExitCode Rehearse(Invocation& call, Session& session, const RegistryImage& image
 
 // ---- --dry-run
 
-// Where the system has its temporary files, or else beside the registry, which needs not be
-// writable.
-std::unique_ptr<TemporaryFolder> MakeFolder(const std::string& file) {
-  std::error_code error;
-  const std::filesystem::path usual = std::filesystem::temp_directory_path(error);
-  if (!error) {
-    auto folder = std::make_unique<TemporaryFolder>((usual / "import").string());
-    if (folder->isMade()) return folder;
-  }
-  return std::make_unique<TemporaryFolder>(file);
-}
-
 // The text of a piece for each key that is rewritten with all below it, and so uses up slots;
 // `piece` makes it of the key's path and the number of keys below it.
 template <class Piece>
@@ -145,7 +133,7 @@ ExitCode ShowChanges(Invocation& call, Session& session, const RegistryImage& im
 
 // The same for a file that is not there.
 ExitCode ShowNew(Invocation& call, const ContentUpdate& update) {
-  const std::unique_ptr<TemporaryFolder> folder = MakeFolder(call.File());
+  const std::unique_ptr<TemporaryFolder> folder = MakeTemporaryFolder(call.File());
   if (!folder->isMade()) return call.Fail(kFailed, call.File(), "", folder->reason());
   const std::string file = folder->FileIn("new");
   unsigned int made = Registry(file.c_str(), tamu::registry::kAdministratorId).Initialize();
@@ -226,7 +214,7 @@ ExitCode Import(Invocation& call, const ContentUpdate& update) {
   const Content& present = session.image().content();
   const Content wanted = MergedContent(present, session.path(), update);
   if (isDryRun)
-    return ShowChanges(call, session, session.image(), wanted, *MakeFolder(call.File()));
+    return ShowChanges(call, session, session.image(), wanted, *MakeTemporaryFolder(call.File()));
   const std::string path = session.path();
   const ChangeCount count(present, wanted);
   if (count.keys + count.values > 0) {
@@ -254,6 +242,7 @@ ExitCode RunImport(Invocation& call) {
   if (!ReadUpdate(call, &update, &code)) return code;
   if (!IsAbsent(call.File())) return Import(call, update);
   if (call.Has("--dry-run")) return ShowNew(call, update);
+  const HeldSignals signals;  // no empty registry stays behind
   code = MakeNewRegistry(call);
   if (code != kDone) return code;
   code = Import(call, update);
