@@ -29,6 +29,14 @@ TEST(YaxregContent, FindsKeysByTheirPaths) {
   EXPECT_EQ(Content::kNone, Content().Find(""));
 }
 
+TEST(YaxregContent, FindsAKeyDirectlyBelowAnother) {
+  const Content content = Sample();
+  EXPECT_EQ(4u, content.FindChild(1, "d"));
+  EXPECT_EQ(6u, content.FindChild(5, "b"));
+  EXPECT_EQ(Content::kNone, content.FindChild(1, "c"));
+  EXPECT_EQ(Content::kNone, content.FindChild(4, "b"));
+}
+
 TEST(YaxregContent, KnowsWhereTheKeysBelowAKeyEnd) {
   const Content content = Sample();
   const size_t ends[] = {7, 5, 4, 4, 5, 7, 7};

@@ -249,6 +249,26 @@ TEST(RegistryImage, FindsTheTableBehindOneThatNothingLeadsTo) {
   EXPECT_EQ(2u, image.UseOf(NodeKind::kKey).tables);
 }
 
+// The power went before the table was on the disk: there are zeros in its place.
+TEST(RegistryImage, FindsTheTableBehindZeros) {
+  HandMadeFile file = SmallTree();
+  const unsigned second = 75888 + 2032 + 500 * 52;
+  const unsigned end = second + 2032 + 500 * 24;
+  file.bytes.resize(end);
+  file.PutTable(second, second + 2032, 500, 1);
+  file.PutWord(HandMadeFile::kKeyTable, second);
+  file.PutWord(4212, end);
+  MoveNfs(second, &file);
+  const TempDir folder;
+  PutFile(folder / "r", file.bytes);
+  ASSERT_EQ("", StructureFindings(folder / "r"));
+  const RegistryImage image(file.bytes);
+  EXPECT_EQ("note: 28032 bytes at 75888 are left of a growth that was interrupted\n",
+            FindingsText(image));
+  EXPECT_EQ(SmallTreeText(), ContentText(image.content()));
+  EXPECT_EQ(2u, image.UseOf(NodeKind::kKey).tables);
+}
+
 TEST(RegistryImage, ReadsTheRecordsOfAnAppendedTable) {
   HandMadeFile file = SmallTree();
   const unsigned end = 75888 + 2032 + 500 * 24;

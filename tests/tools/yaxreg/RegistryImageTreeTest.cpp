@@ -306,9 +306,9 @@ const DamageCase kData[] = {
      ""},
     {"NoFirstBlock",
      {{V(2) + 44, 0}},
-     "loss: /net: the data of value \"port\" cannot be read\n",
+     "loss: /net: the data of value \"port\" is lost or found no room, it is not set now\n",
      kPort,
-     ""},
+     "  port 1 0  unset\n"},
     {"FirstBlockOnTheFreeList",
      {{V(2) + 44, 0x16C00}},
      "loss: /net: the data of value \"port\" leads on to more than its size tells\n"

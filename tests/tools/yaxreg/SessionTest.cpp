@@ -4,6 +4,7 @@
 #include <sstream>
 #include <string>
 
+#include "registry/store/TernaryFile.h"
 #include "tests/tools/yaxreg/ChangeRig.h"
 #include "tools/yaxreg/cli/Session.h"
 
@@ -40,6 +41,37 @@ TEST_F(YaxregSession, TellsThatAnotherProgramHasReplacedTheFile) {
   Replace();
   EXPECT_FALSE(session.Close());
   ExpectReplaced(session.code());
+}
+
+// A program that was killed while it made the file leaves one without a root key; the library makes
+// it when it opens the file.
+class YaxregRootless : public YaxregSession {
+ protected:
+  void SetUp() override {
+    tamu::registry::TernaryFile store;
+    ASSERT_EQ(0u, store.CreateRegistryFile(file.c_str(), 65536));
+  }
+};
+
+TEST_F(YaxregRootless, IsChangedLikeAnyOther) {
+  Session session(call);
+  ASSERT_TRUE(session.OpenToChange());
+  EXPECT_FALSE(session.image().content().keys[0].isMadeUp);
+}
+
+TEST_F(YaxregRootless, TakesTheRootForAKeyThatIsThere) {
+  EXPECT_EQ(0, Yaxreg({"mkkey", "-p", file, "/"}).code);
+}
+
+TEST_F(YaxregRootless, TakesAValueOfTheRoot) {
+  EXPECT_EQ(0, Yaxreg({"add", file, "/", "n", "--int", "1"}).code);
+  EXPECT_EQ("1\n", Yaxreg({"get", file, "/", "n"}).out);
+}
+
+TEST_F(YaxregRootless, IsImportedInto) {
+  const Answer answer = Yaxreg({"import", file}, R"({"keys":[{"path":"a","watch":3}]})");
+  EXPECT_EQ(0, answer.code) << answer.err;
+  EXPECT_EQ("3\n", Yaxreg({"watch", file, "a"}).out);
 }
 
 TEST_F(YaxregSession, TellsThatTheFileIsGone) {

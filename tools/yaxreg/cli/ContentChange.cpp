@@ -1,5 +1,7 @@
 #include "tools/yaxreg/cli/ContentChange.h"
 
+#include <unistd.h>
+
 #include <memory>
 #include <utility>
 
@@ -80,7 +82,11 @@ ChangeOutcome RehearseChange(const RegistryImage& image, const Content& wanted,
   Registry registry(copy.c_str(), tamu::registry::kAdministratorId);
   const unsigned int opened = registry.Initialize();
   if (opened != status::kOk) return {opened, ""};
-  return ChangeContent(registry, copy, image.content(), wanted, folder.FileIn("backup"));
+  const ChangeOutcome outcome =
+      ChangeContent(registry, copy, image.content(), wanted, folder.FileIn("backup"));
+  registry.Finalize();
+  unlink(copy.c_str());  // the change itself may need the room
+  return outcome;
 }
 
 }  // namespace yaxreg

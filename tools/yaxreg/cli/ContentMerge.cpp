@@ -170,7 +170,9 @@ class Merger {
 
 Content MergedContent(const Content& content, const std::string& base,
                       const ContentUpdate& update) {
-  return Merger(content).Run(Trimmed(base), update);
+  Content merged = Merger(content).Run(Trimmed(base), update);
+  merged.keys[0].isMadeUp = false;  // the library makes the root key where there is none
+  return merged;
 }
 
 }  // namespace yaxreg

@@ -106,7 +106,8 @@ bool Session::OpenToChange() {
   if (!LookAgain() || !CheckSound() || !CheckWritable()) return false;
   registry_ = std::make_unique<tamu::registry::Registry>(file_.c_str(), user_);
   const unsigned int opened = registry_->Initialize();
-  if (opened == status::kOk) return true;
+  // The library has made the root key of a file that had none yet.
+  if (opened == status::kOk) return !image_->content().keys[0].isMadeUp || LookAgain();
   code_ = call_.FailWithStatus(
       opened, file_, "", opened == status::kNoMemory ? "the library cannot open the file" : "");
   return false;

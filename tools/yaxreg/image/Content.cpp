@@ -25,14 +25,18 @@ size_t Content::Find(const std::string& path) const {
   if (keys.empty()) return kNone;
   size_t key = 0;
   for (const std::string& name : ComponentsOf(path)) {
-    const unsigned int depth = keys[key].depth + 1;
-    const size_t end = EndOf(key);
-    size_t child = key + 1;
-    while (child < end && (keys[child].depth != depth || keys[child].name != name)) ++child;
-    if (child == end) return kNone;
-    key = child;
+    key = FindChild(key, name);
+    if (key == kNone) return kNone;
   }
   return key;
+}
+
+size_t Content::FindChild(size_t key, const std::string& name) const {
+  const unsigned int depth = keys[key].depth + 1;
+  for (size_t child = key + 1; child < keys.size() && keys[child].depth >= depth; ++child) {
+    if (keys[child].depth == depth && keys[child].name == name) return child;
+  }
+  return kNone;
 }
 
 std::string Content::PathOf(size_t key) const {

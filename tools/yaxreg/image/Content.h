@@ -56,6 +56,8 @@ struct Content {
   // The index of the key with that path, kNone if there is none. Components are separated by "/";
   // one "/" at the beginning and one at the end are ignored; "" is the root.
   size_t Find(const std::string& path) const;
+  // The same of a key directly below `key`.
+  size_t FindChild(size_t key, const std::string& name) const;
   // The path of a key, "" for the root. Takes time in proportion to the index: use a PathWalk to
   // visit many.
   std::string PathOf(size_t key) const;

@@ -154,7 +154,7 @@ FileResult ReadWholeFile(const std::string& path, size_t limit, std::string* byt
     return result;
   }
   if (static_cast<unsigned long long>(found.st_size) > limit) {
-    result.reason = "is longer than any registry can be";
+    result.reason = "is longer than what yaxreg reads";
     result.tooLarge = true;
     return result;
   }
@@ -192,9 +192,14 @@ FileResult ReplaceFile(const std::string& path, const std::string& expected,
   const std::string folder = FolderOf(target);
   TemporaryFile made(folder, 0600);
   if (!made.isMade()) return Failure("no temporary file can be made beside it", errno);
-  // Only root may give a file away; without it the owner is who compacts, as with any editor.
-  if (fchown(made.fd(), old.st_uid, old.st_gid) != 0 && errno != EPERM) {
-    return Failure("the temporary file cannot be given its owner", errno);
+  // Only root may give a file away; without it the owner is who compacts, as with any editor, and
+  // the group stays if it may.
+  if (fchown(made.fd(), old.st_uid, old.st_gid) != 0) {
+    if (errno != EPERM) return Failure("the temporary file cannot be given its owner", errno);
+    const gid_t kept = old.st_gid;
+    if (fchown(made.fd(), static_cast<uid_t>(-1), kept) != 0 && errno != EPERM) {
+      return Failure("the temporary file cannot be given its group", errno);
+    }
   }
   if (fchmod(made.fd(), old.st_mode & 07777) != 0) {
     return Failure("the temporary file cannot be given its mode", errno);

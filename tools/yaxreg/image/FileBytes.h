@@ -26,7 +26,8 @@ std::string FolderOf(const std::string& path);
 FileResult WriteNewFile(const std::string& path, const std::string& bytes);
 
 // Puts new bytes into the place of a file: written to a temporary file ".yaxreg-XXXXXX" beside it
-// with the same owner and mode, forced onto the disk, renamed. A link is followed. The file must be
+// with the same mode, and the same owner and group where the user may give it away, forced onto the
+// disk, renamed. A link is followed. The file must be
 // writable and still hold `expected`; after a failure it is as it was. Signals that would end the
 // program wait.
 FileResult ReplaceFile(const std::string& path, const std::string& expected,

@@ -147,8 +147,15 @@ bool KeyReader::IsPossible(const TernaryValueNode& record, const std::string& na
 
 bool KeyReader::ReadData(const TernaryValueNode& record, const std::string& name,
                          const PathMaker& path, ContentValue* value) {
-  // Data that found no room: the value is there, but not set, and its size means nothing.
-  if (record.dataWord() == 0 && (!record.isSet() || record.dataSize() == 0)) {
+  // Data that found no room: the value is there, but not set, and its size means nothing. Set
+  // through a handle it says that it has some all the same, as when the link to it is lost.
+  if (record.dataWord() == 0) {
+    if (record.isSet() && record.dataSize() != 0) {
+      image_.Report(Severity::kLoss,
+                    "the data of " + Quoted(name) + " is lost or found no room, it is not set now",
+                    path);
+      value->isSet = false;
+    }
     value->size = 0;
     return true;
   }

@@ -16,10 +16,11 @@ bool IsBefore(const std::string& a, const std::string& b) {
   });
 }
 
-// So many characters from `offset` on are the same.
+// So many characters from `offset` on are the same; no more than a segment holds are looked at.
 size_t CommonLength(const std::string& a, const std::string& b, size_t offset) {
+  const size_t end = std::min({a.size(), b.size(), offset + TernaryStringNode::kSegmentMax});
   size_t i = offset;
-  while (i < a.size() && i < b.size() && a[i] == b[i]) ++i;
+  while (i < end && a[i] == b[i]) ++i;
   return i - offset;
 }
 
@@ -108,8 +109,7 @@ void NameTree::AddDirectory(size_t parentKey, size_t from) {
 void NameTree::MakeNode(const Task& task) {
   const std::string& first = Name(task.begin);
   const size_t common = CommonLength(first, Name(task.end - 1), task.offset);
-  const size_t length = std::min({common, first.size() - task.offset - 1,
-                                  static_cast<size_t>(TernaryStringNode::kSegmentMax)});
+  const size_t length = std::min(common, first.size() - task.offset - 1);
   const size_t place = task.offset + length;
   std::vector<size_t> groups;  // where names with another character at the place begin
   for (size_t i = task.begin; i < task.end; ++i) {

@@ -41,7 +41,7 @@ using PathMaker = std::function<std::string()>;
 // is bounded, nothing is written and nothing is asked of the system. docs/format.md tells the file.
 class RegistryImage {
  public:
-  static constexpr size_t kMaxSize = 2u << 20;  // bytes; the largest registry has 2,038,448
+  static constexpr size_t kMaxSize = 2u << 20;  // bytes; a usual registry has 2,038,448 at most
   static constexpr unsigned int kMaxTables = 21;
   static constexpr size_t kMaxFindings = 2000;  // further ones are counted
   static constexpr size_t kMaxPath = 1000;      // bytes of a path in a finding, see ShortPath

@@ -183,7 +183,14 @@ void TableReader::PlaceAppendedTables(unsigned int offset) {
   const unsigned int told =
       StoredAt<TernaryHeader>(image_.bytes_, TernaryHeader::kFileOffset).fileSize();
   Tile tile = {NodeKind::kString, 0, 0};
-  while (GuessTile(offset, &tile)) {
+  while (offset < image_.bytes_.size()) {
+    if (!GuessTile(offset, &tile)) {
+      const unsigned int next = NextLinked(offset);
+      if (next == 0) break;
+      ReportGrowth(offset, next);
+      offset = next;
+      continue;
+    }
     // A table that was being appended when the power went is behind the end that the header tells,
     // and nothing leads to it yet.
     if (offset == told && !IsLinked(tile)) break;
@@ -193,13 +200,30 @@ void TableReader::PlaceAppendedTables(unsigned int offset) {
     if (IsLinked(tile) || IsUsed(tile, area, end)) {
       AddTable(tile, area);
     } else {
-      image_.Report(Severity::kNote, std::to_string(end - offset) + " bytes at " +
-                                         std::to_string(offset) +
-                                         " are left of a growth that was interrupted");
+      ReportGrowth(offset, end);
     }
     offset = end;
   }
   CheckLength(offset);
+}
+
+// A table that was being appended when the power went may be zeros, while those that were appended
+// behind it later are linked to. 0: no table behind the offset is.
+unsigned int TableReader::NextLinked(unsigned int offset) const {
+  unsigned int nearest = 0;
+  for (const NodeKind kind : kAllKinds) {
+    const std::vector<RegistryImage::Table>& tables = image_.Tables(kind);
+    const unsigned int next = tables.empty() ? 0 : image_.Word(tables.back().offset);
+    const bool isTable = next > offset && image_.Word(next + 4ULL) == next;
+    if (isTable && (nearest == 0 || next < nearest)) nearest = next;
+  }
+  return nearest;
+}
+
+void TableReader::ReportGrowth(unsigned int begin, unsigned int end) {
+  image_.Report(Severity::kNote, std::to_string(end - begin) + " bytes at " +
+                                     std::to_string(begin) +
+                                     " are left of a growth that was interrupted");
 }
 
 void TableReader::CheckLength(unsigned int end) {

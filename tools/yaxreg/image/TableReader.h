@@ -32,6 +32,8 @@ class TableReader {
   unsigned int RateFirstEntries(unsigned long long entries) const;
   void PlaceFirstTables(unsigned int entries);
   void PlaceAppendedTables(unsigned int offset);
+  unsigned int NextLinked(unsigned int offset) const;
+  void ReportGrowth(unsigned int begin, unsigned int end);
   bool GuessTile(unsigned int offset, Tile* tile) const;
   unsigned int RateTile(const Tile& tile) const;
   bool IsLinked(const Tile& tile) const;

@@ -186,6 +186,8 @@ ExitCode EndOfImport(Invocation& call, const std::string& path, const ChangeCoun
 // A change that finds no room can lose what was there before, so the file is only touched when all
 // of them have succeeded elsewhere.
 ExitCode Apply(Invocation& call, Session& session, const Content& wanted) {
+  const bool hasRoot = !session.image().content().keys[0].isMadeUp;
+  if (!hasRoot && !(session.OpenToChange() && session.Close())) return session.code();
   const TemporaryFolder folder(call.File());
   ChangeOutcome outcome;
   const ExitCode code = Rehearse(call, session, session.image(), wanted, folder, &outcome);
@@ -224,6 +226,24 @@ ExitCode Import(Invocation& call, const ContentUpdate& update) {
   return EndOfImport(call, path, count);
 }
 
+std::string BytesOf(const std::string& file) {
+  std::string bytes;
+  ReadWholeFile(file, RegistryImage::kMaxSize, &bytes);  // empty when it cannot be read
+  return bytes;
+}
+
+// A file that was made for an import that then fails is removed, unless another call has changed
+// it.
+ExitCode ImportNew(Invocation& call, const ContentUpdate& update) {
+  const HeldSignals signals;
+  const ExitCode made = MakeNewRegistry(call);
+  if (made != kDone) return made;
+  const std::string empty = BytesOf(call.File());
+  const ExitCode code = Import(call, update);
+  if (code != kDone && BytesOf(call.File()) == empty) unlink(call.File().c_str());
+  return code;
+}
+
 // The path has lost one "/" at its beginning already.
 bool HasEmptyName(const std::string& path) {
   const std::vector<std::string> names = ComponentsOf('/' + path);
@@ -242,12 +262,7 @@ ExitCode RunImport(Invocation& call) {
   if (!ReadUpdate(call, &update, &code)) return code;
   if (!IsAbsent(call.File())) return Import(call, update);
   if (call.Has("--dry-run")) return ShowNew(call, update);
-  const HeldSignals signals;  // no empty registry stays behind
-  code = MakeNewRegistry(call);
-  if (code != kDone) return code;
-  code = Import(call, update);
-  if (code != kDone) unlink(call.File().c_str());
-  return code;
+  return ImportNew(call, update);
 }
 
 }  // namespace yaxreg

@@ -61,7 +61,8 @@ ExitCode MakeKey(Session& session, NewKeys& keys, const unsigned long long* numb
 
 // The key is there already, and the call does not mind.
 ExitCode SetDefault(Session& session, const unsigned long long* number) {
-  if (IsMade(session.image().content(), session.path(), number)) return session.EndOfChange(false);
+  const bool isMade = IsMade(session.image().content(), session.path(), number);
+  if (isMade || number == nullptr) return session.EndOfChange(false);
   const unsigned int result =
       session.registry().SetDefaultValue(0, session.path().c_str(), *number);
   if (result != status::kOk) return session.FailWithStatus(result);

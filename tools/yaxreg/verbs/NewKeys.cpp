@@ -13,14 +13,8 @@ namespace {
 size_t CountPresent(const Content& content, const std::vector<std::string>& names) {
   size_t key = 0;
   for (size_t count = 0; count < names.size(); ++count) {
-    const unsigned int depth = static_cast<unsigned int>(count) + 1;
-    const size_t end = content.EndOf(key);
-    size_t child = key + 1;
-    while (child < end &&
-           (content.keys[child].depth != depth || content.keys[child].name != names[count])) {
-      ++child;
-    }
-    if (child == end || content.keys[child].isMadeUp) return count;
+    const size_t child = content.FindChild(key, names[count]);
+    if (child == Content::kNone || content.keys[child].isMadeUp) return count;
     key = child;
   }
   return names.size();
