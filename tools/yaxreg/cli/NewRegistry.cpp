@@ -14,8 +14,13 @@ using tamu::registry::Registry;
 
 namespace {
 
-// The bytes of an empty registry: the library makes one where nobody else looks.
-unsigned int MakeRegistry(const std::string& file, std::string* bytes) {
+ExitCode FailCreated(Invocation& call) {
+  return call.FailWithStatus(status::kExists, call.File(), "", "there is a file already");
+}
+
+}  // namespace
+
+unsigned int MakeEmptyRegistry(const std::string& file, std::string* bytes) {
   Registry registry(file.c_str(), tamu::registry::kAdministratorId);
   const unsigned int result = registry.Initialize();
   registry.Finalize();
@@ -24,12 +29,6 @@ unsigned int MakeRegistry(const std::string& file, std::string* bytes) {
                                                                       : status::kInputOutput;
 }
 
-ExitCode FailCreated(Invocation& call) {
-  return call.FailWithStatus(status::kExists, call.File(), "", "there is a file already");
-}
-
-}  // namespace
-
 ExitCode MakeNewRegistry(Invocation& call) {
   const std::string file = call.File();
   struct stat found;
@@ -37,7 +36,7 @@ ExitCode MakeNewRegistry(Invocation& call) {
   const TemporaryFolder folder(file);
   if (!folder.isMade()) return call.Fail(kFailed, file, "", folder.reason());
   std::string bytes;
-  const unsigned int made = MakeRegistry(folder.FileIn("new"), &bytes);
+  const unsigned int made = MakeEmptyRegistry(folder.FileIn("new"), &bytes);
   if (made != status::kOk) {
     return call.FailWithStatus(made, file, "", "the library cannot make a registry");
   }

@@ -10,10 +10,6 @@ using tamu::registry::TernaryValueNode;
 
 namespace {
 
-// A record that several links lead to is read for two of them at most, so that a file cannot tell
-// of more than twice what fits in it.
-constexpr unsigned int kMostCopies = 2;
-
 // Nothing but zeros in all that means something. No program makes a key without rights that belongs
 // to user 0; a disk makes zeros.
 bool IsBlank(const TernaryKeyNode& record) {

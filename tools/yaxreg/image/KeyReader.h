@@ -37,6 +37,10 @@ class KeyReader {
   void ReadStrayValues(unsigned int first, const PathMaker& path, ContentKey* key);
 
  private:
+  // A record that several links lead to is read for two of them at most, so that a file cannot tell
+  // of more than twice what fits in it.
+  static constexpr unsigned int kMostCopies = 2;
+
   struct Chain {
     std::vector<unsigned int> ids;
     size_t own = 0;         // so many of them at the beginning nothing else leads to

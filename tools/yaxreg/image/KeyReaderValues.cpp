@@ -19,8 +19,6 @@ using tamu::registry::TernaryValueNode;
 
 namespace {
 
-constexpr unsigned int kMostCopies = 2;  // of a value that several keys lead to
-
 std::string NameOf(const TernaryValueNode& record) {
   return std::string(record.name(), strnlen(record.name(), TernaryValueNode::kNameSize - 1));
 }

@@ -10,13 +10,6 @@ namespace yaxreg {
 using tamu::registry::LinkOf;
 using tamu::registry::TernaryKeyNode;
 
-namespace {
-
-constexpr int kNoLower = -1000;
-constexpr int kNoUpper = 1000;
-
-}  // namespace
-
 TreeReader::TreeReader(RegistryImage& image, Orphans orphans)
     : image_(image),
       orphans_(orphans),

@@ -21,6 +21,10 @@ class TreeReader {
   // of many thousand characters.
   static constexpr size_t kMostNameBytes = 32u << 20;
 
+  // Bounds of a character that is not bounded.
+  static constexpr int kNoLower = -1000;
+  static constexpr int kNoUpper = 1000;
+
   // A key in the order in which it was found: those below one key lie side by side.
   struct Found {
     ContentKey key;

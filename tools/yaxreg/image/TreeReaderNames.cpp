@@ -7,8 +7,6 @@ namespace yaxreg {
 
 namespace {
 
-constexpr int kNoLower = -1000;
-constexpr int kNoUpper = 1000;
 constexpr unsigned int kMostVisits = 2;  // of a node that several links lead to
 constexpr unsigned char kKnownFlags =
     TernaryStringNode::kFlagKey | TernaryStringNode::kFlagLocked | TernaryStringNode::kFlagWaiters;

@@ -135,12 +135,8 @@ ExitCode ShowChanges(Invocation& call, Session& session, const RegistryImage& im
 ExitCode ShowNew(Invocation& call, const ContentUpdate& update) {
   const std::unique_ptr<TemporaryFolder> folder = MakeTemporaryFolder(call.File());
   if (!folder->isMade()) return call.Fail(kFailed, call.File(), "", folder->reason());
-  const std::string file = folder->FileIn("new");
-  unsigned int made = Registry(file.c_str(), tamu::registry::kAdministratorId).Initialize();
   std::string bytes;
-  if (made == status::kOk && !ReadWholeFile(file, RegistryImage::kMaxSize, &bytes).isDone()) {
-    made = status::kInputOutput;
-  }
+  const unsigned int made = MakeEmptyRegistry(folder->FileIn("new"), &bytes);
   if (made != status::kOk) {
     return call.FailWithStatus(made, call.File(), "", "the library cannot make a registry");
   }
