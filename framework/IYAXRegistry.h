@@ -11,7 +11,7 @@
 //
 // kNoFramework when the framework has no registry; kBadArgument for null pointers and unknown
 // types; kRegistryFailed for whatever else fails in the registry, but for Flush, BackupKey and
-// RestoreKey, which answer its statuses (registry/RegistryStatus.h).
+// RestoreKey, which answer its statuses (registry/base/RegistryStatus.h).
 class IYAXRegistry : public IYAXCompBase {
  public:
   virtual unsigned int OpenKey(const char* path, unsigned int* handle, unsigned int mode) = 0;

@@ -3,8 +3,8 @@
 
 #include <new>
 
-#include "framework/CYAX.h"
-#include "framework/DebugMessage.h"
+#include "framework/internal/CYAX.h"
+#include "framework/internal/DebugMessage.h"
 
 unsigned int CreateYAX(const char* registryPath) {
   if (CYAX::mspCYAX != nullptr) return yax_status::kOk;

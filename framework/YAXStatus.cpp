@@ -1,6 +1,6 @@
 #include "framework/YAXStatus.h"
 
-#include "registry/RegistryStatus.h"
+#include "registry/base/RegistryStatus.h"
 
 const char* YAXStatusText(unsigned int status) {
   switch (status) {

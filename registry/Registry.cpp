@@ -6,8 +6,8 @@
 #include "platform/PCFile.h"
 #include "registry/RegistryLock.h"
 #include "registry/RegistryRouting.h"
-#include "registry/UserId.h"
-#include "registry/store/FileHeader.h"
+#include "registry/base/UserId.h"
+#include "registry/format/FileHeader.h"
 
 namespace tamu::registry {
 

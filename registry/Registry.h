@@ -6,14 +6,14 @@
 #include <type_traits>
 
 #include "platform/Export.h"
-#include "registry/KeyInfo.h"
-#include "registry/NameList.h"
-#include "registry/RCEString.h"
-#include "registry/RegistryInfo.h"
-#include "registry/RegistryStatus.h"
-#include "registry/Rights.h"
-#include "registry/UserId.h"
-#include "registry/Value.h"
+#include "registry/base/KeyInfo.h"
+#include "registry/base/NameList.h"
+#include "registry/base/RCEString.h"
+#include "registry/base/RegistryInfo.h"
+#include "registry/base/RegistryStatus.h"
+#include "registry/base/Rights.h"
+#include "registry/base/UserId.h"
+#include "registry/base/Value.h"
 
 namespace tamu::registry {
 
@@ -33,12 +33,12 @@ class TernaryRegistry;
 // initialising and finalising are serialised by the caller; operations may be called from any
 // thread.
 //
-// Operations answer a status of registry/RegistryStatus.h (StatusText tells it in words): kNoRight
-// on an object that is not initialised, before its arguments are looked at; kBadArgument for null
-// pointers where a text or place is needed and for invalid handles; kNoRight, kNotFound, kExists,
-// kNoData, kLimit as told; kNoSpace, kInputOutput, kNoMemory and kInvalidFile when the file cannot
-// grow, cannot be read or written, memory is short, or the file is damaged. Outputs are written
-// only with kOk. docs/behaviour.md tells what may surprise.
+// Operations answer a status of registry/base/RegistryStatus.h (StatusText tells it in words):
+// kNoRight on an object that is not initialised, before its arguments are looked at; kBadArgument
+// for null pointers where a text or place is needed and for invalid handles; kNoRight, kNotFound,
+// kExists, kNoData, kLimit as told; kNoSpace, kInputOutput, kNoMemory and kInvalidFile when the
+// file cannot grow, cannot be read or written, memory is short, or the file is damaged. Outputs are
+// written only with kOk. docs/behaviour.md tells what may surprise.
 //
 // Keys are named by a handle and a path. Handle 0: the path starts at the root, and the file is
 // asked directly. Another handle comes from OpenKey. Components of a path are separated by "/", one
@@ -47,8 +47,8 @@ class TernaryRegistry;
 // operation with handle 0 closes every handle of the file, whoever opened it.
 //
 // Rights: a key's permission byte holds the owner's rights in the low nibble, everybody else's in
-// the high one: 1 read, 2 modify, 4 create, 8 delete (registry/Rights.h). The administrator has the
-// owner's rights everywhere, no others.
+// the high one: 1 read, 2 modify, 4 create, 8 delete (registry/base/Rights.h). The administrator
+// has the owner's rights everywhere, no others.
 class YAX_API Registry {
  public:
   // `filePath` and `userName` are copied; the user's id is the name's hash (null counts as "").

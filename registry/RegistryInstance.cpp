@@ -3,7 +3,7 @@
 #include <new>
 
 #include "platform/PCString.h"
-#include "registry/RCEString.h"
+#include "registry/base/RCEString.h"
 
 namespace tamu::registry {
 

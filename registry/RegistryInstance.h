@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/PCMutex.h"
-#include "registry/List.h"
+#include "registry/base/List.h"
 
 namespace tamu::registry {
 

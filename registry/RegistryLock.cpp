@@ -2,7 +2,7 @@
 
 #include <new>
 
-#include "registry/RegistryStatus.h"
+#include "registry/base/RegistryStatus.h"
 
 namespace tamu::registry {
 

@@ -1,8 +1,8 @@
 // A walk over the string nodes of a subtree.
 #pragma once
 
-#include "registry/Stack.h"
-#include "registry/store/NodeLink.h"
+#include "registry/base/Stack.h"
+#include "registry/format/NodeLink.h"
 #include "registry/store/NodeSet.h"
 #include "registry/store/TernaryFile.h"
 

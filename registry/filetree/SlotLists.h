@@ -1,7 +1,7 @@
 // Slots of the registry file, by kind.
 #pragma once
 
-#include "registry/Stack.h"
+#include "registry/base/Stack.h"
 #include "registry/store/TernaryFile.h"
 
 namespace tamu::registry {

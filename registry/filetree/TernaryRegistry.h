@@ -2,9 +2,9 @@
 #pragma once
 
 #include "platform/PCMutex.h"
-#include "registry/Array.h"
-#include "registry/RegistryInterface.h"
-#include "registry/Rights.h"
+#include "registry/base/Array.h"
+#include "registry/base/Rights.h"
+#include "registry/keytree/RegistryInterface.h"
 #include "registry/store/TernaryFile.h"
 
 namespace tamu::registry {
@@ -176,7 +176,7 @@ class TernaryRegistry : public RegistryInterface {
     NameList* names = nullptr;
     unsigned int skip = 0;   // names still to be left out
     unsigned int start = 0;  // length of what is put before each name
-    Array<char> buffer;  // the name spelt so far; grows, names may be of any length
+    Array<char> buffer;      // the name spelt so far; grows, names may be of any length
   };
 
   // Adds the names of all keys below the key, at every depth, to `names`: "a", "a/b"; the first

@@ -1,8 +1,8 @@
 // Backing keys up and restoring them.
-#include "registry/filetree/SubtreeBackup.h"
 #include "registry/filetree/SubtreeNodes.h"
-#include "registry/filetree/SubtreeRestore.h"
 #include "registry/filetree/TernaryRegistry.h"
+#include "registry/filetree/backup/SubtreeBackup.h"
+#include "registry/filetree/backup/SubtreeRestore.h"
 
 namespace tamu::registry {
 

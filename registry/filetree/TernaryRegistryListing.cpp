@@ -1,6 +1,6 @@
 // Listing the names of keys and values.
 #include "platform/PCMem.h"
-#include "registry/RCEString.h"
+#include "registry/base/RCEString.h"
 #include "registry/filetree/NodeWalk.h"
 #include "registry/filetree/TernaryRegistry.h"
 #include "registry/filetree/ValueWalk.h"

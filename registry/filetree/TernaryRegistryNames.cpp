@@ -1,6 +1,6 @@
 // The string nodes of a new name, and where they are hung.
 #include "registry/filetree/TernaryRegistry.h"
-#include "registry/store/NodeNames.h"
+#include "registry/keytree/NodeNames.h"
 
 namespace tamu::registry {
 

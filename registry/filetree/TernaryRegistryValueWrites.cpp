@@ -1,6 +1,6 @@
 // Creating, changing and deleting values and default values.
 #include "platform/PCMem.h"
-#include "registry/ValueCheck.h"
+#include "registry/base/ValueCheck.h"
 #include "registry/filetree/TernaryRegistry.h"
 
 namespace tamu::registry {

@@ -1,7 +1,7 @@
 // Walks over the names alone.
 #include <initializer_list>
 
-#include "registry/Stack.h"
+#include "registry/base/Stack.h"
 #include "registry/filetree/TernaryRegistry.h"
 #include "registry/store/NodeSet.h"
 

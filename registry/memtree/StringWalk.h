@@ -1,8 +1,8 @@
 // A walk over loaded strings.
 #pragma once
 
+#include "registry/format/NodeLink.h"
 #include "registry/memtree/TernaryString.h"
-#include "registry/store/NodeLink.h"
 
 namespace tamu::registry {
 

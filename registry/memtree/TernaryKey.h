@@ -1,9 +1,9 @@
 // A loaded key with its values.
 #pragma once
 
-#include "registry/RegistryStatus.h"
+#include "registry/base/RegistryStatus.h"
+#include "registry/format/TernaryKeyNode.h"
 #include "registry/memtree/TernaryValue.h"
-#include "registry/store/TernaryKeyNode.h"
 
 namespace tamu::registry {
 

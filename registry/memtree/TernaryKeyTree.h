@@ -2,9 +2,9 @@
 #pragma once
 
 #include "platform/PCMutex.h"
-#include "registry/RegistryInterface.h"
+#include "registry/format/NodeLink.h"
+#include "registry/keytree/RegistryInterface.h"
 #include "registry/memtree/TernaryString.h"
-#include "registry/store/NodeLink.h"
 #include "registry/store/NodeSet.h"
 
 namespace tamu::registry {

@@ -1,7 +1,7 @@
 // Creating keys.
 #include <new>
 
-#include "registry/Rights.h"
+#include "registry/base/Rights.h"
 #include "registry/memtree/StringLock.h"
 #include "registry/memtree/TernaryKeyTree.h"
 #include "registry/store/TernaryFile.h"

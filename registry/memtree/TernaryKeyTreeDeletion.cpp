@@ -1,5 +1,5 @@
 // Deleting keys, and giving back what they took.
-#include "registry/Rights.h"
+#include "registry/base/Rights.h"
 #include "registry/memtree/StringLock.h"
 #include "registry/memtree/StringWalk.h"
 #include "registry/memtree/TernaryKeyTree.h"

@@ -1,5 +1,5 @@
 // Changing what a key holds itself.
-#include "registry/Rights.h"
+#include "registry/base/Rights.h"
 #include "registry/memtree/StringLock.h"
 #include "registry/memtree/TernaryKeyTree.h"
 #include "registry/store/TernaryFile.h"

@@ -1,7 +1,7 @@
 // Listing the names of keys and values.
 #include "platform/PCMem.h"
-#include "registry/RCEString.h"
-#include "registry/Rights.h"
+#include "registry/base/RCEString.h"
+#include "registry/base/Rights.h"
 #include "registry/memtree/StringWalk.h"
 #include "registry/memtree/TernaryKeyTree.h"
 

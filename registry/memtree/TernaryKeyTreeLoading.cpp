@@ -3,9 +3,9 @@
 
 #include "platform/PCMem.h"
 #include "platform/PCString.h"
+#include "registry/keytree/NodeNames.h"
 #include "registry/memtree/StringWalk.h"
 #include "registry/memtree/TernaryKeyTree.h"
-#include "registry/store/NodeNames.h"
 #include "registry/store/NodeSet.h"
 #include "registry/store/TernaryFile.h"
 

@@ -1,9 +1,9 @@
 // The strings of a new name, and where they are hung.
 #include <new>
 
+#include "registry/keytree/NodeNames.h"
 #include "registry/memtree/StringWalk.h"
 #include "registry/memtree/TernaryKeyTree.h"
-#include "registry/store/NodeNames.h"
 #include "registry/store/TernaryFile.h"
 
 namespace tamu::registry {

@@ -1,6 +1,6 @@
 // Reading values and what a key tells of itself.
-#include "registry/Rights.h"
-#include "registry/UserId.h"
+#include "registry/base/Rights.h"
+#include "registry/base/UserId.h"
 #include "registry/memtree/StringWalk.h"
 #include "registry/memtree/TernaryKeyTree.h"
 #include "registry/store/TernaryFile.h"

@@ -1,8 +1,8 @@
 // Creating, changing and deleting values.
 #include <new>
 
-#include "registry/Rights.h"
-#include "registry/ValueCheck.h"
+#include "registry/base/Rights.h"
+#include "registry/base/ValueCheck.h"
 #include "registry/memtree/StringLock.h"
 #include "registry/memtree/TernaryKeyTree.h"
 #include "registry/store/TernaryFile.h"

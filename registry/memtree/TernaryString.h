@@ -1,9 +1,9 @@
 // A loaded string node.
 #pragma once
 
+#include "registry/format/TernaryStringNode.h"
 #include "registry/memtree/TernaryHandle.h"
 #include "registry/memtree/TernaryKey.h"
-#include "registry/store/TernaryStringNode.h"
 
 namespace tamu::registry {
 

@@ -1,9 +1,9 @@
 // A loaded value.
 #pragma once
 
-#include "registry/RegistryStatus.h"
-#include "registry/Value.h"
-#include "registry/store/TernaryValueNode.h"
+#include "registry/base/RegistryStatus.h"
+#include "registry/base/Value.h"
+#include "registry/format/TernaryValueNode.h"
 
 namespace tamu::registry {
 

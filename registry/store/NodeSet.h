@@ -1,7 +1,7 @@
 // Which nodes of a kind a walk has met.
 #pragma once
 
-#include "registry/Array.h"
+#include "registry/base/Array.h"
 #include "registry/store/TernaryNodeDescriptor.h"
 
 namespace tamu::registry {

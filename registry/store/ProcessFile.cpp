@@ -3,8 +3,8 @@
 #include <new>
 
 #include "platform/PCString.h"
-#include "registry/RCEString.h"
-#include "registry/RegistryStatus.h"
+#include "registry/base/RCEString.h"
+#include "registry/base/RegistryStatus.h"
 #include "registry/store/Immortal.h"
 #include "registry/store/TernaryFile.h"
 

@@ -1,8 +1,8 @@
 // Opening and closing the store.
 #include "registry/store/TernaryFile.h"
 
-#include "registry/RCEString.h"
-#include "registry/store/FileHeader.h"
+#include "registry/base/RCEString.h"
+#include "registry/format/FileHeader.h"
 #include "registry/store/ProcessFile.h"
 
 namespace tamu::registry {

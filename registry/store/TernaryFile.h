@@ -3,21 +3,21 @@
 
 #include "platform/PCFile.h"
 #include "platform/PCMutex.h"
-#include "registry/RegistryInfo.h"
-#include "registry/RegistryStatus.h"
-#include "registry/store/TernaryHeader.h"
-#include "registry/store/TernaryKeyNode.h"
+#include "registry/base/RegistryInfo.h"
+#include "registry/base/RegistryStatus.h"
+#include "registry/format/TernaryHeader.h"
+#include "registry/format/TernaryKeyNode.h"
+#include "registry/format/TernaryStringNode.h"
+#include "registry/format/TernaryValueNode.h"
 #include "registry/store/TernaryNodeDescriptor.h"
-#include "registry/store/TernaryStringNode.h"
-#include "registry/store/TernaryValueNode.h"
 
 namespace tamu::registry {
 
 // Writes through: every change goes to the file at once; only the header and the heads of the
 // allocation tables are held in memory. docs/format.md tells the file byte by byte.
 //
-// Every operation answers a status of registry/RegistryStatus.h. Operations on a store that is not
-// open, or whose file another store of the process has replaced by a different path, answer
+// Every operation answers a status of registry/base/RegistryStatus.h. Operations on a store that is
+// not open, or whose file another store of the process has replaced by a different path, answer
 // kInputOutput and touch nothing. Ids and everything else that comes from the file are checked
 // before they are followed: a table or slot that does not exist is kInvalidFile. Each operation is
 // atomic towards other threads (AccessScope). `changes` is the id of a change transaction

@@ -1,5 +1,5 @@
 // The one place where the registry file is read and written.
-#include "registry/store/FileHeader.h"
+#include "registry/format/FileHeader.h"
 #include "registry/store/ProcessFile.h"
 #include "registry/store/TernaryFile.h"
 

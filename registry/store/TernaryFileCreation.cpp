@@ -1,7 +1,7 @@
 // Making a new, empty registry file.
-#include "registry/RCEString.h"
-#include "registry/store/FileHeader.h"
-#include "registry/store/FileLayout.h"
+#include "registry/base/RCEString.h"
+#include "registry/format/FileHeader.h"
+#include "registry/format/FileLayout.h"
 #include "registry/store/ProcessFile.h"
 #include "registry/store/TernaryFile.h"
 

@@ -2,9 +2,9 @@
 #include <cstdint>
 
 #include "platform/PCMem.h"
-#include "registry/Value.h"
-#include "registry/store/DataBlock.h"
-#include "registry/store/FileHeader.h"
+#include "registry/base/Value.h"
+#include "registry/format/DataBlock.h"
+#include "registry/format/FileHeader.h"
 #include "registry/store/TernaryFile.h"
 
 namespace tamu::registry {

@@ -1,7 +1,7 @@
 // Growing the file by a table and its area.
 #include <new>
 
-#include "registry/store/FileLayout.h"
+#include "registry/format/FileLayout.h"
 #include "registry/store/ProcessFile.h"
 #include "registry/store/TernaryFile.h"
 

@@ -1,6 +1,6 @@
 // The free lists: taking slots and giving them back.
 #include "platform/PCMem.h"
-#include "registry/Array.h"
+#include "registry/base/Array.h"
 #include "registry/store/TernaryFile.h"
 
 namespace tamu::registry {

@@ -1,7 +1,7 @@
 // Loading the allocation tables, and finding a record through them.
 #include <new>
 
-#include "registry/store/FileLayout.h"
+#include "registry/format/FileLayout.h"
 #include "registry/store/TernaryFile.h"
 
 namespace tamu::registry {

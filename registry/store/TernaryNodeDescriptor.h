@@ -1,25 +1,14 @@
 // The allocation tables of one kind of record, as loaded from the file.
 #pragma once
 
-#include "registry/store/DataBlock.h"
-#include "registry/store/NodeAllocationTable.h"
-#include "registry/store/NodeId.h"
-#include "registry/store/TernaryKeyNode.h"
-#include "registry/store/TernaryStringNode.h"
-#include "registry/store/TernaryValueNode.h"
+#include "registry/format/NodeAllocationTable.h"
+#include "registry/format/RecordSize.h"
 
 namespace tamu::registry {
 
-// Bytes of a record of the kind.
-constexpr unsigned int RecordSizeOf(NodeKind kind) {
-  constexpr unsigned int kSizes[kNodeKinds] = {TernaryStringNode::kSize, TernaryKeyNode::kSize,
-                                               TernaryValueNode::kSize, kDataBlockSize};
-  return kSizes[static_cast<unsigned int>(kind)];
-}
-
 class TernaryNodeDescriptor {
  public:
-  static constexpr unsigned int kTableCapacity = 21;
+  static constexpr unsigned int kTableCapacity = kTablesMax;
 
   TernaryNodeDescriptor() = default;
   ~TernaryNodeDescriptor() { Clear(); }

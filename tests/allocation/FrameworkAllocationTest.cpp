@@ -1,8 +1,8 @@
 // Making the framework with each of its allocations failing in turn.
 #include <pthread.h>
 
-#include "framework/CYAXCompBase.h"
 #include "framework/YAX.h"
+#include "framework/internal/CYAXCompBase.h"
 #include "registry/RegistryInstance.h"
 #include "tests/allocation/CountedHeap.h"
 #include "tests/framework/PrintedMessages.h"

@@ -3,8 +3,8 @@
 
 #include <cstring>
 
-#include "framework/CYAX.h"
 #include "framework/YAX.h"
+#include "framework/internal/CYAX.h"
 #include "tests/framework/ComponentFiles.h"
 #include "tests/framework/PrintedMessages.h"
 #include "tests/platform/TestFiles.h"

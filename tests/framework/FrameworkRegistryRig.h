@@ -1,8 +1,8 @@
 // A framework on a registry file in a folder of its own, seen as its registry.
 #pragma once
 
-#include "framework/CYAX.h"
 #include "framework/YAX.h"
+#include "framework/internal/CYAX.h"
 #include "tests/registry/RegistryRig.h"
 
 class FrameworkRegistry : public ::testing::Test {

@@ -1,5 +1,5 @@
 // The lock of an information store.
-#include "framework/CYAXIMMutex.h"
+#include "framework/internal/CYAXIMMutex.h"
 #include "tests/framework/InfoStoreRig.h"
 #include "tests/registry/ManyThreads.h"
 

@@ -5,9 +5,9 @@
 #include <cstdint>
 #include <deque>
 
-#include "framework/YAXInfoManagerRCEFile.h"
-#include "framework/YAXInfoManagerRCEMemory.h"
 #include "framework/YAXStatus.h"
+#include "framework/internal/YAXInfoManagerRCEFile.h"
+#include "framework/internal/YAXInfoManagerRCEMemory.h"
 #include "tests/registry/RegistryRig.h"
 
 constexpr YAX_GUID_ST kClsid = {

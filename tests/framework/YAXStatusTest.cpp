@@ -4,7 +4,7 @@
 #include <string>
 
 #include "framework/YAXStatus.h"
-#include "registry/RegistryStatus.h"
+#include "registry/base/RegistryStatus.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "registry/RegistryInstance.h"
-#include "registry/RegistryStatus.h"
+#include "registry/base/RegistryStatus.h"
 
 namespace tamu::registry {
 

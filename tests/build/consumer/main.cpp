@@ -4,15 +4,17 @@
 
 #include "platform/CVekforTamu.h"
 #include "platform/PCList.h"
-#include "registry/NameList.h"
-#include "registry/RCEString.h"
-#include "registry/RegistryStatus.h"
+#include "registry/base/NameList.h"
+#include "registry/base/RCEString.h"
+#include "registry/base/RegistryStatus.h"
 
 namespace {
 
 bool gSeen = false;
 
-void See(int /*level*/, const char* text) { gSeen = std::strstr(text, "number 7") != nullptr; }
+void See(int /*level*/, const char* text) {
+  gSeen = std::strstr(text, "number 7") != nullptr;
+}
 
 bool ListKeepsACopy() {
   PCList list;

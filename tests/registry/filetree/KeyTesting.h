@@ -1,7 +1,7 @@
 // What the operations on whole keys answer, as text.
 #pragma once
 
-#include "registry/NameList.h"
+#include "registry/base/NameList.h"
 #include "tests/registry/filetree/FileTreeRig.h"
 #include "tests/registry/store/StoreTesting.h"
 #include "tests/support/StructureCheck.h"

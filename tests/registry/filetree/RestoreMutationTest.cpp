@@ -3,7 +3,7 @@
 #include <random>
 #include <set>
 
-#include "registry/NameList.h"
+#include "registry/base/NameList.h"
 #include "tests/registry/filetree/BackupTesting.h"
 
 namespace tamu::registry {

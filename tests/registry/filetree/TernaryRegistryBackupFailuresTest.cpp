@@ -3,7 +3,7 @@
 
 #include <filesystem>
 
-#include "registry/filetree/BackupFile.h"
+#include "registry/filetree/backup/BackupFile.h"
 #include "tests/platform/ChildProcess.h"
 #include "tests/registry/filetree/BackupTesting.h"
 #include "tests/registry/filetree/DamagedFile.h"

@@ -1,5 +1,5 @@
 // Backup files byte by byte.
-#include "registry/filetree/BackupFile.h"
+#include "registry/filetree/backup/BackupFile.h"
 #include "tests/registry/filetree/BackupTesting.h"
 
 namespace tamu::registry {

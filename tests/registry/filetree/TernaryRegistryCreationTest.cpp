@@ -3,7 +3,7 @@
 #include <chrono>
 #include <thread>
 
-#include "registry/UserId.h"
+#include "registry/base/UserId.h"
 #include "tests/platform/ChildProcess.h"
 #include "tests/registry/filetree/FileTreeRig.h"
 

@@ -2,7 +2,7 @@
 #include <functional>
 #include <vector>
 
-#include "registry/UserId.h"
+#include "registry/base/UserId.h"
 #include "tests/registry/filetree/FileTreeRig.h"
 
 namespace tamu::registry {

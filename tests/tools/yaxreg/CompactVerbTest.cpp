@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "registry/RegistryStatus.h"
+#include "registry/base/RegistryStatus.h"
 #include "tests/support/StructureCheck.h"
 #include "tests/tools/yaxreg/ChangeRig.h"
 #include "tests/tools/yaxreg/ContentText.h"

@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "registry/Registry.h"
-#include "registry/Rights.h"
-#include "registry/UserId.h"
-#include "registry/Value.h"
+#include "registry/base/Rights.h"
+#include "registry/base/UserId.h"
+#include "registry/base/Value.h"
 #include "tests/platform/TestFiles.h"
 
 // network           default value 7

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "registry/UserId.h"
+#include "registry/base/UserId.h"
 #include "tests/platform/TestFiles.h"
 #include "tests/tools/yaxreg/ContentText.h"
 #include "tests/tools/yaxreg/HandMadeFile.h"

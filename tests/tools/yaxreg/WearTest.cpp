@@ -7,7 +7,7 @@
 #include <string>
 
 #include "registry/Registry.h"
-#include "registry/RegistryStatus.h"
+#include "registry/base/RegistryStatus.h"
 #include "tests/platform/TestFiles.h"
 #include "tests/support/StructureCheck.h"
 #include "tests/tools/yaxreg/YaxregRig.h"

@@ -1,7 +1,7 @@
 #include "tools/yaxreg/cli/ContentJsonHandler.h"
 
-#include "registry/UserId.h"
-#include "registry/Value.h"
+#include "registry/base/UserId.h"
+#include "registry/base/Value.h"
 #include "tools/yaxreg/cli/Invocation.h"
 #include "tools/yaxreg/cli/Numbers.h"
 #include "tools/yaxreg/cli/RightsText.h"

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "registry/UserId.h"
-#include "registry/store/TernaryKeyNode.h"
+#include "registry/base/UserId.h"
+#include "registry/format/TernaryKeyNode.h"
 #include "tools/yaxreg/image/ValueOrder.h"
 
 namespace yaxreg {

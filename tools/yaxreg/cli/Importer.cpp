@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <fstream>
 
-#include "registry/store/Codec.h"
+#include "registry/format/Codec.h"
 #include "tools/yaxreg/cli/ExactKey.h"
 #include "tools/yaxreg/image/BackupWriter.h"
 #include "tools/yaxreg/image/ValueOrder.h"

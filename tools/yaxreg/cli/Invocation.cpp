@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <ostream>
 
-#include "registry/RegistryStatus.h"
+#include "registry/base/RegistryStatus.h"
 
 namespace yaxreg {
 

@@ -51,7 +51,7 @@ class Invocation {
   // Shown() makes them; in the reason only backslashes stay, since they may come from there.
   ExitCode Fail(ExitCode code, const std::string& file, const std::string& path,
                 const std::string& reason);
-  // With a status of registry/RegistryStatus.h; the reason defaults to its words.
+  // With a status of registry/base/RegistryStatus.h; the reason defaults to its words.
   ExitCode FailWithStatus(unsigned int status, const std::string& file, const std::string& path,
                           const std::string& reason = "");
   // A line about something that is no failure.

@@ -1,6 +1,6 @@
 #include "tools/yaxreg/cli/Loading.h"
 
-#include "registry/RegistryStatus.h"
+#include "registry/base/RegistryStatus.h"
 #include "tools/yaxreg/image/FileBytes.h"
 
 namespace yaxreg {

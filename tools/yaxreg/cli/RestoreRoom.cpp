@@ -1,6 +1,6 @@
 #include "tools/yaxreg/cli/RestoreRoom.h"
 
-#include "registry/store/DataBlock.h"
+#include "registry/format/DataBlock.h"
 #include "tools/yaxreg/image/Kinds.h"
 #include "tools/yaxreg/image/NameTree.h"
 #include "tools/yaxreg/image/Wear.h"

@@ -1,6 +1,6 @@
 #include "tools/yaxreg/cli/RightsText.h"
 
-#include "registry/Rights.h"
+#include "registry/base/Rights.h"
 #include "tools/yaxreg/cli/Numbers.h"
 
 namespace yaxreg {

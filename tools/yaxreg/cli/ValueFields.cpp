@@ -1,6 +1,6 @@
 #include "tools/yaxreg/cli/ValueFields.h"
 
-#include "registry/Value.h"
+#include "registry/base/Value.h"
 
 namespace yaxreg {
 

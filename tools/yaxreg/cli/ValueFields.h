@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "registry/Value.h"
+#include "registry/base/Value.h"
 #include "tools/yaxreg/image/Content.h"
 
 namespace yaxreg {

@@ -2,7 +2,7 @@
 
 #include <istream>
 
-#include "registry/Value.h"
+#include "registry/base/Value.h"
 #include "tools/yaxreg/cli/Numbers.h"
 #include "tools/yaxreg/image/FileBytes.h"
 

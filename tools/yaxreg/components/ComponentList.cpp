@@ -1,6 +1,6 @@
 #include "tools/yaxreg/components/ComponentList.h"
 
-#include "registry/Value.h"
+#include "registry/base/Value.h"
 
 namespace yaxreg {
 

@@ -3,7 +3,7 @@
 #include <cctype>
 #include <sstream>
 
-#include "registry/RegistryStatus.h"
+#include "registry/base/RegistryStatus.h"
 #include "tools/yaxreg/cli/CommandLine.h"
 #include "tools/yaxreg/cli/Invocation.h"
 

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "registry/store/FileHeader.h"
-#include "registry/store/NodeAllocationTable.h"
-#include "registry/store/TernaryHeader.h"
+#include "registry/format/FileHeader.h"
+#include "registry/format/NodeAllocationTable.h"
+#include "registry/format/TernaryHeader.h"
 #include "tools/yaxreg/image/FileMapLook.h"
 #include "tools/yaxreg/image/Kinds.h"
 #include "tools/yaxreg/image/Svg.h"

@@ -4,13 +4,13 @@
 #include <cstring>
 #include <numeric>
 
-#include "registry/store/Codec.h"
-#include "registry/store/DataBlock.h"
-#include "registry/store/FileHeader.h"
-#include "registry/store/FileLayout.h"
-#include "registry/store/NodeAllocationTable.h"
+#include "registry/format/Codec.h"
+#include "registry/format/DataBlock.h"
+#include "registry/format/FileHeader.h"
+#include "registry/format/FileLayout.h"
+#include "registry/format/NodeAllocationTable.h"
+#include "registry/format/TernaryHeader.h"
 #include "registry/store/TernaryFile.h"
-#include "registry/store/TernaryHeader.h"
 #include "tools/yaxreg/image/KeyRecords.h"
 #include "tools/yaxreg/image/Kinds.h"
 

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "registry/store/TernaryKeyNode.h"
-#include "registry/store/TernaryValueNode.h"
+#include "registry/format/TernaryKeyNode.h"
+#include "registry/format/TernaryValueNode.h"
 #include "tools/yaxreg/image/RegistryImage.h"
 #include "tools/yaxreg/image/SlotCounters.h"
 

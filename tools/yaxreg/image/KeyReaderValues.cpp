@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "registry/store/DataBlock.h"
+#include "registry/format/DataBlock.h"
 #include "tools/yaxreg/image/KeyReader.h"
 
 namespace yaxreg {

@@ -1,8 +1,8 @@
 // Keys and values as the records that a file holds.
 #pragma once
 
-#include "registry/store/TernaryKeyNode.h"
-#include "registry/store/TernaryValueNode.h"
+#include "registry/format/TernaryKeyNode.h"
+#include "registry/format/TernaryValueNode.h"
 #include "tools/yaxreg/image/Content.h"
 
 namespace yaxreg {

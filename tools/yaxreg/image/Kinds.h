@@ -1,7 +1,7 @@
 // The kinds of records, to go through all of them.
 #pragma once
 
-#include "registry/store/NodeId.h"
+#include "registry/format/NodeId.h"
 
 namespace yaxreg {
 

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "registry/store/NodeLink.h"
-#include "registry/store/TernaryStringNode.h"
+#include "registry/format/NodeLink.h"
+#include "registry/format/TernaryStringNode.h"
 #include "tools/yaxreg/image/Content.h"
 
 namespace yaxreg {

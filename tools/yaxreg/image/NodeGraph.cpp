@@ -1,6 +1,6 @@
 #include "tools/yaxreg/image/NodeGraph.h"
 
-#include "registry/store/TernaryKeyNode.h"
+#include "registry/format/TernaryKeyNode.h"
 
 namespace yaxreg {
 

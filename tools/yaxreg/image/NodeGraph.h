@@ -3,8 +3,8 @@
 
 #include <vector>
 
-#include "registry/store/NodeLink.h"
-#include "registry/store/TernaryStringNode.h"
+#include "registry/format/NodeLink.h"
+#include "registry/format/TernaryStringNode.h"
 #include "tools/yaxreg/image/RegistryImage.h"
 #include "tools/yaxreg/image/SlotCounters.h"
 

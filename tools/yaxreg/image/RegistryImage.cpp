@@ -3,9 +3,9 @@
 #include <cstdio>
 #include <utility>
 
-#include "registry/store/Codec.h"
-#include "registry/store/DataBlock.h"
-#include "registry/store/NodeAllocationTable.h"
+#include "registry/format/Codec.h"
+#include "registry/format/DataBlock.h"
+#include "registry/format/NodeAllocationTable.h"
 #include "registry/store/TernaryFile.h"
 #include "tools/yaxreg/image/TableReader.h"
 #include "tools/yaxreg/image/TreeReader.h"

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "registry/store/NodeId.h"
+#include "registry/format/NodeId.h"
 #include "tools/yaxreg/image/Content.h"
 #include "tools/yaxreg/image/Finding.h"
 

@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <cstring>
 
-#include "registry/store/FileHeader.h"
-#include "registry/store/FileLayout.h"
-#include "registry/store/NodeAllocationTable.h"
+#include "registry/format/FileHeader.h"
+#include "registry/format/FileLayout.h"
+#include "registry/format/NodeAllocationTable.h"
+#include "registry/format/TernaryHeader.h"
 #include "registry/store/TernaryFile.h"
-#include "registry/store/TernaryHeader.h"
 #include "tools/yaxreg/image/Kinds.h"
 
 namespace yaxreg {

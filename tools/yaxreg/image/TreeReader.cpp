@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "registry/UserId.h"
+#include "registry/base/UserId.h"
 
 namespace yaxreg {
 

@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "registry/UserId.h"
+#include "registry/base/UserId.h"
 #include "tools/yaxreg/image/TreeReader.h"
 
 namespace yaxreg {

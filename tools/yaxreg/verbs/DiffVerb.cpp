@@ -1,5 +1,5 @@
 // diff: what differs between two files.
-#include "registry/RegistryStatus.h"
+#include "registry/base/RegistryStatus.h"
 #include "tools/yaxreg/cli/DifferenceText.h"
 #include "tools/yaxreg/cli/Loading.h"
 #include "tools/yaxreg/image/ContentDiff.h"

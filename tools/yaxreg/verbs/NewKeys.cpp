@@ -1,6 +1,6 @@
 #include "tools/yaxreg/verbs/NewKeys.h"
 
-#include "registry/store/TernaryStringNode.h"
+#include "registry/format/TernaryStringNode.h"
 #include "tools/yaxreg/cli/ExactKey.h"
 
 namespace yaxreg {

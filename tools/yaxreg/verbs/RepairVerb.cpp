@@ -3,7 +3,7 @@
 #include <nlohmann/json.hpp>
 #include <ostream>
 
-#include "registry/RegistryStatus.h"
+#include "registry/base/RegistryStatus.h"
 #include "tools/yaxreg/cli/FindingText.h"
 #include "tools/yaxreg/cli/JsonText.h"
 #include "tools/yaxreg/cli/Loading.h"

@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <ostream>
 
-#include "registry/store/Codec.h"
+#include "registry/format/Codec.h"
 #include "tools/yaxreg/cli/ContentJson.h"
 #include "tools/yaxreg/cli/Numbers.h"
 #include "tools/yaxreg/cli/Session.h"

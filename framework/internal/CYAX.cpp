@@ -1,0 +1,94 @@
+// Making and ending the framework, its views, and what it hands on to the information store.
+#include "framework/internal/CYAX.h"
+
+#include <new>
+
+#include "framework/YAXInterfaceIds.h"
+#include "framework/YAXStatus.h"
+#include "framework/internal/DebugMessage.h"
+#include "framework/internal/YAXInfoManagerRCEMemory.h"
+#include "framework/internal/YAXLoadManager.h"
+#include "registry/Registry.h"
+
+using tamu::registry::Registry;
+
+namespace {
+
+constexpr char kDefaultRegistry[] = "yax.rce";
+constexpr char kUser[] = "adminstrator";  // its hash owns the keys: never correct the spelling
+
+}  // namespace
+
+std::atomic<CYAX*> CYAX::mspCYAX{nullptr};
+
+unsigned int CYAX::Initialize(const char* registryPath) {
+  if (lock_.Create() == 0) return yax_status::kUnspecified;
+  registry_ =
+      new (std::nothrow) Registry(registryPath != nullptr ? registryPath : kDefaultRegistry, kUser);
+  if (registry_ == nullptr) return yax_status::kNoMemory;
+  if (registry_->Initialize(1) != tamu::registry::status::kOk) return yax_status::kRegistryFailed;
+  store_ = new (std::nothrow) YAXInfoManagerRCEMemory(registry_);
+  if (store_ == nullptr) return yax_status::kNoMemory;
+  loader_ = new (std::nothrow) YAXLoadManager;
+  return loader_ != nullptr ? loader_->Initialize() : yax_status::kNoMemory;
+}
+
+void CYAX::Deinitialize() {
+  delete store_;
+  store_ = nullptr;
+  if (loader_ != nullptr) loader_->Deinitialize();
+  delete loader_;
+  loader_ = nullptr;
+  if (registry_ != nullptr) registry_->Finalize();
+  delete registry_;
+  registry_ = nullptr;
+  lock_.Destroy();
+}
+
+// An object may outlive DestroyYAX, and end when there is a new one.
+CYAX::~CYAX() {
+  PrintDebugMessage(__LINE__, "*********** ~YAX ***********");
+  Deinitialize();
+  CYAX* self = this;
+  mspCYAX.compare_exchange_strong(self, nullptr);
+}
+
+unsigned int CYAX::GetInterface(const YAX_GUID_ST& iid, void** out) {
+  if (out == nullptr) return yax_status::kBadArgument;
+  *out = nullptr;
+  if (iid == IID_IYAXCompBase || iid == IID_IYAX) *out = static_cast<IYAX*>(this);
+  if (iid == IID_IYAXRegistry) *out = static_cast<IYAXRegistry*>(this);
+  if (iid == IID_IYAXInfoManager) *out = static_cast<IYAXInfoManager*>(this);
+  if (iid == IID_IYAXDynamicLoad) *out = static_cast<IYAXDynamicLoad*>(this);
+  if (*out == nullptr) return yax_status::kNoInterface;
+  AddRef();
+  return yax_status::kOk;
+}
+
+unsigned int CYAX::SetSystemInfo(YAX_SYSTEM_INFO_ST* info) {
+  return store_->SetSystemInfo(info);
+}
+
+unsigned int CYAX::GetSystemInfo(YAX_SYSTEM_INFO_ST* info) {
+  return store_->GetSystemInfo(info);
+}
+
+unsigned int CYAX::RegisterAllComponent(YAX_COMPONENT_INFO_ST** components) {
+  return store_->RegisterAllComponent(components);
+}
+
+unsigned int CYAX::RegisterComponent(const YAX_GUID_ST& clsid, const YAX_COMPONENT_INFO_ST* info) {
+  return store_->RegisterComponent(clsid, info);
+}
+
+unsigned int CYAX::UnregisterComponent(const YAX_GUID_ST& clsid) {
+  return store_->UnregisterComponent(clsid);
+}
+
+unsigned int CYAX::SetComponentInfo(const YAX_GUID_ST& clsid, const YAX_COMPONENT_INFO_ST* info) {
+  return store_->SetComponentInfo(clsid, info);
+}
+
+unsigned int CYAX::GetComponentInfo(const YAX_GUID_ST& clsid, YAX_COMPONENT_INFO_ST* info) {
+  return store_->GetComponentInfo(clsid, info);
+}

@@ -1,0 +1,127 @@
+// From a component's identifier to its factory and objects.
+#include "framework/YAXComponentFactory.h"
+#include "framework/YAXInterfaceIds.h"
+#include "framework/YAXStatus.h"
+#include "framework/internal/CYAX.h"
+#include "framework/internal/DebugMessage.h"
+#include "framework/internal/YAXInfoManager.h"
+#include "framework/internal/YAXLoadManager.h"
+
+unsigned int CYAX::LoadComponent(const YAX_GUID_ST& clsid, void** handle) {
+  if (handle == nullptr) return yax_status::kBadArgument;
+  if (store_->IsSysSingleBinary() == 1) {
+    *handle = nullptr;
+    return yax_status::kOk;
+  }
+  YAX_COMPONENT_TYPE_ENUM type = YAX_COMPONENT_TYPE_FUNCTION;
+  unsigned int result = store_->GetComponentType(clsid, &type);
+  if (result != yax_status::kOk) return result;
+  if (type != YAX_COMPONENT_TYPE_BINARY) {
+    *handle = nullptr;
+    return yax_status::kOk;
+  }
+  char path[kYAXTextSize] = {};
+  result = store_->GetComponentBinPath(clsid, path);
+  if (result != yax_status::kOk) return result;
+  *handle = nullptr;
+  return loader_->LoadBinary(clsid, path, handle);
+}
+
+unsigned int CYAX::GetFuncAddress(const YAX_GUID_ST& clsid, void* handle, const char* symbol,
+                                  void** address) {
+  if (handle == nullptr) return store_->GetComponentEntryFunc(clsid, address);
+  return loader_->GetProcAddr(handle, symbol, address);
+}
+
+namespace {
+
+// The shared object of the factory that this thread has got last; null for one in the program.
+thread_local void* tFactoryHandle = nullptr;
+
+// Keeps a shared object from being closed while one of its functions runs, which may call back.
+class Entered {
+ public:
+  Entered(YAXLoadManager& loader, void* handle) : loader_(loader), handle_(handle) {
+    loader_.Enter(handle_);
+  }
+  ~Entered() { loader_.Leave(handle_); }
+  Entered(const Entered&) = delete;
+  Entered& operator=(const Entered&) = delete;
+
+ private:
+  YAXLoadManager& loader_;
+  void* handle_;
+};
+
+}  // namespace
+
+unsigned int CYAX::GetComponentFactory(const YAX_GUID_ST& clsid, void** factory) {
+  if (factory == nullptr) return yax_status::kBadArgument;
+  void* handle = nullptr;
+  const unsigned int closings = loader_->Closings();
+  unsigned int result = LoadComponent(clsid, &handle);
+  PCMutexGuard guard(lock_);
+  // Nobody unloads anything from here on. Somebody may have done so since, and the handle may stand
+  // for another shared object now.
+  if (result == yax_status::kOk && handle != nullptr && loader_->Closings() != closings) {
+    handle = nullptr;
+    result = LoadComponent(clsid, &handle);
+  }
+  if (result != yax_status::kOk) {
+    PrintDebugMessage(__LINE__,
+                      "[CYAX::GetComponentFactory] Error while getting loading component...");
+    return result;
+  }
+  void* entry = nullptr;
+  result = GetFuncAddress(clsid, handle, "EntryFn_getFactory", &entry);
+  if (result != yax_status::kOk) {
+    PrintDebugMessage(__LINE__,
+                      "[CYAX::GetComponentFactory] Error while getting function address...");
+    return result;
+  }
+  *factory = nullptr;
+  const Entered entered(*loader_, handle);
+  result = reinterpret_cast<YAX_FACTORY_FN>(entry)(clsid, IID_YAXComponentFactory, factory);
+  tFactoryHandle = handle;
+  return result;
+}
+
+// Calls operation(factory) when the component says that it gave one, also for null. What it gave is
+// given back whatever the outcome, and under the lock. The shared object stays while its code runs,
+// whatever the component tells of itself.
+template <class Operation>
+unsigned int CYAX::OnFactory(const YAX_GUID_ST& clsid, Operation operation) {
+  void* made = nullptr;
+  tFactoryHandle = nullptr;
+  unsigned int result = GetComponentFactory(clsid, &made);
+  const Entered entered(*loader_, tFactoryHandle);
+  YAXComponentFactory* factory = static_cast<YAXComponentFactory*>(made);
+  if (result == yax_status::kOk) result = operation(factory);
+  PCMutexGuard guard(lock_);
+  if (factory != nullptr) factory->Release();
+  return result;
+}
+
+unsigned int CYAX::GetComponentInstance(const YAX_GUID_ST& clsid, const YAX_GUID_ST& iid,
+                                        void** out) {
+  if (out == nullptr) return yax_status::kBadArgument;
+  return OnFactory(clsid, [&](YAXComponentFactory* factory) {
+    *out = nullptr;
+    return factory != nullptr ? factory->CreateObject(iid, out) : yax_status::kUnspecified;
+  });
+}
+
+unsigned int CYAX::LockComponent(const YAX_GUID_ST& clsid, unsigned int lock) {
+  return OnFactory(clsid, [&](YAXComponentFactory* factory) {
+    return factory != nullptr ? factory->LockBinary(lock) : yax_status::kUnspecified;
+  });
+}
+
+unsigned int CYAX::UnloadComponent(const YAX_GUID_ST& clsid) {
+  if (store_->IsSysSingleBinary() == 1) return yax_status::kOk;
+  YAX_COMPONENT_TYPE_ENUM type = YAX_COMPONENT_TYPE_FUNCTION;
+  const unsigned int result = store_->GetComponentType(clsid, &type);
+  if (result != yax_status::kOk || type != YAX_COMPONENT_TYPE_BINARY) return result;
+  PCMutexGuard guard(lock_);
+  return loader_->UnloadBinary(clsid);
+}

@@ -1,0 +1,122 @@
+#include "framework/internal/YAXInfoManagerRCEFile.h"
+
+#include <cstdio>
+
+#include "framework/YAXStatus.h"
+#include "framework/internal/DebugMessage.h"
+#include "framework/internal/FunctionTable.h"
+#include "framework/internal/RegistryResult.h"
+
+namespace status = tamu::registry::status;
+
+YAXInfoManagerRCEFile::KeyPath::KeyPath(YAXInfoManager& manager, const YAX_GUID_ST& clsid) {
+  std::snprintf(text, sizeof text, "%s/", RegistryRecords::kComponentsKey);
+  manager.ConvertGUID2String(&clsid, text);
+}
+
+unsigned int YAXInfoManagerRCEFile::CreateTopKey(const char* key) {
+  const unsigned int result = registry_->CreateKey(0, key);
+  return result == status::kOk || result == status::kExists ? yax_status::kOk
+                                                            : yax_status::kRegistryFailed;
+}
+
+unsigned int YAXInfoManagerRCEFile::SetSystemInfo(YAX_SYSTEM_INFO_ST* info) {
+  PCMutexGuard guard(Lock());
+  if (info == nullptr) return yax_status::kBadArgument;
+  const unsigned int created = registry_->CreateKey(0, RegistryRecords::kSystemKey);
+  RegistryRecords records = Records(RegistryRecords::kSystemKey);
+  if (created == status::kOk) return records.CreateSystem(*info);
+  return created == status::kExists ? records.SetSystem(*info) : yax_status::kRegistryFailed;
+}
+
+unsigned int YAXInfoManagerRCEFile::GetSystemInfo(YAX_SYSTEM_INFO_ST* info) {
+  PCMutexGuard guard(Lock());
+  if (info == nullptr) return yax_status::kBadArgument;
+  return Records(RegistryRecords::kSystemKey).ReadSystem(info);
+}
+
+unsigned int YAXInfoManagerRCEFile::IsSysSingleBinary() {
+  PCMutexGuard guard(Lock());
+  unsigned int isSingleBin = 0;
+  const unsigned int result = Records(RegistryRecords::kSystemKey).ReadSingleBin(&isSingleBin);
+  return result == yax_status::kOk ? isSingleBin : 0;
+}
+
+// The component's key must be new.
+unsigned int YAXInfoManagerRCEFile::CreateComponent(const YAX_GUID_ST& clsid,
+                                                    const YAX_COMPONENT_INFO_ST& info,
+                                                    RegistryRecords::Upper upper) {
+  const unsigned int remembered = FunctionTable::Add(info.FactoryFn);
+  if (remembered != yax_status::kOk) return remembered;
+  const KeyPath path(*this, clsid);
+  if (registry_->CreateKey(0, path.text) != status::kOk) return yax_status::kRegistryFailed;
+  return Records(path.text).CreateComponent(info, upper);
+}
+
+unsigned int YAXInfoManagerRCEFile::RegisterAllComponent(YAX_COMPONENT_INFO_ST** components) {
+  PCMutexGuard guard(Lock());
+  if (components == nullptr) return yax_status::kBadArgument;
+  unsigned int result = CreateTopKey(RegistryRecords::kComponentsKey);
+  unsigned int count = 0;
+  for (; result == yax_status::kOk && *components != nullptr; ++components) {
+    const YAX_COMPONENT_INFO_ST& info = **components;
+    if (info.pGuid == nullptr) break;
+    result = CreateComponent(*info.pGuid, info, RegistryRecords::Upper::kZero);
+    if (result == yax_status::kOk) PrintDebugMessage(__LINE__, "Index Count = %d", ++count);
+  }
+  return result;
+}
+
+unsigned int YAXInfoManagerRCEFile::RegisterComponent(const YAX_GUID_ST& clsid,
+                                                      const YAX_COMPONENT_INFO_ST* info) {
+  PCMutexGuard guard(Lock());
+  if (info == nullptr) return yax_status::kBadArgument;
+  const unsigned int result = CreateTopKey(RegistryRecords::kComponentsKey);
+  if (result != yax_status::kOk) return result;
+  return CreateComponent(clsid, *info, RegistryRecords::Upper::kSign);
+}
+
+unsigned int YAXInfoManagerRCEFile::UnregisterComponent(const YAX_GUID_ST& clsid) {
+  PCMutexGuard guard(Lock());
+  const KeyPath path(*this, clsid);
+  return StatusOf(registry_->DeleteKey(0, path.text));
+}
+
+unsigned int YAXInfoManagerRCEFile::SetComponentInfo(const YAX_GUID_ST& clsid,
+                                                     const YAX_COMPONENT_INFO_ST* info) {
+  PCMutexGuard guard(Lock());
+  if (info == nullptr) return yax_status::kBadArgument;
+  const KeyPath path(*this, clsid);
+  return Records(path.text).SetComponent(*info, RegistryRecords::Upper::kSign);
+}
+
+unsigned int YAXInfoManagerRCEFile::GetComponentInfo(const YAX_GUID_ST& clsid,
+                                                     YAX_COMPONENT_INFO_ST* info) {
+  PCMutexGuard guard(Lock());
+  if (info == nullptr) return yax_status::kBadArgument;
+  const KeyPath path(*this, clsid);
+  return Records(path.text).ReadComponent(info);
+}
+
+unsigned int YAXInfoManagerRCEFile::GetComponentType(const YAX_GUID_ST& clsid,
+                                                     YAX_COMPONENT_TYPE_ENUM* type) {
+  PCMutexGuard guard(Lock());
+  if (type == nullptr) return yax_status::kBadArgument;
+  const KeyPath path(*this, clsid);
+  return Records(path.text).ReadType(type);
+}
+
+unsigned int YAXInfoManagerRCEFile::GetComponentEntryFunc(const YAX_GUID_ST& clsid,
+                                                          void** function) {
+  PCMutexGuard guard(Lock());
+  if (function == nullptr) return yax_status::kBadArgument;
+  const KeyPath path(*this, clsid);
+  return Records(path.text).ReadFunction(function);
+}
+
+unsigned int YAXInfoManagerRCEFile::GetComponentBinPath(const YAX_GUID_ST& clsid, char* path) {
+  PCMutexGuard guard(Lock());
+  if (path == nullptr) return yax_status::kBadArgument;
+  const KeyPath key(*this, clsid);
+  return Records(key.text).ReadBinaryPath(path);
+}

@@ -1,0 +1,165 @@
+#include "framework/internal/YAXInfoManagerRCEMemory.h"
+
+#include "framework/YAXStatus.h"
+#include "framework/internal/DebugMessage.h"
+#include "framework/internal/FunctionTable.h"
+#include "framework/internal/RegistryResult.h"
+
+namespace status = tamu::registry::status;
+
+namespace {
+
+// The name of a component's key.
+struct KeyName {
+  KeyName(YAXInfoManager& manager, const YAX_GUID_ST& clsid) {
+    manager.ConvertGUID2String(&clsid, text);
+  }
+  char text[YAXInfoManager::kGuidLength + 1] = {};
+};
+
+constexpr char kItself[] = "/";  // the opened key
+
+}  // namespace
+
+template <class Work>
+unsigned int YAXInfoManagerRCEMemory::WithTopKey(const char* key, TopKey::Missing missing,
+                                                 Work work) {
+  const TopKey top(*registry_, key, missing);
+  return top.IsOpen() ? work(top) : yax_status::kRegistryFailed;
+}
+
+template <class Work>
+unsigned int YAXInfoManagerRCEMemory::WithComponent(const YAX_GUID_ST& clsid, Work work) {
+  return WithTopKey(RegistryRecords::kComponentsKey, TopKey::Missing::kFail,
+                    [&](const TopKey& top) {
+                      const KeyName name(*this, clsid);
+                      RegistryRecords records(*registry_, top.Handle(), name.text);
+                      return work(records);
+                    });
+}
+
+// A change that succeeded is flushed.
+unsigned int YAXInfoManagerRCEMemory::Flushed(unsigned int result) {
+  if (result == yax_status::kOk) registry_->Flush();
+  return result;
+}
+
+unsigned int YAXInfoManagerRCEMemory::SetSystemInfo(YAX_SYSTEM_INFO_ST* info) {
+  PCMutexGuard guard(Lock());
+  if (info == nullptr) return yax_status::kBadArgument;
+  return Flushed(
+      WithTopKey(RegistryRecords::kSystemKey, TopKey::Missing::kCreate, [&](const TopKey& top) {
+        RegistryRecords records(*registry_, top.Handle(), kItself);
+        return top.IsNew() ? records.CreateSystem(*info) : records.SetSystem(*info);
+      }));
+}
+
+unsigned int YAXInfoManagerRCEMemory::GetSystemInfo(YAX_SYSTEM_INFO_ST* info) {
+  PCMutexGuard guard(Lock());
+  if (info == nullptr) return yax_status::kBadArgument;
+  return WithTopKey(RegistryRecords::kSystemKey, TopKey::Missing::kFail, [&](const TopKey& top) {
+    return RegistryRecords(*registry_, top.Handle(), kItself).ReadSystem(info);
+  });
+}
+
+unsigned int YAXInfoManagerRCEMemory::IsSysSingleBinary() {
+  PCMutexGuard guard(Lock());
+  unsigned int isSingleBin = 0;
+  const unsigned int result =
+      WithTopKey(RegistryRecords::kSystemKey, TopKey::Missing::kFail, [&](const TopKey& top) {
+        return RegistryRecords(*registry_, top.Handle(), kItself).ReadSingleBin(&isSingleBin);
+      });
+  return result == yax_status::kOk ? isSingleBin : 0;
+}
+
+// The component's key must be new.
+unsigned int YAXInfoManagerRCEMemory::CreateComponent(unsigned int components,
+                                                      const YAX_GUID_ST& clsid,
+                                                      const YAX_COMPONENT_INFO_ST& info) {
+  const unsigned int remembered = FunctionTable::Add(info.FactoryFn);
+  if (remembered != yax_status::kOk) return remembered;
+  const KeyName name(*this, clsid);
+  if (registry_->CreateKey(components, name.text) != status::kOk) {
+    return yax_status::kRegistryFailed;
+  }
+  return RegistryRecords(*registry_, components, name.text)
+      .CreateComponent(info, RegistryRecords::Upper::kSign);
+}
+
+unsigned int YAXInfoManagerRCEMemory::CreateComponents(unsigned int components,
+                                                       YAX_COMPONENT_INFO_ST** infos) {
+  unsigned int count = 0;
+  for (; *infos != nullptr; ++infos) {
+    const YAX_COMPONENT_INFO_ST& info = **infos;
+    if (info.pGuid == nullptr) return yax_status::kBadArgument;
+    const unsigned int result = CreateComponent(components, *info.pGuid, info);
+    if (result != yax_status::kOk) return result;
+    PrintDebugMessage(__LINE__, "Count = %d", ++count);
+  }
+  return yax_status::kOk;
+}
+
+unsigned int YAXInfoManagerRCEMemory::RegisterAllComponent(YAX_COMPONENT_INFO_ST** components) {
+  PCMutexGuard guard(Lock());
+  if (components == nullptr) return yax_status::kBadArgument;
+  return Flushed(
+      WithTopKey(RegistryRecords::kComponentsKey, TopKey::Missing::kMakeSure,
+                 [&](const TopKey& top) { return CreateComponents(top.Handle(), components); }));
+}
+
+unsigned int YAXInfoManagerRCEMemory::RegisterComponent(const YAX_GUID_ST& clsid,
+                                                        const YAX_COMPONENT_INFO_ST* info) {
+  PCMutexGuard guard(Lock());
+  if (info == nullptr) return yax_status::kBadArgument;
+  return Flushed(
+      WithTopKey(RegistryRecords::kComponentsKey, TopKey::Missing::kCreate,
+                 [&](const TopKey& top) { return CreateComponent(top.Handle(), clsid, *info); }));
+}
+
+unsigned int YAXInfoManagerRCEMemory::UnregisterComponent(const YAX_GUID_ST& clsid) {
+  PCMutexGuard guard(Lock());
+  return Flushed(
+      WithTopKey(RegistryRecords::kComponentsKey, TopKey::Missing::kFail, [&](const TopKey& top) {
+        const KeyName name(*this, clsid);
+        return StatusOf(registry_->DeleteKey(top.Handle(), name.text));
+      }));
+}
+
+unsigned int YAXInfoManagerRCEMemory::SetComponentInfo(const YAX_GUID_ST& clsid,
+                                                       const YAX_COMPONENT_INFO_ST* info) {
+  PCMutexGuard guard(Lock());
+  if (info == nullptr) return yax_status::kBadArgument;
+  return Flushed(WithComponent(clsid, [&](RegistryRecords& records) {
+    return records.SetComponent(*info, RegistryRecords::Upper::kSign);
+  }));
+}
+
+unsigned int YAXInfoManagerRCEMemory::GetComponentInfo(const YAX_GUID_ST& clsid,
+                                                       YAX_COMPONENT_INFO_ST* info) {
+  PCMutexGuard guard(Lock());
+  if (info == nullptr) return yax_status::kBadArgument;
+  return WithComponent(clsid,
+                       [&](RegistryRecords& records) { return records.ReadComponent(info); });
+}
+
+unsigned int YAXInfoManagerRCEMemory::GetComponentType(const YAX_GUID_ST& clsid,
+                                                       YAX_COMPONENT_TYPE_ENUM* type) {
+  PCMutexGuard guard(Lock());
+  if (type == nullptr) return yax_status::kBadArgument;
+  return WithComponent(clsid, [&](RegistryRecords& records) { return records.ReadType(type); });
+}
+
+unsigned int YAXInfoManagerRCEMemory::GetComponentEntryFunc(const YAX_GUID_ST& clsid,
+                                                            void** function) {
+  PCMutexGuard guard(Lock());
+  if (function == nullptr) return yax_status::kBadArgument;
+  return WithComponent(clsid,
+                       [&](RegistryRecords& records) { return records.ReadFunction(function); });
+}
+
+unsigned int YAXInfoManagerRCEMemory::GetComponentBinPath(const YAX_GUID_ST& clsid, char* path) {
+  PCMutexGuard guard(Lock());
+  if (path == nullptr) return yax_status::kBadArgument;
+  return WithComponent(clsid,
+                       [&](RegistryRecords& records) { return records.ReadBinaryPath(path); });
+}

@@ -1,0 +1,238 @@
+#include "framework/internal/YAXLoadManager.h"
+
+#include <dlfcn.h>
+
+#include <cstring>
+#include <new>
+
+#include "framework/YAXRecords.h"
+#include "framework/YAXStatus.h"
+#include "framework/internal/DebugMessage.h"
+
+// An open shared object.
+struct YAXLoadManager::Record {
+  YAX_GUID_ST clsid = {};  // for which it was opened
+  void* handle = nullptr;
+  char path[kYAXTextSize] = {};
+  unsigned int entered = 0;  // by so many calls
+  bool isAsked = false;      // whether it may be closed, now
+  bool isClosing = false;    // it has agreed: nobody gets the handle any more
+};
+
+namespace {
+
+// What this thread is closing.
+thread_local void* tClosing = nullptr;
+
+// Holds the list over a walk with its cursor.
+class ListLock {
+ public:
+  explicit ListLock(PCList& list) : list_(list) { list.Lock(); }
+  ~ListLock() { list_.Unlock(); }
+  ListLock(const ListLock&) = delete;
+  ListLock& operator=(const ListLock&) = delete;
+
+ private:
+  PCList& list_;
+};
+
+}  // namespace
+
+unsigned int YAXLoadManager::Initialize() {
+  return list_.Create() != 0 ? yax_status::kOk : yax_status::kNoMemory;
+}
+
+void YAXLoadManager::Deinitialize() {
+  {
+    const ListLock lock(list_);
+    while (list_.Seek(0, PCList::First) != 0) {
+      Record* record = static_cast<Record*>(list_.Data());
+      list_.Delete();
+      delete record;
+    }
+  }
+  list_.Destroy();
+}
+
+// Calls change(record) for all records of a handle.
+template <class Change>
+void YAXLoadManager::ForEachOf(void* handle, Change change) {
+  const ListLock lock(list_);
+  for (int more = list_.Seek(0, PCList::First); more != 0; more = list_.Seek(1, PCList::Current)) {
+    Record* record = static_cast<Record*>(list_.Data());
+    if (record->handle == handle) change(*record);
+  }
+}
+
+int YAXLoadManager::AddHandle(const YAX_GUID_ST& clsid, const char* path, void* handle) {
+  Record* record = new (std::nothrow) Record;
+  if (record == nullptr) return 0;
+  record->clsid = clsid;
+  record->handle = handle;
+  std::strncpy(record->path, path, sizeof record->path - 1);
+  const ListLock lock(list_);
+  // Two paths may lead to one file. One that is closing is another, though its handle may be the
+  // same.
+  ForEachOf(handle, [record](const Record& other) {
+    if (other.isClosing) return;
+    record->entered = other.entered;
+    record->isAsked = other.isAsked;
+  });
+  if (list_.Add(record, PCList::AtEnd) != 0) return 1;
+  delete record;
+  return 0;
+}
+
+// The first record for which condition(record) is true, of those that are not closing; null when
+// there is none. The list is held.
+template <class Condition>
+YAXLoadManager::Record* YAXLoadManager::Find(Condition condition) {
+  for (int found = list_.Seek(0, PCList::First); found != 0;
+       found = list_.Seek(1, PCList::Current)) {
+    Record* record = static_cast<Record*>(list_.Data());
+    if (!record->isClosing && condition(*record)) return record;
+  }
+  return nullptr;
+}
+
+int YAXLoadManager::FindHandle(const YAX_GUID_ST& clsid, void** handle) {
+  const ListLock lock(list_);
+  const Record* found = Find([&](const Record& record) { return record.clsid == clsid; });
+  *handle = found != nullptr ? found->handle : nullptr;
+  return found != nullptr ? 1 : 0;
+}
+
+// A path matches the beginning of one that is open. Test: LoadManager.ThePathsBeginningIsEnough
+int YAXLoadManager::FindHandle(const char* path, void** handle) {
+  const ListLock lock(list_);
+  const std::size_t length = std::strlen(path);
+  const Record* found =
+      Find([&](const Record& record) { return std::strncmp(record.path, path, length) == 0; });
+  *handle = found != nullptr ? found->handle : nullptr;
+  return found != nullptr ? 1 : 0;
+}
+
+unsigned int YAXLoadManager::Closings() {
+  const ListLock lock(list_);
+  return closings_;
+}
+
+void YAXLoadManager::Enter(void* handle) {
+  ForEachOf(handle, [](Record& record) { ++record.entered; });
+}
+
+void YAXLoadManager::Leave(void* handle) {
+  ForEachOf(handle, [](Record& record) {
+    if (record.entered > 0) --record.entered;
+  });
+}
+
+void YAXLoadManager::MarkAsked(void* handle, bool asked) {
+  ForEachOf(handle, [asked](Record& record) { record.isAsked = asked; });
+}
+
+void YAXLoadManager::MarkClosing(void* handle, bool closing) {
+  const ListLock lock(list_);
+  if (closing) ++closings_;
+  ForEachOf(handle, [closing](Record& record) {
+    record.isClosing = closing;
+    record.isAsked = closing;
+  });
+}
+
+// Of a file that was opened anew meanwhile the record stays, though the handle may be the same.
+void YAXLoadManager::DeleteClosing(void* handle) {
+  const ListLock lock(list_);
+  for (int more = list_.Seek(0, PCList::First); more != 0;) {
+    Record* record = static_cast<Record*>(list_.Data());
+    if (record->handle != handle || !record->isClosing) {
+      more = list_.Seek(1, PCList::Current);
+      continue;
+    }
+    list_.Delete();  // goes on to the next
+    delete record;
+    more = list_.Data() != nullptr ? 1 : 0;
+  }
+}
+
+void YAXLoadManager::DeleteHandle(void* handle) {
+  const ListLock lock(list_);
+  MarkClosing(handle, true);
+  DeleteClosing(handle);
+}
+
+// A destructor of a static object may load what is being closed, in the same thread: it must not
+// get it. Two threads may open a new file at the same time: the list is not held meanwhile, because
+// code of the shared object runs. The one that comes second gives its handle back.
+unsigned int YAXLoadManager::LoadBinary(const YAX_GUID_ST& clsid, const char* path, void** handle) {
+  if (handle == nullptr || path == nullptr) return yax_status::kBadArgument;
+  if (FindHandle(path, handle) != 0) return yax_status::kOk;
+  void* opened = dlopen(path, RTLD_NOW);
+  if (opened == nullptr) {
+    const char* reason = dlerror();
+    PrintDebugMessage(__LINE__, "[YAXLoadManager::LoadBinary] dlopen error, %s.",
+                      reason != nullptr ? reason : "");
+    return yax_status::kCannotLoad;
+  }
+  if (opened == tClosing) {
+    dlclose(opened);
+    return yax_status::kCannotLoad;
+  }
+  void* recorded = nullptr;
+  bool added = false;
+  bool isExtra = false;  // an open file needs no second reference, by whichever path it was opened
+  {
+    const ListLock lock(list_);
+    isExtra = Find([&](const Record& record) { return record.handle == opened; }) != nullptr;
+    if (FindHandle(path, &recorded) == 0) added = AddHandle(clsid, path, opened) != 0;
+  }
+  *handle = recorded != nullptr ? recorded : opened;
+  if (recorded != nullptr || isExtra) dlclose(opened);
+  return recorded != nullptr || added ? yax_status::kOk : yax_status::kNoMemory;
+}
+
+unsigned int YAXLoadManager::GetProcAddr(void* handle, const char* symbol, void** address) {
+  *address = dlsym(handle, symbol);
+  return *address != nullptr ? yax_status::kOk : yax_status::kNoEntry;
+}
+
+// What the component answers when it is asked whether it may be closed. It may call back: unloading
+// it meanwhile is refused.
+unsigned int YAXLoadManager::AskToUnload(void* handle) {
+  void* address = nullptr;
+  unsigned int result = GetProcAddr(handle, "EntryFn_canUnloadNow", &address);
+  if (result == yax_status::kOk && reinterpret_cast<unsigned int (*)()>(address)() != 0) {
+    result = yax_status::kInUse;
+  }
+  if (result != yax_status::kOk) MarkAsked(handle, false);
+  return result;
+}
+
+// A thread that loads the same file meanwhile opens it anew: it never gets a handle that is closed.
+unsigned int YAXLoadManager::Close(void* handle) {
+  MarkClosing(handle, true);
+  void* const before = tClosing;  // whose static objects close this one
+  tClosing = handle;
+  const bool isClosed = dlclose(handle) == 0;
+  tClosing = before;
+  if (!isClosed) {
+    MarkClosing(handle, false);
+    return yax_status::kCannotClose;
+  }
+  DeleteClosing(handle);
+  return yax_status::kOk;
+}
+
+unsigned int YAXLoadManager::UnloadBinary(const YAX_GUID_ST& clsid) {
+  void* handle = nullptr;
+  {
+    const ListLock lock(list_);
+    Record* record = Find([&](const Record& candidate) { return candidate.clsid == clsid; });
+    if (record == nullptr) return yax_status::kOk;
+    if (record->isAsked || record->entered > 0) return yax_status::kInUse;
+    handle = record->handle;
+    MarkAsked(handle, true);
+  }
+  const unsigned int result = AskToUnload(handle);
+  return result == yax_status::kOk ? Close(handle) : result;
+}

@@ -1,0 +1,127 @@
+#include "registry/filetree/backup/BackupFile.h"
+
+#include "platform/PCMem.h"
+#include "registry/store/Immortal.h"
+
+namespace tamu::registry {
+
+namespace {
+
+constexpr unsigned int kPieceSize = 4096;  // bytes
+
+Immortal<PCFile> sBackup;
+
+}  // namespace
+
+PCFile& BackupFile::backup = sBackup.value;
+unsigned char BackupFile::backupHeader = 0;
+
+unsigned int BackupFile::OpenBackup(const char* path, bool make) {
+  Close();
+  if (piece_.EnsureCapacity(kPieceSize) != status::kOk) return status::kNoMemory;
+  used_ = 0;
+  next_ = 0;
+  offset_ = 0;
+  if (make && !PCFile::Make(path)) return status::kInputOutput;
+  backup.ReadDirectly();  // backups come from media that may be pulled out
+  return backup.Create(path, PCFile::kReadWrite) ? status::kOk : status::kInputOutput;
+}
+
+unsigned int BackupFile::Make(const char* path) {
+  const unsigned int result = OpenBackup(path, true);
+  if (result != status::kOk) return result;
+  writing_ = true;
+  return Write(&backupHeader, kHeaderSize);
+}
+
+unsigned int BackupFile::WritePiece() {
+  if (!writing_ || !backup.Write(piece_.data, used_)) {
+    writing_ = false;
+    return status::kInputOutput;
+  }
+  used_ = 0;
+  return status::kOk;
+}
+
+unsigned int BackupFile::Write(const void* data, unsigned int size) {
+  const unsigned char* from = static_cast<const unsigned char*>(data);
+  while (size > 0) {
+    const unsigned int room = kPieceSize - used_;
+    const unsigned int now = size < room ? size : room;
+    PCMem::Copy(piece_.data + used_, from, now);
+    used_ += now;
+    from += now;
+    size -= now;
+    if (used_ < kPieceSize) continue;
+    const unsigned int result = WritePiece();
+    if (result != status::kOk) return result;
+  }
+  return status::kOk;
+}
+
+unsigned int BackupFile::Complete() {
+  unsigned int result = WritePiece();
+  if (result != status::kOk) return result;
+  backupHeader = 1;
+  backup.Seek(0);  // cannot fail on an open file
+  result = Write(&backupHeader, kHeaderSize);
+  return result == status::kOk ? WritePiece() : result;
+}
+
+unsigned int BackupFile::Open(const char* path) {
+  unsigned int result = OpenBackup(path, false);
+  unsigned char complete = 0;
+  if (result == status::kOk) result = Read(&complete, kHeaderSize);
+  if (result == status::kOk && complete == 0) result = status::kInputOutput;
+  return result;
+}
+
+void BackupFile::Rewind() {
+  backup.Seek(kHeaderSize);  // cannot fail on an open file
+  offset_ = kHeaderSize;
+  used_ = 0;
+  next_ = 0;
+}
+
+unsigned int BackupFile::ReadPiece() {
+  next_ = 0;
+  used_ = 0;
+  const unsigned int size = backup.Size();
+  const unsigned int there = size > offset_ ? size - offset_ : 0;
+  const unsigned int now = there < kPieceSize ? there : kPieceSize;
+  if (now == 0 || !backup.Read(piece_.data, now)) return status::kInputOutput;
+  used_ = now;
+  offset_ += now;
+  return status::kOk;
+}
+
+unsigned int BackupFile::Read(void* data, unsigned int size) {
+  unsigned char* to = static_cast<unsigned char*>(data);
+  while (size > 0) {
+    if (next_ == used_) {
+      const unsigned int result = ReadPiece();
+      if (result != status::kOk) return result;
+    }
+    const unsigned int there = used_ - next_;
+    const unsigned int now = size < there ? size : there;
+    PCMem::Copy(to, piece_.data + next_, now);
+    next_ += now;
+    to += now;
+    size -= now;
+  }
+  return status::kOk;
+}
+
+unsigned int BackupFile::Peek(unsigned int ahead, unsigned char* byte) const {
+  if (used_ - next_ <= ahead) return status::kInputOutput;
+  *byte = piece_.data[next_ + ahead];
+  return status::kOk;
+}
+
+void BackupFile::Close() {
+  if (writing_) WritePiece();  // of a backup that has failed: as much as there is
+  writing_ = false;
+  backup.Destroy();
+}
+
+}  // namespace tamu::registry

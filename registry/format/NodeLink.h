@@ -1,0 +1,25 @@
+// The links of a string node to others.
+#pragma once
+
+#include "registry/format/TernaryStringNode.h"
+
+namespace tamu::registry {
+
+enum class NodeLink : unsigned char { kLo, kHi, kEqual, kChild };
+
+// The link's id, 0 = none.
+unsigned int LinkOf(const TernaryStringNode& node, NodeLink link);
+void SetLink(TernaryStringNode* node, NodeLink link, unsigned int id);
+
+constexpr unsigned int kNodeLinks = 4;
+// The order in which subtrees are backed up, restored, unloaded and given back.
+constexpr NodeLink kStoredOrder[kNodeLinks] = {NodeLink::kLo, NodeLink::kHi, NodeLink::kEqual,
+                                               NodeLink::kChild};
+// The order in which names are listed, and keys counted.
+constexpr NodeLink kListingOrder[kNodeLinks] = {NodeLink::kHi, NodeLink::kLo, NodeLink::kEqual,
+                                                NodeLink::kChild};
+// The order in which the link to a node is looked for when the node is split.
+constexpr NodeLink kSplitOrder[kNodeLinks] = {NodeLink::kEqual, NodeLink::kLo, NodeLink::kHi,
+                                              NodeLink::kChild};
+
+}  // namespace tamu::registry

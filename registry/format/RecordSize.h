@@ -1,0 +1,21 @@
+// How large the records of each kind are, and how many tables of a kind there may be.
+#pragma once
+
+#include "registry/format/DataBlock.h"
+#include "registry/format/NodeId.h"
+#include "registry/format/TernaryKeyNode.h"
+#include "registry/format/TernaryStringNode.h"
+#include "registry/format/TernaryValueNode.h"
+
+namespace tamu::registry {
+
+constexpr unsigned int kTablesMax = 21;  // of a kind
+
+// Bytes of a record of the kind.
+constexpr unsigned int RecordSizeOf(NodeKind kind) {
+  constexpr unsigned int kSizes[kNodeKinds] = {TernaryStringNode::kSize, TernaryKeyNode::kSize,
+                                               TernaryValueNode::kSize, kDataBlockSize};
+  return kSizes[static_cast<unsigned int>(kind)];
+}
+
+}  // namespace tamu::registry

@@ -1,0 +1,56 @@
+#include "registry/keytree/NodeNames.h"
+
+namespace tamu::registry {
+
+signed char FirstCharOf(const TernaryStringNode& node) {
+  return node.segmentLength() > 0 ? node.segment(0) : node.splitChar();
+}
+
+unsigned int TakeName(TernaryStringNode* node, const char* name) {
+  unsigned int count = 0;
+  while (count < kNodeNameMax && name[count] != 0 && name[count] != '/') ++count;
+  if (count == 0) return 0;
+  for (unsigned int i = 0; i + 1 < count; ++i) {
+    node->setSegment(i, static_cast<signed char>(name[i]));
+  }
+  node->setSegmentLength(count - 1);
+  node->setSplitChar(static_cast<signed char>(name[count - 1]));
+  return count;
+}
+
+TernaryStringNode UpperPart(const TernaryStringNode& node, unsigned int cut, unsigned int nodeId) {
+  TernaryStringNode upper;
+  for (unsigned int i = 0; i < cut; ++i) upper.setSegment(i, node.segment(i));
+  upper.setSegmentLength(cut);
+  upper.setSplitChar(node.segment(cut));
+  upper.setEqual(nodeId);
+  return upper;
+}
+
+TernaryStringNode LowerPart(const TernaryStringNode& node, unsigned int cut) {
+  TernaryStringNode lower = node;
+  const unsigned int length = node.segmentLength() - cut - 1;
+  for (unsigned int i = 0; i < TernaryStringNode::kSegmentMax; ++i) {
+    lower.setSegment(i, i < length ? node.segment(cut + 1 + i) : static_cast<signed char>(0));
+  }
+  lower.setSegmentLength(length);
+  return lower;
+}
+
+bool FindLink(const TernaryStringNode& node, unsigned int id, NodeLink* link) {
+  for (const NodeLink candidate : kSplitOrder) {
+    if (LinkOf(node, candidate) != id) continue;
+    *link = candidate;
+    return true;
+  }
+  return false;
+}
+
+NodeLink LinkForName(const TernaryStringNode& node, bool asChild, bool asEqual,
+                     const TernaryStringNode& first) {
+  if (asChild) return NodeLink::kChild;
+  if (asEqual) return NodeLink::kEqual;
+  return node.splitChar() >= FirstCharOf(first) ? NodeLink::kLo : NodeLink::kHi;
+}
+
+}  // namespace tamu::registry

@@ -1,0 +1,193 @@
+#include "registry/keytree/NodeNames.h"
+#include "tests/registry/store/RecordTesting.h"
+
+namespace tamu::registry::storetests {
+namespace {
+
+const char kText[] = "abcdefghijklmnopqrstuvwxyz";
+
+// What is taken from a name, and the record.
+std::string Taken(const std::string& name) {
+  TernaryStringNode node;
+  const unsigned int taken = TakeName(&node, name.c_str());
+  return std::to_string(taken) + ": " + Hex(node);
+}
+
+const char kZeros20[] = "00000000 00000000 00000000 00000000 00000000";
+
+TEST(NodeNames, TheLastCharacterIsTheSplitCharacter) {
+  const std::string links = kZeros20;
+  EXPECT_EQ(Taken("a"), "1: 00000061 " + links + " 00000000 00000000 00000000 00000000");
+  EXPECT_EQ(Taken("ab"), "2: 00010062 " + links + " 61000000 00000000 00000000 00000000");
+  EXPECT_EQ(Taken(std::string(kText, 16)),
+            "16: 000F0070 " + links + " 61626364 65666768 696A6B6C 6D6E6F00");
+  EXPECT_EQ(Taken(std::string(kText, 17)),
+            "17: 00100071 " + links + " 61626364 65666768 696A6B6C 6D6E6F70");
+}
+
+TEST(NodeNames, WhatGoesBeyond17CharactersIsLeft) {
+  const std::string whole = Taken(std::string(kText, 17));
+  EXPECT_EQ(Taken(std::string(kText, 18)), whole);
+  EXPECT_EQ(Taken(kText), whole);
+}
+
+TEST(NodeNames, ANameEndsBeforeASlash) {
+  EXPECT_EQ(Taken("ab/cd"), Taken("ab"));
+  EXPECT_EQ(Taken(std::string(kText, 16) + "/"), Taken(std::string(kText, 16)));
+  EXPECT_EQ(Taken(std::string(kText, 17) + "/"), Taken(std::string(kText, 17)));
+  const std::string nothing =
+      "0: 00000000 " + std::string(kZeros20) + " 00000000 00000000 00000000 00000000";
+  EXPECT_EQ(Taken("/ab"), nothing);
+  EXPECT_EQ(Taken(""), nothing);
+}
+
+TEST(NodeNames, AllCharactersButTheSlashAreTaken) {
+  for (unsigned int c = 1; c < 256; ++c) {
+    if (c == '/') continue;
+    TernaryStringNode node;
+    const char name[] = {static_cast<char>(c), static_cast<char>(c), 0};
+    EXPECT_EQ(TakeName(&node, name), 2u) << c;
+    EXPECT_EQ(node.bytes()[3], c);
+    EXPECT_EQ(node.bytes()[24], c);
+  }
+}
+
+// The rest of the record belongs to who takes the name.
+TEST(NodeNames, ATakenNameLeavesLinksAndFlags) {
+  TernaryStringNode node;
+  node.setFlags(0x10);
+  node.setEqual(0x11223344);
+  node.setKeyNode(0x55667788);
+  EXPECT_EQ(TakeName(&node, "xyz"), 3u);
+  EXPECT_EQ(Hex(node),
+            "0002107A 00000000 00000000 44332211 00000000 88776655"
+            " 78790000 00000000 00000000 00000000");
+}
+
+TEST(NodeNames, TheFirstCharacterIsOfTheSegmentIfThereIsOne) {
+  TernaryStringNode node;
+  node.setSplitChar('s');
+  node.setSegment(0, 'r');
+  EXPECT_EQ(FirstCharOf(node), 's');
+  node.setSegmentLength(1);
+  EXPECT_EQ(FirstCharOf(node), 'r');
+  node.setSegment(0, static_cast<signed char>(0x80));
+  EXPECT_EQ(FirstCharOf(node), -128);
+}
+
+// "abcdef", split character 'g', all links and a key; a lock that somebody has.
+TernaryStringNode Whole() {
+  TernaryStringNode node;
+  TakeName(&node, "abcdefg");
+  node.setFlags(0x11);
+  node.setLo(0x100);
+  node.setHi(0x200);
+  node.setEqual(0x300);
+  node.setChild(0x400);
+  node.setKeyNode(0x500);
+  return node;
+}
+
+TEST(NodeNames, TheUpperPartLeadsToTheLowerOne) {
+  EXPECT_EQ(Hex(UpperPart(Whole(), 0, 0x12345678)),
+            "00000061 00000000 00000000 78563412 00000000 00000000"
+            " 00000000 00000000 00000000 00000000");
+  EXPECT_EQ(Hex(UpperPart(Whole(), 2, 0x900)),
+            "00020063 00000000 00000000 00090000 00000000 00000000"
+            " 61620000 00000000 00000000 00000000");
+  EXPECT_EQ(Hex(UpperPart(Whole(), 5, 0x900)),
+            "00050066 00000000 00000000 00090000 00000000 00000000"
+            " 61626364 65000000 00000000 00000000");
+}
+
+TEST(NodeNames, TheLowerPartKeepsAllButTheBeginning) {
+  const std::string links = "00010000 00020000 00030000 00040000 00050000";
+  EXPECT_EQ(Hex(LowerPart(Whole(), 0)),
+            "00051167 " + links + " 62636465 66000000 00000000 00000000");
+  EXPECT_EQ(Hex(LowerPart(Whole(), 2)),
+            "00031167 " + links + " 64656600 00000000 00000000 00000000");
+  EXPECT_EQ(Hex(LowerPart(Whole(), 5)),
+            "00001167 " + links + " 00000000 00000000 00000000 00000000");
+}
+
+TEST(NodeNames, AFullSegmentIsCutAtItsEnds) {
+  TernaryStringNode node;
+  ASSERT_EQ(TakeName(&node, kText), 17u);
+  const std::string links = kZeros20;
+  EXPECT_EQ(Hex(LowerPart(node, 0)), "000F0071 " + links + " 62636465 66676869 6A6B6C6D 6E6F7000");
+  EXPECT_EQ(Hex(LowerPart(node, 15)), "00000071 " + links + " 00000000 00000000 00000000 00000000");
+  EXPECT_EQ(Hex(UpperPart(node, 15, 0)),
+            "000F0070 " + links + " 61626364 65666768 696A6B6C 6D6E6F00");
+}
+
+// Bytes behind the segment mean nothing and are not taken over.
+TEST(NodeNames, BytesBehindTheSegmentAreDropped) {
+  TernaryStringNode node = Numbered<TernaryStringNode>();
+  node.setSegmentLength(3);  // 99 9A 9B
+  EXPECT_EQ(Hex(UpperPart(node, 1, 0)).substr(54), "99000000 00000000 00000000 00000000");
+  EXPECT_EQ(Hex(LowerPart(node, 1)).substr(54), "9B000000 00000000 00000000 00000000");
+}
+
+TEST(NodeNames, ALinkIsLookedForInTheOrderEqualLowerHigherChild) {
+  NodeLink link = NodeLink::kChild;
+  TernaryStringNode node = Whole();
+  EXPECT_FALSE(FindLink(node, 0x500, &link));  // the key's, which is no link
+  EXPECT_EQ(link, NodeLink::kChild);
+  EXPECT_TRUE(FindLink(node, 0x100, &link));
+  EXPECT_EQ(link, NodeLink::kLo);
+  EXPECT_TRUE(FindLink(node, 0x200, &link));
+  EXPECT_EQ(link, NodeLink::kHi);
+  EXPECT_TRUE(FindLink(node, 0x300, &link));
+  EXPECT_EQ(link, NodeLink::kEqual);
+  EXPECT_TRUE(FindLink(node, 0x400, &link));
+  EXPECT_EQ(link, NodeLink::kChild);
+
+  node.setLo(0x700);
+  node.setHi(0x700);
+  node.setEqual(0x700);
+  node.setChild(0x700);
+  for (NodeLink expected : {NodeLink::kEqual, NodeLink::kLo, NodeLink::kHi, NodeLink::kChild}) {
+    ASSERT_TRUE(FindLink(node, 0x700, &link));
+    EXPECT_EQ(link, expected);
+    SetLink(&node, expected, 0);
+  }
+  EXPECT_FALSE(FindLink(node, 0x700, &link));
+}
+
+TEST(NodeNames, ANameHangsBesideTheSplitCharacterByItsFirstOne) {
+  TernaryStringNode node;
+  node.setSplitChar('m');
+  TernaryStringNode first;
+  struct {
+    unsigned char c;
+    NodeLink link;
+  } const cases[] = {{'l', NodeLink::kLo},  {'m', NodeLink::kLo},  {'n', NodeLink::kHi},
+                     {0x7F, NodeLink::kHi}, {0x80, NodeLink::kLo}, {0xFF, NodeLink::kLo}};
+  for (const auto& each : cases) {
+    first.setSegmentLength(0);
+    first.setSplitChar(static_cast<signed char>(each.c));
+    EXPECT_EQ(LinkForName(node, false, false, first), each.link) << each.c;
+    first.setSplitChar('m');
+    first.setSegmentLength(1);
+    first.setSegment(0, static_cast<signed char>(each.c));
+    EXPECT_EQ(LinkForName(node, false, false, first), each.link) << each.c;
+  }
+  node.setSplitChar(static_cast<signed char>(0x90));
+  first.setSegment(0, static_cast<signed char>(0x8F));
+  EXPECT_EQ(LinkForName(node, false, false, first), NodeLink::kLo);
+  first.setSegment(0, static_cast<signed char>(0x91));
+  EXPECT_EQ(LinkForName(node, false, false, first), NodeLink::kHi);
+}
+
+TEST(NodeNames, TheSearchTellsWhetherANameHangsBelowOrBehind) {
+  TernaryStringNode node;
+  node.setSplitChar('m');
+  TernaryStringNode first;
+  first.setSplitChar('a');
+  EXPECT_EQ(LinkForName(node, true, false, first), NodeLink::kChild);
+  EXPECT_EQ(LinkForName(node, true, true, first), NodeLink::kChild);
+  EXPECT_EQ(LinkForName(node, false, true, first), NodeLink::kEqual);
+}
+
+}  // namespace
+}  // namespace tamu::registry::storetests
