@@ -47,6 +47,10 @@ class PCFile {
   void Protect(unsigned int length) { mProtected = length; }
   // True when `path` leads to the file that is open here (symbolic links followed).
   bool SameFile(const char* path) const;
+  // True when both have the same file open, by whatever paths.
+  bool SameFile(const PCFile& other) const;
+  // Exchanges what the two objects have open, with their positions.
+  void Swap(PCFile& other);
   // Looks at the length once, so that reads up to the next Refresh do not touch a part of the
   // mapping that somebody else has cut off meanwhile. Called at the start of every operation on the
   // file.

@@ -66,24 +66,21 @@ unsigned int Registry::CheckFile() const {
   return complete && header.HasMagic() ? status::kOk : status::kInvalidFile;
 }
 
-// A key tree that cannot be opened stays attached, without use, until the next Initialize.
+// The file is opened last: it takes the place of what another registry has open, and nothing may
+// fail from then on. A key tree that cannot be opened stays attached, without use, until the next
+// Initialize.
 unsigned int Registry::OpenTrees() {
   List<void*>* handles = new (std::nothrow) List<void*>;
-  if (handles == nullptr || handles->EnsureCapacity(kHandleSlots) != status::kOk) {
-    delete handles;
-    return status::kNoMemory;
-  }
+  fileTree = new (std::nothrow) TernaryRegistry(nullptr, nullptr);
   keyTree = new (std::nothrow) TernaryKeyTree(nullptr);
-  if (keyTree == nullptr || keyTree->Initialize(path) != status::kOk) {
+  if (handles == nullptr || handles->EnsureCapacity(kHandleSlots) != status::kOk ||
+      fileTree == nullptr || keyTree == nullptr || keyTree->Initialize(path) != status::kOk) {
     delete handles;
+    delete fileTree;
+    fileTree = nullptr;
     return status::kNoMemory;
   }
-  fileTree = new (std::nothrow) TernaryRegistry(keyTree->File(), nullptr);
-  if (fileTree == nullptr) {
-    delete handles;
-    return status::kNoMemory;
-  }
-  fileTree->ShareStore();
+  fileTree->ShareStore(keyTree->File());
   fileTree->Initialize(path);  // operations report what is wrong
   instance->keyTree = keyTree;
   instance->fileTree = fileTree;

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 #include "platform/posix/FileMapping.h"
 #include "platform/posix/PosixCalls.h"
@@ -153,6 +154,21 @@ unsigned int PCFile::Size() const {
 
 bool PCFile::SameFile(const char* path) const {
   return IsOpen() && path != nullptr && posix::SameFile(mFd, path);
+}
+
+bool PCFile::SameFile(const PCFile& other) const {
+  return IsOpen() && other.IsOpen() && posix::SameFile(mFd, other.mFd);
+}
+
+void PCFile::Swap(PCFile& other) {
+  std::swap(mFd, other.mFd);
+  std::swap(mDirect, other.mDirect);
+  std::swap(mError, other.mError);
+  std::swap(mProtected, other.mProtected);
+  std::swap(mMapLength, other.mMapLength);
+  std::swap(mMapReserved, other.mMapReserved);
+  std::swap(mMap, other.mMap);
+  std::swap(mPosition, other.mPosition);
 }
 
 void PCFile::Refresh() {

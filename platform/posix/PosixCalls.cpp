@@ -78,6 +78,14 @@ bool SameFile(int fd, const char* path) {
   return here.st_dev == there.st_dev && here.st_ino == there.st_ino;
 }
 
+bool SameFile(int fd, int other) {
+  struct stat here;
+  struct stat there;
+  if (Retry([&] { return fstat(fd, &here); }) != 0) return false;
+  if (Retry([&] { return fstat(other, &there); }) != 0) return false;
+  return here.st_dev == there.st_dev && here.st_ino == there.st_ino;
+}
+
 long PositionedRead(int fd, void* buffer, unsigned int size, unsigned long long offset) {
   return Retry([=] { return pread(fd, buffer, size, static_cast<off_t>(offset)); });
 }

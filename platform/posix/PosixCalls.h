@@ -23,6 +23,8 @@ bool IsRegular(int fd);
 long long Length(int fd);
 // True when `path` leads to the file that `fd` is open on.
 bool SameFile(int fd, const char* path);
+// The same of two descriptors.
+bool SameFile(int fd, int other);
 
 // Reads up to `size` bytes at `offset`. Returns how many came, 0 at the end of the file, -1 on
 // failure.

@@ -62,6 +62,11 @@ class TernaryRegistry : public RegistryInterface {
 
   // The store given to the constructor belongs to somebody else: Finalize only forgets it.
   void ShareStore() { owner_ = StoreOwner::kShared; }
+  // Works on that open store of somebody else, before Initialize; none was given yet.
+  void ShareStore(TernaryFile* storeFile) {
+    file = storeFile;
+    ShareStore();
+  }
   // The object lock. Whoever serialises this tree with others takes it first.
   PCMutex& ObjectLock() { return lock_; }
 

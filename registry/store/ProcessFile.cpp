@@ -1,6 +1,6 @@
 #include "registry/store/ProcessFile.h"
 
-#include <new>
+#include <utility>
 
 #include "platform/PCString.h"
 #include "registry/base/RCEString.h"
@@ -15,7 +15,8 @@ namespace {
 Immortal<PCFile> sFile;
 Immortal<PCMutex> sLock;
 char* sPath = nullptr;         // owned; null when nothing is open
-unsigned int sGeneration = 0;  // of the latest opening
+unsigned int sGeneration = 0;  // of what is open
+unsigned int sLatest = 0;      // the latest generation that has started
 bool sClosing = false;
 
 }  // namespace
@@ -28,31 +29,6 @@ PCMutex& ProcessFile::Lock() {
 
 PCFile& ProcessFile::File() {
   return sFile.value;
-}
-
-unsigned int ProcessFile::Open(const char* path, unsigned int* generation, bool* missing) {
-  const bool same = File().IsOpen() && PCString::Diff(path, sPath) == 0 && File().SameFile(path);
-  char* copy = RCEString::Duplicate(path);
-  if (copy == nullptr) return status::kNoMemory;
-  bool opened = true;
-  if (File().IsOpen()) {
-    PCFile probe;
-    opened = probe.Create(copy, PCFile::kReadWrite) != 0;
-    *missing = probe.Missing();
-  }
-  if (opened) {
-    Close();
-    opened = File().Create(copy, PCFile::kReadWrite) != 0;
-    *missing = File().Missing();
-  }
-  if (!opened) {
-    delete[] copy;
-    return status::kCannotOpen;
-  }
-  sPath = copy;
-  if (!same) ++sGeneration;
-  *generation = sGeneration;
-  return status::kOk;
 }
 
 void ProcessFile::Close() {
@@ -76,6 +52,47 @@ bool ProcessFile::IsClosing() {
 
 bool ProcessFile::IsOpen(unsigned int generation) {
   return generation == sGeneration && generation != 0 && File().IsOpen();
+}
+
+ProcessFile::Opening::Opening() {
+  Exchange();
+}
+
+ProcessFile::Opening::~Opening() {
+  if (kept_) return;
+  Close();
+  Exchange();
+}
+
+void ProcessFile::Opening::Exchange() {
+  File().Swap(file_);
+  std::swap(sPath, path_);
+  std::swap(sGeneration, generation_);
+  std::swap(sClosing, closing_);
+}
+
+unsigned int ProcessFile::Opening::Open(const char* path, unsigned int* generation, bool* missing) {
+  Close();
+  char* copy = RCEString::Duplicate(path);
+  if (copy == nullptr) return status::kNoMemory;
+  if (!File().Create(copy, PCFile::kReadWrite)) {
+    *missing = File().Missing();
+    delete[] copy;
+    return status::kCannotOpen;
+  }
+  const bool same = File().SameFile(file_) && PCString::Diff(path, path_) == 0;
+  sPath = copy;
+  sGeneration = same ? generation_ : ++sLatest;
+  *generation = sGeneration;
+  *missing = false;
+  return status::kOk;
+}
+
+void ProcessFile::Opening::Keep() {
+  kept_ = true;
+  file_.Destroy();
+  delete[] path_;
+  path_ = nullptr;
 }
 
 PCFile& TernaryFile::file = sFile.value;

@@ -11,15 +11,12 @@ namespace tamu::registry {
 // until the process ends, so that registries in static storage can close late.
 class ProcessFile {
  public:
+  class Opening;
+
   // The lock over the file and over this record; recursive. Not created when there is no memory.
   static PCMutex& Lock();
   static PCFile& File();
 
-  // Opens the file at `path` in place of what was open. A new generation starts, unless the very
-  // same file was open by the same path: its stores go on together. 0; kCannotOpen when it cannot
-  // be opened (what was open stays; *missing tells whether nothing is at the path); kNoMemory. The
-  // lock is held.
-  static unsigned int Open(const char* path, unsigned int* generation, bool* missing);
   // Closes the file. The lock is held.
   static void Close();
   // Closes the file as soon as the operation that holds the lock is over: it may still put right in
@@ -31,6 +28,35 @@ class ProcessFile {
   static bool IsClosing();
   // True when what is open is what a store opened as `generation`; 0 is never open. Lock held.
   static bool IsOpen(unsigned int generation);
+};
+
+// Opens a file in place of what is open, which is set aside meanwhile and comes back with all its
+// stores unless the opening is kept. Openings nest. The lock is held from the first to the last.
+class ProcessFile::Opening {
+ public:
+  // Nothing is open from here on.
+  Opening();
+  // Closes what was opened since and puts back what was open before, unless Keep was called.
+  ~Opening();
+  Opening(const Opening&) = delete;
+  Opening& operator=(const Opening&) = delete;
+
+  // Opens the file at `path`. A new generation starts, unless the very same file was open by the
+  // same path: its stores go on together. 0; kCannotOpen when it cannot be opened (*missing tells
+  // whether nothing is at the path); kNoMemory.
+  unsigned int Open(const char* path, unsigned int* generation, bool* missing);
+  // What was opened stays, what was open before is closed.
+  void Keep();
+
+ private:
+  // Exchanges what is open and what is set aside.
+  void Exchange();
+
+  PCFile file_;  // set aside, as the rest
+  char* path_ = nullptr;
+  unsigned int generation_ = 0;
+  bool closing_ = false;
+  bool kept_ = false;
 };
 
 }  // namespace tamu::registry

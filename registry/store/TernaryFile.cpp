@@ -18,15 +18,26 @@ unsigned int TernaryFile::Initialize(const char* path) {
   char* copy = RCEString::Duplicate(path);
   if (copy == nullptr) return status::kNoMemory;
   AccessScope access(*this);
+  const bool wasOpen = IsAccessible();
   delete[] path_;
   path_ = copy;
+  const unsigned int result = LoadFile();
+  if (result == status::kOk) return status::kOk;
+  FreeTables();
+  generation_ = 0;
+  if (wasOpen) ProcessFile::Close();  // what this store had open; another store's stays
+  return result;
+}
+
+// Nothing of what is open is given up before the new file has all that is needed.
+unsigned int TernaryFile::LoadFile() {
   FreeTables();
   generation_ = 0;
   pathMissing_ = false;
-  const unsigned int opened = ProcessFile::Open(path_, &generation_, &pathMissing_);
-  if (opened != status::kOk) return opened;
-  const unsigned int result = LoadHeaders();
-  if (result != status::kOk) ProcessFile::Close();
+  ProcessFile::Opening opening;
+  unsigned int result = opening.Open(path_, &generation_, &pathMissing_);
+  if (result == status::kOk) result = LoadHeaders();
+  if (result == status::kOk) opening.Keep();
   return result;
 }
 
@@ -36,10 +47,14 @@ unsigned int TernaryFile::OpenOrCreate(const char* path, bool* made) {
   unsigned int result = Initialize(path);
   if (result != status::kCannotOpen) return result;
   if (!PathMissing()) return status::kNoSpace;
+  AccessScope access(*this);
+  ProcessFile::Opening opening;
   result = CreateRegistryFile(path, kDefaultBudget);
   if (result != status::kOk) return result;
   if (made != nullptr) *made = true;
-  return Initialize(path);
+  result = Initialize(path);
+  if (result == status::kOk) opening.Keep();
+  return result;
 }
 
 // The file header, the reserved area behind it and the TernaryHeader follow each other. Then the

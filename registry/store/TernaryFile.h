@@ -40,7 +40,8 @@ class TernaryFile {
   // Opens the file and loads its tables. kCannotOpen when it cannot be opened (PathMissing tells
   // whether it exists); kInvalidFile for a short file or a header of another format (the file is
   // closed); kInputOutput; kNoMemory; kBadArgument for a null path. A damaged table does not fail
-  // the opening, see TernaryNodeDescriptor::damaged. Again on an open store: starts over.
+  // the opening, see TernaryNodeDescriptor::damaged. Again on an open store: starts over. An
+  // opening that fails closes what this store had open and leaves what another store has open.
   unsigned int Initialize(const char* path);
   // Initialize; when nothing is at the path, makes a file of the default budget first. kNoSpace: a
   // file is there but cannot be opened (it is left alone), or none can be made. *made, if wanted,
@@ -51,8 +52,9 @@ class TernaryFile {
   unsigned int Finalize();
   // After Initialize answered kCannotOpen: true when nothing is at the path.
   bool PathMissing() const { return pathMissing_; }
-  // Makes a new, empty registry file and leaves it closed; an existing file is emptied first, and
-  // what this store had open is closed. `budget` in bytes: budget / 180 usable slots of each kind.
+  // Makes a new, empty registry file and leaves it closed; an existing file is emptied first. What
+  // any store had open is then closed; when the making fails, only what this store had open, or the
+  // very file that was emptied. `budget` in bytes: budget / 180 usable slots of each kind.
   // kNoSpace when the file cannot be made or would be too long (nothing is touched then) or its
   // first bytes cannot be written; kInputOutput, kInvalidFile when a later write fails. The file is
   // then empty.
@@ -200,6 +202,7 @@ class TernaryFile {
   // True when the header may be rewritten: it names the place where the next opening looks for it.
   bool IsHeaderInPlace() const { return header_.headerOffset() == TernaryHeader::kFileOffset; }
 
+  unsigned int LoadFile();
   unsigned int WriteEmptyFile(const class FileLayout& layout);
   unsigned int WriteFirstTable(const class FileLayout& layout, NodeKind kind);
 

@@ -20,16 +20,22 @@ unsigned int TernaryFile::CreateRegistryFile(const char* path, unsigned int budg
     delete[] copy;
     return status::kNoSpace;
   }
-  ProcessFile::Close();
+  // Nobody goes on with what has just been emptied.
+  if (IsAccessible() || ProcessFile::File().SameFile(copy)) ProcessFile::Close();
   FreeTables();
   delete[] path_;
   path_ = copy;
-  unsigned int result = ProcessFile::Open(path_, &generation_, &pathMissing_);
+  ProcessFile::Opening opening;
+  unsigned int result = opening.Open(path_, &generation_, &pathMissing_);
   if (result == status::kCannotOpen) result = status::kNoSpace;
   if (result == status::kOk) result = WriteEmptyFile(layout);
-  // An empty file is refused from then on; half a one might open.
-  if (result != status::kOk) AbandonFile();
-  if (IsAccessible()) ProcessFile::Close();
+  if (result == status::kOk) {
+    opening.Keep();
+    ProcessFile::Close();
+  } else {
+    AbandonFile();  // an empty file is refused from then on; half a one might open
+  }
+  generation_ = 0;
   return result;
 }
 

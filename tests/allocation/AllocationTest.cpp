@@ -74,6 +74,45 @@ TEST_F(Allocations, ChangesTakeNothing) {
   EXPECT_EQ(Count([&] { return registry.CreateKey(0, "a/b/c/e"); }), 0u);
 }
 
+// An opening that fails for want of memory, at whatever place.
+TEST_F(Allocations, ThatFailInAnotherOpeningTakeNothingAway) {
+  const std::string paths[] = {folder / "made.rce", folder / "other.rce"};
+  {
+    Registry second(paths[1].c_str(), kAdministratorId);
+    ASSERT_EQ(second.Initialize(), 0u);
+  }
+  registry.Finalize();
+  ASSERT_EQ(registry.Initialize(), 0u);
+  for (const std::string& path : paths) {
+    unsigned int failures = 0;
+    for (unsigned int nth = 1;; ++nth) {
+      SCOPED_TRACE("allocation " + std::to_string(nth));
+      if (path == paths[0]) std::filesystem::remove(path);
+      Registry second(path.c_str(), kAdministratorId);
+      heap::sFailing = nth;
+      const unsigned int result = second.Initialize();
+      const bool over = heap::sFailing > 0;
+      heap::sFailing = 0;
+      if (over) {
+        EXPECT_EQ(result, 0u);
+        break;
+      }
+      if (result == 0) {  // it could do without, and has taken the file's place
+        registry.Finalize();
+        ASSERT_EQ(registry.Initialize(), 0u);
+        continue;
+      }
+      ++failures;
+      unsigned long long value = 0;
+      EXPECT_EQ(registry.GetDefaultValue(0, kKey, &value), 0u);
+      EXPECT_EQ(registry.SetDefaultValue(0, kKey, 8), 0u);
+    }
+    EXPECT_GT(failures, 5u);
+    registry.Finalize();
+    ASSERT_EQ(registry.Initialize(), 0u);
+  }
+}
+
 // The whole-key operations with each of their allocations failing in turn.
 class FailingAllocations : public Allocations {
  protected:

@@ -272,4 +272,43 @@ TEST(PCFile, RecognisesItsFileUnderOtherNames) {
   EXPECT_FALSE(file.SameFile((dir / "f").c_str())) << "another file took the name";
 }
 
+TEST(PCFile, RecognisesTheFileThatAnotherObjectHasOpen) {
+  TempDir dir;
+  PutFile(dir / "f", "abc");
+  PutFile(dir / "copy", "abc");
+  ASSERT_EQ(link((dir / "f").c_str(), (dir / "hard").c_str()), 0);
+  PCFile file;
+  PCFile other;
+  EXPECT_FALSE(file.SameFile(other));
+  ASSERT_EQ(file.Create((dir / "f").c_str(), 2), 1);
+  EXPECT_FALSE(file.SameFile(other));
+  EXPECT_FALSE(other.SameFile(file));
+  ASSERT_EQ(other.Create((dir / "hard").c_str(), 2), 1);
+  EXPECT_TRUE(file.SameFile(other));
+  ASSERT_EQ(other.Create((dir / "copy").c_str(), 2), 1);
+  EXPECT_FALSE(file.SameFile(other));
+}
+
+TEST(PCFile, ExchangesWhatIsOpen) {
+  TempDir dir;
+  PutFile(dir / "f", "abcdef");
+  PCFile file;
+  PCFile other;
+  ASSERT_EQ(file.Create((dir / "f").c_str(), 2), 1);
+  ASSERT_EQ(other.Create((dir / "absent").c_str(), 2), 0);
+  ASSERT_EQ(file.Seek(2), 1);
+  file.Swap(other);
+  EXPECT_FALSE(file.IsOpen());
+  EXPECT_TRUE(file.Missing());
+  EXPECT_FALSE(other.Missing());
+  char letters[3] = {};
+  EXPECT_EQ(file.Read(letters, 1), 0);
+  EXPECT_EQ(other.Read(letters, 2), 1);
+  EXPECT_STREQ(letters, "cd");
+  ASSERT_EQ(other.Seek(8), 1);
+  EXPECT_EQ(other.Write("x", 1), 1);
+  EXPECT_EQ(other.Truncate(0), 1);  // the protected length has come along
+  EXPECT_EQ(GetFile(dir / "f"), "abcdef");
+}
+
 }  // namespace

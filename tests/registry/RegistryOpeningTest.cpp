@@ -227,6 +227,139 @@ TEST_F(RegistryOpeningTest, AFileThatCannotBeOpenedLeavesAnotherRegistryWorking)
   EXPECT_EQ(StructureFindings(other), "");
 }
 
+// A registry that is open on a file of its own while others are refused.
+class BesideAnOpenRegistryTest : public RegistryOpeningTest {
+ protected:
+  BesideAnOpenRegistryTest() {
+    EXPECT_EQ(open.Initialize(), 0u);
+    EXPECT_EQ(open.CreateKey(0, "kept", 77), 0u);
+  }
+  ~BesideAnOpenRegistryTest() override {
+    open.Finalize();
+    EXPECT_EQ(StructureFindings(other), "");
+  }
+  // Opening `where` answers 12, twice, and the open registry goes on, with and without a handle.
+  void ExpectOpenGoesOn(const std::string& where) {
+    unsigned int handle = 0;
+    ASSERT_EQ(open.OpenKey("", &handle), 0u);
+    const int descriptor = NextDescriptor();
+    {
+      Registry refused(where.c_str(), kAdmin);
+      EXPECT_EQ(refused.Initialize(), 12u);
+      EXPECT_EQ(open.CreateKey(handle, "through"), 0u);
+      EXPECT_EQ(refused.Initialize(), 12u);
+      EXPECT_EQ(refused.CreateKey(0, "a"), 1u);
+      EXPECT_TRUE(HasKey(open));
+      refused.Finalize();
+      EXPECT_EQ(NextDescriptor(), descriptor);
+    }
+    EXPECT_TRUE(HasKey(open));
+    EXPECT_EQ(open.DeleteKey(0, "through"), 0u);
+  }
+
+  const std::string other = folder / "other";
+  Registry open{other.c_str(), kAdmin};
+};
+
+TEST_F(BesideAnOpenRegistryTest, AFileOfAnotherVersionTakesNothingAway) {
+  std::string bytes = GetFile(other);
+  bytes[8] = 3;
+  PutFile(path, bytes);
+  ExpectOpenGoesOn(path);
+  EXPECT_EQ(GetFile(path), bytes);
+}
+
+TEST_F(BesideAnOpenRegistryTest, AFileThatEndsBehindItsMagicTakesNothingAway) {
+  const std::string sound = GetFile(other);
+  for (size_t size : {size_t{84}, size_t{4179}, size_t{4219}}) {
+    SCOPED_TRACE(size);
+    PutFile(path, sound.substr(0, size));
+    ExpectOpenGoesOn(path);
+    EXPECT_EQ(GetFile(path).size(), size);
+  }
+}
+
+TEST_F(BesideAnOpenRegistryTest, APathWithoutFileTakesNothingAway) {
+  const std::string loop = folder / "loop";
+  ASSERT_EQ(symlink("loop", loop.c_str()), 0);
+  for (const std::string& where :
+       {std::string(), std::string(5000, 'x'), folder / "", folder / "absent/registry",
+        other + "/registry", loop, std::string("/dev/null")}) {
+    SCOPED_TRACE(where.substr(0, 100));
+    ExpectOpenGoesOn(where);
+  }
+}
+
+TEST_F(BesideAnOpenRegistryTest, AFifoNeitherHangsNorTakesAnythingAway) {
+  ASSERT_EQ(mkfifo(path.c_str(), 0666), 0);
+  ExpectOpenGoesOn(path);
+}
+
+// The new file is made and cannot be filled.
+TEST_F(BesideAnOpenRegistryTest, AFullDiskTakesNothingAway) {
+  EXPECT_TRUE(InChild([&] {
+    LimitFileSize(50000);
+    Registry refused(path.c_str(), kAdmin);
+    return refused.Initialize() == 12 && HasKey(open) && open.SetDefaultValue(0, "kept", 1) == 0;
+  }));
+  EXPECT_EQ(GetFile(path), "");
+}
+
+TEST_F(BesideAnOpenRegistryTest, AProcessOutOfDescriptorsLosesNothing) {
+  PutFile(path, GetFile(other));
+  EXPECT_TRUE(InChild([&] {
+    LimitDescriptors(static_cast<unsigned long>(NextDescriptor()));
+    Registry refused(path.c_str(), kAdmin);
+    return refused.Initialize() == 12 && HasKey(open);
+  }));
+}
+
+// A link is another path, and its file the same: the newer opening takes over, as with any other
+// path, and the older object changes nothing any more.
+TEST_F(BesideAnOpenRegistryTest, ALinkToTheOpenFileTakesItOver) {
+  const std::string links[] = {folder / "soft", folder / "hard"};
+  ASSERT_EQ(symlink(other.c_str(), links[0].c_str()), 0);
+  ASSERT_EQ(link(other.c_str(), links[1].c_str()), 0);
+  for (const std::string& each : links) {
+    SCOPED_TRACE(each);
+    Registry second(each.c_str(), kAdmin);
+    ASSERT_EQ(second.Initialize(), 0u);
+    EXPECT_TRUE(HasKey(second));
+    EXPECT_EQ(open.SetDefaultValue(0, "kept", 1), 5u);
+    open.Finalize();
+    EXPECT_TRUE(HasKey(second));
+    second.Finalize();
+    ASSERT_EQ(open.Initialize(), 0u);
+    EXPECT_TRUE(HasKey(open));
+  }
+}
+
+TEST_F(RegistryOpeningTest, ALinkThatLeadsNowhereGetsItsFile) {
+  const std::string link = folder / "link";
+  ASSERT_EQ(symlink("registry", link.c_str()), 0);
+  Registry registry(link.c_str(), kAdmin);
+  EXPECT_EQ(registry.Initialize(), 0u);
+  EXPECT_EQ(registry.CreateKey(0, "a"), 0u);
+  EXPECT_EQ(GetFile(path).size(), 75888u);
+}
+
+// Renaming another file over an open one: the registry goes on with the old file, and finds the new
+// one when it is opened again.
+TEST_F(RegistryOpeningTest, AFileThatIsReplacedIsFoundByTheNextOpening) {
+  const std::string replacement = SoundFile();
+  Registry registry(path.c_str(), kAdmin);
+  ASSERT_EQ(registry.Initialize(), 0u);
+  PutFile(folder / "new", replacement);
+  ASSERT_EQ(std::rename((folder / "new").c_str(), path.c_str()), 0);
+  EXPECT_EQ(registry.CreateKey(0, "lost"), 0u);
+  EXPECT_EQ(registry.Initialize(), 0u);
+  EXPECT_FALSE(HasKey(registry));
+  EXPECT_EQ(GetFile(path), replacement);
+  registry.Finalize();
+  ASSERT_EQ(registry.Initialize(), 0u);
+  EXPECT_TRUE(HasKey(registry));
+}
+
 }  // namespace
 
 }  // namespace tamu::registry

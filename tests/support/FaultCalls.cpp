@@ -178,6 +178,13 @@ bool SameFile(int fd, const char* path) {
   return here.st_dev == there.st_dev && here.st_ino == there.st_ino;
 }
 
+bool SameFile(int fd, int other) {
+  struct stat here;
+  struct stat there;
+  if (fstat(fd, &here) != 0 || fstat(other, &there) != 0) return false;
+  return here.st_dev == there.st_dev && here.st_ino == there.st_ino;
+}
+
 long PositionedRead(int fd, void* buffer, unsigned int size, unsigned long long offset) {
   return pread(fd, buffer, size, static_cast<off_t>(offset));
 }

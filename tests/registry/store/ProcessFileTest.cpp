@@ -2,6 +2,8 @@
 #include <functional>
 
 #include "registry/store/ProcessFile.h"
+#include "tests/platform/ChildProcess.h"
+#include "tests/platform/OpenDescriptors.h"
 #include "tests/registry/store/StoreTesting.h"
 
 namespace tamu::registry::storetests {
@@ -268,6 +270,62 @@ TEST_F(ProcessFileTest, TheSamePathToAnotherFileIsAnotherFile) {
   unsigned int id = 0;
   EXPECT_EQ(store.AcquireSlot(0, NodeKind::kKey, &id), 5u);
   EXPECT_TRUE(Bytes() == before);
+}
+
+TEST_F(ProcessFileTest, AFileWithAWrongHeaderLeavesTheOtherStoreOpen) {
+  const std::string good = GetFile(otherPath);
+  for (unsigned int field : {0u, 4u, 8u, 12u}) {
+    SCOPED_TRACE(field);
+    std::string bytes = good;
+    SetU32(bytes, field, 3);
+    PutFile(otherPath, bytes);
+    EXPECT_EQ(other.Initialize(otherPath.c_str()), 59u);
+    unsigned char byte = 0;
+    unsigned char* place = &byte;
+    EXPECT_EQ(other.ReadFromFile(0, 1, place), 5u);
+    EXPECT_EQ(store.ReadFromFile(0, 1, place), 0u);
+    EXPECT_EQ(byte, 0xFFu);
+  }
+  EXPECT_EQ(other.Finalize(), 0u);
+  EXPECT_EQ(Take(NodeKind::kKey), 0x200u);
+}
+
+TEST_F(ProcessFileTest, ACreationOnAFullDiskLeavesTheOtherStoreOpen) {
+  EXPECT_TRUE(InChild([&] {
+    LimitFileSize(10000);
+    unsigned int word = 0;
+    return other.CreateRegistryFile((dir / "full.rce").c_str(), 65536) == 5 &&
+           other.FileReadInteger(0, &word) == 5 && store.FileReadInteger(0, &word) == 0;
+  }));
+  EXPECT_EQ(GetFile(dir / "full.rce"), "");
+}
+
+// Whoever has the file open must not go on with what another store has emptied.
+TEST_F(ProcessFileTest, AnEmptiedFileIsClosedAlsoWhenItCannotBeFilled) {
+  EXPECT_TRUE(InChild([&] {
+    LimitFileSize(10000);
+    return other.CreateRegistryFile((dir / "./store.rce").c_str(), 65536) == 5 &&
+           store.FileWriteInteger(84, 1) == 5 && !TernaryFile::file.IsOpen();
+  }));
+  EXPECT_EQ(Bytes(), "");
+}
+
+TEST_F(ProcessFileTest, AStoreThatFindsNothingElsewhereGivesItsOwnFileUp) {
+  const long descriptors = OpenDescriptors();
+  ASSERT_EQ(other.Initialize(otherPath.c_str()), 0u);
+  EXPECT_EQ(OpenDescriptors(), descriptors);
+  EXPECT_EQ(other.Initialize((dir / "missing.rce").c_str()), 9u);
+  EXPECT_FALSE(TernaryFile::file.IsOpen());
+  EXPECT_EQ(OpenDescriptors(), descriptors - 1);
+  unsigned int id = 0;
+  EXPECT_EQ(other.AcquireSlot(0, NodeKind::kKey, &id), 5u);
+}
+
+// Two stores on one path go on together although one of them is opened again.
+TEST_F(ProcessFileTest, AStoreThatIsOpenedAgainTakesNothingFromItsPartner) {
+  ASSERT_EQ(other.Initialize(path.c_str()), 0u);
+  ASSERT_EQ(other.Initialize(path.c_str()), 0u);
+  EXPECT_EQ(Take(NodeKind::kKey), 0x200u);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include "registry/store/TernaryFile.h"
 #include "tests/platform/ChildProcess.h"
+#include "tests/platform/OpenDescriptors.h"
 #include "tests/registry/store/StoreTesting.h"
 
 namespace tamu::registry::storetests {
@@ -49,9 +50,9 @@ TEST_F(TernaryFileTest, CountsTheSlotsInUseWhenOpening) {
 
 TEST_F(TernaryFileTest, InitializeTwiceStartsOver) {
   TakeMany(NodeKind::kString, 3);
-  const int descriptors = NextDescriptor();
+  const long descriptors = OpenDescriptors();
   EXPECT_EQ(store.Initialize(path.c_str()), 0u);
-  EXPECT_EQ(NextDescriptor(), descriptors);
+  EXPECT_EQ(OpenDescriptors(), descriptors);
   EXPECT_EQ(store.Descriptor(NodeKind::kString).tableCount, 1u);
   EXPECT_EQ(store.Descriptor(NodeKind::kString).usedNodes, 3u);
   EXPECT_EQ(store.Descriptor(NodeKind::kString).totalNodes, 364u);
