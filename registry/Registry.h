@@ -177,10 +177,10 @@ class YAX_API Registry {
   // when the data cannot be written (docs/behaviour.md, Handles).
   unsigned int SetValue(unsigned int handle, const char* keyPath, const char* name, Value* value);
   // Creates a value, named by at most kValueNameMax characters: more are cut off, and the longer
-  // name is never found. Right: create. A name that exists is hidden by the new value. A number is
-  // taken from the first eight bytes. Null value: the value exists but is not set. kBadArgument:
-  // empty name; kLimit: more than 1024 bytes, but not for a number. Through a handle 0 also when
-  // the data cannot be written.
+  // name is never found. Right: create. A name that exists is hidden by the new value. A number has
+  // eight bytes, or as many as a size of 1 to 7 tells. Null value: the value exists but is not set.
+  // kBadArgument: empty name; kLimit: more than 1024 bytes, but not for a number. Through a handle
+  // 0 also when the data cannot be written.
   unsigned int CreateValue(unsigned int handle, const char* keyPath, const char* name,
                            Value* value);
   // Deletes the newest value of the name. Right: delete.

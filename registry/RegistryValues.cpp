@@ -11,10 +11,12 @@ bool LacksData(const Value& value) {
   return value.size > 0 && value.data == nullptr;
 }
 
-// The number that a value to be created holds: its first eight bytes, as many as it has.
+// The number that a value to be created holds. All eight bytes are there unless the size tells of
+// fewer: it may be left at 0. Test: RegistryValuesTest.ANumberWhoseSizeIsLeftAt0HasEightBytes
 unsigned long long NumberIn(const Value& value) {
   unsigned char bytes[sizeof(unsigned long long)] = {};
-  PCMem::Copy(bytes, value.data, value.size < sizeof bytes ? value.size : sizeof bytes);
+  const bool isShort = value.size > 0 && value.size < sizeof bytes;
+  PCMem::Copy(bytes, value.data, isShort ? value.size : sizeof bytes);
   return GetU64(bytes);
 }
 

@@ -79,15 +79,39 @@ TEST_F(RegistryValuesTest, TypesAboveFiveAreOnlyAskedFor) {
 // A number is taken from the bytes that are there, the rest is zero; it is stored with size 8.
 TEST_F(RegistryValuesTest, AShortNumberIsCreatedFromTheBytesThatAreThere) {
   const std::string bytes = "\x11\x22\x33\x44\x55\x66\x77\x88";
-  for (unsigned int size = 0; size <= 8; ++size) {
+  for (unsigned int size = 1; size <= 8; ++size) {
     EXPECT_EQ(Create("n", 0, bytes.substr(0, size)), 0u) << size;
-    // The values so far are in slots 1 to size + 1.
-    const std::string record = FilePart(path, kValueArea + 52 * (size + 1), 52);
+    // The values so far are in slots 1 to size.
+    const std::string record = FilePart(path, kValueArea + 52 * size, 52);
     EXPECT_EQ(record.substr(8, 4), std::string("\x08\0\0\x40", 4)) << size;
     EXPECT_EQ(record.substr(44), bytes.substr(0, size) + std::string(8 - size, '\0')) << size;
     const std::string low = bytes.substr(0, size < 4 ? size : 4);
     EXPECT_EQ(Get("n"), "type 0: " + low + std::string(8 - low.size(), '\0')) << size;
   }
+}
+
+// Only a size of 1 to 7 tells of fewer than eight bytes.
+TEST_F(RegistryValuesTest, ANumberWhoseSizeIsLeftAt0HasEightBytes) {
+  const std::string bytes = "\x11\x22\x33\x44\x55\xFF\x77\x88";
+  unsigned int slot = 0;
+  for (unsigned int size : {0u, 8u, 9u, 1024u, 1025u, 0xFFFFFFFFu}) {
+    for (const bool isOpened : {false, true}) {
+      SCOPED_TRACE(size);
+      unsigned int handle = 0;
+      if (isOpened) {
+        ASSERT_EQ(registry.OpenKey("key", &handle), 0u);
+      }
+      ExactValue value(0, bytes);
+      value.size = size;
+      EXPECT_EQ(registry.CreateValue(handle, isOpened ? "" : "key", "n", &value), 0u);
+      EXPECT_EQ(value.size, size);
+      const std::string record = FilePart(path, kValueArea + 52 * ++slot, 52);
+      EXPECT_EQ(record.substr(8, 4), std::string("\x08\0\0\x40", 4));
+      EXPECT_EQ(record.substr(44), bytes);
+    }
+  }
+  Value nothing = {0, 0, nullptr};
+  EXPECT_EQ(registry.CreateValue(0, "key", "n", &nothing), 22u);
 }
 
 TEST_F(RegistryValuesTest, AShortNumberIsSetFromTheBytesThatAreThere) {
