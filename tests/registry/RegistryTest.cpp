@@ -210,6 +210,81 @@ TEST(Registry, ReadsInAnotherProcessWhatOneHasWritten) {
   EXPECT_EQ(Read(registry, "key", "name"), "type 1: hello");
 }
 
+// What a process that only reads finds once another one has appended a table of each kind.
+class AnotherProcessGrowsTest : public OpenRegistryTest {
+ protected:
+  AnotherProcessGrowsTest() {
+    for (const char* key : {"a", "full"}) EXPECT_EQ(registry.CreateKey(0, key, 1), 0u);
+    ExactValue value(1, "text");
+    EXPECT_EQ(registry.CreateValue(0, "a", "old", &value), 0u);
+  }
+  ~AnotherProcessGrowsTest() override { EXPECT_EQ(GetFile(path), grown); }
+
+  // Another process does `work` until the file has grown, and twice more.
+  template <class Work>
+  void LetGrow(Work work) {
+    EXPECT_TRUE(InChild([&] {
+      registry.Finalize();
+      if (registry.Initialize() != 0) return false;
+      RegistryInfo info = {};
+      unsigned int left = 1000;
+      for (info.fileSize = 75888; info.fileSize == 75888 && left > 0; --left) {
+        if (!work(left) || registry.GetRegistryInfo(&info) != 0) return false;
+      }
+      return left > 0 && work(1001) && work(1002);
+    }));
+    grown = GetFile(path);
+  }
+  unsigned int Default(const char* key) {
+    unsigned long long number = 0;
+    return registry.GetDefaultValue(0, key, &number);
+  }
+  void OpenAgain() {
+    registry.Finalize();
+    ASSERT_EQ(registry.Initialize(), 0u);
+  }
+
+  std::string grown;
+};
+
+TEST_F(AnotherProcessGrowsTest, ValuesInATableThatIsUnknownHideAllOfTheirKey) {
+  LetGrow([&](unsigned int i) {
+    const bool isLast = i > 1000;
+    return registry.CreateValue(0, isLast ? "a" : "full", std::to_string(i).c_str(), nullptr) == 0;
+  });
+  EXPECT_EQ(Read(registry, "a", "old"), "status 9");
+  EXPECT_EQ(Read(registry, "a", "1002"), "status 9");
+  EXPECT_EQ(Read(registry, "full", "1000"), "status 9");
+  EXPECT_EQ(Default("a"), 0u);
+  NameList names(10);
+  EXPECT_EQ(registry.ListValues(0, "a", 0, 0, &names), 59u);
+  OpenAgain();
+  EXPECT_EQ(Read(registry, "a", "old"), "type 1: text");
+}
+
+TEST_F(AnotherProcessGrowsTest, DataInATableThatIsUnknownIsDamage) {
+  ExactValue value(2, std::string(1024, 'x'));
+  LetGrow([&](unsigned int i) {
+    const bool isLast = i > 1000;
+    return registry.CreateValue(0, isLast ? "a" : "full", std::to_string(i).c_str(), &value) == 0;
+  });
+  EXPECT_EQ(Read(registry, "a", "old"), "type 1: text");
+  EXPECT_EQ(Read(registry, "a", "1002"), "status 59");
+  OpenAgain();
+  EXPECT_EQ(Read(registry, "a", "1002"), "type 2: " + std::string(1024, 'x'));
+}
+
+TEST_F(AnotherProcessGrowsTest, NamesInATableThatIsUnknownAreDamage) {
+  LetGrow([&](unsigned int i) {
+    return registry.CreateKey(0, ("full/" + std::to_string(i)).c_str(), 5) == 0;
+  });
+  EXPECT_EQ(Default("full/1002"), 59u);
+  EXPECT_EQ(Default("full/1000"), 0u);
+  EXPECT_EQ(Read(registry, "a", "old"), "type 1: text");
+  OpenAgain();
+  EXPECT_EQ(Default("full/1002"), 0u);
+}
+
 }  // namespace
 
 }  // namespace tamu::registry
