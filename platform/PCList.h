@@ -37,6 +37,9 @@ class YAX_API PCList {
   }
   // Copies `size` bytes; the list owns the copy. Fails as Add does.
   int AddCopy(const void* bytes, unsigned int size, int where);
+  // Appends copies of `count` elements of `size` bytes each, which lie one behind the other at
+  // `bytes`: all of them, with nothing in between, or none. Fails as Add does.
+  int AddCopies(const void* bytes, unsigned int size, unsigned int count);
 
   // Moves the cursor to the element `offset` steps from `origin`. 1: it stands on an element. 0:
   // there is none; the cursor then stands on nothing.
@@ -56,6 +59,7 @@ class YAX_API PCList {
 
  private:
   struct Node;
+  static Node* CopyOf(const void* bytes, unsigned int size);
   int Link(Node* node, int where);
 
   Node* mFirst = nullptr;

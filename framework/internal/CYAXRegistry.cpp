@@ -29,14 +29,14 @@ Value Written(YAX_REG_DATA_TYPE_ENUM type, const void* data) {
   return MakeValue(tamu::registry::kValueTypeInteger, data, kNumberSize);
 }
 
-// Appends the names' tags, the last one first. kNoMemory: not all of them.
+// Appends the names' tags, the last one first. kNoMemory: none of them.
+// Test: FrameworkAllocations.AListingWithoutMemoryLeavesTheListAsItWas
 unsigned int AppendTags(const NameList& names, PCList* list) {
-  for (unsigned int i = names.Count(); i > 0; --i) {
-    unsigned long long tag = 0;
-    names.GetName(i - 1, &tag);
-    if (list->Add(&tag, PCList::AtEnd) == 0) return yax_status::kNoMemory;
-  }
-  return yax_status::kOk;
+  unsigned long long tags[kListedMost] = {};
+  const unsigned int count = names.Count();
+  for (unsigned int i = 0; i < count; ++i) names.GetName(count - 1 - i, &tags[i]);
+  return list->AddCopies(tags, sizeof tags[0], count) != 0 ? yax_status::kOk
+                                                           : yax_status::kNoMemory;
 }
 
 }  // namespace

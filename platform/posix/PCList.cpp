@@ -1,5 +1,6 @@
 #include "platform/PCList.h"
 
+#include <cstddef>
 #include <new>
 
 #include "platform/PCMem.h"
@@ -36,12 +37,44 @@ int PCList::Add(void* element, int where) {
 
 int PCList::AddCopy(const void* bytes, unsigned int size, int where) {
   if (!IsCreated() || size > kMaxCopy || (bytes == nullptr && size > 0)) return 0;
+  Node* node = CopyOf(bytes, size);
+  return node != nullptr ? Link(node, where) : 0;
+}
+
+int PCList::AddCopies(const void* bytes, unsigned int size, unsigned int count) {
+  if (!IsCreated() || size > kMaxCopy || (bytes == nullptr && size > 0 && count > 0)) return 0;
+  const unsigned char* from = static_cast<const unsigned char*>(bytes);
+  Node* made = nullptr;  // of all elements, before any is in the list
+  for (unsigned int i = count; i > 0; --i) {
+    Node* node = CopyOf(size > 0 ? from + static_cast<std::size_t>(i - 1) * size : from, size);
+    if (node != nullptr) {
+      node->next = made;
+      made = node;
+      continue;
+    }
+    while (made != nullptr) {
+      Node* next = made->next;
+      ::operator delete(made);
+      made = next;
+    }
+    return 0;
+  }
+  PCMutexGuard guard(mLock);
+  while (made != nullptr) {
+    Node* next = made->next;
+    Link(made, AtEnd);
+    made = next;
+  }
+  return 1;
+}
+
+PCList::Node* PCList::CopyOf(const void* bytes, unsigned int size) {
   void* memory = ::operator new(sizeof(Node) + size, std::nothrow);
-  if (memory == nullptr) return 0;
+  if (memory == nullptr) return nullptr;
   Node* node = new (memory) Node{nullptr, nullptr, nullptr};
   node->element = node + 1;
   PCMem::Copy(node->element, bytes, size);
-  return Link(node, where);
+  return node;
 }
 
 int PCList::Link(Node* node, int where) {

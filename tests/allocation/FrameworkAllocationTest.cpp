@@ -176,4 +176,50 @@ TEST_F(FrameworkAllocations, AFileThatIsNotThereYetIsMadeByTheNextAttempt) {
   EXPECT_GT(failures, 10u);
 }
 
+TEST_F(FrameworkAllocations, AListingWithoutMemoryLeavesTheListAsItWas) {
+  ASSERT_EQ(CreateYAX(path.c_str()), 0u);
+  void* view = nullptr;
+  ASSERT_EQ(GetYAXInstance(IID_IYAXRegistry, &view), 0u);
+  IYAXRegistry* registry = static_cast<IYAXRegistry*>(view);
+  for (const char* key : {"key", "key/a", "key/b", "key/c"}) {
+    ASSERT_EQ(registry->CreateKey(0, key), 0u);
+  }
+  for (const char* name : {"x", "y", "z"}) {
+    ASSERT_EQ(registry->CreateValue(0, "key", name, YAX_REG_DATA_TYPE_STRING, ""), 0u);
+  }
+  for (const bool ofKeys : {true, false}) {
+    unsigned int listFailures = 0;
+    for (unsigned int nth = 1;; ++nth) {
+      SCOPED_TRACE("allocation " + std::to_string(nth));
+      PCList list;
+      ASSERT_EQ(list.Create(), 1);
+      unsigned long long first = 5;
+      ASSERT_EQ(list.Add(&first, PCList::AtEnd), 1);
+      ASSERT_EQ(list.Seek(0, PCList::First), 1);
+      const unsigned int live = heap::sLive;
+      heap::sFailing = nth;
+      const unsigned int result = ofKeys ? registry->ListKeys(0, "key", 0, 0, &list, 0)
+                                         : registry->ListValues(0, "key", 0, 0, &list);
+      const bool over = heap::sFailing > 0;
+      heap::sFailing = 0;
+      ASSERT_EQ(*static_cast<unsigned long long*>(list.Data()), 5u);
+      if (over) {
+        EXPECT_EQ(result, 0u);
+        EXPECT_EQ(list.Count(), 4u);
+        break;
+      }
+      EXPECT_EQ(heap::sLive, live);
+      EXPECT_EQ(list.Count(), 1u);
+      if (result == 0xE0000003) {
+        ++listFailures;
+      } else {
+        EXPECT_EQ(result, 0xE000000D);  // the registry's own
+      }
+    }
+    EXPECT_EQ(listFailures, 3u);
+  }
+  registry->Release();
+  EXPECT_EQ(DestroyYAX(), 0u);
+}
+
 }  // namespace

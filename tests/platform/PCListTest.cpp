@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <climits>
 #include <cstdint>
 #include <string>
@@ -120,6 +121,29 @@ TEST_F(CreatedList, CopiesEightByteIntegersOfEverySpelling) {
   EXPECT_EQ(*static_cast<unsigned long long*>(mList.Data()), 7u);
   ASSERT_EQ(mList.Seek(1, PCList::Current), 1);
   EXPECT_EQ(*static_cast<std::int64_t*>(mList.Data()), -1);
+}
+
+TEST_F(CreatedList, AppendsSeveralCopiesInTheirOrder) {
+  AddLetters("a");
+  char more[] = "bxcxdx";
+  EXPECT_EQ(mList.AddCopies(more, 2, 3), 1);
+  std::fill(more, more + 6, 'z');
+  EXPECT_EQ(Walk(), "abcd");
+  EXPECT_EQ(WalkBack(), "dcba");
+  EXPECT_EQ(mList.Count(), 4u);
+}
+
+TEST_F(CreatedList, AppendsNothingWhereThereIsNothing) {
+  EXPECT_EQ(mList.AddCopies(nullptr, 8, 0), 1);
+  EXPECT_EQ(mList.AddCopies("", 8, 0), 1);
+  EXPECT_EQ(mList.AddCopies(nullptr, 8, 1), 0);
+  EXPECT_EQ(mList.AddCopies("", 0xFFFFFFFF, 1), 0);
+  EXPECT_EQ(mList.Count(), 0u);
+  EXPECT_EQ(mList.AddCopies(nullptr, 0, 2), 1);
+  EXPECT_EQ(mList.Count(), 2u);
+  PCList never;
+  EXPECT_EQ(never.AddCopies("abc", 1, 3), 0);
+  EXPECT_EQ(never.Count(), 0u);
 }
 
 TEST_F(CreatedList, CopiesBytesOfAnySize) {
