@@ -2,6 +2,7 @@
 #include "platform/PCMem.h"
 #include "registry/base/ValueCheck.h"
 #include "registry/filetree/TernaryRegistry.h"
+#include "registry/keytree/ValueRecords.h"
 
 namespace tamu::registry {
 
@@ -114,13 +115,11 @@ unsigned int TernaryRegistry::ReplaceData(ChangeScope& changes, const Value& val
   TernaryValueNode& record = reached->value;
   const unsigned int valueId = reached->valueId;
   if (record.isInBlocks() && record.dataWord() != 0) {
-    const unsigned int oldBlock = record.dataWord();
-    record.setDataWord(0);
-    record.setSet(false);
-    const unsigned int detached = file->WriteValueNode(changes.id(), valueId, &record, false);
+    const unsigned int detached = LetGoOfBlocks(*file, changes.id(), valueId, &record);
     if (detached != status::kOk) return detached;
-    file->DeleteData(changes.id(), oldBlock);  // a damaged chain stays where it is
+    file->DeleteData(changes.id(), record.dataWord());  // a damaged chain stays where it is
   }
+  const TernaryValueNode before = record;
   const bool isNumber = value.type == kValueTypeInteger;
   record.setType(value.type);
   record.setInBlocks(!isNumber);
@@ -134,7 +133,7 @@ unsigned int TernaryRegistry::ReplaceData(ChangeScope& changes, const Value& val
   // Test: FileTreeValues.SettingANumberKeepsTheUpperHalfOfTheOldOne
   record.setDataWord(isNumber ? static_cast<unsigned int>(LeadingBytes(value, 4)) : block);
   record.setSet(stored == status::kOk);
-  const unsigned int written = file->WriteValueNode(changes.id(), valueId, &record, false);
+  const unsigned int written = ReplaceValueRecord(*file, changes.id(), valueId, before, record);
   return stored != status::kOk ? stored : written;
 }
 

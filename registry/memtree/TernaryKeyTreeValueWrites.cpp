@@ -3,6 +3,7 @@
 
 #include "registry/base/Rights.h"
 #include "registry/base/ValueCheck.h"
+#include "registry/keytree/ValueRecords.h"
 #include "registry/memtree/StringLock.h"
 #include "registry/memtree/TernaryKeyTree.h"
 #include "registry/store/TernaryFile.h"
@@ -99,12 +100,9 @@ unsigned int TernaryKeyTree::CreateValue(unsigned int user, void* tree, const ch
 // them again. Whatever happens from then on, the value never leads to blocks of another one.
 void TernaryKeyTree::GiveBackData(unsigned int changes, unsigned int valueId,
                                   TernaryValueNode* record) {
-  const unsigned int block = record->dataWord();
-  if (!record->isInBlocks() || block == 0) return;
-  record->setDataWord(0);
-  record->setSet(false);
-  if (file->WriteValueNode(changes, valueId, record, false) == status::kOk) {
-    file->DeleteData(changes, block);
+  if (!record->isInBlocks() || record->dataWord() == 0) return;
+  if (LetGoOfBlocks(*file, changes, valueId, record) == status::kOk) {
+    file->DeleteData(changes, record->dataWord());
   }
 }
 
@@ -134,7 +132,7 @@ unsigned int TernaryKeyTree::SetValue(unsigned int user, void* tree, const char*
     if (size > 0) file->WriteData(changes.id(), target.data, size, &block);
     target.node->setDataWord(block);
   }
-  file->WriteValueNode(changes.id(), target.id, target.node, false);
+  ReplaceValueRecord(*file, changes.id(), target.id, before, *target.node);
   return status::kOk;
 }
 

@@ -94,6 +94,24 @@ TEST_F(FaultCalls, ATornWriteStaysTorn) {
   EXPECT_EQ(GetFile(path), "ABC3ab6789");
 }
 
+TEST_F(FaultCalls, AWriteIsTornAtAnyByte) {
+  faults::ArmTear(1, 3);
+  EXPECT_TRUE(Write(0, "ABC"));
+  EXPECT_EQ(faults::TornSize(), 0u);
+  EXPECT_FALSE(Write(4, "abcd"));
+  EXPECT_EQ(faults::TornSize(), 4u);
+  EXPECT_FALSE(Write(0, "x"));
+  EXPECT_EQ(GetFile(path), "ABC3abc789");
+  faults::ArmTear(0, 0);
+  EXPECT_FALSE(Write(4, "xyz"));
+  EXPECT_EQ(faults::TornSize(), 3u);
+  EXPECT_EQ(GetFile(path), "ABC3abc789");
+  faults::ArmTear(0, 3);
+  EXPECT_TRUE(Write(0, "xyz")) << "nothing is left to fail";
+  EXPECT_FALSE(Write(0, "a"));
+  EXPECT_EQ(GetFile(path), "xyz3abc789");
+}
+
 TEST_F(FaultCalls, WhatIsLostShowsUntilThePowerReturns) {
   const std::string made = dir / "made";
   faults::Arm(Mode::kLoseFrom, 1);

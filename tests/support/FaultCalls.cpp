@@ -29,6 +29,9 @@ Mode sMode = Mode::kNone;
 unsigned int sNumber = 0;
 unsigned int sCount = 0;
 unsigned int sStruck = 0;
+bool sTearsAtByte = false;  // instead of in the middle
+unsigned int sTearByte = 0;
+unsigned int sTornSize = 0;
 std::map<int, std::string> sPaths;       // of the open descriptors
 std::map<std::string, DiskImage> sDisk;  // files with lost calls
 
@@ -94,7 +97,15 @@ void Arm(Mode mode, unsigned int number) {
   sNumber = number;
   sCount = 0;
   sStruck = 0;
+  sTearsAtByte = false;
+  sTornSize = 0;
   sDisk.clear();
+}
+
+void ArmTear(unsigned int number, unsigned int bytes) {
+  Arm(Mode::kTearFrom, number);
+  sTearsAtByte = true;
+  sTearByte = bytes;
 }
 
 void Disarm() {
@@ -107,6 +118,10 @@ unsigned int Count() {
 
 unsigned int Struck() {
   return sStruck;
+}
+
+unsigned int TornSize() {
+  return sTornSize;
 }
 
 void PowerReturns() {
@@ -191,12 +206,20 @@ long PositionedRead(int fd, void* buffer, unsigned int size, unsigned long long 
 
 // Half of a single byte is none, and writing none would be a failure.
 long PositionedWrite(int fd, const void* data, unsigned int size, unsigned long long offset) {
-  const Verdict verdict = faults::Judge(faults::PathOf(fd), true);
+  Verdict verdict = faults::Judge(faults::PathOf(fd), true);
+  if (verdict == Verdict::kHalf) {
+    faults::sTornSize = size;
+    if (faults::sTearsAtByte) {
+      if (faults::sTearByte == 0) verdict = Verdict::kFail;
+      if (faults::sTearByte < size) size = faults::sTearByte;
+    } else if (size > 1) {
+      size /= 2;
+    }
+  }
   if (verdict == Verdict::kFail) {
     errno = EIO;
     return -1;
   }
-  if (verdict == Verdict::kHalf && size > 1) size /= 2;
   return pwrite(fd, data, size, static_cast<off_t>(offset));
 }
 

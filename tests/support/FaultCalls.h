@@ -19,12 +19,16 @@ enum class Mode {
 
 // Starts counting anew: the next call that changes a file has number 0.
 void Arm(Mode mode, unsigned int number);
+// kTearFrom, with the first `bytes` bytes written instead of half of them.
+void ArmTear(unsigned int number, unsigned int bytes);
 // Nothing fails any more. Calls that were lost stay lost.
 void Disarm();
 // Calls counted since Arm.
 unsigned int Count();
 // Calls since Arm that failed, were shortened or lost.
 unsigned int Struck();
+// Bytes that the torn write was to write; 0 when none was torn.
+unsigned int TornSize();
 // After kLoseFrom: every file becomes what it was before its first lost call. The files are closed.
 void PowerReturns();
 
