@@ -1,4 +1,7 @@
 // What operations through a handle cost.
+#include <string>
+#include <vector>
+
 #include "bench/BenchRegistry.h"
 #include "bench/Subtree.h"
 
@@ -127,6 +130,72 @@ void OpenAndCloseAgain(benchmark::State& state) {
   CountKeys(state);
 }
 BENCHMARK(OpenAndCloseAgain)->Arg(100)->Arg(4000)->Unit(benchmark::kMicrosecond);
+
+// What opening a key costs when a handle has all of the registry in memory already.
+void OpenBelowAnOpenRoot(benchmark::State& state) {
+  Subtree subtree(Keys(state));
+  const Handle root(subtree.operator->(), "");
+  for (auto _ : state) {
+    const Handle below(subtree.operator->(), kKey);
+    benchmark::DoNotOptimize(static_cast<unsigned int>(below));
+  }
+  CountKeys(state);
+}
+BENCHMARK(OpenBelowAnOpenRoot)->Arg(100)->Arg(4000)->Unit(benchmark::kMicrosecond);
+
+void OpenMany(Registry* registry, unsigned int count, std::vector<unsigned int>* handles) {
+  handles->resize(count);
+  for (unsigned int& handle : *handles) Check(registry->OpenKey(kKey, &handle), "OpenKey");
+}
+
+// The operation without a handle that closes them all.
+void DropHandles(benchmark::State& state) {
+  Subtree subtree(100);
+  std::vector<unsigned int> handles;
+  for (auto _ : state) {
+    state.PauseTiming();
+    OpenMany(subtree.operator->(), Keys(state), &handles);
+    state.ResumeTiming();
+    unsigned char permission = 0;
+    Check(subtree->GetKeyPermission(0, kKey, &permission), "GetKeyPermission");
+  }
+}
+BENCHMARK(DropHandles)->Arg(1000)->Arg(20000)->Arg(60000)->Unit(benchmark::kMillisecond);
+
+void CloseInOpeningOrder(benchmark::State& state) {
+  Subtree subtree(100);
+  std::vector<unsigned int> handles;
+  for (auto _ : state) {
+    state.PauseTiming();
+    OpenMany(subtree.operator->(), Keys(state), &handles);
+    state.ResumeTiming();
+    for (unsigned int handle : handles) Check(subtree->CloseKey(handle), "CloseKey");
+  }
+}
+BENCHMARK(CloseInOpeningOrder)->Arg(1000)->Arg(20000)->Unit(benchmark::kMillisecond);
+
+// A handle on every level of a path.
+void DropHandlesOfEveryLevel(benchmark::State& state) {
+  Subtree subtree(0);
+  std::string path = kKey;
+  std::vector<std::string> paths;
+  for (unsigned int level = 0; level < Keys(state); ++level) {
+    path += "/d";
+    Check(subtree->CreateKey(0, path.c_str()), "CreateKey");
+    paths.push_back(path);
+  }
+  for (auto _ : state) {
+    state.PauseTiming();
+    for (const std::string& each : paths) {
+      unsigned int handle = 0;
+      Check(subtree->OpenKey(each.c_str(), &handle), "OpenKey");
+    }
+    state.ResumeTiming();
+    unsigned char permission = 0;
+    Check(subtree->GetKeyPermission(0, kKey, &permission), "GetKeyPermission");
+  }
+}
+BENCHMARK(DropHandlesOfEveryLevel)->Arg(400)->Arg(4000)->Unit(benchmark::kMillisecond);
 
 void HandleList(benchmark::State& state) {
   Subtree subtree(Keys(state));

@@ -13,7 +13,6 @@ class TernaryString;
 struct TernaryHandle {
   // `keyPath` is kept as it is and not followed; `lock` is the tree's.
   TernaryHandle(const char* keyPath, PCMutex* lock) : path(keyPath), treeLock(lock) {}
-  ~TernaryHandle() { delete[] normalizedPath; }
   TernaryHandle(const TernaryHandle&) = delete;
   TernaryHandle& operator=(const TernaryHandle&) = delete;
 
@@ -26,10 +25,10 @@ struct TernaryHandle {
   PCMutex* treeLock;
   int waiterCount = 0;
 
-  unsigned int lockers = 0;        // threads that are locking a string through this handle
-  unsigned int lockedStrings = 0;  // locked through this handle now
-  char* normalizedPath = nullptr;  // owned; without a "/" at either end
-  TernaryHandle* next = nullptr;   // of the tree's handles
+  unsigned int lockers = 0;         // threads that are locking a string through this handle
+  unsigned int lockedStrings = 0;   // locked through this handle now
+  TernaryHandle* next = nullptr;    // of the tree's handles
+  TernaryHandle** place = nullptr;  // what leads here in that list
 };
 
 }  // namespace tamu::registry

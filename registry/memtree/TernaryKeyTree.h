@@ -37,6 +37,8 @@ class TernaryKeyTree : public RegistryInterface {
     TernaryString* parent = nullptr;  // visited before `string`
     TernaryString* owner = nullptr;   // whose directory holds the level reached
     unsigned char flags = 0;
+    bool isBelowHandle = false;    // a handle starts at a key that was passed
+    bool isBelowComplete = false;  // all that is below such a key was loaded for it
 
     bool matchChild() const { return (flags & kMatchChild) != 0; }
     bool matchEqual() const { return (flags & kMatchEqual) != 0; }
@@ -233,7 +235,7 @@ class TernaryKeyTree : public RegistryInterface {
   unsigned int RecursiveLoadKeyTree(TernaryString* first, MetNodes* met);
   unsigned int LoadLink(unsigned int id, TernaryString*& slot, MetNodes* met);
   unsigned int LoadSubtree(TernaryString* string, MetNodes* met);
-  TernaryString* FindLoaded(const char* path);
+  static bool IsLoaded(const KeyMatchDescriptor& match);
   unsigned int LoadMissing(const char* path, TernaryString*& string);
   unsigned int MakeHandle(const char* path, TernaryHandle*& handle);
 
@@ -262,7 +264,6 @@ class TernaryKeyTree : public RegistryInterface {
   unsigned int RecursiveDeleteKeyTree(unsigned int changes, TernaryString* string);
   unsigned int DeleteSingleKey(unsigned int changes, TernaryString* string);
   unsigned int DeleteAllValues(unsigned int changes, TernaryKey* key);
-  static void MarkOrphan(TernaryString* orphan);
 
   unsigned int LockKey(unsigned int user, void* tree, const char* path, unsigned char rights,
                        const char* name, StringLock* lock, Found* found);
@@ -272,13 +273,17 @@ class TernaryKeyTree : public RegistryInterface {
   void LinkNewValue(unsigned int changes, TernaryKey* key, TernaryValue* value);
   void GiveBackData(unsigned int changes, unsigned int valueId, TernaryValueNode* record);
 
-  void RemoveHandle(TernaryHandle* handle);
-  bool IsBelowAnother(const TernaryHandle* handle) const;
+  void AddHandle(TernaryHandle* handle);
+  static void RemoveHandle(TernaryHandle* handle);
+  static void TellBelow(TernaryString* string, bool isBelowHandle);
+  void LetGoOf(TernaryString* start);
   unsigned int RecursiveUnloadKeyTree(TernaryString* string);
   unsigned int UnloadKey(TernaryKey* key);
   unsigned int UnloadValues(TernaryKey* key);
   void UnloadFrom(TernaryString* string, bool always);
-  void FreeOrphans();
+  void AddOrphan(TernaryString* string);
+  void FreeOrphan(TernaryString* orphan);
+  void FreeLooseOrphans();
   void FreeFrom(TernaryString* string);
   void FreeEverything();
 
@@ -289,7 +294,10 @@ class TernaryKeyTree : public RegistryInterface {
   PCMutex spareLock;                 // made and given back with the tree; nothing takes it
   PCMutex treeLock;                  // held over every whole operation
   TernaryHandle* handles = nullptr;  // that were given out, the newest first
-  TernaryString* orphans = nullptr;  // strings that were deleted while in use, the newest first
+  // Strings that were deleted while in use, the newest first: those at which a handle starts, and
+  // those that are locked or waited for.
+  TernaryString* orphans = nullptr;
+  TernaryString* looseOrphans = nullptr;
 };
 
 }  // namespace tamu::registry

@@ -24,34 +24,35 @@ unsigned int TernaryKeyTree::DeleteSingleKey(unsigned int changes, TernaryString
   return status::kOk;
 }
 
+namespace {
+
+void MarkOrphan(TernaryString* orphan) {
+  StringWalk walk(kStoredOrder);
+  for (walk.Start(orphan); !walk.IsOver(); walk.Next()) walk.Current().isOrphan = true;
+}
+
+}  // namespace
+
 // A string that a handle needs, or that is locked, stays with all that it leads to, in memory and
 // in the file, but nothing leads there any more. Test: LoadedDeletion.WhatAHandleNeedsStaysForIt
 unsigned int TernaryKeyTree::RecursiveDeleteKeyTree(unsigned int changes, TernaryString* string) {
-  const TernaryString* known = orphans;
+  bool kept = false;
   StringWalk walk(kStoredOrder);
   for (walk.Start(string); !walk.IsOver(); walk.Next()) {
     TernaryString& s = walk.Current();
     if (walk.IsEntered()) {
       if (s.isInUse()) walk.SkipLinks();
     } else if (s.isInUse()) {
-      s.nextOrphan = orphans;
-      orphans = &s;
+      kept = true;
+      MarkOrphan(&s);
+      AddOrphan(&s);
     } else {
       DeleteSingleKey(changes, &s);
       file->ReleaseNode(changes, s.id, nullptr);
       delete &s;
     }
   }
-  const bool kept = orphans != known;
-  for (TernaryString* orphan = orphans; orphan != known; orphan = orphan->nextOrphan) {
-    MarkOrphan(orphan);
-  }
   return kept ? status::kBusy : status::kOk;
-}
-
-void TernaryKeyTree::MarkOrphan(TernaryString* orphan) {
-  StringWalk walk(kStoredOrder);
-  for (walk.Start(orphan); !walk.IsOver(); walk.Next()) walk.Current().isOrphan = true;
 }
 
 // The key is cut off with one write; only then is what it took given back. When that write fails

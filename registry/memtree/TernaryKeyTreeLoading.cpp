@@ -1,8 +1,7 @@
 // Loading subtrees.
+#include <initializer_list>
 #include <new>
 
-#include "platform/PCMem.h"
-#include "platform/PCString.h"
 #include "registry/keytree/NodeNames.h"
 #include "registry/memtree/StringWalk.h"
 #include "registry/memtree/TernaryKeyTree.h"
@@ -20,19 +19,6 @@ TernaryString*& MissingLink(const TernaryKeyTree::KeyMatchDescriptor& match, con
   if (match.matchEqual()) return string.equal;
   const signed char c = static_cast<signed char>(path[match.position]);
   return c < string.node->splitChar() ? string.lower : string.higher;
-}
-
-// A new copy of the path without the "/" that may stand at its ends. Null: no memory.
-char* Normalized(const char* path) {
-  if (path == nullptr) path = "";
-  if (path[0] == '/') ++path;
-  unsigned int length = PCString::Length(path);
-  if (length > 0 && path[length - 1] == '/') --length;
-  char* copy = new (std::nothrow) char[length + 1];
-  if (copy == nullptr) return nullptr;
-  PCMem::Copy(copy, path, length);
-  copy[length] = 0;
-  return copy;
 }
 
 }  // namespace
@@ -184,8 +170,8 @@ unsigned int TernaryKeyTree::CollectLoaded(MetNodes* met) {
   if (result == status::kOk) result = met->values.Prepare(file->Descriptor(NodeKind::kValue));
   if (result != status::kOk) return result;
   CollectFrom(startString, met);
-  for (TernaryString* orphan = orphans; orphan != nullptr; orphan = orphan->nextOrphan) {
-    CollectFrom(orphan, met);
+  for (TernaryString* orphan : {orphans, looseOrphans}) {
+    for (; orphan != nullptr; orphan = orphan->nextOrphan) CollectFrom(orphan, met);
   }
   return status::kOk;
 }
@@ -301,32 +287,30 @@ unsigned int TernaryKeyTree::LoadSubtree(TernaryString* string, MetNodes* met) {
 unsigned int TernaryKeyTree::MakeHandle(const char* path, TernaryHandle*& handle) {
   TernaryHandle* made = new (std::nothrow) TernaryHandle(path, &treeLock);
   if (made == nullptr) return status::kNoMemory;
-  unsigned int result = status::kOk;
-  made->normalizedPath = Normalized(path);
-  if (made->normalizedPath == nullptr) result = status::kNoMemory;
-  if (!made->wake.Create(0) || !made->ack.Create(0)) result = status::kInputOutput;
-  if (result == status::kOk) {
-    handle = made;
-  } else {
+  if (!made->wake.Create(0) || !made->ack.Create(0)) {
     delete made;
+    return status::kInputOutput;
   }
-  return result;
+  handle = made;
+  return status::kOk;
 }
 
-// A key that a handle has loaded already, with all that is below it; null when there is none.
-TernaryString* TernaryKeyTree::FindLoaded(const char* path) {
-  KeyMatchDescriptor match;
-  if (FindKey(startString, path, &match) != status::kOk) return nullptr;
-  TernaryString* string = match.string;
-  const bool isThere = string->key != nullptr && string->loadCount > 0 && string->isComplete;
-  return isThere ? string : nullptr;
+// True when a handle has loaded the key that was found, with all that is below it: one that starts
+// there or above.
+bool TernaryKeyTree::IsLoaded(const KeyMatchDescriptor& match) {
+  const TernaryString& string = *match.string;
+  if (string.key == nullptr) return false;
+  return match.isBelowComplete || (string.loadCount > 0 && string.isComplete);
 }
 
 // Loads what is missing of a key, its name and what is below it.
 unsigned int TernaryKeyTree::LoadMissing(const char* path, TernaryString*& string) {
   MetNodes met;
   unsigned int result = LoadKeyPath(path, &met, string);
-  if (result == status::kExists) result = CollectLoaded(&met);
+  if (result == status::kExists) {
+    if (string->key == nullptr && string->node->keyNode() == 0) return status::kNotFound;
+    result = CollectLoaded(&met);
+  }
   if (result != status::kOk) return result;
   const unsigned int keyId = string->node->keyNode();
   if (string->key == nullptr) {
@@ -342,18 +326,26 @@ unsigned int TernaryKeyTree::LoadKeyTree(const char* keyPath, void*& tree) {
   TernaryFile::AccessScope access(*file);
   unsigned int result = LoadRootKey();
   if (startString == nullptr) return result;  // its key may be damaged; others are not
-  TernaryString* string = FindLoaded(keyPath);
-  if (string == nullptr) {
+  KeyMatchDescriptor match;
+  TernaryString* string = nullptr;
+  if (FindKey(startString, keyPath, &match) == status::kOk && IsLoaded(match)) {
+    string = match.string;
+    string->isComplete = true;
+  } else {
     result = LoadMissing(keyPath, string);
     if (result != status::kOk) return result;
   }
   TernaryHandle* handle = nullptr;
   result = MakeHandle(keyPath, handle);
   if (result != status::kOk) return result;
+  if (string->loadCount == 0) {
+    // What was not loaded before the search has no handles: it has met all that are above.
+    string->isBelowHandle = match.isBelowHandle;
+    if (handles != nullptr && !match.isBelowHandle) TellBelow(string, true);
+  }
   ++string->loadCount;
   handle->start = string;
-  handle->next = handles;
-  handles = handle;
+  AddHandle(handle);
   tree = handle;
   return status::kOk;
 }

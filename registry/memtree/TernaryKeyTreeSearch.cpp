@@ -9,6 +9,13 @@ signed char At(const char* path, unsigned int i) {
   return static_cast<signed char>(path[i]);
 }
 
+// Notes what a key that the search passes through tells of those below it.
+void Pass(const TernaryString& string, TernaryKeyTree::KeyMatchDescriptor* match) {
+  if (string.loadCount == 0) return;
+  match->isBelowHandle = true;
+  if (string.isComplete) match->isBelowComplete = true;
+}
+
 }  // namespace
 
 unsigned int TernaryKeyTree::FindKey(TernaryString* start, const char* path,
@@ -21,6 +28,7 @@ unsigned int TernaryKeyTree::FindKey(TernaryString* start, const char* path,
   match->parent = start;
   match->owner = start;
   if (path[i] == 0) return start->key != nullptr ? status::kOk : status::kNotFound;
+  Pass(*start, match);
   match->flags = KeyMatchDescriptor::kMatchChild;
   match->nodeId = start->node->child();
   TernaryString* next = start->directory;
@@ -55,6 +63,7 @@ unsigned int TernaryKeyTree::FindKey(TernaryString* start, const char* path,
     if (path[i] == 0) return status::kOk;  // also where the name has no key
     match->flags |= KeyMatchDescriptor::kMatchChild;
     match->owner = next;
+    Pass(*next, match);
     match->nodeId = node.child();
     next = next->directory;
   }

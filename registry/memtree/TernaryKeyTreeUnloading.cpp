@@ -1,5 +1,6 @@
 // Unloading subtrees. Nothing here writes to the file.
-#include "platform/PCString.h"
+#include <initializer_list>
+
 #include "registry/memtree/StringWalk.h"
 #include "registry/memtree/TernaryKeyTree.h"
 
@@ -10,16 +11,6 @@ namespace {
 // Why a string stays when the walk leaves it.
 constexpr unsigned int kInUse = 1;        // it is a handle's, or locked: everything below stays too
 constexpr unsigned int kLeadsToUsed = 2;  // something below it stays
-
-// True when `path` names a key below `ancestor`.
-bool IsBelow(const char* path, const char* ancestor) {
-  if (ancestor[0] == 0) return path[0] != 0;
-  while (*ancestor != 0 && *ancestor == *path) {
-    ++ancestor;
-    ++path;
-  }
-  return *ancestor == 0 && *path == '/';
-}
 
 }  // namespace
 
@@ -86,39 +77,91 @@ void TernaryKeyTree::UnloadFrom(TernaryString* string, bool always) {
   startString = nullptr;
 }
 
+void TernaryKeyTree::AddHandle(TernaryHandle* handle) {
+  handle->next = handles;
+  handle->place = &handles;
+  if (handles != nullptr) handles->place = &handle->next;
+  handles = handle;
+}
+
 void TernaryKeyTree::RemoveHandle(TernaryHandle* handle) {
-  TernaryHandle** place = &handles;
-  while (*place != nullptr && *place != handle) place = &(*place)->next;
-  if (*place != nullptr) *place = handle->next;
+  *handle->place = handle->next;
+  if (handle->next != nullptr) handle->next->place = handle->place;
 }
 
-bool TernaryKeyTree::IsBelowAnother(const TernaryHandle* handle) const {
-  for (const TernaryHandle* other = handles; other != nullptr; other = other->next) {
-    if (!other->start->isOrphan && IsBelow(handle->normalizedPath, other->normalizedPath))
-      return true;
-  }
-  return false;
-}
-
-// Frees what was deleted while it was in use and is not any more.
-void TernaryKeyTree::FreeOrphans() {
-  TernaryString** place = &orphans;
-  while (*place != nullptr) {
-    TernaryString* next = (*place)->nextOrphan;
-    if (RecursiveUnloadKeyTree(*place) == status::kOk) {
-      *place = next;
-    } else {
-      place = &(*place)->nextOrphan;
+// Tells the strings of handles below a key whether one starts above them, as far as that comes with
+// this key: those that are below one another know it already.
+void TernaryKeyTree::TellBelow(TernaryString* string, bool isBelowHandle) {
+  StringWalk walk(kStoredOrder);
+  walk.Start(string->isLocked() ? string->parked : string->directory);
+  for (; !walk.IsOver(); walk.Next()) {
+    TernaryString& s = walk.Current();
+    if (s.isLocked()) s.directory = walk.IsEntered() ? s.parked : nullptr;
+    if (!walk.IsEntered()) continue;
+    const TernaryString* parent = walk.Parent();
+    if (parent != nullptr && parent->loadCount > 0 && walk.Via() == NodeLink::kChild) {
+      walk.SkipLinks();
+    } else if (s.loadCount > 0) {
+      s.isBelowHandle = isBelowHandle;
     }
   }
 }
 
-// A subtree stays as long as a handle starts at its key or above it: what such a handle does not
-// find it would take for missing, and create anew over what is in the file.
+// Keeps a string with all that it leads to until nobody uses it any more, though nothing leads
+// there.
+void TernaryKeyTree::AddOrphan(TernaryString* string) {
+  TernaryString** list = string->loadCount > 0 ? &orphans : &looseOrphans;
+  string->isOrphan = true;
+  string->nextOrphan = *list;
+  string->orphanPlace = list;
+  if (*list != nullptr) (*list)->orphanPlace = &string->nextOrphan;
+  *list = string;
+}
+
+// Takes an orphan at which no handle starts any more out of its list, and frees it unless it is
+// busy. What is in use below it becomes an orphan of its own.
+void TernaryKeyTree::FreeOrphan(TernaryString* orphan) {
+  *orphan->orphanPlace = orphan->nextOrphan;
+  if (orphan->nextOrphan != nullptr) orphan->nextOrphan->orphanPlace = orphan->orphanPlace;
+  orphan->orphanPlace = nullptr;
+  StringWalk walk(kStoredOrder);
+  for (walk.Start(orphan); !walk.IsOver(); walk.Next()) {
+    TernaryString& s = walk.Current();
+    if (walk.IsEntered()) {
+      if (s.isInUse()) walk.SkipLinks();
+    } else if (s.isInUse()) {
+      AddOrphan(&s);
+    } else {
+      if (s.key != nullptr) UnloadKey(s.key);
+      delete &s;
+    }
+  }
+}
+
+// There are no more of them than threads that change something, so looking at all is cheap.
+void TernaryKeyTree::FreeLooseOrphans() {
+  for (TernaryString* orphan = looseOrphans; orphan != nullptr;) {
+    TernaryString* next = orphan->nextOrphan;
+    if (!orphan->isBusy()) FreeOrphan(orphan);
+    orphan = next;
+  }
+}
+
+// The last handle of a string is gone. A subtree stays as long as a handle starts above it: what
+// such a handle does not find it would take for missing, and create anew over what is in the file.
+void TernaryKeyTree::LetGoOf(TernaryString* start) {
+  if (start->orphanPlace != nullptr) {
+    FreeOrphan(start);
+  } else if (!start->isOrphan && !start->isBelowHandle) {
+    if (handles != nullptr) TellBelow(start, false);
+    UnloadFrom(start, false);
+  }
+}
+
 unsigned int TernaryKeyTree::UnloadKeyTree(void* tree) {
   PCMutexGuard guard(treeLock);
   if (tree == nullptr) {
-    FreeOrphans();
+    FreeLooseOrphans();
     if (startString != nullptr && startString->loadCount == 0) UnloadFrom(startString, true);
     return status::kOk;
   }
@@ -128,12 +171,11 @@ unsigned int TernaryKeyTree::UnloadKeyTree(void* tree) {
     return status::kBusy;
   }
   TernaryString* start = handle->start;
-  if (start->loadCount > 0) --start->loadCount;
   RemoveHandle(handle);
-  const bool needed = start->isOrphan || start->loadCount > 0 || IsBelowAnother(handle);
   delete handle;
-  if (!needed) UnloadFrom(start, false);
-  FreeOrphans();
+  if (start->loadCount > 0) --start->loadCount;
+  if (start->loadCount == 0) LetGoOf(start);
+  FreeLooseOrphans();
   return status::kOk;
 }
 
@@ -165,10 +207,12 @@ void TernaryKeyTree::FreeFrom(TernaryString* string) {
 void TernaryKeyTree::FreeEverything() {
   FreeFrom(startString);
   startString = nullptr;
-  while (orphans != nullptr) {
-    TernaryString* orphan = orphans;
-    orphans = orphan->nextOrphan;
-    FreeFrom(orphan);
+  for (TernaryString** list : {&orphans, &looseOrphans}) {
+    while (*list != nullptr) {
+      TernaryString* orphan = *list;
+      *list = orphan->nextOrphan;
+      FreeFrom(orphan);
+    }
   }
   while (handles != nullptr) {
     TernaryHandle* handle = handles;

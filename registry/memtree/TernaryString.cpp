@@ -3,7 +3,12 @@
 namespace tamu::registry {
 
 TernaryString::TernaryString(unsigned int nodeId, TernaryStringNode* record)
-    : id(nodeId), node(record) {
+    : id(nodeId),
+      node(record),
+      isComplete(false),
+      isBelowHandle(false),
+      isOrphan(false),
+      directoryKnown_(false) {
   setFlag(TernaryStringNode::kFlagLocked, false);
   setFlag(TernaryStringNode::kFlagWaiters, false);
 }

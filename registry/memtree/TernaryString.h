@@ -50,23 +50,29 @@ class TernaryString {
   TernaryStringNode* node;              // owned
   TernaryHandle* lockHandle = nullptr;  // through which it is locked
   TernaryString* parked = nullptr;      // the directory while the string is locked
-  unsigned int waiting = 0;             // threads that wait to lock it
+  unsigned short waiting = 0;           // threads that wait to lock it
 
   // Nothing was missing below when it was loaded for a handle; counts as long as one starts here.
-  bool isComplete = false;
-  // Deleted while it was in use: nothing leads here any more but the tree's list of such strings.
-  bool isOrphan = false;
-  TernaryString* nextOrphan = nullptr;  // in that list
-
-  // For the walk that goes over the tree now.
-  TernaryString* walkFrom = nullptr;
-  unsigned int walkMark = 0;
-  unsigned char walkTried = 0;
+  bool isComplete : 1;
+  // A handle starts at a key above this one; counts as long as one starts here.
+  bool isBelowHandle : 1;
+  // Deleted while it was in use: nothing leads here any more but one of the tree's lists of such
+  // strings, or another such string.
+  bool isOrphan : 1;
 
  private:
   void setFlag(unsigned char flag, bool on);
 
-  bool directoryKnown_ = false;  // a directory was there when it was locked, or was set since
+  bool directoryKnown_ : 1;  // a directory was there when it was locked, or was set since
+
+ public:
+  // For the walk that goes over the tree now.
+  unsigned char walkTried = 0;
+  unsigned int walkMark = 0;
+  TernaryString* walkFrom = nullptr;
+
+  TernaryString* nextOrphan = nullptr;
+  TernaryString** orphanPlace = nullptr;  // what leads here in a list of orphans; null in none
 };
 
 }  // namespace tamu::registry

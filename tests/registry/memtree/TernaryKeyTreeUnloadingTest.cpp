@@ -1,4 +1,5 @@
 // Unloading: what goes and what stays.
+#include <random>
 #include <thread>
 
 #include "tests/registry/filetree/SmallStack.h"
@@ -180,6 +181,77 @@ TEST_F(Unloading, AgainAndAgainTheSameIsLoaded) {
     EXPECT_EQ(rig.loaded.UnloadKeyTree(nullptr), 0u);
     EXPECT_EQ(rig.Loaded(), "1 strings, 1 keys");
   }
+}
+
+// True when `path` names a key below `ancestor`.
+bool IsBelow(const std::string& path, const std::string& ancestor) {
+  if (ancestor.empty()) return !path.empty();
+  return path.compare(0, ancestor.size() + 1, ancestor + '/') == 0;
+}
+
+// Whatever is opened and closed in whatever order, a handle has all that is below its key, and
+// knows whether another one starts above.
+TEST(RandomUnloading, EveryHandleHasWhatIsBelowIt) {
+  const std::vector<std::string> keys = {"",    "a",     "a/b", "a/b/c", "a/b/d", "a/e",
+                                         "a/f", "a/f/g", "x",   "x/y",   "x/y/z", "xa"};
+  for (unsigned int seed = 1; seed <= 20; ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    LoadedTreeRig rig;
+    for (size_t i = 1; i < keys.size(); ++i) rig.Create({keys[i].c_str()});
+    std::mt19937 random(seed);
+    struct Open {
+      std::string path;
+      TernaryHandle* handle;
+    };
+    std::vector<Open> open;
+    for (int step = 0; step < 300 && !::testing::Test::HasFailure(); ++step) {
+      const bool closes = !open.empty() && random() % 16 < open.size();
+      if (closes) {
+        const size_t at = random() % open.size();
+        EXPECT_EQ(rig.Unload(open[at].handle), 0u);
+        open.erase(open.begin() + static_cast<std::ptrdiff_t>(at));
+      } else {
+        const std::string& path = keys[random() % keys.size()];
+        open.push_back({path, rig.Load(path.c_str())});
+      }
+      for (const Open& each : open) {
+        bool isBelow = false;
+        for (const Open& other : open) isBelow = isBelow || IsBelow(each.path, other.path);
+        EXPECT_EQ(each.handle->start->isBelowHandle, isBelow) << each.path;
+        for (const std::string& key : keys) {
+          if (key != each.path && !IsBelow(key, each.path)) continue;
+          const size_t skipped = each.path.empty() ? 0 : each.path.size();
+          EXPECT_EQ(rig.Find(each.handle, key.c_str() + skipped), 0u) << each.path << ", " << key;
+        }
+      }
+    }
+    for (const Open& each : open) EXPECT_EQ(rig.Unload(each.handle), 0u);
+    EXPECT_EQ(rig.loaded.UnloadKeyTree(nullptr), 0u);
+    EXPECT_EQ(rig.Loaded(), "1 strings, 1 keys");
+  }
+}
+
+// Somebody has locked a key between two handles.
+TEST_F(Unloading, AHandleBelowALockedKeyIsNoticedToo) {
+  TernaryHandle* inner = rig.Load("a/b/c");
+  TernaryHandle* middle = rig.Load("a/b");
+  ASSERT_EQ(rig.Unload(middle), 0u);
+  TernaryHandle* other = rig.Load("x");
+  TernaryString* b = nullptr;
+  TernaryKey* key = nullptr;
+  TernaryString* owner = nullptr;
+  TernaryHandle* root = rig.Load("");
+  ASSERT_EQ(rig.loaded.FindKey(root, "a/b", b, key, owner), 0u);
+  ASSERT_EQ(b->Lock(other), 0u);
+  EXPECT_EQ(rig.Unload(root), 0u);
+  EXPECT_FALSE(inner->start->isBelowHandle);
+  root = rig.Load("");
+  EXPECT_TRUE(inner->start->isBelowHandle);
+  EXPECT_EQ(b->directory, nullptr) << "still put away";
+  ASSERT_EQ(b->Unlock(), 0u);
+  EXPECT_EQ(rig.Find(root, "a/b/c"), 0u);
+  EXPECT_EQ(rig.Unload(root), 0u);
+  EXPECT_EQ(rig.Find(inner, ""), 0u);
 }
 
 // A chain of 10,000 names below each other, on a small stack.
