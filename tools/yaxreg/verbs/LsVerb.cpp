@@ -15,7 +15,7 @@ namespace yaxreg {
 
 namespace {
 
-constexpr size_t kDataWidth = 40;  // of a value's data, in characters
+constexpr size_t kListDataWidth = 40;  // of a value's data, in characters
 
 // What is listed: the keys directly below a key, or all below it.
 struct Listing {
@@ -74,7 +74,7 @@ Cells CellsOf(const Listing& listing, size_t index) {
 
 Cells CellsOf(const ContentValue& value, bool isHidden) {
   return {"type " + std::to_string(value.type), std::to_string(value.size),
-          ValueText(value, kDataWidth), isHidden ? "hidden" : ""};
+          ValueText(value, kListDataWidth), isHidden ? "hidden" : ""};
 }
 
 void PrintKeys(Invocation& call, const Listing& listing) {

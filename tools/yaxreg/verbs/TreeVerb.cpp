@@ -12,7 +12,7 @@ namespace yaxreg {
 
 namespace {
 
-constexpr size_t kDataWidth = 60;  // of a value's data, in characters
+constexpr size_t kTreeDataWidth = 60;  // of a value's data, in characters
 
 // The keys to show, in their order: `top` and what lies at most `levels` below it.
 struct Excerpt {
@@ -108,7 +108,7 @@ class TreePrinter {
     std::string notes;
     const auto add = [&](const std::string& note) { notes += (notes.empty() ? "" : ", ") + note; };
     if (value.isSet) {
-      const std::string text = ValueText(value, kDataWidth);
+      const std::string text = ValueText(value, kTreeDataWidth);
       call_.out << " = " << text;
       const bool isCut = text.back() == '.';  // a number, hexadecimal digits or quoted otherwise
       if (isCut) add(Counted(value.size, "byte"));
