@@ -1,12 +1,11 @@
-// The first program of the component demonstration: registers components with the paths of their
-// shared objects.
+// Registers two components with the paths of their shared objects, as an installation does.
 #include <cstdio>
 #include <cstring>
 #include <string>
 
 #include "IGreeter.h"
 #include "IThermometer.h"
-#include "examples/Show.h"
+#include "examples/Check.h"
 
 namespace {
 
@@ -28,22 +27,17 @@ int main(int argc, char** argv) {
     return 2;
   }
   const std::string folder = argv[2];
-  std::printf("\nA program makes the framework on a registry file and registers two components:\n");
-  Show("CreateYAX", CreateYAX(argv[1]));
+  Check(CreateYAX(argv[1]), argv[1]);
   void* view = nullptr;
-  Show("GetYAXInstance of IYAXInfoManager", GetYAXInstance(IID_IYAXInfoManager, &view));
+  Check(GetYAXInstance(IID_IYAXInfoManager, &view), "GetYAXInstance");
   IYAXInfoManager* manager = static_cast<IYAXInfoManager*>(view);
-  YAX_SYSTEM_INFO_ST system = {};
-  std::strncpy(system.BinDirectory, folder.c_str(), sizeof system.BinDirectory - 1);
-  Show("SetSystemInfo", manager->SetSystemInfo(&system));
+
   YAX_COMPONENT_INFO_ST thermometer =
       Describe(CLSID_Thermometer, "thermometer", folder + "/libthermometer.so");
   YAX_COMPONENT_INFO_ST greeter = Describe(CLSID_Greeter, "greeter", folder + "/libgreeter.so");
   YAX_COMPONENT_INFO_ST* all[] = {&thermometer, &greeter, nullptr};
-  Show("RegisterAllComponent", manager->RegisterAllComponent(all));
-  Show("RegisterComponent of the first again",
-       manager->RegisterComponent(CLSID_Thermometer, &thermometer), yax_status::kRegistryFailed);
+  Check(manager->RegisterAllComponent(all), "RegisterAllComponent");
+
   manager->Release();
-  Show("DestroyYAX", DestroyYAX());
-  return 0;
+  Check(DestroyYAX(), "DestroyYAX");
 }
