@@ -42,7 +42,7 @@ export DEBIAN_FRONTEND=noninteractive
 apt-get update -qq
 # $list is a list of words on purpose.
 # shellcheck disable=SC2086
-apt-get install -y -qq --no-install-recommends $list
+apt-get install -y -qq --no-install-recommends $list >/dev/null
 
 list=$(missing "$@")
 [ -z "$list" ] || { echo "Still missing after the installation:$list" >&2 && exit 1; }

@@ -68,8 +68,8 @@ unsigned int Ask(const std::string& path) {
 void Show(const char* what, const std::string& path, const std::string& bytes) {
   Store(path, bytes);
   const unsigned int status = Ask(path);
-  const char* left = Load(path) == bytes ? "the file is as it was" : "THE FILE IS CHANGED";
-  std::printf("%-30s status %2u, %s; %s\n", what, status, StatusText(status), left);
+  const char* left = Load(path) == bytes ? "left alone" : "CHANGED";
+  std::printf("%-30s %s, status %u: %s\n", what, left, status, StatusText(status));
   if (status == status::kOk || Load(path) != bytes) std::exit(1);
 }
 
@@ -91,8 +91,8 @@ void ShowDamaged(const std::string& path, const std::string& good) {
     Store(path, Damaged(good, random));
     ++answers[Ask(path)];
   }
-  std::printf("%u copies with 1 to %u wrong bytes each, all their keys and values asked for:\n",
-              kCopies, kMostWrong);
+  std::printf("%u copies with 1 to %u wrong bytes each, asked for all they hold:\n", kCopies,
+              kMostWrong);
   for (const auto& answer : answers) {
     std::printf("%6u answer %2u: %s\n", answer.second, answer.first, StatusText(answer.first));
   }

@@ -47,11 +47,11 @@ double Measure(Operation operation) {
 }
 
 void Tell(const char* what, double seconds) {
-  std::printf("%-46s %8.3f us %11.0f a second\n", what, seconds * 1e6, 1 / seconds);
+  std::printf("%-45s %7.3f us %10.0f a second\n", what, seconds * 1e6, 1 / seconds);
 }
 
 void TellOnce(const char* what, double seconds) {
-  std::printf("%-46s %8.3f ms\n", what, seconds * 1e3);
+  std::printf("%-45s %7.3f ms\n", what, seconds * 1e3);
 }
 
 class House {

@@ -63,7 +63,7 @@ hear_watcher() {
   printf '%s  The other process: %s%s\n' "$bold" "$line" "$plain"
 }
 
-chapter "A program writes settings: keys, and values of several types, in one small file"
+chapter "A program writes settings: keys and values, in one small file"
 show demo_settings device.rce
 show yaxreg tree device.rce
 
@@ -103,13 +103,13 @@ if [ -n "$map" ]; then
   tell "The file that was saved has no difference from the one before."
 
   chapter "The map of a file"
-  tell "Chapter 3 has left a file of some hundred keys, and has deleted some of them."
+  tell "Chapter 3 has left a file with some hundred keys, others are deleted."
   show yaxreg stat house.rce --map house.svg
   cp house.svg "$map"
   tell "The map shows every slot of the file. Open it with a browser: $3"
 fi
 
-chapter "Components: found by identifier, loaded when asked for, unloaded when they agree"
+chapter "Components: found by identifier, loaded on demand, unloaded when they agree"
 show demo_register device.rce "$examples"
 show yaxreg comp verify device.rce
 show demo_use device.rce
@@ -117,4 +117,4 @@ show demo_use device.rce
 chapter "Several threads"
 show demo_threads device.rce
 
-printf '\n%sThat is libYAX.%s Its examples are in examples/%s\n' "$bold" "$plain" "${3:+, the map in $3}"
+printf '\n%sThat is libYAX.%s Read on in examples/%s\n' "$bold" "$plain" "${3:+, and open $3}"
