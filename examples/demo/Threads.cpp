@@ -92,8 +92,8 @@ int main(int argc, char** argv) {
   RunAll(workers);
   for (unsigned int i = 0; i < kThreads; ++i) {
     const unsigned long long stored = Stored(registry, i);
-    std::printf("thread %u: %8llu changes, %8llu reads; the file has its last number, %llu\n",
-                i + 1, workers[i].changes(), workers[i].reads(), stored);
+    std::printf("thread %u: %7llu changes, %7llu reads; last number in the file: %llu\n", i + 1,
+                workers[i].changes(), workers[i].reads(), stored);
     if (stored != workers[i].changes()) return 1;
   }
 }

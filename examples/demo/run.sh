@@ -106,7 +106,7 @@ if [ -n "$map" ]; then
   tell "Chapter 3 has left a file with some hundred keys, others are deleted."
   show yaxreg stat house.rce --map house.svg
   cp house.svg "$map"
-  tell "The map shows every slot of the file. Open it with a browser: $3"
+  tell "Every slot of the file, to open with a browser: $3"
 fi
 
 chapter "Components: found by identifier, loaded on demand, unloaded when they agree"
