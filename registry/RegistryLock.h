@@ -27,11 +27,11 @@ class RegistryLock {
 
   PCMutex mutex_;
   Part first_;
-  unsigned int firstCounter_ = 0;
+  [[maybe_unused]] unsigned int firstCounter_ = 0;
   Part second_;
   Part third_;
-  RegistryLock* self_ = this;
-  unsigned int counters_[2] = {};
+  [[maybe_unused]] RegistryLock* self_ = this;
+  [[maybe_unused]] unsigned int counters_[2] = {};
 };
 
 }  // namespace tamu::registry
