@@ -10,7 +10,7 @@
 #include "framework/internal/YAXInfoManagerRCEMemory.h"
 #include "tests/registry/RegistryRig.h"
 
-constexpr YAX_GUID_ST kClsid = {
+inline constexpr YAX_GUID_ST kClsid = {
     0x0000000A, 0xBEEF, 0x0102, {0x80, 0x7F, 0x00, 0xFF, 0x01, 0x02, 0x03, 0x04}};
 constexpr char kClsidText[] = "{0000000A-BEEF-0102-807F-00FF01020304}";
 constexpr char kClsidKey[] = "YAX_ROOT/{0000000A-BEEF-0102-807F-00FF01020304}";
