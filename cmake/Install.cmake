@@ -8,7 +8,12 @@ set(yax_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/YAX)
 
 install(TARGETS YAX EXPORT YAXTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-  FILE_SET HEADERS DESTINATION ${yax_include_dir})
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+get_property(headers GLOBAL PROPERTY YAX_PUBLIC_HEADERS)
+foreach(header IN LISTS headers)
+  get_filename_component(folder ${header} DIRECTORY)
+  install(FILES ${header} DESTINATION ${yax_include_dir}/${folder})
+endforeach()
 
 install(EXPORT YAXTargets NAMESPACE YAX:: DESTINATION ${yax_package_dir})
 configure_package_config_file(cmake/YAXConfig.cmake.in YAXConfig.cmake
@@ -24,5 +29,10 @@ install(FILES
 file(RELATIVE_PATH yax_pc_to_prefix
   ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 string(REGEX REPLACE "/$" "" yax_pc_to_prefix "${yax_pc_to_prefix}")
+# What a program that links the static library needs besides.
+set(yax_pc_private -pthread)
+foreach(library IN LISTS CMAKE_DL_LIBS)
+  string(APPEND yax_pc_private " -l${library}")
+endforeach()
 configure_file(cmake/yax.pc.in yax.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/yax.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

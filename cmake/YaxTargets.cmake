@@ -15,7 +15,7 @@ function(yax_target target)
   endif()
 endfunction()
 
-# An object library that goes into libYAX.so: nothing throws, nothing is visible unless marked so.
+# An object library that goes into libYAX: nothing throws, nothing is visible unless marked so.
 function(yax_library_part target)
   yax_target(${target})
   target_include_directories(${target} PUBLIC ${PROJECT_SOURCE_DIR})
@@ -28,9 +28,7 @@ function(yax_library_part target)
     POSITION_INDEPENDENT_CODE ON)
 endfunction()
 
-# Headers that clients get; paths from the root of the project.
+# Headers that clients get; paths from the root of the project, which they keep where they are installed.
 function(yax_public_headers)
-  list(TRANSFORM ARGN PREPEND ${PROJECT_SOURCE_DIR}/)
-  target_sources(YAX PUBLIC
-    FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${ARGN})
+  set_property(GLOBAL APPEND PROPERTY YAX_PUBLIC_HEADERS ${ARGN})
 endfunction()

@@ -8,7 +8,7 @@ execute_process(COMMAND ${PKG_CONFIG} --modversion yax
 if(NOT version STREQUAL VERSION)
   message(FATAL_ERROR "pkg-config tells version ${version}, not ${VERSION}")
 endif()
-execute_process(COMMAND ${PKG_CONFIG} --cflags --libs yax
+execute_process(COMMAND ${PKG_CONFIG} ${KIND} --cflags --libs yax
   OUTPUT_VARIABLE options OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
 separate_arguments(options UNIX_COMMAND "${options}")
 separate_arguments(flags UNIX_COMMAND "${FLAGS}")
