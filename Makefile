@@ -7,6 +7,7 @@
 #   make bench          builds and runs the benchmarks
 #   make format         formats all sources
 #   make update-abi     takes the symbols that libYAX.so exports over into the kept list
+#   make update-pages   makes the kept manual page and completion of yaxreg anew
 #   make clean          removes everything that was built
 
 JOBS ?= $(shell nproc)
@@ -29,7 +30,7 @@ RUN_tsan = $(RUN_SANITIZED)
 
 build = $(CMAKE) --preset $(1) && $(RUN_$(1)) $(CMAKE) --build --preset $(1) -j $(JOBS)
 
-.PHONY: help demo test bench coverage format update-abi clean $(CHECKS:%=check-%)
+.PHONY: help demo test bench coverage format update-abi update-pages clean $(CHECKS:%=check-%)
 
 help:
 	@sed -n 's/^#   //p' Makefile
@@ -69,6 +70,11 @@ update-abi:
 	@$(call build,demo)
 	@cmake -DUPDATE=ON -DNM=nm -DLIBRARY=build/demo/libYAX.so \
 	  -DKEPT=tests/abi/exported-symbols.txt -P tests/abi/CheckExportedSymbols.cmake
+
+update-pages:
+	@sh cmake/need-packages.sh $(NEEDS) $(TOOL_NEEDS)
+	@$(call build,demo) --target yaxreg_docs
+	@build/demo/tools/yaxreg/yaxreg_docs tools/yaxreg/pages
 
 clean:
 	@rm -rf build

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <iterator>
+
 #include "tools/yaxreg/docs/Completion.h"
 
 namespace {
@@ -10,6 +13,13 @@ std::string BranchOf(const std::string& verb) {
   const size_t begin = script.find("\n    '" + verb + "')\n");
   if (begin == std::string::npos) return "";
   return script.substr(begin + 1, script.find(";;\n", begin) - begin - 1);
+}
+
+// "make update-pages" renews the kept script.
+TEST(YaxregCompletion, IsKeptAsItIsMade) {
+  std::ifstream in(YAX_SOURCE_DIR "/tools/yaxreg/pages/completions/yaxreg", std::ios::binary);
+  const std::string kept((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  EXPECT_TRUE(kept == yaxreg::BashCompletion()) << "run make update-pages";
 }
 
 TEST(YaxregCompletion, KnowsWhatFollowsAVerb) {

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <fstream>
+#include <iterator>
 #include <sstream>
 #include <vector>
 
@@ -37,6 +39,13 @@ TEST(YaxregManPage, BeginsSentencesOnTheirOwnLinesAndBreaksLongOnes) {
   const std::string fits(39, 'b');
   EXPECT_EQ(half + " " + fits + "\n\\&.c\n", yaxreg::TroffParagraph(half + " " + fits + " .c"));
   EXPECT_EQ(half + "\n" + fits + "b\n", yaxreg::TroffParagraph(half + " " + fits + "b"));
+}
+
+// "make update-pages" renews the kept page.
+TEST(YaxregManPage, IsKeptAsItIsMade) {
+  std::ifstream in(YAX_SOURCE_DIR "/tools/yaxreg/pages/yaxreg.1.in", std::ios::binary);
+  const std::string kept((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  EXPECT_TRUE(kept == yaxreg::ManPage("@PROJECT_VERSION@")) << "run make update-pages";
 }
 
 TEST(YaxregManPage, HasTheSectionsInTheirOrder) {

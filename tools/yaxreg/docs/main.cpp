@@ -1,22 +1,31 @@
-// yaxreg_docs: writes the manual page and the completion of yaxreg, when they are built.
+// yaxreg_docs: writes the manual page and the completion of yaxreg into the folder where they are kept.
 #include <fstream>
 #include <iostream>
 #include <string>
 
-#include "tools/yaxreg/cli/Version.h"
 #include "tools/yaxreg/docs/Completion.h"
 #include "tools/yaxreg/docs/ManPage.h"
 
+namespace {
+
+bool Write(const std::string& path, const std::string& text) {
+  std::ofstream out(path, std::ios::binary);
+  out << text;
+  out.close();
+  if (!out) std::cerr << "yaxreg_docs: " << path << " cannot be written\n";
+  return static_cast<bool>(out);
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
-  const std::string kind = argc == 3 ? argv[1] : "";
-  if (kind != "man" && kind != "completion") {
-    std::cerr << "usage: yaxreg_docs man|completion FILE\n";
+  if (argc != 2) {
+    std::cerr << "usage: yaxreg_docs FOLDER\n";
     return 2;
   }
-  std::ofstream out(argv[2], std::ios::binary);
-  out << (kind == "man" ? yaxreg::ManPage(YAXREG_VERSION) : yaxreg::BashCompletion());
-  out.close();
-  if (out) return 0;
-  std::cerr << "yaxreg_docs: " << argv[2] << " cannot be written\n";
-  return 1;
+  const std::string folder = argv[1];
+  // The version is put in when the page is configured.
+  const bool written = Write(folder + "/yaxreg.1.in", yaxreg::ManPage("@PROJECT_VERSION@")) &&
+                       Write(folder + "/completions/yaxreg", yaxreg::BashCompletion());
+  return written ? 0 : 1;
 }
