@@ -20,7 +20,8 @@ class RegistrySubtreeFaults : public ::testing::Test {
     for (const char* top : {"old", "new"}) {
       const std::string below = std::string(top) + "/below";
       for (const std::string& key : {std::string(top), below}) {
-        ASSERT_EQ(registry.CreateKey(0, key.c_str(), top[0]), 0u);
+        const auto initial = static_cast<unsigned char>(top[0]);
+        ASSERT_EQ(registry.CreateKey(0, key.c_str(), initial), 0u);
         ASSERT_EQ(registry.CreateValue(0, key.c_str(), top, &value), 0u);
       }
       ASSERT_EQ(registry.CreateValue(0, below.c_str(), "second", &value), 0u);

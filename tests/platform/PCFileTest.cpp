@@ -8,10 +8,11 @@
 #include "platform/PCFile.h"
 #include "tests/platform/ChildProcess.h"
 #include "tests/platform/TestFiles.h"
+#include "tests/support/Constinit.h"
 
 namespace {
 
-__constinit PCFile gStaticFile;
+YAX_TEST_CONSTINIT PCFile gStaticFile;
 
 std::string ReadAt(PCFile& file, unsigned int offset, unsigned int size) {
   std::string bytes(size, '?');

@@ -5,10 +5,11 @@
 #include <vector>
 
 #include "platform/PCMutex.h"
+#include "tests/support/Constinit.h"
 
 namespace {
 
-__constinit PCMutex gStaticMutex;
+YAX_TEST_CONSTINIT PCMutex gStaticMutex;
 
 // Runs `body` in another thread, to its end.
 template <class Body>

@@ -8,10 +8,11 @@
 #include <vector>
 
 #include "platform/PCSemaphore.h"
+#include "tests/support/Constinit.h"
 
 namespace {
 
-__constinit PCSemaphore gStaticSemaphore;
+YAX_TEST_CONSTINIT PCSemaphore gStaticSemaphore;
 
 void IgnoreSignal(int) {}
 

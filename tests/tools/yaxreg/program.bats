@@ -35,7 +35,8 @@ answers() {
   shift
   "$@" >"$BATS_TEST_TMPDIR/.out" 2>"$BATS_TEST_TMPDIR/.err" || code=$?
   out=$(cat "$BATS_TEST_TMPDIR/.out")
-  err=$(cat "$BATS_TEST_TMPDIR/.err")
+  # The profiler, where coverage is counted, says when it cannot.
+  err=$(sed '/^profiling:/d' "$BATS_TEST_TMPDIR/.err")
   [ "$code" -eq "$expected" ] || {
     echo "exit code $code instead of $expected: $*" "$out" "$err"
     return 1
@@ -173,7 +174,8 @@ completes() {
 }
 
 @test "ends with 4 when a file may grow no further, and leaves nothing half made" {
-  limited() { (ulimit -f 20 && "$@"); }
+  # Where coverage is counted, these calls are not: the counts are files that may not grow either.
+  limited() { (ulimit -f 20 && GCOV_PREFIX=/dev/null "$@"); }
   answers 4 limited yaxreg create new.rce
   is "$(printf '%s\n' "$err" | wc -l)" 1
   answers 4 limited yaxreg backup device.rce network new.bak
