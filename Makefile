@@ -2,7 +2,9 @@
 #
 #   make demo           builds and runs the demonstration
 #   make test           builds and runs the tests
-#   make check-PRESET   the tests of another preset: debug asan tsan coverage i686 armhf portable
+#   make check-PRESET   the tests of another preset: debug asan tsan coverage i686 armhf portable; or what
+#                       is built to see that it can be: distribution clang aarch64
+#   make check-all      all of these
 #   make coverage       the tests, then how much of each source they reach
 #   make bench          builds and runs the benchmarks
 #   make format         formats all sources
@@ -12,11 +14,15 @@
 
 JOBS ?= $(shell nproc)
 CHECKS := release debug asan tsan coverage i686 armhf portable
+BUILDS := distribution clang aarch64
 
 NEEDS := g++ cmake
 TOOL_NEEDS := libcli11-dev nlohmann-json3-dev
 TEST_NEEDS := $(NEEDS) $(TOOL_NEEDS) googletest pkg-config bats bsdutils util-linux
 NEEDS_i686 := g++-i686-linux-gnu
+NEEDS_distribution := dpkg-dev
+NEEDS_clang := clang-14 googletest
+NEEDS_aarch64 := g++-aarch64-linux-gnu
 NEEDS_armhf := g++-arm-linux-gnueabihf qemu-user-static
 
 # CMake starts a make of its own; ours must not hand its flags down to it.
@@ -28,9 +34,14 @@ RUN_SANITIZED = $(shell $(FIXED_ADDRESSES) true 2>/dev/null && echo $(FIXED_ADDR
 RUN_asan = $(RUN_SANITIZED)
 RUN_tsan = $(RUN_SANITIZED)
 
-build = $(CMAKE) --preset $(1) && $(RUN_$(1)) $(CMAKE) --build --preset $(1) -j $(JOBS)
+# What packages of Debian are compiled with; asked for when the program that tells it is there.
+FLAGS := DEB_BUILD_MAINT_OPTIONS=hardening=+all dpkg-buildflags --get
+ENV_distribution = YAX_CXXFLAGS="$$($(FLAGS) CPPFLAGS) $$($(FLAGS) CXXFLAGS)" YAX_LDFLAGS="$$($(FLAGS) LDFLAGS)"
 
-.PHONY: help demo test bench coverage format update-abi update-pages clean $(CHECKS:%=check-%)
+build = $(ENV_$(1)) $(CMAKE) --preset $(1) && $(RUN_$(1)) $(CMAKE) --build --preset $(1) -j $(JOBS)
+
+.PHONY: help demo test bench coverage check-all format update-abi update-pages clean \
+  $(CHECKS:%=check-%) $(BUILDS:%=check-%)
 
 help:
 	@sed -n 's/^#   //p' Makefile
@@ -50,6 +61,16 @@ $(CHECKS:%=check-%): check-%:
 	@sh cmake/need-packages.sh $(TEST_NEEDS) $(NEEDS_$*)
 	@$(call build,$*)
 	@$(RUN_$*) ctest --preset $*
+
+$(BUILDS:%=check-%): check-%:
+	@sh cmake/need-packages.sh $(NEEDS) $(TOOL_NEEDS) $(NEEDS_$*)
+	@$(call build,$*)
+	@rm -rf build/$*/installed && cmake --install build/$* --prefix build/$*/installed >/dev/null
+	@sh tests/build/check-installed.sh build/$*/installed
+
+check-all:
+	@for preset in $(BUILDS) $(CHECKS); do \
+	  echo "== $$preset" && $(MAKE) --no-print-directory check-$$preset || exit; done
 
 bench:
 	@sh cmake/need-packages.sh $(NEEDS) libbenchmark-dev

@@ -9,6 +9,9 @@ have() {
   case "$1" in
     bats | clang-format | cmake | g++ | gcovr | make | pkg-config) command -v "$1" ;;
     bsdutils) command -v script ;;
+    clang-14) command -v clang++-14 ;;
+    dpkg-dev) command -v dpkg-buildflags ;;
+    g++-aarch64-linux-gnu) command -v aarch64-linux-gnu-g++ ;;
     g++-arm-linux-gnueabihf) command -v arm-linux-gnueabihf-g++ ;;
     g++-i686-linux-gnu) command -v i686-linux-gnu-g++ ;;
     googletest) test -f /usr/src/googletest/googletest/src/gtest-all.cc ;;

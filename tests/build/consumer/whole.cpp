@@ -21,4 +21,6 @@ bool FrameworkReadsIt() {
 
 }  // namespace
 
-int main() { return RegistryKeepsAKey() && FrameworkReadsIt() ? 0 : 1; }
+int main() {
+  return RegistryKeepsAKey() && FrameworkReadsIt() ? 0 : 1;
+}

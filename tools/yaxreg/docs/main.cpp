@@ -1,4 +1,4 @@
-// yaxreg_docs: writes the manual page and the completion of yaxreg into the folder where they are kept.
+// yaxreg_docs: writes the manual page and the completion of yaxreg into the folder that keeps them.
 #include <fstream>
 #include <iostream>
 #include <string>

@@ -1,0 +1,12 @@
+#!/bin/sh
+# check-installed.sh PREFIX: what a build installs is there: the library, its headers, both packages, the tool
+# and its pages.
+set -eu
+cd "$1"
+for file in include/yax/registry/Registry.h include/yax/framework/YAX.h bin/yaxreg \
+  share/man/man1/yaxreg.1 share/bash-completion/completions/yaxreg; do
+  [ -s "$file" ] || { echo "$1/$file is missing" >&2 && exit 1; }
+done
+for name in libYAX.so yax.pc YAXConfig.cmake; do
+  [ -n "$(find . -name "$name")" ] || { echo "$name is missing in $1" >&2 && exit 1; }
+done
