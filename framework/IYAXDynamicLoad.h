@@ -9,8 +9,10 @@ class IYAXDynamicLoad : public IYAXCompBase {
   // Opens the component's shared object, or finds it open; *handle is as dlopen gives it, and null
   // for a component in the running program. Loads are not counted.
   virtual unsigned int LoadComponent(const YAX_GUID_ST& clsid, void** handle) = 0;
-  // Closes the shared object when the component's EntryFn_canUnloadNow agrees; else kInUse, or
-  // kNoEntry when it has none. 0 also when it was not loaded, or loaded for another component.
+  // Closes the shared object when the component's EntryFn_canUnloadNow agrees; else, and while the
+  // framework calls the component, kInUse. Of several that were loaded for the component (its path
+  // was changed) each call closes one, the oldest first, but for those without that function;
+  // kNoEntry when none has it. 0 also when it was not loaded, or loaded for another component.
   virtual unsigned int UnloadComponent(const YAX_GUID_ST& clsid) = 0;
   // Keeps the component loaded (not 0), or takes one such lock back (0). The component counts them.
   virtual unsigned int LockComponent(const YAX_GUID_ST& clsid, unsigned int lock) = 0;

@@ -31,9 +31,11 @@ YAX_API unsigned int DestroyYAX();
 //   unsigned int EntryFn_getFactory(const YAX_GUID_ST& clsid, const YAX_GUID_ST& iid, void** out);
 //   unsigned int EntryFn_canUnloadNow();
 // The first gives a YAXComponentFactory (YAX_FACTORY_FN); the second answers 0 when none of the
-// component's objects and locks is left, so that the shared object may be closed. Both run under
-// the framework's lock. Whatever the first answers, *out is null or a factory. Static objects of a
-// component must not call the framework when they are made or destroyed: the C library's loader is
-// locked then, and other threads wait for it with the framework's lock. docs/components.md
+// component's objects, factories and locks is left, so that the shared object may be closed. Both
+// run under the framework's lock, the factory's operations do not; while the framework calls any of
+// them, the shared object is not closed. Whatever the first answers, *out is null or a factory.
+// Static objects of a component must not call the framework when they are made or destroyed: the C
+// library's loader is locked then, and other threads wait for it with the framework's lock.
+// docs/components.md
 
 }  // extern "C"

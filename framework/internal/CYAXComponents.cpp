@@ -1,4 +1,6 @@
 // From a component's identifier to its factory and objects.
+#include <utility>
+
 #include "framework/YAXComponentFactory.h"
 #include "framework/YAXInterfaceIds.h"
 #include "framework/YAXStatus.h"
@@ -35,28 +37,18 @@ unsigned int CYAX::GetFuncAddress(const YAX_GUID_ST& clsid, void* handle, const 
 
 namespace {
 
-// The shared object of the factory that this thread has got last; null for one in the program.
-thread_local void* tFactoryHandle = nullptr;
-
-// Keeps a shared object from being closed while one of its functions runs, which may call back.
-class Entered {
- public:
-  Entered(YAXLoadManager& loader, void* handle) : loader_(loader), handle_(handle) {
-    loader_.Enter(handle_);
-  }
-  ~Entered() { loader_.Leave(handle_); }
-  Entered(const Entered&) = delete;
-  Entered& operator=(const Entered&) = delete;
-
- private:
-  YAXLoadManager& loader_;
-  void* handle_;
-};
+// Where the OnFactory that calls GetComponentFactory in this thread keeps the factory's shared
+// object entered; null for other callers.
+thread_local YAXLoadManager::Entered* tKept = nullptr;
 
 }  // namespace
 
+// The shared object is entered before the lock is given up, because other threads then unload what
+// nobody has entered; and before its function runs, which may call back. With the lock held no
+// other thread asks or closes: what is refused here, this thread is closing.
 unsigned int CYAX::GetComponentFactory(const YAX_GUID_ST& clsid, void** factory) {
   if (factory == nullptr) return yax_status::kBadArgument;
+  YAXLoadManager::Entered* const kept = std::exchange(tKept, nullptr);  // not for calls back
   void* handle = nullptr;
   const unsigned int closings = loader_->Closings();
   unsigned int result = LoadComponent(clsid, &handle);
@@ -67,6 +59,8 @@ unsigned int CYAX::GetComponentFactory(const YAX_GUID_ST& clsid, void** factory)
     handle = nullptr;
     result = LoadComponent(clsid, &handle);
   }
+  YAXLoadManager::Entered entered;
+  if (result == yax_status::kOk && !loader_->Enter(handle, &entered)) result = yax_status::kInUse;
   if (result != yax_status::kOk) {
     PrintDebugMessage(__LINE__,
                       "[CYAX::GetComponentFactory] Error while getting loading component...");
@@ -80,24 +74,24 @@ unsigned int CYAX::GetComponentFactory(const YAX_GUID_ST& clsid, void** factory)
     return result;
   }
   *factory = nullptr;
-  const Entered entered(*loader_, handle);
   result = reinterpret_cast<YAX_FACTORY_FN>(entry)(clsid, IID_YAXComponentFactory, factory);
-  tFactoryHandle = handle;
+  if (kept != nullptr) *kept = std::move(entered);
   return result;
 }
 
 // Calls operation(factory) when the component says that it gave one, also for null. What it gave is
-// given back whatever the outcome, and under the lock. The shared object stays while its code runs,
-// whatever the component tells of itself.
+// given back whatever the outcome. None of this holds the lock: a factory may wait for a thread
+// that calls the framework. The shared object stays while its code runs, whatever the component
+// tells of itself.
 template <class Operation>
 unsigned int CYAX::OnFactory(const YAX_GUID_ST& clsid, Operation operation) {
   void* made = nullptr;
-  tFactoryHandle = nullptr;
+  YAXLoadManager::Entered entered;
+  YAXLoadManager::Entered* const before = std::exchange(tKept, &entered);
   unsigned int result = GetComponentFactory(clsid, &made);
-  const Entered entered(*loader_, tFactoryHandle);
+  tKept = before;
   YAXComponentFactory* factory = static_cast<YAXComponentFactory*>(made);
   if (result == yax_status::kOk) result = operation(factory);
-  PCMutexGuard guard(lock_);
   if (factory != nullptr) factory->Release();
   return result;
 }

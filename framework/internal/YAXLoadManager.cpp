@@ -14,15 +14,19 @@ struct YAXLoadManager::Record {
   YAX_GUID_ST clsid = {};  // for which it was opened
   void* handle = nullptr;
   char path[kYAXTextSize] = {};
-  unsigned int entered = 0;  // by so many calls
-  bool isAsked = false;      // whether it may be closed, now
-  bool isClosing = false;    // it has agreed: nobody gets the handle any more
+  unsigned int entered = 0;     // by so many calls
+  const void* asker = nullptr;  // the thread that asks now whether it may be closed
+  bool cannotBeAsked = false;   // it is known to lack the function for that
+  bool isClosing = false;       // it has agreed: nobody gets the handle any more
 };
 
 namespace {
 
 // What this thread is closing.
 thread_local void* tClosing = nullptr;
+
+// Its address stands for the thread.
+thread_local char tThread = 0;
 
 // Holds the list over a walk with its cursor.
 class ListLock {
@@ -76,7 +80,7 @@ int YAXLoadManager::AddHandle(const YAX_GUID_ST& clsid, const char* path, void* 
   ForEachOf(handle, [record](const Record& other) {
     if (other.isClosing) return;
     record->entered = other.entered;
-    record->isAsked = other.isAsked;
+    record->asker = other.asker;
   });
   if (list_.Add(record, PCList::AtEnd) != 0) return 1;
   delete record;
@@ -117,8 +121,30 @@ unsigned int YAXLoadManager::Closings() {
   return closings_;
 }
 
-void YAXLoadManager::Enter(void* handle) {
+YAXLoadManager::Entered& YAXLoadManager::Entered::operator=(Entered&& other) noexcept {
+  std::swap(manager_, other.manager_);
+  std::swap(handle_, other.handle_);
+  return *this;
+}
+
+YAXLoadManager::Entered::~Entered() {
+  if (manager_ != nullptr) manager_->Leave(handle_);
+}
+
+// Nobody enters between the answer that it may be closed and the closing. The thread that asks may:
+// it runs the component's own code, and has left again before that answers.
+bool YAXLoadManager::Enter(void* handle, Entered* entered) {
+  *entered = Entered();
+  if (handle == nullptr) return true;
+  const ListLock lock(list_);
+  const Record* open = Find([&](const Record& record) {
+    return record.handle == handle && (record.asker == nullptr || record.asker == &tThread);
+  });
+  if (open == nullptr) return false;
   ForEachOf(handle, [](Record& record) { ++record.entered; });
+  entered->manager_ = this;
+  entered->handle_ = handle;
+  return true;
 }
 
 void YAXLoadManager::Leave(void* handle) {
@@ -127,8 +153,8 @@ void YAXLoadManager::Leave(void* handle) {
   });
 }
 
-void YAXLoadManager::MarkAsked(void* handle, bool asked) {
-  ForEachOf(handle, [asked](Record& record) { record.isAsked = asked; });
+void YAXLoadManager::MarkAsked(void* handle, const void* asker) {
+  ForEachOf(handle, [asker](Record& record) { record.asker = asker; });
 }
 
 void YAXLoadManager::MarkClosing(void* handle, bool closing) {
@@ -136,7 +162,7 @@ void YAXLoadManager::MarkClosing(void* handle, bool closing) {
   if (closing) ++closings_;
   ForEachOf(handle, [closing](Record& record) {
     record.isClosing = closing;
-    record.isAsked = closing;
+    if (!closing) record.asker = nullptr;
   });
 }
 
@@ -200,12 +226,10 @@ unsigned int YAXLoadManager::GetProcAddr(void* handle, const char* symbol, void*
 // it meanwhile is refused.
 unsigned int YAXLoadManager::AskToUnload(void* handle) {
   void* address = nullptr;
-  unsigned int result = GetProcAddr(handle, "EntryFn_canUnloadNow", &address);
-  if (result == yax_status::kOk && reinterpret_cast<unsigned int (*)()>(address)() != 0) {
-    result = yax_status::kInUse;
-  }
-  if (result != yax_status::kOk) MarkAsked(handle, false);
-  return result;
+  const unsigned int result = GetProcAddr(handle, "EntryFn_canUnloadNow", &address);
+  if (result != yax_status::kOk) return result;
+  const bool agrees = reinterpret_cast<unsigned int (*)()>(address)() == 0;
+  return agrees ? yax_status::kOk : yax_status::kInUse;
 }
 
 // A thread that loads the same file meanwhile opens it anew: it never gets a handle that is closed.
@@ -223,16 +247,38 @@ unsigned int YAXLoadManager::Close(void* handle) {
   return yax_status::kOk;
 }
 
+// The first record of the component that is not known to be of no use for it; the caller asks it.
+// kOk with *handle null when the component has none.
+unsigned int YAXLoadManager::FindToUnload(const YAX_GUID_ST& clsid, void** handle) {
+  *handle = nullptr;
+  bool cannotBeAsked = false;
+  const ListLock lock(list_);
+  const Record* record = Find([&](const Record& candidate) {
+    if (candidate.clsid != clsid) return false;
+    if (candidate.cannotBeAsked) cannotBeAsked = true;
+    return !candidate.cannotBeAsked;
+  });
+  if (record == nullptr) return cannotBeAsked ? yax_status::kNoEntry : yax_status::kOk;
+  if (record->asker != nullptr || record->entered > 0) return yax_status::kInUse;
+  *handle = record->handle;
+  MarkAsked(*handle, &tThread);
+  return yax_status::kOk;
+}
+
+// A file that cannot be asked stays open, and leaves the way to those of the same component that
+// can. The list is not held while the dynamic linker is called: it may be loading a file whose
+// static objects want the list.
 unsigned int YAXLoadManager::UnloadBinary(const YAX_GUID_ST& clsid) {
-  void* handle = nullptr;
-  {
-    const ListLock lock(list_);
-    Record* record = Find([&](const Record& candidate) { return candidate.clsid == clsid; });
-    if (record == nullptr) return yax_status::kOk;
-    if (record->isAsked || record->entered > 0) return yax_status::kInUse;
-    handle = record->handle;
-    MarkAsked(handle, true);
+  while (true) {
+    void* handle = nullptr;
+    const unsigned int found = FindToUnload(clsid, &handle);
+    if (found != yax_status::kOk || handle == nullptr) return found;
+    const unsigned int result = AskToUnload(handle);
+    if (result == yax_status::kOk) return Close(handle);
+    ForEachOf(handle, [result](Record& record) {
+      record.asker = nullptr;
+      if (result == yax_status::kNoEntry) record.cannotBeAsked = true;
+    });
+    if (result != yax_status::kNoEntry) return result;
   }
-  const unsigned int result = AskToUnload(handle);
-  return result == yax_status::kOk ? Close(handle) : result;
 }

@@ -1,6 +1,8 @@
 // Opens and closes the shared objects of components.
 #pragma once
 
+#include <utility>
+
 #include "framework/YAX_GUID_ST.h"
 #include "platform/PCList.h"
 
@@ -8,6 +10,21 @@
 // safe from any thread. Statuses of framework/YAXStatus.h.
 class YAXLoadManager {
  public:
+  // Keeps a shared object from being closed from Enter to its end; empty when nothing was entered.
+  // The manager must outlive it.
+  class Entered {
+   public:
+    Entered() = default;
+    Entered(Entered&& other) noexcept { *this = std::move(other); }
+    Entered& operator=(Entered&& other) noexcept;
+    ~Entered();
+
+   private:
+    friend class YAXLoadManager;
+    YAXLoadManager* manager_ = nullptr;
+    void* handle_ = nullptr;
+  };
+
   YAXLoadManager() = default;
   YAXLoadManager(const YAXLoadManager&) = delete;
   YAXLoadManager& operator=(const YAXLoadManager&) = delete;
@@ -23,9 +40,9 @@ class YAXLoadManager {
   unsigned int LoadBinary(const YAX_GUID_ST& clsid, const char* path, void** handle);
   // kNoEntry with *address null.
   unsigned int GetProcAddr(void* handle, const char* symbol, void** address);
-  // Closes the shared object that was opened for this component, if it agrees. 0 when there is
-  // none. kNoEntry: it cannot be asked; kInUse: it does not agree, is being unloaded already, or
-  // was entered; kCannotClose: it may be tried again.
+  // Closes the first shared object that was opened for this component and can be asked, if it
+  // agrees. 0 when none was opened. kNoEntry: none can be asked; kInUse: it does not agree, is
+  // being unloaded already, or is entered; kCannotClose: it may be tried again.
   unsigned int UnloadBinary(const YAX_GUID_ST& clsid);
 
   // 1, or 0 when there is no memory. Of the path 255 characters are kept.
@@ -37,9 +54,10 @@ class YAXLoadManager {
   void DeleteHandle(void* handle);
   // How often a shared object was closed so far, or a closing begun.
   unsigned int Closings();
-  // Between the two, unloading the shared object is refused. Nest; null is ignored.
-  void Enter(void* handle);
-  void Leave(void* handle);
+  // While *entered lasts, unloading the shared object is refused. Several may last at once. False,
+  // with *entered empty: it is not open, is being closed, or is asked whether it may be closed by
+  // another thread than this. For null there is nothing to enter: true.
+  bool Enter(void* handle, Entered* entered);
 
  private:
   struct Record;
@@ -47,9 +65,11 @@ class YAXLoadManager {
   void ForEachOf(void* handle, Change change);
   template <class Condition>
   Record* Find(Condition condition);
+  unsigned int FindToUnload(const YAX_GUID_ST& clsid, void** handle);
+  void Leave(void* handle);
   unsigned int AskToUnload(void* handle);
   unsigned int Close(void* handle);
-  void MarkAsked(void* handle, bool asked);
+  void MarkAsked(void* handle, const void* asker);
   void MarkClosing(void* handle, bool closing);
   void DeleteClosing(void* handle);
 

@@ -12,6 +12,7 @@
 namespace {
 
 constexpr YAX_GUID_ST kOwn = ClsidOf(1);
+constexpr YAX_GUID_ST kStatic = ClsidOf(2);
 constexpr YAX_GUID_ST kUnknown = ClsidOf(3);
 
 // Takes a hand in the framework's calls to itself.
@@ -33,7 +34,10 @@ class WatchedYAX : public CYAX {
   unsigned int GetComponentFactory(const YAX_GUID_ST& clsid, void** factory) override {
     ++factories;
     factoryBefore = *factory;
-    return givesNone ? 0 : CYAX::GetComponentFactory(clsid, factory);
+    if (givesNone) return 0;
+    const unsigned int result = CYAX::GetComponentFactory(clsid, factory);
+    if (unloadsAfter) unloadResult = UnloadComponent(clsid);  // as above
+    return result;
   }
 
   unsigned int loads = 0;
@@ -42,6 +46,8 @@ class WatchedYAX : public CYAX {
   bool unregisters = false;
   unsigned int factories = 0;
   bool givesNone = false;
+  bool unloadsAfter = false;  // tries to, when there is a factory
+  unsigned int unloadResult = 0;
   void* handleBefore = this;
   void* factoryBefore = this;
 };
@@ -55,6 +61,9 @@ class ComponentCalls : public ::testing::Test {
     info.FactoryFn = Give;
     std::strncpy(info.BinaryPath, ComponentFile("sound").c_str(), sizeof info.BinaryPath - 1);
     EXPECT_EQ(yax_->RegisterComponent(kOwn, &info), 0u);
+    const std::string file = ComponentFile("static_factory");
+    std::strncpy(info.BinaryPath, file.c_str(), sizeof info.BinaryPath - 1);
+    EXPECT_EQ(yax_->RegisterComponent(kStatic, &info), 0u);
   }
   ~ComponentCalls() override { yax_->Release(); }
 
@@ -143,6 +152,42 @@ TEST_F(ComponentCalls, WhatCannotBeLoadedAgainIsAFailureToLoad) {
   EXPECT_EQ(yax_->loads, 2u);
   EXPECT_EQ(printed.Take(),
             "3 [CYAX::GetComponentFactory] Error while getting loading component...\n");
+}
+
+// ---- between the factory and what it is asked for
+
+TEST_F(ComponentCalls, AnObjectIsMadeByAFactoryThatNobodyCountsWhileAnotherUnloads) {
+  yax_->unloadsAfter = true;
+  void* out = nullptr;
+  ASSERT_EQ(yax_->GetComponentInstance(kStatic, IID_IYAXCompBase, &out), 0u);
+  EXPECT_EQ(yax_->unloadResult, 0xE000000Bu);
+  EXPECT_EQ(Notes().factoryReleases, 1u);
+  EXPECT_EQ(Notes().closed, 0u);
+  Drop(out);
+  EXPECT_EQ(yax_->UnloadComponent(kStatic), 0u);
+  EXPECT_FALSE(IsMapped(ComponentFile("static_factory")));
+}
+
+TEST_F(ComponentCalls, ALockIsTakenByAFactoryThatNobodyCountsWhileAnotherUnloads) {
+  yax_->unloadsAfter = true;
+  ASSERT_EQ(yax_->LockComponent(kStatic, 1), 0u);
+  EXPECT_EQ(yax_->unloadResult, 0xE000000Bu);
+  EXPECT_EQ(yax_->UnloadComponent(kStatic), 0xE000000Bu) << "it is locked";
+  ASSERT_EQ(yax_->LockComponent(kStatic, 0), 0u);
+  EXPECT_EQ(yax_->UnloadComponent(kStatic), 0u);
+  EXPECT_FALSE(IsMapped(ComponentFile("static_factory")));
+}
+
+// What a client is given as a factory does not keep anything open.
+TEST_F(ComponentCalls, AFactoryThatNobodyCountsKeepsNothingOpenForAClient) {
+  yax_->unloadsAfter = true;
+  void* out = nullptr;
+  ASSERT_EQ(yax_->GetComponentFactory(kStatic, &out), 0u);
+  EXPECT_EQ(yax_->unloadResult, 0u);
+  EXPECT_EQ(Notes().closed, 1u);
+  yax_->unloadsAfter = false;
+  ASSERT_EQ(yax_->GetComponentInstance(kStatic, IID_IYAXCompBase, &out), 0u) << "loaded anew";
+  Drop(out);
 }
 
 }  // namespace

@@ -32,7 +32,7 @@ class FreshComponents {
     for (const char* name :
          {"calls_back", "comes_back", "fails_to_create", "fails_with_factory", "fourth", "leaning",
           "leaves_early", "no_factory", "no_factory_entry", "no_unload_entry", "refusing", "second",
-          "sound", "third", "unloads_itself"}) {
+          "sound", "static_factory", "third", "unloads_itself", "waits_for_thread"}) {
       CloseForGood(ComponentFile(name));
     }
   }

@@ -183,4 +183,46 @@ TEST_F(ComponentThreads, LocksKeepAComponentThatOthersUnload) {
   EXPECT_EQ(Notes().opened, Notes().closed);
 }
 
+// Its factory is not counted: nothing of the component is alive until it has made the object.
+TEST_F(ComponentThreads, MakeObjectsByAFactoryThatNobodyCountsWhileAnotherUnloads) {
+  const Watchdog watchdog("a thread unloads what another makes objects of");
+  Register(kOwn, "static_factory");
+  std::atomic<bool> isOver{false};
+  OnThreads(2, [&](unsigned int i) {
+    if (i == 1) {
+      while (!isOver) Unload(kOwn);
+      return;
+    }
+    for (unsigned int round = 0; round < 20000; ++round) {
+      void* object = nullptr;
+      Expect(yax_->GetComponentInstance(kOwn, IID_ITestObject, &object) == 0);
+      if (object == nullptr) continue;
+      Expect(static_cast<ITestObject*>(object)->Answer() == 42);
+      Drop(object);
+    }
+    isOver = true;
+  });
+  EXPECT_EQ(surprises_, 0u);
+  EXPECT_EQ(Notes().factoryReleases, 20000u);
+  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+  EXPECT_EQ(Notes().opened, Notes().closed);
+}
+
+TEST_F(ComponentThreads, OfAFactoryMayCallTheFrameworkWhenItEnds) {
+  const Watchdog watchdog("a factory that ends waits for a thread");
+  Register(kOwn, "waits_for_thread");
+  Register(ClsidOf(2), "sound");
+  Notes().other = ClsidOf(2);
+  void* object = nullptr;
+  ASSERT_EQ(yax_->GetComponentInstance(kOwn, IID_ITestObject, &object), 0u);
+  EXPECT_EQ(Notes().answers[1], 0u) << "the thread that it waited for";
+  EXPECT_EQ(static_cast<ITestObject*>(object)->Release(), 0u);
+  Notes().answers[1] = 1;
+  EXPECT_EQ(loader_->LockComponent(kOwn, 1), 0u);
+  EXPECT_EQ(Notes().answers[1], 0u);
+  EXPECT_EQ(Notes().factoriesGone, 4u);
+  EXPECT_EQ(loader_->LockComponent(kOwn, 0), 0u);
+  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+}
+
 }  // namespace

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <atomic>
+#include <functional>
 #include <initializer_list>
 
 #include "framework/YAX_GUID_ST.h"
@@ -23,6 +24,7 @@ struct ComponentNotes {
 
   // ---- told to the components
   std::atomic<unsigned int> refusal{0};  // what EntryFn_canUnloadNow answers, where it asks here
+  std::function<void()> whenAsked;       // runs in EntryFn_canUnloadNow, where it asks here
   YAX_GUID_ST self = {};                 // identifiers under which they are registered
   YAX_GUID_ST other = {};
 
@@ -33,6 +35,7 @@ struct ComponentNotes {
       *note = 0;
     }
     for (std::atomic<unsigned int>& answer : answers) answer = 0xFFFFFFFF;
+    whenAsked = nullptr;
     self = {};
     other = {};
   }

@@ -7,5 +7,6 @@ unsigned int EntryFn_getFactory(const YAX_GUID_ST&, const YAX_GUID_ST& iid, void
 
 unsigned int EntryFn_canUnloadNow() {
   ++Notes().asked;
+  if (Notes().whenAsked) Notes().whenAsked();
   return Notes().refusal;
 }

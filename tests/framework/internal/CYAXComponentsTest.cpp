@@ -150,6 +150,20 @@ TEST_F(Components, ThatCannotBeAskedStayLoaded) {
   EXPECT_TRUE(IsMapped(ComponentFile("no_unload_entry")));
 }
 
+TEST_F(Components, RegisteredWithAWrongPathFirstAreUnloadedAllTheSame) {
+  Register(kOwn, "no_unload_entry");
+  Load(kOwn);
+  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0xE000000Fu);
+  YAX_COMPONENT_INFO_ST info = {};
+  info.Type = YAX_COMPONENT_TYPE_BINARY;
+  std::strcpy(info.BinaryPath, sound_.c_str());
+  ASSERT_EQ(manager_->SetComponentInfo(kOwn, &info), 0u);
+  Load(kOwn);
+  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+  EXPECT_FALSE(IsMapped(sound_));
+  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0xE000000Fu) << "the wrong one is still there";
+}
+
 TEST(ComponentsAtTheEnd, StayMappedWhenTheFrameworkEnds) {
   const FreshComponents fresh;
   TempDir folder;

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <thread>
+
 #include "framework/YAXStatus.h"
 #include "framework/internal/YAXLoadManager.h"
 #include "tests/framework/ComponentFiles.h"
@@ -166,6 +168,25 @@ TEST_F(LoadManager, AComponentThatCannotBeAskedStays) {
   EXPECT_EQ(Found(kFirst), handle);
 }
 
+// A wrong path that was registered by mistake, and then the right one.
+TEST_F(LoadManager, AFileThatCannotBeAskedLeavesTheComponentsOthersToBeClosed) {
+  const std::string file = ComponentFile("no_unload_entry");
+  const std::string second = ComponentFile("second");
+  void* handle = Load(kFirst, file);
+  for (const bool wasAsked : {false, true}) {
+    Load(kFirst, sound_);
+    Load(kFirst, second);
+    EXPECT_EQ(manager_.UnloadBinary(kFirst), 0u) << wasAsked;
+    EXPECT_FALSE(IsMapped(sound_));
+    EXPECT_TRUE(IsMapped(second)) << "one at a time";
+    EXPECT_EQ(manager_.UnloadBinary(kFirst), 0u);
+    EXPECT_FALSE(IsMapped(second));
+    EXPECT_EQ(manager_.UnloadBinary(kFirst), 0xE000000Fu) << "what is left";
+    EXPECT_EQ(Found(kFirst), handle);
+  }
+  EXPECT_TRUE(IsMapped(file));
+}
+
 // A shared object that is open only because another one needs it cannot be closed.
 TEST_F(LoadManager, AFileThatCannotBeClosedIsTriedAgain) {
   void* leaning = dlopen(ComponentFile("leaning").c_str(), RTLD_NOW);
@@ -223,35 +244,92 @@ TEST_F(LoadManager, AFileIsOpenedEvenIfItCannotBeRemembered) {
 TEST_F(LoadManager, WhatWasEnteredIsNotClosed) {
   void* handle = Load(kFirst, sound_);
   Load(kSecond, ComponentFile("second"));
-  manager_.Enter(handle);
-  manager_.Enter(handle);
-  EXPECT_EQ(manager_.UnloadBinary(kFirst), 0xE000000Bu);
-  EXPECT_EQ(Notes().asked, 0u);
-  EXPECT_EQ(manager_.UnloadBinary(kSecond), 0u) << "not entered";
-  manager_.Leave(handle);
-  EXPECT_EQ(manager_.UnloadBinary(kFirst), 0xE000000Bu) << "once more";
-  EXPECT_TRUE(IsMapped(sound_));
-  manager_.Leave(handle);
+  {
+    YAXLoadManager::Entered first;
+    ASSERT_TRUE(manager_.Enter(handle, &first));
+    {
+      YAXLoadManager::Entered second;
+      ASSERT_TRUE(manager_.Enter(handle, &second));
+      EXPECT_EQ(manager_.UnloadBinary(kFirst), 0xE000000Bu);
+      EXPECT_EQ(Notes().asked, 0u);
+      EXPECT_EQ(manager_.UnloadBinary(kSecond), 0u) << "not entered";
+    }
+    EXPECT_EQ(manager_.UnloadBinary(kFirst), 0xE000000Bu) << "once more";
+    EXPECT_TRUE(IsMapped(sound_));
+  }
+  EXPECT_EQ(manager_.UnloadBinary(kFirst), 0u);
+  EXPECT_FALSE(IsMapped(sound_));
+}
+
+TEST_F(LoadManager, WhatWasEnteredIsLeftOnceWhoeverHasItThen) {
+  void* handle = Load(kFirst, sound_);
+  YAXLoadManager::Entered kept;
+  {
+    YAXLoadManager::Entered entered;
+    ASSERT_TRUE(manager_.Enter(handle, &entered));
+    kept = std::move(entered);
+  }
+  EXPECT_EQ(manager_.UnloadBinary(kFirst), 0xE000000Bu) << "moved, not left";
+  ASSERT_TRUE(manager_.Enter(handle, &kept)) << "leaves what it had";
+  kept = YAXLoadManager::Entered();
   EXPECT_EQ(manager_.UnloadBinary(kFirst), 0u);
   EXPECT_FALSE(IsMapped(sound_));
 }
 
 TEST_F(LoadManager, NothingIsEnteredWithoutAHandle) {
   Load(kFirst, sound_);
-  manager_.Enter(nullptr);
+  YAXLoadManager::Entered entered;
+  EXPECT_TRUE(manager_.Enter(nullptr, &entered));
   EXPECT_EQ(manager_.UnloadBinary(kFirst), 0u);
-  manager_.Leave(nullptr);
+}
+
+TEST_F(LoadManager, WhatIsNotOpenIsNotEntered) {
+  YAXLoadManager::Entered entered;
+  EXPECT_FALSE(manager_.Enter(one_, &entered));
+  void* handle = Load(kFirst, sound_);
+  EXPECT_EQ(manager_.UnloadBinary(kFirst), 0u);
+  EXPECT_FALSE(manager_.Enter(handle, &entered));
+}
+
+// Its answer counts only when nobody comes in after it.
+TEST_F(LoadManager, WhatIsAskedWhetherItMayBeClosedIsEnteredByTheAskingThreadAlone) {
+  void* handle = Load(kFirst, ComponentFile("refusing"));
+  bool byOther = true;
+  bool byAsker = false;
+  Notes().whenAsked = [&] {
+    YAXLoadManager::Entered entered;
+    byAsker = manager_.Enter(handle, &entered);
+    std::thread([&] {
+      YAXLoadManager::Entered others;
+      byOther = manager_.Enter(handle, &others);
+    }).join();
+  };
+  Notes().refusal = 1;
+  EXPECT_EQ(manager_.UnloadBinary(kFirst), 0xE000000Bu);
+  EXPECT_TRUE(byAsker);
+  EXPECT_FALSE(byOther);
+  Notes().whenAsked = nullptr;
+  {
+    YAXLoadManager::Entered entered;
+    EXPECT_TRUE(manager_.Enter(handle, &entered)) << "it has refused";
+  }
+  Notes().refusal = 0;
+  EXPECT_EQ(manager_.UnloadBinary(kFirst), 0u);
 }
 
 // The dynamic linker gives the same handle for two paths to one file.
 TEST_F(LoadManager, WhatIsLoadedByAnotherPathWhileItWasEnteredCanBeEnteredAndClosed) {
   void* handle = Load(kFirst, sound_);
-  manager_.Enter(handle);
-  ASSERT_EQ(Load(kSecond, PathOfLength(sound_, 255)), handle);
-  manager_.Leave(handle);
-  manager_.Enter(handle);
-  EXPECT_EQ(manager_.UnloadBinary(kSecond), 0xE000000Bu);
-  manager_.Leave(handle);
+  {
+    YAXLoadManager::Entered entered;
+    ASSERT_TRUE(manager_.Enter(handle, &entered));
+    ASSERT_EQ(Load(kSecond, PathOfLength(sound_, 255)), handle);
+  }
+  {
+    YAXLoadManager::Entered entered;
+    ASSERT_TRUE(manager_.Enter(handle, &entered));
+    EXPECT_EQ(manager_.UnloadBinary(kSecond), 0xE000000Bu);
+  }
   EXPECT_EQ(manager_.UnloadBinary(kSecond), 0u);
 }
 
