@@ -29,13 +29,13 @@ unsigned int YAXInfoManagerRCEMemory::WithTopKey(const char* key, TopKey::Missin
 }
 
 template <class Work>
-unsigned int YAXInfoManagerRCEMemory::WithComponent(const YAX_GUID_ST& clsid, Work work) {
-  return WithTopKey(RegistryRecords::kComponentsKey, TopKey::Missing::kFail,
-                    [&](const TopKey& top) {
-                      const KeyName name(*this, clsid);
-                      RegistryRecords records(*registry_, top.Handle(), name.text);
-                      return work(records);
-                    });
+unsigned int YAXInfoManagerRCEMemory::WithComponent(const YAX_GUID_ST& clsid,
+                                                    TopKey::Missing missing, Work work) {
+  return WithTopKey(RegistryRecords::kComponentsKey, missing, [&](const TopKey& top) {
+    const KeyName name(*this, clsid);
+    RegistryRecords records(*registry_, top.Handle(), name.text);
+    return work(records);
+  });
 }
 
 // A change that succeeded is flushed.
@@ -119,7 +119,7 @@ unsigned int YAXInfoManagerRCEMemory::RegisterComponent(const YAX_GUID_ST& clsid
 unsigned int YAXInfoManagerRCEMemory::UnregisterComponent(const YAX_GUID_ST& clsid) {
   PCMutexGuard guard(Lock());
   return Flushed(
-      WithTopKey(RegistryRecords::kComponentsKey, TopKey::Missing::kFail, [&](const TopKey& top) {
+      WithTopKey(RegistryRecords::kComponentsKey, TopKey::Missing::kCreate, [&](const TopKey& top) {
         const KeyName name(*this, clsid);
         return StatusOf(registry_->DeleteKey(top.Handle(), name.text));
       }));
@@ -129,7 +129,7 @@ unsigned int YAXInfoManagerRCEMemory::SetComponentInfo(const YAX_GUID_ST& clsid,
                                                        const YAX_COMPONENT_INFO_ST* info) {
   PCMutexGuard guard(Lock());
   if (info == nullptr) return yax_status::kBadArgument;
-  return Flushed(WithComponent(clsid, [&](RegistryRecords& records) {
+  return Flushed(WithComponent(clsid, TopKey::Missing::kCreate, [&](RegistryRecords& records) {
     return records.SetComponent(*info, RegistryRecords::Upper::kSign);
   }));
 }
@@ -138,7 +138,7 @@ unsigned int YAXInfoManagerRCEMemory::GetComponentInfo(const YAX_GUID_ST& clsid,
                                                        YAX_COMPONENT_INFO_ST* info) {
   PCMutexGuard guard(Lock());
   if (info == nullptr) return yax_status::kBadArgument;
-  return WithComponent(clsid,
+  return WithComponent(clsid, TopKey::Missing::kFail,
                        [&](RegistryRecords& records) { return records.ReadComponent(info); });
 }
 
@@ -146,20 +146,21 @@ unsigned int YAXInfoManagerRCEMemory::GetComponentType(const YAX_GUID_ST& clsid,
                                                        YAX_COMPONENT_TYPE_ENUM* type) {
   PCMutexGuard guard(Lock());
   if (type == nullptr) return yax_status::kBadArgument;
-  return WithComponent(clsid, [&](RegistryRecords& records) { return records.ReadType(type); });
+  return WithComponent(clsid, TopKey::Missing::kFail,
+                       [&](RegistryRecords& records) { return records.ReadType(type); });
 }
 
 unsigned int YAXInfoManagerRCEMemory::GetComponentEntryFunc(const YAX_GUID_ST& clsid,
                                                             void** function) {
   PCMutexGuard guard(Lock());
   if (function == nullptr) return yax_status::kBadArgument;
-  return WithComponent(clsid,
+  return WithComponent(clsid, TopKey::Missing::kFail,
                        [&](RegistryRecords& records) { return records.ReadFunction(function); });
 }
 
 unsigned int YAXInfoManagerRCEMemory::GetComponentBinPath(const YAX_GUID_ST& clsid, char* path) {
   PCMutexGuard guard(Lock());
   if (path == nullptr) return yax_status::kBadArgument;
-  return WithComponent(clsid,
+  return WithComponent(clsid, TopKey::Missing::kFail,
                        [&](RegistryRecords& records) { return records.ReadBinaryPath(path); });
 }

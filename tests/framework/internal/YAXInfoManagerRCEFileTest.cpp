@@ -63,6 +63,14 @@ TEST_F(InfoStoreFile, SettingAFunctionWritesItsLowerHalf) {
   EXPECT_EQ(function, reinterpret_cast<void*>(info.FactoryFn));
 }
 
+TEST_F(InfoStoreFile, ChangingOrUnregisteringWhatIsNotRegisteredMakesNoKey) {
+  const std::string before = FileContent(path);
+  YAX_COMPONENT_INFO_ST info = Player();
+  EXPECT_EQ(store.SetComponentInfo(kClsid, &info), 0xE000000D);
+  EXPECT_EQ(store.UnregisterComponent(kClsid), 0xE000000D);
+  EXPECT_EQ(FileContent(path), before);
+}
+
 // As every operation without a handle.
 TEST_F(InfoStoreFile, ClosesTheHandlesOfOthers) {
   ASSERT_EQ(registry.CreateKey(0, "app"), 0u);

@@ -71,6 +71,26 @@ TEST_F(InfoStoreMemory, SettingAFunctionWritesBothHalves) {
   EXPECT_EQ(Stored(kClsidKey, "FactoryFn"), "type 0: \x10\0\0\x80\xFF\xFF\xFF\xFF"s);
 }
 
+// Also when there is nothing to change.
+TEST_F(InfoStoreMemory, EveryChangeMakesTheComponentsKey) {
+  const YAX_COMPONENT_INFO_ST info = Player();
+  EXPECT_EQ(store.SetComponentInfo(kClsid, &info), 0xE000000D);
+  EXPECT_TRUE(HasKey("YAX_ROOT"));
+  EXPECT_EQ(DecodeTree(path).size(), 2u) << "the root and the key";
+  EXPECT_EQ(OpenHandles(), 0u);
+  const std::string before = FileContent(path);
+  EXPECT_EQ(store.SetComponentInfo(kClsid, &info), 0xE000000D);
+  EXPECT_EQ(store.UnregisterComponent(kClsid), 0xE000000D);
+  EXPECT_EQ(FileContent(path), before) << "it is there";
+}
+
+TEST_F(InfoStoreMemory, UnregisteringOnANewFileMakesTheComponentsKey) {
+  EXPECT_EQ(store.UnregisterComponent(kClsid), 0xE000000D);
+  EXPECT_TRUE(HasKey("YAX_ROOT"));
+  EXPECT_EQ(DecodeTree(path).size(), 2u) << "the root and the key";
+  EXPECT_EQ(OpenHandles(), 0u);
+}
+
 // ---- handles
 
 TEST_F(InfoStoreMemory, ClosesWhatItOpens) {
