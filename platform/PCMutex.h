@@ -19,6 +19,8 @@ class YAX_API PCMutex {
   int Create();
   // Waits until the lock is free or the caller's own, and adds one level.
   void Take();
+  // As Take, but returns 0 at once when another thread owns the lock; else 1.
+  int TryTake();
   // Drops one level; with the last one the lock is free. Nothing happens for a thread that does not
   // own the lock.
   void Give();

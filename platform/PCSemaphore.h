@@ -17,6 +17,9 @@ class YAX_API PCSemaphore {
   int Create(unsigned int initialCount);
   // Waits until the count is above 0 and lowers it. Returns 1; 0 without waiting when not created.
   int Take();
+  // Lowers the count if it is above 0. Returns 1; 0, without waiting, when it is not, or not
+  // created.
+  int TryTake();
   // Raises the count and wakes one waiter. Returns 1; 0 when not created. A thread that Take lets
   // through may destroy the semaphore at once.
   int Give();

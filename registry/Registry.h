@@ -190,6 +190,7 @@ class YAX_API Registry {
   unsigned int SetDefaultValue(unsigned int handle, const char* keyPath, unsigned long long value);
 
  private:
+  friend class RegistryFileLock;
   class OperationScope;
 
   // True when operations can be served.

@@ -6,8 +6,45 @@
 #include "framework/internal/DebugMessage.h"
 #include "framework/internal/FunctionTable.h"
 #include "framework/internal/RegistryResult.h"
+#include "registry/RegistryFileLock.h"
 
 namespace status = tamu::registry::status;
+
+namespace {
+
+// Holds the store's lock and that of the registry's operations without a handle. A thread may keep
+// either for long, the registry's even for good, and then want the other: who waits for one has no
+// level of the other from here.
+class Locks {
+ public:
+  Locks(const tamu::registry::Registry& registry, PCMutex& store)
+      : file_(tamu::registry::RegistryFileLock::Of(registry)), store_(store) {
+    if (file_ == nullptr) {
+      store_.Take();
+      return;
+    }
+    file_->Take();
+    while (store_.TryTake() == 0) {
+      file_->Give();
+      store_.Take();
+      if (file_->TryTake() != 0) return;
+      store_.Give();
+      file_->Take();
+    }
+  }
+  ~Locks() {
+    store_.Give();
+    if (file_ != nullptr) file_->Give();
+  }
+  Locks(const Locks&) = delete;
+  Locks& operator=(const Locks&) = delete;
+
+ private:
+  PCMutex* file_;  // null: the registry is not open
+  PCMutex& store_;
+};
+
+}  // namespace
 
 YAXInfoManagerRCEFile::KeyPath::KeyPath(YAXInfoManager& manager, const YAX_GUID_ST& clsid) {
   std::snprintf(text, sizeof text, "%s/", RegistryRecords::kComponentsKey);
@@ -21,7 +58,7 @@ unsigned int YAXInfoManagerRCEFile::CreateTopKey(const char* key) {
 }
 
 unsigned int YAXInfoManagerRCEFile::SetSystemInfo(YAX_SYSTEM_INFO_ST* info) {
-  PCMutexGuard guard(Lock());
+  const Locks locks(*registry_, Lock());
   if (info == nullptr) return yax_status::kBadArgument;
   const unsigned int created = registry_->CreateKey(0, RegistryRecords::kSystemKey);
   RegistryRecords records = Records(RegistryRecords::kSystemKey);
@@ -30,13 +67,13 @@ unsigned int YAXInfoManagerRCEFile::SetSystemInfo(YAX_SYSTEM_INFO_ST* info) {
 }
 
 unsigned int YAXInfoManagerRCEFile::GetSystemInfo(YAX_SYSTEM_INFO_ST* info) {
-  PCMutexGuard guard(Lock());
+  const Locks locks(*registry_, Lock());
   if (info == nullptr) return yax_status::kBadArgument;
   return Records(RegistryRecords::kSystemKey).ReadSystem(info);
 }
 
 unsigned int YAXInfoManagerRCEFile::IsSysSingleBinary() {
-  PCMutexGuard guard(Lock());
+  const Locks locks(*registry_, Lock());
   unsigned int isSingleBin = 0;
   const unsigned int result = Records(RegistryRecords::kSystemKey).ReadSingleBin(&isSingleBin);
   return result == yax_status::kOk ? isSingleBin : 0;
@@ -54,7 +91,7 @@ unsigned int YAXInfoManagerRCEFile::CreateComponent(const YAX_GUID_ST& clsid,
 }
 
 unsigned int YAXInfoManagerRCEFile::RegisterAllComponent(YAX_COMPONENT_INFO_ST** components) {
-  PCMutexGuard guard(Lock());
+  const Locks locks(*registry_, Lock());
   if (components == nullptr) return yax_status::kBadArgument;
   unsigned int result = CreateTopKey(RegistryRecords::kComponentsKey);
   unsigned int count = 0;
@@ -69,7 +106,7 @@ unsigned int YAXInfoManagerRCEFile::RegisterAllComponent(YAX_COMPONENT_INFO_ST**
 
 unsigned int YAXInfoManagerRCEFile::RegisterComponent(const YAX_GUID_ST& clsid,
                                                       const YAX_COMPONENT_INFO_ST* info) {
-  PCMutexGuard guard(Lock());
+  const Locks locks(*registry_, Lock());
   if (info == nullptr) return yax_status::kBadArgument;
   const unsigned int result = CreateTopKey(RegistryRecords::kComponentsKey);
   if (result != yax_status::kOk) return result;
@@ -77,14 +114,14 @@ unsigned int YAXInfoManagerRCEFile::RegisterComponent(const YAX_GUID_ST& clsid,
 }
 
 unsigned int YAXInfoManagerRCEFile::UnregisterComponent(const YAX_GUID_ST& clsid) {
-  PCMutexGuard guard(Lock());
+  const Locks locks(*registry_, Lock());
   const KeyPath path(*this, clsid);
   return StatusOf(registry_->DeleteKey(0, path.text));
 }
 
 unsigned int YAXInfoManagerRCEFile::SetComponentInfo(const YAX_GUID_ST& clsid,
                                                      const YAX_COMPONENT_INFO_ST* info) {
-  PCMutexGuard guard(Lock());
+  const Locks locks(*registry_, Lock());
   if (info == nullptr) return yax_status::kBadArgument;
   const KeyPath path(*this, clsid);
   return Records(path.text).SetComponent(*info, RegistryRecords::Upper::kSign);
@@ -92,7 +129,7 @@ unsigned int YAXInfoManagerRCEFile::SetComponentInfo(const YAX_GUID_ST& clsid,
 
 unsigned int YAXInfoManagerRCEFile::GetComponentInfo(const YAX_GUID_ST& clsid,
                                                      YAX_COMPONENT_INFO_ST* info) {
-  PCMutexGuard guard(Lock());
+  const Locks locks(*registry_, Lock());
   if (info == nullptr) return yax_status::kBadArgument;
   const KeyPath path(*this, clsid);
   return Records(path.text).ReadComponent(info);
@@ -100,7 +137,7 @@ unsigned int YAXInfoManagerRCEFile::GetComponentInfo(const YAX_GUID_ST& clsid,
 
 unsigned int YAXInfoManagerRCEFile::GetComponentType(const YAX_GUID_ST& clsid,
                                                      YAX_COMPONENT_TYPE_ENUM* type) {
-  PCMutexGuard guard(Lock());
+  const Locks locks(*registry_, Lock());
   if (type == nullptr) return yax_status::kBadArgument;
   const KeyPath path(*this, clsid);
   return Records(path.text).ReadType(type);
@@ -108,14 +145,14 @@ unsigned int YAXInfoManagerRCEFile::GetComponentType(const YAX_GUID_ST& clsid,
 
 unsigned int YAXInfoManagerRCEFile::GetComponentEntryFunc(const YAX_GUID_ST& clsid,
                                                           void** function) {
-  PCMutexGuard guard(Lock());
+  const Locks locks(*registry_, Lock());
   if (function == nullptr) return yax_status::kBadArgument;
   const KeyPath path(*this, clsid);
   return Records(path.text).ReadFunction(function);
 }
 
 unsigned int YAXInfoManagerRCEFile::GetComponentBinPath(const YAX_GUID_ST& clsid, char* path) {
-  PCMutexGuard guard(Lock());
+  const Locks locks(*registry_, Lock());
   if (path == nullptr) return yax_status::kBadArgument;
   const KeyPath key(*this, clsid);
   return Records(key.text).ReadBinaryPath(path);

@@ -7,7 +7,8 @@
 // Operations are serialised by the store's lock. kRegistryFailed for every failure of the registry
 // but "exists already" of the two top keys, also for a component that is not registered.
 // Registering a component anew that was unregistered keeps a level of the registry's lock, as
-// creating any deleted key without a handle does (Registry::CreateKey).
+// creating any deleted key without a handle does (Registry::CreateKey): other threads' operations
+// then wait, that thread's do not.
 class YAXInfoManagerRCEFile : public YAXInfoManager {
  public:
   // The registry stays the caller's.

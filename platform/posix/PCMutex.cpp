@@ -26,6 +26,18 @@ void PCMutex::Take() {
   mDepth = 1;
 }
 
+int PCMutex::TryTake() {
+  if (IsMine()) {
+    ++mDepth;
+    return 1;
+  }
+  if (!IsCreated()) return 1;
+  if (mSem.TryTake() == 0) return 0;
+  mOwner.store(ThisThread(), std::memory_order_relaxed);
+  mDepth = 1;
+  return 1;
+}
+
 void PCMutex::Give() {
   if (!IsMine()) return;
   if (--mDepth > 0) return;

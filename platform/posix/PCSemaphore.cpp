@@ -32,6 +32,13 @@ int PCSemaphore::Take() {
   return result == 0 ? 1 : 0;
 }
 
+int PCSemaphore::TryTake() {
+  if (mImpl == nullptr) return 0;
+  int result = sem_trywait(&mImpl->sem);
+  while (result != 0 && errno == EINTR) result = sem_trywait(&mImpl->sem);
+  return result == 0 ? 1 : 0;
+}
+
 // sem_post touches the semaphore no more once a waiter can pass, so that waiter may free it.
 int PCSemaphore::Give() {
   if (mImpl == nullptr) return 0;

@@ -1,6 +1,9 @@
 // Information stores beside threads that use the registry in their own way.
+#include <unistd.h>
+
 #include "framework/YAX.h"
 #include "tests/framework/InfoStoreRig.h"
+#include "tests/platform/ChildProcess.h"
 #include "tests/registry/ManyThreads.h"
 
 namespace {
@@ -154,6 +157,35 @@ TEST(InfoStoreThreads, BothKindsOfStoresWorkAtOnce) {
   EXPECT_EQ(surprises, 0u);
   EXPECT_EQ(StructureFindings(path), "");
   EXPECT_EQ(DecodeTree(path).size(), 2u + 40);
+}
+
+// Registering anew what was unregistered keeps a level of the registry's lock with the thread.
+// Other threads then wait for ever, and live and end in a process of their own.
+TEST(InfoStoreThreads, AThreadThatKeepsTheRegistryGoesOnWhileOthersWaitInTheStore) {
+  TempDir folder;
+  const std::string path = folder / "registry";
+  EXPECT_TRUE(InChild([&path]() -> bool {
+    alarm(20);  // ends the process
+    auto* registry = new tamu::registry::Registry(path.c_str(), "adminstrator");
+    if (registry->Initialize() != 0) return false;
+    auto* store = new YAXInfoManagerRCEFile(registry);
+    YAX_COMPONENT_INFO_ST info = Player();
+    bool goesOn = store->RegisterComponent(kClsid, &info) == 0 &&
+                  store->UnregisterComponent(kClsid) == 0 &&
+                  store->RegisterComponent(kClsid, &info) == 0;
+    std::atomic<bool> begins{false}, answered{false};
+    std::thread([store, &begins, &answered] {
+      begins = true;
+      YAX_COMPONENT_TYPE_ENUM type = YAX_COMPONENT_TYPE_FUNCTION;
+      store->GetComponentType(kClsid, &type);
+      answered = true;
+    }).detach();
+    while (!begins) std::this_thread::yield();
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    goesOn = goesOn && store->GetComponentInfo(kClsid, &info) == 0 &&
+             store->SetComponentInfo(kClsid, &info) == 0;
+    _exit(goesOn && !answered ? 0 : 1);
+  }));
 }
 
 }  // namespace

@@ -32,6 +32,8 @@ TEST(PCMutex, DoesNothingWhileNotCreated) {
   PCMutex lock;
   lock.Take();
   EXPECT_FALSE(lock.IsMine());
+  EXPECT_EQ(lock.TryTake(), 1) << "as Take";
+  EXPECT_FALSE(lock.IsMine());
   EXPECT_EQ(lock.Depth(), 0);
   lock.Give();
   lock.Retake(3);
@@ -40,6 +42,25 @@ TEST(PCMutex, DoesNothingWhileNotCreated) {
   EXPECT_EQ(lock.ReleaseAll(), 0);
   lock.Destroy();
   EXPECT_FALSE(lock.IsCreated());
+}
+
+TEST_F(CreatedMutex, TryTakeAddsALevelUnlessAnotherThreadOwnsTheLock) {
+  EXPECT_EQ(mLock.TryTake(), 1);
+  EXPECT_EQ(mLock.TryTake(), 1);
+  EXPECT_TRUE(mLock.IsMine());
+  EXPECT_EQ(mLock.Depth(), 2);
+  Elsewhere([this] {
+    EXPECT_EQ(mLock.TryTake(), 0);
+    EXPECT_FALSE(mLock.IsMine());
+  });
+  mLock.Give();
+  mLock.Give();
+  Elsewhere([this] {
+    EXPECT_EQ(mLock.TryTake(), 1);
+    EXPECT_TRUE(mLock.IsMine());
+    mLock.Give();
+  });
+  EXPECT_FALSE(mLock.IsMine());
 }
 
 TEST_F(CreatedMutex, IsFreeAtFirst) {

@@ -53,6 +53,16 @@ TEST(PCSemaphore, LetsAsManyThroughAsItsCount) {
   EXPECT_EQ(semaphore.Take(), 1);
 }
 
+TEST(PCSemaphore, TryTakeNeverWaits) {
+  PCSemaphore semaphore;
+  EXPECT_EQ(semaphore.TryTake(), 0) << "not created";
+  ASSERT_EQ(semaphore.Create(1), 1);
+  EXPECT_EQ(semaphore.TryTake(), 1);
+  EXPECT_EQ(semaphore.TryTake(), 0);
+  EXPECT_EQ(semaphore.Give(), 1);
+  EXPECT_EQ(semaphore.TryTake(), 1);
+}
+
 TEST(PCSemaphore, CreateStartsAgainWithTheNewCount) {
   PCSemaphore semaphore;
   ASSERT_EQ(semaphore.Create(0), 1);
