@@ -245,6 +245,7 @@ class TernaryKeyTree : public RegistryInterface {
   unsigned int AcquireValue(unsigned int changes, TernaryValue*& value);
   void DropNames(unsigned int changes, TernaryString* first, bool release);
   void DropKey(unsigned int changes, TernaryKey* key, bool release);
+  unsigned int CheckName(const char* name, bool withKey);
   unsigned int SpellName(unsigned int changes, const char* name, TernaryString*& first,
                          TernaryString*& last);
   bool PutBackNode(unsigned int changes, TernaryString* string, const TernaryStringNode& before);

@@ -126,6 +126,12 @@ unsigned int TernaryKeyTree::CreateAt(unsigned int user, const KeyMatchDescripto
     if (rest[0] != 0 && rest[1] == 0) ++rest;
   }
   if (rest[0] == '/') return status::kBadArgument;
+  // A creation that is refused takes nothing but the cut.
+  // Test: LoadedCreation.ARefusedCreationTakesNothing
+  if (rest[0] != 0) {
+    result = CheckName(rest, true);
+    if (result != status::kOk) return result;
+  }
   const TernaryKeyNode& parent = *match.owner->key->node;
   const unsigned char permission =
       parent.isRoot() ? TernaryKeyNode::kTopPermission : parent.permission();

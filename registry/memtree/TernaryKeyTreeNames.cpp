@@ -4,6 +4,7 @@
 #include "registry/keytree/NodeNames.h"
 #include "registry/memtree/StringWalk.h"
 #include "registry/memtree/TernaryKeyTree.h"
+#include "registry/store/SlotBudget.h"
 #include "registry/store/TernaryFile.h"
 
 namespace tamu::registry {
@@ -37,6 +38,26 @@ bool FindLoadedLink(TernaryString* parent, TernaryString* string, NodeLink* link
 
 }  // namespace
 
+// What creating a name, and a key if wanted, would answer, without taking anything. What only the
+// taking itself can find out is not foreseen. The strings before a "/" must find room, too.
+unsigned int TernaryKeyTree::CheckName(const char* name, bool withKey) {
+  unsigned int length = 0;
+  while (name[length] != 0 && name[length] != '/') ++length;
+  const bool isWhole = name[length] == 0;
+  unsigned int strings = length / kNodeNameMax;
+  if (!isWhole || length == 0 || length % kNodeNameMax != 0) ++strings;
+  TernaryFile::AccessScope access(*file);
+  SlotBudget budget(*file);
+  unsigned int result = withKey ? budget.Take(NodeKind::kKey, 1) : status::kOk;
+  while (result == status::kOk && strings-- > 0) result = budget.Take(NodeKind::kString, 1);
+  if (result == status::kOk && !isWhole) result = status::kBadArgument;
+  if (result == status::kOk) return status::kOk;
+  // A file that cannot be read is reported first, as when something is taken.
+  TernaryStringNode any;
+  const bool isReadable = file->ReadNodeInBuffer(0, &any) != status::kInputOutput;
+  return isReadable ? result : status::kInputOutput;
+}
+
 // A string without a name, of a slot just taken. Nothing is written yet.
 unsigned int TernaryKeyTree::AcquireString(unsigned int changes, TernaryString*& string) {
   unsigned int id = 0;
@@ -60,17 +81,16 @@ void TernaryKeyTree::DropNames(unsigned int changes, TernaryString* first, bool 
   }
 }
 
-// Appends strings until the name is spelt. Each is written when the next one hangs on it.
+// Appends strings until the name, which has no "/", is spelt. Each is written when the next one
+// hangs on it.
 unsigned int TernaryKeyTree::SpellName(unsigned int changes, const char* name,
                                        TernaryString*& first, TernaryString*& last) {
   unsigned int result = AcquireString(changes, first);
   if (result != status::kOk) return result;
   last = first;
   for (;;) {
-    const unsigned int taken = TakeName(last->node, name);
-    name += taken;
+    name += TakeName(last->node, name);
     if (*name == 0) return status::kOk;
-    if (taken < kNodeNameMax) return status::kBadArgument;  // a "/"
     TernaryString* next = nullptr;
     result = AcquireString(changes, next);
     if (result != status::kOk) return result;
@@ -88,6 +108,8 @@ unsigned int TernaryKeyTree::CreateStringNode(unsigned int changes, const char* 
   if (initialized == 0) return status::kNoRight;
   if (name == nullptr) return status::kBadArgument;
   first = nullptr;
+  const unsigned int checked = CheckName(name, false);
+  if (checked != status::kOk) return checked;
   TernaryString* last = nullptr;
   unsigned int result = SpellName(changes, name, first, last);
   if (result == status::kOk) {

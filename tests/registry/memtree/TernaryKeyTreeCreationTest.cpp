@@ -122,6 +122,26 @@ TEST_F(LoadedCreation, AMissingParentGivesEverySlotBack) {
   EXPECT_EQ(rig.KeyOf(root, "a/b")->id, 0x300u);
 }
 
+// Neither slots nor room: the file does not grow.
+TEST_F(LoadedCreation, ARefusedCreationTakesNothing) {
+  CreateAll({"a"});
+  const std::string contents = rig.Contents();
+  const std::string missing = std::string(8840, 'n') + "/y";
+  const std::string tooLong(200000, 'n');
+  for (int call = 0; call < 20; ++call) {
+    EXPECT_EQ(Create(missing.c_str()), 22u);
+    EXPECT_EQ(Create(("a/" + missing).c_str()), 22u);
+    EXPECT_EQ(Create(tooLong.c_str()), 75u);
+    EXPECT_EQ(Create((tooLong + "/y").c_str()), 75u) << "there is no room up to the \"/\"";
+  }
+  EXPECT_TRUE(rig.Contents() == contents);
+  EXPECT_EQ(rig.loaded.File()->Descriptor(NodeKind::kString).tableCount, 1u);
+  TernaryString* first = nullptr;
+  EXPECT_EQ(rig.loaded.CreateStringNode(0, missing.c_str(), first, nullptr), 22u);
+  EXPECT_EQ(first, nullptr);
+  EXPECT_TRUE(rig.Contents() == contents);
+}
+
 TEST_F(LoadedCreation, AMissingParentInsideALongerNameLeavesTheCut) {
   CreateAll({"abcd"});
   EXPECT_EQ(Create("abx/y"), 22u);
