@@ -2,8 +2,8 @@
 # Includes of our own headers point one way, folder by folder; nothing below knows of what is above:
 #   framework -> registry -> filetree, memtree -> keytree -> store -> format -> base -> platform
 # The two trees never include each other; of the framework, what clients include knows nothing of internal/.
-# The command-line tool: main and verbs -> cli and components -> image -> front end and store; docs -> cli. The
-# table of verbs names the verbs that it leads to, the manual page the statuses, the completion the machines.
+# The command-line tool: main, docs -> verbs -> content, components -> image -> front end and store; all of them may
+# use texts, and verbs, docs and main the command line, which knows no registry but its statuses.
 
 set(platform "^platform/[^/]+\\.h$")
 set(base ${platform} "^registry/base/")
@@ -13,6 +13,7 @@ set(keytree ${store} "^registry/keytree/")
 set(registry ${keytree} "^registry/(filetree|memtree)/[^/]+\\.h$" "^registry/[^/]+\\.h$")
 set(client ${base} "^registry/[^/]+\\.h$")
 set(tool_registry "^registry/[^/]+\\.h$" "^registry/(base|format|store|keytree)/")
+set(tool_text "^registry/base/" "^tools/yaxreg/text/")
 
 # Sets `allowed` to the patterns of what the file may include; nothing for a file of no known layer.
 function(allowed_includes file)
@@ -30,22 +31,22 @@ function(allowed_includes file)
     set(patterns ${client} "^framework/[^/]+\\.h$")
   elseif(file MATCHES "^framework/")
     set(patterns ${client} "^framework/")
-  elseif(file MATCHES "^tools/yaxreg/image/")
-    set(patterns ${tool_registry} "^tools/yaxreg/image/")
-  elseif(file MATCHES "^tools/yaxreg/components/")
-    set(patterns ${client} "^tools/yaxreg/(image|components)/")
-  elseif(file MATCHES "^tools/yaxreg/cli/CommandLine\\.(h|cpp)$")
-    set(patterns "^tools/yaxreg/cli/")
-  elseif(file STREQUAL "tools/yaxreg/cli/VerbTable.cpp")
-    set(patterns "^tools/yaxreg/cli/" "^tools/yaxreg/verbs/Verbs\\.h$")
+  elseif(file MATCHES "^tools/yaxreg/text/")
+    set(patterns ${tool_text})
   elseif(file MATCHES "^tools/yaxreg/cli/")
-    set(patterns ${tool_registry} "^tools/yaxreg/image/" "^tools/yaxreg/cli/")
+    set(patterns ${tool_text} "^tools/yaxreg/cli/")
+  elseif(file MATCHES "^tools/yaxreg/image/")
+    set(patterns ${tool_registry} "^tools/yaxreg/(text|image)/")
+  elseif(file MATCHES "^tools/yaxreg/content/")
+    set(patterns ${tool_registry} "^tools/yaxreg/(text|image|content)/")
+  elseif(file MATCHES "^tools/yaxreg/components/")
+    set(patterns ${client} "^tools/yaxreg/(text|image|components)/")
   elseif(file MATCHES "^tools/yaxreg/verbs/")
-    set(patterns ${tool_registry} "^tools/yaxreg/(image|components|cli|verbs)/")
-  elseif(file STREQUAL "tools/yaxreg/main.cpp")
-    set(patterns "^tools/yaxreg/cli/")
+    set(patterns ${tool_registry} "^tools/yaxreg/(text|image|content|components|cli|verbs)/")
   elseif(file MATCHES "^tools/yaxreg/docs/")
-    set(patterns "^registry/base/RegistryStatus\\.h$" "^tools/yaxreg/components/ElfMachine\\.h$" "^tools/yaxreg/(cli|docs)/")
+    set(patterns ${tool_text} "^tools/yaxreg/(components|cli|verbs|docs)/")
+  elseif(file MATCHES "^tools/yaxreg/[^/]+$")
+    set(patterns "^tools/yaxreg/(cli|verbs)/")
   endif()
   set(allowed ${patterns} PARENT_SCOPE)
 endfunction()

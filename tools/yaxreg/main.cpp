@@ -6,6 +6,7 @@
 #include <iostream>
 
 #include "tools/yaxreg/cli/CommandLine.h"
+#include "tools/yaxreg/verbs/VerbTable.h"
 
 namespace {
 
@@ -23,5 +24,6 @@ int main(int argc, char** argv) {
   signal(SIGXFSZ, SIG_IGN);
   // A reader that has seen enough ends the program: changes are made before anything is printed.
   std::ios::sync_with_stdio(false);
-  return yaxreg::RunYaxreg({argv + 1, argv + argc}, std::cin, std::cout, std::cerr, KindOfOutput());
+  return yaxreg::RunYaxreg(yaxreg::AllVerbs(), {argv + 1, argv + argc}, std::cin, std::cout,
+                           std::cerr, KindOfOutput());
 }

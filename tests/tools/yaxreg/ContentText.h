@@ -4,10 +4,10 @@
 #include <cstdio>
 #include <string>
 
-#include "tools/yaxreg/image/ByteText.h"
 #include "tools/yaxreg/image/Content.h"
 #include "tools/yaxreg/image/Finding.h"
 #include "tools/yaxreg/image/RegistryImage.h"
+#include "tools/yaxreg/text/ByteText.h"
 
 // A line for each key, "/a/b OWNER:PERMISSION" in hexadecimal digits with what else it has, and one
 // for each value, "  NAME TYPE SIZE" with its number or its data.

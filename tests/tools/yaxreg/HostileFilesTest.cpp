@@ -14,7 +14,7 @@
 #include "tests/support/StructureCheck.h"
 #include "tests/tools/yaxreg/RegistryFile.h"
 #include "tests/tools/yaxreg/YaxregRig.h"
-#include "tools/yaxreg/cli/Verb.h"
+#include "tools/yaxreg/verbs/VerbTable.h"
 
 namespace {
 
@@ -90,7 +90,7 @@ class YaxregHostileFiles : public ::testing::Test {
   // makes a file.
   void ExpectRefused(const std::string& file, int code, int created) {
     const std::vector<std::string> files = Files();
-    for (const yaxreg::Verb& verb : yaxreg::AllVerbs()) {
+    for (const yaxreg::Verb& verb : yaxreg::AllVerbs().verbs) {
       const std::string name = verb.name;
       const bool isMade = created == 0 && (name == "create" || name == "import");
       const Answer answer = Run(verb, file);
@@ -148,7 +148,7 @@ class YaxregHostileFiles : public ::testing::Test {
 
 // Otherwise the tests below would prove nothing.
 TEST_F(YaxregHostileFiles, AreTriedWithCallsThatWorkOnASoundFile) {
-  for (const yaxreg::Verb& verb : yaxreg::AllVerbs()) {
+  for (const yaxreg::Verb& verb : yaxreg::AllVerbs().verbs) {
     PutFile(file_, bytes_);
     const std::string name = verb.name;
     const Answer answer = Run(verb, file_);
@@ -228,7 +228,7 @@ TEST_P(YaxregHostileBytes, AreLookedAtAndRepaired) {
 
 TEST_P(YaxregHostileBytes, AreChangedByNoVerbThatCrashes) {
   ForEachChange(65 * 17, [&](const std::string& changed) {
-    for (const yaxreg::Verb& verb : yaxreg::AllVerbs()) {
+    for (const yaxreg::Verb& verb : yaxreg::AllVerbs().verbs) {
       PutFile(file_, changed);
       const Answer answer = Run(verb, file_);
       EXPECT_GE(answer.code, 0) << verb.name;

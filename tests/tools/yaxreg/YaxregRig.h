@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tools/yaxreg/cli/CommandLine.h"
+#include "tools/yaxreg/verbs/VerbTable.h"
 
 // What a call of yaxreg answered.
 struct Answer {
@@ -20,7 +21,7 @@ inline Answer YaxregOn(yaxreg::OutputKind kind, const std::vector<std::string>& 
   std::istringstream in(input);
   std::ostringstream out;
   std::ostringstream err;
-  const int code = yaxreg::RunYaxreg(arguments, in, out, err, kind);
+  const int code = yaxreg::RunYaxreg(yaxreg::AllVerbs(), arguments, in, out, err, kind);
   return {code, out.str(), err.str()};
 }
 

@@ -57,8 +57,8 @@ void AddVerb(const Verb& verb, CLI::App* parent, const std::string& name, Parsed
   AddOption({"--json", nullptr, "Print JSON, for programs"}, parsed);
 }
 
-CLI::App* GroupOf(const std::string& name, CLI::App* app) {
-  for (const VerbGroup& group : AllVerbGroups()) {
+CLI::App* GroupOf(const VerbTable& table, const std::string& name, CLI::App* app) {
+  for (const VerbGroup& group : table.groups) {
     if (name != group.name) continue;
     const auto isIt = [&](const CLI::App* one) { return one->get_name() == name; };
     const std::vector<CLI::App*> present = app->get_subcommands(isIt);
@@ -70,22 +70,23 @@ CLI::App* GroupOf(const std::string& name, CLI::App* app) {
   return app;
 }
 
-void AddAllVerbs(CLI::App* app, std::deque<Parsed>* parsed) {
-  for (const Verb& verb : AllVerbs()) {
+void AddAllVerbs(const VerbTable& table, CLI::App* app, std::deque<Parsed>* parsed) {
+  for (const Verb& verb : table.verbs) {
     const std::string name = verb.name;
     const size_t blank = name.find(' ');
     parsed->emplace_back();
     if (blank == std::string::npos) {
       AddVerb(verb, app, name, &parsed->back());
     } else {
-      AddVerb(verb, GroupOf(name.substr(0, blank), app), name.substr(blank + 1), &parsed->back());
+      AddVerb(verb, GroupOf(table, name.substr(0, blank), app), name.substr(blank + 1),
+              &parsed->back());
     }
   }
 }
 
 // The verb that the first words name, and how many words; null if there is none.
-const Verb* FindVerb(const std::vector<std::string>& words, size_t* count) {
-  for (const Verb& verb : AllVerbs()) {
+const Verb* FindVerb(const VerbTable& table, const std::vector<std::string>& words, size_t* count) {
+  for (const Verb& verb : table.verbs) {
     const std::string name = verb.name;
     const bool isInGroup = name.find(' ') != std::string::npos;
     *count = isInGroup ? 2 : 1;
@@ -96,9 +97,9 @@ const Verb* FindVerb(const std::vector<std::string>& words, size_t* count) {
 }
 
 // The first word when it is no verb and no group: CLI11 would only say that one is missing.
-std::string UnknownVerb(const std::vector<std::string>& arguments) {
+std::string UnknownVerb(const VerbTable& table, const std::vector<std::string>& arguments) {
   if (arguments.empty() || arguments[0].empty() || arguments[0][0] == '-') return "";
-  for (const Verb& verb : AllVerbs()) {
+  for (const Verb& verb : table.verbs) {
     const std::string name = verb.name;
     if (name.substr(0, name.find(' ')) == arguments[0]) return "";
   }
@@ -106,10 +107,10 @@ std::string UnknownVerb(const std::vector<std::string>& arguments) {
 }
 
 // The words as CLI11 takes them: the last one first.
-bool PrepareWords(const std::vector<std::string>& arguments, std::vector<std::string>* words,
-                  std::string* reason) {
+bool PrepareWords(const VerbTable& table, const std::vector<std::string>& arguments,
+                  std::vector<std::string>* words, std::string* reason) {
   size_t count = 0;
-  const Verb* const verb = FindVerb(arguments, &count);
+  const Verb* const verb = FindVerb(table, arguments, &count);
   if (verb == nullptr) {
     *words = arguments;
   } else {
@@ -158,7 +159,7 @@ ExitCode RunParsed(Invocation& call, const std::deque<Parsed>& parsed) {
   return kUsage;
 }
 
-ExitCode ParseAndRun(Invocation& call, std::vector<std::string> words) {
+ExitCode ParseAndRun(const VerbTable& table, Invocation& call, std::vector<std::string> words) {
   CLI::App app("See, change, check, repair and move registry files", "yaxreg");
   app.set_version_flag("--version", "yaxreg " YAXREG_VERSION);
   app.require_subcommand(1);
@@ -166,7 +167,7 @@ ExitCode ParseAndRun(Invocation& call, std::vector<std::string> words) {
       "yaxreg VERB --help tells more. Exit: 0 done, 1 no, 2 wrong usage, 3 damaged file, 4 "
       "input/output.");
   std::deque<Parsed> parsed;
-  AddAllVerbs(&app, &parsed);
+  AddAllVerbs(table, &app, &parsed);
   try {
     app.parse(words);
   } catch (const CLI::Success& success) {  // --help, --version
@@ -190,19 +191,19 @@ std::string LongName(const Option& option) {
   return begin == std::string::npos ? names : names.substr(begin);
 }
 
-ExitCode RunYaxreg(const std::vector<std::string>& arguments, std::istream& in, std::ostream& out,
-                   std::ostream& err, OutputKind kind) {
+ExitCode RunYaxreg(const VerbTable& table, const std::vector<std::string>& arguments,
+                   std::istream& in, std::ostream& out, std::ostream& err, OutputKind kind) {
   Invocation call(in, out, err, kind);
   try {
-    const std::string unknown = UnknownVerb(arguments);
+    const std::string unknown = UnknownVerb(table, arguments);
     if (!unknown.empty()) {
       return call.Fail(kUsage, "", "",
                        "there is no verb " + Shown(unknown) + "; --help lists them");
     }
     std::vector<std::string> words;
     std::string reason;
-    if (!PrepareWords(arguments, &words, &reason)) return FailUsage(call, reason);
-    return ParseAndRun(call, words);
+    if (!PrepareWords(table, arguments, &words, &reason)) return FailUsage(call, reason);
+    return ParseAndRun(table, call, words);
   } catch (const std::bad_alloc&) {
     return call.Fail(kFailed, "", "", "out of memory");
   } catch (const std::exception& error) {

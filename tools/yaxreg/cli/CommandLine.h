@@ -9,9 +9,9 @@
 
 namespace yaxreg {
 
-// Runs one call, arguments without the program's name. Throws nothing.
-ExitCode RunYaxreg(const std::vector<std::string>& arguments, std::istream& in, std::ostream& out,
-                   std::ostream& err, OutputKind kind);
+// Runs one call of a verb of the table, arguments without the program's name. Throws nothing.
+ExitCode RunYaxreg(const VerbTable& table, const std::vector<std::string>& arguments,
+                   std::istream& in, std::ostream& out, std::ostream& err, OutputKind kind);
 
 // "--long" of "-l,--long".
 std::string LongName(const Option& option);

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "tools/yaxreg/cli/Verb.h"
-#include "tools/yaxreg/image/ByteText.h"
+#include "tools/yaxreg/text/ByteText.h"
 
 namespace yaxreg {
 

@@ -46,8 +46,11 @@ struct VerbGroup {
   const char* summary;
 };
 
-// All verbs, in the order in which help shows them. cli/VerbTable.cpp
-const std::vector<Verb>& AllVerbs();
-const std::vector<VerbGroup>& AllVerbGroups();
+// What a program can do. Names of verbs that begin with a word of their own and a blank belong to
+// the group of that name.
+struct VerbTable {
+  std::vector<Verb> verbs;  // in the order in which help shows them
+  std::vector<VerbGroup> groups;
+};
 
 }  // namespace yaxreg

@@ -250,9 +250,9 @@ std::string BranchOf(const Verb& verb) {
 }
 
 // The verbs below a group; those of the first level for the empty name.
-std::string VerbsBelow(const std::string& group) {
+std::string VerbsBelow(const VerbTable& table, const std::string& group) {
   std::string names;
-  for (const Verb& verb : AllVerbs()) {
+  for (const Verb& verb : table.verbs) {
     const std::string name = verb.name;
     const size_t blank = name.find(' ');
     if (blank == std::string::npos) {
@@ -262,12 +262,12 @@ std::string VerbsBelow(const std::string& group) {
     }
   }
   if (!group.empty()) return names;
-  for (const VerbGroup& one : AllVerbGroups()) Append(&names, one.name);
+  for (const VerbGroup& one : table.groups) Append(&names, one.name);
   return names;
 }
 
-std::string GroupBranch(const std::string& group) {
-  return "    '" + group + "')\n      kinds='verb'\n      verbs='" + VerbsBelow(group) +
+std::string GroupBranch(const VerbTable& table, const std::string& group) {
+  return "    '" + group + "')\n      kinds='verb'\n      verbs='" + VerbsBelow(table, group) +
          "'\n      options='" + (group.empty() ? "--help --version" : "--help") + "'\n      ;;\n";
 }
 
@@ -278,14 +278,14 @@ std::string MachineWords() {
   return words;
 }
 
-std::string Tables() {
+std::string Tables(const VerbTable& table) {
   std::string script =
       "# Sets what may follow a verb: arguments, options, options with a value, with a file.\n";
-  script += "_yaxreg_verb() {\n  verbs=\n  case $1 in\n" + GroupBranch("");
-  for (const VerbGroup& group : AllVerbGroups()) script += GroupBranch(group.name);
-  for (const Verb& verb : AllVerbs()) script += BranchOf(verb);
+  script += "_yaxreg_verb() {\n  verbs=\n  case $1 in\n" + GroupBranch(table, "");
+  for (const VerbGroup& group : table.groups) script += GroupBranch(table, group.name);
+  for (const Verb& verb : table.verbs) script += BranchOf(verb);
   script += "  esac\n}\n\n_yaxreg_is_group() {\n  case $1 in\n";
-  for (const VerbGroup& group : AllVerbGroups()) {
+  for (const VerbGroup& group : table.groups) {
     script += "    '" + std::string(group.name) + "') return 0 ;;\n";
   }
   script += "    *) return 1 ;;\n  esac\n}\n\n# Sets what an option may have as its value.\n";
@@ -299,9 +299,9 @@ bool TakesFile(const Option& option) {
   return option.value != nullptr && IsOneOf(option.value, {"FILE", "SVG", "NEW", "DIR"});
 }
 
-std::string BashCompletion() {
+std::string BashCompletion(const VerbTable& table) {
   return "# Completion of yaxreg for bash. Made from the table of verbs, do not edit.\n\n" +
-         Tables() + kFunctions;
+         Tables(table) + kFunctions;
 }
 
 }  // namespace yaxreg

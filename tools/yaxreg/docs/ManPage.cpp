@@ -193,9 +193,9 @@ std::string Description() {
          Entry(Bold("-h") + ", " + Bold("--help"), Sentence("Print a short help"));
 }
 
-std::string Verbs() {
+std::string Verbs(const VerbTable& table) {
   std::string page = ".SH VERBS\n";
-  for (const Verb& verb : AllVerbs()) page += SectionOf(verb);
+  for (const Verb& verb : table.verbs) page += SectionOf(verb);
   return page;
 }
 
@@ -297,11 +297,11 @@ std::string TroffParagraph(const std::string& text) {
   return result;
 }
 
-std::string ManPage(const std::string& version) {
+std::string ManPage(const VerbTable& table, const std::string& version) {
   std::string page = ".\\\" Made from the table of verbs, do not edit.\n";
   page += ".TH YAXREG 1 " + std::string(kDate) + " \"yaxreg " + Troff(version) + "\"\n";
   page += ".SH NAME\nyaxreg \\- see, change, check, repair and move registry files\n";
-  page += Synopsis() + Description() + Verbs() + ValueTypes() + ExitStatus() + Statuses();
+  page += Synopsis() + Description() + Verbs(table) + ValueTypes() + ExitStatus() + Statuses();
   page += ".SH JSON\n" + TroffParagraph(kJsonText);
   page += ".SH NOTES\n" + TroffParagraph(kNotes);
   return page + Examples() + ".SH SEE ALSO\n" + TroffParagraph(kSeeAlso);

@@ -8,7 +8,7 @@
 namespace yaxreg {
 
 // The whole page as troff source with the man macros. `version` is a text such as "1.2.3".
-std::string ManPage(const std::string& version);
+std::string ManPage(const VerbTable& table, const std::string& version);
 
 // "FILE PATH [NUMBER]": the arguments of a verb as they stand on a command line.
 std::string ArgumentsOf(const Verb& verb);

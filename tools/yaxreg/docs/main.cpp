@@ -5,6 +5,7 @@
 
 #include "tools/yaxreg/docs/Completion.h"
 #include "tools/yaxreg/docs/ManPage.h"
+#include "tools/yaxreg/verbs/VerbTable.h"
 
 namespace {
 
@@ -25,7 +26,9 @@ int main(int argc, char** argv) {
   }
   const std::string folder = argv[1];
   // The version is put in when the page is configured.
-  const bool written = Write(folder + "/yaxreg.1.in", yaxreg::ManPage("@PROJECT_VERSION@")) &&
-                       Write(folder + "/completions/yaxreg", yaxreg::BashCompletion());
+  const yaxreg::VerbTable& table = yaxreg::AllVerbs();
+  const bool written =
+      Write(folder + "/yaxreg.1.in", yaxreg::ManPage(table, "@PROJECT_VERSION@")) &&
+      Write(folder + "/completions/yaxreg", yaxreg::BashCompletion(table));
   return written ? 0 : 1;
 }

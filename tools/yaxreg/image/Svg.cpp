@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "tools/yaxreg/image/ByteText.h"
+#include "tools/yaxreg/text/ByteText.h"
 
 namespace yaxreg {
 namespace draw {

@@ -1,11 +1,12 @@
 // What a key has beside its values: default value, rights, watch bits.
 #include <ostream>
 
-#include "tools/yaxreg/cli/ContentJson.h"
-#include "tools/yaxreg/cli/Numbers.h"
-#include "tools/yaxreg/cli/RightsText.h"
-#include "tools/yaxreg/cli/Session.h"
-#include "tools/yaxreg/verbs/Verbs.h"
+#include "tools/yaxreg/text/JsonText.h"
+#include "tools/yaxreg/text/Numbers.h"
+#include "tools/yaxreg/text/RightsText.h"
+#include "tools/yaxreg/verbs/CommonArguments.h"
+#include "tools/yaxreg/verbs/Session.h"
+#include "tools/yaxreg/verbs/VerbTable.h"
 
 namespace yaxreg {
 
@@ -88,8 +89,6 @@ ExitCode ChangeKey(Invocation& call, Change change, IsDone isDone) {
   return isDone(*changed) ? session.EndOfChange(changes) : session.FailUnseen();
 }
 
-}  // namespace
-
 ExitCode RunDefault(Invocation& call) {
   if (!call.Has("NUMBER")) return PrintDefault(call);
   unsigned long long number = 0;
@@ -130,6 +129,47 @@ ExitCode RunWatch(Invocation& call) {
         return registry.SetKeyWatch(0, path, static_cast<unsigned char>(bits));
       },
       [&](const ContentKey& key) { return key.watch == bits; });
+}
+
+}  // namespace
+
+Verb DefaultVerb() {
+  return {
+      "default",
+      "Print or set the default value of a key",
+      "Prints the default value, or sets it when a number is given. The exit code is 1 when none "
+      "is set. It cannot be taken away again but by an import.",
+      {kFile,
+       kKeyPath,
+       {"NUMBER", "The new default value, a whole number of 64 bits", false, false}},
+      {{"--signed", nullptr, "Print it as a signed number"}, kUser, kUid},
+      "yaxreg default device.rce network/eth0 7",
+      RunDefault};
+}
+
+Verb RightsVerb() {
+  return {
+      "rights",
+      "Print or set the rights on a key",
+      "Prints owner and rights of a key, such as rwcd:r---, or sets the rights: two groups of "
+      "letters, the owner's and everybody else's, r (read), w (modify), c (create) and d (delete) "
+      "in any order. The colon between them is needed; a group without letters, or with - alone, "
+      "means no rights for it, as in rwcd:r, rwcd: or :r. Or the byte itself is given, as in "
+      "0x1F. Only the owner and the administrator may set them.",
+      {kFile, kKeyPath, {"RIGHTS", "The new rights, such as rwcd:r or 0x1F", false, false}},
+      {kUser, kUid},
+      "yaxreg rights device.rce network/eth0 rwcd:r",
+      RunRights};
+}
+
+Verb WatchVerb() {
+  return {"watch",
+          "Print or set the watch bits of a key",
+          "Prints the six watch bits of a key as a number, or sets them.",
+          {kFile, kKeyPath, {"BITS", "The new bits, 0 to 63", false, false}},
+          {kUser, kUid},
+          "yaxreg watch device.rce network/eth0 3",
+          RunWatch};
 }
 
 }  // namespace yaxreg

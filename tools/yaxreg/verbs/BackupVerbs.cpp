@@ -3,11 +3,11 @@
 
 #include <memory>
 
-#include "tools/yaxreg/cli/ContentJson.h"
-#include "tools/yaxreg/cli/Session.h"
-#include "tools/yaxreg/cli/TemporaryFolder.h"
 #include "tools/yaxreg/image/FileBytes.h"
-#include "tools/yaxreg/verbs/Verbs.h"
+#include "tools/yaxreg/image/TemporaryFolder.h"
+#include "tools/yaxreg/verbs/CommonArguments.h"
+#include "tools/yaxreg/verbs/Session.h"
+#include "tools/yaxreg/verbs/VerbTable.h"
 
 namespace yaxreg {
 
@@ -110,8 +110,6 @@ ExitCode Restore(Invocation& call, Session& session, const std::string& backup,
   return result == status::kOk ? kDone : FailRestore(call, session, backup, result);
 }
 
-}  // namespace
-
 ExitCode RunBackup(Invocation& call) {
   const std::string backup = call.Text("BACKUP");
   Session session(call);
@@ -146,6 +144,31 @@ ExitCode RunRestore(Invocation& call) {
   if (!session.Close() || session.Key() == nullptr) return session.code();
   const bool isWhole = session.image().IsComplete() || !wasComplete;
   return isWhole ? session.EndOfChange() : session.FailUnseen();
+}
+
+}  // namespace
+
+Verb BackupVerb() {
+  return {
+      "backup",
+      "Write a key and all below it into a backup file",
+      "Writes the library's own backup. A file that exists is refused; --force replaces it. The "
+      "registry is only read; the backup is in its place when it is complete.",
+      {kFile, kKeyPath, {"BACKUP", "The backup file to make", true, true}},
+      {{"-f,--force", nullptr, "Replace a backup file that exists"}, kUser, kUid},
+      "yaxreg backup device.rce network network.bak",
+      RunBackup};
+}
+
+Verb RestoreVerb() {
+  return {"restore",
+          "Replace a key by what is in a backup file",
+          "Replaces a key and all below it by a backup. The key must exist; only its name stays. "
+          "After a failure it is as it was.",
+          {kFile, kKeyPath, {"BACKUP", "The backup file", true, true}},
+          {kUser, kUid},
+          "yaxreg restore device.rce network network.bak",
+          RunRestore};
 }
 
 }  // namespace yaxreg

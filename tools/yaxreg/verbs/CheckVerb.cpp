@@ -3,12 +3,13 @@
 #include <nlohmann/json.hpp>
 #include <ostream>
 
-#include "tools/yaxreg/cli/FindingText.h"
-#include "tools/yaxreg/cli/JsonText.h"
-#include "tools/yaxreg/cli/Loading.h"
-#include "tools/yaxreg/cli/Numbers.h"
 #include "tools/yaxreg/image/Kinds.h"
-#include "tools/yaxreg/verbs/Verbs.h"
+#include "tools/yaxreg/text/JsonText.h"
+#include "tools/yaxreg/text/Numbers.h"
+#include "tools/yaxreg/verbs/CommonArguments.h"
+#include "tools/yaxreg/verbs/FindingText.h"
+#include "tools/yaxreg/verbs/Loading.h"
+#include "tools/yaxreg/verbs/VerbTable.h"
 
 namespace yaxreg {
 
@@ -109,8 +110,6 @@ void PrintJson(Invocation& call, const RegistryImage& image, const std::vector<W
   call.out << JsonDump(document, 2) << "\n";
 }
 
-}  // namespace
-
 ExitCode RunCheck(Invocation& call) {
   unsigned long long minLeft = 0;
   if (call.Has("--min-left") && !ParseNumberUpTo(call.Text("--min-left"), ~0ull, &minLeft)) {
@@ -127,6 +126,26 @@ ExitCode RunCheck(Invocation& call) {
   }
   if (!image->IsSound()) return kDamaged;
   return shortOnes.empty() ? kDone : kNo;
+}
+
+}  // namespace
+
+Verb CheckVerb() {
+  return {
+      "check",
+      "Look for damage and wear",
+      "Checks headers, tables, free lists, every record that the tree leads to, names, counts and "
+      "data. Tells which keys damage touches, and for each kind of record how many slots are in "
+      "use, leaked and stranded and how many are left until changes are refused with status 75. A "
+      "kind with less than 5 % left is nearly full. The exit code is 3 when the file is damaged, "
+      "and 1 when it is not, but has fewer slots left than --min-left asks for.",
+      {kFile},
+      {{"-n,--names", nullptr, "List the names that are left without a key, too"},
+       {"-q,--quiet", nullptr, "Print nothing, only answer by the exit code"},
+       {"--min-left", "N",
+        "End with 1 when fewer than N slots of any kind are left, so that a monitor can tell"}},
+      "yaxreg check --quiet --min-left 1000 device.rce",
+      RunCheck};
 }
 
 }  // namespace yaxreg

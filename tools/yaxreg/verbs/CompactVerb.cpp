@@ -4,13 +4,14 @@
 #include <ostream>
 
 #include "registry/base/RegistryStatus.h"
-#include "tools/yaxreg/cli/FileLock.h"
-#include "tools/yaxreg/cli/JsonText.h"
-#include "tools/yaxreg/cli/Loading.h"
 #include "tools/yaxreg/image/FileBytes.h"
+#include "tools/yaxreg/image/FileLock.h"
 #include "tools/yaxreg/image/ImageWriter.h"
 #include "tools/yaxreg/image/Kinds.h"
-#include "tools/yaxreg/verbs/Verbs.h"
+#include "tools/yaxreg/text/JsonText.h"
+#include "tools/yaxreg/verbs/CommonArguments.h"
+#include "tools/yaxreg/verbs/Loading.h"
+#include "tools/yaxreg/verbs/VerbTable.h"
 
 namespace yaxreg {
 
@@ -82,8 +83,6 @@ std::unique_ptr<RegistryImage> Rewrite(Invocation& call, const RegistryImage& be
   return nullptr;
 }
 
-}  // namespace
-
 ExitCode RunCompact(Invocation& call) {
   FileLock lock;
   lock.Take(call.File());
@@ -111,6 +110,24 @@ ExitCode RunCompact(Invocation& call) {
     PrintText(call, *before, *after);
   }
   return kDone;
+}
+
+}  // namespace
+
+Verb CompactVerb() {
+  return {
+      "compact",
+      "Rewrite a file and win back the slots that wear has taken",
+      "Writes all keys and values into a new file and puts it into the place of the old one: "
+      "owner, rights, default values, watch bits, unset and hidden values and the order of values "
+      "stay. Slots that are leaked or stranded, and those of names without a key, can be handed "
+      "out again. A registry that refuses changes with status 75 works again, unless it is full "
+      "of keys and values. No program may have the file open. A damaged file is refused, see "
+      "repair.",
+      {kFile},
+      {{"-f,--force", nullptr, "Drop keys and values that nothing leads to"}},
+      "yaxreg compact device.rce",
+      RunCompact};
 }
 
 }  // namespace yaxreg

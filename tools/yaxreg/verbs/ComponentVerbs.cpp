@@ -8,11 +8,12 @@
 #include <nlohmann/json.hpp>
 #include <ostream>
 
-#include "tools/yaxreg/cli/JsonText.h"
-#include "tools/yaxreg/cli/Loading.h"
 #include "tools/yaxreg/components/ComponentCheck.h"
 #include "tools/yaxreg/components/ComponentList.h"
-#include "tools/yaxreg/verbs/Verbs.h"
+#include "tools/yaxreg/text/JsonText.h"
+#include "tools/yaxreg/verbs/CommonArguments.h"
+#include "tools/yaxreg/verbs/Loading.h"
+#include "tools/yaxreg/verbs/VerbTable.h"
 
 namespace yaxreg {
 
@@ -212,8 +213,6 @@ ExitCode EndOfVerify(Invocation& call, const std::string& file, const std::vecto
                                    : std::to_string(unreadable) + " shared objects cannot be read");
 }
 
-}  // namespace
-
 ExitCode RunCompLs(Invocation& call) {
   ExitCode code = kDone;
   const std::unique_ptr<RegistryImage> image = LoadImage(call, call.File(), &code);
@@ -244,6 +243,34 @@ ExitCode RunCompVerify(Invocation& call) {
   PrintVerdicts(call, list, all, check);
   code = EndOfLook(call, *image, call.File());
   return code == kDone ? EndOfVerify(call, call.File(), all) : code;
+}
+
+}  // namespace
+
+Verb CompLsVerb() {
+  return {"comp ls",
+          "List the registered components",
+          "Lists the components that are registered, with their names and how they are reached.",
+          {kFile},
+          {},
+          "yaxreg comp ls device.rce",
+          RunCompLs};
+}
+
+Verb CompVerifyVerb() {
+  return {
+      "comp verify",
+      "Check the shared objects of the components",
+      "Looks whether the shared object of each component is there, is built for the right machine "
+      "and has the entry function. The files are only read, nothing is loaded. The exit code is 1 "
+      "when something is wrong.",
+      {kFile},
+      {{"--root", "DIR", "Folder that stands for the device's root folder"},
+       {"--machine", "NAME",
+        "The machine: x86-64, i386, arm, aarch64 and others. Without it the one that yaxreg is "
+        "built for, with --root the one of the first shared object"}},
+      "yaxreg comp verify device.rce",
+      RunCompVerify};
 }
 
 }  // namespace yaxreg

@@ -1,9 +1,9 @@
 // diff: what differs between two files.
 #include "registry/base/RegistryStatus.h"
-#include "tools/yaxreg/cli/DifferenceText.h"
-#include "tools/yaxreg/cli/Loading.h"
-#include "tools/yaxreg/image/ContentDiff.h"
-#include "tools/yaxreg/verbs/Verbs.h"
+#include "tools/yaxreg/content/ContentDiff.h"
+#include "tools/yaxreg/verbs/DifferenceText.h"
+#include "tools/yaxreg/verbs/Loading.h"
+#include "tools/yaxreg/verbs/VerbTable.h"
 
 namespace yaxreg {
 
@@ -15,8 +15,6 @@ ExitCode FailWithoutKey(Invocation& call, const RegistryImage& first, const Regi
                                             "there is no such key in either file" + HintOf(worse));
   return worse.IsComplete() ? code : kDamaged;
 }
-
-}  // namespace
 
 ExitCode RunDiff(Invocation& call) {
   ExitCode code = kDone;
@@ -41,6 +39,22 @@ ExitCode RunDiff(Invocation& call) {
   const ExitCode secondEnd = EndOfLook(call, *second, secondFile);
   if (firstEnd != kDone || secondEnd != kDone) return kDamaged;
   return isSame ? kDone : kNo;
+}
+
+}  // namespace
+
+Verb DiffVerb() {
+  return {
+      "diff",
+      "Compare two registries",
+      "Compares key by key and value by value, and prints what differs: - for what only the first "
+      "has, + for what only the second has. The exit code is 1 when they differ.",
+      {{"FILE1", "The first registry file", true, true},
+       {"FILE2", "The second registry file", true, true},
+       {"PATH", "Compare only this key and what is below it", false, false}},
+      {},
+      "yaxreg diff device.rce copy.rce",
+      RunDiff};
 }
 
 }  // namespace yaxreg

@@ -1,9 +1,12 @@
 // export: keys and values as JSON.
-#include "tools/yaxreg/cli/ContentJson.h"
-#include "tools/yaxreg/cli/Loading.h"
-#include "tools/yaxreg/verbs/Verbs.h"
+#include "tools/yaxreg/content/ContentJson.h"
+#include "tools/yaxreg/verbs/CommonArguments.h"
+#include "tools/yaxreg/verbs/Loading.h"
+#include "tools/yaxreg/verbs/VerbTable.h"
 
 namespace yaxreg {
+
+namespace {
 
 ExitCode RunExport(Invocation& call) {
   ExitCode code = kDone;
@@ -13,6 +16,21 @@ ExitCode RunExport(Invocation& call) {
   if (!FindKey(call, *image, call.File(), call.Path(), &key, &code)) return code;
   WriteContentJson(image->content(), key, call.out);
   return EndOfLook(call, *image, call.File());
+}
+
+}  // namespace
+
+Verb ExportVerb() {
+  return {
+      "export",
+      "Write keys and values as JSON",
+      "Writes a key and all below it as canonical JSON: sorted, complete, the same bytes for the "
+      "same content on every machine. Hidden and unset values, owners, rights, default values and "
+      "watch bits are in it; bytes that are no text are written as hexadecimal digits.",
+      {kFile, kPath},
+      {},
+      "yaxreg export device.rce network > network.json",
+      RunExport};
 }
 
 }  // namespace yaxreg

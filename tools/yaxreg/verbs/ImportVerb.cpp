@@ -8,19 +8,20 @@
 #include <memory>
 #include <ostream>
 
-#include "tools/yaxreg/cli/ContentChange.h"
-#include "tools/yaxreg/cli/ContentJson.h"
-#include "tools/yaxreg/cli/ContentJsonReader.h"
-#include "tools/yaxreg/cli/ContentMerge.h"
-#include "tools/yaxreg/cli/DifferenceText.h"
-#include "tools/yaxreg/cli/NewRegistry.h"
-#include "tools/yaxreg/cli/Numbers.h"
-#include "tools/yaxreg/cli/RestoreRoom.h"
-#include "tools/yaxreg/cli/Session.h"
-#include "tools/yaxreg/image/ContentDiff.h"
+#include "tools/yaxreg/content/ContentChange.h"
+#include "tools/yaxreg/content/ContentDiff.h"
+#include "tools/yaxreg/content/ContentJsonReader.h"
+#include "tools/yaxreg/content/ContentMerge.h"
+#include "tools/yaxreg/content/RestoreRoom.h"
 #include "tools/yaxreg/image/FileBytes.h"
 #include "tools/yaxreg/image/HeldSignals.h"
-#include "tools/yaxreg/verbs/Verbs.h"
+#include "tools/yaxreg/text/JsonText.h"
+#include "tools/yaxreg/text/Numbers.h"
+#include "tools/yaxreg/verbs/CommonArguments.h"
+#include "tools/yaxreg/verbs/DifferenceText.h"
+#include "tools/yaxreg/verbs/NewRegistry.h"
+#include "tools/yaxreg/verbs/Session.h"
+#include "tools/yaxreg/verbs/VerbTable.h"
 
 namespace yaxreg {
 
@@ -247,8 +248,6 @@ bool HasEmptyName(const std::string& path) {
                      [](const std::string& name) { return name.empty(); });
 }
 
-}  // namespace
-
 ExitCode RunImport(Invocation& call) {
   if (HasEmptyName(call.Path())) {
     return call.Fail(kUsage, "", "", Shown(call.Text("PATH")) + " has an empty name in it");
@@ -259,6 +258,24 @@ ExitCode RunImport(Invocation& call) {
   if (!IsAbsent(call.File())) return Import(call, update);
   if (call.Has("--dry-run")) return ShowNew(call, update);
   return ImportNew(call, update);
+}
+
+}  // namespace
+
+Verb ImportVerb() {
+  return {
+      "import",
+      "Take keys and values over from JSON",
+      "Reads what export wrote, or the like, from the standard input and creates and changes keys "
+      "until they are as it tells. What it does not tell of stays as it is: other keys, other "
+      "values, fields that are left out. All of the input is checked before the first change, and "
+      "a second import changes nothing. A file that does not exist is made. What is the same "
+      "takes no room; another owner, a default value that is taken away, and many new keys "
+      "rewrite a key with all keys below it, which uses slots up.",
+      {kFile, kPath},
+      {{"-n,--dry-run", nullptr, "Only print what would change"}},
+      "yaxreg import device.rce network < network.json",
+      RunImport};
 }
 
 }  // namespace yaxreg

@@ -2,12 +2,13 @@
 #include <algorithm>
 #include <ostream>
 
-#include "tools/yaxreg/cli/ContentJson.h"
-#include "tools/yaxreg/cli/NewRegistry.h"
-#include "tools/yaxreg/cli/Numbers.h"
-#include "tools/yaxreg/cli/Session.h"
+#include "tools/yaxreg/text/JsonText.h"
+#include "tools/yaxreg/text/Numbers.h"
+#include "tools/yaxreg/verbs/CommonArguments.h"
 #include "tools/yaxreg/verbs/NewKeys.h"
-#include "tools/yaxreg/verbs/Verbs.h"
+#include "tools/yaxreg/verbs/NewRegistry.h"
+#include "tools/yaxreg/verbs/Session.h"
+#include "tools/yaxreg/verbs/VerbTable.h"
 
 namespace yaxreg {
 
@@ -71,8 +72,6 @@ ExitCode SetDefault(Session& session, const unsigned long long* number) {
   return session.EndOfChange();
 }
 
-}  // namespace
-
 ExitCode RunCreate(Invocation& call) {
   const ExitCode code = MakeNewRegistry(call);
   if (code == kDone && call.isJson()) {
@@ -114,6 +113,44 @@ ExitCode RunRmkey(Invocation& call) {
   if (!session.Close()) return session.code();
   const bool isThere = session.image().content().Find(session.path()) != Content::kNone;
   return isThere ? session.FailUnseen() : session.EndOfChange();
+}
+
+}  // namespace
+
+Verb CreateVerb() {
+  return {"create",
+          "Make a new registry",
+          "Makes an empty registry of 75888 bytes. A file that exists is left alone.",
+          {kFile},
+          {},
+          "yaxreg create device.rce",
+          RunCreate};
+}
+
+Verb MkkeyVerb() {
+  return {"mkkey",
+          "Create a key",
+          "Creates a key, exactly of this name whatever its neighbours are called. Its parent must "
+          "exist.",
+          {kFile, kKeyPath},
+          {{"-p,--parents", nullptr, "Create missing parents, too; a key that exists is fine"},
+           {"--default", "NUMBER", "Its default value"},
+           kUser,
+           kUid},
+          "yaxreg mkkey -p device.rce network/eth0",
+          RunMkkey};
+}
+
+Verb RmkeyVerb() {
+  return {
+      "rmkey",
+      "Delete a key",
+      "Deletes a key, all keys below it and their values. The root is refused: a registry without "
+      "it could never hold a key again.",
+      {kFile, kKeyPath},
+      {kUser, kUid},
+      "yaxreg rmkey device.rce network/eth1",
+      RunRmkey};
 }
 
 }  // namespace yaxreg

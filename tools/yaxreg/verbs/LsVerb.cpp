@@ -3,13 +3,15 @@
 #include <array>
 #include <ostream>
 
-#include "tools/yaxreg/cli/ContentJson.h"
-#include "tools/yaxreg/cli/Loading.h"
-#include "tools/yaxreg/cli/Numbers.h"
-#include "tools/yaxreg/cli/RightsText.h"
-#include "tools/yaxreg/cli/ValueText.h"
+#include "tools/yaxreg/content/ContentJson.h"
+#include "tools/yaxreg/content/ValueText.h"
 #include "tools/yaxreg/image/ValueOrder.h"
-#include "tools/yaxreg/verbs/Verbs.h"
+#include "tools/yaxreg/text/JsonText.h"
+#include "tools/yaxreg/text/Numbers.h"
+#include "tools/yaxreg/text/RightsText.h"
+#include "tools/yaxreg/verbs/CommonArguments.h"
+#include "tools/yaxreg/verbs/Loading.h"
+#include "tools/yaxreg/verbs/VerbTable.h"
 
 namespace yaxreg {
 
@@ -150,8 +152,6 @@ void PrintJson(Invocation& call, const Listing& listing) {
   call.out << (listing.keys.empty() ? "]}\n" : "\n]}\n");
 }
 
-}  // namespace
-
 ExitCode RunLs(Invocation& call) {
   ExitCode code = kDone;
   const auto image = LoadImage(call, call.File(), &code);
@@ -166,6 +166,21 @@ ExitCode RunLs(Invocation& call) {
     PrintKeys(call, listing);
   }
   return EndOfLook(call, *image, call.File());
+}
+
+}  // namespace
+
+Verb LsVerb() {
+  return {"ls",
+          "List the values and keys of a key",
+          "Lists the values of a key, sorted, and then the keys directly below it. Keys end in a "
+          "slash. A value that is hidden by a newer one of its name is listed with --long only.",
+          {kFile, kPath},
+          {{"-r,--recursive", nullptr, "List all keys below by their paths, and no values"},
+           {"-l,--long", nullptr,
+            "Tell owner, rights, default value and counts of keys, type, size and data of values"}},
+          "yaxreg ls -l device.rce network",
+          RunLs};
 }
 
 }  // namespace yaxreg

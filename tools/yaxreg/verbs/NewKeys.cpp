@@ -1,7 +1,7 @@
 #include "tools/yaxreg/verbs/NewKeys.h"
 
 #include "registry/format/TernaryStringNode.h"
-#include "tools/yaxreg/cli/ExactKey.h"
+#include "tools/yaxreg/content/ExactKey.h"
 
 namespace yaxreg {
 

@@ -4,11 +4,11 @@
 #include <string>
 #include <vector>
 
-#include "tools/yaxreg/cli/Session.h"
+#include "tools/yaxreg/verbs/Session.h"
 
 namespace yaxreg {
 
-// What the library makes beside the way (cli/ExactKey.h) is a stray key.
+// What the library makes beside the way (content/ExactKey.h) is a stray key.
 class NewKeys {
  public:
   // The session must be open to change, its file decoded.

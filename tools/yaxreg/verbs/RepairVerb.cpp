@@ -4,13 +4,14 @@
 #include <ostream>
 
 #include "registry/base/RegistryStatus.h"
-#include "tools/yaxreg/cli/FindingText.h"
-#include "tools/yaxreg/cli/JsonText.h"
-#include "tools/yaxreg/cli/Loading.h"
-#include "tools/yaxreg/cli/Numbers.h"
 #include "tools/yaxreg/image/FileBytes.h"
 #include "tools/yaxreg/image/ImageWriter.h"
-#include "tools/yaxreg/verbs/Verbs.h"
+#include "tools/yaxreg/text/JsonText.h"
+#include "tools/yaxreg/text/Numbers.h"
+#include "tools/yaxreg/verbs/CommonArguments.h"
+#include "tools/yaxreg/verbs/FindingText.h"
+#include "tools/yaxreg/verbs/Loading.h"
+#include "tools/yaxreg/verbs/VerbTable.h"
 
 namespace yaxreg {
 
@@ -83,8 +84,6 @@ std::string RepairedBytes(const RegistryImage& image) {
   return ImageWriter(content).bytes();
 }
 
-}  // namespace
-
 ExitCode RunRepair(Invocation& call) {
   const std::string output = call.Text("--output");
   if (output.empty()) {
@@ -110,6 +109,26 @@ ExitCode RunRepair(Invocation& call) {
     PrintText(call, *image);
   }
   return image->IsComplete() ? kDone : kDamaged;
+}
+
+}  // namespace
+
+Verb RepairVerb() {
+  return {
+      "repair",
+      "Save what is undamaged into a new file",
+      "Makes a new registry of every key and value that can be read from a damaged one, and lists "
+      "what could not be saved. The damaged file is only read. Keys and values that nothing leads "
+      "to any more are saved below a key lost+found, by the numbers of their records, such as "
+      "(key 0x200). A part of a name that cannot be read is written as the number of its record, "
+      "such as (0x500). The last line tells how many of the keys and "
+      "values that the file holds were saved; what is only marked as in use counts, so the totals "
+      "may be too high where the tables are damaged. The exit code is 0 when everything was "
+      "saved, 3 when something was not.",
+      {kFile},
+      {{"-o,--output", "NEW", "REQUIRED. The file to make; it must not exist", true}},
+      "yaxreg repair device.rce -o saved.rce",
+      RunRepair};
 }
 
 }  // namespace yaxreg

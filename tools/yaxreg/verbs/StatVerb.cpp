@@ -8,14 +8,15 @@
 #include <ostream>
 
 #include "registry/base/RegistryStatus.h"
-#include "tools/yaxreg/cli/FindingText.h"
-#include "tools/yaxreg/cli/JsonText.h"
-#include "tools/yaxreg/cli/Loading.h"
-#include "tools/yaxreg/cli/Numbers.h"
 #include "tools/yaxreg/image/FileBytes.h"
 #include "tools/yaxreg/image/FileMap.h"
 #include "tools/yaxreg/image/Kinds.h"
-#include "tools/yaxreg/verbs/Verbs.h"
+#include "tools/yaxreg/text/JsonText.h"
+#include "tools/yaxreg/text/Numbers.h"
+#include "tools/yaxreg/verbs/CommonArguments.h"
+#include "tools/yaxreg/verbs/FindingText.h"
+#include "tools/yaxreg/verbs/Loading.h"
+#include "tools/yaxreg/verbs/VerbTable.h"
 
 namespace yaxreg {
 
@@ -204,8 +205,6 @@ ExitCode DrawMap(Invocation& call, const RegistryImage& image, const Figures& fi
   return WriteMap(call, call.Text("--map"), DrawFileMap(image, BaseName(call.File()), subtitle));
 }
 
-}  // namespace
-
 ExitCode RunStat(Invocation& call) {
   if (call.Has("--map") && IsSameFile(call.File(), call.Text("--map"))) {
     return call.Fail(kUsage, call.Text("--map"), "", "is the registry itself");
@@ -222,6 +221,29 @@ ExitCode RunStat(Invocation& call) {
   const ExitCode drawn = DrawMap(call, *image, figures);
   code = EndOfLook(call, *image, call.File());
   return drawn == kDone ? code : drawn;
+}
+
+}  // namespace
+
+Verb StatVerb() {
+  return {
+      "stat",
+      "Tell how full and how worn a file is",
+      "Tells for each kind of record (string nodes spell the names of keys, data blocks hold the "
+      "data of values, 64 bytes each) the slots that the file has, and how many of them are in "
+      "use (the tree leads to them), leaked (marked as in use, but nothing leads to them), free "
+      "and stranded (free in an older table and never handed out again). The column left tells "
+      "how many can still be handed out until changes are refused with status 75, tables how many "
+      "of at most 21 there are, worn how much of the room of all tables is lost until the file is "
+      "compacted (leaked, stranded, and string nodes that only spell names without a key), per "
+      "key how many slots a key of this file takes on the average. The last line tells how many "
+      "more such keys fit, and what is full then.",
+      {kFile},
+      {{"--map", "SVG",
+        "Draw the file into an SVG file as well; of files that exist only an empty one and an SVG "
+        "file are replaced"}},
+      "yaxreg stat device.rce --map device.svg",
+      RunStat};
 }
 
 }  // namespace yaxreg

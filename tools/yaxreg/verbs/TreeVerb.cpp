@@ -1,12 +1,14 @@
 // tree: keys and values as a tree.
 #include <ostream>
 
-#include "tools/yaxreg/cli/ContentJson.h"
-#include "tools/yaxreg/cli/Loading.h"
-#include "tools/yaxreg/cli/Numbers.h"
-#include "tools/yaxreg/cli/ValueText.h"
+#include "tools/yaxreg/content/ContentJson.h"
+#include "tools/yaxreg/content/ValueText.h"
 #include "tools/yaxreg/image/ValueOrder.h"
-#include "tools/yaxreg/verbs/Verbs.h"
+#include "tools/yaxreg/text/JsonText.h"
+#include "tools/yaxreg/text/Numbers.h"
+#include "tools/yaxreg/verbs/CommonArguments.h"
+#include "tools/yaxreg/verbs/Loading.h"
+#include "tools/yaxreg/verbs/VerbTable.h"
 
 namespace yaxreg {
 
@@ -171,8 +173,6 @@ void PrintJson(Invocation& call, const Excerpt& excerpt) {
   call.out << "}\n";
 }
 
-}  // namespace
-
 ExitCode RunTree(Invocation& call) {
   unsigned long long levels = ~0ull;
   if (call.Has("--depth") && !ParseNumberUpTo(call.Text("--depth"), ~0ull, &levels)) {
@@ -190,6 +190,22 @@ ExitCode RunTree(Invocation& call) {
     PrintPlain(call, excerpt);
   }
   return EndOfLook(call, *image, call.File());
+}
+
+}  // namespace
+
+Verb TreeVerb() {
+  return {
+      "tree",
+      "Show the keys as a tree",
+      "Shows a key and all keys below it, sorted by name, each with its values first. Data of the "
+      "types 2 to 5 that is a text is shown as one. In parentheses stand the type of all but "
+      "numbers and texts of type 1, and what else is to be told.",
+      {kFile, kPath},
+      {{"-d,--depth", "N", "Show only so many levels below the key"},
+       {"-k,--keys", nullptr, "Show no values"}},
+      "yaxreg tree device.rce network",
+      RunTree};
 }
 
 }  // namespace yaxreg

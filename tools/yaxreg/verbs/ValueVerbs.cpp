@@ -1,14 +1,11 @@
-// One value: printed, changed, created, deleted.
+// One value: changed, created, deleted.
 #include <algorithm>
-#include <ostream>
 
 #include "registry/format/Codec.h"
-#include "tools/yaxreg/cli/ContentJson.h"
-#include "tools/yaxreg/cli/Numbers.h"
-#include "tools/yaxreg/cli/Session.h"
-#include "tools/yaxreg/cli/ValueInput.h"
-#include "tools/yaxreg/cli/ValueText.h"
-#include "tools/yaxreg/verbs/Verbs.h"
+#include "tools/yaxreg/verbs/CommonArguments.h"
+#include "tools/yaxreg/verbs/Session.h"
+#include "tools/yaxreg/verbs/ValueInput.h"
+#include "tools/yaxreg/verbs/VerbTable.h"
 
 namespace yaxreg {
 
@@ -16,6 +13,15 @@ namespace status = tamu::registry::status;
 using tamu::registry::Registry;
 
 namespace {
+
+// The options that tell a value's type and data; one of the first four is given.
+const Option kInt = {"--int", "NUMBER", "A whole number of 64 bits: 42, -1, 0xFF"};
+const Option kString = {"--string", "TEXT", "A text; its end is stored, too"};
+const Option kHex = {"--hex", "DIGITS", "Bytes, two hexadecimal digits each"};
+const Option kFromFile = {"--file", "FILE", "The bytes of a file; - is the standard input"};
+const Option kType = {"--type", "N",
+                      "The type, 0 to 5: 0 with --int, 1 with --string, 2 otherwise, unless told"};
+const Option kUnset = {"--unset", nullptr, "No data: the value is there, but not set"};
 
 // A value as the library takes it. Lives no longer than `input`.
 class LibraryValue {
@@ -38,43 +44,6 @@ class LibraryValue {
 size_t CountOf(const ContentKey& key, const std::string& name) {
   const auto isIt = [&](const ContentValue& value) { return value.name == name; };
   return static_cast<size_t>(std::count_if(key.values.begin(), key.values.end(), isIt));
-}
-
-// ---- get
-
-void PrintJson(Invocation& call, const std::string& path, const ContentValue& value) {
-  call.out << "{\"path\":" << TextJson(path) << ",\"name\":" << TextJson(value.name)
-           << ",\"type\":" << std::to_string(value.type) << ",\"set\":true,";
-  if (value.isNumber()) {
-    call.out << "\"number\":" << JsonNumberText(value.number, call.Has("--signed"));
-  } else if (HoldsText(value)) {
-    call.out << "\"text\":" << TextJson(value.data.substr(0, value.data.size() - 1));
-  } else {
-    call.out << "\"hex\":\"" << ToHex(value.data) << '"';
-  }
-  call.out << "}\n";
-}
-
-void PrintRaw(Invocation& call, const ContentValue& value) {
-  if (!value.isNumber()) {
-    call.out << value.data;
-    return;
-  }
-  unsigned char bytes[8];
-  tamu::registry::PutU64(bytes, value.number);
-  for (const unsigned char byte : bytes) call.out << static_cast<char>(byte);
-}
-
-void PrintPlain(Invocation& call, const ContentValue& value) {
-  if (value.isNumber()) {
-    call.out << NumberText(value.number, call.Has("--signed"));
-  } else if (HoldsText(value)) {
-    const std::string text = value.data.substr(0, value.data.size() - 1);
-    call.out << (call.isTerminal ? Shown(text) : text);
-  } else {
-    call.out << ToHex(value.data);
-  }
-  call.out << "\n";
 }
 
 // ---- set
@@ -154,34 +123,6 @@ unsigned int Delete(Session& session, const std::string& name, size_t count) {
   return result;
 }
 
-}  // namespace
-
-ExitCode RunGet(Invocation& call) {
-  std::string name;
-  ExitCode code = kDone;
-  if (!TakeValueName(call, &name, &code)) return code;
-  if (call.Has("--raw") && call.isJson()) {
-    return call.Fail(kUsage, "", "", "only one of --raw and --json may be given");
-  }
-  Session session(call);
-  if (!session.OpenToLook()) return session.code();
-  const ContentKey* const key = session.Key();
-  if (key == nullptr || !session.HasRight(*key, tamu::registry::kRightRead)) return session.code();
-  const ContentValue* const value = session.FindValue(*key, name);
-  if (value == nullptr) return session.code();
-  if (!value->isSet) {
-    return session.FailWithStatus(status::kNoData, "the value " + Shown(name) + " is not set");
-  }
-  if (call.isJson()) {
-    PrintJson(call, session.path(), *value);
-  } else if (call.Has("--raw")) {
-    PrintRaw(call, *value);
-  } else {
-    PrintPlain(call, *value);
-  }
-  return session.EndOfLook();
-}
-
 ExitCode RunSet(Invocation& call) {
   std::string name;
   ValueInput input;
@@ -242,6 +183,52 @@ ExitCode RunRm(Invocation& call) {
   const ContentKey* const changed = session.Key();
   if (changed == nullptr) return session.code();
   return CountOf(*changed, name) == before - count ? session.EndOfChange() : session.FailUnseen();
+}
+
+}  // namespace
+
+Verb SetVerb() {
+  return {
+      "set",
+      "Change a value",
+      "Gives a value that exists another type and data; numbers have 64 bits. Use add to create "
+      "one. Data has at most 1024 bytes, which for --string are a text of at most 1023 bytes and "
+      "its end.",
+      {kFile, kKeyPath, kValueName},
+      {kInt, kString, kHex, kFromFile, kType, kUser, kUid},
+      "yaxreg set device.rce network/eth0 mtu --int 1400",
+      RunSet};
+}
+
+Verb AddVerb() {
+  return {
+      "add",
+      "Create a value",
+      "Creates a value of a key. A value that exists is refused, because the new one would hide "
+      "it; --hide creates it all the same. Names have at most 31 bytes, data at most 1024, which "
+      "for --string are a text of at most 1023 bytes and its end.",
+      {kFile, kKeyPath, kValueName},
+      {kInt,
+       kString,
+       kHex,
+       kFromFile,
+       kType,
+       kUnset,
+       {"--hide", nullptr, "Create it though there is one of this name, which it then hides"},
+       kUser,
+       kUid},
+      "yaxreg add device.rce network/eth0 name --string uplink",
+      RunAdd};
+}
+
+Verb RmVerb() {
+  return {"rm",
+          "Delete a value",
+          "Deletes a value; one that it hid is seen again.",
+          {kFile, kKeyPath, kValueName},
+          {{"-a,--all", nullptr, "Delete those that it hides, too"}, kUser, kUid},
+          "yaxreg rm device.rce network/eth0 name",
+          RunRm};
 }
 
 }  // namespace yaxreg

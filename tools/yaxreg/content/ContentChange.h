@@ -1,0 +1,32 @@
+// Giving a registry the content that is wanted, in its file or, to see whether it can be done, in a
+// copy.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "registry/Registry.h"
+#include "tools/yaxreg/image/RegistryImage.h"
+#include "tools/yaxreg/image/TemporaryFolder.h"
+
+namespace yaxreg {
+
+struct ChangeOutcome {
+  unsigned int status = 0;
+  std::string path;                       // of the key that could not be changed
+  std::vector<size_t> rewritten = {};     // of Importer
+  size_t failedRestore = Content::kNone;  // of Importer
+};
+
+// Changes the registry, which is open as the administrator on `file` and holds `present`, closes
+// it, and makes sure that all of `wanted` is in it: the library does not report every change that
+// found no room. After a failure some of the changes may be there.
+ChangeOutcome ChangeContent(tamu::registry::Registry& registry, const std::string& file,
+                            const Content& present, const Content& wanted,
+                            const std::string& backupFile);
+
+// Makes the same changes in a copy of the file.
+ChangeOutcome RehearseChange(const RegistryImage& image, const Content& wanted,
+                             const TemporaryFolder& folder);
+
+}  // namespace yaxreg

@@ -1,0 +1,17 @@
+// Arguments and options that many verbs have.
+#pragma once
+
+#include "tools/yaxreg/cli/Verb.h"
+
+namespace yaxreg {
+
+constexpr Argument kFile = {"FILE", "The registry file", true, true};
+constexpr Argument kPath = {"PATH", "The key, its components separated by /; the root if left out",
+                            false, false};
+constexpr Argument kKeyPath = {"PATH", "The key, its components separated by /", true, false};
+constexpr Argument kValueName = {"NAME", "The value", true, false};
+
+constexpr Option kUser = {"--user", "NAME", "Work as this user instead of the administrator"};
+constexpr Option kUid = {"--uid", "N", "The same by the user's number"};
+
+}  // namespace yaxreg

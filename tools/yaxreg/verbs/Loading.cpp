@@ -1,0 +1,50 @@
+#include "tools/yaxreg/verbs/Loading.h"
+
+#include "registry/base/RegistryStatus.h"
+#include "tools/yaxreg/image/FileBytes.h"
+
+namespace yaxreg {
+
+namespace status = tamu::registry::status;
+
+std::unique_ptr<RegistryImage> LoadImage(Invocation& call, const std::string& file, ExitCode* code,
+                                         Orphans orphans) {
+  std::string bytes;
+  const FileResult read = ReadWholeFile(file, RegistryImage::kMaxSize, &bytes);
+  if (read.tooLarge) {
+    *code = call.FailWithStatus(status::kInvalidFile, file, "", read.reason);
+    return nullptr;
+  }
+  if (!read.isDone()) {
+    *code = call.Fail(kFailed, file, "", read.reason);
+    return nullptr;
+  }
+  auto image = std::make_unique<RegistryImage>(std::move(bytes), orphans);
+  if (image->IsRegistry()) return image;
+  *code = call.FailWithStatus(status::kInvalidFile, file, "", "is no registry file");
+  return nullptr;
+}
+
+bool FindKey(Invocation& call, const RegistryImage& image, const std::string& file,
+             const std::string& path, size_t* key, ExitCode* code) {
+  *key = image.content().Find(path);
+  if (*key != Content::kNone) return true;
+  *code =
+      call.FailWithStatus(status::kNotFound, file, path, "there is no such key" + HintOf(image));
+  if (!image.IsComplete()) *code = kDamaged;
+  return false;
+}
+
+std::string HintOf(const RegistryImage& image) {
+  if (image.IsComplete()) return "";
+  return ", but the file is damaged, it may be lost; yaxreg check tells more";
+}
+
+ExitCode EndOfLook(Invocation& call, const RegistryImage& image, const std::string& file) {
+  if (image.IsComplete()) return kDone;
+  return call.Fail(
+      kDamaged, file, "",
+      "the file is damaged, something may be missing or wrong; yaxreg check tells more");
+}
+
+}  // namespace yaxreg

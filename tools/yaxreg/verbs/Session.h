@@ -1,0 +1,85 @@
+// What a verb that is about one key does with its registry file: decode it, change it as a user,
+// and look at what became of it.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "registry/Registry.h"
+#include "tools/yaxreg/cli/Invocation.h"
+#include "tools/yaxreg/image/FileLock.h"
+#include "tools/yaxreg/image/HeldSignals.h"
+#include "tools/yaxreg/image/RegistryImage.h"
+
+namespace yaxreg {
+
+// Functions that answer false or null have printed the failure; code() then tells how to end.
+//
+// The file is decoded before it is changed, so that nothing is made where no registry is, and once
+// more afterwards, because the library does not report every change that found no room.
+class Session {
+ public:
+  explicit Session(Invocation& invocation);
+
+  // Decodes the file, and needs no more than to read it. The user is --user, --uid or the
+  // administrator; users are taken at their word.
+  bool OpenToLook();
+  // Takes the lock of the file (FileLock) ahead of OpenToChange, for what is decided by a look
+  // before: call it first. The lock is held until the end of the session.
+  void Lock();
+  // Takes the lock, decodes the file as it is then and opens it as a registry. A damaged one is
+  // refused. From here to the end of the session signals that would end the program wait.
+  bool OpenToChange();
+  // Decodes the file as it is now. Fails when it is locked and has been replaced by another
+  // program.
+  bool LookAgain();
+  // Closes the registry and decodes the file.
+  bool Close();
+
+  ExitCode code() const { return code_; }
+  unsigned int user() const { return user_; }
+  // The key of the call, without one "/" at its beginning and one at its end.
+  const std::string& path() const { return path_; }
+  const RegistryImage& image() const { return *image_; }
+  tamu::registry::Registry& registry() { return *registry_; }
+
+  // The key of the call, and a value of it, as the file was decoded last.
+  const ContentKey* Key();
+  const ContentValue* FindValue(const ContentKey& key, const std::string& name);
+  // Whether the user has the right on the key, as the library decides it.
+  bool HasRight(const ContentKey& key, unsigned char right);
+
+  // A failure that is about the key, and one with a status of the library in words that help.
+  ExitCode Fail(ExitCode code, const std::string& reason);
+  ExitCode FailWithStatus(unsigned int status, const std::string& reason = "");
+  // The same about another key than that of the call.
+  ExitCode FailAt(const std::string& path, unsigned int status);
+  // The library has answered 0, but the change is not in the file: what it should have answered, as
+  // far as the file tells, and the failure.
+  unsigned int UnseenStatus() const;
+  ExitCode FailUnseen();
+  // How a look ends that has printed what it should: kDone, or kDamaged with a warning when the
+  // file has lost some of its content.
+  ExitCode EndOfLook();
+  // How a change ends: prints what programs get, and answers kDone.
+  ExitCode EndOfChange(bool changed = true);
+
+ private:
+  bool ChooseUser();
+  bool CheckSound();
+  bool CheckWritable();
+  bool CheckInPlace();
+
+  Invocation& call_;
+  std::string file_;
+  std::string path_;
+  unsigned int user_;
+  ExitCode code_ = kDone;
+  FileLock lock_;
+  std::optional<HeldSignals> signals_;
+  std::unique_ptr<RegistryImage> image_;
+  std::unique_ptr<tamu::registry::Registry> registry_;
+};
+
+}  // namespace yaxreg
