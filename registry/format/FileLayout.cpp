@@ -1,7 +1,6 @@
 #include "registry/format/FileLayout.h"
 
-#include "registry/format/NodeAllocationTable.h"
-#include "registry/format/RecordSize.h"
+#include "registry/format/TableRanges.h"
 
 namespace tamu::registry {
 
@@ -16,6 +15,12 @@ unsigned int SlotsSize() {
 }  // namespace
 
 FileLayout::FileLayout(unsigned int budget) : entries_(budget / SlotsSize() + 1) {}
+
+FileLayout FileLayout::OfEntries(unsigned int entries) {
+  FileLayout layout(0);
+  layout.entries_ = entries;
+  return layout;
+}
 
 bool FileLayout::IsPossible() const {
   return entries_ <= NodeAllocationTable::kMaxEntries && AreaOffset(kNodeKinds) <= kMaxFileSize;
@@ -44,7 +49,7 @@ unsigned long long FileLayout::TableOffset(unsigned int index) const {
 unsigned long long FileLayout::AreaOffset(unsigned int index) const {
   unsigned long long offset = TableOffset(kNodeKinds);
   for (unsigned int i = 0; i < index; ++i) {
-    offset += static_cast<unsigned long long>(RecordSizeOf(static_cast<NodeKind>(i))) * entries_;
+    offset = AreaRange(offset, entries_, RecordSizeOf(static_cast<NodeKind>(i))).end;
   }
   return offset;
 }

@@ -14,6 +14,8 @@ class FileLayout {
   static constexpr unsigned int kMaxFileSize = 0x7FFFFFFF;  // bytes
 
   explicit FileLayout(unsigned int budget);
+  // The same with so many entries per table, the head entry included.
+  static FileLayout OfEntries(unsigned int entries);
 
   // False when a file of that budget would be longer than kMaxFileSize or have more entries than a
   // node id can name.

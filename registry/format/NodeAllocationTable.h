@@ -29,6 +29,10 @@ class NodeAllocationTable {
   static constexpr unsigned long long StoredSize(unsigned int entries) {
     return kSize + 1ull * kEntrySize * entries;
   }
+  // The entries of a table of that many bytes, which are at least those of the head.
+  static constexpr unsigned int EntriesIn(unsigned int storedSize) {
+    return (storedSize - kSize) / kEntrySize;
+  }
 
   unsigned char* bytes() { return bytes_; }
   const unsigned char* bytes() const { return bytes_; }

@@ -2,6 +2,7 @@
 #include <new>
 
 #include "registry/format/FileLayout.h"
+#include "registry/format/TableRanges.h"
 #include "registry/store/ProcessFile.h"
 #include "registry/store/TernaryFile.h"
 
@@ -29,11 +30,9 @@ unsigned int TernaryFile::ExpandFile(TernaryNodeDescriptor* descriptor, unsigned
   }
   if (descriptor->tableCount >= descriptor->tableCapacity) return status::kLimit;
   const unsigned int oldSize = header_.fileSize();
-  const unsigned long long areaSize = static_cast<unsigned long long>(count) * recordSize;
-  const unsigned long long tableSize = NodeAllocationTable::StoredSize(count);
-  const unsigned long long newSize = oldSize + tableSize + areaSize;
-  if (count > NodeAllocationTable::kMaxEntries || newSize > FileLayout::kMaxFileSize ||
-      !file.Seek(static_cast<unsigned int>(newSize))) {
+  const FileRange area = AreaRange(TableRange(oldSize, count).end, count, recordSize);
+  if (count > NodeAllocationTable::kMaxEntries || area.end > FileLayout::kMaxFileSize ||
+      !file.Seek(static_cast<unsigned int>(area.end))) {
     AbandonFile();
     return status::kNoSpace;
   }
@@ -43,20 +42,20 @@ unsigned int TernaryFile::ExpandFile(TernaryNodeDescriptor* descriptor, unsigned
     return status::kNoMemory;
   }
   table->setTableOffset(oldSize);
-  table->setAreaOffset(static_cast<unsigned int>(oldSize + tableSize));
+  table->setAreaOffset(static_cast<unsigned int>(area.start));
   table->setEntryCount(count);
   table->setTableNumber(descriptor->lastTable->tableNumber() + 1);
   table->setFreeCount(count - 1);
-  unsigned int result = WriteNewTable(*table, static_cast<unsigned int>(areaSize));
+  unsigned int result = WriteNewTable(*table, static_cast<unsigned int>(area.size()));
   if (result == status::kOk) {
-    result = LinkNewTable(descriptor->lastTable, *table, static_cast<unsigned int>(newSize));
+    result = LinkNewTable(descriptor->lastTable, *table, static_cast<unsigned int>(area.end));
   }
   if (result != status::kOk) {
     AbandonFile();
     delete table;
     return result;
   }
-  file.Protect(static_cast<unsigned int>(newSize));
+  file.Protect(static_cast<unsigned int>(area.end));
   descriptor->Append(table);
   return status::kOk;
 }

@@ -2,6 +2,7 @@
 #include <new>
 
 #include "registry/format/FileLayout.h"
+#include "registry/format/TableRanges.h"
 #include "registry/store/TernaryFile.h"
 
 namespace tamu::registry {
@@ -41,38 +42,17 @@ unsigned int TernaryFile::LoadAllNAT(unsigned int offset, TernaryNodeDescriptor*
   return status::kOk;
 }
 
-namespace {
-
-struct Range {
-  unsigned long long start, end;
-};
-
-bool Overlap(const Range& a, const Range& b) {
-  return a.start < b.end && b.start < a.end;
-}
-
-Range EntriesOf(const NodeAllocationTable& table) {
-  return {table.tableOffset(),
-          table.tableOffset() + NodeAllocationTable::StoredSize(table.entryCount())};
-}
-
-Range AreaOf(const NodeAllocationTable& table, unsigned int recordSize) {
-  return {table.areaOffset(), table.areaOffset() + recordSize * 1ull * table.entryCount()};
-}
-
-}  // namespace
-
 // What belongs to two tables would be written over by both.
 bool TernaryFile::OverlapsAnother(const NodeAllocationTable& table, unsigned int recordSize) const {
-  const Range entries = EntriesOf(table);
-  const Range area = AreaOf(table, recordSize);
+  const FileRange entries = TableRangeOf(table);
+  const FileRange area = AreaRangeOf(table, recordSize);
   if (Overlap(entries, area)) return true;
   for (unsigned int k = 0; k < kNodeKinds; ++k) {
     for (unsigned int i = 0; i < descriptors_[k].tableCount; ++i) {
       const NodeAllocationTable& other = *descriptors_[k].tables[i];
-      const Range otherArea = AreaOf(other, RecordSizeOf(static_cast<NodeKind>(k)));
-      if (Overlap(entries, EntriesOf(other)) || Overlap(entries, otherArea) ||
-          Overlap(area, EntriesOf(other)) || Overlap(area, otherArea)) {
+      const FileRange otherArea = AreaRangeOf(other, RecordSizeOf(static_cast<NodeKind>(k)));
+      if (Overlap(entries, TableRangeOf(other)) || Overlap(entries, otherArea) ||
+          Overlap(area, TableRangeOf(other)) || Overlap(area, otherArea)) {
         return true;
       }
     }
@@ -91,7 +71,7 @@ bool TernaryFile::IsPlausible(const NodeAllocationTable& table, unsigned int off
          table.tableNumber() == position && entries >= 1 &&
          entries <= NodeAllocationTable::kMaxEntries && table.freeCount() <= entries - 1 &&
          offset >= FileLayout::kTablesOffset && table.areaOffset() >= FileLayout::kTablesOffset &&
-         EntriesOf(table).end <= end && AreaOf(table, recordSize).end <= end &&
+         TableRangeOf(table).end <= end && AreaRangeOf(table, recordSize).end <= end &&
          !OverlapsAnother(table, recordSize);
 }
 

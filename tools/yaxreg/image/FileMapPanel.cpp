@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "registry/format/RecordSize.h"
 #include "registry/store/TernaryFile.h"
 #include "tools/yaxreg/image/FileMapLook.h"
 #include "tools/yaxreg/image/Svg.h"
@@ -12,6 +13,7 @@ namespace yaxreg {
 namespace filemap {
 
 using namespace draw;
+using tamu::registry::kTablesMax;
 using tamu::registry::TernaryFile;
 using Table = RegistryImage::Table;
 
@@ -69,7 +71,7 @@ class Panel {
 
   std::string Draw() {
     std::string svg = DrawHeading();
-    for (unsigned int row = 0; row < RegistryImage::kMaxTables; ++row) svg += DrawRow(row);
+    for (unsigned int row = 0; row < kTablesMax; ++row) svg += DrawRow(row);
     return svg;
   }
 
@@ -87,8 +89,8 @@ class Panel {
     char percent[32];
     std::snprintf(percent, sizeof percent, "%.0f %% full", full);
     svg += Label(left_ + kBarLeft + kBarWidth, top_ + 15, "m e",
-                 Text(wear.tables) + " of " + Text(RegistryImage::kMaxTables) + " tables, " +
-                     Grouped(wear.left) + " slots left, " + percent);
+                 Text(wear.tables) + " of " + Text(kTablesMax) + " tables, " + Grouped(wear.left) +
+                     " slots left, " + percent);
     for (size_t i = 0; i < std::size(kColumns); ++i) {
       svg += Label(CountRight(i), top_ + 42, "n e", kColumns[i].heading);
     }

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "registry/format/FileHeader.h"
-#include "registry/format/NodeAllocationTable.h"
+#include "registry/format/TableRanges.h"
 #include "registry/format/TernaryHeader.h"
 #include "tools/yaxreg/image/FileMapLook.h"
 #include "tools/yaxreg/image/Kinds.h"
@@ -14,8 +14,10 @@ namespace yaxreg {
 namespace filemap {
 
 using namespace draw;
+using tamu::registry::AreaRange;
 using tamu::registry::FileHeader;
-using tamu::registry::NodeAllocationTable;
+using tamu::registry::RecordSizeOf;
+using tamu::registry::TableRange;
 using tamu::registry::TernaryHeader;
 
 namespace {
@@ -40,11 +42,11 @@ std::vector<Piece> PiecesOf(const RegistryImage& image) {
     const std::vector<RegistryImage::Table>& tables = image.Tables(kind);
     for (size_t i = 0; i < tables.size(); ++i) {
       const std::string number = " " + Text(i) + " of " + KindNames(kind);
-      const unsigned long long entries = tables[i].entries;
-      pieces.push_back({tables[i].offset, NodeAllocationTable::StoredSize(tables[i].entries),
-                        look.dark, "table" + number});
-      pieces.push_back({tables[i].area, entries * RegistryImage::RecordSize(kind), look.colour,
-                        "area" + number});
+      const unsigned long long table = TableRange(tables[i].offset, tables[i].entries).size();
+      const unsigned long long area =
+          AreaRange(tables[i].area, tables[i].entries, RecordSizeOf(kind)).size();
+      pieces.push_back({tables[i].offset, table, look.dark, "table" + number});
+      pieces.push_back({tables[i].area, area, look.colour, "area" + number});
     }
   }
   std::sort(pieces.begin(), pieces.end(),

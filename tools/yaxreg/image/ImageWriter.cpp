@@ -8,7 +8,7 @@
 #include "registry/format/DataBlock.h"
 #include "registry/format/FileHeader.h"
 #include "registry/format/FileLayout.h"
-#include "registry/format/NodeAllocationTable.h"
+#include "registry/format/TableRanges.h"
 #include "registry/format/TernaryHeader.h"
 #include "registry/store/TernaryFile.h"
 #include "tools/yaxreg/image/KeyRecords.h"
@@ -16,23 +16,25 @@
 
 namespace yaxreg {
 
+using tamu::registry::AreaRange;
 using tamu::registry::DataBlocksFor;
 using tamu::registry::FileHeader;
 using tamu::registry::FileLayout;
+using tamu::registry::FileRange;
 using tamu::registry::kDataBlockSize;
 using tamu::registry::kStoredOrder;
 using tamu::registry::MakeNodeId;
 using tamu::registry::NodeAllocationTable;
 using tamu::registry::NodeLink;
+using tamu::registry::RecordSizeOf;
 using tamu::registry::SlotOf;
 using tamu::registry::TableOf;
+using tamu::registry::TableRange;
 using tamu::registry::TernaryFile;
 using tamu::registry::TernaryHeader;
 using tamu::registry::TernaryKeyNode;
 using tamu::registry::TernaryStringNode;
 using tamu::registry::TernaryValueNode;
-
-namespace {}  // namespace
 
 ImageWriter::ImageWriter(const Content& content, unsigned int firstEntries)
     : content_(content),
@@ -60,7 +62,7 @@ bool ImageWriter::Fill(NodeKind kind, size_t count) {
     const size_t room = EntriesOf(tables.used.size()) - 1;
     tables.used.push_back(static_cast<unsigned int>(std::min(count, room)));
     count -= tables.used.back();
-  } while (count > 0 && tables.used.size() < RegistryImage::kMaxTables);
+  } while (count > 0 && tables.used.size() < tamu::registry::kTablesMax);
   return count == 0;
 }
 
@@ -90,7 +92,7 @@ bool ImageWriter::PlaceValueBlocks(unsigned int count, unsigned int* id) {
   std::vector<unsigned int>& used = Of(NodeKind::kData).used;
   unsigned int table = 0;
   while (used[table] + count > EntriesOf(table) - 1) {
-    if (++table == RegistryImage::kMaxTables) return false;
+    if (++table == tamu::registry::kTablesMax) return false;
     if (table == used.size()) used.push_back(0);
   }
   *id = MakeNodeId(table, used[table] + 1);
@@ -104,22 +106,18 @@ unsigned int ImageWriter::EntriesOf(size_t table) const {
 
 // The first tables, then their areas, then appended tables, each with its area behind it.
 void ImageWriter::PlaceTables() {
-  unsigned int end = FileLayout::kTablesOffset;
-  for (const NodeKind kind : kAllKinds) {
-    Of(kind).offsets.push_back(end);
-    end += static_cast<unsigned int>(NodeAllocationTable::StoredSize(firstEntries_));
-  }
-  for (const NodeKind kind : kAllKinds) {
-    Of(kind).areas.push_back(end);
-    end += firstEntries_ * RegistryImage::RecordSize(kind);
-  }
+  const FileLayout first = FileLayout::OfEntries(firstEntries_);
+  unsigned int end = first.fileSize();
   for (const NodeKind kind : kAllKinds) {
     Tables& tables = Of(kind);
+    tables.offsets.push_back(first.tableOffset(kind));
+    tables.areas.push_back(first.areaOffset(kind));
     for (size_t table = 1; table < tables.used.size(); ++table) {
+      const FileRange entries = TableRange(end, EntriesOf(table));
+      const FileRange area = AreaRange(entries.end, EntriesOf(table), RecordSizeOf(kind));
       tables.offsets.push_back(end);
-      end += static_cast<unsigned int>(NodeAllocationTable::StoredSize(EntriesOf(table)));
-      tables.areas.push_back(end);
-      end += EntriesOf(table) * RegistryImage::RecordSize(kind);
+      tables.areas.push_back(static_cast<unsigned int>(area.start));
+      end = static_cast<unsigned int>(area.end);
     }
   }
   bytes_.assign(end, '\0');

@@ -4,14 +4,14 @@
 #include <utility>
 
 #include "registry/format/Codec.h"
-#include "registry/format/DataBlock.h"
-#include "registry/format/NodeAllocationTable.h"
+#include "registry/format/TableRanges.h"
 #include "registry/store/TernaryFile.h"
 #include "tools/yaxreg/image/TableReader.h"
 #include "tools/yaxreg/image/TreeReader.h"
 
 namespace yaxreg {
 
+using tamu::registry::kTablesMax;
 using tamu::registry::NodeAllocationTable;
 using tamu::registry::SlotOf;
 using tamu::registry::TernaryFile;
@@ -45,16 +45,9 @@ SlotUse RegistryImage::UseOf(NodeKind kind) const {
   }
   use.stranded = use.free - newest;
   if (use.tables == 0) return use;  // not even the first one can be made out
-  const unsigned int more = use.tables < kMaxTables ? kMaxTables - use.tables : 0;
+  const unsigned int more = use.tables < kTablesMax ? kTablesMax - use.tables : 0;
   use.remaining = newest + more * (TernaryFile::kExpansionSlots - 1);
   return use;
-}
-
-unsigned int RegistryImage::RecordSize(NodeKind kind) {
-  constexpr unsigned int kSizes[kNodeKinds] = {
-      tamu::registry::TernaryStringNode::kSize, tamu::registry::TernaryKeyNode::kSize,
-      tamu::registry::TernaryValueNode::kSize, tamu::registry::kDataBlockSize};
-  return kSizes[static_cast<unsigned int>(kind)];
 }
 
 const char* RegistryImage::KindName(NodeKind kind) {
@@ -90,14 +83,18 @@ bool RegistryImage::HasSlot(NodeKind kind, unsigned int id) const {
 
 const unsigned char* RegistryImage::Record(NodeKind kind, unsigned int id) const {
   if (!HasSlot(kind, id)) return nullptr;
-  const unsigned long long size = RecordSize(kind);
+  const unsigned long long size = tamu::registry::RecordSizeOf(kind);
   const unsigned long long offset = TableOf(kind, id).area + size * SlotOf(id);
   if (offset + size > bytes_.size()) return nullptr;
   return reinterpret_cast<const unsigned char*>(bytes_.data()) + offset;
 }
 
+unsigned int RegistryImage::EntryAt(unsigned int table, unsigned int slot) const {
+  return Word(table + NodeAllocationTable::StoredSize(slot));
+}
+
 unsigned int RegistryImage::Entry(NodeKind kind, unsigned int id) const {
-  return Word(TableOf(kind, id).offset + NodeAllocationTable::StoredSize(SlotOf(id)));
+  return EntryAt(TableOf(kind, id).offset, SlotOf(id));
 }
 
 bool RegistryImage::IsFree(NodeKind kind, unsigned int id) const {

@@ -42,7 +42,6 @@ using PathMaker = std::function<std::string()>;
 class RegistryImage {
  public:
   static constexpr size_t kMaxSize = 2u << 20;  // bytes; a usual registry has 2,038,448 at most
-  static constexpr unsigned int kMaxTables = 21;
   static constexpr size_t kMaxFindings = 2000;  // further ones are counted
   static constexpr size_t kMaxPath = 1000;      // bytes of a path in a finding, see ShortPath
 
@@ -91,7 +90,6 @@ class RegistryImage {
   // The names that are left without a key, by their paths; the first kMaxFindings of them.
   const std::vector<std::string>& deadNames() const { return deadNames_; }
 
-  static unsigned int RecordSize(NodeKind kind);
   // "string node", "key", "value" or "data block".
   static const char* KindName(NodeKind kind);
   // "string node 0x100", and the end of it.
@@ -119,6 +117,8 @@ class RegistryImage {
     for (unsigned int i = 0; i < Stored::kSize; ++i) record->bytes()[i] = bytes[i];
     return true;
   }
+  // The entry of a slot in the table at an offset.
+  unsigned int EntryAt(unsigned int table, unsigned int slot) const;
   // The slot's entry in its table. The slot exists.
   unsigned int Entry(NodeKind kind, unsigned int id) const;
   bool IsFree(NodeKind kind, unsigned int id) const;

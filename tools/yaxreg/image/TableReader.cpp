@@ -5,7 +5,6 @@
 
 #include "registry/format/FileHeader.h"
 #include "registry/format/FileLayout.h"
-#include "registry/format/NodeAllocationTable.h"
 #include "registry/format/TernaryHeader.h"
 #include "registry/store/TernaryFile.h"
 #include "tools/yaxreg/image/Kinds.h"
@@ -15,6 +14,7 @@ namespace yaxreg {
 using tamu::registry::FileHeader;
 using tamu::registry::FileLayout;
 using tamu::registry::NodeAllocationTable;
+using tamu::registry::TableRange;
 using tamu::registry::TernaryFile;
 using tamu::registry::TernaryHeader;
 
@@ -37,24 +37,6 @@ unsigned int IndexOf(NodeKind kind) {
 
 std::string TableName(NodeKind kind, size_t number) {
   return "table " + std::to_string(number) + " of " + RegistryImage::KindName(kind) + "s";
-}
-
-// Where the first tables and their areas lie when each has so many entries.
-unsigned long long FirstTable(NodeKind kind, unsigned long long entries) {
-  return kHeadersEnd + IndexOf(kind) * (NodeAllocationTable::kSize + 4 * entries);
-}
-
-unsigned long long FirstArea(NodeKind kind, unsigned long long entries) {
-  unsigned long long offset = kHeadersEnd + 4 * (NodeAllocationTable::kSize + 4 * entries);
-  for (const NodeKind before : kAllKinds) {
-    if (before == kind) break;
-    offset += entries * RegistryImage::RecordSize(before);
-  }
-  return offset;
-}
-
-unsigned long long FirstEnd(unsigned long long entries) {
-  return FirstArea(NodeKind::kData, entries) + entries * RegistryImage::RecordSize(NodeKind::kData);
 }
 
 }  // namespace
@@ -90,8 +72,9 @@ void TableReader::Run() {
     image_.Report(Severity::kLoss, "the tables cannot be made out");
     return;
   }
-  PlaceFirstTables(entries);
-  PlaceAppendedTables(static_cast<unsigned int>(FirstEnd(entries)));
+  const FileLayout layout = FileLayout::OfEntries(entries);
+  PlaceFirstTables(layout);
+  PlaceAppendedTables(layout.fileSize());
   for (const NodeKind kind : kAllKinds) {
     for (unsigned int number = 0; number < image_.Tables(kind).size(); ++number) {
       CheckTable(kind, number);
@@ -132,13 +115,13 @@ unsigned int TableReader::GuessFirstEntries() const {
   const TernaryHeader header = StoredAt<TernaryHeader>(image_.bytes_, TernaryHeader::kFileOffset);
   const NodeAllocationTable first =
       StoredAt<NodeAllocationTable>(image_.bytes_, FileLayout::kTablesOffset);
-  std::vector<unsigned int> candidates = {FileLayout(TernaryFile::kDefaultBudget).entryCount(),
-                                          first.entryCount(),
-                                          (first.areaOffset() - kHeadersEnd - 128) / 16};
+  std::vector<unsigned int> candidates = {
+      FileLayout(TernaryFile::kDefaultBudget).entryCount(), first.entryCount(),
+      NodeAllocationTable::EntriesIn((first.areaOffset() - kHeadersEnd) / kNodeKinds)};
   for (unsigned int i = 1; i < kNodeKinds; ++i) {
     const unsigned int distance =
         header.firstTable(kAllKinds[i]) - header.firstTable(kAllKinds[i - 1]);
-    candidates.push_back((distance - NodeAllocationTable::kSize) / 4);
+    candidates.push_back(NodeAllocationTable::EntriesIn(distance));
   }
   unsigned int best = 0;
   unsigned int bestRating = 9;  // of 21 fields less than half: nothing can be relied on
@@ -152,27 +135,28 @@ unsigned int TableReader::GuessFirstEntries() const {
   return best;
 }
 
-unsigned int TableReader::RateFirstEntries(unsigned long long entries) const {
-  if (entries < 1 || FirstEnd(entries) > RegistryImage::kMaxSize) return 0;
+unsigned int TableReader::RateFirstEntries(unsigned int entries) const {
+  const FileLayout layout = FileLayout::OfEntries(entries);
+  if (entries < 1 || !layout.IsPossible() || layout.fileSize() > RegistryImage::kMaxSize) return 0;
   const TernaryHeader header = StoredAt<TernaryHeader>(image_.bytes_, TernaryHeader::kFileOffset);
-  unsigned int rating = FirstEnd(entries) <= image_.bytes_.size() ? 1 : 0;
+  unsigned int rating = layout.fileSize() <= image_.bytes_.size() ? 1 : 0;
   for (const NodeKind kind : kAllKinds) {
-    const unsigned long long offset = FirstTable(kind, entries);
+    const unsigned int offset = layout.tableOffset(kind);
     const NodeAllocationTable table = StoredAt<NodeAllocationTable>(image_.bytes_, offset);
     if (header.firstTable(kind) == offset) ++rating;
     if (table.tableOffset() == offset) ++rating;
-    if (table.areaOffset() == FirstArea(kind, entries)) ++rating;
+    if (table.areaOffset() == layout.areaOffset(kind)) ++rating;
     if (table.entryCount() == entries) ++rating;
     if (table.tableNumber() == 0 && table.freeCount() < entries) ++rating;
   }
   return rating;
 }
 
-void TableReader::PlaceFirstTables(unsigned int entries) {
+void TableReader::PlaceFirstTables(const FileLayout& layout) {
   const TernaryHeader header = StoredAt<TernaryHeader>(image_.bytes_, TernaryHeader::kFileOffset);
   for (const NodeKind kind : kAllKinds) {
-    const unsigned int offset = static_cast<unsigned int>(FirstTable(kind, entries));
-    AddTable({kind, offset, entries}, static_cast<unsigned int>(FirstArea(kind, entries)));
+    const unsigned int offset = layout.tableOffset(kind);
+    AddTable({kind, offset, layout.entryCount()}, layout.areaOffset(kind));
     if (header.firstTable(kind) != offset) {
       Damage("the header tells a wrong place of " + TableName(kind, 0));
     }
@@ -194,11 +178,9 @@ void TableReader::PlaceAppendedTables(unsigned int offset) {
     // A table that was being appended when the power went is behind the end that the header tells,
     // and nothing leads to it yet.
     if (offset == told && !IsLinked(tile)) break;
-    const unsigned int area =
-        offset + static_cast<unsigned int>(NodeAllocationTable::StoredSize(tile.entries));
-    const unsigned int end = area + tile.entries * RegistryImage::RecordSize(tile.kind);
-    if (IsLinked(tile) || IsUsed(tile, area, end)) {
-      AddTable(tile, area);
+    const unsigned int end = static_cast<unsigned int>(tile.area().end);
+    if (IsLinked(tile) || IsUsed(tile)) {
+      AddTable(tile, tile.area().start);
     } else {
       ReportGrowth(offset, end);
     }
@@ -249,7 +231,7 @@ void TableReader::CheckLength(unsigned int end) {
 bool TableReader::GuessTile(unsigned int offset, Tile* tile) const {
   if (offset + NodeAllocationTable::kSize > image_.bytes_.size()) return false;
   const NodeAllocationTable table = StoredAt<NodeAllocationTable>(image_.bytes_, offset);
-  const unsigned int byArea = (table.areaOffset() - offset - NodeAllocationTable::kSize) / 4;
+  const unsigned int byArea = NodeAllocationTable::EntriesIn(table.areaOffset() - offset);
   unsigned int bestRating = 5;
   for (const NodeKind kind : kAllKinds) {
     for (const unsigned int entries : {table.entryCount(), byArea, TernaryFile::kExpansionSlots}) {
@@ -265,9 +247,8 @@ bool TableReader::GuessTile(unsigned int offset, Tile* tile) const {
 
 unsigned int TableReader::RateTile(const Tile& tile) const {
   const size_t number = image_.Tables(tile.kind).size();
-  if (number >= RegistryImage::kMaxTables || tile.entries < 2) return 0;
-  const unsigned long long area = tile.offset + NodeAllocationTable::StoredSize(tile.entries);
-  const unsigned long long end = area + 1ULL * tile.entries * RegistryImage::RecordSize(tile.kind);
+  if (number >= tamu::registry::kTablesMax || tile.entries < 2) return 0;
+  const unsigned long long end = tile.area().end;
   if (end > RegistryImage::kMaxSize) return 0;
   const NodeAllocationTable table = StoredAt<NodeAllocationTable>(image_.bytes_, tile.offset);
   const unsigned int told =
@@ -275,7 +256,7 @@ unsigned int TableReader::RateTile(const Tile& tile) const {
   unsigned int rating = IsLinked(tile) ? 4 : 0;
   if (table.tableNumber() == number) rating += 2;
   if (table.tableOffset() == tile.offset) rating += 1;
-  if (table.areaOffset() == area) rating += 1;
+  if (table.areaOffset() == tile.area().start) rating += 1;
   if (table.entryCount() == tile.entries) rating += 1;
   if (end == image_.bytes_.size() || end == told || image_.Word(end + 4) == end) rating += 3;
   return rating;
@@ -288,22 +269,22 @@ bool TableReader::IsLinked(const Tile& tile) const {
 
 // False for a table as it is appended. When the power goes before the link to it is written, it
 // stays so, and the next one gets its number.
-bool TableReader::IsUsed(const Tile& tile, unsigned int area, unsigned int end) const {
+bool TableReader::IsUsed(const Tile& tile) const {
   const std::string& bytes = image_.bytes_;
-  if (end > bytes.size()) return true;
+  const FileRange area = tile.area();
+  if (area.end > bytes.size()) return true;
   const NodeAllocationTable table = StoredAt<NodeAllocationTable>(bytes, tile.offset);
   if (table.freeCount() != tile.entries - 1) return true;
   for (unsigned int slot = 0; slot < tile.entries; ++slot) {
-    const unsigned long long entry = tile.offset + NodeAllocationTable::StoredSize(slot);
-    if (image_.Word(entry) != slot + 1) return true;
+    if (image_.EntryAt(tile.offset, slot) != slot + 1) return true;
   }
-  return bytes.find_first_not_of('\0', area) < end;
+  return bytes.find_first_not_of('\0', static_cast<size_t>(area.start)) < area.end;
 }
 
-void TableReader::AddTable(const Tile& tile, unsigned int area) {
+void TableReader::AddTable(const Tile& tile, unsigned long long area) {
   RegistryImage::Table table;
   table.offset = tile.offset;
-  table.area = area;
+  table.area = static_cast<unsigned int>(area);
   table.entries = tile.entries;
   table.freeCount = StoredAt<NodeAllocationTable>(image_.bytes_, tile.offset).freeCount();
   table.isFree.resize(tile.entries);
@@ -315,7 +296,7 @@ void TableReader::CheckTable(NodeKind kind, unsigned int number) {
   const std::vector<RegistryImage::Table>& tables = image_.Tables(kind);
   const RegistryImage::Table& placed = tables[number];
   const std::string name = TableName(kind, number);
-  if (placed.offset + NodeAllocationTable::StoredSize(placed.entries) > image_.bytes_.size()) {
+  if (TableRange(placed.offset, placed.entries).end > image_.bytes_.size()) {
     return Damage(name + " is cut off");
   }
   const NodeAllocationTable stored = StoredAt<NodeAllocationTable>(image_.bytes_, placed.offset);
@@ -338,12 +319,11 @@ void TableReader::CheckTable(NodeKind kind, unsigned int number) {
 void TableReader::WalkFreeList(NodeKind kind, unsigned int number) {
   RegistryImage::Table& table = image_.tables_[IndexOf(kind)][number];
   const std::string name = "the free list of " + TableName(kind, number);
-  const unsigned long long entries = table.offset + 0ULL + NodeAllocationTable::kSize;
-  if (entries + 4ULL * table.entries > image_.bytes_.size()) return;
+  if (TableRange(table.offset, table.entries).end > image_.bytes_.size()) return;
   if (table.freeCount >= table.entries) {
     Damage(name + " counts more slots than there are");
   }
-  unsigned int slot = image_.Word(entries);
+  unsigned int slot = image_.EntryAt(table.offset, 0);
   for (unsigned int i = 0; i < table.freeCount; ++i) {
     if (slot < 1 || slot >= table.entries) {
       return Damage(name + " ends after " + std::to_string(i) + " of " +
@@ -351,7 +331,7 @@ void TableReader::WalkFreeList(NodeKind kind, unsigned int number) {
     }
     if (table.isFree[slot]) return Damage(name + " is a circle");
     table.isFree[slot] = true;
-    slot = image_.Word(entries + 4ULL * slot);
+    slot = image_.EntryAt(table.offset, slot);
   }
   CheckEntries(kind, number);
 }
@@ -363,7 +343,7 @@ void TableReader::CheckEntries(NodeKind kind, unsigned int number) {
   unsigned int wrong = 0;
   for (unsigned int slot = 1; slot < table.entries; ++slot) {
     if (table.isFree[slot]) continue;
-    const unsigned int entry = image_.Word(table.offset + NodeAllocationTable::StoredSize(slot));
+    const unsigned int entry = image_.EntryAt(table.offset, slot);
     const bool fits = kind == NodeKind::kData ? entry < table.entries : entry == 0;
     if (!fits) ++wrong;
   }

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "registry/format/FileLayout.h"
+#include "registry/format/TableRanges.h"
 #include "tools/yaxreg/image/RegistryImage.h"
 
 namespace yaxreg {
@@ -20,26 +22,33 @@ class TableReader {
   void Run();
 
  private:
+  using FileRange = tamu::registry::FileRange;
+
   // An appended table at its place in the file.
   struct Tile {
     NodeKind kind;
     unsigned int offset;
     unsigned int entries;
+
+    FileRange table() const { return tamu::registry::TableRange(offset, entries); }
+    FileRange area() const {
+      return tamu::registry::AreaRange(table().end, entries, tamu::registry::RecordSizeOf(kind));
+    }
   };
 
   void CheckHeaders();
   unsigned int GuessFirstEntries() const;
-  unsigned int RateFirstEntries(unsigned long long entries) const;
-  void PlaceFirstTables(unsigned int entries);
+  unsigned int RateFirstEntries(unsigned int entries) const;
+  void PlaceFirstTables(const tamu::registry::FileLayout& layout);
   void PlaceAppendedTables(unsigned int offset);
   unsigned int NextLinked(unsigned int offset) const;
   void ReportGrowth(unsigned int begin, unsigned int end);
   bool GuessTile(unsigned int offset, Tile* tile) const;
   unsigned int RateTile(const Tile& tile) const;
   bool IsLinked(const Tile& tile) const;
-  bool IsUsed(const Tile& tile, unsigned int area, unsigned int end) const;
+  bool IsUsed(const Tile& tile) const;
   void CheckLength(unsigned int end);
-  void AddTable(const Tile& tile, unsigned int area);
+  void AddTable(const Tile& tile, unsigned long long area);
   void CheckTable(NodeKind kind, unsigned int number);
   void WalkFreeList(NodeKind kind, unsigned int number);
   void CheckEntries(NodeKind kind, unsigned int number);

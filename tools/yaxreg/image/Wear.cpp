@@ -2,9 +2,13 @@
 
 #include <algorithm>
 
+#include "registry/format/RecordSize.h"
 #include "registry/store/TernaryFile.h"
 
 namespace yaxreg {
+
+using tamu::registry::kTablesMax;
+using tamu::registry::TernaryFile;
 
 std::string Wear::LeftText() const {
   return std::to_string(left) + " " + (left == 1 ? RegistryImage::KindName(kind) : KindNames(kind));
@@ -22,9 +26,8 @@ Wear WearOf(const RegistryImage& image, NodeKind kind) {
   wear.stranded = use.stranded;
   wear.left = use.remaining;
   wear.tables = use.tables;
-  const unsigned int present = std::min(use.tables, RegistryImage::kMaxTables);
-  wear.ever = use.slots + (RegistryImage::kMaxTables - present) *
-                              (tamu::registry::TernaryFile::kExpansionSlots - 1);
+  const unsigned int present = std::min(use.tables, kTablesMax);
+  wear.ever = use.slots + (kTablesMax - present) * (TernaryFile::kExpansionSlots - 1);
   return wear;
 }
 

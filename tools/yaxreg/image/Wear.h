@@ -18,7 +18,7 @@ struct Wear {
   unsigned int free = 0;        // in the newest table
   unsigned int stranded = 0;    // free in an older table: never handed out again
   unsigned int left = 0;        // that can be handed out until changes are refused with status 75
-  unsigned int tables = 0;      // of at most RegistryImage::kMaxTables
+  unsigned int tables = 0;      // of at most kTablesMax
   unsigned int ever = 0;        // slots with all tables, 10344
 
   // What rewriting the file wins back.

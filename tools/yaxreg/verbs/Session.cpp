@@ -7,6 +7,7 @@
 #include <cstring>
 #include <ostream>
 
+#include "registry/format/RecordSize.h"
 #include "tools/yaxreg/image/Kinds.h"
 #include "tools/yaxreg/text/JsonText.h"
 #include "tools/yaxreg/text/Numbers.h"
@@ -181,7 +182,7 @@ ExitCode Session::FailAt(const std::string& path, unsigned int status) {
 // Nothing is full for good while each kind may get another table: then a write has failed.
 unsigned int Session::UnseenStatus() const {
   for (const NodeKind kind : kAllKinds) {
-    if (image_->UseOf(kind).tables >= RegistryImage::kMaxTables) return status::kLimit;
+    if (image_->UseOf(kind).tables >= tamu::registry::kTablesMax) return status::kLimit;
   }
   return status::kInputOutput;
 }

@@ -8,6 +8,7 @@
 #include <ostream>
 
 #include "registry/base/RegistryStatus.h"
+#include "registry/format/RecordSize.h"
 #include "tools/yaxreg/image/FileBytes.h"
 #include "tools/yaxreg/image/FileMap.h"
 #include "tools/yaxreg/image/Kinds.h"
@@ -125,7 +126,7 @@ void PrintTable(const Figures& figures, const Palette& palette, std::ostream& ou
     PrintRow({KindNames(wear.kind), std::to_string(wear.slots), std::to_string(wear.inUse),
               std::to_string(wear.leaked), std::to_string(wear.free), std::to_string(wear.stranded),
               std::to_string(wear.left),
-              std::to_string(wear.tables) + "/" + std::to_string(RegistryImage::kMaxTables),
+              std::to_string(wear.tables) + "/" + std::to_string(tamu::registry::kTablesMax),
               Decimal(wear.lostPercent(), 1) + "%", Decimal(one.perKey, 2)},
              out);
   }
@@ -152,7 +153,7 @@ void PrintJson(const Figures& figures, const std::string& file, std::ostream& ou
     kind = WearJson(one.wear);
     kind["slots"] = one.wear.slots;
     kind["tables"] = one.wear.tables;
-    kind["maxTables"] = RegistryImage::kMaxTables;
+    kind["maxTables"] = tamu::registry::kTablesMax;
     kind["wornPercent"] = Rounded(one.wear.lostPercent());
     kind["perTypicalKey"] = Rounded(one.perKey);
   }
