@@ -112,6 +112,20 @@ class HandMadeFile {
   std::string bytes;
 };
 
+// Where the record of a slot lies: string node, key, value; and the entry of a data block.
+constexpr unsigned S(unsigned slot) {
+  return HandMadeFile::kStrings + 40 * slot;
+}
+constexpr unsigned K(unsigned slot) {
+  return HandMadeFile::kKeys + 24 * slot;
+}
+constexpr unsigned V(unsigned slot) {
+  return HandMadeFile::kValues + 52 * slot;
+}
+constexpr unsigned B(unsigned slot) {
+  return HandMadeFile::kBlockTable + 32 + 4 * slot;
+}
+
 // "net" with the default value 7, "port" and "mtu"; "net/eth" with the 130 bytes of "mac"; "nfs".
 inline HandMadeFile SmallTree() {
   HandMadeFile file;

@@ -1,6 +1,8 @@
 // Runs yaxreg within the test program, on files of a folder of its own.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <sstream>
 #include <string>
 #include <vector>
@@ -30,4 +32,11 @@ inline Answer Yaxreg(const std::vector<std::string>& arguments, const std::strin
                      bool coloured = false) {
   using yaxreg::OutputKind;
   return YaxregOn(coloured ? OutputKind::kColouredTerminal : OutputKind::kPlain, arguments, input);
+}
+
+// What a call prints that succeeds.
+inline std::string PrintedBy(const std::vector<std::string>& arguments) {
+  const Answer answer = Yaxreg(arguments);
+  EXPECT_EQ(0, answer.code) << answer.err;
+  return answer.out;
 }

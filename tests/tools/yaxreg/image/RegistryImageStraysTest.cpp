@@ -15,17 +15,6 @@ namespace yaxreg {
 
 namespace {
 
-// String node s is at 10188 + 40 s, key k at 24788 + 24 k, value v at 33548 + 52 v.
-constexpr unsigned S(unsigned slot) {
-  return 10188 + 40 * slot;
-}
-constexpr unsigned K(unsigned slot) {
-  return 24788 + 24 * slot;
-}
-constexpr unsigned V(unsigned slot) {
-  return 33548 + 52 * slot;
-}
-
 const char kNote[] =
     "note: there are keys or values in use that nothing leads to: deleted while they were open, or "
     "lost; yaxreg repair saves them, too\n";

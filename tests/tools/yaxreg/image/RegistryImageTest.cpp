@@ -31,8 +31,8 @@ const std::string& SmallTreeText() {
 // The key of "nfs" moves from slot 3 of the first table to slot 1 of one that was appended.
 void MoveNfs(unsigned table, HandMadeFile* file) {
   EXPECT_EQ(1u, file->Take(table));
-  file->PutBytes(table + 2032 + 24, file->bytes.substr(HandMadeFile::kKeys + 24 * 3, 24));
-  file->PutWord(HandMadeFile::kStrings + 40 * 4 + 20, 0x101);
+  file->PutBytes(table + 2032 + 24, file->bytes.substr(K(3), 24));
+  file->PutWord(S(4) + 20, 0x101);
   // Slot 3 is the first free one now, the 361st, and leads to slot 5.
   file->PutWord(HandMadeFile::kKeyTable + 28, 361);
   file->PutWord(HandMadeFile::kKeyTable + 32, 3);
@@ -58,8 +58,8 @@ TEST(RegistryImage, ReadsAFileThatHasNoRootKeyYet) {
 
 TEST(RegistryImage, ReadsUnsetHiddenAndEmptyValues) {
   HandMadeFile file = SmallTree();
-  file.PutWord(HandMadeFile::kKeys + 24 * 3, 0x700);  // "nfs"
-  file.PutByte(HandMadeFile::kKeys + 24 * 3 + 4, 4);
+  file.PutWord(K(3), 0x700);  // "nfs"
+  file.PutByte(K(3) + 4, 4);
   file.AddValue(0, 8, 0x00, "same", 0);
   file.AddValue(0x400, 0, 0x22, "unset", 0);
   file.AddValue(0x500, 0, 0x65, "none", 0);
@@ -88,8 +88,8 @@ TEST(RegistryImage, ReadsNamesOfBytesAboveThe127th) {
   EXPECT_EQ("", FindingsText(image));
   EXPECT_EQ("/ ffff:5f\n/a 3:0f\n/\x80 2:0f\n/\xE4 1:0f\n", ContentText(image.content()));
   // The other way round they are out of order.
-  file.PutWord(HandMadeFile::kStrings + 40 * 2 + 4, 0x400);
-  file.PutWord(HandMadeFile::kStrings + 40 * 2 + 8, 0x300);
+  file.PutWord(S(2) + 4, 0x400);
+  file.PutWord(S(2) + 8, 0x300);
   EXPECT_FALSE(RegistryImage(file.bytes).IsComplete());
 }
 
@@ -97,8 +97,8 @@ TEST(RegistryImage, ReadsNamesOfBytesAboveThe127th) {
 TEST(RegistryImage, OverlooksWhatHasNoMeaning) {
   HandMadeFile file = SmallTree();
   file.PutWord(84, 0x12345678);
-  file.PutByte(HandMadeFile::kStrings + 40 * 5 + 2, 0x31);
-  file.PutByte(HandMadeFile::kStrings + 40 * 5 + 24 + 2, 'x');
+  file.PutByte(S(5) + 2, 0x31);
+  file.PutByte(S(5) + 24 + 2, 'x');
   file.PutWord(HandMadeFile::kStringTable + 32 + 4 * 364, 77);
   EXPECT_EQ("", FindingsText(RegistryImage(file.bytes)));
 }
@@ -181,7 +181,7 @@ TEST(RegistryImage, TakesACountThatTheLibraryLeavesTooHighForSound) {
     EXPECT_EQ(0u, file.Calls().DeleteValue(handle, "", "old"));
   }
   const std::string bytes = GetFile(folder / "r");
-  EXPECT_EQ(2, bytes[HandMadeFile::kKeys + 24 * 2 + 4]);
+  EXPECT_EQ(2, bytes[K(2) + 4]);
   const RegistryImage image(bytes);
   EXPECT_EQ("note: /a: it counts 2 values, but has 1, as after deleting through a handle\n",
             FindingsText(image));
@@ -228,6 +228,19 @@ TEST(RegistryImage, TakesATableThatNothingLeadsToForSound) {
   EXPECT_EQ(1u, image.UseOf(NodeKind::kKey).tables);
 }
 
+// The key table is found though `lost` bytes before it belong to nothing, and all else is as it
+// was.
+void ExpectFoundBehindGrowth(const HandMadeFile& file, const std::string& lost) {
+  const TempDir folder;
+  PutFile(folder / "r", file.bytes);
+  ASSERT_EQ("", StructureFindings(folder / "r"));
+  const RegistryImage image(file.bytes);
+  EXPECT_EQ("note: " + lost + " bytes at 75888 are left of a growth that was interrupted\n",
+            FindingsText(image));
+  EXPECT_EQ(SmallTreeText(), ContentText(image.content()));
+  EXPECT_EQ(2u, image.UseOf(NodeKind::kKey).tables);
+}
+
 // The same, and then the library has appended another one of the same kind, which is used.
 TEST(RegistryImage, FindsTheTableBehindOneThatNothingLeadsTo) {
   HandMadeFile file = SmallTree();
@@ -239,14 +252,7 @@ TEST(RegistryImage, FindsTheTableBehindOneThatNothingLeadsTo) {
   file.PutWord(HandMadeFile::kKeyTable, second);
   file.PutWord(4212, end);
   MoveNfs(second, &file);
-  const TempDir folder;
-  PutFile(folder / "r", file.bytes);
-  ASSERT_EQ("", StructureFindings(folder / "r"));
-  const RegistryImage image(file.bytes);
-  EXPECT_EQ("note: 14032 bytes at 75888 are left of a growth that was interrupted\n",
-            FindingsText(image));
-  EXPECT_EQ(SmallTreeText(), ContentText(image.content()));
-  EXPECT_EQ(2u, image.UseOf(NodeKind::kKey).tables);
+  ExpectFoundBehindGrowth(file, "14032");
 }
 
 // The power went before the table was on the disk: there are zeros in its place.
@@ -259,14 +265,7 @@ TEST(RegistryImage, FindsTheTableBehindZeros) {
   file.PutWord(HandMadeFile::kKeyTable, second);
   file.PutWord(4212, end);
   MoveNfs(second, &file);
-  const TempDir folder;
-  PutFile(folder / "r", file.bytes);
-  ASSERT_EQ("", StructureFindings(folder / "r"));
-  const RegistryImage image(file.bytes);
-  EXPECT_EQ("note: 28032 bytes at 75888 are left of a growth that was interrupted\n",
-            FindingsText(image));
-  EXPECT_EQ(SmallTreeText(), ContentText(image.content()));
-  EXPECT_EQ(2u, image.UseOf(NodeKind::kKey).tables);
+  ExpectFoundBehindGrowth(file, "28032");
 }
 
 TEST(RegistryImage, ReadsTheRecordsOfAnAppendedTable) {

@@ -7,21 +7,6 @@ namespace {
 
 class RegistryImageTree : public ::testing::TestWithParam<DamageCase> {};
 
-// String node s is at 10188 + 40 s, key k at 24788 + 24 k, value v at 33548 + 52 v.
-constexpr unsigned S(unsigned slot) {
-  return 10188 + 40 * slot;
-}
-constexpr unsigned K(unsigned slot) {
-  return 24788 + 24 * slot;
-}
-constexpr unsigned V(unsigned slot) {
-  return 33548 + 52 * slot;
-}
-// The entry of a block in its table.
-constexpr unsigned B(unsigned slot) {
-  return 8728 + 4 * slot;
-}
-
 const std::string kMac = "  mac 2 130 " + std::string(64, 'a') + std::string(64, 'b') + "cc\n";
 const std::string kEth = "/net/eth 3e8:0f\n" + kMac;
 const std::string kPort = "  port 1 5 eth0\\x00\n";

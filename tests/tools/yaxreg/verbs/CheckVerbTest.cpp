@@ -3,21 +3,12 @@
 #include <string>
 
 #include "registry/Registry.h"
-#include "tests/tools/yaxreg/ChangeRig.h"
-#include "tests/tools/yaxreg/HandMadeFile.h"
+#include "tests/tools/yaxreg/verbs/SmallTreeRig.h"
 
 namespace {
 
-class YaxregCheck : public ChangeRig {
+class YaxregCheck : public SmallTreeRig {
  protected:
-  void SetUp() override { PutFile(file, SmallTree().bytes); }
-
-  // Writes the small tree with a change.
-  void Damage(unsigned offset, unsigned word) {
-    HandMadeFile damaged = SmallTree();
-    damaged.PutWord(offset, word);
-    PutFile(file, damaged.bytes);
-  }
   void ExpectAnswer(int code, const std::string& out, const std::vector<std::string>& arguments) {
     const std::string before = GetFile(file);
     const Answer answer = Yaxreg(arguments);

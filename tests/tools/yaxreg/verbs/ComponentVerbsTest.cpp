@@ -145,9 +145,7 @@ TEST(YaxregCompLs, ShowsBytesThatAreNoTextSafely) {
 TEST(YaxregCompLs, SaysThatThereAreNone) {
   const TempDir folder;
   { const RegistryFile file(folder / "empty.rce"); }
-  const Answer answer = Yaxreg({"comp", "ls", folder / "empty.rce"});
-  EXPECT_EQ(0, answer.code);
-  EXPECT_EQ("no components are registered\n", answer.out);
+  EXPECT_EQ("no components are registered\n", PrintedBy({"comp", "ls", folder / "empty.rce"}));
   EXPECT_EQ("{\n  \"system\": null,\n  \"components\": []\n}\n",
             Yaxreg({"comp", "ls", folder / "empty.rce", "--json"}).out);
 }

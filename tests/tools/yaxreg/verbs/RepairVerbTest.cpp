@@ -3,21 +3,13 @@
 #include <string>
 
 #include "tests/support/StructureCheck.h"
-#include "tests/tools/yaxreg/ChangeRig.h"
 #include "tests/tools/yaxreg/ContentText.h"
-#include "tests/tools/yaxreg/HandMadeFile.h"
+#include "tests/tools/yaxreg/verbs/SmallTreeRig.h"
 
 namespace {
 
-class YaxregRepair : public ChangeRig {
+class YaxregRepair : public SmallTreeRig {
  protected:
-  void SetUp() override { PutFile(file, SmallTree().bytes); }
-
-  void Damage(unsigned offset, unsigned word) {
-    HandMadeFile damaged = SmallTree();
-    damaged.PutWord(offset, word);
-    PutFile(file, damaged.bytes);
-  }
   // The content of the repaired file, which must be sound and open.
   std::string Saved() const {
     EXPECT_EQ("", StructureFindings(saved));
@@ -51,7 +43,7 @@ TEST_F(YaxregRepair, SavesAllWhenOnlyTheHeaderIsDamaged) {
 }
 
 TEST_F(YaxregRepair, TellsWhatCouldNotBeSaved) {
-  Damage(33652 + 8, 0x66000005);  // the type of "port"
+  Damage(V(2) + 8, 0x66000005);  // the type of "port"
   const std::string before = GetFile(file);
   const Answer answer = Yaxreg({"repair", file, "-o", saved});
   EXPECT_EQ(3, answer.code);
@@ -73,7 +65,7 @@ TEST_F(YaxregRepair, TellsWhatCouldNotBeSaved) {
 // A key whose record is not where it should be becomes a new one, the administrator's, for the keys
 // below it. The record is saved with its values, but without its path.
 TEST_F(YaxregRepair, MakesKeysForNamesThatHaveNoneAnyMore) {
-  Damage(10188 + 40 * 3 + 20, 0x16D00);  // the key of "net"
+  Damage(S(3) + 20, 0x16D00);  // the key of "net"
   const Answer answer = Yaxreg({"repair", file, "-o", saved});
   EXPECT_EQ(3, answer.code);
   EXPECT_NE(std::string::npos, answer.out.find(": 4 of 4 keys and 3 of 3 values saved, "))
@@ -87,7 +79,7 @@ TEST_F(YaxregRepair, MakesKeysForNamesThatHaveNoneAnyMore) {
 
 // Keys without a place are saved even where nothing else is wrong.
 TEST_F(YaxregRepair, SavesKeysThatNothingLeadsTo) {
-  Damage(10188 + 40 * 3 + 16, 0);  // the sub-keys of "net"
+  Damage(S(3) + 16, 0);  // the sub-keys of "net"
   const Answer answer = Yaxreg({"repair", file, "-o", saved});
   EXPECT_EQ(3, answer.code);
   EXPECT_EQ(
@@ -105,8 +97,8 @@ TEST_F(YaxregRepair, SavesKeysThatNothingLeadsTo) {
 // Of a fifth key there is only a slot that is in use.
 TEST_F(YaxregRepair, CountsWhatNothingLeadsTo) {
   HandMadeFile damaged = SmallTree();
-  damaged.PutWord(24788 + 24 * 2, 0x16D00);  // the first value of "net"
-  damaged.PutWord(33652 + 8, 0x66000005);    // the type of "port"
+  damaged.PutWord(K(2), 0x16D00);         // the first value of "net"
+  damaged.PutWord(V(2) + 8, 0x66000005);  // the type of "port"
   damaged.Take(HandMadeFile::kKeyTable);
   PutFile(file, damaged.bytes);
   const Answer answer = Yaxreg({"repair", file, "-o", saved});
@@ -122,7 +114,7 @@ TEST_F(YaxregRepair, GivesAFileWithoutRootKeyOne) {
 }
 
 TEST_F(YaxregRepair, PrintsOneDocumentForPrograms) {
-  Damage(33652 + 8, 0x66000005);
+  Damage(V(2) + 8, 0x66000005);
   const Answer answer = Yaxreg({"repair", file, "-o", saved, "--json"});
   EXPECT_EQ(3, answer.code);
   EXPECT_EQ(

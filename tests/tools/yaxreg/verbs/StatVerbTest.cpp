@@ -25,8 +25,6 @@ std::string MakeEmpty(const TempDir& folder) {
 // "shop" and "wlan" one, the root one. 10337 are left for keys that take 7 / 5 each.
 TEST(YaxregStat, ShowsAllKindsInColumns) {
   const SampleFile sample;
-  const Answer answer = Yaxreg({"stat", sample.path()});
-  EXPECT_EQ(0, answer.code) << answer.err;
   EXPECT_EQ(
       "75888 bytes, 5 keys, 5 values\n"
       "\n"
@@ -37,7 +35,7 @@ TEST(YaxregStat, ShowsAllKindsInColumns) {
       "data blocks     364       2       0    362         0  10342    1/21    0.0%     0.40\n"
       "\n"
       "room for 7383 more typical keys, then the string nodes are full\n",
-      answer.out);
+      PrintedBy({"stat", sample.path()}));
 }
 
 TEST(YaxregStat, PrintsNumbersForPrograms) {

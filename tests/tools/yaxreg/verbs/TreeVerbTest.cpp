@@ -7,8 +7,6 @@ namespace {
 
 TEST(YaxregTree, DrawsKeysAndTheirValues) {
   const SampleFile sample;
-  const Answer answer = Yaxreg({"tree", sample.path()});
-  EXPECT_EQ(0, answer.code) << answer.err;
   EXPECT_EQ(
       "/\n"
       "├── network/ (default 7)\n"
@@ -22,7 +20,7 @@ TEST(YaxregTree, DrawsKeysAndTheirValues) {
       "└── shop/\n"
       "\n"
       "5 keys, 5 values\n",
-      answer.out);
+      PrintedBy({"tree", sample.path()}));
 }
 
 TEST(YaxregTree, BeginsAtTheKeyThatIsAskedFor) {
