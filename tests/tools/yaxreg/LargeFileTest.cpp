@@ -41,7 +41,7 @@ std::string LargeDocument() {
   return "{\"format\":\"yax-registry\",\"version\":1,\"keys\":[\n" + keys + "]}";
 }
 
-const std::string& LargeFile() {
+const std::string& LargeRegistry() {
   static const std::string bytes = [] {
     const TempDir folder;
     const std::string path = folder / "large.rce";
@@ -52,9 +52,9 @@ const std::string& LargeFile() {
   return bytes;
 }
 
-class YaxregLargeFile : public ::testing::Test {
+class LargeFile : public ::testing::Test {
  protected:
-  void SetUp() override { PutFile(file_, LargeFile()); }
+  void SetUp() override { PutFile(file_, LargeRegistry()); }
 
   // A call that is done; its output.
   static std::string Done(const std::vector<std::string>& arguments, const std::string& in = "") {
@@ -74,7 +74,7 @@ class YaxregLargeFile : public ::testing::Test {
   const std::string file_ = folder_ / "device.rce";
 };
 
-TEST_F(YaxregLargeFile, HasSeveralTablesOfEachKind) {
+TEST_F(LargeFile, HasSeveralTablesOfEachKind) {
   EXPECT_EQ("", StructureFindings(file_));
   const SlotCounts counts = CountSlots(file_);
   EXPECT_EQ(4000u, counts.keys.reachable);
@@ -86,7 +86,7 @@ TEST_F(YaxregLargeFile, HasSeveralTablesOfEachKind) {
   EXPECT_GT(counts.blocks.tables, 3u);
 }
 
-TEST_F(YaxregLargeFile, IsShown) {
+TEST_F(LargeFile, IsShown) {
   const std::string tree = Done({"tree", file_});
   EXPECT_EQ(4000u + 8000u + 2u, LinesOf(tree));
   EXPECT_NE(std::string::npos, tree.find("\n4000 keys, 8000 values\n"));
@@ -96,7 +96,7 @@ TEST_F(YaxregLargeFile, IsShown) {
   EXPECT_EQ(102u, LinesOf(Done({"ls", file_, "area07"})));
 }
 
-TEST_F(YaxregLargeFile, GivesAndTakesValues) {
+TEST_F(LargeFile, GivesAndTakesValues) {
   EXPECT_EQ("99\n", Get("area38/unit3899", "count"));
   EXPECT_EQ("the name of area00/unit0000\n", Get("area00/unit0000", "name"));
   EXPECT_EQ("58\n", Get("YAX_ROOT/clock0058", "count"));
@@ -110,7 +110,7 @@ TEST_F(YaxregLargeFile, GivesAndTakesValues) {
   EXPECT_EQ(8000u, CountSlots(file_).values.reachable);
 }
 
-TEST_F(YaxregLargeFile, TakesAndGivesUpKeys) {
+TEST_F(LargeFile, TakesAndGivesUpKeys) {
   Done({"mkkey", "-p", file_, "area38/unit3899/deep/deeper"});
   Done({"rmkey", file_, "area05"});
   EXPECT_EQ("count\nname\ndeep/\n", Done({"ls", file_, "area38/unit3899"}));
@@ -119,7 +119,7 @@ TEST_F(YaxregLargeFile, TakesAndGivesUpKeys) {
   EXPECT_EQ(4000u + 2u - 101u, CountSlots(file_).keys.reachable);
 }
 
-TEST_F(YaxregLargeFile, IsExportedImportedAndCompared) {
+TEST_F(LargeFile, IsExportedImportedAndCompared) {
   const std::string document = Done({"export", file_});
   const std::string copy = folder_ / "copy.rce";
   Done({"import", copy}, document);
@@ -134,7 +134,7 @@ TEST_F(YaxregLargeFile, IsExportedImportedAndCompared) {
   EXPECT_EQ("", Done({"diff", file_, copy}));
 }
 
-TEST_F(YaxregLargeFile, IsBackedUpAndRestored) {
+TEST_F(LargeFile, IsBackedUpAndRestored) {
   const std::string backup = folder_ / "area.bak";
   const std::string before = Done({"export", file_});
   Done({"backup", file_, "area12", backup});
@@ -145,7 +145,7 @@ TEST_F(YaxregLargeFile, IsBackedUpAndRestored) {
   EXPECT_EQ("", StructureFindings(file_));
 }
 
-TEST_F(YaxregLargeFile, IsCheckedRepairedAndCompacted) {
+TEST_F(LargeFile, IsCheckedRepairedAndCompacted) {
   EXPECT_NE(std::string::npos, Done({"check", file_}).find(": sound\n"));
   const std::string saved = folder_ / "saved.rce";
   EXPECT_NE(std::string::npos,
@@ -163,16 +163,16 @@ TEST_F(YaxregLargeFile, IsCheckedRepairedAndCompacted) {
   EXPECT_EQ(counts.blocks.used, counts.blocks.reachable);
 }
 
-TEST_F(YaxregLargeFile, IsCountedAndDrawn) {
+TEST_F(LargeFile, IsCountedAndDrawn) {
   const std::string map = folder_ / "map.svg";
   const std::string out = Done({"stat", file_, "--map", map});
-  EXPECT_EQ(std::to_string(LargeFile().size()) + " bytes, 4000 keys, 8000 values\n",
+  EXPECT_EQ(std::to_string(LargeRegistry().size()) + " bytes, 4000 keys, 8000 values\n",
             out.substr(0, out.find('\n') + 1));
   const std::string drawing = GetFile(map);
   EXPECT_EQ("</svg>", drawing.substr(drawing.rfind('<'), 6));
 }
 
-TEST_F(YaxregLargeFile, ListsItsComponents) {
+TEST_F(LargeFile, ListsItsComponents) {
   const Answer answer = Yaxreg({"comp", "ls", file_, "--json"});
   EXPECT_EQ(0, answer.code) << answer.err;
   EXPECT_NE(std::string::npos, answer.out.find("clock0058")) << answer.out.substr(0, 300);

@@ -21,7 +21,7 @@ uint64_t HashOf(const std::string& bytes) {
   return hash;
 }
 
-class YaxregSameBytes : public ::testing::Test {
+class SameBytes : public ::testing::Test {
  protected:
   // The file's name is put behind the verb.
   void Do(std::vector<std::string> arguments, const std::string& input = "") {
@@ -77,7 +77,7 @@ class YaxregSameBytes : public ::testing::Test {
   const std::string file_ = folder_ / "device.rce";
 };
 
-TEST_F(YaxregSameBytes, ComeFromTheSameCalls) {
+TEST_F(SameBytes, ComeFromTheSameCalls) {
   MakeKeys();
   EXPECT_EQ(0xD948E39A23E0C376u, HashOf(GetFile(file_)));
   MakeValues();
@@ -87,7 +87,7 @@ TEST_F(YaxregSameBytes, ComeFromTheSameCalls) {
   EXPECT_EQ(0x7E6A6A124017A7B1u, HashOf(GetFile(file_)));
 }
 
-TEST_F(YaxregSameBytes, ComeFromABackupAndFromCompacting) {
+TEST_F(SameBytes, ComeFromABackupAndFromCompacting) {
   MakeKeys();
   MakeValues();
   SetFields();

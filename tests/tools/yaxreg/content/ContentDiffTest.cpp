@@ -43,14 +43,14 @@ std::vector<std::string> Compare(const Content& first, const Content& second, si
 
 using Texts = std::vector<std::string>;
 
-TEST(YaxregContentDiff, FindsNothingInTheSameContent) {
+TEST(ContentDiff, FindsNothingInTheSameContent) {
   const Content content =
       ContentOf({KeyOf(0, ""), KeyOf(1, "a", {NumberOf("n", 1)}), KeyOf(2, "b"), KeyOf(1, "c")});
   EXPECT_EQ(Texts(), Compare(content, content));
   EXPECT_EQ(Texts(), Compare(Content(), Content(), Content::kNone, Content::kNone));
 }
 
-TEST(YaxregContentDiff, TellsKeysThatOneSideLacksWithAllBelowThem) {
+TEST(ContentDiff, TellsKeysThatOneSideLacksWithAllBelowThem) {
   const Content first = ContentOf({KeyOf(0, ""), KeyOf(1, "a"), KeyOf(2, "x"), KeyOf(3, "y"),
                                    KeyOf(1, "m"), KeyOf(2, "k"), KeyOf(1, "z")});
   const Content second = ContentOf(
@@ -63,7 +63,7 @@ TEST(YaxregContentDiff, TellsKeysThatOneSideLacksWithAllBelowThem) {
             Compare(second, first));
 }
 
-TEST(YaxregContentDiff, TellsTheValuesOfAKeyThatOneSideLacks) {
+TEST(ContentDiff, TellsTheValuesOfAKeyThatOneSideLacks) {
   const Content first = ContentOf({KeyOf(0, "")});
   const Content second =
       ContentOf({KeyOf(0, ""), KeyOf(1, "a", {NumberOf("n", 1), NumberOf("m", 1)})});
@@ -71,19 +71,19 @@ TEST(YaxregContentDiff, TellsTheValuesOfAKeyThatOneSideLacks) {
   EXPECT_EQ(Texts({"a:key:-", "a:m:1+0", "a:n:1+0"}), Compare(second, first));
 }
 
-TEST(YaxregContentDiff, DoesNotTakeKeysOfDifferentParentsForTheSame) {
+TEST(ContentDiff, DoesNotTakeKeysOfDifferentParentsForTheSame) {
   const Content first = ContentOf({KeyOf(0, ""), KeyOf(1, "a"), KeyOf(2, "k")});
   const Content second = ContentOf({KeyOf(0, ""), KeyOf(1, "b"), KeyOf(2, "k")});
   EXPECT_EQ(Texts({"a:key:-", "a/k:key:-", "b:key:+", "b/k:key:+"}), Compare(first, second));
 }
 
-TEST(YaxregContentDiff, ComparesNamesAsUnsignedBytes) {
+TEST(ContentDiff, ComparesNamesAsUnsignedBytes) {
   const Content first = ContentOf({KeyOf(0, ""), KeyOf(1, "z"), KeyOf(1, "\xC3")});
   const Content second = ContentOf({KeyOf(0, ""), KeyOf(1, "\xC3")});
   EXPECT_EQ(Texts({"z:key:-"}), Compare(first, second));
 }
 
-TEST(YaxregContentDiff, TellsEachFieldThatDiffers) {
+TEST(ContentDiff, TellsEachFieldThatDiffers) {
   const ContentKey key = KeyOf(1, "a");
   const auto changed = [&](auto change) {
     return Compare(ContentOf({KeyOf(0, ""), key}), ContentOf({KeyOf(0, ""), Changed(key, change)}));
@@ -103,7 +103,7 @@ TEST(YaxregContentDiff, TellsEachFieldThatDiffers) {
             }));
 }
 
-TEST(YaxregContentDiff, ComparesNoFieldsOfAKeyWithoutRecord) {
+TEST(ContentDiff, ComparesNoFieldsOfAKeyWithoutRecord) {
   ContentKey missing = KeyOf(1, "a");
   missing.isMadeUp = true;
   missing.owner = 0;
@@ -115,7 +115,7 @@ TEST(YaxregContentDiff, ComparesNoFieldsOfAKeyWithoutRecord) {
   EXPECT_EQ(Texts(), Compare(first, ContentOf({KeyOf(0, ""), other})));
 }
 
-TEST(YaxregContentDiff, TellsValuesThatDifferSortedByTheirNames) {
+TEST(ContentDiff, TellsValuesThatDifferSortedByTheirNames) {
   const Content first =
       ContentOf({KeyOf(0, "", {NumberOf("same", 1), NumberOf("old", 1), NumberOf("changed", 1)})});
   const Content second =
@@ -126,7 +126,7 @@ TEST(YaxregContentDiff, TellsValuesThatDifferSortedByTheirNames) {
   EXPECT_EQ(2u, differences[0].secondValues[0]->number);
 }
 
-TEST(YaxregContentDiff, ComparesEverythingOfAValue) {
+TEST(ContentDiff, ComparesEverythingOfAValue) {
   const ContentValue value = TextOf("v", "abc");
   const auto changed = [&](auto change) {
     ContentValue other = value;
@@ -140,7 +140,7 @@ TEST(YaxregContentDiff, ComparesEverythingOfAValue) {
   EXPECT_EQ(Texts({":v:1+1"}), changed([](ContentValue& v) { v.size = 5; }));
 }
 
-TEST(YaxregContentDiff, MindsTheOrderOnlyOfValuesOfOneName) {
+TEST(ContentDiff, MindsTheOrderOnlyOfValuesOfOneName) {
   const auto with = [](std::vector<ContentValue> values) {
     return ContentOf({KeyOf(0, "", std::move(values))});
   };
@@ -151,7 +151,7 @@ TEST(YaxregContentDiff, MindsTheOrderOnlyOfValuesOfOneName) {
   EXPECT_EQ(Texts({":b:2+1"}), Compare(first, with({NumberOf("a", 1), NumberOf("b", 2)})));
 }
 
-TEST(YaxregContentDiff, ComparesPartsAndTellsThePathsFromTheRoot) {
+TEST(ContentDiff, ComparesPartsAndTellsThePathsFromTheRoot) {
   const Content first = ContentOf(
       {KeyOf(0, ""), KeyOf(1, "a"), KeyOf(2, "b"), KeyOf(3, "old"), KeyOf(2, "c"), KeyOf(1, "d")});
   const Content second = ContentOf({KeyOf(0, ""), KeyOf(1, "x"), KeyOf(2, "new")});
@@ -160,7 +160,7 @@ TEST(YaxregContentDiff, ComparesPartsAndTellsThePathsFromTheRoot) {
   EXPECT_EQ(Texts({"a/b:key:+", "a/b/old:key:+"}), Compare(second, first, Content::kNone, 2));
 }
 
-TEST(YaxregContentDiff, EndsWhenTheVisitorHasSeenEnough) {
+TEST(ContentDiff, EndsWhenTheVisitorHasSeenEnough) {
   const Content first = ContentOf(
       {Changed(KeyOf(0, "", {NumberOf("v", 1)}), [](ContentKey& k) { k.owner = k.watch = 1; }),
        KeyOf(1, "a")});
@@ -174,7 +174,7 @@ TEST(YaxregContentDiff, EndsWhenTheVisitorHasSeenEnough) {
   }
 }
 
-TEST(YaxregContentDiff, ComparesTreesOfAnyDepth) {
+TEST(ContentDiff, ComparesTreesOfAnyDepth) {
   Content first;
   for (unsigned int depth = 0; depth < 10000; ++depth) {
     first.keys.push_back(KeyOf(depth, depth == 0 ? "" : "k"));

@@ -54,7 +54,7 @@ std::string ReasonOf(const std::string& json) {
   return reason;
 }
 
-TEST(YaxregContentJsonReader, ReadsWhatIsWrittenBack) {
+TEST(ContentJsonReader, ReadsWhatIsWrittenBack) {
   yaxreg::ContentKey key = KeyOf(1, "n\xFF");
   key.owner = 0xFFFFFFFF;
   key.permission = 0xF1;
@@ -89,7 +89,7 @@ TEST(YaxregContentJsonReader, ReadsWhatIsWrittenBack) {
   EXPECT_EQ(key.values, read.values);
 }
 
-TEST(YaxregContentJsonReader, LeavesEmptyWhatADocumentDoesNotTell) {
+TEST(ContentJsonReader, LeavesEmptyWhatADocumentDoesNotTell) {
   const ContentUpdate update = Read("{\"keys\":[{\"path\":\"a\"}]}");
   ASSERT_EQ(1u, update.keys.size());
   const KeyUpdate& key = update.keys[0];
@@ -103,13 +103,13 @@ TEST(YaxregContentJsonReader, LeavesEmptyWhatADocumentDoesNotTell) {
   EXPECT_TRUE(Read("{}").keys.empty());
 }
 
-TEST(YaxregContentJsonReader, TellsADefaultThatIsTakenAwayFromNone) {
+TEST(ContentJsonReader, TellsADefaultThatIsTakenAwayFromNone) {
   const KeyUpdate key = ReadKey("\"default\":null");
   EXPECT_TRUE(key.tellsDefault);
   EXPECT_FALSE(key.defaultValue.has_value());
 }
 
-TEST(YaxregContentJsonReader, ReadsNumbersInEveryNotation) {
+TEST(ContentJsonReader, ReadsNumbersInEveryNotation) {
   EXPECT_EQ(255u, ReadKey("\"default\":\"0xFF\"").defaultValue.value());
   EXPECT_EQ(42u, ReadKey("\"default\":\"42\"").defaultValue.value());
   EXPECT_EQ(~0ULL, ReadKey("\"default\":\"-1\"").defaultValue.value());
@@ -119,14 +119,14 @@ TEST(YaxregContentJsonReader, ReadsNumbersInEveryNotation) {
   EXPECT_EQ(16u, ReadKey("\"owner\":\"0x10\"").owner.value());
 }
 
-TEST(YaxregContentJsonReader, ReadsRightsAsNumberOrLetters) {
+TEST(ContentJsonReader, ReadsRightsAsNumberOrLetters) {
   EXPECT_EQ(0x1F, ReadKey("\"rights\":31").rights.value());
   EXPECT_EQ(0x1F, ReadKey("\"rights\":\"0x1F\"").rights.value());
   EXPECT_EQ(0x1F, ReadKey("\"rights\":\"rwcd:r\"").rights.value());
 }
 
 // The ids are those that h = 5381, then h = 33 * h + c for each character, gives modulo 2^32.
-TEST(YaxregContentJsonReader, ReadsAnOwnerAsNumberOrName) {
+TEST(ContentJsonReader, ReadsAnOwnerAsNumberOrName) {
   EXPECT_EQ(1000u, ReadKey("\"owner\":\"1000\"").owner.value());
   EXPECT_EQ(177670u, ReadKey("\"owner\":\"a\"").owner.value());  // 33 * 5381 + 97
   EXPECT_EQ(3884477203u, ReadKey("\"owner\":\"installer\"").owner.value());
@@ -142,7 +142,7 @@ TEST(YaxregContentJsonReader, ReadsAnOwnerAsNumberOrName) {
   EXPECT_EQ("keys[0].owner: holds a zero byte", ReasonOf(Key("\"owner\":\"a\\u0000b\"")));
 }
 
-TEST(YaxregContentJsonReader, GivesValuesTheTypeOfTheirData) {
+TEST(ContentJsonReader, GivesValuesTheTypeOfTheirData) {
   EXPECT_EQ(NumberOf("v", 1500), ReadValue("\"number\":1500"));
   EXPECT_EQ(TextOf("v", "eth0"), ReadValue("\"text\":\"eth0\""));
   EXPECT_EQ(DataOf("v", 2, std::string("\x00\xFF", 2)), ReadValue("\"hex\":\"00Ff\""));
@@ -151,7 +151,7 @@ TEST(YaxregContentJsonReader, GivesValuesTheTypeOfTheirData) {
   EXPECT_EQ(UnsetOf("v", 3, 0), ReadValue("\"set\":false,\"type\":3"));
 }
 
-TEST(YaxregContentJsonReader, KeepsTheOrderOfValues) {
+TEST(ContentJsonReader, KeepsTheOrderOfValues) {
   const KeyUpdate key = ReadKey(
       "\"values\":[{\"name\":\"b\",\"number\":3},{\"name\":\"a\",\"number\":1},"
       "{\"name\":\"b\",\"number\":2}]");
@@ -159,7 +159,7 @@ TEST(YaxregContentJsonReader, KeepsTheOrderOfValues) {
   EXPECT_EQ(expected, key.values);
 }
 
-TEST(YaxregContentJsonReader, SortsKeysSoThatEachComesBeforeThoseBelowIt) {
+TEST(ContentJsonReader, SortsKeysSoThatEachComesBeforeThoseBelowIt) {
   const ContentUpdate update = Read(
       Keys("{\"path\":\"\xC3\xA4\"},{\"path\":\"a-b\"},{\"path\":\"a/z/b\"},{\"path\":\"ab\"},"
            "{\"path\":\"a\",\"owner\":7},{\"path\":\"a!\"},{\"path\":\"\"},{\"path\":\"a/z\"}"));
@@ -171,7 +171,7 @@ TEST(YaxregContentJsonReader, SortsKeysSoThatEachComesBeforeThoseBelowIt) {
   EXPECT_FALSE(update.keys[0].owner.has_value());
 }
 
-TEST(YaxregContentJsonReader, ReadsAMissingKeyWithoutAnythingElse) {
+TEST(ContentJsonReader, ReadsAMissingKeyWithoutAnythingElse) {
   EXPECT_TRUE(ReadKey("\"missing\":true,\"values\":[]").isMissing);
   EXPECT_FALSE(ReadKey("\"missing\":false,\"owner\":1").isMissing);
   for (const char* field : {"\"owner\":1", "\"rights\":1", "\"watch\":1", "\"default\":null",
@@ -181,7 +181,7 @@ TEST(YaxregContentJsonReader, ReadsAMissingKeyWithoutAnythingElse) {
   }
 }
 
-TEST(YaxregContentJsonReader, NamesLineAndColumnOfWhatIsNoJson) {
+TEST(ContentJsonReader, NamesLineAndColumnOfWhatIsNoJson) {
   EXPECT_EQ("line 1, column 2: is no JSON", ReasonOf("net"));
   EXPECT_EQ("line 3, column 4: is no JSON", ReasonOf("{\n\"keys\":[\n{\"a\n"));
   EXPECT_EQ("line 2, column 1: is no JSON", ReasonOf("{\"keys\":[]}\n}"));
@@ -190,12 +190,12 @@ TEST(YaxregContentJsonReader, NamesLineAndColumnOfWhatIsNoJson) {
   EXPECT_EQ("line 2, column 2: is no JSON", ReasonOf("\n{"));
 }
 
-TEST(YaxregContentJsonReader, TellsThatThereIsNothing) {
+TEST(ContentJsonReader, TellsThatThereIsNothing) {
   EXPECT_EQ("is empty", ReasonOf(""));
   EXPECT_EQ("is empty", ReasonOf(" \t\r\n"));
 }
 
-TEST(YaxregContentJsonReader, RefusesUnknownAndDoubleFields) {
+TEST(ContentJsonReader, RefusesUnknownAndDoubleFields) {
   EXPECT_EQ("a field \"kyes\" is not known", ReasonOf("{\"kyes\":[]}"));
   EXPECT_EQ("keys[1]: a field \"onwer\\x0a\" is not known",
             ReasonOf(Keys("{\"path\":\"b\"},{\"path\":\"a\",\"onwer\\n\":1}")));
@@ -207,7 +207,7 @@ TEST(YaxregContentJsonReader, RefusesUnknownAndDoubleFields) {
             ReasonOf(Keys("{\"path\":{\"hex\":\"61\",\"hex\":\"62\"}}")));
 }
 
-TEST(YaxregContentJsonReader, RefusesOtherFormatsAndVersions) {
+TEST(ContentJsonReader, RefusesOtherFormatsAndVersions) {
   Read("{\"keys\":[],\"version\":1,\"format\":\"yax-registry\"}");
   EXPECT_EQ("format: must be yax-registry", ReasonOf("{\"format\":\"registry\"}"));
   EXPECT_EQ("format: must be a text", ReasonOf("{\"format\":1}"));
@@ -215,7 +215,7 @@ TEST(YaxregContentJsonReader, RefusesOtherFormatsAndVersions) {
   EXPECT_EQ("version: must be 1", ReasonOf("{\"version\":-1}"));
 }
 
-TEST(YaxregContentJsonReader, RefusesWrongTypes) {
+TEST(ContentJsonReader, RefusesWrongTypes) {
   EXPECT_EQ("must be an object", ReasonOf("[]"));
   EXPECT_EQ("must be an object", ReasonOf("[{\"path\":\"\"}]"));
   EXPECT_EQ("must be an object", ReasonOf("7"));
@@ -239,7 +239,7 @@ TEST(YaxregContentJsonReader, RefusesWrongTypes) {
   EXPECT_EQ("keys[0].values[0].number: must be a whole number", ReasonOf(Value("\"number\":true")));
 }
 
-TEST(YaxregContentJsonReader, RefusesFractionsAndNumbersAbove64Bits) {
+TEST(ContentJsonReader, RefusesFractionsAndNumbersAbove64Bits) {
   for (const char* number : {"1.0", "1e3", "18446744073709551616", "-9223372036854775809",
                              "\"18446744073709551616\"", "\"1.0\"", "\"\""}) {
     EXPECT_EQ("keys[0].values[0].number: must be a whole number",
@@ -248,7 +248,7 @@ TEST(YaxregContentJsonReader, RefusesFractionsAndNumbersAbove64Bits) {
   }
 }
 
-TEST(YaxregContentJsonReader, RefusesNumbersOutOfTheirRange) {
+TEST(ContentJsonReader, RefusesNumbersOutOfTheirRange) {
   Read(Key("\"owner\":4294967295,\"rights\":255,\"watch\":63"));
   EXPECT_EQ("keys[0].owner: must be from 0 to 4294967295", ReasonOf(Key("\"owner\":4294967296")));
   EXPECT_EQ("keys[0].owner: must be from 0 to 4294967295", ReasonOf(Key("\"owner\":-1")));
@@ -264,7 +264,7 @@ TEST(YaxregContentJsonReader, RefusesNumbersOutOfTheirRange) {
             ReasonOf(Value("\"size\":1025,\"type\":2,\"set\":false")));
 }
 
-TEST(YaxregContentJsonReader, RefusesPathsThatNoKeyCanHave) {
+TEST(ContentJsonReader, RefusesPathsThatNoKeyCanHave) {
   EXPECT_EQ("keys[0]: the path is left out", ReasonOf(Keys("{\"owner\":1}")));
   EXPECT_EQ("keys[0].path: begins with a /", ReasonOf(Keys("{\"path\":\"/a\"}")));
   EXPECT_EQ("keys[0].path: ends in a /", ReasonOf(Keys("{\"path\":\"a/\"}")));
@@ -276,12 +276,12 @@ TEST(YaxregContentJsonReader, RefusesPathsThatNoKeyCanHave) {
   EXPECT_EQ("keys[0].path: the field hex is left out", ReasonOf(Keys("{\"path\":{}}")));
 }
 
-TEST(YaxregContentJsonReader, RefusesTwoKeysWithOnePath) {
+TEST(ContentJsonReader, RefusesTwoKeysWithOnePath) {
   EXPECT_EQ("keys[2].path: is the path of keys[0], too",
             ReasonOf(Keys("{\"path\":\"b\"},{\"path\":\"a\"},{\"path\":{\"hex\":\"62\"}}")));
 }
 
-TEST(YaxregContentJsonReader, RefusesNamesThatNoValueCanHave) {
+TEST(ContentJsonReader, RefusesNamesThatNoValueCanHave) {
   const std::string longest(31, 'n');
   Read(Key("\"values\":[{\"name\":\"" + longest + "\",\"number\":1}]"));
   const auto reason = [](const std::string& name) {
@@ -296,14 +296,14 @@ TEST(YaxregContentJsonReader, RefusesNamesThatNoValueCanHave) {
 }
 
 // The library creates none, but restores it.
-TEST(YaxregContentJsonReader, ReadsAValueWithAnEmptyName) {
+TEST(ContentJsonReader, ReadsAValueWithAnEmptyName) {
   const KeyUpdate key =
       ReadKey("\"values\":[{\"name\":\"\",\"number\":7},{\"name\":{\"hex\":\"\"},\"number\":8}]");
   const std::vector<ContentValue> expected = {NumberOf("", 7), NumberOf("", 8)};
   EXPECT_EQ(expected, key.values);
 }
 
-TEST(YaxregContentJsonReader, RefusesMoreDataThanAValueHolds) {
+TEST(ContentJsonReader, RefusesMoreDataThanAValueHolds) {
   EXPECT_EQ(1024u, ReadValue("\"text\":\"" + std::string(1023, 'x') + "\"").size);
   EXPECT_EQ(1024u, ReadValue("\"hex\":\"" + std::string(2048, '0') + "\"").size);
   EXPECT_EQ(
@@ -313,7 +313,7 @@ TEST(YaxregContentJsonReader, RefusesMoreDataThanAValueHolds) {
             ReasonOf(Value("\"hex\":\"" + std::string(2050, '0') + "\"")));
 }
 
-TEST(YaxregContentJsonReader, RefusesFieldsOfAValueThatDoNotFitTogether) {
+TEST(ContentJsonReader, RefusesFieldsOfAValueThatDoNotFitTogether) {
   const std::string at = "keys[0].values[0]: ";
   EXPECT_EQ(at + "only one of number, text and hex is possible",
             ReasonOf(Value("\"text\":\"\",\"hex\":\"\"")));
@@ -331,18 +331,18 @@ TEST(YaxregContentJsonReader, RefusesFieldsOfAValueThatDoNotFitTogether) {
             ReasonOf(Value("\"size\":1,\"hex\":\"\"")));
 }
 
-TEST(YaxregContentJsonReader, EndsAtOnceWhereADocumentIsTooDeep) {
+TEST(ContentJsonReader, EndsAtOnceWhereADocumentIsTooDeep) {
   EXPECT_EQ("keys[0]: must be an object", ReasonOf("{\"keys\":" + std::string(1000000, '[')));
 }
 
-TEST(YaxregContentJsonReader, RefusesMoreThan64MB) {
+TEST(ContentJsonReader, RefusesMoreThan64MB) {
   std::string json = "{}" + std::string(yaxreg::kMaxJsonSize - 2, ' ');
   Read(json);
   json += ' ';
   EXPECT_EQ("has more than 64 MB", ReasonOf(json));
 }
 
-TEST(YaxregContentJsonReader, TellsAStreamThatCannotBeRead) {
+TEST(ContentJsonReader, TellsAStreamThatCannotBeRead) {
   std::istringstream in("{}");
   in.setstate(std::ios::badbit);
   ContentUpdate update;

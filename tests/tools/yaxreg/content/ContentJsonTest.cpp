@@ -17,7 +17,7 @@ std::string JsonOf(const yaxreg::Content& content, size_t key = 0) {
   return out.str();
 }
 
-TEST(YaxregContentJson, WritesOneKeyAndOneValueALine) {
+TEST(ContentJson, WritesOneKeyAndOneValueALine) {
   ContentKey root = KeyOf(0, "");
   root.owner = 65535;
   root.permission = 0x5F;
@@ -38,7 +38,7 @@ TEST(YaxregContentJson, WritesOneKeyAndOneValueALine) {
       JsonOf(ContentOf({root, network})));
 }
 
-TEST(YaxregContentJson, WritesPathsFromTheKeyThatItIsAskedFor) {
+TEST(ContentJson, WritesPathsFromTheKeyThatItIsAskedFor) {
   const yaxreg::Content content = ContentOf(
       {KeyOf(0, ""), KeyOf(1, "a"), KeyOf(2, "b"), KeyOf(3, "c"), KeyOf(2, "d"), KeyOf(1, "e")});
   const std::string rest =
@@ -49,12 +49,12 @@ TEST(YaxregContentJson, WritesPathsFromTheKeyThatItIsAskedFor) {
             JsonOf(content, 1));
 }
 
-TEST(YaxregContentJson, WritesADocumentWithoutKeysForNoKey) {
+TEST(ContentJson, WritesADocumentWithoutKeysForNoKey) {
   EXPECT_EQ("{\"format\":\"yax-registry\",\"version\":1,\"keys\":[\n]}\n",
             JsonOf(yaxreg::Content(), yaxreg::Content::kNone));
 }
 
-TEST(YaxregContentJson, WritesOnlyThePathOfAMissingKey) {
+TEST(ContentJson, WritesOnlyThePathOfAMissingKey) {
   ContentKey key = KeyOf(0, "");
   key.isMadeUp = true;
   EXPECT_EQ(
@@ -63,7 +63,7 @@ TEST(YaxregContentJson, WritesOnlyThePathOfAMissingKey) {
       JsonOf(ContentOf({key})));
 }
 
-TEST(YaxregContentJson, SortsValuesByBytesAndKeepsTheNewestFirst) {
+TEST(ContentJson, SortsValuesByBytesAndKeepsTheNewestFirst) {
   const std::string json = JsonOf(ContentOf({KeyOf(
       0, "", {NumberOf("\xC3\xA4", 1), NumberOf("b", 3), NumberOf("B", 4), NumberOf("b", 2)})}));
   EXPECT_NE(std::string::npos, json.find("[\n{\"name\":\"B\",\"type\":0,\"number\":4},\n"
@@ -73,7 +73,7 @@ TEST(YaxregContentJson, SortsValuesByBytesAndKeepsTheNewestFirst) {
       << json;
 }
 
-TEST(YaxregContentJson, WritesNumbersThatADoubleCannotHoldAsTexts) {
+TEST(ContentJson, WritesNumbersThatADoubleCannotHoldAsTexts) {
   EXPECT_EQ("{\"name\":\"n\",\"type\":0,\"number\":9007199254740992}",
             ValueJson(NumberOf("n", 1ULL << 53)));
   EXPECT_EQ("{\"name\":\"n\",\"type\":0,\"number\":\"9007199254740993\"}",
@@ -87,13 +87,13 @@ TEST(YaxregContentJson, WritesNumbersThatADoubleCannotHoldAsTexts) {
   EXPECT_NE(std::string::npos, json.find("\"default\":\"18446744073709551615\",")) << json;
 }
 
-TEST(YaxregContentJson, WritesTheSizeOfANumberThatHasNotEightBytes) {
+TEST(ContentJson, WritesTheSizeOfANumberThatHasNotEightBytes) {
   ContentValue value = NumberOf("n", 5);
   value.size = 4;
   EXPECT_EQ("{\"name\":\"n\",\"type\":0,\"size\":4,\"number\":5}", ValueJson(value));
 }
 
-TEST(YaxregContentJson, WritesATextOnlyWhereItCanBeReadBack) {
+TEST(ContentJson, WritesATextOnlyWhereItCanBeReadBack) {
   const std::string head = "{\"name\":\"v\",\"type\":";
   EXPECT_EQ(head + "1,\"text\":\"\"}", ValueJson(TextOf("v", "")));
   EXPECT_EQ(head + "1,\"text\":\"\xC3\xA4\"}", ValueJson(TextOf("v", "\xC3\xA4")));
@@ -105,14 +105,14 @@ TEST(YaxregContentJson, WritesATextOnlyWhereItCanBeReadBack) {
   EXPECT_EQ(head + "2,\"hex\":\"6100\"}", ValueJson(DataOf("v", 2, std::string("a\0", 2))));
 }
 
-TEST(YaxregContentJson, WritesNamesThatAreNoTextAsHexadecimalDigits) {
+TEST(ContentJson, WritesNamesThatAreNoTextAsHexadecimalDigits) {
   EXPECT_EQ("{\"name\":{\"hex\":\"61ff\"},\"type\":0,\"number\":1}",
             ValueJson(NumberOf("a\xFF", 1)));
   const std::string json = JsonOf(ContentOf({KeyOf(0, ""), KeyOf(1, "\xFE"), KeyOf(2, "a")}));
   EXPECT_NE(std::string::npos, json.find("\n{\"path\":{\"hex\":\"fe2f61\"},\"owner\"")) << json;
 }
 
-TEST(YaxregContentJson, WritesWhatIsLeftOfValuesThatAreNotSet) {
+TEST(ContentJson, WritesWhatIsLeftOfValuesThatAreNotSet) {
   const std::string head = "{\"name\":\"v\",\"type\":";
   EXPECT_EQ(head + "0,\"set\":false}", ValueJson(UnsetOf("v", 0, 8)));
   EXPECT_EQ(head + "0,\"set\":false,\"size\":0}", ValueJson(UnsetOf("v", 0, 0)));

@@ -46,7 +46,7 @@ Content Present() {
                     KeyOf(1, "d", {NumberOf("y", 2)})});
 }
 
-TEST(YaxregContentMerge, KeepsWhatIsNotToldOf) {
+TEST(ContentMerge, KeepsWhatIsNotToldOf) {
   const Content present = Present();
   EXPECT_TRUE(MergedContent(present, "", {}).keys.size() == 5);
   const Content merged = MergedContent(present, "", Updates({UpdateOf("a/b")}));
@@ -54,7 +54,7 @@ TEST(YaxregContentMerge, KeepsWhatIsNotToldOf) {
   for (size_t i = 0; i < 5; ++i) EXPECT_TRUE(merged.keys[i].IsSameAs(present.keys[i])) << i;
 }
 
-TEST(YaxregContentMerge, PutsNewKeysWhereTheyBelong) {
+TEST(ContentMerge, PutsNewKeysWhereTheyBelong) {
   const Content merged = MergedContent(
       Present(), "",
       Updates({UpdateOf("a/a"), UpdateOf("a/b/c/d/e"), UpdateOf("a/c"), UpdateOf("a0"),
@@ -63,13 +63,13 @@ TEST(YaxregContentMerge, PutsNewKeysWhereTheyBelong) {
 }
 
 // Names are bytes, and those above 0x7F come last.
-TEST(YaxregContentMerge, SortsNamesByTheirBytes) {
+TEST(ContentMerge, SortsNamesByTheirBytes) {
   const Content merged = MergedContent(Present(), "", Updates({UpdateOf("A"), UpdateOf("\xC3")}));
   EXPECT_EQ("A a a/b a/b/c d \xC3 ", PathsOf(merged));
 }
 
 // "/" counts less than every byte of a name: what lies below a key comes before its neighbours.
-TEST(YaxregContentMerge, PutsKeysBetweenThoseWhoseNamesBeginAlike) {
+TEST(ContentMerge, PutsKeysBetweenThoseWhoseNamesBeginAlike) {
   const Content present =
       ContentOf({KeyOf(0, ""), KeyOf(1, "a"), KeyOf(2, "b"), KeyOf(1, "a-b"), KeyOf(1, "abc")});
   const Content merged =
@@ -83,7 +83,7 @@ TEST(YaxregContentMerge, PutsKeysBetweenThoseWhoseNamesBeginAlike) {
 }
 
 // The paths of 3,000 keys, each below the one before: 9 MB, which are there once.
-TEST(YaxregContentMerge, NeedsNoMemoryForThePathsOfDeepKeys) {
+TEST(ContentMerge, NeedsNoMemoryForThePathsOfDeepKeys) {
   Content present = ContentOf({KeyOf(0, "")});
   ContentUpdate update;
   for (unsigned int depth = 1; depth <= 3000; ++depth) {
@@ -103,7 +103,7 @@ TEST(YaxregContentMerge, NeedsNoMemoryForThePathsOfDeepKeys) {
   }));
 }
 
-TEST(YaxregContentMerge, PutsTheDocumentBelowTheGivenKey) {
+TEST(ContentMerge, PutsTheDocumentBelowTheGivenKey) {
   const ContentUpdate update = Updates({UpdateOf("", {NumberOf("z", 9)}), UpdateOf("k")});
   const Content below = MergedContent(Present(), "a/b", update);
   EXPECT_EQ("a a/b a/b/c a/b/k d ", PathsOf(below));
@@ -115,7 +115,7 @@ TEST(YaxregContentMerge, PutsTheDocumentBelowTheGivenKey) {
   EXPECT_EQ("a a/b a/b/c a/b/k d ", PathsOf(MergedContent(Present(), "/a/b/", update)));
 }
 
-TEST(YaxregContentMerge, GivesNewKeysTheRightsOfTheLibrary) {
+TEST(ContentMerge, GivesNewKeysTheRightsOfTheLibrary) {
   Content present = Present();
   present.keys[4].permission = 0x37;
   const Content merged = MergedContent(present, "", Updates({UpdateOf("d/e/f"), UpdateOf("n")}));
@@ -128,7 +128,7 @@ TEST(YaxregContentMerge, GivesNewKeysTheRightsOfTheLibrary) {
   EXPECT_EQ(1000u, merged.keys[4].owner);
 }
 
-TEST(YaxregContentMerge, TakesOverTheFieldsThatAreTold) {
+TEST(ContentMerge, TakesOverTheFieldsThatAreTold) {
   KeyUpdate one = UpdateOf("a");
   one.owner = 7;
   one.watch = 3;
@@ -147,7 +147,7 @@ TEST(YaxregContentMerge, TakesOverTheFieldsThatAreTold) {
   EXPECT_EQ(0x8000000000000000, merged.keys[4].defaultValue);
 }
 
-TEST(YaxregContentMerge, TakesADefaultValueAway) {
+TEST(ContentMerge, TakesADefaultValueAway) {
   Content present = Present();
   present.keys[1].hasDefault = true;
   present.keys[1].defaultValue = 5;
@@ -159,7 +159,7 @@ TEST(YaxregContentMerge, TakesADefaultValueAway) {
   EXPECT_EQ(0u, merged.keys[1].defaultValue);
 }
 
-TEST(YaxregContentMerge, ReplacesValuesInTheirPlaces) {
+TEST(ContentMerge, ReplacesValuesInTheirPlaces) {
   const Content present = ContentOf(
       {KeyOf(0, "", {NumberOf("x", 1), NumberOf("y", 2), NumberOf("x", 3), NumberOf("z", 4)})});
   const Content merged = MergedContent(
@@ -167,7 +167,7 @@ TEST(YaxregContentMerge, ReplacesValuesInTheirPlaces) {
   EXPECT_EQ("x=7 y=2 x=8 z=9 ", NamesOf(merged.keys[0]));
 }
 
-TEST(YaxregContentMerge, MakesValuesOfAnotherNumberTheNewest) {
+TEST(ContentMerge, MakesValuesOfAnotherNumberTheNewest) {
   const Content present =
       ContentOf({KeyOf(0, "", {NumberOf("y", 2), NumberOf("x", 1), NumberOf("x", 3)})});
   const Content fewer = MergedContent(present, "", Updates({UpdateOf("", {NumberOf("x", 7)})}));
@@ -178,7 +178,7 @@ TEST(YaxregContentMerge, MakesValuesOfAnotherNumberTheNewest) {
 }
 
 // Names in any order, replaced in their places, made newer, new and left alone.
-TEST(YaxregContentMerge, MergesManyValuesAtOnce) {
+TEST(ContentMerge, MergesManyValuesAtOnce) {
   const Content present =
       ContentOf({KeyOf(0, "",
                        {NumberOf("d", 1), NumberOf("b", 2), NumberOf("a", 3), NumberOf("b", 4),

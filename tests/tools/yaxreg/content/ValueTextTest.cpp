@@ -7,18 +7,18 @@ namespace {
 
 using yaxreg::ValueText;
 
-TEST(YaxregValueText, ShowsNumbersInDecimalHoweverNarrow) {
+TEST(ValueText, ShowsNumbersInDecimalHoweverNarrow) {
   EXPECT_EQ("1500", ValueText(NumberOf("mtu", 1500)));
   EXPECT_EQ("18446744073709551615", ValueText(NumberOf("all", ~0ULL), 3));
 }
 
-TEST(YaxregValueText, ShowsTextsInQuotationMarksWithoutControlCharacters) {
+TEST(ValueText, ShowsTextsInQuotationMarksWithoutControlCharacters) {
   EXPECT_EQ("\"eth0\"", ValueText(TextOf("port", "eth0")));
   EXPECT_EQ("\"\"", ValueText(TextOf("port", "")));
   EXPECT_EQ("\"a\\\"b\\\\c\\x0a\"", ValueText(TextOf("port", "a\"b\\c\n")));
 }
 
-TEST(YaxregValueText, ShowsDataThatIsNoTextInHexadecimalDigits) {
+TEST(ValueText, ShowsDataThatIsNoTextInHexadecimalDigits) {
   EXPECT_EQ("00ff", ValueText(DataOf("mac", 2, std::string("\x00\xFF", 2))));
   EXPECT_EQ("61", ValueText(DataOf("other", 2, "a")));
   EXPECT_EQ("610062", ValueText(DataOf("other", 5, std::string("a\0b", 3))));
@@ -29,14 +29,14 @@ TEST(YaxregValueText, ShowsDataThatIsNoTextInHexadecimalDigits) {
   EXPECT_EQ("(empty)", ValueText(DataOf("none", 1, "")));
 }
 
-TEST(YaxregValueText, ShowsTextsOfOtherTypesInQuotationMarks) {
+TEST(ValueText, ShowsTextsOfOtherTypesInQuotationMarks) {
   for (unsigned int type = 2; type <= 5; ++type) {
     EXPECT_EQ("\"a\\\\\xC3\xA4\"", ValueText(DataOf("t", type, std::string("a\\\xC3\xA4\0", 5))));
   }
 }
 
 // A small number with its bytes in order looks like a text of control characters.
-TEST(YaxregValueText, TakesNumbersOfOtherTypesForNoText) {
+TEST(ValueText, TakesNumbersOfOtherTypesForNoText) {
   EXPECT_EQ("0100", ValueText(DataOf("one", 2, std::string("\1\0", 2))));
   EXPECT_EQ("0a00", ValueText(DataOf("ten", 2, std::string("\n\0", 2))));
   EXPECT_EQ("410a00", ValueText(DataOf("line", 2, std::string("A\n\0", 3))));
@@ -44,7 +44,7 @@ TEST(YaxregValueText, TakesNumbersOfOtherTypesForNoText) {
   EXPECT_EQ("00", ValueText(DataOf("zero", 2, std::string("\0", 1))));
 }
 
-TEST(YaxregValueText, NotesWhatTheDataDoesNotTell) {
+TEST(ValueText, NotesWhatTheDataDoesNotTell) {
   using yaxreg::ValueNotes;
   EXPECT_EQ("", ValueNotes(NumberOf("n", 1), false));
   EXPECT_EQ("hidden", ValueNotes(NumberOf("n", 1), true));
@@ -61,12 +61,12 @@ TEST(YaxregValueText, NotesWhatTheDataDoesNotTell) {
   EXPECT_EQ("type 0, number 7, size 4", ValueNotes(value, false));
 }
 
-TEST(YaxregValueText, TellsThatAValueIsNotSet) {
+TEST(ValueText, TellsThatAValueIsNotSet) {
   EXPECT_EQ("(not set)", ValueText(UnsetOf("mtu", 0, 8)));
   EXPECT_EQ("(not set)", ValueText(UnsetOf("port", 1, 5), 2));
 }
 
-TEST(YaxregValueText, CutsWhatIsWiderThanAllowed) {
+TEST(ValueText, CutsWhatIsWiderThanAllowed) {
   const yaxreg::ContentValue text = TextOf("text", "abcdefgh");  // 10 wide
   EXPECT_EQ("\"abcdefgh\"", ValueText(text, 10));
   EXPECT_EQ("\"abcde\"..", ValueText(text, 9));
@@ -79,7 +79,7 @@ TEST(YaxregValueText, CutsWhatIsWiderThanAllowed) {
   EXPECT_EQ("..", ValueText(data, 1));
 }
 
-TEST(YaxregValueText, CutsBetweenCharacters) {
+TEST(ValueText, CutsBetweenCharacters) {
   // Two bytes and one place a character.
   const yaxreg::ContentValue text = TextOf("text", "\xC3\xA4\xC3\xB6\xC3\xBC\xC3\x9F");
   EXPECT_EQ("\"\xC3\xA4\xC3\xB6\xC3\xBC\xC3\x9F\"", ValueText(text, 6));

@@ -17,13 +17,13 @@ std::string BranchOf(const std::string& verb) {
 }
 
 // "make update-pages" renews the kept script.
-TEST(YaxregCompletion, IsKeptAsItIsMade) {
+TEST(Completion, IsKeptAsItIsMade) {
   std::ifstream in(YAX_SOURCE_DIR "/tools/yaxreg/pages/completions/yaxreg", std::ios::binary);
   const std::string kept((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
   EXPECT_TRUE(kept == yaxreg::BashCompletion(yaxreg::AllVerbs())) << "run make update-pages";
 }
 
-TEST(YaxregCompletion, KnowsWhatFollowsAVerb) {
+TEST(Completion, KnowsWhatFollowsAVerb) {
   EXPECT_EQ(
       "    'tree')\n"
       "      kinds='file key'\n"
@@ -42,14 +42,14 @@ TEST(YaxregCompletion, KnowsWhatFollowsAVerb) {
       BranchOf("comp verify"));
 }
 
-TEST(YaxregCompletion, TellsFilesKeysAndValuesApart) {
+TEST(Completion, TellsFilesKeysAndValuesApart) {
   EXPECT_NE(std::string::npos, BranchOf("backup").find("kinds='file key file'\n"));
   EXPECT_NE(std::string::npos, BranchOf("diff").find("kinds='file file key'\n"));
   EXPECT_NE(std::string::npos, BranchOf("get").find("kinds='file key value'\n"));
   EXPECT_NE(std::string::npos, BranchOf("rights").find("kinds='file key other'\n"));
 }
 
-TEST(YaxregCompletion, TellsOptionsWithAFileApart) {
+TEST(Completion, TellsOptionsWithAFileApart) {
   EXPECT_TRUE(yaxreg::TakesFile({"--map", "SVG", ""}));
   EXPECT_TRUE(yaxreg::TakesFile({"-o,--output", "NEW", ""}));
   EXPECT_TRUE(yaxreg::TakesFile({"--file", "FILE", ""}));
@@ -59,7 +59,7 @@ TEST(YaxregCompletion, TellsOptionsWithAFileApart) {
   EXPECT_NE(std::string::npos, BranchOf("repair").find("files='-o --output'\n"));
 }
 
-TEST(YaxregCompletion, KnowsEveryVerbAndEveryOption) {
+TEST(Completion, KnowsEveryVerbAndEveryOption) {
   const std::string verbs = BranchOf("");
   for (const yaxreg::Verb& verb : yaxreg::AllVerbs().verbs) {
     const std::string name = verb.name;
@@ -79,7 +79,7 @@ TEST(YaxregCompletion, KnowsEveryVerbAndEveryOption) {
   }
 }
 
-TEST(YaxregCompletion, KnowsWhatTypesAndMachinesThereAre) {
+TEST(Completion, KnowsWhatTypesAndMachinesThereAre) {
   const std::string script = yaxreg::BashCompletion(yaxreg::AllVerbs());
   EXPECT_NE(std::string::npos, script.find("\n    --type) choices='0 1 2 3 4 5' ;;\n"));
   const size_t begin = script.find("\n    --machine) choices='");
@@ -90,7 +90,7 @@ TEST(YaxregCompletion, KnowsWhatTypesAndMachinesThereAre) {
 }
 
 // The table goes into the script between single quotes.
-TEST(YaxregCompletion, HasNoQuoteInItsTable) {
+TEST(Completion, HasNoQuoteInItsTable) {
   for (const yaxreg::Verb& verb : yaxreg::AllVerbs().verbs) {
     EXPECT_EQ(std::string::npos, std::string(verb.name).find('\''));
     for (const yaxreg::Option& option : verb.options) {

@@ -60,7 +60,7 @@ void ExpectTold(const std::string& verb, const ordered_json& document) {
   EXPECT_TRUE(PageTells(verb, fields)) << verb << " prints " << fields;
 }
 
-TEST(YaxregJsonPage, ShowsADocumentThatIsImportedAndExportedByteForByte) {
+TEST(JsonPage, ShowsADocumentThatIsImportedAndExportedByteForByte) {
   const std::string example = Example("json-export");
   ASSERT_NE("", example);
   const TempDir folder;
@@ -71,7 +71,7 @@ TEST(YaxregJsonPage, ShowsADocumentThatIsImportedAndExportedByteForByte) {
 }
 
 // "net/eth" gets the administrator's default, "net" is made for it.
-TEST(YaxregJsonPage, ShowsAShortDocumentThatIsImported) {
+TEST(JsonPage, ShowsAShortDocumentThatIsImported) {
   const std::string example = Example("json-import");
   ASSERT_NE("", example);
   const TempDir folder;
@@ -89,7 +89,7 @@ TEST(YaxregJsonPage, ShowsAShortDocumentThatIsImported) {
       Yaxreg({"export", file, "net/eth"}).out);
 }
 
-TEST(YaxregJsonPage, TellsWhatLookingVerbsPrint) {
+TEST(JsonPage, TellsWhatLookingVerbsPrint) {
   const SampleFile sample;
   const std::string& file = sample.path();
   ordered_json got = JsonOf({"get", file, "network/eth", "mtu"});
@@ -112,7 +112,7 @@ TEST(YaxregJsonPage, TellsWhatLookingVerbsPrint) {
   EXPECT_EQ("path", all["keys"][0].begin().key());
 }
 
-TEST(YaxregJsonPage, TellsWhatCheckingVerbsPrint) {
+TEST(JsonPage, TellsWhatCheckingVerbsPrint) {
   const TempDir folder;
   const std::string file = folder / "device.rce";
   HandMadeFile damaged = SmallTree();
@@ -135,7 +135,7 @@ TEST(YaxregJsonPage, TellsWhatCheckingVerbsPrint) {
   EXPECT_EQ(364, stat["kinds"]["key"]["used"].get<int>() + stat["kinds"]["key"]["free"].get<int>());
 }
 
-TEST(YaxregJsonPage, TellsWhatChangingVerbsPrint) {
+TEST(JsonPage, TellsWhatChangingVerbsPrint) {
   const TempDir folder;
   const std::string file = folder / "device.rce";
   const std::string backup = folder / "backup";
@@ -150,7 +150,7 @@ TEST(YaxregJsonPage, TellsWhatChangingVerbsPrint) {
   ExpectTold("compact", JsonOf({"compact", file}));
 }
 
-TEST(YaxregJsonPage, TellsHowDifferencesAndComponentsArePrinted) {
+TEST(JsonPage, TellsHowDifferencesAndComponentsArePrinted) {
   const TempDir folder;
   const std::string one = folder / "one.rce";
   const std::string two = folder / "two.rce";

@@ -29,12 +29,12 @@ void ExpectIn(const std::string& section, const std::string& part) {
   EXPECT_NE(std::string::npos, section.find(part)) << part << " is not in" << section;
 }
 
-TEST(YaxregManPage, EscapesWhatTroffTakesForItsOwn) {
+TEST(ManPage, EscapesWhatTroffTakesForItsOwn) {
   EXPECT_EQ("a\\-b \\e \\(aq \\(ga \\(ha \\(ti", yaxreg::Troff("a-b \\ ' ` ^ ~"));
   EXPECT_EQ("\\&.a\n\\&\\(aqb\nc.", yaxreg::Troff(".a\n'b\nc."));
 }
 
-TEST(YaxregManPage, BeginsSentencesOnTheirOwnLinesAndBreaksLongOnes) {
+TEST(ManPage, BeginsSentencesOnTheirOwnLinesAndBreaksLongOnes) {
   EXPECT_EQ("One.\nTwo, e.g. three.\n", yaxreg::TroffParagraph("One. Two, e.g. three."));
   const std::string half(40, 'a');
   const std::string fits(39, 'b');
@@ -43,14 +43,14 @@ TEST(YaxregManPage, BeginsSentencesOnTheirOwnLinesAndBreaksLongOnes) {
 }
 
 // "make update-pages" renews the kept page.
-TEST(YaxregManPage, IsKeptAsItIsMade) {
+TEST(ManPage, IsKeptAsItIsMade) {
   std::ifstream in(YAX_SOURCE_DIR "/tools/yaxreg/pages/yaxreg.1.in", std::ios::binary);
   const std::string kept((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
   EXPECT_TRUE(kept == yaxreg::ManPage(yaxreg::AllVerbs(), "@PROJECT_VERSION@"))
       << "run make update-pages";
 }
 
-TEST(YaxregManPage, HasTheSectionsInTheirOrder) {
+TEST(ManPage, HasTheSectionsInTheirOrder) {
   const std::string page = yaxreg::ManPage(yaxreg::AllVerbs(), "1.2.3");
   size_t at = 0;
   for (const char* section :
@@ -64,7 +64,7 @@ TEST(YaxregManPage, HasTheSectionsInTheirOrder) {
   }
 }
 
-TEST(YaxregManPage, TellsEverythingThatTheTableTellsOfAVerb) {
+TEST(ManPage, TellsEverythingThatTheTableTellsOfAVerb) {
   const std::string page = yaxreg::ManPage(yaxreg::AllVerbs(), "1.2.3");
   for (const yaxreg::Verb& verb : yaxreg::AllVerbs().verbs) {
     const std::string section = SectionOf(page, verb);
@@ -85,7 +85,7 @@ TEST(YaxregManPage, TellsEverythingThatTheTableTellsOfAVerb) {
   }
 }
 
-TEST(YaxregManPage, WritesOptionsSoThatTheyCanBeCopied) {
+TEST(ManPage, WritesOptionsSoThatTheyCanBeCopied) {
   const std::string page = yaxreg::ManPage(yaxreg::AllVerbs(), "1.2.3");
   ExpectIn(page, "\n.TP\n\\fB\\-d\\fR, \\fB\\-\\-depth\\fR \\fIN\\fR\nShow only");
   ExpectIn(page, "\n.TP\n\\fB\\-\\-raw\\fR\nWrite");
@@ -94,14 +94,14 @@ TEST(YaxregManPage, WritesOptionsSoThatTheyCanBeCopied) {
   ExpectIn(page, "\n\\fByaxreg create\\fR \\fIFILE\\fR\n");
 }
 
-TEST(YaxregManPage, TellsEveryExitCode) {
+TEST(ManPage, TellsEveryExitCode) {
   const std::string page = yaxreg::ManPage(yaxreg::AllVerbs(), "1.2.3");
   for (const char* code : {"0", "1", "2", "3", "4"}) {
     ExpectIn(page, "\n.TP\n\\fB" + std::string(code) + "\\fR\n");
   }
 }
 
-TEST(YaxregManPage, TellsStatusesWithTheirWordsAndExitCodes) {
+TEST(ManPage, TellsStatusesWithTheirWordsAndExitCodes) {
   const std::string page = yaxreg::ManPage(yaxreg::AllVerbs(), "1.2.3");
   ExpectIn(page, "\n.TP\n\\fB2\\fR (1)\nkey or value not found.\n");
   ExpectIn(page, "\n.TP\n\\fB59\\fR (3)\nnot a registry file, or damaged.\n");
@@ -117,7 +117,7 @@ TEST(YaxregManPage, TellsStatusesWithTheirWordsAndExitCodes) {
   EXPECT_EQ(13u, count);
 }
 
-TEST(YaxregManPage, TellsValueTypesAndOptionsThatAreRequired) {
+TEST(ManPage, TellsValueTypesAndOptionsThatAreRequired) {
   const std::string page = yaxreg::ManPage(yaxreg::AllVerbs(), "1.2.3");
   ExpectIn(page, "\n.SH VALUE TYPES\n.TP\n\\fB0\\fR\nA whole number of 64 bits.\n");
   ExpectIn(page, "\n\\fByaxreg repair\\fR \\fIFILE\\fR \\fB\\-\\-output\\fR \\fINEW\\fR\n.PP\n");
@@ -125,7 +125,7 @@ TEST(YaxregManPage, TellsValueTypesAndOptionsThatAreRequired) {
 }
 
 // A line that begins with a dot is a request; others of the page's own would be a mistake.
-TEST(YaxregManPage, HasNoLineThatTroffTakesWrong) {
+TEST(ManPage, HasNoLineThatTroffTakesWrong) {
   for (const std::string& line : LinesOf(yaxreg::ManPage(yaxreg::AllVerbs(), "1.2.3"))) {
     ASSERT_FALSE(line.empty());
     EXPECT_LE(line.size(), 100u) << line;

@@ -32,7 +32,7 @@ unsigned int Restore(const std::string& file, const char* path, const std::strin
 }
 
 // The example of the description, but for the ids of what only has to be there.
-TEST(YaxregBackupWriter, WritesTheStreamByteByByte) {
+TEST(BackupWriter, WritesTheStreamByteByByte) {
   ContentKey root = KeyOf(0, "");
   root.owner = 0xFFFF;
   root.permission = 0x5F;
@@ -94,7 +94,7 @@ Content RichContent() {
 }
 
 // Exported as JSON before and after: nothing is lost on the way.
-TEST(YaxregBackupWriter, WritesWhatTheLibraryRestores) {
+TEST(BackupWriter, WritesWhatTheLibraryRestores) {
   const TempDir folder;
   const Content content = RichContent();
   PutFile(folder / "was", ImageWriter(content).bytes());
@@ -108,7 +108,7 @@ TEST(YaxregBackupWriter, WritesWhatTheLibraryRestores) {
   EXPECT_EQ(ContentText(content), ContentText(image.content()));
 }
 
-TEST(YaxregBackupWriter, WritesOneKeyWithWhatIsBelowIt) {
+TEST(BackupWriter, WritesOneKeyWithWhatIsBelowIt) {
   const TempDir folder;
   ASSERT_EQ(0u, Restore(folder / "is", "there", BackupOf(RichContent(), 1)));
   EXPECT_EQ("", StructureFindings(folder / "is"));
@@ -121,7 +121,7 @@ TEST(YaxregBackupWriter, WritesOneKeyWithWhatIsBelowIt) {
       ContentText(RegistryImage(GetFile(folder / "is")).content()));
 }
 
-TEST(YaxregBackupWriter, WritesRandomTreesThatTheLibraryRestores) {
+TEST(BackupWriter, WritesRandomTreesThatTheLibraryRestores) {
   const unsigned first = std::random_device()();
   for (unsigned seed = first; seed != first + 20; ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));
@@ -144,7 +144,7 @@ TEST(YaxregBackupWriter, WritesRandomTreesThatTheLibraryRestores) {
 }
 
 // A chain of keys as deep as a file can hold.
-TEST(YaxregBackupWriter, WritesPathsOfAnyDepth) {
+TEST(BackupWriter, WritesPathsOfAnyDepth) {
   Content content = ContentOf({KeyOf(0, "")});
   for (unsigned depth = 1; depth < 10344; ++depth) content.keys.push_back(KeyOf(depth, "k"));
   EXPECT_EQ(1 + 10343 * (40 + 24) + 24u, BackupOf(content, 0).size());

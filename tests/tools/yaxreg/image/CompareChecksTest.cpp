@@ -63,9 +63,9 @@ bool IsSoundFor(const std::string& path, size_t offset) {
                      [&](const std::string& finding) { return IsOverlooked(finding, offset); });
 }
 
-class YaxregChecks : public ::testing::TestWithParam<unsigned> {};
+class CompareChecks : public ::testing::TestWithParam<unsigned> {};
 
-TEST_P(YaxregChecks, AgreeOnEveryFifthByte) {
+TEST_P(CompareChecks, AgreeOnEveryFifthByte) {
   const std::string bytes = RichFile();
   ASSERT_TRUE(RegistryImage(bytes).IsSound());
   const TempDir folder;
@@ -92,7 +92,7 @@ TEST_P(YaxregChecks, AgreeOnEveryFifthByte) {
   close(fd);
 }
 
-INSTANTIATE_TEST_SUITE_P(Quarters, YaxregChecks, ::testing::Range(0u, 4u));
+INSTANTIATE_TEST_SUITE_P(Quarters, CompareChecks, ::testing::Range(0u, 4u));
 
 }  // namespace
 

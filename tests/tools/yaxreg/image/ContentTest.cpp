@@ -14,7 +14,7 @@ Content Sample() {
                     KeyOf(2, "d"), KeyOf(1, "ab"), KeyOf(2, "b")});
 }
 
-TEST(YaxregContent, FindsKeysByTheirPaths) {
+TEST(Content, FindsKeysByTheirPaths) {
   const Content content = Sample();
   const char* const paths[] = {"", "a", "a/b", "a/b/c", "a/d", "ab", "ab/b"};
   for (size_t i = 0; i < 7; ++i) {
@@ -29,7 +29,7 @@ TEST(YaxregContent, FindsKeysByTheirPaths) {
   EXPECT_EQ(Content::kNone, Content().Find(""));
 }
 
-TEST(YaxregContent, FindsAKeyDirectlyBelowAnother) {
+TEST(Content, FindsAKeyDirectlyBelowAnother) {
   const Content content = Sample();
   EXPECT_EQ(4u, content.FindChild(1, "d"));
   EXPECT_EQ(6u, content.FindChild(5, "b"));
@@ -37,7 +37,7 @@ TEST(YaxregContent, FindsAKeyDirectlyBelowAnother) {
   EXPECT_EQ(Content::kNone, content.FindChild(4, "b"));
 }
 
-TEST(YaxregContent, KnowsWhereTheKeysBelowAKeyEnd) {
+TEST(Content, KnowsWhereTheKeysBelowAKeyEnd) {
   const Content content = Sample();
   const size_t ends[] = {7, 5, 4, 4, 5, 7, 7};
   for (size_t i = 0; i < 7; ++i) {
@@ -47,7 +47,7 @@ TEST(YaxregContent, KnowsWhereTheKeysBelowAKeyEnd) {
   EXPECT_EQ(3u, content.ValueCount());
 }
 
-TEST(YaxregContent, WalksOverThePathsOfKeys) {
+TEST(Content, WalksOverThePathsOfKeys) {
   const Content content = Sample();
   const char* const paths[] = {"", "a", "a/b", "a/b/c", "a/d", "ab", "ab/b"};
   PathWalk walk;
@@ -60,7 +60,7 @@ TEST(YaxregContent, WalksOverThePathsOfKeys) {
   for (const size_t i : {0u, 1u, 4u, 5u}) EXPECT_EQ(paths[i], some.Enter(content.keys[i]));
 }
 
-TEST(YaxregContent, SplitsPaths) {
+TEST(Content, SplitsPaths) {
   using Names = std::vector<std::string>;
   EXPECT_EQ(Names(), ComponentsOf(""));
   EXPECT_EQ(Names(), ComponentsOf("/"));
@@ -70,7 +70,7 @@ TEST(YaxregContent, SplitsPaths) {
   EXPECT_EQ(Names({"a", ""}), ComponentsOf("a//"));
 }
 
-TEST(YaxregContent, AnswersTheNewestValueOfAName) {
+TEST(Content, AnswersTheNewestValueOfAName) {
   const ContentKey key =
       KeyOf(1, "k", {NumberOf("a", 3), NumberOf("b", 2), NumberOf("a", 1), UnsetOf("", 0, 8)});
   EXPECT_EQ(&key.values[0], key.FindValue("a"));
@@ -79,7 +79,7 @@ TEST(YaxregContent, AnswersTheNewestValueOfAName) {
   EXPECT_EQ(nullptr, key.FindValue("c"));
 }
 
-TEST(YaxregContent, ComparesKeysByAllButTheirNameAndPlace) {
+TEST(Content, ComparesKeysByAllButTheirNameAndPlace) {
   const ContentKey key = KeyOf(1, "k", {NumberOf("a", 3)});
   ContentKey other = key;
   other.name = "other";

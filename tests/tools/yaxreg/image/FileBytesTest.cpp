@@ -19,7 +19,7 @@ namespace yaxreg {
 
 namespace {
 
-class YaxregFileBytes : public ::testing::Test {
+class FileBytes : public ::testing::Test {
  protected:
   // The names of all files in the folder, with a blank behind each.
   std::string Files() const {
@@ -54,7 +54,7 @@ class YaxregFileBytes : public ::testing::Test {
   const std::string old = "old bytes";
 };
 
-TEST_F(YaxregFileBytes, ReadsAWholeFile) {
+TEST_F(FileBytes, ReadsAWholeFile) {
   const std::string bytes(5000, '\xFF');
   PutFile(file, bytes);
   std::string read;
@@ -65,7 +65,7 @@ TEST_F(YaxregFileBytes, ReadsAWholeFile) {
   EXPECT_EQ("", read);
 }
 
-TEST_F(YaxregFileBytes, ReadsNoFileThatIsTooLong) {
+TEST_F(FileBytes, ReadsNoFileThatIsTooLong) {
   PutFile(file, "12345");
   std::string read;
   const FileResult result = ReadWholeFile(file, 4, &read);
@@ -75,7 +75,7 @@ TEST_F(YaxregFileBytes, ReadsNoFileThatIsTooLong) {
   EXPECT_EQ("", read);
 }
 
-TEST_F(YaxregFileBytes, ReadsRegularFilesOnly) {
+TEST_F(FileBytes, ReadsRegularFilesOnly) {
   std::string read;
   EXPECT_EQ("cannot be opened: No such file or directory",
             ReadWholeFile(folder / "absent", 10, &read).reason);
@@ -85,14 +85,14 @@ TEST_F(YaxregFileBytes, ReadsRegularFilesOnly) {
   EXPECT_EQ("is no regular file", ReadWholeFile("/dev/zero", 10, &read).reason);
 }
 
-TEST_F(YaxregFileBytes, WritesANewFile) {
+TEST_F(FileBytes, WritesANewFile) {
   const std::string bytes(5000, '\0');
   EXPECT_TRUE(WriteNewFile(file, bytes).isDone());
   EXPECT_EQ(bytes, GetFile(file));
   EXPECT_EQ("file ", Files());
 }
 
-TEST_F(YaxregFileBytes, WritesOverNothingThatIsThere) {
+TEST_F(FileBytes, WritesOverNothingThatIsThere) {
   PutFile(file, old);
   const FileResult result = WriteNewFile(file, "new");
   EXPECT_TRUE(result.exists);
@@ -105,13 +105,13 @@ TEST_F(YaxregFileBytes, WritesOverNothingThatIsThere) {
   EXPECT_EQ("file link ", Files());
 }
 
-TEST_F(YaxregFileBytes, WritesNoNewFileIntoAFolderThatIsNotThere) {
+TEST_F(FileBytes, WritesNoNewFileIntoAFolderThatIsNotThere) {
   const FileResult result = WriteNewFile(folder / "absent/file", "new");
   EXPECT_EQ("cannot be made: No such file or directory", result.reason);
   EXPECT_FALSE(result.exists);
 }
 
-TEST_F(YaxregFileBytes, GivesANewFileTheModeOfEveryNewFile) {
+TEST_F(FileBytes, GivesANewFileTheModeOfEveryNewFile) {
   for (const mode_t mask : {022u, 077u, 0u, 0777u}) {
     unlink(file.c_str());
     const mode_t before = umask(mask);
@@ -122,7 +122,7 @@ TEST_F(YaxregFileBytes, GivesANewFileTheModeOfEveryNewFile) {
 }
 
 // The file has its name when it is complete, and nobody's file is written over even then.
-TEST_F(YaxregFileBytes, GivesANewFileItsNameAtTheEnd) {
+TEST_F(FileBytes, GivesANewFileItsNameAtTheEnd) {
   std::string present;
   {
     const TakenOverCalls taken({{}, [&] { return present = GetFile(file), 0; }, {}});
@@ -138,7 +138,7 @@ TEST_F(YaxregFileBytes, GivesANewFileItsNameAtTheEnd) {
   EXPECT_EQ("file ", Files());
 }
 
-TEST_F(YaxregFileBytes, WritesANewFileWhereThereAreNoLinks) {
+TEST_F(FileBytes, WritesANewFileWhereThereAreNoLinks) {
   for (const int error : {EPERM, EOPNOTSUPP, ENOSYS, EMLINK}) {
     const auto fails = [&] { return error; };
     {
@@ -163,7 +163,7 @@ TEST_F(YaxregFileBytes, WritesANewFileWhereThereAreNoLinks) {
   EXPECT_EQ("", Files());
 }
 
-TEST_F(YaxregFileBytes, WritesANewFileWhereNothingButThatIsPossible) {
+TEST_F(FileBytes, WritesANewFileWhereNothingButThatIsPossible) {
   for (const int error : {EINVAL, ENOSYS, EOPNOTSUPP}) {
     const TakenOverCalls taken({{}, [] { return EPERM; }, [&] { return error; }});
     EXPECT_TRUE(WriteNewFile(file, "new").isDone());
@@ -178,7 +178,7 @@ TEST_F(YaxregFileBytes, WritesANewFileWhereNothingButThatIsPossible) {
   EXPECT_EQ("file ", Files());
 }
 
-TEST_F(YaxregFileBytes, WritesFilesOfTheLongestName) {
+TEST_F(FileBytes, WritesFilesOfTheLongestName) {
   const std::string longest = folder / std::string(255, 'n').c_str();
   EXPECT_TRUE(WriteNewFile(longest, old).isDone());
   EXPECT_TRUE(ReplaceFile(longest, old, "new").isDone());
@@ -187,13 +187,13 @@ TEST_F(YaxregFileBytes, WritesFilesOfTheLongestName) {
   EXPECT_EQ(std::string(255, 'n') + ' ', Files());
 }
 
-TEST_F(YaxregFileBytes, TellsTheFolderOfAPath) {
+TEST_F(FileBytes, TellsTheFolderOfAPath) {
   EXPECT_EQ(".", FolderOf("a"));
   EXPECT_EQ("/", FolderOf("/a"));
   EXPECT_EQ("a/b", FolderOf("a/b/c"));
 }
 
-TEST_F(YaxregFileBytes, LeavesNothingWhenTheDiskIsFull) {
+TEST_F(FileBytes, LeavesNothingWhenTheDiskIsFull) {
   const std::string bytes(5000, 'x');
   EXPECT_TRUE(OnAFullDisk([&] { return WriteNewFile(file, std::string(1000, 'x')).isDone(); }));
   EXPECT_EQ("file ", Files());
@@ -210,7 +210,7 @@ TEST_F(YaxregFileBytes, LeavesNothingWhenTheDiskIsFull) {
   EXPECT_EQ(old, GetFile(file));
 }
 
-TEST_F(YaxregFileBytes, ReplacesAFile) {
+TEST_F(FileBytes, ReplacesAFile) {
   PutFile(file, old);
   ASSERT_EQ(0, chmod(file.c_str(), 0640));
   EXPECT_TRUE(ReplaceFile(file, old, "new").isDone());
@@ -219,7 +219,7 @@ TEST_F(YaxregFileBytes, ReplacesAFile) {
   EXPECT_EQ("file ", Files());
 }
 
-TEST_F(YaxregFileBytes, KeepsTheOwnerOfAFileThatItReplaces) {
+TEST_F(FileBytes, KeepsTheOwnerOfAFileThatItReplaces) {
   if (geteuid() != 0) GTEST_SKIP() << "only root can give files away";
   PutFile(file, old);
   ASSERT_EQ(0, chown(file.c_str(), 1234, 4321));
@@ -230,7 +230,7 @@ TEST_F(YaxregFileBytes, KeepsTheOwnerOfAFileThatItReplaces) {
   EXPECT_EQ(4321u, found.st_gid);
 }
 
-TEST_F(YaxregFileBytes, ReplacesWhatALinkLeadsTo) {
+TEST_F(FileBytes, ReplacesWhatALinkLeadsTo) {
   ASSERT_EQ(0, mkdir((folder / "sub").c_str(), 0700));
   PutFile(folder / "sub/real", old);
   ASSERT_EQ(0, symlink("sub/real", file.c_str()));
@@ -240,7 +240,7 @@ TEST_F(YaxregFileBytes, ReplacesWhatALinkLeadsTo) {
   EXPECT_EQ("file sub ", Files());
 }
 
-TEST_F(YaxregFileBytes, ReplacesNoFileThatWasChangedMeanwhile) {
+TEST_F(FileBytes, ReplacesNoFileThatWasChangedMeanwhile) {
   for (const char* present : {"old bytez", "old bytes and more", "old byte", ""}) {
     PutFile(file, present);
     EXPECT_EQ("was changed by another program meanwhile, nothing is done",
@@ -250,12 +250,12 @@ TEST_F(YaxregFileBytes, ReplacesNoFileThatWasChangedMeanwhile) {
   }
 }
 
-TEST_F(YaxregFileBytes, ReplacesNoFileThatIsNotThere) {
+TEST_F(FileBytes, ReplacesNoFileThatIsNotThere) {
   EXPECT_EQ("cannot be written: No such file or directory", ReplaceFile(file, "", "new").reason);
   EXPECT_EQ("", Files());
 }
 
-TEST_F(YaxregFileBytes, ReplacesNothingThatMayNotBeWritten) {
+TEST_F(FileBytes, ReplacesNothingThatMayNotBeWritten) {
   PutFile(file, old);
   ASSERT_EQ(0, chmod((folder / ".").c_str(), 0777));
   ASSERT_EQ(0, chmod(file.c_str(), 0444));

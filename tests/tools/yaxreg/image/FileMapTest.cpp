@@ -50,7 +50,7 @@ std::string MapOf(const std::string& bytes) {
   return DrawFileMap(yaxreg::RegistryImage(bytes), "device.rce", "room for 5 keys");
 }
 
-TEST(YaxregFileMap, IsWellFormedAndSelfContained) {
+TEST(FileMap, IsWellFormedAndSelfContained) {
   const SampleFile sample;
   const std::string svg = MapOf(GetFile(sample.path()));
   EXPECT_TRUE(IsWellFormed(svg));
@@ -61,7 +61,7 @@ TEST(YaxregFileMap, IsWellFormedAndSelfContained) {
   EXPECT_FALSE(Contains(svg, "damaged"));
 }
 
-TEST(YaxregFileMap, NamesTheFileWhateverItIsCalled) {
+TEST(FileMap, NamesTheFileWhateverItIsCalled) {
   const SampleFile sample;
   const yaxreg::RegistryImage image(GetFile(sample.path()));
   const std::string svg = DrawFileMap(image, "<a&b>\x01\xFF\xEF\xBF\xBF.rce", "\"room\"");
@@ -74,7 +74,7 @@ TEST(YaxregFileMap, NamesTheFileWhateverItIsCalled) {
   EXPECT_FALSE(Contains(svg, "textLength"));
 }
 
-TEST(YaxregFileMap, OutlinesTheTablesThatAreNotThereYet) {
+TEST(FileMap, OutlinesTheTablesThatAreNotThereYet) {
   const SampleFile sample;
   const std::string svg = MapOf(GetFile(sample.path()));
   // 20 of each kind, the frame of the strip and one in the legend.
@@ -83,7 +83,7 @@ TEST(YaxregFileMap, OutlinesTheTablesThatAreNotThereYet) {
   EXPECT_EQ(4u, CountOf(svg, " class=\"n e g\">20</text>"));
 }
 
-TEST(YaxregFileMap, DrawsRunsOfSlots) {
+TEST(FileMap, DrawsRunsOfSlots) {
   const SampleFile sample;
   const std::string svg = MapOf(GetFile(sample.path()));
   // Five keys, five values, two blocks and seven string nodes are used, from the first slot on.
@@ -98,7 +98,7 @@ TEST(YaxregFileMap, DrawsRunsOfSlots) {
   EXPECT_TRUE(Contains(svg, ">0 leaked (nothing leads to them)</text>"));
 }
 
-TEST(YaxregFileMap, ShowsTheStripToScale) {
+TEST(FileMap, ShowsTheStripToScale) {
   const SampleFile sample;
   const std::string svg = MapOf(GetFile(sample.path()));
   // The string nodes: 14600 of 75888 bytes from 10188 on, in a strip of 1520 from 40 on.
@@ -140,7 +140,7 @@ std::string MostRuns(std::string bytes) {
   return bytes;
 }
 
-TEST(YaxregFileMap, StaysBelowAMegabyteWhateverIsInTheFile) {
+TEST(FileMap, StaysBelowAMegabyteWhateverIsInTheFile) {
   const SampleFile sample;
   const std::string svg = MapOf(MostRuns(GetFile(sample.path())));
   EXPECT_TRUE(IsWellFormed(svg));
@@ -155,7 +155,7 @@ TEST(YaxregFileMap, StaysBelowAMegabyteWhateverIsInTheFile) {
   EXPECT_GT(svg.size(), 200000u);
 }
 
-TEST(YaxregFileMap, SaysThatAFileIsDamaged) {
+TEST(FileMap, SaysThatAFileIsDamaged) {
   const SampleFile sample;
   std::string bytes = GetFile(sample.path());
   bytes.replace(10188 + 40 + 16, 4, std::string("\0\xFF\xFF\0", 4));

@@ -156,9 +156,9 @@ std::string MakeRegistry(const std::string& path) {
   return GetFile(path);
 }
 
-class YaxregDamage : public ::testing::TestWithParam<unsigned> {
+class ImageDamage : public ::testing::TestWithParam<unsigned> {
  protected:
-  YaxregDamage() : bytes_(MakeRegistry(folder_ / "sound")), sound_(bytes_), dependences_(bytes_) {}
+  ImageDamage() : bytes_(MakeRegistry(folder_ / "sound")), sound_(bytes_), dependences_(bytes_) {}
 
   // Compares what was read of a file with the byte at `offset` changed.
   void Compare(const Content& content, unsigned offset) const {
@@ -207,7 +207,7 @@ class YaxregDamage : public ::testing::TestWithParam<unsigned> {
   Dependences dependences_;
 };
 
-TEST_P(YaxregDamage, WhatTheChangeOfAByteDoesNotTouchIsSaved) {
+TEST_P(ImageDamage, WhatTheChangeOfAByteDoesNotTouchIsSaved) {
   ASSERT_TRUE(sound_.IsSound());
   ASSERT_EQ(75888u, bytes_.size());
   ASSERT_EQ(dependences_.keys().size(), sound_.content().keys.size());
@@ -230,7 +230,7 @@ TEST_P(YaxregDamage, WhatTheChangeOfAByteDoesNotTouchIsSaved) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Eighths, YaxregDamage, ::testing::Range(0u, 8u));
+INSTANTIATE_TEST_SUITE_P(Eighths, ImageDamage, ::testing::Range(0u, 8u));
 
 }  // namespace
 

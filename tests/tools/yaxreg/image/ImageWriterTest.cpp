@@ -52,7 +52,7 @@ std::string Word(const std::string& bytes, size_t offset) {
 }
 
 // The example of the description of the file, and all that lies around it.
-TEST(YaxregImageWriter, WritesASmallFileByteByByte) {
+TEST(ImageWriter, WritesASmallFileByteByByte) {
   ContentKey net =
       KeyOf(1, "net", {DataOf("port", 1, std::string("eth0\0", 5)), NumberOf("mtu", 1500)});
   net.owner = 0xE7886B13;
@@ -92,7 +92,7 @@ TEST(YaxregImageWriter, WritesASmallFileByteByByte) {
   for (size_t i = 0; i < bytes.size(); ++i) ASSERT_EQ(whole.bytes[i], bytes[i]) << i;
 }
 
-TEST(YaxregImageWriter, WritesUnsetHiddenAndEmptyValuesInTheirOrder) {
+TEST(ImageWriter, WritesUnsetHiddenAndEmptyValuesInTheirOrder) {
   ContentKey key = KeyOf(1, "k",
                          {NumberOf("n", 0xFFFFFFFFFFFFFFFF), UnsetOf("n", 0, 8), UnsetOf("u", 2, 0),
                           DataOf("e", 5, ""), NumberOf("n", 1),
@@ -103,7 +103,7 @@ TEST(YaxregImageWriter, WritesUnsetHiddenAndEmptyValuesInTheirOrder) {
   ExpectHolds(content, ImageWriter(content).bytes());
 }
 
-TEST(YaxregImageWriter, ChainsTheBlocksOfLongData) {
+TEST(ImageWriter, ChainsTheBlocksOfLongData) {
   const Content content = WithRoot({KeyOf(1, "k", Blocks(1, 3))});
   const std::string bytes = ImageWriter(content).bytes();
   // Entries 1, 2 and 3, and the first free one.
@@ -116,7 +116,7 @@ TEST(YaxregImageWriter, ChainsTheBlocksOfLongData) {
 }
 
 // 364 + 499 + 1 values: the third table begins where the second one's area ends.
-TEST(YaxregImageWriter, AppendsTablesForMoreValues) {
+TEST(ImageWriter, AppendsTablesForMoreValues) {
   const Content content = WithRoot({KeyOf(1, "k", Numbers(864))});
   const std::string bytes = ImageWriter(content).bytes();
   const unsigned second = 75888;
@@ -140,7 +140,7 @@ TEST(YaxregImageWriter, AppendsTablesForMoreValues) {
   ExpectHolds(content, bytes);
 }
 
-TEST(YaxregImageWriter, AppendsTablesForMoreKeys) {
+TEST(ImageWriter, AppendsTablesForMoreKeys) {
   std::vector<ContentKey> keys;
   for (unsigned i = 1000; i < 1900; ++i) keys.push_back(KeyOf(1, std::to_string(i)));
   const Content content = WithRoot(keys);
@@ -152,7 +152,7 @@ TEST(YaxregImageWriter, AppendsTablesForMoreKeys) {
   EXPECT_EQ(3u, image.UseOf(NodeKind::kString).tables);
 }
 
-TEST(YaxregImageWriter, KeepsFullTablesWithoutAppendingOne) {
+TEST(ImageWriter, KeepsFullTablesWithoutAppendingOne) {
   const Content content = WithRoot({KeyOf(1, "k", Numbers(364))});
   const std::string bytes = ImageWriter(content).bytes();
   EXPECT_EQ(75888u, bytes.size());
@@ -161,7 +161,7 @@ TEST(YaxregImageWriter, KeepsFullTablesWithoutAppendingOne) {
 
 // 22 values of 16 blocks leave 12 blocks of the first table; the next such value does not fit in,
 // a smaller one does.
-TEST(YaxregImageWriter, PutsAllBlocksOfAValueIntoOneTable) {
+TEST(ImageWriter, PutsAllBlocksOfAValueIntoOneTable) {
   std::vector<ContentValue> values = Blocks(23, 16);
   values.insert(values.begin(), DataOf("small", 2, std::string(12 * 64, 'y')));
   const Content content = WithRoot({KeyOf(1, "k", values)});
@@ -176,7 +176,7 @@ TEST(YaxregImageWriter, PutsAllBlocksOfAValueIntoOneTable) {
 
 // 72 values of one block and 642 of sixteen use every block that can be used, if the small ones
 // fill what the large ones leave.
-TEST(YaxregImageWriter, FindsRoomForTheLargestValuesFirst) {
+TEST(ImageWriter, FindsRoomForTheLargestValuesFirst) {
   const Content content = WithRoot({KeyOf(1, "a", Blocks(72, 1)), KeyOf(1, "b", Blocks(642, 16))});
   const std::string bytes = ImageWriter(content).bytes();
   ASSERT_FALSE(bytes.empty());
@@ -189,7 +189,7 @@ TEST(YaxregImageWriter, FindsRoomForTheLargestValuesFirst) {
 }
 
 // 364 + 20 * 499 = 10344.
-TEST(YaxregImageWriter, WritesAsManyValuesAsAFileHolds) {
+TEST(ImageWriter, WritesAsManyValuesAsAFileHolds) {
   Content content = WithRoot({KeyOf(1, "k", Numbers(10344))});
   const std::string bytes = ImageWriter(content).bytes();
   ExpectHolds(content, bytes);
@@ -200,7 +200,7 @@ TEST(YaxregImageWriter, WritesAsManyValuesAsAFileHolds) {
 }
 
 // Each key takes one string node, so that both kinds are full at the same time.
-TEST(YaxregImageWriter, WritesAsManyKeysAsAFileHolds) {
+TEST(ImageWriter, WritesAsManyKeysAsAFileHolds) {
   std::vector<ContentKey> keys;
   for (unsigned depth = 1; depth < 10344; ++depth) keys.push_back(KeyOf(depth, "k"));
   Content content = WithRoot(keys);
@@ -215,7 +215,7 @@ TEST(YaxregImageWriter, WritesAsManyKeysAsAFileHolds) {
 }
 
 // A file that was made with other first tables keeps them, but for smaller ones than usual.
-TEST(YaxregImageWriter, MakesTheFirstTablesAsLargeAsAsked) {
+TEST(ImageWriter, MakesTheFirstTablesAsLargeAsAsked) {
   const Content content = WithRoot({KeyOf(1, "k", Numbers(700))});
   const std::string bytes = ImageWriter(content, 1001).bytes();
   EXPECT_EQ(4348u + 196 * 1001, bytes.size());

@@ -72,11 +72,11 @@ void CheckShape(const NameTree& tree) {
   for (size_t i = 0; i < links.size(); ++i) ASSERT_EQ(i == 0 ? 0u : 1u, links[i]) << i;
 }
 
-TEST(YaxregNameTree, HasNoNodesWithoutNames) {
+TEST(NameTree, HasNoNodesWithoutNames) {
   EXPECT_EQ(0u, CountNodes({}));
 }
 
-TEST(YaxregNameTree, TakesANodeForEachSeventeenCharacters) {
+TEST(NameTree, TakesANodeForEachSeventeenCharacters) {
   EXPECT_EQ(1u, CountNodes({"a"}));
   EXPECT_EQ(1u, CountNodes({std::string(16, 'a')}));
   EXPECT_EQ(1u, CountNodes({std::string(17, 'a')}));
@@ -85,7 +85,7 @@ TEST(YaxregNameTree, TakesANodeForEachSeventeenCharacters) {
   EXPECT_EQ(3u, CountNodes({std::string(35, 'a')}));
 }
 
-TEST(YaxregNameTree, SharesWhatNamesHaveInCommon) {
+TEST(NameTree, SharesWhatNamesHaveInCommon) {
   EXPECT_EQ(2u, CountNodes({"net", "network"}));
   EXPECT_EQ(3u, CountNodes({"n", "ne", "net"}));
   EXPECT_EQ(2u, CountNodes({"eth0", "eth1"}));
@@ -99,7 +99,7 @@ TEST(YaxregNameTree, SharesWhatNamesHaveInCommon) {
   EXPECT_EQ(3u, CountNodes({std::string(17, 'a') + "b", std::string(17, 'a') + "c"}));
 }
 
-TEST(YaxregNameTree, SpellsANameInItsNodes) {
+TEST(NameTree, SpellsANameInItsNodes) {
   const Content content = Names({"0123456789abcdefghijk", "0123456789abcdefg"});
   const NameTree tree(content, 0);
   ASSERT_EQ(2u, tree.nodes().size());
@@ -113,7 +113,7 @@ TEST(YaxregNameTree, SpellsANameInItsNodes) {
 }
 
 // 0xE4 is below "a", because characters are signed.
-TEST(YaxregNameTree, PutsBytesAboveThe127thBeforeTheOthers) {
+TEST(NameTree, PutsBytesAboveThe127thBeforeTheOthers) {
   const Content content = Names({"a", "b", "\xE4"});
   const NameTree tree(content, 0);
   ASSERT_EQ(3u, tree.nodes().size());
@@ -125,7 +125,7 @@ TEST(YaxregNameTree, PutsBytesAboveThe127thBeforeTheOthers) {
 }
 
 // 254 neighbours: all bytes but 0 and "/". Of a balanced tree of eight levels no path is longer.
-TEST(YaxregNameTree, KeepsNeighboursBalanced) {
+TEST(NameTree, KeepsNeighboursBalanced) {
   std::set<std::string> names;
   for (int c = 1; c < 256; ++c) {
     if (c != '/') names.insert(std::string(1, static_cast<char>(c)));
@@ -141,7 +141,7 @@ TEST(YaxregNameTree, KeepsNeighboursBalanced) {
   }
 }
 
-TEST(YaxregNameTree, HangsSubKeysOnTheNodeOfTheirKey) {
+TEST(NameTree, HangsSubKeysOnTheNodeOfTheirKey) {
   const Content content = ContentOf(
       {KeyOf(0, ""), KeyOf(1, "a"), KeyOf(2, "x"), KeyOf(3, "y"), KeyOf(1, "ab"), KeyOf(2, "x")});
   const NameTree tree(content, 0);
@@ -159,7 +159,7 @@ TEST(YaxregNameTree, HangsSubKeysOnTheNodeOfTheirKey) {
   EXPECT_EQ(5u, tree.nodes()[tree.nodes()[ab].child].key);
 }
 
-TEST(YaxregNameTree, PlansOnlyWhatIsBelowTheKey) {
+TEST(NameTree, PlansOnlyWhatIsBelowTheKey) {
   const Content content = ContentOf({KeyOf(0, ""), KeyOf(1, "a"), KeyOf(2, "x"), KeyOf(1, "b")});
   const NameTree tree(content, 1);
   ASSERT_EQ(1u, tree.nodes().size());
@@ -167,7 +167,7 @@ TEST(YaxregNameTree, PlansOnlyWhatIsBelowTheKey) {
   EXPECT_EQ(2u, tree.nodes()[0].key);
 }
 
-TEST(YaxregNameTree, WritesANodeAsItIsStored) {
+TEST(NameTree, WritesANodeAsItIsStored) {
   NameTree::Node node;
   node.segment = "ne";
   node.split = 't';
@@ -197,7 +197,7 @@ std::set<std::string> RandomNames(std::mt19937* random) {
   return names;
 }
 
-TEST(YaxregNameTree, FindsEveryOneOfRandomNamesAndNoOther) {
+TEST(NameTree, FindsEveryOneOfRandomNamesAndNoOther) {
   const unsigned first = std::random_device()();
   for (unsigned seed = first; seed != first + 200; ++seed) {
     SCOPED_TRACE("seed " + std::to_string(seed));

@@ -246,7 +246,7 @@ TEST(RegistryImageStrays, DoNotMakeACountThatIsTooHighALoss) {
             FindingsText(RegistryImage(file.bytes)));
 }
 
-TEST(RegistryImageZeros, OfAValueAreALoss) {
+TEST(RegistryImageStrays, OfAValueAreALoss) {
   HandMadeFile file = SmallTree();
   file.PutBytes(V(1), std::string(52, '\0'));
   const RegistryImage image(file.bytes);
@@ -255,7 +255,7 @@ TEST(RegistryImageZeros, OfAValueAreALoss) {
 }
 
 // With and without keys below; what means nothing does not matter.
-TEST(RegistryImageZeros, OfAKeyAreALoss) {
+TEST(RegistryImageStrays, OfAKeyAreALoss) {
   HandMadeFile file = SmallTree();
   file.PutBytes(K(2), std::string(16, '\0'));
   file.PutBytes(K(3), std::string(24, '\0'));
@@ -282,7 +282,7 @@ TEST(RegistryImageZeros, OfAKeyAreALoss) {
 }
 
 // "nfs" is marked as the root key, too, and lost as the root's is.
-TEST(RegistryImageRootKey, IsNotTakenFromTwoThatAreMarked) {
+TEST(RegistryImageStrays, IsNotTakenFromTwoThatAreMarked) {
   HandMadeFile file = SmallTree();
   file.PutWord(S(1) + 20, 0);
   file.PutByte(K(3) + 7, 0x02);
@@ -293,7 +293,7 @@ TEST(RegistryImageRootKey, IsNotTakenFromTwoThatAreMarked) {
   EXPECT_NE(Content::kNone, content.Find("lost+found/(key 0x300)"));
 }
 
-TEST(RegistryImageNumbers, OfImpossibleSizesAreReadAsEightBytes) {
+TEST(RegistryImageStrays, OfImpossibleSizesAreReadAsEightBytes) {
   HandMadeFile file = SmallTree();
   const auto sizeFor = [&](unsigned size) {
     file.PutWord(V(1) + 8, size | 0x40000000);
@@ -313,7 +313,7 @@ TEST(RegistryImageNumbers, OfImpossibleSizesAreReadAsEightBytes) {
 }
 
 // 300 keys that all lead to the 300 values of one of them, and count so many.
-TEST(RegistryImageSharedValues, AreReadForTwoKeysAtMost) {
+TEST(RegistryImageStrays, AreReadForTwoKeysAtMost) {
   std::vector<ContentKey> keys = {RegistryImage(HandMadeFile().bytes).content().keys[0]};
   for (unsigned i = 0; i < 300; ++i) keys.push_back(KeyOf(1, "k" + std::to_string(1000 + i)));
   for (unsigned i = 0; i < 300; ++i) {
@@ -336,14 +336,14 @@ TEST(RegistryImageSharedValues, AreReadForTwoKeysAtMost) {
   EXPECT_EQ("its values lead to those of another key", image.findings()[2].text);
 }
 
-TEST(RegistryImagePaths, AreKeptToAThousandBytes) {
+TEST(RegistryImageStrays, AreKeptToAThousandBytes) {
   const std::string longest(1000, 'a');
   EXPECT_EQ(longest, RegistryImage::ShortPath(longest));
   EXPECT_EQ(std::string(497, 'a') + "/.../" + std::string(496, 'a') + 'b',
             RegistryImage::ShortPath(longest + 'b'));
 }
 
-TEST(RegistryImagePaths, OfFindingsAreShort) {
+TEST(RegistryImageStrays, OfFindingsAreShort) {
   HandMadeFile file;
   file.bytes =
       ImageWriter(ContentOf({RegistryImage(HandMadeFile().bytes).content().keys[0],

@@ -157,9 +157,9 @@ std::string PseudoRandom(unsigned seed, size_t size) {
 // What the sector is overwritten with.
 enum class Fill { kZeros, kOnes, kPseudoRandom };
 
-class YaxregSectors : public ::testing::TestWithParam<Fill> {
+class SectorDamage : public ::testing::TestWithParam<Fill> {
  protected:
-  YaxregSectors() : bytes_(RichFile()), sound_(bytes_), all_(AllOf(bytes_)) {}
+  SectorDamage() : bytes_(RichFile()), sound_(bytes_), all_(AllOf(bytes_)) {}
 
   std::string Overwritten(unsigned sector) const {
     const size_t at = sector * kSector;
@@ -206,7 +206,7 @@ std::vector<std::string> Missing(const Content& was, const Content& is) {
 }
 
 // Bytes of data may be anything, so nothing tells that they were others.
-TEST_P(YaxregSectors, AreNotLostInSilence) {
+TEST_P(SectorDamage, AreNotLostInSilence) {
   ASSERT_TRUE(sound_.IsSound());
   ASSERT_EQ(kFileSize, bytes_.size());
   for (unsigned sector = 0; (sector + 1) * kSector <= kFirstData; ++sector) {
@@ -220,7 +220,7 @@ TEST_P(YaxregSectors, AreNotLostInSilence) {
 
 // A value of several blocks also needs the entries that lead from one to the next. Nothing else in
 // the tables and their free lists is needed: the tree leads to all.
-TEST_P(YaxregSectors, CostNothingThatLiesElsewhere) {
+TEST_P(SectorDamage, CostNothingThatLiesElsewhere) {
   ASSERT_GT(all_.size(), 200u);
   const std::set<std::string> known = LooksOf(sound_.content());
   for (const Held& held : all_) ASSERT_EQ(1u, known.count(held.look)) << held.look;
@@ -238,7 +238,7 @@ TEST_P(YaxregSectors, CostNothingThatLiesElsewhere) {
   }
 }
 
-TEST_P(YaxregSectors, AreRepairedToASoundFile) {
+TEST_P(SectorDamage, AreRepairedToASoundFile) {
   for (unsigned sector = 0; sector * kSector < kFileSize; ++sector) {
     const RegistryImage image(Overwritten(sector), Orphans::kAlways);
     const RegistryImage written(ImageWriter(image.content()).bytes());
@@ -248,7 +248,7 @@ TEST_P(YaxregSectors, AreRepairedToASoundFile) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Fills, YaxregSectors,
+INSTANTIATE_TEST_SUITE_P(Fills, SectorDamage,
                          ::testing::Values(Fill::kZeros, Fill::kOnes, Fill::kPseudoRandom),
                          FillName);
 

@@ -6,7 +6,7 @@ namespace yaxreg {
 
 namespace {
 
-TEST(YaxregByteText, ShowsTextAsItIs) {
+TEST(ByteText, ShowsTextAsItIs) {
   EXPECT_EQ("", Shown(""));
   EXPECT_EQ("net/eth0 ~\"'", Shown("net/eth0 ~\"'"));
   // Two, three and four bytes: U+00E4, U+20AC, U+1F600; and the first that is no control.
@@ -14,7 +14,7 @@ TEST(YaxregByteText, ShowsTextAsItIs) {
   EXPECT_EQ("\xC2\xA0", Shown("\xC2\xA0"));
 }
 
-TEST(YaxregByteText, ShowsControlCharactersByTheirNumbers) {
+TEST(ByteText, ShowsControlCharactersByTheirNumbers) {
   EXPECT_EQ("\\x00", Shown(std::string(1, '\0')));
   EXPECT_EQ("a\\x1b[31mb\\x0a", Shown("a\x1B[31mb\n"));
   EXPECT_EQ("\\x1f \\x7f", Shown("\x1F \x7F"));
@@ -22,25 +22,25 @@ TEST(YaxregByteText, ShowsControlCharactersByTheirNumbers) {
   EXPECT_EQ("\\xc2\\x80\\xc2\\x9f", Shown("\xC2\x80\xC2\x9F"));
 }
 
-TEST(YaxregByteText, ShowsABackslashSoThatItIsNoNumber) {
+TEST(ByteText, ShowsABackslashSoThatItIsNoNumber) {
   EXPECT_EQ("\\\\x41", Shown("\\x41"));
 }
 
-TEST(YaxregByteText, ShowsWhatIsNoTextByItsNumbers) {
+TEST(ByteText, ShowsWhatIsNoTextByItsNumbers) {
   EXPECT_EQ("a\\xffb", Shown("a\xFF\x62"));
   EXPECT_EQ("\\xc3", Shown("\xC3"));
   EXPECT_EQ("\\xe2\\x82x", Shown("\xE2\x82x"));
   EXPECT_EQ("\\xc2", Shown("\xC2"));
 }
 
-TEST(YaxregByteText, TellsTextFromOtherBytes) {
+TEST(ByteText, TellsTextFromOtherBytes) {
   EXPECT_TRUE(IsText(""));
   EXPECT_TRUE(IsText(std::string("a\0b\n", 4)));
   EXPECT_TRUE(IsText("\xC2\x80 \xDF\xBF \xE0\xA0\x80 \xED\x9F\xBF \xEF\xBF\xBF"));
   EXPECT_TRUE(IsText("\xF0\x90\x80\x80 \xF4\x8F\xBF\xBF"));
 }
 
-TEST(YaxregByteText, TakesNoSequenceForTextThatIsNotAllowed) {
+TEST(ByteText, TakesNoSequenceForTextThatIsNotAllowed) {
   const char* const cases[] = {
       "\x80",              // begins with what follows
       "\xC0\x80",          // longer than needed
@@ -65,7 +65,7 @@ TEST(YaxregByteText, TakesNoSequenceForTextThatIsNotAllowed) {
   }
 }
 
-TEST(YaxregByteText, WritesAndReadsHexadecimalDigits) {
+TEST(ByteText, WritesAndReadsHexadecimalDigits) {
   EXPECT_EQ("", ToHex(""));
   EXPECT_EQ("00097f80ff", ToHex(std::string("\0\t\x7F\x80\xFF", 5)));
   std::string bytes = "before";
@@ -75,7 +75,7 @@ TEST(YaxregByteText, WritesAndReadsHexadecimalDigits) {
   EXPECT_EQ("", bytes);
 }
 
-TEST(YaxregByteText, RefusesWhatIsNoHexadecimalDigits) {
+TEST(ByteText, RefusesWhatIsNoHexadecimalDigits) {
   std::string bytes = "before";
   for (const char* digits : {"0", "000", "0g", "g0", "0 ", " 00", "0x00", "-1", "@0", "0`", "0/"}) {
     EXPECT_FALSE(FromHex(digits, &bytes)) << digits;

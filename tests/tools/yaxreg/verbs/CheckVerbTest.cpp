@@ -7,7 +7,7 @@
 
 namespace {
 
-class YaxregCheck : public SmallTreeRig {
+class CheckVerb : public SmallTreeRig {
  protected:
   void ExpectAnswer(int code, const std::string& out, const std::vector<std::string>& arguments) {
     const std::string before = GetFile(file);
@@ -27,11 +27,11 @@ const char* const kWear =
     "note: values: 3 in use, 0 leaked; 10341 left until status 75\n"
     "note: data blocks: 4 in use, 0 leaked; 10340 left until status 75\n";
 
-TEST_F(YaxregCheck, TellsThatAFileIsSoundAndHowMuchIsLeft) {
+TEST_F(CheckVerb, TellsThatAFileIsSoundAndHowMuchIsLeft) {
   ExpectAnswer(0, file + ": sound\n" + kWear, {"check", file});
 }
 
-TEST_F(YaxregCheck, TellsDamageThatCostsNothing) {
+TEST_F(CheckVerb, TellsDamageThatCostsNothing) {
   Damage(4212, 75889);
   ExpectAnswer(3,
                file +
@@ -41,7 +41,7 @@ TEST_F(YaxregCheck, TellsDamageThatCostsNothing) {
                {"check", file});
 }
 
-TEST_F(YaxregCheck, TellsWhichKeysDamageTouches) {
+TEST_F(CheckVerb, TellsWhichKeysDamageTouches) {
   Damage(33652 + 8, 0x66000005);  // the type of "port"
   const Answer answer = Yaxreg({"check", file});
   EXPECT_EQ(3, answer.code);
@@ -51,7 +51,7 @@ TEST_F(YaxregCheck, TellsWhichKeysDamageTouches) {
       << answer.out;
 }
 
-TEST_F(YaxregCheck, TellsWhatIsLostForGood) {
+TEST_F(CheckVerb, TellsWhatIsLostForGood) {
   PutFile(file, HandMadeFile().bytes);
   ASSERT_EQ(0, unlink(file.c_str()));
   ChangeRig::SetUp();
@@ -75,7 +75,7 @@ TEST_F(YaxregCheck, TellsWhatIsLostForGood) {
 }
 
 // Findings about the same thing of the same key.
-TEST_F(YaxregCheck, PrintsEqualLinesOnce) {
+TEST_F(CheckVerb, PrintsEqualLinesOnce) {
   HandMadeFile damaged = SmallTree();
   damaged.PutWord(33600 + 8, 0x46000008);  // the types of "mtu" and "port"
   damaged.PutWord(33652 + 8, 0x66000005);
@@ -111,7 +111,7 @@ HandMadeFile WornOut(unsigned tables, unsigned freeSlots) {
 
 // The first table has four blocks in use and 360 that are stranded, the others are leaked but for
 // what is left: 19 * 499 + 499 - 3.
-TEST_F(YaxregCheck, TellsThatAFileIsNearlyFullAndWhatCompactWinsBack) {
+TEST_F(CheckVerb, TellsThatAFileIsNearlyFullAndWhatCompactWinsBack) {
   PutFile(file, WornOut(20, 3).bytes);
   const Answer answer = Yaxreg({"check", file});
   EXPECT_EQ(0, answer.code);
@@ -126,7 +126,7 @@ TEST_F(YaxregCheck, TellsThatAFileIsNearlyFullAndWhatCompactWinsBack) {
 }
 
 // 517 are less than 5 % of 10344, 518 are not. One table more, with 499 slots, is to come.
-TEST_F(YaxregCheck, TellsSoFrom5PercentOn) {
+TEST_F(CheckVerb, TellsSoFrom5PercentOn) {
   PutFile(file, WornOut(19, 18).bytes);
   const std::string nearly = Yaxreg({"check", file}).out;
   EXPECT_NE(std::string::npos, nearly.find("nearly full: 517 data blocks left; ")) << nearly;
@@ -136,7 +136,7 @@ TEST_F(YaxregCheck, TellsSoFrom5PercentOn) {
   EXPECT_NE(std::string::npos, enough.find("; 518 left until status 75\n")) << enough;
 }
 
-TEST_F(YaxregCheck, EndsWith1WhenFewerSlotsAreLeftThanAskedFor) {
+TEST_F(CheckVerb, EndsWith1WhenFewerSlotsAreLeftThanAskedFor) {
   const std::string tooFew = "too few: 10339 string nodes left of 10340 asked for\n";
   ExpectAnswer(0, file + ": sound\n" + kWear, {"check", file, "--min-left", "10339"});
   ExpectAnswer(1, file + ": sound\n" + kWear + tooFew, {"check", file, "--min-left", "10340"});
@@ -150,7 +150,7 @@ TEST_F(YaxregCheck, EndsWith1WhenFewerSlotsAreLeftThanAskedFor) {
   ExpectAnswer(3, "", {"check", file, "-q", "--min-left", "10340"});
 }
 
-TEST_F(YaxregCheck, TakesANumberOfSlots) {
+TEST_F(CheckVerb, TakesANumberOfSlots) {
   for (const char* number : {"-1", "few", "", "18446744073709551616"}) {
     const Answer answer = Yaxreg({"check", file, std::string("--min-left=") + number});
     EXPECT_EQ(2, answer.code) << number;
@@ -158,14 +158,14 @@ TEST_F(YaxregCheck, TakesANumberOfSlots) {
   }
 }
 
-TEST_F(YaxregCheck, PrintsNothingWhenItIsToBeQuiet) {
+TEST_F(CheckVerb, PrintsNothingWhenItIsToBeQuiet) {
   ExpectAnswer(0, "", {"check", file, "--quiet"});
   ExpectAnswer(0, "", {"check", "-q", file});
   Damage(4212, 75889);
   ExpectAnswer(3, "", {"check", file, "-q"});
 }
 
-TEST_F(YaxregCheck, PrintsOneDocumentForPrograms) {
+TEST_F(CheckVerb, PrintsOneDocumentForPrograms) {
   Damage(33652 + 8, 0x66000005);
   const std::string head = "{\n  \"file\": \"" + file + "\",\n";
   const Answer answer = Yaxreg({"check", file, "--json"});
@@ -207,7 +207,7 @@ TEST_F(YaxregCheck, PrintsOneDocumentForPrograms) {
 }
 
 // Names in a damaged file may hold anything.
-TEST_F(YaxregCheck, ShowsNoControlCharacters) {
+TEST_F(CheckVerb, ShowsNoControlCharacters) {
   HandMadeFile damaged = SmallTree();
   damaged.PutBytes(33652 + 12, "\x1B[31m");
   damaged.PutWord(33652 + 8, 0x66000005);
@@ -218,11 +218,11 @@ TEST_F(YaxregCheck, ShowsNoControlCharacters) {
       << answer.out;
 }
 
-TEST_F(YaxregCheck, FailsOnWhatIsNoRegistry) {
+TEST_F(CheckVerb, FailsOnWhatIsNoRegistry) {
   ExpectNoRegistryFails("check", {});
 }
 
-TEST_F(YaxregCheck, NeedsNoRightToWrite) {
+TEST_F(CheckVerb, NeedsNoRightToWrite) {
   ASSERT_EQ(0, chmod((folder / ".").c_str(), 0755));
   ASSERT_EQ(0, chmod(file.c_str(), 0444));
   const OrdinaryUser user;

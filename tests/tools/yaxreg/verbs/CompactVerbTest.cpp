@@ -17,7 +17,7 @@ using tamu::registry::NameList;
 using tamu::registry::NodeKind;
 using tamu::registry::ReadValue;
 
-class YaxregCompact : public ChangeRig {
+class CompactVerb : public ChangeRig {
  protected:
   // Keys and values of all kinds, and what is lost for good among them.
   void MakeWornRegistry() {
@@ -62,7 +62,7 @@ class YaxregCompact : public ChangeRig {
   std::string Export() const { return Yaxreg({"export", file}).out; }
 };
 
-TEST_F(YaxregCompact, KeepsEveryKeyAndValue) {
+TEST_F(CompactVerb, KeepsEveryKeyAndValue) {
   MakeWornRegistry();
   const std::string before = Export();
   const std::string content = ContentText(Decoded());
@@ -78,7 +78,7 @@ TEST_F(YaxregCompact, KeepsEveryKeyAndValue) {
   EXPECT_EQ(1u, FilesInFolder());
 }
 
-TEST_F(YaxregCompact, LeavesNothingOfWhatWasLost) {
+TEST_F(CompactVerb, LeavesNothingOfWhatWasLost) {
   MakeWornRegistry();
   EXPECT_EQ(0, Yaxreg({"compact", file}).code);
   const yaxreg::RegistryImage image(GetFile(file));
@@ -95,7 +95,7 @@ TEST_F(YaxregCompact, LeavesNothingOfWhatWasLost) {
   EXPECT_TRUE(once == GetFile(file));
 }
 
-TEST_F(YaxregCompact, TellsWhatWasWon) {
+TEST_F(CompactVerb, TellsWhatWasWon) {
   MakeKeys({"a"});
   MakeValue("a", "v", 2, std::string(100, 'x'));
   {
@@ -113,7 +113,7 @@ TEST_F(YaxregCompact, TellsWhatWasWon) {
 }
 
 // Keys in another order than compact writes them.
-TEST_F(YaxregCompact, TellsThatNothingWasWon) {
+TEST_F(CompactVerb, TellsThatNothingWasWon) {
   MakeKeys({"b", "a"});
   ExpectDone(file +
                  ": 75888 bytes before, 75888 now\n"
@@ -125,7 +125,7 @@ TEST_F(YaxregCompact, TellsThatNothingWasWon) {
              {"compact", file});
 }
 
-TEST_F(YaxregCompact, LeavesAFileAloneThatIsCompactAlready) {
+TEST_F(CompactVerb, LeavesAFileAloneThatIsCompactAlready) {
   MakeWornRegistry();
   ASSERT_EQ(0, Yaxreg({"compact", file}).code);
   ASSERT_EQ(0, link(file.c_str(), (folder / "same.rce").c_str()));
@@ -138,7 +138,7 @@ TEST_F(YaxregCompact, LeavesAFileAloneThatIsCompactAlready) {
 }
 
 // What was deleted while it was open can be saved by repair still.
-TEST_F(YaxregCompact, DropsWhatNothingLeadsToWhenAskedOnly) {
+TEST_F(CompactVerb, DropsWhatNothingLeadsToWhenAskedOnly) {
   MakeKeys({"kept", "gone", "gone/open"});
   MakeValue("gone/open", "v", 2, "precious");
   {
@@ -165,7 +165,7 @@ TEST_F(YaxregCompact, DropsWhatNothingLeadsToWhenAskedOnly) {
   ASSERT_EQ(0, Yaxreg({"compact", file}).code);
 }
 
-TEST_F(YaxregCompact, RewritesAFileOfTheLongestName) {
+TEST_F(CompactVerb, RewritesAFileOfTheLongestName) {
   MakeWornRegistry();
   const std::string longest = folder / std::string(255, 'n').c_str();
   ASSERT_EQ(0, std::rename(file.c_str(), longest.c_str()));
@@ -175,7 +175,7 @@ TEST_F(YaxregCompact, RewritesAFileOfTheLongestName) {
   EXPECT_EQ(1u, FilesInFolder());
 }
 
-TEST_F(YaxregCompact, PrintsOneDocumentForPrograms) {
+TEST_F(CompactVerb, PrintsOneDocumentForPrograms) {
   MakeKeys({"a"});
   const Answer answer = Yaxreg({"compact", file, "--json"});
   EXPECT_EQ(0, answer.code);
@@ -194,7 +194,7 @@ TEST_F(YaxregCompact, PrintsOneDocumentForPrograms) {
       << answer.out;
 }
 
-TEST_F(YaxregCompact, MakesAFileThatTheLibraryWorksOn) {
+TEST_F(CompactVerb, MakesAFileThatTheLibraryWorksOn) {
   MakeWornRegistry();
   EXPECT_EQ(0, Yaxreg({"compact", file}).code);
   {
@@ -219,7 +219,7 @@ TEST_F(YaxregCompact, MakesAFileThatTheLibraryWorksOn) {
 }
 
 // Names in one directory that part in many places: the library finds each of them afterwards.
-TEST_F(YaxregCompact, KeepsManyNamesFound) {
+TEST_F(CompactVerb, KeepsManyNamesFound) {
   std::vector<std::string> names;
   for (unsigned i = 0; i < 600; ++i) names.push_back("k" + std::to_string(i * 7919 % 1000 + 1000));
   MakeKeys(names);
@@ -233,7 +233,7 @@ TEST_F(YaxregCompact, KeepsManyNamesFound) {
 }
 
 // Values that came and went until there is no room for another one.
-TEST_F(YaxregCompact, MakesAFullRegistryWorkAgain) {
+TEST_F(CompactVerb, MakesAFullRegistryWorkAgain) {
   MakeKeys({"a"});
   MakeValue("a", "kept", 2, std::string(1000, 'k'));
   const std::string data(1024, 'x');
@@ -261,7 +261,7 @@ TEST_F(YaxregCompact, MakesAFullRegistryWorkAgain) {
 }
 
 // A registry that is full of values stays full, and stays as it is.
-TEST_F(YaxregCompact, KeepsARegistryThatIsFullOfValues) {
+TEST_F(CompactVerb, KeepsARegistryThatIsFullOfValues) {
   MakeKeys({"a"});
   const unsigned char number[8] = {1};
   tamu::registry::Value value = tamu::registry::MakeValue(0, number, 8);
@@ -279,7 +279,7 @@ TEST_F(YaxregCompact, KeepsARegistryThatIsFullOfValues) {
   EXPECT_EQ("", StructureFindings(file));
 }
 
-TEST_F(YaxregCompact, MendsDamageThatCostsNothing) {
+TEST_F(CompactVerb, MendsDamageThatCostsNothing) {
   HandMadeFile damaged = SmallTree();
   damaged.PutWord(4208, 0xFFFFFF00);
   damaged.PutWord(4252 + 4 * 100, 6);
@@ -291,7 +291,7 @@ TEST_F(YaxregCompact, MendsDamageThatCostsNothing) {
   EXPECT_EQ(content, ContentText(Decoded()));
 }
 
-TEST_F(YaxregCompact, RefusesAFileOfWhichSomethingIsLost) {
+TEST_F(CompactVerb, RefusesAFileOfWhichSomethingIsLost) {
   HandMadeFile damaged = SmallTree();
   damaged.PutWord(33652 + 8, 0x66000005);  // the type of "port"
   PutFile(file, damaged.bytes);
@@ -305,7 +305,7 @@ TEST_F(YaxregCompact, RefusesAFileOfWhichSomethingIsLost) {
   EXPECT_EQ(1u, FilesInFolder());
 }
 
-TEST_F(YaxregCompact, KeepsTheModeOfTheFileAndFollowsALink) {
+TEST_F(CompactVerb, KeepsTheModeOfTheFileAndFollowsALink) {
   MakeWornRegistry();
   ASSERT_EQ(0, chmod(file.c_str(), 0604));
   if (geteuid() == 0) {
@@ -326,13 +326,13 @@ TEST_F(YaxregCompact, KeepsTheModeOfTheFileAndFollowsALink) {
   EXPECT_EQ(2u, FilesInFolder());
 }
 
-TEST_F(YaxregCompact, RefusesAFileThatMayNotBeWritten) {
+TEST_F(CompactVerb, RefusesAFileThatMayNotBeWritten) {
   MakeWornRegistry();
   ExpectReadOnlyFails({"compact", file});
   EXPECT_EQ(1u, FilesInFolder());
 }
 
-TEST_F(YaxregCompact, FailsOnWhatIsNoRegistry) {
+TEST_F(CompactVerb, FailsOnWhatIsNoRegistry) {
   ExpectNoRegistryFails("compact", {});
 }
 

@@ -79,7 +79,7 @@ std::string SharedObject() {
   return ElfImage().Bytes();
 }
 
-TEST(YaxregCompLs, ListsComponentsAndTheSystem) {
+TEST(ComponentVerbs, ListsComponentsAndTheSystem) {
   Device device;
   device.registry().AddKey("YAX_SYSTEM");
   device.registry().AddNumber("YAX_SYSTEM", "isSingleBin", 1);
@@ -112,7 +112,7 @@ TEST(YaxregCompLs, ListsComponentsAndTheSystem) {
       << json.out;
 }
 
-TEST(YaxregCompLs, SaysWhatIsMissingOrOfAWrongKind) {
+TEST(ComponentVerbs, SaysWhatIsMissingOrOfAWrongKind) {
   Device device;
   device.registry().AddKey("YAX_ROOT/other");
   device.registry().AddNumber("YAX_ROOT/other", "CompName", 5);
@@ -133,7 +133,7 @@ TEST(YaxregCompLs, SaysWhatIsMissingOrOfAWrongKind) {
       << json;
 }
 
-TEST(YaxregCompLs, ShowsBytesThatAreNoTextSafely) {
+TEST(ComponentVerbs, ShowsBytesThatAreNoTextSafely) {
   Device device;
   device.AddComponent(kClock, 1, "/lib/\x1b[2J\xFF", "a\tb");
   EXPECT_TRUE(
@@ -142,7 +142,7 @@ TEST(YaxregCompLs, ShowsBytesThatAreNoTextSafely) {
                        "\"hex\": \"2f6c69622f1b5b324aff\""));
 }
 
-TEST(YaxregCompLs, SaysThatThereAreNone) {
+TEST(ComponentVerbs, SaysThatThereAreNone) {
   const TempDir folder;
   { const RegistryFile file(folder / "empty.rce"); }
   EXPECT_EQ("no components are registered\n", PrintedBy({"comp", "ls", folder / "empty.rce"}));
@@ -150,7 +150,7 @@ TEST(YaxregCompLs, SaysThatThereAreNone) {
             Yaxreg({"comp", "ls", folder / "empty.rce", "--json"}).out);
 }
 
-TEST(YaxregCompVerify, IsContentWithAGoodSharedObject) {
+TEST(ComponentVerbs, IsContentWithAGoodSharedObject) {
   Device device;
   device.AddFile("/lib/libclock.so", SharedObject());
   EXPECT_EQ("ok          ROOT/lib/libclock.so\n", VerdictOf(device, "/lib/libclock.so", 0));
@@ -160,18 +160,18 @@ TEST(YaxregCompVerify, IsContentWithAGoodSharedObject) {
   EXPECT_TRUE(Contains(json.out, "\"problems\": [],\n      \"notes\": []\n")) << json.out;
 }
 
-TEST(YaxregCompVerify, FindsAFileThatIsMissing) {
+TEST(ComponentVerbs, FindsAFileThatIsMissing) {
   Device device;
   EXPECT_EQ("wrong       ROOT/lib/none.so: there is no such file\n",
             VerdictOf(device, "/lib/none.so", 1).replace(12, 0, "ROOT"));
 }
 
-TEST(YaxregCompVerify, WantsAPath) {
+TEST(ComponentVerbs, WantsAPath) {
   Device device;
   EXPECT_EQ("wrong       : BinaryPath is empty\n", VerdictOf(device, "", 1));
 }
 
-TEST(YaxregCompVerify, WantsARegularFileAndNeverWaitsForAPipe) {
+TEST(ComponentVerbs, WantsARegularFileAndNeverWaitsForAPipe) {
   Device device;
   fs::create_directory(device.root() + "/lib");
   ASSERT_EQ(0, mkfifo((device.root() + "/lib/pipe.so").c_str(), 0600));
@@ -181,13 +181,13 @@ TEST(YaxregCompVerify, WantsARegularFileAndNeverWaitsForAPipe) {
   EXPECT_TRUE(Contains(device.Verify().out, "/lib: is no regular file\n"));
 }
 
-TEST(YaxregCompVerify, WantsASharedObject) {
+TEST(ComponentVerbs, WantsASharedObject) {
   Device device;
   device.AddFile("/lib/text.so", "INPUT(libclock.so.1)\n");
   EXPECT_EQ("wrong       ROOT/lib/text.so: is no ELF file\n", VerdictOf(device, "/lib/text.so", 1));
 }
 
-TEST(YaxregCompVerify, WantsTheFactoryFunction) {
+TEST(ComponentVerbs, WantsTheFactoryFunction) {
   Device device;
   ElfImage image;
   image.symbols = {{"EntryFn_getFactory", 0x12, 0, 0}, {"EntryFn_canUnloadNow"}};
@@ -196,7 +196,7 @@ TEST(YaxregCompVerify, WantsTheFactoryFunction) {
             VerdictOf(device, "/lib/a.so", 1));
 }
 
-TEST(YaxregCompVerify, OnlyNotesThatItCannotBeUnloaded) {
+TEST(ComponentVerbs, OnlyNotesThatItCannotBeUnloaded) {
   Device device;
   ElfImage image;
   image.symbols = {{"EntryFn_getFactory"}};
@@ -207,7 +207,7 @@ TEST(YaxregCompVerify, OnlyNotesThatItCannotBeUnloaded) {
       VerdictOf(device, "/lib/a.so", 0));
 }
 
-TEST(YaxregCompVerify, WantsTheMachineThatIsAskedFor) {
+TEST(ComponentVerbs, WantsTheMachineThatIsAskedFor) {
   Device device;
   ElfImage image;
   image.is64 = false;
@@ -224,7 +224,7 @@ TEST(YaxregCompVerify, WantsTheMachineThatIsAskedFor) {
   EXPECT_TRUE(Contains(unknown.err, "unknown machine 'abacus'")) << unknown.err;
 }
 
-TEST(YaxregCompVerify, TakesTheMachineOfTheFirstSharedObjectBelowARoot) {
+TEST(ComponentVerbs, TakesTheMachineOfTheFirstSharedObjectBelowARoot) {
   Device device;
   ElfImage image;
   image.is64 = false;
@@ -238,7 +238,7 @@ TEST(YaxregCompVerify, TakesTheMachineOfTheFirstSharedObjectBelowARoot) {
   EXPECT_TRUE(Contains(device.Verify({"--machine", "x32"}).out, "built for x86-64, not for x32\n"));
 }
 
-TEST(YaxregCompVerify, FollowsLinksInsideTheRoot) {
+TEST(ComponentVerbs, FollowsLinksInsideTheRoot) {
   Device device;
   device.AddFile("/opt/real.so", SharedObject());
   device.AddLink("/lib/absolute.so", "/opt/real.so");
@@ -252,14 +252,14 @@ TEST(YaxregCompVerify, FollowsLinksInsideTheRoot) {
   EXPECT_EQ(0, answer.code) << answer.out;
 }
 
-TEST(YaxregCompVerify, NeverLeavesTheRoot) {
+TEST(ComponentVerbs, NeverLeavesTheRoot) {
   Device device;
   PutFile(device.root() + "/../secret.so", SharedObject());
   device.AddLink("/lib/secret.so", "../../secret.so");
   EXPECT_TRUE(Contains(VerdictOf(device, "/lib/secret.so", 1), ": there is no such file\n"));
 }
 
-TEST(YaxregCompVerify, CannotReadLinksThatFormACircle) {
+TEST(ComponentVerbs, CannotReadLinksThatFormACircle) {
   Device device;
   device.AddLink("/lib/a.so", "b.so");
   device.AddLink("/lib/b.so", "a.so");
@@ -271,7 +271,7 @@ TEST(YaxregCompVerify, CannotReadLinksThatFormACircle) {
   EXPECT_EQ(answer.err.size() - 1, answer.err.find('\n')) << answer.err;
 }
 
-TEST(YaxregCompVerify, TakesAFolderInThePathForNothingElse) {
+TEST(ComponentVerbs, TakesAFolderInThePathForNothingElse) {
   Device device;
   device.AddFile("/lib/file", SharedObject());
   EXPECT_TRUE(Contains(VerdictOf(device, "/lib/file/", 1), ": there is no such file\n"));
@@ -279,7 +279,7 @@ TEST(YaxregCompVerify, TakesAFolderInThePathForNothingElse) {
   EXPECT_TRUE(Contains(device.Verify().out, "/lib/file/../file: there is no such file\n"));
 }
 
-TEST(YaxregCompVerify, SaysWhatARelativePathIsRelativeTo) {
+TEST(ComponentVerbs, SaysWhatARelativePathIsRelativeTo) {
   Device device;
   device.AddFile("/opt/a.so", SharedObject());
   EXPECT_EQ("ok          ROOT/opt/a.so; the path is taken relative to the root folder\n",
@@ -292,7 +292,7 @@ TEST(YaxregCompVerify, SaysWhatARelativePathIsRelativeTo) {
       << here.out;
 }
 
-TEST(YaxregCompVerify, SearchesWhereTheLoaderLooks) {
+TEST(ComponentVerbs, SearchesWhereTheLoaderLooks) {
   for (const char* folder : {"/lib", "/usr/lib", "/usr/local/lib", "/lib/x86_64-linux-gnu",
                              "/usr/lib/x86_64-linux-gnu", "/opt/one", "/opt/two"}) {
     Device device;
@@ -311,7 +311,7 @@ TEST(YaxregCompVerify, SearchesWhereTheLoaderLooks) {
             VerdictOf(device, "liba.so", 1));
 }
 
-TEST(YaxregCompVerify, PassesOverFilesForOtherMachinesInASearch) {
+TEST(ComponentVerbs, PassesOverFilesForOtherMachinesInASearch) {
   Device device;
   ElfImage image;
   image.is64 = false;
@@ -325,7 +325,7 @@ TEST(YaxregCompVerify, PassesOverFilesForOtherMachinesInASearch) {
                        "/lib/liba.so: is built for i386, not for arm\n"));
 }
 
-TEST(YaxregCompVerify, TellsWhatIsInTheProgram) {
+TEST(ComponentVerbs, TellsWhatIsInTheProgram) {
   Device device;
   device.AddComponent(kClock, 0, "/lib/none.so");
   device.AddComponent(kOther, 2, "");
@@ -337,7 +337,7 @@ TEST(YaxregCompVerify, TellsWhatIsInTheProgram) {
       answer.out);
 }
 
-TEST(YaxregCompVerify, LooksAtNoFileWhereNothingIsLoaded) {
+TEST(ComponentVerbs, LooksAtNoFileWhereNothingIsLoaded) {
   Device device;
   device.registry().AddKey("YAX_SYSTEM");
   device.registry().AddNumber("YAX_SYSTEM", "isSingleBin", 1);
@@ -346,7 +346,7 @@ TEST(YaxregCompVerify, LooksAtNoFileWhereNothingIsLoaded) {
       VerdictOf(device, "/lib/none.so", 0));
 }
 
-TEST(YaxregCompVerify, FindsWhatTheFrameworkCannotUse) {
+TEST(ComponentVerbs, FindsWhatTheFrameworkCannotUse) {
   Device device;
   device.AddFile("/lib/a.so", SharedObject());
   device.AddComponent("{1fbf55fc-0f15-45cc-8f3f-de86a5640cb5}", 1, "/lib/a.so");
@@ -364,7 +364,7 @@ TEST(YaxregCompVerify, FindsWhatTheFrameworkCannotUse) {
   EXPECT_TRUE(Contains(answer.out, "no CompName  ?: no Type; ")) << answer.out;
 }
 
-TEST(YaxregCompVerify, SaysThatTheRootIsNoFolder) {
+TEST(ComponentVerbs, SaysThatTheRootIsNoFolder) {
   Device device;
   for (const char* root : {"", "/dev/null", "/no such folder"}) {
     const Answer answer = Yaxreg({"comp", "verify", device.path(), "--root", root});
@@ -373,7 +373,7 @@ TEST(YaxregCompVerify, SaysThatTheRootIsNoFolder) {
   }
 }
 
-TEST(YaxregCompVerify, EndsWithTheCodeOfADamagedRegistry) {
+TEST(ComponentVerbs, EndsWithTheCodeOfADamagedRegistry) {
   const TempDir folder;
   PutFile(folder / "text", "text");
   EXPECT_EQ(3, Yaxreg({"comp", "verify", folder / "text"}).code);

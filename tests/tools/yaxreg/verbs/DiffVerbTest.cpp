@@ -7,7 +7,7 @@
 namespace {
 
 // Two registries, one and two, which have net with the number mtu, 1400 and 1500.
-class YaxregDiff : public ::testing::Test {
+class DiffVerb : public ::testing::Test {
  protected:
   void SetUp() override {
     Fill(one_, 1400);
@@ -31,7 +31,7 @@ class YaxregDiff : public ::testing::Test {
   const std::string two_ = folder_ / "two.rce";
 };
 
-TEST_F(YaxregDiff, PrintsNothingForTheSameContent) {
+TEST_F(DiffVerb, PrintsNothingForTheSameContent) {
   const Answer answer = Yaxreg({"diff", one_, one_});
   EXPECT_EQ(0, answer.code);
   EXPECT_EQ("", answer.out);
@@ -39,11 +39,11 @@ TEST_F(YaxregDiff, PrintsNothingForTheSameContent) {
   EXPECT_EQ("{\"same\":true,\"differences\":[]}\n", Yaxreg({"diff", "--json", one_, one_}).out);
 }
 
-TEST_F(YaxregDiff, PrintsWhatBothHaveOfAChangedValue) {
+TEST_F(DiffVerb, PrintsWhatBothHaveOfAChangedValue) {
   EXPECT_EQ("- net : mtu = 1400\n+ net : mtu = 1500\n", Lines());
 }
 
-TEST_F(YaxregDiff, PrintsKeysWithASlashAndTheirValues) {
+TEST_F(DiffVerb, PrintsKeysWithASlashAndTheirValues) {
   {
     RegistryFile first(one_);
     first.AddKey("app");
@@ -62,7 +62,7 @@ TEST_F(YaxregDiff, PrintsKeysWithASlashAndTheirValues) {
       Lines());
 }
 
-TEST_F(YaxregDiff, PrintsFieldsInParentheses) {
+TEST_F(DiffVerb, PrintsFieldsInParentheses) {
   {
     RegistryFile first(one_);
     first.Calls().SetKeyPermission(0, "net", 0x1F);
@@ -93,7 +93,7 @@ TEST_F(YaxregDiff, PrintsFieldsInParentheses) {
       Lines());
 }
 
-TEST_F(YaxregDiff, NeverShowsDifferentValuesAlike) {
+TEST_F(DiffVerb, NeverShowsDifferentValuesAlike) {
   const char data[] = "a";
   {
     RegistryFile first(one_);
@@ -119,12 +119,12 @@ TEST_F(YaxregDiff, NeverShowsDifferentValuesAlike) {
       Lines());
 }
 
-TEST_F(YaxregDiff, ColoursWhatIsPrintedOnATerminal) {
+TEST_F(DiffVerb, ColoursWhatIsPrintedOnATerminal) {
   EXPECT_EQ("\033[1;31m- net : mtu = 1400\033[0m\n\033[32m+ net : mtu = 1500\033[0m\n",
             Yaxreg({"diff", one_, two_}, "", true).out);
 }
 
-TEST_F(YaxregDiff, ComparesOnlyBelowThePath) {
+TEST_F(DiffVerb, ComparesOnlyBelowThePath) {
   {
     RegistryFile first(one_);
     first.AddKey("app");
@@ -140,14 +140,14 @@ TEST_F(YaxregDiff, ComparesOnlyBelowThePath) {
   EXPECT_EQ("+ app/x/\n", Yaxreg({"diff", two_, one_, "app/x"}).out);
 }
 
-TEST_F(YaxregDiff, TellsAPathThatIsInNeitherFile) {
+TEST_F(DiffVerb, TellsAPathThatIsInNeitherFile) {
   const Answer answer = Yaxreg({"diff", one_, two_, "app"});
   EXPECT_EQ(1, answer.code);
   EXPECT_EQ("", answer.out);
   EXPECT_EQ("yaxreg: app: there is no such key in either file (status 2)\n", answer.err);
 }
 
-TEST_F(YaxregDiff, PrintsDifferencesAsJson) {
+TEST_F(DiffVerb, PrintsDifferencesAsJson) {
   {
     RegistryFile first(one_);
     first.AddKey("app");
@@ -170,7 +170,7 @@ TEST_F(YaxregDiff, PrintsDifferencesAsJson) {
       answer.out);
 }
 
-TEST_F(YaxregDiff, ComparesWhatADamagedFileStillHolds) {
+TEST_F(DiffVerb, ComparesWhatADamagedFileStillHolds) {
   std::string bytes = GetFile(two_);
   bytes.replace(24836, 4, 4, '\xFF');  // the first value of net: one that cannot be
   PutFile(two_, bytes);
@@ -188,7 +188,7 @@ TEST_F(YaxregDiff, ComparesWhatADamagedFileStillHolds) {
   EXPECT_EQ(3, Yaxreg({"diff", one_, two_, "app"}).code);
 }
 
-TEST_F(YaxregDiff, TellsNamesWithoutAKey) {
+TEST_F(DiffVerb, TellsNamesWithoutAKey) {
   for (const std::string& file : {one_, two_}) RegistryFile(file).AddKey("net/eth0");
   std::string bytes = GetFile(two_);
   bytes.replace(10288, 4, 4, '\xFF');  // the key of the name net: one that cannot be
@@ -218,7 +218,7 @@ TEST_F(YaxregDiff, TellsNamesWithoutAKey) {
                                              "\"first\":{\"missing\":true},\"second\":null},\n"));
 }
 
-TEST_F(YaxregDiff, FailsWhenAFileCannotBeRead) {
+TEST_F(DiffVerb, FailsWhenAFileCannotBeRead) {
   EXPECT_EQ(4, Yaxreg({"diff", folder_ / "none.rce", two_}).code);
   EXPECT_EQ(4, Yaxreg({"diff", one_, folder_ / "none.rce"}).code);
   PutFile(folder_ / "text", "text");

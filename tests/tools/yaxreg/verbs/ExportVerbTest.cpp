@@ -11,13 +11,13 @@ constexpr char kHead[] = "{\"format\":\"yax-registry\",\"version\":1,\"keys\":[\
 constexpr char kRoot[] =
     "{\"path\":\"\",\"owner\":65535,\"rights\":95,\"watch\":0,\"default\":null,\"values\":[]}";
 
-class YaxregExport : public ::testing::Test {
+class ExportVerb : public ::testing::Test {
  protected:
   TempDir folder_;
   const std::string file_ = folder_ / "device.rce";
 };
 
-TEST_F(YaxregExport, WritesEverythingOfARegistry) {
+TEST_F(ExportVerb, WritesEverythingOfARegistry) {
   {
     RegistryFile registry(file_);
     registry.AddKey("net");
@@ -52,7 +52,7 @@ TEST_F(YaxregExport, WritesEverythingOfARegistry) {
   EXPECT_EQ(expected, Yaxreg({"export", "--json", file_}, "", true).out);
 }
 
-TEST_F(YaxregExport, WritesPathsFromTheExportedKey) {
+TEST_F(ExportVerb, WritesPathsFromTheExportedKey) {
   {
     RegistryFile registry(file_);
     registry.AddKey("net");
@@ -66,7 +66,7 @@ TEST_F(YaxregExport, WritesPathsFromTheExportedKey) {
   EXPECT_EQ(expected, Yaxreg({"export", file_, "/net"}).out);
 }
 
-TEST_F(YaxregExport, TellsAKeyThatIsNotThere) {
+TEST_F(ExportVerb, TellsAKeyThatIsNotThere) {
   { RegistryFile registry(file_); }
   const Answer answer = Yaxreg({"export", file_, "net"});
   EXPECT_EQ(1, answer.code);
@@ -74,7 +74,7 @@ TEST_F(YaxregExport, TellsAKeyThatIsNotThere) {
   EXPECT_EQ("yaxreg: " + file_ + ": net: there is no such key (status 2)\n", answer.err);
 }
 
-TEST_F(YaxregExport, WritesADeletedRootAsMissing) {
+TEST_F(ExportVerb, WritesADeletedRootAsMissing) {
   {
     RegistryFile registry(file_);
     registry.Calls().SetCurrentUserId(65535);
@@ -84,7 +84,7 @@ TEST_F(YaxregExport, WritesADeletedRootAsMissing) {
             Yaxreg({"export", file_}).out);
 }
 
-TEST_F(YaxregExport, WritesWhatADamagedFileStillHolds) {
+TEST_F(ExportVerb, WritesWhatADamagedFileStillHolds) {
   {
     RegistryFile registry(file_);
     registry.AddKey("net");
@@ -100,7 +100,7 @@ TEST_F(YaxregExport, WritesWhatADamagedFileStillHolds) {
   EXPECT_EQ(answer.err.size() - 1, answer.err.find('\n')) << answer.err;
 }
 
-TEST_F(YaxregExport, WritesWhatTheReaderTakes) {
+TEST_F(ExportVerb, WritesWhatTheReaderTakes) {
   {
     RegistryFile registry(file_);
     registry.AddKey("net");
@@ -114,7 +114,7 @@ TEST_F(YaxregExport, WritesWhatTheReaderTakes) {
   EXPECT_EQ(2u, update.keys[1].values.size());
 }
 
-TEST_F(YaxregExport, RefusesWhatIsNoRegistry) {
+TEST_F(ExportVerb, RefusesWhatIsNoRegistry) {
   PutFile(file_, "{}");
   const Answer answer = Yaxreg({"export", file_});
   EXPECT_EQ(3, answer.code);

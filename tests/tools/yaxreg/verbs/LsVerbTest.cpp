@@ -5,7 +5,7 @@
 
 namespace {
 
-TEST(YaxregLs, ListsValuesAndThenKeysWithASlash) {
+TEST(LsVerb, ListsValuesAndThenKeysWithASlash) {
   SampleFile sample;
   sample.AddValue("network", "a", tamu::registry::TextValue(""));
   EXPECT_EQ("network/\nshop/\n", Yaxreg({"ls", sample.path()}).out);
@@ -13,7 +13,7 @@ TEST(YaxregLs, ListsValuesAndThenKeysWithASlash) {
   EXPECT_EQ("", Yaxreg({"ls", sample.path(), "shop"}).out);
 }
 
-TEST(YaxregLs, ListsAHiddenValueOnlyInTheLongForm) {
+TEST(LsVerb, ListsAHiddenValueOnlyInTheLongForm) {
   const SampleFile sample;
   EXPECT_EQ("mac\nmtu\nname\nstate\n", Yaxreg({"ls", sample.path(), "network/eth"}).out);
   EXPECT_EQ(
@@ -26,13 +26,13 @@ TEST(YaxregLs, ListsAHiddenValueOnlyInTheLongForm) {
 }
 
 // As tree does.
-TEST(YaxregLs, ShowsTextsOfOtherTypesAsTexts) {
+TEST(LsVerb, ShowsTextsOfOtherTypesAsTexts) {
   SampleFile sample;
   sample.AddValue("shop", "a", tamu::registry::MakeValue(5, "abc", 4));
   EXPECT_EQ("type 5  4  \"abc\"  a\n", Yaxreg({"ls", "-l", sample.path(), "shop"}).out);
 }
 
-TEST(YaxregLs, TellsMoreOfKeysInTheLongForm) {
+TEST(LsVerb, TellsMoreOfKeysInTheLongForm) {
   SampleFile sample;
   EXPECT_EQ(
       "rwcd:----  65535  7  2 keys, 0 values  network/\n"
@@ -45,7 +45,7 @@ TEST(YaxregLs, TellsMoreOfKeysInTheLongForm) {
       Yaxreg({"ls", "--long", sample.path(), "network"}).out);
 }
 
-TEST(YaxregLs, CutsLongDataInTheLongForm) {
+TEST(LsVerb, CutsLongDataInTheLongForm) {
   SampleFile sample;
   sample.AddValue("shop", "t", tamu::registry::TextValue(std::string(100, 'x').c_str()));
   sample.AddValue("shop", "u", tamu::registry::TextValue("äöü"));
@@ -54,7 +54,7 @@ TEST(YaxregLs, CutsLongDataInTheLongForm) {
             Yaxreg({"ls", "-l", sample.path(), "shop"}).out);
 }
 
-TEST(YaxregLs, ListsAllKeysBelowByTheirPaths) {
+TEST(LsVerb, ListsAllKeysBelowByTheirPaths) {
   const SampleFile sample;
   EXPECT_EQ("network/\nnetwork/eth/\nnetwork/wlan/\nshop/\n",
             Yaxreg({"ls", "-r", sample.path()}).out);
@@ -67,14 +67,14 @@ TEST(YaxregLs, ListsAllKeysBelowByTheirPaths) {
       Yaxreg({"ls", "-rl", sample.path()}).out);
 }
 
-TEST(YaxregLs, LetsNoControlCharacterThrough) {
+TEST(LsVerb, LetsNoControlCharacterThrough) {
   SampleFile sample;
   sample.AddKey("shop/a\nb\\");
   sample.AddValue("shop", "\033", tamu::registry::TextValue(""));
   EXPECT_EQ("\\x1b\na\\x0ab\\\\/\n", Yaxreg({"ls", sample.path(), "shop"}).out);
 }
 
-TEST(YaxregLs, WritesJson) {
+TEST(LsVerb, WritesJson) {
   const SampleFile sample;
   EXPECT_EQ(
       "{\"path\":\"network\",\"values\":[],\"keys\":[\n"
@@ -95,7 +95,7 @@ TEST(YaxregLs, WritesJson) {
       Yaxreg({"ls", "--json", sample.path(), "network/eth"}).out);
 }
 
-TEST(YaxregLs, WritesPathsOfAllKeysBelowAsJson) {
+TEST(LsVerb, WritesPathsOfAllKeysBelowAsJson) {
   const SampleFile sample;
   const Answer answer = Yaxreg({"ls", "-r", "--json", sample.path()});
   EXPECT_EQ(0u, answer.out.find("{\"path\":\"\",\"keys\":[\n{\"path\":\"network\",\"owner\":65535,"
@@ -105,7 +105,7 @@ TEST(YaxregLs, WritesPathsOfAllKeysBelowAsJson) {
   EXPECT_EQ(std::string::npos, answer.out.find("\"values\":")) << answer.out;
 }
 
-TEST(YaxregLs, TellsAMissingKey) {
+TEST(LsVerb, TellsAMissingKey) {
   const SampleFile sample;
   const Answer answer = Yaxreg({"ls", sample.path(), "networ"});
   EXPECT_EQ(1, answer.code);

@@ -8,7 +8,7 @@
 
 namespace {
 
-class YaxregRepair : public SmallTreeRig {
+class RepairVerb : public SmallTreeRig {
  protected:
   // The content of the repaired file, which must be sound and open.
   std::string Saved() const {
@@ -23,14 +23,14 @@ class YaxregRepair : public SmallTreeRig {
   const std::string whole = ContentText(yaxreg::RegistryImage(SmallTree().bytes).content());
 };
 
-TEST_F(YaxregRepair, SavesAllOfASoundFile) {
+TEST_F(RepairVerb, SavesAllOfASoundFile) {
   ExpectDone(saved + ": 4 of 4 keys and 3 of 3 values saved, nothing is lost\n",
              {"repair", file, "-o", saved});
   EXPECT_EQ(whole, Saved());
   EXPECT_TRUE(SmallTree().bytes == GetFile(file));
 }
 
-TEST_F(YaxregRepair, SavesAllWhenOnlyTheHeaderIsDamaged) {
+TEST_F(RepairVerb, SavesAllWhenOnlyTheHeaderIsDamaged) {
   Damage(4208, 0xFFFFFF00);
   const std::string before = GetFile(file);
   ExpectDone(
@@ -42,7 +42,7 @@ TEST_F(YaxregRepair, SavesAllWhenOnlyTheHeaderIsDamaged) {
   EXPECT_TRUE(before == GetFile(file));
 }
 
-TEST_F(YaxregRepair, TellsWhatCouldNotBeSaved) {
+TEST_F(RepairVerb, TellsWhatCouldNotBeSaved) {
   Damage(V(2) + 8, 0x66000005);  // the type of "port"
   const std::string before = GetFile(file);
   const Answer answer = Yaxreg({"repair", file, "-o", saved});
@@ -64,7 +64,7 @@ TEST_F(YaxregRepair, TellsWhatCouldNotBeSaved) {
 
 // A key whose record is not where it should be becomes a new one, the administrator's, for the keys
 // below it. The record is saved with its values, but without its path.
-TEST_F(YaxregRepair, MakesKeysForNamesThatHaveNoneAnyMore) {
+TEST_F(RepairVerb, MakesKeysForNamesThatHaveNoneAnyMore) {
   Damage(S(3) + 20, 0x16D00);  // the key of "net"
   const Answer answer = Yaxreg({"repair", file, "-o", saved});
   EXPECT_EQ(3, answer.code);
@@ -78,7 +78,7 @@ TEST_F(YaxregRepair, MakesKeysForNamesThatHaveNoneAnyMore) {
 }
 
 // Keys without a place are saved even where nothing else is wrong.
-TEST_F(YaxregRepair, SavesKeysThatNothingLeadsTo) {
+TEST_F(RepairVerb, SavesKeysThatNothingLeadsTo) {
   Damage(S(3) + 16, 0);  // the sub-keys of "net"
   const Answer answer = Yaxreg({"repair", file, "-o", saved});
   EXPECT_EQ(3, answer.code);
@@ -95,7 +95,7 @@ TEST_F(YaxregRepair, SavesKeysThatNothingLeadsTo) {
 
 // "mtu" and "port", which nothing leads to, are two of the three values in use; one cannot be read.
 // Of a fifth key there is only a slot that is in use.
-TEST_F(YaxregRepair, CountsWhatNothingLeadsTo) {
+TEST_F(RepairVerb, CountsWhatNothingLeadsTo) {
   HandMadeFile damaged = SmallTree();
   damaged.PutWord(K(2), 0x16D00);         // the first value of "net"
   damaged.PutWord(V(2) + 8, 0x66000005);  // the type of "port"
@@ -107,13 +107,13 @@ TEST_F(YaxregRepair, CountsWhatNothingLeadsTo) {
       << answer.out;
 }
 
-TEST_F(YaxregRepair, GivesAFileWithoutRootKeyOne) {
+TEST_F(RepairVerb, GivesAFileWithoutRootKeyOne) {
   PutFile(file, HandMadeFile().bytes);
   EXPECT_EQ(0, Yaxreg({"repair", file, "-o", saved}).code);
   EXPECT_EQ("/ ffff:5f\n", Saved());
 }
 
-TEST_F(YaxregRepair, PrintsOneDocumentForPrograms) {
+TEST_F(RepairVerb, PrintsOneDocumentForPrograms) {
   Damage(V(2) + 8, 0x66000005);
   const Answer answer = Yaxreg({"repair", file, "-o", saved, "--json"});
   EXPECT_EQ(3, answer.code);
@@ -140,26 +140,26 @@ TEST_F(YaxregRepair, PrintsOneDocumentForPrograms) {
       answer.out);
 }
 
-TEST_F(YaxregRepair, WritesOverNoFile) {
+TEST_F(RepairVerb, WritesOverNoFile) {
   PutFile(saved, "mine");
   ExpectFailure(1, ": there is a file already (status 17)\n", {"repair", file, "-o", saved});
   EXPECT_EQ("mine", GetFile(saved));
   ExpectFailure(1, ": there is a file already (status 17)\n", {"repair", file, "-o", file});
 }
 
-TEST_F(YaxregRepair, NeedsANewFile) {
+TEST_F(RepairVerb, NeedsANewFile) {
   ExpectFailure(2, "--output", {"repair", file});
   ExpectFailure(2, "--output", {"repair", file, "-o", ""});
   EXPECT_EQ(1u, FilesInFolder());
 }
 
-TEST_F(YaxregRepair, LeavesNothingWhereItCannotWrite) {
+TEST_F(RepairVerb, LeavesNothingWhereItCannotWrite) {
   ExpectFailure(4, "cannot be made: No such file or directory",
                 {"repair", file, "-o", folder / "absent/saved.rce"});
   EXPECT_EQ(1u, FilesInFolder());
 }
 
-TEST_F(YaxregRepair, FailsOnWhatIsNoRegistry) {
+TEST_F(RepairVerb, FailsOnWhatIsNoRegistry) {
   ExpectNoRegistryFails("repair", {"-o", saved});
 }
 

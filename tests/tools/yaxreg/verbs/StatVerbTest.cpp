@@ -23,7 +23,7 @@ std::string MakeEmpty(const TempDir& folder) {
 
 // Names that begin differently share a level: "network" and "eth" take two string nodes each,
 // "shop" and "wlan" one, the root one. 10337 are left for keys that take 7 / 5 each.
-TEST(YaxregStat, ShowsAllKindsInColumns) {
+TEST(StatVerb, ShowsAllKindsInColumns) {
   const SampleFile sample;
   EXPECT_EQ(
       "75888 bytes, 5 keys, 5 values\n"
@@ -38,7 +38,7 @@ TEST(YaxregStat, ShowsAllKindsInColumns) {
       PrintedBy({"stat", sample.path()}));
 }
 
-TEST(YaxregStat, PrintsNumbersForPrograms) {
+TEST(StatVerb, PrintsNumbersForPrograms) {
   const SampleFile sample;
   const Answer answer = Yaxreg({"stat", sample.path(), "--json"});
   EXPECT_EQ(0, answer.code) << answer.err;
@@ -63,7 +63,7 @@ TEST(YaxregStat, PrintsNumbersForPrograms) {
 }
 
 // 10344 values are left, of which a key usually takes 4.
-TEST(YaxregStat, TakesUsualKeysWhereThereAreNone) {
+TEST(StatVerb, TakesUsualKeysWhereThereAreNone) {
   const TempDir folder;
   const Answer answer = Yaxreg({"stat", MakeEmpty(folder)});
   EXPECT_EQ(0, answer.code) << answer.err;
@@ -72,7 +72,7 @@ TEST(YaxregStat, TakesUsualKeysWhereThereAreNone) {
 }
 
 // 400 values: 364 in the first table, 36 in the second one, in which 463 slots stay free.
-TEST(YaxregStat, TellsFreeSlotsOfOlderTablesApart) {
+TEST(StatVerb, TellsFreeSlotsOfOlderTablesApart) {
   const TempDir folder;
   const std::string path = folder / "device.rce";
   {
@@ -100,7 +100,7 @@ TEST(YaxregStat, TellsFreeSlotsOfOlderTablesApart) {
 }
 
 // The table of blocks says that 104 slots of 364 are free: 260 are leaked, 2.5% of 10344.
-TEST(YaxregStat, CountsWhatIsLeaked) {
+TEST(StatVerb, CountsWhatIsLeaked) {
   const TempDir folder;
   const std::string path = MakeEmpty(folder);
   std::string bytes = GetFile(path);
@@ -112,7 +112,7 @@ TEST(YaxregStat, CountsWhatIsLeaked) {
 }
 
 // The names of deleted keys stay. They are wear, and no part of what the two keys take.
-TEST(YaxregStat, CountsNamesWithoutAKeyAsWearAndNotAsKeys) {
+TEST(StatVerb, CountsNamesWithoutAKeyAsWearAndNotAsKeys) {
   const TempDir folder;
   const std::string path = folder / "device.rce";
   {
@@ -134,7 +134,7 @@ TEST(YaxregStat, CountsNamesWithoutAKeyAsWearAndNotAsKeys) {
            "\"string node\": {\n      \"used\": 42,\n      \"withoutKey\": 40,\n");
 }
 
-TEST(YaxregStat, TellsWhatItKnowsOfADamagedFile) {
+TEST(StatVerb, TellsWhatItKnowsOfADamagedFile) {
   const SampleFile sample;
   std::string bytes = GetFile(sample.path());
   bytes.replace(10188 + 40 + 16, 4,
@@ -147,14 +147,14 @@ TEST(YaxregStat, TellsWhatItKnowsOfADamagedFile) {
   ExpectIn(answer.err, "damaged");
 }
 
-TEST(YaxregStat, SaysThatAFileIsNoRegistry) {
+TEST(StatVerb, SaysThatAFileIsNoRegistry) {
   const TempDir folder;
   PutFile(folder / "text", "text");
   EXPECT_EQ(3, Yaxreg({"stat", folder / "text"}).code);
   EXPECT_EQ(4, Yaxreg({"stat", folder / "missing"}).code);
 }
 
-TEST(YaxregStatMap, IsDrawnAndReplaced) {
+TEST(StatVerb, IsDrawnAndReplaced) {
   const SampleFile sample;
   const TempDir folder;
   const std::string map = folder / "map.svg";
@@ -172,7 +172,7 @@ TEST(YaxregStatMap, IsDrawnAndReplaced) {
   EXPECT_EQ(1, std::distance(begin(files), end(files)));
 }
 
-TEST(YaxregStatMap, ReplacesOnlyEmptyAndSvgFiles) {
+TEST(StatVerb, ReplacesOnlyEmptyAndSvgFiles) {
   const SampleFile sample;
   const TempDir folder;
   const std::string map = folder / "map";
@@ -190,7 +190,7 @@ TEST(YaxregStatMap, ReplacesOnlyEmptyAndSvgFiles) {
   }
 }
 
-TEST(YaxregStatMap, NeverReplacesTheRegistry) {
+TEST(StatVerb, NeverReplacesTheRegistry) {
   const SampleFile sample;
   const TempDir folder;
   const std::string link = folder / "link";
@@ -201,7 +201,7 @@ TEST(YaxregStatMap, NeverReplacesTheRegistry) {
   EXPECT_EQ(before, GetFile(sample.path()));
 }
 
-TEST(YaxregStatMap, IsAFailureWhereItCannotBeWritten) {
+TEST(StatVerb, IsAFailureWhereItCannotBeWritten) {
   const SampleFile sample;
   const TempDir folder;
   EXPECT_EQ(4, Yaxreg({"stat", sample.path(), "--map", folder / "missing/map.svg"}).code);
@@ -212,7 +212,7 @@ TEST(YaxregStatMap, IsAFailureWhereItCannotBeWritten) {
   ExpectIn(answer.err, "is no regular file");
 }
 
-TEST(YaxregStatMap, FollowsALinkToTheOldMap) {
+TEST(StatVerb, FollowsALinkToTheOldMap) {
   const SampleFile sample;
   const TempDir folder;
   PutFile(folder / "map.svg", "");

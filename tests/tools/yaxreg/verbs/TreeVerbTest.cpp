@@ -5,7 +5,7 @@
 
 namespace {
 
-TEST(YaxregTree, DrawsKeysAndTheirValues) {
+TEST(TreeVerb, DrawsKeysAndTheirValues) {
   const SampleFile sample;
   EXPECT_EQ(
       "/\n"
@@ -23,7 +23,7 @@ TEST(YaxregTree, DrawsKeysAndTheirValues) {
       PrintedBy({"tree", sample.path()}));
 }
 
-TEST(YaxregTree, BeginsAtTheKeyThatIsAskedFor) {
+TEST(TreeVerb, BeginsAtTheKeyThatIsAskedFor) {
   SampleFile sample;
   const std::string expected =
       "network/eth/\n"
@@ -42,7 +42,7 @@ TEST(YaxregTree, BeginsAtTheKeyThatIsAskedFor) {
             Yaxreg({"tree", sample.path(), "network/wlan"}).out);
 }
 
-TEST(YaxregTree, EndsTheLineOfEachParentAtItsLastKey) {
+TEST(TreeVerb, EndsTheLineOfEachParentAtItsLastKey) {
   SampleFile sample;
   sample.AddKey("shop/till");
   EXPECT_EQ(
@@ -57,7 +57,7 @@ TEST(YaxregTree, EndsTheLineOfEachParentAtItsLastKey) {
       Yaxreg({"tree", "--keys", sample.path()}).out);
 }
 
-TEST(YaxregTree, ShowsOnlySoManyLevels) {
+TEST(TreeVerb, ShowsOnlySoManyLevels) {
   const SampleFile sample;
   EXPECT_EQ(
       "/\n"
@@ -71,7 +71,7 @@ TEST(YaxregTree, ShowsOnlySoManyLevels) {
             Yaxreg({"tree", sample.path(), "--depth", "18446744073709551615"}).out);
 }
 
-TEST(YaxregTree, RefusesADepthThatIsNoNumber) {
+TEST(TreeVerb, RefusesADepthThatIsNoNumber) {
   const SampleFile sample;
   for (const char* depth : {"-1", "x", "", "18446744073709551616"}) {
     const Answer answer = Yaxreg({"tree", sample.path(), std::string("--depth=") + depth});
@@ -80,7 +80,7 @@ TEST(YaxregTree, RefusesADepthThatIsNoNumber) {
   }
 }
 
-TEST(YaxregTree, ShowsNoValuesOnRequest) {
+TEST(TreeVerb, ShowsNoValuesOnRequest) {
   const SampleFile sample;
   EXPECT_EQ(
       "network/ (default 7)\n"
@@ -91,7 +91,7 @@ TEST(YaxregTree, ShowsNoValuesOnRequest) {
       Yaxreg({"tree", "-k", sample.path(), "network"}).out);
 }
 
-TEST(YaxregTree, CutsLongDataAndTellsItsSize) {
+TEST(TreeVerb, CutsLongDataAndTellsItsSize) {
   SampleFile sample;
   const std::string text(70, 'x');
   const std::string fits(58, 'y');
@@ -102,7 +102,7 @@ TEST(YaxregTree, CutsLongDataAndTellsItsSize) {
             Yaxreg({"tree", sample.path(), "network/wlan"}).out);
 }
 
-TEST(YaxregTree, ShowsTextsOfOtherTypesAndTheTypeOfWhatIsNoPlainValue) {
+TEST(TreeVerb, ShowsTextsOfOtherTypesAndTheTypeOfWhatIsNoPlainValue) {
   using tamu::registry::MakeValue;
   SampleFile sample;
   sample.AddValue("shop", "a", MakeValue(5, "abc", 4));
@@ -116,7 +116,7 @@ TEST(YaxregTree, ShowsTextsOfOtherTypesAndTheTypeOfWhatIsNoPlainValue) {
       Yaxreg({"tree", sample.path(), "shop"}).out);
 }
 
-TEST(YaxregTree, LetsNoControlCharacterThrough) {
+TEST(TreeVerb, LetsNoControlCharacterThrough) {
   SampleFile sample;
   sample.AddKey("shop/\033[2J\xff");
   sample.AddValue("shop/\033[2J\xff", "a\nb", tamu::registry::TextValue("\033[31m"));
@@ -129,14 +129,14 @@ TEST(YaxregTree, LetsNoControlCharacterThrough) {
       Yaxreg({"tree", sample.path(), "shop"}).out);
 }
 
-TEST(YaxregTree, ColoursKeysAndValuesOnATerminal) {
+TEST(TreeVerb, ColoursKeysAndValuesOnATerminal) {
   const SampleFile sample;
   const Answer answer = Yaxreg({"tree", sample.path(), "network/eth"}, "", true);
   EXPECT_NE(std::string::npos, answer.out.find("\033[1;34mnetwork/eth/\033[0m")) << answer.out;
   EXPECT_NE(std::string::npos, answer.out.find("\033[36mmtu\033[0m = 1500\n")) << answer.out;
 }
 
-TEST(YaxregTree, WritesAListOfKeysAsJson) {
+TEST(TreeVerb, WritesAListOfKeysAsJson) {
   SampleFile sample;
   sample.AddValue("network/wlan", "big", tamu::registry::MakeValue(0, "\1\0\0\0\0\0\x20\0", 8));
   sample.AddValue("network/wlan", "nul", tamu::registry::MakeValue(1, "a\0b", 4));
@@ -163,7 +163,7 @@ TEST(YaxregTree, WritesAListOfKeysAsJson) {
       Yaxreg({"tree", sample.path(), "--json", "-k", "-d", "1"}).out);
 }
 
-TEST(YaxregTree, TellsAMissingKeyAndAMissingFile) {
+TEST(TreeVerb, TellsAMissingKeyAndAMissingFile) {
   const TempDir folder;
   const SampleFile sample;
   const Answer key = Yaxreg({"tree", sample.path(), "network/none"});
@@ -175,7 +175,7 @@ TEST(YaxregTree, TellsAMissingKeyAndAMissingFile) {
   EXPECT_EQ("(cannot be read)", GetFile(folder / "none.rce"));
 }
 
-TEST(YaxregTree, DrawsAVeryDeepTree) {
+TEST(TreeVerb, DrawsAVeryDeepTree) {
   SampleFile sample;
   constexpr size_t kDepth = 1000;
   std::vector<std::string> keys;
