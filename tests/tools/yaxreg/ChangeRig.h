@@ -15,6 +15,8 @@
 #include "tests/tools/yaxreg/YaxregRig.h"
 #include "tools/yaxreg/image/RegistryImage.h"
 
+namespace status = tamu::registry::status;
+
 // Until the end of the scope this process is nobody's, whoever runs the tests: the system's checks
 // of a file's mode count.
 class OrdinaryUser {
@@ -42,23 +44,24 @@ class ChangeRig : public ::testing::Test {
 
   void SetUp() override {
     Registry registry(file.c_str(), tamu::registry::kAdministratorId);
-    ASSERT_EQ(0u, registry.Initialize());
+    ASSERT_EQ(status::kOk, registry.Initialize());
   }
 
   // Makes keys as this user, who is the administrator unless told.
   void MakeKeys(const std::vector<std::string>& paths,
                 unsigned int user = tamu::registry::kAdministratorId) {
     Registry registry(file.c_str(), user);
-    ASSERT_EQ(0u, registry.Initialize());
-    for (const std::string& path : paths) ASSERT_EQ(0u, registry.CreateKey(0, path.c_str()));
+    ASSERT_EQ(status::kOk, registry.Initialize());
+    for (const std::string& path : paths)
+      ASSERT_EQ(status::kOk, registry.CreateKey(0, path.c_str()));
   }
 
   void MakeValue(const char* path, const char* name, unsigned int type, const std::string& data) {
     Registry registry(file.c_str(), tamu::registry::kAdministratorId);
-    ASSERT_EQ(0u, registry.Initialize());
+    ASSERT_EQ(status::kOk, registry.Initialize());
     tamu::registry::Value value =
         tamu::registry::MakeValue(type, data.data(), static_cast<unsigned int>(data.size()));
-    ASSERT_EQ(0u, registry.CreateValue(0, path, name, &value));
+    ASSERT_EQ(status::kOk, registry.CreateValue(0, path, name, &value));
   }
 
   // The file as it is now, decoded.

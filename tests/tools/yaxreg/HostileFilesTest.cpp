@@ -16,6 +16,8 @@
 #include "tests/tools/yaxreg/YaxregRig.h"
 #include "tools/yaxreg/verbs/VerbTable.h"
 
+namespace status = tamu::registry::status;
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -40,7 +42,7 @@ class YaxregHostileFiles : public ::testing::Test {
       registry.AddText("net/eth0", "name", "uplink");
       registry.AddText("net/eth0", "long", std::string(700, 'x').c_str());
       registry.AddText("YAX_ROOT/{1FBF55FC-0F15-45CC-8F3F-DE86A5640CB5}", "CompName", "clock");
-      EXPECT_EQ(0u, registry.Calls().SetDefaultValue(0, "net/wlan0", 7));
+      EXPECT_EQ(status::kOk, registry.Calls().SetDefaultValue(0, "net/wlan0", 7));
     }
     ASSERT_EQ(0, Yaxreg({"backup", sound_, "net", backup_}).code);
     bytes_ = GetFile(sound_);

@@ -7,18 +7,20 @@
 
 #include "registry/Registry.h"
 
+namespace status = tamu::registry::status;
+
 // Works as the user with the number 1000, who owns the keys that are created.
 class RegistryFile {
  public:
   explicit RegistryFile(const std::string& path) : registry_(path.c_str(), 1000u) {
-    EXPECT_EQ(0u, registry_.Initialize());
+    EXPECT_EQ(status::kOk, registry_.Initialize());
   }
   ~RegistryFile() { registry_.Finalize(); }
   RegistryFile(const RegistryFile&) = delete;
   RegistryFile& operator=(const RegistryFile&) = delete;
 
   tamu::registry::Registry& Calls() { return registry_; }
-  void AddKey(const char* path) { EXPECT_EQ(0u, registry_.CreateKey(0, path)) << path; }
+  void AddKey(const char* path) { EXPECT_EQ(status::kOk, registry_.CreateKey(0, path)) << path; }
   void AddNumber(const char* path, const char* name, unsigned long long number) {
     // As the file holds it, on every machine.
     unsigned char bytes[8];
@@ -29,7 +31,7 @@ class RegistryFile {
     AddValue(path, name, tamu::registry::TextValue(text));
   }
   void AddValue(const char* path, const char* name, tamu::registry::Value value) {
-    EXPECT_EQ(0u, registry_.CreateValue(0, path, name, &value)) << path << " " << name;
+    EXPECT_EQ(status::kOk, registry_.CreateValue(0, path, name, &value)) << path << " " << name;
   }
 
  private:

@@ -12,6 +12,8 @@
 #include "registry/base/Value.h"
 #include "tests/platform/TestFiles.h"
 
+namespace status = tamu::registry::status;
+
 // network           default value 7
 // network/eth       mac, mtu twice, name, state (not set)
 // network/wlan      others may read
@@ -21,24 +23,24 @@ class SampleFile {
   SampleFile() : path_(folder_ / "sample.rce") {
     using tamu::registry::MakeValue;
     tamu::registry::Registry registry(path_.c_str(), tamu::registry::kAdministratorId);
-    EXPECT_EQ(0u, registry.Initialize());
-    EXPECT_EQ(0u, registry.CreateKey(0, "network", 7));
-    EXPECT_EQ(0u, registry.CreateKey(0, "network/eth"));
-    EXPECT_EQ(0u, registry.CreateKey(0, "network/wlan"));
+    EXPECT_EQ(status::kOk, registry.Initialize());
+    EXPECT_EQ(status::kOk, registry.CreateKey(0, "network", 7));
+    EXPECT_EQ(status::kOk, registry.CreateKey(0, "network/eth"));
+    EXPECT_EQ(status::kOk, registry.CreateKey(0, "network/wlan"));
     const unsigned char permission = tamu::registry::MakePermission(15, 1);
-    EXPECT_EQ(0u, registry.SetKeyPermission(0, "network/wlan", permission));
+    EXPECT_EQ(status::kOk, registry.SetKeyPermission(0, "network/wlan", permission));
     unsigned long long mtu = 1400;
     auto number = MakeValue(tamu::registry::kValueTypeInteger, &mtu, 8);
-    EXPECT_EQ(0u, registry.CreateValue(0, "network/eth", "mtu", &number));
+    EXPECT_EQ(status::kOk, registry.CreateValue(0, "network/eth", "mtu", &number));
     mtu = 1500;
-    EXPECT_EQ(0u, registry.CreateValue(0, "network/eth", "mtu", &number));
+    EXPECT_EQ(status::kOk, registry.CreateValue(0, "network/eth", "mtu", &number));
     auto name = tamu::registry::TextValue("uplink");
-    EXPECT_EQ(0u, registry.CreateValue(0, "network/eth", "name", &name));
-    EXPECT_EQ(0u, registry.CreateValue(0, "network/eth", "state", nullptr));
+    EXPECT_EQ(status::kOk, registry.CreateValue(0, "network/eth", "name", &name));
+    EXPECT_EQ(status::kOk, registry.CreateValue(0, "network/eth", "state", nullptr));
     auto mac = MakeValue(2, "\x00\x1b\xff", 3);
-    EXPECT_EQ(0u, registry.CreateValue(0, "network/eth", "mac", &mac));
-    EXPECT_EQ(0u, registry.SetCurrentUserId(1000));
-    EXPECT_EQ(0u, registry.CreateKey(0, "shop"));
+    EXPECT_EQ(status::kOk, registry.CreateValue(0, "network/eth", "mac", &mac));
+    EXPECT_EQ(status::kOk, registry.SetCurrentUserId(1000));
+    EXPECT_EQ(status::kOk, registry.CreateKey(0, "shop"));
     registry.Finalize();
   }
 
@@ -47,14 +49,15 @@ class SampleFile {
   // Adds a value as the administrator.
   void AddValue(const char* key, const char* name, tamu::registry::Value value) {
     tamu::registry::Registry registry(path_.c_str(), tamu::registry::kAdministratorId);
-    EXPECT_EQ(0u, registry.Initialize());
-    EXPECT_EQ(0u, registry.CreateValue(0, key, name, &value));
+    EXPECT_EQ(status::kOk, registry.Initialize());
+    EXPECT_EQ(status::kOk, registry.CreateValue(0, key, name, &value));
   }
   // Adds keys as the administrator.
   void AddKeys(const std::vector<std::string>& keys) {
     tamu::registry::Registry registry(path_.c_str(), tamu::registry::kAdministratorId);
-    EXPECT_EQ(0u, registry.Initialize());
-    for (const std::string& key : keys) EXPECT_EQ(0u, registry.CreateKey(0, key.c_str())) << key;
+    EXPECT_EQ(status::kOk, registry.Initialize());
+    for (const std::string& key : keys)
+      EXPECT_EQ(status::kOk, registry.CreateKey(0, key.c_str())) << key;
   }
   void AddKey(const std::string& key) { AddKeys({key}); }
 

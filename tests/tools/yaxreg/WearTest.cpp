@@ -31,9 +31,9 @@ class YaxregWear : public ::testing::Test {
 
   void SetUp() override {
     Registry registry(file_.c_str(), tamu::registry::kAdministratorId);
-    ASSERT_EQ(0u, registry.Initialize());
-    ASSERT_EQ(0u, registry.CreateKey(0, "k"));
-    ASSERT_EQ(0u, registry.CreateKey(0, "kept"));
+    ASSERT_EQ(status::kOk, registry.Initialize());
+    ASSERT_EQ(status::kOk, registry.CreateKey(0, "k"));
+    ASSERT_EQ(status::kOk, registry.CreateKey(0, "kept"));
     ASSERT_EQ(0u, Create(registry, "kept", "text", 100));
   }
 
@@ -47,11 +47,11 @@ class YaxregWear : public ::testing::Test {
   // How often it goes on until it is refused with status 75.
   unsigned PlayToTheEnd(const Wear& wear) {
     Registry registry(file_.c_str(), tamu::registry::kAdministratorId);
-    EXPECT_EQ(0u, registry.Initialize());
+    EXPECT_EQ(status::kOk, registry.Initialize());
     for (unsigned i = 0; i <= kSlots; ++i) {
       const unsigned int result = wear(registry, i);
       if (result == status::kOk) continue;
-      EXPECT_EQ(75u, result) << i;
+      EXPECT_EQ(status::kLimit, result) << i;
       return i;
     }
     ADD_FAILURE() << "no end";
@@ -92,8 +92,8 @@ class YaxregWear : public ::testing::Test {
     EXPECT_EQ("", StructureFindings(file_));
     ExpectNothingLost();
     Registry registry(file_.c_str(), tamu::registry::kAdministratorId);
-    ASSERT_EQ(0u, registry.Initialize());
-    EXPECT_EQ(0u, registry.CreateKey(0, "new"));
+    ASSERT_EQ(status::kOk, registry.Initialize());
+    EXPECT_EQ(status::kOk, registry.CreateKey(0, "new"));
     EXPECT_EQ(0u, Create(registry, "new", "value", 1024));
   }
 
@@ -225,11 +225,11 @@ TEST_F(YaxregWear, IsToldToBeSmallWhereCompactHardlyHelps) {
 
 TEST_F(YaxregWear, DoesNotComeFromSettingValues) {
   Registry registry(file_.c_str(), tamu::registry::kAdministratorId);
-  ASSERT_EQ(0u, registry.Initialize());
+  ASSERT_EQ(status::kOk, registry.Initialize());
   for (unsigned i = 0; i < 2000; ++i) {
     const std::string data(1 + i * 37 % 1024, 'x');
     auto value = tamu::registry::MakeValue(2, data.data(), static_cast<unsigned int>(data.size()));
-    ASSERT_EQ(0u, registry.SetValue(0, "kept", "text", &value)) << i;
+    ASSERT_EQ(status::kOk, registry.SetValue(0, "kept", "text", &value)) << i;
   }
   registry.Finalize();
   ExpectNothingLost();
@@ -238,7 +238,7 @@ TEST_F(YaxregWear, DoesNotComeFromSettingValues) {
 // Tells what a single time costs, for those who count.
 TEST_F(YaxregWear, OfAMissingParentGrowsWithItsName) {
   Registry registry(file_.c_str(), tamu::registry::kAdministratorId);
-  ASSERT_EQ(0u, registry.Initialize());
+  ASSERT_EQ(status::kOk, registry.Initialize());
   const unsigned before = Image().UseOf(NodeKind::kString).remaining;
   for (unsigned i = 0; i < 50; ++i) {
     EXPECT_EQ(22u, registry.CreateKey(0, (std::string(40, 'm') + "/x").c_str()));

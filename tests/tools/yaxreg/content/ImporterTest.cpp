@@ -8,6 +8,8 @@
 #include "tools/yaxreg/content/ContentDiff.h"
 #include "tools/yaxreg/content/Importer.h"
 
+namespace status = tamu::registry::status;
+
 namespace yaxreg {
 
 namespace {
@@ -23,7 +25,7 @@ class YaxregImporter : public ChangeRig {
     ASSERT_FALSE(AreSame(present, 0, wanted, 0));
     {
       Registry registry(file.c_str(), tamu::registry::kAdministratorId);
-      ASSERT_EQ(0u, registry.Initialize());
+      ASSERT_EQ(status::kOk, registry.Initialize());
       Importer importer(registry, present, wanted, folder / "backup");
       ASSERT_EQ(0u, importer.Run()) << importer.path();
       EXPECT_EQ(Content::kNone, importer.failedRestore());
@@ -241,7 +243,7 @@ TEST_F(YaxregImporter, TellsTheKeyThatHasNoRoomToBeRestored) {
   Content wanted = present;
   wanted.keys[0].owner = 7;
   Registry registry(file.c_str(), tamu::registry::kAdministratorId);
-  ASSERT_EQ(0u, registry.Initialize());
+  ASSERT_EQ(status::kOk, registry.Initialize());
   Importer importer(registry, present, wanted, folder / "backup");
   EXPECT_EQ(75u, importer.Run());
   EXPECT_EQ("", importer.path());

@@ -12,6 +12,8 @@
 #include "tools/yaxreg/image/BackupWriter.h"
 #include "tools/yaxreg/image/ImageWriter.h"
 
+namespace status = tamu::registry::status;
+
 namespace yaxreg {
 
 namespace {
@@ -24,9 +26,9 @@ unsigned int Restore(const std::string& file, const char* path, const std::strin
   const std::string backup = file + ".bak";
   PutFile(backup, stream);
   Registry registry(file.c_str(), kAdministratorId);
-  EXPECT_EQ(0u, registry.Initialize());
+  EXPECT_EQ(status::kOk, registry.Initialize());
   if (*path != '\0') {
-    EXPECT_EQ(0u, registry.CreateKey(0, path));
+    EXPECT_EQ(status::kOk, registry.CreateKey(0, path));
   }
   return registry.RestoreKey(0, path, backup.c_str());
 }

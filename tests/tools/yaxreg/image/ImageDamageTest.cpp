@@ -16,6 +16,8 @@
 #include "tools/yaxreg/image/ImageWriter.h"
 #include "tools/yaxreg/image/RegistryImage.h"
 
+namespace status = tamu::registry::status;
+
 namespace yaxreg {
 
 namespace {
@@ -121,14 +123,14 @@ class Dependences {
 
 void CreateText(Registry& registry, const char* path, const char* name, const std::string& text) {
   Value value = TextValue(text.c_str());
-  ASSERT_EQ(0u, registry.CreateValue(0, path, name, &value)) << path << " " << name;
+  ASSERT_EQ(status::kOk, registry.CreateValue(0, path, name, &value)) << path << " " << name;
 }
 
 // Names that begin alike, long ones, values of all types, several of one name, unset ones, long
 // data, default values, other owners.
 std::string MakeRegistry(const std::string& path) {
   Registry registry(path.c_str(), kAdministratorId);
-  EXPECT_EQ(0u, registry.Initialize());
+  EXPECT_EQ(status::kOk, registry.Initialize());
   const unsigned long long seven = 7;
   for (const char* key :
        {"net", "network", "neta", "m", "display", "a name of more than seventeen characters",
@@ -136,22 +138,22 @@ std::string MakeRegistry(const std::string& path) {
     EXPECT_EQ(0u, CreateExactKey(registry, key, &seven)) << key;
   }
   registry.SetCurrentUserId(1000);
-  EXPECT_EQ(0u, registry.CreateKey(0, "user"));
-  EXPECT_EQ(0u, registry.CreateKey(0, "user/own"));
+  EXPECT_EQ(status::kOk, registry.CreateKey(0, "user"));
+  EXPECT_EQ(status::kOk, registry.CreateKey(0, "user/own"));
   registry.SetCurrentUserId(kAdministratorId);
   for (const char* key : {"net/eth0", "net/eth1", "b/b1/c", "user/own", "m", ""}) {
     const unsigned long long number = 0x123456789ABCDEF0;
     Value value = MakeValue(0, &number, 8);
-    EXPECT_EQ(0u, registry.CreateValue(0, key, "number", &value));
+    EXPECT_EQ(status::kOk, registry.CreateValue(0, key, "number", &value));
     CreateText(registry, key, "text", std::string("the text of ") + key);
     CreateText(registry, key, "long", std::string(300, 'x'));
     CreateText(registry, key, "text", std::string("a newer text of ") + key);
-    EXPECT_EQ(0u, registry.CreateValue(0, key, "unset", nullptr));
+    EXPECT_EQ(status::kOk, registry.CreateValue(0, key, "unset", nullptr));
     Value bytes = MakeValue(5, "\0\1\2\3", 4);
-    EXPECT_EQ(0u, registry.CreateValue(0, key, "bytes", &bytes));
+    EXPECT_EQ(status::kOk, registry.CreateValue(0, key, "bytes", &bytes));
   }
-  EXPECT_EQ(0u, registry.DeleteKey(0, "neta"));
-  EXPECT_EQ(0u, registry.DeleteValue(0, "m", "long"));
+  EXPECT_EQ(status::kOk, registry.DeleteKey(0, "neta"));
+  EXPECT_EQ(status::kOk, registry.DeleteValue(0, "m", "long"));
   registry.Finalize();
   return GetFile(path);
 }

@@ -11,6 +11,8 @@
 #include "tests/tools/yaxreg/RegistryFile.h"
 #include "tools/yaxreg/image/ImageWriter.h"
 
+namespace status = tamu::registry::status;
+
 namespace yaxreg {
 
 namespace {
@@ -143,11 +145,11 @@ TEST(RegistryImageStrays, AreWhatWasOpenBelowADeletedKey) {
     file.AddNumber("a/b", "n", 5);
     unsigned root = 0;
     unsigned handle = 0;
-    ASSERT_EQ(0u, file.Calls().OpenKey("", &root));
-    ASSERT_EQ(0u, file.Calls().OpenKey("a/b", &handle));
-    ASSERT_EQ(0u, file.Calls().DeleteKey(root, "a"));
-    EXPECT_EQ(0u, file.Calls().CloseKey(handle));
-    EXPECT_EQ(0u, file.Calls().CloseKey(root));
+    ASSERT_EQ(status::kOk, file.Calls().OpenKey("", &root));
+    ASSERT_EQ(status::kOk, file.Calls().OpenKey("a/b", &handle));
+    ASSERT_EQ(status::kOk, file.Calls().DeleteKey(root, "a"));
+    EXPECT_EQ(status::kOk, file.Calls().CloseKey(handle));
+    EXPECT_EQ(status::kOk, file.Calls().CloseKey(root));
   }
   const RegistryImage image(GetFile(folder / "r"));
   EXPECT_TRUE(image.HasStrays());

@@ -10,6 +10,8 @@
 #include "tests/tools/yaxreg/RegistryFile.h"
 #include "tools/yaxreg/image/RegistryImage.h"
 
+namespace status = tamu::registry::status;
+
 namespace yaxreg {
 
 namespace {
@@ -128,8 +130,8 @@ TEST(RegistryImage, CountsWhatIsLostForGood) {
     file.AddKey("b");
     const std::string data(100, 'x');
     file.AddValue("a", "v", tamu::registry::MakeValue(2, data.data(), 100));
-    EXPECT_EQ(0u, file.Calls().DeleteValue(0, "a", "v"));
-    EXPECT_EQ(0u, file.Calls().DeleteKey(0, "b"));
+    EXPECT_EQ(status::kOk, file.Calls().DeleteValue(0, "a", "v"));
+    EXPECT_EQ(status::kOk, file.Calls().DeleteKey(0, "b"));
   }
   const RegistryImage image(GetFile(folder / "r"));
   EXPECT_TRUE(image.IsSound()) << FindingsText(image);
@@ -154,7 +156,7 @@ TEST(RegistryImage, CountsFreeSlotsOfOlderTablesAsStranded) {
     file.AddKey("a");
     for (unsigned i = 0; i < 370; ++i) file.AddNumber("a", std::to_string(i).c_str(), i);
     for (unsigned i = 0; i < 10; ++i) {
-      EXPECT_EQ(0u, file.Calls().DeleteValue(0, "a", std::to_string(i).c_str()));
+      EXPECT_EQ(status::kOk, file.Calls().DeleteValue(0, "a", std::to_string(i).c_str()));
     }
   }
   const RegistryImage image(GetFile(folder / "r"));
@@ -177,8 +179,8 @@ TEST(RegistryImage, TakesACountThatTheLibraryLeavesTooHighForSound) {
     file.AddNumber("a", "old", 1);
     file.AddNumber("a", "new", 2);
     unsigned int handle = 0;
-    ASSERT_EQ(0u, file.Calls().OpenKey("a", &handle));
-    EXPECT_EQ(0u, file.Calls().DeleteValue(handle, "", "old"));
+    ASSERT_EQ(status::kOk, file.Calls().OpenKey("a", &handle));
+    EXPECT_EQ(status::kOk, file.Calls().DeleteValue(handle, "", "old"));
   }
   const std::string bytes = GetFile(folder / "r");
   EXPECT_EQ(2, bytes[K(2) + 4]);

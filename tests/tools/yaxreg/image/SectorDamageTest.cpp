@@ -16,6 +16,8 @@
 #include "tools/yaxreg/content/ExactKey.h"
 #include "tools/yaxreg/image/ImageWriter.h"
 
+namespace status = tamu::registry::status;
+
 namespace yaxreg {
 
 namespace {
@@ -57,9 +59,9 @@ std::string RichFile() {
       file.AddValue(key, "bytes",
                     MakeValue(5, std::string(3, static_cast<char>(number)).c_str(), 3));
       file.AddValue(key, "full", MakeValue(2, (path + std::string(128, 'y')).c_str(), 128));
-      EXPECT_EQ(0u, file.Calls().DeleteValue(0, key, "deleted")) << path;
+      EXPECT_EQ(status::kOk, file.Calls().DeleteValue(0, key, "deleted")) << path;
     }
-    EXPECT_EQ(0u, file.Calls().DeleteKey(0, "hole"));
+    EXPECT_EQ(status::kOk, file.Calls().DeleteKey(0, "hole"));
   }
   return GetFile(folder / "r");
 }

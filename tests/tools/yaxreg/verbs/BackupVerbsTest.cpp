@@ -5,6 +5,8 @@
 
 #include "tests/tools/yaxreg/ChangeRig.h"
 
+namespace status = tamu::registry::status;
+
 namespace {
 
 class BackupRig : public ChangeRig {
@@ -233,7 +235,7 @@ TEST_F(YaxregRestore, SaysThatThereIsNoRoom) {
   ASSERT_EQ(0, Yaxreg({"backup", "-f", file, "net", backup}).code);
   {
     Registry registry(file.c_str(), tamu::registry::kAdministratorId);
-    ASSERT_EQ(0u, registry.Initialize());
+    ASSERT_EQ(status::kOk, registry.Initialize());
     unsigned int result = 0;
     for (int i = 0; result == 0; ++i) {
       ASSERT_LT(i, 200);
@@ -241,7 +243,7 @@ TEST_F(YaxregRestore, SaysThatThereIsNoRoom) {
       result = registry.CreateKey(0, name.c_str());
       if (result == 0) result = registry.RestoreKey(0, name.c_str(), backup.c_str());
     }
-    ASSERT_EQ(75u, result);
+    ASSERT_EQ(status::kLimit, result);
   }
   ExpectFailure(1, "the registry is full, a backup needs room beside what is there",
                 {"restore", file, "net", backup});

@@ -5,6 +5,8 @@
 #include "registry/Registry.h"
 #include "tests/tools/yaxreg/verbs/SmallTreeRig.h"
 
+namespace status = tamu::registry::status;
+
 namespace {
 
 class CheckVerb : public SmallTreeRig {
@@ -59,9 +61,9 @@ TEST_F(CheckVerb, TellsWhatIsLostForGood) {
   MakeValue("a", "v", 2, std::string(100, 'x'));
   {
     Registry registry(file.c_str(), tamu::registry::kAdministratorId);
-    ASSERT_EQ(0u, registry.Initialize());
-    ASSERT_EQ(0u, registry.DeleteValue(0, "a", "v"));
-    ASSERT_EQ(0u, registry.DeleteKey(0, "b"));
+    ASSERT_EQ(status::kOk, registry.Initialize());
+    ASSERT_EQ(status::kOk, registry.DeleteValue(0, "a", "v"));
+    ASSERT_EQ(status::kOk, registry.DeleteKey(0, "b"));
   }
   ExpectAnswer(0,
                file +

@@ -11,6 +11,8 @@
 #include "tests/tools/yaxreg/ContentText.h"
 #include "tests/tools/yaxreg/HandMadeFile.h"
 
+namespace status = tamu::registry::status;
+
 namespace {
 
 using tamu::registry::NameList;
@@ -31,22 +33,22 @@ class CompactVerb : public ChangeRig {
     MakeValue("net/gone", "garbage", 2, std::string(500, 'g'));
     MakeValue("", "of the root", 2, "");
     Registry registry(file.c_str(), tamu::registry::kAdministratorId);
-    ASSERT_EQ(0u, registry.Initialize());
-    ASSERT_EQ(0u, registry.CreateValue(0, "net/eth0", "unset", nullptr));
-    ASSERT_EQ(0u, registry.DeleteValue(0, "net/eth0", "garbage"));
-    ASSERT_EQ(0u, registry.DeleteKey(0, "gone"));
-    ASSERT_EQ(0u, registry.DeleteKey(0, "net/gone"));
-    ASSERT_EQ(0u, registry.SetDefaultValue(0, "disk", 0x123456789ABCDEF0));
-    ASSERT_EQ(0u, registry.SetKeyPermission(0, "net", 0x3F));
-    ASSERT_EQ(0u, registry.SetKeyWatch(0, "net/eth1", 42));
+    ASSERT_EQ(status::kOk, registry.Initialize());
+    ASSERT_EQ(status::kOk, registry.CreateValue(0, "net/eth0", "unset", nullptr));
+    ASSERT_EQ(status::kOk, registry.DeleteValue(0, "net/eth0", "garbage"));
+    ASSERT_EQ(status::kOk, registry.DeleteKey(0, "gone"));
+    ASSERT_EQ(status::kOk, registry.DeleteKey(0, "net/gone"));
+    ASSERT_EQ(status::kOk, registry.SetDefaultValue(0, "disk", 0x123456789ABCDEF0));
+    ASSERT_EQ(status::kOk, registry.SetKeyPermission(0, "net", 0x3F));
+    ASSERT_EQ(status::kOk, registry.SetKeyWatch(0, "net/eth1", 42));
   }
 
   // What the library lists, in its order.
   static std::vector<std::string> ValuesOf(const std::string& path, const char* key) {
     Registry registry(path.c_str(), tamu::registry::kAdministratorId);
-    EXPECT_EQ(0u, registry.Initialize());
+    EXPECT_EQ(status::kOk, registry.Initialize());
     NameList list(100);
-    EXPECT_EQ(0u, registry.ListValues(0, key, 0, 0, &list));
+    EXPECT_EQ(status::kOk, registry.ListValues(0, key, 0, 0, &list));
     return Names(list);
   }
   static std::vector<std::string> Names(const NameList& list) {
@@ -56,7 +58,7 @@ class CompactVerb : public ChangeRig {
   }
   static std::string TextAt(Registry& registry, const char* key, const char* name) {
     ReadValue value;
-    EXPECT_EQ(0u, registry.GetValue(0, key, name, &value));
+    EXPECT_EQ(status::kOk, registry.GetValue(0, key, name, &value));
     return value.text() != nullptr ? value.text() : "(none)";
   }
   std::string Export() const { return Yaxreg({"export", file}).out; }
@@ -100,8 +102,8 @@ TEST_F(CompactVerb, TellsWhatWasWon) {
   MakeValue("a", "v", 2, std::string(100, 'x'));
   {
     Registry registry(file.c_str(), tamu::registry::kAdministratorId);
-    ASSERT_EQ(0u, registry.Initialize());
-    ASSERT_EQ(0u, registry.DeleteValue(0, "a", "v"));
+    ASSERT_EQ(status::kOk, registry.Initialize());
+    ASSERT_EQ(status::kOk, registry.DeleteValue(0, "a", "v"));
   }
   ExpectDone(file +
                  ": 75888 bytes before, 75888 now\n"
@@ -143,12 +145,12 @@ TEST_F(CompactVerb, DropsWhatNothingLeadsToWhenAskedOnly) {
   MakeValue("gone/open", "v", 2, "precious");
   {
     Registry registry(file.c_str(), tamu::registry::kAdministratorId);
-    ASSERT_EQ(0u, registry.Initialize());
+    ASSERT_EQ(status::kOk, registry.Initialize());
     unsigned int root = 0;
     unsigned int open = 0;
-    ASSERT_EQ(0u, registry.OpenKey("", &root));
-    ASSERT_EQ(0u, registry.OpenKey("gone/open", &open));
-    ASSERT_EQ(0u, registry.DeleteKey(root, "gone"));
+    ASSERT_EQ(status::kOk, registry.OpenKey("", &root));
+    ASSERT_EQ(status::kOk, registry.OpenKey("gone/open", &open));
+    ASSERT_EQ(status::kOk, registry.DeleteKey(root, "gone"));
   }
   ASSERT_TRUE(yaxreg::RegistryImage(GetFile(file)).HasStrays());
   ExpectFailure(1,
@@ -199,20 +201,20 @@ TEST_F(CompactVerb, MakesAFileThatTheLibraryWorksOn) {
   EXPECT_EQ(0, Yaxreg({"compact", file}).code);
   {
     Registry registry(file.c_str(), tamu::registry::kAdministratorId);
-    ASSERT_EQ(0u, registry.Initialize());
+    ASSERT_EQ(status::kOk, registry.Initialize());
     NameList list(100);
-    EXPECT_EQ(0u, registry.ListKeys(0, "", 0, 0, &list, 0));
+    EXPECT_EQ(status::kOk, registry.ListKeys(0, "", 0, 0, &list, 0));
     std::vector<std::string> names = Names(list);
     std::sort(names.begin(), names.end());
     EXPECT_EQ(std::vector<std::string>({"disk", "net", "net/eth0", "net/eth1", "own", "own/sub"}),
               names);
     EXPECT_EQ("two", TextAt(registry, "net/eth0", "b"));
-    EXPECT_EQ(0u, registry.DeleteValue(0, "net/eth0", "b"));
+    EXPECT_EQ(status::kOk, registry.DeleteValue(0, "net/eth0", "b"));
     EXPECT_EQ("one", TextAt(registry, "net/eth0", "b"));
-    EXPECT_EQ(0u, registry.DeleteKey(0, "net/eth1"));
-    EXPECT_EQ(0u, registry.CreateKey(0, "net/wlan"));
+    EXPECT_EQ(status::kOk, registry.DeleteKey(0, "net/eth1"));
+    EXPECT_EQ(status::kOk, registry.CreateKey(0, "net/wlan"));
     tamu::registry::Value value = tamu::registry::TextValue("new");
-    EXPECT_EQ(0u, registry.CreateValue(0, "net/wlan", "v", &value));
+    EXPECT_EQ(status::kOk, registry.CreateValue(0, "net/wlan", "v", &value));
     EXPECT_EQ("new", TextAt(registry, "net/wlan", "v"));
   }
   EXPECT_EQ("", StructureFindings(file));
@@ -225,10 +227,10 @@ TEST_F(CompactVerb, KeepsManyNamesFound) {
   MakeKeys(names);
   EXPECT_EQ(0, Yaxreg({"compact", file}).code);
   Registry registry(file.c_str(), tamu::registry::kAdministratorId);
-  ASSERT_EQ(0u, registry.Initialize());
+  ASSERT_EQ(status::kOk, registry.Initialize());
   for (const std::string& name : names) {
     unsigned char permission = 0;
-    EXPECT_EQ(0u, registry.GetKeyPermission(0, name.c_str(), &permission)) << name;
+    EXPECT_EQ(status::kOk, registry.GetKeyPermission(0, name.c_str(), &permission)) << name;
   }
 }
 
@@ -241,11 +243,11 @@ TEST_F(CompactVerb, MakesAFullRegistryWorkAgain) {
   unsigned status = 0;
   {
     Registry registry(file.c_str(), tamu::registry::kAdministratorId);
-    ASSERT_EQ(0u, registry.Initialize());
+    ASSERT_EQ(status::kOk, registry.Initialize());
     for (unsigned i = 0; i < 10344 && status == 0; ++i) {
       status = registry.CreateValue(0, "a", "v", &value);
       if (status == 0) {
-        ASSERT_EQ(0u, registry.DeleteValue(0, "a", "v"));
+        ASSERT_EQ(status::kOk, registry.DeleteValue(0, "a", "v"));
       }
     }
     ASSERT_EQ(tamu::registry::status::kLimit, status);
@@ -256,8 +258,8 @@ TEST_F(CompactVerb, MakesAFullRegistryWorkAgain) {
   EXPECT_EQ(before, Export());
   EXPECT_EQ(75888u, GetFile(file).size());
   Registry registry(file.c_str(), tamu::registry::kAdministratorId);
-  ASSERT_EQ(0u, registry.Initialize());
-  EXPECT_EQ(0u, registry.CreateValue(0, "a", "v", &value));
+  ASSERT_EQ(status::kOk, registry.Initialize());
+  EXPECT_EQ(status::kOk, registry.CreateValue(0, "a", "v", &value));
 }
 
 // A registry that is full of values stays full, and stays as it is.
@@ -267,7 +269,7 @@ TEST_F(CompactVerb, KeepsARegistryThatIsFullOfValues) {
   tamu::registry::Value value = tamu::registry::MakeValue(0, number, 8);
   {
     Registry registry(file.c_str(), tamu::registry::kAdministratorId);
-    ASSERT_EQ(0u, registry.Initialize());
+    ASSERT_EQ(status::kOk, registry.Initialize());
     unsigned status = 0;
     while (status == 0) status = registry.CreateValue(0, "a", "v", &value);
     ASSERT_EQ(tamu::registry::status::kLimit, status);

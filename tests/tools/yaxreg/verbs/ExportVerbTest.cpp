@@ -5,6 +5,8 @@
 #include "tests/tools/yaxreg/YaxregRig.h"
 #include "tools/yaxreg/content/ContentJsonReader.h"
 
+namespace status = tamu::registry::status;
+
 namespace {
 
 constexpr char kHead[] = "{\"format\":\"yax-registry\",\"version\":1,\"keys\":[\n";
@@ -26,10 +28,10 @@ TEST_F(ExportVerb, WritesEverythingOfARegistry) {
     registry.AddText("net/eth0", "port", "up");
     registry.AddNumber("net/eth0", "mtu", 1400);
     registry.AddNumber("net/eth0", "mtu", 0x8000000000000000);
-    EXPECT_EQ(0u, registry.Calls().CreateValue(0, "net/eth0", "later", nullptr));
-    EXPECT_EQ(0u, registry.Calls().SetDefaultValue(0, "app", 7));
-    EXPECT_EQ(0u, registry.Calls().SetKeyPermission(0, "app", 0x1F));
-    EXPECT_EQ(0u, registry.Calls().SetKeyWatch(0, "app", 5));
+    EXPECT_EQ(status::kOk, registry.Calls().CreateValue(0, "net/eth0", "later", nullptr));
+    EXPECT_EQ(status::kOk, registry.Calls().SetDefaultValue(0, "app", 7));
+    EXPECT_EQ(status::kOk, registry.Calls().SetKeyPermission(0, "app", 0x1F));
+    EXPECT_EQ(status::kOk, registry.Calls().SetKeyWatch(0, "app", 5));
   }
   const std::string expected =
       std::string(kHead) + kRoot +
@@ -78,7 +80,7 @@ TEST_F(ExportVerb, WritesADeletedRootAsMissing) {
   {
     RegistryFile registry(file_);
     registry.Calls().SetCurrentUserId(65535);
-    EXPECT_EQ(0u, registry.Calls().DeleteKey(0, ""));
+    EXPECT_EQ(status::kOk, registry.Calls().DeleteKey(0, ""));
   }
   EXPECT_EQ(kHead + std::string("{\"path\":\"\",\"missing\":true,\"values\":[]}\n]}\n"),
             Yaxreg({"export", file_}).out);

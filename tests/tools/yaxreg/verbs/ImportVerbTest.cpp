@@ -10,6 +10,8 @@
 #include "tests/tools/yaxreg/ContentBuilder.h"
 #include "tools/yaxreg/image/BackupWriter.h"
 
+namespace status = tamu::registry::status;
+
 namespace {
 
 std::string Document(const std::string& keys) {
@@ -50,14 +52,14 @@ class YaxregImport : public ChangeRig {
   // All that is said to the library.
   void FillRichly() {
     Registry registry(file.c_str(), 1000u);
-    ASSERT_EQ(0u, registry.Initialize());
+    ASSERT_EQ(status::kOk, registry.Initialize());
     for (const char* key : {"net", "net/eth0", "net/eth0/deep", "app", "\xFF\x01", "a b"}) {
-      ASSERT_EQ(0u, registry.CreateKey(0, key)) << key;
+      ASSERT_EQ(status::kOk, registry.CreateKey(0, key)) << key;
     }
     unsigned char number[8] = {0x88, 0x77, 0x66, 0x55, 0x44, 0x33, 0x22, 0xF1};
     Add(registry, "net/eth0", "hash", 0, number, 8);
     Add(registry, "net/eth0", "short", 0, number, 2);
-    ASSERT_EQ(0u, registry.CreateValue(0, "net/eth0", "later", nullptr));
+    ASSERT_EQ(status::kOk, registry.CreateValue(0, "net/eth0", "later", nullptr));
     Add(registry, "net/eth0", "name", 1, "old", 4);
     Add(registry, "net/eth0", "name", 1, "new", 4);
     Add(registry, "net/eth0", "name", 2, "\0\xFF", 2);
@@ -68,22 +70,22 @@ class YaxregImport : public ChangeRig {
     unsigned char small[8] = {7};
     Add(registry, "net", "size", 0, small, 8);
     auto three = tamu::registry::MakeValue(0, small, 3);
-    ASSERT_EQ(0u, registry.SetValue(0, "net", "size", &three));
-    ASSERT_EQ(0u, registry.SetDefaultValue(0, "net", 0x8000000000000001));
-    ASSERT_EQ(0u, registry.SetDefaultValue(0, "app", 0));
-    ASSERT_EQ(0u, registry.SetKeyWatch(0, "net/eth0", 63));
-    ASSERT_EQ(0u, registry.SetCurrentUserId(2000));
-    ASSERT_EQ(0u, registry.CreateKey(0, "shop"));
-    ASSERT_EQ(0u, registry.CreateKey(0, "shop/x"));
-    ASSERT_EQ(0u, registry.SetKeyPermission(0, "shop", 0xF0));  // nothing for the owner
-    ASSERT_EQ(0u, registry.SetCurrentUserId(1000));
-    ASSERT_EQ(0u, registry.SetKeyPermission(0, "net", 0x18));  // neither create nor read
+    ASSERT_EQ(status::kOk, registry.SetValue(0, "net", "size", &three));
+    ASSERT_EQ(status::kOk, registry.SetDefaultValue(0, "net", 0x8000000000000001));
+    ASSERT_EQ(status::kOk, registry.SetDefaultValue(0, "app", 0));
+    ASSERT_EQ(status::kOk, registry.SetKeyWatch(0, "net/eth0", 63));
+    ASSERT_EQ(status::kOk, registry.SetCurrentUserId(2000));
+    ASSERT_EQ(status::kOk, registry.CreateKey(0, "shop"));
+    ASSERT_EQ(status::kOk, registry.CreateKey(0, "shop/x"));
+    ASSERT_EQ(status::kOk, registry.SetKeyPermission(0, "shop", 0xF0));  // nothing for the owner
+    ASSERT_EQ(status::kOk, registry.SetCurrentUserId(1000));
+    ASSERT_EQ(status::kOk, registry.SetKeyPermission(0, "net", 0x18));  // neither create nor read
   }
 
   static void Add(Registry& registry, const char* path, const char* name, unsigned int type,
                   const void* data, unsigned int size) {
     auto value = tamu::registry::MakeValue(type, data, size);
-    ASSERT_EQ(0u, registry.CreateValue(0, path, name, &value)) << path << " " << name;
+    ASSERT_EQ(status::kOk, registry.CreateValue(0, path, name, &value)) << path << " " << name;
   }
 
   std::string Export(const std::string& path = "") const {
@@ -384,7 +386,7 @@ class YaxregImportFull : public YaxregImport {
     MakeValue("k", "b", 2, "older");
     MakeValue("k", "b", 2, "old");
     Registry registry(file.c_str(), tamu::registry::kAdministratorId);
-    ASSERT_EQ(0u, registry.Initialize());
+    ASSERT_EQ(status::kOk, registry.Initialize());
     const std::string data(1024, 'x');
     auto value = tamu::registry::MakeValue(2, data.data(), 1024);
     while (registry.CreateValue(0, "full", "v", &value) == 0) continue;
@@ -460,8 +462,8 @@ TEST_F(YaxregImport, TellsThatAKeyCanBeRewrittenWhenTheFileIsCompact) {
   for (unsigned int i = 0; i < 100; ++i) {
     MakeValue("other", "v", 2, std::string(1024, 'x'));
     Registry registry(file.c_str(), tamu::registry::kAdministratorId);
-    ASSERT_EQ(0u, registry.Initialize());
-    ASSERT_EQ(0u, registry.DeleteValue(0, "other", "v"));
+    ASSERT_EQ(status::kOk, registry.Initialize());
+    ASSERT_EQ(status::kOk, registry.DeleteValue(0, "other", "v"));
   }
   const std::string document = Document("{\"path\":\"net\",\"owner\":5}");
   ExpectRefused(

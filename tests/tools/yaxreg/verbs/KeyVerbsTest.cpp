@@ -4,6 +4,8 @@
 
 #include "tests/tools/yaxreg/ChangeRig.h"
 
+namespace status = tamu::registry::status;
+
 namespace {
 
 using Names = std::vector<std::string>;
@@ -225,13 +227,13 @@ TEST_F(YaxregMkkey, TakesKeysThatAreCalledAsVerbsOrAreNoText) {
 TEST_F(YaxregMkkey, SaysThatTheRegistryIsFull) {
   {
     Registry registry(file.c_str(), tamu::registry::kAdministratorId);
-    ASSERT_EQ(0u, registry.Initialize());
+    ASSERT_EQ(status::kOk, registry.Initialize());
     unsigned int result = 0;
     for (unsigned int i = 0; result == 0; ++i) {
       ASSERT_LT(i, 20000u);
       result = registry.CreateKey(0, std::to_string(100000 + i).c_str());
     }
-    ASSERT_EQ(75u, result);
+    ASSERT_EQ(status::kLimit, result);
   }
   const size_t keys = Paths().size();
   const Answer answer = Yaxreg({"mkkey", file, "a-name-of-its-own"});

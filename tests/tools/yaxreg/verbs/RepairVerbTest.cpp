@@ -6,6 +6,8 @@
 #include "tests/tools/yaxreg/ContentText.h"
 #include "tests/tools/yaxreg/verbs/SmallTreeRig.h"
 
+namespace status = tamu::registry::status;
+
 namespace {
 
 class RepairVerb : public SmallTreeRig {
@@ -15,7 +17,7 @@ class RepairVerb : public SmallTreeRig {
     EXPECT_EQ("", StructureFindings(saved));
     EXPECT_TRUE(yaxreg::RegistryImage(GetFile(saved)).IsSound());
     Registry registry(saved.c_str(), tamu::registry::kAdministratorId);
-    EXPECT_EQ(0u, registry.Initialize());
+    EXPECT_EQ(status::kOk, registry.Initialize());
     return ContentText(yaxreg::RegistryImage(GetFile(saved)).content());
   }
 

@@ -8,6 +8,8 @@
 #include "tests/tools/yaxreg/ChangeRig.h"
 #include "tools/yaxreg/verbs/Session.h"
 
+namespace status = tamu::registry::status;
+
 namespace yaxreg {
 
 namespace {
@@ -110,12 +112,12 @@ TEST_F(YaxregSession, TellsThatAChangeIsNotInTheFile) {
 TEST_F(YaxregSession, TellsThatAFullRegistryMayBeWhyAChangeIsNotInTheFile) {
   {
     Registry registry(file.c_str(), tamu::registry::kAdministratorId);
-    ASSERT_EQ(0u, registry.Initialize());
+    ASSERT_EQ(status::kOk, registry.Initialize());
     unsigned int result = 0;
     for (int i = 0; result == 0; ++i) {
       result = registry.CreateValue(0, "", std::to_string(i).c_str(), nullptr);
     }
-    ASSERT_EQ(75u, result);
+    ASSERT_EQ(status::kLimit, result);
   }
   Session session(call);
   ASSERT_TRUE(session.OpenToLook());

@@ -8,6 +8,8 @@
 #include "tests/tools/yaxreg/SampleFile.h"
 #include "tests/tools/yaxreg/YaxregRig.h"
 
+namespace status = tamu::registry::status;
+
 namespace {
 
 void ExpectIn(const std::string& text, const std::string& part) {
@@ -79,7 +81,7 @@ TEST(StatVerb, TellsFreeSlotsOfOlderTablesApart) {
     RegistryFile file(path);
     file.AddKey("a");
     for (int i = 0; i < 400; ++i) file.AddNumber("a", ("v" + std::to_string(i)).c_str(), 1);
-    EXPECT_EQ(0u, file.Calls().DeleteValue(0, "a", "v0"));
+    EXPECT_EQ(status::kOk, file.Calls().DeleteValue(0, "a", "v0"));
   }
   const Answer answer = Yaxreg({"stat", path, "--json"});
   EXPECT_EQ(0, answer.code) << answer.err;
@@ -121,7 +123,7 @@ TEST(StatVerb, CountsNamesWithoutAKeyAsWearAndNotAsKeys) {
     for (int i = 0; i < 40; ++i) {
       const std::string key = "a/" + std::string(1, static_cast<char>('A' + i));
       file.AddKey(key.c_str());
-      EXPECT_EQ(0u, file.Calls().DeleteKey(0, key.c_str()));
+      EXPECT_EQ(status::kOk, file.Calls().DeleteKey(0, key.c_str()));
     }
   }
   // One node for the root, one for "a", 40 for the names: 0.387 % of 10344.
