@@ -173,14 +173,12 @@ class YAX_API Registry {
   }
   // Replaces a value's type and data. Right: modify. A number is taken from the first four bytes,
   // through a handle from the first eight. kNotFound: no value has the name, and never one of more
-  // than 31 characters. Through a handle 0 also for an unknown type, which changes nothing, and
-  // when the data cannot be written (docs/behaviour.md, Handles).
+  // than 31 characters. Through a handle 0 also for an unknown type, which changes nothing.
   unsigned int SetValue(unsigned int handle, const char* keyPath, const char* name, Value* value);
   // Creates a value, named by at most kValueNameMax characters: more are cut off, and the longer
   // name is never found. Right: create. A name that exists is hidden by the new value. A number has
   // eight bytes, or as many as a size of 1 to 7 tells. Null value: the value exists but is not set.
-  // kBadArgument: empty name; kLimit: more than 1024 bytes, but not for a number. Through a handle
-  // 0 also when the data cannot be written.
+  // kBadArgument: empty name; kLimit: more than 1024 bytes, but not for a number.
   unsigned int CreateValue(unsigned int handle, const char* keyPath, const char* name,
                            Value* value);
   // Deletes the newest value of the name. Right: delete.

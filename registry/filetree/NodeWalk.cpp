@@ -30,7 +30,7 @@ unsigned int NodeWalk::Next() {
     if (next.id == 0) continue;
     if (damage_ == Damage::kSkipped && !access_.IsUsed(NodeKind::kString, next.id)) continue;
     const unsigned int result =
-        met_.Add(next.id) ? access_.Read(next.id, &next.node) : status::kInvalidFile;
+        met_.Add(next.id) ? access_.Read(next.id, &next.node) : Status(status::kInvalidFile);
     if (result == status::kOk) {
       entered_ = true;
       return way_.Push(next);

@@ -54,18 +54,16 @@ unsigned int SubtreeNodes::CollectValues(const TernaryKeyNode& key) {
   return status::kOk;
 }
 
-unsigned int SubtreeNodes::ReleaseAll(unsigned int changes, NodeKind kind) {
-  unsigned int result = status::kOk;
+Status SubtreeNodes::ReleaseAll(Changes& changes, NodeKind kind) {
+  Status result = status::kOk;
   const Stack<unsigned int>& ids = slots_.Of(kind);
-  for (unsigned int i = 0; i < ids.Count(); ++i) {
-    result = store_.ReleaseSlot(changes, kind, ids[i]);
-  }
+  for (unsigned int i = 0; i < ids.Count(); ++i) result = changes.Release(kind, ids[i]);
   return result;
 }
 
-unsigned int SubtreeNodes::Release(unsigned int changes) {
-  ReleaseAll(changes, NodeKind::kValue);
-  ReleaseAll(changes, NodeKind::kKey);
+Status SubtreeNodes::Release(Changes& changes) {
+  ReleaseAll(changes, NodeKind::kValue).Ignore();  // what cannot be given back stays in use
+  ReleaseAll(changes, NodeKind::kKey).Ignore();
   return ReleaseAll(changes, NodeKind::kString);
 }
 

@@ -35,10 +35,10 @@ class SubtreeNodes {
 
   // Gives all of it back, in the order in which it was collected; what cannot be given back stays
   // in use. The result is that of the last string node.
-  unsigned int Release(unsigned int changes);
+  Status Release(Changes& changes);
 
  private:
-  unsigned int ReleaseAll(unsigned int changes, NodeKind kind);
+  Status ReleaseAll(Changes& changes, NodeKind kind);
 
   TernaryFile& store_;
   TernaryFile::AccessScope& access_;

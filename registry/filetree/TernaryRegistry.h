@@ -130,7 +130,7 @@ class TernaryRegistry : public RegistryInterface {
   unsigned int CreateValue(unsigned int user, void* tree, const char* path, const char* name,
                            unsigned long long number, bool set) override;
   // Replaces type, size and data. Right: modify. A number is stored from its first four bytes; the
-  // upper half of an older number stays. When the data cannot be stored the value is left unset.
+  // upper half of an older number stays.
   unsigned int SetValue(unsigned int user, void* tree, const char* path, const char* name,
                         Value* value) override;
   // Right: read. Sets type, size and a new buffer (FreeValueData). A number comes as its low 32
@@ -217,11 +217,10 @@ class TernaryRegistry : public RegistryInterface {
   unsigned int GetKeyPermission(unsigned int user, void* tree, const char* path,
                                 unsigned char* permission) override;
   // Only the owner and the administrator may, whatever the permission is: else kNoRight. kNotFound
-  // for a name without a key. A write that fails is not reported.
+  // for a name without a key.
   unsigned int SetKeyPermission(unsigned int user, void* tree, const char* path,
                                 unsigned char permission) override;
-  // Sets the six watch bits from the low six of `watch`. Right: read. A write that fails is not
-  // reported.
+  // Sets the six watch bits from the low six of `watch`. Right: read.
   unsigned int SetKeyWatch(unsigned int user, void* tree, const char* path,
                            unsigned char watch) override;
 
@@ -253,7 +252,6 @@ class TernaryRegistry : public RegistryInterface {
 
  private:
   using AccessScope = TernaryFile::AccessScope;
-  using ChangeScope = TernaryFile::ChangeScope;
 
   // A key, and one of its values, as read from the file.
   struct Reached {
@@ -292,14 +290,18 @@ class TernaryRegistry : public RegistryInterface {
                           const char* path, unsigned char right, const char* name,
                           Reached* reached);
 
-  unsigned int InheritPermission(AccessScope& access, const KeyMatchDescriptor& match,
-                                 unsigned int user, unsigned char* permission);
-  unsigned int HangName(ChangeScope& changes, const KeyMatchDescriptor& match, unsigned int target,
-                        const char* name, unsigned int keyId);
-  unsigned int EndNameAt(ChangeScope& changes, unsigned int target, unsigned int keyId);
-  unsigned int ReplaceNode(ChangeScope& changes, unsigned int id, const TernaryStringNode& before,
-                           TernaryStringNode* after, bool* putBack);
-  unsigned int ReleaseChain(ChangeScope& changes, unsigned int first);
+  Status InheritPermission(AccessScope& access, const KeyMatchDescriptor& match, unsigned int user,
+                           TernaryKeyNode* key);
+  static Status StoreKey(Changes& changes, const TernaryKeyNode& key, unsigned int* id);
+  static Status SpellName(Changes& changes, const char* name, unsigned int* firstNode,
+                          unsigned int keyNode);
+  static Status Split(Changes& changes, unsigned int node, unsigned int cut, unsigned int previous,
+                      unsigned int* upper);
+  static Status CreateAt(Changes& changes, const KeyMatchDescriptor& match, const char* path,
+                         const TernaryKeyNode& key, bool* atNode);
+  static Status HangName(Changes& changes, const KeyMatchDescriptor& match, unsigned int target,
+                         const char* name, unsigned int keyId);
+  static Status EndNameAt(Changes& changes, unsigned int target, unsigned int keyId);
 
   unsigned int ReachKeyTree(AccessScope& access, unsigned int user, const void* tree,
                             const char* path, unsigned char right, Reached* reached,
@@ -315,8 +317,8 @@ class TernaryRegistry : public RegistryInterface {
   unsigned int CountKeyAt(AccessScope& access, const TernaryStringNode& node, unsigned int depth,
                           NodeSet* met, KeyInfo* info);
 
-  unsigned int LinkNewValue(ChangeScope& changes, Reached* reached);
-  unsigned int ReplaceData(ChangeScope& changes, const Value& value, Reached* reached);
+  static Status LinkNewValue(Changes& changes, Reached* reached);
+  static Status ReplaceData(Changes& changes, const Value& value, Reached* reached);
 
   TernaryFile* file;             // the store; null: every operation answers kNoRight
   TernaryStringNode nodeBuffer;  // for ReadNodeTree

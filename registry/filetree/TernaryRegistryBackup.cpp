@@ -39,10 +39,10 @@ unsigned int TernaryRegistry::RestoreKeyTree(unsigned int user, void* tree, cons
   PCMutexGuard guard(lock_);
   if (file == nullptr) return status::kNoRight;
   if (path == nullptr || backupFile == nullptr) return status::kBadArgument;
-  ChangeScope changes(*file);
+  Changes changes(*file);
   Reached reached;
   SubtreeNodes old(*file, changes);
-  unsigned int result = ReachKeyTree(changes, user, tree, path, kCreate, &reached, &old);
+  Status result = ReachKeyTree(changes, user, tree, path, kCreate, &reached, &old);
   if (result != status::kOk) return result;
   if (TernaryFile::file.SameFile(backupFile)) return status::kInputOutput;
   BackupFile stream;
@@ -54,19 +54,16 @@ unsigned int TernaryRegistry::RestoreKeyTree(unsigned int user, void* tree, cons
   if (result == status::kOk && !old.AreSparedUsed()) result = status::kInvalidFile;
   if (result != status::kOk) return result;
   stream.Rewind();
-  SubtreeRestore restored(*file, changes, stream);
-  result = restored.Restore(contents, reached.nodeId == file->GetStartNode(0));
-  if (result != status::kOk) return result;
+  SubtreeRestore restored(changes, stream);
+  result = restored.Restore(contents, reached.nodeId == changes.StartNode());
+  if (!result.IsOk()) return result;
   TernaryStringNode after = reached.node;
   after.setChild(restored.Child());
   after.setKeyNode(restored.Key());
   after.setHasKey(true);
-  bool putBack = false;
-  result = ReplaceNode(changes, reached.nodeId, reached.node, &after, &putBack);
-  // Nothing is given back that the key may lead to.
-  if (result == status::kOk || !putBack) restored.Keep();
-  if (result == status::kOk) old.Release(changes.id());
-  return result;
+  result = changes.Write(reached.nodeId, after);
+  if (result.IsOk()) old.Release(changes).Ignore();  // what cannot be given back stays in use
+  return changes.End(result);
 }
 
 }  // namespace tamu::registry

@@ -7,45 +7,51 @@ namespace tamu::registry {
 // Data blocks stay in use, as when a value is deleted. A value that cannot be given back is not
 // this key's alone, and neither is what follows it. Test:
 // FileTreeDeletion.DeletingAKeyKeepsTheBlocksOfItsValuesInUse
-unsigned int TernaryRegistry::DeleteAllValues(unsigned int changes, unsigned int keyNode) {
+unsigned int TernaryRegistry::DeleteAllValues(unsigned int, unsigned int keyNode) {
   PCMutexGuard guard(lock_);
   if (file == nullptr) return status::kNoRight;
-  AccessScope access(*file);
+  Changes changes(*file);
   TernaryKeyNode key;
-  SubtreeNodes values(*file, access);
-  unsigned int result = access.Read(keyNode, &key);
+  SubtreeNodes values(*file, changes);
+  unsigned int result = changes.Read(keyNode, &key);
   // The record of a free slot may lead to values of others.
-  const bool used = access.IsUsed(NodeKind::kKey, keyNode);
+  const bool used = changes.IsUsed(NodeKind::kKey, keyNode);
   if (result == status::kOk && key.firstValue() != 0 && !used) result = status::kInvalidFile;
   if (result == status::kOk) result = values.Prepare();
   if (result == status::kOk) result = values.CollectValues(key);
-  if (result != status::kNoMemory) values.Release(changes);
+  if (result == status::kNoMemory) return result;
+  values.Release(changes).Ignore();  // what cannot be given back stays in use
+  changes.Keep();
   return result;
 }
 
-unsigned int TernaryRegistry::DeleteSingleKey(unsigned int changes, unsigned int keyNode) {
+unsigned int TernaryRegistry::DeleteSingleKey(unsigned int, unsigned int keyNode) {
   PCMutexGuard guard(lock_);
   if (file == nullptr) return status::kNoRight;
-  AccessScope access(*file);
+  Changes changes(*file);
   TernaryKeyNode key;
-  const unsigned int result = access.Read(keyNode, &key);
-  if (result != status::kOk) return result;
+  Status result = changes.Read(keyNode, &key);
+  if (!result.IsOk()) return result;
   // Values that cannot be given back stay in use.
-  if (key.firstValue() != 0 && DeleteAllValues(changes, keyNode) == status::kNoMemory) {
+  if (key.firstValue() != 0 && DeleteAllValues(0, keyNode) == status::kNoMemory) {
     return status::kNoMemory;
   }
-  return file->ReleaseKeyNode(changes, keyNode, nullptr);
+  result = changes.Release(NodeKind::kKey, keyNode);
+  changes.Keep();
+  return result;
 }
 
-unsigned int TernaryRegistry::RecursiveDeleteKeyTree(unsigned int changes, unsigned int node) {
+unsigned int TernaryRegistry::RecursiveDeleteKeyTree(unsigned int, unsigned int node) {
   PCMutexGuard guard(lock_);
   if (file == nullptr) return status::kNoRight;
   if (node == 0) return status::kBadArgument;
-  AccessScope access(*file);
-  SubtreeNodes nodes(*file, access);
-  unsigned int result = nodes.Prepare();
-  if (result == status::kOk) result = nodes.CollectSubtree(node);
-  return result == status::kOk ? nodes.Release(changes) : result;
+  Changes changes(*file);
+  SubtreeNodes nodes(*file, changes);
+  Status result = nodes.Prepare();
+  if (result.IsOk()) result = nodes.CollectSubtree(node);
+  if (!result.IsOk()) return result;
+  changes.Keep();  // what cannot be given back stays in use
+  return nodes.Release(changes);
 }
 
 // Finds the key and what goes with it: itself and all that is below its string node. Damage does
@@ -67,21 +73,20 @@ unsigned int TernaryRegistry::ReachKeyTree(AccessScope& access, unsigned int use
 unsigned int TernaryRegistry::DeleteKey(unsigned int user, void* tree, const char* path) {
   PCMutexGuard guard(lock_);
   if (file == nullptr) return status::kNoRight;
-  ChangeScope changes(*file);
+  Changes changes(*file);
   Reached reached;
   SubtreeNodes nodes(*file, changes);
-  unsigned int result = ReachKeyTree(changes, user, tree, path, kDelete, &reached, &nodes);
-  if (result != status::kOk) return result;
+  Status result = ReachKeyTree(changes, user, tree, path, kDelete, &reached, &nodes);
+  if (!result.IsOk()) return result;
   // The nodes of the key's own name stay, as a name without a key.
   // Test: FileTreeDeletion.TheNameOfADeletedKeyStaysAndIsUsedAgain
   TernaryStringNode after = reached.node;
   after.setHasKey(false);
   after.setChild(0);
   after.setKeyNode(0);
-  bool putBack = false;
-  result = ReplaceNode(changes, reached.nodeId, reached.node, &after, &putBack);
-  if (result == status::kOk) nodes.Release(changes.id());
-  return result;
+  result = changes.Write(reached.nodeId, after);
+  if (result.IsOk()) nodes.Release(changes).Ignore();  // what cannot be given back stays in use
+  return changes.End(result);
 }
 
 }  // namespace tamu::registry

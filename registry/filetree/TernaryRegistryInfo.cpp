@@ -120,28 +120,26 @@ unsigned int TernaryRegistry::SetKeyPermission(unsigned int user, void* tree, co
                                                unsigned char permission) {
   PCMutexGuard guard(lock_);
   if (file == nullptr) return status::kNoRight;
-  ChangeScope changes(*file);
+  Changes changes(*file);
   Reached reached;
-  const unsigned int result = FindAndRead(changes, tree, path, &reached);
+  const Status result = FindAndRead(changes, tree, path, &reached);
   if (result != status::kOk) return result;
   if (user != reached.key.owner() && user != kAdministratorId) return status::kNoRight;
   if (reached.keyId == 0) return status::kNotFound;  // a name without a key
   reached.key.setPermission(permission);
-  file->WriteKeyNode(changes.id(), reached.keyId, &reached.key, false);  // not reported
-  return status::kOk;
+  return changes.End(changes.Write(reached.keyId, reached.key));
 }
 
 unsigned int TernaryRegistry::SetKeyWatch(unsigned int user, void* tree, const char* path,
                                           unsigned char watch) {
   PCMutexGuard guard(lock_);
   if (file == nullptr) return status::kNoRight;
-  ChangeScope changes(*file);
+  Changes changes(*file);
   Reached reached;
-  const unsigned int result = ReachKey(changes, user, tree, path, kRead, &reached);
+  const Status result = ReachKey(changes, user, tree, path, kRead, &reached);
   if (result != status::kOk) return result;
   reached.key.setWatch(watch);
-  file->WriteKeyNode(changes.id(), reached.keyId, &reached.key, false);  // not reported
-  return status::kOk;
+  return changes.End(changes.Write(reached.keyId, reached.key));
 }
 
 }  // namespace tamu::registry

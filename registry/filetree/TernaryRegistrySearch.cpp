@@ -119,7 +119,8 @@ unsigned int TernaryRegistry::FindAndRead(AccessScope& access, const void* tree,
   if (result != status::kOk) return result;
   reached->nodeId = match.node;
   reached->keyId = match.keyNode;
-  return match.keyNode == 0 ? result : access.Read(match.keyNode, &reached->key);
+  if (match.keyNode == 0) return result;
+  return access.Read(match.keyNode, &reached->key);
 }
 
 unsigned int TernaryRegistry::ReachKey(AccessScope& access, unsigned int user, const void* tree,

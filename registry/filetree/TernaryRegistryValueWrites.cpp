@@ -24,22 +24,22 @@ unsigned int TernaryRegistry::CreateValue(unsigned int user, void* tree, const c
   if (file == nullptr) return status::kNoRight;
   if (LacksArgument(name, value)) return status::kBadArgument;
   if (value->type == kValueTypeInteger && value->data == nullptr) return status::kBadArgument;
-  ChangeScope changes(*file);
+  Changes changes(*file);
   Reached reached;
-  unsigned int result = ReachKey(changes, user, tree, path, kCreate, &reached);
-  if (result != status::kOk) return result;
+  Status result = ReachKey(changes, user, tree, path, kCreate, &reached);
+  if (!result.IsOk()) return result;
   if (value->type > kValueTypeMax) return status::kNoData;
-  result = file->AcquireSlot(changes.id(), NodeKind::kValue, &reached.valueId);
-  if (result != status::kOk) return result;
+  result = changes.Take(NodeKind::kValue, &reached.valueId);
+  if (!result.IsOk()) return changes.End(result);
   // A number's bytes are stored in blocks too, which nothing ever frees. Test:
   // FileTreeValues.ANumberCreatedFromAValueTakesBlocksThatNobodyFrees
   const bool isNumber = value->type == kValueTypeInteger;
   unsigned int block = 0;
   if (value->size > 0) {
-    result = file->WriteData(changes.id(), value->data, value->size, &block);
-    if (result != status::kOk && !isNumber) {
-      file->ReleaseValueNode(changes.id(), reached.valueId, nullptr);
-      return result;
+    result = changes.StoreData(value->data, value->size, &block);
+    if (!result.IsOk() && !(isNumber && result == status::kLimit)) {
+      const Status released = changes.Release(NodeKind::kValue, reached.valueId);
+      return changes.End(released.IsOk() ? result : released);
     }
   }
   TernaryValueNode& record = reached.value;
@@ -53,7 +53,7 @@ unsigned int TernaryRegistry::CreateValue(unsigned int user, void* tree, const c
   } else {
     record.setDataWord(block);
   }
-  return LinkNewValue(changes, &reached);
+  return changes.End(LinkNewValue(changes, &reached));
 }
 
 unsigned int TernaryRegistry::CreateValue(unsigned int user, void* tree, const char* path,
@@ -61,35 +61,29 @@ unsigned int TernaryRegistry::CreateValue(unsigned int user, void* tree, const c
   PCMutexGuard guard(lock_);
   if (file == nullptr) return status::kNoRight;
   if (name == nullptr) return status::kBadArgument;
-  ChangeScope changes(*file);
+  Changes changes(*file);
   Reached reached;
-  unsigned int result = ReachKey(changes, user, tree, path, kCreate, &reached);
-  if (result != status::kOk) return result;
-  result = file->AcquireSlot(changes.id(), NodeKind::kValue, &reached.valueId);
-  if (result != status::kOk) return result;
+  Status result = ReachKey(changes, user, tree, path, kCreate, &reached);
+  if (!result.IsOk()) return result;
+  result = changes.Take(NodeKind::kValue, &reached.valueId);
+  if (!result.IsOk()) return changes.End(result);
   TernaryValueNode& record = reached.value;
   record.setName(name);
   record.setSet(set);
   record.setDataSize(TernaryValueNode::kInlineSize);
   record.setNumber(number);
-  return LinkNewValue(changes, &reached);
+  return changes.End(LinkNewValue(changes, &reached));
 }
 
-// Puts the value at the head of the key's chain. Failed writes are not reported, but a value that
-// could not be written is never linked, so that the chain stays whole.
-unsigned int TernaryRegistry::LinkNewValue(ChangeScope& changes, Reached* reached) {
-  TernaryValueNode& record = reached->value;
+// Puts the value at the head of the key's chain.
+Status TernaryRegistry::LinkNewValue(Changes& changes, Reached* reached) {
   TernaryKeyNode& key = reached->key;
-  record.setNextValue(key.firstValue());
-  if (file->WriteValueNode(changes.id(), reached->valueId, &record, false) != status::kOk) {
-    file->ReleaseValueNode(changes.id(), reached->valueId, nullptr);
-    if (record.isInBlocks()) file->DeleteData(changes.id(), record.dataWord());
-    return status::kOk;
-  }
+  reached->value.setNextValue(key.firstValue());
+  const Status result = changes.Write(reached->valueId, reached->value);
+  if (!result.IsOk()) return result;
   key.setFirstValue(reached->valueId);
   if (key.valueCount() < 0xFFFF) key.setValueCount(key.valueCount() + 1u);
-  file->WriteKeyNode(changes.id(), reached->keyId, &key, false);
-  return status::kOk;
+  return changes.Write(reached->keyId, key);
 }
 
 unsigned int TernaryRegistry::SetValue(unsigned int user, void* tree, const char* path,
@@ -98,26 +92,27 @@ unsigned int TernaryRegistry::SetValue(unsigned int user, void* tree, const char
   PCMutexGuard guard(lock_);
   if (file == nullptr) return status::kNoRight;
   if (LacksArgument(name, value)) return status::kBadArgument;
-  ChangeScope changes(*file);
+  Changes changes(*file);
   Reached reached;
-  unsigned int result = ReachKey(changes, user, tree, path, kModify, &reached);
-  if (result != status::kOk) return result;
+  Status result = ReachKey(changes, user, tree, path, kModify, &reached);
+  if (!result.IsOk()) return result;
   if (value->type > kValueTypeMax) return status::kNoData;
   result = FindInChain(changes, name, &reached);
-  return result == status::kOk ? ReplaceData(changes, *value, &reached) : result;
+  if (result.IsOk()) result = ReplaceData(changes, *value, &reached);
+  return result.IsOk() ? changes.End(result) : result;
 }
 
 // The old blocks are given back before the new data is stored, so that it takes them again. The
 // record lets go of them first: whatever happens from then on, it never leads to blocks of another
-// value, and a value whose new data cannot be stored is left unset.
-unsigned int TernaryRegistry::ReplaceData(ChangeScope& changes, const Value& value,
-                                          Reached* reached) {
+// value.
+Status TernaryRegistry::ReplaceData(Changes& changes, const Value& value, Reached* reached) {
   TernaryValueNode& record = reached->value;
   const unsigned int valueId = reached->valueId;
   if (record.isInBlocks() && record.dataWord() != 0) {
-    const unsigned int detached = LetGoOfBlocks(*file, changes.id(), valueId, &record);
-    if (detached != status::kOk) return detached;
-    file->DeleteData(changes.id(), record.dataWord());  // a damaged chain stays where it is
+    const Status detached = LetGoOfBlocks(changes, valueId, &record);
+    if (!detached.IsOk()) return detached;
+    const Status released = changes.ReleaseDataIfSound(record.dataWord());
+    if (!released.IsOk()) return released;
   }
   const TernaryValueNode before = record;
   const bool isNumber = value.type == kValueTypeInteger;
@@ -125,16 +120,15 @@ unsigned int TernaryRegistry::ReplaceData(ChangeScope& changes, const Value& val
   record.setInBlocks(!isNumber);
   record.setDataSize(value.size);
   unsigned int block = 0;
-  unsigned int stored = status::kOk;
   if (!isNumber && value.size > 0) {
-    stored = file->WriteData(changes.id(), value.data, value.size, &block);
+    const Status stored = changes.StoreData(value.data, value.size, &block);
+    if (!stored.IsOk()) return stored;
   }
   // Of a number only the low half is written: the upper half of an older one stays.
   // Test: FileTreeValues.SettingANumberKeepsTheUpperHalfOfTheOldOne
   record.setDataWord(isNumber ? static_cast<unsigned int>(LeadingBytes(value, 4)) : block);
-  record.setSet(stored == status::kOk);
-  const unsigned int written = ReplaceValueRecord(*file, changes.id(), valueId, before, record);
-  return stored != status::kOk ? stored : written;
+  record.setSet(true);
+  return ReplaceValueRecord(changes, valueId, before, record);
 }
 
 // What leads to the value is written before its slot is given back. Its data blocks stay in use.
@@ -144,44 +138,37 @@ unsigned int TernaryRegistry::DeleteValue(unsigned int user, void* tree, const c
   PCMutexGuard guard(lock_);
   if (file == nullptr) return status::kNoRight;
   if (name == nullptr) return status::kBadArgument;
-  ChangeScope changes(*file);
+  Changes changes(*file);
   Reached reached;
-  unsigned int result = ReachValue(changes, user, tree, path, kDelete, name, &reached);
-  if (result != status::kOk) return result;
+  Status result = ReachValue(changes, user, tree, path, kDelete, name, &reached);
+  if (!result.IsOk()) return result;
   TernaryKeyNode& key = reached.key;
-  const unsigned int beforeId = reached.beforeId;
-  TernaryValueNode before;
-  if (beforeId == 0) {
+  if (reached.beforeId == 0) {
     key.setFirstValue(reached.value.nextValue());
   } else {
-    if (changes.Read(beforeId, &before) != status::kOk) return status::kCannotOpen;
-    TernaryValueNode relinked = before;
-    relinked.setNextValue(reached.value.nextValue());
-    result = file->WriteValueNode(changes.id(), beforeId, &relinked, false);
-    if (result != status::kOk) return result;
+    TernaryValueNode before;
+    if (!changes.Read(reached.beforeId, &before).IsOk()) return status::kCannotOpen;
+    before.setNextValue(reached.value.nextValue());
+    result = changes.Write(reached.beforeId, before);
   }
   if (key.valueCount() > 0) key.setValueCount(key.valueCount() - 1u);
-  result = file->WriteKeyNode(changes.id(), reached.keyId, &key, false);
-  if (result == status::kOk) {
-    file->ReleaseValueNode(changes.id(), reached.valueId,
-                           nullptr);  // kept in use when it cannot be freed
-  } else if (beforeId != 0) {
-    file->WriteValueNode(changes.id(), beforeId, &before, false);  // so that the count is right
-  }
-  return result;
+  if (result.IsOk()) result = changes.Write(reached.keyId, key);
+  // What cannot be given back stays in use.
+  if (result.IsOk()) changes.Release(NodeKind::kValue, reached.valueId).Ignore();
+  return changes.End(result);
 }
 
 unsigned int TernaryRegistry::SetDefaultValue(unsigned int user, void* tree, const char* path,
                                               unsigned long long value, bool clear) {
   PCMutexGuard guard(lock_);
   if (file == nullptr) return status::kNoRight;
-  ChangeScope changes(*file);
+  Changes changes(*file);
   Reached reached;
-  const unsigned int result = ReachKey(changes, user, tree, path, kModify, &reached);
-  if (result != status::kOk) return result;
+  const Status result = ReachKey(changes, user, tree, path, kModify, &reached);
+  if (!result.IsOk()) return result;
   if (!clear) reached.key.setDefaultValue(value);
   reached.key.setDefaultSet(!clear);
-  return file->WriteKeyNode(changes.id(), reached.keyId, &reached.key, false);
+  return changes.End(changes.Write(reached.keyId, reached.key));
 }
 
 }  // namespace tamu::registry

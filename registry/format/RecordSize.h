@@ -1,4 +1,4 @@
-// How large the records of each kind are, and how many tables of a kind there may be.
+// How large the records of each kind are, and how the tables of a kind grow.
 #pragma once
 
 #include "registry/format/DataBlock.h"
@@ -9,7 +9,8 @@
 
 namespace tamu::registry {
 
-constexpr unsigned int kTablesMax = 21;  // of a kind
+constexpr unsigned int kTablesMax = 21;        // of a kind
+constexpr unsigned int kExpansionSlots = 500;  // entries of an appended table
 
 // Bytes of a record of the kind.
 constexpr unsigned int RecordSizeOf(NodeKind kind) {

@@ -15,30 +15,22 @@ TernaryValueNode Unset(const TernaryValueNode& record) {
 
 }  // namespace
 
-unsigned int LetGoOfBlocks(TernaryFile& file, unsigned int changes, unsigned int id,
-                           TernaryValueNode* record) {
-  TernaryValueNode unset = Unset(*record);
-  const unsigned int result = file.WriteValueNode(changes, id, &unset, false);
-  if (result == status::kOk) *record = unset;
+Status LetGoOfBlocks(Changes& changes, unsigned int id, TernaryValueNode* record) {
+  const TernaryValueNode unset = Unset(*record);
+  const Status result = changes.Write(id, unset);
+  if (result.IsOk()) *record = unset;
   return result;
 }
 
 // The word of data in blocks is there before the flags tell of it: a second write changes these
 // alone.
-unsigned int ReplaceValueRecord(TernaryFile& file, unsigned int changes, unsigned int id,
-                                const TernaryValueNode& before, const TernaryValueNode& after) {
-  unsigned int result = status::kOk;
+Status ReplaceValueRecord(Changes& changes, unsigned int id, const TernaryValueNode& before,
+                          const TernaryValueNode& after) {
+  Status result = status::kOk;
   if (after.isInBlocks() && after.dataWord() != before.dataWord()) {
-    TernaryValueNode unset = Unset(after);
-    result = file.WriteValueNode(changes, id, &unset, false);
+    result = changes.Write(id, Unset(after));
   }
-  TernaryValueNode record = after;
-  if (result == status::kOk) result = file.WriteValueNode(changes, id, &record, false);
-  if (result != status::kOk && !before.isInBlocks()) {
-    record = before;
-    file.WriteValueNode(changes, id, &record, false);  // what was written of it
-  }
-  return result;
+  return result.IsOk() ? changes.Write(id, after) : result;
 }
 
 }  // namespace tamu::registry

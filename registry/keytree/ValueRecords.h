@@ -1,7 +1,7 @@
 // Changing what a stored value holds.
 #pragma once
 
-#include "registry/store/TernaryFile.h"
+#include "registry/store/Changes.h"
 
 namespace tamu::registry {
 
@@ -13,12 +13,11 @@ namespace tamu::registry {
 // Makes a value one that is not set and has no blocks: in `record`, which is what the file has, and
 // in the file, where a single byte changes. The word stays. The status of the write; `record` is
 // then as it was.
-unsigned int LetGoOfBlocks(TernaryFile& file, unsigned int changes, unsigned int id,
-                           TernaryValueNode* record);
+Status LetGoOfBlocks(Changes& changes, unsigned int id, TernaryValueNode* record);
 
 // Writes `after` over `before`, which is what the file has; the blocks of `before` were let go of,
-// or could not be. When that fails, a number that was there is put back if that can be written.
-unsigned int ReplaceValueRecord(TernaryFile& file, unsigned int changes, unsigned int id,
-                                const TernaryValueNode& before, const TernaryValueNode& after);
+// or could not be.
+Status ReplaceValueRecord(Changes& changes, unsigned int id, const TernaryValueNode& before,
+                          const TernaryValueNode& after);
 
 }  // namespace tamu::registry

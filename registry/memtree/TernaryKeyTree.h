@@ -1,8 +1,10 @@
 // The key tree that works on subtrees loaded into memory.
 #pragma once
 
+#include <memory>
+
 #include "platform/PCMutex.h"
-#include "registry/format/NodeLink.h"
+#include "registry/base/Status.h"
 #include "registry/keytree/RegistryInterface.h"
 #include "registry/memtree/TernaryString.h"
 #include "registry/store/NodeSet.h"
@@ -10,6 +12,7 @@
 namespace tamu::registry {
 
 class RegistryDaemon;
+class Changes;
 class StringLock;
 class TernaryFile;
 
@@ -33,9 +36,9 @@ class TernaryKeyTree : public RegistryInterface {
     TernaryString* string = nullptr;  // found, or where the search stopped
     unsigned int nodeId = 0;          // what the search wanted to follow next, as the record has it
     unsigned int position = 0;        // where in the path matching stopped
-    int runOffset = -1;  // >= 0: the index in `string`'s run at which it would be split
-    TernaryString* parent = nullptr;  // visited before `string`
-    TernaryString* owner = nullptr;   // whose directory holds the level reached
+    int splitIndex = -1;  // >= 0: the index in `string`'s run at which it would be split
+    TernaryString* previous = nullptr;  // visited before `string`
+    TernaryString* owner = nullptr;     // whose directory holds the level reached
     unsigned char flags = 0;
     bool isBelowHandle = false;    // a handle starts at a key that was passed
     bool isBelowComplete = false;  // all that is below such a key was loaded for it
@@ -143,28 +146,25 @@ class TernaryKeyTree : public RegistryInterface {
   // ---- deletion (TernaryKeyTreeDeletion.cpp)
 
   // Right: delete. Deletes the key and everything below it. What other handles have open below it
-  // stays usable through these, but belongs to no key any more. 0 also when the file cannot be
-  // written: nothing is changed then.
+  // stays usable through these, but belongs to no key any more.
   unsigned int DeleteKey(unsigned int user, void* tree, const char* path) override;
 
   // ---- changing (TernaryKeyTreeValueWrites.cpp, TernaryKeyTreeKeyWrites.cpp)
 
   // Right: create. Up to kValueDataMax bytes, else kLimit. An older value of the name is hidden by
-  // the new one. kNoData for a type above 5. 0 also when the data cannot be stored: it is there
-  // until it is unloaded.
+  // the new one. kNoData for a type above 5.
   unsigned int CreateValue(unsigned int user, void* tree, const char* path, const char* name,
                            Value* value) override;
   unsigned int CreateValue(unsigned int user, void* tree, const char* path, const char* name,
                            unsigned long long number, bool isSet) override;
   // Right: modify. Replaces type and data of the newest value of the name; of a number all eight
-  // bytes. kLimit, kNoMemory. 0 also for a type above 5, with nothing changed, and when the data
-  // cannot be stored, as above.
+  // bytes. kLimit, kNoMemory. 0 also for a type above 5, with nothing changed.
   unsigned int SetValue(unsigned int user, void* tree, const char* path, const char* name,
                         Value* value) override;
   // Right: delete. Deletes the newest value of the name.
   unsigned int DeleteValue(unsigned int user, void* tree, const char* path,
                            const char* name) override;
-  // Right: modify. With `clear` the default is unset. 0 also when the file cannot be written.
+  // Right: modify. With `clear` the default is unset.
   unsigned int SetDefaultValue(unsigned int user, void* tree, const char* path,
                                unsigned long long value, bool clear) override;
   // For the key's owner and the administrator.
@@ -239,40 +239,20 @@ class TernaryKeyTree : public RegistryInterface {
   unsigned int LoadMissing(const char* path, TernaryString*& string);
   unsigned int MakeHandle(const char* path, TernaryHandle*& handle);
 
-  unsigned int AcquireString(unsigned int changes, TernaryString*& string);
-  unsigned int AcquireKey(unsigned int changes, unsigned long long defaultValue, bool isSet,
-                          TernaryKey*& key);
-  unsigned int AcquireValue(unsigned int changes, TernaryValue*& value);
-  void DropNames(unsigned int changes, TernaryString* first, bool release);
-  void DropKey(unsigned int changes, TernaryKey* key, bool release);
-  unsigned int CheckName(const char* name, bool withKey);
-  unsigned int SpellName(unsigned int changes, const char* name, TernaryString*& first,
-                         TernaryString*& last);
-  bool PutBackNode(unsigned int changes, TernaryString* string, const TernaryStringNode& before);
-  unsigned int ReplaceNode(unsigned int changes, TernaryString* string,
-                           const TernaryStringNode& after, bool* putBack);
-  unsigned int LinkUpperPart(unsigned int changes, TernaryString* upper, TernaryString* parent,
-                             NodeLink link, bool* putBack);
-  static void LinkString(TernaryString* parent, NodeLink link, TernaryString* string);
+  Status CheckName(const char* name, bool withKey);
   unsigned int FindPlace(unsigned int user, TernaryHandle* handle, const char* path,
                          KeyMatchDescriptor* match);
-  unsigned int CreateAt(unsigned int user, const KeyMatchDescriptor& match, const char* path,
-                        unsigned long long defaultValue, bool isSet);
-  unsigned int HangName(unsigned int changes, const KeyMatchDescriptor& match,
-                        TernaryString* target, const char* name, TernaryKey* key);
-  unsigned int EndNameAt(unsigned int changes, TernaryString* target, TernaryKey* key);
+  unsigned int CreateAt(const KeyMatchDescriptor& match, const char* path,
+                        const TernaryKeyNode& record);
 
-  unsigned int RecursiveDeleteKeyTree(unsigned int changes, TernaryString* string);
-  unsigned int DeleteSingleKey(unsigned int changes, TernaryString* string);
-  unsigned int DeleteAllValues(unsigned int changes, TernaryKey* key);
+  void RecursiveDeleteKeyTree(TernaryString* string);
 
   unsigned int LockKey(unsigned int user, void* tree, const char* path, unsigned char rights,
                        const char* name, StringLock* lock, Found* found);
   unsigned int ReplaceKey(TernaryKey* key, const TernaryKeyNode& after);
-  void DropValue(unsigned int changes, TernaryValue* value);
-  unsigned int WriteBefore(unsigned int changes, const TernaryKey& key, const TernaryValue* before);
-  void LinkNewValue(unsigned int changes, TernaryKey* key, TernaryValue* value);
-  void GiveBackData(unsigned int changes, unsigned int valueId, TernaryValueNode* record);
+  static Status LinkNewValue(Changes& changes, TernaryKey* key,
+                             std::unique_ptr<TernaryValue> value);
+  Status ReplaceData(TernaryValue& target, const char* name, const Value& value);
 
   void AddHandle(TernaryHandle* handle);
   static void RemoveHandle(TernaryHandle* handle);

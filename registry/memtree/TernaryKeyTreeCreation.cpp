@@ -1,89 +1,98 @@
 // Creating keys.
+#include <memory>
 #include <new>
 
 #include "registry/base/Rights.h"
+#include "registry/keytree/NodeNames.h"
+#include "registry/memtree/NameSplit.h"
+#include "registry/memtree/NewName.h"
 #include "registry/memtree/StringLock.h"
 #include "registry/memtree/TernaryKeyTree.h"
 #include "registry/store/TernaryFile.h"
 
 namespace tamu::registry {
 
-// Frees a key that hangs nowhere. `release` is false when the file may lead to it.
-void TernaryKeyTree::DropKey(unsigned int changes, TernaryKey* key, bool release) {
-  if (release) file->ReleaseKeyNode(changes, key->id, nullptr);
-  delete key;
-}
+namespace {
 
-// A key of a slot just taken. Nothing is written yet.
-unsigned int TernaryKeyTree::AcquireKey(unsigned int changes, unsigned long long defaultValue,
-                                        bool isSet, TernaryKey*& key) {
+// Writes a new key into a slot of its own, and makes an object for it, the caller's.
+Status TakeKey(Changes& changes, const TernaryKeyNode& record, TernaryKey*& key) {
   unsigned int id = 0;
-  TernaryKeyNode* record = nullptr;
-  const unsigned int result = file->AcquireKeyNode(changes, &id, record);
-  if (result != status::kOk) return result;
-  record->setDefaultValue(defaultValue);
-  record->setDefaultSet(isSet);
-  key = new (std::nothrow) TernaryKey(id, record);
-  if (key != nullptr) return status::kOk;
-  file->ReleaseKeyNode(changes, id, record);
-  return status::kNoMemory;
+  Status result = changes.Take(NodeKind::kKey, &id);
+  if (result.IsOk()) result = changes.Write(id, record);
+  if (!result.IsOk()) return result;
+  TernaryKeyNode* copy = new (std::nothrow) TernaryKeyNode(record);
+  TernaryKey* made = copy != nullptr ? new (std::nothrow) TernaryKey(id, copy) : nullptr;
+  if (made == nullptr) {
+    delete copy;
+    return status::kNoMemory;
+  }
+  key = made;
+  return result;
 }
 
-unsigned int TernaryKeyTree::CreateKeyNode(unsigned int changes, unsigned int owner,
+TernaryKeyNode NewRecord(unsigned int owner, unsigned char permission,
+                         unsigned long long defaultValue, bool isSet) {
+  TernaryKeyNode record;
+  record.setOwner(owner);
+  record.setPermission(permission);
+  record.setDefaultValue(defaultValue);
+  record.setDefaultSet(isSet);
+  return record;
+}
+
+}  // namespace
+
+unsigned int TernaryKeyTree::CreateKeyNode(unsigned int, unsigned int owner,
                                            unsigned char permission,
                                            unsigned long long defaultValue, bool isSet,
                                            TernaryKey*& key) {
   PCMutexGuard guard(treeLock);
   if (initialized == 0) return status::kNoRight;
-  TernaryKey* made = nullptr;
-  unsigned int result = AcquireKey(changes, defaultValue, isSet, made);
-  if (result != status::kOk) return result;
-  made->node->setOwner(owner);
-  made->node->setPermission(permission);
-  result = file->WriteKeyNode(changes, made->id, made->node, false);
-  if (result == status::kOk) {
-    key = made;
-  } else {
-    DropKey(changes, made, true);
-  }
+  Changes changes(*file);
+  const TernaryKeyNode record = NewRecord(owner, permission, defaultValue, isSet);
+  const Status result = TakeKey(changes, record, key);
+  if (result.IsOk()) changes.Keep();
   return result;
 }
 
-unsigned int TernaryKeyTree::AddKey(unsigned int changes, TernaryString* string,
+unsigned int TernaryKeyTree::AddKey(unsigned int, TernaryString* string,
                                     unsigned long long defaultValue, bool isSet) {
   PCMutexGuard guard(treeLock);
   if (initialized == 0) return status::kNoRight;
   if (string == nullptr) return status::kBadArgument;
   if (string->key != nullptr || string->node->keyNode() != 0) return status::kExists;
+  Changes changes(*file);
   TernaryKey* key = nullptr;
-  unsigned int result = AcquireKey(changes, defaultValue, isSet, key);
-  if (result != status::kOk) return result;
-  result = file->WriteKeyNode(changes, key->id, key->node, false);
-  if (result == status::kOk) return EndNameAt(changes, string, key);
-  DropKey(changes, key, true);
+  Status result = TakeKey(changes, NewRecord(0, 0, defaultValue, isSet), key);
+  std::unique_ptr<TernaryKey> made(key);
+  if (!result.IsOk()) return result;
+  TernaryStringNode after = *string->node;
+  after.setKeyNode(key->id);
+  after.setHasKey(true);
+  result = changes.End(changes.Write(string->id, after));
+  if (!result.IsOk()) return result;
+  *string->node = after;
+  string->key = made.release();
   return result;
 }
 
 unsigned int TernaryKeyTree::CreateRootKey() {
   PCMutexGuard guard(treeLock);
   if (initialized == 0) return status::kNoRight;
-  TernaryFile::ChangeScope changes(*file);
-  if (startString != nullptr || file->GetStartNode(0) != 0) return status::kExists;
+  Changes changes(*file);
+  if (startString != nullptr || changes.StartNode() != 0) return status::kExists;
   TernaryKey* key = nullptr;
-  unsigned int result = CreateKeyNode(changes.id(), TernaryKeyNode::kRootOwner,
-                                      TernaryKeyNode::kRootPermission, 0, false, key);
-  if (result != status::kOk) return result;
-  TernaryString* string = nullptr;
-  result = CreateStringNode(changes.id(), "", string, key);
-  if (result != status::kOk) {
-    DropKey(changes.id(), key, true);
-    return result;
-  }
-  result = SetStartString(string);
-  if (result != status::kOk) {
-    DropNames(changes.id(), string, true);
-    DropKey(changes.id(), key, true);
-  }
+  const TernaryKeyNode record =
+      NewRecord(TernaryKeyNode::kRootOwner, TernaryKeyNode::kRootPermission, 0, false);
+  Status result = TakeKey(changes, record, key);
+  std::unique_ptr<TernaryKey> made(key);
+  NewName name;
+  if (result.IsOk()) result = name.Write(changes, "", key);
+  if (result.IsOk()) result = changes.SetStartNode(name.First()->id);
+  if (!result.IsOk()) return result;
+  changes.Keep();
+  startString = name.LetGo();
+  made.release();  // the string has it
   return result;
 }
 
@@ -96,7 +105,7 @@ unsigned int TernaryKeyTree::FindPlace(unsigned int user, TernaryHandle* handle,
   const unsigned int result = FindKey(handle->start, path, match);
   if (result == status::kOk) return status::kExists;
   if (result != status::kNotFound) return result;
-  const bool inside = match->runOffset >= 0;
+  const bool inside = match->splitIndex >= 0;
   const bool isPutAway = match->matchChild() && match->string->isLocked();
   if (isPutAway) return status::kOk;
   if (!inside && match->nodeId != 0) return status::kNoRight;
@@ -108,38 +117,57 @@ unsigned int TernaryKeyTree::FindPlace(unsigned int user, TernaryHandle* handle,
   return status::kOk;
 }
 
-// The place was found, its owner is locked.
-unsigned int TernaryKeyTree::CreateAt(unsigned int user, const KeyMatchDescriptor& match,
-                                      const char* path, unsigned long long defaultValue,
-                                      bool isSet) {
-  TernaryFile::ChangeScope changes(*file);
-  TernaryString* target = match.string;
+// Writes the key where the place was found; memory follows once it is kept. A creation that is
+// refused takes nothing but the cut, which stays. Test: LoadedCreation.ARefusedCreationTakesNothing
+unsigned int TernaryKeyTree::CreateAt(const KeyMatchDescriptor& match, const char* path,
+                                      const TernaryKeyNode& record) {
+  Changes changes(*file);
+  NameSplit split;
   const char* rest = path + match.position;
-  unsigned int result = status::kOk;
-  if (match.runOffset >= 0) {
-    const unsigned int cut = static_cast<unsigned int>(match.runOffset);
-    result = SplitString(changes.id(), target, match.position, cut, match.parent, target);
-    if (result != status::kOk) return result;
+  Status result = status::kOk;
+  if (match.splitIndex >= 0) {
+    const unsigned int cut = static_cast<unsigned int>(match.splitIndex);
+    result = split.Write(changes, match.string, cut, match.previous);
+    if (!result.IsOk()) return result;
     // A path whose last character stands at the cut ends there, whether or not the characters are
     // the same. Test: LoadedCreation.ACharacterThatDiffersAtTheEndIsTakenAsTheCut
     rest += cut;
     if (rest[0] != 0 && rest[1] == 0) ++rest;
   }
-  if (rest[0] == '/') return status::kBadArgument;
-  // A creation that is refused takes nothing but the cut.
-  // Test: LoadedCreation.ARefusedCreationTakesNothing
-  if (rest[0] != 0) {
-    result = CheckName(rest, true);
-    if (result != status::kOk) return result;
-  }
-  const TernaryKeyNode& parent = *match.owner->key->node;
-  const unsigned char permission =
-      parent.isRoot() ? TernaryKeyNode::kTopPermission : parent.permission();
+  TernaryString* target = split.Upper() != nullptr ? split.Upper() : match.string;
+  TernaryStringNode after = *target->node;
+  NodeLink link = NodeLink::kEqual;
   TernaryKey* key = nullptr;
-  result = CreateKeyNode(changes.id(), user, permission, defaultValue, isSet, key);
-  if (result != status::kOk) return result;
-  return rest[0] == 0 ? EndNameAt(changes.id(), target, key)
-                      : HangName(changes.id(), match, target, rest, key);
+  NewName name;
+  const Changes::Mark behindCut = changes.Here();
+  if (rest[0] == '/') result = status::kBadArgument;
+  if (result.IsOk() && rest[0] != 0) result = CheckName(rest, true);
+  if (result.IsOk()) result = TakeKey(changes, record, key);
+  std::unique_ptr<TernaryKey> made(key);
+  if (result.IsOk() && rest[0] == 0) {
+    after.setKeyNode(key->id);
+    after.setHasKey(true);
+  } else if (result.IsOk()) {
+    result = name.Write(changes, rest, key);
+    if (result.IsOk()) {
+      link =
+          LinkForName(*target->node, match.matchChild(), match.matchEqual(), *name.First()->node);
+      SetLink(&after, link, name.First()->id);
+    }
+  }
+  if (result.IsOk()) result = changes.Write(target->id, after);
+  if (!result.IsOk()) changes.UndoTo(behindCut);
+  result = changes.End(result);
+  if (split.Upper() != nullptr && changes.IsKept()) split.Apply();
+  if (!result.IsOk()) return result;
+  *target->node = after;
+  if (name.First() != nullptr) {
+    LinkString(target, link, name.LetGo());
+  } else {
+    target->key = key;
+  }
+  made.release();
+  return result;
 }
 
 unsigned int TernaryKeyTree::CreateKey(unsigned int user, void* tree, const char* path,
@@ -156,7 +184,10 @@ unsigned int TernaryKeyTree::CreateKey(unsigned int user, void* tree, const char
     const unsigned int result = FindPlace(user, handle, path, &match);
     if (result != status::kOk) return result;
   } while (!lock.Take(match.owner, handle));
-  return CreateAt(user, match, path, defaultValue, isSet);
+  const TernaryKeyNode& parent = *match.owner->key->node;
+  const unsigned char permission =
+      parent.isRoot() ? TernaryKeyNode::kTopPermission : parent.permission();
+  return CreateAt(match, path, NewRecord(user, permission, defaultValue, isSet));
 }
 
 }  // namespace tamu::registry

@@ -23,17 +23,12 @@ unsigned int TernaryKeyTree::LockKey(unsigned int user, void* tree, const char* 
 
 // Gives a key another record. When that fails it keeps the one it has.
 unsigned int TernaryKeyTree::ReplaceKey(TernaryKey* key, const TernaryKeyNode& after) {
-  TernaryFile::ChangeScope changes(*file);
-  const TernaryKeyNode before = *key->node;
-  *key->node = after;
-  const unsigned int result = file->WriteKeyNode(changes.id(), key->id, key->node, false);
-  if (result == status::kOk) return status::kOk;
-  *key->node = before;
-  file->WriteKeyNode(changes.id(), key->id, key->node, false);  // what was written of it
+  Changes changes(*file);
+  const Status result = changes.End(changes.Write(key->id, after));
+  if (result.IsOk()) *key->node = after;
   return result;
 }
 
-// A failed write is not reported. Test: LoadedKeyWrites.ADefaultThatCannotBeWrittenIsNotReported
 unsigned int TernaryKeyTree::SetDefaultValue(unsigned int user, void* tree, const char* path,
                                              unsigned long long value, bool clear) {
   PCMutexGuard guard(treeLock);
@@ -44,8 +39,7 @@ unsigned int TernaryKeyTree::SetDefaultValue(unsigned int user, void* tree, cons
   TernaryKeyNode after = *found.key->node;
   if (!clear) after.setDefaultValue(value);
   after.setDefaultSet(!clear);
-  ReplaceKey(found.key, after);
-  return status::kOk;
+  return ReplaceKey(found.key, after);
 }
 
 unsigned int TernaryKeyTree::SetKeyPermission(unsigned int user, void* tree, const char* path,

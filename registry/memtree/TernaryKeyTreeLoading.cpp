@@ -225,11 +225,11 @@ unsigned int TernaryKeyTree::LoadKeyPath(const char* path, MetNodes* met, Ternar
   unsigned int result = FindKey(startString, path, &match);
   const bool isStart = path[path[0] == '/' ? 1 : 0] == 0;
   const bool endsHere = match.matchEqual() && !match.matchChild() && path[match.position] == 0;
-  if (result == status::kOk || isStart || (endsHere && match.runOffset < 0)) {
+  if (result == status::kOk || isStart || (endsHere && match.splitIndex < 0)) {
     string = match.string;
     return status::kExists;
   }
-  if (match.runOffset >= 0 || match.nodeId == 0) return status::kNotFound;
+  if (match.splitIndex >= 0 || match.nodeId == 0) return status::kNotFound;
   // The directory of a string that is locked is there, but not to be seen.
   if (match.matchChild() && match.string->isLocked()) return status::kBusy;
   TernaryString* first = nullptr;

@@ -25,20 +25,20 @@ unsigned int TernaryKeyTree::FindKey(TernaryString* start, const char* path,
   unsigned int& i = match->position;
   i = path[0] == '/' ? 1 : 0;
   match->string = start;
-  match->parent = start;
+  match->previous = start;
   match->owner = start;
   if (path[i] == 0) return start->key != nullptr ? status::kOk : status::kNotFound;
   Pass(*start, match);
   match->flags = KeyMatchDescriptor::kMatchChild;
   match->nodeId = start->node->child();
   TernaryString* next = start->directory;
-  if (next == nullptr) match->parent = nullptr;
+  if (next == nullptr) match->previous = nullptr;
   while (next != nullptr) {
-    match->parent = match->string;
+    match->previous = match->string;
     match->string = next;
     match->flags = 0;
     const TernaryStringNode& node = *next->node;
-    if (!node.MatchesSegment(path + i, &match->runOffset)) {
+    if (!node.MatchesSegment(path + i, &match->splitIndex)) {
       match->nodeId = 0;
       return status::kNotFound;
     }

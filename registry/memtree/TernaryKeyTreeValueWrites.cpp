@@ -1,5 +1,7 @@
 // Creating, changing and deleting values.
+#include <memory>
 #include <new>
+#include <utility>
 
 #include "registry/base/Rights.h"
 #include "registry/base/ValueCheck.h"
@@ -10,43 +12,34 @@
 
 namespace tamu::registry {
 
-// A value of a slot just taken. Nothing is written yet.
-unsigned int TernaryKeyTree::AcquireValue(unsigned int changes, TernaryValue*& value) {
+namespace {
+
+// Takes a slot and makes a value for it, the caller's. Nothing is written yet.
+Status TakeValue(Changes& changes, std::unique_ptr<TernaryValue>* value) {
   unsigned int id = 0;
-  TernaryValueNode* record = nullptr;
-  const unsigned int result = file->AcquireValueNode(changes, &id, record);
-  if (result != status::kOk) return result;
-  value = new (std::nothrow) TernaryValue(id, record);
-  if (value != nullptr) return status::kOk;
-  file->ReleaseValueNode(changes, id, record);
+  const Status result = changes.Take(NodeKind::kValue, &id);
+  if (!result.IsOk()) return result;
+  TernaryValueNode* record = new (std::nothrow) TernaryValueNode;
+  if (record != nullptr) value->reset(new (std::nothrow) TernaryValue(id, record));
+  if (*value != nullptr) return result;
+  delete record;
   return status::kNoMemory;
 }
 
-// Gives up a new value that no key leads to.
-void TernaryKeyTree::DropValue(unsigned int changes, TernaryValue* value) {
-  file->ReleaseValueNode(changes, value->id, nullptr);
-  file->DeleteData(changes, value->GetDataId());
-  delete value;
-}
+}  // namespace
 
-// Puts a new value before the key's others. Failed writes are not reported; the value is then given
-// up, and the key is as before.
-void TernaryKeyTree::LinkNewValue(unsigned int changes, TernaryKey* key, TernaryValue* value) {
+// Puts a new value before the key's others.
+Status TernaryKeyTree::LinkNewValue(Changes& changes, TernaryKey* key,
+                                    std::unique_ptr<TernaryValue> value) {
   value->node->setNextValue(key->node->firstValue());
-  if (file->WriteValueNode(changes, value->id, value->node, false) != status::kOk) {
-    DropValue(changes, value);
-    return;
-  }
-  const TernaryKeyNode before = *key->node;
-  key->AddValue(value);
-  if (file->WriteKeyNode(changes, key->id, key->node, false) == status::kOk) return;
-  key->firstValue = value->next;
-  *key->node = before;
-  if (file->WriteKeyNode(changes, key->id, key->node, false) == status::kOk) {
-    DropValue(changes, value);
-  } else {
-    delete value;  // the file may lead to its slot
-  }
+  TernaryKeyNode after = *key->node;
+  after.setFirstValue(value->id);
+  after.setValueCount(after.valueCount() + 1u);
+  Status result = changes.Write(value->id, *value->node);
+  if (result.IsOk()) result = changes.Write(key->id, after);
+  result = changes.End(result);
+  if (result.IsOk()) key->AddValue(value.release());
+  return result;
 }
 
 unsigned int TernaryKeyTree::CreateValue(unsigned int user, void* tree, const char* path,
@@ -59,23 +52,22 @@ unsigned int TernaryKeyTree::CreateValue(unsigned int user, void* tree, const ch
   Found found;
   unsigned int result = LockKey(user, tree, path, kRightCreate, nullptr, &lock, &found);
   if (result != status::kOk) return result;
-  TernaryFile::ChangeScope changes(*file);
-  TernaryValue* made = nullptr;
-  result = AcquireValue(changes.id(), made);
-  if (result != status::kOk) return result;
+  Changes changes(*file);
+  std::unique_ptr<TernaryValue> made;
+  result = TakeValue(changes, &made);
+  if (result != status::kOk) return changes.End(result);
   result = made->SetValue(name, value, 0);
-  if (result != status::kOk) {
-    DropValue(changes.id(), made);
-    return result;
-  }
-  // A number's bytes are stored in blocks too, which nothing ever frees. Data that cannot be stored
-  // is not reported. Tests: LoadedValueWrites.ANumberCreatedFromAValueTakesBlocksThatNobodyFrees,
-  // LoadedValueWrites.DataThatCannotBeStoredIsReadUntilItIsUnloaded
+  if (result != status::kOk) return result;
+  // A number's bytes are stored in blocks too, which nothing ever frees.
+  // Test: LoadedValueWrites.ANumberCreatedFromAValueTakesBlocksThatNobodyFrees
+  const bool inBlocks = made->node->isInBlocks();
   unsigned int block = 0;
-  if (value->size > 0) file->WriteData(changes.id(), value->data, value->size, &block);
-  if (made->node->isInBlocks()) made->node->setDataWord(block);
-  LinkNewValue(changes.id(), found.key, made);
-  return status::kOk;
+  if (value->size > 0) {
+    const Status stored = changes.StoreData(value->data, value->size, &block);
+    if (!stored.IsOk() && (inBlocks || stored != status::kLimit)) return stored;
+  }
+  if (inBlocks) made->node->setDataWord(block);
+  return LinkNewValue(changes, found.key, std::move(made));
 }
 
 unsigned int TernaryKeyTree::CreateValue(unsigned int user, void* tree, const char* path,
@@ -87,28 +79,16 @@ unsigned int TernaryKeyTree::CreateValue(unsigned int user, void* tree, const ch
   Found found;
   unsigned int result = LockKey(user, tree, path, kRightCreate, nullptr, &lock, &found);
   if (result != status::kOk) return result;
-  TernaryFile::ChangeScope changes(*file);
-  TernaryValue* made = nullptr;
-  result = AcquireValue(changes.id(), made);
-  if (result != status::kOk) return result;
+  Changes changes(*file);
+  std::unique_ptr<TernaryValue> made;
+  result = TakeValue(changes, &made);
+  if (result != status::kOk) return changes.End(result);
   made->SetValue(name, number, isSet);
-  LinkNewValue(changes.id(), found.key, made);
-  return status::kOk;
+  return LinkNewValue(changes, found.key, std::move(made));
 }
 
-// Lets the record in the file go of its data blocks, and gives them back so that new data takes
-// them again. Whatever happens from then on, the value never leads to blocks of another one.
-void TernaryKeyTree::GiveBackData(unsigned int changes, unsigned int valueId,
-                                  TernaryValueNode* record) {
-  if (!record->isInBlocks() || record->dataWord() == 0) return;
-  if (LetGoOfBlocks(*file, changes, valueId, record) == status::kOk) {
-    file->DeleteData(changes, record->dataWord());
-  }
-}
-
-// A value of no known type changes nothing, and is not reported; neither is data that cannot be
-// stored. Tests: LoadedValueWrites.AnUnknownTypeChangesNothingAndIsNotReported,
-// LoadedValueWrites.DataThatCannotBeStoredIsReadUntilItIsUnloaded
+// A value of no known type changes nothing, and is not reported.
+// Test: LoadedValueWrites.AnUnknownTypeChangesNothingAndIsNotReported
 unsigned int TernaryKeyTree::SetValue(unsigned int user, void* tree, const char* path,
                                       const char* name, Value* value) {
   if (IsTooLarge(value)) return status::kLimit;
@@ -117,30 +97,36 @@ unsigned int TernaryKeyTree::SetValue(unsigned int user, void* tree, const char*
   if (LacksArgument(name, value)) return status::kBadArgument;
   StringLock lock;
   Found found;
-  unsigned int result = LockKey(user, tree, path, kRightModify, name, &lock, &found);
+  const unsigned int result = LockKey(user, tree, path, kRightModify, name, &lock, &found);
   if (result != status::kOk || value->type > kValueTypeMax) return result;
-  TernaryValue& target = *found.value;
-  TernaryValueNode before = *target.node;
-  result = target.SetValue(name, value, 0);
-  if (result != status::kOk) return result;  // no memory: nothing is changed
-  TernaryFile::ChangeScope changes(*file);
-  GiveBackData(changes.id(), target.id, &before);
-  if (target.node->isInBlocks()) {
-    // The caller's data may have been this value's own, and gone.
-    const unsigned int size = target.node->dataSize();
-    unsigned int block = 0;
-    if (size > 0) file->WriteData(changes.id(), target.data, size, &block);
-    target.node->setDataWord(block);
-  }
-  ReplaceValueRecord(*file, changes.id(), target.id, before, *target.node);
-  return status::kOk;
+  return ReplaceData(*found.value, name, *value);
 }
 
-// Writes the record that leads to the value behind `before`, or to a key's first value if null.
-unsigned int TernaryKeyTree::WriteBefore(unsigned int changes, const TernaryKey& key,
-                                         const TernaryValue* before) {
-  return before != nullptr ? file->WriteValueNode(changes, before->id, before->node, false)
-                           : file->WriteKeyNode(changes, key.id, key.node, false);
+// The record in the file lets go of its blocks before the new data is stored, so that it takes them
+// again: whatever happens from then on, the value never leads to blocks of another one.
+Status TernaryKeyTree::ReplaceData(TernaryValue& target, const char* name, const Value& value) {
+  TernaryValueNode* copy = new (std::nothrow) TernaryValueNode(*target.node);
+  if (copy == nullptr) return status::kNoMemory;
+  TernaryValue next(target.id, copy);
+  Status result = next.SetValue(name, &value, 0);
+  if (!result.IsOk()) return result;
+  Changes changes(*file);
+  TernaryValueNode before = *target.node;
+  if (before.isInBlocks() && before.dataWord() != 0) {
+    result = LetGoOfBlocks(changes, target.id, &before);
+    if (!result.IsOk()) return result;
+    result = changes.ReleaseDataIfSound(before.dataWord());
+    if (!result.IsOk()) return result;
+  }
+  if (copy->isInBlocks()) {
+    unsigned int block = 0;
+    if (value.size > 0) result = changes.StoreData(value.data, value.size, &block);
+    if (!result.IsOk()) return result;
+    copy->setDataWord(block);
+  }
+  result = changes.End(ReplaceValueRecord(changes, target.id, before, *copy));
+  if (result.IsOk()) target.Exchange(next);
+  return result;
 }
 
 // What leads to the value is written before its slot is given back: the value before it, or else
@@ -155,20 +141,33 @@ unsigned int TernaryKeyTree::DeleteValue(unsigned int user, void* tree, const ch
   Found found;
   unsigned int result = LockKey(user, tree, path, kRightDelete, name, &lock, &found);
   if (result != status::kOk) return result;
-  TernaryFile::ChangeScope changes(*file);
-  TernaryValue* removed = nullptr;
-  TernaryValue* before = nullptr;
-  result = found.key->RemoveValue(name, removed, before);
-  if (result != status::kOk) return result;
-  result = WriteBefore(changes.id(), *found.key, before);
-  if (result == status::kOk) {
-    // Its data blocks stay in use. Test: LoadedValueWrites.DeletingAValueKeepsItsBlocksInUse
-    file->ReleaseValueNode(changes.id(), removed->id, nullptr);
-    delete removed;
-  } else {
-    found.key->PutBackValue(removed, before);
-    WriteBefore(changes.id(), *found.key, before);  // what was written of it
+  TernaryKey& key = *found.key;
+  const TernaryValue* before = nullptr;
+  for (TernaryValue* value = key.firstValue; value != found.value; value = value->next) {
+    before = value;
   }
+  const unsigned int nextId = found.value->next != nullptr ? found.value->next->id : 0;
+  Changes changes(*file);
+  Status written = status::kOk;
+  if (before != nullptr) {
+    TernaryValueNode after = *before->node;
+    after.setNextValue(nextId);
+    written = changes.Write(before->id, after);
+  } else {
+    TernaryKeyNode after = *key.node;
+    after.setFirstValue(nextId);
+    after.setValueCount(after.valueCount() - 1u);
+    written = changes.Write(key.id, after);
+  }
+  // Its data blocks stay in use, and so does its slot if that cannot be given back.
+  // Test: LoadedValueWrites.DeletingAValueKeepsItsBlocksInUse
+  if (written.IsOk()) changes.Release(NodeKind::kValue, found.value->id).Ignore();
+  written = changes.End(written);
+  if (!written.IsOk()) return written;
+  TernaryValue* removed = nullptr;
+  TernaryValue* previous = nullptr;
+  result = key.RemoveValue(name, removed, previous);
+  delete removed;
   return result;
 }
 

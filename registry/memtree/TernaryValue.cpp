@@ -1,6 +1,7 @@
 #include "registry/memtree/TernaryValue.h"
 
 #include <new>
+#include <utility>
 
 #include "platform/PCMem.h"
 
@@ -83,6 +84,12 @@ unsigned int TernaryValue::CreateData(unsigned int size) {
   data = bytes;
   ownsData = 1;
   return status::kOk;
+}
+
+void TernaryValue::Exchange(TernaryValue& other) {
+  std::swap(node, other.node);
+  std::swap(data, other.data);
+  std::swap(ownsData, other.ownsData);
 }
 
 void TernaryValue::DeleteData() {

@@ -32,6 +32,8 @@ class TernaryValue {
   // Makes room for `size` bytes of data, zeroed, in place of what there was. kNoMemory with nothing
   // changed.
   unsigned int CreateData(unsigned int size);
+  // Exchanges record and data with another value's.
+  void Exchange(TernaryValue& other);
   // Frees the data, if it is this object's own.
   void DeleteData();
   // The id of the first data block; 0 when the data is not in blocks.

@@ -1,113 +1,318 @@
-// Opening and closing the store.
 #include "registry/store/TernaryFile.h"
 
-#include "registry/base/RCEString.h"
+#include <cstdint>
+
+#include "registry/base/Value.h"
 #include "registry/format/FileHeader.h"
-#include "registry/store/ProcessFile.h"
+#include "registry/store/FreeList.h"
 
 namespace tamu::registry {
 
-TernaryFile::~TernaryFile() {
-  delete[] path_;
-}
+namespace {
 
-unsigned int TernaryFile::Initialize(const char* path) {
-  if (path == nullptr) return status::kBadArgument;
-  if (!lock_.IsCreated() && !lock_.Create()) return status::kInputOutput;
-  if (!ProcessFile::Lock().IsCreated()) return status::kInputOutput;
-  char* copy = RCEString::Duplicate(path);
-  if (copy == nullptr) return status::kNoMemory;
-  AccessScope access(*this);
-  const bool wasOpen = IsAccessible();
-  delete[] path_;
-  path_ = copy;
-  const unsigned int result = LoadFile();
-  if (result == status::kOk) return status::kOk;
-  FreeTables();
-  generation_ = 0;
-  if (wasOpen) ProcessFile::Close();  // what this store had open; another store's stays
+// Runs a part of a change; what it has written stays only when it succeeds.
+template <class Part>
+unsigned int Change(FileStore& store, Part part) {
+  Changes changes(store);
+  const Status result = part(changes);
+  if (result.IsOk()) changes.Keep();
   return result;
 }
 
-// Nothing of what is open is given up before the new file has all that is needed.
-unsigned int TernaryFile::LoadFile() {
-  FreeTables();
-  generation_ = 0;
-  pathMissing_ = false;
-  ProcessFile::Opening opening;
-  unsigned int result = opening.Open(path_, &generation_, &pathMissing_);
-  if (result == status::kOk) result = LoadHeaders();
-  if (result == status::kOk) opening.Keep();
+template <class Node>
+unsigned int ReadNew(FileStore& store, unsigned int id, Node*& node) {
+  Node* loaded = new (std::nothrow) Node;
+  if (loaded == nullptr) return status::kNoMemory;
+  const Status result = StoreAccess(store).Read(id, loaded);
+  if (result.IsOk()) {
+    node = loaded;
+  } else {
+    delete loaded;
+  }
   return result;
 }
 
-// A file that exists and cannot be opened must not be emptied by making it.
-unsigned int TernaryFile::OpenOrCreate(const char* path, bool* made) {
-  if (made != nullptr) *made = false;
-  unsigned int result = Initialize(path);
-  if (result != status::kCannotOpen) return result;
-  if (!PathMissing()) return status::kNoSpace;
-  AccessScope access(*this);
-  ProcessFile::Opening opening;
-  result = CreateRegistryFile(path, kDefaultBudget);
-  if (result != status::kOk) return result;
-  if (made != nullptr) *made = true;
-  result = Initialize(path);
-  if (result == status::kOk) opening.Keep();
+template <class Node>
+unsigned int ReadInto(FileStore& store, unsigned int id, Node* node) {
+  return node != nullptr ? StoreAccess(store).Read(id, node) : Status(status::kBadArgument);
+}
+
+template <class Node>
+unsigned int WriteAndRelease(FileStore& store, unsigned int id, Node* node, bool release) {
+  if (node == nullptr) return status::kBadArgument;
+  const Status result = Change(store, [&](Changes& changes) { return changes.Write(id, *node); });
+  if (result.IsOk() && release) delete node;
   return result;
 }
 
-// The file header, the reserved area behind it and the TernaryHeader follow each other. Then the
-// chains of tables: damage there is remembered kind by kind and does not fail the opening.
-unsigned int TernaryFile::LoadHeaders() {
-  FileHeader fileHeader;
-  if (ReadHeld(FileHeader::kOffset, FileHeader::kSize, fileHeader.bytes()) != status::kOk ||
-      !fileHeader.IsValid()) {
-    return status::kInvalidFile;
-  }
-  unsigned char reserved[FileHeader::kReservedSize];
-  if (ReadHeld(FileHeader::kReservedArea, FileHeader::kReservedSize, reserved) != status::kOk ||
-      ReadHeld(TernaryHeader::kFileOffset, TernaryHeader::kSize, header_.bytes()) != status::kOk) {
-    return status::kInvalidFile;
-  }
-  for (unsigned int i = 0; i < kNodeKinds; ++i) {
-    const NodeKind kind = static_cast<NodeKind>(i);
-    // Damage is kept in the descriptor.
-    const unsigned int loaded = LoadAllNAT(header_.firstTable(kind), &Descriptor(kind));
-    if (loaded == status::kNoMemory) return loaded;
-  }
-  return status::kOk;
+template <class Node>
+unsigned int AcquireNew(FileStore& store, NodeKind kind, unsigned int* id, Node*& node) {
+  if (id == nullptr) return status::kBadArgument;
+  return Change(store, [&](Changes& changes) -> Status {
+    const Status result = changes.Take(kind, id);
+    if (!result.IsOk()) return result;
+    Node* made = new (std::nothrow) Node;
+    if (made == nullptr) return status::kNoMemory;
+    node = made;
+    return result;
+  });
 }
+
+template <class Node>
+unsigned int ReleaseAndFree(TernaryFile& store, NodeKind kind, unsigned int id, Node* node) {
+  delete node;
+  return store.ReleaseSlot(0, kind, id);
+}
+
+}  // namespace
 
 unsigned int TernaryFile::Finalize() {
-  if (!lock_.IsCreated()) return status::kOk;
-  {
-    AccessScope access(*this);
-    if (IsAccessible()) ProcessFile::Close();
-    generation_ = 0;
-    FreeTables();
-  }
-  lock_.Destroy();
+  Close();
   return status::kOk;
 }
 
-void TernaryFile::FreeTables() {
-  for (unsigned int i = kNodeKinds; i > 0; --i) Descriptor(static_cast<NodeKind>(i - 1)).Clear();
+unsigned int TernaryFile::CreateRegistryFile(const char* path, unsigned int budget) {
+  return Make(path, budget);
+}
+
+unsigned int TernaryFile::ReadFromFile(unsigned int offset, unsigned int size,
+                                       unsigned char*& buffer) {
+  if (buffer == nullptr) return status::kBadArgument;
+  StoreAccess access(*this);
+  return Bytes().Read(offset, size, buffer);
+}
+
+unsigned int TernaryFile::WriteToFile(unsigned int offset, unsigned int size,
+                                      const unsigned char* data) {
+  if (data == nullptr) return status::kBadArgument;
+  return Change(*this, [&](Changes& changes) { return changes.WriteBytes(offset, size, data); });
+}
+
+unsigned int TernaryFile::FileReadInteger(unsigned int offset, unsigned int* value) {
+  if (value == nullptr) return status::kBadArgument;
+  StoreAccess access(*this);
+  return Bytes().ReadInteger(offset, value);
+}
+
+unsigned int TernaryFile::FileWriteInteger(unsigned int offset, unsigned int value) {
+  return Change(*this, [&](Changes& changes) { return changes.WriteInteger(offset, value); });
+}
+
+unsigned int TernaryFile::FileFillSequence(unsigned int offset, unsigned int, unsigned int first,
+                                           unsigned int count) {
+  StoreAccess access(*this);
+  return Bytes().WriteSequence(offset, first, count);
+}
+
+unsigned int TernaryFile::FileFillZero(unsigned int, unsigned int length) {
+  StoreAccess access(*this);
+  const Status result = Bytes().WriteZero(length);
+  if (!result.IsOk()) Bytes().Abandon();
+  return result;
+}
+
+// A damaged file may name any place: only its own and the reserved area before it hold nothing
+// else.
+unsigned int TernaryFile::WriteHeader(unsigned int, TernaryHeader* header) {
+  if (header == nullptr) return status::kBadArgument;
+  if (header->headerOffset() < FileHeader::kReservedArea ||
+      header->headerOffset() > TernaryHeader::kFileOffset) {
+    return status::kInvalidFile;
+  }
+  return WriteToFile(header->headerOffset(), TernaryHeader::kSize, header->bytes());
+}
+
+unsigned int TernaryFile::ReadHeader(TernaryHeader*& header) {
+  if (header == nullptr) return status::kBadArgument;
+  unsigned char* bytes = header->bytes();
+  return ReadFromFile(FileHeader::kReservedArea, TernaryHeader::kSize, bytes);
+}
+
+unsigned int TernaryFile::BeginChanges(unsigned int*) {
+  return status::kOk;
+}
+
+unsigned int TernaryFile::EndChanges(unsigned int) {
+  return status::kOk;
+}
+
+unsigned int TernaryFile::WriteChanges(unsigned int, unsigned int offset, unsigned int size,
+                                       const void* data) {
+  return WriteToFile(offset, size, static_cast<const unsigned char*>(data));
+}
+
+unsigned int TernaryFile::LoadNAT(unsigned int offset, NodeAllocationTable*& table) {
+  StoreAccess access(*this);
+  return TableMap::LoadTable(Bytes(), offset, table);
+}
+
+unsigned int TernaryFile::LoadAllNAT(unsigned int offset, TernaryNodeDescriptor* descriptor) {
+  if (descriptor == nullptr) return status::kBadArgument;
+  StoreAccess access(*this);
+  return Tables().LoadChain(Bytes(), offset, descriptor);
+}
+
+unsigned int TernaryFile::ExpandFile(TernaryNodeDescriptor* descriptor, unsigned int recordSize,
+                                     unsigned int count) {
+  if (descriptor == nullptr || count == 0) return status::kBadArgument;
+  return Change(*this,
+                [&](Changes& changes) { return changes.Grow(descriptor, recordSize, count); });
+}
+
+unsigned int TernaryFile::AcquireNodeId(unsigned int changes, unsigned int* id,
+                                        NodeAllocationTable* table) {
+  if (id == nullptr || table == nullptr) return status::kBadArgument;
+  unsigned int slot = 0;
+  const unsigned int result = AcquireNodeIndexes(changes, &slot, table, 1);
+  if (result == status::kOk) *id = MakeNodeId(table->tableNumber(), slot);
+  return result;
+}
+
+unsigned int TernaryFile::AcquireNodeIndexes(unsigned int, unsigned int* indexes,
+                                             NodeAllocationTable* table, unsigned int count) {
+  if (indexes == nullptr || table == nullptr) return status::kBadArgument;
+  return Change(*this,
+                [&](Changes& changes) { return FreeList(changes, *table).Take(indexes, count); });
+}
+
+unsigned int TernaryFile::ReleaseNodeId(unsigned int, unsigned int id, NodeAllocationTable* table) {
+  if (id == 0 || table == nullptr) return status::kBadArgument;
+  if (TableOf(id) != table->tableNumber()) return status::kInvalidFile;
+  return Change(*this, [&](Changes& changes) {
+    const unsigned int used = table->entryCount() - 1 - table->freeCount();
+    const unsigned int most = Tables().IsNodeTable(*table) && used > 1 ? 1 : used;
+    return FreeList(changes, *table).Release(SlotOf(id), most);
+  });
+}
+
+unsigned int TernaryFile::ReadNode(unsigned int id, TernaryStringNode*& node) {
+  return ReadNew(*this, id, node);
+}
+
+unsigned int TernaryFile::ReadKeyNode(unsigned int id, TernaryKeyNode*& node) {
+  return ReadNew(*this, id, node);
+}
+
+unsigned int TernaryFile::ReadValueNode(unsigned int id, TernaryValueNode*& node) {
+  return ReadNew(*this, id, node);
+}
+
+unsigned int TernaryFile::ReadNodeInBuffer(unsigned int id, TernaryStringNode* node) {
+  return ReadInto(*this, id, node);
+}
+
+unsigned int TernaryFile::ReadKeyNodeInBuffer(unsigned int id, TernaryKeyNode* node) {
+  return ReadInto(*this, id, node);
+}
+
+unsigned int TernaryFile::ReadValueNodeInBuffer(unsigned int id, TernaryValueNode* node) {
+  return ReadInto(*this, id, node);
+}
+
+unsigned int TernaryFile::WriteNode(unsigned int, unsigned int id, TernaryStringNode* node,
+                                    bool release) {
+  return WriteAndRelease(*this, id, node, release);
+}
+
+unsigned int TernaryFile::WriteKeyNode(unsigned int, unsigned int id, TernaryKeyNode* node,
+                                       bool release) {
+  return WriteAndRelease(*this, id, node, release);
+}
+
+unsigned int TernaryFile::WriteValueNode(unsigned int, unsigned int id, TernaryValueNode* node,
+                                         bool release) {
+  return WriteAndRelease(*this, id, node, release);
+}
+
+unsigned int TernaryFile::AcquireNode(unsigned int, unsigned int* id, TernaryStringNode*& node) {
+  return AcquireNew(*this, NodeKind::kString, id, node);
+}
+
+unsigned int TernaryFile::AcquireKeyNode(unsigned int, unsigned int* id, TernaryKeyNode*& node) {
+  return AcquireNew(*this, NodeKind::kKey, id, node);
+}
+
+unsigned int TernaryFile::AcquireValueNode(unsigned int, unsigned int* id,
+                                           TernaryValueNode*& node) {
+  return AcquireNew(*this, NodeKind::kValue, id, node);
+}
+
+unsigned int TernaryFile::ReleaseNode(unsigned int, unsigned int id, TernaryStringNode* node) {
+  return ReleaseAndFree(*this, NodeKind::kString, id, node);
+}
+
+unsigned int TernaryFile::ReleaseKeyNode(unsigned int, unsigned int id, TernaryKeyNode* node) {
+  return ReleaseAndFree(*this, NodeKind::kKey, id, node);
+}
+
+unsigned int TernaryFile::ReleaseValueNode(unsigned int, unsigned int id, TernaryValueNode* node) {
+  return ReleaseAndFree(*this, NodeKind::kValue, id, node);
+}
+
+unsigned int TernaryFile::AcquireSlot(unsigned int, NodeKind kind, unsigned int* id) {
+  if (id == nullptr) return status::kBadArgument;
+  return Change(*this, [&](Changes& changes) { return changes.Take(kind, id); });
+}
+
+unsigned int TernaryFile::ReleaseSlot(unsigned int, NodeKind kind, unsigned int id) {
+  return Change(*this, [&](Changes& changes) { return changes.Release(kind, id); });
+}
+
+unsigned int TernaryFile::Resolve(NodeKind kind, unsigned int id, unsigned int& offset) const {
+  return Tables().Resolve(kind, id, &offset);
+}
+
+unsigned int TernaryFile::WriteData(unsigned int, const void* data, unsigned int size,
+                                    unsigned int* id) {
+  if (id == nullptr) return status::kBadArgument;
+  return Change(*this, [&](Changes& changes) { return changes.StoreDataAnyhow(data, size, id); });
+}
+
+unsigned int TernaryFile::StoreData(unsigned int, const void* data, unsigned int size,
+                                    unsigned int* id) {
+  if (id == nullptr) return status::kBadArgument;
+  return Change(*this, [&](Changes& changes) { return changes.StoreData(data, size, id); });
+}
+
+unsigned int TernaryFile::ReadData(void* buffer, unsigned int* size, unsigned int id) {
+  return StoreAccess(*this).ReadData(id, buffer, size);
+}
+
+unsigned int TernaryFile::DeleteData(unsigned int, unsigned int id) {
+  return Change(*this, [&](Changes& changes) { return changes.ReleaseData(id); });
+}
+
+unsigned int TernaryFile::GetRegistryInfo(RegistryInfo* info) {
+  if (info == nullptr) return status::kBadArgument;
+  StoreAccess access(*this);
+  if (Bytes().Size() < FileHeader::kReservedArea + FileHeader::kReservedSize) {
+    return status::kInputOutput;  // somebody has cut the file
+  }
+  RegistryInfo filled = RegistryInfo();
+  filled.infoFormat = 1;
+  filled.keyCount = Descriptor(NodeKind::kKey).usedNodes;
+  filled.valueCount = Descriptor(NodeKind::kValue).usedNodes;
+  filled.fileSize = Header().fileSize();
+  filled.segmentSize = TernaryStringNode::kSegmentMax;
+  filled.valueNameSize = TernaryValueNode::kNameSize;
+  filled.maxDataSize = kValueDataMax;
+  filled.keyCapacity = Descriptor(NodeKind::kKey).totalNodes;
+  filled.valueCapacity = Descriptor(NodeKind::kValue).totalNodes;
+  filled.dataBlockCapacity = Descriptor(NodeKind::kData).totalNodes;
+  filled.infoFlag = 1;
+  // Nothing reads this word back; on 64-bit machines it is the low half of the address.
+  const unsigned int address = static_cast<unsigned int>(reinterpret_cast<uintptr_t>(info));
+  const unsigned int result = FileWriteInteger(FileHeader::kReservedArea, address);
+  if (result == status::kOk) *info = filled;
+  return result;
 }
 
 unsigned int TernaryFile::GetStartNode(char) {
-  AccessScope access(*this);
-  return header_.startNode();
+  return StoreAccess(*this).StartNode();
 }
 
 unsigned int TernaryFile::SetStartNode(char, unsigned int id) {
-  AccessScope access(*this);
-  if (!IsHeaderInPlace()) return status::kInvalidFile;
-  const unsigned int before = header_.startNode();
-  header_.setStartNode(id);
-  const unsigned int result = WriteHeader(0, &header_);
-  if (result != status::kOk) header_.setStartNode(before);
-  return result;
+  return Change(*this, [&](Changes& changes) { return changes.SetStartNode(id); });
 }
 
 }  // namespace tamu::registry

@@ -2,14 +2,35 @@
 
 namespace tamu::registry {
 
+namespace {
+
+unsigned int UsableIn(const NodeAllocationTable& table) {
+  return table.entryCount() > 0 ? table.entryCount() - 1 : 0;
+}
+
+unsigned int UsedIn(const NodeAllocationTable& table) {
+  const unsigned int usable = UsableIn(table);
+  return usable > table.freeCount() ? usable - table.freeCount() : 0;
+}
+
+}  // namespace
+
 void TernaryNodeDescriptor::Append(NodeAllocationTable* table) {
   if (firstTable == nullptr) firstTable = table;
   lastTable = table;
   tables[tableCount] = table;
   ++tableCount;
-  const unsigned int usable = table->entryCount() > 0 ? table->entryCount() - 1 : 0;
-  usedNodes += usable > table->freeCount() ? usable - table->freeCount() : 0;
-  totalNodes += usable;
+  usedNodes += UsedIn(*table);
+  totalNodes += UsableIn(*table);
+}
+
+void TernaryNodeDescriptor::RemoveLast() {
+  --tableCount;
+  usedNodes -= UsedIn(*lastTable);
+  totalNodes -= UsableIn(*lastTable);
+  delete lastTable;
+  tables[tableCount] = nullptr;
+  lastTable = tables[tableCount - 1];
 }
 
 void TernaryNodeDescriptor::Clear() {

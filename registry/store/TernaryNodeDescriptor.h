@@ -17,6 +17,8 @@ class TernaryNodeDescriptor {
 
   // Adds a table behind the last and takes it over; its slots are counted. There must be room.
   void Append(NodeAllocationTable* table);
+  // Frees the last table, which is not the first, and takes its slots out of the counts.
+  void RemoveLast();
   // Frees all tables; everything back to the state after construction.
   void Clear();
 

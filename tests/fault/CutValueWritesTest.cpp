@@ -23,8 +23,9 @@ const Content kContents[] = {
 std::string BytesOf(const Content& content, char seed) {
   std::string bytes(content.size, ' ');
   for (unsigned int i = 0; i < content.size; ++i) {
-    bytes[i] = content.type == kNumber ? static_cast<char>(content.number >> (8 * i))
-                                       : static_cast<char>(seed + i % 19);
+    bytes[i] = content.type == kNumber
+                   ? static_cast<char>(content.number >> (8 * i))
+                   : static_cast<char>(static_cast<unsigned char>(seed) + i % 19);
   }
   return bytes;
 }

@@ -264,10 +264,10 @@ bool WhereKeysCannotBeWritten(Check check) {
   });
 }
 
-TEST_F(LoadedKeyWrites, ADefaultThatCannotBeWrittenIsNotReported) {
+TEST_F(LoadedKeyWrites, ADefaultThatCannotBeWrittenIsReportedAndTakenBack) {
   EXPECT_TRUE(WhereKeysCannotBeWritten([](TernaryKeyTree& tree, TernaryHandle* handle) {
     unsigned long long number = 0;
-    return tree.SetDefaultValue(kAdmin, handle, "a", 1, false) == 0 &&
+    return tree.SetDefaultValue(kAdmin, handle, "a", 1, false) == 5 &&
            tree.GetDefaultValue(kAdmin, handle, "a", &number) == 53;
   }));
 }

@@ -13,8 +13,8 @@ class LoadedSearch : public ::testing::Test {
     char text[120];
     std::snprintf(text, sizeof text,
                   "%u string %x node %x at %u run %d parent %x owner %x flags %x", result,
-                  match.string->id, match.nodeId, match.position, match.runOffset,
-                  match.parent != nullptr ? match.parent->id : 0, match.owner->id, match.flags);
+                  match.string->id, match.nodeId, match.position, match.splitIndex,
+                  match.previous != nullptr ? match.previous->id : 0, match.owner->id, match.flags);
     return text;
   }
   LoadedTreeRig rig;

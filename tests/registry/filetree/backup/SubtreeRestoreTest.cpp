@@ -54,14 +54,14 @@ class SubtreeRestoreTest : public ::testing::Test {
     const std::string usedBefore = Used();
     const std::string contents = SubtreeText(shared_.path, "");
     {
-      TernaryFile::ChangeScope changes(shared_.store);
+      Changes changes(shared_.store);
       BackupFile stream;
       BackupContents found;
       ASSERT_EQ(stream.Open(backup_.c_str()), 0u);
       ASSERT_EQ(BackupCheck(shared_.store, stream).Check(&found), 0u);
       change();
       stream.Rewind();
-      SubtreeRestore restored(shared_.store, changes, stream);
+      SubtreeRestore restored(changes, stream);
       EXPECT_EQ(restored.Restore(found, false), status);
     }
     EXPECT_EQ(Used(), usedBefore);
@@ -89,19 +89,19 @@ TEST_F(SubtreeRestoreTest, WhatIsNotKeptIsGivenBack) {
   const std::string before = Used();
   const std::string tables = FirstTables();
   PutFile(backup_, Sound());
-  TernaryFile::ChangeScope changes(shared_.store);
-  BackupFile stream;
-  BackupContents found;
-  ASSERT_EQ(stream.Open(backup_.c_str()), 0u);
-  ASSERT_EQ(BackupCheck(shared_.store, stream).Check(&found), 0u);
-  EXPECT_TRUE(found.hasSubKeys);
-  EXPECT_EQ(found.records[0], 2u);
-  EXPECT_EQ(found.records[1], 3u);
-  EXPECT_EQ(found.records[2], 3u);
-  EXPECT_EQ(found.records[3], 1u) << "chains, not blocks";
-  stream.Rewind();
   {
-    SubtreeRestore restored(shared_.store, changes, stream);
+    Changes changes(shared_.store);
+    BackupFile stream;
+    BackupContents found;
+    ASSERT_EQ(stream.Open(backup_.c_str()), 0u);
+    ASSERT_EQ(BackupCheck(shared_.store, stream).Check(&found), 0u);
+    EXPECT_TRUE(found.hasSubKeys);
+    EXPECT_EQ(found.records[0], 2u);
+    EXPECT_EQ(found.records[1], 3u);
+    EXPECT_EQ(found.records[2], 3u);
+    EXPECT_EQ(found.records[3], 1u) << "chains, not blocks";
+    stream.Rewind();
+    SubtreeRestore restored(changes, stream);
     EXPECT_EQ(restored.Restore(found, false), 0u);
     EXPECT_EQ(restored.Child(), 0x500u);  // behind the root, "a", "b" and "z"
     EXPECT_EQ(restored.Key(), 0x700u);    // behind those of "d" and "bc"
@@ -113,16 +113,16 @@ TEST_F(SubtreeRestoreTest, WhatIsNotKeptIsGivenBack) {
 
 TEST_F(SubtreeRestoreTest, WhatIsKeptStaysInUse) {
   PutFile(backup_, Sound());
-  TernaryFile::ChangeScope changes(shared_.store);
-  BackupFile stream;
-  BackupContents found;
-  ASSERT_EQ(stream.Open(backup_.c_str()), 0u);
-  ASSERT_EQ(BackupCheck(shared_.store, stream).Check(&found), 0u);
-  stream.Rewind();
   {
-    SubtreeRestore restored(shared_.store, changes, stream);
+    Changes changes(shared_.store);
+    BackupFile stream;
+    BackupContents found;
+    ASSERT_EQ(stream.Open(backup_.c_str()), 0u);
+    ASSERT_EQ(BackupCheck(shared_.store, stream).Check(&found), 0u);
+    stream.Rewind();
+    SubtreeRestore restored(changes, stream);
     ASSERT_EQ(restored.Restore(found, false), 0u);
-    restored.Keep();
+    changes.Keep();
   }
   EXPECT_EQ(UsedSlots(shared_.path), "6 7 6 2");
 }
@@ -158,7 +158,7 @@ TEST_F(SubtreeRestoreTest, ALongFileCutAnywhereGivesAllBack) {
       backup, [] {}, 0);
 }
 
-// The tables that were appended stay, with nothing in them.
+// The tables that were appended go, too.
 TEST_F(SubtreeRestoreTest, ACutFileThatMadeTheTablesGrowGivesAllBack) {
   const std::string backup = Long(400);
   for (unsigned int cut : {1 + 40 * 361u, 1 + 40 * 400u, 1 + 40 * 400 + 24 * 380u}) {
@@ -167,8 +167,8 @@ TEST_F(SubtreeRestoreTest, ACutFileThatMadeTheTablesGrowGivesAllBack) {
         backup, [&] { ASSERT_EQ(truncate(backup_.c_str(), cut), 0); }, 5);
   }
   const SlotCounts counts = CountSlots(shared_.path);
-  EXPECT_EQ(counts.strings.tables, 2u);
-  EXPECT_EQ(counts.strings.free, 364u + 499 - 4);
+  EXPECT_EQ(counts.strings.tables, 1u);
+  EXPECT_EQ(counts.strings.free, 364u - 4);
 }
 
 TEST_F(SubtreeRestoreTest, AFileThatWasClosedGivesAllBack) {

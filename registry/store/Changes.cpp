@@ -1,0 +1,257 @@
+#include "registry/store/Changes.h"
+
+#include <new>
+
+#include "platform/PCMem.h"
+#include "registry/base/Value.h"
+#include "registry/format/TableRanges.h"
+#include "registry/store/BlockChain.h"
+#include "registry/store/FreeList.h"
+
+namespace tamu::registry {
+
+Changes::Changes(FileStore& store) : StoreAccess(store), store_(store), start_(store.undo_.Here()) {
+  ++store_.changes_;
+}
+
+// What cannot be undone now is undone by the next access that finds the file writable.
+Changes::~Changes() {
+  const bool isComplete = kept_ || UndoTo(start_);
+  if (--store_.changes_ == 0 && isComplete) store_.undo_.Clear();
+}
+
+Status Changes::End(Status result) {
+  switch (result) {
+    case status::kInputOutput:
+    case status::kCannotOpen:
+    case status::kNoMemory:
+    case status::kNoSpace:
+    case status::kInvalidFile:
+      return result;
+    default:
+      kept_ = true;
+      return result;
+  }
+}
+
+Status Changes::WriteBytes(unsigned int offset, unsigned int size, const void* data) {
+  const Status remembered = store_.undo_.AddBytes(store_.file_, offset, size);
+  return remembered.IsOk() ? store_.file_.Write(offset, size, data) : remembered;
+}
+
+Status Changes::WriteInteger(unsigned int offset, unsigned int value) {
+  unsigned char bytes[4];
+  PutU32(bytes, value);
+  return WriteBytes(offset, sizeof bytes, bytes);
+}
+
+// Slot 0 stays all zero: everything that has no record of its own reads it.
+Status Changes::WriteRecord(NodeKind kind, unsigned int id, const void* bytes) {
+  if (id == 0) return status::kBadArgument;
+  if (SlotOf(id) == 0) return status::kInvalidFile;
+  unsigned int offset = 0;
+  const Status found = Resolve(kind, id, &offset);
+  if (found.IsOk()) return WriteBytes(offset, RecordSizeOf(kind), bytes);
+  return store_.file_.IsOpen() ? found : Status(status::kInputOutput);
+}
+
+Status Changes::SetStartNode(unsigned int id) {
+  if (!store_.tables_.IsHeaderInPlace()) return status::kInvalidFile;
+  TernaryHeader header = store_.tables_.Header();
+  header.setStartNode(id);
+  const Status result =
+      WriteBytes(TernaryHeader::kFileOffset, TernaryHeader::kSize, header.bytes());
+  if (result.IsOk()) store_.tables_.Header() = header;
+  return result;
+}
+
+Status Changes::Take(NodeKind kind, unsigned int* id) {
+  if (!store_.file_.IsOpen()) return status::kInputOutput;
+  TernaryNodeDescriptor& descriptor = store_.tables_.Descriptor(kind);
+  if (descriptor.damaged || descriptor.lastTable == nullptr) return status::kInvalidFile;
+  if (descriptor.lastTable->freeCount() == 0) {
+    const Status grown = Grow(&descriptor, RecordSizeOf(kind), kExpansionSlots);
+    if (!grown.IsOk()) return grown;
+  }
+  unsigned int slot = 0;
+  const Mark before = Here();
+  Status result = FreeList(*this, *descriptor.lastTable).Take(&slot, 1);
+  if (!result.IsOk()) return result;
+  result = store_.undo_.AddUsed(kind, 1);
+  if (!result.IsOk()) {
+    UndoTo(before);
+    return result;
+  }
+  ++descriptor.usedNodes;
+  *id = MakeNodeId(descriptor.lastTable->tableNumber(), slot);
+  return result;
+}
+
+Status Changes::Release(NodeKind kind, unsigned int id) {
+  if (id == 0) return status::kBadArgument;
+  if (!store_.file_.IsOpen()) return status::kInputOutput;
+  TernaryNodeDescriptor& descriptor = store_.tables_.Descriptor(kind);
+  NodeAllocationTable* table = store_.tables_.Find(kind, id);
+  if (table == nullptr) return status::kInvalidFile;
+  const unsigned int freeBefore = table->freeCount();
+  const unsigned int used = table->entryCount() - 1 - freeBefore;
+  const unsigned int most = kind != NodeKind::kData && used > 1 ? 1 : used;
+  const Mark before = Here();
+  Status result = FreeList(*this, *table).Release(SlotOf(id), most);
+  if (!result.IsOk()) return result;
+  unsigned int released = table->freeCount() - freeBefore;
+  if (released > descriptor.usedNodes) released = descriptor.usedNodes;
+  result = store_.undo_.AddUsed(kind, -static_cast<int>(released));
+  if (!result.IsOk()) {
+    UndoTo(before);
+    return result;
+  }
+  descriptor.usedNodes -= released;
+  return result;
+}
+
+// Slots for a chain, and the table that they are of.
+Status Changes::TakeBlocks(unsigned int* slots, unsigned int count,
+                           const NodeAllocationTable*& table) {
+  TernaryNodeDescriptor& descriptor = store_.tables_.Descriptor(NodeKind::kData);
+  if (descriptor.damaged || descriptor.lastTable == nullptr) return status::kInvalidFile;
+  if (count > descriptor.lastTable->freeCount()) {
+    const Status grown = Grow(&descriptor, kDataBlockSize, kExpansionSlots);
+    if (!grown.IsOk()) return grown;
+  }
+  const Mark before = Here();
+  Status result = FreeList(*this, *descriptor.lastTable).Take(slots, count);
+  if (!result.IsOk()) return result;
+  result = store_.undo_.AddUsed(NodeKind::kData, static_cast<int>(count));
+  if (!result.IsOk()) {
+    UndoTo(before);
+    return result;
+  }
+  descriptor.usedNodes += count;
+  table = descriptor.lastTable;
+  return result;
+}
+
+Status Changes::StoreBlocks(const void* data, unsigned int size, bool anyhow, unsigned int* id) {
+  *id = 0;
+  if (size == 0 || data == nullptr) return status::kBadArgument;
+  if (size > kValueDataMax) return status::kLimit;
+  if (!store_.file_.IsOpen()) return status::kInputOutput;
+  const unsigned int blocks = DataBlocksFor(size);
+  const NodeAllocationTable* table = nullptr;
+  unsigned int slots[kDataBlocksMax];
+  Status result = TakeBlocks(slots, blocks, table);
+  if (!result.IsOk()) return result;
+  const unsigned char* bytes = static_cast<const unsigned char*>(data);
+  for (unsigned int k = 0; k < blocks; ++k) {
+    // The last block is stored whole; its rest is zero, never the caller's neighbouring memory.
+    unsigned char block[kDataBlockSize] = {};
+    const unsigned int left = size - kDataBlockSize * k;
+    PCMem::Copy(block, bytes + kDataBlockSize * k, left < kDataBlockSize ? left : kDataBlockSize);
+    const Status written =
+        WriteBytes(table->areaOffset() + slots[k] * kDataBlockSize, kDataBlockSize, block);
+    if (!written.IsOk()) result = written;
+  }
+  if (result.IsOk() || anyhow) *id = MakeNodeId(table->tableNumber(), slots[0]);
+  return anyhow ? Status(status::kOk) : result;
+}
+
+Status Changes::StoreData(const void* data, unsigned int size, unsigned int* id) {
+  const Mark before = Here();
+  const Status result = StoreBlocks(data, size, false, id);
+  if (!result.IsOk()) UndoTo(before);
+  return result;
+}
+
+Status Changes::StoreDataAnyhow(const void* data, unsigned int size, unsigned int* id) {
+  return StoreBlocks(data, size, true, id);
+}
+
+Status Changes::ReleaseData(unsigned int id) {
+  if (id == 0) return status::kOk;
+  if (!store_.file_.IsOpen()) return status::kInputOutput;
+  BlockChain chain(store_.tables_);
+  const Status found = chain.Follow(store_.file_, id);
+  return found.IsOk() ? Release(NodeKind::kData, id) : found;
+}
+
+Status Changes::ReleaseDataIfSound(unsigned int id) {
+  const Status result = ReleaseData(id);
+  return result == status::kInvalidFile ? Status(status::kOk) : result;
+}
+
+// The new table becomes part of the chain with the very last write. A failure or the end of the
+// process before leaves a registry that is complete without it; what was appended is cut off or
+// written over.
+Status Changes::Grow(TernaryNodeDescriptor* descriptor, unsigned int recordSize,
+                     unsigned int count) {
+  StoreFile& file = store_.file_;
+  if (!file.IsOpen() || file.IsClosing()) return status::kInputOutput;
+  if (descriptor->damaged || descriptor->lastTable == nullptr || !store_.MayGrow()) {
+    return status::kInvalidFile;
+  }
+  if (descriptor->tableCount >= descriptor->tableCapacity) return status::kLimit;
+  const unsigned int oldSize = store_.tables_.Header().fileSize();
+  const FileRange area = AreaRange(TableRange(oldSize, count).end, count, recordSize);
+  if (count > NodeAllocationTable::kMaxEntries || area.end > FileLayout::kMaxFileSize ||
+      !file.CanReach(area.end)) {
+    file.Abandon();
+    return status::kNoSpace;
+  }
+  NodeAllocationTable* table = new (std::nothrow) NodeAllocationTable;
+  if (table == nullptr) {
+    file.Abandon();
+    return status::kNoMemory;
+  }
+  NodeAllocationTable* last = descriptor->lastTable;
+  table->setTableOffset(oldSize);
+  table->setAreaOffset(static_cast<unsigned int>(area.start));
+  table->setEntryCount(count);
+  table->setTableNumber(last->tableNumber() + 1);
+  table->setFreeCount(count - 1);
+  const Mark before = Here();
+  Status result = WriteNewTable(*table, static_cast<unsigned int>(area.size()));
+  if (result.IsOk()) {
+    result = store_.undo_.AddGrowth(store_.tables_.KindOf(descriptor), oldSize);
+  }
+  if (!result.IsOk()) {
+    delete table;
+    file.Abandon();
+    return result;
+  }
+  descriptor->Append(table);
+  result = LinkNewTable(last, *table, static_cast<unsigned int>(area.end));
+  if (!result.IsOk()) {
+    UndoTo(before);
+    file.Abandon();
+    return result;
+  }
+  file.Protect(static_cast<unsigned int>(area.end));
+  return result;
+}
+
+// Behind the end of the registry, so there is nothing to be undone.
+Status Changes::WriteNewTable(const NodeAllocationTable& table, unsigned int areaSize) {
+  StoreFile& file = store_.file_;
+  Status result = file.Write(table.tableOffset(), NodeAllocationTable::kSize, table.bytes());
+  if (result.IsOk()) {
+    result = file.WriteSequence(table.entriesOffset(), 1, table.entryCount());
+  }
+  return result.IsOk() ? file.WriteZero(areaSize) : result;
+}
+
+Status Changes::LinkNewTable(NodeAllocationTable* last, const NodeAllocationTable& table,
+                             unsigned int fileSize) {
+  TernaryHeader header = store_.tables_.Header();
+  header.setFileSize(fileSize);
+  Status result = WriteBytes(TernaryHeader::kFileOffset, TernaryHeader::kSize, header.bytes());
+  if (!result.IsOk()) return result;
+  store_.tables_.Header() = header;
+  NodeAllocationTable linked = *last;
+  linked.setNextTable(table.tableOffset());
+  result = WriteBytes(linked.tableOffset(), NodeAllocationTable::kSize, linked.bytes());
+  if (result.IsOk()) *last = linked;
+  return result;
+}
+
+}  // namespace tamu::registry

@@ -1,0 +1,89 @@
+// One change of the registry file: everything that an operation writes.
+#pragma once
+
+#include "registry/store/StoreAccess.h"
+
+namespace tamu::registry {
+
+// An operation makes one and hands it down; every record, table entry, header and growth is written
+// through it and nowhere else. What was written is undone at its end, the latest first, unless it
+// is kept: nobody writes put-back code. Scopes nest, then the outer one decides about what the
+// inner one has kept.
+class Changes : public StoreAccess {
+ public:
+  using Mark = UndoLog::Mark;
+
+  explicit Changes(FileStore& store);
+  ~Changes();
+
+  // Ends the change with an operation's answer, which it returns. What was written stays with a
+  // success and with a refusal, and is undone with a failure: of input or output, of memory, of
+  // room on the disk, of a damaged file.
+  Status End(Status result);
+  // What was written stays, whatever the answer.
+  void Keep() { kept_ = true; }
+  bool IsKept() const { return kept_; }
+  // A place to which UndoTo takes everything back that was written after it.
+  Mark Here() const { return store_.undo_.Here(); }
+  // False when that cannot be written now: it will be when the change is undone or, if it is kept,
+  // never.
+  bool UndoTo(const Mark& mark) { return store_.undo_.UndoTo(mark, store_.file_, store_.tables_); }
+
+  // Writes a record. kBadArgument for id 0; kInvalidFile: the id names no slot that is handed out;
+  // kInputOutput: a part may be written; kNoMemory: nothing is.
+  Status Write(unsigned int id, const TernaryStringNode& node) {
+    return WriteRecord(NodeKind::kString, id, node.bytes());
+  }
+  Status Write(unsigned int id, const TernaryKeyNode& node) {
+    return WriteRecord(NodeKind::kKey, id, node.bytes());
+  }
+  Status Write(unsigned int id, const TernaryValueNode& node) {
+    return WriteRecord(NodeKind::kValue, id, node.bytes());
+  }
+  Status WriteRecord(NodeKind kind, unsigned int id, const void* bytes);
+  // The id of the root string node. kInvalidFile: the header is damaged.
+  Status SetStartNode(unsigned int id);
+
+  // Takes a slot, growing the file when the newest table is full. Nothing is written into it yet.
+  // kLimit: the file has as many tables of the kind as there may be; kInvalidFile: the kind is
+  // damaged; kNoSpace, kInputOutput, kNoMemory.
+  Status Take(NodeKind kind, unsigned int* id);
+  // Gives a slot back, or of data the whole chain that starts there; it is handed out next.
+  // kBadArgument for id 0; kInvalidFile with nothing changed when it is free already, or damaged.
+  Status Release(NodeKind kind, unsigned int id);
+  // Stores 1 to 1024 bytes in a new chain of blocks; *id is its first block, 0 after a failure.
+  // kBadArgument for size 0, kLimit above 1024, and the statuses of Take.
+  Status StoreData(const void* data, unsigned int size, unsigned int* id);
+  // The same, but a block that cannot be written is not reported.
+  Status StoreDataAnyhow(const void* data, unsigned int size, unsigned int* id);
+  // Gives a whole chain back. Id 0: nothing, 0. kInvalidFile, with nothing changed, for a damaged
+  // chain: freeing one that is longer than any value's would free blocks of other values.
+  Status ReleaseData(unsigned int id);
+  // The same, but a damaged chain stays as it is, with 0.
+  Status ReleaseDataIfSound(unsigned int id);
+  // Appends a table of `count` entries and its area at the end of the file. kLimit, kInvalidFile as
+  // above; kNoSpace, kInputOutput, kNoMemory: the file is then cut back and closed when the
+  // operation is over, everything in it as before.
+  Status Grow(TernaryNodeDescriptor* descriptor, unsigned int recordSize, unsigned int count);
+
+  // For the parts of the store. Transfers at offsets of the file.
+  Status ReadInteger(unsigned int offset, unsigned int* value) const {
+    return store_.file_.ReadInteger(offset, value);
+  }
+  Status WriteInteger(unsigned int offset, unsigned int value);
+  Status WriteBytes(unsigned int offset, unsigned int size, const void* data);
+  const StoreFile& Bytes() const { return store_.file_; }
+
+ private:
+  Status StoreBlocks(const void* data, unsigned int size, bool anyhow, unsigned int* id);
+  Status TakeBlocks(unsigned int* slots, unsigned int count, const NodeAllocationTable*& table);
+  Status WriteNewTable(const NodeAllocationTable& table, unsigned int areaSize);
+  Status LinkNewTable(NodeAllocationTable* last, const NodeAllocationTable& table,
+                      unsigned int fileSize);
+
+  FileStore& store_;
+  Mark start_;
+  bool kept_ = false;
+};
+
+}  // namespace tamu::registry

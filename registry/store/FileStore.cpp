@@ -1,0 +1,128 @@
+#include "registry/store/FileStore.h"
+
+#include "registry/format/FileHeader.h"
+#include "registry/store/ProcessFile.h"
+#include "registry/store/StoreAccess.h"
+
+namespace tamu::registry {
+
+Status FileStore::Open(const char* path) {
+  if (path == nullptr) return status::kBadArgument;
+  if (!lock_.IsCreated() && !lock_.Create()) return status::kInputOutput;
+  if (!ProcessFile::Lock().IsCreated()) return status::kInputOutput;
+  StoreAccess access(*this);
+  const bool wasOpen = file_.IsOpen();
+  const Status result = Load(path);
+  if (result.IsOk()) return result;
+  tables_.Clear();
+  file_.Forget();
+  if (wasOpen) ProcessFile::Close();  // what this store had open; another store's stays
+  return result;
+}
+
+// Nothing of what is open is given up before the new file has all that is needed.
+Status FileStore::Load(const char* path) {
+  tables_.Clear();
+  undo_.Clear();
+  ProcessFile::Opening opening;
+  Status result = file_.Open(opening, path);
+  if (result.IsOk()) result = tables_.Load(file_);
+  if (result.IsOk()) opening.Keep();
+  return result;
+}
+
+void FileStore::FinishUndoing() {
+  if (!file_.IsOpen() || undo_.UndoTo(UndoLog::Mark(), file_, tables_)) undo_.Clear();
+}
+
+// A file that exists and cannot be opened must not be emptied by making it.
+Status FileStore::OpenOrCreate(const char* path, bool* made) {
+  if (made != nullptr) *made = false;
+  Status result = Open(path);
+  if (result != status::kCannotOpen) return result;
+  if (!PathMissing()) return status::kNoSpace;
+  StoreAccess access(*this);
+  ProcessFile::Opening opening;
+  result = Make(path, kDefaultBudget);
+  if (!result.IsOk()) return result;
+  if (made != nullptr) *made = true;
+  result = Open(path);
+  if (result.IsOk()) opening.Keep();
+  return result;
+}
+
+void FileStore::Close() {
+  if (!lock_.IsCreated()) return;
+  {
+    StoreAccess access(*this);
+    file_.Close();
+    tables_.Clear();
+    undo_.Clear();
+  }
+  lock_.Destroy();
+}
+
+// The store is held from the first to the last write: the zero fill writes at the position that the
+// write before it has left.
+Status FileStore::Make(const char* path, unsigned int budget) {
+  if (path == nullptr) return status::kBadArgument;
+  const FileLayout layout(budget);
+  if (!layout.IsPossible()) return status::kNoSpace;
+  StoreAccess access(*this);
+  if (!PCFile::Make(path)) return status::kNoSpace;
+  // Nobody goes on with what has just been emptied.
+  if (file_.IsOpen() || ProcessFile::File().SameFile(path)) ProcessFile::Close();
+  tables_.Clear();
+  ProcessFile::Opening opening;
+  Status result = file_.Open(opening, path);
+  if (result == status::kCannotOpen) result = status::kNoSpace;
+  if (result.IsOk()) result = WriteEmpty(layout);
+  if (result.IsOk()) {
+    opening.Keep();
+    ProcessFile::Close();
+  } else {
+    file_.Abandon();  // an empty file is refused from then on; half a one might open
+  }
+  file_.Forget();
+  return result;
+}
+
+Status FileStore::WriteEmpty(const FileLayout& layout) {
+  FileHeader fileHeader;
+  fileHeader.Stamp();
+  if (!file_.Write(FileHeader::kOffset, FileHeader::kSize, fileHeader.bytes()).IsOk()) {
+    return status::kNoSpace;
+  }
+  const unsigned char reserved[FileHeader::kReservedSize] = {};
+  if (!file_.Write(FileHeader::kReservedArea, FileHeader::kReservedSize, reserved).IsOk()) {
+    return status::kInvalidFile;
+  }
+  TernaryHeader& header = tables_.Header();
+  header = TernaryHeader();
+  header.setHeaderOffset(TernaryHeader::kFileOffset);
+  header.setHeaderVersion(TernaryHeader::kVersion);
+  for (unsigned int i = 0; i < kNodeKinds; ++i) {
+    const NodeKind kind = static_cast<NodeKind>(i);
+    header.setFirstTable(kind, layout.tableOffset(kind));
+  }
+  header.setFileSize(layout.fileSize());
+  Status result = file_.Write(TernaryHeader::kFileOffset, TernaryHeader::kSize, header.bytes());
+  for (unsigned int i = 0; i < kNodeKinds && result.IsOk(); ++i) {
+    result = WriteFirstTable(layout, static_cast<NodeKind>(i));
+  }
+  // The last table's entries end where the first area begins.
+  return result.IsOk() ? file_.WriteZero(layout.areasSize()) : result;
+}
+
+Status FileStore::WriteFirstTable(const FileLayout& layout, NodeKind kind) {
+  NodeAllocationTable table;
+  table.setTableOffset(layout.tableOffset(kind));
+  table.setAreaOffset(layout.areaOffset(kind));
+  table.setEntryCount(layout.entryCount());
+  table.setFreeCount(layout.entryCount() - 1);
+  const Status result = file_.Write(table.tableOffset(), NodeAllocationTable::kSize, table.bytes());
+  if (!result.IsOk()) return result;
+  return file_.WriteSequence(table.entriesOffset(), 1, layout.entryCount());
+}
+
+}  // namespace tamu::registry

@@ -1,0 +1,70 @@
+// The one registry file below both key trees: opening and closing it.
+#pragma once
+
+#include "platform/PCMutex.h"
+#include "registry/format/FileLayout.h"
+#include "registry/store/TableMap.h"
+#include "registry/store/UndoLog.h"
+
+namespace tamu::registry {
+
+// Whoever reads takes a StoreAccess, whoever changes something a Changes. Everything goes to the
+// file at once; only the header and the heads of the allocation tables are held in memory.
+// docs/format.md tells the file byte by byte. A store that is not open, or whose file another store
+// of the process has replaced by one of a different path, answers kInputOutput and touches nothing.
+class FileStore {
+ public:
+  static constexpr unsigned int kDefaultBudget = 65536;  // bytes, for Make
+
+  FileStore() = default;
+  FileStore(const FileStore&) = delete;
+  FileStore& operator=(const FileStore&) = delete;
+
+  // Opens the file and loads its tables. kCannotOpen when it cannot be opened (PathMissing tells
+  // whether it exists); kInvalidFile for a short file or a header of another format (the file is
+  // closed); kInputOutput: no lock; kNoMemory; kBadArgument for a null path. A damaged table does
+  // not fail the opening, see TernaryNodeDescriptor::damaged. Again on an open store: starts over.
+  // An opening that fails closes what this store had open and leaves what another store has open.
+  Status Open(const char* path);
+  // Open; when nothing is at the path, makes a file of the default budget first. kNoSpace: a file
+  // is there but cannot be opened (it is left alone), or none can be made. *made, if wanted, tells
+  // whether the file was made.
+  Status OpenOrCreate(const char* path, bool* made = nullptr);
+  // Makes a new, empty registry file and leaves it closed; an existing file is emptied first. What
+  // any store had open is then closed; when the making fails, only what this store had open, or the
+  // very file that was emptied. `budget` in bytes: budget / 180 usable slots of each kind.
+  // kNoSpace when the file cannot be made or would be too long (nothing is touched then) or its
+  // first bytes cannot be written; kInputOutput, kInvalidFile when a later write fails. The file is
+  // then empty.
+  Status Make(const char* path, unsigned int budget);
+  // Frees the tables and closes the file if it is this store's. Again: does nothing.
+  void Close();
+  // After Open answered kCannotOpen: true when nothing is at the path.
+  bool PathMissing() const { return file_.IsMissing(); }
+
+  // A StoreAccess is held by whoever uses these.
+  const TableMap& Tables() const { return tables_; }
+  TableMap& Tables() { return tables_; }
+  const StoreFile& Bytes() const { return file_; }
+  StoreFile& Bytes() { return file_; }
+  // False when the damage of the file keeps tables from being appended.
+  bool MayGrow() const { return tables_.MayGrow(file_); }
+
+ private:
+  friend class StoreAccess;
+  friend class Changes;
+
+  Status Load(const char* path);
+  // Undoes what a change has left because the file could not be written.
+  void FinishUndoing();
+  Status WriteEmpty(const FileLayout& layout);
+  Status WriteFirstTable(const FileLayout& layout, NodeKind kind);
+
+  StoreFile file_;
+  TableMap tables_;
+  UndoLog undo_;
+  unsigned int changes_ = 0;  // scopes of Changes that are open
+  PCMutex lock_;
+};
+
+}  // namespace tamu::registry

@@ -1,0 +1,48 @@
+#include "registry/store/StoreAccess.h"
+
+#include "registry/store/BlockChain.h"
+#include "registry/store/ProcessFile.h"
+
+namespace tamu::registry {
+
+// The store's own lock comes first, then the one over the process's file, which stores share.
+StoreAccess::StoreAccess(FileStore& store) : store_(store) {
+  store_.lock_.Take();
+  PCMutex& processLock = ProcessFile::Lock();
+  processLock.Take();
+  if (processLock.Depth() == 1) ProcessFile::File().Refresh();
+  if (store_.changes_ == 0 && !store_.undo_.IsEmpty()) store_.FinishUndoing();
+}
+
+StoreAccess::~StoreAccess() {
+  PCMutex& processLock = ProcessFile::Lock();
+  if (processLock.Depth() == 1) ProcessFile::OperationEnds();
+  processLock.Give();
+  store_.lock_.Give();
+}
+
+Status StoreAccess::ReadRecord(NodeKind kind, unsigned int id, void* bytes) const {
+  unsigned int offset = 0;
+  const Status found = Resolve(kind, id, &offset);
+  if (found.IsOk()) return store_.file_.Read(offset, RecordSizeOf(kind), bytes);
+  return store_.file_.IsOpen() ? found : Status(status::kInputOutput);
+}
+
+bool StoreAccess::IsUsed(NodeKind kind, unsigned int id) const {
+  unsigned int offset = 0;
+  unsigned int entry = 0;
+  if (!store_.tables_.ResolveEntry(kind, id, &offset).IsOk()) return false;
+  return store_.file_.ReadInteger(offset, &entry).IsOk() && entry == 0;
+}
+
+Status StoreAccess::ReadData(unsigned int id, void* buffer, unsigned int* size) const {
+  if (size == nullptr) return status::kBadArgument;
+  if (*size == 0) return status::kOk;
+  if (buffer == nullptr) return status::kBadArgument;
+  if (!store_.file_.IsOpen()) return status::kInputOutput;
+  BlockChain chain(store_.tables_);
+  const Status found = chain.Follow(store_.file_, id);
+  return found.IsOk() ? chain.Read(store_.file_, buffer, size) : found;
+}
+
+}  // namespace tamu::registry

@@ -1,0 +1,55 @@
+// Holding a store, and reading from it.
+#pragma once
+
+#include "registry/store/FileStore.h"
+
+namespace tamu::registry {
+
+// Holds the store for a scope: nothing else reads or writes the file meanwhile. The first scope of
+// a thread looks once whether the file was cut shorter by somebody else. Scopes of one store nest;
+// a thread never holds those of two stores.
+class StoreAccess {
+ public:
+  explicit StoreAccess(FileStore& store);
+  ~StoreAccess();
+  StoreAccess(const StoreAccess&) = delete;
+  StoreAccess& operator=(const StoreAccess&) = delete;
+
+  // Reads a record into the caller's, which a failure leaves as it was. Id 0 reads slot 0 of the
+  // newest table, which is never handed out and all zero. kInvalidFile: the id names no slot;
+  // kInputOutput.
+  Status Read(unsigned int id, TernaryStringNode* node) const {
+    return ReadRecord(NodeKind::kString, id, node->bytes());
+  }
+  Status Read(unsigned int id, TernaryKeyNode* node) const {
+    return ReadRecord(NodeKind::kKey, id, node->bytes());
+  }
+  Status Read(unsigned int id, TernaryValueNode* node) const {
+    return ReadRecord(NodeKind::kValue, id, node->bytes());
+  }
+  // The same for a record of any kind.
+  Status ReadRecord(NodeKind kind, unsigned int id, void* bytes) const;
+  // True when the slot of a string, key or value node was handed out and not given back: its entry
+  // in the table is 0, and a free slot's never is. False for an id that names no slot.
+  bool IsUsed(NodeKind kind, unsigned int id) const;
+  // Reads up to *size bytes of a chain of data blocks; *size becomes the bytes read. *size 0
+  // answers 0 for any id. kInvalidFile for a damaged chain or id 0, kInputOutput.
+  Status ReadData(unsigned int id, void* buffer, unsigned int* size) const;
+  // Where a record, or a block of data, lies in the file. kInvalidFile when the id names no slot.
+  Status Resolve(NodeKind kind, unsigned int id, unsigned int* offset) const {
+    return store_.tables_.Resolve(kind, id, offset);
+  }
+  // The id of the root string node, 0 when there is none.
+  unsigned int StartNode() const { return store_.tables_.Header().startNode(); }
+  const TernaryNodeDescriptor& Descriptor(NodeKind kind) const {
+    return store_.tables_.Descriptor(kind);
+  }
+
+ protected:
+  const StoreFile& File() const { return store_.file_; }
+
+ private:
+  FileStore& store_;
+};
+
+}  // namespace tamu::registry

@@ -1,0 +1,56 @@
+// The registry file as one store sees it.
+#pragma once
+
+#include "registry/base/Status.h"
+#include "registry/store/ProcessFile.h"
+
+namespace tamu::registry {
+
+// Bytes at offsets of the file that the process has open, as long as that is the one this object
+// has opened; otherwise every transfer answers kInputOutput. Both locks of an access are held by
+// the caller (StoreAccess), but for construction and destruction.
+class StoreFile {
+ public:
+  StoreFile();
+  StoreFile(const StoreFile&) = delete;
+  StoreFile& operator=(const StoreFile&) = delete;
+
+  // Opens the file at `path`. kCannotOpen: it cannot be opened (IsMissing tells whether nothing is
+  // at the path); kNoMemory.
+  Status Open(ProcessFile::Opening& opening, const char* path);
+  // The file is not this object's any more; it stays open.
+  void Forget() { generation_ = 0; }
+  // Closes the file if it is this object's.
+  void Close();
+  bool IsOpen() const;
+  // After Open answered kCannotOpen.
+  bool IsMissing() const { return missing_; }
+  // True while the file waits to be closed at the end of the operation (Abandon).
+  bool IsClosing() const;
+  // As the system tells it, in bytes.
+  unsigned int Size() const;
+
+  // Exactly `size` bytes, or kInputOutput. A failed write may have written a part.
+  Status Read(unsigned int offset, unsigned int size, void* buffer) const;
+  Status Write(unsigned int offset, unsigned int size, const void* data);
+  Status ReadInteger(unsigned int offset, unsigned int* value) const;
+  // Writes `count` u32 first, first + 1, ... from `offset` on.
+  Status WriteSequence(unsigned int offset, unsigned int first, unsigned int count);
+  // Writes `length` zero bytes where the last transfer has ended.
+  Status WriteZero(unsigned int length);
+
+  // The file may be as long as `end`: false when no position is so far behind.
+  bool CanReach(unsigned long long end) const;
+  // Up to `length` bytes are the registry's: CutBack leaves them.
+  void Protect(unsigned int length);
+  void CutBack();
+  // After a failed growth or creation: cuts back, and closes the file when the operation is over.
+  void Abandon();
+
+ private:
+  PCFile& file_;                 // the process's
+  unsigned int generation_ = 0;  // of the process's opening that is this object's; 0 = none
+  bool missing_ = false;
+};
+
+}  // namespace tamu::registry

@@ -1,0 +1,178 @@
+#include "registry/store/TableMap.h"
+
+#include <new>
+
+#include "registry/format/FileHeader.h"
+#include "registry/format/FileLayout.h"
+#include "registry/format/TableRanges.h"
+
+namespace tamu::registry {
+
+namespace {
+
+// Takes over what `bytes`, which lie at `offset`, have of the `size` bytes at `start`.
+void TakeOver(unsigned char* image, unsigned int start, unsigned int size, unsigned int offset,
+              unsigned int length, const unsigned char* bytes) {
+  for (unsigned int i = 0; i < length; ++i) {
+    if (offset + i >= start && offset + i - start < size) image[offset + i - start] = bytes[i];
+  }
+}
+
+}  // namespace
+
+// The file header, the reserved area behind it and the TernaryHeader follow each other.
+Status TableMap::Load(const StoreFile& file) {
+  FileHeader fileHeader;
+  if (!file.Read(FileHeader::kOffset, FileHeader::kSize, fileHeader.bytes()).IsOk() ||
+      !fileHeader.IsValid()) {
+    return status::kInvalidFile;
+  }
+  unsigned char reserved[FileHeader::kReservedSize];
+  if (!file.Read(FileHeader::kReservedArea, FileHeader::kReservedSize, reserved).IsOk() ||
+      !file.Read(TernaryHeader::kFileOffset, TernaryHeader::kSize, header_.bytes()).IsOk()) {
+    return status::kInvalidFile;
+  }
+  for (unsigned int i = 0; i < kNodeKinds; ++i) {
+    const NodeKind kind = static_cast<NodeKind>(i);
+    const Status loaded = LoadChain(file, header_.firstTable(kind), &Descriptor(kind));
+    if (loaded == status::kNoMemory) return loaded;
+  }
+  return status::kOk;
+}
+
+Status TableMap::LoadTable(const StoreFile& file, unsigned int offset,
+                           NodeAllocationTable*& table) {
+  NodeAllocationTable* loaded = new (std::nothrow) NodeAllocationTable;
+  if (loaded == nullptr) return status::kNoMemory;
+  const Status result = file.Read(offset, NodeAllocationTable::kSize, loaded->bytes());
+  if (!result.IsOk()) {
+    delete loaded;
+    return result;
+  }
+  loaded->ClearReserved();
+  table = loaded;
+  return result;
+}
+
+Status TableMap::LoadChain(const StoreFile& file, unsigned int offset,
+                           TernaryNodeDescriptor* descriptor) {
+  const unsigned int recordSize = RecordSizeOf(KindOf(descriptor));
+  do {
+    NodeAllocationTable* table = nullptr;
+    Status result = LoadTable(file, offset, table);
+    if (result.IsOk() && !IsPlausible(file, *table, offset, descriptor->tableCount, recordSize)) {
+      result = status::kInvalidFile;
+      delete table;
+    }
+    if (!result.IsOk()) {
+      descriptor->damaged = true;
+      return result;
+    }
+    descriptor->Append(table);
+    offset = table->nextTable();
+  } while (offset != 0);
+  return status::kOk;
+}
+
+void TableMap::Clear() {
+  for (unsigned int i = kNodeKinds; i > 0; --i) descriptors_[i - 1].Clear();
+}
+
+// What belongs to two tables would be written over by both.
+bool TableMap::OverlapsAnother(const NodeAllocationTable& table, unsigned int recordSize) const {
+  const FileRange entries = TableRangeOf(table);
+  const FileRange area = AreaRangeOf(table, recordSize);
+  if (Overlap(entries, area)) return true;
+  for (unsigned int k = 0; k < kNodeKinds; ++k) {
+    for (unsigned int i = 0; i < descriptors_[k].tableCount; ++i) {
+      const NodeAllocationTable& other = *descriptors_[k].tables[i];
+      const FileRange otherArea = AreaRangeOf(other, RecordSizeOf(static_cast<NodeKind>(k)));
+      if (Overlap(entries, TableRangeOf(other)) || Overlap(entries, otherArea) ||
+          Overlap(area, TableRangeOf(other)) || Overlap(area, otherArea)) {
+        return true;
+      }
+    }
+  }
+  return false;
+}
+
+// A table is used only if it says where it lies and which one it is, and if it and its area lie
+// inside the file, both as the header and as the system tells its length, behind the headers.
+bool TableMap::IsPlausible(const StoreFile& file, const NodeAllocationTable& table,
+                           unsigned int offset, unsigned int position,
+                           unsigned int recordSize) const {
+  const unsigned int realSize = file.Size();
+  const unsigned long long end = realSize < header_.fileSize() ? realSize : header_.fileSize();
+  const unsigned long long entries = table.entryCount();
+  return position < TernaryNodeDescriptor::kTableCapacity && table.tableOffset() == offset &&
+         table.tableNumber() == position && entries >= 1 &&
+         entries <= NodeAllocationTable::kMaxEntries && table.freeCount() <= entries - 1 &&
+         offset >= FileLayout::kTablesOffset && table.areaOffset() >= FileLayout::kTablesOffset &&
+         TableRangeOf(table).end <= end && AreaRangeOf(table, recordSize).end <= end &&
+         !OverlapsAnother(table, recordSize);
+}
+
+NodeKind TableMap::KindOf(const TernaryNodeDescriptor* descriptor) const {
+  for (unsigned int i = 0; i < kNodeKinds; ++i) {
+    if (descriptor == &descriptors_[i]) return static_cast<NodeKind>(i);
+  }
+  return NodeKind::kData;  // the largest records
+}
+
+NodeAllocationTable* TableMap::Find(NodeKind kind, unsigned int id) const {
+  const TernaryNodeDescriptor& descriptor = Descriptor(kind);
+  if (id == 0) return descriptor.lastTable;
+  return TableOf(id) < descriptor.tableCount ? descriptor.tables[TableOf(id)] : nullptr;
+}
+
+Status TableMap::Resolve(NodeKind kind, unsigned int id, unsigned int* offset) const {
+  const NodeAllocationTable* table = Find(kind, id);
+  if (table == nullptr || SlotOf(id) >= table->entryCount()) return status::kInvalidFile;
+  *offset = table->areaOffset() + SlotOf(id) * RecordSizeOf(kind);
+  return status::kOk;
+}
+
+Status TableMap::ResolveEntry(NodeKind kind, unsigned int id, unsigned int* offset) const {
+  if (SlotOf(id) == 0) return status::kInvalidFile;
+  const NodeAllocationTable* table = Find(kind, id);
+  if (table == nullptr || SlotOf(id) >= table->entryCount()) return status::kInvalidFile;
+  *offset = table->entryOffset(SlotOf(id));
+  return status::kOk;
+}
+
+bool TableMap::IsNodeTable(const NodeAllocationTable& table) const {
+  for (const TernaryNodeDescriptor& each : descriptors_) {
+    if (&each == &Descriptor(NodeKind::kData)) continue;
+    for (unsigned int i = 0; i < each.tableCount; ++i) {
+      if (each.tables[i]->tableOffset() == table.tableOffset()) return true;
+    }
+  }
+  return false;
+}
+
+// A damaged chain may have tables that this store does not know, behind the length that the header
+// tells: nothing is written over them. A header that tells a greater length than the file has is
+// one growth ahead at most, when its last writes have failed.
+bool TableMap::MayGrow(const StoreFile& file) const {
+  constexpr unsigned long long kLargestGrowth =
+      AreaRange(TableRange(0, kExpansionSlots).end, kExpansionSlots, kDataBlockSize).end;
+  if (!IsHeaderInPlace()) return false;
+  const unsigned int realSize = file.Size();
+  if (header_.fileSize() > realSize && header_.fileSize() - realSize > kLargestGrowth) return false;
+  bool anyDamaged = false;
+  for (const TernaryNodeDescriptor& each : descriptors_) anyDamaged = anyDamaged || each.damaged;
+  return !anyDamaged || realSize <= header_.fileSize();
+}
+
+void TableMap::Follow(unsigned int offset, unsigned int size, const unsigned char* bytes) {
+  TakeOver(header_.bytes(), TernaryHeader::kFileOffset, TernaryHeader::kSize, offset, size, bytes);
+  for (TernaryNodeDescriptor& each : descriptors_) {
+    for (unsigned int i = 0; i < each.tableCount; ++i) {
+      NodeAllocationTable& table = *each.tables[i];
+      TakeOver(table.bytes(), table.tableOffset(), NodeAllocationTable::kSize, offset, size, bytes);
+      table.ClearReserved();
+    }
+  }
+}
+
+}  // namespace tamu::registry
