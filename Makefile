@@ -21,7 +21,7 @@ TOOL_NEEDS := libcli11-dev nlohmann-json3-dev
 TEST_NEEDS := $(NEEDS) $(TOOL_NEEDS) googletest pkg-config bats bsdutils util-linux
 NEEDS_i686 := g++-i686-linux-gnu
 NEEDS_distribution := dpkg-dev
-NEEDS_clang := clang-14 googletest
+NEEDS_clang := clang-14
 NEEDS_aarch64 := g++-aarch64-linux-gnu
 NEEDS_armhf := g++-arm-linux-gnueabihf qemu-user-static
 

@@ -59,7 +59,6 @@ class YAX_API PCList {
 
  private:
   struct Node;
-  static Node* CopyOf(const void* bytes, unsigned int size);
   int Link(Node* node, int where);
 
   Node* mFirst = nullptr;

@@ -17,6 +17,17 @@ namespace {
 
 constexpr unsigned int kMaxCopy = 0x7FFFFFFF - 64;  // bytes; with a node still one allocation
 
+// A node with a copy of the bytes behind it. Null: no memory.
+template <class Node>
+Node* CopyOf(const void* bytes, unsigned int size) {
+  void* memory = ::operator new(sizeof(Node) + size, std::nothrow);
+  if (memory == nullptr) return nullptr;
+  Node* node = new (memory) Node{nullptr, nullptr, nullptr};
+  node->element = node + 1;
+  PCMem::Copy(node->element, bytes, size);
+  return node;
+}
+
 }  // namespace
 
 int PCList::Create() {
@@ -37,7 +48,7 @@ int PCList::Add(void* element, int where) {
 
 int PCList::AddCopy(const void* bytes, unsigned int size, int where) {
   if (!IsCreated() || size > kMaxCopy || (bytes == nullptr && size > 0)) return 0;
-  Node* node = CopyOf(bytes, size);
+  Node* node = CopyOf<Node>(bytes, size);
   return node != nullptr ? Link(node, where) : 0;
 }
 
@@ -46,7 +57,8 @@ int PCList::AddCopies(const void* bytes, unsigned int size, unsigned int count) 
   const unsigned char* from = static_cast<const unsigned char*>(bytes);
   Node* made = nullptr;  // of all elements, before any is in the list
   for (unsigned int i = count; i > 0; --i) {
-    Node* node = CopyOf(size > 0 ? from + static_cast<std::size_t>(i - 1) * size : from, size);
+    Node* node =
+        CopyOf<Node>(size > 0 ? from + static_cast<std::size_t>(i - 1) * size : from, size);
     if (node != nullptr) {
       node->next = made;
       made = node;
@@ -66,15 +78,6 @@ int PCList::AddCopies(const void* bytes, unsigned int size, unsigned int count) 
     made = next;
   }
   return 1;
-}
-
-PCList::Node* PCList::CopyOf(const void* bytes, unsigned int size) {
-  void* memory = ::operator new(sizeof(Node) + size, std::nothrow);
-  if (memory == nullptr) return nullptr;
-  Node* node = new (memory) Node{nullptr, nullptr, nullptr};
-  node->element = node + 1;
-  PCMem::Copy(node->element, bytes, size);
-  return node;
 }
 
 int PCList::Link(Node* node, int where) {
