@@ -10,8 +10,8 @@
 // framework's lock: it may call the framework, but must not wait for a thread that does.
 class IYAX : public IYAXCompBase {
  public:
-  // The component's factory, a YAXComponentFactory with a reference of the caller's; null with 0
-  // when the component says so.
+  // The component's factory, a YAXComponentFactory with a reference of the caller's; null when the
+  // component answers 0 and gives none.
   virtual unsigned int GetComponentFactory(const YAX_GUID_ST& clsid, void** factory) = 0;
   // An object that the component's factory makes, seen through the interface `iid`. kUnspecified:
   // the component gave no factory.

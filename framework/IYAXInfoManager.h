@@ -6,8 +6,8 @@
 
 // Kept in the registry, under the keys "YAX_SYSTEM" and "YAX_ROOT". The order of the operations is
 // part of the binary interface. Null records: kBadArgument; a component that is not registered, and
-// every failure of the registry: kRegistryFailed. Texts longer than 255 characters are cut. What
-// changes something makes the missing key first, also when it then fails.
+// every failure of the registry: kRegistryFailed. Texts longer than 255 characters are cut.
+// Operations that change something first make the key if it is missing, even if they then fail.
 class IYAXInfoManager : public IYAXCompBase {
  public:
   virtual unsigned int SetSystemInfo(YAX_SYSTEM_INFO_ST* info) = 0;

@@ -10,8 +10,8 @@
 // interface.
 //
 // kNoFramework when the framework has no registry; kBadArgument for null pointers and unknown
-// types; kRegistryFailed for whatever else fails in the registry, but for Flush, BackupKey and
-// RestoreKey, which answer its statuses (registry/base/RegistryStatus.h).
+// types; kRegistryFailed for every other failure of the registry, except in Flush, BackupKey
+// and RestoreKey, which answer its statuses (registry/base/RegistryStatus.h).
 class IYAXRegistry : public IYAXCompBase {
  public:
   virtual unsigned int OpenKey(const char* path, unsigned int* handle, unsigned int mode) = 0;
@@ -19,8 +19,8 @@ class IYAXRegistry : public IYAXCompBase {
   // With default value 0.
   virtual unsigned int CreateKey(unsigned int handle, const char* path) = 0;
   virtual unsigned int DeleteKey(unsigned int handle, const char* path) = 0;
-  // Append one 8-byte element, 0, to the list for each name from `index` on: how many there are is
-  // all that they tell. kRegistryFailed with the list untouched when there are more than 64.
+  // Append one 8-byte element, 0, to the list for each name from `index` on: all that can be learnt
+  // is how many there are. kRegistryFailed with the list untouched when there are more than 64.
   virtual unsigned int ListKeys(unsigned int handle, const char* path, unsigned int index,
                                 unsigned int count, PCList* list, unsigned int flags) = 0;
   virtual unsigned int ListValues(unsigned int handle, const char* path, unsigned int index,
@@ -29,8 +29,8 @@ class IYAXRegistry : public IYAXCompBase {
   virtual unsigned int CreateValue(unsigned int handle, const char* path, const char* name,
                                    YAX_REG_DATA_TYPE_ENUM type, const void* data) = 0;
   // `*size` is the room at `data` in bytes, and then the size of the value; kBadArgument with both
-  // untouched when the room is too small. Of a number the low 32 bits are read into a 32-bit word,
-  // which must be there, but the room asked for is the stored size, 8.
+  // untouched when the room is too small. Of a number the low 32 bits are written to `data`, as a
+  // 32-bit word; `*size` must be at least the stored size, 8, all the same.
   virtual unsigned int GetValue(unsigned int handle, const char* path, const char* name,
                                 YAX_REG_DATA_TYPE_ENUM type, void* data, unsigned int* size) = 0;
   virtual unsigned int SetValue(unsigned int handle, const char* path, const char* name,

@@ -35,7 +35,7 @@ YAX_API unsigned int DestroyYAX();
 // run under the framework's lock, the factory's operations do not; while the framework calls any of
 // them, the shared object is not closed. Whatever the first answers, *out is null or a factory.
 // Static objects of a component must not call the framework when they are made or destroyed: the C
-// library's loader is locked then, and other threads wait for it with the framework's lock.
+// library's loader is locked then, and other threads wait for it while they hold the framework's.
 // docs/components.md
 
 }  // extern "C"

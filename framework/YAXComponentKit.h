@@ -44,7 +44,7 @@ class Counted : public Interface {
   std::atomic<unsigned int> references_{1};
 };
 
-// Gives one reference of a new object away: as the interface that is asked for, or not at all.
+// Gives away the one reference to a new object: as the interface that is asked for, or not at all.
 template <class Object>
 unsigned int HandOut(Object* object, const YAX_GUID_ST& iid, void** out) {
   if (object == nullptr) return yax_status::kNoMemory;

@@ -1,4 +1,4 @@
-// The records and enumerations that programs and the framework hand each other.
+// The records and enumerations that programs and the framework pass to each other.
 #pragma once
 
 #include "framework/YAX_GUID_ST.h"

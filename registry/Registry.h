@@ -33,12 +33,12 @@ class TernaryRegistry;
 // initialising and finalising are serialised by the caller; operations may be called from any
 // thread.
 //
-// Operations answer a status of registry/base/RegistryStatus.h (StatusText tells it in words):
+// Operations answer a status of registry/base/RegistryStatus.h (StatusText puts it into words):
 // kNoRight on an object that is not initialised, before its arguments are looked at; kBadArgument
 // for null pointers where a text or place is needed and for invalid handles; kNoRight, kNotFound,
-// kExists, kNoData, kLimit as told; kNoSpace, kInputOutput, kNoMemory and kInvalidFile when the
-// file cannot grow, cannot be read or written, memory is short, or the file is damaged. Outputs are
-// written only with kOk. docs/behaviour.md tells what may surprise.
+// kExists, kNoData, kLimit as told below; kNoSpace, kInputOutput, kNoMemory and kInvalidFile when
+// the file cannot grow, cannot be read or written, memory is short, or the file is damaged. Outputs
+// are written only with kOk. docs/behaviour.md lists what may surprise.
 //
 // Keys are named by a handle and a path. Handle 0: the path starts at the root, and the file is
 // asked directly. Another handle comes from OpenKey. Components of a path are separated by "/", one
@@ -61,8 +61,8 @@ class YAX_API Registry {
 
   // Opens the file; makes a new one of 75888 bytes when nothing is at the path. The argument is not
   // used. On an object that is initialised: 0.
-  // kInvalidFile: the file is short or no registry, it is left alone. kNoMemory: no memory, or the
-  // file cannot be opened, made or used for another reason, it is left alone. kInputOutput: no
+  // kInvalidFile: the file is too short or no registry; it is left alone. kNoMemory: no memory, or
+  // the file cannot be opened, made or used for another reason; it is left alone. kInputOutput: no
   // semaphore. kBadArgument: null path.
   unsigned int Initialize(unsigned int unused = 0);
   // Gives the file up; the last object on a path closes it. Operations then answer kNoRight.
@@ -115,14 +115,14 @@ class YAX_API Registry {
   unsigned int CreateKey(unsigned int handle, const char* keyPath, unsigned long long defaultValue);
   unsigned int CreateKey(unsigned int handle, const char* keyPath);
   // Deletes the key, all keys below it and all their values. Right on this key: delete; the rights
-  // on those below do not count. Creating it again without a handle leaves a lock with the calling
-  // thread, see CreateKey: to empty a key, delete the keys below it or restore it. Never delete the
-  // root ("", the administrator could): the file is then without keys for good.
+  // on those below are not looked at. Creating it again without a handle leaves a lock with the
+  // calling thread, see CreateKey: to empty a key, delete the keys below it or restore it. Never
+  // delete the root ("", the administrator could): the file is then without keys for good.
   unsigned int DeleteKey(unsigned int handle, const char* keyPath);
   // Counts sub-keys and values. Right: read on this key. info->userId is the current user,
   // info->reserved stays as it is.
   unsigned int GetKeyInfo(unsigned int handle, const char* keyPath, KeyInfo* info);
-  // Everybody may ask. Only the owner and the administrator may change it: kNoRight for others,
+  // Everybody may read it. Only the owner and the administrator may change it: kNoRight for others,
   // whatever the permission says. MakePermission puts a permission together.
   unsigned int GetKeyPermission(unsigned int handle, const char* keyPath,
                                 unsigned char* permission);
@@ -147,7 +147,7 @@ class YAX_API Registry {
   // tells what is in it.
   unsigned int BackupKey(unsigned int handle, const char* keyPath, const char* backupFile);
   // Replaces the key, which must exist, and all below it by what a backup holds; only its name
-  // stays. The owners come from the backup too: who restores another user's key gives it to him.
+  // stays. The owners come from the backup, too: restoring what another user owned makes it his.
   // Right: create on this key; everybody has it at the root. The file is checked before anything is
   // changed: kInputOutput when it is incomplete, missing or not writable; kInvalidFile for
   // impossible content; kLimit when it does not fit in beside what is there. After any failure the

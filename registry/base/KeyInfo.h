@@ -1,4 +1,4 @@
-// What GetKeyInfo tells about a key.
+// What GetKeyInfo reports about a key.
 #pragma once
 
 namespace tamu::registry {

@@ -6,7 +6,7 @@
 namespace tamu::registry {
 
 // Flags of a listing of keys. With path: the path, as it was given, is put before each name,
-// nothing between them.
+// with nothing between them.
 constexpr unsigned int kListWithPath = 1;
 
 // Owns its names: each is an array of char from new[].

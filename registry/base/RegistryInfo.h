@@ -1,4 +1,4 @@
-// What GetRegistryInfo tells about a registry file.
+// What GetRegistryInfo reports about a registry file.
 #pragma once
 
 namespace tamu::registry {

@@ -5,9 +5,9 @@
 
 namespace tamu::registry {
 
-// One of the codes of RegistryStatus.h, which nobody forgets to look at: a function of the library
-// that may fail returns it, and a caller that drops it says so (Ignore) and why. At the edge of the
-// library it is the plain number.
+// One of the codes of RegistryStatus.h. Functions of the library that may fail return it, and the
+// compiler complains when it is dropped: a caller that does so on purpose says it (Ignore) and why.
+// At the edge of the library it is the plain number.
 class [[nodiscard]] Status {
  public:
   constexpr Status(unsigned int code) : code_(code) {}

@@ -10,7 +10,7 @@ namespace tamu::registry {
 //
 // An integer has 64 bits in the file, but without a key handle only its low 32 bits are changed and
 // read: keep larger ones as eight bytes of type 2, or as a key's default value. A string is stored
-// as its size tells, so count its terminator.
+// with the size that is given, so count its terminator.
 constexpr unsigned int kValueTypeInteger = 0;  // 8 bytes, held inline
 constexpr unsigned int kValueTypeString = 1;
 constexpr unsigned int kValueTypeOffset = 4;  // byte data; as a request: the data's file offset
