@@ -8,6 +8,7 @@
 #   make coverage       the tests, then how much of each source they reach
 #   make bench          builds and runs the benchmarks
 #   make format         formats all sources
+#   make tidy           looks for defects with clang-tidy (.clang-tidy)
 #   make update-abi     takes the symbols that libYAX.so exports over into the kept list
 #   make update-pages   makes the kept manual page and completion of yaxreg anew
 #   make clean          removes everything that was built
@@ -40,7 +41,7 @@ ENV_distribution = YAX_CXXFLAGS="$$($(FLAGS) CPPFLAGS) $$($(FLAGS) CXXFLAGS)" YA
 
 build = $(ENV_$(1)) $(CMAKE) --preset $(1) && $(RUN_$(1)) $(CMAKE) --build --preset $(1) -j $(JOBS)
 
-.PHONY: help demo test bench coverage check-all format update-abi update-pages clean \
+.PHONY: help demo test bench coverage check-all format tidy update-abi update-pages clean \
   $(CHECKS:%=check-%) $(BUILDS:%=check-%)
 
 help:
@@ -85,6 +86,13 @@ coverage: check-coverage
 format:
 	@sh cmake/need-packages.sh clang-format
 	@find bench examples framework platform registry tests tools -name '*.h' -o -name '*.cpp' | xargs clang-format -i
+
+# The sources that the release preset compiles; tests are left to the compilers' warnings.
+tidy:
+	@sh cmake/need-packages.sh $(TEST_NEEDS) clang-tidy
+	@$(CMAKE) --preset release >/dev/null
+	@sed -n 's|^ *"file": "$(CURDIR)/\(.*\)",*$$|\1|p' build/release/compile_commands.json | sort -u | \
+	  grep -E '^(framework|platform|registry|tools)/' | xargs -P $(JOBS) -n 4 clang-tidy -p build/release --quiet
 
 update-abi:
 	@sh cmake/need-packages.sh $(NEEDS) $(TOOL_NEEDS)

@@ -195,7 +195,7 @@ unsigned int YAXLoadManager::LoadBinary(const YAX_GUID_ST& clsid, const char* pa
   if (FindHandle(path, handle) != 0) return yax_status::kOk;
   void* opened = dlopen(path, RTLD_NOW);
   if (opened == nullptr) {
-    const char* reason = dlerror();
+    const char* reason = dlerror();  // NOLINT(concurrency-mt-unsafe): each thread has its own
     PrintDebugMessage(__LINE__, "[YAXLoadManager::LoadBinary] dlopen error, %s.",
                       reason != nullptr ? reason : "");
     return yax_status::kCannotLoad;

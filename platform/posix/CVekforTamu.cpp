@@ -12,8 +12,10 @@ namespace {
 
 std::atomic<CVekforTamu::Sink> gSink{nullptr};
 
-// Asked every time, so that a program can switch the messages on and off while it runs.
+// Asked every time, so that a program can switch the messages on and off while it runs. A program
+// that changes its environment while others read it does so at its own risk.
 bool WantsStandardError() {
+  // NOLINTNEXTLINE(concurrency-mt-unsafe)
   const char* wish = std::getenv("YAX_DEBUG");
   return wish != nullptr && *wish != 0;
 }

@@ -76,6 +76,7 @@ std::string DrawFileMap(const RegistryImage& image, const std::string& title,
   for (const NodeKind kind : kAllKinds) {
     const unsigned int place = static_cast<unsigned int>(kind);
     const double left = kMargin + (place % 2) * static_cast<double>(kPanelWidth + kMargin);
+    // NOLINTNEXTLINE(bugprone-integer-division): two panels a row
     const double top = kPanelsTop + (place / 2) * static_cast<double>(kPanelHeight);
     svg += filemap::DrawPanel(image, kind, left, top);
   }

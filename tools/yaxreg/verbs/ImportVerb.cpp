@@ -26,7 +26,6 @@
 namespace yaxreg {
 
 namespace status = tamu::registry::status;
-using tamu::registry::Registry;
 
 namespace {
 
