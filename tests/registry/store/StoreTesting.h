@@ -103,6 +103,27 @@ class StoreTest : public ::testing::Test {
     ASSERT_EQ(store.Initialize(path.c_str()), 0u);
   }
 
+  // What the store knows of its file: the header, and the heads and counts of each kind.
+  std::string Known() {
+    std::string known(reinterpret_cast<const char*>(store.Header().bytes()), TernaryHeader::kSize);
+    for (const NodeKind kind : kKinds) {
+      const TernaryNodeDescriptor& descriptor = store.Descriptor(kind);
+      for (unsigned int i = 0; i < descriptor.tableCount; ++i) {
+        known.append(reinterpret_cast<const char*>(descriptor.tables[i]->bytes()),
+                     NodeAllocationTable::kSize);
+      }
+      AddU32(known, descriptor.usedNodes);
+      AddU32(known, descriptor.totalNodes);
+    }
+    return known;
+  }
+  // The same as a store that opens the file now would know it.
+  std::string KnownAnew() {
+    store.Finalize();
+    EXPECT_EQ(store.Initialize(path.c_str()), 0u);
+    return Known();
+  }
+
   unsigned int Acquire(NodeKind kind, unsigned int* id) { return store.AcquireSlot(0, kind, id); }
   // The id of the next slot; 0 when there is none.
   unsigned int Take(NodeKind kind) {

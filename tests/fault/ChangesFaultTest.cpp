@@ -1,0 +1,187 @@
+// Changes of a store whose writes fail.
+#include "registry/store/Changes.h"
+#include "tests/registry/store/RecordTesting.h"
+#include "tests/registry/store/StoreTesting.h"
+#include "tests/support/FaultCalls.h"
+
+namespace tamu::registry::storetests {
+namespace {
+
+using faults::Mode;
+
+class ChangesFaultTest : public StoreTest {
+ protected:
+  void SetUp() override {
+    StoreTest::SetUp();
+    TakeMany(NodeKind::kString, 363);
+    ASSERT_EQ(status::kOk, store.StoreData(0, std::string(200, 'd').data(), 200, &data));
+    ASSERT_EQ(status::kOk, store.SetStartNode(0, 0x100));
+    bytes = Bytes();
+    known = Known();
+  }
+  void TearDown() override {
+    faults::Disarm();
+    StoreTest::TearDown();
+  }
+
+  // Some of everything. The first status that is no success.
+  Status WriteAll(Changes& changes) {
+    unsigned int id = 0;
+    Status result = changes.Write(0x100, Numbered<TernaryStringNode>());
+    for (unsigned int i = 0; i < 3 && result.IsOk(); ++i) {
+      result = changes.Take(NodeKind::kString, &id);
+    }
+    if (result.IsOk()) result = changes.Write(id, Numbered<TernaryStringNode>());
+    if (result.IsOk()) result = changes.Release(NodeKind::kString, 0x500);
+    if (result.IsOk()) result = changes.ReleaseData(data);
+    if (result.IsOk()) result = changes.StoreData(std::string(100, 'e').data(), 100, &id);
+    if (result.IsOk()) result = changes.SetStartNode(0x200);
+    return result;
+  }
+  // The same as a change of its own.
+  unsigned int Run() {
+    Changes changes(store);
+    return changes.End(WriteAll(changes));
+  }
+  // How many calls Run makes when nothing fails. The file is as before.
+  unsigned int CallsOfRun() {
+    faults::Arm(Mode::kNone, 0);
+    EXPECT_EQ(status::kOk, Run());
+    const unsigned int calls = faults::Count();
+    Reopen(bytes);
+    return calls;
+  }
+  // Writes the start node and a record, and is left when nothing can be written any more.
+  void LeaveHalf() {
+    Changes changes(store);
+    ASSERT_EQ(status::kOk, changes.SetStartNode(0x200));
+    ASSERT_EQ(status::kOk, changes.Write(0x100, Numbered<TernaryStringNode>()));
+    faults::Arm(Mode::kFailFrom, 0);
+  }
+
+  unsigned int data = 0;
+  std::string bytes;
+  std::string known;
+};
+
+TEST_F(ChangesFaultTest, WhatAFailedWriteHasBegunIsUndone) {
+  const unsigned int calls = CallsOfRun();
+  ASSERT_GT(calls, 20u);
+  for (const Mode mode : {Mode::kFailOnce, Mode::kTearFrom}) {
+    for (unsigned int number = 0; number < calls; ++number) {
+      SCOPED_TRACE(std::string(faults::Name(mode)) + " call " + std::to_string(number));
+      faults::Arm(mode, number);
+      {
+        Changes changes(store);
+        EXPECT_EQ(status::kInputOutput, changes.End(WriteAll(changes)));
+        if (mode == Mode::kTearFrom) faults::Disarm();
+      }
+      faults::Disarm();
+      if (store.Bytes().IsOpen()) {  // a failed growth closes it
+        EXPECT_TRUE(Bytes() == bytes);
+        EXPECT_TRUE(Known() == known);
+      } else if (mode == Mode::kFailOnce) {
+        EXPECT_TRUE(Bytes() == bytes);
+      } else {  // what was appended could not be cut off
+        EXPECT_TRUE(Bytes().substr(0, bytes.size()) == bytes);
+      }
+      Reopen(bytes);
+    }
+  }
+}
+
+TEST_F(ChangesFaultTest, WhatCannotBeUndoneAtOnceIsUndoneByTheNextAccess) {
+  LeaveHalf();
+  EXPECT_FALSE(Bytes() == bytes);
+  faults::Disarm();
+  EXPECT_FALSE(Bytes() == bytes);
+  {
+    StoreAccess access(store);
+    EXPECT_EQ(0x100u, access.StartNode());
+    TernaryStringNode node;
+    EXPECT_EQ(status::kOk, access.Read(0x100, &node));
+    EXPECT_EQ(Hex(TernaryStringNode()), Hex(node));
+  }
+  EXPECT_TRUE(Bytes() == bytes);
+  EXPECT_TRUE(Known() == known);
+}
+
+TEST_F(ChangesFaultTest, IsUndoneWhereverTheWritesBeginToFail) {
+  const unsigned int calls = CallsOfRun();
+  for (unsigned int number = 0; number < calls; ++number) {
+    SCOPED_TRACE(number);
+    faults::Arm(Mode::kFailFrom, number);
+    EXPECT_EQ(status::kInputOutput, Run());
+    faults::Disarm();
+    if (store.Bytes().IsOpen()) {
+      { StoreAccess access(store); }
+      EXPECT_TRUE(Bytes() == bytes);
+      EXPECT_TRUE(Known() == known);
+    }
+    Reopen(bytes);
+  }
+}
+
+// Only the access that holds the store alone undoes: within a change nothing is taken from it.
+TEST_F(ChangesFaultTest, AnAccessWithinAChangeUndoesNothing) {
+  Changes changes(store);
+  ASSERT_EQ(status::kOk, changes.SetStartNode(0x200));
+  const Changes::Mark mark = changes.Here();
+  ASSERT_EQ(status::kOk, changes.SetStartNode(0x300));
+  faults::Arm(Mode::kFailFrom, 0);
+  EXPECT_FALSE(changes.UndoTo(mark));
+  faults::Disarm();
+  EXPECT_EQ(0x300u, StoreAccess(store).StartNode());
+  EXPECT_TRUE(changes.UndoTo(mark));
+  EXPECT_EQ(0x200u, StoreAccess(store).StartNode());
+}
+
+TEST_F(ChangesFaultTest, WhatIsKeptAfterAFailedUndoingStaysForGood) {
+  {
+    Changes changes(store);
+    const Changes::Mark mark = changes.Here();
+    ASSERT_EQ(status::kOk, changes.SetStartNode(0x300));
+    faults::Arm(Mode::kFailFrom, 0);
+    EXPECT_FALSE(changes.UndoTo(mark));
+    faults::Disarm();
+    changes.Keep();
+  }
+  EXPECT_EQ(0x300u, StoreAccess(store).StartNode());
+  EXPECT_EQ(0x300u, U32(4208));
+}
+
+TEST_F(ChangesFaultTest, WhatIsStillToBeUndoneIsForgottenWithTheFile) {
+  LeaveHalf();
+  store.Finalize();
+  faults::Disarm();
+  const std::string half = Bytes();
+  EXPECT_FALSE(half == bytes);
+  ASSERT_EQ(status::kOk, store.Initialize(path.c_str()));
+  EXPECT_EQ(0x200u, StoreAccess(store).StartNode());
+  EXPECT_TRUE(Bytes() == half);
+}
+
+TEST_F(ChangesFaultTest, WhatIsStillToBeUndoneIsForgottenWhenTheFileIsOpenedAnew) {
+  LeaveHalf();
+  const std::string half = Bytes();
+  ASSERT_EQ(status::kOk, store.Initialize(path.c_str()));
+  faults::Disarm();
+  EXPECT_EQ(0x200u, StoreAccess(store).StartNode());
+  EXPECT_TRUE(Bytes() == half);
+}
+
+TEST_F(ChangesFaultTest, AFileThatWasReplacedIsNotUndone) {
+  LeaveHalf();
+  const std::string half = Bytes();
+  faults::Disarm();
+  TernaryFile other;
+  PutFile(dir / "other", bytes);
+  ASSERT_EQ(status::kOk, other.Initialize((dir / "other").c_str()));
+  { StoreAccess access(store); }
+  EXPECT_TRUE(Bytes() == half);
+  EXPECT_TRUE(GetFile(dir / "other") == bytes);
+  other.Finalize();
+}
+
+}  // namespace
+}  // namespace tamu::registry::storetests

@@ -1,0 +1,98 @@
+#include <gtest/gtest.h>
+
+#include "registry/base/ShortStack.h"
+
+namespace tamu::registry {
+namespace {
+
+using Stack = ShortStack<unsigned int, 4>;
+
+// True when the element lies in the stack itself.
+bool IsInside(const Stack& stack, const unsigned int& element) {
+  const char* start = reinterpret_cast<const char*>(&stack);
+  const char* place = reinterpret_cast<const char*>(&element);
+  return place >= start && place < start + sizeof stack;
+}
+
+void PushMany(Stack& stack, unsigned int count) {
+  for (unsigned int i = 0; i < count; ++i) ASSERT_EQ(status::kOk, stack.Push(100 + i));
+}
+
+TEST(ShortStackTest, IsEmptyAtFirst) {
+  Stack stack;
+  EXPECT_TRUE(stack.IsEmpty());
+  EXPECT_EQ(0u, stack.Count());
+}
+
+TEST(ShortStackTest, TheTopIsWhatWasPushedLast) {
+  Stack stack;
+  PushMany(stack, 3);
+  EXPECT_FALSE(stack.IsEmpty());
+  EXPECT_EQ(3u, stack.Count());
+  EXPECT_EQ(102u, stack.Top());
+  EXPECT_EQ(100u, stack[0]);
+}
+
+TEST(ShortStackTest, AsManyAsAreShortLieInTheObjectItself) {
+  Stack stack;
+  PushMany(stack, 4);
+  EXPECT_TRUE(IsInside(stack, stack.Top()));
+  ASSERT_EQ(status::kOk, stack.Push(104));
+  EXPECT_FALSE(IsInside(stack, stack.Top()));
+  EXPECT_FALSE(IsInside(stack, stack[0]));
+}
+
+TEST(ShortStackTest, GrowsOverAndOverWithoutLosingAnything) {
+  Stack stack;
+  PushMany(stack, 1000);
+  ASSERT_EQ(1000u, stack.Count());
+  for (unsigned int i = 0; i < 1000; ++i) ASSERT_EQ(100 + i, stack[i]);
+}
+
+TEST(ShortStackTest, ExtendsByManyAtOnce) {
+  Stack stack;
+  PushMany(stack, 3);
+  ASSERT_EQ(status::kOk, stack.Extend(1));
+  EXPECT_TRUE(IsInside(stack, stack.Top()));
+  ASSERT_EQ(status::kOk, stack.Extend(200));  // more than twice what it has
+  EXPECT_EQ(204u, stack.Count());
+  stack[203] = 7;
+  EXPECT_EQ(7u, stack.Top());
+  for (unsigned int i = 0; i < 3; ++i) EXPECT_EQ(100 + i, stack[i]);
+}
+
+TEST(ShortStackTest, CutKeepsWhatIsAtTheBottom) {
+  Stack stack;
+  PushMany(stack, 9);
+  stack.CutTo(2);
+  EXPECT_EQ(2u, stack.Count());
+  EXPECT_EQ(101u, stack.Top());
+  ASSERT_EQ(status::kOk, stack.Push(7));
+  EXPECT_EQ(7u, stack[2]);
+  stack.CutTo(0);
+  EXPECT_TRUE(stack.IsEmpty());
+}
+
+TEST(ShortStackTest, ClearedIsAsNew) {
+  Stack stack;
+  PushMany(stack, 9);
+  stack.Clear();
+  EXPECT_TRUE(stack.IsEmpty());
+  PushMany(stack, 4);
+  EXPECT_TRUE(IsInside(stack, stack.Top()));
+  PushMany(stack, 5);
+  EXPECT_EQ(9u, stack.Count());
+  EXPECT_EQ(104u, stack.Top());
+}
+
+TEST(ShortStackTest, WhatNoAllocationCanHoldIsRefused) {
+  Stack stack;
+  PushMany(stack, 3);
+  EXPECT_EQ(status::kNoMemory, stack.Extend(0x10000000));
+  EXPECT_EQ(status::kNoMemory, stack.Extend(0xFFFFFFF0));
+  EXPECT_EQ(3u, stack.Count());
+  EXPECT_EQ(102u, stack.Top());
+}
+
+}  // namespace
+}  // namespace tamu::registry
