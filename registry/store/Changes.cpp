@@ -11,13 +11,13 @@
 namespace tamu::registry {
 
 Changes::Changes(FileStore& store) : StoreAccess(store), store_(store), start_(store.undo_.Here()) {
-  ++store_.changes_;
+  if (store_.changes_++ == 0) store_.undoIsPending_ = !store_.undo_.IsEmpty();
 }
 
 // What cannot be undone now is undone by the next access that finds the file writable.
 Changes::~Changes() {
   const bool isComplete = kept_ || UndoTo(start_);
-  if (--store_.changes_ == 0 && isComplete) store_.undo_.Clear();
+  if (--store_.changes_ == 0 && isComplete && !store_.undoIsPending_) store_.undo_.Clear();
 }
 
 Status Changes::End(Status result) {
@@ -34,7 +34,9 @@ Status Changes::End(Status result) {
   }
 }
 
+// Nothing is written before an older change is undone: its bytes would be put over what is new.
 Status Changes::WriteBytes(unsigned int offset, unsigned int size, const void* data) {
+  if (store_.undoIsPending_) return status::kInputOutput;
   const Status remembered = store_.undo_.AddBytes(store_.file_, offset, size);
   return remembered.IsOk() ? store_.file_.Write(offset, size, data) : remembered;
 }
@@ -186,7 +188,7 @@ Status Changes::ReleaseDataIfSound(unsigned int id) {
 Status Changes::Grow(TernaryNodeDescriptor* descriptor, unsigned int recordSize,
                      unsigned int count) {
   StoreFile& file = store_.file_;
-  if (!file.IsOpen() || file.IsClosing()) return status::kInputOutput;
+  if (!file.IsOpen() || file.IsClosing() || store_.undoIsPending_) return status::kInputOutput;
   if (descriptor->damaged || descriptor->lastTable == nullptr || !store_.MayGrow()) {
     return status::kInvalidFile;
   }

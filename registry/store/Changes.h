@@ -8,7 +8,8 @@ namespace tamu::registry {
 // An operation makes one and hands it down; every record, table entry, header and growth is written
 // through it and nowhere else. What was written is undone at its end, the latest first, unless it
 // is kept: nobody writes put-back code. Scopes nest, then the outer one decides about what the
-// inner one has kept.
+// inner one has kept. What cannot be undone at once is undone by a later access; until then nothing
+// is changed: kInputOutput.
 class Changes : public StoreAccess {
  public:
   using Mark = UndoLog::Mark;

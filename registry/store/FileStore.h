@@ -63,7 +63,8 @@ class FileStore {
   StoreFile file_;
   TableMap tables_;
   UndoLog undo_;
-  unsigned int changes_ = 0;  // scopes of Changes that are open
+  unsigned int changes_ = 0;    // scopes of Changes that are open
+  bool undoIsPending_ = false;  // these may write nothing: an older change is not undone yet
   PCMutex lock_;
 };
 

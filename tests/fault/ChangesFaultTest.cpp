@@ -150,6 +150,30 @@ TEST_F(ChangesFaultTest, WhatIsKeptAfterAFailedUndoingStaysForGood) {
   EXPECT_EQ(0x300u, U32(4208));
 }
 
+// Else the old bytes would be written over what the later change has kept.
+TEST_F(ChangesFaultTest, NothingIsChangedBeforeAllIsUndone) {
+  LeaveHalf();
+  faults::Arm(Mode::kFailOnce, 0);  // the access tries again, once
+  {
+    Changes changes(store);
+    EXPECT_EQ(1u, faults::Struck());
+    const std::string half = Bytes();
+    unsigned int id = 0x5555;
+    EXPECT_EQ(status::kInputOutput, changes.SetStartNode(0x300));
+    EXPECT_EQ(status::kInputOutput, changes.Take(NodeKind::kKey, &id));
+    EXPECT_EQ(0x5555u, id);
+    EXPECT_EQ(status::kInputOutput,
+              changes.Grow(&store.Descriptor(NodeKind::kKey), 24, kExpansionSlots));
+    { Changes inner(store); }
+    EXPECT_TRUE(Bytes() == half);
+    changes.Keep();
+  }
+  { StoreAccess access(store); }
+  EXPECT_TRUE(Bytes() == bytes);
+  EXPECT_TRUE(Known() == known);
+  EXPECT_EQ(status::kOk, store.SetStartNode(0, 0x300));
+}
+
 TEST_F(ChangesFaultTest, WhatIsStillToBeUndoneIsForgottenWithTheFile) {
   LeaveHalf();
   store.Finalize();
