@@ -224,7 +224,9 @@ Status Changes::Grow(TernaryNodeDescriptor* descriptor, unsigned int recordSize,
   descriptor->Append(table);
   result = LinkNewTable(last, *table, static_cast<unsigned int>(area.end));
   if (!result.IsOk()) {
+    const bool isOwn = descriptor == &store_.tables_.Descriptor(store_.tables_.KindOf(descriptor));
     UndoTo(before);
+    if (!isOwn) descriptor->RemoveLast();
     file.Abandon();
     return result;
   }

@@ -69,10 +69,12 @@ Status FreeList::Take(unsigned int* slots, unsigned int count) {
   // The list has ended before its count, or has led to a slot in use.
   if (next == 0 && table_.freeCount() > count) return status::kInvalidFile;
   const Changes::Mark before = changes_.Here();
-  result = WriteHead(table_.freeCount() - count, next);
+  const unsigned int freeBefore = table_.freeCount();
+  result = WriteHead(freeBefore - count, next);
   if (result.IsOk()) result = changes_.WriteInteger(table_.entryOffset(found[count - 1]), 0);
   if (!result.IsOk()) {
-    changes_.UndoTo(before);
+    // The table may be one that the store does not know.
+    if (changes_.UndoTo(before)) table_.setFreeCount(freeBefore);
     return result;
   }
   PCMem::Copy(slots, found, count * sizeof *slots);

@@ -60,7 +60,10 @@ bool UndoLog::Undo(const Entry& entry, const unsigned char* bytes, StoreFile& fi
       tables.Follow(entry.offset, entry.size, bytes);
       break;
     case Action::kGrowth:
-      descriptor.RemoveLast();
+      // A table that was appended to somebody else's descriptor is not in the map.
+      if (descriptor.tableCount > 1 && descriptor.lastTable->tableOffset() == entry.offset) {
+        descriptor.RemoveLast();
+      }
       file.Protect(entry.offset);
       file.CutBack();
       break;

@@ -58,6 +58,12 @@ class ChangesFaultTest : public StoreTest {
     ASSERT_EQ(status::kOk, changes.Write(0x100, Numbered<TernaryStringNode>()));
     faults::Arm(Mode::kFailFrom, 0);
   }
+  // The table of keys once more, for a descriptor that is not the store's own.
+  void LoadKeyTable(TernaryNodeDescriptor& descriptor) {
+    NodeAllocationTable* table = nullptr;
+    ASSERT_EQ(status::kOk, store.LoadNAT(kTables[1], table));
+    descriptor.Append(table);
+  }
 
   unsigned int data = 0;
   std::string bytes;
@@ -205,6 +211,50 @@ TEST_F(ChangesFaultTest, AFileThatWasReplacedIsNotUndone) {
   EXPECT_TRUE(Bytes() == half);
   EXPECT_TRUE(GetFile(dir / "other") == bytes);
   other.Finalize();
+}
+
+// A descriptor that is not the store's own.
+TEST_F(ChangesFaultTest, AFailedGrowthOfSomebodysTablesLeavesThemAsTheyWere) {
+  for (unsigned int number = 0;; ++number) {
+    SCOPED_TRACE(number);
+    TernaryNodeDescriptor descriptor;
+    LoadKeyTable(descriptor);
+    faults::Arm(Mode::kFailOnce, number);
+    const unsigned int result = store.ExpandFile(&descriptor, 24, 500);
+    const bool struck = faults::Struck() > 0;
+    faults::Disarm();
+    if (!struck) {
+      EXPECT_EQ(status::kOk, result);
+      EXPECT_EQ(2u, descriptor.tableCount);
+      break;
+    }
+    EXPECT_EQ(status::kInputOutput, result);
+    EXPECT_EQ(1u, descriptor.tableCount);
+    EXPECT_EQ(descriptor.firstTable, descriptor.lastTable);
+    EXPECT_EQ(364u, descriptor.totalNodes);
+    EXPECT_EQ(0u, descriptor.lastTable->nextTable());
+    EXPECT_TRUE(Known() == known);
+    EXPECT_TRUE(Bytes() == bytes);
+    Reopen(bytes);
+  }
+}
+
+// A table that is not the store's own.
+TEST_F(ChangesFaultTest, AFailedTakeLeavesSomebodysTableAsItWas) {
+  for (unsigned int number = 0;; ++number) {
+    SCOPED_TRACE(number);
+    TernaryNodeDescriptor descriptor;
+    LoadKeyTable(descriptor);
+    unsigned int id = 0;
+    faults::Arm(Mode::kFailOnce, number);
+    const unsigned int result = store.AcquireNodeId(0, &id, descriptor.firstTable);
+    const bool struck = faults::Struck() > 0;
+    faults::Disarm();
+    EXPECT_EQ(struck ? status::kInputOutput : status::kOk, result);
+    EXPECT_EQ(struck ? 364u : 363u, descriptor.firstTable->freeCount());
+    EXPECT_EQ(descriptor.firstTable->freeCount(), FreeCount(1));
+    if (!struck) break;
+  }
 }
 
 }  // namespace
