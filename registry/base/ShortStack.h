@@ -20,7 +20,7 @@ class ShortStack {
 
   // Puts n elements of any content on top. kNoMemory with nothing changed.
   Status Extend(unsigned int n) {
-    if (n > capacity_ - count_ && !Grow(count_ + n)) return status::kNoMemory;
+    if (n > capacity_ - count_ && (n > kMost || !Grow(count_ + n))) return status::kNoMemory;
     count_ += n;
     return status::kOk;
   }

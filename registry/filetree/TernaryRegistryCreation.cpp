@@ -15,9 +15,10 @@ unsigned int TernaryRegistry::CreateRootKey() {
   unsigned int key = 0;
   unsigned int node = 0;
   Status result = StoreKey(changes, root, &key);
-  if (result.IsOk()) result = SpellName(changes, "", &node, key);
-  if (result.IsOk()) result = changes.SetStartNode(node);
-  return changes.End(result);
+  if (!result.IsOk()) return changes.End(result);
+  result = SpellName(changes, "", &node, key);
+  if (!result.IsOk()) return changes.End(changes.GiveBack(NodeKind::kKey, key, result));
+  return changes.End(changes.SetStartNode(node));
 }
 
 // Writes a new key into a slot of its own.

@@ -86,10 +86,7 @@ Status TernaryRegistry::HangName(Changes& changes, const KeyMatchDescriptor& mat
                                  unsigned int target, const char* name, unsigned int keyId) {
   unsigned int first = 0;
   Status result = SpellName(changes, name, &first, keyId);
-  if (!result.IsOk()) {
-    const Status released = changes.Release(NodeKind::kKey, keyId);
-    return released.IsOk() ? result : released;
-  }
+  if (!result.IsOk()) return changes.GiveBack(NodeKind::kKey, keyId, result);
   TernaryStringNode node;
   TernaryStringNode firstNode;
   result = changes.Read(target, &node);

@@ -38,8 +38,7 @@ unsigned int TernaryRegistry::CreateValue(unsigned int user, void* tree, const c
   if (value->size > 0) {
     result = changes.StoreData(value->data, value->size, &block);
     if (!result.IsOk() && !(isNumber && result == status::kLimit)) {
-      const Status released = changes.Release(NodeKind::kValue, reached.valueId);
-      return changes.End(released.IsOk() ? result : released);
+      return changes.End(changes.GiveBack(NodeKind::kValue, reached.valueId, result));
     }
   }
   TernaryValueNode& record = reached.value;

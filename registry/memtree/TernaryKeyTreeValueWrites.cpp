@@ -56,8 +56,12 @@ unsigned int TernaryKeyTree::CreateValue(unsigned int user, void* tree, const ch
   std::unique_ptr<TernaryValue> made;
   result = TakeValue(changes, &made);
   if (result != status::kOk) return changes.End(result);
+  // A value that is refused gives its slot back; a file that has grown for it stays so.
+  // Test: LoadedValueWrites.AnUnknownTypeIsRefusedAfterTheFileHasGrown
   result = made->SetValue(name, value, 0);
-  if (result != status::kOk) return result;
+  if (result != status::kOk) {
+    return changes.End(changes.GiveBack(NodeKind::kValue, made->id, result));
+  }
   // A number's bytes are stored in blocks too, which nothing ever frees.
   // Test: LoadedValueWrites.ANumberCreatedFromAValueTakesBlocksThatNobodyFrees
   const bool inBlocks = made->node->isInBlocks();

@@ -11,13 +11,15 @@
 namespace tamu::registry {
 
 Changes::Changes(FileStore& store) : StoreAccess(store), store_(store), start_(store.undo_.Here()) {
-  if (store_.changes_++ == 0) store_.undoIsPending_ = !store_.undo_.IsEmpty();
+  ++store_.changes_;
 }
 
-// What cannot be undone now is undone by the next access that finds the file writable.
+// What cannot be undone now is undone by the next access that finds the file writable: also what a
+// part of a change that is kept has begun and could neither end nor undo.
 Changes::~Changes() {
-  const bool isComplete = kept_ || UndoTo(start_);
-  if (--store_.changes_ == 0 && isComplete && !store_.undoIsPending_) store_.undo_.Clear();
+  if (!kept_) UndoTo(start_);
+  if (--store_.changes_ > 0) return;
+  if (store_.undo_.Finish(store_.file_, store_.tables_)) store_.undo_.Clear();
 }
 
 Status Changes::End(Status result) {
@@ -34,9 +36,8 @@ Status Changes::End(Status result) {
   }
 }
 
-// Nothing is written before an older change is undone: its bytes would be put over what is new.
 Status Changes::WriteBytes(unsigned int offset, unsigned int size, const void* data) {
-  if (store_.undoIsPending_) return status::kInputOutput;
+  if (store_.undo_.IsUnfinished()) return status::kInputOutput;
   const Status remembered = store_.undo_.AddBytes(store_.file_, offset, size);
   return remembered.IsOk() ? store_.file_.Write(offset, size, data) : remembered;
 }
@@ -110,6 +111,11 @@ Status Changes::Release(NodeKind kind, unsigned int id) {
   }
   descriptor.usedNodes -= released;
   return result;
+}
+
+Status Changes::GiveBack(NodeKind kind, unsigned int id, Status why) {
+  const Status released = Release(kind, id);
+  return released.IsOk() ? why : released;
 }
 
 // Slots for a chain, and the table that they are of.
@@ -188,7 +194,9 @@ Status Changes::ReleaseDataIfSound(unsigned int id) {
 Status Changes::Grow(TernaryNodeDescriptor* descriptor, unsigned int recordSize,
                      unsigned int count) {
   StoreFile& file = store_.file_;
-  if (!file.IsOpen() || file.IsClosing() || store_.undoIsPending_) return status::kInputOutput;
+  if (!file.IsOpen() || file.IsClosing() || store_.undo_.IsUnfinished()) {
+    return status::kInputOutput;
+  }
   if (descriptor->damaged || descriptor->lastTable == nullptr || !store_.MayGrow()) {
     return status::kInvalidFile;
   }
@@ -212,24 +220,19 @@ Status Changes::Grow(TernaryNodeDescriptor* descriptor, unsigned int recordSize,
   table->setTableNumber(last->tableNumber() + 1);
   table->setFreeCount(count - 1);
   const Mark before = Here();
+  const unsigned int realSize = file.Size();  // not always what the header tells
   Status result = WriteNewTable(*table, static_cast<unsigned int>(area.size()));
   if (result.IsOk()) {
-    result = store_.undo_.AddGrowth(store_.tables_.KindOf(descriptor), oldSize);
+    result = store_.undo_.AddGrowth(store_.tables_.KindOf(descriptor), oldSize, realSize);
   }
+  if (result.IsOk()) result = LinkNewTable(last, *table, static_cast<unsigned int>(area.end));
   if (!result.IsOk()) {
+    UndoTo(before);
     delete table;
     file.Abandon();
     return result;
   }
   descriptor->Append(table);
-  result = LinkNewTable(last, *table, static_cast<unsigned int>(area.end));
-  if (!result.IsOk()) {
-    const bool isOwn = descriptor == &store_.tables_.Descriptor(store_.tables_.KindOf(descriptor));
-    UndoTo(before);
-    if (!isOwn) descriptor->RemoveLast();
-    file.Abandon();
-    return result;
-  }
   file.Protect(static_cast<unsigned int>(area.end));
   return result;
 }

@@ -26,8 +26,8 @@ class Changes : public StoreAccess {
   bool IsKept() const { return kept_; }
   // A place to which UndoTo takes everything back that was written after it.
   Mark Here() const { return store_.undo_.Here(); }
-  // False when that cannot be written now: it will be when the change is undone or, if it is kept,
-  // never.
+  // False when that cannot be written now: it will be as soon as it can, even if the change is
+  // kept, and until then every write answers kInputOutput.
   bool UndoTo(const Mark& mark) { return store_.undo_.UndoTo(mark, store_.file_, store_.tables_); }
 
   // Writes a record. kBadArgument for id 0; kInvalidFile: the id names no slot that is handed out;
@@ -52,6 +52,8 @@ class Changes : public StoreAccess {
   // Gives a slot back, or of data the whole chain that starts there; it is handed out next.
   // kBadArgument for id 0; kInvalidFile with nothing changed when it is free already, or damaged.
   Status Release(NodeKind kind, unsigned int id);
+  // Gives back a slot that was taken in vain. The result is `why`, or the status of Release.
+  Status GiveBack(NodeKind kind, unsigned int id, Status why);
   // Stores 1 to 1024 bytes in a new chain of blocks; *id is its first block, 0 after a failure.
   // kBadArgument for size 0, kLimit above 1024, and the statuses of Take.
   Status StoreData(const void* data, unsigned int size, unsigned int* id);

@@ -32,7 +32,7 @@ Status FileStore::Load(const char* path) {
 }
 
 void FileStore::FinishUndoing() {
-  if (!file_.IsOpen() || undo_.UndoTo(UndoLog::Mark(), file_, tables_)) undo_.Clear();
+  if (!file_.IsOpen() || undo_.Finish(file_, tables_)) undo_.Clear();
 }
 
 // A file that exists and cannot be opened must not be emptied by making it.

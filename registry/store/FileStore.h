@@ -63,8 +63,7 @@ class FileStore {
   StoreFile file_;
   TableMap tables_;
   UndoLog undo_;
-  unsigned int changes_ = 0;    // scopes of Changes that are open
-  bool undoIsPending_ = false;  // these may write nothing: an older change is not undone yet
+  unsigned int changes_ = 0;  // scopes of Changes that are open
   PCMutex lock_;
 };
 

@@ -3,7 +3,6 @@
 #include "platform/PCMem.h"
 #include "registry/base/Array.h"
 #include "registry/format/DataBlock.h"
-#include "registry/store/Changes.h"
 
 namespace tamu::registry {
 
@@ -49,6 +48,11 @@ Status FreeList::WriteHead(unsigned int freeCount, unsigned int head) {
   return result;
 }
 
+// The table may be a copy that the store's map does not know.
+void FreeList::Undo(const Changes::Mark& before, unsigned int freeBefore) {
+  if (changes_.UndoTo(before)) table_.setFreeCount(freeBefore);
+}
+
 // The list's head moves first: a process that ends before the last entry is zeroed loses slots that
 // nothing refers to yet, and never hands one out twice.
 Status FreeList::Take(unsigned int* slots, unsigned int count) {
@@ -68,13 +72,12 @@ Status FreeList::Take(unsigned int* slots, unsigned int count) {
   if (!result.IsOk()) return result;
   // The list has ended before its count, or has led to a slot in use.
   if (next == 0 && table_.freeCount() > count) return status::kInvalidFile;
-  const Changes::Mark before = changes_.Here();
   const unsigned int freeBefore = table_.freeCount();
+  const Changes::Mark before = changes_.Here();
   result = WriteHead(freeBefore - count, next);
   if (result.IsOk()) result = changes_.WriteInteger(table_.entryOffset(found[count - 1]), 0);
   if (!result.IsOk()) {
-    // The table may be one that the store does not know.
-    if (changes_.UndoTo(before)) table_.setFreeCount(freeBefore);
+    Undo(before, freeBefore);
     return result;
   }
   PCMem::Copy(slots, found, count * sizeof *slots);
@@ -89,11 +92,12 @@ Status FreeList::Release(unsigned int slot, unsigned int maxLength) {
   unsigned int head = 0;
   result = changes_.ReadInteger(table_.entriesOffset(), &head);
   if (!result.IsOk()) return result;
+  const unsigned int freeBefore = table_.freeCount();
   const Changes::Mark before = changes_.Here();
   // A damaged head of 0 would make the slot look as if it were in use.
   result = changes_.WriteInteger(table_.entryOffset(last), head != 0 ? head : table_.entryCount());
-  if (result.IsOk()) result = WriteHead(table_.freeCount() + length, slot);
-  if (!result.IsOk()) changes_.UndoTo(before);
+  if (result.IsOk()) result = WriteHead(freeBefore + length, slot);
+  if (!result.IsOk()) Undo(before, freeBefore);
   return result;
 }
 

@@ -2,11 +2,9 @@
 #pragma once
 
 #include "registry/format/NodeAllocationTable.h"
-#include "registry/store/StoreFile.h"
+#include "registry/store/Changes.h"
 
 namespace tamu::registry {
-
-class Changes;
 
 // Follows the chain of a slot in use to its end, at most `maxLength` slots; keeps them in `slots`
 // unless that is null. kInvalidFile: the chain is longer, leaves the table, or the slot is free;
@@ -30,6 +28,7 @@ class FreeList {
 
  private:
   Status WriteHead(unsigned int freeCount, unsigned int head);
+  void Undo(const Changes::Mark& before, unsigned int freeBefore);
 
   Changes& changes_;
   NodeAllocationTable& table_;

@@ -13,6 +13,7 @@ namespace {
 // Takes over what `bytes`, which lie at `offset`, have of the `size` bytes at `start`.
 void TakeOver(unsigned char* image, unsigned int start, unsigned int size, unsigned int offset,
               unsigned int length, const unsigned char* bytes) {
+  if (offset >= start + size || start >= offset + length) return;  // as nearly always
   for (unsigned int i = 0; i < length; ++i) {
     if (offset + i >= start && offset + i - start < size) image[offset + i - start] = bytes[i];
   }

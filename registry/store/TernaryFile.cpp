@@ -19,6 +19,16 @@ unsigned int Change(FileStore& store, Part part) {
   return result;
 }
 
+// A write at any offset. Behind the end of the file nothing is written over, and a failure may
+// leave a part there.
+Status WriteAnywhere(FileStore& store, Changes& changes, unsigned int offset, unsigned int size,
+                     const void* data) {
+  const Status result = changes.WriteBytes(offset, size, data);
+  if (result != status::kInputOutput) return result;
+  const unsigned long long end = offset + static_cast<unsigned long long>(size);
+  return end > store.Bytes().Size() ? store.Bytes().Write(offset, size, data) : result;
+}
+
 template <class Node>
 unsigned int ReadNew(FileStore& store, unsigned int id, Node*& node) {
   Node* loaded = new (std::nothrow) Node;
@@ -85,7 +95,8 @@ unsigned int TernaryFile::ReadFromFile(unsigned int offset, unsigned int size,
 unsigned int TernaryFile::WriteToFile(unsigned int offset, unsigned int size,
                                       const unsigned char* data) {
   if (data == nullptr) return status::kBadArgument;
-  return Change(*this, [&](Changes& changes) { return changes.WriteBytes(offset, size, data); });
+  return Change(
+      *this, [&](Changes& changes) { return WriteAnywhere(*this, changes, offset, size, data); });
 }
 
 unsigned int TernaryFile::FileReadInteger(unsigned int offset, unsigned int* value) {
@@ -95,7 +106,9 @@ unsigned int TernaryFile::FileReadInteger(unsigned int offset, unsigned int* val
 }
 
 unsigned int TernaryFile::FileWriteInteger(unsigned int offset, unsigned int value) {
-  return Change(*this, [&](Changes& changes) { return changes.WriteInteger(offset, value); });
+  unsigned char bytes[4];
+  PutU32(bytes, value);
+  return WriteToFile(offset, sizeof bytes, bytes);
 }
 
 unsigned int TernaryFile::FileFillSequence(unsigned int offset, unsigned int, unsigned int first,

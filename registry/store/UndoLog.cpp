@@ -7,9 +7,15 @@ namespace {
 // True when the file has these bytes at the offset.
 bool Holds(const StoreFile& file, unsigned int offset, unsigned int size,
            const unsigned char* bytes) {
-  for (unsigned int i = 0; i < size; ++i) {
-    unsigned char there = 0;
-    if (!file.Read(offset + i, 1, &there).IsOk() || there != bytes[i]) return false;
+  constexpr unsigned int kChunk = 64;
+  unsigned char there[kChunk];
+  for (unsigned int done = 0; done < size;) {
+    const unsigned int now = size - done < kChunk ? size - done : kChunk;
+    if (!file.Read(offset + done, now, there).IsOk()) return false;
+    for (unsigned int i = 0; i < now; ++i) {
+      if (there[i] != bytes[done + i]) return false;
+    }
+    done += now;
   }
   return true;
 }
@@ -31,11 +37,12 @@ Status UndoLog::AddBytes(const StoreFile& file, unsigned int offset, unsigned in
   return result;
 }
 
-Status UndoLog::AddGrowth(NodeKind kind, unsigned int oldSize) {
+Status UndoLog::AddGrowth(NodeKind kind, unsigned int offset, unsigned int oldSize) {
   Entry entry;
   entry.action = Action::kGrowth;
   entry.kind = kind;
-  entry.offset = oldSize;
+  entry.offset = offset;
+  entry.number = oldSize;
   return entries_.Push(entry);
 }
 
@@ -43,7 +50,7 @@ Status UndoLog::AddUsed(NodeKind kind, int count) {
   Entry entry;
   entry.action = Action::kUsed;
   entry.kind = kind;
-  entry.count = count;
+  entry.number = static_cast<unsigned int>(count);
   return entries_.Push(entry);
 }
 
@@ -60,15 +67,15 @@ bool UndoLog::Undo(const Entry& entry, const unsigned char* bytes, StoreFile& fi
       tables.Follow(entry.offset, entry.size, bytes);
       break;
     case Action::kGrowth:
-      // A table that was appended to somebody else's descriptor is not in the map.
+      // The table may be another map's, or none when linking it has failed.
       if (descriptor.tableCount > 1 && descriptor.lastTable->tableOffset() == entry.offset) {
         descriptor.RemoveLast();
       }
-      file.Protect(entry.offset);
+      file.Protect(entry.number);
       file.CutBack();
       break;
     case Action::kUsed:
-      descriptor.usedNodes -= static_cast<unsigned int>(entry.count);
+      descriptor.usedNodes -= entry.number;
       break;
   }
   return true;
@@ -78,16 +85,26 @@ bool UndoLog::UndoTo(const Mark& mark, StoreFile& file, TableMap& tables) {
   while (entries_.Count() > mark.entries) {
     const Entry& entry = entries_.Top();
     const unsigned int start = bytes_.Count() - entry.size;
-    if (!Undo(entry, entry.size > 0 ? &bytes_[start] : nullptr, file, tables)) return false;
+    if (!Undo(entry, entry.size > 0 ? &bytes_[start] : nullptr, file, tables)) {
+      if (!isUnfinished_ || mark.entries < unfinished_.entries) unfinished_ = mark;
+      isUnfinished_ = true;
+      return false;
+    }
     bytes_.CutTo(start);
     entries_.CutTo(entries_.Count() - 1);
   }
+  if (isUnfinished_ && entries_.Count() <= unfinished_.entries) isUnfinished_ = false;
   return true;
+}
+
+bool UndoLog::Finish(StoreFile& file, TableMap& tables) {
+  return !isUnfinished_ || UndoTo(unfinished_, file, tables);
 }
 
 void UndoLog::Clear() {
   entries_.Clear();
   bytes_.Clear();
+  isUnfinished_ = false;
 }
 
 }  // namespace tamu::registry

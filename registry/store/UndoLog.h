@@ -20,13 +20,19 @@ class UndoLog {
   // Remembers `size` bytes at `offset`, which are about to be written over. kInputOutput when they
   // cannot be read, kNoMemory.
   Status AddBytes(const StoreFile& file, unsigned int offset, unsigned int size);
-  // Remembers that the newest table of a kind was appended to a file of `oldSize` bytes. kNoMemory.
-  Status AddGrowth(NodeKind kind, unsigned int oldSize);
+  // Remembers that a file of `oldSize` bytes has grown for a table of a kind at `offset`, which the
+  // map gets next; no other map's. kNoMemory.
+  Status AddGrowth(NodeKind kind, unsigned int offset, unsigned int oldSize);
   // Remembers that `count` more slots of a kind are in use, or fewer when negative. kNoMemory.
   Status AddUsed(NodeKind kind, int count);
   // Undoes what came after the mark, the latest first, in the file and in the map, and forgets it.
-  // False: a write has failed; that one and those before it are still to be undone.
+  // False: a write has failed; that one and those before it are still to be undone (Finish).
   bool UndoTo(const Mark& mark, StoreFile& file, TableMap& tables);
+  // Goes on with what UndoTo could not undo; what was done before it stays. True when nothing is
+  // left.
+  bool Finish(StoreFile& file, TableMap& tables);
+  // Until then nobody may write: undoing would write over it.
+  bool IsUnfinished() const { return isUnfinished_; }
   bool IsEmpty() const { return entries_.IsEmpty(); }
   // Forgets everything.
   void Clear();
@@ -36,9 +42,9 @@ class UndoLog {
   struct Entry {
     Action action = Action::kBytes;
     NodeKind kind = NodeKind::kString;
-    unsigned int offset = 0;  // kBytes: in the file; kGrowth: the length before
+    unsigned int offset = 0;  // kBytes: in the file; kGrowth: of the table
     unsigned int size = 0;    // kBytes
-    int count = 0;            // kUsed
+    unsigned int number = 0;  // kUsed: slots, modulo 2^32; kGrowth: the length before
   };
 
   static bool Undo(const Entry& entry, const unsigned char* bytes, StoreFile& file,
@@ -49,6 +55,8 @@ class UndoLog {
 
   ShortStack<Entry, kFewEntries> entries_;
   ShortStack<unsigned char, kFewBytes> bytes_;
+  Mark unfinished_;  // the lowest to which UndoTo has not come
+  bool isUnfinished_ = false;
 };
 
 }  // namespace tamu::registry

@@ -58,6 +58,25 @@ TEST(FileTree, MakesAMissingFileWithARootKey) {
   EXPECT_EQ(HexOf(FileBytes(path, 4180 + 28, 8)), "0001000070280100");  // root 100, 75888 bytes
 }
 
+TEST(FileTree, ARootKeyThatFindsNoRoomForItsNameTakesNoSlot) {
+  TempDir dir;
+  const std::string path = dir / "a.rce";
+  TernaryFile store;
+  ASSERT_EQ(store.CreateRegistryFile(path.c_str(), 65536), 0u);
+  ASSERT_EQ(store.Initialize(path.c_str()), 0u);
+  unsigned int id = 0;
+  while (store.AcquireSlot(0, NodeKind::kString, &id) == 0) {
+  }
+  TernaryRegistry tree(nullptr, nullptr);
+  tree.ShareStore(&store);
+  EXPECT_EQ(tree.CreateRootKey(), 75u);
+  EXPECT_EQ(store.Descriptor(NodeKind::kKey).usedNodes, 0u);
+  EXPECT_EQ(store.AcquireSlot(0, NodeKind::kKey, &id), 0u);
+  EXPECT_EQ(id, 0x100u);
+  tree.Finalize();
+  store.Finalize();
+}
+
 TEST(FileTree, OpensAnExistingFileAsItIs) {
   TempDir dir;
   const std::string path = dir / "a.rce";

@@ -48,6 +48,16 @@ TEST_F(LoadedValueWrites, NothingIsCreatedOfAnUnknownType) {
   EXPECT_EQ(Word(InKey(2, 0)), 0x200u);
 }
 
+TEST_F(LoadedValueWrites, AnUnknownTypeIsRefusedAfterTheFileHasGrown) {
+  Start({"a"});
+  for (unsigned int i = 0; i < 364; ++i) ASSERT_EQ(CreateNumber("a", "n", i), 0u);
+  ASSERT_EQ(rig.Contents().size(), 75888u);
+  EXPECT_EQ(CreateData("a", "n", 6, "x"), 53u);
+  EXPECT_EQ(rig.Contents().size(), 75888u + 32 + 4 * 500 + 52 * 500);
+  EXPECT_TRUE(CreateNumber("a", "n", 1) == 0u);
+  ExpectSound(rig.path);
+}
+
 TEST_F(LoadedValueWrites, CreatingNeedsTheRightToCreate) {
   ExpectLoadedToNeedTheRight(4, [](TernaryKeyTree& tree, unsigned int user, TernaryHandle* handle) {
     return tree.CreateValue(user, handle, "a", "new", 1, true);

@@ -36,6 +36,17 @@ TEST_F(TernaryFileAccessTest, ReadingBeyondTheEndAnswers5) {
   EXPECT_EQ(store.FileReadInteger(0xFFFFFFFF, &value), 5u);
 }
 
+TEST_F(TernaryFileAccessTest, WritingBeyondTheEndMakesTheFileLonger) {
+  const std::string before = Bytes();
+  const unsigned char bytes[3] = {1, 2, 3};
+  EXPECT_EQ(store.WriteToFile(kNewFileSize, 3, bytes), 0u);
+  EXPECT_TRUE(Bytes() == before + "\1\2\3");
+  EXPECT_EQ(store.FileWriteInteger(kNewFileSize + 1, 0x04050607), 0u);
+  EXPECT_TRUE(Bytes() == before + "\1\7\6\5\4");
+  EXPECT_EQ(store.WriteChanges(0, kNewFileSize + 6, 3, bytes), 0u);
+  EXPECT_TRUE(Bytes() == before + "\1\7\6\5\4" + Zeros(1) + "\1\2\3");
+}
+
 TEST_F(TernaryFileAccessTest, NullPointersAnswer22) {
   unsigned char* none = nullptr;
   EXPECT_EQ(store.ReadFromFile(0, 1, none), 22u);

@@ -109,7 +109,7 @@ TEST_F(UndoLogTest, AGrowthIsCutOff) {
   store.Descriptor(NodeKind::kValue).Append(table);
   ASSERT_EQ(status::kOk, store.Bytes().Write(kNewFileSize + 1000, 4, "grow"));
   store.Bytes().Protect(kNewFileSize + 1004);
-  ASSERT_EQ(status::kOk, log.AddGrowth(NodeKind::kValue, kNewFileSize));
+  ASSERT_EQ(status::kOk, log.AddGrowth(NodeKind::kValue, kNewFileSize, kNewFileSize));
   EXPECT_TRUE(UndoTo(UndoLog::Mark()));
   EXPECT_EQ(kNewFileSize, GetFile(path).size());
   EXPECT_EQ(1u, store.Descriptor(NodeKind::kValue).tableCount);
