@@ -85,15 +85,6 @@ bool TakeData(Invocation& call, const std::string& source, ValueInput* input, Ex
 
 }  // namespace
 
-ValueInput ValueInput::Of(const ContentValue& value) {
-  ValueInput input;
-  input.type = value.type;
-  input.isSet = value.isSet;
-  input.number = value.number;
-  input.data = value.data;
-  return input;
-}
-
 bool ValueInput::IsIn(const ContentValue& value) const {
   if (value.type != type || value.isSet != isSet) return false;
   if (!isSet) return true;

@@ -14,8 +14,6 @@ struct ValueInput {
   unsigned long long number = 0;  // of type 0
   std::string data;               // of types 1 to 5, at most 1024 bytes
 
-  // What a value holds.
-  static ValueInput Of(const ContentValue& value);
   bool isNumber() const { return type == 0; }
   // Whether a value is of this type and holds this data.
   bool IsIn(const ContentValue& value) const;

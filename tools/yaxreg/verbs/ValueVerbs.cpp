@@ -73,26 +73,6 @@ bool IsStored(const Session& session, const std::string& name, const ValueInput&
   return value != nullptr && input.IsIn(*value);
 }
 
-// The library gives the old data's room back before it stores the new data, so the old data usually
-// fits in again.
-bool PutBack(Session& session, const std::string& name, const ValueInput& old) {
-  if (!old.isSet || !session.OpenToChange()) return false;
-  if (Store(session, name, old) != status::kOk) return false;
-  return session.Close() && IsStored(session, name, old);
-}
-
-ExitCode FailSet(Session& session, const std::string& name, const ValueInput& old,
-                 unsigned int result) {
-  if (IsStored(session, name, old)) return session.FailWithStatus(result);
-  const bool isFull = result == status::kLimit || result == status::kNoSpace;
-  const std::string words = isFull ? "the registry is full" : tamu::registry::StatusText(result);
-  if (PutBack(session, name, old)) {
-    return session.FailWithStatus(
-        result, words + ", the value is as it was; yaxreg compact may help with a full one");
-  }
-  return session.FailWithStatus(result, words + ", and the value is not set any more");
-}
-
 // ---- add
 
 unsigned int Create(Session& session, const std::string& name, const ValueInput& input) {
@@ -135,13 +115,11 @@ ExitCode RunSet(Invocation& call) {
   if (!session.HasRight(*key, tamu::registry::kRightModify)) return session.code();
   const ContentValue* const value = session.FindValue(*key, name);
   if (value == nullptr) return session.code();
-  const ValueInput old = ValueInput::Of(*value);
   const bool changes = !input.IsIn(*value);
   const unsigned int result = Store(session, name, input);
+  if (result != status::kOk) return session.FailWithStatus(result);
   if (!session.Close()) return session.code();
-  if (result == status::kOk && IsStored(session, name, input)) return session.EndOfChange(changes);
-  // Through a handle the library answers 0 when there is no room.
-  return FailSet(session, name, old, result == status::kOk ? session.UnseenStatus() : result);
+  return IsStored(session, name, input) ? session.EndOfChange(changes) : session.FailUnseen();
 }
 
 ExitCode RunAdd(Invocation& call) {
