@@ -46,6 +46,11 @@ size_t CountOf(const ContentKey& key, const std::string& name) {
   return static_cast<size_t>(std::count_if(key.values.begin(), key.values.end(), isIt));
 }
 
+// A change that the library has refused, or could not write.
+ExitCode FailChange(Session& session, unsigned int result) {
+  return result == status::kInputOutput ? session.FailUnseen() : session.FailWithStatus(result);
+}
+
 // ---- set
 
 // Without a handle the library writes only the low half of a number.
@@ -117,7 +122,7 @@ ExitCode RunSet(Invocation& call) {
   if (value == nullptr) return session.code();
   const bool changes = !input.IsIn(*value);
   const unsigned int result = Store(session, name, input);
-  if (result != status::kOk) return session.FailWithStatus(result);
+  if (result != status::kOk) return FailChange(session, result);
   if (!session.Close()) return session.code();
   return IsStored(session, name, input) ? session.EndOfChange(changes) : session.FailUnseen();
 }
@@ -137,7 +142,7 @@ ExitCode RunAdd(Invocation& call) {
                                                        " already; set changes it, --hide hides it");
   }
   const unsigned int result = Create(session, name, input);
-  if (result != status::kOk) return session.FailWithStatus(result);
+  if (result != status::kOk) return FailChange(session, result);
   if (!session.Close()) return session.code();
   const ContentKey* const changed = session.Key();
   if (changed == nullptr) return session.code();
