@@ -190,10 +190,10 @@ TEST_F(ComponentThreads, MakeObjectsByAFactoryThatNobodyCountsWhileAnotherUnload
   std::atomic<bool> isOver{false};
   OnThreads(2, [&](unsigned int i) {
     if (i == 1) {
-      while (!isOver) Unload(kOwn);
+      while (!isOver) UnloadAndPause(kOwn);
       return;
     }
-    for (unsigned int round = 0; round < 20000; ++round) {
+    for (unsigned int round = 0; round < 5000; ++round) {
       void* object = nullptr;
       Expect(yax_->GetComponentInstance(kOwn, IID_ITestObject, &object) == 0);
       if (object == nullptr) continue;
@@ -203,7 +203,7 @@ TEST_F(ComponentThreads, MakeObjectsByAFactoryThatNobodyCountsWhileAnotherUnload
     isOver = true;
   });
   EXPECT_EQ(surprises_, 0u);
-  EXPECT_EQ(Notes().factoryReleases, 20000u);
+  EXPECT_EQ(Notes().factoryReleases, 5000u);
   EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
   EXPECT_EQ(Notes().opened, Notes().closed);
 }
