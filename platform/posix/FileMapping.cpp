@@ -25,6 +25,11 @@ const unsigned char* Map(int fd, unsigned int size) {
   return bytes == MAP_FAILED ? nullptr : static_cast<const unsigned char*>(bytes);
 }
 
+unsigned char* MapShared(int fd, unsigned int size) {
+  void* bytes = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
+  return bytes == MAP_FAILED ? nullptr : static_cast<unsigned char*>(bytes);
+}
+
 void Unmap(const unsigned char* bytes, unsigned int size) {
   munmap(const_cast<unsigned char*>(bytes), size);
 }

@@ -6,6 +6,10 @@ const unsigned char* Map(int, unsigned int) {
   return nullptr;
 }
 
+unsigned char* MapShared(int, unsigned int) {
+  return nullptr;
+}
+
 void Unmap(const unsigned char*, unsigned int) {}
 
 }  // namespace posix

@@ -6,11 +6,16 @@
 #include "platform/posix/PosixCalls.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/types.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
 
 static_assert(sizeof(off_t) == 8, "offsets are 64 bits wide");
 
@@ -51,6 +56,14 @@ int Open(const char* path) {
 
 int OpenEmpty(const char* path) {
   return OpenWith(path, O_WRONLY | O_CREAT | O_TRUNC);
+}
+
+int OpenOrMake(const char* path) {
+  return OpenWith(path, O_RDWR | O_CREAT | O_NOFOLLOW);
+}
+
+int MakeNew(const char* path) {
+  return OpenWith(path, O_RDWR | O_CREAT | O_EXCL);
 }
 
 // Not repeated: the descriptor is free even when the call was interrupted, and its number may
@@ -96,6 +109,88 @@ long PositionedWrite(int fd, const void* data, unsigned int size, unsigned long 
 
 bool Truncate(int fd, unsigned int length) {
   return Retry([=] { return ftruncate(fd, static_cast<off_t>(length)); }) == 0;
+}
+
+bool Allocate(int fd, unsigned int length) {
+  int error = EINTR;
+  while (error == EINTR) error = posix_fallocate(fd, 0, static_cast<off_t>(length));
+  return error == 0;
+}
+
+bool SyncData(int fd) {
+  return Retry([=] { return fdatasync(fd); }) == 0;
+}
+
+bool LockAlone(int fd) {
+  return Retry([=] { return flock(fd, LOCK_EX | LOCK_NB); }) == 0;
+}
+
+void TakeRightsOf(int fd, const char* model) {
+  struct stat info;
+  if (Retry([&] { return stat(model, &info); }) != 0) return;
+  if (fchown(fd, info.st_uid, info.st_gid) != 0)
+    return;  // somebody else's: the umask's rights stay
+  static_cast<void>(Retry([&] { return fchmod(fd, info.st_mode & 0666); }));
+}
+
+int Link(const char* from, const char* to) {
+  return link(from, to) == 0 ? 0 : errno;
+}
+
+bool Rename(const char* from, const char* to) {
+  return rename(from, to) == 0;
+}
+
+bool Remove(const char* path) {
+  return unlink(path) == 0;
+}
+
+bool SyncFolderOf(const char* path) {
+  const char* slash = std::strrchr(path, '/');
+  char folder[PATH_MAX];
+  const size_t length = slash == nullptr ? 0 : static_cast<size_t>(slash - path) + 1;
+  if (length >= sizeof folder) return false;
+  std::memcpy(folder, path, length);
+  folder[length] = 0;
+  const int fd = open(length == 0 ? "." : folder, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (fd < 0) return false;
+  const bool synced = Retry([=] { return fsync(fd); }) == 0;
+  close(fd);
+  return synced;
+}
+
+bool RealPath(const char* path, char* real, unsigned int capacity) {
+  char* found = realpath(path, nullptr);
+  if (found == nullptr) return false;
+  const size_t size = std::strlen(found) + 1;
+  if (size <= capacity) std::memcpy(real, found, size);
+  std::free(found);
+  return size <= capacity;
+}
+
+// The text there is 36 characters, hexadecimal digits and hyphens.
+bool BootId(unsigned char (&id)[16]) {
+  char text[64] = {};
+  const int fd = open("/proc/sys/kernel/random/boot_id", O_RDONLY | O_CLOEXEC);
+  if (fd < 0) return false;
+  const ssize_t got = Retry([&] { return read(fd, text, sizeof text - 1); });
+  close(fd);
+  if (got < 36) return false;
+  unsigned int digits = 0;
+  for (const char* at = text; *at != 0 && digits < 32; ++at) {
+    unsigned int digit = 0;
+    if (*at >= '0' && *at <= '9') {
+      digit = static_cast<unsigned int>(*at - '0');
+    } else if (*at >= 'a' && *at <= 'f') {
+      digit = static_cast<unsigned int>(*at - 'a') + 10;
+    } else {
+      continue;
+    }
+    unsigned char& byte = id[digits / 2];
+    byte = static_cast<unsigned char>(digits % 2 == 0 ? digit << 4 : byte | digit);
+    ++digits;
+  }
+  return digits == 32;
 }
 
 }  // namespace posix

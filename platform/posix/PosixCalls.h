@@ -1,8 +1,8 @@
-// Every system call that PCFile makes, except those of the mapping (FileMapping.h).
+// Every system call on files that the library makes, except those of the mappings (FileMapping.h).
 //
-// The functions keep no state, and each repeats a call that a signal interrupted. PCFile decides
-// everything else, so another implementation can be linked in place of PosixCalls.cpp, for instance
-// one whose calls fail.
+// The functions keep no state, and each repeats a call that a signal interrupted. PCFile and
+// PCSideFile decide everything else, so another implementation can be linked in place of
+// PosixCalls.cpp, for instance one whose calls fail.
 #pragma once
 
 namespace posix {
@@ -13,6 +13,13 @@ int Open(const char* path);
 // Opens the file for writing, made with mode 0666 less the umask where there is none, and empties
 // it. Returns as Open does.
 int OpenEmpty(const char* path);
+// Opens a file for reading and writing that is made with mode 0666 less the umask where there is
+// none; an existing one keeps its bytes. A symbolic link at the path is not followed. Returns as
+// Open does.
+int OpenOrMake(const char* path);
+// Makes a file for reading and writing at a path where nothing is, with mode 0666 less the umask.
+// Returns as Open does.
+int MakeNew(const char* path);
 // Closes the descriptor, which is gone afterwards in any case. False when the system reports that
 // something written before was lost.
 bool Close(int fd);
@@ -33,5 +40,28 @@ long PositionedRead(int fd, void* buffer, unsigned int size, unsigned long long 
 long PositionedWrite(int fd, const void* data, unsigned int size, unsigned long long offset);
 // Makes the file `length` bytes long.
 bool Truncate(int fd, unsigned int length);
+// Makes the file at least `length` bytes long, with blocks of the disk for all of them.
+bool Allocate(int fd, unsigned int length);
+// Waits until what was written to the file is on the disk, and its length.
+bool SyncData(int fd);
+
+// The file becomes this descriptor's alone until it is closed; false when it is another's.
+bool LockAlone(int fd);
+// Gives the file the owner, the group and the rights to read and write of the file at `model`, as
+// far as the system allows it.
+void TakeRightsOf(int fd, const char* model);
+
+// Gives the file at `from` the name `to`, which nothing else may have. Returns 0 or errno.
+int Link(const char* from, const char* to);
+// Gives the file at `from` the name `to`; what had it goes.
+bool Rename(const char* from, const char* to);
+bool Remove(const char* path);
+// Waits until the names in the folder of `path` are on the disk.
+bool SyncFolderOf(const char* path);
+// Writes the path without symbolic links, ended by 0. False when nothing is there, or for more than
+// `capacity` bytes.
+bool RealPath(const char* path, char* real, unsigned int capacity);
+// Writes the 16 bytes that the system has drawn when it was started.
+bool BootId(unsigned char (&id)[16]);
 
 }  // namespace posix

@@ -5,11 +5,14 @@
 #include "tests/support/FaultCalls.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <map>
 
 #include "platform/posix/PosixCalls.h"
@@ -172,6 +175,16 @@ int OpenEmpty(const char* path) {
   return faults::Opened(open(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666), path);
 }
 
+int OpenOrMake(const char* path) {
+  if (faults::Judge(path, false) == Verdict::kFail) return -ENOSPC;
+  return faults::Opened(open(path, O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0666), path);
+}
+
+int MakeNew(const char* path) {
+  if (faults::Judge(path, false) == Verdict::kFail) return -ENOSPC;
+  return faults::Opened(open(path, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666), path);
+}
+
 bool Close(int fd) {
   faults::sPaths.erase(fd);
   return close(fd) == 0;
@@ -226,6 +239,54 @@ long PositionedWrite(int fd, const void* data, unsigned int size, unsigned long 
 bool Truncate(int fd, unsigned int length) {
   if (faults::Judge(faults::PathOf(fd), false) == Verdict::kFail) return false;
   return ftruncate(fd, static_cast<off_t>(length)) == 0;
+}
+
+bool Allocate(int fd, unsigned int length) {
+  if (faults::Judge(faults::PathOf(fd), false) == Verdict::kFail) return false;
+  return posix_fallocate(fd, 0, static_cast<off_t>(length)) == 0;
+}
+
+bool SyncData(int fd) {
+  return faults::Judge(faults::PathOf(fd), false) != Verdict::kFail;
+}
+
+bool LockAlone(int fd) {
+  return flock(fd, LOCK_EX | LOCK_NB) == 0;
+}
+
+void TakeRightsOf(int, const char*) {}
+
+int Link(const char* from, const char* to) {
+  if (faults::Judge(to, false) == Verdict::kFail) return EIO;
+  return link(from, to) == 0 ? 0 : errno;
+}
+
+bool Rename(const char* from, const char* to) {
+  if (faults::Judge(to, false) == Verdict::kFail) return false;
+  return rename(from, to) == 0;
+}
+
+bool Remove(const char* path) {
+  if (faults::Judge(path, false) == Verdict::kFail) return false;
+  return unlink(path) == 0;
+}
+
+bool SyncFolderOf(const char* path) {
+  return faults::Judge(path, false) != Verdict::kFail;
+}
+
+bool RealPath(const char* path, char* real, unsigned int capacity) {
+  char* found = realpath(path, nullptr);
+  if (found == nullptr) return false;
+  const size_t size = std::strlen(found) + 1;
+  if (size <= capacity) std::memcpy(real, found, size);
+  std::free(found);
+  return size <= capacity;
+}
+
+bool BootId(unsigned char (&id)[16]) {
+  std::memset(id, 7, sizeof id);
+  return true;
 }
 
 }  // namespace posix
