@@ -43,6 +43,14 @@ class PCFile {
   bool Missing() const;
   // Current length, asked of the system; 0 when closed, 0xFFFFFFFF when it is longer.
   unsigned int Size() const;
+  // The same without asking the system while the file is mapped: what this object has seen of it.
+  unsigned int KnownLength() const { return mMap != nullptr ? mMapLength : Size(); }
+  // Where the next transfer begins; 0xFFFFFFFF when it is farther.
+  unsigned int Position() const {
+    return mPosition < 0xFFFFFFFF ? static_cast<unsigned int>(mPosition) : 0xFFFFFFFF;
+  }
+  // Waits until what was written is on the disk, and the length.
+  int Sync();
   // Moves the length that Truncate(0) must not cut.
   void Protect(unsigned int length) { mProtected = length; }
   // True when `path` leads to the file that is open here (symbolic links followed).

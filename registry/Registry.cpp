@@ -3,6 +3,7 @@
 
 #include <new>
 
+#include "platform/CVekforTamu.h"
 #include "platform/PCFile.h"
 #include "registry/RegistryLock.h"
 #include "registry/RegistryRouting.h"
@@ -74,11 +75,20 @@ unsigned int Registry::OpenTrees() {
   fileTree = new (std::nothrow) TernaryRegistry(nullptr, nullptr);
   keyTree = new (std::nothrow) TernaryKeyTree(nullptr);
   if (handles == nullptr || handles->EnsureCapacity(kHandleSlots) != status::kOk ||
-      fileTree == nullptr || keyTree == nullptr || keyTree->Initialize(path) != status::kOk) {
+      fileTree == nullptr || keyTree == nullptr ||
+      keyTree->Open(path, options_.durability) != status::kOk) {
     delete handles;
     delete fileTree;
     fileTree = nullptr;
     return status::kNoMemory;
+  }
+  const unsigned int result = CheckDurability();
+  if (result != status::kOk) {
+    keyTree->Finalize();
+    delete handles;
+    delete fileTree;
+    fileTree = nullptr;
+    return result;
   }
   fileTree->ShareStore(keyTree->File());
   fileTree->Initialize(path);  // operations report what is wrong
@@ -87,6 +97,35 @@ unsigned int Registry::OpenTrees() {
   instance->daemon = nullptr;
   instance->handles = handles;
   return status::kOk;
+}
+
+// What was asked for is had; who has asked for nothing is told.
+unsigned int Registry::CheckDurability() {
+  if (keyTree->File()->EffectiveDurability() == options_.durability) return status::kOk;
+  if (optionsGiven_) return status::kNoSpace;
+  constexpr int kLevel = 3;
+  CVekforTamu::Print(
+      kLevel, VekMessage::CreateVekMessage(
+                  "", __LINE__, "%s: no journal; a process that dies may leave a change half done",
+                  path));
+  return status::kOk;
+}
+
+unsigned int Registry::SetOptions(const RegistryOptions& options) {
+  if (instance != nullptr || options.durability > Durability::kPower) return status::kBadArgument;
+  options_ = options;
+  optionsGiven_ = true;
+  return status::kOk;
+}
+
+Durability Registry::EffectiveDurability() const {
+  return IsReady() ? keyTree->File()->EffectiveDurability() : Durability::kNone;
+}
+
+unsigned int Registry::Sync() {
+  if (!IsReady()) return status::kNoRight;
+  PCMutexGuard guard(instance->operationLock);
+  return keyTree->File()->Sync();
 }
 
 // Whoever is the last on the file destroys what the instance holds; the others only let go. A

@@ -6,6 +6,7 @@
 #include <type_traits>
 
 #include "platform/Export.h"
+#include "registry/base/Durability.h"
 #include "registry/base/KeyInfo.h"
 #include "registry/base/NameList.h"
 #include "registry/base/RCEString.h"
@@ -23,6 +24,13 @@ class RegistryInterface;
 class RegistryLock;
 class TernaryKeyTree;
 class TernaryRegistry;
+
+// How a registry is opened.
+struct RegistryOptions {
+  // kProcess and kPower keep a file beside the registry while it is open: its name with ".journal"
+  // behind it, 64 KiB as a rule. The last object on a path removes it.
+  Durability durability = Durability::kProcess;
+};
 
 // Construct, Initialize, use, Finalize (the destructor does it too).
 //
@@ -59,11 +67,24 @@ class YAX_API Registry {
   Registry(const Registry&) = delete;
   Registry& operator=(const Registry&) = delete;
 
-  // Opens the file; makes a new one of 75888 bytes when nothing is at the path. The argument is not
-  // used. On an object that is initialised: 0.
+  // Before Initialize; afterwards kBadArgument. What is asked for here is had, or Initialize
+  // answers kNoSpace: where no journal can be made, or where kProcess finds no shared mappings.
+  // Without options a registry is opened with kProcess where that is possible, and else with kNone
+  // (a debug message tells it). Of several objects on a path the one that opens it counts.
+  unsigned int SetOptions(const RegistryOptions& options);
+  // What changes survive now; kNone on an object without operations.
+  Durability EffectiveDurability() const;
+  // Waits until everything that was acknowledged is on the disk, whatever the mode. kInputOutput:
+  // the disk has lost something; with kPower the registry answers kInputOutput until it is opened
+  // again.
+  unsigned int Sync();
+
+  // Opens the file, after completing or dropping a change that a process has died in; makes a new
+  // one of 75888 bytes when nothing is at the path. The argument is not used. On an object that is
+  // initialised: 0.
   // kInvalidFile: the file is too short or no registry; it is left alone. kNoMemory: no memory, or
   // the file cannot be opened, made or used for another reason; it is left alone. kInputOutput: no
-  // semaphore. kBadArgument: null path.
+  // semaphore. kBadArgument: null path. kNoSpace: see SetOptions.
   unsigned int Initialize(unsigned int unused = 0);
   // Gives the file up; the last object on a path closes it. Operations then answer kNoRight.
   void Finalize();
@@ -195,6 +216,7 @@ class YAX_API Registry {
   bool IsReady() const { return keyTree != nullptr && fileTree != nullptr && instance != nullptr; }
   unsigned int CheckFile() const;
   unsigned int OpenTrees();
+  unsigned int CheckDurability();
   unsigned int DropHandles();
   template <class Operation>
   unsigned int Route(unsigned int handle, Operation operation);
@@ -206,7 +228,9 @@ class YAX_API Registry {
   RegistryInstance* instance = nullptr;
   RegistryLock* lock = nullptr;
   unsigned char directMode = 1;  // the last operation was without a handle
-  bool pathGiven_;               // `path` is null only because there was no memory
+  RegistryOptions options_;
+  bool optionsGiven_ = false;
+  bool pathGiven_;  // `path` is null only because there was no memory
 };
 
 }  // namespace tamu::registry

@@ -152,6 +152,10 @@ unsigned int PCFile::Size() const {
   return length < 0 ? 0 : Saturate(static_cast<unsigned long long>(length));
 }
 
+int PCFile::Sync() {
+  return IsOpen() && posix::SyncData(mFd) ? 1 : 0;
+}
+
 bool PCFile::SameFile(const char* path) const {
   return IsOpen() && path != nullptr && posix::SameFile(mFd, path);
 }

@@ -67,7 +67,7 @@ int PCSideFile::Resize(unsigned int length) {
   if (!IsOpen()) return 0;
   if (length < mMapLength) DropMapping();
   if (Size() > length && !posix::Truncate(mFd, length)) return 0;
-  return posix::Allocate(mFd, length) ? 1 : 0;
+  return length == 0 || posix::Allocate(mFd, length) ? 1 : 0;
 }
 
 unsigned char* PCSideFile::Map(unsigned int length) {

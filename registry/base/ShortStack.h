@@ -33,6 +33,7 @@ class ShortStack {
   const T& Top() const { return items_[count_ - 1]; }
   // The i-th from the bottom.
   T& operator[](unsigned int i) { return items_[i]; }
+  const T& operator[](unsigned int i) const { return items_[i]; }
   unsigned int Count() const { return count_; }
   bool IsEmpty() const { return count_ == 0; }
   // Drops all but the n elements at the bottom.

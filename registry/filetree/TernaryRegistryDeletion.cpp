@@ -21,8 +21,7 @@ unsigned int TernaryRegistry::DeleteAllValues(unsigned int, unsigned int keyNode
   if (result == status::kOk) result = values.CollectValues(key);
   if (result == status::kNoMemory) return result;
   values.Release(changes).Ignore();  // what cannot be given back stays in use
-  changes.Keep();
-  return result;
+  return changes.Keep(result);
 }
 
 unsigned int TernaryRegistry::DeleteSingleKey(unsigned int, unsigned int keyNode) {
@@ -36,9 +35,7 @@ unsigned int TernaryRegistry::DeleteSingleKey(unsigned int, unsigned int keyNode
   if (key.firstValue() != 0 && DeleteAllValues(0, keyNode) == status::kNoMemory) {
     return status::kNoMemory;
   }
-  result = changes.Release(NodeKind::kKey, keyNode);
-  changes.Keep();
-  return result;
+  return changes.Keep(changes.Release(NodeKind::kKey, keyNode));
 }
 
 unsigned int TernaryRegistry::RecursiveDeleteKeyTree(unsigned int, unsigned int node) {
@@ -50,8 +47,7 @@ unsigned int TernaryRegistry::RecursiveDeleteKeyTree(unsigned int, unsigned int 
   Status result = nodes.Prepare();
   if (result.IsOk()) result = nodes.CollectSubtree(node);
   if (!result.IsOk()) return result;
-  changes.Keep();  // what cannot be given back stays in use
-  return nodes.Release(changes);
+  return changes.Keep(nodes.Release(changes));  // what cannot be given back stays in use
 }
 
 // Finds the key and what goes with it: itself and all that is below its string node. Damage does

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "platform/PCMutex.h"
+#include "registry/base/Durability.h"
 #include "registry/base/Status.h"
 #include "registry/keytree/RegistryInterface.h"
 #include "registry/memtree/TernaryString.h"
@@ -62,6 +63,11 @@ class TernaryKeyTree : public RegistryInterface {
 
   // The store; null before Initialize and after Finalize. Stays this tree's.
   TernaryFile* File() const { return file; }
+  // Initialize with what changes survive, if that can be had.
+  unsigned int Open(const char* path, Durability durability) {
+    durability_ = durability;
+    return Initialize(path);
+  }
 
   // ---- search (TernaryKeyTreeSearch.cpp)
 
@@ -271,6 +277,7 @@ class TernaryKeyTree : public RegistryInterface {
   TernaryString* startString = nullptr;  // of the root key, once it was needed
   unsigned char initialized = 0;
   TernaryFile* file = nullptr;       // owned
+  Durability durability_ = Durability::kNone;
   RegistryDaemon* daemon;            // kept, not used
   PCMutex spareLock;                 // made and given back with the tree; nothing takes it
   PCMutex treeLock;                  // held over every whole operation

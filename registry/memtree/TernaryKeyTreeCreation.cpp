@@ -50,8 +50,14 @@ unsigned int TernaryKeyTree::CreateKeyNode(unsigned int, unsigned int owner,
   if (initialized == 0) return status::kNoRight;
   Changes changes(*file);
   const TernaryKeyNode record = NewRecord(owner, permission, defaultValue, isSet);
-  const Status result = TakeKey(changes, record, key);
-  if (result.IsOk()) changes.Keep();
+  TernaryKey* made = nullptr;
+  Status result = TakeKey(changes, record, made);
+  if (result.IsOk()) result = changes.Keep(result);
+  if (result.IsOk()) {
+    key = made;
+  } else {
+    delete made;
+  }
   return result;
 }
 
@@ -89,8 +95,8 @@ unsigned int TernaryKeyTree::CreateRootKey() {
   NewName name;
   if (result.IsOk()) result = name.Write(changes, "", key);
   if (result.IsOk()) result = changes.SetStartNode(name.First()->id);
+  if (result.IsOk()) result = changes.Keep(result);
   if (!result.IsOk()) return result;
-  changes.Keep();
   startString = name.LetGo();
   made.release();  // the string has it
   return result;

@@ -11,7 +11,9 @@
 namespace tamu::registry {
 
 Changes::Changes(FileStore& store) : StoreAccess(store), store_(store), start_(store.undo_.Here()) {
-  ++store_.changes_;
+  if (store_.changes_++ == 0 && store_.journal_.IsOn() && store_.undo_.IsEmpty()) {
+    store_.file_.BeginGathering();
+  }
 }
 
 // What cannot be undone now is undone by the next access that finds the file writable: also what a
@@ -19,7 +21,12 @@ Changes::Changes(FileStore& store) : StoreAccess(store), store_(store), start_(s
 Changes::~Changes() {
   if (!kept_) UndoTo(start_);
   if (--store_.changes_ > 0) return;
-  if (store_.undo_.Finish(store_.file_, store_.tables_)) store_.undo_.Clear();
+  store_.file_.EndGathering();
+  if (store_.undo_.Finish(store_.file_, store_.tables_)) {
+    store_.undo_.Clear();
+    store_.journal_.Settle();
+  }
+  if (store_.journal_.IsBroken()) store_.file_.Abandon();
 }
 
 Status Changes::End(Status result) {
@@ -31,9 +38,19 @@ Status Changes::End(Status result) {
     case status::kInvalidFile:
       return result;
     default:
-      kept_ = true;
-      return result;
+      return Keep(result);
   }
+}
+
+// What has reached the file only in part is undone there, and not in what is gathered.
+Status Changes::Keep(Status result) {
+  kept_ = true;
+  if (store_.changes_ > 1 || !store_.file_.IsGathering()) return result;
+  const Status committed = store_.journal_.Commit(store_.file_);
+  if (committed.IsOk()) return result;
+  kept_ = false;
+  if (store_.journal_.IsOwing()) store_.file_.EndGathering();
+  return committed;
 }
 
 Status Changes::WriteBytes(unsigned int offset, unsigned int size, const void* data) {

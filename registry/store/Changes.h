@@ -19,10 +19,11 @@ class Changes : public StoreAccess {
 
   // Ends the change with an operation's answer, which it returns. What was written stays with a
   // success and with a refusal, and is undone with a failure: of input or output, of memory, of
-  // room on the disk, of a damaged file.
+  // room on the disk, of a damaged file. So it is when it cannot be made a part of the file: the
+  // answer is then kInputOutput, kNoSpace or kNoMemory. The last that is done with the change.
   Status End(Status result);
-  // What was written stays, whatever the answer.
-  void Keep() { kept_ = true; }
+  // The same; what was written stays, whatever the answer.
+  Status Keep(Status result);
   bool IsKept() const { return kept_; }
   // A place to which UndoTo takes everything back that was written after it.
   Mark Here() const { return store_.undo_.Here(); }

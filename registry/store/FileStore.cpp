@@ -1,6 +1,7 @@
 #include "registry/store/FileStore.h"
 
 #include "registry/format/FileHeader.h"
+#include "registry/store/JournalRecovery.h"
 #include "registry/store/ProcessFile.h"
 #include "registry/store/StoreAccess.h"
 
@@ -22,17 +23,34 @@ Status FileStore::Open(const char* path) {
 
 // Nothing of what is open is given up before the new file has all that is needed.
 Status FileStore::Load(const char* path) {
+  journal_.Stop(file_);
   tables_.Clear();
   undo_.Clear();
   ProcessFile::Opening opening;
   Status result = file_.Open(opening, path);
+  if (result.IsOk()) result = JournalRecovery(file_).Run(path);
   if (result.IsOk()) result = tables_.Load(file_);
-  if (result.IsOk()) opening.Keep();
+  if (!result.IsOk()) return result;
+  journal_.Start(durability_, path, file_).Ignore();  // EffectiveDurability tells
+  opening.Keep();
+  return result;
+}
+
+Status FileStore::Sync() {
+  StoreAccess access(*this);
+  if (!file_.IsOpen()) return status::kInputOutput;
+  const Status result = journal_.Sync(file_);
+  if (journal_.IsBroken()) file_.Abandon();
   return result;
 }
 
 void FileStore::FinishUndoing() {
-  if (!file_.IsOpen() || undo_.Finish(file_, tables_)) undo_.Clear();
+  if (!file_.IsOpen()) {
+    undo_.Clear();
+  } else if (undo_.Finish(file_, tables_)) {
+    undo_.Clear();
+    journal_.Settle();
+  }
 }
 
 // A file that exists and cannot be opened must not be emptied by making it.
@@ -55,6 +73,7 @@ void FileStore::Close() {
   if (!lock_.IsCreated()) return;
   {
     StoreAccess access(*this);
+    journal_.Stop(file_);
     file_.Close();
     tables_.Clear();
     undo_.Clear();
@@ -69,6 +88,7 @@ Status FileStore::Make(const char* path, unsigned int budget) {
   const FileLayout layout(budget);
   if (!layout.IsPossible()) return status::kNoSpace;
   StoreAccess access(*this);
+  journal_.Stop(file_);
   if (!PCFile::Make(path)) return status::kNoSpace;
   // Nobody goes on with what has just been emptied.
   if (file_.IsOpen() || ProcessFile::File().SameFile(path)) ProcessFile::Close();

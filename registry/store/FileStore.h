@@ -3,6 +3,7 @@
 
 #include "platform/PCMutex.h"
 #include "registry/format/FileLayout.h"
+#include "registry/store/Journal.h"
 #include "registry/store/TableMap.h"
 #include "registry/store/UndoLog.h"
 
@@ -42,6 +43,13 @@ class FileStore {
   // After Open answered kCannotOpen: true when nothing is at the path.
   bool PathMissing() const { return file_.IsMissing(); }
 
+  // What changes survive from the next opening on, if that can be had: else the file is opened with
+  // kNone (EffectiveDurability). kNone at first.
+  void SetDurability(Durability durability) { durability_ = durability; }
+  Durability EffectiveDurability() const { return journal_.Mode(); }
+  // Waits until all that was changed is on the disk. kInputOutput.
+  Status Sync();
+
   // A StoreAccess is held by whoever uses these.
   const TableMap& Tables() const { return tables_; }
   TableMap& Tables() { return tables_; }
@@ -63,6 +71,8 @@ class FileStore {
   StoreFile file_;
   TableMap tables_;
   UndoLog undo_;
+  Journal journal_;
+  Durability durability_ = Durability::kNone;
   unsigned int changes_ = 0;  // scopes of Changes that are open
   PCMutex lock_;
 };

@@ -1,5 +1,6 @@
 #include "registry/store/StoreFile.h"
 
+#include "platform/PCMem.h"
 #include "registry/format/Codec.h"
 
 namespace tamu::registry {
@@ -36,14 +37,76 @@ unsigned int StoreFile::Size() const {
   return file_.Size();
 }
 
-Status StoreFile::Read(unsigned int offset, unsigned int size, void* buffer) const {
+Status StoreFile::ReadStraight(unsigned int offset, unsigned int size, void* buffer) const {
   if (!IsOpen() || !file_.Seek(offset) || !file_.Read(buffer, size)) return status::kInputOutput;
   return status::kOk;
 }
 
-Status StoreFile::Write(unsigned int offset, unsigned int size, const void* data) {
+Status StoreFile::WriteStraight(unsigned int offset, unsigned int size, const void* data) {
+  NoteStraight(offset);
+  return WriteCommitted(offset, size, data);
+}
+
+Status StoreFile::WriteCommitted(unsigned int offset, unsigned int size, const void* data) {
   if (!IsOpen() || !file_.Seek(offset) || !file_.Write(data, size)) return status::kInputOutput;
   return status::kOk;
+}
+
+Status StoreFile::Read(unsigned int offset, unsigned int size, void* buffer) const {
+  const Status result = ReadStraight(offset, size, buffer);
+  if (!gathered_.IsEmpty() && result.IsOk()) {
+    gathered_.Lay(offset, size, static_cast<unsigned char*>(buffer));
+  }
+  return result;
+}
+
+Status StoreFile::Write(unsigned int offset, unsigned int size, const void* data) {
+  if (!isGathering_) return WriteStraight(offset, size, data);
+  if (!IsOpen()) return status::kInputOutput;
+  const unsigned long long end = offset + static_cast<unsigned long long>(size);
+  if (end > KnownLength()) return WriteStraight(offset, size, data);
+  return Gather(offset, size, static_cast<const unsigned char*>(data));
+}
+
+Status StoreFile::Gather(unsigned int offset, unsigned int size, const unsigned char* data) {
+  constexpr unsigned int kPage = ChangeSet::kPageSize;
+  while (size > 0) {
+    const unsigned int within = offset % kPage;
+    const unsigned int now = size < kPage - within ? size : kPage - within;
+    ChangeSet::Page* page = gathered_.Find(offset / kPage);
+    if (page == nullptr) page = gathered_.Add(offset / kPage);
+    if (page == nullptr) return status::kNoMemory;
+    const Status filled = page->length < within + now ? Fill(page) : Status(status::kOk);
+    if (!filled.IsOk()) return filled;
+    PCMem::Copy(page->after + within, data, now);
+    offset += now;
+    data += now;
+    size -= now;
+  }
+  return status::kOk;
+}
+
+// The last page of the file is short, and gets longer when the file does.
+Status StoreFile::Fill(ChangeSet::Page* page) {
+  const unsigned int there = KnownLength() - page->Offset();
+  const unsigned int length = there < ChangeSet::kPageSize ? there : ChangeSet::kPageSize;
+  unsigned char* added = page->before + page->length;
+  const unsigned int size = length - page->length;
+  const Status read = ReadStraight(page->Offset() + page->length, size, added);
+  if (!read.IsOk()) return read;
+  PCMem::Copy(page->after + page->length, added, size);
+  page->length = length;
+  return read;
+}
+
+unsigned int StoreFile::TakeLowestStraight() {
+  const unsigned int lowest = lowestStraight_;
+  lowestStraight_ = kNowhere;
+  return lowest;
+}
+
+Status StoreFile::Sync() {
+  return IsOpen() && file_.Sync() ? status::kOk : status::kInputOutput;
 }
 
 Status StoreFile::ReadInteger(unsigned int offset, unsigned int* value) const {
@@ -54,6 +117,7 @@ Status StoreFile::ReadInteger(unsigned int offset, unsigned int* value) const {
 }
 
 Status StoreFile::WriteSequence(unsigned int offset, unsigned int first, unsigned int count) {
+  NoteStraight(offset);
   if (!IsOpen() || !file_.Seek(offset)) return status::kInputOutput;
   unsigned char chunk[kChunkSize];
   constexpr unsigned int kPerChunk = kChunkSize / kWordSize;
@@ -68,6 +132,7 @@ Status StoreFile::WriteSequence(unsigned int offset, unsigned int first, unsigne
 
 Status StoreFile::WriteZero(unsigned int length) {
   if (!IsOpen()) return status::kInputOutput;
+  NoteStraight(file_.Position());
   const unsigned char chunk[kChunkSize] = {};
   for (unsigned int left = length; left > 0;) {
     const unsigned int now = left < kChunkSize ? left : kChunkSize;

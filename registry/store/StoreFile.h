@@ -2,6 +2,7 @@
 #pragma once
 
 #include "registry/base/Status.h"
+#include "registry/store/ChangeSet.h"
 #include "registry/store/ProcessFile.h"
 
 namespace tamu::registry {
@@ -39,6 +40,30 @@ class StoreFile {
   // Writes `length` zero bytes where the last transfer has ended.
   Status WriteZero(unsigned int length);
 
+  // From here on, what is written within the file is gathered and not in the file; reads of this
+  // object see it.
+  void BeginGathering() { isGathering_ = true; }
+  // Drops what is gathered; writes go to the file again.
+  void EndGathering() {
+    gathered_.Clear();
+    isGathering_ = false;
+  }
+  bool IsGathering() const { return isGathering_; }
+  ChangeSet& Gathered() { return gathered_; }
+  // Straight from the file and to it. Whoever writes so changes the file beside what is gathered.
+  Status ReadStraight(unsigned int offset, unsigned int size, void* buffer) const;
+  Status WriteStraight(unsigned int offset, unsigned int size, const void* data);
+  // What was gathered becomes a part of the file.
+  Status WriteCommitted(unsigned int offset, unsigned int size, const void* data);
+  // The lowest offset that was written straight since it was taken the last time.
+  static constexpr unsigned int kNowhere = 0xFFFFFFFF;
+  unsigned int LowestStraight() const { return lowestStraight_; }
+  unsigned int TakeLowestStraight();
+  // The length up to which reads go, without asking the system where that can be.
+  unsigned int KnownLength() const { return file_.KnownLength(); }
+  // Waits until what was written is on the disk. kInputOutput.
+  Status Sync();
+
   // The file may be as long as `end`: false when no position is so far behind.
   bool CanReach(unsigned long long end) const;
   // Up to `length` bytes are the registry's: CutBack leaves them.
@@ -48,7 +73,16 @@ class StoreFile {
   void Abandon();
 
  private:
-  PCFile& file_;                 // the process's
+  Status Gather(unsigned int offset, unsigned int size, const unsigned char* data);
+  Status Fill(ChangeSet::Page* page);
+  void NoteStraight(unsigned int offset) {
+    if (offset < lowestStraight_) lowestStraight_ = offset;
+  }
+
+  PCFile& file_;  // the process's
+  mutable ChangeSet gathered_;
+  bool isGathering_ = false;
+  unsigned int lowestStraight_ = kNowhere;
   unsigned int generation_ = 0;  // of the process's opening that is this object's; 0 = none
   bool missing_ = false;
 };

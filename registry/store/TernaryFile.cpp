@@ -15,8 +15,7 @@ template <class Part>
 unsigned int Change(FileStore& store, Part part) {
   Changes changes(store);
   const Status result = part(changes);
-  if (result.IsOk()) changes.Keep();
-  return result;
+  return result.IsOk() ? changes.Keep(result) : result;
 }
 
 // A write at any offset. Behind the end of the file nothing is written over, and a failure may

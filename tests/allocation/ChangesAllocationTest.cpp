@@ -30,7 +30,7 @@ TEST_F(ChangesAllocationTest, AShortChangeTakesNothing) {
   {
     Changes changes(store);
     EXPECT_EQ(status::kOk, WriteMany(changes, 39));  // of 52 bytes
-    changes.Keep();
+    EXPECT_EQ(changes.Keep(status::kOk), status::kOk);
   }
   EXPECT_EQ(before, heap::sAllocations);
 }
@@ -42,7 +42,9 @@ TEST_F(ChangesAllocationTest, ALongChangeGivesEverythingBack) {
       Changes changes(store);
       EXPECT_EQ(status::kOk, WriteMany(changes, 3000));
       EXPECT_EQ(live + 2, heap::sLive);
-      if (kept) changes.Keep();
+      if (kept) {
+        EXPECT_EQ(changes.Keep(status::kOk), status::kOk);
+      }
     }
     EXPECT_EQ(live, heap::sLive);
   }
@@ -86,7 +88,7 @@ TEST_F(ChangesAllocationTest, AWriteThatCannotBeRememberedIsNotMade) {
   EXPECT_EQ(status::kNoMemory, changes.Write(0x2800, Numbered<TernaryValueNode>()));
   EXPECT_TRUE(Bytes() == before);
   EXPECT_EQ(status::kOk, changes.Write(0x2800, Numbered<TernaryValueNode>()));
-  changes.Keep();
+  EXPECT_EQ(changes.Keep(status::kOk), status::kOk);
 }
 
 // Whichever allocation of a step fails, the step is undone and what was before it stays.

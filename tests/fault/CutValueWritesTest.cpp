@@ -1,6 +1,7 @@
 // Setting a value when the power goes at any byte of any write: no other value loses its data.
 #include "registry/Registry.h"
 #include "tests/platform/TestFiles.h"
+#include "tests/fault/FaultFiles.h"
 #include "tests/support/FaultCalls.h"
 #include "tests/support/StructureCheck.h"
 
@@ -69,6 +70,7 @@ class CutValueWrites : public ::testing::TestWithParam<bool> {
   bool SetUntilTheCut(const Content& after, unsigned int number, unsigned int byte) {
     PutFile(path, bytes_);
     Registry registry(path.c_str(), kAdministratorId);
+    faults::WriteStraight(registry);
     EXPECT_EQ(registry.Initialize(), 0u);
     unsigned int handle = 0;
     if (GetParam()) {

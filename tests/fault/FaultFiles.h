@@ -6,9 +6,18 @@
 #include <string>
 #include <vector>
 
+#include "registry/Registry.h"
+
 namespace faults {
 
 constexpr unsigned int kUserId = 65535;
+
+// The registry is to be opened without a journal.
+inline void WriteStraight(tamu::registry::Registry& registry) {
+  tamu::registry::RegistryOptions options;
+  options.durability = tamu::registry::Durability::kNone;
+  EXPECT_EQ(registry.SetOptions(options), 0u);
+}
 
 // The bytes of a registry with its root key. The file at `path` is made for it.
 std::string NewRegistryFile(const std::string& path);

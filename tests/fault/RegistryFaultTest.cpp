@@ -52,6 +52,7 @@ class RegistryFaults : public ::testing::Test {
     faults::Arm(mode, number);
     {
       Registry registry(path_.c_str(), kUserId);
+      if (!hasJournal_) faults::WriteStraight(registry);
       outcome.opened = registry.Initialize();
       outcome.hitInOpening = faults::Struck() > 0;
       for (const Step& step : faults::Workload()) {
@@ -109,6 +110,7 @@ class RegistryFaults : public ::testing::Test {
 
   // The registry opens, is sound, holds what it must and goes on.
   void ExpectWhole(const Outcome& outcome) {
+    if (hasJournal_) ExpectRecovery();
     EXPECT_EQ(GraveFindings(path_, outcome.Harmless()), "");
     Registry registry(path_.c_str(), kUserId);
     ASSERT_EQ(registry.Initialize(), 0u);
@@ -128,6 +130,12 @@ class RegistryFaults : public ::testing::Test {
     ExpectKnown(registry, outcome);
   }
 
+  // What the registry could not undo is undone when it is opened again.
+  void ExpectRecovery() {
+    Registry registry(path_.c_str(), kUserId);
+    EXPECT_EQ(registry.Initialize(), 0u);
+  }
+
   // Faults at every call in turn.
   void FailEverywhere(Mode mode, const std::string& base) {
     unsigned int number = 0;
@@ -142,7 +150,7 @@ class RegistryFaults : public ::testing::Test {
       }
       completed = outcome.completed || faults::TooManyFailures();
     }
-    EXPECT_GT(number, 200u);  // the workload is one
+    EXPECT_GT(number, hasJournal_ ? 100u : 200u);  // the workload is one
     // A node is cut in three writes. Between the last two of them, and only there, what lies below
     // it has lost the beginning of its name.
     unsigned int keySteps = 0;
@@ -163,6 +171,7 @@ class RegistryFaults : public ::testing::Test {
   const std::string folder_ = dir_ / "run/";  // of one run
   const std::string path_ = folder_ + "registry.rce";
   std::string clean_;
+  bool hasJournal_ = false;
   unsigned int runsWithLostNames_ = 0;
 };
 
@@ -188,6 +197,18 @@ TEST_F(RegistryFaults, AllCallsFailFromOneOnWhileTheFileGrows) {
 
 TEST_F(RegistryFaults, AllCallsFailFromTheMakingOfTheFileOn) {
   FailEverywhere(Mode::kFailFrom, "");
+}
+
+TEST_F(RegistryFaults, OneCallFailsBesideAJournal) {
+  hasJournal_ = true;
+  FailEverywhere(Mode::kFailOnce, NewRegistryFile(clean_));
+  FailEverywhere(Mode::kFailOnce, AlmostFullFile(clean_));
+}
+
+TEST_F(RegistryFaults, AllCallsFailFromOneOnBesideAJournal) {
+  hasJournal_ = true;
+  FailEverywhere(Mode::kFailFrom, NewRegistryFile(clean_));
+  FailEverywhere(Mode::kFailFrom, AlmostFullFile(clean_));
 }
 
 TEST_F(RegistryFaults, ThePowerGoesInANewFile) {

@@ -1,6 +1,7 @@
 // Whole keys deleted and restored where a file can no longer be written.
 #include "registry/Registry.h"
 #include "tests/registry/filetree/BackupTesting.h"
+#include "tests/fault/FaultFiles.h"
 #include "tests/support/FaultCalls.h"
 
 namespace tamu::registry {
@@ -39,6 +40,7 @@ class RegistrySubtreeFaults : public ::testing::Test {
   unsigned int With(Mode mode, unsigned int number, Operation operation) {
     PutFile(path_, image_);
     Registry registry(path_.c_str(), kAdmin);
+    faults::WriteStraight(registry);
     EXPECT_EQ(registry.Initialize(), 0u);
     faults::Arm(mode, number);
     const unsigned int status = operation(registry);

@@ -28,7 +28,7 @@ class NameSplitTest : public storetests::StoreTest {
     string->node->setHasKey(true);
     string->node->setLo(0xA00);
     WriteBoth(changes);
-    changes.Keep();
+    EXPECT_EQ(changes.Keep(status::kOk), status::kOk);
   }
   void WriteBoth(Changes& changes) {
     ASSERT_EQ(status::kOk, changes.Write(0x100, *parent->node));
@@ -40,7 +40,7 @@ class NameSplitTest : public storetests::StoreTest {
     SetLink(parent->node, link, 0x200);
     Changes changes(store);
     WriteBoth(changes);
-    changes.Keep();
+    EXPECT_EQ(changes.Keep(status::kOk), status::kOk);
   }
   std::string Record(unsigned int slot) {
     TernaryStringNode node;
@@ -108,7 +108,7 @@ TEST_F(NameSplitTest, AppliedMemoryIsAsTheFile) {
     Changes changes(store);
     NameSplit split;
     ASSERT_EQ(status::kOk, split.Write(changes, string.get(), 2, parent.get()));
-    changes.Keep();
+    EXPECT_EQ(changes.Keep(status::kOk), status::kOk);
     const std::unique_ptr<TernaryString> upper(split.Apply());
     EXPECT_EQ(nullptr, split.Upper());
     EXPECT_EQ(upper.get(), SlotOf(*parent, link));
@@ -127,7 +127,7 @@ TEST_F(NameSplitTest, WithoutAParentTheNewStringIsTheRoot) {
   NameSplit split;
   ASSERT_EQ(status::kOk, split.Write(changes, string.get(), 2, nullptr));
   EXPECT_EQ(0x300u, changes.StartNode());
-  changes.Keep();
+  EXPECT_EQ(changes.Keep(status::kOk), status::kOk);
   const std::string before = Memory().substr(0, 90);  // the parent's record
   const std::unique_ptr<TernaryString> upper(split.Apply());
   EXPECT_EQ(string.get(), upper->equal);
@@ -160,7 +160,7 @@ TEST_F(NameSplitTest, RefusesWhatCannotBeCut) {
     EXPECT_EQ(status::kBadArgument, split.Write(changes, string.get(), 2, string.get()));
     EXPECT_EQ(status::kNoData, split.Write(changes, parent.get(), 0, nullptr));  // no segment
     EXPECT_EQ(nullptr, split.Upper());
-    changes.Keep();
+    EXPECT_EQ(changes.Keep(status::kOk), status::kOk);
   }
   EXPECT_TRUE(Bytes() == bytes);
   EXPECT_EQ(memory, Memory());
@@ -173,7 +173,7 @@ TEST_F(NameSplitTest, RelinksWhereTheStringIsLoaded) {
   Changes changes(store);
   NameSplit split;
   ASSERT_EQ(status::kOk, split.Write(changes, string.get(), 2, parent.get()));
-  changes.Keep();
+  EXPECT_EQ(changes.Keep(status::kOk), status::kOk);
   const std::unique_ptr<TernaryString> upper(split.Apply());
   EXPECT_EQ(upper.get(), parent->higher);
   EXPECT_EQ(nullptr, parent->equal);
@@ -203,7 +203,7 @@ TEST_F(NameSplitTest, FindsTheDirectoryThatALockedParentHasPutAway) {
     NameSplit split;
     ASSERT_EQ(status::kOk, split.Write(changes, string.get(), 2, parent.get()));
     EXPECT_EQ(string.get(), parent->parked);
-    changes.Keep();
+    EXPECT_EQ(changes.Keep(status::kOk), status::kOk);
     upper.reset(split.Apply());
   }
   EXPECT_EQ(nullptr, parent->directory);

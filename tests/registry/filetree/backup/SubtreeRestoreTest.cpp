@@ -122,7 +122,7 @@ TEST_F(SubtreeRestoreTest, WhatIsKeptStaysInUse) {
     stream.Rewind();
     SubtreeRestore restored(changes, stream);
     ASSERT_EQ(restored.Restore(found, false), 0u);
-    changes.Keep();
+    EXPECT_EQ(changes.Keep(status::kOk), status::kOk);
   }
   EXPECT_EQ(UsedSlots(shared_.path), "6 7 6 2");
 }

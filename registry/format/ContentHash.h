@@ -1,0 +1,44 @@
+// A number that tells whether a file's bytes are those that are expected.
+#pragma once
+
+#include "registry/format/Codec.h"
+
+namespace tamu::registry {
+
+// A sum over the bytes, so that it follows a change without reading the rest of the file: each
+// aligned word of four bytes counts as many times as the weight of its place tells, modulo 2^64.
+class ContentHash {
+ public:
+  // What `size` bytes at an offset of the file add to the sum. Zero bytes add nothing.
+  static unsigned long long Of(unsigned int offset, const unsigned char* bytes, unsigned int size) {
+    unsigned long long sum = 0;
+    for (; size > 0 && offset % kWord != 0; --size, ++offset, ++bytes)
+      sum += OfByte(offset, *bytes);
+    for (; size >= kWord; size -= kWord, offset += kWord, bytes += kWord) {
+      sum += GetU32(bytes) * WeightOf(offset / kWord);
+    }
+    for (; size > 0; --size, ++offset, ++bytes) sum += OfByte(offset, *bytes);
+    return sum;
+  }
+  // What the sum grows by when `size` bytes at an offset change.
+  static unsigned long long OfChange(unsigned int offset, const unsigned char* before,
+                                     const unsigned char* after, unsigned int size) {
+    return Of(offset, after, size) - Of(offset, before, size);
+  }
+
+ private:
+  static constexpr unsigned int kWord = 4;  // bytes
+
+  static unsigned long long OfByte(unsigned int offset, unsigned char byte) {
+    return (static_cast<unsigned long long>(byte) << (8 * (offset % kWord))) *
+           WeightOf(offset / kWord);
+  }
+  // Odd, and unlike those of its neighbours.
+  static unsigned long long WeightOf(unsigned int word) {
+    unsigned long long x = word * 0x9E3779B97F4A7C15ull + 0x9E3779B97F4A7C15ull;
+    x = (x ^ (x >> 30)) * 0xBF58476D1CE4E5B9ull;
+    return (x ^ (x >> 29)) | 1;
+  }
+};
+
+}  // namespace tamu::registry

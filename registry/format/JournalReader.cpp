@@ -1,0 +1,74 @@
+#include "registry/format/JournalReader.h"
+
+#include "platform/PCMem.h"
+
+namespace tamu::registry {
+
+namespace {
+
+bool AreEqual(const unsigned char* a, const unsigned char* b, unsigned int size) {
+  while (size > 0 && a[size - 1] == b[size - 1]) --size;
+  return size == 0;
+}
+
+}  // namespace
+
+JournalReader::JournalReader(const unsigned char* bytes, unsigned int size,
+                             const unsigned char* bootId)
+    : bytes_(bytes), size_(size) {
+  if (size < kJournalSector) return;
+  JournalHeader header;
+  PCMem::Copy(header.bytes(), bytes, JournalHeader::kSize);
+  if (!header.IsJournal()) return;
+  mode_ = header.mode();
+  if (mode_ == kPower) {
+    next_ = kJournalSector;
+  } else if (mode_ == kProcess && bootId != nullptr &&
+             AreEqual(bootId, header.bootId(), JournalHeader::kBootIdSize)) {
+    next_ = header.pending();
+  }
+}
+
+bool JournalReader::Next() {
+  if (next_ < kJournalSector || next_ > size_ || size_ - next_ < JournalRecord::kSize) return false;
+  JournalRecord record;
+  PCMem::Copy(record.bytes(), bytes_ + next_, JournalRecord::kSize);
+  if (!IsWhole(next_, record)) return false;
+  if (!isFirst_ && record.sequence() != record_.sequence() + 1) return false;
+  isFirst_ = false;
+  record_ = record;
+  range_ = next_ + JournalRecord::kSize;
+  rangesEnd_ = next_ + record.length();
+  rangesLeft_ = record.rangeCount();
+  const unsigned int padded = (record.length() + kJournalSector - 1) / kJournalSector;
+  next_ = mode_ == kPower ? next_ + padded * kJournalSector : 0;
+  return true;
+}
+
+// A record in memory that outlives its process has no checksum: it is told of when it is whole.
+bool JournalReader::IsWhole(unsigned int offset, const JournalRecord& record) const {
+  const unsigned int length = record.length();
+  if (!record.IsRecord() || length < JournalRecord::kSize || length > size_ - offset) return false;
+  if (mode_ != kPower) return true;
+  const unsigned char* bytes = bytes_ + offset;
+  JournalChecksum checksum;
+  checksum.Add(bytes, JournalRecord::kChecksumAt);
+  checksum.Add(bytes + JournalRecord::kSize, length - JournalRecord::kSize);
+  return checksum.Value() == GetU64(bytes + JournalRecord::kChecksumAt);
+}
+
+bool JournalReader::NextRange(unsigned int* offset, unsigned int* size,
+                              const unsigned char** content) {
+  if (rangesLeft_ == 0 || rangesEnd_ - range_ < JournalRecord::kRangeSize) return false;
+  *offset = GetU32(bytes_ + range_);
+  *size = GetU32(bytes_ + range_ + 4);
+  const unsigned int start = range_ + JournalRecord::kRangeSize;
+  if (*size > rangesEnd_ - start) return false;
+  *content = bytes_ + start;
+  const unsigned int padded = (*size + 3) / 4 * 4;
+  range_ = padded > rangesEnd_ - start ? rangesEnd_ : start + padded;
+  --rangesLeft_;
+  return true;
+}
+
+}  // namespace tamu::registry

@@ -1,0 +1,90 @@
+#include "registry/store/ChangeSet.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+namespace tamu::registry {
+
+// The slot of the page, or the free one where it belongs.
+unsigned int& ChangeSet::SlotOf(unsigned int number) {
+  const unsigned int mask = slotCount_ - 1;
+  unsigned int slot = (number * 0x9E3779B1u >> 8) & mask;
+  while (slots_[slot] != 0 && pages_[slots_[slot] - 1].number != number) slot = (slot + 1) & mask;
+  return slots_[slot];
+}
+
+ChangeSet::Page* ChangeSet::Find(unsigned int number) {
+  if (IsEmpty()) return nullptr;
+  const unsigned int position = SlotOf(number);
+  return position != 0 ? &pages_[position - 1] : nullptr;
+}
+
+// At least half of the slots are free.
+ChangeSet::Page* ChangeSet::Add(unsigned int number) {
+  if (2 * (pages_.Count() + 1) > slotCount_ && !GrowSlots()) return nullptr;
+  if (!pages_.Extend(1).IsOk()) return nullptr;
+  Page& page = pages_[pages_.Count() - 1];
+  page.number = number;
+  page.length = 0;
+  std::memset(page.before, 0, kPageSize);
+  std::memset(page.after, 0, kPageSize);
+  unsigned int& slot = SlotOf(number);
+  slot = pages_.Count();
+  return &page;
+}
+
+bool ChangeSet::GrowSlots() {
+  const unsigned int count = 4 * slotCount_;
+  unsigned int* grown = new (std::nothrow) unsigned int[count]();
+  if (grown == nullptr) return false;
+  if (slots_ != fewSlots_) delete[] slots_;
+  slots_ = grown;
+  slotCount_ = count;
+  for (unsigned int i = 0; i < pages_.Count(); ++i) SlotOf(pages_[i].number) = i + 1;
+  return true;
+}
+
+void ChangeSet::Lay(unsigned int offset, unsigned int size, unsigned char* buffer) {
+  while (size > 0) {
+    const unsigned int within = offset % kPageSize;
+    const unsigned int now = std::min(size, kPageSize - within);
+    const Page* page = Find(offset / kPageSize);
+    if (page != nullptr && within < page->length) {
+      std::memcpy(buffer, page->after + within, std::min(now, page->length - within));
+    }
+    offset += now;
+    buffer += now;
+    size -= now;
+  }
+}
+
+Status ChangeSet::Arrange() {
+  order_.CutTo(0);
+  for (unsigned int i = 0; i < pages_.Count(); ++i) {
+    Page& page = pages_[i];
+    page.start = 0;
+    page.end = kPageSize;
+    while (page.start < page.end && page.before[page.start] == page.after[page.start]) ++page.start;
+    if (page.start == page.end) continue;
+    while (page.before[page.end - 1] == page.after[page.end - 1]) --page.end;
+    const Status added = order_.Push(&page);
+    if (!added.IsOk()) return added;
+  }
+  if (order_.IsEmpty()) return status::kOk;
+  std::sort(&order_[0], &order_[0] + order_.Count(),
+            [](const Page* a, const Page* b) { return a->number < b->number; });
+  return status::kOk;
+}
+
+void ChangeSet::Clear() {
+  if (IsEmpty()) return;
+  pages_.Clear();
+  order_.Clear();
+  if (slots_ != fewSlots_) delete[] slots_;
+  slots_ = fewSlots_;
+  slotCount_ = kFewSlots;
+  std::memset(fewSlots_, 0, sizeof fewSlots_);
+}
+
+}  // namespace tamu::registry
