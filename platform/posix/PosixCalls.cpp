@@ -125,6 +125,10 @@ bool LockAlone(int fd) {
   return Retry([=] { return flock(fd, LOCK_EX | LOCK_NB); }) == 0;
 }
 
+int TryLock(int fd) {
+  return Retry([=] { return flock(fd, LOCK_EX | LOCK_NB); }) == 0 ? 0 : errno;
+}
+
 void TakeRightsOf(int fd, const char* model) {
   struct stat info;
   if (Retry([&] { return stat(model, &info); }) != 0) return;
@@ -133,12 +137,27 @@ void TakeRightsOf(int fd, const char* model) {
   static_cast<void>(Retry([&] { return fchmod(fd, info.st_mode & 0666); }));
 }
 
+int CopyRights(int fd, const char* model) {
+  struct stat info;
+  if (Retry([&] { return stat(model, &info); }) != 0) return errno;
+  if (fchown(fd, info.st_uid, info.st_gid) != 0) return errno;
+  return Retry([&] { return fchmod(fd, info.st_mode & 07777); }) == 0 ? 0 : errno;
+}
+
 int Link(const char* from, const char* to) {
   return link(from, to) == 0 ? 0 : errno;
 }
 
 bool Rename(const char* from, const char* to) {
   return rename(from, to) == 0;
+}
+
+int Move(const char* from, const char* to, Moving how) {
+  unsigned int flags = 0;
+  if (how == Moving::kNew) flags = RENAME_NOREPLACE;
+  if (how == Moving::kExchange) flags = RENAME_EXCHANGE;
+  const int result = flags == 0 ? rename(from, to) : renameat2(AT_FDCWD, from, AT_FDCWD, to, flags);
+  return result == 0 ? 0 : errno;
 }
 
 bool Remove(const char* path) {
@@ -166,6 +185,22 @@ bool RealPath(const char* path, char* real, unsigned int capacity) {
   if (size <= capacity) std::memcpy(real, found, size);
   std::free(found);
   return size <= capacity;
+}
+
+int LinkTarget(const char* path, char* target, unsigned int capacity) {
+  const char* slash = std::strrchr(path, '/');
+  size_t folder = slash == nullptr ? 0 : static_cast<size_t>(slash - path) + 1;
+  if (folder >= capacity) return ENAMETOOLONG;
+  std::memcpy(target, path, folder);
+  ssize_t size = readlink(path, target + folder, capacity - folder);
+  if (size > 0 && target[folder] == '/') {
+    folder = 0;
+    size = readlink(path, target, capacity);
+  }
+  if (size < 0) return errno;
+  if (static_cast<size_t>(size) >= capacity - folder) return ENAMETOOLONG;
+  target[folder + static_cast<size_t>(size)] = 0;
+  return 0;
 }
 
 // The text there is 36 characters, hexadecimal digits and hyphens.

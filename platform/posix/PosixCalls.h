@@ -47,20 +47,39 @@ bool SyncData(int fd);
 
 // The file becomes this descriptor's alone until it is closed; false when it is another's.
 bool LockAlone(int fd);
+// The same, which tells why: 0, EWOULDBLOCK when it is another's, or errno where there are no
+// locks.
+int TryLock(int fd);
 // Gives the file the owner, the group and the rights to read and write of the file at `model`, as
 // far as the system allows it.
 void TakeRightsOf(int fd, const char* model);
+// Gives the file exactly the owner, the group and the mode of the file at `model`. Returns 0 or
+// errno.
+int CopyRights(int fd, const char* model);
 
 // Gives the file at `from` the name `to`, which nothing else may have. Returns 0 or errno.
 int Link(const char* from, const char* to);
 // Gives the file at `from` the name `to`; what had it goes.
 bool Rename(const char* from, const char* to);
+// How Move treats what has the name already.
+enum class Moving {
+  kReplace,   // it goes
+  kNew,       // it stays: EEXIST
+  kExchange,  // it gets the other name
+};
+// Gives the file at `from` the name `to` in one step. Returns 0 or errno; EINVAL or ENOSYS when the
+// file system cannot do it this way.
+int Move(const char* from, const char* to, Moving how);
 bool Remove(const char* path);
 // Waits until the names in the folder of `path` are on the disk.
 bool SyncFolderOf(const char* path);
 // Writes the path without symbolic links, ended by 0. False when nothing is there, or for more than
 // `capacity` bytes.
 bool RealPath(const char* path, char* real, unsigned int capacity);
+// Writes the path that the symbolic link at `path` leads to, seen from where `path` is seen, ended
+// by 0. Returns 0 or errno: EINVAL for what is no link, ENAMETOOLONG for more than `capacity`
+// bytes.
+int LinkTarget(const char* path, char* target, unsigned int capacity);
 // Writes the 16 bytes that the system has drawn when it was started.
 bool BootId(unsigned char (&id)[16]);
 

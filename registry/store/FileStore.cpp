@@ -61,9 +61,10 @@ Status FileStore::OpenOrCreate(const char* path, bool* made) {
   if (!PathMissing()) return status::kNoSpace;
   StoreAccess access(*this);
   ProcessFile::Opening opening;
-  result = Make(path, kDefaultBudget);
+  bool isOurs = false;
+  result = MakeFile(path, kDefaultBudget, &isOurs);
   if (!result.IsOk()) return result;
-  if (made != nullptr) *made = true;
+  if (made != nullptr) *made = isOurs;
   result = Open(path);
   if (result.IsOk()) opening.Keep();
   return result;
@@ -81,30 +82,47 @@ void FileStore::Close() {
   lock_.Destroy();
 }
 
+Status FileStore::Make(const char* path, unsigned int budget) {
+  return MakeFile(path, budget, nullptr);
+}
+
 // The store is held from the first to the last write: the zero fill writes at the position that the
 // write before it has left.
-Status FileStore::Make(const char* path, unsigned int budget) {
+Status FileStore::MakeFile(const char* path, unsigned int budget, bool* made) {
   if (path == nullptr) return status::kBadArgument;
   const FileLayout layout(budget);
   if (!layout.IsPossible()) return status::kNoSpace;
   StoreAccess access(*this);
   journal_.Stop(file_);
-  if (!PCFile::Make(path)) return status::kNoSpace;
+  PCNewFile file;
+  const int begun = made == nullptr ? file.Create(path) : file.CreateNew(path);
+  if (begun < 0) return status::kNoMemory;
+  if (begun == 0) return status::kNoSpace;
   // Nobody goes on with what has just been emptied.
-  if (file_.IsOpen() || ProcessFile::File().SameFile(path)) ProcessFile::Close();
+  const bool isEmptied = file.IsInPlace() && ProcessFile::File().SameFile(path);
+  if (file_.IsOpen() || isEmptied) ProcessFile::Close();
   tables_.Clear();
   ProcessFile::Opening opening;
-  Status result = file_.Open(opening, path);
+  Status result = file_.Open(opening, file.Path());
   if (result == status::kCannotOpen) result = status::kNoSpace;
   if (result.IsOk()) result = WriteEmpty(layout);
+  if (result.IsOk()) result = Complete(file);
   if (result.IsOk()) {
+    if (made != nullptr) *made = ProcessFile::File().SameFile(path);
     opening.Keep();
     ProcessFile::Close();
-  } else {
+  } else if (file.IsInPlace()) {
     file_.Abandon();  // an empty file is refused from then on; half a one might open
   }
   file_.Forget();
   return result;
+}
+
+Status FileStore::Complete(PCNewFile& file) {
+  const bool isForPower = durability_ == Durability::kPower;
+  if (isForPower && !file.Sync()) return status::kInputOutput;
+  if (file.GiveName(isForPower)) return status::kOk;
+  return isForPower ? status::kInputOutput : status::kNoSpace;
 }
 
 Status FileStore::WriteEmpty(const FileLayout& layout) {

@@ -2,6 +2,8 @@
 #pragma once
 
 #include "platform/PCMutex.h"
+#include "platform/PCNewFile.h"
+#include "registry/base/Durability.h"
 #include "registry/format/FileLayout.h"
 #include "registry/store/Journal.h"
 #include "registry/store/TableMap.h"
@@ -27,16 +29,20 @@ class FileStore {
   // not fail the opening, see TernaryNodeDescriptor::damaged. Again on an open store: starts over.
   // An opening that fails closes what this store had open and leaves what another store has open.
   Status Open(const char* path);
-  // Open; when nothing is at the path, makes a file of the default budget first. kNoSpace: a file
-  // is there but cannot be opened (it is left alone), or none can be made. *made, if wanted, tells
-  // whether the file was made.
+  // Open; when nothing is at the path, makes a file of the default budget first. When several
+  // processes do so at once, one makes the file and all open it. kNoSpace: a file is there but
+  // cannot be opened (it is left alone), or none can be made. *made, if wanted, tells whether this
+  // store has made the file.
   Status OpenOrCreate(const char* path, bool* made = nullptr);
-  // Makes a new, empty registry file and leaves it closed; an existing file is emptied first. What
-  // any store had open is then closed; when the making fails, only what this store had open, or the
-  // very file that was emptied. `budget` in bytes: budget / 180 usable slots of each kind.
-  // kNoSpace when the file cannot be made or would be too long (nothing is touched then) or its
-  // first bytes cannot be written; kInputOutput, kInvalidFile when a later write fails. The file is
-  // then empty.
+  // Makes a new, empty registry file and leaves it closed. It has its name when it is complete: an
+  // existing file is there until then, and its owner and its mode stay. A file that appears where
+  // there was none stays, too, with status 0. What any store had open is then closed; when the
+  // making fails, only what this store had open. `budget` in bytes: budget / 180 usable slots of
+  // each kind. kNoSpace when the file cannot be made, would be too long, or its first bytes cannot
+  // be written; kInputOutput, kInvalidFile when a later write fails; kInputOutput also when it is
+  // to survive a power cut and cannot be brought to the disk; kNoMemory. Nothing has changed then,
+  // unless the folder takes no other file beside an existing one, which is written in place: that
+  // is empty after a failure, and no store has it open.
   Status Make(const char* path, unsigned int budget);
   // Frees the tables and closes the file if it is this store's. Again: does nothing.
   void Close();
@@ -44,7 +50,8 @@ class FileStore {
   bool PathMissing() const { return file_.IsMissing(); }
 
   // What changes survive from the next opening on, if that can be had: else the file is opened with
-  // kNone (EffectiveDurability). kNone at first.
+  // kNone (EffectiveDurability). With kPower a file that is made is on the disk before it has its
+  // name, and the name before the answer. kNone at first.
   void SetDurability(Durability durability) { durability_ = durability; }
   Durability EffectiveDurability() const { return journal_.Mode(); }
   // Waits until all that was changed is on the disk. kInputOutput.
@@ -65,6 +72,11 @@ class FileStore {
   Status Load(const char* path);
   // Undoes what a change has left because the file could not be written.
   void FinishUndoing();
+  // Make. `made` null: a file that is at the path goes; else it stays, and *made tells whether the
+  // file is this store's.
+  Status MakeFile(const char* path, unsigned int budget, bool* made);
+  // Gives the new file its name; what is written is on the disk before, if that is wanted.
+  Status Complete(PCNewFile& file);
   Status WriteEmpty(const FileLayout& layout);
   Status WriteFirstTable(const FileLayout& layout, NodeKind kind);
 

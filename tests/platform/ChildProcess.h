@@ -22,6 +22,11 @@ bool InChild(Body body) {
   return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
+// Lets a child process run without the rights of the superuser.
+inline bool DropRights() {
+  return geteuid() != 0 || (setgid(65534) == 0 && setuid(65534) == 0);
+}
+
 // No file can be written beyond `bytes` from here on, as on a disk that is full.
 inline void LimitFileSize(unsigned long bytes) {
   signal(SIGXFSZ, SIG_IGN);

@@ -7,6 +7,7 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <set>
 #include <string>
 
 // A folder of its own, gone with everything in it at the end of the scope.
@@ -44,6 +45,17 @@ inline std::string GetFile(const std::string& path) {
   for (int c = std::fgetc(file); c != EOF; c = std::fgetc(file)) bytes += static_cast<char>(c);
   std::fclose(file);
   return bytes;
+}
+
+// The names of the files in a folder, sorted, each followed by a blank.
+inline std::string NamesIn(const std::string& folder) {
+  std::set<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+    names.insert(entry.path().filename().string());
+  }
+  std::string text;
+  for (const std::string& name : names) text += name + " ";
+  return text;
 }
 
 // The number that the next descriptor of this process gets.

@@ -46,11 +46,6 @@ inline std::string Read(Registry& registry, const char* key, const char* name) {
   return "type " + std::to_string(value.type) + ": " + BytesOf(value);
 }
 
-// Lets a child process run without the rights of the superuser.
-inline bool DropRights() {
-  return geteuid() != 0 || (setgid(65534) == 0 && setuid(65534) == 0);
-}
-
 // `count` bytes of a file from `offset` on.
 inline std::string FilePart(const std::string& path, size_t offset, size_t count) {
   return GetFile(path).substr(offset, count);

@@ -10,12 +10,11 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <map>
-
-#include "platform/posix/PosixCalls.h"
 
 namespace faults {
 namespace {
@@ -35,6 +34,8 @@ unsigned int sStruck = 0;
 bool sTearsAtByte = false;  // instead of in the middle
 unsigned int sTearByte = 0;
 unsigned int sTornSize = 0;
+std::map<posix::Moving, int> sRefused;   // errno of the moves that are refused
+int sLinkError = 0;                      // of the links; 0 = they are made
 std::map<int, std::string> sPaths;       // of the open descriptors
 std::map<std::string, DiskImage> sDisk;  // files with lost calls
 
@@ -72,6 +73,9 @@ Verdict Judge(const std::string& path, bool isWrite) {
     case Mode::kTearFrom:
       if (from) verdict = at && isWrite ? Verdict::kHalf : Verdict::kFail;
       break;
+    case Mode::kKill:
+      if (at) raise(SIGKILL);
+      break;
     case Mode::kLoseFrom:
       if (from) {
         ++sStruck;
@@ -81,6 +85,12 @@ Verdict Judge(const std::string& path, bool isWrite) {
   }
   if (verdict != Verdict::kWork) ++sStruck;
   return verdict;
+}
+
+// A call that changes two files: of this one, too, it is known what the disk holds.
+void KeepLost(const std::string& path) {
+  const bool isLost = sMode == Mode::kLoseFrom && sCount >= sNumber;
+  if (isLost && sDisk.count(path) == 0) sDisk[path] = Load(path);
 }
 
 const std::string& PathOf(int fd) {
@@ -102,13 +112,23 @@ void Arm(Mode mode, unsigned int number) {
   sStruck = 0;
   sTearsAtByte = false;
   sTornSize = 0;
+  sRefused.clear();
+  sLinkError = 0;
   sDisk.clear();
+}
+
+void RefuseMoves(posix::Moving how, int error) {
+  sRefused[how] = error;
 }
 
 void ArmTear(unsigned int number, unsigned int bytes) {
   Arm(Mode::kTearFrom, number);
   sTearsAtByte = true;
   sTearByte = bytes;
+}
+
+void RefuseLinks(int error) {
+  sLinkError = error;
 }
 
 void Disarm() {
@@ -154,6 +174,8 @@ const char* Name(Mode mode) {
       return "short once";
     case Mode::kTearFrom:
       return "tear from";
+    case Mode::kKill:
+      return "kill";
     case Mode::kLoseFrom:
       return "lose from";
   }
@@ -254,9 +276,21 @@ bool LockAlone(int fd) {
   return flock(fd, LOCK_EX | LOCK_NB) == 0;
 }
 
+int TryLock(int fd) {
+  return flock(fd, LOCK_EX | LOCK_NB) == 0 ? 0 : errno;
+}
+
+int CopyRights(int fd, const char* model) {
+  struct stat info;
+  if (stat(model, &info) != 0) return errno;
+  if (faults::Judge(faults::PathOf(fd), false) == Verdict::kFail) return EIO;
+  return fchmod(fd, info.st_mode & 07777) == 0 ? 0 : errno;
+}
+
 void TakeRightsOf(int, const char*) {}
 
 int Link(const char* from, const char* to) {
+  if (faults::sLinkError != 0) return faults::sLinkError;
   if (faults::Judge(to, false) == Verdict::kFail) return EIO;
   return link(from, to) == 0 ? 0 : errno;
 }
@@ -264,6 +298,17 @@ int Link(const char* from, const char* to) {
 bool Rename(const char* from, const char* to) {
   if (faults::Judge(to, false) == Verdict::kFail) return false;
   return rename(from, to) == 0;
+}
+
+// A name that goes is lost like what had the other.
+int Move(const char* from, const char* to, Moving how) {
+  if (faults::sRefused.count(how) != 0) return faults::sRefused[how];
+  faults::KeepLost(from);
+  if (faults::Judge(to, false) == Verdict::kFail) return EIO;
+  unsigned int flags = 0;
+  if (how == Moving::kNew) flags = RENAME_NOREPLACE;
+  if (how == Moving::kExchange) flags = RENAME_EXCHANGE;
+  return renameat2(AT_FDCWD, from, AT_FDCWD, to, flags) == 0 ? 0 : errno;
 }
 
 bool Remove(const char* path) {
@@ -282,6 +327,22 @@ bool RealPath(const char* path, char* real, unsigned int capacity) {
   if (size <= capacity) std::memcpy(real, found, size);
   std::free(found);
   return size <= capacity;
+}
+
+int LinkTarget(const char* path, char* target, unsigned int capacity) {
+  const char* slash = std::strrchr(path, '/');
+  size_t folder = slash == nullptr ? 0 : static_cast<size_t>(slash - path) + 1;
+  if (folder >= capacity) return ENAMETOOLONG;
+  std::memcpy(target, path, folder);
+  ssize_t size = readlink(path, target + folder, capacity - folder);
+  if (size > 0 && target[folder] == '/') {
+    folder = 0;
+    size = readlink(path, target, capacity);
+  }
+  if (size < 0) return errno;
+  if (static_cast<size_t>(size) >= capacity - folder) return ENAMETOOLONG;
+  target[folder + static_cast<size_t>(size)] = 0;
+  return 0;
 }
 
 bool BootId(unsigned char (&id)[16]) {

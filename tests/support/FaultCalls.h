@@ -6,6 +6,8 @@
 
 #include <string>
 
+#include "platform/posix/PosixCalls.h"
+
 namespace faults {
 
 enum class Mode {
@@ -14,6 +16,7 @@ enum class Mode {
   kFailFrom,   // it and all later ones do
   kShortOnce,  // it writes half of its bytes and says so; other calls than writes do their work
   kTearFrom,   // it writes half of its bytes and says so, all later ones fail: a disk that is full
+  kKill,       // the process is killed at it
   kLoseFrom,   // it and all later ones succeed, but are gone when the power returns (PowerReturns)
 };
 
@@ -21,6 +24,10 @@ enum class Mode {
 void Arm(Mode mode, unsigned int number);
 // kTearFrom, with the first `bytes` bytes written instead of half of them.
 void ArmTear(unsigned int number, unsigned int bytes);
+// Moves of this kind answer `error` and do nothing, as on another file system. Arm ends that.
+void RefuseMoves(posix::Moving how, int error);
+// Links do so.
+void RefuseLinks(int error);
 // Nothing fails any more. Calls that were lost stay lost.
 void Disarm();
 // Calls counted since Arm.

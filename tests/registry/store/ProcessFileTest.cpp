@@ -1,4 +1,6 @@
 // Several stores in one process, which has one file open.
+#include <sys/stat.h>
+
 #include <functional>
 
 #include "registry/store/ProcessFile.h"
@@ -297,16 +299,43 @@ TEST_F(ProcessFileTest, ACreationOnAFullDiskLeavesTheOtherStoreOpen) {
     return other.CreateRegistryFile((dir / "full.rce").c_str(), 65536) == 5 &&
            other.FileReadInteger(0, &word) == 5 && store.FileReadInteger(0, &word) == 0;
   }));
-  EXPECT_EQ(GetFile(dir / "full.rce"), "");
+  EXPECT_EQ(NamesIn(dir / "."), "other.rce store.rce ");
 }
 
-// Whoever has the file open must not go on with what another store has emptied.
-TEST_F(ProcessFileTest, AnEmptiedFileIsClosedAlsoWhenItCannotBeFilled) {
+TEST_F(ProcessFileTest, AFileThatCannotBeReplacedStaysOpen) {
+  const std::string before = Bytes();
   EXPECT_TRUE(InChild([&] {
+    LimitFileSize(10000);
+    unsigned int word = 0;
+    return other.CreateRegistryFile((dir / "./store.rce").c_str(), 65536) == 5 &&
+           other.FileReadInteger(0, &word) == 5 && store.FileWriteInteger(84, 0) == 0;
+  }));
+  EXPECT_TRUE(Bytes() == before);
+  EXPECT_EQ(NamesIn(dir / "."), "other.rce store.rce ");
+}
+
+TEST_F(ProcessFileTest, AReplacedFileIsClosedForAll) {
+  const std::string before = Bytes();
+  ASSERT_EQ(other.CreateRegistryFile(path.c_str(), 65536), 0u);
+  const std::string fresh = Bytes();
+  EXPECT_FALSE(fresh == before);
+  EXPECT_EQ(store.FileWriteInteger(84, 1), 5u);
+  EXPECT_FALSE(TernaryFile::file.IsOpen());
+  EXPECT_TRUE(Bytes() == fresh);
+}
+
+// Where the folder takes no other file, the file itself is emptied. Whoever has it open must not go
+// on with that.
+TEST_F(ProcessFileTest, AnEmptiedFileIsClosedAlsoWhenItCannotBeFilled) {
+  chmod(path.c_str(), 0666);
+  chmod((dir / ".").c_str(), 0555);
+  EXPECT_TRUE(InChild([&] {
+    if (!DropRights()) return false;
     LimitFileSize(10000);
     return other.CreateRegistryFile((dir / "./store.rce").c_str(), 65536) == 5 &&
            store.FileWriteInteger(84, 1) == 5 && !TernaryFile::file.IsOpen();
   }));
+  chmod((dir / ".").c_str(), 0755);
   EXPECT_EQ(Bytes(), "");
 }
 

@@ -97,7 +97,7 @@ TEST(TernaryFileCreation, ABudgetThatIsTooLargeAnswers28AndTouchesNothing) {
   EXPECT_EQ(GetFile(absent), "(cannot be read)");
 }
 
-TEST(TernaryFileCreation, EmptiesAndRebuildsAFileThatExists) {
+TEST(TernaryFileCreation, ReplacesAFileThatExists) {
   TempDir dir;
   const std::string path = dir / "again.rce";
   TernaryFile store;
@@ -128,52 +128,66 @@ TEST(TernaryFileCreation, LeavesTheStoreClosed) {
   EXPECT_EQ(store.FileReadInteger(0, &word), 5u);
 }
 
-// Creation on a disk with room for `limit` bytes: the status, and what is left of the file.
-void ExpectFailedCreation(unsigned int limit, unsigned int status, unsigned int length) {
+// Creation on a disk with room for `limit` bytes: the status; what was there stays, and nothing is
+// left beside it.
+void ExpectFailedCreation(unsigned int limit, unsigned int status) {
   SCOPED_TRACE(limit);
   TempDir dir;
   const std::string path = dir / "full.rce";
-  EXPECT_TRUE(InChild([&] {
-    LimitFileSize(limit);
-    TernaryFile store;
-    return store.CreateRegistryFile(path.c_str(), 65536) == status && !TernaryFile::file.IsOpen();
-  }));
-  EXPECT_EQ(GetFile(path).size(), length);
+  const auto create = [&] {
+    return InChild([&] {
+      LimitFileSize(limit);
+      TernaryFile store;
+      return store.CreateRegistryFile(path.c_str(), 65536) == status && !TernaryFile::file.IsOpen();
+    });
+  };
+  EXPECT_TRUE(create());
+  EXPECT_EQ(NamesIn(dir / "."), "");
+  PutFile(path, "older");
+  EXPECT_TRUE(create());
+  EXPECT_EQ(GetFile(path), "older");
+  EXPECT_EQ(NamesIn(dir / "."), "full.rce ");
 }
 
-TEST(TernaryFileCreation, WithoutRoomForTheFileHeaderAnswers28AndLeavesAnEmptyFile) {
-  ExpectFailedCreation(0, 28, 0);
-  ExpectFailedCreation(83, 28, 0);
+TEST(TernaryFileCreation, WithoutRoomForTheFileHeaderAnswers28AndChangesNothing) {
+  ExpectFailedCreation(0, 28);
+  ExpectFailedCreation(83, 28);
 }
 
-TEST(TernaryFileCreation, WithoutRoomForTheReservedAreaAnswers59AndLeavesAnEmptyFile) {
-  ExpectFailedCreation(84, 59, 0);
-  ExpectFailedCreation(4179, 59, 0);
+TEST(TernaryFileCreation, WithoutRoomForTheReservedAreaAnswers59AndChangesNothing) {
+  ExpectFailedCreation(84, 59);
+  ExpectFailedCreation(4179, 59);
 }
 
-TEST(TernaryFileCreation, WithoutRoomForAHeaderAnswers5AndLeavesAnEmptyFile) {
-  ExpectFailedCreation(4219, 5, 0);  // the record that leads to the tables
-  ExpectFailedCreation(4251, 5, 0);  // a table's head
-  ExpectFailedCreation(5743, 5, 0);
-  ExpectFailedCreation(7235, 5, 0);
-  ExpectFailedCreation(8727, 5, 0);
+TEST(TernaryFileCreation, WithoutRoomForAHeaderAnswers5AndChangesNothing) {
+  ExpectFailedCreation(4219, 5);  // the record that leads to the tables
+  ExpectFailedCreation(4251, 5);  // a table's head
+  ExpectFailedCreation(5743, 5);
+  ExpectFailedCreation(7235, 5);
+  ExpectFailedCreation(8727, 5);
 }
 
-TEST(TernaryFileCreation, WithoutRoomForTheEntriesAnswers5AndLeavesAnEmptyFile) {
-  ExpectFailedCreation(4252, 5, 0);
-  ExpectFailedCreation(10187, 5, 0);
+TEST(TernaryFileCreation, WithoutRoomForTheEntriesAnswers5AndChangesNothing) {
+  ExpectFailedCreation(4252, 5);
+  ExpectFailedCreation(10187, 5);
 }
 
-TEST(TernaryFileCreation, WithoutRoomForTheAreasAnswers5AndLeavesAnEmptyFile) {
-  ExpectFailedCreation(10188, 5, 0);
-  ExpectFailedCreation(75887, 5, 0);
+TEST(TernaryFileCreation, WithoutRoomForTheAreasAnswers5AndChangesNothing) {
+  ExpectFailedCreation(10188, 5);
+  ExpectFailedCreation(75887, 5);
 }
 
 TEST(TernaryFileCreation, WithJustEnoughRoomSucceeds) {
-  ExpectFailedCreation(75888, 0, 75888);
+  TempDir dir;
+  const std::string path = dir / "full.rce";
+  EXPECT_TRUE(InChild([&] {
+    LimitFileSize(75888);
+    return TernaryFile().CreateRegistryFile(path.c_str(), 65536) == 0;
+  }));
+  EXPECT_EQ(GetFile(path).size(), 75888u);
 }
 
-TEST(TernaryFileCreation, AnEmptyFileLeftBehindIsRefusedFromThenOn) {
+TEST(TernaryFileCreation, AnEmptyFileIsRefused) {
   TempDir dir;
   const std::string path = dir / "empty.rce";
   PutFile(path, "");

@@ -1,0 +1,263 @@
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+
+#include <cstring>
+
+#include "platform/PCFile.h"
+#include "platform/PCNewFile.h"
+#include "tests/platform/ChildProcess.h"
+#include "tests/platform/TestFiles.h"
+
+namespace {
+
+// Writes the text to where the new file is to be written.
+bool Fill(PCNewFile& made, const char* text) {
+  PCFile file;
+  return file.Create(made.Path(), PCFile::kReadWrite) &&
+         file.Write(text, static_cast<unsigned int>(std::strlen(text))) && file.Destroy();
+}
+
+mode_t ModeOf(const std::string& path) {
+  struct stat info = {};
+  EXPECT_EQ(stat(path.c_str(), &info), 0);
+  return info.st_mode & 07777;
+}
+
+TEST(PCNewFile, HasItsNameOnlyWhenItIsGiven) {
+  TempDir dir;
+  const int next = NextDescriptor();
+  {
+    PCNewFile made;
+    ASSERT_EQ(made.Create((dir / "f").c_str()), 1);
+    EXPECT_FALSE(made.IsInPlace());
+    EXPECT_EQ(made.Path(), dir / ".yax-new-00");
+    ASSERT_TRUE(Fill(made, "new"));
+    EXPECT_EQ(NamesIn(dir / "."), ".yax-new-00 ");
+    EXPECT_EQ(made.Sync(), 1);
+    EXPECT_EQ(made.GiveName(true), 1);
+    EXPECT_EQ(GetFile(dir / "f"), "new");
+  }
+  EXPECT_EQ(NamesIn(dir / "."), "f ");
+  EXPECT_EQ(NextDescriptor(), next);
+}
+
+TEST(PCNewFile, LeavesNothingWhenItIsGivenUp) {
+  TempDir dir;
+  PutFile(dir / "old", "old");
+  const int next = NextDescriptor();
+  PCNewFile made;
+  for (const char* name : {"new", "old"}) {
+    ASSERT_EQ(made.Create((dir / name).c_str()), 1);
+    ASSERT_TRUE(Fill(made, "part"));
+  }
+  made.Destroy();
+  made.Destroy();
+  EXPECT_FALSE(made.IsOpen());
+  EXPECT_EQ(made.Path(), nullptr);
+  EXPECT_EQ(made.Sync(), 0);
+  EXPECT_EQ(made.GiveName(false), 0);
+  EXPECT_EQ(made.TakeName(), 0);
+  EXPECT_EQ(NamesIn(dir / "."), "old ");
+  EXPECT_EQ(GetFile(dir / "old"), "old");
+  EXPECT_EQ(NextDescriptor(), next);
+}
+
+TEST(PCNewFile, ReplacesAFileWithItsOwnerAndMode) {
+  for (const bool sync : {false, true}) {
+    TempDir dir;
+    const std::string path = dir / "f";
+    PutFile(path, "a long old text");
+    ASSERT_EQ(chmod(path.c_str(), 0640), 0);
+    if (geteuid() == 0) {
+      ASSERT_EQ(chown(path.c_str(), 7, 8), 0);
+    }
+    struct stat before = {};
+    ASSERT_EQ(stat(path.c_str(), &before), 0);
+    PCNewFile made;
+    ASSERT_EQ(made.Create(path.c_str()), 1);
+    ASSERT_TRUE(Fill(made, "new"));
+    EXPECT_EQ(GetFile(path), "a long old text");
+    EXPECT_EQ(made.GiveName(sync), 1);
+    made.Destroy();
+    struct stat after = {};
+    ASSERT_EQ(stat(path.c_str(), &after), 0);
+    EXPECT_EQ(GetFile(path), "new");
+    EXPECT_EQ(after.st_mode, before.st_mode);
+    EXPECT_EQ(after.st_uid, before.st_uid);
+    EXPECT_EQ(after.st_gid, before.st_gid);
+    EXPECT_EQ(NamesIn(dir / "."), "f ");
+  }
+}
+
+TEST(PCNewFile, HasTheModeOfTheUmask) {
+  TempDir dir;
+  const mode_t before = umask(027);
+  PCNewFile made;
+  EXPECT_EQ(made.Create((dir / "f").c_str()), 1);
+  EXPECT_EQ(made.GiveName(false), 1);
+  umask(before);
+  EXPECT_EQ(ModeOf(dir / "f"), 0640u);
+}
+
+TEST(PCNewFile, FollowsSymbolicLinks) {
+  TempDir dir;
+  std::filesystem::create_directory(dir / "below");
+  for (const char* there : {"old", "(cannot be read)"}) {
+    SCOPED_TRACE(there);
+    const std::string target = dir / "below/target";
+    std::filesystem::remove(target);
+    if (std::string(there) == "old") PutFile(target, there);
+    for (const char* name : {"first", "second", "third"}) std::filesystem::remove(dir / name);
+    std::filesystem::create_symlink("below/target", dir / "first");
+    std::filesystem::create_symlink("./first", dir / "second");
+    std::filesystem::create_symlink(dir / "second", dir / "third");
+    PCNewFile made;
+    ASSERT_EQ(made.Create((dir / "third").c_str()), 1);
+    EXPECT_EQ(NamesIn(dir / "below"),
+              std::string(".yax-new-00 ") + (*there == 'o' ? "target " : ""));
+    ASSERT_TRUE(Fill(made, "new"));
+    EXPECT_EQ(GetFile(dir / "third"), there);
+    EXPECT_EQ(made.GiveName(false), 1);
+    EXPECT_EQ(GetFile(target), "new");
+    EXPECT_TRUE(std::filesystem::is_symlink(dir / "third"));
+    EXPECT_EQ(NamesIn(dir / "below"), "target ");
+  }
+}
+
+TEST(PCNewFile, IsNotMadeWhereNoRegularFileCanBe) {
+  TempDir dir;
+  const int next = NextDescriptor();
+  ASSERT_EQ(mkfifo((dir / "fifo").c_str(), 0666), 0);
+  std::filesystem::create_symlink("circle", dir / "circle");
+  PCNewFile made;
+  for (const std::string& path : {dir / "absent/new", dir / ".", dir / "fifo", dir / "circle",
+                                  dir / "name/", std::string("/dev/null"), std::string()}) {
+    EXPECT_EQ(made.Create(path.c_str()), 0) << path;
+    EXPECT_FALSE(made.IsOpen()) << path;
+  }
+  EXPECT_EQ(made.Create((dir / std::string(5000, 'x').c_str()).c_str()), 0);
+  EXPECT_EQ(made.Create(nullptr), 0);
+  EXPECT_EQ(NextDescriptor(), next);
+  EXPECT_EQ(NamesIn(dir / "."), "circle fifo ");
+}
+
+TEST(PCNewFile, LeavesAFileThatAppearsMeanwhileUnlessItTakesTheName) {
+  TempDir dir;
+  const std::string path = dir / "f";
+  for (const bool takes : {false, true}) {
+    std::filesystem::remove(path);
+    PCNewFile made;
+    ASSERT_EQ(made.Create(path.c_str()), 1);
+    ASSERT_TRUE(Fill(made, "late"));
+    PutFile(path, "early");
+    EXPECT_EQ(takes ? made.TakeName() : made.GiveName(true), 1);
+    made.Destroy();
+    EXPECT_EQ(GetFile(path), takes ? "late" : "early");
+    EXPECT_EQ(NamesIn(dir / "."), "f ");
+  }
+}
+
+TEST(PCNewFile, LeavesAFileThatCameBefore) {
+  TempDir dir;
+  PutFile(dir / "f", "early");
+  PCNewFile made;
+  ASSERT_EQ(made.CreateNew((dir / "f").c_str()), 1);
+  ASSERT_TRUE(Fill(made, "late"));
+  EXPECT_EQ(made.GiveName(false), 1);
+  made.Destroy();
+  EXPECT_EQ(GetFile(dir / "f"), "early");
+  EXPECT_EQ(NamesIn(dir / "."), "f ");
+  EXPECT_EQ(made.CreateNew(""), 0);
+  EXPECT_EQ(made.CreateNew(nullptr), 0);
+}
+
+TEST(PCNewFile, SeveralAreMadeInOneFolderAtOnce) {
+  TempDir dir;
+  PCNewFile first;
+  PCNewFile second;
+  ASSERT_EQ(first.Create((dir / "a").c_str()), 1);
+  ASSERT_EQ(second.Create((dir / "b").c_str()), 1);
+  EXPECT_EQ(second.Path(), dir / ".yax-new-01");
+  EXPECT_TRUE(Fill(first, "1") && Fill(second, "2"));
+  EXPECT_EQ(first.GiveName(false), 1);
+  EXPECT_EQ(second.GiveName(false), 1);
+  EXPECT_EQ(GetFile(dir / "a") + GetFile(dir / "b"), "12");
+  EXPECT_EQ(NamesIn(dir / "."), "a b ");
+}
+
+TEST(PCNewFile, WhatWasLeftBehindIsRemovedAndNothingElse) {
+  TempDir dir;
+  PutFile(dir / "kept", "kept");
+  ASSERT_EQ(mkfifo((dir / ".yax-new-00").c_str(), 0666), 0);
+  std::filesystem::create_directory(dir / ".yax-new-01");
+  std::filesystem::create_symlink("kept", dir / ".yax-new-02");
+  PutFile(dir / ".yax-new-03", "left");
+  PCNewFile made;
+  ASSERT_EQ(made.Create((dir / "f").c_str()), 1);
+  EXPECT_EQ(made.Path(), dir / ".yax-new-02");  // the link goes, what it leads to stays
+  ASSERT_EQ(made.GiveName(false), 1);
+  PCNewFile another;
+  EXPECT_EQ(made.Create((dir / "g").c_str()), 1);
+  EXPECT_EQ(another.Create((dir / "h").c_str()), 1);
+  EXPECT_EQ(another.Path(), dir / ".yax-new-03");
+  EXPECT_EQ(GetFile(another.Path()), "");
+  EXPECT_EQ(GetFile(dir / "kept"), "kept");
+}
+
+TEST(PCNewFile, AFileIsWrittenInPlaceWhereTheFolderTakesNoOther) {
+  TempDir dir;
+  const std::string path = dir / "f";
+  PutFile(path, "a long old text");
+  chmod(path.c_str(), 0666);
+  chmod((dir / ".").c_str(), 0555);
+  EXPECT_TRUE(InChild([&] {
+    PCNewFile made;
+    if (!DropRights() || made.Create((dir / "absent").c_str())) return false;
+    if (!made.Create(path.c_str()) || !made.IsInPlace() || GetFile(path) != "") return false;
+    return made.Path() == path && Fill(made, "new") && made.Sync() && made.GiveName(true) &&
+           made.TakeName();
+  }));
+  chmod((dir / ".").c_str(), 0755);
+  EXPECT_EQ(GetFile(path), "new");
+  EXPECT_EQ(NamesIn(dir / "."), "f ");
+}
+
+// Only the superuser may give a file away.
+TEST(PCNewFile, AFileOfAnotherUserIsWrittenInPlace) {
+  if (geteuid() != 0) GTEST_SKIP() << "only the superuser can make files of others";
+  TempDir dir;
+  const std::string path = dir / "f";
+  PutFile(path, "a long old text");
+  chmod(path.c_str(), 0666);
+  chmod((dir / ".").c_str(), 0777);
+  EXPECT_TRUE(InChild([&] {
+    PCNewFile made;
+    return DropRights() && made.Create(path.c_str()) && made.IsInPlace() && Fill(made, "new") &&
+           made.GiveName(false);
+  }));
+  struct stat info = {};
+  ASSERT_EQ(stat(path.c_str(), &info), 0);
+  EXPECT_EQ(info.st_uid, 0u);
+  EXPECT_EQ(GetFile(path), "new");
+  EXPECT_EQ(NamesIn(dir / "."), "f ");
+}
+
+TEST(PCNewFile, AFileWithoutANameIsWrittenInPlace) {
+  TempDir dir;
+  PutFile(dir / "f", "a long old text");
+  const int fd = open((dir / "f").c_str(), O_RDWR);
+  ASSERT_GE(fd, 0);
+  std::filesystem::remove(dir / "f");
+  PCNewFile made;
+  ASSERT_EQ(made.Create(("/proc/self/fd/" + std::to_string(fd)).c_str()), 1);
+  EXPECT_TRUE(made.IsInPlace());
+  EXPECT_TRUE(Fill(made, "new"));
+  char bytes[10] = {};
+  EXPECT_EQ(pread(fd, bytes, sizeof bytes, 0), 3);
+  EXPECT_STREQ(bytes, "new");
+  close(fd);
+  EXPECT_EQ(NamesIn(dir / "."), "");
+}
+
+}  // namespace
