@@ -163,8 +163,8 @@ class YAX_API Registry {
   unsigned int ListValues(unsigned int handle, const char* keyPath, unsigned int first,
                           unsigned int unused, NameList* list);
   // Writes the key, all keys below it, their values, owners and rights to `backupFile`, which is
-  // made, or emptied if it exists. Right: read on this key, which is enough for all below it.
-  // kInputOutput: the file cannot be made or written, or is the registry's own. docs/format.md
+  // made, or replaced when all is written. Right: read on this key, which is enough for all below
+  // it. kInputOutput: the file cannot be made or written, or is the registry's own. docs/format.md
   // tells what is in it.
   unsigned int BackupKey(unsigned int handle, const char* keyPath, const char* backupFile);
   // Replaces the key, which must exist, and all below it by what a backup holds; only its name

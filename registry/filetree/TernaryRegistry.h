@@ -226,10 +226,10 @@ class TernaryRegistry : public RegistryInterface {
 
   // ---- backup (TernaryRegistryBackup.cpp)
 
-  // Writes the key with its sub-keys, values and data to `backupFile`, which is made, or emptied if
-  // it exists. Right on the key: read. kBadArgument: path or backupFile null; kInputOutput: the
-  // file cannot be made or written, or is the registry's own; kInvalidFile: the registry's links do
-  // not form a tree.
+  // Writes the key with its sub-keys, values and data to `backupFile`, which is made, or replaced
+  // when all is written (BackupFile.h). Right on the key: read. kBadArgument: path or backupFile
+  // null; kInputOutput: the file cannot be made or written, or is the registry's own; kInvalidFile:
+  // the registry's links do not form a tree.
   unsigned int BackupKeyTree(unsigned int user, void* tree, const char* path,
                              const char* backupFile) override;
   // Replaces the key, its values and all below it by what the file holds; its name stays. Right on

@@ -15,7 +15,7 @@ unsigned int TernaryRegistry::BackupKeyTree(unsigned int user, void* tree, const
   Reached reached;
   unsigned int result = ReachKey(access, user, tree, path, kRead, &reached);
   if (result != status::kOk) return result;
-  // Making the backup would empty the registry.
+  // The backup would take the place of the registry.
   if (TernaryFile::file.SameFile(backupFile)) return status::kInputOutput;
   BackupFile stream;
   SubtreeBackup subtree(*file, access, stream);

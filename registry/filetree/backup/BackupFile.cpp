@@ -22,7 +22,12 @@ unsigned int BackupFile::OpenBackup(const char* path, bool make) {
   used_ = 0;
   next_ = 0;
   offset_ = 0;
-  if (make && !PCFile::Make(path)) return status::kInputOutput;
+  if (make) {
+    const int begun = made_.Create(path);
+    if (begun < 0) return status::kNoMemory;
+    if (begun == 0) return status::kInputOutput;
+    path = made_.Path();
+  }
   backup.ReadDirectly();  // backups come from media that may be pulled out
   return backup.Create(path, PCFile::kReadWrite) ? status::kOk : status::kInputOutput;
 }
@@ -60,6 +65,12 @@ unsigned int BackupFile::Write(const void* data, unsigned int size) {
 }
 
 unsigned int BackupFile::Complete() {
+  const unsigned int result = MarkComplete();
+  if (result != status::kOk) return result;
+  return made_.TakeName() ? status::kOk : status::kInputOutput;
+}
+
+unsigned int BackupFile::MarkComplete() {
   unsigned int result = WritePiece();
   if (result != status::kOk) return result;
   backupHeader = 1;
@@ -119,9 +130,10 @@ unsigned int BackupFile::Peek(unsigned int ahead, unsigned char* byte) const {
 }
 
 void BackupFile::Close() {
-  if (writing_) WritePiece();  // of a backup that has failed: as much as there is
+  if (writing_ && made_.IsInPlace()) WritePiece();  // of a failed backup: as much as there is
   writing_ = false;
   backup.Destroy();
+  made_.Destroy();
 }
 
 }  // namespace tamu::registry

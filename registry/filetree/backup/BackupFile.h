@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/PCFile.h"
+#include "platform/PCNewFile.h"
 #include "registry/base/Array.h"
 #include "registry/base/RegistryStatus.h"
 
@@ -21,11 +22,14 @@ class BackupFile {
   BackupFile(const BackupFile&) = delete;
   BackupFile& operator=(const BackupFile&) = delete;
 
-  // Makes the file, empty, and begins it with the header byte. kInputOutput, kNoMemory.
+  // Makes the file, empty, and begins it with the header byte. What is at the path stays there
+  // until Complete, unless the folder takes no other file: then it is emptied and written in place.
+  // kInputOutput, kNoMemory.
   unsigned int Make(const char* path);
   // Appends. kInputOutput, at the latest from Complete.
   unsigned int Write(const void* data, unsigned int size);
-  // Everything was written: marks the file as complete. kInputOutput.
+  // Everything was written: marks the file as complete, which has its name from then on.
+  // kInputOutput.
   unsigned int Complete();
 
   // Opens a file and reads the header byte. kInputOutput when it cannot be opened for reading and
@@ -39,7 +43,8 @@ class BackupFile {
   // it is not in the file's first piece.
   unsigned int Peek(unsigned int ahead, unsigned char* byte) const;
 
-  // Writes what is not written yet, unless a write has failed, and closes the file.
+  // Closes the file. A backup that is not complete is gone; in place, what is not written yet is
+  // written, unless a write has failed.
   void Close();
 
   static PCFile& backup;
@@ -50,9 +55,11 @@ class BackupFile {
 
  private:
   unsigned int OpenBackup(const char* path, bool make);
+  unsigned int MarkComplete();
   unsigned int WritePiece();
   unsigned int ReadPiece();
 
+  PCNewFile made_;  // what is written, until it has its name
   Array<unsigned char> piece_;
   unsigned int used_ = 0;    // bytes of piece_ that are to be written, or were read
   unsigned int next_ = 0;    // reading: the next of them

@@ -1,4 +1,5 @@
 // Backups that are refused or break off, and backups of damaged keys.
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -129,12 +130,19 @@ TEST(FileTreeBackup, ADiskThatIsFullIsTold) {
     ASSERT_EQ(rig.CreateData("a", "v", 2, Pattern(1024)), 0u);
   }
   const std::string file = rig.dir / "b";
-  for (unsigned long limit : {0ul, 1ul, 100ul, 4096ul, 5000ul, 5404ul}) {
-    EXPECT_TRUE(InChild([&] {
-      LimitFileSize(limit);
-      return Backup(rig, "a", file) == 5;
-    })) << limit;
-    EXPECT_LE(GetFile(file).size(), limit);
+  for (const char* older : {"", "older"}) {
+    if (*older != 0) PutFile(file, older);
+    const std::string before = NamesIn(rig.dir / ".");
+    for (unsigned long limit : {0ul, 1ul, 100ul, 4096ul, 5000ul, 5404ul}) {
+      EXPECT_TRUE(InChild([&] {
+        LimitFileSize(limit);
+        return Backup(rig, "a", file) == 5;
+      })) << limit;
+      EXPECT_EQ(NamesIn(rig.dir / "."), before) << limit;
+    }
+    if (*older != 0) {
+      EXPECT_EQ(GetFile(file), older);
+    }
   }
   EXPECT_TRUE(InChild([&] {
     LimitFileSize(5405);  // 1 + 24 + 5 * (52 + 1024)
@@ -142,12 +150,73 @@ TEST(FileTreeBackup, ADiskThatIsFullIsTold) {
   }));
 }
 
+TEST(FileTreeBackup, AnOlderBackupStaysUntilTheNewOneIsComplete) {
+  FileTreeRig rig;
+  Create(rig, {"a", "a/b", "c"});
+  const std::string file = rig.dir / "taken.bak";
+  const std::string older = BackedUp(rig, "a");
+  rig.PatchWord(InString(3, 20), 0xFFFF00);  // the key of "a/b" cannot be read
+  const std::string names = NamesIn(rig.dir / ".");
+  EXPECT_EQ(Backup(rig, "a", file), 59u);
+  EXPECT_EQ(GetFile(file), older);
+  EXPECT_EQ(Backup(rig, "a", rig.dir / "new"), 59u);
+  EXPECT_EQ(NamesIn(rig.dir / "."), names);
+  EXPECT_EQ(Restore(rig, "c", file), 0u);
+}
+
+TEST(FileTreeBackup, AnOlderFileKeepsItsMode) {
+  FileTreeRig rig;
+  Create(rig, {"a"});
+  const std::string file = rig.dir / "b";
+  PutFile(file, std::string(100, 'x'));
+  ASSERT_EQ(chmod(file.c_str(), 0640), 0);
+  ASSERT_EQ(Backup(rig, "a", file), 0u);
+  EXPECT_EQ(GetFile(file), kComplete + KeyRecord(0));
+  struct stat info = {};
+  ASSERT_EQ(stat(file.c_str(), &info), 0);
+  EXPECT_EQ(info.st_mode & 07777u, 0640u);
+}
+
+// ---- files in a folder that takes no other one
+
+// An empty file that is written in place by whoever is not the superuser.
+class LockedFile {
+ public:
+  explicit LockedFile(FileTreeRig& rig) : folder_(rig.dir / "locked") {
+    std::filesystem::create_directory(folder_);
+    PutFile(path(), "");
+    chmod(path().c_str(), 0666);
+    chmod(folder_.c_str(), 0555);
+    chmod((rig.dir / ".").c_str(), 0777);
+  }
+  ~LockedFile() { chmod(folder_.c_str(), 0755); }
+  std::string path() const { return folder_ + "/file"; }
+
+ private:
+  std::string folder_;
+};
+
+TEST(FileTreeBackup, IsWrittenInPlaceWhereTheFolderTakesNoOtherFile) {
+  FileTreeRig rig;
+  Create(rig, {"a"});
+  for (unsigned int i = 0; i < 5; ++i) {
+    ASSERT_EQ(rig.CreateData("a", "v", 2, Pattern(1024)), 0u);
+  }
+  const LockedFile file(rig);
+  EXPECT_TRUE(InChild([&] { return DropRights() && Backup(rig, "a", file.path()) == 0; }));
+  EXPECT_EQ(GetFile(file.path()).size(), 5405u);
+  EXPECT_TRUE(InChild([&] {
+    LimitFileSize(5000);
+    return DropRights() && Backup(rig, "a", file.path()) == 5;
+  }));
+  EXPECT_EQ(GetFile(file.path()).size(), 5000u) << "as much as there was room for";
+}
+
 // ---- the first byte
 
 // Backs up a key on whose way something is damaged, and returns the file.
-std::string BrokenOff(FileTreeRig& rig) {
-  const std::string file = rig.dir / "broken";
-  return Backup(rig, "a", file) == 59 ? GetFile(file) : "(not broken off)";
+std::string BrokenOff(FileTreeRig& rig, const LockedFile& file) {
+  return Backup(rig, "a", file.path()) == 59 ? GetFile(file.path()) : "(not broken off)";
 }
 
 TEST(FileTreeBackup, OnlyTheFirstBackupOfAProcessBeginsIncomplete) {
@@ -157,12 +226,14 @@ TEST(FileTreeBackup, OnlyTheFirstBackupOfAProcessBeginsIncomplete) {
   const std::string records = NameRecord("b", 0xFFFF00);
   rig.PatchWord(InString(3, 20), 0xFFFF00);  // the key of "a/b" cannot be read
   const std::string whole = rig.dir / "whole";
+  const LockedFile file(rig);
   EXPECT_TRUE(InChild([&] {
+    if (!DropRights()) return false;
     BackupFile::backupHeader = 0;  // as in a new process
-    if (BrokenOff(rig) != std::string(1, '\0') + records) return false;
-    if (BrokenOff(rig) != std::string(1, '\0') + records) return false;
+    if (BrokenOff(rig, file) != std::string(1, '\0') + records) return false;
+    if (BrokenOff(rig, file) != std::string(1, '\0') + records) return false;
     if (Backup(rig, "c", whole) != 0 || GetFile(whole) != kComplete + KeyRecord(0)) return false;
-    return BrokenOff(rig) == kComplete + records;
+    return BrokenOff(rig, file) == kComplete + records;
   }));
 }
 
@@ -170,8 +241,10 @@ TEST(FileTreeBackup, ABackupThatBrokeOffIsNotRestored) {
   FileTreeRig rig;
   Create(rig, {"a", "a/b", "c"});
   rig.PatchWord(InString(3, 20), 0xFFFF00);
-  const std::string file = rig.dir / "broken";
+  const LockedFile locked(rig);
+  const std::string file = locked.path();
   EXPECT_TRUE(InChild([&] {
+    if (!DropRights()) return false;
     BackupFile::backupHeader = 0;
     const bool first = Backup(rig, "a", file) == 59 && Restore(rig, "c", file) == 5;
     BackupFile::backupHeader = 1;

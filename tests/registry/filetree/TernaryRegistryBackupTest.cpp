@@ -239,7 +239,7 @@ TEST(FileTreeBackup, ABackupChangesNothingInTheRegistry) {
   EXPECT_EQ(rig.Contents(), before);
 }
 
-TEST(FileTreeBackup, AnOlderFileIsEmptiedFirst) {
+TEST(FileTreeBackup, NothingOfAnOlderFileStays) {
   FileTreeRig rig;
   ASSERT_EQ(rig.Create("a"), 0u);
   PutFile(rig.dir / "taken.bak", std::string(9000, 'x'));
