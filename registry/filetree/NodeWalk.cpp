@@ -2,13 +2,13 @@
 
 namespace tamu::registry {
 
-unsigned int NodeWalk::Start(unsigned int id) {
+Status NodeWalk::Start(unsigned int id) {
   TernaryStringNode node;
-  const unsigned int result = access_.Read(id, &node);
-  return result == status::kOk ? Start(node, id) : result;
+  const Status result = access_.Read(id, &node);
+  return result.IsOk() ? Start(node, id) : result;
 }
 
-unsigned int NodeWalk::Start(const TernaryStringNode& node, unsigned int id) {
+Status NodeWalk::Start(const TernaryStringNode& node, unsigned int id) {
   way_.Clear();
   if (id != 0 && !met_.Add(id)) return status::kInvalidFile;
   Frame first;
@@ -18,7 +18,7 @@ unsigned int NodeWalk::Start(const TernaryStringNode& node, unsigned int id) {
   return way_.Push(first);
 }
 
-unsigned int NodeWalk::Next() {
+Status NodeWalk::Next() {
   if (!entered_) way_.Pop();  // the node that was left is done
   entered_ = false;
   if (way_.IsEmpty()) return status::kOk;
@@ -29,9 +29,9 @@ unsigned int NodeWalk::Next() {
     next.id = LinkOf(top.node, next.via);
     if (next.id == 0) continue;
     if (damage_ == Damage::kSkipped && !access_.IsUsed(NodeKind::kString, next.id)) continue;
-    const unsigned int result =
+    const Status result =
         met_.Add(next.id) ? access_.Read(next.id, &next.node) : Status(status::kInvalidFile);
-    if (result == status::kOk) {
+    if (result.IsOk()) {
       entered_ = true;
       return way_.Push(next);
     }

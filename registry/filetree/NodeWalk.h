@@ -4,7 +4,7 @@
 #include "registry/base/Stack.h"
 #include "registry/format/NodeLink.h"
 #include "registry/store/NodeSet.h"
-#include "registry/store/TernaryFile.h"
+#include "registry/store/StoreAccess.h"
 
 namespace tamu::registry {
 
@@ -23,22 +23,24 @@ class NodeWalk {
   enum class Damage { kEndsWalk, kSkipped };
 
   // `met` has room for the store's string nodes.
-  NodeWalk(TernaryFile::AccessScope& access, const NodeLink (&order)[kNodeLinks], NodeSet& met,
+  NodeWalk(const StoreAccess& access, const NodeLink (&order)[kNodeLinks], NodeSet& met,
            Damage damage = Damage::kEndsWalk)
       : access_(access), order_(order), met_(met), damage_(damage) {}
 
   // Reads the first node and enters it.
-  unsigned int Start(unsigned int id);
+  Status Start(unsigned int id);
   // Enters a node that was read already; `id` may be 0 when it is not known.
-  unsigned int Start(const TernaryStringNode& node, unsigned int id);
+  Status Start(const TernaryStringNode& node, unsigned int id);
   // Goes on to the next visit. 0, kNoMemory or as told above.
-  unsigned int Next();
+  Status Next();
 
   bool IsOver() const { return way_.IsEmpty(); }
   // Between Start and the end: the node visited, and on which of its two visits it is.
   bool IsEntered() const { return entered_; }
   const TernaryStringNode& Node() const { return way_.Top().node; }
   unsigned int Id() const { return way_.Top().id; }
+  // True when a key's name ends at the node.
+  bool HasKey() const { return Node().hasKey(); }
   // True for the node that the walk started with.
   bool IsFirst() const { return way_.Count() == 1; }
   // The link that has led here, and the node it belongs to. Not for the first node.
@@ -58,7 +60,7 @@ class NodeWalk {
     NodeLink via = NodeLink::kLo;
   };
 
-  TernaryFile::AccessScope& access_;
+  const StoreAccess& access_;
   const NodeLink (&order_)[kNodeLinks];
   NodeSet& met_;
   const Damage damage_;

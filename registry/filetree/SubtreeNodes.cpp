@@ -4,10 +4,10 @@
 
 namespace tamu::registry {
 
-unsigned int SubtreeNodes::Prepare() {
-  unsigned int result = metNodes_.Prepare(store_.Descriptor(NodeKind::kString));
-  if (result == status::kOk) result = metKeys_.Prepare(store_.Descriptor(NodeKind::kKey));
-  if (result == status::kOk) result = metValues_.Prepare(store_.Descriptor(NodeKind::kValue));
+Status SubtreeNodes::Prepare() {
+  Status result = metNodes_.Prepare(access_.Descriptor(NodeKind::kString));
+  if (result.IsOk()) result = metKeys_.Prepare(access_.Descriptor(NodeKind::kKey));
+  if (result.IsOk()) result = metValues_.Prepare(access_.Descriptor(NodeKind::kValue));
   return result;
 }
 
@@ -16,40 +16,51 @@ void SubtreeNodes::SpareNode(unsigned int id) {
   metNodes_.Add(id);
 }
 
-unsigned int SubtreeNodes::CollectSubtree(unsigned int first) {
+Status SubtreeNodes::CollectSubtree(unsigned int first) {
   if (first == 0) return status::kOk;
   TernaryStringNode node;
-  unsigned int result = access_.Read(first, &node);
-  if (result != status::kOk) return result;
+  Status result = access_.Read(first, &node);
+  if (!result.IsOk()) return result;
   if (!access_.IsUsed(NodeKind::kString, first)) return status::kInvalidFile;
   NodeWalk walk(access_, kStoredOrder, metNodes_, NodeWalk::Damage::kSkipped);
   result = walk.Start(node, first);
-  while (result == status::kOk && !walk.IsOver()) {
+  while (result.IsOk() && !walk.IsOver()) {
     if (!walk.IsEntered()) {
       result = CollectKey(walk.Node().keyNode());
-      if (result == status::kOk) result = slots_.Of(NodeKind::kString).Push(walk.Id());
+      if (result.IsOk()) result = slots_.Of(NodeKind::kString).Push(walk.Id());
     }
-    if (result == status::kOk) result = walk.Next();
+    if (result.IsOk()) result = walk.Next();
   }
   return result;
 }
 
-unsigned int SubtreeNodes::CollectKey(unsigned int keyNode) {
+Status SubtreeNodes::CollectKeyTree(unsigned int user, const void* tree, const char* path,
+                                    unsigned char rights, Reached* reached,
+                                    TernaryStringNode* node) {
+  Status result = Prepare();
+  if (result.IsOk()) result = ReachKey(access_, user, tree, path, rights, reached, this);
+  if (result.IsOk()) result = access_.Read(reached->nodeId, node);
+  if (!result.IsOk()) return result;
+  if (CollectSubtree(node->child()) == status::kNoMemory) return status::kNoMemory;
+  return CollectKey(reached->keyId);
+}
+
+Status SubtreeNodes::CollectKey(unsigned int keyNode) {
   TernaryKeyNode key;
   if (!access_.IsUsed(NodeKind::kKey, keyNode) || !metKeys_.Add(keyNode)) return status::kOk;
-  if (access_.Read(keyNode, &key) != status::kOk) return status::kOk;
+  if (!access_.Read(keyNode, &key).IsOk()) return status::kOk;
   if (CollectValues(key) == status::kNoMemory) return status::kNoMemory;
   return slots_.Of(NodeKind::kKey).Push(keyNode);
 }
 
-unsigned int SubtreeNodes::CollectValues(const TernaryKeyNode& key) {
-  ValueWalk walk(store_, access_, key.firstValue(), &metValues_);
+Status SubtreeNodes::CollectValues(const TernaryKeyNode& key) {
+  ValueWalk walk(access_, key.firstValue(), &metValues_);
   for (; !walk.IsOver(); walk.Advance()) {
-    unsigned int result = walk.Read();
+    Status result = walk.Read();
     const bool used = access_.IsUsed(NodeKind::kValue, walk.Id());
-    if (result == status::kOk && !used) result = status::kInvalidFile;
-    if (result == status::kOk) result = slots_.Of(NodeKind::kValue).Push(walk.Id());
-    if (result != status::kOk) return result;
+    if (result.IsOk() && !used) result = status::kInvalidFile;
+    if (result.IsOk()) result = slots_.Of(NodeKind::kValue).Push(walk.Id());
+    if (!result.IsOk()) return result;
   }
   return status::kOk;
 }

@@ -1,6 +1,7 @@
 // The nodes, keys and values of a subtree that is to be given back.
 #pragma once
 
+#include "registry/filetree/KeySearch.h"
 #include "registry/filetree/NodeWalk.h"
 #include "registry/filetree/SlotLists.h"
 
@@ -12,12 +13,10 @@ namespace tamu::registry {
 // are not collected: they stay in use.
 class SubtreeNodes {
  public:
-  // `access` is held on `store`.
-  SubtreeNodes(TernaryFile& store, TernaryFile::AccessScope& access)
-      : store_(store), access_(access) {}
+  explicit SubtreeNodes(const StoreAccess& access) : access_(access) {}
 
   // kNoMemory. Before anything else.
-  unsigned int Prepare();
+  Status Prepare();
   // Leaves a string node out, or a key, when the collection comes to it.
   void SpareNode(unsigned int id);
   void SpareKey(unsigned int id) { metKeys_.Add(id); }
@@ -26,12 +25,17 @@ class SubtreeNodes {
   // Collects the string nodes reached from `first` (0: none) and the keys on them: every node after
   // all that its lo, hi, equal and child links lead to. kNoMemory; kInvalidFile when `first` is
   // damaged, or the status of reading it.
-  unsigned int CollectSubtree(unsigned int first);
+  Status CollectSubtree(unsigned int first);
+  // Prepares, finds a key and what goes with it: itself and all that is below its string node,
+  // *node. Damage does not keep it from being collected, what cannot be read is left out; the nodes
+  // and keys on the way to it are spared, whatever leads there. The statuses of ReachKey.
+  Status CollectKeyTree(unsigned int user, const void* tree, const char* path, unsigned char rights,
+                        Reached* reached, TernaryStringNode* node);
   // Collects a key and its values. kNoMemory.
-  unsigned int CollectKey(unsigned int keyNode);
+  Status CollectKey(unsigned int keyNode);
   // Collects the values of a key, the newest first, up to the first that is damaged: then
   // kInvalidFile, or the status of reading it. kNoMemory.
-  unsigned int CollectValues(const TernaryKeyNode& key);
+  Status CollectValues(const TernaryKeyNode& key);
 
   // Gives all of it back, in the order in which it was collected; what cannot be given back stays
   // in use. The result is that of the last string node.
@@ -40,8 +44,7 @@ class SubtreeNodes {
  private:
   Status ReleaseAll(Changes& changes, NodeKind kind);
 
-  TernaryFile& store_;
-  TernaryFile::AccessScope& access_;
+  const StoreAccess& access_;
   SlotLists slots_;
   bool allUsed_ = true;
   NodeSet metNodes_;

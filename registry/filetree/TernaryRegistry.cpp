@@ -6,7 +6,7 @@
 namespace tamu::registry {
 
 TernaryRegistry::TernaryRegistry(TernaryFile* storeFile, RegistryDaemon* daemonObject)
-    : file(storeFile), initialized(1), daemon(daemonObject) {}
+    : NodeOperations(storeFile, daemonObject) {}
 
 TernaryRegistry::~TernaryRegistry() {
   if (owner_ == StoreOwner::kMade) DropStore();

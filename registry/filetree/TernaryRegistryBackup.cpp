@@ -11,7 +11,7 @@ unsigned int TernaryRegistry::BackupKeyTree(unsigned int user, void* tree, const
   PCMutexGuard guard(lock_);
   if (file == nullptr) return status::kNoRight;
   if (path == nullptr || backupFile == nullptr) return status::kBadArgument;
-  AccessScope access(*file);
+  StoreAccess access(*file);
   Reached reached;
   unsigned int result = ReachKey(access, user, tree, path, kRead, &reached);
   if (result != status::kOk) return result;
@@ -41,8 +41,9 @@ unsigned int TernaryRegistry::RestoreKeyTree(unsigned int user, void* tree, cons
   if (path == nullptr || backupFile == nullptr) return status::kBadArgument;
   Changes changes(*file);
   Reached reached;
-  SubtreeNodes old(*file, changes);
-  Status result = ReachKeyTree(changes, user, tree, path, kCreate, &reached, &old);
+  TernaryStringNode after;
+  SubtreeNodes old(changes);
+  Status result = old.CollectKeyTree(user, tree, path, kCreate, &reached, &after);
   if (result != status::kOk) return result;
   if (TernaryFile::file.SameFile(backupFile)) return status::kInputOutput;
   BackupFile stream;
@@ -57,10 +58,8 @@ unsigned int TernaryRegistry::RestoreKeyTree(unsigned int user, void* tree, cons
   SubtreeRestore restored(changes, stream);
   result = restored.Restore(contents, reached.nodeId == changes.StartNode());
   if (!result.IsOk()) return result;
-  TernaryStringNode after = reached.node;
   after.setChild(restored.Child());
-  after.setKeyNode(restored.Key());
-  after.setHasKey(true);
+  EndName(&after, restored.Key());
   result = changes.Write(reached.nodeId, after);
   if (result.IsOk()) old.Release(changes).Ignore();  // what cannot be given back stays in use
   return changes.End(result);

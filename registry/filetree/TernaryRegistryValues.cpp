@@ -1,98 +1,161 @@
-// Reading values and default values.
+// Values and default values.
 #include <new>
 
+#include "registry/base/ValueCheck.h"
 #include "registry/filetree/TernaryRegistry.h"
+#include "registry/filetree/ValueWalk.h"
+#include "registry/keytree/NameListing.h"
+#include "registry/keytree/ValueRecords.h"
 
 namespace tamu::registry {
 
-// Looks along the chain, newest first.
-unsigned int TernaryRegistry::FindInChain(AccessScope& access, const char* name, Reached* reached) {
-  const unsigned int limit = file->Descriptor(NodeKind::kValue).totalNodes;
-  unsigned int id = reached->key.firstValue();
-  for (unsigned int steps = 0; id != 0; ++steps) {
-    if (steps >= limit) return status::kInvalidFile;  // the links form a circle
-    if (access.Read(id, &reached->value) != status::kOk) return status::kCannotOpen;
-    if (reached->value.hasName(name)) {
-      reached->valueId = id;
-      return status::kOk;
+namespace {
+
+// Puts the value at the head of the key's chain. More values than can be counted are there all the
+// same.
+Status LinkNewValue(Changes& changes, Reached* reached) {
+  const unsigned int count = reached->key.valueCount();
+  return LinkValue(changes, reached->valueId, &reached->value, reached->keyId, &reached->key,
+                   count < 0xFFFF ? count + 1 : count);
+}
+
+Status ReplaceData(Changes& changes, const Value& value, Reached* reached) {
+  TernaryValueNode& record = reached->value;
+  const unsigned int valueId = reached->valueId;
+  unsigned int block = 0;
+  const Status stored = ExchangeData(changes, valueId, &record, value, &block);
+  if (!stored.IsOk()) return stored;
+  const TernaryValueNode before = record;
+  const bool isNumber = value.type == kValueTypeInteger;
+  record.setType(value.type);
+  record.setInBlocks(!isNumber);
+  record.setDataSize(value.size);
+  // Of a number only the low half is written: the upper half of an older one stays.
+  // Test: FileTreeValues.SettingANumberKeepsTheUpperHalfOfTheOldOne
+  record.setDataWord(isNumber ? static_cast<unsigned int>(LeadingBytes(value, 4)) : block);
+  record.setSet(true);
+  return ReplaceValueRecord(changes, valueId, before, record);
+}
+
+}  // namespace
+
+unsigned int TernaryRegistry::CreateValue(unsigned int user, void* tree, const char* path,
+                                          const char* name, Value* value) {
+  if (IsTooLarge(value)) return status::kLimit;
+  const auto create = [&](Changes& changes, Reached& reached) -> Status {
+    if (value->type > kValueTypeMax) return status::kNoData;
+    Status result = changes.Take(NodeKind::kValue, &reached.valueId);
+    if (!result.IsOk()) return changes.End(result);
+    unsigned int block = 0;
+    result = StoreNewData(changes, *value, &block);
+    if (!result.IsOk()) {
+      return changes.End(changes.GiveBack(NodeKind::kValue, reached.valueId, result));
     }
-    reached->beforeId = id;
-    id = reached->value.nextValue();
-  }
-  return status::kNotFound;
+    FillRecord(&reached.value, name, *value, block);
+    return changes.End(LinkNewValue(changes, &reached));
+  };
+  const bool given =
+      !LacksArgument(name, value) && (value->type != kValueTypeInteger || value->data != nullptr);
+  return OnKey<Changes>(user, tree, path, kCreate, given, create);
 }
 
-unsigned int TernaryRegistry::ReachValue(AccessScope& access, unsigned int user, const void* tree,
-                                         const char* path, unsigned char right, const char* name,
-                                         Reached* reached) {
-  const unsigned int result = ReachKey(access, user, tree, path, right, reached);
-  return result == status::kOk ? FindInChain(access, name, reached) : result;
+unsigned int TernaryRegistry::CreateValue(unsigned int user, void* tree, const char* path,
+                                          const char* name, unsigned long long number, bool set) {
+  const auto create = [&](Changes& changes, Reached& reached) {
+    const Status result = changes.Take(NodeKind::kValue, &reached.valueId);
+    if (!result.IsOk()) return changes.End(result);
+    FillRecord(&reached.value, name, number, set);
+    return changes.End(LinkNewValue(changes, &reached));
+  };
+  return OnKey<Changes>(user, tree, path, kCreate, name != nullptr, create);
 }
 
-unsigned int TernaryRegistry::FindValue(unsigned int keyNode, const char* name,
-                                        unsigned int* valueNode, TernaryValueNode*& record) {
-  PCMutexGuard guard(lock_);
-  if (file == nullptr) return status::kNoRight;
-  if (name == nullptr || valueNode == nullptr) return status::kBadArgument;
-  AccessScope access(*file);
-  Reached reached;
-  unsigned int result = access.Read(keyNode, &reached.key);
-  if (result != status::kOk) return result;
-  result = FindInChain(access, name, &reached);
-  if (result != status::kOk) return result;
-  TernaryValueNode* copy = new (std::nothrow) TernaryValueNode(reached.value);
-  if (copy == nullptr) return status::kNoMemory;
-  *valueNode = reached.valueId;
-  record = copy;
-  return status::kOk;
+unsigned int TernaryRegistry::SetValue(unsigned int user, void* tree, const char* path,
+                                       const char* name, Value* value) {
+  if (IsTooLarge(value)) return status::kLimit;
+  const auto set = [&](Changes& changes, Reached& reached) -> Status {
+    if (value->type > kValueTypeMax) return status::kNoData;
+    Status result = ReachValue(changes, name, &reached);
+    if (result.IsOk()) result = ReplaceData(changes, *value, &reached);
+    return result.IsOk() ? changes.End(result) : result;
+  };
+  return OnKey<Changes>(user, tree, path, kModify, !LacksArgument(name, value), set);
 }
 
 unsigned int TernaryRegistry::GetValue(unsigned int user, void* tree, const char* path,
                                        const char* name, Value* value) {
-  PCMutexGuard guard(lock_);
-  if (file == nullptr) return status::kNoRight;
-  if (name == nullptr || value == nullptr) return status::kBadArgument;
-  AccessScope access(*file);
-  Reached reached;
-  unsigned int result = ReachValue(access, user, tree, path, kRead, name, &reached);
-  if (result != status::kOk) return result;
-  const TernaryValueNode& record = reached.value;
-  if (!record.isSet()) return status::kNoData;
+  const auto get = [&](StoreAccess& access, Reached& reached) -> Status {
+    Status result = ReachValue(access, name, &reached);
+    if (!result.IsOk()) return result;
+    const TernaryValueNode& record = reached.value;
+    if (!record.isSet()) return status::kNoData;
 
-  // Zeroed, so that what the file does not give is not memory of somebody else.
-  const unsigned int capacity = 4 * record.dataSize() + TernaryValueNode::kInlineSize;
-  unsigned char* buffer = new (std::nothrow) unsigned char[capacity]();
-  if (buffer == nullptr) return status::kNoMemory;
-  if (record.isInBlocks()) {
-    unsigned int size = record.dataSize();
-    result = file->ReadData(buffer, &size, record.dataWord());
-    if (result == status::kOk && size < record.dataSize()) result = status::kInvalidFile;
-    if (result != status::kOk) {
-      delete[] buffer;
-      return result;
+    // Zeroed, so that what the file does not give is not memory of somebody else.
+    const unsigned int capacity = 4 * record.dataSize() + TernaryValueNode::kInlineSize;
+    unsigned char* buffer = new (std::nothrow) unsigned char[capacity]();
+    if (buffer == nullptr) return status::kNoMemory;
+    if (record.isInBlocks()) {
+      unsigned int size = record.dataSize();
+      result = access.ReadData(record.dataWord(), buffer, &size);
+      if (result.IsOk() && size < record.dataSize()) result = status::kInvalidFile;
+      if (!result.IsOk()) {
+        delete[] buffer;
+        return result;
+      }
+    } else {
+      // A number comes as its low 32 bits. Test: FileTreeValues.ANumberIsReadAsItsLowHalf
+      PutU32(buffer, record.dataWord());
     }
-  } else {
-    // A number comes as its low 32 bits. Test: FileTreeValues.ANumberIsReadAsItsLowHalf
-    PutU32(buffer, record.dataWord());
-  }
-  value->type = record.type();
-  value->size = record.dataSize();
-  value->data = buffer;
-  return status::kOk;
+    value->type = record.type();
+    value->size = record.dataSize();
+    value->data = buffer;
+    return result;
+  };
+  return OnKey<StoreAccess>(user, tree, path, kRead, name != nullptr && value != nullptr, get);
+}
+
+// What leads to the value is written before its slot is given back. Its data blocks stay in use.
+// Test: FileTreeValues.DeletingAValueKeepsItsBlocksInUse
+unsigned int TernaryRegistry::DeleteValue(unsigned int user, void* tree, const char* path,
+                                          const char* name) {
+  const auto remove = [&](Changes& changes, Reached& reached) -> Status {
+    Status result = ReachValue(changes, name, &reached);
+    if (!result.IsOk()) return result;
+    TernaryKeyNode& key = reached.key;
+    if (reached.beforeId == 0) {
+      key.setFirstValue(reached.value.nextValue());
+    } else {
+      TernaryValueNode before;
+      if (!changes.Read(reached.beforeId, &before).IsOk()) return status::kCannotOpen;
+      before.setNextValue(reached.value.nextValue());
+      result = changes.Write(reached.beforeId, before);
+    }
+    if (key.valueCount() > 0) key.setValueCount(key.valueCount() - 1u);
+    if (result.IsOk()) result = changes.Write(reached.keyId, key);
+    // What cannot be given back stays in use.
+    if (result.IsOk()) changes.Release(NodeKind::kValue, reached.valueId).Ignore();
+    return changes.End(result);
+  };
+  return OnKey<Changes>(user, tree, path, kDelete, name != nullptr, remove);
 }
 
 unsigned int TernaryRegistry::GetDefaultValue(unsigned int user, void* tree, const char* path,
                                               unsigned long long* value) {
-  PCMutexGuard guard(lock_);
-  if (file == nullptr) return status::kNoRight;
-  if (value == nullptr) return status::kBadArgument;
-  AccessScope access(*file);
-  Reached reached;
-  const unsigned int result = ReachKey(access, user, tree, path, kRead, &reached);
-  if (result != status::kOk) return result;
-  if (!reached.key.isDefaultSet()) return status::kNoData;
-  *value = reached.key.defaultValue();
-  return status::kOk;
+  const auto get = [&](StoreAccess&, Reached& reached) -> Status {
+    if (!reached.key.isDefaultSet()) return status::kNoData;
+    *value = reached.key.defaultValue();
+    return status::kOk;
+  };
+  return OnKey<StoreAccess>(user, tree, path, kRead, value != nullptr, get);
+}
+
+unsigned int TernaryRegistry::SetDefaultValue(unsigned int user, void* tree, const char* path,
+                                              unsigned long long value, bool clear) {
+  const auto set = [&](Changes& changes, Reached& reached) {
+    ChangeDefault(&reached.key, value, clear);
+    return changes.End(changes.Write(reached.keyId, reached.key));
+  };
+  return OnKey<Changes>(user, tree, path, kModify, true, set);
 }
 
 unsigned int TernaryRegistry::GetSetValue(unsigned int user, void* tree, const char* path,
@@ -112,25 +175,41 @@ unsigned int TernaryRegistry::GetSetValue(unsigned int user, void* tree, const c
 
 unsigned int TernaryRegistry::GetValueOffset(unsigned int user, void* tree, const char* path,
                                              const char* name, unsigned int* offset) {
-  PCMutexGuard guard(lock_);
-  if (file == nullptr) return status::kNoRight;
-  if (name == nullptr || offset == nullptr) return status::kBadArgument;
-  AccessScope access(*file);
-  Reached reached;
-  unsigned int result = ReachValue(access, user, tree, path, kModify, name, &reached);
-  if (result != status::kOk) return result;
-  const TernaryValueNode& record = reached.value;
-  if (!record.isSet()) return status::kNoData;
-  unsigned int start = 0;
-  if (record.isInBlocks()) {
-    if (record.dataWord() == 0) return status::kNoData;
-    result = file->Resolve(NodeKind::kData, record.dataWord(), start);
-  } else {
-    result = file->Resolve(NodeKind::kValue, reached.valueId, start);
-    start += TernaryValueNode::kOffData;
-  }
-  if (result == status::kOk) *offset = start;
-  return result;
+  const auto get = [&](StoreAccess& access, Reached& reached) -> Status {
+    Status result = ReachValue(access, name, &reached);
+    if (!result.IsOk()) return result;
+    const TernaryValueNode& record = reached.value;
+    if (!record.isSet()) return status::kNoData;
+    unsigned int start = 0;
+    if (record.isInBlocks()) {
+      if (record.dataWord() == 0) return status::kNoData;
+      result = access.Resolve(NodeKind::kData, record.dataWord(), &start);
+    } else {
+      result = access.Resolve(NodeKind::kValue, reached.valueId, &start);
+      start += TernaryValueNode::kOffData;
+    }
+    if (result.IsOk()) *offset = start;
+    return result;
+  };
+  return OnKey<StoreAccess>(user, tree, path, kModify, name != nullptr && offset != nullptr, get);
+}
+
+unsigned int TernaryRegistry::ListValues(unsigned int user, void* tree, const char* path,
+                                         unsigned int index, NameList* names) {
+  const auto list = [&](StoreAccess& access, Reached& reached) -> Status {
+    if (reached.key.valueCount() <= index) return status::kLimit;
+    unsigned int skip = index;
+    for (ValueWalk walk(access, reached.key.firstValue()); !walk.IsOver(); walk.Advance()) {
+      Status result = walk.Read();
+      // A damaged name may lack its terminator.
+      if (result.IsOk()) {
+        result = AddName(names, &skip, walk.Record().name(), TernaryValueNode::kNameSize);
+      }
+      if (!result.IsOk()) return result;
+    }
+    return status::kOk;
+  };
+  return OnKey<StoreAccess>(user, tree, path, kRead, names != nullptr, list);
 }
 
 }  // namespace tamu::registry

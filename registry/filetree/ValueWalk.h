@@ -2,29 +2,28 @@
 #pragma once
 
 #include "registry/store/NodeSet.h"
-#include "registry/store/TernaryFile.h"
+#include "registry/store/StoreAccess.h"
 
 namespace tamu::registry {
 
-//   for (ValueWalk walk(store, access, first); !walk.IsOver(); walk.Advance()) {
+//   for (ValueWalk walk(access, first); !walk.IsOver(); walk.Advance()) {
 //     result = walk.Read(); ... walk.Id(), walk.Record() ...
 //   }
 class ValueWalk {
  public:
   // `first` is the id of the chain's first value, 0 for none. With `met`, which has room for the
   // store's value nodes, chains that run together are found over several walks.
-  ValueWalk(const TernaryFile& store, TernaryFile::AccessScope& access, unsigned int first,
-            NodeSet* met = nullptr)
+  ValueWalk(const StoreAccess& access, unsigned int first, NodeSet* met = nullptr)
       : access_(access),
         id_(first),
-        left_(store.Descriptor(NodeKind::kValue).totalNodes),
+        left_(access.Descriptor(NodeKind::kValue).totalNodes),
         met_(met) {}
 
   bool IsOver() const { return id_ == 0; }
   unsigned int Id() const { return id_; }
   // Reads the value that the walk has come to. kInvalidFile: there are more than the file can have,
   // the links form a circle, or the value was met before. Else the statuses of a read.
-  unsigned int Read() {
+  Status Read() {
     if (left_ == 0 || (met_ != nullptr && !met_->Add(id_))) return status::kInvalidFile;
     --left_;
     return access_.Read(id_, &record_);
@@ -33,7 +32,7 @@ class ValueWalk {
   void Advance() { id_ = record_.nextValue(); }
 
  private:
-  TernaryFile::AccessScope& access_;
+  const StoreAccess& access_;
   TernaryValueNode record_;
   unsigned int id_;
   unsigned int left_;  // reads

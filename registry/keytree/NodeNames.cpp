@@ -46,11 +46,20 @@ bool FindLink(const TernaryStringNode& node, unsigned int id, NodeLink* link) {
   return false;
 }
 
-NodeLink LinkForName(const TernaryStringNode& node, bool asChild, bool asEqual,
+NodeLink LinkForName(const TernaryStringNode& node, const PathMatch& match,
                      const TernaryStringNode& first) {
-  if (asChild) return NodeLink::kChild;
-  if (asEqual) return NodeLink::kEqual;
+  if (match.matchChild()) return NodeLink::kChild;
+  if (match.matchEqual()) return NodeLink::kEqual;
   return node.splitChar() >= FirstCharOf(first) ? NodeLink::kLo : NodeLink::kHi;
+}
+
+Status WriteCut(Changes& changes, unsigned int id, const TernaryStringNode& node, unsigned int cut,
+                CutName* parts) {
+  Status result = changes.Take(NodeKind::kString, &parts->upperId);
+  parts->upper = UpperPart(node, cut, id);
+  parts->lower = LowerPart(node, cut);
+  if (result.IsOk()) result = changes.Write(parts->upperId, parts->upper);
+  return result.IsOk() ? changes.Write(id, parts->lower) : result;
 }
 
 }  // namespace tamu::registry

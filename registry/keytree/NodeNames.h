@@ -1,7 +1,9 @@
 // Key names, cut into string nodes.
 #pragma once
 
-#include "registry/format/NodeLink.h"
+#include "registry/keytree/KeyRecords.h"
+#include "registry/keytree/PathSearch.h"
+#include "registry/store/Changes.h"
 
 namespace tamu::registry {
 
@@ -24,7 +26,55 @@ TernaryStringNode LowerPart(const TernaryStringNode& node, unsigned int cut);
 bool FindLink(const TernaryStringNode& node, unsigned int id, NodeLink* link);
 // The link on which a new name is hung where a search stopped: at an empty child link, behind the
 // split character, or beside it.
-NodeLink LinkForName(const TernaryStringNode& node, bool asChild, bool asEqual,
+NodeLink LinkForName(const TernaryStringNode& node, const PathMatch& match,
                      const TernaryStringNode& first);
+
+// What is left of a path when the node at which it stops is cut: the path from where the node's
+// segment began goes on behind the cut. A path whose last character stands at the cut ends there,
+// whether or not the characters are the same: with "abc" there, creating "x" makes "a", and "ax"
+// makes "ab". Tests: FileTreeKeys.ACharacterThatDiffersAtTheEndIsTakenAsTheCut
+// LoadedCreation.ACharacterThatDiffersAtTheEndIsTakenAsTheCut
+inline const char* BehindCut(const char* rest, unsigned int cut) {
+  rest += cut;
+  return rest[0] != 0 && rest[1] == 0 ? rest + 1 : rest;
+}
+
+// A node that was cut in two.
+struct CutName {
+  unsigned int upperId = 0;
+  TernaryStringNode upper;  // a new one, with the other on its equal link
+  TernaryStringNode lower;
+};
+// Takes a node for what is before the cut and writes it, then what is behind into the node's place.
+Status WriteCut(Changes& changes, unsigned int id, const TernaryStringNode& node, unsigned int cut,
+                CutName* parts);
+
+// Takes and writes the string nodes of a name, each when the next one hangs on it; the key, unless
+// it is 0, ends at the last. `made(id, node)` is told each that was written and returns a status.
+// kBadArgument for a "/": the nodes taken before it stay taken.
+template <class Made>
+Status WriteName(Changes& changes, const char* name, unsigned int keyId, Made made) {
+  unsigned int id = 0;
+  Status result = changes.Take(NodeKind::kString, &id);
+  while (result.IsOk()) {
+    TernaryStringNode node;
+    const unsigned int taken = TakeName(&node, name);
+    name += taken;
+    unsigned int next = 0;
+    if (*name == 0) {
+      EndName(&node, keyId);
+    } else if (taken < kNodeNameMax) {
+      result = status::kBadArgument;
+    } else {
+      result = changes.Take(NodeKind::kString, &next);
+      node.setEqual(next);
+    }
+    if (result.IsOk()) result = changes.Write(id, node);
+    if (result.IsOk()) result = made(id, node);
+    if (next == 0) break;
+    id = next;
+  }
+  return result;
+}
 
 }  // namespace tamu::registry

@@ -1,5 +1,7 @@
 #include "registry/keytree/ValueRecords.h"
 
+#include "platform/PCMem.h"
+
 namespace tamu::registry {
 
 namespace {
@@ -14,6 +16,66 @@ TernaryValueNode Unset(const TernaryValueNode& record) {
 }
 
 }  // namespace
+
+unsigned long long LeadingBytes(const Value& value, unsigned int width) {
+  unsigned char bytes[TernaryValueNode::kInlineSize] = {};
+  PCMem::Copy(bytes, value.data, value.size < width ? value.size : width);
+  return GetU64(bytes);
+}
+
+void FillRecord(TernaryValueNode* record, const char* name, unsigned long long number, bool isSet) {
+  record->setName(name);
+  record->setType(kValueTypeInteger);
+  record->setSet(isSet);
+  record->setInBlocks(false);
+  record->setDataSize(TernaryValueNode::kInlineSize);
+  record->setNumber(number);
+}
+
+void FillRecord(TernaryValueNode* record, const char* name, const Value& value,
+                unsigned int dataId) {
+  if (value.type == kValueTypeInteger) {
+    // Read first: they may be the record's own bytes.
+    const unsigned long long number = LeadingBytes(value, TernaryValueNode::kInlineSize);
+    FillRecord(record, name, number, value.size != 0);
+    return;
+  }
+  record->setName(name);
+  record->setType(value.type);
+  record->setSet(value.size != 0);
+  record->setInBlocks(true);
+  record->setDataSize(value.size);
+  record->setDataWord(dataId);
+}
+
+Status StoreNewData(Changes& changes, const Value& value, unsigned int* dataId) {
+  *dataId = 0;
+  if (value.size == 0) return status::kOk;
+  const Status stored = changes.StoreData(value.data, value.size, dataId);
+  const bool isNumber = value.type == kValueTypeInteger;
+  return isNumber && stored == status::kLimit ? Status(status::kOk) : stored;
+}
+
+Status LinkValue(Changes& changes, unsigned int valueId, TernaryValueNode* value,
+                 unsigned int keyId, TernaryKeyNode* key, unsigned int count) {
+  value->setNextValue(key->firstValue());
+  key->setFirstValue(valueId);
+  key->setValueCount(count);
+  const Status result = changes.Write(valueId, *value);
+  return result.IsOk() ? changes.Write(keyId, *key) : result;
+}
+
+Status ExchangeData(Changes& changes, unsigned int id, TernaryValueNode* record, const Value& value,
+                    unsigned int* dataId) {
+  *dataId = 0;
+  if (record->isInBlocks() && record->dataWord() != 0) {
+    Status result = LetGoOfBlocks(changes, id, record);
+    if (result.IsOk()) result = changes.ReleaseDataIfSound(record->dataWord());
+    if (!result.IsOk()) return result;
+  }
+  if (value.type == kValueTypeInteger || value.size == 0) return status::kOk;
+  return changes.StoreData(value.data, value.size, dataId);
+}
 
 Status LetGoOfBlocks(Changes& changes, unsigned int id, TernaryValueNode* record) {
   const TernaryValueNode unset = Unset(*record);

@@ -1,9 +1,35 @@
-// Changing what a stored value holds.
+// What a stored value holds, and how that is changed.
 #pragma once
 
 #include "registry/store/Changes.h"
 
 namespace tamu::registry {
+
+// The first bytes of a value's data as a number: as many as there are, at most `width`.
+unsigned long long LeadingBytes(const Value& value, unsigned int width);
+
+// Makes a record a number. The name is cut to 31 characters.
+void FillRecord(TernaryValueNode* record, const char* name, unsigned long long number, bool isSet);
+// Gives a record name, type and size of a value; `dataId` is where its data lies. Data of size 0 is
+// not set. A number is taken from the first eight bytes, as far as there are any.
+void FillRecord(TernaryValueNode* record, const char* name, const Value& value,
+                unsigned int dataId);
+
+// Stores the data of a new value; *dataId is 0 when there is none. The bytes of a number are stored
+// too, in blocks that nothing ever frees, and need not find room.
+// Tests: FileTreeValues.ANumberCreatedFromAValueTakesBlocksThatNobodyFrees
+// LoadedValueWrites.ANumberCreatedFromAValueTakesBlocksThatNobodyFrees
+Status StoreNewData(Changes& changes, const Value& value, unsigned int* dataId);
+// Puts a new value before the others of a key, which has `count` of them then: writes the value,
+// then the key.
+Status LinkValue(Changes& changes, unsigned int valueId, TernaryValueNode* value,
+                 unsigned int keyId, TernaryKeyNode* key, unsigned int count);
+
+// Gives back the blocks of a value and stores its new data, so that it takes them again; *dataId is
+// 0 for a number and without data. `record`, which is what the file has, lets go of its blocks
+// first: whatever happens from then on, it never leads to blocks of another value.
+Status ExchangeData(Changes& changes, unsigned int id, TernaryValueNode* record, const Value& value,
+                    unsigned int* dataId);
 
 // A write may be cut short anywhere, and a record is written from its beginning on, the flags
 // before the word that leads to the data. These two see to it that the record in the file never

@@ -6,6 +6,7 @@
 #include "platform/PCMutex.h"
 #include "registry/base/Durability.h"
 #include "registry/base/Status.h"
+#include "registry/keytree/PathSearch.h"
 #include "registry/keytree/RegistryInterface.h"
 #include "registry/memtree/TernaryString.h"
 #include "registry/store/NodeSet.h"
@@ -30,22 +31,13 @@ class TernaryFile;
 class TernaryKeyTree : public RegistryInterface {
  public:
   // Where a search found a key, or where the path left the loaded tree.
-  struct KeyMatchDescriptor {
-    static constexpr unsigned char kMatchChild = 0x01;  // the search stopped at an empty directory
-    static constexpr unsigned char kMatchEqual = 0x02;  // the split char of `string` matched
-
+  struct KeyMatchDescriptor : PathMatch {
     TernaryString* string = nullptr;  // found, or where the search stopped
     unsigned int nodeId = 0;          // what the search wanted to follow next, as the record has it
-    unsigned int position = 0;        // where in the path matching stopped
-    int splitIndex = -1;  // >= 0: the index in `string`'s run at which it would be split
     TernaryString* previous = nullptr;  // visited before `string`
     TernaryString* owner = nullptr;     // whose directory holds the level reached
-    unsigned char flags = 0;
-    bool isBelowHandle = false;    // a handle starts at a key that was passed
-    bool isBelowComplete = false;  // all that is below such a key was loaded for it
-
-    bool matchChild() const { return (flags & kMatchChild) != 0; }
-    bool matchEqual() const { return (flags & kMatchEqual) != 0; }
+    bool isBelowHandle = false;         // a handle starts at a key that was passed
+    bool isBelowComplete = false;       // all that is below such a key was loaded for it
   };
 
   explicit TernaryKeyTree(RegistryDaemon* daemonObject);

@@ -156,8 +156,7 @@ unsigned int TernaryKeyTree::CreateAt(const KeyMatchDescriptor& match, const cha
   } else if (result.IsOk()) {
     result = name.Write(changes, rest, key);
     if (result.IsOk()) {
-      link =
-          LinkForName(*target->node, match.matchChild(), match.matchEqual(), *name.First()->node);
+      link = LinkForName(*target->node, match, *name.First()->node);
       SetLink(&after, link, name.First()->id);
     }
   }

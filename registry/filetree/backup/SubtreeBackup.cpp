@@ -32,7 +32,7 @@ unsigned int SubtreeBackup::BackupValue(unsigned int keyNode) {
   unsigned int result = access_.Read(keyNode, &key);
   if (result == status::kOk) result = stream_.Write(key.bytes(), TernaryKeyNode::kSize);
   if (result != status::kOk) return result;
-  ValueWalk walk(store_, access_, key.firstValue(), &metValues_);
+  ValueWalk walk(access_, key.firstValue(), &metValues_);
   for (; !walk.IsOver(); walk.Advance()) {
     result = walk.Read();
     if (result != status::kOk) return result;

@@ -13,6 +13,13 @@ std::string Taken(const std::string& name) {
   return std::to_string(taken) + ": " + Hex(node);
 }
 
+// A search that stopped with these flags.
+PathMatch Stopped(unsigned char flags) {
+  PathMatch match;
+  match.flags = flags;
+  return match;
+}
+
 const char kZeros20[] = "00000000 00000000 00000000 00000000 00000000";
 
 TEST(NodeNames, TheLastCharacterIsTheSplitCharacter) {
@@ -166,17 +173,17 @@ TEST(NodeNames, ANameHangsBesideTheSplitCharacterByItsFirstOne) {
   for (const auto& each : cases) {
     first.setSegmentLength(0);
     first.setSplitChar(static_cast<signed char>(each.c));
-    EXPECT_EQ(LinkForName(node, false, false, first), each.link) << each.c;
+    EXPECT_EQ(LinkForName(node, Stopped(0), first), each.link) << each.c;
     first.setSplitChar('m');
     first.setSegmentLength(1);
     first.setSegment(0, static_cast<signed char>(each.c));
-    EXPECT_EQ(LinkForName(node, false, false, first), each.link) << each.c;
+    EXPECT_EQ(LinkForName(node, Stopped(0), first), each.link) << each.c;
   }
   node.setSplitChar(static_cast<signed char>(0x90));
   first.setSegment(0, static_cast<signed char>(0x8F));
-  EXPECT_EQ(LinkForName(node, false, false, first), NodeLink::kLo);
+  EXPECT_EQ(LinkForName(node, Stopped(0), first), NodeLink::kLo);
   first.setSegment(0, static_cast<signed char>(0x91));
-  EXPECT_EQ(LinkForName(node, false, false, first), NodeLink::kHi);
+  EXPECT_EQ(LinkForName(node, Stopped(0), first), NodeLink::kHi);
 }
 
 TEST(NodeNames, TheSearchTellsWhetherANameHangsBelowOrBehind) {
@@ -184,9 +191,10 @@ TEST(NodeNames, TheSearchTellsWhetherANameHangsBelowOrBehind) {
   node.setSplitChar('m');
   TernaryStringNode first;
   first.setSplitChar('a');
-  EXPECT_EQ(LinkForName(node, true, false, first), NodeLink::kChild);
-  EXPECT_EQ(LinkForName(node, true, true, first), NodeLink::kChild);
-  EXPECT_EQ(LinkForName(node, false, true, first), NodeLink::kEqual);
+  EXPECT_EQ(LinkForName(node, Stopped(PathMatch::kMatchChild), first), NodeLink::kChild);
+  EXPECT_EQ(LinkForName(node, Stopped(PathMatch::kMatchChild | PathMatch::kMatchEqual), first),
+            NodeLink::kChild);
+  EXPECT_EQ(LinkForName(node, Stopped(PathMatch::kMatchEqual), first), NodeLink::kEqual);
 }
 
 }  // namespace

@@ -1,0 +1,95 @@
+#include "registry/filetree/NewKey.h"
+
+#include "registry/keytree/NodeNames.h"
+
+namespace tamu::registry {
+
+namespace {
+
+// Hangs the rest of a name, with the key at its end, where the search has stopped. The slot of the
+// key is given back when the name is refused.
+Status HangName(Changes& changes, const NodeMatch& match, unsigned int target, const char* name,
+                unsigned int keyId) {
+  unsigned int first = 0;
+  Status result = StoreName(changes, name, &first, keyId);
+  if (!result.IsOk()) return changes.GiveBack(NodeKind::kKey, keyId, result);
+  TernaryStringNode node;
+  TernaryStringNode firstNode;
+  result = changes.Read(target, &node);
+  if (result.IsOk()) result = changes.Read(first, &firstNode);
+  if (!result.IsOk()) return result;
+  SetLink(&node, LinkForName(node, match, firstNode), first);
+  result = changes.Write(target, node);
+  return result.IsOk() ? changes.Write(first, firstNode) : result;
+}
+
+Status EndNameAt(Changes& changes, unsigned int target, unsigned int keyId) {
+  TernaryStringNode node;
+  const Status result = changes.Read(target, &node);
+  if (!result.IsOk()) return result;
+  EndName(&node, keyId);
+  return changes.Write(target, node);
+}
+
+}  // namespace
+
+Status StoreNewKey(Changes& changes, const TernaryKeyNode& key, unsigned int* id) {
+  const Status result = changes.Take(NodeKind::kKey, id);
+  return result.IsOk() ? changes.Write(*id, key) : result;
+}
+
+Status StoreName(Changes& changes, const char* name, unsigned int* firstNode, unsigned int keyId) {
+  unsigned int first = 0;
+  const Status result = WriteName(changes, name, keyId, [&](unsigned int id, const auto&) {
+    if (first == 0) first = id;
+    return Status(status::kOk);
+  });
+  if (result.IsOk()) *firstNode = first;
+  if (result == status::kBadArgument) *firstNode = 0;
+  return result;
+}
+
+Status CutNode(Changes& changes, unsigned int node, unsigned int cut, unsigned int previous,
+               unsigned int* upper) {
+  TernaryStringNode whole;
+  Status result = changes.Read(node, &whole);
+  if (!result.IsOk()) return result;
+  if (!whole.HasValidSegment()) return status::kInvalidFile;
+  if (whole.segmentLength() <= cut) {
+    *upper = node;
+    return status::kNoData;
+  }
+  TernaryStringNode parent;
+  result = changes.Read(previous, &parent);
+  if (!result.IsOk()) return result;
+  if (previous == node) return status::kInvalidFile;
+  CutName parts;
+  result = WriteCut(changes, node, whole, cut, &parts);
+  NodeLink link = NodeLink::kEqual;
+  if (result.IsOk() && FindLink(parent, node, &link)) {
+    SetLink(&parent, link, parts.upperId);
+    result = changes.Write(previous, parent);
+  }
+  if (result.IsOk()) *upper = parts.upperId;
+  return result;
+}
+
+Status StoreKeyAt(Changes& changes, const NodeMatch& match, const char* path,
+                  const TernaryKeyNode& key, bool* atNode) {
+  unsigned int target = match.node;
+  const char* rest = path + match.position;
+  Status result = status::kOk;
+  if (match.splitIndex >= 0) {
+    const unsigned int cut = static_cast<unsigned int>(match.splitIndex);
+    result = CutNode(changes, match.node, cut, match.previous, &target);
+    if (!result.IsOk()) return result;
+    rest = BehindCut(rest, cut);
+  }
+  unsigned int id = 0;
+  result = StoreNewKey(changes, key, &id);
+  if (!result.IsOk()) return result;
+  *atNode = rest[0] == 0;
+  return *atNode ? EndNameAt(changes, target, id) : HangName(changes, match, target, rest, id);
+}
+
+}  // namespace tamu::registry

@@ -1,0 +1,24 @@
+// Writing a new key and its name into the file.
+#pragma once
+
+#include "registry/filetree/KeySearch.h"
+#include "registry/store/Changes.h"
+
+namespace tamu::registry {
+
+// Writes a key into a slot of its own.
+Status StoreNewKey(Changes& changes, const TernaryKeyNode& key, unsigned int* id);
+// Writes the string nodes of a name; the key, unless it is 0, ends at the last. kBadArgument for a
+// "/" in the name: *firstNode is 0 and the nodes taken before it stay taken.
+// Test: FileTreeKeys.AMissingParentCostsAStringNode
+Status StoreName(Changes& changes, const char* name, unsigned int* firstNode, unsigned int keyId);
+// Cuts the segment of a node at `cut` and puts a new node above it, *upper, under `previous`.
+// kNoData when there is nothing to cut (*upper is then the node).
+Status CutNode(Changes& changes, unsigned int node, unsigned int cut, unsigned int previous,
+               unsigned int* upper);
+// Writes a key where the search for its name has ended. *atNode: it ends at a node that was there,
+// or at a cut.
+Status StoreKeyAt(Changes& changes, const NodeMatch& match, const char* path,
+                  const TernaryKeyNode& key, bool* atNode);
+
+}  // namespace tamu::registry

@@ -1,0 +1,79 @@
+// Walks over the names below a key, in both trees.
+#pragma once
+
+#include "registry/base/KeyInfo.h"
+#include "registry/base/NameList.h"
+#include "registry/base/Status.h"
+#include "registry/format/NodeLink.h"
+
+namespace tamu::registry {
+
+// Adds a copy of a name, of `most` bytes of it at most, to a list, unless it is one of the first
+// *skip.
+inline Status AddName(NameList* names, unsigned int* skip, const char* name,
+                      unsigned int most = 0xFFFFFFFF) {
+  if (*skip == 0) return names->AddCopy(name, most);
+  --*skip;
+  return status::kOk;
+}
+
+// Adds the names of all keys that a walk in kListingOrder leaves to a list, but for the first
+// *skip. The mark of a node is the place of its split char in the name, which differs from name to
+// name. `name` is where a name is spelt, behind the `start` characters that are there already:
+//   Status Reserve(unsigned int length);            of what the next Puts write
+//   void Put(unsigned int position, signed char c);
+//   Status End(unsigned int position);              the name has all its characters before it
+//   const char* Text() const;
+template <class Walk, class Name>
+Status ListNames(Walk& walk, Name& name, unsigned int start, unsigned int* skip, NameList* names) {
+  // The parent's character and "/", the segment, the split char and the terminator.
+  constexpr unsigned int kMost = 2 + TernaryStringNode::kSegmentMax + 2;
+  Status result = status::kOk;
+  for (; result.IsOk() && !walk.IsOver(); result = result.IsOk() ? walk.Next() : result) {
+    const TernaryStringNode& node = walk.Node();
+    if (walk.IsEntered()) {
+      if (!node.HasValidSegment()) return status::kInvalidFile;
+      unsigned int p = walk.IsFirst() ? start : walk.ParentMark();
+      result = name.Reserve(p + kMost);
+      if (!result.IsOk()) return result;
+      const bool below = !walk.IsFirst() && walk.Via() == NodeLink::kChild;
+      if (below || (!walk.IsFirst() && walk.Via() == NodeLink::kEqual)) {
+        name.Put(p++, walk.ParentNode().splitChar());
+      }
+      if (below) name.Put(p++, '/');
+      for (unsigned int k = 0; k < node.segmentLength(); ++k) name.Put(p++, node.segment(k));
+      walk.SetMark(p);
+    } else if (walk.HasKey()) {
+      name.Put(walk.Mark(), node.splitChar());
+      name.Put(walk.Mark() + 1, 0);
+      result = name.End(walk.Mark() + 2);
+      if (result.IsOk()) result = AddName(names, skip, name.Text());
+    }
+  }
+  return result;
+}
+
+// Counts the keys that a walk leaves, those on the level of its first node as sub-keys when `depth`
+// is 0, and their values. The mark of a node is its level. `countValues(walk, &isKey, &count)`
+// tells whether the walk leaves a key, and counts its values.
+template <class Walk, class CountValues>
+Status CountKeys(Walk& walk, unsigned int depth, KeyInfo* info, CountValues countValues) {
+  Status result = status::kOk;
+  for (; result.IsOk() && !walk.IsOver(); result = result.IsOk() ? walk.Next() : result) {
+    if (walk.IsEntered()) {
+      const bool below = !walk.IsFirst() && walk.Via() == NodeLink::kChild;
+      walk.SetMark(walk.IsFirst() ? depth : walk.ParentMark() + (below ? 1 : 0));
+      continue;
+    }
+    bool isKey = false;
+    unsigned int values = 0;
+    result = countValues(walk, &isKey, &values);
+    if (!result.IsOk() || !isKey) continue;
+    ++info->totalKeyCount;
+    if (walk.Mark() == 0) ++info->subKeyCount;
+    info->totalValueCount += values;
+  }
+  return result;
+}
+
+}  // namespace tamu::registry
