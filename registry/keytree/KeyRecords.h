@@ -46,8 +46,8 @@ inline void EndName(TernaryStringNode* node, unsigned int keyId) {
 }
 
 // The nodes of a deleted key's own name stay, as a name without a key and with nothing below it.
-// Tests: FileTreeDeletion.TheNameOfADeletedKeyStaysAndIsUsedAgain
-// LoadedDeletion.TheNameStaysAndIsUsedAgain
+// Test: FileTreeDeletion.TheNameOfADeletedKeyStaysAndIsUsedAgain
+// Test: LoadedDeletion.TheNameStaysAndIsUsedAgain
 inline TernaryStringNode WithoutKey(const TernaryStringNode& node) {
   TernaryStringNode after = node;
   EndName(&after, 0);

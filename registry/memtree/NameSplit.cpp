@@ -1,7 +1,7 @@
 #include "registry/memtree/NameSplit.h"
 
 #include "registry/keytree/NodeNames.h"
-#include "registry/memtree/NewName.h"
+#include "registry/memtree/LoadedObject.h"
 #include "registry/memtree/StringWalk.h"
 
 namespace tamu::registry {
@@ -40,26 +40,21 @@ Status NameSplit::Write(Changes& changes, TernaryString* string, unsigned int cu
     }
     if (!FindLoadedLink(parent, string, &link_)) return status::kInvalidFile;
   }
-  TernaryString* made = nullptr;
-  Status result = TakeString(changes, made);
+  CutName parts;
+  Status result = WriteCut(changes, string->id, *string->node, cut, &parts);
+  if (result.IsOk()) result = MakeLoaded(parts.upperId, parts.upper, &upper_);
   if (!result.IsOk()) return result;
-  upper_ = made;
   string_ = string;
   parent_ = parent;
-  *made->node = UpperPart(*string->node, cut, string->id);
-  lower_ = LowerPart(*string->node, cut);
-  result = changes.Write(made->id, *made->node);
-  if (result.IsOk()) result = changes.Write(string->id, lower_);
-  if (!result.IsOk()) return result;
-  if (parent == nullptr) return changes.SetStartNode(made->id);
+  lower_ = parts.lower;
+  if (parent == nullptr) return changes.SetStartNode(parts.upperId);
   relinked_ = *parent->node;
-  SetLink(&relinked_, link_, made->id);
+  SetLink(&relinked_, link_, parts.upperId);
   return changes.Write(parent->id, relinked_);
 }
 
 TernaryString* NameSplit::Apply() {
-  TernaryString* upper = upper_;
-  upper_ = nullptr;
+  TernaryString* upper = upper_.release();
   *string_->node = lower_;
   upper->equal = string_;
   if (parent_ != nullptr) {

@@ -1,6 +1,8 @@
 // Cutting a loaded string in two.
 #pragma once
 
+#include <memory>
+
 #include "registry/format/NodeLink.h"
 #include "registry/memtree/TernaryString.h"
 #include "registry/store/Changes.h"
@@ -10,22 +12,17 @@ namespace tamu::registry {
 // Written first; in memory once what was written is kept. The tree's lock is held.
 class NameSplit {
  public:
-  NameSplit() = default;
-  ~NameSplit() { delete upper_; }
-  NameSplit(const NameSplit&) = delete;
-  NameSplit& operator=(const NameSplit&) = delete;
-
   // Writes a new string with what is before character `cut` of the segment, in the place of
   // `string` at `parent` (null: as the root), and what is behind it. kNoData: the segment is
   // shorter; kBadArgument, kInvalidFile: `string` does not hang on `parent`.
   Status Write(Changes& changes, TernaryString* string, unsigned int cut, TernaryString* parent);
   // The new string; null before Write.
-  TernaryString* Upper() const { return upper_; }
+  TernaryString* Upper() const { return upper_.get(); }
   // What was written is kept: memory follows. The result is the new string.
   TernaryString* Apply();
 
  private:
-  TernaryString* upper_ = nullptr;  // owned until Apply
+  std::unique_ptr<TernaryString> upper_;
   TernaryString* string_ = nullptr;
   TernaryString* parent_ = nullptr;
   NodeLink link_ = NodeLink::kEqual;

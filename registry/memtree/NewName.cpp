@@ -1,23 +1,30 @@
 #include "registry/memtree/NewName.h"
 
-#include <new>
+#include <utility>
 
 #include "registry/keytree/NodeNames.h"
+#include "registry/memtree/LoadedObject.h"
+#include "registry/store/SlotBudget.h"
 
 namespace tamu::registry {
 
-Status TakeString(Changes& changes, TernaryString*& string) {
-  unsigned int id = 0;
-  const Status result = changes.Take(NodeKind::kString, &id);
-  if (!result.IsOk()) return result;
-  TernaryStringNode* record = new (std::nothrow) TernaryStringNode;
-  TernaryString* made = record != nullptr ? new (std::nothrow) TernaryString(id, record) : nullptr;
-  if (made == nullptr) {
-    delete record;
-    return status::kNoMemory;
-  }
-  string = made;
-  return result;
+// The strings before a "/" must find room, too.
+Status CheckName(TernaryFile& store, const char* name, bool withKey) {
+  unsigned int length = 0;
+  while (name[length] != 0 && name[length] != '/') ++length;
+  const bool isWhole = name[length] == 0;
+  unsigned int strings = length / kNodeNameMax;
+  if (!isWhole || length == 0 || length % kNodeNameMax != 0) ++strings;
+  StoreAccess access(store);
+  SlotBudget budget(store);
+  Status result = status::kOk;
+  if (withKey) result = budget.Take(NodeKind::kKey, 1);
+  while (result.IsOk() && strings-- > 0) result = budget.Take(NodeKind::kString, 1);
+  if (result.IsOk() && !isWhole) result = status::kBadArgument;
+  if (result.IsOk()) return result;
+  // A file that cannot be read is reported first, as when something is taken.
+  TernaryStringNode any;
+  return access.Read(0, &any) == status::kInputOutput ? Status(status::kInputOutput) : result;
 }
 
 NewName::~NewName() {
@@ -28,32 +35,26 @@ NewName::~NewName() {
   }
 }
 
-// Each string is written when the next one hangs on it.
 Status NewName::Write(Changes& changes, const char* name, TernaryKey* key) {
-  Status result = TakeString(changes, first_);
-  if (!result.IsOk()) return result;
-  TernaryString* last = first_;
-  for (name += TakeName(last->node, name); *name != 0; name += TakeName(last->node, name)) {
-    TernaryString* next = nullptr;
-    result = TakeString(changes, next);
+  TernaryString** end = &first_;
+  TernaryString* last = nullptr;
+  const unsigned int keyId = key != nullptr ? key->id : 0;
+  const auto made = [&](unsigned int id, const TernaryStringNode& node) {
+    std::unique_ptr<TernaryString> string;
+    const Status result = MakeLoaded(id, node, &string);
     if (!result.IsOk()) return result;
-    last->equal = next;
-    last->node->setEqual(next->id);
-    result = changes.Write(last->id, *last->node);
-    if (!result.IsOk()) return result;
-    last = next;
-  }
-  last->node->setKeyNode(key != nullptr ? key->id : 0);
-  last->node->setHasKey(key != nullptr);
-  result = changes.Write(last->id, *last->node);
+    last = string.release();
+    *end = last;
+    end = &last->equal;
+    return result;
+  };
+  const Status result = WriteName(changes, name, keyId, made);
   if (result.IsOk()) last->key = key;
   return result;
 }
 
 TernaryString* NewName::LetGo() {
-  TernaryString* first = first_;
-  first_ = nullptr;
-  return first;
+  return std::exchange(first_, nullptr);
 }
 
 }  // namespace tamu::registry

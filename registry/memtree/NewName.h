@@ -6,9 +6,11 @@
 
 namespace tamu::registry {
 
-// Takes a slot and makes a string without a name for it, the caller's. Nothing is written yet.
-// kNoMemory, and the statuses of Changes::Take.
-Status TakeString(Changes& changes, TernaryString*& string);
+class TernaryFile;
+
+// What writing a name, and a key if wanted, would answer, without taking anything. What only the
+// taking itself can find out is not foreseen.
+Status CheckName(TernaryFile& store, const char* name, bool withKey);
 
 // Strings that hang on each other, and nowhere else yet; destroyed with this object unless they are
 // let go.

@@ -2,20 +2,6 @@
 
 namespace tamu::registry {
 
-TernaryString*& SlotOf(TernaryString& string, NodeLink link) {
-  switch (link) {
-    case NodeLink::kLo:
-      return string.lower;
-    case NodeLink::kHi:
-      return string.higher;
-    case NodeLink::kEqual:
-      return string.equal;
-    case NodeLink::kChild:
-      break;
-  }
-  return string.directory;
-}
-
 void StringWalk::Start(TernaryString* first) {
   parent_ = nullptr;
   current_ = first;

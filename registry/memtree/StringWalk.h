@@ -7,7 +7,19 @@
 namespace tamu::registry {
 
 // The place of a link.
-TernaryString*& SlotOf(TernaryString& string, NodeLink link);
+inline TernaryString*& SlotOf(TernaryString& string, NodeLink link) {
+  switch (link) {
+    case NodeLink::kLo:
+      return string.lower;
+    case NodeLink::kHi:
+      return string.higher;
+    case NodeLink::kEqual:
+      return string.equal;
+    case NodeLink::kChild:
+      break;
+  }
+  return string.directory;
+}
 
 // Visits each string twice: entered, before the strings that it leads to, and left, after them. The
 // way down is kept in the strings themselves, so a walk needs no memory and cannot fail; there is

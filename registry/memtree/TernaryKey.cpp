@@ -62,19 +62,6 @@ unsigned int TernaryKey::RemoveValue(const char* name, TernaryValue*& removed,
   return status::kOk;
 }
 
-void TernaryKey::PutBackValue(TernaryValue* removed, TernaryValue* previous) {
-  if (previous != nullptr) {
-    removed->next = previous->next;
-    previous->next = removed;
-    previous->node->setNextValue(removed->id);
-  } else {
-    removed->next = firstValue;
-    firstValue = removed;
-    node->setFirstValue(removed->id);
-  }
-  node->setValueCount(node->valueCount() + 1u);
-}
-
 bool TernaryKey::isPermissible(unsigned int user, unsigned char rights) const {
   return node->IsPermissible(user, rights);
 }

@@ -1,6 +1,8 @@
 // A loaded key with its values.
 #pragma once
 
+#include <memory>
+
 #include "registry/base/RegistryStatus.h"
 #include "registry/format/TernaryKeyNode.h"
 #include "registry/memtree/TernaryValue.h"
@@ -13,7 +15,6 @@ class TernaryKey {
  public:
   // `record` was made by new and becomes this object's.
   TernaryKey(unsigned int keyId, TernaryKeyNode* record) : id(keyId), node(record) {}
-  ~TernaryKey() { delete node; }
   TernaryKey(const TernaryKey&) = delete;
   TernaryKey& operator=(const TernaryKey&) = delete;
 
@@ -31,14 +32,12 @@ class TernaryKey {
   // value before it, whose record now leads to the next one; null when that is the key's record.
   // kNotFound.
   unsigned int RemoveValue(const char* name, TernaryValue*& removed, TernaryValue*& previous);
-  // Undoes RemoveValue, with what it has answered.
-  void PutBackValue(TernaryValue* removed, TernaryValue* previous);
   // True when `user` has at least one of the rights: the owner and the administrator those of the
   // low nibble, everybody else those of the high one.
   bool isPermissible(unsigned int user, unsigned char rights) const;
 
   unsigned int id;
-  TernaryKeyNode* node;                // owned
+  std::unique_ptr<TernaryKeyNode> node;
   TernaryValue* firstValue = nullptr;  // the newest
 };
 

@@ -1,13 +1,13 @@
-// Opening and closing.
+// Opening, closing and finding keys.
 #include "registry/memtree/TernaryKeyTree.h"
 
 #include <new>
 
-#include "registry/store/TernaryFile.h"
+#include "registry/keytree/KeyRecords.h"
 
 namespace tamu::registry {
 
-TernaryKeyTree::TernaryKeyTree(RegistryDaemon* daemonObject) : daemon(daemonObject) {}
+TernaryKeyTree::TernaryKeyTree(RegistryDaemon* daemonObject) : StringOperations(daemonObject) {}
 
 TernaryKeyTree::~TernaryKeyTree() {
   Finalize();
@@ -20,7 +20,7 @@ unsigned int TernaryKeyTree::Initialize(const char* path) {
     spareLock.Destroy();
     return status::kInputOutput;
   }
-  file = new (std::nothrow) TernaryFile;
+  file.reset(new (std::nothrow) TernaryFile);
   if (file == nullptr) {
     spareLock.Destroy();
     treeLock.Destroy();
@@ -41,18 +41,45 @@ unsigned int TernaryKeyTree::Finalize() {
 }
 
 void TernaryKeyTree::CloseFile() {
-  FreeEverything();
+  loaded_.FreeEverything();
   if (file != nullptr) file->Finalize();
-  delete file;
-  file = nullptr;
+  file.reset();
   initialized = 0;
 }
 
 unsigned int TernaryKeyTree::GetRegistryInfo(RegistryInfo* info) {
-  PCMutexGuard guard(treeLock);
-  if (initialized == 0) return status::kNoRight;
-  if (info == nullptr) return status::kBadArgument;
-  return file->GetRegistryInfo(info);
+  return InTree(info != nullptr, [&] { return file->GetRegistryInfo(info); });
+}
+
+unsigned int TernaryKeyTree::FindKey(void* tree, const char* path, TernaryString*& string,
+                                     TernaryKey*& key, TernaryString*& owner) {
+  return InTree(true, [&] {
+    Found found;
+    const Status result = Reach(kAdministratorId, tree, path, kOpenToAll, nullptr, &found);
+    if (!result.IsOk()) return result;
+    string = found.string;
+    key = found.key;
+    owner = found.owner;
+    return result;
+  });
+}
+
+Status TernaryKeyTree::Reach(unsigned int user, void* tree, const char* path, unsigned char rights,
+                             const char* name, Found* found) {
+  TernaryString* start =
+      tree != nullptr ? static_cast<TernaryHandle*>(tree)->start : GetStartString(0);
+  if (start == nullptr) return status::kNotFound;
+  StringMatch match;
+  const Status result = SearchStrings(start, path, &match);
+  if (!result.IsOk()) return result;
+  TernaryKey* key = match.string->key;
+  if (key == nullptr) return status::kNotFound;
+  if (!IsAllowed(*key->node, user, rights)) return status::kNoRight;
+  found->string = match.string;
+  found->key = key;
+  found->owner = match.owner;
+  if (name == nullptr) return status::kOk;
+  return key->FindValue(name, found->value);
 }
 
 }  // namespace tamu::registry

@@ -1,6 +1,8 @@
 // A loaded string node.
 #pragma once
 
+#include <memory>
+
 #include "registry/format/TernaryStringNode.h"
 #include "registry/memtree/TernaryHandle.h"
 #include "registry/memtree/TernaryKey.h"
@@ -17,7 +19,6 @@ class TernaryString {
  public:
   // `record` was made by new and becomes this object's; a lock that it tells of is forgotten.
   TernaryString(unsigned int nodeId, TernaryStringNode* record);
-  ~TernaryString() { delete node; }
   TernaryString(const TernaryString&) = delete;
   TernaryString& operator=(const TernaryString&) = delete;
 
@@ -46,8 +47,8 @@ class TernaryString {
   TernaryString* directory = nullptr;  // the first of the sub-keys' names
   TernaryKey* key = nullptr;
   unsigned int id;
-  unsigned int loadCount = 0;           // handles that start here
-  TernaryStringNode* node;              // owned
+  unsigned int loadCount = 0;  // handles that start here
+  std::unique_ptr<TernaryStringNode> node;
   TernaryHandle* lockHandle = nullptr;  // through which it is locked
   TernaryString* parked = nullptr;      // the directory while the string is locked
   unsigned short waiting = 0;           // threads that wait to lock it

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "platform/PCMem.h"
+#include "registry/keytree/ValueRecords.h"
 
 namespace tamu::registry {
 
@@ -14,49 +15,28 @@ TernaryValue::TernaryValue(Value*) {}
 
 TernaryValue::~TernaryValue() {
   DeleteData();
-  delete node;
 }
 
 unsigned int TernaryValue::SetValue(const char* name, unsigned long long number, bool isSet) {
-  node->setName(name);
+  FillRecord(node.get(), name, number, isSet);
   DeleteData();
-  node->setInBlocks(false);
-  node->setSet(isSet);
-  node->setDataSize(TernaryValueNode::kInlineSize);
-  node->setType(kValueTypeInteger);
-  node->setNumber(number);
   data = node->data();
   return status::kOk;
 }
 
-// The copy is made before anything is given up: it may be of this value's own bytes.
+// The data may be this value's own: it is copied before that is given up.
 unsigned int TernaryValue::SetValue(const char* name, const Value* v, unsigned int dataId) {
   if (v->type > kValueTypeMax) return status::kNoData;
-  const bool isNumber = v->type == kValueTypeInteger;
-  unsigned char number[TernaryValueNode::kInlineSize] = {};
   unsigned char* bytes = nullptr;
-  if (isNumber) {
-    PCMem::Copy(number, v->data, v->size < sizeof number ? v->size : sizeof number);
-  } else {
+  if (v->type != kValueTypeInteger) {
     bytes = new (std::nothrow) unsigned char[v->size];
     if (bytes == nullptr) return status::kNoMemory;
     PCMem::Copy(bytes, v->data, v->size);
   }
-  node->setName(name);
+  FillRecord(node.get(), name, *v, dataId);
   DeleteData();
-  node->setType(v->type);
-  node->setSet(v->size != 0);
-  node->setInBlocks(!isNumber);
-  if (isNumber) {
-    node->setDataSize(TernaryValueNode::kInlineSize);
-    node->setNumber(GetU64(number));
-    data = node->data();
-  } else {
-    node->setDataSize(v->size);
-    node->setDataWord(dataId);
-    data = bytes;
-    ownsData = 1;
-  }
+  data = bytes != nullptr ? bytes : node->data();
+  ownsData = bytes != nullptr ? 1 : 0;
   return status::kOk;
 }
 

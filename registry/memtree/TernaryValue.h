@@ -1,6 +1,8 @@
 // A loaded value.
 #pragma once
 
+#include <memory>
+
 #include "registry/base/RegistryStatus.h"
 #include "registry/base/Value.h"
 #include "registry/format/TernaryValueNode.h"
@@ -43,9 +45,9 @@ class TernaryValue {
   unsigned int id = 0;
   // Not used; all values have the same, which takes no room.
   static constexpr Value value = {kValueTypeAny, 0, nullptr};
-  TernaryValueNode* node = nullptr;  // owned
-  unsigned char* data = nullptr;     // in the record, or an array
-  unsigned int ownsData = 0;         // 1: the array is this object's
+  std::unique_ptr<TernaryValueNode> node;
+  unsigned char* data = nullptr;  // in the record, or an array
+  unsigned int ownsData = 0;      // 1: the array is this object's
 };
 
 }  // namespace tamu::registry

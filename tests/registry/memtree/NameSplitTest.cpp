@@ -1,7 +1,7 @@
 #include <memory>
 
+#include "registry/memtree/LoadedObject.h"
 #include "registry/memtree/NameSplit.h"
-#include "registry/memtree/NewName.h"
 #include "registry/memtree/StringWalk.h"
 #include "tests/registry/store/RecordTesting.h"
 #include "tests/registry/store/StoreTesting.h"
@@ -16,9 +16,7 @@ class NameSplitTest : public storetests::StoreTest {
     StoreTest::SetUp();
     Changes changes(store);
     for (std::unique_ptr<TernaryString>* each : {&parent, &string}) {
-      TernaryString* made = nullptr;
-      ASSERT_EQ(status::kOk, TakeString(changes, made));
-      each->reset(made);
+      ASSERT_EQ(status::kOk, TakeLoaded(changes, NodeKind::kString, TernaryStringNode(), each));
     }
     parent->node->setSplitChar('p');
     for (unsigned int i = 0; i < 4; ++i) string->node->setSegment(i, "abcd"[i]);
@@ -37,7 +35,7 @@ class NameSplitTest : public storetests::StoreTest {
   // Hangs the string on a link of the parent, in memory and in the file.
   void Hang(NodeLink link) {
     SlotOf(*parent, link) = string.get();
-    SetLink(parent->node, link, 0x200);
+    SetLink(parent->node.get(), link, 0x200);
     Changes changes(store);
     WriteBoth(changes);
     EXPECT_EQ(changes.Keep(status::kOk), status::kOk);

@@ -1,3 +1,4 @@
+#include "registry/memtree/LoadedObject.h"
 #include "registry/memtree/NewName.h"
 #include "tests/registry/store/RecordTesting.h"
 #include "tests/registry/store/StoreTesting.h"
@@ -22,15 +23,14 @@ class NewNameTest : public storetests::StoreTest {
   }
 };
 
-TEST_F(NewNameTest, AStringIsTakenAndNotWritten) {
+TEST_F(NewNameTest, AnObjectIsTakenAndNotWritten) {
   Changes changes(store);
-  TernaryString* string = nullptr;
-  ASSERT_EQ(status::kOk, TakeString(changes, string));
+  std::unique_ptr<TernaryString> string;
+  ASSERT_EQ(status::kOk, TakeLoaded(changes, NodeKind::kString, TernaryStringNode(), &string));
   EXPECT_EQ(0x100u, string->id);
   EXPECT_EQ(storetests::Hex(TernaryStringNode()), storetests::Hex(*string->node));
   EXPECT_EQ(storetests::Hex(TernaryStringNode()), Record(1));
   EXPECT_EQ(0u, Entry(0, 1));
-  delete string;
 }
 
 TEST_F(NewNameTest, AShortNameIsOneString) {

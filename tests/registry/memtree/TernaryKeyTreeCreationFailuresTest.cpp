@@ -40,7 +40,7 @@ class LoadedCreationFailures : public RootHandleTest {
     ASSERT_EQ(rig.loaded.CreateStringNode(0, name, first, key), 0u);
     PCMutexGuard guard(*root->treeLock);
     owner->SetDirectory(first);
-    ASSERT_EQ(rig.loaded.File()->WriteNode(0, owner->id, owner->node, false), 0u);
+    ASSERT_EQ(rig.loaded.File()->WriteNode(0, owner->id, owner->node.get(), false), 0u);
   }
 };
 

@@ -230,7 +230,7 @@ TEST_F(LoadedNames, WithoutAParentTheUpperPartBecomesTheRoot) {
   // As it would have been with its parent.
   EXPECT_EQ(rig.loaded.SetStartString(root->start), 0u);
   root->start->SetDirectory(upper);
-  EXPECT_EQ(rig.loaded.File()->WriteNode(0, 0x100, root->start->node, false), 0u);
+  EXPECT_EQ(rig.loaded.File()->WriteNode(0, 0x100, root->start->node.get(), false), 0u);
 }
 
 TEST_F(LoadedNames, ACutFirstLevelKeepsTheRoot) {

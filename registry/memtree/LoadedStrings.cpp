@@ -1,8 +1,7 @@
-// Unloading subtrees. Nothing here writes to the file.
-#include <initializer_list>
+// Nothing here writes to the file.
+#include "registry/memtree/LoadedStrings.h"
 
 #include "registry/memtree/StringWalk.h"
-#include "registry/memtree/TernaryKeyTree.h"
 
 namespace tamu::registry {
 
@@ -12,25 +11,38 @@ namespace {
 constexpr unsigned int kInUse = 1;        // it is a handle's, or locked: everything below stays too
 constexpr unsigned int kLeadsToUsed = 2;  // something below it stays
 
+// What hangs on a string and the string itself, whatever still needs it.
+void FreeFrom(TernaryString* string) {
+  StringWalk walk(kStoredOrder);
+  for (walk.Start(string); !walk.IsOver(); walk.Next()) {
+    TernaryString& s = walk.Current();
+    if (walk.IsEntered()) {
+      if (s.isLocked()) s.directory = s.parked;
+      continue;
+    }
+    LoadedStrings::UnloadKey(s.key);
+    delete &s;
+  }
+}
+
 }  // namespace
 
-unsigned int TernaryKeyTree::UnloadValues(TernaryKey* key) {
+void LoadedStrings::UnloadValues(TernaryKey* key) {
   while (key->firstValue != nullptr) {
     TernaryValue* value = key->firstValue;
     key->firstValue = value->next;
     delete value;
   }
-  return status::kOk;
 }
 
-unsigned int TernaryKeyTree::UnloadKey(TernaryKey* key) {
-  const unsigned int result = UnloadValues(key);
+void LoadedStrings::UnloadKey(TernaryKey* key) {
+  if (key == nullptr) return;
+  UnloadValues(key);
   delete key;
-  return result;
 }
 
 // kBusy when something stays; what leads there stays too, without keys.
-unsigned int TernaryKeyTree::RecursiveUnloadKeyTree(TernaryString* string) {
+unsigned int LoadedStrings::RecursiveUnloadKeyTree(TernaryString* string) {
   unsigned int result = status::kOk;
   StringWalk walk(kStoredOrder);
   for (walk.Start(string); !walk.IsOver(); walk.Next()) {
@@ -41,7 +53,7 @@ unsigned int TernaryKeyTree::RecursiveUnloadKeyTree(TernaryString* string) {
       walk.SkipLinks();
       continue;
     }
-    if (s.walkMark != kInUse && s.key != nullptr) {
+    if (s.walkMark != kInUse) {
       UnloadKey(s.key);
       s.key = nullptr;
     }
@@ -59,39 +71,41 @@ unsigned int TernaryKeyTree::RecursiveUnloadKeyTree(TernaryString* string) {
 
 // Drops what was loaded from a string on, as far as nothing needs it. Of the root string nothing
 // goes while something is left below it; it goes itself when it is the root key's, or `always`.
-void TernaryKeyTree::UnloadFrom(TernaryString* string, bool always) {
+void LoadedStrings::UnloadFrom(TernaryString* string, bool always) {
   if (string->isBusy()) return;
   if (string->directory != nullptr && RecursiveUnloadKeyTree(string->directory) == status::kOk) {
     string->directory = nullptr;
   }
   const bool stays = string->directory != nullptr;
-  if (string == startString && stays) return;
+  if (string == start && stays) return;
   bool isRoot = always;
   if (string->key != nullptr) {
     isRoot = isRoot || string->key->node->isRoot();
     UnloadKey(string->key);
     string->key = nullptr;
   }
-  if (string != startString || stays || !isRoot) return;
+  if (string != start || stays || !isRoot) return;
   delete string;
-  startString = nullptr;
+  start = nullptr;
 }
 
-void TernaryKeyTree::AddHandle(TernaryHandle* handle) {
-  handle->next = handles;
-  handle->place = &handles;
-  if (handles != nullptr) handles->place = &handle->next;
-  handles = handle;
-}
-
-void TernaryKeyTree::RemoveHandle(TernaryHandle* handle) {
-  *handle->place = handle->next;
-  if (handle->next != nullptr) handle->next->place = handle->place;
+void LoadedStrings::AddHandle(TernaryHandle* handle, TernaryString* string, bool isBelowHandle) {
+  if (string->loadCount == 0) {
+    // What was not loaded before the search has no handles: it has met all that are above.
+    string->isBelowHandle = isBelowHandle;
+    if (handles_ != nullptr && !isBelowHandle) TellBelow(string, true);
+  }
+  ++string->loadCount;
+  handle->start = string;
+  handle->next = handles_;
+  handle->place = &handles_;
+  if (handles_ != nullptr) handles_->place = &handle->next;
+  handles_ = handle;
 }
 
 // Tells the strings of handles below a key whether one starts above them, as far as that comes with
 // this key: those that are below one another know it already.
-void TernaryKeyTree::TellBelow(TernaryString* string, bool isBelowHandle) {
+void LoadedStrings::TellBelow(TernaryString* string, bool isBelowHandle) {
   StringWalk walk(kStoredOrder);
   walk.Start(string->isLocked() ? string->parked : string->directory);
   for (; !walk.IsOver(); walk.Next()) {
@@ -109,38 +123,46 @@ void TernaryKeyTree::TellBelow(TernaryString* string, bool isBelowHandle) {
 
 // Keeps a string with all that it leads to until nobody uses it any more, though nothing leads
 // there.
-void TernaryKeyTree::AddOrphan(TernaryString* string) {
-  TernaryString** list = string->loadCount > 0 ? &orphans : &looseOrphans;
-  string->isOrphan = true;
+void LoadedStrings::AddOrphan(TernaryString* string) {
+  StringWalk walk(kStoredOrder);
+  // What is below an orphan is marked already.
+  walk.Start(string->isOrphan ? nullptr : string);
+  for (; !walk.IsOver(); walk.Next()) walk.Current().isOrphan = true;
+  TernaryString** list = string->loadCount > 0 ? &orphans_ : &looseOrphans_;
   string->nextOrphan = *list;
   string->orphanPlace = list;
   if (*list != nullptr) (*list)->orphanPlace = &string->nextOrphan;
   *list = string;
 }
 
-// Takes an orphan at which no handle starts any more out of its list, and frees it unless it is
-// busy. What is in use below it becomes an orphan of its own.
-void TernaryKeyTree::FreeOrphan(TernaryString* orphan) {
-  *orphan->orphanPlace = orphan->nextOrphan;
-  if (orphan->nextOrphan != nullptr) orphan->nextOrphan->orphanPlace = orphan->orphanPlace;
-  orphan->orphanPlace = nullptr;
+// Test: LoadedDeletion.WhatAHandleNeedsStaysForIt
+void LoadedStrings::RecursiveDeleteKeyTree(TernaryString* string) {
   StringWalk walk(kStoredOrder);
-  for (walk.Start(orphan); !walk.IsOver(); walk.Next()) {
+  for (walk.Start(string); !walk.IsOver(); walk.Next()) {
     TernaryString& s = walk.Current();
     if (walk.IsEntered()) {
       if (s.isInUse()) walk.SkipLinks();
     } else if (s.isInUse()) {
       AddOrphan(&s);
     } else {
-      if (s.key != nullptr) UnloadKey(s.key);
+      UnloadKey(s.key);
       delete &s;
     }
   }
 }
 
+// Takes an orphan at which no handle starts any more out of its list, and frees it unless it is
+// busy. What is in use below it becomes an orphan of its own.
+void LoadedStrings::FreeOrphan(TernaryString* orphan) {
+  *orphan->orphanPlace = orphan->nextOrphan;
+  if (orphan->nextOrphan != nullptr) orphan->nextOrphan->orphanPlace = orphan->orphanPlace;
+  orphan->orphanPlace = nullptr;
+  RecursiveDeleteKeyTree(orphan);
+}
+
 // There are no more of them than threads that change something, so looking at all is cheap.
-void TernaryKeyTree::FreeLooseOrphans() {
-  for (TernaryString* orphan = looseOrphans; orphan != nullptr;) {
+void LoadedStrings::FreeLooseOrphans() {
+  for (TernaryString* orphan = looseOrphans_; orphan != nullptr;) {
     TernaryString* next = orphan->nextOrphan;
     if (!orphan->isBusy()) FreeOrphan(orphan);
     orphan = next;
@@ -149,74 +171,47 @@ void TernaryKeyTree::FreeLooseOrphans() {
 
 // The last handle of a string is gone. A subtree stays as long as a handle starts above it: what
 // such a handle does not find it would take for missing, and create anew over what is in the file.
-void TernaryKeyTree::LetGoOf(TernaryString* start) {
-  if (start->orphanPlace != nullptr) {
-    FreeOrphan(start);
-  } else if (!start->isOrphan && !start->isBelowHandle) {
-    if (handles != nullptr) TellBelow(start, false);
-    UnloadFrom(start, false);
+void LoadedStrings::LetGoOf(TernaryString* string) {
+  if (string->orphanPlace != nullptr) {
+    FreeOrphan(string);
+  } else if (!string->isOrphan && !string->isBelowHandle) {
+    if (handles_ != nullptr) TellBelow(string, false);
+    UnloadFrom(string, false);
   }
 }
 
-unsigned int TernaryKeyTree::UnloadKeyTree(void* tree) {
-  PCMutexGuard guard(treeLock);
-  if (tree == nullptr) {
-    FreeLooseOrphans();
-    if (startString != nullptr && startString->loadCount == 0) UnloadFrom(startString, true);
-    return status::kOk;
-  }
-  if (initialized == 0) return status::kNoRight;
-  TernaryHandle* handle = static_cast<TernaryHandle*>(tree);
+unsigned int LoadedStrings::DropHandle(TernaryHandle* handle) {
   if (handle->lockedStrings > 0 || handle->waiterCount > 0 || handle->lockers > 0) {
     return status::kBusy;
   }
-  TernaryString* start = handle->start;
-  RemoveHandle(handle);
+  TernaryString* string = handle->start;
+  *handle->place = handle->next;
+  if (handle->next != nullptr) handle->next->place = handle->place;
   delete handle;
-  if (start->loadCount > 0) --start->loadCount;
-  if (start->loadCount == 0) LetGoOf(start);
+  if (string->loadCount > 0) --string->loadCount;
+  if (string->loadCount == 0) LetGoOf(string);
   FreeLooseOrphans();
   return status::kOk;
 }
 
-unsigned int TernaryKeyTree::UnloadAll() {
-  PCMutexGuard guard(treeLock);
-  for (TernaryHandle* handle = handles; handle != nullptr;) {
-    TernaryHandle* next = handle->next;
-    UnloadKeyTree(handle);
-    handle = next;
-  }
-  UnloadKeyTree(nullptr);
-  return handles != nullptr ? status::kBusy : status::kOk;
+void LoadedStrings::DropUnneeded() {
+  FreeLooseOrphans();
+  if (start != nullptr && start->loadCount == 0) UnloadFrom(start, true);
 }
 
-// What hangs on a string and the string itself, whatever still needs it.
-void TernaryKeyTree::FreeFrom(TernaryString* string) {
-  StringWalk walk(kStoredOrder);
-  for (walk.Start(string); !walk.IsOver(); walk.Next()) {
-    TernaryString& s = walk.Current();
-    if (walk.IsEntered()) {
-      if (s.isLocked()) s.directory = s.parked;
-      continue;
-    }
-    if (s.key != nullptr) UnloadKey(s.key);
-    delete &s;
-  }
-}
-
-void TernaryKeyTree::FreeEverything() {
-  FreeFrom(startString);
-  startString = nullptr;
-  for (TernaryString** list : {&orphans, &looseOrphans}) {
+void LoadedStrings::FreeEverything() {
+  FreeFrom(start);
+  start = nullptr;
+  for (TernaryString** list : {&orphans_, &looseOrphans_}) {
     while (*list != nullptr) {
       TernaryString* orphan = *list;
       *list = orphan->nextOrphan;
       FreeFrom(orphan);
     }
   }
-  while (handles != nullptr) {
-    TernaryHandle* handle = handles;
-    handles = handle->next;
+  while (handles_ != nullptr) {
+    TernaryHandle* handle = handles_;
+    handles_ = handle->next;
     delete handle;
   }
 }

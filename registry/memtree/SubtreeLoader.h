@@ -1,0 +1,54 @@
+// Loading keys of the file into memory.
+#pragma once
+
+#include <memory>
+
+#include "registry/memtree/LoadedStrings.h"
+#include "registry/memtree/StringSearch.h"
+#include "registry/store/NodeSet.h"
+#include "registry/store/StoreAccess.h"
+
+namespace tamu::registry {
+
+// Adds to what is loaded; for one loading. What is loaded already is never loaded a second time,
+// whatever a damaged file leads to: kInvalidFile. A slot that is free is not loaded either: the
+// next to take a slot may get it. After a failure nothing hangs in the tree that was not complete.
+// The tree's lock is held.
+class SubtreeLoader {
+ public:
+  SubtreeLoader(const StoreAccess& access, LoadedStrings& loaded)
+      : access_(access), loaded_(loaded) {}
+
+  // The root's string and key, as far as they are missing. kNotFound: the file has no root. A root
+  // without key stays one.
+  Status LoadRootKey();
+  // True when nothing of the root is left to be loaded.
+  static bool HasRootKey(const LoadedStrings& loaded);
+  // Loads what is missing of a key, its name and what is below it. What damage or lack of memory
+  // keeps from being loaded below the first string there is not reported. kBusy: a string on the
+  // way is locked.
+  Status LoadKeyTree(const char* path, TernaryString*& string);
+
+ private:
+  class LoadingCursor;
+
+  Status Prepare();
+  void AddFrom(TernaryString* string);
+  Status ReadTernaryString(unsigned int id, TernaryString*& string);
+  Status LoadLink(unsigned int id, TernaryString*& slot);
+  Status LoadKey(unsigned int id, TernaryKey*& key);
+  Status LoadValues(TernaryKey* key);
+  Status LoadValue(unsigned int id, TernaryValue*& value);
+  Status LoadKeyPath(const char* path, TernaryString*& string);
+  Status RecursiveLoadKeyTree(TernaryString* first);
+  Status LoadBelow(TernaryString* string);
+
+  const StoreAccess& access_;
+  LoadedStrings& loaded_;
+  // What is loaded.
+  NodeSet strings_;
+  NodeSet keys_;
+  NodeSet values_;
+};
+
+}  // namespace tamu::registry
