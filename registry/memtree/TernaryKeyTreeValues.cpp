@@ -1,4 +1,5 @@
 // Creating, changing and deleting values.
+#include <new>
 #include <utility>
 
 #include "registry/base/Rights.h"
@@ -72,18 +73,19 @@ unsigned int TernaryKeyTree::SetValue(unsigned int user, void* tree, const char*
 }
 
 Status TernaryKeyTree::ReplaceData(TernaryValue& target, const char* name, const Value& value) {
-  std::unique_ptr<TernaryValue> next;
-  Status result = MakeLoaded(target.id, *target.node, &next);
-  if (result.IsOk()) result = next->SetValue(name, &value, 0);
+  TernaryValueNode* copy = new (std::nothrow) TernaryValueNode(*target.node);
+  if (copy == nullptr) return status::kNoMemory;
+  TernaryValue next(target.id, copy);
+  Status result = next.SetValue(name, &value, 0);
   if (!result.IsOk()) return result;
   Changes changes(*file);
   TernaryValueNode before = *target.node;
   unsigned int block = 0;
   result = ExchangeData(changes, target.id, &before, value, &block);
   if (!result.IsOk()) return result;
-  if (next->node->isInBlocks()) next->node->setDataWord(block);
-  result = changes.End(ReplaceValueRecord(changes, target.id, before, *next->node));
-  if (result.IsOk()) target.Exchange(*next);
+  if (copy->isInBlocks()) copy->setDataWord(block);
+  result = changes.End(ReplaceValueRecord(changes, target.id, before, *copy));
+  if (result.IsOk()) target.Exchange(next);
   return result;
 }
 
