@@ -36,16 +36,6 @@ TEST(FileTreeKeys, TheRootKeyIsMadeOnce) {
   EXPECT_EQ(rig.Contents(), before);
 }
 
-TEST(FileTreeKeys, AKeyIsCreatedOnce) {
-  FileTreeRig rig;
-  EXPECT_EQ(rig.Create("a"), 0u);
-  const std::string before = rig.Contents();
-  EXPECT_EQ(rig.Create("a"), 17u);
-  EXPECT_EQ(rig.Create("/a"), 17u);
-  EXPECT_EQ(rig.Create("a/"), 17u);
-  EXPECT_EQ(rig.Contents(), before);
-}
-
 TEST(FileTreeKeys, AKeyUnderTheRootIsItsOwnersAlone) {
   FileTreeRig rig;
   EXPECT_EQ(rig.tree.CreateKey(0x01020304, nullptr, "a", 0x1122334455667788, true), 0u);
@@ -57,45 +47,6 @@ TEST(FileTreeKeys, AKeyUnderTheRootIsItsOwnersAlone) {
             "00001061"
             "00000000000000000000000000000000"
             "00020000");
-}
-
-TEST(FileTreeKeys, AKeyWithoutDefaultValueKeepsItsNumber) {
-  FileTreeRig rig;
-  EXPECT_EQ(rig.tree.CreateKey(kUser, nullptr, "a", 7, false), 0u);
-  EXPECT_EQ(rig.KeyNode(2),
-            "0000000000000f00"
-            "e803000000000000"
-            "0700000000000000");
-}
-
-TEST(FileTreeKeys, ADeeperKeyInheritsItsParentsPermission) {
-  FileTreeRig rig;
-  ASSERT_EQ(rig.tree.CreateKey(kUser, nullptr, "a", 0, false), 0u);
-  rig.SetPermission(2, "7d");
-  EXPECT_EQ(rig.tree.CreateKey(kOther, nullptr, "a/b", 0, false), 0u);
-  EXPECT_EQ(rig.KeyNode(3),
-            "0000000000007d00"
-            "d007000000000000"
-            "0000000000000000");
-  EXPECT_EQ(rig.tree.CreateKey(kUser, nullptr, "a/b/c", 0, false), 0u);
-  EXPECT_EQ(rig.Hex(kKeyArea + 24 * 4 + 6, 1), "7d");
-  EXPECT_EQ(rig.Word(kKeyArea + 24 * 4 + 8), kUser);
-}
-
-TEST(FileTreeKeys, CreatingNeedsTheRightToCreateOnTheParent) {
-  FileTreeRig rig;
-  ASSERT_EQ(rig.tree.CreateKey(kUser, nullptr, "a", 0, false), 0u);  // 0F: nothing for others
-  const std::string before = rig.Contents();
-  EXPECT_EQ(rig.tree.CreateKey(kOther, nullptr, "a/b", 0, false), 1u);
-  EXPECT_EQ(rig.Contents(), before);
-  EXPECT_EQ(rig.tree.CreateKey(kAdmin, nullptr, "a/b", 0, false), 0u);
-  rig.SetPermission(2, "fb");  // the owner may do all but create, others all
-  EXPECT_EQ(rig.tree.CreateKey(kUser, nullptr, "a/c", 0, false), 1u);
-  EXPECT_EQ(rig.tree.CreateKey(kAdmin, nullptr, "a/c", 0, false), 1u);
-  EXPECT_EQ(rig.tree.CreateKey(kOther, nullptr, "a/c", 0, false), 0u);
-  rig.SetPermission(1, "bf");  // the root without the right for others
-  EXPECT_EQ(rig.tree.CreateKey(kUser, nullptr, "z", 0, false), 1u);
-  EXPECT_EQ(rig.tree.CreateKey(kAdmin, nullptr, "z", 0, false), 0u);
 }
 
 TEST(FileTreeKeys, TheUserAdminstratorIsAnOrdinaryUser) {

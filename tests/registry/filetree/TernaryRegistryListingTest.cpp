@@ -67,17 +67,6 @@ TEST(FileTreeListing, NamesAreAddedBehindThoseInTheList) {
   EXPECT_EQ(ListText(rig.tree.ListKeys(kAdmin, nullptr, "", 3, &list, 0), list), "0: x m/x m");
 }
 
-TEST(FileTreeListing, TheFirstNamesAreSkipped) {
-  FileTreeRig rig;
-  CreateFiveKeys(rig);
-  EXPECT_EQ(Listed(rig, "", 1), "0: f mn m/x m");
-  EXPECT_EQ(Listed(rig, "", 2), "0: mn m/x m");
-  EXPECT_EQ(Listed(rig, "", 4), "0: m");
-  EXPECT_EQ(Listed(rig, "", 5), "0:");
-  EXPECT_EQ(Listed(rig, "", 0xFFFFFFFF), "0:");
-  EXPECT_EQ(Listed(rig, "", 4, 1), "0: m");
-}
-
 TEST(FileTreeListing, NamesWithoutAKeyAreNeitherListedNorSkipped) {
   FileTreeRig rig;
   for (const char* key : {"ab", "bc", "cd", "de"}) ASSERT_EQ(rig.Create(key), 0u);
@@ -164,14 +153,6 @@ TEST(FileTreeListing, AFullListKeepsTheNamesThatCameFirst) {
   EXPECT_EQ(Listed(rig, "", 4, 0, 1), "0: m");
   EXPECT_EQ(Listed(rig, "", 3, 0, 1), "75: m/x");
   EXPECT_EQ(Listed(rig, "", 0, 0, 5), "0: t f mn m/x m");
-}
-
-TEST(FileTreeListing, AListOfCapacityZeroTakesNoName) {
-  FileTreeRig rig;
-  CreateFiveKeys(rig);
-  EXPECT_EQ(Listed(rig, "", 0, 0, 0), "12:");
-  EXPECT_EQ(Listed(rig, "", 4, 1, 0), "12:");
-  EXPECT_EQ(Listed(rig, "", 5, 0, 0), "0:");
 }
 
 TEST(FileTreeListing, ListingKeysNeedsTheRightToRead) {

@@ -133,29 +133,6 @@ TEST(FileTreeRights, TheKeysBelowAreNotAsked) {
   EXPECT_EQ(Listed(rig, ""), "0:");
 }
 
-TEST(FileTreeWatch, TheLowSixBitsAreStored) {
-  FileTreeRig rig;
-  ASSERT_EQ(rig.tree.CreateKey(kUser, nullptr, "a", 7, true), 0u);
-  ASSERT_EQ(rig.Create("b"), 0u);
-  const struct {
-    unsigned char watch;
-    const char* inA;  // whose default value is set
-    const char* inB;
-    const char* inRoot;
-  } cases[] = {{0x01, "05", "04", "06"}, {0x15, "55", "54", "56"}, {0x3F, "fd", "fc", "fe"},
-               {0xFF, "fd", "fc", "fe"}, {0x40, "01", "00", "02"}, {0xC2, "09", "08", "0a"},
-               {0x00, "01", "00", "02"}};
-  for (const auto& each : cases) {
-    SCOPED_TRACE(each.inA);
-    EXPECT_EQ(rig.tree.SetKeyWatch(kUser, nullptr, "a", each.watch), 0u);
-    EXPECT_EQ(rig.tree.SetKeyWatch(kAdmin, nullptr, "b", each.watch), 0u);
-    EXPECT_EQ(rig.tree.SetKeyWatch(kOther, nullptr, "", each.watch), 0u);
-    EXPECT_EQ(rig.Hex(InKey(2, 7), 1), each.inA);
-    EXPECT_EQ(rig.Hex(InKey(3, 7), 1), each.inB);
-    EXPECT_EQ(rig.Hex(InKey(1, 7), 1), each.inRoot);
-  }
-}
-
 TEST(FileTreeWatch, OnlyItsByteChanges) {
   FileTreeRig rig;
   ASSERT_EQ(rig.tree.CreateKey(kUser, nullptr, "a", 7, true), 0u);

@@ -8,49 +8,6 @@ namespace {
 // 31 bytes of a name field behind its first byte.
 const std::string kNoMoreName(2 * 31, '0');
 
-TEST(FileTreeValues, ANumberIsStoredInItsRecord) {
-  FileTreeRig rig;
-  ASSERT_EQ(rig.Create("a"), 0u);
-  ASSERT_EQ(rig.CreateNumber("a", "n", 0x1122334455667788), 0u);
-  EXPECT_EQ(rig.ValueNode(1),
-            "0000000000000000"
-            "0800"
-            "00"
-            "40"  // type 0, set
-            "6e" +
-                kNoMoreName + "8877665544332211");
-  EXPECT_EQ(rig.KeyNode(2),
-            "0001000001000f00"
-            "ffff000000000000"
-            "0000000000000000");
-  EXPECT_EQ(rig.FreeBlocks(), kUsableSlots);
-}
-
-TEST(FileTreeValues, ANumberThatIsNotSetIsStoredAllTheSame) {
-  FileTreeRig rig;
-  ASSERT_EQ(rig.tree.CreateValue(kAdmin, nullptr, "", "n", 0x0102, false), 0u);
-  EXPECT_EQ(rig.ValueNode(1),
-            "0000000000000000"
-            "08000000"
-            "6e" +
-                kNoMoreName + "0201000000000000");
-}
-
-TEST(FileTreeValues, DataIsStoredInBlocks) {
-  FileTreeRig rig;
-  ASSERT_EQ(rig.CreateData("", "n", 1, Pattern(65)), 0u);
-  EXPECT_EQ(rig.ValueNode(1),
-            "0000000000000000"
-            "4100"
-            "00"
-            "61"  // type 1, in blocks, set
-            "6e" +
-                kNoMoreName + "0001000000000000");
-  EXPECT_EQ(rig.DataBlock(1), HexOf(Pattern(64)));
-  EXPECT_EQ(rig.DataBlock(2), HexOf(Pattern(65).substr(64)) + std::string(2 * 63, '0'));
-  EXPECT_EQ(rig.Hex(kDataTable + 32 + 4, 8), "0200000000000000");  // block 1, then 2, the last
-}
-
 TEST(FileTreeValues, TheNewestValueIsTheFirstOfItsKey) {
   FileTreeRig rig;
   ASSERT_EQ(rig.CreateNumber("", "a", 1), 0u);
@@ -86,18 +43,6 @@ TEST(FileTreeValues, SettingAValueToNothingLeavesItSet) {
   EXPECT_EQ(rig.Get("", "n"), "0 type 2: ");
   EXPECT_EQ(rig.SetData("", "n", 1, "x"), 0u);
   EXPECT_EQ(rig.Get("", "n"), "0 type 1: 78");
-}
-
-TEST(FileTreeValues, MoreThan1024BytesAreRefusedBeforeTheKeyIsLookedFor) {
-  FileTreeRig rig;
-  ASSERT_EQ(rig.CreateData("", "n", 1, Pattern(1024)), 0u);
-  const std::string before = rig.Contents();
-  EXPECT_EQ(rig.CreateData("", "m", 1, Pattern(1025)), 75u);
-  EXPECT_EQ(rig.SetData("", "n", 1, Pattern(1025)), 75u);
-  EXPECT_EQ(rig.CreateData("missing", "m", 6, Pattern(1025)), 75u);
-  EXPECT_EQ(rig.SetData("missing", "n", 6, Pattern(1025)), 75u);
-  EXPECT_EQ(rig.Contents(), before);
-  EXPECT_EQ(rig.Get("", "n"), "0 type 1: " + HexOf(Pattern(1024)));
 }
 
 TEST(FileTreeValues, TypesAbove5AreRefusedAfterTheRights) {
@@ -178,29 +123,6 @@ TEST(FileTreeValues, SettingAnUnsetValueSetsIt) {
   EXPECT_EQ(rig.Get("", "n"), "0 type 4: 616263");
 }
 
-TEST(FileTreeValues, NewDataTakesTheBlocksOfTheOldAgain) {
-  FileTreeRig rig;
-  ASSERT_EQ(rig.CreateData("", "n", 1, Pattern(100)), 0u);  // blocks 1 and 2
-  ASSERT_EQ(rig.CreateData("", "m", 1, "x"), 0u);           // block 3
-  ASSERT_EQ(rig.SetData("", "n", 1, Pattern(65)), 0u);
-  EXPECT_EQ(rig.Word(kValueArea + 52 + 44), 0x100u);
-  EXPECT_EQ(rig.Hex(kDataTable + 32 + 4, 8), "0200000000000000");
-  ASSERT_EQ(rig.SetData("", "n", 1, Pattern(150)), 0u);  // and block 4
-  EXPECT_EQ(rig.Hex(kDataTable + 32 + 4, 16), "02000000040000000000000000000000");
-  EXPECT_EQ(rig.Get("", "n"), "0 type 1: " + HexOf(Pattern(150)));
-  EXPECT_EQ(rig.Get("", "m"), "0 type 1: 78");
-  EXPECT_EQ(rig.FreeBlocks(), kUsableSlots - 4);
-}
-
-TEST(FileTreeValues, ANumberInPlaceOfDataGivesTheBlocksBack) {
-  FileTreeRig rig;
-  ASSERT_EQ(rig.CreateData("", "n", 1, Pattern(1024)), 0u);
-  ASSERT_EQ(rig.SetData("", "n", 0, "\x09\x08\x07\x06\x05\x04\x03\x02"), 0u);
-  EXPECT_EQ(rig.FreeBlocks(), kUsableSlots);
-  EXPECT_EQ(rig.Hex(kValueArea + 52 + 8, 4), "08000040");
-  EXPECT_EQ(rig.Get("", "n"), "0 type 0: 0908070600000000");
-}
-
 TEST(FileTreeValues, SetValueMissesAMissingName) {
   FileTreeRig rig;
   EXPECT_EQ(rig.SetData("", "n", 1, "x"), 2u);
@@ -253,18 +175,6 @@ TEST(FileTreeValues, ACountThatIsZeroAlreadyIsNotLowered) {
   rig.Patch(kKeyArea + 24 + 4, "0000");
   EXPECT_EQ(rig.Delete("", "n"), 0u);
   EXPECT_EQ(rig.Hex(kKeyArea + 24, 6), "000000000000");
-}
-
-TEST(FileTreeValues, AValueSlotIsFreshWhenItIsTakenAgain) {
-  FileTreeRig rig;
-  ASSERT_EQ(rig.CreateData("", "a long name that fills it", 5, "x"), 0u);
-  ASSERT_EQ(rig.Delete("", "a long name that fills it"), 0u);
-  ASSERT_EQ(rig.CreateNumber("", "n", 1), 0u);
-  EXPECT_EQ(rig.ValueNode(1),
-            "0000000000000000"
-            "08000040"
-            "6e" +
-                kNoMoreName + "0100000000000000");
 }
 
 }  // namespace

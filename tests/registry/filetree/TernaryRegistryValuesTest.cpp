@@ -150,18 +150,6 @@ TEST(FileTreeValues, TheDefaultValueIsNoNamedValue) {
   EXPECT_EQ(rig.FreeValues(), kUsableSlots);
 }
 
-TEST(FileTreeValues, ClearingTheDefaultValueKeepsTheStoredNumber) {
-  FileTreeRig rig;
-  ASSERT_EQ(rig.tree.SetDefaultValue(kAdmin, nullptr, "", 0x0102, false), 0u);
-  EXPECT_EQ(rig.tree.SetDefaultValue(kAdmin, nullptr, "", 0x0304, true), 0u);
-  EXPECT_EQ(rig.KeyNode(1),
-            "0000000000005f02"  // still the root
-            "ffff000000000000"
-            "0201000000000000");
-  unsigned long long number = 0;
-  EXPECT_EQ(rig.tree.GetDefaultValue(kAdmin, nullptr, "", &number), 53u);
-}
-
 TEST(FileTreeValues, GetSetValueReadsTheLowHalfIntoTheCallersNumber) {
   FileTreeRig rig;
   ASSERT_EQ(rig.CreateNumber("", "n", 0x1122334455667788), 0u);

@@ -12,9 +12,6 @@ class LoadedCreation : public RootHandleTest {
   unsigned int CreateInFile(const char* path) {
     return rig.file->CreateKey(kAdmin, nullptr, path, 0, false);
   }
-  void SetPermission(const char* path, unsigned char permission) {
-    rig.KeyOf(root, path)->node->setPermission(permission);
-  }
 };
 
 TEST_F(LoadedCreation, AKeyUnderTheRootIsItsOwnersAlone) {
@@ -23,29 +20,6 @@ TEST_F(LoadedCreation, AKeyUnderTheRootIsItsOwnersAlone) {
             "0000000000000f01"
             "0403020100000000"
             "8877665544332211");
-}
-
-TEST_F(LoadedCreation, AKeyWithoutDefaultValueKeepsItsNumber) {
-  EXPECT_EQ(rig.loaded.CreateKey(kUser, root, "a", 7, false), 0u);
-  EXPECT_EQ(rig.KeyNode(2),
-            "0000000000000f00"
-            "e803000000000000"
-            "0700000000000000");
-}
-
-TEST_F(LoadedCreation, ADeeperKeyInheritsItsParentsPermission) {
-  ASSERT_EQ(CreateAs(kUser, "a"), 0u);
-  SetPermission("a", 0x7D);
-  EXPECT_EQ(CreateAs(kOther, "a/b"), 0u);
-  EXPECT_EQ(rig.KeyNode(3),
-            "0000000000007d00"
-            "d007000000000000"
-            "0000000000000000");
-  EXPECT_EQ(CreateAs(kUser, "a/b/c"), 0u);
-  EXPECT_EQ(rig.KeyNode(4),
-            "0000000000007d00"
-            "e803000000000000"
-            "0000000000000000");
 }
 
 // It is the parent's record that tells, wherever the key lies.
@@ -59,35 +33,6 @@ TEST_F(LoadedCreation, BelowAKeyWithTheRootFlagAKeyIsItsOwnersAlone) {
             "0000000000000f00"
             "e803000000000000"
             "0000000000000000");
-}
-
-TEST_F(LoadedCreation, CreatingNeedsTheRightToCreateOnTheParent) {
-  ASSERT_EQ(CreateAs(kUser, "a"), 0u);  // 0F: nothing for others
-  const std::string before = rig.Contents();
-  EXPECT_EQ(CreateAs(kOther, "a/b"), 1u);
-  SetPermission("a", 0xFB);  // the owner may do all but create, others all
-  EXPECT_EQ(CreateAs(kUser, "a/b"), 1u);
-  EXPECT_EQ(CreateAs(kAdmin, "a/b"), 1u);
-  EXPECT_TRUE(rig.Contents() == before);
-  EXPECT_EQ(CreateAs(kOther, "a/b"), 0u);
-  SetPermission("a", 0x04);
-  EXPECT_EQ(CreateAs(kUser, "a/c"), 0u);
-  EXPECT_EQ(CreateAs(kAdmin, "a/d"), 0u);
-  EXPECT_EQ(CreateAs(kOther, "a/e"), 1u);
-  SetPermission("", 0xBF);
-  EXPECT_EQ(CreateAs(kUser, "z"), 1u);
-  EXPECT_EQ(CreateAs(kAdmin, "z"), 0u);
-}
-
-TEST_F(LoadedCreation, AKeyIsCreatedOnce) {
-  CreateAll({"a", "a/b"});
-  const std::string before = rig.Contents();
-  for (const char* path : {"a", "/a", "a/", "a/b", "a/b/", "", "/"}) {
-    EXPECT_EQ(Create(path), 17u) << path;
-  }
-  EXPECT_EQ(rig.loaded.CreateKey(kAdmin, root, nullptr, 0, false), 17u);
-  EXPECT_EQ(CreateAs(kOther, "a/b"), 17u) << "also for whom may not create there";
-  EXPECT_TRUE(rig.Contents() == before);
 }
 
 TEST_F(LoadedCreation, PathsBeginAtTheHandlesKey) {
@@ -218,14 +163,6 @@ TEST_F(LoadedCreation, ACharacterThatDiffersAtTheEndIsTakenAsTheCut) {
   }
   EXPECT_EQ(Stored(),
             "1 1/abc 1/abcx 2 2/ab 2/abc 3 3/ab 3/abc 4 4/b 4/bcd 5 5/a 5/abcd 6 6/a 6/abcd");
-}
-
-TEST_F(LoadedCreation, TheSecondTryMakesTheNameThatTheFirstMissed) {
-  CreateAll({"abcd", "x"});
-  EXPECT_EQ(Stored(), "a abcd");
-  CreateAll({"x"});
-  EXPECT_EQ(Stored(), "a abcd x");
-  EXPECT_EQ(Create("x"), 17u);
 }
 
 // An empty component, but the rest of the path is its last character.

@@ -6,67 +6,11 @@ namespace tamu::registry {
 
 namespace {
 
-class LoadedKeyWrites : public LoadedWriting {
- protected:
-  unsigned int SetDefault(const char* key, unsigned long long number, bool clear = false) {
-    return rig.loaded.SetDefaultValue(kAdmin, root, key, number, clear);
-  }
-  // The default value: a number, or "53".
-  std::string Default(const char* key) {
-    unsigned long long number = 0;
-    const unsigned int result = rig.loaded.GetDefaultValue(kAdmin, root, key, &number);
-    return std::to_string(result == 0 ? number : result);
-  }
-  std::string DefaultEverywhere(const char* key) {
-    const std::string text = Default(key);
-    unsigned long long number = 0;
-    const unsigned int result = rig.file->GetDefaultValue(kAdmin, nullptr, key, &number);
-    EXPECT_EQ(std::to_string(result == 0 ? number : result), text);
-    Reload();
-    EXPECT_EQ(Default(key), text);
-    return text;
-  }
-  unsigned int SetWatch(const char* key, unsigned char watch) {
-    return rig.loaded.SetKeyWatch(kAdmin, root, key, watch);
-  }
-  unsigned int SetPermission(const char* key, unsigned int permission) {
-    return rig.loaded.SetKeyPermission(kAdmin, root, key, static_cast<unsigned char>(permission));
-  }
-};
-
-TEST_F(LoadedKeyWrites, ADefaultValueIsStoredInTheKey) {
-  Start({"a"});
-  ASSERT_EQ(SetDefault("a", 0x1122334455667788), 0u);
-  EXPECT_EQ(KeyNode(2),
-            "0000000000000f01"
-            "ffff000000000000"
-            "8877665544332211");
-  EXPECT_EQ(DefaultEverywhere("a"), "1234605616436508552");
-  ASSERT_EQ(SetDefault("a", 0), 0u);
-  EXPECT_EQ(KeyNode(2),
-            "0000000000000f01"
-            "ffff000000000000"
-            "0000000000000000");
-  EXPECT_EQ(DefaultEverywhere("a"), "0");
-}
-
-TEST_F(LoadedKeyWrites, AClearedDefaultKeepsItsNumberInTheFile) {
-  Start({"a"});
-  ASSERT_EQ(SetDefault("a", 7), 0u);
-  ASSERT_EQ(SetDefault("a", 9, true), 0u);
-  EXPECT_EQ(KeyNode(2),
-            "0000000000000f00"
-            "ffff000000000000"
-            "0700000000000000");
-  EXPECT_EQ(DefaultEverywhere("a"), "53");
-  const std::string before = rig.Contents();
-  EXPECT_EQ(SetDefault("a", 9, true), 0u) << "that there was none is not reported";
-  EXPECT_TRUE(rig.Contents() == before);
-}
+using LoadedKeyWrites = LoadedWriting;
 
 TEST_F(LoadedKeyWrites, APermissionIsOneByteOfTheKey) {
   Start({"a"});
-  ASSERT_EQ(SetPermission("a", 0xA5), 0u);
+  ASSERT_EQ(rig.loaded.SetKeyPermission(kAdmin, root, "a", 0xA5), 0u);
   EXPECT_EQ(KeyNode(2),
             "000000000000a500"
             "ffff000000000000"
@@ -79,34 +23,6 @@ TEST_F(LoadedKeyWrites, APermissionIsOneByteOfTheKey) {
   }
   EXPECT_EQ(rig.file->GetKeyPermission(kOther, nullptr, "a", &permission), 0u);
   EXPECT_EQ(permission, 0xA5);
-}
-
-TEST_F(LoadedKeyWrites, OfAWatchSixBitsAreKeptBesideTheOtherFlags) {
-  Start({"a"});
-  const struct {
-    unsigned char watch;
-    const char* stored;
-    const char* withDefault;
-    const char* ofRoot;
-  } kCases[] = {{0x00, "00", "01", "02"}, {0x01, "04", "05", "06"}, {0x20, "80", "81", "82"},
-                {0x3F, "fc", "fd", "fe"}, {0x40, "00", "01", "02"}, {0xFF, "fc", "fd", "fe"},
-                {0xC1, "04", "05", "06"}};
-  for (const auto& each : kCases) {
-    SCOPED_TRACE(static_cast<unsigned int>(each.watch));
-    ASSERT_EQ(SetWatch("a", each.watch), 0u);
-    EXPECT_EQ(Hex(InKey(2, 7), 1), each.stored);
-    ASSERT_EQ(SetDefault("a", 1), 0u);
-    EXPECT_EQ(Hex(InKey(2, 7), 1), each.withDefault);
-    ASSERT_EQ(SetWatch("a", each.watch), 0u);
-    EXPECT_EQ(Hex(InKey(2, 7), 1), each.withDefault);
-    ASSERT_EQ(SetDefault("a", 1, true), 0u);
-    EXPECT_EQ(Hex(InKey(2, 7), 1), each.stored);
-    ASSERT_EQ(SetWatch("", each.watch), 0u);
-    EXPECT_EQ(KeyNode(1),
-              std::string("0000000000005f") + each.ofRoot + "ffff0000000000000000000000000000");
-    Reload();
-  }
-  ExpectSound(rig.path);
 }
 
 TEST_F(LoadedKeyWrites, ADefaultNeedsTheRightToModify) {
@@ -122,26 +38,6 @@ TEST_F(LoadedKeyWrites, AWatchNeedsTheRightToRead) {
   ExpectLoadedToNeedTheRight(1, [](TernaryKeyTree& tree, unsigned int user, TernaryHandle* handle) {
     return tree.SetKeyWatch(user, handle, "a", 5);
   });
-}
-
-TEST_F(LoadedKeyWrites, APermissionIsForTheOwnerAndTheAdministrator) {
-  ASSERT_EQ(rig.file->CreateKey(kUser, nullptr, "a", 0, false), 0u);
-  Start({});
-  for (unsigned int rights : {0x00u, 0x0Fu, 0xF0u, 0xFFu}) {
-    SCOPED_TRACE(rights);
-    for (unsigned int user : {kUser, kAdmin}) {
-      ASSERT_EQ(SetPermission("a", rights), 0u);
-      EXPECT_EQ(rig.loaded.SetKeyPermission(user, root, "a", 0x35), 0u);
-      EXPECT_EQ(Hex(InKey(2, 6), 1), "35");
-    }
-    ASSERT_EQ(SetPermission("a", rights), 0u);
-    const std::string before = rig.Contents();
-    for (unsigned int user : {kOther, 0u, kAdmin - 1}) {
-      EXPECT_EQ(rig.loaded.SetKeyPermission(user, root, "a", 0x35), 1u) << user;
-    }
-    EXPECT_TRUE(rig.Contents() == before);
-  }
-  EXPECT_FALSE(root->start->isLocked());
 }
 
 // What every operation that changes something answers for the administrator: CreateKey of a key

@@ -12,11 +12,6 @@ class LoadedListing : public ::testing::Test {
     const unsigned int result = rig.loaded.ListKeys(kOther, root, key, index, &list, flags);
     return ListText(result, list);
   }
-  std::string Values(const char* key, unsigned int index = 0, unsigned int capacity = 1000) {
-    NameList list(capacity);
-    const unsigned int result = rig.loaded.ListValues(kAdmin, root, key, index, &list);
-    return ListText(result, list);
-  }
   void LoadAll() { root = rig.Load(""); }
 
   LoadedTreeRig rig;
@@ -83,20 +78,6 @@ TEST_F(LoadedListing, APathOf64CharactersIsTooLong) {
   LoadAll();
   EXPECT_EQ(Keys(name.c_str(), 0, 1), "75:");
   EXPECT_EQ(Keys(name.c_str()), "0:");
-}
-
-TEST_F(LoadedListing, ValuesAreListedNewestFirst) {
-  rig.Create({"a", "b"});
-  for (const char* name : {"1", "2", "3"}) ASSERT_EQ(rig.CreateNumber("a", name, 1), 0u);
-  LoadAll();
-  EXPECT_EQ(Values("a"), "0: 3 2 1");
-  EXPECT_EQ(Values("a", 2), "0: 1");
-  EXPECT_EQ(Values("a", 3), "75:");
-  EXPECT_EQ(Values("a", 0, 2), "75: 3 2");
-  EXPECT_EQ(Values("b"), "75:");
-  EXPECT_EQ(Values("c"), "2:");
-  EXPECT_EQ(rig.loaded.ListValues(kAdmin, root, "a", 0, nullptr), 22u);
-  EXPECT_EQ(rig.loaded.ListKeys(kAdmin, root, "a", 0, nullptr, 0), 22u);
 }
 
 // Both trees list and count the same.

@@ -101,20 +101,6 @@ TEST_F(LoadedReading, ADefaultValueIsRead) {
   EXPECT_EQ(number, 7u);
 }
 
-TEST_F(LoadedReading, KeysAndValuesAreCounted) {
-  rig.Create({"m", "f", "t", "mn", "m/x", "m/x/y"});
-  for (const char* key : {"m", "m/x", "m/x/y", "f"}) {
-    ASSERT_EQ(rig.CreateNumber(key, "1", 1), 0u);
-    ASSERT_EQ(rig.CreateNumber(key, "2", 2), 0u);
-  }
-  LoadAll();
-  EXPECT_EQ(Counted(""), "0: 99 4 6 0 8 65535 95");
-  EXPECT_EQ(Counted("m"), "0: 99 1 2 2 6 65535 15");
-  EXPECT_EQ(Counted("m/x/y"), "0: 99 0 0 2 2 65535 15");
-  EXPECT_EQ(Counted("mn"), "0: 99 0 0 0 0 65535 15");
-  EXPECT_EQ(Counted("x"), "2: 99 99 99 99 99 99 99");
-}
-
 // The user and the permission are told all the same, and the counts are 0.
 TEST_F(LoadedReading, WithoutTheRightToReadNothingIsCounted) {
   rig.Create({"a", "a/b"});

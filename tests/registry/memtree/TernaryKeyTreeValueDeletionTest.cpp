@@ -133,18 +133,6 @@ TEST_F(LoadedValueWrites, ANumberCreatedFromAValueTakesBlocksThatNobodyFrees) {
   EXPECT_EQ(FreeSlots(), "362 363 364 346");
 }
 
-TEST_F(LoadedValueWrites, AValueSlotIsFreshWhenItIsTakenAgain) {
-  Start({"k"});
-  ASSERT_EQ(CreateData("k", "a long name that fills it all up", 5, "x"), 0u);
-  ASSERT_EQ(DeleteValue("k", "a long name that fills it all u"), 0u);
-  ASSERT_EQ(CreateNumber("k", "n", 1), 0u);
-  EXPECT_EQ(ValueNode(1),
-            "0000000000000000"
-            "08000040"
-            "6e" +
-                std::string(2 * 31, '0') + "0100000000000000");
-}
-
 TEST_F(LoadedValueWrites, ANameIsCutTo31Characters) {
   Start({"k"});
   const std::string name = "0123456789abcdefghijklmnopqrstuvwxyzABCD";  // 40 characters

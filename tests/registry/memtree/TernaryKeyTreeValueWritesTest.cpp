@@ -5,53 +5,7 @@ namespace tamu::registry {
 
 namespace {
 
-// 31 bytes of a name field behind its first byte.
-const std::string kNoMoreName(2 * 31, '0');
-
 using LoadedValueWrites = LoadedWriting;
-
-TEST_F(LoadedValueWrites, ANumberIsStoredInItsRecord) {
-  Start({"a"});
-  ASSERT_EQ(CreateNumber("a", "n", 0x1122334455667788), 0u);
-  EXPECT_EQ(ValueNode(1),
-            "0000000000000000"
-            "08000040"  // type 0, set
-            "6e" +
-                kNoMoreName + "8877665544332211");
-  EXPECT_EQ(KeyNode(2),
-            "0001000001000f00"
-            "ffff000000000000"
-            "0000000000000000");
-  EXPECT_EQ(FreeSlots(), "362 362 363 364");
-  EXPECT_EQ(GetEverywhere("a", "n"), "type 0: 8877665544332211");
-}
-
-TEST_F(LoadedValueWrites, ANumberThatIsNotSetIsStoredAllTheSame) {
-  Start({"a"});
-  ASSERT_EQ(rig.loaded.CreateValue(kAdmin, root, "a", "n", 0x0102, false), 0u);
-  EXPECT_EQ(ValueNode(1),
-            "0000000000000000"
-            "08000000"
-            "6e" +
-                kNoMoreName + "0201000000000000");
-  EXPECT_EQ(GetEverywhere("a", "n"), "nothing");
-}
-
-TEST_F(LoadedValueWrites, DataIsStoredInBlocks) {
-  Start({"a"});
-  ASSERT_EQ(CreateData("a", "n", 1, Pattern(65)), 0u);
-  EXPECT_EQ(ValueNode(1),
-            "0000000000000000"
-            "41000061"  // 65 bytes of type 1, in blocks, set
-            "6e" +
-                kNoMoreName + "0001000000000000");
-  EXPECT_EQ(DataBlock(1), HexOf(Pattern(64)));
-  EXPECT_EQ(DataBlock(2), HexOf(Pattern(65).substr(64)) + std::string(2 * 63, '0'));
-  EXPECT_EQ(Hex(kDataTable + 32 + 4, 8), "0200000000000000");  // block 1, then 2, the last
-  EXPECT_EQ(KeyNode(2).substr(0, 12), "000100000100");
-  EXPECT_EQ(GetEverywhere("a", "n"), "type 1: " + HexOf(Pattern(65)));
-  ExpectSound(rig.path);
-}
 
 TEST_F(LoadedValueWrites, DataOfAnySizeUpTo1024BytesIsKept) {
   Start({"a"});
@@ -64,20 +18,6 @@ TEST_F(LoadedValueWrites, DataOfAnySizeUpTo1024BytesIsKept) {
     EXPECT_EQ(GetEverywhere("a", name.c_str()), "type 3: " + HexOf(Pattern(1025 - size)));
   }
   ExpectSound(rig.path);
-}
-
-TEST_F(LoadedValueWrites, MoreThan1024BytesAreRefusedBeforeTheKeyIsLookedFor) {
-  Start({"a"});
-  ASSERT_EQ(CreateData("a", "n", 1, Pattern(1024)), 0u);
-  const std::string before = rig.Contents();
-  for (const char* key : {"a", "missing"}) {
-    for (unsigned int type : {0u, 1u, 6u}) {
-      EXPECT_EQ(CreateData(key, "m", type, Pattern(1025)), 75u);
-      EXPECT_EQ(SetData(key, "n", type, Pattern(1025)), 75u);
-    }
-  }
-  EXPECT_TRUE(rig.Contents() == before);
-  EXPECT_EQ(GetEverywhere("a", "n"), "type 1: " + HexOf(Pattern(1024)));
 }
 
 TEST_F(LoadedValueWrites, OfNoBytesNothingIsSet) {
@@ -237,41 +177,6 @@ TEST_F(LoadedValueWrites, TheDataMayBeTheValuesOwn) {
   ASSERT_EQ(rig.loaded.CreateValue(kAdmin, root, "a", "copy", &value), 0u);
   EXPECT_EQ(GetEverywhere("a", "copy"), "type 1: " + HexOf(Pattern(57).substr(54)));
   ExpectSound(rig.path);
-}
-
-TEST_F(LoadedValueWrites, NewDataTakesTheBlocksOfTheOldAgain) {
-  Start({"a"});
-  ASSERT_EQ(CreateData("a", "n", 1, Pattern(100)), 0u);  // blocks 1 and 2
-  ASSERT_EQ(CreateData("a", "m", 1, "x"), 0u);           // block 3
-  ASSERT_EQ(SetData("a", "n", 1, Pattern(65)), 0u);
-  EXPECT_EQ(Word(InValue(1, 44)), 0x100u);
-  EXPECT_EQ(Hex(BlockEntry(1), 8), "0200000000000000");
-  ASSERT_EQ(SetData("a", "n", 1, Pattern(150)), 0u);  // and block 4
-  EXPECT_EQ(Hex(BlockEntry(1), 16), "02000000040000000000000000000000");
-  ASSERT_EQ(SetData("a", "n", 1, "y"), 0u);
-  EXPECT_EQ(Entries(kDataTable, 6), "02000000 00000000 04000000 00000000 05000000 06000000 ");
-  EXPECT_EQ(FreeSlots(), "362 362 362 362");
-  EXPECT_EQ(GetEverywhere("a", "n"), "type 1: 79");
-  EXPECT_EQ(GetEverywhere("a", "m"), "type 1: 78");
-  ExpectSound(rig.path);
-}
-
-TEST_F(LoadedValueWrites, ANumberInPlaceOfDataGivesTheBlocksBack) {
-  Start({"a"});
-  ASSERT_EQ(CreateData("a", "n", 1, Pattern(1024)), 0u);
-  EXPECT_EQ(FreeSlots(), "362 362 363 348");
-  ASSERT_EQ(SetData("a", "n", 0, "\x09\x08\x07\x06\x05\x04\x03\x02"), 0u);
-  EXPECT_EQ(FreeSlots(), "362 362 363 364");
-  EXPECT_EQ(ValueNode(1),
-            "0000000000000000"
-            "08000040"
-            "6e" +
-                kNoMoreName + "0908070605040302");
-  EXPECT_EQ(GetEverywhere("a", "n"), "type 0: 0908070605040302");
-  ASSERT_EQ(SetData("a", "n", 4, "abc"), 0u);
-  EXPECT_EQ(Hex(InValue(1, 8), 4), "03000064");
-  EXPECT_EQ(GetEverywhere("a", "n"), "type 4: 616263");
-  EXPECT_EQ(storetests::FreeListFindings(rig.Contents()), "");
 }
 
 }  // namespace
