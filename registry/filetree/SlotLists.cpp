@@ -2,10 +2,10 @@
 
 namespace tamu::registry {
 
-unsigned int SlotLists::Reserve(const unsigned int (&counts)[kNodeKinds]) {
+Status SlotLists::Reserve(const unsigned int (&counts)[kNodeKinds]) {
   for (unsigned int i = 0; i < kNodeKinds; ++i) {
-    const unsigned int result = kinds_[i].Reserve(counts[i]);
-    if (result != status::kOk) return result;
+    const Status result = kinds_[i].Reserve(counts[i]);
+    if (!result.IsOk()) return result;
   }
   return status::kOk;
 }

@@ -11,7 +11,7 @@ namespace tamu::registry {
 class SlotLists {
  public:
   // Makes room for so many slots of each kind. kNoMemory.
-  unsigned int Reserve(const unsigned int (&counts)[kNodeKinds]);
+  Status Reserve(const unsigned int (&counts)[kNodeKinds]);
   Stack<unsigned int>& Of(NodeKind kind) { return kinds_[static_cast<unsigned int>(kind)]; }
   void Clear();
 

@@ -13,22 +13,22 @@ unsigned int TernaryRegistry::BackupKeyTree(unsigned int user, void* tree, const
   if (path == nullptr || backupFile == nullptr) return status::kBadArgument;
   StoreAccess access(*file);
   Reached reached;
-  unsigned int result = ReachKey(access, user, tree, path, kRead, &reached);
-  if (result != status::kOk) return result;
+  Status result = ReachKey(access, user, tree, path, kRead, &reached);
+  if (!result.IsOk()) return result;
   // The backup would take the place of the registry.
   if (TernaryFile::file.SameFile(backupFile)) return status::kInputOutput;
   BackupFile stream;
   SubtreeBackup subtree(*file, access, stream);
   result = subtree.Prepare();
-  if (result == status::kOk) result = stream.Make(backupFile);
-  if (result != status::kOk) return result;
+  if (result.IsOk()) result = stream.Make(backupFile);
+  if (!result.IsOk()) return result;
   TernaryStringNode node;
   result = access.Read(reached.nodeId, &node);
-  if (result == status::kOk && node.child() != 0) {
+  if (result.IsOk() && node.child() != 0) {
     result = subtree.RecursiveBackupKeyTree(node.child());
   }
-  if (result == status::kOk) result = subtree.BackupValue(reached.keyId);
-  return result == status::kOk ? stream.Complete() : result;
+  if (result.IsOk()) result = subtree.BackupValue(reached.keyId);
+  return result.IsOk() ? stream.Complete() : result;
 }
 
 // The file is read twice: first without changing anything, then to store what it holds. With one
@@ -44,16 +44,16 @@ unsigned int TernaryRegistry::RestoreKeyTree(unsigned int user, void* tree, cons
   TernaryStringNode after;
   SubtreeNodes old(changes);
   Status result = old.CollectKeyTree(user, tree, path, kCreate, &reached, &after);
-  if (result != status::kOk) return result;
+  if (!result.IsOk()) return result;
   if (TernaryFile::file.SameFile(backupFile)) return status::kInputOutput;
   BackupFile stream;
   result = stream.Open(backupFile);
-  if (result != status::kOk) return result;
+  if (!result.IsOk()) return result;
   BackupContents contents;
   result = BackupCheck(*file, stream).Check(&contents);
   // A new node must not get the slot of one on the way to the key.
-  if (result == status::kOk && !old.AreSparedUsed()) result = status::kInvalidFile;
-  if (result != status::kOk) return result;
+  if (result.IsOk() && !old.AreSparedUsed()) result = status::kInvalidFile;
+  if (!result.IsOk()) return result;
   stream.Rewind();
   SubtreeRestore restored(changes, stream);
   result = restored.Restore(contents, reached.nodeId == changes.StartNode());

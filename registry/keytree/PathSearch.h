@@ -19,8 +19,9 @@ struct PathMatch {
   bool matchEqual() const { return (flags & kMatchEqual) != 0; }
 };
 
-// Follows the characters at match->position from node to node, the first of which is reached over
-// `link`. kNotFound where the path leaves the tree. The cursor stands on a node:
+// Follows the characters at match->position, of which there is one at least, from node to node; the
+// first is reached over `link`. kNotFound where the path leaves the tree. The cursor stands on a
+// node:
 //   const TernaryStringNode& Node() const;
 //   Status Follow(NodeLink link);    goes on to the next node; kNotFound: the link is empty
 //   Status Arrive(bool withSlash);   the path ends at the node. kNotFound: no key does

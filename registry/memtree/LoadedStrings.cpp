@@ -42,8 +42,8 @@ void LoadedStrings::UnloadKey(TernaryKey* key) {
 }
 
 // kBusy when something stays; what leads there stays too, without keys.
-unsigned int LoadedStrings::RecursiveUnloadKeyTree(TernaryString* string) {
-  unsigned int result = status::kOk;
+Status LoadedStrings::RecursiveUnloadKeyTree(TernaryString* string) {
+  Status result = status::kOk;
   StringWalk walk(kStoredOrder);
   for (walk.Start(string); !walk.IsOver(); walk.Next()) {
     TernaryString& s = walk.Current();
@@ -180,7 +180,7 @@ void LoadedStrings::LetGoOf(TernaryString* string) {
   }
 }
 
-unsigned int LoadedStrings::DropHandle(TernaryHandle* handle) {
+Status LoadedStrings::DropHandle(TernaryHandle* handle) {
   if (handle->lockedStrings > 0 || handle->waiterCount > 0 || handle->lockers > 0) {
     return status::kBusy;
   }

@@ -3,6 +3,7 @@
 
 #include <initializer_list>
 
+#include "registry/base/Status.h"
 #include "registry/memtree/TernaryString.h"
 
 namespace tamu::registry {
@@ -22,7 +23,7 @@ class LoadedStrings {
   TernaryHandle* Handles() const { return handles_; }
   // Frees a handle, and what was loaded for it unless another needs it. kBusy: a string is locked
   // through it, or somebody waits for one.
-  unsigned int DropHandle(TernaryHandle* handle);
+  Status DropHandle(TernaryHandle* handle);
   // Frees all that no handle needs.
   void DropUnneeded();
   // Frees what nothing leads to any more, as it was deleted from the file: a string with all that
@@ -47,7 +48,7 @@ class LoadedStrings {
 
  private:
   static void TellBelow(TernaryString* string, bool isBelowHandle);
-  static unsigned int RecursiveUnloadKeyTree(TernaryString* string);
+  static Status RecursiveUnloadKeyTree(TernaryString* string);
   void UnloadFrom(TernaryString* string, bool always);
   void LetGoOf(TernaryString* string);
   void AddOrphan(TernaryString* string);

@@ -22,14 +22,14 @@ class BackupCheck {
   // 0: all records are complete and can be stored. kInputOutput: the file is too short or cannot be
   // read; kInvalidFile: impossible content; kLimit: more than the store can still hand out; the
   // first of these that is met. kNoMemory. Bytes behind the last record do not count.
-  unsigned int Check(BackupContents* contents);
+  Status Check(BackupContents* contents);
 
  private:
-  unsigned int CheckString(BackupContents* contents);
-  unsigned int CheckSubtree(BackupContents* contents);
-  unsigned int CheckKey(BackupContents* contents);
-  unsigned int CheckValue(BackupContents* contents, bool* hasNext);
-  unsigned int Count(BackupContents* contents, NodeKind kind, unsigned int slots);
+  Status CheckString(BackupContents* contents);
+  Status CheckSubtree(BackupContents* contents);
+  Status CheckKey(BackupContents* contents);
+  Status CheckValue(BackupContents* contents, bool* hasNext);
+  Status Count(BackupContents* contents, NodeKind kind, unsigned int slots);
 
   SlotBudget budget_;
   BackupFile& stream_;

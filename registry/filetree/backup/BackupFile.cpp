@@ -16,7 +16,7 @@ Immortal<PCFile> sBackup;
 PCFile& BackupFile::backup = sBackup.value;
 unsigned char BackupFile::backupHeader = 0;
 
-unsigned int BackupFile::OpenBackup(const char* path, bool make) {
+Status BackupFile::OpenBackup(const char* path, bool make) {
   Close();
   if (piece_.EnsureCapacity(kPieceSize) != status::kOk) return status::kNoMemory;
   used_ = 0;
@@ -32,14 +32,14 @@ unsigned int BackupFile::OpenBackup(const char* path, bool make) {
   return backup.Create(path, PCFile::kReadWrite) ? status::kOk : status::kInputOutput;
 }
 
-unsigned int BackupFile::Make(const char* path) {
-  const unsigned int result = OpenBackup(path, true);
-  if (result != status::kOk) return result;
+Status BackupFile::Make(const char* path) {
+  const Status result = OpenBackup(path, true);
+  if (!result.IsOk()) return result;
   writing_ = true;
   return Write(&backupHeader, kHeaderSize);
 }
 
-unsigned int BackupFile::WritePiece() {
+Status BackupFile::WritePiece() {
   if (!writing_ || !backup.Write(piece_.data, used_)) {
     writing_ = false;
     return status::kInputOutput;
@@ -48,7 +48,7 @@ unsigned int BackupFile::WritePiece() {
   return status::kOk;
 }
 
-unsigned int BackupFile::Write(const void* data, unsigned int size) {
+Status BackupFile::Write(const void* data, unsigned int size) {
   const unsigned char* from = static_cast<const unsigned char*>(data);
   while (size > 0) {
     const unsigned int room = kPieceSize - used_;
@@ -58,32 +58,32 @@ unsigned int BackupFile::Write(const void* data, unsigned int size) {
     from += now;
     size -= now;
     if (used_ < kPieceSize) continue;
-    const unsigned int result = WritePiece();
-    if (result != status::kOk) return result;
+    const Status result = WritePiece();
+    if (!result.IsOk()) return result;
   }
   return status::kOk;
 }
 
-unsigned int BackupFile::Complete() {
-  const unsigned int result = MarkComplete();
-  if (result != status::kOk) return result;
+Status BackupFile::Complete() {
+  const Status result = MarkComplete();
+  if (!result.IsOk()) return result;
   return made_.TakeName() ? status::kOk : status::kInputOutput;
 }
 
-unsigned int BackupFile::MarkComplete() {
-  unsigned int result = WritePiece();
-  if (result != status::kOk) return result;
+Status BackupFile::MarkComplete() {
+  Status result = WritePiece();
+  if (!result.IsOk()) return result;
   backupHeader = 1;
   backup.Seek(0);  // cannot fail on an open file
   result = Write(&backupHeader, kHeaderSize);
-  return result == status::kOk ? WritePiece() : result;
+  return result.IsOk() ? WritePiece() : result;
 }
 
-unsigned int BackupFile::Open(const char* path) {
-  unsigned int result = OpenBackup(path, false);
+Status BackupFile::Open(const char* path) {
+  Status result = OpenBackup(path, false);
   unsigned char complete = 0;
-  if (result == status::kOk) result = Read(&complete, kHeaderSize);
-  if (result == status::kOk && complete == 0) result = status::kInputOutput;
+  if (result.IsOk()) result = Read(&complete, kHeaderSize);
+  if (result.IsOk() && complete == 0) result = status::kInputOutput;
   return result;
 }
 
@@ -94,7 +94,7 @@ void BackupFile::Rewind() {
   next_ = 0;
 }
 
-unsigned int BackupFile::ReadPiece() {
+Status BackupFile::ReadPiece() {
   next_ = 0;
   used_ = 0;
   const unsigned int size = backup.Size();
@@ -106,12 +106,12 @@ unsigned int BackupFile::ReadPiece() {
   return status::kOk;
 }
 
-unsigned int BackupFile::Read(void* data, unsigned int size) {
+Status BackupFile::Read(void* data, unsigned int size) {
   unsigned char* to = static_cast<unsigned char*>(data);
   while (size > 0) {
     if (next_ == used_) {
-      const unsigned int result = ReadPiece();
-      if (result != status::kOk) return result;
+      const Status result = ReadPiece();
+      if (!result.IsOk()) return result;
     }
     const unsigned int there = used_ - next_;
     const unsigned int now = size < there ? size : there;
@@ -123,14 +123,15 @@ unsigned int BackupFile::Read(void* data, unsigned int size) {
   return status::kOk;
 }
 
-unsigned int BackupFile::Peek(unsigned int ahead, unsigned char* byte) const {
+Status BackupFile::Peek(unsigned int ahead, unsigned char* byte) const {
   if (used_ - next_ <= ahead) return status::kInputOutput;
   *byte = piece_.data[next_ + ahead];
   return status::kOk;
 }
 
 void BackupFile::Close() {
-  if (writing_ && made_.IsInPlace()) WritePiece();  // of a failed backup: as much as there is
+  // Of a failed backup: as much as there is.
+  if (writing_ && made_.IsInPlace()) WritePiece().Ignore();
   writing_ = false;
   backup.Destroy();
   made_.Destroy();

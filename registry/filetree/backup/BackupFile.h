@@ -4,7 +4,7 @@
 #include "platform/PCFile.h"
 #include "platform/PCNewFile.h"
 #include "registry/base/Array.h"
-#include "registry/base/RegistryStatus.h"
+#include "registry/base/Status.h"
 
 namespace tamu::registry {
 
@@ -25,23 +25,23 @@ class BackupFile {
   // Makes the file, empty, and begins it with the header byte. What is at the path stays there
   // until Complete, unless the folder takes no other file: then it is emptied and written in place.
   // kInputOutput, kNoMemory.
-  unsigned int Make(const char* path);
+  Status Make(const char* path);
   // Appends. kInputOutput, at the latest from Complete.
-  unsigned int Write(const void* data, unsigned int size);
+  Status Write(const void* data, unsigned int size);
   // Everything was written: marks the file as complete, which has its name from then on.
   // kInputOutput.
-  unsigned int Complete();
+  Status Complete();
 
   // Opens a file and reads the header byte. kInputOutput when it cannot be opened for reading and
   // writing, is empty, or was never completed; kNoMemory.
-  unsigned int Open(const char* path);
+  Status Open(const char* path);
   // Goes back to the first byte behind the header.
   void Rewind();
   // The next `size` bytes. kInputOutput when there are fewer left, or they cannot be read.
-  unsigned int Read(void* data, unsigned int size);
+  Status Read(void* data, unsigned int size);
   // After Open: the byte `ahead` bytes behind the next one, which stays the next. kInputOutput when
   // it is not in the file's first piece.
-  unsigned int Peek(unsigned int ahead, unsigned char* byte) const;
+  Status Peek(unsigned int ahead, unsigned char* byte) const;
 
   // Closes the file. A backup that is not complete is gone; in place, what is not written yet is
   // written, unless a write has failed.
@@ -54,10 +54,10 @@ class BackupFile {
   static unsigned char backupHeader;
 
  private:
-  unsigned int OpenBackup(const char* path, bool make);
-  unsigned int MarkComplete();
-  unsigned int WritePiece();
-  unsigned int ReadPiece();
+  Status OpenBackup(const char* path, bool make);
+  Status MarkComplete();
+  Status WritePiece();
+  Status ReadPiece();
 
   PCNewFile made_;  // what is written, until it has its name
   Array<unsigned char> piece_;

@@ -36,10 +36,9 @@ bool FollowingRecords::TakeLink(NodeLink* link) {
   return false;
 }
 
-unsigned int ReadStringRecord(BackupFile& stream, TernaryStringNode* node,
-                              FollowingRecords* following) {
-  const unsigned int result = stream.Read(node->bytes(), TernaryStringNode::kSize);
-  if (result != status::kOk) return result;
+Status ReadStringRecord(BackupFile& stream, TernaryStringNode* node, FollowingRecords* following) {
+  const Status result = stream.Read(node->bytes(), TernaryStringNode::kSize);
+  if (!result.IsOk()) return result;
   *following = FollowingRecords(*node);
   if (!IsName(*node) || node->hasKey() != following->HasKey()) return status::kInvalidFile;
   for (const NodeLink link : kStoredOrder) SetLink(node, link, 0);
@@ -50,9 +49,9 @@ unsigned int ReadStringRecord(BackupFile& stream, TernaryStringNode* node,
   return status::kOk;
 }
 
-unsigned int ReadKeyRecord(BackupFile& stream, TernaryKeyNode* key, bool* hasValues) {
-  const unsigned int result = stream.Read(key->bytes(), TernaryKeyNode::kSize);
-  if (result != status::kOk) return result;
+Status ReadKeyRecord(BackupFile& stream, TernaryKeyNode* key, bool* hasValues) {
+  const Status result = stream.Read(key->bytes(), TernaryKeyNode::kSize);
+  if (!result.IsOk()) return result;
   *hasValues = key->firstValue() != 0;
   key->setFirstValue(0);
   key->setValueCount(0);
@@ -61,10 +60,10 @@ unsigned int ReadKeyRecord(BackupFile& stream, TernaryKeyNode* key, bool* hasVal
   return status::kOk;
 }
 
-unsigned int ReadValueRecord(BackupFile& stream, TernaryValueNode* value, bool* hasNext,
-                             unsigned int* size) {
-  const unsigned int result = stream.Read(value->bytes(), TernaryValueNode::kSize);
-  if (result != status::kOk) return result;
+Status ReadValueRecord(BackupFile& stream, TernaryValueNode* value, bool* hasNext,
+                       unsigned int* size) {
+  const Status result = stream.Read(value->bytes(), TernaryValueNode::kSize);
+  if (!result.IsOk()) return result;
   const bool typeFits = value->type() <= kValueTypeMax &&
                         !(value->type() == kValueTypeInteger && value->isInBlocks());
   if (!typeFits || value->dataSize() > kValueDataMax) return status::kInvalidFile;

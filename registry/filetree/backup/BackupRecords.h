@@ -28,13 +28,12 @@ class FollowingRecords {
 // comes from are 0, so that nothing can follow them, and reserved bytes are 0. kInputOutput: the
 // record is incomplete; kInvalidFile: it holds what no registry stores.
 
-unsigned int ReadStringRecord(BackupFile& stream, TernaryStringNode* node,
-                              FollowingRecords* following);
+Status ReadStringRecord(BackupFile& stream, TernaryStringNode* node, FollowingRecords* following);
 // *hasValues: a value record follows. The key is not a root key.
-unsigned int ReadKeyRecord(BackupFile& stream, TernaryKeyNode* key, bool* hasValues);
+Status ReadKeyRecord(BackupFile& stream, TernaryKeyNode* key, bool* hasValues);
 // *hasNext: another value follows this one and its data. *size: bytes of data that follow, at most
 // 1024; 0 for a value that keeps its data in its record.
-unsigned int ReadValueRecord(BackupFile& stream, TernaryValueNode* value, bool* hasNext,
-                             unsigned int* size);
+Status ReadValueRecord(BackupFile& stream, TernaryValueNode* value, bool* hasNext,
+                       unsigned int* size);
 
 }  // namespace tamu::registry

@@ -6,48 +6,48 @@
 
 namespace tamu::registry {
 
-unsigned int SubtreeBackup::Prepare() {
-  const unsigned int result = metNodes_.Prepare(store_.Descriptor(NodeKind::kString));
-  if (result != status::kOk) return result;
+Status SubtreeBackup::Prepare() {
+  const Status result = metNodes_.Prepare(store_.Descriptor(NodeKind::kString));
+  if (!result.IsOk()) return result;
   return metValues_.Prepare(store_.Descriptor(NodeKind::kValue));
 }
 
-unsigned int SubtreeBackup::RecursiveBackupKeyTree(unsigned int stringNode) {
+Status SubtreeBackup::RecursiveBackupKeyTree(unsigned int stringNode) {
   NodeWalk walk(access_, kStoredOrder, metNodes_);
-  unsigned int result = walk.Start(stringNode);
-  while (result == status::kOk && !walk.IsOver()) {
+  Status result = walk.Start(stringNode);
+  while (result.IsOk() && !walk.IsOver()) {
     const TernaryStringNode& node = walk.Node();
     if (walk.IsEntered()) {
       result = stream_.Write(node.bytes(), TernaryStringNode::kSize);
     } else if (node.keyNode() != 0) {
       result = BackupValue(node.keyNode());
     }
-    if (result == status::kOk) result = walk.Next();
+    if (result.IsOk()) result = walk.Next();
   }
   return result;
 }
 
-unsigned int SubtreeBackup::BackupValue(unsigned int keyNode) {
+Status SubtreeBackup::BackupValue(unsigned int keyNode) {
   TernaryKeyNode key;
-  unsigned int result = access_.Read(keyNode, &key);
-  if (result == status::kOk) result = stream_.Write(key.bytes(), TernaryKeyNode::kSize);
-  if (result != status::kOk) return result;
+  Status result = access_.Read(keyNode, &key);
+  if (result.IsOk()) result = stream_.Write(key.bytes(), TernaryKeyNode::kSize);
+  if (!result.IsOk()) return result;
   ValueWalk walk(access_, key.firstValue(), &metValues_);
   for (; !walk.IsOver(); walk.Advance()) {
     result = walk.Read();
-    if (result != status::kOk) return result;
+    if (!result.IsOk()) return result;
     const TernaryValueNode& value = walk.Record();
     if (value.dataSize() > kValueDataMax) return status::kInvalidFile;
     result = stream_.Write(value.bytes(), TernaryValueNode::kSize);
-    if (result == status::kOk && value.isInBlocks()) result = WriteData(value);
-    if (result != status::kOk) return result;
+    if (result.IsOk() && value.isInBlocks()) result = WriteData(value);
+    if (!result.IsOk()) return result;
   }
   return status::kOk;
 }
 
 // Exactly as many bytes as the record tells, so that the stream stays in step: what cannot be read
 // is zero. Test: FileTreeBackup.DataThatCannotBeReadInFullIsFilledWithZeros
-unsigned int SubtreeBackup::WriteData(const TernaryValueNode& value) {
+Status SubtreeBackup::WriteData(const TernaryValueNode& value) {
   unsigned char data[kValueDataMax] = {};
   unsigned int size = value.dataSize();
   store_.ReadData(data, &size, value.dataWord());  // all that there is

@@ -17,14 +17,14 @@ class SubtreeBackup {
       : store_(store), access_(access), stream_(stream) {}
 
   // kNoMemory.
-  unsigned int Prepare();
+  Status Prepare();
   // A string node, what its lo, hi, equal and child links lead to, then the key on it.
-  unsigned int RecursiveBackupKeyTree(unsigned int stringNode);
+  Status RecursiveBackupKeyTree(unsigned int stringNode);
   // A key and its values, each directly followed by its data if that lies in blocks.
-  unsigned int BackupValue(unsigned int keyNode);
+  Status BackupValue(unsigned int keyNode);
 
  private:
-  unsigned int WriteData(const TernaryValueNode& value);
+  Status WriteData(const TernaryValueNode& value);
 
   TernaryFile& store_;
   TernaryFile::AccessScope& access_;
