@@ -59,6 +59,22 @@ void ChangeSet::Lay(unsigned int offset, unsigned int size, unsigned char* buffe
   }
 }
 
+void ChangeSet::Follow(unsigned int offset, unsigned int size, const unsigned char* bytes) {
+  while (size > 0) {
+    const unsigned int within = offset % kPageSize;
+    const unsigned int now = std::min(size, kPageSize - within);
+    Page* page = Find(offset / kPageSize);
+    if (page != nullptr && within < page->length) {
+      const unsigned int there = std::min(now, page->length - within);
+      std::memcpy(page->before + within, bytes, there);
+      std::memcpy(page->after + within, bytes, there);
+    }
+    offset += now;
+    bytes += now;
+    size -= now;
+  }
+}
+
 Status ChangeSet::Arrange() {
   order_.CutTo(0);
   for (unsigned int i = 0; i < pages_.Count(); ++i) {

@@ -34,6 +34,8 @@ class ChangeSet {
   Page* Add(unsigned int number);
   // Writes what the set has of `size` bytes at an offset over the buffer.
   void Lay(unsigned int offset, unsigned int size, unsigned char* buffer);
+  // The file has `size` other bytes at an offset, and so have the pages, before and after.
+  void Follow(unsigned int offset, unsigned int size, const unsigned char* bytes);
   // Puts the pages that differ in order of their places. Nothing is added before Clear. kNoMemory.
   Status Arrange();
   // Of the arranged pages.

@@ -44,7 +44,9 @@ Status StoreFile::ReadStraight(unsigned int offset, unsigned int size, void* buf
 
 Status StoreFile::WriteStraight(unsigned int offset, unsigned int size, const void* data) {
   NoteStraight(offset);
-  return WriteCommitted(offset, size, data);
+  const Status result = WriteCommitted(offset, size, data);
+  if (result.IsOk()) gathered_.Follow(offset, size, static_cast<const unsigned char*>(data));
+  return result;
 }
 
 Status StoreFile::WriteCommitted(unsigned int offset, unsigned int size, const void* data) {
@@ -117,14 +119,14 @@ Status StoreFile::ReadInteger(unsigned int offset, unsigned int* value) const {
 }
 
 Status StoreFile::WriteSequence(unsigned int offset, unsigned int first, unsigned int count) {
-  NoteStraight(offset);
   if (!IsOpen() || !file_.Seek(offset)) return status::kInputOutput;
   unsigned char chunk[kChunkSize];
   constexpr unsigned int kPerChunk = kChunkSize / kWordSize;
   for (unsigned int done = 0; done < count;) {
     const unsigned int now = count - done < kPerChunk ? count - done : kPerChunk;
     for (unsigned int i = 0; i < now; ++i) PutU32(chunk + kWordSize * i, first + done + i);
-    if (!file_.Write(chunk, kWordSize * now)) return status::kInputOutput;
+    const Status result = WriteStraight(offset + kWordSize * done, kWordSize * now, chunk);
+    if (!result.IsOk()) return result;
     done += now;
   }
   return status::kOk;
@@ -132,11 +134,11 @@ Status StoreFile::WriteSequence(unsigned int offset, unsigned int first, unsigne
 
 Status StoreFile::WriteZero(unsigned int length) {
   if (!IsOpen()) return status::kInputOutput;
-  NoteStraight(file_.Position());
   const unsigned char chunk[kChunkSize] = {};
   for (unsigned int left = length; left > 0;) {
     const unsigned int now = left < kChunkSize ? left : kChunkSize;
-    if (!file_.Write(chunk, now)) return status::kInputOutput;
+    const Status result = WriteStraight(file_.Position(), now, chunk);
+    if (!result.IsOk()) return result;
     left -= now;
   }
   return status::kOk;

@@ -50,7 +50,7 @@ class StoreFile {
   }
   bool IsGathering() const { return isGathering_; }
   ChangeSet& Gathered() { return gathered_; }
-  // Straight from the file and to it. Whoever writes so changes the file beside what is gathered.
+  // Straight from the file and to it. What is gathered of the bytes that are written follows them.
   Status ReadStraight(unsigned int offset, unsigned int size, void* buffer) const;
   Status WriteStraight(unsigned int offset, unsigned int size, const void* data);
   // What was gathered becomes a part of the file.

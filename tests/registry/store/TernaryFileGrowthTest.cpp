@@ -51,6 +51,25 @@ TEST_F(TernaryFileGrowthTest, The365thNodeAppendsATable) {
   }
 }
 
+// A power cut may leave the length of a growth that has never been a part of the registry.
+TEST_F(TernaryFileGrowthTest, AnUnusedEndOfTheFileIsWrittenOver) {
+  TakeMany(kKinds[0], 364);
+  const std::string full = Bytes();
+  for (const std::string& end : {Zeros(30000), std::string(30000, 'x')}) {
+    store.SetDurability(Durability::kPower);
+    Reopen(full + end);
+    EXPECT_EQ(store.EffectiveDurability(), Durability::kPower);
+    EXPECT_EQ(Take(kKinds[0]), 0x101u);
+    EXPECT_EQ(Take(kKinds[0]), 0x201u);
+    std::string expected = Grown(full, 0);
+    SetU32(expected, 75888 + 28, 497);
+    SetU32(expected, 75888 + 32, 3);
+    SetU32(expected, 75888 + 36, 0);
+    SetU32(expected, 75888 + 40, 0);
+    EXPECT_TRUE(Bytes().substr(0, expected.size()) == expected);
+  }
+}
+
 TEST_F(TernaryFileGrowthTest, DataGrowsWhenTheNewestTableHasTooFewBlocks) {
   const std::string kilobyte(1024, 'k');
   unsigned int id = 0;
