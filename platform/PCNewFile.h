@@ -34,8 +34,8 @@ class PCNewFile {
   // is on the disk before the answer. After a failure everything is as it was before, unless the
   // system fails to take a change of names back.
   int GiveName(bool sync);
-  // Gives the file its name, whatever has it.
-  int TakeName();
+  // Gives the file its name, whatever has it. `sync`: the name is on the disk before the answer.
+  int TakeName(bool sync = false);
   // Closes the file, and removes it if it has no name yet.
   void Destroy();
 

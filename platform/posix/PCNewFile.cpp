@@ -166,8 +166,11 @@ int PCNewFile::GiveName(bool sync) {
   return 0;
 }
 
-int PCNewFile::TakeName() {
-  return IsOpen() && (mIsInPlace || Replace()) ? 1 : 0;
+int PCNewFile::TakeName(bool sync) {
+  if (!IsOpen()) return 0;
+  if (mIsInPlace) return 1;
+  if (mReplaces && sync) return ReplaceOnDisk() ? 1 : 0;
+  return Replace() && (!sync || posix::SyncFolderOf(mPaths)) ? 1 : 0;
 }
 
 // A file that another one is mounted on cannot be replaced, and in some folders no file of somebody

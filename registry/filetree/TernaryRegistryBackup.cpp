@@ -28,7 +28,8 @@ unsigned int TernaryRegistry::BackupKeyTree(unsigned int user, void* tree, const
     result = subtree.RecursiveBackupKeyTree(node.child());
   }
   if (result.IsOk()) result = subtree.BackupValue(reached.keyId);
-  return result.IsOk() ? stream.Complete() : result;
+  const bool isForPower = file->EffectiveDurability() == Durability::kPower;
+  return result.IsOk() ? stream.Complete(isForPower) : result;
 }
 
 // The file is read twice: first without changing anything, then to store what it holds. With one

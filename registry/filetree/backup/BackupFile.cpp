@@ -64,10 +64,11 @@ Status BackupFile::Write(const void* data, unsigned int size) {
   return status::kOk;
 }
 
-Status BackupFile::Complete() {
+Status BackupFile::Complete(bool sync) {
   const Status result = MarkComplete();
   if (!result.IsOk()) return result;
-  return made_.TakeName() ? status::kOk : status::kInputOutput;
+  if (sync && !made_.Sync()) return status::kInputOutput;
+  return made_.TakeName(sync) ? status::kOk : status::kInputOutput;
 }
 
 Status BackupFile::MarkComplete() {

@@ -28,9 +28,9 @@ class BackupFile {
   Status Make(const char* path);
   // Appends. kInputOutput, at the latest from Complete.
   Status Write(const void* data, unsigned int size);
-  // Everything was written: marks the file as complete, which has its name from then on.
-  // kInputOutput.
-  Status Complete();
+  // Everything was written: marks the file as complete, which has its name from then on. `sync`: it
+  // is on the disk before it gets its name, and the name before the answer. kInputOutput.
+  Status Complete(bool sync = false);
 
   // Opens a file and reads the header byte. kInputOutput when it cannot be opened for reading and
   // writing, is empty, or was never completed; kNoMemory.
