@@ -6,6 +6,7 @@
 #                       is built to see that it can be: distribution clang aarch64
 #   make check-all      all of these
 #   make coverage       the tests, then how much of each source they reach
+#   make crash          the tests of crashes in full size, which takes about an hour
 #   make bench          builds and runs the benchmarks
 #   make format         formats all sources
 #   make tidy           looks for defects with clang-tidy (.clang-tidy)
@@ -41,7 +42,7 @@ ENV_distribution = YAX_CXXFLAGS="$$($(FLAGS) CPPFLAGS) $$($(FLAGS) CXXFLAGS)" YA
 
 build = $(ENV_$(1)) $(CMAKE) --preset $(1) && $(RUN_$(1)) $(CMAKE) --build --preset $(1) -j $(JOBS)
 
-.PHONY: help demo test bench coverage check-all format tidy update-abi update-pages clean \
+.PHONY: help demo test crash bench coverage check-all format tidy update-abi update-pages clean \
   $(CHECKS:%=check-%) $(BUILDS:%=check-%)
 
 help:
@@ -72,6 +73,11 @@ $(BUILDS:%=check-%): check-%:
 check-all:
 	@for preset in $(BUILDS) $(CHECKS); do \
 	  echo "== $$preset" && $(MAKE) --no-print-directory check-$$preset || exit; done
+
+crash:
+	@sh cmake/need-packages.sh $(TEST_NEEDS)
+	@$(call build,release) --target yax_crash_tests
+	@YAX_CRASH_FULL=1 build/release/tests/yax_crash_tests
 
 bench:
 	@sh cmake/need-packages.sh $(NEEDS) libbenchmark-dev

@@ -1,0 +1,32 @@
+// What a registry is to do, and from what it starts.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tests/crash/FolderImage.h"
+#include "tests/crash/Step.h"
+
+namespace crash {
+
+inline constexpr const char* kRegistryName = "registry";  // of the file in its folder
+
+// Step 0 opens the registry, the steps follow from 1 on, the one behind them closes it.
+struct Script {
+  // A new file that has room for a dozen records of each kind and grows soon; random steps.
+  static Script Random(unsigned int seed, unsigned int count);
+  // Opening makes the file, which is larger. A few random steps.
+  static Script Making(unsigned int seed);
+  // Puts back a key of many long values, again, and deletes it: hundreds of kilobytes at once.
+  static Script Large();
+
+  unsigned int count() const { return static_cast<unsigned int>(steps.size()); }
+  // For messages.
+  std::string NameOf(unsigned int step) const;
+
+  std::string name;
+  FolderImage start;
+  std::vector<Step> steps;
+};
+
+}  // namespace crash

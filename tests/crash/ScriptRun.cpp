@@ -1,0 +1,45 @@
+#include "tests/crash/ScriptRun.h"
+
+namespace crash {
+
+using tamu::registry::Value;
+
+// An operation without a handle closes the handle.
+unsigned int ScriptRun::Handle(const Step& step) {
+  if (!step.isThroughHandle) handle_ = 0;
+  if (step.isThroughHandle && handle_ == 0) registry_.OpenKey("", &handle_);
+  return handle_;
+}
+
+unsigned int ScriptRun::Do(const Step& step) {
+  const unsigned int handle = Handle(step);
+  const std::string file = folder_ + "/" + step.name;
+  Value value = tamu::registry::MakeValue(step.type, step.data.data(),
+                                          static_cast<unsigned int>(step.data.size()));
+  const unsigned char byte = static_cast<unsigned char>(step.number);
+  switch (step.action) {
+    case Step::kCreateKey:
+      return registry_.CreateKey(handle, step.path, step.number);
+    case Step::kSetDefault:
+      return registry_.SetDefaultValue(handle, step.path, step.number);
+    case Step::kSetPermission:
+      return registry_.SetKeyPermission(handle, step.path, byte);
+    case Step::kSetWatch:
+      return registry_.SetKeyWatch(handle, step.path, byte);
+    case Step::kDeleteKey:
+      return registry_.DeleteKey(handle, step.path);
+    case Step::kCreateValue:
+      return registry_.CreateValue(handle, step.path, step.name, &value);
+    case Step::kSetValue:
+      return registry_.SetValue(handle, step.path, step.name, &value);
+    case Step::kDeleteValue:
+      return registry_.DeleteValue(handle, step.path, step.name);
+    case Step::kBackup:
+      return registry_.BackupKey(handle, step.path, file.c_str());
+    case Step::kRestore:
+      return registry_.RestoreKey(handle, step.path, file.c_str());
+  }
+  return tamu::registry::status::kNotSupported;
+}
+
+}  // namespace crash

@@ -1,0 +1,101 @@
+#include "tests/crash/Step.h"
+
+#include "tests/crash/Random.h"
+
+namespace crash {
+
+namespace {
+
+constexpr const char* kPaths[] = {
+    "net",
+    "network",
+    "net/eth10",
+    "net/eth11",
+    "net/eth12",
+    "net/eth20",
+    "net/eth10/address",
+    "zulu",
+    "zulu/below",
+    "zulu/below/deep",
+    "alpha",
+    "device-manager-configuration",
+    "device-manager-control",
+    "device-ma",
+};
+constexpr const char* kNames[] = {"ip", "mtu", "blob", "a-name-of-thirty-one-characters"};
+constexpr const char* kBackups[] = {"first.backup", "second.backup"};
+constexpr unsigned int kSizes[] = {1, 8, 63, 64, 65, 129, 500, 1024};
+constexpr unsigned int kRights[] = {0x0F, 0x1F, 0xFF};
+
+// So many of each kind in a hundred steps or so.
+constexpr struct {
+  Step::Action action;
+  const char* name;
+  unsigned int weight;
+} kActions[] = {
+    {Step::kCreateKey, "CreateKey", 26},
+    {Step::kSetDefault, "SetDefaultValue", 6},
+    {Step::kSetPermission, "SetKeyPermission", 4},
+    {Step::kSetWatch, "SetKeyWatch", 2},
+    {Step::kDeleteKey, "DeleteKey", 6},
+    {Step::kCreateValue, "CreateValue", 20},
+    {Step::kSetValue, "SetValue", 22},
+    {Step::kDeleteValue, "DeleteValue", 6},
+    {Step::kBackup, "BackupKey", 4},
+    {Step::kRestore, "RestoreKey", 4},
+};
+
+Step::Action PickAction(Random& random) {
+  unsigned int total = 0;
+  for (const auto& each : kActions) total += each.weight;
+  unsigned int drawn = random.Below(total);
+  for (const auto& each : kActions) {
+    if (drawn < each.weight) return each.action;
+    drawn -= each.weight;
+  }
+  return Step::kCreateKey;
+}
+
+std::string DataOf(unsigned int size, Random& random) {
+  std::string data;
+  const unsigned int first = random.Number();
+  for (unsigned int i = 0; i < size; ++i) {
+    data += static_cast<char>(1 + (first + i * 7 + i / 64) % 255);
+  }
+  return data;
+}
+
+bool IsOfFile(Step::Action action) {
+  return action == Step::kBackup || action == Step::kRestore;
+}
+
+}  // namespace
+
+// The first steps make what the others need.
+Step StepOf(unsigned int seed, unsigned int index) {
+  Random random(seed * 1000003 + index);
+  const bool isFirst = index < 6;
+  Step step = {};
+  step.action = isFirst ? Step::kCreateKey : PickAction(random);
+  step.isThroughHandle = random.IsOneIn(2) && !IsOfFile(step.action);
+  step.path = isFirst ? kPaths[index] : random.Pick(kPaths);
+  step.name = IsOfFile(step.action) ? random.Pick(kBackups) : random.Pick(kNames);
+  step.type = random.Below(6);
+  step.data = DataOf(step.type == 0 ? 8 : random.Pick(kSizes), random);
+  step.number = random.Number();
+  if (step.action == Step::kSetPermission) step.number = random.Pick(kRights);
+  if (step.action == Step::kSetWatch) step.number &= 0x3F;
+  return step;
+}
+
+std::string Describe(const Step& step) {
+  std::string text;
+  for (const auto& each : kActions) {
+    if (each.action == step.action) text = each.name;
+  }
+  text += std::string("(") + step.path + ", " + step.name + ", type " + std::to_string(step.type) +
+          ", " + std::to_string(step.data.size()) + " bytes)";
+  return step.isThroughHandle ? text + " through a handle" : text;
+}
+
+}  // namespace crash

@@ -1,0 +1,38 @@
+// Operations that change a registry, drawn at random.
+#pragma once
+
+#include <string>
+
+namespace crash {
+
+struct Step {
+  enum Action {
+    kCreateKey,  // with `number` as default value
+    kSetDefault,
+    kSetPermission,  // `number`
+    kSetWatch,       // `number`
+    kDeleteKey,
+    kCreateValue,
+    kSetValue,
+    kDeleteValue,
+    kBackup,  // to the file `name` in the registry's folder
+    kRestore,
+  };
+  Action action;
+  bool isThroughHandle;  // of the root key, which stays open; not for backups
+  const char* path;
+  const char* name;
+  unsigned int type;
+  std::string data;
+  unsigned long long number;
+};
+
+// Step number `index` of the random script with the seed. Few names, so that they meet: beginnings
+// of others, siblings that share one, keys that are missing or there already; data of no, one and
+// many blocks.
+Step StepOf(unsigned int seed, unsigned int index);
+
+// For messages: "SetValue(net, ip, 64 bytes)".
+std::string Describe(const Step& step);
+
+}  // namespace crash
