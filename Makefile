@@ -76,8 +76,9 @@ check-all:
 
 crash:
 	@sh cmake/need-packages.sh $(TEST_NEEDS)
-	@$(call build,release) --target yax_crash_tests
+	@$(call build,release) --target yax_crash_tests yax_kill_tests
 	@YAX_CRASH_FULL=1 build/release/tests/yax_crash_tests
+	@YAX_CRASH_FULL=1 build/release/tests/yax_kill_tests
 
 bench:
 	@sh cmake/need-packages.sh $(NEEDS) libbenchmark-dev
