@@ -81,11 +81,13 @@ class House {
     }
     Tell(read, Measure([&](unsigned long long i) {
            ReadValue value(kValueTypeInteger);
-           return registry_.GetValue(handle, paths[i % paths.size()].c_str(), "high", &value);
+           return registry_.GetValue(handle, paths[static_cast<size_t>(i % paths.size())].c_str(),
+                                     "high", &value);
          }));
     Tell(change, Measure([&](unsigned long long i) {
            Value value = MakeValue(kValueTypeInteger, &i, sizeof i);
-           return registry_.SetValue(handle, paths[i % paths.size()].c_str(), "high", &value);
+           return registry_.SetValue(handle, paths[static_cast<size_t>(i % paths.size())].c_str(),
+                                     "high", &value);
          }));
   }
 

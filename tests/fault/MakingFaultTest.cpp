@@ -58,11 +58,14 @@ class MakingFaults : public ::testing::Test {
     faults::RefuseMoves(Moving::kNew, EINVAL);
     faults::RefuseMoves(Moving::kExchange, EINVAL);
   }
-  // OpenOrCreate where no file is; CreateRegistryFile where one is.
+  // OpenOrCreate where no file is; CreateRegistryFile where one is, and where a journal would be
+  // made as well.
   unsigned int Make(const Making& making) const {
     TernaryFile store;
     store.SetDurability(making.durability);
-    if (!making.old.empty()) return store.CreateRegistryFile(path.c_str(), 65536);
+    if (!making.old.empty() || making.durability == Durability::kPower) {
+      return store.CreateRegistryFile(path.c_str(), 65536);
+    }
     const Status result = store.OpenOrCreate(path.c_str());
     store.Finalize();
     return result;
