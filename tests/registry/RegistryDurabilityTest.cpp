@@ -1,0 +1,263 @@
+// What changes survive, and what a journal beside a registry is good for. The journals here are put
+// together byte by byte.
+#include <sys/stat.h>
+
+#include <array>
+#include <cstdint>
+#include <fstream>
+
+#include "tests/registry/RegistryRig.h"
+
+namespace tamu::registry {
+namespace {
+
+constexpr size_t kSector = 512;
+
+void Put32(std::string* bytes, size_t offset, std::uint32_t value) {
+  for (size_t i = 0; i < 4; ++i) (*bytes)[offset + i] = static_cast<char>(value >> (8 * i));
+}
+
+void Put64(std::string* bytes, size_t offset, std::uint64_t value) {
+  for (size_t i = 0; i < 8; ++i) (*bytes)[offset + i] = static_cast<char>(value >> (8 * i));
+}
+
+std::uint32_t Word(const std::string& bytes, size_t offset) {
+  std::uint32_t word = 0;
+  for (size_t i = 0; i < 4 && offset + i < bytes.size(); ++i) {
+    word |= static_cast<std::uint32_t>(static_cast<unsigned char>(bytes[offset + i])) << (8 * i);
+  }
+  return word;
+}
+
+std::uint64_t ContentHashOf(const std::string& file) {
+  std::uint64_t sum = 0;
+  for (size_t word = 0; 4 * word < file.size(); ++word) {
+    std::uint64_t x = (word + 1) * 0x9E3779B97F4A7C15u;
+    x = (x ^ (x >> 30)) * 0xBF58476D1CE4E5B9u;
+    x = (x ^ (x >> 29)) | 1;
+    sum += Word(file, 4 * word) * x;
+  }
+  return sum;
+}
+
+std::uint64_t ChecksumOf(const std::string& record) {
+  std::uint64_t state = 0xCBF29CE484222325u;
+  for (size_t at = 0; at < record.size(); at += 4) {
+    if (at == 32 || at == 36) continue;  // the checksum itself
+    state = (state ^ Word(record, at)) * 0x9FB21C651E98DF25u;
+    state ^= state >> 28;
+  }
+  return state ^ (state >> 32);
+}
+
+// 16 bytes, as the system tells them.
+std::string BootId() {
+  std::ifstream in("/proc/sys/kernel/random/boot_id");
+  std::string text;
+  in >> text;
+  std::string bytes;
+  std::string digits;
+  for (const char c : text) {
+    if (c != '-') digits += c;
+  }
+  for (size_t i = 0; i + 1 < digits.size(); i += 2) {
+    bytes += static_cast<char>(std::stoi(digits.substr(i, 2), nullptr, 16));
+  }
+  return bytes;
+}
+
+class RegistryDurability : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    Registry registry(path.c_str(), kAdmin);
+    ASSERT_EQ(registry.Initialize(), 0u);
+    ASSERT_EQ(registry.CreateKey(0, "key", 7), 0u);
+    registry.Finalize();
+    before = GetFile(path);
+    after = before;
+    after.replace(84, 4, "once");
+  }
+
+  // A record that puts `text`, of a multiple of four bytes, at an offset of the file that is then
+  // `file`.
+  static std::string RecordOf(std::uint32_t offset, const std::string& text,
+                              const std::string& file, std::uint64_t sequence) {
+    std::string record(48, '\0');
+    record.replace(0, 4, "YREC");
+    Put32(&record, 4, static_cast<std::uint32_t>(48 + text.size()));
+    Put64(&record, 8, sequence);
+    Put32(&record, 16, 1);
+    Put32(&record, 20, static_cast<std::uint32_t>(file.size()));
+    Put64(&record, 24, ContentHashOf(file));
+    Put32(&record, 40, offset);
+    Put32(&record, 44, static_cast<std::uint32_t>(text.size()));
+    return record + text;
+  }
+  static std::string Head(std::uint32_t mode) {
+    std::string head(kSector, '\0');
+    head.replace(0, 4, "YAXJ");
+    Put32(&head, 4, 1);
+    Put32(&head, 8, mode);
+    return head;
+  }
+  static std::string ProcessJournal(const std::string& record) {
+    std::string head = Head(1);
+    head.replace(16, 16, BootId());
+    Put32(&head, 32, kSector);
+    return head + record;
+  }
+  static std::string Sealed(std::string record) {
+    Put64(&record, 32, ChecksumOf(record));
+    record.resize((record.size() + kSector - 1) / kSector * kSector);
+    return record;
+  }
+  // What the file is when it was opened beside the journal, which is gone afterwards.
+  std::string OpenedBeside(const std::string& bytes) {
+    PutFile(path, before);
+    PutFile(journal, bytes);
+    Registry registry(path.c_str(), kAdmin);
+    EXPECT_EQ(registry.Initialize(), 0u);
+    registry.Finalize();
+    EXPECT_EQ(GetFile(journal), "(cannot be read)");
+    return GetFile(path);
+  }
+
+  TempDir dir;
+  const std::string path = dir / "registry";
+  const std::string journal = path + ".journal";
+  std::string before;
+  std::string after;
+};
+
+TEST_F(RegistryDurability, TheJournalIsThereWhileTheRegistryIsOpen) {
+  Registry registry(path.c_str(), kAdmin);
+  RegistryOptions options;
+  options.durability = Durability::kPower;
+  ASSERT_EQ(registry.SetOptions(options), 0u);
+  ASSERT_EQ(registry.Initialize(), 0u);
+  EXPECT_EQ(registry.EffectiveDurability(), Durability::kPower);
+  EXPECT_EQ(GetFile(journal).size(), 65536u);
+  EXPECT_EQ(registry.Sync(), 0u);
+  registry.Finalize();
+  EXPECT_EQ(GetFile(journal), "(cannot be read)");
+  EXPECT_EQ(registry.EffectiveDurability(), Durability::kNone);
+  EXPECT_EQ(registry.Sync(), 1u);
+}
+
+TEST_F(RegistryDurability, OptionsAreForARegistryThatIsNotOpen) {
+  Registry registry(path.c_str(), kAdmin);
+  RegistryOptions options;
+  options.durability = static_cast<Durability>(3);
+  EXPECT_EQ(registry.SetOptions(options), 22u);
+  options.durability = Durability::kNone;
+  EXPECT_EQ(registry.SetOptions(options), 0u);
+  ASSERT_EQ(registry.Initialize(), 0u);
+  EXPECT_EQ(registry.SetOptions(options), 22u);
+  EXPECT_EQ(registry.EffectiveDurability(), Durability::kNone);
+  EXPECT_EQ(GetFile(journal), "(cannot be read)");
+}
+
+// A folder lies where the journal would.
+TEST_F(RegistryDurability, WhatIsAskedForIsHadOrRefused) {
+  ASSERT_EQ(mkdir(journal.c_str(), 0700), 0);
+  for (const Durability durability : {Durability::kProcess, Durability::kPower}) {
+    Registry registry(path.c_str(), kAdmin);
+    RegistryOptions options;
+    options.durability = durability;
+    ASSERT_EQ(registry.SetOptions(options), 0u);
+    EXPECT_EQ(registry.Initialize(), 28u);
+    EXPECT_EQ(registry.CreateKey(0, "other", 7), 1u);
+  }
+  Registry registry(path.c_str(), kAdmin);
+  EXPECT_EQ(registry.Initialize(), 0u);
+  EXPECT_EQ(registry.EffectiveDurability(), Durability::kNone);
+  EXPECT_EQ(registry.CreateKey(0, "other", 7), 0u);
+}
+
+TEST_F(RegistryDurability, TheRecordOfADeadProcessIsCompleted) {
+  EXPECT_TRUE(OpenedBeside(ProcessJournal(RecordOf(84, "once", after, 1))) == after);
+}
+
+// A restart may have taken from the file what the record builds on.
+TEST_F(RegistryDurability, TheRecordOfADeadProcessDoesNotOutliveTheMachine) {
+  std::string bytes = ProcessJournal(RecordOf(84, "once", after, 1));
+  bytes[16] = static_cast<char>(bytes[16] ^ 1);
+  EXPECT_TRUE(OpenedBeside(bytes) == before);
+}
+
+TEST_F(RegistryDurability, ARecordThatIsDoneWithIsNotFollowed) {
+  std::string bytes = ProcessJournal(RecordOf(84, "once", after, 1));
+  Put32(&bytes, 32, 0);
+  EXPECT_TRUE(OpenedBeside(bytes) == before);
+}
+
+TEST_F(RegistryDurability, AJournalOfAnotherRegistryChangesNothing) {
+  std::string other = after;
+  other[5000] = static_cast<char>(other[5000] ^ 1);
+  EXPECT_TRUE(OpenedBeside(ProcessJournal(RecordOf(84, "once", other, 1))) == before);
+  EXPECT_TRUE(OpenedBeside(Head(2) + Sealed(RecordOf(84, "once", other, 1))) == before);
+}
+
+TEST_F(RegistryDurability, TheRecordsOfAPowerCutAreFollowedInOrder) {
+  std::string last = after;
+  last.replace(86, 4, "more");
+  const std::string first = Sealed(RecordOf(84, "once", after, 5));
+  EXPECT_TRUE(OpenedBeside(Head(2) + first) == after);
+  EXPECT_TRUE(OpenedBeside(Head(2) + first + Sealed(RecordOf(86, "more", last, 6))) == last);
+  // An older one lies behind.
+  EXPECT_TRUE(OpenedBeside(Head(2) + first + Sealed(RecordOf(86, "more", last, 4))) == after);
+}
+
+TEST_F(RegistryDurability, ATornRecordIsNotFollowed) {
+  std::string last = after;
+  last.replace(86, 4, "more");
+  const std::string first = Sealed(RecordOf(84, "once", after, 5));
+  std::string second = Sealed(RecordOf(86, "more", last, 6));
+  for (const size_t at : {0u, 8u, 16u, 24u, 40u, 44u, 51u}) {
+    SCOPED_TRACE(at);
+    std::string torn = second;
+    torn[at] = static_cast<char>(torn[at] ^ 0x20);
+    EXPECT_TRUE(OpenedBeside(Head(2) + first + torn) == after);
+  }
+}
+
+// Whatever stands in it, the file is the old or the new one.
+TEST_F(RegistryDurability, AnyJournalIsSurvived) {
+  const std::string record = RecordOf(84, "once", after, 1);
+  const std::string journals[] = {ProcessJournal(record), Head(2) + Sealed(record)};
+  for (const std::string& bytes : journals) {
+    for (size_t at = 0; at < kSector + record.size(); at += at < 48 || at >= kSector ? 1 : 16) {
+      for (const unsigned mask : {0x01u, 0x80u, 0xFFu}) {
+        SCOPED_TRACE(at);
+        std::string changed = bytes;
+        changed[at] = static_cast<char>(static_cast<unsigned char>(changed[at]) ^ mask);
+        const std::string opened = OpenedBeside(changed);
+        ASSERT_TRUE(opened == before || opened == after);
+      }
+    }
+    for (size_t length = 0; length < bytes.size(); length += 7) {
+      SCOPED_TRACE(length);
+      const std::string opened = OpenedBeside(bytes.substr(0, length));
+      ASSERT_TRUE(opened == before || opened == after);
+    }
+  }
+}
+
+TEST_F(RegistryDurability, TheJournalGetsSmallAgain) {
+  const std::string backup = dir / "backup";
+  Registry registry(path.c_str(), kAdmin);
+  ASSERT_EQ(registry.Initialize(), 0u);
+  const std::string data(1024, 'd');
+  ExactValue value(1, data);
+  for (unsigned int i = 0; i < 120; ++i) {
+    ASSERT_EQ(registry.CreateValue(0, "key", std::to_string(i).c_str(), &value), 0u);
+  }
+  ASSERT_EQ(registry.BackupKey(0, "key", backup.c_str()), 0u);
+  ASSERT_EQ(registry.RestoreKey(0, "key", backup.c_str()), 0u);
+  EXPECT_GT(GetFile(journal).size(), 65536u);
+  ASSERT_EQ(registry.SetDefaultValue(0, "key", 8), 0u);
+  EXPECT_EQ(GetFile(journal).size(), 65536u);
+}
+
+}  // namespace
+}  // namespace tamu::registry
