@@ -217,7 +217,8 @@ Status Journal::PutSynced(StoreFile& file, bool isUndoing, unsigned int length) 
   const unsigned int padded = Rounded(length, kJournalSector);
   Status result = record_.EnsureCapacity(padded);
   if (!result.IsOk()) return result;
-  if (padded > size_ - next_) result = BeginLogAnew(file, padded);
+  const bool isTooLarge = size_ > kJournalSize && padded <= kJournalSize - kJournalSector;
+  if (isTooLarge || padded > size_ - next_) result = BeginLogAnew(file, padded);
   if (!result.IsOk()) return result;
   FillRecord(file, isUndoing, record_.data, length);
   PCMem::Set(record_.data + length, 0, padded - length);

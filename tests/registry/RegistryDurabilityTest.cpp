@@ -122,6 +122,23 @@ class RegistryDurability : public ::testing::Test {
     return GetFile(path);
   }
 
+  // After a large change the journal has its size again with the next small one.
+  void ExpectSmallAgain(Registry& registry) {
+    const std::string backup = dir / "backup";
+    const std::string data(1024, 'd');
+    ExactValue value(1, data);
+    ASSERT_EQ(registry.CreateKey(0, "large", 7), 0u);
+    for (unsigned int i = 0; i < 120; ++i) {
+      ASSERT_EQ(registry.CreateValue(0, "large", std::to_string(i).c_str(), &value), 0u);
+    }
+    ASSERT_EQ(registry.BackupKey(0, "large", backup.c_str()), 0u);
+    ASSERT_EQ(registry.RestoreKey(0, "large", backup.c_str()), 0u);
+    EXPECT_GT(GetFile(journal).size(), 65536u);
+    ASSERT_EQ(registry.SetDefaultValue(0, "large", 8), 0u);
+    EXPECT_EQ(GetFile(journal).size(), 65536u);
+    ASSERT_EQ(registry.DeleteKey(0, "large"), 0u);
+  }
+
   TempDir dir;
   const std::string path = dir / "registry";
   const std::string journal = path + ".journal";
@@ -243,20 +260,18 @@ TEST_F(RegistryDurability, AnyJournalIsSurvived) {
   }
 }
 
+// The default is kNone where there are no shared mappings.
 TEST_F(RegistryDurability, TheJournalGetsSmallAgain) {
-  const std::string backup = dir / "backup";
-  Registry registry(path.c_str(), kAdmin);
-  ASSERT_EQ(registry.Initialize(), 0u);
-  const std::string data(1024, 'd');
-  ExactValue value(1, data);
-  for (unsigned int i = 0; i < 120; ++i) {
-    ASSERT_EQ(registry.CreateValue(0, "key", std::to_string(i).c_str(), &value), 0u);
+  for (const bool isDefault : {false, true}) {
+    Registry registry(path.c_str(), kAdmin);
+    RegistryOptions options;
+    options.durability = Durability::kPower;
+    if (!isDefault) {
+      ASSERT_EQ(registry.SetOptions(options), 0u);
+    }
+    ASSERT_EQ(registry.Initialize(), 0u);
+    if (registry.EffectiveDurability() != Durability::kNone) ExpectSmallAgain(registry);
   }
-  ASSERT_EQ(registry.BackupKey(0, "key", backup.c_str()), 0u);
-  ASSERT_EQ(registry.RestoreKey(0, "key", backup.c_str()), 0u);
-  EXPECT_GT(GetFile(journal).size(), 65536u);
-  ASSERT_EQ(registry.SetDefaultValue(0, "key", 8), 0u);
-  EXPECT_EQ(GetFile(journal).size(), 65536u);
 }
 
 }  // namespace
