@@ -16,7 +16,7 @@ void Write(std::string* bytes, unsigned int offset, const char* data, size_t siz
 }
 
 std::string BytesOf(const std::string& path) {
-  std::string bytes(std::filesystem::file_size(path), 0);
+  std::string bytes(static_cast<size_t>(std::filesystem::file_size(path)), 0);
   const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
   EXPECT_EQ(static_cast<ssize_t>(bytes.size()), read(fd, bytes.data(), bytes.size())) << path;
   close(fd);
