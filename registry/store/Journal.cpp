@@ -192,13 +192,13 @@ Status Journal::PutMapped(StoreFile& file, bool isUndoing, unsigned int length) 
 
 void Journal::SetPending(unsigned int offset) {
   if (mode_ != Durability::kProcess) return;
-  std::atomic_thread_fence(std::memory_order_release);
   unsigned char bytes[4];
   PutU32(bytes, offset);
   unsigned int word = 0;
   PCMem::Copy(&word, bytes, sizeof word);
-  *reinterpret_cast<volatile unsigned int*>(map_ + JournalHeader::kPendingAt) = word;
-  std::atomic_thread_fence(std::memory_order_release);
+  auto* pending = reinterpret_cast<unsigned int*>(map_ + JournalHeader::kPendingAt);
+  __atomic_store_n(pending, word, __ATOMIC_SEQ_CST);
+  std::atomic_signal_fence(std::memory_order_seq_cst);
 }
 
 // Large records are rare: the file gets small again with the next one that is not.
