@@ -18,7 +18,7 @@ int PCSideFile::Create(const char* path, const char* model) {
   const bool isNew = !IsThere(path);
   mFd = posix::OpenOrMake(path);
   // Whoever closes the file removes it, perhaps since it was opened here.
-  if (mFd >= 0 && posix::IsRegular(mFd) && posix::LockAlone(mFd) && posix::SameFile(mFd, path)) {
+  if (mFd >= 0 && posix::IsRegular(mFd) && posix::TryLock(mFd) == 0 && posix::SameFile(mFd, path)) {
     if (isNew) posix::TakeRightsOf(mFd, model);
     return 1;
   }

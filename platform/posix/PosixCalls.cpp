@@ -121,10 +121,6 @@ bool SyncData(int fd) {
   return Retry([=] { return fdatasync(fd); }) == 0;
 }
 
-bool LockAlone(int fd) {
-  return Retry([=] { return flock(fd, LOCK_EX | LOCK_NB); }) == 0;
-}
-
 int TryLock(int fd) {
   return Retry([=] { return flock(fd, LOCK_EX | LOCK_NB); }) == 0 ? 0 : errno;
 }

@@ -45,10 +45,8 @@ bool Allocate(int fd, unsigned int length);
 // Waits until what was written to the file is on the disk, and its length.
 bool SyncData(int fd);
 
-// The file becomes this descriptor's alone until it is closed; false when it is another's.
-bool LockAlone(int fd);
-// The same, which tells why: 0, EWOULDBLOCK when it is another's, or errno where there are no
-// locks.
+// Makes the file this descriptor's alone until it is closed: 0, EWOULDBLOCK when it is another's,
+// or errno where there are no locks.
 int TryLock(int fd);
 // Gives the file the owner, the group and the rights to read and write of the file at `model`, as
 // far as the system allows it.

@@ -208,10 +208,6 @@ bool SyncData(int fd) {
   return true;
 }
 
-bool LockAlone(int fd) {
-  return flock(fd, LOCK_EX | LOCK_NB) == 0;
-}
-
 int TryLock(int fd) {
   return flock(fd, LOCK_EX | LOCK_NB) == 0 ? 0 : errno;
 }

@@ -272,10 +272,6 @@ bool SyncData(int fd) {
   return faults::Judge(faults::PathOf(fd), false) != Verdict::kFail;
 }
 
-bool LockAlone(int fd) {
-  return flock(fd, LOCK_EX | LOCK_NB) == 0;
-}
-
 int TryLock(int fd) {
   return flock(fd, LOCK_EX | LOCK_NB) == 0 ? 0 : errno;
 }
