@@ -5,6 +5,11 @@
 
 #include "framework/internal/CYAX.h"
 #include "framework/internal/DebugMessage.h"
+#include "framework/internal/DurabilityChoice.h"
+
+unsigned int SetYAXDurability(unsigned int durability) {
+  return DurabilityChoice::Set(durability);
+}
 
 unsigned int CreateYAX(const char* registryPath) {
   if (CYAX::mspCYAX != nullptr) return yax_status::kOk;

@@ -6,6 +6,7 @@
 #include "framework/YAXInterfaceIds.h"
 #include "framework/YAXStatus.h"
 #include "framework/internal/DebugMessage.h"
+#include "framework/internal/DurabilityChoice.h"
 #include "framework/internal/YAXInfoManagerRCEMemory.h"
 #include "framework/internal/YAXLoadManager.h"
 #include "registry/Registry.h"
@@ -26,6 +27,7 @@ unsigned int CYAX::Initialize(const char* registryPath) {
   registry_ =
       new (std::nothrow) Registry(registryPath != nullptr ? registryPath : kDefaultRegistry, kUser);
   if (registry_ == nullptr) return yax_status::kNoMemory;
+  DurabilityChoice::Ask(*registry_);
   if (registry_->Initialize(1) != tamu::registry::status::kOk) return yax_status::kRegistryFailed;
   store_ = new (std::nothrow) YAXInfoManagerRCEMemory(registry_);
   if (store_ == nullptr) return yax_status::kNoMemory;

@@ -5,6 +5,7 @@
 #include "framework/internal/CYAXCompBase.h"
 #include "registry/RegistryInstance.h"
 #include "tests/allocation/CountedHeap.h"
+#include "tests/framework/ChosenDurability.h"
 #include "tests/framework/PrintedMessages.h"
 #include "tests/platform/TestFiles.h"
 
@@ -68,6 +69,7 @@ TEST_F(FrameworkAllocations, WithoutAnObjectNothingIsPrinted) {
 }
 
 TEST_F(FrameworkAllocations, WithoutTheCountsSemaphoreTheObjectIsMade) {
+  const ChosenDurability withoutJournal(YAX_DURABILITY_NONE);
   EXPECT_EQ(CreateWithout(kGuard), 0u);
   EXPECT_EQ(text, std::string(kUncounted) + kBegins);
   ExpectWorks();
@@ -101,6 +103,7 @@ TEST_F(FrameworkAllocations, WithoutItsSemaphoreTheCountServesTwoThreadsAllTheSa
 }
 
 TEST_F(FrameworkAllocations, AMessageThatCannotBeMadeIsNotPrinted) {
+  const ChosenDurability withoutJournal(YAX_DURABILITY_NONE);
   EXPECT_EQ(CreateWithout(kMessage), 0u);
   EXPECT_EQ(text, "");
   ExpectWorks();
@@ -120,29 +123,43 @@ TEST_F(FrameworkAllocations, WithoutARegistryThereIsNoFramework) {
   EXPECT_FALSE(std::filesystem::exists(path));
 }
 
-// The registry's own failures come first, then those of the parts behind it.
-TEST_F(FrameworkAllocations, NoneThatFailsLeavesAnythingBehind) {
+// With a framework that its message of a missing journal does not concern, and with what every
+// program gets.
+class FrameworkFailures : public FrameworkAllocations,
+                          public ::testing::WithParamInterface<YAX_DURABILITY> {
+ protected:
+  // The registry's own failures come first, then those of the parts behind it.
+  void Failed(unsigned int result) {
+    EXPECT_EQ(text.rfind(kBegins, 0), 0u);
+    EXPECT_EQ(text.find(kEnds), text.size() - (sizeof kEnds - 1));
+    EXPECT_TRUE(GetParam() != YAX_DURABILITY_NONE || text == std::string(kBegins) + kEnds) << text;
+    EXPECT_FALSE(IsThere());
+    if (result == 0xE000000D) {
+      EXPECT_EQ(laterFailures, 0u);
+      ++registryFailures;
+    } else {
+      EXPECT_EQ(result, 0xE0000003u);
+      ++laterFailures;
+    }
+  }
+
+  const ChosenDurability chosen{GetParam()};
+  unsigned int registryFailures = 0;
+  unsigned int laterFailures = 0;
+};
+
+TEST_P(FrameworkFailures, NoneThatFailsLeavesAnythingBehind) {
   ASSERT_EQ(CreateYAX(path.c_str()), 0u);  // what the process takes once
   ExpectWorks();
   const std::string bytes = GetFile(path);
   const int descriptor = NextDescriptor();
-  unsigned int registryFailures = 0;
-  unsigned int laterFailures = 0;
   for (unsigned int nth = kRegistry + 1;; ++nth) {
     SCOPED_TRACE("allocation " + std::to_string(nth));
     ForgetTexts();
     const unsigned int before = heap::sLive;
     const unsigned int result = CreateWithout(nth);
     if (result != 0) {
-      EXPECT_EQ(text, std::string(kBegins) + kEnds);
-      EXPECT_FALSE(IsThere());
-      if (result == 0xE000000D) {
-        EXPECT_EQ(laterFailures, 0u);
-        ++registryFailures;
-      } else {
-        EXPECT_EQ(result, 0xE0000003u);
-        ++laterFailures;
-      }
+      Failed(result);
       EXPECT_EQ(tamu::registry::RegistryInstance::sFirstInstance, nullptr);
       EXPECT_TRUE(GetFile(path) == bytes);
       ASSERT_EQ(CreateYAX(path.c_str()), 0u);
@@ -156,6 +173,9 @@ TEST_F(FrameworkAllocations, NoneThatFailsLeavesAnythingBehind) {
   EXPECT_GT(registryFailures, 5u);
   EXPECT_GE(laterFailures, 3u);  // the information store, the loader, the loader's list
 }
+
+INSTANTIATE_TEST_SUITE_P(, FrameworkFailures,
+                         ::testing::Values(YAX_DURABILITY_NONE, YAX_DURABILITY_DEFAULT));
 
 // Whatever the failure leaves of the file, the next framework on it works, or it is empty.
 TEST_F(FrameworkAllocations, AFileThatIsNotThereYetIsMadeByTheNextAttempt) {

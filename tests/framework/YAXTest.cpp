@@ -1,6 +1,7 @@
 // Making and ending the framework, as programs do.
 #include "framework/YAX.h"
 #include "registry/Registry.h"
+#include "tests/framework/ChosenDurability.h"
 #include "tests/framework/PrintedMessages.h"
 #include "tests/platform/ChildProcess.h"
 #include "tests/platform/TestFiles.h"
@@ -50,6 +51,7 @@ TEST_F(YAXTest, BeforeAndAfterThereIsNoFramework) {
 }
 
 TEST_F(YAXTest, TheBeginningAndTheEndAreTold) {
+  const ChosenDurability withoutJournal(YAX_DURABILITY_NONE);
   Create();
   EXPECT_EQ(printed.Take(), kBegins);
   DestroyYAX();
@@ -59,6 +61,7 @@ TEST_F(YAXTest, TheBeginningAndTheEndAreTold) {
 }
 
 TEST_F(YAXTest, MessagesNameNoSource) {
+  const ChosenDurability withoutJournal(YAX_DURABILITY_NONE);
   const std::string log = folder / "log";
   EXPECT_TRUE(InChild([&] {
     CVekforTamu::SetSink(nullptr);
