@@ -33,6 +33,7 @@ Registry::~Registry() {
   delete keyTree;  // one whose opening failed
   delete lock;     // one that outlived Finalize because others used the file
   delete[] path;
+  delete[] sideFolder_;
 }
 
 unsigned int Registry::Initialize(unsigned int) {
@@ -75,8 +76,7 @@ unsigned int Registry::OpenTrees() {
   fileTree = new (std::nothrow) TernaryRegistry(nullptr, nullptr);
   keyTree = new (std::nothrow) TernaryKeyTree(nullptr);
   if (handles == nullptr || handles->EnsureCapacity(kHandleSlots) != status::kOk ||
-      fileTree == nullptr || keyTree == nullptr ||
-      keyTree->Open(path, options_.durability) != status::kOk) {
+      fileTree == nullptr || keyTree == nullptr || keyTree->Open(path, options_) != status::kOk) {
     delete handles;
     delete fileTree;
     fileTree = nullptr;
@@ -105,15 +105,23 @@ unsigned int Registry::CheckDurability() {
   if (optionsGiven_) return status::kNoSpace;
   constexpr int kLevel = 3;
   CVekforTamu::Print(
-      kLevel, VekMessage::CreateVekMessage(
-                  "", __LINE__, "%s: no journal; a process that dies may leave a change half done",
-                  path));
+      kLevel,
+      VekMessage::CreateVekMessage(
+          "", __LINE__, "%s: no journal; a process that dies may leave a change half done", path));
   return status::kOk;
 }
 
 unsigned int Registry::SetOptions(const RegistryOptions& options) {
   if (instance != nullptr || options.durability > Durability::kPower) return status::kBadArgument;
+  if (options.sideFolder != nullptr && options.durability != Durability::kProcess) {
+    return status::kBadArgument;
+  }
+  char* folder = CopyOf(options.sideFolder);
+  if (folder == nullptr && options.sideFolder != nullptr) return status::kNoMemory;
+  delete[] sideFolder_;
+  sideFolder_ = folder;
   options_ = options;
+  options_.sideFolder = folder;
   optionsGiven_ = true;
   return status::kOk;
 }

@@ -6,11 +6,11 @@
 #include <type_traits>
 
 #include "platform/Export.h"
-#include "registry/base/Durability.h"
 #include "registry/base/KeyInfo.h"
 #include "registry/base/NameList.h"
 #include "registry/base/RCEString.h"
 #include "registry/base/RegistryInfo.h"
+#include "registry/base/RegistryOptions.h"
 #include "registry/base/RegistryStatus.h"
 #include "registry/base/Rights.h"
 #include "registry/base/UserId.h"
@@ -24,13 +24,6 @@ class RegistryInterface;
 class RegistryLock;
 class TernaryKeyTree;
 class TernaryRegistry;
-
-// How a registry is opened.
-struct RegistryOptions {
-  // kProcess and kPower keep a file beside the registry while it is open: its name with ".journal"
-  // behind it, 64 KiB as a rule. The last object on a path removes it.
-  Durability durability = Durability::kProcess;
-};
 
 // Construct, Initialize, use, Finalize (the destructor does it too).
 //
@@ -67,8 +60,9 @@ class YAX_API Registry {
   Registry(const Registry&) = delete;
   Registry& operator=(const Registry&) = delete;
 
-  // Before Initialize; afterwards kBadArgument. What is asked for here is had, or Initialize
-  // answers kNoSpace: where no journal can be made, or where kProcess finds no shared mappings.
+  // Before Initialize; afterwards kBadArgument, as for a folder without kProcess. The texts are
+  // copied (kNoMemory). What is asked for here is had, or Initialize answers kNoSpace: where no
+  // journal can be made, or where kProcess finds no shared mappings.
   // Without options a registry is opened with kProcess where that is possible, and else with kNone
   // (a debug message tells it). Of several objects on a path the one that opens it counts.
   unsigned int SetOptions(const RegistryOptions& options);
@@ -229,6 +223,7 @@ class YAX_API Registry {
   RegistryLock* lock = nullptr;
   unsigned char directMode = 1;  // the last operation was without a handle
   RegistryOptions options_;
+  char* sideFolder_ = nullptr;  // owned copy, which options_ names
   bool optionsGiven_ = false;
   bool pathGiven_;  // `path` is null only because there was no memory
 };

@@ -26,7 +26,7 @@ unsigned int TernaryKeyTree::Initialize(const char* path) {
     treeLock.Destroy();
     return status::kNoMemory;
   }
-  file->SetDurability(durability_);
+  file->SetOptions(options_);
   const unsigned int result = file->OpenOrCreate(path);
   if (result == status::kOk) initialized = 1;
   return result;

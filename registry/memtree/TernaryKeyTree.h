@@ -1,7 +1,7 @@
 // The key tree that works on subtrees loaded into memory.
 #pragma once
 
-#include "registry/base/Durability.h"
+#include "registry/base/RegistryOptions.h"
 #include "registry/memtree/StringLock.h"
 #include "registry/memtree/StringOperations.h"
 
@@ -34,9 +34,9 @@ class TernaryKeyTree : public StringOperations {
 
   // The store; null before Initialize and after Finalize. Stays this tree's.
   TernaryFile* File() const { return file.get(); }
-  // Initialize with what changes survive, if that can be had.
-  unsigned int Open(const char* path, Durability durability) {
-    durability_ = durability;
+  // Initialize as it is asked for, if that can be had. The texts of `options` are not copied.
+  unsigned int Open(const char* path, const RegistryOptions& options) {
+    options_ = options;
     return Initialize(path);
   }
 
@@ -170,7 +170,7 @@ class TernaryKeyTree : public StringOperations {
     });
   }
 
-  Durability durability_ = Durability::kNone;
+  RegistryOptions options_{Durability::kNone, nullptr};
 };
 
 }  // namespace tamu::registry

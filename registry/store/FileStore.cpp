@@ -28,10 +28,10 @@ Status FileStore::Load(const char* path) {
   undo_.Clear();
   ProcessFile::Opening opening;
   Status result = file_.Open(opening, path);
-  if (result.IsOk()) result = JournalRecovery(file_).Run(path);
+  if (result.IsOk()) result = JournalRecovery(file_).Run(path, options_.sideFolder);
   if (result.IsOk()) result = tables_.Load(file_);
   if (!result.IsOk()) return result;
-  journal_.Start(durability_, path, file_).Ignore();  // EffectiveDurability tells
+  journal_.Start(options_, path, file_).Ignore();  // EffectiveDurability tells
   opening.Keep();
   return result;
 }
@@ -119,7 +119,7 @@ Status FileStore::MakeFile(const char* path, unsigned int budget, bool* made) {
 }
 
 Status FileStore::Complete(PCNewFile& file) {
-  const bool isForPower = durability_ == Durability::kPower;
+  const bool isForPower = options_.durability == Durability::kPower;
   if (isForPower && !file.Sync()) return status::kInputOutput;
   if (file.GiveName(isForPower)) return status::kOk;
   return isForPower ? status::kInputOutput : status::kNoSpace;

@@ -3,7 +3,7 @@
 
 #include "platform/PCMutex.h"
 #include "platform/PCNewFile.h"
-#include "registry/base/Durability.h"
+#include "registry/base/RegistryOptions.h"
 #include "registry/format/FileLayout.h"
 #include "registry/store/Journal.h"
 #include "registry/store/TableMap.h"
@@ -49,10 +49,11 @@ class FileStore {
   // After Open answered kCannotOpen: true when nothing is at the path.
   bool PathMissing() const { return file_.IsMissing(); }
 
-  // What changes survive from the next opening on, if that can be had: else the file is opened with
-  // kNone (EffectiveDurability). With kPower a file that is made is on the disk before it has its
-  // name, and the name before the answer. kNone at first.
-  void SetDurability(Durability durability) { durability_ = durability; }
+  // For the next opening. What changes are asked to survive is had if it can be: else the file is
+  // opened with kNone (EffectiveDurability). With kPower a file that is made is on the disk before
+  // it has its name, and the name before the answer. kNone at first. The texts of `options` are the
+  // caller's, until the file is open.
+  void SetOptions(const RegistryOptions& options) { options_ = options; }
   Durability EffectiveDurability() const { return journal_.Mode(); }
   // Waits until all that was changed is on the disk. kInputOutput.
   Status Sync();
@@ -84,7 +85,7 @@ class FileStore {
   TableMap tables_;
   UndoLog undo_;
   Journal journal_;
-  Durability durability_ = Durability::kNone;
+  RegistryOptions options_{Durability::kNone, nullptr};
   unsigned int changes_ = 0;  // scopes of Changes that are open
   PCMutex lock_;
 };

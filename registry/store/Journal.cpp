@@ -18,16 +18,16 @@ constexpr unsigned int Rounded(unsigned int size, unsigned int unit) {
 
 }  // namespace
 
-Status Journal::Start(Durability mode, const char* registryPath, StoreFile& file) {
+Status Journal::Start(const RegistryOptions& options, const char* registryPath, StoreFile& file) {
   mode_ = Durability::kNone;
   isKnown_ = false;
   isOwing_ = false;
   isBroken_ = false;
-  if (mode == Durability::kNone) return status::kOk;
-  mode_ = mode;
-  Status result = MakeSideFile(registryPath);
+  if (options.durability == Durability::kNone) return status::kOk;
+  mode_ = options.durability;
+  Status result = MakeSideFile(registryPath, options.sideFolder);
   // What was there before is not to be lost any more either.
-  if (result.IsOk() && mode == Durability::kPower) result = file.Sync();
+  if (result.IsOk() && mode_ == Durability::kPower) result = file.Sync();
   if (result.IsOk()) return result;
   side_.Remove();
   mode_ = Durability::kNone;
@@ -35,9 +35,11 @@ Status Journal::Start(Durability mode, const char* registryPath, StoreFile& file
 }
 
 // Its old content goes first: nothing of it can be taken for a record of this journal.
-Status Journal::MakeSideFile(const char* registryPath) {
+Status Journal::MakeSideFile(const char* registryPath, const char* sideFolder) {
   JournalPath path;
-  if (!path.Find(registryPath) || !side_.Create(path.Text(), registryPath)) return status::kNoSpace;
+  if (!path.Find(registryPath, sideFolder) || !side_.Create(path.Text(), registryPath)) {
+    return status::kNoSpace;
+  }
   if (!side_.Resize(0) || !side_.Resize(kJournalSize)) return status::kNoSpace;
   size_ = kJournalSize;
   JournalHeader header;

@@ -3,7 +3,7 @@
 
 #include "platform/PCSideFile.h"
 #include "registry/base/Array.h"
-#include "registry/base/Durability.h"
+#include "registry/base/RegistryOptions.h"
 #include "registry/format/JournalFormat.h"
 #include "registry/store/StoreFile.h"
 
@@ -20,7 +20,7 @@ class Journal {
   // Begins anew for the file that `file` has open; what an earlier journal of this path holds is
   // lost, see JournalRecovery. kNoSpace: the side file cannot be made, is in use, or cannot do what
   // the mode asks for; the mode is then kNone. kNoMemory, kInputOutput.
-  Status Start(Durability mode, const char* registryPath, StoreFile& file);
+  Status Start(const RegistryOptions& options, const char* registryPath, StoreFile& file);
   Durability Mode() const { return mode_; }
   bool IsOn() const { return mode_ != Durability::kNone; }
 
@@ -41,7 +41,7 @@ class Journal {
   void Stop(StoreFile& file);
 
  private:
-  Status MakeSideFile(const char* registryPath);
+  Status MakeSideFile(const char* registryPath, const char* sideFolder);
   Status KnowContent(StoreFile& file);
   Status AddContent(StoreFile& file, unsigned int from, unsigned int end);
   Status PutRecord(StoreFile& file, bool isUndoing);

@@ -6,9 +6,14 @@
 
 namespace tamu::registry {
 
-Status JournalRecovery::Run(const char* registryPath) {
+Status JournalRecovery::Run(const char* registryPath, const char* sideFolder) {
+  const Status result = RunIn(nullptr, registryPath);
+  return result.IsOk() && sideFolder != nullptr ? RunIn(sideFolder, registryPath) : result;
+}
+
+Status JournalRecovery::RunIn(const char* sideFolder, const char* registryPath) {
   JournalPath path;
-  if (!path.Find(registryPath) || !PCSideFile::IsThere(path.Text())) return status::kOk;
+  if (!path.Find(registryPath, sideFolder) || !PCSideFile::IsThere(path.Text())) return status::kOk;
   PCSideFile side;
   if (!side.Create(path.Text(), registryPath)) return status::kOk;
   const unsigned int size = side.Size();

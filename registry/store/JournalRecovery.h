@@ -15,11 +15,12 @@ class JournalRecovery {
  public:
   explicit JournalRecovery(StoreFile& file) : file_(file) {}
 
-  // Writes what the records beside the registry hold, and removes the journal. kInputOutput,
-  // kNoMemory: the journal stays.
-  Status Run(const char* registryPath);
+  // Writes what the records beside the registry hold, and those in `sideFolder` if that is not
+  // null, and removes the journals. kInputOutput, kNoMemory: the journal stays.
+  Status Run(const char* registryPath, const char* sideFolder);
 
  private:
+  Status RunIn(const char* sideFolder, const char* registryPath);
   Status Recover(const PCSideFile& side, unsigned int size);
   Status Gather(JournalReader& reader, bool* fits);
   Status Check(const JournalRecord& last, bool* fits);

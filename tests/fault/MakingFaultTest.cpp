@@ -62,7 +62,7 @@ class MakingFaults : public ::testing::Test {
   // made as well.
   unsigned int Make(const Making& making) const {
     TernaryFile store;
-    store.SetDurability(making.durability);
+    store.SetOptions({making.durability, nullptr});
     if (!making.old.empty() || making.durability == Durability::kPower) {
       return store.CreateRegistryFile(path.c_str(), 65536);
     }

@@ -191,6 +191,88 @@ TEST_F(RegistryDurability, WhatIsAskedForIsHadOrRefused) {
   EXPECT_EQ(registry.CreateKey(0, "other", 7), 0u);
 }
 
+// A folder in memory, for instance.
+class JournalElsewhere : public RegistryDurability {
+ protected:
+  void SetUp() override {
+    RegistryDurability::SetUp();
+    ASSERT_EQ(mkdir(folder.c_str(), 0700), 0);
+    options.sideFolder = folder.c_str();
+  }
+  // The names in the folder.
+  std::vector<std::string> Names() const {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+      names.push_back(entry.path().filename());
+    }
+    return names;
+  }
+  // Opens the registry with the journal in the folder, and tells its name if there is one.
+  std::string OpenThere(const std::string& registryPath) {
+    Registry registry(registryPath.c_str(), kAdmin);
+    EXPECT_EQ(registry.SetOptions(options), 0u);
+    // kNoSpace where there are no mappings.
+    if (registry.Initialize() != 0) return "";
+    EXPECT_EQ(registry.EffectiveDurability(), Durability::kProcess);
+    EXPECT_EQ(GetFile(registryPath + ".journal"), "(cannot be read)");
+    EXPECT_EQ(Names().size(), 1u);
+    return Names().empty() ? "" : Names()[0];
+  }
+
+  const std::string folder = dir / "memory";
+  RegistryOptions options;
+};
+
+TEST_F(JournalElsewhere, HasANameOfItsOwnForEachRegistry) {
+  const std::string name = OpenThere(path);
+  EXPECT_TRUE(Names().empty());
+  if (name.empty()) return;
+  EXPECT_EQ(name.substr(0, 9), "registry-");
+  EXPECT_EQ(name.size(), 9u + 16 + 8);
+  const std::string link = dir / "link";
+  ASSERT_EQ(symlink(path.c_str(), link.c_str()), 0);
+  EXPECT_EQ(OpenThere(link), name);
+  const std::string other = (dir / "other") + std::string(200, 'r');
+  ASSERT_EQ(mkdir((dir / "below").c_str(), 0700), 0);
+  EXPECT_EQ(OpenThere(other).substr(0, 65), "other" + std::string(59, 'r') + "-");
+  const std::string below = OpenThere(dir / "below/registry");
+  EXPECT_EQ(below.substr(0, 9), "registry-");
+  EXPECT_NE(below, name);
+}
+
+// What a process has left beside the registry counts as well.
+TEST_F(JournalElsewhere, IsCompletedByTheNextOpening) {
+  const std::string name = OpenThere(path);
+  const std::string bytes = ProcessJournal(RecordOf(84, "once", after, 1));
+  if (!name.empty()) {
+    PutFile(folder + "/" + name, bytes);
+    EXPECT_EQ(OpenThere(path), name);
+    EXPECT_TRUE(GetFile(path) == after);
+  }
+  PutFile(path, before);
+  PutFile(journal, bytes);
+  EXPECT_EQ(OpenThere(path), name);
+  EXPECT_TRUE(GetFile(path) == after);
+  EXPECT_EQ(GetFile(journal), "(cannot be read)");
+}
+
+TEST_F(JournalElsewhere, IsRefusedWhereItCannotBe) {
+  Registry registry(path.c_str(), kAdmin);
+  options.durability = Durability::kPower;
+  EXPECT_EQ(registry.SetOptions(options), 22u);
+  options.durability = Durability::kNone;
+  EXPECT_EQ(registry.SetOptions(options), 22u);
+  options.durability = Durability::kProcess;
+  const std::string absent = dir / "absent";
+  options.sideFolder = absent.c_str();
+  EXPECT_EQ(registry.SetOptions(options), 0u);
+  EXPECT_EQ(registry.Initialize(), 28u);
+  options.sideFolder = path.c_str();
+  EXPECT_EQ(registry.SetOptions(options), 0u);
+  EXPECT_EQ(registry.Initialize(), 28u);
+  EXPECT_TRUE(GetFile(path) == before);
+}
+
 TEST_F(RegistryDurability, TheRecordOfADeadProcessIsCompleted) {
   EXPECT_TRUE(OpenedBeside(ProcessJournal(RecordOf(84, "once", after, 1))) == after);
 }

@@ -56,7 +56,7 @@ TEST_F(TernaryFileGrowthTest, AnUnusedEndOfTheFileIsWrittenOver) {
   TakeMany(kKinds[0], 364);
   const std::string full = Bytes();
   for (const std::string& end : {Zeros(30000), std::string(30000, 'x')}) {
-    store.SetDurability(Durability::kPower);
+    store.SetOptions({Durability::kPower, nullptr});
     Reopen(full + end);
     EXPECT_EQ(store.EffectiveDurability(), Durability::kPower);
     EXPECT_EQ(Take(kKinds[0]), 0x101u);
