@@ -1,6 +1,8 @@
 // Nothing here writes to the file.
 #include "registry/memtree/LoadedStrings.h"
 
+#include <utility>
+
 #include "registry/memtree/StringWalk.h"
 
 namespace tamu::registry {
@@ -89,14 +91,27 @@ void LoadedStrings::UnloadFrom(TernaryString* string, bool always) {
   start = nullptr;
 }
 
-void LoadedStrings::AddHandle(TernaryHandle* handle, TernaryString* string, bool isBelowHandle) {
+void LoadedStrings::AddStart(TernaryString* string, bool isBelowHandle) {
   if (string->loadCount == 0) {
     // What was not loaded before the search has no handles: it has met all that are above.
     string->isBelowHandle = isBelowHandle;
-    if (handles_ != nullptr && !isBelowHandle) TellBelow(string, true);
+    if (!isBelowHandle) TellBelow(string, true);
   }
   ++string->loadCount;
+}
+
+void LoadedStrings::AddHandle(TernaryHandle* handle, TernaryString* string, bool isBelowHandle) {
+  if (handles_ != nullptr || string->loadCount > 0) {
+    AddStart(string, isBelowHandle);
+  } else {  // nobody is below
+    string->isBelowHandle = isBelowHandle;
+    ++string->loadCount;
+  }
   handle->start = string;
+  AddHandle(handle);
+}
+
+void LoadedStrings::AddHandle(TernaryHandle* handle) {
   handle->next = handles_;
   handle->place = &handles_;
   if (handles_ != nullptr) handles_->place = &handle->next;
@@ -188,8 +203,10 @@ Status LoadedStrings::DropHandle(TernaryHandle* handle) {
   *handle->place = handle->next;
   if (handle->next != nullptr) handle->next->place = handle->place;
   delete handle;
-  if (string->loadCount > 0) --string->loadCount;
-  if (string->loadCount == 0) LetGoOf(string);
+  if (string != nullptr) {
+    if (string->loadCount > 0) --string->loadCount;
+    if (string->loadCount == 0) LetGoOf(string);
+  }
   FreeLooseOrphans();
   return status::kOk;
 }
@@ -197,6 +214,28 @@ Status LoadedStrings::DropHandle(TernaryHandle* handle) {
 void LoadedStrings::DropUnneeded() {
   FreeLooseOrphans();
   if (start != nullptr && start->loadCount == 0) UnloadFrom(start, true);
+}
+
+bool LoadedStrings::IsBusy() const {
+  bool isBusy = false;
+  VisitTops([&](TernaryString* top) {
+    StringWalk walk(kStoredOrder);
+    for (walk.Start(top); !walk.IsOver(); walk.Next()) {
+      if (walk.Current().isBusy()) isBusy = true;
+    }
+  });
+  return isBusy;
+}
+
+void LoadedStrings::SwapStrings(LoadedStrings& other) {
+  std::swap(start, other.start);
+  std::swap(orphans_, other.orphans_);
+  std::swap(looseOrphans_, other.looseOrphans_);
+  for (LoadedStrings* each : {this, &other}) {
+    for (TernaryString** list : {&each->orphans_, &each->looseOrphans_}) {
+      if (*list != nullptr) (*list)->orphanPlace = list;
+    }
+  }
 }
 
 void LoadedStrings::FreeEverything() {

@@ -19,6 +19,10 @@ class LoadedStrings {
 
   // Takes over a handle that starts at a string; `isBelowHandle`: another starts above it.
   void AddHandle(TernaryHandle* handle, TernaryString* string, bool isBelowHandle);
+  // The first half of it: a handle starts at a string.
+  void AddStart(TernaryString* string, bool isBelowHandle);
+  // Takes over a handle that leads nowhere.
+  void AddHandle(TernaryHandle* handle);
   // The newest; each leads to the next.
   TernaryHandle* Handles() const { return handles_; }
   // Frees a handle, and what was loaded for it unless another needs it. kBusy: a string is locked
@@ -29,6 +33,10 @@ class LoadedStrings {
   // Frees what nothing leads to any more, as it was deleted from the file: a string with all that
   // it leads to. What a handle needs, or somebody has locked, stays with all below it until then.
   void RecursiveDeleteKeyTree(TernaryString* string);
+  // True when a string is locked, or somebody waits for one.
+  bool IsBusy() const;
+  // Exchanges the strings, and leaves the handles.
+  void SwapStrings(LoadedStrings& other);
   // Frees everything, whatever still needs it.
   void FreeEverything();
 

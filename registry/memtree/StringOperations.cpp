@@ -5,6 +5,7 @@
 #include "registry/memtree/NameSplit.h"
 #include "registry/memtree/NewName.h"
 #include "registry/memtree/SubtreeLoader.h"
+#include "registry/memtree/TreeRefresh.h"
 
 namespace tamu::registry {
 
@@ -12,6 +13,13 @@ unsigned int StringOperations::FindKey(TernaryString* start, const char* path,
                                        KeyMatchDescriptor* match) {
   if (start == nullptr || match == nullptr) return status::kBadArgument;
   return SearchStrings(start, path, match);
+}
+
+Status StringOperations::CatchUp() {
+  StoreAccess access(*file);
+  const Status result = TreeRefresh(access, loaded_).LoadAnew();
+  isBehind_ = !result.IsOk();
+  return result;
 }
 
 TernaryString* StringOperations::GetStartString(char) {

@@ -57,10 +57,18 @@ class StringOperations : public RegistryInterface {
     PCMutexGuard guard(treeLock);
     if (initialized == 0) return status::kNoRight;
     if (!argumentsGiven) return status::kBadArgument;
+    if (isBehind_) {
+      const Status result = CatchUp();
+      if (!result.IsOk()) return result;
+    }
     return body();
   }
 
+  // Loads anew what has fallen behind the file.
+  Status CatchUp();
+
   unsigned char initialized = 0;
+  bool isBehind_ = false;  // somebody else has changed the file
   std::unique_ptr<TernaryFile> file;
   RegistryDaemon* daemon;  // kept, not used
   PCMutex spareLock;       // made and given back with the tree; nothing takes it

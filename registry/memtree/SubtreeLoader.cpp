@@ -5,6 +5,44 @@
 
 namespace tamu::registry {
 
+namespace {
+
+// True when a handle has loaded the key that was found, with all that is below it: one that starts
+// there or above.
+bool IsLoaded(const StringMatch& match) {
+  const TernaryString& string = *match.string;
+  if (string.key == nullptr) return false;
+  return match.isBelowComplete || (string.loadCount > 0 && string.isComplete);
+}
+
+}  // namespace
+
+Status SubtreeLoader::LoadForHandle(const StoreAccess& access, LoadedStrings& loaded,
+                                    const char* path, Loaded* found) {
+  if (!HasRootKey(loaded)) {
+    const Status result = SubtreeLoader(access, loaded).LoadRootKey();
+    if (loaded.start == nullptr) return result;  // its key may be damaged; others are not
+  }
+  StringMatch match;
+  if (SearchStrings(loaded.start, path, &match).IsOk() && IsLoaded(match)) {
+    found->string = match.string;
+    found->string->isComplete = true;
+    found->isBelowHandle = match.isBelowHandle;
+    return status::kOk;
+  }
+  SubtreeLoader loader(access, loaded);
+  const Status result = loader.LoadKeyTree(path, found->string);
+  found->isBelowHandle = match.isBelowHandle;
+  found->leftOut = loader.leftOut_;
+  return result;
+}
+
+Status SubtreeLoader::LoadKeyAnew(const TernaryKey& key, TernaryKey** fresh) {
+  Status result = keys_.Prepare(access_.Descriptor(NodeKind::kKey));
+  if (result.IsOk()) result = values_.Prepare(access_.Descriptor(NodeKind::kValue));
+  return result.IsOk() ? LoadKey(key.id, *fresh) : result;
+}
+
 // Takes note of everything that is loaded.
 Status SubtreeLoader::Prepare() {
   Status result = strings_.Prepare(access_.Descriptor(NodeKind::kString));
@@ -198,7 +236,9 @@ Status SubtreeLoader::LoadBelow(TernaryString* string) {
   string->isComplete = !string->isLocked();
   if (string->node->child() == 0 || string->isLocked()) return status::kOk;
   const Status result = LoadLink(string->node->child(), string->directory);
-  if (result.IsOk()) string->isComplete = RecursiveLoadKeyTree(string->directory).IsOk();
+  if (!result.IsOk()) return result;
+  leftOut_ = RecursiveLoadKeyTree(string->directory);
+  string->isComplete = leftOut_.IsOk();
   return result;
 }
 

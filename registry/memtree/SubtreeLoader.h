@@ -19,6 +19,19 @@ class SubtreeLoader {
   SubtreeLoader(const StoreAccess& access, LoadedStrings& loaded)
       : access_(access), loaded_(loaded) {}
 
+  // Where a handle may start.
+  struct Loaded {
+    TernaryString* string = nullptr;
+    bool isBelowHandle = false;    // another handle starts above
+    Status leftOut = status::kOk;  // why something below is not there
+  };
+
+  // Finds a key with all that is below it, or loads it, for a handle that is about to start there.
+  // The statuses are those of LoadKeyTree.
+  static Status LoadForHandle(const StoreAccess& access, LoadedStrings& loaded, const char* path,
+                              Loaded* found);
+  // Loads a key that is loaded another time, with its values; it is the caller's.
+  Status LoadKeyAnew(const TernaryKey& key, TernaryKey** fresh);
   // The root's string and key, as far as they are missing. kNotFound: the file has no root. A root
   // without key stays one.
   Status LoadRootKey();
@@ -45,6 +58,7 @@ class SubtreeLoader {
 
   const StoreAccess& access_;
   LoadedStrings& loaded_;
+  Status leftOut_ = status::kOk;
   // What is loaded.
   NodeSet strings_;
   NodeSet keys_;

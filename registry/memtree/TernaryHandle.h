@@ -1,6 +1,8 @@
 // A subtree that was loaded, as its user holds it.
 #pragma once
 
+#include <memory>
+
 #include "platform/PCMutex.h"
 #include "platform/PCSemaphore.h"
 
@@ -17,7 +19,8 @@ struct TernaryHandle {
   TernaryHandle& operator=(const TernaryHandle&) = delete;
 
   const char* path;
-  TernaryString* start = nullptr;  // the key's string
+  std::unique_ptr<char[]> ownPath;  // a copy
+  TernaryString* start = nullptr;   // the key's string; null when the key is gone
   TernaryString* parkedDirectory =
       nullptr;       // of the string that was locked last through this handle
   PCSemaphore wake;  // those who wait for a string that is locked through this handle block here
@@ -25,8 +28,10 @@ struct TernaryHandle {
   PCMutex* treeLock;
   int waiterCount = 0;
 
-  unsigned int lockers = 0;         // threads that are locking a string through this handle
-  unsigned int lockedStrings = 0;   // locked through this handle now
+  unsigned int lockers = 0;            // threads that are locking a string through this handle
+  unsigned int lockedStrings = 0;      // locked through this handle now
+  TernaryString* nextStart = nullptr;  // for a refresh
+  bool isAwaited = false;           // `start` is null because the key comes with the next refresh
   TernaryHandle* next = nullptr;    // of the tree's handles
   TernaryHandle** place = nullptr;  // what leads here in that list
 };

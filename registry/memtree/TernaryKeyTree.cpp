@@ -42,6 +42,7 @@ unsigned int TernaryKeyTree::Finalize() {
 
 void TernaryKeyTree::CloseFile() {
   loaded_.FreeEverything();
+  isBehind_ = false;
   if (file != nullptr) file->Finalize();
   file.reset();
   initialized = 0;
@@ -68,7 +69,7 @@ Status TernaryKeyTree::Reach(unsigned int user, void* tree, const char* path, un
                              const char* name, Found* found) {
   TernaryString* start =
       tree != nullptr ? static_cast<TernaryHandle*>(tree)->start : GetStartString(0);
-  if (start == nullptr) return status::kNotFound;
+  if (start == nullptr) return tree != nullptr ? status::kBadArgument : status::kNotFound;
   StringMatch match;
   const Status result = SearchStrings(start, path, &match);
   if (!result.IsOk()) return result;

@@ -1,6 +1,7 @@
 // The key tree that works on subtrees loaded into memory.
 #pragma once
 
+#include "registry/base/ChangeList.h"
 #include "registry/base/RegistryOptions.h"
 #include "registry/memtree/StringLock.h"
 #include "registry/memtree/StringOperations.h"
@@ -61,6 +62,14 @@ class TernaryKeyTree : public StringOperations {
   // Frees a handle, and what was loaded for it unless another handle needs it. kBusy: a string is
   // locked through the handle, or somebody waits for one. Null: unloads all that no handle needs.
   unsigned int UnloadKeyTree(void* tree) override;
+
+  // Tells that the file was changed by somebody else. The next operation first loads anew all that
+  // handles need, and answers why not until that succeeds: kBusy when a string is locked,
+  // kNoMemory, kInputOutput. Handles stay; one whose key is gone answers kBadArgument from then on.
+  void SetBehind();
+  // Brings what is loaded up to date with a file in which just this was changed. Not 0: as after
+  // SetBehind.
+  unsigned int Follow(const ChangeList& changes);
 
   // ---- reading (TernaryKeyTreeReading.cpp)
 

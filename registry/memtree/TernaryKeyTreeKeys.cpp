@@ -43,6 +43,7 @@ void ReleaseSubtree(Changes& changes, TernaryString* string) {
 // Test: LoadedCreation.ANameThatEndsAtABranchIsRefused
 Status TernaryKeyTree::FindPlace(unsigned int user, TernaryHandle* handle, const char* path,
                                  StringMatch* match) {
+  if (handle->start == nullptr) return status::kBadArgument;
   const Status result = FindKey(handle->start, path, match);
   if (result.IsOk()) return status::kExists;
   if (result != status::kNotFound) return result;

@@ -1,24 +1,20 @@
 // Loading and unloading.
 #include <new>
 
+#include "registry/base/RCEString.h"
 #include "registry/memtree/SubtreeLoader.h"
 #include "registry/memtree/TernaryKeyTree.h"
+#include "registry/memtree/TreeRefresh.h"
 
 namespace tamu::registry {
 
 namespace {
 
-// True when a handle has loaded the key that was found, with all that is below it: one that starts
-// there or above.
-bool IsLoaded(const StringMatch& match) {
-  const TernaryString& string = *match.string;
-  if (string.key == nullptr) return false;
-  return match.isBelowComplete || (string.loadCount > 0 && string.isComplete);
-}
-
 Status MakeHandle(const char* path, PCMutex* lock, std::unique_ptr<TernaryHandle>* handle) {
   handle->reset(new (std::nothrow) TernaryHandle(path, lock));
   if (*handle == nullptr) return status::kNoMemory;
+  (*handle)->ownPath.reset(RCEString::Duplicate(path != nullptr ? path : ""));
+  if ((*handle)->ownPath == nullptr) return status::kNoMemory;
   const bool made = (*handle)->wake.Create(0) && (*handle)->ack.Create(0);
   return made ? status::kOk : status::kInputOutput;
 }
@@ -28,24 +24,27 @@ Status MakeHandle(const char* path, PCMutex* lock, std::unique_ptr<TernaryHandle
 unsigned int TernaryKeyTree::LoadKeyTree(const char* keyPath, void*& tree) {
   return InTree(true, [&]() -> Status {
     StoreAccess access(*file);
-    if (!SubtreeLoader::HasRootKey(loaded_)) {
-      const Status result = SubtreeLoader(access, loaded_).LoadRootKey();
-      if (loaded_.start == nullptr) return result;  // its key may be damaged; others are not
-    }
-    Status result = status::kOk;
-    StringMatch match;
-    TernaryString* string = nullptr;
-    if (SearchStrings(loaded_.start, keyPath, &match).IsOk() && IsLoaded(match)) {
-      string = match.string;
-      string->isComplete = true;
-    } else {
-      result = SubtreeLoader(access, loaded_).LoadKeyTree(keyPath, string);
-    }
+    SubtreeLoader::Loaded found;
+    Status result = SubtreeLoader::LoadForHandle(access, loaded_, keyPath, &found);
     std::unique_ptr<TernaryHandle> handle;
     if (result.IsOk()) result = MakeHandle(keyPath, &treeLock, &handle);
     if (!result.IsOk()) return result;
     tree = handle.get();
-    loaded_.AddHandle(handle.release(), string, match.isBelowHandle);
+    loaded_.AddHandle(handle.release(), found.string, found.isBelowHandle);
+    return result;
+  });
+}
+
+void TernaryKeyTree::SetBehind() {
+  PCMutexGuard guard(treeLock);
+  isBehind_ = true;
+}
+
+unsigned int TernaryKeyTree::Follow(const ChangeList& changes) {
+  return InTree(true, [&]() -> Status {
+    StoreAccess access(*file);
+    const Status result = TreeRefresh(access, loaded_).Follow(changes);
+    isBehind_ = !result.IsOk();
     return result;
   });
 }

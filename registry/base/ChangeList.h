@@ -1,0 +1,49 @@
+// What has been changed, change by change.
+#pragma once
+
+namespace tamu::registry {
+
+enum class ChangeKind : unsigned char {
+  kKeyCreated,
+  kKeyDeleted,  // with all below it
+  kKeyRestored,
+  kValueCreated,
+  kValueSet,
+  kValueDeleted,
+  kDefaultChanged,
+  kRightsChanged,
+  kWatchChanged,
+};
+
+// The texts are the list's, until it changes.
+struct Change {
+  ChangeKind kind;
+  const char* keyPath;    // from the root, without a "/" before it; "" is the root
+  const char* valueName;  // "" where no value is concerned
+};
+
+class ChangeList {
+ public:
+  ChangeList() = default;
+  ~ChangeList();
+  ChangeList(const ChangeList&) = delete;
+  ChangeList& operator=(const ChangeList&) = delete;
+
+  // Adds a change behind the others: of the key at `path` below `base`. Null texts are "".
+  // kNoMemory with nothing changed.
+  unsigned int Add(ChangeKind kind, const char* base, const char* path, const char* valueName);
+  unsigned int Count() const { return count_; }
+  // The i-th, the oldest first; i is below Count.
+  const Change& At(unsigned int i) const { return changes_[i]; }
+  // Drops all but the n oldest.
+  void CutTo(unsigned int n);
+
+ private:
+  bool MakeRoom();
+
+  Change* changes_ = nullptr;
+  unsigned int count_ = 0;
+  unsigned int capacity_ = 0;
+};
+
+}  // namespace tamu::registry
