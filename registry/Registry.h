@@ -202,6 +202,36 @@ class YAX_API Registry {
   unsigned int GetDefaultValue(unsigned int handle, const char* keyPath, unsigned long long* value);
   unsigned int SetDefaultValue(unsigned int handle, const char* keyPath, unsigned long long value);
 
+  // ---- exact operations (RegistryExact.cpp)
+  //
+  // By path alone, as with handle 0. What is told is what is there afterwards, whatever names stand
+  // beside it; no lock stays with the thread. Each is one change, and nothing of it stays unless
+  // the answer is 0. yax/yax.h and yax/Settings.h are made of them.
+
+  // Makes a key of exactly this path, with the keys above it where they are missing; without
+  // `withParents` that is kBadArgument, as an empty component always is. No default value. Right:
+  // create on the last key that is there. kExists.
+  unsigned int MakeKey(const char* keyPath, bool withParents = true);
+  // Creates a value or gives it another type and data; one that holds just that is not written
+  // again. All 64 bits of a number count, whose size must be 8. Rights: create; modify.
+  // kNotFound: no such key, which `withKey` makes, with the keys above it. kBadArgument: no name of
+  // 1 to 31 characters, no data; kLimit: more than 1024 bytes; kNoData: no such type.
+  unsigned int PutValue(const char* keyPath, const char* name, const Value& value, bool withKey);
+  // Reads a value of whatever type: as GetValue, but all 64 bits of a number. `value` is only
+  // written; its data is a new buffer, the caller's (FreeValueData). kNoData: it is not set.
+  unsigned int ReadWholeValue(const char* keyPath, const char* name, Value* value);
+  // Removes a value, with those of the same name that it hides, and gives their blocks back.
+  // Right: delete.
+  unsigned int RemoveValue(const char* keyPath, const char* name);
+  // Makes a key, with the keys above it, that has the default value and the values of another, and
+  // all keys below alike. They are the current user's, with the rights of keys made there; watch
+  // bits, values that are not set and hidden ones stay behind. Rights: read on the key, create on
+  // the last that is there of the new path. kExists; kBadArgument: the new path lies within.
+  unsigned int CopyKey(const char* keyPath, const char* newPath);
+  // Gives a key, with all below it, another path; owners, rights and everything else stay. Rights:
+  // delete on the key, create as above. kExists; kBadArgument as above.
+  unsigned int MoveKey(const char* keyPath, const char* newPath);
+
  private:
   friend class RegistryFileLock;
   class OperationScope;
@@ -214,6 +244,8 @@ class YAX_API Registry {
   unsigned int DropHandles();
   template <class Operation>
   unsigned int Route(unsigned int handle, Operation operation);
+  template <class Operation>
+  unsigned int OnFile(bool argumentsGiven, Operation operation);
 
   char* path = nullptr;  // owned copy
   TernaryKeyTree* keyTree = nullptr;

@@ -24,6 +24,8 @@ const char* StatusText(unsigned int status) {
       return "invalid argument or handle, or the parent key is missing";
     case status::kNoSpace:
       return "no space";
+    case status::kRange:
+      return "the number is outside the range";
     case status::kNotSupported:
       return "not supported";
     case status::kNoData:
@@ -32,6 +34,8 @@ const char* StatusText(unsigned int status) {
       return "not a registry file, or damaged";
     case status::kLimit:
       return "a limit was reached";
+    case status::kWrongType:
+      return "the value has another type";
     default:
       return "unknown status";
   }

@@ -1,5 +1,6 @@
 #include "registry/filetree/NewKey.h"
 
+#include "registry/base/Rights.h"
 #include "registry/keytree/NodeNames.h"
 
 namespace tamu::registry {
@@ -21,6 +22,12 @@ Status HangName(Changes& changes, const NodeMatch& match, unsigned int target, c
   SetLink(&node, LinkForName(node, match, firstNode), first);
   result = changes.Write(target, node);
   return result.IsOk() ? changes.Write(first, firstNode) : result;
+}
+
+// The path goes on behind the cut only where its last character is the one that stands there.
+const char* BehindExactCut(signed char atCut, const char* rest, unsigned int cut) {
+  const bool endsThere = static_cast<signed char>(rest[cut]) == atCut && rest[cut + 1] == 0;
+  return rest + cut + (endsThere ? 1 : 0);
 }
 
 Status EndNameAt(Changes& changes, unsigned int target, unsigned int keyId) {
@@ -75,7 +82,7 @@ Status CutNode(Changes& changes, unsigned int node, unsigned int cut, unsigned i
 }
 
 Status StoreKeyAt(Changes& changes, const NodeMatch& match, const char* path,
-                  const TernaryKeyNode& key, bool* atNode) {
+                  const TernaryKeyNode& key, NewNameRule rule, bool* atNode) {
   unsigned int target = match.node;
   const char* rest = path + match.position;
   Status result = status::kOk;
@@ -83,13 +90,34 @@ Status StoreKeyAt(Changes& changes, const NodeMatch& match, const char* path,
     const unsigned int cut = static_cast<unsigned int>(match.splitIndex);
     result = CutNode(changes, match.node, cut, match.previous, &target);
     if (!result.IsOk()) return result;
-    rest = BehindCut(rest, cut);
+    if (rule == NewNameRule::kExact) {
+      TernaryStringNode upper;
+      result = changes.Read(target, &upper);
+      if (!result.IsOk()) return result;
+      rest = BehindExactCut(upper.splitChar(), rest, cut);
+    } else {
+      rest = BehindCut(rest, cut);
+    }
   }
   unsigned int id = 0;
   result = StoreNewKey(changes, key, &id);
   if (!result.IsOk()) return result;
   *atNode = rest[0] == 0;
   return *atNode ? EndNameAt(changes, target, id) : HangName(changes, match, target, rest, id);
+}
+
+Status InheritPermission(const StoreAccess& access, const NodeMatch& match, unsigned int user,
+                         TernaryKeyNode* key) {
+  TernaryStringNode directory;
+  Status result = access.Read(match.directory, &directory);
+  if (!result.IsOk()) return result;
+  if (directory.keyNode() == 0) return status::kNoRight;
+  TernaryKeyNode parent;
+  result = access.Read(directory.keyNode(), &parent);
+  if (!result.IsOk()) return result;
+  if (!parent.IsPermissible(user, kRightCreate)) return status::kNoRight;
+  key->setPermission(InheritedPermission(parent));
+  return status::kOk;
 }
 
 }  // namespace tamu::registry

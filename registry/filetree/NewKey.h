@@ -16,9 +16,18 @@ Status StoreName(Changes& changes, const char* name, unsigned int* firstNode, un
 // kNoData when there is nothing to cut (*upper is then the node).
 Status CutNode(Changes& changes, unsigned int node, unsigned int cut, unsigned int previous,
                unsigned int* upper);
+// Which name a new key gets whose last character is the first that differs from a stored one.
+enum class NewNameRule : unsigned char {
+  kTaken,  // the stored one's (BehindCut)
+  kExact,  // its own
+};
 // Writes a key where the search for its name has ended. *atNode: it ends at a node that was there,
 // or at a cut.
 Status StoreKeyAt(Changes& changes, const NodeMatch& match, const char* path,
-                  const TernaryKeyNode& key, bool* atNode);
+                  const TernaryKeyNode& key, NewNameRule rule, bool* atNode);
+// Gives a new key the permission that the key above it hands down, if the user may create keys
+// there. The parent of a keyless name is key 0, which gives nobody any right: kNoRight.
+Status InheritPermission(const StoreAccess& access, const NodeMatch& match, unsigned int user,
+                         TernaryKeyNode* key);
 
 }  // namespace tamu::registry

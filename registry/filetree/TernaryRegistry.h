@@ -142,6 +142,17 @@ class TernaryRegistry : public NodeOperations {
   unsigned int RestoreKeyTree(unsigned int user, void* tree, const char* path,
                               const char* backupFile) override;
 
+  // ---- exact operations (TernaryRegistryExact.cpp): told in registry/Registry.h. Each is one
+  // change, of which nothing stays unless the answer is 0, and none leaves a lock with its thread.
+
+  unsigned int MakeKey(unsigned int user, const char* path, bool withParents);
+  unsigned int PutValue(unsigned int user, const char* path, const char* name, const Value& value,
+                        bool withKey);
+  unsigned int ReadWhole(unsigned int user, const char* path, const char* name, Value* value);
+  unsigned int RemoveValue(unsigned int user, const char* path, const char* name);
+  unsigned int CopyKey(unsigned int user, const char* path, const char* newPath);
+  unsigned int MoveKey(unsigned int user, const char* path, const char* newPath);
+
  private:
   // Whose the store is: Finalize destroys it unless it is shared, the destructor only one that
   // Initialize has made.

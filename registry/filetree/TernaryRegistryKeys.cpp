@@ -7,26 +7,6 @@
 
 namespace tamu::registry {
 
-namespace {
-
-// The permission that a new key gets from its parent, if the user may create keys there. The parent
-// of a keyless name is key 0, which gives nobody any right.
-Status InheritPermission(const StoreAccess& access, const NodeMatch& match, unsigned int user,
-                         TernaryKeyNode* key) {
-  TernaryStringNode directory;
-  Status result = access.Read(match.directory, &directory);
-  if (!result.IsOk()) return result;
-  if (directory.keyNode() == 0) return status::kNoRight;
-  TernaryKeyNode parent;
-  result = access.Read(directory.keyNode(), &parent);
-  if (!result.IsOk()) return result;
-  if (!parent.IsPermissible(user, kRightCreate)) return status::kNoRight;
-  key->setPermission(InheritedPermission(parent));
-  return status::kOk;
-}
-
-}  // namespace
-
 unsigned int TernaryRegistry::FindKey(void* tree, const char* path, unsigned int* stringNode,
                                       unsigned int* keyNode) {
   const bool given = stringNode != nullptr && keyNode != nullptr;
@@ -68,7 +48,7 @@ unsigned int TernaryRegistry::CreateKey(unsigned int user, void* tree, const cha
     result = InheritPermission(changes, match, user, &key);
     if (!result.IsOk()) return result;
     bool atNode = false;
-    result = changes.End(StoreKeyAt(changes, match, path, key, &atNode));
+    result = changes.End(StoreKeyAt(changes, match, path, key, NewNameRule::kTaken, &atNode));
     // A key that ends at a node that was there, or at a cut, leaves one level of the lock with the
     // calling thread: other threads' operations without a handle wait from now on.
     // Test: FileTreeKeys.AKeyThatEndsInsideALongerNameKeepsTheLock

@@ -1,7 +1,6 @@
 // Values and default values.
-#include <new>
-
 #include "registry/base/ValueCheck.h"
+#include "registry/filetree/ExactChanges.h"
 #include "registry/filetree/TernaryRegistry.h"
 #include "registry/filetree/ValueWalk.h"
 #include "registry/keytree/NameListing.h"
@@ -85,31 +84,8 @@ unsigned int TernaryRegistry::SetValue(unsigned int user, void* tree, const char
 unsigned int TernaryRegistry::GetValue(unsigned int user, void* tree, const char* path,
                                        const char* name, Value* value) {
   const auto get = [&](StoreAccess& access, Reached& reached) -> Status {
-    Status result = ReachValue(access, name, &reached);
-    if (!result.IsOk()) return result;
-    const TernaryValueNode& record = reached.value;
-    if (!record.isSet()) return status::kNoData;
-
-    // Zeroed, so that what the file does not give is not memory of somebody else.
-    const unsigned int capacity = 4 * record.dataSize() + TernaryValueNode::kInlineSize;
-    unsigned char* buffer = new (std::nothrow) unsigned char[capacity]();
-    if (buffer == nullptr) return status::kNoMemory;
-    if (record.isInBlocks()) {
-      unsigned int size = record.dataSize();
-      result = access.ReadData(record.dataWord(), buffer, &size);
-      if (result.IsOk() && size < record.dataSize()) result = status::kInvalidFile;
-      if (!result.IsOk()) {
-        delete[] buffer;
-        return result;
-      }
-    } else {
-      // A number comes as its low 32 bits. Test: FileTreeValues.ANumberIsReadAsItsLowHalf
-      PutU32(buffer, record.dataWord());
-    }
-    value->type = record.type();
-    value->size = record.dataSize();
-    value->data = buffer;
-    return result;
+    const Status result = ReachValue(access, name, &reached);
+    return result.IsOk() ? ReadRecord(access, reached.value, false, value) : result;
   };
   return OnKey<StoreAccess>(user, tree, path, kRead, name != nullptr && value != nullptr, get);
 }

@@ -9,13 +9,13 @@ namespace tamu::registry {
 namespace {
 
 constexpr unsigned int kEvery[] = {
-    status::kOk,          status::kNoRight,  status::kNotFound,     status::kInputOutput,
-    status::kCannotOpen,  status::kNoMemory, status::kBusy,         status::kExists,
-    status::kBadArgument, status::kNoSpace,  status::kNotSupported, status::kNoData,
-    status::kInvalidFile, status::kLimit};
+    status::kOk,          status::kNoRight,     status::kNotFound, status::kInputOutput,
+    status::kCannotOpen,  status::kNoMemory,    status::kBusy,     status::kExists,
+    status::kBadArgument, status::kNoSpace,     status::kRange,    status::kNotSupported,
+    status::kNoData,      status::kInvalidFile, status::kLimit,    status::kWrongType};
 
 TEST(RegistryStatus, CodesKeepTheirNumbers) {
-  const unsigned int numbers[] = {0, 1, 2, 5, 9, 12, 16, 17, 22, 28, 37, 53, 59, 75};
+  const unsigned int numbers[] = {0, 1, 2, 5, 9, 12, 16, 17, 22, 28, 34, 37, 53, 59, 75, 79};
   ASSERT_EQ(std::size(kEvery), std::size(numbers));
   for (std::size_t i = 0; i < std::size(numbers); ++i) EXPECT_EQ(kEvery[i], numbers[i]);
 }

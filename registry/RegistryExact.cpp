@@ -1,0 +1,47 @@
+// Operations that do exactly what they are told: arguments are checked here.
+#include "registry/RegistryRouting.h"
+
+namespace tamu::registry {
+
+// Calls operation(file tree) as an operation without a handle.
+template <class Operation>
+unsigned int Registry::OnFile(bool argumentsGiven, Operation operation) {
+  if (!IsReady()) return status::kNoRight;
+  if (!argumentsGiven) return status::kBadArgument;
+  return Route(0, [&](RegistryInterface&, void*) { return operation(*fileTree); });
+}
+
+unsigned int Registry::MakeKey(const char* keyPath, bool withParents) {
+  return OnFile(keyPath != nullptr,
+                [&](TernaryRegistry& tree) { return tree.MakeKey(userId, keyPath, withParents); });
+}
+
+unsigned int Registry::PutValue(const char* keyPath, const char* name, const Value& value,
+                                bool withKey) {
+  return OnFile(keyPath != nullptr && name != nullptr, [&](TernaryRegistry& tree) {
+    return tree.PutValue(userId, keyPath, name, value, withKey);
+  });
+}
+
+unsigned int Registry::ReadWholeValue(const char* keyPath, const char* name, Value* value) {
+  const bool given = keyPath != nullptr && name != nullptr && value != nullptr;
+  return OnFile(
+      given, [&](TernaryRegistry& tree) { return tree.ReadWhole(userId, keyPath, name, value); });
+}
+
+unsigned int Registry::RemoveValue(const char* keyPath, const char* name) {
+  return OnFile(keyPath != nullptr && name != nullptr,
+                [&](TernaryRegistry& tree) { return tree.RemoveValue(userId, keyPath, name); });
+}
+
+unsigned int Registry::CopyKey(const char* keyPath, const char* newPath) {
+  return OnFile(keyPath != nullptr && newPath != nullptr,
+                [&](TernaryRegistry& tree) { return tree.CopyKey(userId, keyPath, newPath); });
+}
+
+unsigned int Registry::MoveKey(const char* keyPath, const char* newPath) {
+  return OnFile(keyPath != nullptr && newPath != nullptr,
+                [&](TernaryRegistry& tree) { return tree.MoveKey(userId, keyPath, newPath); });
+}
+
+}  // namespace tamu::registry

@@ -1,0 +1,141 @@
+// Keys and values exactly as they are told.
+#include <cstring>
+#include <memory>
+
+#include "registry/base/RCEString.h"
+#include "registry/base/ValueCheck.h"
+#include "registry/filetree/ExactChanges.h"
+#include "registry/filetree/TernaryRegistry.h"
+
+namespace tamu::registry {
+
+namespace {
+
+// A name that is found under itself.
+bool IsWholeName(const char* name) {
+  const unsigned int length = RCEString::Length(name);
+  return length != 0 && length <= kValueNameMax;
+}
+
+const char* WithoutSlash(const char* path) {
+  return path[0] == '/' ? path + 1 : path;
+}
+
+// Whether a path is that of a key or of one below it.
+bool IsWithin(const char* path, const char* key) {
+  const size_t length = std::strlen(key);
+  return length == 0 ||
+         (std::strncmp(path, key, length) == 0 && (path[length] == 0 || path[length] == '/'));
+}
+
+}  // namespace
+
+// A change that is not ended is undone, so nothing of a refusal stays.
+unsigned int TernaryRegistry::MakeKey(unsigned int user, const char* path, bool withParents) {
+  return InStore<Changes>(true, [&](Changes& changes) {
+    const Status result = MakeExactKey(changes, user, path, withParents);
+    return result.IsOk() ? changes.End(result) : result;
+  });
+}
+
+unsigned int TernaryRegistry::PutValue(unsigned int user, const char* path, const char* name,
+                                       const Value& value, bool withKey) {
+  if (LacksArgument(name, &value) || !IsWholeName(name)) return status::kBadArgument;
+  if (IsTooLarge(&value)) return status::kLimit;
+  if (value.type > kValueTypeMax) return status::kNoData;
+  if (value.type == kValueTypeInteger && value.size != TernaryValueNode::kInlineSize) {
+    return status::kBadArgument;
+  }
+  return InStore<Changes>(true, [&](Changes& changes) {
+    Reached reached;
+    Status result = ReachKey(changes, user, nullptr, path, kOpenToAll, &reached);
+    if (withKey && result == status::kNotFound) {
+      result = MakeExactKey(changes, user, path, true);
+      if (result.IsOk()) result = ReachKey(changes, user, nullptr, path, kOpenToAll, &reached);
+    }
+    if (result.IsOk() && reached.keyId == 0) result = status::kNotFound;  // a name without key
+    if (result.IsOk()) result = PutValueOf(changes, user, name, value, &reached);
+    return result.IsOk() ? changes.End(result) : result;
+  });
+}
+
+unsigned int TernaryRegistry::ReadWhole(unsigned int user, const char* path, const char* name,
+                                        Value* value) {
+  const auto read = [&](StoreAccess& access, Reached& reached) {
+    const Status result = ReachValue(access, name, &reached);
+    return result.IsOk() ? ReadRecord(access, reached.value, true, value) : result;
+  };
+  return OnKey<StoreAccess>(user, nullptr, path, kRead, name != nullptr && value != nullptr, read);
+}
+
+unsigned int TernaryRegistry::RemoveValue(unsigned int user, const char* path, const char* name) {
+  const auto remove = [&](Changes& changes, Reached& reached) {
+    Status result = ReachValue(changes, name, &reached);
+    if (!result.IsOk()) return result;
+    // Those that it hid, too.
+    while (result.IsOk()) {
+      result = RemoveReached(changes, &reached);
+      reached.beforeId = 0;
+      if (result.IsOk()) result = ReachValue(changes, name, &reached);
+    }
+    return result == status::kNotFound ? changes.End(status::kOk) : result;
+  };
+  return OnKey<Changes>(user, nullptr, path, kDelete, name != nullptr, remove);
+}
+
+unsigned int TernaryRegistry::CopyKey(unsigned int user, const char* path, const char* newPath) {
+  path = WithoutSlash(path);
+  newPath = WithoutSlash(newPath);
+  if (IsWithin(newPath, path)) return status::kBadArgument;
+  return InStore<Changes>(true, [&](Changes& changes) -> Status {
+    KeyInfo info = {};
+    Status result = GetKeyInfo(user, nullptr, path, &info);
+    if (!result.IsOk()) return result;
+    NameList names(info.totalKeyCount + 1);
+    if (info.totalKeyCount != 0) result = ListKeys(user, nullptr, path, 0, &names, 0);
+    if (result.IsOk()) result = MakeExactKey(changes, user, newPath, true);
+    for (unsigned int i = 0; result.IsOk() && i <= names.Count(); ++i) {
+      const char* const name = i == 0 ? "" : names.GetName(i - 1, nullptr);
+      const std::unique_ptr<char[]> from(RCEString::Concate(path, name, i != 0));
+      const std::unique_ptr<char[]> to(RCEString::Concate(newPath, name, i != 0));
+      if (from == nullptr || to == nullptr) return status::kNoMemory;
+      if (i != 0) result = MakeExactKey(changes, user, to.get(), true);
+      if (result == status::kExists) result = status::kOk;  // as one above another
+      Reached reached;
+      if (result.IsOk())
+        result = ReachKey(changes, user, nullptr, from.get(), kOpenToAll, &reached);
+      if (result.IsOk()) result = CopyContents(changes, user, reached, to.get());
+    }
+    return result.IsOk() ? changes.End(result) : result;
+  });
+}
+
+// What lies below hangs on the name alone: it is hung on the other.
+unsigned int TernaryRegistry::MoveKey(unsigned int user, const char* path, const char* newPath) {
+  path = WithoutSlash(path);
+  newPath = WithoutSlash(newPath);
+  if (IsWithin(newPath, path)) return status::kBadArgument;
+  return InStore<Changes>(true, [&](Changes& changes) -> Status {
+    Reached from;
+    Reached to;
+    Status result = ReachKey(changes, user, nullptr, path, kDelete, &from);
+    if (result.IsOk() && from.keyId == 0) result = status::kNotFound;
+    if (result.IsOk()) result = MakeExactKey(changes, user, newPath, true);
+    // Making it may have cut the name of the other.
+    if (result.IsOk()) result = ReachKey(changes, user, nullptr, path, kDelete, &from);
+    if (result.IsOk()) result = ReachKey(changes, user, nullptr, newPath, kOpenToAll, &to);
+    TernaryStringNode fromNode;
+    TernaryStringNode toNode;
+    if (result.IsOk()) result = changes.Read(from.nodeId, &fromNode);
+    if (result.IsOk()) result = changes.Read(to.nodeId, &toNode);
+    if (!result.IsOk()) return result;
+    EndName(&toNode, from.keyId);
+    toNode.setChild(fromNode.child());
+    result = changes.Write(from.nodeId, WithoutKey(fromNode));
+    if (result.IsOk()) result = changes.Write(to.nodeId, toNode);
+    if (result.IsOk()) result = changes.Release(NodeKind::kKey, to.keyId);
+    return result.IsOk() ? changes.End(result) : result;
+  });
+}
+
+}  // namespace tamu::registry
