@@ -1,5 +1,6 @@
 # Installing libYAX: the library, its headers, the CMake package and the pkg-config file.
-# A client includes "registry/Registry.h"; its include folder is <prefix>/include/yax.
+# A client includes "yax/Settings.h" or "yax/yax.h" from <prefix>/include, "registry/Registry.h" and the like from
+# <prefix>/include/yax.
 
 include(CMakePackageConfigHelpers)
 
@@ -12,6 +13,7 @@ install(TARGETS YAX EXPORT YAXTargets
 get_property(headers GLOBAL PROPERTY YAX_PUBLIC_HEADERS)
 foreach(header IN LISTS headers)
   get_filename_component(folder ${header} DIRECTORY)
+  string(REGEX REPLACE "^yax$" "." folder ${folder})
   install(FILES ${header} DESTINATION ${yax_include_dir}/${folder})
 endforeach()
 

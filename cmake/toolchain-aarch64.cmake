@@ -1,6 +1,7 @@
 # 64-bit ARM with Debian's g++-aarch64-linux-gnu. Nothing of what is built runs here: no emulator is told.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR aarch64)
+set(CMAKE_C_COMPILER aarch64-linux-gnu-gcc)
 set(CMAKE_CXX_COMPILER aarch64-linux-gnu-g++)
 
 set(CMAKE_FIND_ROOT_PATH /usr/aarch64-linux-gnu)

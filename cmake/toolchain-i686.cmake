@@ -2,6 +2,7 @@
 # take loader and libraries from the cross compiler's folder, no 32-bit system needs to be installed.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR i686)
+set(CMAKE_C_COMPILER i686-linux-gnu-gcc)
 set(CMAKE_CXX_COMPILER i686-linux-gnu-g++)
 
 set(yax_i686_lib /usr/i686-linux-gnu/lib)

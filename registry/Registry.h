@@ -223,6 +223,9 @@ class YAX_API Registry {
   // Removes a value, with those of the same name that it hides, and gives their blocks back.
   // Right: delete.
   unsigned int RemoveValue(const char* keyPath, const char* name);
+  // Removes a key with all below, as DeleteKey, and gives the blocks of the values back. Right:
+  // delete on this key. kBadArgument: the root, which stays.
+  unsigned int RemoveKey(const char* keyPath);
   // Makes a key, with the keys above it, that has the default value and the values of another, and
   // all keys below alike. They are the current user's, with the rights of keys made there; watch
   // bits, values that are not set and hidden ones stay behind. Rights: read on the key, create on

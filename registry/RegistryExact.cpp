@@ -34,6 +34,11 @@ unsigned int Registry::RemoveValue(const char* keyPath, const char* name) {
                 [&](TernaryRegistry& tree) { return tree.RemoveValue(userId, keyPath, name); });
 }
 
+unsigned int Registry::RemoveKey(const char* keyPath) {
+  return OnFile(keyPath != nullptr,
+                [&](TernaryRegistry& tree) { return tree.RemoveKey(userId, keyPath); });
+}
+
 unsigned int Registry::CopyKey(const char* keyPath, const char* newPath) {
   return OnFile(keyPath != nullptr && newPath != nullptr,
                 [&](TernaryRegistry& tree) { return tree.CopyKey(userId, keyPath, newPath); });

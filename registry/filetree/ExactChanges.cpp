@@ -47,8 +47,7 @@ bool Holds(const StoreAccess& access, const TernaryValueNode& record, const Valu
   }
   Value stored = {};
   if (!ReadRecord(access, record, true, &stored).IsOk()) return false;
-  const bool isSame =
-      value.size == 0 || std::memcmp(stored.data, value.data, value.size) == 0;
+  const bool isSame = value.size == 0 || std::memcmp(stored.data, value.data, value.size) == 0;
   FreeValueData(stored);
   return isSame;
 }
@@ -139,6 +138,18 @@ Status RemoveReached(Changes& changes, Reached* reached) {
   if (key.valueCount() > 0) key.setValueCount(key.valueCount() - 1u);
   if (result.IsOk()) result = changes.Write(reached->keyId, key);
   return result.IsOk() ? changes.Release(NodeKind::kValue, reached->valueId) : result;
+}
+
+Status ReleaseValues(Changes& changes, const Reached& key) {
+  Reached rest = key;
+  Status result = status::kOk;
+  for (unsigned int id = rest.key.firstValue(); result.IsOk() && id != 0;) {
+    rest.valueId = id;
+    result = changes.Read(id, &rest.value);
+    if (result.IsOk()) result = RemoveReached(changes, &rest);
+    id = rest.key.firstValue();
+  }
+  return result;
 }
 
 Status ReadRecord(const StoreAccess& access, const TernaryValueNode& record, bool whole,

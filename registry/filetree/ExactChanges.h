@@ -19,6 +19,8 @@ Status PutValueOf(Changes& changes, unsigned int user, const char* name, const V
                   Reached* reached);
 // Removes a value that was reached, by ReachValue, and gives its blocks back.
 Status RemoveReached(Changes& changes, Reached* reached);
+// Removes all values of a key and gives their blocks back.
+Status ReleaseValues(Changes& changes, const Reached& key);
 // Reads the data of a value into a new buffer, the caller's (FreeValueData); of a number all eight
 // bytes if `whole`, else the lower four. kNoData: it is not set.
 Status ReadRecord(const StoreAccess& access, const TernaryValueNode& record, bool whole,

@@ -150,6 +150,7 @@ class TernaryRegistry : public NodeOperations {
                         bool withKey);
   unsigned int ReadWhole(unsigned int user, const char* path, const char* name, Value* value);
   unsigned int RemoveValue(unsigned int user, const char* path, const char* name);
+  unsigned int RemoveKey(unsigned int user, const char* path);
   unsigned int CopyKey(unsigned int user, const char* path, const char* newPath);
   unsigned int MoveKey(unsigned int user, const char* path, const char* newPath);
 
@@ -160,6 +161,8 @@ class TernaryRegistry : public NodeOperations {
 
   unsigned int OpenStore(const char* path);
   void DropStore();
+  template <class Body>
+  Status ForBranch(unsigned int user, const char* path, Body body);
 
   // Runs the body of an operation on a key, with the object lock and the store held, when the key
   // was found and the user may.

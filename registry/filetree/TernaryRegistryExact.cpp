@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "registry/base/RCEString.h"
+#include "registry/base/UserId.h"
 #include "registry/base/ValueCheck.h"
 #include "registry/filetree/ExactChanges.h"
 #include "registry/filetree/TernaryRegistry.h"
@@ -26,6 +27,10 @@ bool IsWithin(const char* path, const char* key) {
   const size_t length = std::strlen(key);
   return length == 0 ||
          (std::strncmp(path, key, length) == 0 && (path[length] == 0 || path[length] == '/'));
+}
+
+char* PathOf(const char* path, const char* name) {
+  return name == nullptr ? RCEString::Duplicate(path) : RCEString::Concate(path, name, true);
 }
 
 }  // namespace
@@ -83,29 +88,58 @@ unsigned int TernaryRegistry::RemoveValue(unsigned int user, const char* path, c
   return OnKey<Changes>(user, nullptr, path, kDelete, name != nullptr, remove);
 }
 
+// Calls body(name) for a key, whose name is null, and for all below it, whose names go on from it.
+template <class Body>
+Status TernaryRegistry::ForBranch(unsigned int user, const char* path, Body body) {
+  KeyInfo info = {};
+  Status result = GetKeyInfo(user, nullptr, path, &info);
+  if (!result.IsOk()) return result;
+  NameList names(info.totalKeyCount + 1);
+  result = ListKeys(user, nullptr, path, 0, &names, 0);
+  if (result.IsOk()) result = body(nullptr);
+  for (unsigned int i = 0; result.IsOk() && i < names.Count(); ++i) {
+    result = body(names.GetName(i, nullptr));
+  }
+  return result;
+}
+
+// The rights below the key are not asked for.
+unsigned int TernaryRegistry::RemoveKey(unsigned int user, const char* path) {
+  path = WithoutSlash(path);
+  if (path[0] == 0) return status::kBadArgument;
+  return InStore<Changes>(true, [&](Changes& changes) {
+    Reached reached;
+    Status result = ReachKey(changes, user, nullptr, path, kDelete, &reached);
+    if (!result.IsOk()) return result;
+    result = ForBranch(kAdministratorId, path, [&](const char* name) -> Status {
+      const std::unique_ptr<char[]> full(PathOf(path, name));
+      if (full == nullptr) return status::kNoMemory;
+      Reached key;
+      Status emptied = ReachKey(changes, user, nullptr, full.get(), kOpenToAll, &key);
+      if (emptied.IsOk()) emptied = ReleaseValues(changes, key);
+      return emptied;
+    });
+    // Where not even the owner may read, blocks stay in use.
+    if (result.IsOk() || result == status::kNoRight) result = DeleteKey(user, nullptr, path);
+    return result.IsOk() ? changes.End(result) : result;
+  });
+}
+
 unsigned int TernaryRegistry::CopyKey(unsigned int user, const char* path, const char* newPath) {
   path = WithoutSlash(path);
   newPath = WithoutSlash(newPath);
   if (IsWithin(newPath, path)) return status::kBadArgument;
-  return InStore<Changes>(true, [&](Changes& changes) -> Status {
-    KeyInfo info = {};
-    Status result = GetKeyInfo(user, nullptr, path, &info);
-    if (!result.IsOk()) return result;
-    NameList names(info.totalKeyCount + 1);
-    if (info.totalKeyCount != 0) result = ListKeys(user, nullptr, path, 0, &names, 0);
-    if (result.IsOk()) result = MakeExactKey(changes, user, newPath, true);
-    for (unsigned int i = 0; result.IsOk() && i <= names.Count(); ++i) {
-      const char* const name = i == 0 ? "" : names.GetName(i - 1, nullptr);
-      const std::unique_ptr<char[]> from(RCEString::Concate(path, name, i != 0));
-      const std::unique_ptr<char[]> to(RCEString::Concate(newPath, name, i != 0));
+  return InStore<Changes>(true, [&](Changes& changes) {
+    const Status result = ForBranch(user, path, [&](const char* name) -> Status {
+      const std::unique_ptr<char[]> from(PathOf(path, name));
+      const std::unique_ptr<char[]> to(PathOf(newPath, name));
       if (from == nullptr || to == nullptr) return status::kNoMemory;
-      if (i != 0) result = MakeExactKey(changes, user, to.get(), true);
-      if (result == status::kExists) result = status::kOk;  // as one above another
+      Status made = MakeExactKey(changes, user, to.get(), true);
+      if (name != nullptr && made == status::kExists) made = status::kOk;  // as one above another
       Reached reached;
-      if (result.IsOk())
-        result = ReachKey(changes, user, nullptr, from.get(), kOpenToAll, &reached);
-      if (result.IsOk()) result = CopyContents(changes, user, reached, to.get());
-    }
+      if (made.IsOk()) made = ReachKey(changes, user, nullptr, from.get(), kOpenToAll, &reached);
+      return made.IsOk() ? CopyContents(changes, user, reached, to.get()) : made;
+    });
     return result.IsOk() ? changes.End(result) : result;
   });
 }

@@ -2,6 +2,7 @@
 # Includes of our own headers point one way, folder by folder; nothing below knows of what is above:
 #   framework -> registry -> filetree, memtree -> keytree -> store -> format -> base -> platform
 # The two trees never include each other; of the framework, what clients include knows nothing of internal/.
+# The interfaces in yax/ know the front end alone.
 # The command-line tool: main, docs -> verbs -> content, components -> image -> front end and store; all of them may
 # use texts, and verbs, docs and main the command line, which knows no registry but its statuses.
 
@@ -31,6 +32,8 @@ function(allowed_includes file)
     set(patterns ${client} "^framework/[^/]+\\.h$")
   elseif(file MATCHES "^framework/")
     set(patterns ${client} "^framework/")
+  elseif(file MATCHES "^yax/")
+    set(patterns ${client} "^yax/")
   elseif(file MATCHES "^tools/yaxreg/text/")
     set(patterns ${tool_text})
   elseif(file MATCHES "^tools/yaxreg/cli/")
@@ -70,7 +73,8 @@ endfunction()
 
 file(GLOB_RECURSE files RELATIVE ${ROOT}
   ${ROOT}/framework/*.h ${ROOT}/framework/*.cpp ${ROOT}/platform/*.h ${ROOT}/platform/*.cpp
-  ${ROOT}/registry/*.h ${ROOT}/registry/*.cpp ${ROOT}/tools/*.h ${ROOT}/tools/*.cpp)
+  ${ROOT}/registry/*.h ${ROOT}/registry/*.cpp ${ROOT}/tools/*.h ${ROOT}/tools/*.cpp
+  ${ROOT}/yax/*.h ${ROOT}/yax/*.cpp)
 if(NOT files)
   message(FATAL_ERROR "No sources in ${ROOT}")
 endif()

@@ -189,6 +189,36 @@ TEST_F(RegistryExact, RemovingAValueTakesHiddenOnesAndGivesBlocksBack) {
   EXPECT_EQ(GetFile(path).size(), before.size());
 }
 
+TEST_F(RegistryExact, ARemovedKeyIsGoneWithAllBelowAndLosesNoBlocks) {
+  const std::string before = GetFile(path);
+  for (int i = 0; i < 700; ++i) {
+    ASSERT_EQ(Put("branch/a/b", "large", 2, std::string(1000, 'x')), status::kOk) << i;
+    ASSERT_EQ(Put("branch", "large", 2, std::string(1000, 'y')), status::kOk) << i;
+    ASSERT_EQ(registry.RemoveKey("/branch"), status::kOk) << i;
+  }
+  EXPECT_EQ(Keys(), std::set<std::string>());
+  EXPECT_EQ(GetFile(path).size(), before.size());
+}
+
+TEST_F(RegistryExact, RemovingIsRefusedForTheRootAndWithoutTheRight) {
+  ASSERT_EQ(PutNumber("k/l", "n", 1), status::kOk);
+  const std::string before = GetFile(path);
+  EXPECT_EQ(registry.RemoveKey(""), status::kBadArgument);
+  EXPECT_EQ(registry.RemoveKey("/"), status::kBadArgument);
+  EXPECT_EQ(registry.RemoveKey(nullptr), status::kBadArgument);
+  EXPECT_EQ(registry.RemoveKey("missing"), status::kNotFound);
+  registry.SetCurrentUserId(7);
+  EXPECT_EQ(registry.RemoveKey("k"), status::kNoRight);
+  EXPECT_EQ(GetFile(path), before);
+}
+
+TEST_F(RegistryExact, AKeyThatNobodyMayReadIsRemovedAllTheSame) {
+  ASSERT_EQ(PutNumber("k/l", "n", 1), status::kOk);
+  ASSERT_EQ(registry.SetKeyPermission(0, "k", kRightDelete), status::kOk);
+  EXPECT_EQ(registry.RemoveKey("k"), status::kOk);
+  EXPECT_EQ(registry.MakeKey("k"), status::kOk);
+}
+
 TEST_F(RegistryExact, ACopyHoldsWhatTheKeyHolds) {
   ASSERT_EQ(registry.CreateKey(0, "from", 7), status::kOk);
   ASSERT_EQ(PutNumber("from/a/b", "n", 0x123456789), status::kOk);

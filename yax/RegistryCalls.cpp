@@ -1,0 +1,129 @@
+// Opening and closing registries.
+#include <new>
+
+#include "platform/PCMutex.h"
+#include "registry/base/UserId.h"
+#include "yax/CObjects.h"
+#include "yax/Version.h"
+
+namespace yax {
+
+namespace {
+
+using tamu::registry::Durability;
+
+// Opening and closing are for one thread at a time. Never destroyed: a registry may be closed while
+// the process ends.
+PCMutex* OpeningLock() {
+  static PCMutex* const lock = [] {
+    PCMutex* made = new (std::nothrow) PCMutex;
+    if (made != nullptr) made->Create();
+    return made;
+  }();
+  return lock;
+}
+
+bool gIsOpen = false;  // under the opening lock
+
+unsigned int ApplyOptions(const yax_options* options, Registry* registry) {
+  if (options == nullptr) return status::kOk;
+  if (options->size != sizeof *options) return status::kBadArgument;
+  if (options->user_name != nullptr) registry->SetCurrentUser(options->user_name);
+  tamu::registry::RegistryOptions asked;
+  switch (options->durability) {
+    case YAX_DURABILITY_USUAL:
+      return status::kOk;
+    case YAX_DURABILITY_NONE:
+      asked.durability = Durability::kNone;
+      break;
+    case YAX_DURABILITY_PROCESS:
+      asked.durability = Durability::kProcess;
+      break;
+    case YAX_DURABILITY_POWER:
+      asked.durability = Durability::kPower;
+      break;
+    default:
+      return status::kBadArgument;
+  }
+  return registry->SetOptions(asked);
+}
+
+unsigned int Open(Registry* registry) {
+  const unsigned int result = registry->Initialize();
+  if (result != status::kOk) return result;
+  // Another object of the process has the file open.
+  if (registry->Flush() == status::kOk) return status::kOk;
+  registry->Finalize();
+  return status::kBusy;
+}
+
+}  // namespace
+
+void Hold(yax_registry* registry) {
+  registry->references.fetch_add(1, std::memory_order_relaxed);
+}
+
+void LetGo(yax_registry* registry) {
+  if (registry->references.fetch_sub(1, std::memory_order_acq_rel) == 1) delete registry;
+}
+
+}  // namespace yax
+
+using namespace yax;
+
+const char* yax_status_text(yax_status status) {
+  return tamu::registry::StatusText(status);
+}
+
+const char* yax_version() {
+  return kVersion;
+}
+
+yax_status yax_open(const char* path, const yax_options* options, yax_registry** registry) {
+  if (path == nullptr || registry == nullptr) return status::kBadArgument;
+  PCMutex* const lock = OpeningLock();
+  const unsigned int user = options != nullptr ? options->user : YAX_ADMINISTRATOR;
+  std::unique_ptr<yax_registry> made(new (std::nothrow) yax_registry(path, user));
+  if (lock == nullptr || made == nullptr) return status::kNoMemory;
+  PCMutexGuard guard(*lock);
+  if (gIsOpen) return status::kBusy;
+  unsigned int result = ApplyOptions(options, &made->registry);
+  if (result == status::kOk) result = Open(&made->registry);
+  if (result != status::kOk) return result;
+  gIsOpen = true;
+  *registry = made.release();
+  return status::kOk;
+}
+
+void yax_close(yax_registry* registry) {
+  if (registry == nullptr) return;
+  PCMutexGuard guard(*OpeningLock());
+  registry->registry.Finalize();
+  gIsOpen = false;
+  LetGo(registry);
+}
+
+yax_status yax_sync(yax_registry* registry) {
+  return registry == nullptr ? status::kBadArgument : registry->registry.Sync();
+}
+
+unsigned yax_durability(const yax_registry* registry) {
+  if (registry == nullptr) return YAX_DURABILITY_NONE;
+  switch (registry->registry.EffectiveDurability()) {
+    case Durability::kPower:
+      return YAX_DURABILITY_POWER;
+    case Durability::kProcess:
+      return YAX_DURABILITY_PROCESS;
+    default:
+      return YAX_DURABILITY_NONE;
+  }
+}
+
+yax_status yax_set_user(yax_registry* registry, const char* name) {
+  if (registry == nullptr || name == nullptr) return status::kBadArgument;
+  return registry->registry.SetCurrentUser(name);
+}
+
+yax_status yax_set_user_number(yax_registry* registry, unsigned user) {
+  return registry == nullptr ? status::kBadArgument : registry->registry.SetCurrentUserId(user);
+}
