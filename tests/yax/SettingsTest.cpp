@@ -1,0 +1,215 @@
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tests/platform/TestFiles.h"
+#include "yax/Settings.h"
+
+namespace yax {
+namespace {
+
+enum class Color : unsigned char { kRed = 1, kBlue = 200 };
+enum Signed { kLow = -5 };
+
+class Settings : public ::testing::Test {
+ protected:
+  Settings() { EXPECT_EQ(registry.status(), Status()); }
+
+  std::vector<std::string> ListOf(const Names& names) {
+    EXPECT_EQ(names.status(), Status());
+    std::vector<std::string> list;
+    for (const std::string_view name : names) list.emplace_back(name);
+    EXPECT_EQ(list.size(), names.size());
+    return list;
+  }
+  template <class T>
+  void ExpectKept(T value) {
+    EXPECT_EQ(key.Set("v", value), Status());
+    const Result<T> read = key.Get<T>("v");
+    ASSERT_TRUE(read) << read.status().text();
+    EXPECT_EQ(*read, value);
+  }
+
+  TempDir folder;
+  const std::string path = folder / "settings.rce";
+  Registry registry{path};
+  Key key = registry["k"];
+};
+
+TEST_F(Settings, IntegersOfAllWidthsAreKeptWhole) {
+  ExpectKept(true);
+  ExpectKept(false);
+  ExpectKept<signed char>(-128);
+  ExpectKept<unsigned char>(255);
+  ExpectKept<char>('x');
+  ExpectKept<short>(-32768);
+  ExpectKept<unsigned short>(65535);
+  ExpectKept(std::numeric_limits<int>::min());
+  ExpectKept(std::numeric_limits<unsigned int>::max());
+  ExpectKept(std::numeric_limits<long>::min());
+  ExpectKept(std::numeric_limits<unsigned long>::max());
+  ExpectKept(std::numeric_limits<long long>::min());
+  ExpectKept(std::numeric_limits<unsigned long long>::max());
+  ExpectKept(Color::kBlue);
+  ExpectKept(kLow);
+}
+
+TEST_F(Settings, RealNumbersTextsAndBytesAreKept) {
+  ExpectKept(21.5);
+  ExpectKept(1.0 / 3);
+  ExpectKept(0.1f);
+  ExpectKept(std::numeric_limits<float>::max());
+  ExpectKept(std::numeric_limits<double>::infinity());
+  ExpectKept<std::string>("");
+  ExpectKept<std::string>("uplink \xC3\xA9");
+  ExpectKept(std::string(1023, 'x'));
+  ExpectKept(Bytes());
+  ExpectKept(Bytes{0, 1, 2, 0, 255});
+  ExpectKept(Bytes(1024, 7));
+}
+
+TEST_F(Settings, AFloatIsStoredAsItIsWritten) {
+  ASSERT_TRUE(key.Set("v", 0.1f));
+  EXPECT_EQ(key.Get<double>("v").value_or(0), 0.1);
+}
+
+TEST_F(Settings, TextsOfEveryKindAreTexts) {
+  const char* const pointer = "pointer";
+  ASSERT_TRUE(key.Set("v", pointer));
+  EXPECT_EQ(key.Get("v", ""), "pointer");
+  ASSERT_TRUE(key.Set("v", "literal"));
+  EXPECT_EQ(key.Get("v", ""), "literal");
+  ASSERT_TRUE(key.Set("v", std::string_view("a view of it").substr(0, 6)));
+  EXPECT_EQ(key.Get("v", ""), "a view");
+  EXPECT_EQ(key.Get<std::string>("v").value_or("none"), "a view");
+}
+
+TEST_F(Settings, WhatDoesNotFitIsToldAndNotReinterpreted) {
+  ASSERT_TRUE(key.Set("v", 300));
+  EXPECT_EQ(key.Get<unsigned char>("v").status(), Status(YAX_RANGE));
+  EXPECT_EQ(key.Get<signed char>("v").status(), Status(YAX_RANGE));
+  EXPECT_EQ(key.Get<bool>("v").status(), Status(YAX_RANGE));
+  EXPECT_EQ(key.Get<Color>("v").status(), Status(YAX_RANGE));
+  EXPECT_EQ(key.Get<std::string>("v").status(), Status(YAX_WRONG_TYPE));
+  EXPECT_EQ(key.Get<double>("v").status(), Status(YAX_WRONG_TYPE));
+  EXPECT_EQ(key.Get<Bytes>("v").status(), Status(YAX_WRONG_TYPE));
+  ASSERT_TRUE(key.Set("v", -1));
+  EXPECT_EQ(key.Get<unsigned short>("v").status(), Status(YAX_RANGE));
+  ASSERT_TRUE(key.Set("v", 1e300));
+  EXPECT_EQ(key.Get<float>("v").status(), Status(YAX_RANGE));
+  EXPECT_EQ(key.Get<int>("v").status(), Status(YAX_WRONG_TYPE));
+  EXPECT_EQ(key.Get<int>("v", 42), 42);
+  EXPECT_EQ(key.Get("missing", 7), 7);
+  EXPECT_EQ(key.Get<int>("missing").status(), Status(YAX_NOT_FOUND));
+}
+
+TEST_F(Settings, WhatIsTooLongOrImpossibleIsRefused) {
+  EXPECT_EQ(key.Set("v", std::string(1024, 'x')), Status(YAX_LIMIT));
+  EXPECT_EQ(key.Set("v", Bytes(1025, 1)), Status(YAX_LIMIT));
+  EXPECT_EQ(key.Set("v", std::string("a\0b", 3)), Status(YAX_BAD_ARGUMENT));
+  EXPECT_EQ(key.Set(std::string("n\0m", 3), 1), Status(YAX_BAD_ARGUMENT));
+  EXPECT_EQ(key.Set(std::string(32, 'n'), 1), Status(YAX_BAD_ARGUMENT));
+  EXPECT_EQ(key.Set("", 1), Status(YAX_BAD_ARGUMENT));
+  EXPECT_FALSE(key.Has(std::string("n\0m", 3)));
+  EXPECT_FALSE(key.Exists());
+  EXPECT_EQ(registry["a//b"].Set("v", 1), Status(YAX_BAD_ARGUMENT));
+  EXPECT_EQ(registry[std::string("a\0b", 3)].Make(), Status(YAX_BAD_ARGUMENT));
+}
+
+TEST_F(Settings, KeysAreMadeOnTheWayAndListedInOrder) {
+  for (const char* name : {"main", "max", "network/eth0", "net"}) {
+    ASSERT_TRUE(registry[name].Set("n", 1)) << name;
+  }
+  EXPECT_EQ(ListOf(registry.root().Children()),
+            (std::vector<std::string>{"main", "max", "net", "network"}));
+  EXPECT_EQ(ListOf(registry.root().Branch()),
+            (std::vector<std::string>{"main", "max", "net", "network", "network/eth0"}));
+  std::string walked;
+  EXPECT_TRUE(registry["network"].Walk([&](const Key& k) { walked += k.path() + " "; }));
+  EXPECT_EQ(walked, "network network/eth0 ");
+  EXPECT_EQ(registry["missing"].Children().status(), Status(YAX_NOT_FOUND));
+  EXPECT_TRUE(registry["missing"].Children().empty());
+}
+
+TEST_F(Settings, ValuesComeAndGo) {
+  ASSERT_TRUE(key.Set("b", 1));
+  ASSERT_TRUE(key.Set("a", "text"));
+  EXPECT_TRUE(key.Has("a"));
+  EXPECT_EQ(ListOf(key.Values()), (std::vector<std::string>{"a", "b"}));
+  EXPECT_TRUE(key.Remove("a"));
+  EXPECT_EQ(key.Remove("a"), Status(YAX_NOT_FOUND));
+  EXPECT_FALSE(key.Has("a"));
+  EXPECT_EQ(key.Values()[0], "b");
+}
+
+TEST_F(Settings, BranchesAreCopiedMovedAndRemoved) {
+  ASSERT_TRUE(registry["a/b"].Set("n", 1));
+  EXPECT_TRUE(registry["a"].CopyTo("c/d"));
+  EXPECT_EQ(registry["c/d/b"].Get("n", 0), 1);
+  EXPECT_TRUE(registry["c"].MoveTo("e"));
+  EXPECT_FALSE(registry["c"].Exists());
+  EXPECT_EQ(registry["e"].CopyTo("a"), Status(YAX_EXISTS));
+  EXPECT_TRUE(registry["e"].Remove());
+  EXPECT_TRUE(registry["e/f"].Make());
+  EXPECT_TRUE(registry["e/f"].Make());
+  EXPECT_EQ(registry["e"].Children().size(), 1u);
+}
+
+TEST_F(Settings, ABackupBringsABranchBack) {
+  ASSERT_TRUE(key.Set("n", 1));
+  ASSERT_TRUE(key.BackUp(folder / "backup"));
+  ASSERT_TRUE(key.Set("n", 2));
+  EXPECT_TRUE(key.Restore(folder / "backup"));
+  EXPECT_EQ(key.Get("n", 0), 1);
+}
+
+TEST_F(Settings, KeysOutliveRegistriesAndMoves) {
+  Key moved = std::move(key);
+  EXPECT_TRUE(moved.Set("n", 1));
+  EXPECT_EQ(key.Set("n", 1), Status(YAX_BAD_ARGUMENT));  // NOLINT: it names nothing now
+  registry = Registry(folder / "missing/a.rce");
+  EXPECT_FALSE(registry);
+  EXPECT_EQ(registry.status(), Status(YAX_BUSY));  // the old one was still open
+  EXPECT_EQ(moved.Set("n", 2), Status(YAX_NO_RIGHT));
+  EXPECT_EQ(registry["k"].Set("n", 2), Status(YAX_BAD_ARGUMENT));
+}
+
+TEST_F(Settings, ThreadsMakeKeysThatBeginAlike) {
+  std::vector<std::thread> threads;
+  const char* const names[] = {"network", "net", "nets", "networking"};
+  for (const char* name : names) {
+    threads.emplace_back([this, name] {
+      Key own = registry[name];
+      for (int i = 0; i < 50; ++i) {
+        EXPECT_TRUE(own["k" + std::to_string(i % 15)].Set("n", i));
+        EXPECT_EQ(own["k" + std::to_string(i % 15)].Get("n", -1), i);
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(ListOf(registry.root().Children()),
+            (std::vector<std::string>{"net", "nets", "network", "networking"}));
+}
+
+TEST(SettingsOpening, GivesWhatIsAskedForOrTellsWhyNot) {
+  TempDir folder;
+  Options options;
+  options.durability = Durability::kPower;
+  options.userName = "guest";
+  Registry registry(folder / "a.rce", options);
+  ASSERT_TRUE(registry) << registry.status().text();
+  EXPECT_EQ(registry.durability(), Durability::kPower);
+  EXPECT_TRUE(registry["mine"].Set("n", 1));
+  EXPECT_TRUE(registry.Sync());
+  EXPECT_TRUE(registry.SetUser("other"));
+  EXPECT_EQ(registry["mine"].Get<int>("n").status(), Status(YAX_NO_RIGHT));
+  EXPECT_TRUE(registry.SetUser(YAX_ADMINISTRATOR));
+  EXPECT_EQ(registry["mine"].Get("n", 0), 1);
+}
+
+}  // namespace
+}  // namespace yax

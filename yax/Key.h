@@ -1,0 +1,117 @@
+// A place in the registry, where a key may be, and its values.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "yax/Names.h"
+#include "yax/Stored.h"
+
+namespace yax {
+
+// Names a key and stays good whatever other threads and programs make and remove. Holds no lock,
+// can be moved, and may outlive the registry: operations then answer YAX_NO_RIGHT. One that was
+// named by an impossible path answers YAX_BAD_ARGUMENT. Any thread may use it.
+class Key {
+ public:
+  Key() = default;  // names nothing
+  // Takes a key of the C interface over.
+  explicit Key(yax_key* key) : key_(key) {}
+
+  // From this key on: eth0["ip/address"].
+  Key operator[](const std::string& path) const {
+    yax_key* below = nullptr;
+    if (HasZero(path)) return Key();
+    Status(yax_key_below(key_.get(), path.c_str(), &below)).Ignore();  // null tells it
+    return Key(below);
+  }
+  std::string path() const { return yax_key_path(key_.get()); }  // from the root
+
+  // ---- values
+
+  // The value, or why it cannot be had: YAX_NOT_FOUND, YAX_WRONG_TYPE, YAX_RANGE, ...
+  template <class T>
+  Result<T> Get(const std::string& name) const {
+    T value{};
+    if (HasZero(name)) return Status(YAX_BAD_ARGUMENT);
+    const Status status = Stored<T>::Read(key_.get(), name.c_str(), &value);
+    return status.ok() ? Result<T>(std::move(value)) : Result<T>(status);
+  }
+  // The value, or the fallback, whyever it cannot be had.
+  template <class T>
+  T Get(const std::string& name, T fallback) const {
+    return Get<T>(name).value_or(std::move(fallback));
+  }
+  std::string Get(const std::string& name, const char* fallback) const {
+    return Get<std::string>(name).value_or(fallback);
+  }
+  // Creates or replaces a value; makes the key, and those above it, when they are missing.
+  template <class T>
+  Status Set(const std::string& name, const T& value) {
+    if (HasZero(name)) return YAX_BAD_ARGUMENT;
+    return Stored<StoredAs<T>>::Write(key_.get(), name.c_str(), value);
+  }
+  bool Has(const std::string& name) const {
+    return !HasZero(name) && yax_value_exists(key_.get(), name.c_str(), nullptr) == YAX_OK;
+  }
+  Status Remove(const std::string& name) {
+    return HasZero(name) ? Status(YAX_BAD_ARGUMENT)
+                         : Status(yax_remove_value(key_.get(), name.c_str()));
+  }
+
+  // ---- the key itself
+
+  bool Exists() const { return yax_key_exists(key_.get()) == YAX_OK; }
+  // Makes it, and those above it; one that is there is fine, too.
+  Status Make() {
+    const yax_status status = yax_key_make(key_.get());
+    return status == YAX_EXISTS ? Status() : Status(status);
+  }
+  // With its values and all keys below.
+  Status Remove() { return yax_key_remove(key_.get()); }
+  // The path counts from the root. YAX_EXISTS. This object goes on naming the old path.
+  Status CopyTo(const std::string& newPath) const {
+    return HasZero(newPath) ? Status(YAX_BAD_ARGUMENT)
+                            : Status(yax_key_copy(key_.get(), newPath.c_str()));
+  }
+  Status MoveTo(const std::string& newPath) {
+    return HasZero(newPath) ? Status(YAX_BAD_ARGUMENT)
+                            : Status(yax_key_move(key_.get(), newPath.c_str()));
+  }
+  Status BackUp(const std::string& file) const { return yax_key_backup(key_.get(), file.c_str()); }
+  Status Restore(const std::string& file) { return yax_key_restore(key_.get(), file.c_str()); }
+
+  // ---- what there is, sorted by bytes
+
+  Names Children() const { return List(yax_key_children); }  // the keys right below
+  Names Branch() const { return List(yax_key_branch); }      // all below: "a", "a/b"
+  Names Values() const { return List(yax_key_values); }
+  // Calls visit(Key) for this key and all below it, a key before those below it.
+  template <class Visit>
+  Status Walk(Visit visit) const {
+    const Names names = Branch();
+    if (!names.status().ok()) return names.status();
+    visit((*this)[""]);
+    for (const std::string_view name : names) visit((*this)[std::string(name)]);
+    return YAX_OK;
+  }
+
+  yax_key* get() const { return key_.get(); }  // for the C interface; this object's
+
+ private:
+  struct Free {
+    void operator()(yax_key* key) const { yax_key_free(key); }
+  };
+
+  // A name with a zero byte would be taken for its beginning.
+  static bool HasZero(const std::string& text) { return text.find('\0') != std::string::npos; }
+  Names List(yax_status (*list)(const yax_key*, yax_names**)) const {
+    yax_names* names = nullptr;
+    const Status status = list(key_.get(), &names);
+    return {names, status};
+  }
+
+  std::unique_ptr<yax_key, Free> key_;
+};
+
+}  // namespace yax

@@ -1,0 +1,61 @@
+// What operations answer: a status, or a value or a status.
+#pragma once
+
+#include <optional>
+#include <utility>
+
+#include "yax/yax.h"
+
+namespace yax {
+
+// True for success. Of every failure the number and its words.
+class [[nodiscard]] Status {
+ public:
+  constexpr Status(unsigned code = YAX_OK) : code_(code) {}
+  constexpr explicit operator bool() const { return code_ == YAX_OK; }
+  constexpr bool ok() const { return code_ == YAX_OK; }
+  constexpr unsigned code() const { return code_; }  // one of YAX_OK, YAX_NO_RIGHT, ...
+  const char* text() const { return yax_status_text(code_); }
+  // Where it is left out of account on purpose.
+  constexpr void Ignore() const {}
+
+  friend constexpr bool operator==(Status a, Status b) { return a.code_ == b.code_; }
+  friend constexpr bool operator!=(Status a, Status b) { return a.code_ != b.code_; }
+
+ private:
+  unsigned code_;
+};
+
+// A value, or why there is none.
+template <class T>
+class [[nodiscard]] Result {
+ public:
+  Result(T value) : value_(std::move(value)) {}
+  // A failure, never YAX_OK.
+  Result(Status failure) : status_(failure) {}
+
+  explicit operator bool() const { return value_.has_value(); }
+  bool ok() const { return value_.has_value(); }
+  Status status() const { return status_; }
+  // Only of a success.
+  T& operator*() & { return *value_; }
+  const T& operator*() const& { return *value_; }
+  T&& operator*() && { return *std::move(value_); }
+  T* operator->() { return &*value_; }
+  const T* operator->() const { return &*value_; }
+
+  template <class U>
+  T value_or(U&& fallback) const& {
+    return value_.value_or(std::forward<U>(fallback));
+  }
+  template <class U>
+  T value_or(U&& fallback) && {
+    return std::move(value_).value_or(std::forward<U>(fallback));
+  }
+
+ private:
+  std::optional<T> value_;
+  Status status_;
+};
+
+}  // namespace yax

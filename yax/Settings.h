@@ -1,0 +1,76 @@
+// The C++ interface of libYAX that says what it means; this header is all that a program includes.
+//
+//   yax::Registry registry("settings.rce");
+//   if (!registry) return std::puts(registry.status().text()), 1;
+//   yax::Key eth0 = registry["network/eth0"];
+//   if (yax::Status set = eth0.Set("mtu", 1400); !set) std::puts(set.text());
+//   const int mtu = eth0.Get("mtu", 1500);
+//
+// Inline code over yax/yax.h, whose statuses and rules are those here, so a program that was built
+// with an older version goes on working with a newer library. Works without exceptions and RTTI.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "yax/Key.h"
+
+namespace yax {
+
+enum class Durability : unsigned {
+  kUsual = YAX_DURABILITY_USUAL,      // kProcess where that can be had, else kNone
+  kNone = YAX_DURABILITY_NONE,        // a process that dies in a change may leave a part of it
+  kProcess = YAX_DURABILITY_PROCESS,  // it leaves the change whole or not at all
+  kPower = YAX_DURABILITY_POWER,      // so does a power cut, and what was acknowledged is there
+};
+
+struct Options {
+  Durability durability = Durability::kUsual;
+  unsigned user = YAX_ADMINISTRATOR;  // taken at its word
+  std::string userName;               // counts instead, unless it is empty
+};
+
+// An open registry file. A process has one open at a time.
+class Registry {
+ public:
+  // Opens the file, which is made when nothing is at the path. status() tells how that went;
+  // without success everything below answers YAX_BAD_ARGUMENT.
+  explicit Registry(const std::string& path, const Options& options = Options()) {
+    yax_options asked = YAX_OPTIONS_USUAL;
+    asked.durability = static_cast<unsigned>(options.durability);
+    asked.user = options.user;
+    asked.user_name = options.userName.empty() ? nullptr : options.userName.c_str();
+    yax_registry* opened = nullptr;
+    status_ = yax_open(path.c_str(), &asked, &opened);
+    registry_.reset(opened);
+  }
+
+  explicit operator bool() const { return status_.ok(); }
+  Status status() const { return status_; }
+  // The key of a path, "" for the root; nothing is looked up.
+  Key operator[](const std::string& path) const { return root()[path]; }
+  Key root() const {
+    yax_key* key = nullptr;
+    Status(yax_key_at(registry_.get(), "", &key)).Ignore();  // null tells it
+    return Key(key);
+  }
+  // What changes survive; never kUsual.
+  Durability durability() const { return static_cast<Durability>(yax_durability(registry_.get())); }
+  // Waits until everything that was acknowledged is on the disk.
+  Status Sync() { return yax_sync(registry_.get()); }
+  // The user counts for all threads.
+  Status SetUser(const std::string& name) { return yax_set_user(registry_.get(), name.c_str()); }
+  Status SetUser(unsigned user) { return yax_set_user_number(registry_.get(), user); }
+
+  yax_registry* get() const { return registry_.get(); }  // for the C interface; this object's
+
+ private:
+  struct Close {
+    void operator()(yax_registry* registry) const { yax_close(registry); }
+  };
+
+  std::unique_ptr<yax_registry, Close> registry_;
+  Status status_;
+};
+
+}  // namespace yax

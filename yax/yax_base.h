@@ -1,0 +1,82 @@
+/* Of the C interface: statuses and registries. Include yax.h. */
+#pragma once
+
+#include <stddef.h>
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+#pragma GCC visibility push(default)
+
+/* ---- statuses */
+
+typedef unsigned int yax_status;
+
+enum {
+  YAX_OK = 0,
+  YAX_NO_RIGHT = 1,      /* the user lacks the right, or the registry was closed */
+  YAX_NOT_FOUND = 2,     /* no such key or value */
+  YAX_INPUT_OUTPUT = 5,  /* reading or writing failed, or the file is not open any more */
+  YAX_CANNOT_OPEN = 9,   /* a value cannot be read */
+  YAX_NO_MEMORY = 12,    /* none left; yax_open: or the file cannot be opened or made */
+  YAX_BUSY = 16,         /* this process has a registry open already */
+  YAX_EXISTS = 17,       /* the key is there already */
+  YAX_BAD_ARGUMENT = 22, /* a null pointer, an impossible name, path or text */
+  YAX_NO_SPACE = 28,     /* the disk is full, or what was asked for cannot be had */
+  YAX_RANGE = 34,        /* the stored number is outside what was asked for */
+  YAX_NOT_SUPPORTED = 37,
+  YAX_NO_DATA = 53,      /* the value is there, but not set; or there is no such type */
+  YAX_INVALID_FILE = 59, /* no registry, or a damaged one */
+  YAX_LIMIT = 75,        /* more than 1024 bytes, too little room, or the file is full for good */
+  YAX_WRONG_TYPE = 79    /* the value has another type */
+};
+
+/* A status in words; never null, and static. */
+const char *yax_status_text(yax_status status);
+/* The version of the library, "0.1.0"; static. */
+const char *yax_version(void);
+
+/* ---- the registry */
+
+typedef struct yax_registry yax_registry;
+
+/* What a change survives once it was acknowledged. */
+enum {
+  YAX_DURABILITY_USUAL = 0,   /* as _PROCESS where that can be had, else as _NONE */
+  YAX_DURABILITY_NONE = 1,    /* a process that dies in a change may leave a part of it */
+  YAX_DURABILITY_PROCESS = 2, /* it leaves the change whole or not at all */
+  YAX_DURABILITY_POWER = 3    /* so does a power cut, and what was acknowledged is there */
+};
+
+#define YAX_ADMINISTRATOR 65535u /* the user who has the owner's rights everywhere */
+
+typedef struct yax_options {
+  size_t size;           /* sizeof(yax_options) */
+  unsigned durability;   /* one of the above; one that cannot be had is YAX_NO_SPACE */
+  unsigned user;         /* the user's number, taken at its word */
+  const char *user_name; /* or his name, which is hashed into a number; null: the number counts */
+} yax_options;
+
+/* What null stands for in yax_open; a beginning for options of one's own. */
+#define YAX_OPTIONS_USUAL \
+  { sizeof(yax_options), YAX_DURABILITY_USUAL, YAX_ADMINISTRATOR, NULL }
+
+/* Opens a registry file, made when nothing is at the path. *registry is the caller's, until
+ * yax_close. A process has one registry open at a time: YAX_BUSY. YAX_INVALID_FILE: what is there
+ * is no registry and is left alone. */
+yax_status yax_open(const char *path, const yax_options *options, yax_registry **registry);
+/* Closes it; keys of it that are left answer YAX_NO_RIGHT. Null: nothing. */
+void yax_close(yax_registry *registry);
+/* Waits until everything that was acknowledged is on the disk. */
+yax_status yax_sync(yax_registry *registry);
+/* What changes survive: one of YAX_DURABILITY_, but not _USUAL. No status. */
+unsigned yax_durability(const yax_registry *registry);
+/* Another user counts from now on, for all threads. */
+yax_status yax_set_user(yax_registry *registry, const char *name);
+yax_status yax_set_user_number(yax_registry *registry, unsigned user);
+
+#pragma GCC visibility pop
+#ifdef __cplusplus
+}
+#endif
