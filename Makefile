@@ -20,7 +20,8 @@ BUILDS := distribution clang aarch64
 
 NEEDS := g++ cmake
 TOOL_NEEDS := libcli11-dev nlohmann-json3-dev
-TEST_NEEDS := $(NEEDS) $(TOOL_NEEDS) googletest pkg-config bats bsdutils util-linux
+TEST_NEEDS := $(NEEDS) $(TOOL_NEEDS) googletest pkg-config bats bsdutils util-linux \
+  python3-pytest
 NEEDS_i686 := g++-i686-linux-gnu
 NEEDS_distribution := dpkg-dev
 NEEDS_clang := clang-14
@@ -87,19 +88,19 @@ bench:
 
 coverage: check-coverage
 	@sh cmake/need-packages.sh gcovr
-	@gcovr --delete --root . --filter framework/ --filter platform/ --filter registry/ --filter tools/ \
+	@gcovr --delete --root . --filter framework/ --filter platform/ --filter registry/ --filter tools/ --filter yax/ \
 	  build/coverage
 
 format:
 	@sh cmake/need-packages.sh clang-format
-	@find bench examples framework platform registry tests tools -name '*.h' -o -name '*.cpp' | xargs clang-format -i
+	@find bench examples framework platform registry tests tools yax -name '*.h' -o -name '*.cpp' | xargs clang-format -i
 
 # The sources that the release preset compiles; tests are left to the compilers' warnings.
 tidy:
 	@sh cmake/need-packages.sh $(TEST_NEEDS) clang-tidy
 	@$(CMAKE) --preset release >/dev/null
 	@sed -n 's|^ *"file": "$(CURDIR)/\(.*\)",*$$|\1|p' build/release/compile_commands.json | sort -u | \
-	  grep -E '^(framework|platform|registry|tools)/' | xargs -P $(JOBS) -n 4 clang-tidy -p build/release --quiet
+	  grep -E '^(framework|platform|registry|tools|yax)/' | xargs -P $(JOBS) -n 4 clang-tidy -p build/release --quiet
 
 update-abi:
 	@sh cmake/need-packages.sh $(NEEDS) $(TOOL_NEEDS)

@@ -18,6 +18,7 @@ have() {
     libbenchmark-dev) test -f /usr/include/benchmark/benchmark.h ;;
     libcli11-dev) test -f /usr/include/CLI/CLI.hpp ;;
     nlohmann-json3-dev) test -f /usr/include/nlohmann/json.hpp ;;
+    python3-pytest) /usr/bin/python3 -c 'import pytest' 2>/dev/null ;;
     qemu-user-static) command -v qemu-arm-static ;;
     util-linux) command -v setpriv ;;
     *) echo "need-packages.sh: how to look for $1 is not known" >&2 && exit 2 ;;

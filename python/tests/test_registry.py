@@ -1,0 +1,65 @@
+from pathlib import Path
+
+import pytest
+
+import yax
+
+
+def test_what_was_written_is_there_again(file: Path) -> None:
+    with yax.open(file) as registry:
+        registry["network/eth0"]["mtu"] = 1500
+    with yax.Registry(str(file)) as registry:
+        assert registry["network/eth0"]["mtu"] == 1500
+
+
+def test_one_registry_is_open_at_a_time(registry: yax.Registry, file: Path) -> None:
+    with pytest.raises(yax.BusyError):
+        yax.open(file)
+    registry["k"]["v"] = 1
+
+
+def test_a_closed_registry_is_told(file: Path) -> None:
+    registry = yax.open(file)
+    key = registry["k"]
+    registry.close()
+    registry.close()
+    with pytest.raises(yax.NoRightError):
+        key["v"] = 1
+    with pytest.raises(yax.NoRightError):
+        registry["k"]
+    assert "closed" in repr(registry)
+
+
+def test_what_is_no_registry_is_left_alone(file: Path) -> None:
+    file.write_text("something else")
+    with pytest.raises(yax.InvalidFileError, match="settings.rce"):
+        yax.open(file)
+    assert file.read_text() == "something else"
+    with pytest.raises(OSError):
+        yax.open(file / "below")
+
+
+def test_durability_is_had_as_asked_for(file: Path) -> None:
+    for durability in (yax.Durability.NONE, yax.Durability.POWER):
+        with yax.open(file, durability=durability) as registry:
+            assert registry.durability == durability
+            registry.sync()
+
+
+def test_a_user_owns_what_he_makes(file: Path) -> None:
+    with yax.open(file, user="installer") as registry:
+        registry["mine"]["v"] = 1
+        registry.set_user("guest")
+        with pytest.raises(yax.NoRightError):
+            registry["mine"]["v"]
+
+
+def test_every_status_has_an_exception_with_its_words(registry: yax.Registry) -> None:
+    with pytest.raises(yax.YaxError) as error:
+        registry["k"]["v"]
+    assert error.value.status == yax.Status.NOT_FOUND
+    assert str(error.value) == "value 'v' of key 'k': key or value not found (status 2)"
+
+
+def test_the_library_tells_its_version() -> None:
+    assert yax.version().count(".") == 2

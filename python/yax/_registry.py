@@ -1,0 +1,407 @@
+"""Registries and keys."""
+
+from __future__ import annotations
+
+import ctypes
+import enum
+import os
+from types import TracebackType
+from typing import Callable, Iterator, List, MutableMapping, Optional, Type, TypeVar, Union
+
+from ._errors import NotFoundError, Status, error_of
+from ._library import DATA_MAX, Options, check, lib
+
+Value = Union[int, float, str, bytes]
+"""What a value may be."""
+
+_Kind = TypeVar("_Kind", int, bool, float, str, bytes)
+
+ADMINISTRATOR = 65535
+"""The user who has the owner's rights everywhere."""
+
+_INTEGER, _TEXT, _REAL = 0, 1, 3
+_KIND_NAMES = {_INTEGER: "a number", _TEXT: "a text", 2: "bytes", _REAL: "a real number"}
+
+
+class Durability(enum.IntEnum):
+    """What a change survives once it was made."""
+
+    USUAL = 0
+    NONE = 1
+    PROCESS = 2
+    POWER = 3
+
+
+def version() -> str:
+    """The version of the library.
+
+    >>> version().count(".")
+    2
+    """
+    return str(lib.yax_version().decode())
+
+
+def _bytes(text: str, what: str) -> bytes:
+    data = text.encode("utf-8", "surrogateescape")
+    if b"\0" in data:
+        raise error_of(Status.BAD_ARGUMENT, what, "a zero byte is in the name")
+    return data
+
+
+def _text(data: bytes) -> str:
+    return data.decode("utf-8", "surrogateescape")
+
+
+def _real(data: bytes, what: str) -> float:
+    try:
+        return float(data[:-1]) if data.endswith(b"\0") else float(data)
+    except ValueError:
+        raise error_of(Status.WRONG_TYPE, what, f"{data!r} is no real number") from None
+
+
+class Key(MutableMapping[str, Value]):
+    """A place in the registry, where a key may be: a mapping from names to values.
+
+    It stays good whatever others make and remove. Setting a value makes the key, and those above it, when
+    they are missing; a key that is not there is an empty mapping.
+
+    >>> eth0 = registry["network/eth0"]
+    >>> eth0["mtu"] = 1500
+    >>> eth0.update(name="uplink", mac=bytes.fromhex("001bff"), load=0.25)
+    >>> sorted(eth0)
+    ['load', 'mac', 'mtu', 'name']
+    >>> eth0["mtu"], eth0["load"], eth0.get("speed", 100)
+    (1500, 0.25, 100)
+    >>> del eth0["load"]
+    >>> "load" in eth0
+    False
+    """
+
+    def __init__(self, registry: "Registry", path: str) -> None:
+        handle = ctypes.c_void_p()
+        data = _bytes(path, f"key {path!r}")
+        check(lib.yax_key_at(registry._handle, data, ctypes.byref(handle)), f"key {path!r}")
+        self._key = handle
+        self._registry = registry
+        self._path = _text(lib.yax_key_path(handle))
+
+    def __del__(self) -> None:
+        if hasattr(self, "_key"):
+            lib.yax_key_free(self._key)
+
+    @property
+    def path(self) -> str:
+        """From the root, without a slash at the beginning."""
+        return self._path
+
+    def __repr__(self) -> str:
+        return f"<yax.Key {self._path!r}>"
+
+    def __eq__(self, other: object) -> bool:
+        if isinstance(other, Key):
+            return self._registry is other._registry and self._path == other._path
+        return super().__eq__(other)
+
+    # ---- values
+
+    def __getitem__(self, name: str) -> Value:
+        what = self._what(name)
+        data = ctypes.create_string_buffer(DATA_MAX)
+        kind = ctypes.c_uint()
+        size = ctypes.c_size_t()
+        check(
+            lib.yax_get_data(
+                self._key, _bytes(name, what), ctypes.byref(kind), data, DATA_MAX, ctypes.byref(size)
+            ),
+            what,
+        )
+        raw = data.raw[: size.value]
+        if kind.value == _INTEGER:
+            return int.from_bytes(raw, "little", signed=True)
+        if kind.value == _TEXT:
+            return _text(raw[:-1] if raw.endswith(b"\0") else raw)
+        if kind.value == _REAL:
+            return _real(raw, what)
+        return raw
+
+    def __setitem__(self, name: str, value: Value) -> None:
+        what = self._what(name)
+        raw_name = _bytes(name, what)
+        if isinstance(value, int):
+            if not -(2**63) <= value < 2**63:
+                raise error_of(Status.RANGE, what, f"{value} does not fit into 64 bits with a sign")
+            status = lib.yax_set_int(self._key, raw_name, value)
+        elif isinstance(value, float):
+            status = lib.yax_set_real(self._key, raw_name, value)
+        elif isinstance(value, str):
+            data = value.encode("utf-8", "surrogateescape")
+            status = lib.yax_set_text(self._key, raw_name, data, len(data))
+        elif isinstance(value, (bytes, bytearray, memoryview)):
+            data = bytes(value)
+            status = lib.yax_set_bytes(self._key, raw_name, data, len(data))
+        else:
+            raise TypeError(f"{what}: {type(value).__name__} is no number, text or bytes")
+        check(status, what)
+
+    def __delitem__(self, name: str) -> None:
+        what = self._what(name)
+        check(lib.yax_remove_value(self._key, _bytes(name, what)), what)
+
+    def __contains__(self, name: object) -> bool:
+        if not isinstance(name, str):
+            return False
+        status = lib.yax_value_exists(self._key, _bytes(name, self._what(name)), None)
+        if status in (Status.OK, Status.NO_DATA):
+            return True
+        if status != Status.NOT_FOUND:
+            check(status, self._what(name))
+        return False
+
+    def __iter__(self) -> Iterator[str]:
+        return iter(self._names(lib.yax_key_values))
+
+    def __len__(self) -> int:
+        return len(self._names(lib.yax_key_values))
+
+    def __bool__(self) -> bool:
+        return True  # a key without values is a key, too
+
+    def read(self, name: str, kind: Type[_Kind]) -> _Kind:
+        """A value of just this type; ``WrongTypeError`` tells another one.
+
+        >>> key = registry["read"]
+        >>> key["on"] = True
+        >>> key.read("on", bool)
+        True
+        >>> key.read("on", str)
+        Traceback (most recent call last):
+        ...
+        yax._errors.WrongTypeError: value 'on' of key 'read': it is a number, not str (status 79)
+        """
+        value: object = self[name]
+        if kind is bool and isinstance(value, int):
+            if value not in (0, 1):
+                raise error_of(Status.RANGE, self._what(name), f"{value} is no truth value")
+            value = bool(value)
+        if isinstance(value, kind):
+            return value
+        words = f"it is {self._kind_name(name)}, not {kind.__name__}"
+        raise error_of(Status.WRONG_TYPE, self._what(name), words)
+
+    def get_unsigned(self, name: str) -> int:
+        """A number that was set as one without a sign, up to 2**64 - 1."""
+        what = self._what(name)
+        number = ctypes.c_uint64()
+        check(lib.yax_get_uint(self._key, _bytes(name, what), ctypes.byref(number)), what)
+        return number.value
+
+    def set_unsigned(self, name: str, value: int) -> None:
+        """A number up to 2**64 - 1. From 2**63 on, ``key[name]`` reads it as a negative one.
+
+        >>> registry["big"].set_unsigned("n", 2**64 - 1)
+        >>> registry["big"].get_unsigned("n") == 2**64 - 1
+        True
+        """
+        what = self._what(name)
+        if not 0 <= value < 2**64:
+            raise error_of(Status.RANGE, what, f"{value} does not fit into 64 bits without a sign")
+        check(lib.yax_set_uint(self._key, _bytes(name, what), value), what)
+
+    # ---- keys
+
+    def at(self, path: str) -> "Key":
+        """The key of a path from this one on; nothing is looked up.
+
+        >>> registry["network"].at("eth0/ip").path
+        'network/eth0/ip'
+        """
+        path = path[1:] if path.startswith("/") else path
+        return Key(self._registry, f"{self._path}/{path}" if self._path and path else self._path or path)
+
+    def exists(self) -> bool:
+        """Whether the key is there."""
+        status = lib.yax_key_exists(self._key)
+        if status not in (Status.OK, Status.NOT_FOUND):
+            check(status, self._what())
+        return bool(status == Status.OK)
+
+    def make(self) -> "Key":
+        """Makes the key, and those above it; one that is there is fine, too."""
+        status = lib.yax_key_make(self._key)
+        if status != Status.EXISTS:
+            check(status, self._what())
+        return self
+
+    def remove(self) -> None:
+        """Removes the key with its values and all keys below it."""
+        check(lib.yax_key_remove(self._key), self._what())
+
+    def copy_to(self, path: str) -> "Key":
+        """Copies the key and all below it to another path, from the root; answers the new key."""
+        check(lib.yax_key_copy(self._key, _bytes(path, self._what())), f"{self._what()} to {path!r}")
+        return Key(self._registry, path)
+
+    def move_to(self, path: str) -> "Key":
+        """Gives the key, with all below it, another path; answers the key of that."""
+        check(lib.yax_key_move(self._key, _bytes(path, self._what())), f"{self._what()} to {path!r}")
+        return Key(self._registry, path)
+
+    def children(self) -> List[str]:
+        """The names of the keys right below, sorted.
+
+        >>> registry["house/kitchen"]["light"] = 1
+        >>> registry["house/cellar"]["light"] = 0
+        >>> registry["house"].children()
+        ['cellar', 'kitchen']
+        """
+        return self._names(lib.yax_key_children)
+
+    def walk(self) -> Iterator["Key"]:
+        """This key, if it is there, and all below it, each before those below it."""
+        if self.exists():
+            yield self
+        for name in self._names(lib.yax_key_branch):
+            yield self.at(name)
+
+    def backup(self, file: Union[str, "os.PathLike[str]"]) -> None:
+        """Writes the key and all below it to a file."""
+        check(lib.yax_key_backup(self._key, os.fsencode(file)), self._what())
+
+    def restore(self, file: Union[str, "os.PathLike[str]"]) -> None:
+        """Replaces the key and all below it by what a file holds. Makes the key."""
+        self.make()
+        check(lib.yax_key_restore(self._key, os.fsencode(file)), self._what())
+
+    @property
+    def rights(self) -> int:
+        """The owner's in the low four bits, everybody else's above."""
+        rights = ctypes.c_ubyte()
+        check(lib.yax_key_get_rights(self._key, ctypes.byref(rights)), self._what())
+        return rights.value
+
+    @rights.setter
+    def rights(self, rights: int) -> None:
+        if not 0 <= rights <= 255:
+            raise error_of(Status.RANGE, self._what(), f"{rights} are no rights")
+        check(lib.yax_key_set_rights(self._key, rights), self._what())
+
+    # ---- parts
+
+    def _what(self, name: Optional[str] = None) -> str:
+        return f"key {self._path!r}" if name is None else f"value {name!r} of key {self._path!r}"
+
+    def _kind_name(self, name: str) -> str:
+        kind = ctypes.c_uint()
+        check(
+            lib.yax_value_exists(self._key, _bytes(name, ""), ctypes.byref(kind)), self._what(name)
+        )
+        return _KIND_NAMES.get(kind.value, f"of type {kind.value}")
+
+    def _names(self, function: Callable[..., int]) -> List[str]:
+        names = ctypes.c_void_p()
+        try:
+            check(function(self._key, ctypes.byref(names)), self._what())
+        except NotFoundError:
+            return []
+        try:
+            count = lib.yax_names_count(names)
+            return [_text(lib.yax_names_at(names, i, None)) for i in range(count)]
+        finally:
+            lib.yax_names_free(names)
+
+
+class Registry:
+    """An open registry file. A process has one open at a time; any thread may use it.
+
+    >>> registry["network/eth0"]
+    <yax.Key 'network/eth0'>
+    """
+
+    def __init__(
+        self,
+        path: Union[str, "os.PathLike[str]"],
+        *,
+        durability: Durability = Durability.USUAL,
+        user: Union[int, str] = ADMINISTRATOR,
+    ) -> None:
+        name = user.encode() if isinstance(user, str) else None
+        number = ADMINISTRATOR if isinstance(user, str) else user
+        options = Options(ctypes.sizeof(Options), int(durability), number, name)
+        handle = ctypes.c_void_p()
+        check(
+            lib.yax_open(os.fsencode(path), ctypes.byref(options), ctypes.byref(handle)),
+            os.fspath(path),
+        )
+        self._handle: Optional[ctypes.c_void_p] = handle
+        self._file = os.fspath(path)
+
+    def close(self) -> None:
+        """Closes the file; keys that are left raise ``NoRightError``."""
+        handle, self._handle = self._handle, None
+        if handle is not None:
+            lib.yax_close(handle)
+
+    def __enter__(self) -> "Registry":
+        return self
+
+    def __exit__(
+        self,
+        kind: Optional[Type[BaseException]],
+        error: Optional[BaseException],
+        trace: Optional[TracebackType],
+    ) -> None:
+        self.close()
+
+    def __del__(self) -> None:
+        if hasattr(self, "_handle"):
+            self.close()
+
+    def __repr__(self) -> str:
+        return f"<yax.Registry {self._file!r}{'' if self._handle else ', closed'}>"
+
+    def __getitem__(self, path: str) -> Key:
+        """The key of a path, "" for the root; nothing is looked up."""
+        if self._handle is None:
+            raise error_of(Status.NO_RIGHT, self._file, "the registry is closed")
+        return Key(self, path)
+
+    def __contains__(self, path: object) -> bool:
+        return isinstance(path, str) and self[path].exists()
+
+    def __delitem__(self, path: str) -> None:
+        self[path].remove()
+
+    def __iter__(self) -> Iterator[str]:
+        """The paths of all keys, sorted."""
+        return (key.path for key in self.root.walk() if key.path)
+
+    @property
+    def root(self) -> Key:
+        """The key above all others."""
+        return self[""]
+
+    @property
+    def durability(self) -> Durability:
+        """What changes survive; never ``USUAL``."""
+        return Durability(lib.yax_durability(self._handle))
+
+    def sync(self) -> None:
+        """Waits until everything that was changed is on the disk."""
+        check(lib.yax_sync(self._handle), self._file)
+
+    def set_user(self, user: Union[int, str]) -> None:
+        """Another user counts from now on, for all threads."""
+        if isinstance(user, str):
+            check(lib.yax_set_user(self._handle, _bytes(user, user)), user)
+        else:
+            check(lib.yax_set_user_number(self._handle, user), str(user))
+
+
+def open(
+    path: Union[str, "os.PathLike[str]"],
+    *,
+    durability: Durability = Durability.USUAL,
+    user: Union[int, str] = ADMINISTRATOR,
+) -> Registry:
+    """Opens a registry file, which is made when nothing is at the path."""
+    return Registry(path, durability=durability, user=user)
