@@ -8,6 +8,7 @@
 #   make coverage       the tests, then how much of each source they reach
 #   make crash          the tests of crashes in full size, which takes about an hour
 #   make bench          builds and runs the benchmarks
+#   make packages       builds Debian's packages, looks at them with lintian and tries them
 #   make format         formats all sources
 #   make tidy           looks for defects with clang-tidy (.clang-tidy)
 #   make update-abi     takes the symbols that libYAX.so exports over into the kept list
@@ -43,7 +44,7 @@ ENV_distribution = YAX_CXXFLAGS="$$($(FLAGS) CPPFLAGS) $$($(FLAGS) CXXFLAGS)" YA
 
 build = $(ENV_$(1)) $(CMAKE) --preset $(1) && $(RUN_$(1)) $(CMAKE) --build --preset $(1) -j $(JOBS)
 
-.PHONY: help demo test crash bench coverage check-all format tidy update-abi update-pages clean \
+.PHONY: help demo test packages crash bench coverage check-all format tidy update-abi update-pages clean \
   $(CHECKS:%=check-%) $(BUILDS:%=check-%)
 
 help:
@@ -80,6 +81,14 @@ crash:
 	@$(call build,release) --target yax_crash_tests yax_kill_tests
 	@YAX_CRASH_FULL=1 build/release/tests/yax_crash_tests
 	@YAX_CRASH_FULL=1 build/release/tests/yax_kill_tests
+
+# dpkg-buildpackage starts a make of its own, too.
+packages:
+	@sh cmake/need-packages.sh $(NEEDS) $(TOOL_NEEDS) $(NEEDS_distribution) debhelper dh-python lintian \
+	  pkg-config python3-pytest
+	@env -u MAKEFLAGS -u MFLAGS -u MAKELEVEL JOBS=$(JOBS) \
+	  sh cmake/run-quietly.sh build/packages.log "Building the packages" sh packaging/make-packages.sh build/packages
+	@tail -n 1 build/packages.log
 
 bench:
 	@sh cmake/need-packages.sh $(NEEDS) libbenchmark-dev

@@ -10,11 +10,14 @@ have() {
     bats | clang-format | clang-tidy | cmake | g++ | gcovr | make | pkg-config) command -v "$1" ;;
     bsdutils) command -v script ;;
     clang-14) command -v clang++-14 ;;
+    debhelper) command -v dh ;;
+    dh-python) command -v dh_python3 ;;
     dpkg-dev) command -v dpkg-buildflags ;;
     g++-aarch64-linux-gnu) command -v aarch64-linux-gnu-g++ ;;
     g++-arm-linux-gnueabihf) command -v arm-linux-gnueabihf-g++ ;;
     g++-i686-linux-gnu) command -v i686-linux-gnu-g++ ;;
     googletest) test -f /usr/src/googletest/googletest/src/gtest-all.cc ;;
+    lintian) command -v lintian ;;
     libbenchmark-dev) test -f /usr/include/benchmark/benchmark.h ;;
     libcli11-dev) test -f /usr/include/CLI/CLI.hpp ;;
     nlohmann-json3-dev) test -f /usr/include/nlohmann/json.hpp ;;
