@@ -24,7 +24,8 @@ from ._errors import (
     WrongTypeError,
     YaxError,
 )
-from ._registry import ADMINISTRATOR, Durability, Key, Registry, Value, open, version
+from ._registry import ADMINISTRATOR, Durability, Key, Registry, open, version
+from ._schema import Report, Setting, Value
 
 __all__ = [
     "ADMINISTRATOR",
@@ -41,6 +42,8 @@ __all__ = [
     "NotSetError",
     "RangeError",
     "Registry",
+    "Report",
+    "Setting",
     "Status",
     "Value",
     "WrongTypeError",

@@ -6,15 +6,13 @@ import ctypes
 import enum
 import os
 from types import TracebackType
-from typing import Callable, Iterator, List, MutableMapping, Optional, Type, TypeVar, Union
+from typing import Callable, Iterable, Iterator, List, MutableMapping, Optional, Type, TypeVar, Union
 
-from ._errors import NotFoundError, Status, error_of
+from ._errors import NotFoundError, NotSetError, Status, error_of
 from ._library import DATA_MAX, Options, check, lib
+from ._schema import Report, Setting, Value
 
-Value = Union[int, float, str, bytes]
-"""What a value may be."""
-
-_Kind = TypeVar("_Kind", int, bool, float, str, bytes)
+_Kind = TypeVar("_Kind", bound=Union[int, bool, float, str, bytes])
 
 ADMINISTRATOR = 65535
 """The user who has the owner's rights everywhere."""
@@ -379,6 +377,52 @@ class Registry:
     def root(self) -> Key:
         """The key above all others."""
         return self[""]
+
+    def apply(self, schema: Iterable[Setting]) -> Report:
+        """Makes the settings that are missing, unless something that is there does not fit.
+
+        ``WrongTypeError`` and ``RangeError`` name the first that does not; nothing is made then.
+
+        >>> schema = [yax.Setting("net/eth0", "mtu", 1500, least=576, most=9000),
+        ...           yax.Setting("net/eth0", "name", "uplink")]
+        >>> registry["net/eth0"]["speed"] = 100
+        >>> registry.apply(schema)
+        Report(made=['net/eth0 mtu', 'net/eth0 name'], extra=['net/eth0 speed'])
+        >>> registry["net/eth0"]["mtu"] = 9001
+        >>> registry.apply(schema)
+        Traceback (most recent call last):
+        ...
+        yax._errors.RangeError: value 'mtu' of key 'net/eth0': 9001 is not from 576 to 9000 (status 34)
+        """
+        settings = list(schema)
+        missing = [setting for setting in settings if not self._fits(setting)]
+        for setting in missing:
+            self[setting.key][setting.name] = setting.value
+        known = {(setting.key, setting.name) for setting in settings}
+        keys = dict.fromkeys(setting.key for setting in settings)
+        return Report(
+            made=[f"{setting.key} {setting.name}" for setting in missing],
+            extra=[f"{key} {name}" for key in keys for name in self[key] if (key, name) not in known],
+        )
+
+    def reset(self, schema: Iterable[Setting]) -> None:
+        """Gives every setting its first value."""
+        for setting in schema:
+            self[setting.key][setting.name] = setting.value
+
+    def _fits(self, setting: Setting) -> bool:
+        """False: it is missing."""
+        key = self[setting.key]
+        try:
+            value: Value = key.read(setting.name, type(setting.value))  # type: ignore[type-var]
+        except (NotFoundError, NotSetError):
+            return False
+        too_small = setting.least is not None and value < setting.least  # type: ignore[operator]
+        too_large = setting.most is not None and value > setting.most  # type: ignore[operator]
+        if too_small or too_large:
+            words = f"{value!r} is not from {setting.least} to {setting.most}"
+            raise error_of(Status.RANGE, key._what(setting.name), words)
+        return True
 
     @property
     def durability(self) -> Durability:

@@ -1,0 +1,84 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/platform/TestFiles.h"
+#include "yax/Schema.h"
+
+namespace yax {
+namespace {
+
+enum class Mode { kAuto = 3 };
+using Lines = std::vector<std::string>;
+
+class SchemaOf : public ::testing::Test {
+ protected:
+  const Schema schema = {{"net/eth0", "mtu", 1500, 576, 9000},
+                         {"net/eth0", "name", "uplink"},
+                         {"net/eth0", "mac", Bytes{0, 27}},
+                         {"net/eth0", "load", 0.5},
+                         {"net", "up", true, 0, 1},
+                         {"net", "mode", Mode::kAuto}};
+  TempDir folder;
+  Registry registry{folder / "a.rce"};
+};
+
+TEST_F(SchemaOf, AnEmptyRegistryMakesEverythingOnce) {
+  const Report first = Apply(registry, schema);
+  EXPECT_TRUE(first.status) << first.status.text();
+  EXPECT_EQ(first.made, (Lines{"net/eth0 mtu", "net/eth0 name", "net/eth0 mac", "net/eth0 load",
+                               "net up", "net mode"}));
+  EXPECT_EQ(registry["net/eth0"].Get("mtu", 0), 1500);
+  EXPECT_EQ(registry["net/eth0"].Get("name", ""), "uplink");
+  EXPECT_EQ(registry["net/eth0"].Get("load", 0.0), 0.5);
+  EXPECT_TRUE(registry["net"].Get("up", false));
+  const Report second = Apply(registry, schema);
+  EXPECT_TRUE(second.status);
+  EXPECT_EQ(second.made, Lines());
+  EXPECT_EQ(second.extra, Lines());
+}
+
+TEST_F(SchemaOf, WhatIsThereStays) {
+  ASSERT_TRUE(registry["net/eth0"].Set("mtu", 1400));
+  EXPECT_EQ(Apply(registry, schema).made.size(), schema.size() - 1);
+  EXPECT_EQ(registry["net/eth0"].Get("mtu", 0), 1400);
+}
+
+TEST_F(SchemaOf, WhatDoesNotFitIsToldAndNothingIsMade) {
+  ASSERT_TRUE(registry["net/eth0"].Set("name", 5));
+  ASSERT_TRUE(registry["net/eth0"].Set("mtu", 9001));
+  const Report report = Apply(registry, schema);
+  EXPECT_EQ(report.status, Status(YAX_RANGE));
+  EXPECT_EQ(report.unfit, (Lines{"net/eth0 mtu: the number is outside the range",
+                                 "net/eth0 name: the value has another type"}));
+  EXPECT_EQ(report.made, Lines());
+  EXPECT_FALSE(registry["net"].Has("up"));
+  EXPECT_EQ(registry["net/eth0"].Get("mtu", 0), 9001);
+}
+
+TEST_F(SchemaOf, WhatIsTooMuchIsToldOnce) {
+  ASSERT_TRUE(registry["net/eth0"].Set("speed", 100));
+  ASSERT_TRUE(registry["other"].Set("n", 1));
+  EXPECT_EQ(Apply(registry, schema).extra, Lines{"net/eth0 speed"});
+}
+
+TEST_F(SchemaOf, AResetBringsAllFirstValuesBack) {
+  ASSERT_TRUE(Apply(registry, schema).status);
+  ASSERT_TRUE(registry["net/eth0"].Set("mtu", 1400));
+  ASSERT_TRUE(registry["net/eth0"].Set("name", 7));
+  EXPECT_TRUE(Reset(registry, schema));
+  EXPECT_EQ(registry["net/eth0"].Get("mtu", 0), 1500);
+  EXPECT_EQ(registry["net/eth0"].Get("name", ""), "uplink");
+}
+
+TEST_F(SchemaOf, AFailureIsToldWithItsStatus) {
+  EXPECT_EQ(Apply(registry, {{"a//b", "n", 1}}).status, Status(YAX_BAD_ARGUMENT));
+  EXPECT_EQ(Reset(registry, {{"a", "n", std::string(1024, 'x')}}), Status(YAX_LIMIT));
+  ASSERT_TRUE(Apply(registry, schema).status);
+  ASSERT_TRUE(registry.SetUser("guest"));
+  EXPECT_EQ(Apply(registry, schema).status, Status(YAX_NO_RIGHT));
+}
+
+}  // namespace
+}  // namespace yax

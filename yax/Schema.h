@@ -1,0 +1,131 @@
+// The settings of a program as a table: what there shall be, of which type, and what stands there
+// at first.
+//
+//   const yax::Schema schema = {{"network/eth0", "mtu", 1500, 576, 9000},
+//                               {"network/eth0", "name", "uplink"}};
+//   const yax::Report report = yax::Apply(registry, schema);
+//   if (!report.status) for (const std::string& line : report.unfit) std::puts(line.c_str());
+#pragma once
+
+#include <cstdint>
+#include <limits>
+#include <set>
+#include <string>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "yax/Settings.h"
+
+namespace yax {
+
+// A value of one of the stored types.
+class Default {
+ public:
+  // A truth value, an integer or an enumeration.
+  template <class T,
+            std::enable_if_t<std::is_integral<T>::value || std::is_enum<T>::value, int> = 0>
+  Default(T number) : type_(YAX_INTEGER), number_(static_cast<std::int64_t>(number)) {}
+  Default(double real) : type_(YAX_REAL), real_(real) {}
+  Default(const char* text) : type_(YAX_TEXT), text_(text) {}
+  Default(std::string text) : type_(YAX_TEXT), text_(std::move(text)) {}
+  Default(Bytes bytes) : type_(YAX_BYTES), bytes_(std::move(bytes)) {}
+
+  unsigned type() const { return type_; }
+  Status Write(Key& key, const std::string& name) const {
+    if (type_ == YAX_INTEGER) return key.Set(name, number_);
+    if (type_ == YAX_REAL) return key.Set(name, real_);
+    return type_ == YAX_TEXT ? key.Set(name, text_) : key.Set(name, bytes_);
+  }
+
+ private:
+  unsigned type_;
+  std::int64_t number_ = 0;
+  double real_ = 0;
+  std::string text_;
+  Bytes bytes_;
+};
+
+struct Setting {
+  std::string key;  // its path
+  std::string name;
+  Default value;
+  std::int64_t least = std::numeric_limits<std::int64_t>::min();  // of an integer
+  std::int64_t most = std::numeric_limits<std::int64_t>::max();
+};
+
+using Schema = std::vector<Setting>;
+
+// What Apply has found and done, a line each: key, value and reason.
+struct Report {
+  Status status;
+  std::vector<std::string> made;   // were missing
+  std::vector<std::string> unfit;  // have another type or are out of range
+  std::vector<std::string> extra;  // values of the schema's keys that it does not know
+};
+
+// Whether a value is there and fits: YAX_OK, YAX_NOT_FOUND (also when it is not set),
+// YAX_WRONG_TYPE, YAX_RANGE, or why it cannot be read.
+inline Status Check(const Registry& registry, const Setting& setting) {
+  const Key key = registry[setting.key];
+  unsigned type = 0;
+  const Status found = yax_value_exists(key.get(), setting.name.c_str(), &type);
+  if (found == Status(YAX_NO_DATA)) return YAX_NOT_FOUND;
+  if (!found) return found;
+  if (type != setting.value.type()) return YAX_WRONG_TYPE;
+  if (type != YAX_INTEGER) return found;
+  const Result<std::int64_t> number = key.Get<std::int64_t>(setting.name);
+  if (!number) return number.status();
+  return *number < setting.least || *number > setting.most ? Status(YAX_RANGE) : found;
+}
+
+// Values of the schema's keys that it does not know, a line each.
+inline std::vector<std::string> FindExtra(const Registry& registry, const Schema& schema) {
+  std::set<std::string> known;
+  std::set<std::string> keys;
+  std::vector<std::string> extra;
+  for (const Setting& s : schema) known.insert(s.key + " " + s.name);
+  for (const Setting& s : schema) {
+    if (!keys.insert(s.key).second) continue;
+    for (const std::string_view name : registry[s.key].Values()) {
+      std::string line = s.key + " " + std::string(name);
+      if (known.count(line) == 0) extra.push_back(std::move(line));
+    }
+  }
+  return extra;
+}
+
+// Makes what is missing, unless something does not fit: then nothing is made, and the status is
+// that of the first that does not.
+inline Report Apply(Registry& registry, const Schema& schema) {
+  Report report;
+  const auto lineOf = [](const Setting& s) { return s.key + " " + s.name; };
+  std::vector<const Setting*> missing;
+  for (const Setting& setting : schema) {
+    const Status fits = Check(registry, setting);
+    if (fits == Status(YAX_NOT_FOUND)) missing.push_back(&setting);
+    if (fits || fits == Status(YAX_NOT_FOUND)) continue;
+    if (report.status) report.status = fits;
+    report.unfit.push_back(lineOf(setting) + ": " + fits.text());
+  }
+  for (const Setting* setting : missing) {
+    if (!report.status) break;
+    Key key = registry[setting->key];
+    report.status = setting->value.Write(key, setting->name);
+    if (report.status) report.made.push_back(lineOf(*setting));
+  }
+  report.extra = FindExtra(registry, schema);
+  return report;
+}
+
+// Gives every setting its first value: a factory reset.
+inline Status Reset(Registry& registry, const Schema& schema) {
+  for (const Setting& setting : schema) {
+    Key key = registry[setting.key];
+    const Status set = setting.value.Write(key, setting.name);
+    if (!set) return set;
+  }
+  return YAX_OK;
+}
+
+}  // namespace yax
