@@ -6,7 +6,7 @@ import ctypes
 import enum
 import os
 from types import TracebackType
-from typing import Callable, Iterable, Iterator, List, MutableMapping, Optional, Type, TypeVar, Union
+from typing import Any, Callable, Iterable, Iterator, List, MutableMapping, Optional, Type, TypeVar, Union, cast
 
 from ._errors import NotFoundError, NotSetError, Status, error_of
 from ._library import DATA_MAX, Options, check, lib
@@ -176,7 +176,10 @@ class Key(MutableMapping[str, Value]):
         ...
         yax._errors.WrongTypeError: value 'on' of key 'read': it is a number, not str (status 79)
         """
-        value: object = self[name]
+        return cast(_Kind, self._read(name, kind))
+
+    def _read(self, name: str, kind: type) -> Value:
+        value = self[name]
         if kind is bool and isinstance(value, int):
             if value not in (0, 1):
                 raise error_of(Status.RANGE, self._what(name), f"{value} is no truth value")
@@ -414,11 +417,11 @@ class Registry:
         """False: it is missing."""
         key = self[setting.key]
         try:
-            value: Value = key.read(setting.name, type(setting.value))  # type: ignore[type-var]
+            value: Any = key._read(setting.name, type(setting.value))
         except (NotFoundError, NotSetError):
             return False
-        too_small = setting.least is not None and value < setting.least  # type: ignore[operator]
-        too_large = setting.most is not None and value > setting.most  # type: ignore[operator]
+        too_small = setting.least is not None and value < setting.least
+        too_large = setting.most is not None and value > setting.most
         if too_small or too_large:
             words = f"{value!r} is not from {setting.least} to {setting.most}"
             raise error_of(Status.RANGE, key._what(setting.name), words)
