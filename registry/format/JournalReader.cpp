@@ -1,20 +1,24 @@
 #include "registry/format/JournalReader.h"
 
 #include "platform/PCMem.h"
+#include "platform/PCSideFile.h"
 
 namespace tamu::registry {
 
 namespace {
 
-bool AreEqual(const unsigned char* a, const unsigned char* b, unsigned int size) {
-  while (size > 0 && a[size - 1] == b[size - 1]) --size;
-  return size == 0;
+// The machine has not been started again since the journal was made.
+bool IsOfThisStart(JournalHeader& header) {
+  unsigned char id[JournalHeader::kBootIdSize] = {};
+  if (!PCSideFile::BootId(id)) return false;
+  unsigned int same = 0;
+  while (same < sizeof id && id[same] == header.bootId()[same]) ++same;
+  return same == sizeof id;
 }
 
 }  // namespace
 
-JournalReader::JournalReader(const unsigned char* bytes, unsigned int size,
-                             const unsigned char* bootId)
+JournalReader::JournalReader(const unsigned char* bytes, unsigned int size)
     : bytes_(bytes), size_(size) {
   if (size < kJournalSector) return;
   JournalHeader header;
@@ -23,8 +27,7 @@ JournalReader::JournalReader(const unsigned char* bytes, unsigned int size,
   mode_ = header.mode();
   if (mode_ == kPower) {
     next_ = kJournalSector;
-  } else if (mode_ == kProcess && bootId != nullptr &&
-             AreEqual(bootId, header.bootId(), JournalHeader::kBootIdSize)) {
+  } else if (mode_ == kProcess && IsOfThisStart(header)) {
     next_ = header.pending();
   }
 }

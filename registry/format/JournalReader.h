@@ -9,8 +9,7 @@ namespace tamu::registry {
 // registry. Ends at the first that is not whole; any bytes may be given.
 class JournalReader {
  public:
-  // `bootId` tells the start of the machine, null when nobody knows it.
-  JournalReader(const unsigned char* bytes, unsigned int size, const unsigned char* bootId);
+  JournalReader(const unsigned char* bytes, unsigned int size);
 
   // Goes to the next record, the first at first.
   bool Next();

@@ -27,9 +27,7 @@ Status JournalRecovery::Recover(const PCSideFile& side, unsigned int size) {
   Status result = bytes_.EnsureCapacity(size);
   if (!result.IsOk()) return result;
   if (!side.Read(0, bytes_.data, size)) return status::kInputOutput;
-  unsigned char id[JournalHeader::kBootIdSize] = {};
-  const bool isKnown = PCSideFile::BootId(id) != 0;
-  JournalReader reader(bytes_.data, size, isKnown ? id : nullptr);
+  JournalReader reader(bytes_.data, size);
   if (!reader.Next()) return status::kOk;
   bool fits = true;
   file_.BeginGathering();

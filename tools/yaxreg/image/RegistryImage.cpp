@@ -16,7 +16,8 @@ using tamu::registry::NodeAllocationTable;
 using tamu::registry::SlotOf;
 using tamu::registry::TernaryFile;
 
-RegistryImage::RegistryImage(std::string bytes, Orphans orphans) : bytes_(std::move(bytes)) {
+RegistryImage::RegistryImage(std::string bytes, Orphans orphans, bool isCompleted)
+    : bytes_(std::move(bytes)), isCompleted_(isCompleted) {
   TableReader tables(*this);
   isRegistry_ = tables.IsRegistry();
   if (!isRegistry_) return;

@@ -57,7 +57,9 @@ class RegistryImage {
 
   // Orphans that are content are below "lost+found", by the numbers of their nodes; what can be
   // told of their names is the end.
-  explicit RegistryImage(std::string bytes, Orphans orphans = Orphans::kIfDamaged);
+  // `isCompleted`: the bytes are those that the next opening makes of the file.
+  explicit RegistryImage(std::string bytes, Orphans orphans = Orphans::kIfDamaged,
+                         bool isCompleted = false);
 
   // False when the bytes are no registry file at all; nothing else is known then.
   bool IsRegistry() const { return isRegistry_; }
@@ -74,6 +76,8 @@ class RegistryImage {
   // Keys or values are in use that nothing leads to. They are content if the file is damaged or
   // Orphans::kAlways was asked for.
   bool HasStrays() const { return hasStrays_; }
+  // A program has died in a change that the next one completes; here it is complete already.
+  bool HasPendingChange() const { return isCompleted_; }
   // The file; empty once it was dropped, which saves memory where only the rest is needed.
   const std::string& bytes() const { return bytes_; }
   void DropBytes() {
@@ -143,6 +147,7 @@ class RegistryImage {
   }
 
   std::string bytes_;
+  bool isCompleted_ = false;
   bool isRegistry_ = false;
   unsigned int startNode_ = 0;  // as stored
   std::vector<Table> tables_[kNodeKinds];

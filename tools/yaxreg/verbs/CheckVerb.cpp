@@ -75,6 +75,10 @@ std::vector<Wear> ShortOnes(const RegistryImage& image, unsigned long long minLe
 void PrintText(Invocation& call, const RegistryImage& image, const std::vector<Wear>& shortOnes) {
   PrintVerdict(call, image);
   PrintFindings(call, image, Notes::kShown);
+  if (image.HasPendingChange()) {
+    call.out << call.palette.faint << "note:" << call.palette.end
+             << " a program has died in a change; the next one that opens the file completes it\n";
+  }
   PrintWear(call, image);
   if (call.Has("--names")) {
     for (const std::string& name : image.deadNames()) {
@@ -96,6 +100,7 @@ void PrintJson(Invocation& call, const RegistryImage& image, const std::vector<W
   document["sound"] = image.IsSound();
   document["complete"] = image.IsComplete();
   if (call.Has("--min-left")) document["enoughLeft"] = shortOnes.empty();
+  document["pendingChange"] = image.HasPendingChange();
   document["losses"] = counts.losses;
   document["damages"] = counts.damages;
   document["findings"] = FindingsJson(image);

@@ -3,7 +3,7 @@
 #include <nlohmann/json.hpp>
 #include <ostream>
 
-#include "registry/base/RegistryStatus.h"
+#include "registry/Registry.h"
 #include "tools/yaxreg/image/FileBytes.h"
 #include "tools/yaxreg/image/FileLock.h"
 #include "tools/yaxreg/image/ImageWriter.h"
@@ -83,11 +83,20 @@ std::unique_ptr<RegistryImage> Rewrite(Invocation& call, const RegistryImage& be
   return nullptr;
 }
 
+// The file is replaced only while it holds what was read: a change that a program has died in is
+// completed in it before.
+std::unique_ptr<RegistryImage> LoadCompleted(Invocation& call, ExitCode* code) {
+  std::unique_ptr<RegistryImage> image = LoadImage(call, call.File(), code);
+  if (image == nullptr || !image->HasPendingChange()) return image;
+  tamu::registry::Registry(call.File().c_str(), tamu::registry::kAdministratorId).Initialize();
+  return LoadImage(call, call.File(), code);
+}
+
 ExitCode RunCompact(Invocation& call) {
   FileLock lock;
   lock.Take(call.File());
   ExitCode code = kDone;
-  const std::unique_ptr<RegistryImage> before = LoadImage(call, call.File(), &code);
+  const std::unique_ptr<RegistryImage> before = LoadCompleted(call, &code);
   if (before == nullptr) return code;
   if (!before->IsComplete()) {
     return call.FailWithStatus(tamu::registry::status::kInvalidFile, call.File(), "",

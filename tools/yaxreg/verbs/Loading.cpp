@@ -2,6 +2,7 @@
 
 #include "registry/base/RegistryStatus.h"
 #include "tools/yaxreg/image/FileBytes.h"
+#include "tools/yaxreg/image/PendingChange.h"
 
 namespace yaxreg {
 
@@ -19,7 +20,8 @@ std::unique_ptr<RegistryImage> LoadImage(Invocation& call, const std::string& fi
     *code = call.Fail(kFailed, file, "", read.reason);
     return nullptr;
   }
-  auto image = std::make_unique<RegistryImage>(std::move(bytes), orphans);
+  const bool isCompleted = CompletePendingChange(file, &bytes);
+  auto image = std::make_unique<RegistryImage>(std::move(bytes), orphans, isCompleted);
   if (image->IsRegistry()) return image;
   *code = call.FailWithStatus(status::kInvalidFile, file, "", "is no registry file");
   return nullptr;

@@ -9,7 +9,7 @@
 
 namespace yaxreg {
 
-// Reads and decodes a file. Null when it cannot be read or is no registry: the failure has been
+// Reads and decodes a file, a change completed that a program has died in. Null when it cannot be read or is no registry: the failure has been
 // printed, and *code tells how to end. A damaged file is no failure.
 std::unique_ptr<RegistryImage> LoadImage(Invocation& call, const std::string& file, ExitCode* code,
                                          Orphans orphans = Orphans::kIfDamaged);

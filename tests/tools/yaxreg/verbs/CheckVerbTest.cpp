@@ -175,6 +175,7 @@ TEST_F(CheckVerb, PrintsOneDocumentForPrograms) {
   EXPECT_EQ(0u,
             answer.out.find(head + "  \"sound\": false,\n"
                                    "  \"complete\": false,\n"
+                                   "  \"pendingChange\": false,\n"
                                    "  \"losses\": 1,\n"
                                    "  \"damages\": 0,\n"
                                    "  \"findings\": [\n"
@@ -202,6 +203,7 @@ TEST_F(CheckVerb, PrintsOneDocumentForPrograms) {
   EXPECT_EQ(0, sound.code);
   EXPECT_EQ(0u, sound.out.find(head + "  \"sound\": true,\n"
                                       "  \"complete\": true,\n"
+                                      "  \"pendingChange\": false,\n"
                                       "  \"losses\": 0,\n"
                                       "  \"damages\": 0,\n"
                                       "  \"findings\": [],\n"))
