@@ -9,6 +9,7 @@
 #   make crash          the tests of crashes in full size, which takes about an hour
 #   make bench          builds and runs the benchmarks
 #   make packages       builds Debian's packages, looks at them with lintian and tries them
+#   make reference      makes the reference of the public headers, a warning is an error
 #   make format         formats all sources
 #   make tidy           looks for defects with clang-tidy (.clang-tidy)
 #   make update-abi     takes the symbols that libYAX.so exports over into the kept list
@@ -44,7 +45,7 @@ ENV_distribution = YAX_CXXFLAGS="$$($(FLAGS) CPPFLAGS) $$($(FLAGS) CXXFLAGS)" YA
 
 build = $(ENV_$(1)) $(CMAKE) --preset $(1) && $(RUN_$(1)) $(CMAKE) --build --preset $(1) -j $(JOBS)
 
-.PHONY: help demo test packages crash bench coverage check-all format tidy update-abi update-pages clean \
+.PHONY: help demo test packages reference crash bench coverage check-all format tidy update-abi update-pages clean \
   $(CHECKS:%=check-%) $(BUILDS:%=check-%)
 
 help:
@@ -89,6 +90,11 @@ packages:
 	@env -u MAKEFLAGS -u MFLAGS -u MAKELEVEL JOBS=$(JOBS) \
 	  sh cmake/run-quietly.sh build/packages.log "Building the packages" sh packaging/make-packages.sh build/packages
 	@tail -n 1 build/packages.log
+
+reference:
+	@sh cmake/need-packages.sh doxygen
+	@sh docs/reference/make-reference.sh
+	@echo "The reference is build/reference/html/index.html."
 
 bench:
 	@sh cmake/need-packages.sh $(NEEDS) libbenchmark-dev

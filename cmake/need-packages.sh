@@ -12,6 +12,7 @@ have() {
     clang-14) command -v clang++-14 ;;
     debhelper) command -v dh ;;
     dh-python) command -v dh_python3 ;;
+    doxygen) command -v doxygen ;;
     dpkg-dev) command -v dpkg-buildflags ;;
     g++-aarch64-linux-gnu) command -v aarch64-linux-gnu-g++ ;;
     g++-arm-linux-gnueabihf) command -v arm-linux-gnueabihf-g++ ;;
