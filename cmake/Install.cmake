@@ -38,3 +38,10 @@ foreach(library IN LISTS CMAKE_DL_LIBS)
 endforeach()
 configure_file(cmake/yax.pc.in yax.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/yax.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+# cpack -G TGZ: an archive of all this.
+if(CMAKE_SOURCE_DIR STREQUAL PROJECT_SOURCE_DIR)
+  set(CPACK_PACKAGE_VENDOR "libYAX")
+  set(CPACK_GENERATOR TGZ)
+  include(CPack)
+endif()
