@@ -241,14 +241,14 @@ ExitCode ImportNew(Invocation& call, const ContentUpdate& update) {
 }
 
 // The path has lost one "/" at its beginning already.
-bool HasEmptyName(const std::string& path) {
+bool HasEmptyComponent(const std::string& path) {
   const std::vector<std::string> names = ComponentsOf('/' + path);
   return std::any_of(names.begin(), names.end(),
                      [](const std::string& name) { return name.empty(); });
 }
 
 ExitCode RunImport(Invocation& call) {
-  if (HasEmptyName(call.Path())) {
+  if (HasEmptyComponent(call.Path())) {
     return call.Fail(kUsage, "", "", Shown(call.Text("PATH")) + " has an empty name in it");
   }
   ContentUpdate update;
