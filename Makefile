@@ -100,6 +100,7 @@ bench:
 	@sh cmake/need-packages.sh $(NEEDS) libbenchmark-dev
 	@$(call build,bench)
 	@build/bench/bench/yax_bench
+	@build/bench/bench/yax_bench_modes
 
 coverage: check-coverage
 	@sh cmake/need-packages.sh gcovr

@@ -27,8 +27,8 @@ ChangeSet::Page* ChangeSet::Add(unsigned int number) {
   Page& page = pages_[pages_.Count() - 1];
   page.number = number;
   page.length = 0;
-  std::memset(page.before, 0, kPageSize);
-  std::memset(page.after, 0, kPageSize);
+  page.start = kPageSize;
+  page.end = 0;
   unsigned int& slot = SlotOf(number);
   slot = pages_.Count();
   return &page;
@@ -75,15 +75,29 @@ void ChangeSet::Follow(unsigned int offset, unsigned int size, const unsigned ch
   }
 }
 
+bool ChangeSet::Page::Trim() {
+  constexpr unsigned int kWord = 8;  // bytes
+  while (start + kWord <= end && std::memcmp(before + start, after + start, kWord) == 0) {
+    start += kWord;
+  }
+  while (start < end && before[start] == after[start]) ++start;
+  if (start >= end) return false;
+  while (end >= start + kWord &&
+         std::memcmp(before + end - kWord, after + end - kWord, kWord) == 0) {
+    end -= kWord;
+  }
+  while (before[end - 1] == after[end - 1]) --end;
+  if (length == kPageSize) return true;
+  std::memset(before + length, 0, kPageSize - length);
+  std::memset(after + length, 0, kPageSize - length);
+  return true;
+}
+
 Status ChangeSet::Arrange() {
   order_.CutTo(0);
   for (unsigned int i = 0; i < pages_.Count(); ++i) {
     Page& page = pages_[i];
-    page.start = 0;
-    page.end = kPageSize;
-    while (page.start < page.end && page.before[page.start] == page.after[page.start]) ++page.start;
-    if (page.start == page.end) continue;
-    while (page.before[page.end - 1] == page.after[page.end - 1]) --page.end;
+    if (!page.Trim()) continue;
     const Status added = order_.Push(&page);
     if (!added.IsOk()) return added;
   }

@@ -14,11 +14,19 @@ class ChangeSet {
   struct Page {
     unsigned int Offset() const { return number * kPageSize; }
 
-    unsigned int number = 0;  // in the file
-    unsigned int length = 0;  // bytes of the page that were in the file; the rest is zero
-    unsigned int start = 0;   // after Arrange: of the bytes that differ
+    // Bytes from `from` up to `to` may differ.
+    void Touch(unsigned int from, unsigned int to) {
+      if (from < start) start = from;
+      if (to > end) end = to;
+    }
+    // Leaves only bytes that differ between start and end. False when there are none.
+    bool Trim();
+
+    unsigned int number = 0;         // in the file
+    unsigned int length = 0;         // bytes of the page that were in the file
+    unsigned int start = kPageSize;  // of what may differ; after Arrange: of the bytes that do
     unsigned int end = 0;
-    unsigned char before[kPageSize];
+    unsigned char before[kPageSize];  // up to length; after Arrange zero from there on
     unsigned char after[kPageSize];
   };
 

@@ -91,7 +91,8 @@ Status Journal::Commit(StoreFile& file) {
   return result;
 }
 
-// Ranges that touch are written with one call.
+// What lies between two ranges on pages that follow each other is written with them: a call costs
+// more than the bytes.
 Status Journal::Apply(StoreFile& file) {
   ChangeSet& set = file.Gathered();
   unsigned char chunk[kChunk];
@@ -99,15 +100,21 @@ Status Journal::Apply(StoreFile& file) {
   unsigned int size = 0;
   for (unsigned int i = 0; i < set.Count(); ++i) {
     const ChangeSet::Page& page = set.At(i);
-    const unsigned int now = page.end - page.start;
-    if (size > 0 && (page.Offset() + page.start != offset + size || size + now > kChunk)) {
-      const Status result = file.WriteCommitted(offset, size, chunk);
-      if (!result.IsOk()) return result;
-      size = 0;
+    const bool follows = size > 0 && page.number == set.At(i - 1).number + 1 &&
+                         page.Offset() + page.end - offset <= kChunk;
+    if (follows) {
+      const ChangeSet::Page& last = set.At(i - 1);
+      const unsigned int rest = ChangeSet::kPageSize - last.end;
+      PCMem::Copy(chunk + size, last.after + last.end, rest);
+      PCMem::Copy(chunk + size + rest, page.after, page.end);
+      size += rest + page.end;
+      continue;
     }
-    if (size == 0) offset = page.Offset() + page.start;
-    PCMem::Copy(chunk + size, page.after + page.start, now);
-    size += now;
+    const Status result = size > 0 ? file.WriteCommitted(offset, size, chunk) : Status(status::kOk);
+    if (!result.IsOk()) return result;
+    offset = page.Offset() + page.start;
+    size = page.end - page.start;
+    PCMem::Copy(chunk, page.after + page.start, size);
   }
   return size > 0 ? file.WriteCommitted(offset, size, chunk) : Status(status::kOk);
 }

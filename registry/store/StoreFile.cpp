@@ -81,6 +81,7 @@ Status StoreFile::Gather(unsigned int offset, unsigned int size, const unsigned 
     const Status filled = page->length < within + now ? Fill(page) : Status(status::kOk);
     if (!filled.IsOk()) return filled;
     PCMem::Copy(page->after + within, data, now);
+    page->Touch(within, within + now);
     offset += now;
     data += now;
     size -= now;
