@@ -31,6 +31,11 @@ class PCFile {
   // Writes exactly `size` bytes at the position and moves it; extends the file with zeros up to the
   // position where needed. A failure may leave a part of the bytes written; the position stays.
   int Write(const void* data, unsigned int size);
+  // From now on, and until the file is closed, Store may put bytes into the mapping: only where
+  // that can never fail, which depends on the file system.
+  void AllowStores();
+  // As Write, within the file; without a system call that writes where stores are allowed.
+  int Store(const void* data, unsigned int size);
   // Sets the position. Beyond the end succeeds; makes no system call.
   int Seek(unsigned int offset);
   // length > 0: makes the file that long. 0: cuts a grown file back to its protected length.
@@ -76,10 +81,11 @@ class PCFile {
 
   int mFd = -1;
   bool mDirect = false;                 // never mapped
+  bool mStores = false;                 // into the mapping
   int mError = 0;                       // errno of the last Create, 0 = it succeeded
   unsigned int mProtected = 0;          // bytes
   unsigned int mMapLength = 0;          // bytes that reads may take from mMap
   unsigned int mMapReserved = 0;        // bytes mapped
-  const unsigned char* mMap = nullptr;  // null: no mapping
+  const unsigned char* mMap = nullptr;  // null: no mapping; may be written to with mStores
   unsigned long long mPosition = 0;
 };

@@ -25,6 +25,10 @@ const unsigned char* Map(int fd, unsigned int size) {
   return bytes == MAP_FAILED ? nullptr : static_cast<const unsigned char*>(bytes);
 }
 
+bool AllowWrites(const unsigned char* bytes, unsigned int size) {
+  return mprotect(const_cast<unsigned char*>(bytes), size, PROT_READ | PROT_WRITE) == 0;
+}
+
 unsigned char* MapShared(int fd, unsigned int size) {
   void* bytes = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
   return bytes == MAP_FAILED ? nullptr : static_cast<unsigned char*>(bytes);

@@ -8,6 +8,8 @@ namespace posix {
 // file shows at once. The mapping may reach beyond the end of the file, but only bytes of the file
 // may be touched. Null when it cannot be had, and for a file with holes.
 const unsigned char* Map(int fd, unsigned int size);
+// Lets what Map returned for the same `size` be written to, too. False when it cannot be.
+bool AllowWrites(const unsigned char* bytes, unsigned int size);
 // Maps the first `size` bytes of a file of our own for reading and writing. The file has blocks of
 // the disk for all of them, and nobody makes it shorter. Null when it cannot be had.
 unsigned char* MapShared(int fd, unsigned int size);

@@ -6,6 +6,10 @@ const unsigned char* Map(int, unsigned int) {
   return nullptr;
 }
 
+bool AllowWrites(const unsigned char*, unsigned int) {
+  return false;
+}
+
 unsigned char* MapShared(int, unsigned int) {
   return nullptr;
 }

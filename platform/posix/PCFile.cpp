@@ -113,6 +113,21 @@ int PCFile::Write(const void* data, unsigned int size) {
   return 1;
 }
 
+void PCFile::AllowStores() {
+  mStores = mMap != nullptr && posix::WritesInPlace(mFd) && posix::AllowWrites(mMap, mMapReserved);
+}
+
+// Somebody may have cut the file off: the length is asked before each store.
+int PCFile::Store(const void* data, unsigned int size) {
+  const unsigned long long end = mPosition + size;
+  if (!mStores || end > mMapLength) return Write(data, size);
+  Refresh();
+  if (end > mMapLength) return Write(data, size);
+  std::memcpy(const_cast<unsigned char*>(mMap) + mPosition, data, size);
+  mPosition = end;
+  return 1;
+}
+
 int PCFile::Seek(unsigned int offset) {
   if (!IsOpen()) return 0;
   mPosition = offset;
@@ -138,6 +153,7 @@ int PCFile::Destroy() {
   DropMapping();
   const int fd = mFd;
   mFd = -1;
+  mStores = false;
   mProtected = 0;
   mPosition = 0;
   return posix::Close(fd) ? 1 : 0;
@@ -167,6 +183,7 @@ bool PCFile::SameFile(const PCFile& other) const {
 void PCFile::Swap(PCFile& other) {
   std::swap(mFd, other.mFd);
   std::swap(mDirect, other.mDirect);
+  std::swap(mStores, other.mStores);
   std::swap(mError, other.mError);
   std::swap(mProtected, other.mProtected);
   std::swap(mMapLength, other.mMapLength);
@@ -207,6 +224,7 @@ void PCFile::MapAnew(unsigned long long length) {
   if (mMap == nullptr) return;
   mMapReserved = reserved;
   mMapLength = static_cast<unsigned int>(length);
+  if (mStores) AllowStores();
 }
 
 void PCFile::DropMapping() {

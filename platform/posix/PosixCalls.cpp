@@ -9,6 +9,7 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/types.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -115,6 +116,16 @@ bool Allocate(int fd, unsigned int length) {
   int error = EINTR;
   while (error == EINTR) error = posix_fallocate(fd, 0, static_cast<off_t>(length));
   return error == 0;
+}
+
+// Not those that keep what was there: they write elsewhere and need room for it.
+bool WritesInPlace(int fd) {
+  constexpr unsigned int kExt = 0xEF53;  // ext2, ext3, ext4
+  constexpr unsigned int kTmpfs = 0x01021994;
+  struct statfs system;
+  if (Retry([&] { return fstatfs(fd, &system); }) != 0) return false;
+  const unsigned int type = static_cast<unsigned int>(system.f_type);
+  return type == kExt || type == kTmpfs;
 }
 
 bool SyncData(int fd) {

@@ -42,6 +42,9 @@ long PositionedWrite(int fd, const void* data, unsigned int size, unsigned long 
 bool Truncate(int fd, unsigned int length);
 // Makes the file at least `length` bytes long, with blocks of the disk for all of them.
 bool Allocate(int fd, unsigned int length);
+// True when the file system never needs more room to write over a part of a file that has its
+// blocks: what is stored into a mapping of such a file cannot fail for want of room.
+bool WritesInPlace(int fd);
 // Waits until what was written to the file is on the disk, and its length.
 bool SyncData(int fd);
 

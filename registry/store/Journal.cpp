@@ -28,6 +28,7 @@ Status Journal::Start(const RegistryOptions& options, const char* registryPath, 
   Status result = MakeSideFile(registryPath, options.sideFolder);
   // What was there before is not to be lost any more either.
   if (result.IsOk() && mode_ == Durability::kPower) result = file.Sync();
+  if (result.IsOk() && mode_ == Durability::kProcess) file.AllowStores();
   if (result.IsOk()) return result;
   side_.Remove();
   mode_ = Durability::kNone;

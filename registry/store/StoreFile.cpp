@@ -17,6 +17,7 @@ StoreFile::StoreFile() : file_(ProcessFile::File()) {}
 Status StoreFile::Open(ProcessFile::Opening& opening, const char* path) {
   generation_ = 0;
   missing_ = false;
+  mayStore_ = false;
   return opening.Open(path, &generation_, &missing_);
 }
 
@@ -44,13 +45,24 @@ Status StoreFile::ReadStraight(unsigned int offset, unsigned int size, void* buf
 
 Status StoreFile::WriteStraight(unsigned int offset, unsigned int size, const void* data) {
   NoteStraight(offset);
-  const Status result = WriteCommitted(offset, size, data);
+  const Status result = WriteThrough(offset, size, data);
   if (result.IsOk()) gathered_.Follow(offset, size, static_cast<const unsigned char*>(data));
   return result;
 }
 
-Status StoreFile::WriteCommitted(unsigned int offset, unsigned int size, const void* data) {
+Status StoreFile::WriteThrough(unsigned int offset, unsigned int size, const void* data) {
   if (!IsOpen() || !file_.Seek(offset) || !file_.Write(data, size)) return status::kInputOutput;
+  return status::kOk;
+}
+
+void StoreFile::AllowStores() {
+  file_.AllowStores();
+  mayStore_ = true;
+}
+
+Status StoreFile::WriteCommitted(unsigned int offset, unsigned int size, const void* data) {
+  if (!mayStore_) return WriteThrough(offset, size, data);
+  if (!IsOpen() || !file_.Seek(offset) || !file_.Store(data, size)) return status::kInputOutput;
   return status::kOk;
 }
 

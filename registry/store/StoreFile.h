@@ -53,6 +53,9 @@ class StoreFile {
   // Straight from the file and to it. What is gathered of the bytes that are written follows them.
   Status ReadStraight(unsigned int offset, unsigned int size, void* buffer) const;
   Status WriteStraight(unsigned int offset, unsigned int size, const void* data);
+  // From now on WriteCommitted may store into the mapping of the file, where that cannot fail; else
+  // it is a system call, as it is until then.
+  void AllowStores();
   // What was gathered becomes a part of the file.
   Status WriteCommitted(unsigned int offset, unsigned int size, const void* data);
   // The lowest offset that was written straight since it was taken the last time.
@@ -73,6 +76,7 @@ class StoreFile {
   void Abandon();
 
  private:
+  Status WriteThrough(unsigned int offset, unsigned int size, const void* data);
   Status Gather(unsigned int offset, unsigned int size, const unsigned char* data);
   Status Fill(ChangeSet::Page* page);
   void NoteStraight(unsigned int offset) {
@@ -82,6 +86,7 @@ class StoreFile {
   PCFile& file_;  // the process's
   mutable ChangeSet gathered_;
   bool isGathering_ = false;
+  bool mayStore_ = false;
   unsigned int lowestStraight_ = kNowhere;
   unsigned int generation_ = 0;  // of the process's opening that is this object's; 0 = none
   bool missing_ = false;

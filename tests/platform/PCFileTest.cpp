@@ -1,6 +1,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <string>
@@ -210,6 +211,36 @@ TEST(PCFile, WritesMoveThePositionAndShowInTheFileAndInReads) {
   ASSERT_EQ(file.Seek(3), 1);
   EXPECT_EQ(file.Write("xyz!", 4), 1);
   EXPECT_EQ(ReadAt(file, 0, 7), "123xyz!");
+}
+
+TEST(PCFile, StoresMoveThePositionAndShowInTheFileAndInReads) {
+  TempDir dir;
+  PutFile(dir / "file", "0123456789");
+  PCFile file;
+  ASSERT_EQ(1, file.Create((dir / "file").c_str(), PCFile::kReadWrite));
+  file.AllowStores();
+  ASSERT_EQ(1, file.Seek(3));
+  EXPECT_EQ(1, file.Store("abc", 3));
+  EXPECT_EQ(6u, file.Position());
+  EXPECT_EQ("abc6", ReadAt(file, 3, 4));
+  EXPECT_EQ("012abc6789", GetFile(dir / "file"));
+  ASSERT_EQ(1, file.Seek(8));
+  EXPECT_EQ(1, file.Store("xyz", 3));  // beyond the end
+  EXPECT_EQ("012abc67xyz", GetFile(dir / "file"));
+}
+
+TEST(PCFile, AStoreIntoAPartThatOthersHaveCutOffIsAWrite) {
+  TempDir dir;
+  const std::string path = dir / "file";
+  PutFile(path, std::string(20000, 'a'));
+  PCFile file;
+  ASSERT_EQ(1, file.Create(path.c_str(), PCFile::kReadWrite));
+  file.AllowStores();
+  ASSERT_EQ(0, truncate(path.c_str(), 5));
+  ASSERT_EQ(1, file.Seek(19000));
+  EXPECT_EQ(1, file.Store("end", 3));
+  EXPECT_EQ(19003u, GetFile(path).size());
+  EXPECT_EQ("end", ReadAt(file, 19000, 3));
 }
 
 TEST(PCFile, TransfersOfNoBytesSucceedAndChangeNothing) {

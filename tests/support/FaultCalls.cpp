@@ -268,6 +268,11 @@ bool Allocate(int fd, unsigned int length) {
   return posix_fallocate(fd, 0, static_cast<off_t>(length)) == 0;
 }
 
+// Everything is written with a call.
+bool WritesInPlace(int) {
+  return false;
+}
+
 bool SyncData(int fd) {
   return faults::Judge(faults::PathOf(fd), false) != Verdict::kFail;
 }
