@@ -4,9 +4,8 @@
 #include <atomic>
 
 #include "platform/Export.h"
-#include "platform/PCSemaphore.h"
 
-// A semaphore of count 1, the owning thread and the depth of its holding. A lock that was not
+// A word that threads wait for, the owning thread and the depth of its holding. A lock that was not
 // created does nothing: Take and Give return at once.
 class YAX_API PCMutex {
  public:
@@ -15,7 +14,7 @@ class YAX_API PCMutex {
   PCMutex(const PCMutex&) = delete;
   PCMutex& operator=(const PCMutex&) = delete;
 
-  // Makes the lock, free; one that exists is made anew. Returns 1, or 0 when none can be had.
+  // Makes the lock, free; one that exists is made anew. Returns 1.
   int Create();
   // Waits until the lock is free or the caller's own, and adds one level.
   void Take();
@@ -24,9 +23,9 @@ class YAX_API PCMutex {
   // Drops one level; with the last one the lock is free. Nothing happens for a thread that does not
   // own the lock.
   void Give();
-  // Gives the semaphore back. Nobody may be waiting.
+  // Nobody may be waiting.
   void Destroy();
-  bool IsCreated() const { return mSem.IsCreated(); }
+  bool IsCreated() const { return mState.load(std::memory_order_relaxed) != kNotCreated; }
   // True when the calling thread owns the lock.
   bool IsMine() const;
   // Levels held; meaningful to the owner only.
@@ -37,9 +36,14 @@ class YAX_API PCMutex {
   void Retake(int depth);
 
  private:
-  PCSemaphore mSem;
-  // Thread id of the owner, 0 = free. Read without the semaphore: only the owner itself can find
-  // its own id here, so relaxed order is enough. Changed only while the semaphore is held.
+  enum State : unsigned int { kNotCreated, kFree, kHeld, kAwaited };
+
+  bool TakeIfFree();
+  bool WaitUntilFree();
+
+  std::atomic<unsigned int> mState{kNotCreated};
+  // Thread id of the owner, 0 = free. Read by anybody: only the owner itself can find its own id
+  // here, so relaxed order is enough. Changed only while the lock is held.
   std::atomic<unsigned long> mOwner{0};
   int mDepth = 0;  // touched by the owner only
 };
