@@ -1,6 +1,7 @@
 // A small array of plain data.
 #pragma once
 
+#include <algorithm>
 #include <new>
 
 #include "platform/PCMem.h"
@@ -49,7 +50,7 @@ class Array {
   const T* operator[](unsigned int i) const { return &data[i]; }
   // Sets all elements to zero. Returns 0.
   unsigned int MemsetZero() {
-    for (unsigned int i = 0; i < capacity; ++i) data[i] = T();
+    std::fill_n(data, capacity, T());
     return status::kOk;
   }
 

@@ -7,8 +7,8 @@ unsigned int NodeSet::Prepare(const TernaryNodeDescriptor& descriptor) {
   for (unsigned int i = 0; i < tableCount_; ++i) {
     firstBit_[i + 1] = firstBit_[i] + descriptor.tables[i]->entryCount();
   }
-  const unsigned int result = bits_.EnsureCapacity(firstBit_[tableCount_] / 8 + 1);
-  return result == status::kOk ? bits_.MemsetZero() : result;
+  const unsigned int size = firstBit_[tableCount_] / 8 + 1;
+  return bits_.capacity >= size ? bits_.MemsetZero() : bits_.EnsureCapacity(size);
 }
 
 bool NodeSet::Add(unsigned int id) {
