@@ -28,6 +28,14 @@ class PCFile {
   // Reads exactly `size` bytes at the position and moves it; fails when fewer are there (the
   // position then stays). size 0 succeeds.
   int Read(void* buffer, unsigned int size);
+  // Seek and Read where the mapping serves both: the bytes at the offset, to be copied at once,
+  // with the position behind them. Else null, and nothing has changed.
+  const unsigned char* ReadMapped(unsigned int offset, unsigned int size) {
+    const unsigned long long end = offset + static_cast<unsigned long long>(size);
+    if (end > mMapLength || size == 0) return nullptr;
+    mPosition = end;
+    return mMap + offset;
+  }
   // Writes exactly `size` bytes at the position and moves it; extends the file with zeros up to the
   // position where needed. A failure may leave a part of the bytes written; the position stays.
   int Write(const void* data, unsigned int size);
@@ -64,12 +72,14 @@ class PCFile {
   bool SameFile(const PCFile& other) const;
   // Exchanges what the two objects have open, with their positions.
   void Swap(PCFile& other);
-  // Looks at the length once, so that reads up to the next Refresh do not touch a part of the
-  // mapping that somebody else has cut off meanwhile. Called at the start of every operation on the
-  // file.
+  // Looks at the length, so that reads up to the next Refresh do not touch a part of the mapping
+  // that somebody else has cut off meanwhile; it may be up to 10 milliseconds since. Called at the
+  // start of every operation on the file.
   void Refresh();
 
  private:
+  // Refresh, as of now.
+  void LookAtLength();
   // A read that the mapped bytes do not serve, or of size 0. Kept out of Read, which is short for
   // it.
   __attribute__((noinline)) int ReadSlowly(void* buffer, unsigned int size);
@@ -88,4 +98,5 @@ class PCFile {
   unsigned int mMapReserved = 0;        // bytes mapped
   const unsigned char* mMap = nullptr;  // null: no mapping; may be written to with mStores
   unsigned long long mPosition = 0;
+  unsigned long long mLookedAt = 0;  // posix::Tick, of the last look at the length
 };

@@ -10,6 +10,7 @@
 #include <sys/stat.h>
 #include <sys/types.h>
 #include <sys/vfs.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -82,6 +83,13 @@ bool IsRegular(int fd) {
 // fstat.
 long long Length(int fd) {
   return lseek(fd, 0, SEEK_END);
+}
+
+unsigned long long Tick() {
+  struct timespec now = {};
+  clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+  return static_cast<unsigned long long>(now.tv_sec) * 1000000000u +
+         static_cast<unsigned long long>(now.tv_nsec);
 }
 
 bool SameFile(int fd, const char* path) {

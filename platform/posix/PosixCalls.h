@@ -28,6 +28,8 @@ bool Close(int fd);
 bool IsRegular(int fd);
 // The file's length in bytes, or -1. Moves the descriptor's own offset, which nothing else uses.
 long long Length(int fd);
+// A number that changes every few milliseconds, 10 at most. Makes no system call.
+unsigned long long Tick();
 // True when `path` leads to the file that `fd` is open on.
 bool SameFile(int fd, const char* path);
 // The same of two descriptors.

@@ -8,7 +8,19 @@ namespace tamu::registry {
 enum class NodeLink : unsigned char { kLo, kHi, kEqual, kChild };
 
 // The link's id, 0 = none.
-unsigned int LinkOf(const TernaryStringNode& node, NodeLink link);
+inline unsigned int LinkOf(const TernaryStringNode& node, NodeLink link) {
+  switch (link) {
+    case NodeLink::kLo:
+      return node.lo();
+    case NodeLink::kHi:
+      return node.hi();
+    case NodeLink::kEqual:
+      return node.equal();
+    case NodeLink::kChild:
+      return node.child();
+  }
+  return 0;
+}
 void SetLink(TernaryStringNode* node, NodeLink link, unsigned int id);
 
 constexpr unsigned int kNodeLinks = 4;

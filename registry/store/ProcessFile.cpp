@@ -14,12 +14,13 @@ namespace {
 
 Immortal<PCFile> sFile;
 Immortal<PCMutex> sLock;
-char* sPath = nullptr;         // owned; null when nothing is open
-unsigned int sGeneration = 0;  // of what is open
-unsigned int sLatest = 0;      // the latest generation that has started
+char* sPath = nullptr;     // owned; null when nothing is open
+unsigned int sLatest = 0;  // the latest generation that has started
 bool sClosing = false;
 
 }  // namespace
+
+unsigned int ProcessFile::sGeneration = 0;
 
 PCMutex& ProcessFile::Lock() {
   static const int sCreated = sLock.value.Create();
@@ -48,10 +49,6 @@ void ProcessFile::OperationEnds() {
 
 bool ProcessFile::IsClosing() {
   return sClosing;
-}
-
-bool ProcessFile::IsOpen(unsigned int generation) {
-  return generation == sGeneration && generation != 0 && File().IsOpen();
 }
 
 ProcessFile::Opening::Opening() {

@@ -27,7 +27,16 @@ class ProcessFile {
   // True from CloseLater on.
   static bool IsClosing();
   // True when what is open is what a store opened as `generation`; 0 is never open. Lock held.
-  static bool IsOpen(unsigned int generation);
+  static bool IsOpen(unsigned int generation) {
+    return generation == sGeneration && generation != 0 && File().IsOpen();
+  }
+  // The same while bytes of the file are mapped: then it is open.
+  static bool IsMapped(unsigned int generation) {
+    return generation == sGeneration && generation != 0;
+  }
+
+ private:
+  static unsigned int sGeneration;  // of what is open
 };
 
 // Opens a file in place of what is open, which is set aside meanwhile and comes back with all its

@@ -1,6 +1,8 @@
 // Holding a store, and reading from it.
 #pragma once
 
+#include <cstring>
+
 #include "registry/store/FileStore.h"
 
 namespace tamu::registry {
@@ -19,13 +21,13 @@ class StoreAccess {
   // newest table, which is never handed out and all zero. kInvalidFile: the id names no slot;
   // kInputOutput.
   Status Read(unsigned int id, TernaryStringNode* node) const {
-    return ReadRecord(NodeKind::kString, id, node->bytes());
+    return ReadAs<NodeKind::kString>(id, node->bytes());
   }
   Status Read(unsigned int id, TernaryKeyNode* node) const {
-    return ReadRecord(NodeKind::kKey, id, node->bytes());
+    return ReadAs<NodeKind::kKey>(id, node->bytes());
   }
   Status Read(unsigned int id, TernaryValueNode* node) const {
-    return ReadRecord(NodeKind::kValue, id, node->bytes());
+    return ReadAs<NodeKind::kValue>(id, node->bytes());
   }
   // The same for a record of any kind.
   Status ReadRecord(NodeKind kind, unsigned int id, void* bytes) const;
@@ -49,6 +51,21 @@ class StoreAccess {
   const StoreFile& File() const { return store_.file_; }
 
  private:
+  // A search does little else: the size is known where it is compiled, and nothing is called.
+  template <NodeKind kind>
+  Status ReadAs(unsigned int id, void* bytes) const {
+    unsigned int offset = 0;
+    const Status found = store_.tables_.Resolve(kind, id, &offset);
+    if (found.IsOk()) {
+      const unsigned char* mapped = store_.file_.Mapped(offset, RecordSizeOf(kind));
+      if (mapped != nullptr) {
+        std::memcpy(bytes, mapped, RecordSizeOf(kind));
+        return found;
+      }
+    }
+    return ReadRecord(kind, id, bytes);
+  }
+
   FileStore& store_;
 };
 

@@ -67,6 +67,11 @@ Status StoreFile::WriteCommitted(unsigned int offset, unsigned int size, const v
 }
 
 Status StoreFile::Read(unsigned int offset, unsigned int size, void* buffer) const {
+  const unsigned char* mapped = Mapped(offset, size);
+  if (mapped != nullptr) {
+    PCMem::Copy(buffer, mapped, size);
+    return status::kOk;
+  }
   const Status result = ReadStraight(offset, size, buffer);
   if (!gathered_.IsEmpty() && result.IsOk()) {
     gathered_.Lay(offset, size, static_cast<unsigned char*>(buffer));

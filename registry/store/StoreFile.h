@@ -33,6 +33,12 @@ class StoreFile {
 
   // Exactly `size` bytes, or kInputOutput. A failed write may have written a part.
   Status Read(unsigned int offset, unsigned int size, void* buffer) const;
+  // The bytes that Read would give, to be copied at once; null where it takes more than the
+  // mapping.
+  const unsigned char* Mapped(unsigned int offset, unsigned int size) const {
+    if (!gathered_.IsEmpty() || !ProcessFile::IsMapped(generation_)) return nullptr;
+    return file_.ReadMapped(offset, size);
+  }
   Status Write(unsigned int offset, unsigned int size, const void* data);
   Status ReadInteger(unsigned int offset, unsigned int* value) const;
   // Writes `count` u32 first, first + 1, ... from `offset` on.

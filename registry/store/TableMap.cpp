@@ -120,19 +120,6 @@ NodeKind TableMap::KindOf(const TernaryNodeDescriptor* descriptor) const {
   return NodeKind::kData;  // the largest records
 }
 
-NodeAllocationTable* TableMap::Find(NodeKind kind, unsigned int id) const {
-  const TernaryNodeDescriptor& descriptor = Descriptor(kind);
-  if (id == 0) return descriptor.lastTable;
-  return TableOf(id) < descriptor.tableCount ? descriptor.tables[TableOf(id)] : nullptr;
-}
-
-Status TableMap::Resolve(NodeKind kind, unsigned int id, unsigned int* offset) const {
-  const NodeAllocationTable* table = Find(kind, id);
-  if (table == nullptr || SlotOf(id) >= table->entryCount()) return status::kInvalidFile;
-  *offset = table->areaOffset() + SlotOf(id) * RecordSizeOf(kind);
-  return status::kOk;
-}
-
 Status TableMap::ResolveEntry(NodeKind kind, unsigned int id, unsigned int* offset) const {
   if (SlotOf(id) == 0) return status::kInvalidFile;
   const NodeAllocationTable* table = Find(kind, id);

@@ -39,9 +39,18 @@ class TableMap {
   NodeKind KindOf(const TernaryNodeDescriptor* descriptor) const;
 
   // The table of an id; that of 0 is the newest. Null when the kind has no such table.
-  NodeAllocationTable* Find(NodeKind kind, unsigned int id) const;
+  NodeAllocationTable* Find(NodeKind kind, unsigned int id) const {
+    const TernaryNodeDescriptor& descriptor = Descriptor(kind);
+    if (id == 0) return descriptor.lastTable;
+    return TableOf(id) < descriptor.tableCount ? descriptor.tables[TableOf(id)] : nullptr;
+  }
   // Where the record of an id lies in the file. kInvalidFile when the id names no slot.
-  Status Resolve(NodeKind kind, unsigned int id, unsigned int* offset) const;
+  Status Resolve(NodeKind kind, unsigned int id, unsigned int* offset) const {
+    const NodeAllocationTable* table = Find(kind, id);
+    if (table == nullptr || SlotOf(id) >= table->entryCount()) return status::kInvalidFile;
+    *offset = table->areaOffset() + SlotOf(id) * RecordSizeOf(kind);
+    return status::kOk;
+  }
   // Where the entry of an id lies. kInvalidFile when the id names no slot that is ever handed out.
   Status ResolveEntry(NodeKind kind, unsigned int id, unsigned int* offset) const;
   // True for a table of string, key or value nodes, whose slots are never chained.

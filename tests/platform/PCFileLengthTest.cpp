@@ -8,6 +8,7 @@
 #include "platform/PCFile.h"
 #include "tests/platform/ChildProcess.h"
 #include "tests/platform/TestFiles.h"
+#include "tests/support/LengthLook.h"
 
 namespace {
 
@@ -30,6 +31,10 @@ class PCFileLength : public ::testing::Test {
     std::string bytes(size, '?');
     if (file.Seek(offset) != 1 || file.Read(bytes.data(), size) != 1) return "(no)";
     return bytes;
+  }
+  void RefreshLater() {
+    WaitForTheNextLook();
+    mFile.Refresh();
   }
   std::string ReadAt(unsigned int offset, unsigned int size) { return ReadAt(mFile, offset, size); }
   bool WriteAt(PCFile& file, unsigned int offset, const std::string& bytes) {
@@ -92,24 +97,24 @@ TEST_F(PCFileLength, ReadsFailCleanlyInAPartThatOthersCutOff) {
   Start(std::string(50000, 'a'));
   EXPECT_EQ(ReadAt(49999, 1), "a");
   CutByOthers(100);
-  mFile.Refresh();
+  RefreshLater();
   EXPECT_EQ(ReadAt(49999, 1), "(no)");
   EXPECT_EQ(ReadAt(8192, 100), "(no)");
   EXPECT_EQ(ReadAt(99, 2), "(no)");
   EXPECT_EQ(ReadAt(0, 100), std::string(100, 'a'));
   CutByOthers(0);
-  mFile.Refresh();
+  RefreshLater();
   EXPECT_EQ(ReadAt(0, 1), "(no)");
   PutFile(mPath, "new content");
   EXPECT_EQ(ReadAt(0, 11), "new content");
-  mFile.Refresh();
+  RefreshLater();
   EXPECT_EQ(ReadAt(4, 7), "content");
 }
 
 TEST_F(PCFileLength, ReadsFailCleanlyAfterTheFileWasMadeAnew) {
   Start(std::string(50000, 'a'));
   ASSERT_EQ(PCFile::Make(mPath.c_str()), 1);
-  mFile.Refresh();
+  RefreshLater();
   EXPECT_EQ(ReadAt(0, 1), "(no)");
   EXPECT_EQ(ReadAt(40000, 1), "(no)");
 }
@@ -273,7 +278,7 @@ TEST_F(PCFileLength, AFileThatIsReadDirectlyIsNeverMapped) {
   mFile.ReadDirectly();
   ASSERT_EQ(mFile.Create(mPath.c_str(), 2), 1);
   EXPECT_EQ(ReadAt(3 * kMiB - 2, 2), "aa");
-  mFile.Refresh();
+  RefreshLater();
   EXPECT_EQ(ReadAt(0, 2), "aa");
   EXPECT_FALSE(IsMapped(mPath));
   ASSERT_TRUE(WriteAt(mFile, 3 * kMiB, "end"));

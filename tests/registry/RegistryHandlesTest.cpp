@@ -3,6 +3,7 @@
 
 #include "tests/platform/ChildProcess.h"
 #include "tests/registry/RegistryRig.h"
+#include "tests/support/LengthLook.h"
 
 namespace tamu::registry {
 namespace {
@@ -58,6 +59,7 @@ TEST_F(RegistryHandles, NameTheirKeyByTheEmptyPath) {
 TEST_F(RegistryHandles, AreReadWithoutAskingTheFile) {
   const unsigned int handle = Open("a");
   ASSERT_EQ(truncate(path.c_str(), 0), 0);
+  WaitForTheNextLook();
   ReadValue value;
   EXPECT_EQ(registry.GetValue(handle, "b", "n", &value), 0u);
   EXPECT_EQ(value.number(), 0x0102030405060708ull);

@@ -221,6 +221,12 @@ long long Length(int fd) {
   return lseek(fd, 0, SEEK_END);
 }
 
+// The length is asked for at each look.
+unsigned long long Tick() {
+  static unsigned long long sTick = 0;
+  return ++sTick;
+}
+
 bool SameFile(int fd, const char* path) {
   struct stat here;
   struct stat there;

@@ -1,4 +1,5 @@
 #include "tests/registry/store/StoreTesting.h"
+#include "tests/support/LengthLook.h"
 
 namespace tamu::registry::storetests {
 namespace {
@@ -132,6 +133,7 @@ TEST_F(TernaryFileAccessTest, AFileThatBecameShorterAnswers5) {
   TernaryStringNode node;
   ASSERT_EQ(store.ReadNodeInBuffer(id, &node), 0u);
   std::filesystem::resize_file(path, 8192);
+  WaitForTheNextLook();
   EXPECT_EQ(store.ReadNodeInBuffer(id, &node), 5u);
   unsigned int value = 0;
   EXPECT_EQ(store.FileReadInteger(4180, &value), 0u);

@@ -3,6 +3,7 @@
 
 #include "tests/platform/ChildProcess.h"
 #include "tests/registry/store/StoreTesting.h"
+#include "tests/support/LengthLook.h"
 
 namespace tamu::registry::storetests {
 namespace {
@@ -219,6 +220,7 @@ TEST_F(TernaryFileDataTest, AChainInACircleAnswers59) {
 TEST_F(TernaryFileDataTest, BlocksThatAreGoneAnswer5) {
   ASSERT_EQ(Write(128), 0x100u);
   std::filesystem::resize_file(path, 52528 + 100);
+  WaitForTheNextLook();
   unsigned char buffer[128];
   unsigned int size = sizeof buffer;
   EXPECT_EQ(store.ReadData(buffer, &size, 0x100), 5u);
