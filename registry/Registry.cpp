@@ -214,6 +214,7 @@ unsigned int Registry::UnregisterCallback(Callback* callback) {
 unsigned int Registry::OpenKey(const char* keyPath, unsigned int* handle, unsigned int) {
   if (!IsReady()) return status::kNoRight;
   if (handle == nullptr) return status::kBadArgument;
+  if (instance->IsWalkedHere()) return status::kBusy;
   PCMutexGuard guard(instance->operationLock);
   // From here on something may be loaded, also when the loading fails: the next operation without a
   // handle has to unload it.
@@ -229,6 +230,7 @@ unsigned int Registry::OpenKey(const char* keyPath, unsigned int* handle, unsign
 unsigned int Registry::CloseKey(unsigned int handle) {
   if (handle == 0) return status::kBadArgument;
   if (!IsReady()) return status::kNoRight;
+  if (instance->IsWalkedHere()) return status::kBusy;
   PCMutexGuard guard(instance->operationLock);
   List<void*>& handles = *instance->handles;
   if (handles.isInvalidIndex(handle)) return status::kBadArgument;
@@ -252,6 +254,7 @@ void Registry::LetHandlesGo() {
 unsigned int Registry::GetKeyTree(unsigned int handle, RegistryInterface*& tree,
                                   void*& treeHandle) {
   if (!IsReady()) return status::kNoRight;
+  if (instance->IsWalkedHere()) return status::kBusy;
   OperationScope scope(*this, handle);
   if (handle != 0) {
     List<void*>& handles = *instance->handles;

@@ -15,6 +15,7 @@
 #include "registry/base/Rights.h"
 #include "registry/base/UserId.h"
 #include "registry/base/Value.h"
+#include "registry/base/WalkVisitor.h"
 
 namespace tamu::registry {
 
@@ -156,6 +157,14 @@ class YAX_API Registry {
   // it), or the list is full.
   unsigned int ListValues(unsigned int handle, const char* keyPath, unsigned int first,
                           unsigned int unused, NameList* list);
+  // Calls the visitor with the key, its values, and all keys and values below it, in the order of
+  // the keys' names (bytes as signed numbers), a key before its sub-keys, the newest value first.
+  // Nothing is allocated for a key or value; nobody changes anything meanwhile. Right: read on this
+  // key with handle 0, none through a handle, as for ListKeys; values are visited of those keys
+  // that the user may read. 0 also when the visitor has ended the walk; kInvalidFile at damage,
+  // after what lies before it. The visitor must not finalise the object; its operations on the
+  // registry answer kBusy.
+  unsigned int Walk(unsigned int handle, const char* keyPath, WalkVisitor& visitor);
   // Writes the key, all keys below it, their values, owners and rights to `backupFile`, which is
   // made, or replaced when all is written. Right: read on this key, which is enough for all below
   // it. kInputOutput: the file cannot be made or written, or is the registry's own. docs/format.md

@@ -29,12 +29,17 @@ class RegistryInstance {
   RegistryDaemon* daemon = nullptr;  // a third backend, never made
   List<void*>* handles = nullptr;
   unsigned int refCount = 1;
+  bool isWalked =
+      false;  // a visitor of Registry::Walk runs, in the thread that holds operationLock
   RegistryInstance* next = nullptr;
   RegistryInstance* prev = nullptr;  // not followed: it may name an instance that is gone
 
   // Held over every operation on the trees. Taken after the file tree's object lock, by operations
   // without a handle, and before any lock of the key tree and the store.
   PCMutex operationLock;
+
+  // True for a visitor of Registry::Walk; asked before any lock is taken.
+  bool IsWalkedHere() const { return operationLock.IsMine() && isWalked; }
 
  private:
   RegistryInstance() = default;

@@ -77,6 +77,16 @@ unsigned int Registry::ListValues(unsigned int handle, const char* keyPath, unsi
   });
 }
 
+unsigned int Registry::Walk(unsigned int handle, const char* keyPath, WalkVisitor& visitor) {
+  if (!IsReady()) return status::kNoRight;
+  return Route(handle, [&](RegistryInterface& tree, void* treeHandle) {
+    instance->isWalked = true;
+    const unsigned int result = tree.Walk(userId, treeHandle, keyPath, &visitor);
+    instance->isWalked = false;
+    return result;
+  });
+}
+
 unsigned int Registry::BackupKey(unsigned int handle, const char* keyPath, const char* backupFile) {
   if (!IsReady()) return status::kNoRight;
   if (keyPath == nullptr || backupFile == nullptr) return status::kBadArgument;

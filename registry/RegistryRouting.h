@@ -34,6 +34,7 @@ class Registry::OperationScope {
 // Calls operation(tree, treeHandle) on the tree that `handle` leads to. The object is ready.
 template <class Operation>
 unsigned int Registry::Route(unsigned int handle, Operation operation) {
+  if (instance->IsWalkedHere()) return status::kBusy;
   OperationScope scope(*this, handle);
   RegistryInterface* tree = nullptr;
   void* treeHandle = nullptr;

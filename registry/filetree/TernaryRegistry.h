@@ -126,6 +126,13 @@ class TernaryRegistry : public NodeOperations {
   unsigned int ListValues(unsigned int user, void* tree, const char* path, unsigned int index,
                           NameList* names) override;
 
+  // ---- both (TernaryRegistryWalk.cpp)
+
+  // Visits the key and all below it, with their values, in the order of their names: the file is
+  // held meanwhile. Right: read; names below are told to all, values to those who may read their
+  // key. kInvalidFile where records are met twice or make no sense. Told in registry/Registry.h.
+  unsigned int Walk(unsigned int user, void* tree, const char* path, WalkVisitor* visitor) override;
+
   // ---- backup (TernaryRegistryBackup.cpp)
 
   // Writes the key with its sub-keys, values and data to `backupFile`, which is made, or replaced

@@ -122,4 +122,8 @@ unsigned int RegistryInterface::GetValueOffset(unsigned int, void*, const char*,
   return status::kNotSupported;
 }
 
+unsigned int RegistryInterface::Walk(unsigned int, void*, const char*, WalkVisitor*) {
+  return status::kNotSupported;
+}
+
 }  // namespace tamu::registry

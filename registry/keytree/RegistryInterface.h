@@ -12,6 +12,7 @@ namespace tamu::registry {
 
 struct Key;
 struct ChangeBuffer;
+class WalkVisitor;
 
 // Every operation answers kNotSupported here. `user` is the id of the user on whose behalf the
 // operation runs; `tree` is a loaded subtree from LoadKeyTree, or null for the whole file; `path`
@@ -70,6 +71,7 @@ class RegistryInterface {
   virtual unsigned int GetRegistryInfo(RegistryInfo* info);
   virtual unsigned int GetValueOffset(unsigned int user, void* tree, const char* path,
                                       const char* name, unsigned int* offset);
+  virtual unsigned int Walk(unsigned int user, void* tree, const char* path, WalkVisitor* visitor);
 };
 
 }  // namespace tamu::registry

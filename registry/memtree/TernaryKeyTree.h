@@ -99,6 +99,9 @@ class TernaryKeyTree : public StringOperations {
   // As TernaryRegistry::ListValues.
   unsigned int ListValues(unsigned int user, void* tree, const char* path, unsigned int index,
                           NameList* names) override;
+  // As TernaryRegistry::Walk, of what is loaded; no right is needed, as for ListKeys
+  // (TernaryKeyTreeWalk.cpp).
+  unsigned int Walk(unsigned int user, void* tree, const char* path, WalkVisitor* visitor) override;
 
   // ---- keys (TernaryKeyTreeKeys.cpp)
 

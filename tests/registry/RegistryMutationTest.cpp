@@ -83,7 +83,35 @@ void ExpectKnown(unsigned int status) {
   EXPECT_EQ(kKnown.count(status), 1u) << status;
 }
 
+// Looks at every byte that it is shown.
+class Reader : public WalkVisitor {
+ public:
+  Then VisitKey(const WalkedKey& key) override {
+    for (unsigned int i = 0; i < key.length; ++i) sum_ += static_cast<unsigned int>(key.path[i]);
+    return Then::kGoOn;
+  }
+  Then VisitValue(const WalkedKey&, const WalkedValue& value) override {
+    for (const char* c = value.name; *c != 0; ++c) sum_ += static_cast<unsigned int>(*c);
+    const unsigned char* bytes = static_cast<const unsigned char*>(value.data);
+    for (unsigned int i = 0; i < value.size; ++i) sum_ += bytes[i];
+    return Then::kGoOn;
+  }
+
+ private:
+  volatile unsigned int sum_ = 0;
+};
+
+void WalkEverything(Registry& registry) {
+  Reader reader;
+  ExpectKnown(registry.Walk(0, "", reader));
+  unsigned int handle = 0;
+  const unsigned int opened = registry.OpenKey("", &handle);
+  ExpectKnown(opened);
+  if (opened == 0) ExpectKnown(registry.Walk(handle, "", reader));
+}
+
 void ReadEverything(Registry& registry) {
+  WalkEverything(registry);
   for (const char* key : kKeys) {
     unsigned long long number = 0;
     ExpectKnown(registry.GetDefaultValue(0, key, &number));
