@@ -62,6 +62,7 @@ unsigned int Registry::Initialize(unsigned int) {
 // store's may be open for another registry.
 unsigned int Registry::CheckFile() const {
   PCFile existing;
+  existing.ReadDirectly();  // a mapping for a few bytes costs more than they
   if (!existing.Create(path, PCFile::kReadWrite)) return status::kOk;
   FileHeader header;
   const bool complete = existing.Read(header.bytes(), FileHeader::kSize) != 0;

@@ -102,7 +102,7 @@ bool TableMap::OverlapsAnother(const NodeAllocationTable& table, unsigned int re
 bool TableMap::IsPlausible(const StoreFile& file, const NodeAllocationTable& table,
                            unsigned int offset, unsigned int position,
                            unsigned int recordSize) const {
-  const unsigned int realSize = file.Size();
+  const unsigned int realSize = file.KnownLength();
   const unsigned long long end = realSize < header_.fileSize() ? realSize : header_.fileSize();
   const unsigned long long entries = table.entryCount();
   return position < TernaryNodeDescriptor::kTableCapacity && table.tableOffset() == offset &&
