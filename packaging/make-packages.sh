@@ -8,7 +8,8 @@ mkdir -p "$1/libyax" "$1/unpacked/run"
 folder=$(cd "$1" && pwd)
 tar -C "$root" -c --exclude=./build --exclude='./build-*' --exclude=./.git . | tar -C "$folder/libyax" -x
 cd "$folder/libyax"
-DEB_BUILD_OPTIONS="parallel=${JOBS:-2}" dpkg-buildpackage -b -us -uc
+# What is needed has been looked for already, wherever it comes from.
+DEB_BUILD_OPTIONS="parallel=${JOBS:-2}" dpkg-buildpackage -b -d -us -uc
 
 cd "$folder"
 lintian --allow-root --fail-on error libyax_*.changes
