@@ -70,12 +70,17 @@ class PCFile {
   bool SameFile(const char* path) const;
   // True when both have the same file open, by whatever paths.
   bool SameFile(const PCFile& other) const;
+  // What tells the file that is open here from all others: 0 and 0 when it cannot be told.
+  void Identity(unsigned long long* device, unsigned long long* number) const;
   // Exchanges what the two objects have open, with their positions.
   void Swap(PCFile& other);
   // Looks at the length, so that reads up to the next Refresh do not touch a part of the mapping
   // that somebody else has cut off meanwhile; it may be up to 10 milliseconds since. Called at the
   // start of every operation on the file.
   void Refresh();
+  // Others have made the file longer, or shorter: reads go up to its end, and all of it is
+  // protected.
+  void Renew();
 
  private:
   // Refresh, as of now.

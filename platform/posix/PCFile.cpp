@@ -181,6 +181,12 @@ bool PCFile::SameFile(const PCFile& other) const {
   return IsOpen() && other.IsOpen() && posix::SameFile(mFd, other.mFd);
 }
 
+void PCFile::Identity(unsigned long long* device, unsigned long long* number) const {
+  *device = 0;
+  *number = 0;
+  if (IsOpen()) posix::Identify(mFd, device, number);
+}
+
 void PCFile::Swap(PCFile& other) {
   std::swap(mFd, other.mFd);
   std::swap(mDirect, other.mDirect);
@@ -207,6 +213,18 @@ void PCFile::LookAtLength() {
   const long long length = posix::Length(mFd);
   if (length >= static_cast<long long>(mMapLength)) return;
   mMapLength = length < 0 ? 0 : static_cast<unsigned int>(length);
+}
+
+void PCFile::Renew() {
+  const long long length = IsOpen() ? posix::Length(mFd) : -1;
+  if (length < 0) return;
+  mProtected = Saturate(static_cast<unsigned long long>(length));
+  if (mMap == nullptr) return;
+  if (length > static_cast<long long>(mMapReserved)) {
+    MapAnew(static_cast<unsigned long long>(length));
+  } else {
+    mMapLength = static_cast<unsigned int>(length);
+  }
 }
 
 bool PCFile::MappingCovers(unsigned long long end) {

@@ -34,6 +34,9 @@ unsigned long long Tick();
 bool SameFile(int fd, const char* path);
 // The same of two descriptors.
 bool SameFile(int fd, int other);
+// Two numbers that no other file of the machine has at the same time. Left as they are when the
+// system cannot tell.
+void Identify(int fd, unsigned long long* device, unsigned long long* number);
 
 // Reads up to `size` bytes at `offset`. Returns how many came, 0 at the end of the file, -1 on
 // failure.
@@ -53,6 +56,16 @@ bool SyncData(int fd);
 // Makes the file this descriptor's alone until it is closed: 0, EWOULDBLOCK when it is another's,
 // or errno where there are no locks.
 int TryLock(int fd);
+// How a place of a file is held, by an open file: until the last of its descriptors is closed.
+enum class Holding { kNone, kShared, kAlone };
+// Holds one byte of the file, which need not be there, in place of how it was held here: 0, EAGAIN
+// when others keep it from being held this way, or errno where there are no such locks. Never
+// waits.
+int Hold(int fd, unsigned long long offset, Holding how);
+// True when another open file holds the byte.
+bool IsHeld(int fd, unsigned long long offset);
+// Sleeps.
+void Pause(unsigned int microseconds);
 // Gives the file the owner, the group and the rights to read and write of the file at `model`, as
 // far as the system allows it.
 void TakeRightsOf(int fd, const char* model);

@@ -241,6 +241,13 @@ bool SameFile(int fd, int other) {
   return here.st_dev == there.st_dev && here.st_ino == there.st_ino;
 }
 
+void Identify(int fd, unsigned long long* device, unsigned long long* number) {
+  struct stat info;
+  if (fstat(fd, &info) != 0) return;
+  *device = info.st_dev;
+  *number = info.st_ino;
+}
+
 long PositionedRead(int fd, void* buffer, unsigned int size, unsigned long long offset) {
   return pread(fd, buffer, size, static_cast<off_t>(offset));
 }
@@ -285,6 +292,29 @@ bool SyncData(int fd) {
 
 int TryLock(int fd) {
   return flock(fd, LOCK_EX | LOCK_NB) == 0 ? 0 : errno;
+}
+
+int Hold(int fd, unsigned long long offset, Holding how) {
+  struct flock place = {};
+  place.l_type = how == Holding::kNone ? F_UNLCK : how == Holding::kShared ? F_RDLCK : F_WRLCK;
+  place.l_whence = SEEK_SET;
+  place.l_start = static_cast<off_t>(offset);
+  place.l_len = 1;
+  if (fcntl(fd, F_OFD_SETLK, &place) == 0) return 0;
+  return errno == EACCES ? EAGAIN : errno;
+}
+
+bool IsHeld(int fd, unsigned long long offset) {
+  struct flock place = {};
+  place.l_type = F_WRLCK;
+  place.l_whence = SEEK_SET;
+  place.l_start = static_cast<off_t>(offset);
+  place.l_len = 1;
+  return fcntl(fd, F_OFD_GETLK, &place) != 0 || place.l_type != F_UNLCK;
+}
+
+void Pause(unsigned int microseconds) {
+  usleep(microseconds);
 }
 
 int CopyRights(int fd, const char* model) {
