@@ -16,13 +16,13 @@ inline unsigned int Store(TernaryKeyTree& tree, TernaryHandle* root, bool create
 
 // A change of the key "a". One that deletes is made with its first write; what comes then only
 // gives slots back.
-struct Change {
+struct LoadedChange {
   const char* name;
   bool deletes;
   unsigned int (*run)(TernaryKeyTree& tree, TernaryHandle* root);
 };
 
-inline const Change kChanges[] = {
+inline const LoadedChange kChanges[] = {
     {"create a number", false,
      [](TernaryKeyTree& tree, TernaryHandle* root) {
        return tree.CreateValue(kAdmin, root, "a", "new", 0x1122334455667788, true);
@@ -109,7 +109,7 @@ inline std::string Seen(LoadedTreeRig& rig, TernaryHandle* root) {
 // One change with a fault at one of its calls.
 class Attempt {
  public:
-  Attempt(const Change& change, faults::Mode mode, unsigned int number) {
+  Attempt(const LoadedChange& change, faults::Mode mode, unsigned int number) {
     rig.Create({"a", "a/b", "a/b/c", "a/d", "x"});
     for (const char* key : {"a", "a/b", "a/b/c", "x"}) {
       EXPECT_EQ(rig.CreateNumber(key, "number", 5), 0u);

@@ -37,7 +37,7 @@ class LoadedWriteFaults : public ::testing::Test {
   // Runs `check` after every change with a fault at every call in turn.
   template <class Check>
   static void ForEveryFault(Mode mode, Check check) {
-    for (const Change& change : kChanges) {
+    for (const LoadedChange& change : kChanges) {
       const unsigned int calls = Attempt(change, Mode::kNone, 0).calls;
       ASSERT_GT(calls, 0u);
       for (unsigned int number = 0; number < calls; ++number) {
@@ -51,7 +51,7 @@ class LoadedWriteFaults : public ::testing::Test {
 };
 
 TEST_F(LoadedWriteFaults, WithoutAFaultMemoryAndFileAgree) {
-  for (const Change& change : kChanges) {
+  for (const LoadedChange& change : kChanges) {
     SCOPED_TRACE(change.name);
     Attempt attempt(change, Mode::kNone, 0);
     EXPECT_EQ(attempt.status, 0u);
@@ -63,7 +63,7 @@ TEST_F(LoadedWriteFaults, WithoutAFaultMemoryAndFileAgree) {
 
 TEST_F(LoadedWriteFaults, WhatIsInOneRecordIsOneWrite) {
   unsigned int compared = 0;
-  for (const Change& change : kChanges) {
+  for (const LoadedChange& change : kChanges) {
     const std::string name = change.name;
     const bool isOneRecord = name == "set a number" || name == "set the default value" ||
                              name == "set the permission" || name == "set the watch";
@@ -76,7 +76,7 @@ TEST_F(LoadedWriteFaults, WhatIsInOneRecordIsOneWrite) {
 
 // A short write is gone on with.
 TEST_F(LoadedWriteFaults, ShortWritesDoNotMatter) {
-  for (const Change& change : kChanges) {
+  for (const LoadedChange& change : kChanges) {
     std::string expected;
     unsigned int calls = 0;
     {
@@ -95,7 +95,7 @@ TEST_F(LoadedWriteFaults, ShortWritesDoNotMatter) {
 
 TEST_F(LoadedWriteFaults, EveryFailureIsReportedAndUndone) {
   for (const Mode mode : {Mode::kFailOnce, Mode::kFailFrom, Mode::kTearFrom}) {
-    ForEveryFault(mode, [](const Change& change, unsigned int number, Attempt& attempt) {
+    ForEveryFault(mode, [](const LoadedChange& change, unsigned int number, Attempt& attempt) {
       const bool isMade = change.deletes && number > 0;
       EXPECT_EQ(attempt.status, isMade ? 0u : 5u);
       if (!isMade) {
@@ -108,7 +108,7 @@ TEST_F(LoadedWriteFaults, EveryFailureIsReportedAndUndone) {
 // It is deleted or it is not, and then with all below it.
 TEST_F(LoadedWriteFaults, AKeyIsDeletedWithTheFirstWrite) {
   for (const Mode mode : {Mode::kFailOnce, Mode::kFailFrom}) {
-    ForEveryFault(mode, [](const Change& change, unsigned int number, Attempt& attempt) {
+    ForEveryFault(mode, [](const LoadedChange& change, unsigned int number, Attempt& attempt) {
       if (std::string(change.name).find("delete the key") == std::string::npos) return;
       EXPECT_EQ(attempt.status, number == 0 ? 5u : 0u);
       if (number == 0) {
@@ -127,7 +127,7 @@ TEST_F(LoadedWriteFaults, AKeyIsDeletedWithTheFirstWrite) {
 
 TEST_F(LoadedWriteFaults, OtherKeysAreAsBefore) {
   for (const Mode mode : {Mode::kFailOnce, Mode::kFailFrom, Mode::kTearFrom}) {
-    ForEveryFault(mode, [](const Change&, unsigned int, Attempt& attempt) {
+    ForEveryFault(mode, [](const LoadedChange&, unsigned int, Attempt& attempt) {
       const std::string x = attempt.seenBefore.substr(attempt.seenBefore.find("\nx: "));
       std::string seen = Seen(attempt.rig, attempt.root);
       EXPECT_NE(seen.find(x), std::string::npos) << seen;
@@ -141,7 +141,7 @@ TEST_F(LoadedWriteFaults, OtherKeysAreAsBefore) {
 // deleted.
 TEST_F(LoadedWriteFaults, TheFileStaysSound) {
   for (const Mode mode : {Mode::kFailOnce, Mode::kFailFrom}) {
-    ForEveryFault(mode, [&](const Change&, unsigned int, Attempt& attempt) {
+    ForEveryFault(mode, [&](const LoadedChange&, unsigned int, Attempt& attempt) {
       unsigned int harmless = 0;
       EXPECT_EQ(GraveFindings(attempt.rig.path, &harmless), "");
       EXPECT_LE(harmless, 1u);
