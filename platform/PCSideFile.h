@@ -1,8 +1,11 @@
 // A file of the library's own beside another file.
 #pragma once
 
-// Offsets and sizes are in bytes. Calls return 1 for success and 0 for failure. Only one object of
-// all processes has the file at a path open. Not thread-safe: the owner serialises.
+#include "platform/PCFork.h"
+
+// Offsets and sizes are in bytes. Calls return 1 for success and 0 for failure. Several objects of
+// several processes may have the file at a path open; they agree by holding places. A process that
+// was forked has it closed. Not thread-safe: the owner serialises.
 class PCSideFile {
  public:
   PCSideFile() = default;
@@ -10,11 +13,26 @@ class PCSideFile {
   PCSideFile(const PCSideFile&) = delete;
   PCSideFile& operator=(const PCSideFile&) = delete;
 
-  // Opens the file at `path`, or makes it, with the rights of the file that `model` names. An
-  // existing one keeps its bytes. Fails when another object or process has it open, and for what is
-  // no regular file, symbolic links included.
+  // Opens the file at `path`, or makes it, with the rights of the file that `model` names, and
+  // holds its door (LeaveDoor). An existing one keeps its bytes. Fails for what is no regular file,
+  // symbolic links included, and when the door cannot be had for some seconds.
   int Create(const char* path, const char* model);
-  bool IsOpen() const { return mFd >= 0; }
+  bool IsOpen() const { return mFd >= 0 && mFork == PCFork::Count(); }
+
+  // Places that an object holds until it gives them up or closes the file, or its process ends.
+  enum class Holding { kNone, kShared, kAlone };
+  static constexpr unsigned int kDoor = 0;        // of one who opens or closes the file
+  static constexpr unsigned int kPresence = 1;    // shared by all who use the file
+  static constexpr unsigned int kFirstPlace = 2;  // free for any use
+  // Holds a place in this way instead of how it held it before. Fails at once when another object
+  // keeps it from that; it is then held as before.
+  int Hold(unsigned int place, Holding how);
+  // True when another object holds the place.
+  bool IsHeld(unsigned int place) const;
+  // Waits for the door, for some seconds at most.
+  int EnterDoor();
+  void LeaveDoor() { Hold(kDoor, Holding::kNone); }
+
   // Current length; 0 when closed, 0xFFFFFFFF when it is longer.
   unsigned int Size() const;
   // Exactly `size` bytes.
@@ -28,6 +46,8 @@ class PCSideFile {
   // the process ends at any point. The file has that length (Resize). Null when there is no such
   // mapping. An earlier one goes.
   unsigned char* Map(unsigned int length);
+  // The same beside it, until the file is closed.
+  unsigned char* MapStart(unsigned int length);
   // Closes the file and removes it from its folder.
   void Remove();
   // Closes the file, which stays.
@@ -44,10 +64,15 @@ class PCSideFile {
   static bool IsThere(const char* path);
 
  private:
+  int Open(const char* path, const char* model);
   void DropMapping();
+  void DropStart();
 
   int mFd = -1;
-  char* mPath = nullptr;  // owned
+  unsigned int mFork = 0;  // PCFork::Count when the file was opened
+  char* mPath = nullptr;   // owned
   unsigned char* mMap = nullptr;
   unsigned int mMapLength = 0;
+  unsigned char* mStart = nullptr;
+  unsigned int mStartLength = 0;
 };

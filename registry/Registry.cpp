@@ -39,6 +39,7 @@ Registry::~Registry() {
 unsigned int Registry::Initialize(unsigned int) {
   if (path == nullptr) return pathGiven_ ? status::kNoMemory : status::kBadArgument;
   if (instance != nullptr && instance->keyTree != nullptr) return status::kOk;
+  RegistryInstance::LeaveInherited();
   delete keyTree;  // one whose opening failed
   keyTree = nullptr;
   delete lock;
@@ -76,12 +77,16 @@ unsigned int Registry::OpenTrees() {
   List<void*>* handles = new (std::nothrow) List<void*>;
   fileTree = new (std::nothrow) TernaryRegistry(nullptr, nullptr);
   keyTree = new (std::nothrow) TernaryKeyTree(nullptr);
-  if (handles == nullptr || handles->EnsureCapacity(kHandleSlots) != status::kOk ||
-      fileTree == nullptr || keyTree == nullptr || keyTree->Open(path, options_) != status::kOk) {
+  unsigned int opened = status::kNoMemory;
+  if (handles != nullptr && handles->EnsureCapacity(kHandleSlots) == status::kOk &&
+      fileTree != nullptr && keyTree != nullptr) {
+    opened = keyTree->Open(path, options_);
+  }
+  if (opened != status::kOk) {
     delete handles;
     delete fileTree;
     fileTree = nullptr;
-    return status::kNoMemory;
+    return opened == status::kBusy ? status::kNoSpace : status::kNoMemory;
   }
   const unsigned int result = CheckDurability();
   if (result != status::kOk) {
@@ -102,8 +107,10 @@ unsigned int Registry::OpenTrees() {
 
 // What was asked for is had; who has asked for nothing is told.
 unsigned int Registry::CheckDurability() {
-  if (keyTree->File()->EffectiveDurability() == options_.durability) return status::kOk;
+  const Durability had = keyTree->File()->EffectiveDurability();
+  if (had >= options_.durability) return status::kOk;
   if (optionsGiven_) return status::kNoSpace;
+  if (had != Durability::kNone) return status::kOk;
   constexpr int kLevel = 3;
   CVekforTamu::Print(
       kLevel,
@@ -138,9 +145,14 @@ unsigned int Registry::Sync() {
 }
 
 // Whoever is the last on the file destroys what the instance holds; the others only let go. A
-// thread may hold the file tree's lock for good: nothing here waits for it.
+// thread may hold the file tree's lock for good: nothing here waits for it. What another process
+// has opened before this one was forked stays untouched.
 void Registry::Finalize() {
-  if (instance != nullptr) {
+  if (IsInherited()) {
+    keyTree = nullptr;
+    fileTree = nullptr;
+    lock = nullptr;
+  } else if (instance != nullptr) {
     keyTree = instance->keyTree;
     fileTree = instance->fileTree;
     List<void*>* handles = instance->handles;

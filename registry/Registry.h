@@ -31,7 +31,9 @@ class TernaryRegistry;
 // One process works on one registry file at a time: opening a second path makes operations on the
 // first answer kInputOutput until it is finalised and opened again (through a handle some answer 0
 // from memory, docs/behaviour.md). Of several objects on the same
-// path only the one that opened the file has operations; the others answer kNoRight. Constructing,
+// path only the one that opened the file has operations; the others answer kNoRight, and so does in
+// a process that was forked what the other one has opened, until it is finalised and opened again.
+// Constructing,
 // initialising and finalising are serialised by the caller; operations may be called from any
 // thread.
 //
@@ -79,7 +81,8 @@ class YAX_API Registry {
   // initialised: 0.
   // kInvalidFile: the file is too short or no registry; it is left alone. kNoMemory: no memory, or
   // the file cannot be opened, made or used for another reason; it is left alone. kInputOutput: no
-  // semaphore. kBadArgument: null path. kNoSpace: see SetOptions.
+  // semaphore. kBadArgument: null path. kNoSpace: see SetOptions; or other
+  // processes have the file open in a way that cannot be shared.
   unsigned int Initialize(unsigned int unused = 0);
   // Gives the file up; the last object on a path closes it. Operations then answer kNoRight.
   void Finalize();
@@ -248,8 +251,10 @@ class YAX_API Registry {
   friend class RegistryFileLock;
   class OperationScope;
 
-  // True when operations can be served.
-  bool IsReady() const { return keyTree != nullptr && fileTree != nullptr && instance != nullptr; }
+  // True when operations can be served. In RegistryRouting.h.
+  bool IsReady() const;
+  // True for what a process that was forked has got from the other one.
+  bool IsInherited() const;
   unsigned int CheckFile() const;
   unsigned int OpenTrees();
   unsigned int CheckDurability();

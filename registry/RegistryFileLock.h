@@ -1,8 +1,7 @@
 // The lock that a registry's operations without a handle hold. Internal.
 #pragma once
 
-#include "registry/Registry.h"
-#include "registry/filetree/TernaryRegistry.h"
+#include "registry/RegistryRouting.h"
 
 namespace tamu::registry {
 

@@ -4,10 +4,20 @@
 
 #include "platform/PCString.h"
 #include "registry/base/RCEString.h"
+#include "registry/store/ProcessFile.h"
 
 namespace tamu::registry {
 
 RegistryInstance* RegistryInstance::sFirstInstance = nullptr;
+
+// Other threads of the other process may have held any lock, and been anywhere in what it guards.
+void RegistryInstance::LeaveInherited() {
+  static unsigned int sFork = 0;
+  if (sFork == PCFork::Count()) return;
+  sFork = PCFork::Count();
+  sFirstInstance = nullptr;
+  ProcessFile::StartAnew();
+}
 
 RegistryInstance* RegistryInstance::Make(const char* path) {
   RegistryInstance* instance = new (std::nothrow) RegistryInstance;

@@ -1,6 +1,7 @@
 // What all Registry objects of the process on one path share.
 #pragma once
 
+#include "platform/PCFork.h"
 #include "platform/PCMutex.h"
 #include "registry/base/List.h"
 
@@ -14,6 +15,9 @@ class TernaryRegistry;
 // initialising and finalising Registry objects is serialised by the caller.
 class RegistryInstance {
  public:
+  // In a process that was forked, once: what the other one has opened is not known any more, and
+  // stays as it is in memory.
+  static void LeaveInherited();
   // The instance of the path, with one more reference, or a new one with the first. Null when there
   // is no memory.
   static RegistryInstance* CreateInstance(const char* path);
@@ -31,6 +35,7 @@ class RegistryInstance {
   unsigned int refCount = 1;
   bool isWalked =
       false;  // a visitor of Registry::Walk runs, in the thread that holds operationLock
+  const unsigned int fork = PCFork::Count();  // of the process that has made it
   RegistryInstance* next = nullptr;
   RegistryInstance* prev = nullptr;  // not followed: it may name an instance that is gone
 

@@ -8,6 +8,14 @@
 
 namespace tamu::registry {
 
+inline bool Registry::IsInherited() const {
+  return instance != nullptr && instance->fork != PCFork::Count();
+}
+
+inline bool Registry::IsReady() const {
+  return keyTree != nullptr && fileTree != nullptr && instance != nullptr && !IsInherited();
+}
+
 // Holds an operation's locks until the backend has returned. An operation without a handle takes
 // the file tree's lock first: a thread may keep a level of it for good, and whoever waits for it
 // must not hold what operations through handles need.

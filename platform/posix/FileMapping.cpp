@@ -31,7 +31,9 @@ bool AllowWrites(const unsigned char* bytes, unsigned int size) {
 
 unsigned char* MapShared(int fd, unsigned int size) {
   void* bytes = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
-  return bytes == MAP_FAILED ? nullptr : static_cast<unsigned char*>(bytes);
+  if (bytes == MAP_FAILED) return nullptr;
+  madvise(bytes, size, MADV_DONTFORK);  // a child would keep the file open
+  return static_cast<unsigned char*>(bytes);
 }
 
 void Unmap(const unsigned char* bytes, unsigned int size) {

@@ -2,27 +2,66 @@
 
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstring>
 #include <new>
 
 #include "platform/posix/FileMapping.h"
 #include "platform/posix/PosixCalls.h"
 
+namespace {
+
+constexpr unsigned long long kPlaces = 1ull << 40;  // where the places begin, far behind any byte
+constexpr unsigned int kMostTries = 100;
+constexpr unsigned int kDoorPause = 1000;  // microseconds
+constexpr unsigned int kDoorTries = 10000;
+
+}  // namespace
+
+// Whoever closes the file removes it, perhaps since it was opened here.
 int PCSideFile::Create(const char* path, const char* model) {
   Destroy();
   if (path == nullptr || model == nullptr) return 0;
+  for (unsigned int i = 0; i < kMostTries && Open(path, model) && EnterDoor(); ++i) {
+    if (posix::SameFile(mFd, path)) return 1;
+    Destroy();
+  }
+  Destroy();
+  return 0;
+}
+
+int PCSideFile::Open(const char* path, const char* model) {
   const size_t size = std::strlen(path) + 1;
   mPath = new (std::nothrow) char[size];
   if (mPath == nullptr) return 0;
   std::memcpy(mPath, path, size);
   const bool isNew = !IsThere(path);
   mFd = posix::OpenOrMake(path);
-  // Whoever closes the file removes it, perhaps since it was opened here.
-  if (mFd >= 0 && posix::IsRegular(mFd) && posix::TryLock(mFd) == 0 && posix::SameFile(mFd, path)) {
-    if (isNew) posix::TakeRightsOf(mFd, model);
-    return 1;
+  if (mFd < 0) return 0;
+  mFork = PCFork::Count();
+  PCFork::CloseInChild(mFd);
+  if (!posix::IsRegular(mFd)) return 0;
+  if (isNew) posix::TakeRightsOf(mFd, model);
+  return 1;
+}
+
+int PCSideFile::Hold(unsigned int place, Holding how) {
+  static_assert(static_cast<int>(posix::Holding::kAlone) == static_cast<int>(Holding::kAlone),
+                "the same ways");
+  return IsOpen() && posix::Hold(mFd, kPlaces + place, static_cast<posix::Holding>(how)) == 0;
+}
+
+bool PCSideFile::IsHeld(unsigned int place) const {
+  return IsOpen() && posix::IsHeld(mFd, kPlaces + place);
+}
+
+int PCSideFile::EnterDoor() {
+  for (unsigned int i = 0; i < kDoorTries; ++i) {
+    const int held = posix::Hold(mFd, kPlaces + kDoor, posix::Holding::kAlone);
+    if (held == 0) return 1;
+    if (held != EAGAIN) return 0;
+    posix::Pause(kDoorPause);
   }
-  Destroy();
   return 0;
 }
 
@@ -78,6 +117,14 @@ unsigned char* PCSideFile::Map(unsigned int length) {
   return mMap;
 }
 
+unsigned char* PCSideFile::MapStart(unsigned int length) {
+  DropStart();
+  if (!IsOpen()) return nullptr;
+  mStart = posix::MapShared(mFd, length);
+  mStartLength = mStart != nullptr ? length : 0;
+  return mStart;
+}
+
 // Only the file that is open here: the name may be another's by now.
 void PCSideFile::Remove() {
   if (IsOpen() && posix::SameFile(mFd, mPath)) posix::Remove(mPath);
@@ -86,7 +133,11 @@ void PCSideFile::Remove() {
 
 void PCSideFile::Destroy() {
   DropMapping();
-  if (mFd >= 0) posix::Close(mFd);
+  DropStart();
+  if (IsOpen()) {
+    PCFork::Forget(mFd);
+    posix::Close(mFd);
+  }
   mFd = -1;
   delete[] mPath;
   mPath = nullptr;
@@ -109,7 +160,14 @@ bool PCSideFile::IsThere(const char* path) {
 }
 
 void PCSideFile::DropMapping() {
-  if (mMap != nullptr) posix::Unmap(mMap, mMapLength);
+  if (mMap != nullptr && IsOpen()) posix::Unmap(mMap, mMapLength);
   mMap = nullptr;
   mMapLength = 0;
+}
+
+// A process that was forked has not got the mapping.
+void PCSideFile::DropStart() {
+  if (mStart != nullptr && IsOpen()) posix::Unmap(mStart, mStartLength);
+  mStart = nullptr;
+  mStartLength = 0;
 }

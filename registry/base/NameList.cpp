@@ -49,6 +49,10 @@ unsigned int NameList::AddCopy(const char* name, unsigned int most) {
   return result;
 }
 
+void NameList::CutTo(unsigned int first) {
+  while (count > first) delete[] names[--count];
+}
+
 char* NameList::GetName(unsigned int index, unsigned long long* tag) const {
   if (index >= count) return nullptr;
   if (tag != nullptr) *tag = tags[index];

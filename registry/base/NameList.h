@@ -27,6 +27,9 @@ class YAX_API NameList {
   // index beyond the last name; the tag is then untouched.
   char* GetName(unsigned int index, unsigned long long* tag) const;
 
+  // Drops the names from `first` on.
+  void CutTo(unsigned int first);
+
   unsigned int Count() const { return count; }
   unsigned int Capacity() const { return capacity; }
 

@@ -106,13 +106,13 @@ unsigned int NodeOperations::RecursiveDeleteKeyTree(unsigned int, unsigned int n
 unsigned int NodeOperations::RecursiveListString(TernaryStringNode* node, unsigned int position,
                                                  const char*, RecursiveArg* arg) {
   const bool given = node != nullptr && arg != nullptr && arg->names != nullptr;
-  return InStore<StoreAccess>(
-      given, [&](StoreAccess& access) { return ListFrom(access, *node, 0, position, arg); });
+  return InStore<LockedAccess>(
+      given, [&](LockedAccess& access) { return ListFrom(access, *node, 0, position, arg); });
 }
 
 unsigned int NodeOperations::ListNode(unsigned int node, unsigned int position, RecursiveArg* arg) {
   const bool given = arg != nullptr && arg->names != nullptr;
-  return InStore<StoreAccess>(given, [&](StoreAccess& access) {
+  return InStore<LockedAccess>(given, [&](LockedAccess& access) {
     TernaryStringNode record;
     const Status result = access.Read(node, &record);
     return result.IsOk() ? ListFrom(access, record, node, position, arg) : result;
@@ -121,13 +121,13 @@ unsigned int NodeOperations::ListNode(unsigned int node, unsigned int position, 
 
 unsigned int NodeOperations::RecursiveCountKey(KeyInfo* info, TernaryStringNode* node,
                                                unsigned int depth) {
-  return InStore<StoreAccess>(info != nullptr && node != nullptr, [&](StoreAccess& access) {
+  return InStore<LockedAccess>(info != nullptr && node != nullptr, [&](LockedAccess& access) {
     return CountFrom(access, *node, 0, depth, info);
   });
 }
 
 unsigned int NodeOperations::CountKeyValues(unsigned int* count, TernaryKeyNode* keyRecord) {
-  return InStore<StoreAccess>(count != nullptr && keyRecord != nullptr, [&](StoreAccess& access) {
+  return InStore<LockedAccess>(count != nullptr && keyRecord != nullptr, [&](LockedAccess& access) {
     return CountValuesOf(access, *keyRecord, nullptr, count);
   });
 }
@@ -137,7 +137,7 @@ unsigned int NodeOperations::ReadNodeTree(unsigned int node, unsigned int* ids, 
   PCMutexGuard guard(lock_);
   if (file == nullptr) return status::kNoRight;
   if (ids == nullptr || count == nullptr) return status::kBadArgument;
-  StoreAccess access(*file);
+  LockedAccess access(*file);
   NodeSet met;
   Stack<unsigned int> open;
   unsigned int result = met.Prepare(file->Descriptor(NodeKind::kString));
@@ -168,7 +168,7 @@ unsigned int NodeOperations::FindSuffix(const char* path, unsigned int* lastBran
   PCMutexGuard guard(lock_);
   if (file == nullptr) return status::kNoRight;
   if (path == nullptr || lastBranch == nullptr || next == nullptr) return status::kBadArgument;
-  StoreAccess access(*file);
+  LockedAccess access(*file);
   unsigned int id = access.StartNode();
   unsigned int branch = 0;
   unsigned int behindBranch = 0;

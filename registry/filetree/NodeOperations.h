@@ -1,6 +1,8 @@
 // What the file-backed tree does with nodes by their ids.
 #pragma once
 
+#include <type_traits>
+
 #include "platform/PCMutex.h"
 #include "registry/filetree/KeyListing.h"
 #include "registry/filetree/KeySearch.h"
@@ -90,14 +92,19 @@ class NodeOperations : public RegistryInterface {
       : file(storeFile), initialized(1), daemon(daemonObject) {}
 
   // Runs the body of an operation with the object lock and the store held: a StoreAccess, or the
-  // Changes that it makes.
+  // Changes that it makes. One that looks is run again when another process has written the file
+  // meanwhile; but for lists of names, nothing that it puts out counts before it answers 0.
   template <class Scope, class Body>
   unsigned int InStore(bool argumentsGiven, Body body) {
     PCMutexGuard guard(lock_);
     if (file == nullptr) return status::kNoRight;
     if (!argumentsGiven) return status::kBadArgument;
-    Scope scope(*file);
-    return body(scope);
+    if constexpr (std::is_same<Scope, StoreAccess>::value) {
+      return file->Look([&](StoreAccess& access) -> unsigned int { return body(access); });
+    } else {
+      Scope scope(*file);
+      return body(scope);
+    }
   }
 
   TernaryFile* file;             // the store; null: every operation answers kNoRight

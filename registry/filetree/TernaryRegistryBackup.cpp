@@ -11,7 +11,7 @@ unsigned int TernaryRegistry::BackupKeyTree(unsigned int user, void* tree, const
   PCMutexGuard guard(lock_);
   if (file == nullptr) return status::kNoRight;
   if (path == nullptr || backupFile == nullptr) return status::kBadArgument;
-  StoreAccess access(*file);
+  LockedAccess access(*file);
   Reached reached;
   Status result = ReachKey(access, user, tree, path, kRead, &reached);
   if (!result.IsOk()) return result;

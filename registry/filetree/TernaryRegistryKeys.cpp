@@ -74,7 +74,9 @@ unsigned int TernaryRegistry::DeleteKey(unsigned int user, void* tree, const cha
 
 unsigned int TernaryRegistry::ListKeys(unsigned int user, void* tree, const char* path,
                                        unsigned int index, NameList* names, unsigned int flags) {
+  const unsigned int before = names != nullptr ? names->Count() : 0;
   const auto list = [&](StoreAccess& access, Reached& reached) {
+    names->CutTo(before);
     ListingState state;
     state.names = names;
     state.skip = index;

@@ -172,7 +172,9 @@ unsigned int TernaryRegistry::GetValueOffset(unsigned int user, void* tree, cons
 
 unsigned int TernaryRegistry::ListValues(unsigned int user, void* tree, const char* path,
                                          unsigned int index, NameList* names) {
+  const unsigned int before = names != nullptr ? names->Count() : 0;
   const auto list = [&](StoreAccess& access, Reached& reached) -> Status {
+    names->CutTo(before);
     if (reached.key.valueCount() <= index) return status::kLimit;
     unsigned int skip = index;
     for (ValueWalk walk(access, reached.key.firstValue()); !walk.IsOver(); walk.Advance()) {

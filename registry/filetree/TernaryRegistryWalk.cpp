@@ -71,13 +71,13 @@ class FileVisits {
 
 unsigned int TernaryRegistry::Walk(unsigned int user, void* tree, const char* path,
                                    WalkVisitor* visitor) {
-  const auto walk = [&](StoreAccess& access, Reached& reached) {
+  const auto walk = [&](LockedAccess& access, Reached& reached) {
     FileVisits visits(access, reached.key);
     FileVisits::Place first;
     const Status result = visits.Start(reached.nodeId, &first);
     return result.IsOk() ? KeyVisits<FileVisits>(visits, user, *visitor).Run(first) : result;
   };
-  return OnKey<StoreAccess>(user, tree, path, kRead, visitor != nullptr, walk);
+  return OnKey<LockedAccess>(user, tree, path, kRead, visitor != nullptr, walk);
 }
 
 }  // namespace tamu::registry

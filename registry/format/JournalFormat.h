@@ -6,9 +6,10 @@
 
 namespace tamu::registry {
 
-constexpr char kJournalEnding[] = ".journal";     // of the name, behind that of the registry
-constexpr unsigned int kJournalSize = 64 * 1024;  // bytes, when nothing large is written
-constexpr unsigned int kJournalSector = 512;      // bytes; the header's, and a record's border
+constexpr char kJournalEnding[] = ".journal";           // of the name, behind that of the registry
+constexpr unsigned int kJournalSize = 64 * 1024;        // bytes, when nothing large is written
+constexpr unsigned int kJournalSector = 512;            // bytes; a record's border
+constexpr unsigned int kJournalRecords = 16384;         // where the first record lies
 constexpr unsigned int kJournalMax = 64 * 1024 * 1024;  // bytes
 
 // The first bytes of the file.
@@ -36,10 +37,27 @@ class JournalHeader {
 
  private:
   static constexpr unsigned int kMagic = 0x4A584159;  // "YAXJ"
-  static constexpr unsigned int kVersion = 1;
+  static constexpr unsigned int kVersion = 2;
 
   unsigned char bytes_[kSize] = {};
 };
+
+// Where the words lie that the processes share which have the journal open: in the order of bytes
+// of the machine. All but the lock and the sequence belong to who has the lock.
+namespace journal_word {
+constexpr unsigned int kLock = 64;          // 0, or who holds it, see CommitLock
+constexpr unsigned int kSequence = 68;      // odd while the registry is being written
+constexpr unsigned int kSequenceHigh = 72;  // one more whenever the sequence begins again at 0
+constexpr unsigned int kIsKnown = 76;       // 1: the content hash is that of the registry
+constexpr unsigned int kHash = 80;          // two words, the lower one first
+constexpr unsigned int kHashLength = 88;    // bytes of the registry that the hash is over
+constexpr unsigned int kRecord = 92;        // two words: sequence number of the latest record
+constexpr unsigned int kNext = 100;         // kPower: where the next record goes
+constexpr unsigned int kSize = 104;         // bytes of the journal
+constexpr unsigned int kIsBroken = 108;     // kPower: 1: something could not be brought to the disk
+constexpr unsigned int kDevice = 112;       // two words each: which file the registry is
+constexpr unsigned int kFile = 120;
+}  // namespace journal_word
 
 // What a record begins with; its ranges follow.
 class JournalRecord {

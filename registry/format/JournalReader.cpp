@@ -20,20 +20,21 @@ bool IsOfThisStart(JournalHeader& header) {
 
 JournalReader::JournalReader(const unsigned char* bytes, unsigned int size)
     : bytes_(bytes), size_(size) {
-  if (size < kJournalSector) return;
+  if (size < JournalHeader::kSize) return;
   JournalHeader header;
   PCMem::Copy(header.bytes(), bytes, JournalHeader::kSize);
   if (!header.IsJournal()) return;
   mode_ = header.mode();
   if (mode_ == kPower) {
-    next_ = kJournalSector;
+    next_ = kJournalRecords;
   } else if (mode_ == kProcess && IsOfThisStart(header)) {
     next_ = header.pending();
   }
 }
 
 bool JournalReader::Next() {
-  if (next_ < kJournalSector || next_ > size_ || size_ - next_ < JournalRecord::kSize) return false;
+  if (next_ < kJournalRecords || next_ > size_ || size_ - next_ < JournalRecord::kSize)
+    return false;
   JournalRecord record;
   PCMem::Copy(record.bytes(), bytes_ + next_, JournalRecord::kSize);
   if (!IsWhole(next_, record)) return false;

@@ -15,7 +15,7 @@ Status CheckName(TernaryFile& store, const char* name, bool withKey) {
   const bool isWhole = name[length] == 0;
   unsigned int strings = length / kNodeNameMax;
   if (!isWhole || length == 0 || length % kNodeNameMax != 0) ++strings;
-  StoreAccess access(store);
+  LockedAccess access(store);
   SlotBudget budget(store);
   Status result = status::kOk;
   if (withKey) result = budget.Take(NodeKind::kKey, 1);

@@ -16,23 +16,24 @@ unsigned int StringOperations::FindKey(TernaryString* start, const char* path,
 }
 
 Status StringOperations::CatchUp() {
-  StoreAccess access(*file);
+  LockedAccess access(*file);
   const Status result = TreeRefresh(access, loaded_).LoadAnew();
   isBehind_ = !result.IsOk();
+  if (result.IsOk() && file->IsShared()) seen_ = file->Version();
   return result;
 }
 
 TernaryString* StringOperations::GetStartString(char) {
   PCMutexGuard guard(treeLock);
   if (initialized != 0 && !SubtreeLoader::HasRootKey(loaded_)) {
-    StoreAccess access(*file);
+    LockedAccess access(*file);
     SubtreeLoader(access, loaded_).LoadRootKey().Ignore();  // what there is is the answer
   }
   return loaded_.start;
 }
 
 unsigned int StringOperations::SetStartString(TernaryString* string) {
-  return InTree(string != nullptr, [&] {
+  return ChangeTree(string != nullptr, [&] {
     Changes changes(*file);
     const Status result = changes.End(changes.SetStartNode(string->id));
     if (result.IsOk()) loaded_.start = string;
@@ -41,7 +42,7 @@ unsigned int StringOperations::SetStartString(TernaryString* string) {
 }
 
 unsigned int StringOperations::CreateRootKey() {
-  return InTree(true, [&]() -> Status {
+  return ChangeTree(true, [&]() -> Status {
     Changes changes(*file);
     if (loaded_.start != nullptr || changes.StartNode() != 0) return status::kExists;
     std::unique_ptr<TernaryKey> key;
@@ -63,7 +64,7 @@ unsigned int StringOperations::CreateKeyNode(unsigned int, unsigned int owner,
                                              unsigned char permission,
                                              unsigned long long defaultValue, bool isSet,
                                              TernaryKey*& key) {
-  return InTree(true, [&] {
+  return ChangeTree(true, [&] {
     Changes changes(*file);
     std::unique_ptr<TernaryKey> made;
     Status result =
@@ -76,7 +77,7 @@ unsigned int StringOperations::CreateKeyNode(unsigned int, unsigned int owner,
 
 unsigned int StringOperations::AddKey(unsigned int, TernaryString* string,
                                       unsigned long long defaultValue, bool isSet) {
-  return InTree(string != nullptr, [&]() -> Status {
+  return ChangeTree(string != nullptr, [&]() -> Status {
     if (string->key != nullptr || string->node->keyNode() != 0) return status::kExists;
     Changes changes(*file);
     std::unique_ptr<TernaryKey> key;
@@ -94,7 +95,7 @@ unsigned int StringOperations::AddKey(unsigned int, TernaryString* string,
 
 unsigned int StringOperations::CreateStringNode(unsigned int, const char* name,
                                                 TernaryString*& first, TernaryKey* key) {
-  return InTree(name != nullptr, [&] {
+  return ChangeTree(name != nullptr, [&] {
     first = nullptr;
     Changes changes(*file);
     NewName made;
@@ -110,7 +111,7 @@ unsigned int StringOperations::CreateStringNode(unsigned int, const char* name,
 unsigned int StringOperations::SplitString(unsigned int, TernaryString* string, unsigned int,
                                            unsigned int cut, TernaryString* parent,
                                            TernaryString*& upper) {
-  return InTree(string != nullptr, [&] {
+  return ChangeTree(string != nullptr, [&] {
     upper = string;
     Changes changes(*file);
     NameSplit split;

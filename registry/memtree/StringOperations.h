@@ -51,24 +51,46 @@ class StringOperations : public RegistryInterface {
  protected:
   explicit StringOperations(RegistryDaemon* daemonObject) : daemon(daemonObject) {}
 
-  // Runs the body of an operation with the tree's lock held.
+  // Runs the body of an operation that only looks, with the tree's lock held.
   template <class Body>
   unsigned int InTree(bool argumentsGiven, Body body) {
     PCMutexGuard guard(treeLock);
     if (initialized == 0) return status::kNoRight;
     if (!argumentsGiven) return status::kBadArgument;
-    if (isBehind_) {
+    if (IsBehind()) {
       const Status result = CatchUp();
       if (!result.IsOk()) return result;
     }
     return body();
   }
+  // The same for one that changes or loads something. When the file is shared, no other process
+  // changes it from before the first look at what is loaded to behind the last.
+  template <class Body>
+  unsigned int ChangeTree(bool argumentsGiven, Body body) {
+    PCMutexGuard guard(treeLock);
+    if (initialized == 0 || !argumentsGiven || !file->IsShared()) {
+      return InTree(argumentsGiven, body);
+    }
+    LockedAccess access(*file);
+    ++changing_;
+    const Status behind = changing_ == 1 && NeedsLoading() ? CatchUp() : Status(status::kOk);
+    unsigned int result = behind;
+    if (behind.IsOk()) result = body();
+    // What was changed here has been followed here.
+    if (--changing_ == 0 && !isBehind_) seen_ = file->Version();
+    return result;
+  }
 
+  // True when the file has changed, but for what is being changed here.
+  bool IsBehind() const { return changing_ == 0 && NeedsLoading(); }
+  bool NeedsLoading() const { return isBehind_ || (file->IsShared() && file->Version() != seen_); }
   // Loads anew what has fallen behind the file.
   Status CatchUp();
 
   unsigned char initialized = 0;
-  bool isBehind_ = false;  // somebody else has changed the file
+  bool isBehind_ = false;       // somebody else has changed the file
+  unsigned int seen_ = 0;       // version of a shared file that is loaded
+  unsigned int changing_ = 0;   // levels of ChangeTree
   std::unique_ptr<TernaryFile> file;
   RegistryDaemon* daemon;  // kept, not used
   PCMutex spareLock;       // made and given back with the tree; nothing takes it

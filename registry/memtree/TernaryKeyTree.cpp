@@ -49,7 +49,7 @@ void TernaryKeyTree::CloseFile() {
 }
 
 unsigned int TernaryKeyTree::GetRegistryInfo(RegistryInfo* info) {
-  return InTree(info != nullptr, [&] { return file->GetRegistryInfo(info); });
+  return ChangeTree(info != nullptr, [&] { return file->GetRegistryInfo(info); });
 }
 
 unsigned int TernaryKeyTree::FindKey(void* tree, const char* path, TernaryString*& string,

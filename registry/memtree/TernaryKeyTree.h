@@ -171,7 +171,7 @@ class TernaryKeyTree : public StringOperations {
   template <class Body>
   unsigned int ChangeKey(unsigned int user, void* tree, const char* path, unsigned char rights,
                          const char* name, bool argumentsGiven, Body body) {
-    return InTree(argumentsGiven && tree != nullptr, [&]() -> Status {
+    return ChangeTree(argumentsGiven && tree != nullptr, [&]() -> Status {
       StringLock lock;
       Found found;
       do {

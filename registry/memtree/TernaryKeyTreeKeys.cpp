@@ -109,7 +109,7 @@ Status TernaryKeyTree::CreateAt(const StringMatch& match, const char* path,
 unsigned int TernaryKeyTree::CreateKey(unsigned int user, void* tree, const char* path,
                                        unsigned long long defaultValue, bool isSet) {
   if (path == nullptr) path = "";
-  return InTree(tree != nullptr, [&]() -> Status {
+  return ChangeTree(tree != nullptr, [&]() -> Status {
     TernaryHandle* handle = static_cast<TernaryHandle*>(tree);
     StringLock lock;
     StringMatch match;

@@ -22,8 +22,8 @@ Status MakeHandle(const char* path, PCMutex* lock, std::unique_ptr<TernaryHandle
 }  // namespace
 
 unsigned int TernaryKeyTree::LoadKeyTree(const char* keyPath, void*& tree) {
-  return InTree(true, [&]() -> Status {
-    StoreAccess access(*file);
+  return ChangeTree(true, [&]() -> Status {
+    LockedAccess access(*file);
     SubtreeLoader::Loaded found;
     Status result = SubtreeLoader::LoadForHandle(access, loaded_, keyPath, &found);
     std::unique_ptr<TernaryHandle> handle;
@@ -42,7 +42,7 @@ void TernaryKeyTree::SetBehind() {
 
 unsigned int TernaryKeyTree::Follow(const ChangeList& changes) {
   return InTree(true, [&]() -> Status {
-    StoreAccess access(*file);
+    LockedAccess access(*file);
     const Status result = TreeRefresh(access, loaded_).Follow(changes);
     isBehind_ = !result.IsOk();
     return result;

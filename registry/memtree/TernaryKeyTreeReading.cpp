@@ -106,7 +106,7 @@ unsigned int TernaryKeyTree::GetValueOffset(unsigned int user, void* tree, const
     if (!value.node->isSet()) return status::kNoData;
     const bool inBlocks = value.node->isInBlocks();
     const unsigned int id = inBlocks ? value.GetDataId() : value.id;
-    StoreAccess access(*file);
+    LockedAccess access(*file);
     unsigned int start = 0;
     const Status result =
         AreaOf(access.Descriptor(inBlocks ? NodeKind::kData : NodeKind::kValue), id, &start);

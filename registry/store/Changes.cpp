@@ -10,7 +10,8 @@
 
 namespace tamu::registry {
 
-Changes::Changes(FileStore& store) : StoreAccess(store), store_(store), start_(store.undo_.Here()) {
+Changes::Changes(FileStore& store)
+    : StoreAccess(store, Sharing::kAlone), store_(store), start_(store.undo_.Here()) {
   if (store_.changes_++ == 0 && store_.journal_.IsOn() && store_.undo_.IsEmpty()) {
     store_.file_.BeginGathering();
   }
@@ -54,7 +55,7 @@ Status Changes::Keep(Status result) {
 }
 
 Status Changes::WriteBytes(unsigned int offset, unsigned int size, const void* data) {
-  if (store_.undo_.IsUnfinished()) return status::kInputOutput;
+  if (store_.undo_.IsUnfinished() || store_.file_.IsBlocked()) return status::kInputOutput;
   const Status remembered = store_.undo_.AddBytes(store_.file_, offset, size);
   return remembered.IsOk() ? store_.file_.Write(offset, size, data) : remembered;
 }
@@ -211,7 +212,7 @@ Status Changes::ReleaseDataIfSound(unsigned int id) {
 Status Changes::Grow(TernaryNodeDescriptor* descriptor, unsigned int recordSize,
                      unsigned int count) {
   StoreFile& file = store_.file_;
-  if (!file.IsOpen() || file.IsClosing() || store_.undo_.IsUnfinished()) {
+  if (!file.IsOpen() || file.IsClosing() || file.IsBlocked() || store_.undo_.IsUnfinished()) {
     return status::kInputOutput;
   }
   if (descriptor->damaged || descriptor->lastTable == nullptr || !store_.MayGrow()) {

@@ -21,19 +21,101 @@ Status FileStore::Open(const char* path) {
   return result;
 }
 
-// Nothing of what is open is given up before the new file has all that is needed.
+// Nothing of what is open is given up before the new file has all that is needed. What is read
+// here is no change that a process has died in: that is completed first.
 Status FileStore::Load(const char* path) {
-  journal_.Stop(file_);
+  StopJournal();
+  file_.Watch(nullptr, 0);
+  file_.ForgetTorn();
   tables_.Clear();
   undo_.Clear();
   ProcessFile::Opening opening;
   Status result = file_.Open(opening, path);
-  if (result.IsOk()) result = JournalRecovery(file_).Run(path, options_.sideFolder);
-  if (result.IsOk()) result = tables_.Load(file_);
+  if (result.IsOk()) result = journal_.Start(options_, path, file_);
   if (!result.IsOk()) return result;
-  journal_.Start(options_, path, file_).Ignore();  // EffectiveDurability tells
+  known_ = journal_.IsOn() ? journal_.Sequence() : 0;
+  TakeLock();
+  tables_.Clear();
+  result = file_.IsBlocked() ? Status(status::kInputOutput) : tables_.Load(file_);
+  GiveLock();
+  if (!result.IsOk()) {
+    StopJournal();
+    return result;
+  }
   opening.Keep();
   return result;
+}
+
+void FileStore::Enter() {
+  file_.Refresh();
+  if (locks_ > 0 || FollowOthers()) {
+    if (locks_ > 0 && !undo_.IsEmpty()) FinishUndoing();
+    return;
+  }
+  TakeLock();
+  isLockedByAccess_ = true;
+  if (!undo_.IsEmpty()) FinishUndoing();
+}
+
+// False when that takes the lock.
+bool FileStore::FollowOthers() {
+  file_.Watch(nullptr, 0);
+  file_.ForgetTorn();
+  if (!undo_.IsEmpty()) return false;
+  if (!journal_.IsOn() || !file_.IsOpen()) return true;
+  constexpr unsigned int kTries = 16;
+  for (unsigned int i = 0; i < kTries; ++i) {
+    const unsigned int sequence = journal_.Sequence();
+    if (sequence % 2 != 0) continue;
+    file_.Watch(journal_.SequenceWord(), sequence);
+    if (sequence == known_) return true;
+    const Status renewed = Renew();
+    if (!file_.IsTorn()) {
+      if (renewed.IsOk()) known_ = sequence;
+      return true;
+    }
+    file_.ForgetTorn();
+  }
+  return false;
+}
+
+void FileStore::Leave() {
+  if (isLockedByAccess_) GiveLock();
+  isLockedByAccess_ = false;
+}
+
+void FileStore::TakeLock() {
+  if (locks_++ > 0 || !journal_.IsOn() || !file_.IsOpen()) return;
+  Status result = journal_.Lock(file_);
+  hasLock_ = result.IsOk();
+  file_.Watch(nullptr, 0);
+  if (hasLock_ && !journal_.IsOwing() && journal_.Sequence() != known_) result = Renew();
+  file_.Block(!result.IsOk());
+}
+
+void FileStore::GiveLock() {
+  if (--locks_ > 0) return;
+  file_.Block(false);
+  if (!hasLock_) return;
+  hasLock_ = false;
+  known_ = journal_.Unlock(file_);
+  file_.Watch(journal_.SequenceWord(), known_);
+}
+
+Status FileStore::Renew() {
+  undo_.Clear();
+  file_.Renew();
+  if (tables_.Renew(file_)) return status::kOk;
+  if (file_.IsTorn()) return status::kInputOutput;
+  tables_.Clear();
+  return tables_.Load(file_);
+}
+
+void FileStore::StopJournal() {
+  if (hasLock_) journal_.Unlock(file_);
+  hasLock_ = false;
+  file_.Watch(nullptr, 0);
+  journal_.Stop(file_);
 }
 
 Status FileStore::Sync() {
@@ -74,7 +156,7 @@ void FileStore::Close() {
   if (!lock_.IsCreated()) return;
   {
     StoreAccess access(*this);
-    journal_.Stop(file_);
+    StopJournal();
     file_.Close();
     tables_.Clear();
     undo_.Clear();
@@ -93,7 +175,7 @@ Status FileStore::MakeFile(const char* path, unsigned int budget, bool* made) {
   const FileLayout layout(budget);
   if (!layout.IsPossible()) return status::kNoSpace;
   StoreAccess access(*this);
-  journal_.Stop(file_);
+  StopJournal();
   PCNewFile file;
   const int begun = made == nullptr ? file.Create(path) : file.CreateNew(path);
   if (begun < 0) return status::kNoMemory;

@@ -54,7 +54,14 @@ class FileStore {
   // it has its name, and the name before the answer. kNone at first. The texts of `options` are the
   // caller's, until the file is open.
   void SetOptions(const RegistryOptions& options) { options_ = options; }
+  // With a journal several processes may have the file open, and each sees what the others change.
+  // An opening answers kBusy when others have it open and it cannot be shared with them: with
+  // kNone, or when they have another file at the path.
   Durability EffectiveDurability() const { return journal_.Mode(); }
+  // True when other processes may change the file, too. Asked without any lock, like the version.
+  bool IsShared() const { return journal_.IsOn(); }
+  // Another number for each change that is in a shared file.
+  unsigned int Version() const { return journal_.Sequence() & ~1u; }
   // Waits until all that was changed is on the disk. kInputOutput.
   Status Sync();
 
@@ -66,11 +73,29 @@ class FileStore {
   // False when the damage of the file keeps tables from being appended.
   bool MayGrow() const { return tables_.MayGrow(file_); }
 
+  // Runs an operation that only looks, look(StoreAccess&), and again when another process has
+  // written the file meanwhile: what it answers was all there at the same time. What it has put out
+  // before that is its own to take back.
+  template <class Operation>
+  auto Look(Operation look);
+
  private:
   friend class StoreAccess;
   friend class Changes;
 
   Status Load(const char* path);
+  // For the outermost scope of a thread. Enter: nothing that others have changed is unknown from
+  // here on.
+  void Enter();
+  bool FollowOthers();
+  void Leave();
+  // The lock between processes, which nests. Without a journal there is none. When it cannot be
+  // had, every transfer answers kInputOutput until the last level is given.
+  void StopJournal();
+  void TakeLock();
+  void GiveLock();
+  // Reads header and heads again, as far as they have changed.
+  Status Renew();
   // Undoes what a change has left because the file could not be written.
   void FinishUndoing();
   // Make. `made` null: a file that is at the path goes; else it stays, and *made tells whether the
@@ -87,6 +112,10 @@ class FileStore {
   Journal journal_;
   RegistryOptions options_{Durability::kNone, nullptr};
   unsigned int changes_ = 0;  // scopes of Changes that are open
+  unsigned int known_ = 0;    // the journal's sequence that the tables are of
+  unsigned int locks_ = 0;    // levels of the lock between processes
+  bool hasLock_ = false;
+  bool isLockedByAccess_ = false;  // Leave gives a level
   PCMutex lock_;
 };
 

@@ -2,9 +2,8 @@
 
 #include <atomic>
 
-#include "platform/PCString.h"
 #include "registry/format/ContentHash.h"
-#include "registry/store/JournalPath.h"
+#include "registry/store/JournalRecovery.h"
 
 namespace tamu::registry {
 
@@ -19,44 +18,77 @@ constexpr unsigned int Rounded(unsigned int size, unsigned int unit) {
 }  // namespace
 
 Status Journal::Start(const RegistryOptions& options, const char* registryPath, StoreFile& file) {
-  mode_ = Durability::kNone;
-  isKnown_ = false;
   isOwing_ = false;
   isBroken_ = false;
-  if (options.durability == Durability::kNone) return status::kOk;
-  mode_ = options.durability;
-  Status result = MakeSideFile(registryPath, options.sideFolder);
-  // What was there before is not to be lost any more either.
-  if (result.IsOk() && mode_ == Durability::kPower) result = file.Sync();
-  if (result.IsOk() && mode_ == Durability::kProcess) file.AllowStores();
-  if (result.IsOk()) return result;
-  side_.Remove();
-  mode_ = Durability::kNone;
+  const Status result = side_.Open(options, registryPath, file);
+  if (Mode() == Durability::kProcess) file.AllowStores();
   return result;
 }
 
-// Its old content goes first: nothing of it can be taken for a record of this journal.
-Status Journal::MakeSideFile(const char* registryPath, const char* sideFolder) {
-  JournalPath path;
-  if (!path.Find(registryPath, sideFolder) || !side_.Create(path.Text(), registryPath)) {
-    return status::kNoSpace;
+// True when somebody has died in a change, or could neither make nor undo it.
+bool Journal::IsLeft() const {
+  const SharedWords& words = side_.Words();
+  return Sequence() % 2 != 0 || words.Get(journal_word::kIsBroken) != 0 ||
+         (Mode() == Durability::kProcess && words.Get(JournalHeader::kPendingAt) != 0);
+}
+
+// What this process owes itself is its own to undo, as long as nobody else has done it.
+Status Journal::Lock(StoreFile& file) {
+  bool died = false;
+  if (!side_.Lock().Take(&died)) return status::kInputOutput;
+  Status result = side_.Follow();
+  const bool isOwn = isOwing_ && !died && Sequence() == owed_;
+  if (!isOwn) isOwing_ = false;
+  if (result.IsOk() && !isOwn && (died || IsLeft())) result = Recover(file);
+  if (!result.IsOk()) side_.Lock().Give();
+  return result;
+}
+
+// What was written beside a change, or not undone, is to be seen by the others, too.
+unsigned int Journal::Unlock(StoreFile& file) {
+  const unsigned int straight = file.TakeLowestStraight();
+  if (straight != StoreFile::kNowhere) {
+    if (straight < Words().Get(journal_word::kHashLength)) Words().Set(journal_word::kIsKnown, 0);
+    if (Sequence() % 2 == 0) {
+      BeginWriting();
+      EndWriting();
+    }
   }
-  if (!side_.Resize(0) || !side_.Resize(kJournalSize)) return status::kNoSpace;
-  size_ = kJournalSize;
-  JournalHeader header;
-  header.Stamp();
-  header.setMode(static_cast<unsigned int>(mode_));
-  unsigned char id[JournalHeader::kBootIdSize] = {};
-  if (mode_ == Durability::kProcess) {
-    if (!PCSideFile::BootId(id)) return status::kNoSpace;
-    PCMem::Copy(header.bootId(), id, sizeof id);
-    map_ = side_.Map(size_);
-    if (map_ == nullptr) return status::kNoSpace;
+  const unsigned int sequence = Sequence();
+  side_.Lock().Give();
+  return sequence;
+}
+
+Status Journal::Recover(StoreFile& file) {
+  file.Renew();
+  file.Watch(nullptr, 0);
+  BeginWriting();
+  Words().Set(journal_word::kIsKnown, 0);
+  const Status result = JournalRecovery(file).Complete(side_.Side());
+  if (!result.IsOk()) return result;
+  SetPending(0);
+  Words().Set(journal_word::kNext, kJournalRecords);
+  Words().Set(journal_word::kIsBroken, 0);
+  EndWriting();
+  return result;
+}
+
+void Journal::BeginWriting() {
+  unsigned int* const word = Words().At(journal_word::kSequence);
+  PCWord::StoreBeforeWrites(word, PCWord::Load(word) | 1);
+}
+
+void Journal::EndWriting() {
+  const unsigned int next = (Sequence() | 1) + 1;
+  if (next == 0) {
+    Words().Set(journal_word::kSequenceHigh, Words().Get(journal_word::kSequenceHigh) + 1);
   }
-  if (!side_.Write(0, header.bytes(), JournalHeader::kSize)) return status::kNoSpace;
-  next_ = kJournalSector;
-  if (mode_ != Durability::kPower) return status::kOk;
-  return side_.Sync() && PCSideFile::SyncFolderOf(path.Text()) ? status::kOk : status::kNoSpace;
+  Words().Set(journal_word::kSequence, next);
+}
+
+void Journal::Break() {
+  isBroken_ = true;
+  Words().Set(journal_word::kIsBroken, 1);
 }
 
 Status Journal::Commit(StoreFile& file) {
@@ -66,7 +98,7 @@ Status Journal::Commit(StoreFile& file) {
   Status result = set.Arrange();
   if (result.IsOk()) result = KnowContent(file);
   // What was appended is on the disk before anything leads there.
-  if (result.IsOk() && wasWrittenStraight && mode_ == Durability::kPower) result = file.Sync();
+  if (result.IsOk() && wasWrittenStraight && Mode() == Durability::kPower) result = file.Sync();
   if (!result.IsOk() || set.Count() == 0) return result;
   hashAfter_ = hash_;
   for (unsigned int i = 0; i < set.Count(); ++i) {
@@ -78,17 +110,20 @@ Status Journal::Commit(StoreFile& file) {
   }
   result = PutRecord(file, false);
   if (!result.IsOk()) return result;
+  BeginWriting();
   result = Apply(file);
   if (result.IsOk()) {
-    hash_ = hashAfter_;
+    Words().SetLong(journal_word::kHash, hashAfter_);
     SetPending(0);
+    EndWriting();
     return result;
   }
   // From now on the record tells what was there, until that is there again. The records of kPower
   // are followed one after the other: nothing may come behind one that has failed.
   isOwing_ = true;
+  owed_ = Sequence();
   hashAfter_ = hash_;
-  if (!PutRecord(file, true).IsOk() && mode_ == Durability::kPower) isBroken_ = true;
+  if (!PutRecord(file, true).IsOk() && Mode() == Durability::kPower) Break();
   return result;
 }
 
@@ -123,14 +158,23 @@ Status Journal::Apply(StoreFile& file) {
 // The hash follows the changes; what was written beside them is read.
 Status Journal::KnowContent(StoreFile& file) {
   const unsigned int length = file.KnownLength();
-  if (file.TakeLowestStraight() < length_ || length < length_) isKnown_ = false;
-  if (!isKnown_) {
+  SharedWords& words = Words();
+  hash_ = words.GetLong(journal_word::kHash);
+  length_ = words.Get(journal_word::kHashLength);
+  const bool isKnown = words.Get(journal_word::kIsKnown) != 0 &&
+                       file.TakeLowestStraight() >= length_ && length >= length_;
+  if (isKnown && length == length_) return status::kOk;
+  if (!isKnown) {
     hash_ = 0;
     length_ = 0;
   }
-  const Status result = length > length_ ? AddContent(file, length_, length) : Status(status::kOk);
-  isKnown_ = result.IsOk();
-  if (isKnown_) length_ = length;
+  words.Set(journal_word::kIsKnown, 0);
+  const Status result = AddContent(file, length_, length);
+  if (!result.IsOk()) return result;
+  length_ = length;
+  words.SetLong(journal_word::kHash, hash_);
+  words.Set(journal_word::kHashLength, length_);
+  words.Set(journal_word::kIsKnown, 1);
   return result;
 }
 
@@ -149,8 +193,8 @@ Status Journal::AddContent(StoreFile& file, unsigned int from, unsigned int end)
 Status Journal::PutRecord(StoreFile& file, bool isUndoing) {
   const unsigned int length = RecordLength(file.Gathered());
   if (length > kJournalMax) return status::kNoSpace;
-  return mode_ == Durability::kProcess ? PutMapped(file, isUndoing, length)
-                                       : PutSynced(file, isUndoing, length);
+  return Mode() == Durability::kProcess ? PutMapped(file, isUndoing, length)
+                                        : PutSynced(file, isUndoing, length);
 }
 
 unsigned int Journal::RecordLength(ChangeSet& set) const {
@@ -167,7 +211,8 @@ void Journal::FillRecord(StoreFile& file, bool isUndoing, unsigned char* record,
   JournalRecord head;
   head.Stamp();
   head.setLength(length);
-  head.setSequence(++sequence_);
+  head.setSequence(Words().GetLong(journal_word::kRecord) + 1);
+  Words().SetLong(journal_word::kRecord, head.sequence());
   head.setRangeCount(set.Count());
   head.setFileLength(length_);
   head.setContentHash(hashAfter_);
@@ -191,35 +236,33 @@ void Journal::FillRecord(StoreFile& file, bool isUndoing, unsigned char* record,
 // record is whole, and before anything of it is in the registry. What undoes a record lies behind
 // it.
 Status Journal::PutMapped(StoreFile& file, bool isUndoing, unsigned int length) {
-  unsigned int offset = kJournalSector;
+  unsigned int offset = kJournalRecords;
   if (isUndoing) offset += Rounded(length, kJournalSector);
   const Status result = MakeRoom(offset + length);
   if (!result.IsOk()) return result;
-  FillRecord(file, isUndoing, map_ + offset, length);
+  FillRecord(file, isUndoing, side_.Map() + offset, length);
   SetPending(offset);
   return status::kOk;
 }
 
 void Journal::SetPending(unsigned int offset) {
-  if (mode_ != Durability::kProcess) return;
+  if (Mode() != Durability::kProcess) return;
   unsigned char bytes[4];
   PutU32(bytes, offset);
   unsigned int word = 0;
   PCMem::Copy(&word, bytes, sizeof word);
-  auto* pending = reinterpret_cast<unsigned int*>(map_ + JournalHeader::kPendingAt);
-  __atomic_store_n(pending, word, __ATOMIC_SEQ_CST);
+  Words().Set(JournalHeader::kPendingAt, word);
   std::atomic_signal_fence(std::memory_order_seq_cst);
 }
 
 // Large records are rare: the file gets small again with the next one that is not.
 Status Journal::MakeRoom(unsigned int size) {
   const unsigned int wanted = Rounded(size, kJournalSize);
-  if (wanted == size_ || (wanted < size_ && wanted > kJournalSize)) return status::kOk;
-  const bool isResized = side_.Resize(wanted) != 0;
-  if (isResized) size_ = wanted;
-  if (mode_ == Durability::kProcess) map_ = side_.Map(size_);
-  if (mode_ == Durability::kProcess && map_ == nullptr) isBroken_ = true;
-  return size_ >= size && !isBroken_ ? status::kOk : status::kNoSpace;
+  const unsigned int now = side_.Size();
+  if (wanted == now || (wanted < now && wanted > kJournalSize)) return status::kOk;
+  const Status resized = side_.Resize(wanted);
+  if (Mode() == Durability::kProcess && side_.Map() == nullptr) Break();
+  return side_.Size() >= size && !isBroken_ ? Status(status::kOk) : resized;
 }
 
 // The record is on the disk before anything of it is in the registry.
@@ -227,8 +270,14 @@ Status Journal::PutSynced(StoreFile& file, bool isUndoing, unsigned int length) 
   const unsigned int padded = Rounded(length, kJournalSector);
   Status result = record_.EnsureCapacity(padded);
   if (!result.IsOk()) return result;
-  const bool isTooLarge = size_ > kJournalSize && padded <= kJournalSize - kJournalSector;
-  if (isTooLarge || padded > size_ - next_) result = BeginLogAnew(file, padded);
+  const unsigned int size = side_.Size();
+  const bool isTooLarge = size > kJournalSize && padded <= kJournalSize - kJournalRecords;
+  unsigned int next = Words().Get(journal_word::kNext);
+  const bool isPlace = next >= kJournalRecords && next <= size && next % kJournalSector == 0;
+  if (isTooLarge || !isPlace || padded > size - next) {
+    result = BeginLogAnew(file, padded);
+    next = kJournalRecords;
+  }
   if (!result.IsOk()) return result;
   FillRecord(file, isUndoing, record_.data, length);
   PCMem::Set(record_.data + length, 0, padded - length);
@@ -236,52 +285,47 @@ Status Journal::PutSynced(StoreFile& file, bool isUndoing, unsigned int length) 
   checksum.Add(record_.data, JournalRecord::kChecksumAt);
   checksum.Add(record_.data + JournalRecord::kSize, length - JournalRecord::kSize);
   PutU64(record_.data + JournalRecord::kChecksumAt, checksum.Value());
-  if (!side_.Write(next_, record_.data, padded)) {
-    --sequence_;
+  if (!side_.Side().Write(next, record_.data, padded)) {
+    Words().SetLong(journal_word::kRecord, Words().GetLong(journal_word::kRecord) - 1);
     return status::kInputOutput;
   }
   // Nobody knows what is on the disk after this has failed, and asking again does not tell.
-  if (!side_.Sync()) {
-    isBroken_ = true;
+  if (!side_.Side().Sync()) {
+    Break();
     return status::kInputOutput;
   }
-  next_ += padded;
+  Words().Set(journal_word::kNext, next + padded);
   return status::kOk;
 }
 
 // What the records hold is on the disk in the registry itself before they are written over.
 Status Journal::BeginLogAnew(StoreFile& file, unsigned int length) {
   if (!file.Sync().IsOk()) {
-    isBroken_ = true;
+    Break();
     return status::kInputOutput;
   }
-  next_ = kJournalSector;
-  return MakeRoom(kJournalSector + length);
+  return MakeRoom(kJournalRecords + length);
 }
 
 void Journal::Settle() {
   if (!isOwing_ || isBroken_) return;
   isOwing_ = false;
   SetPending(0);
+  EndWriting();
 }
 
 Status Journal::Sync(StoreFile& file) {
   const Status result = file.Sync();
-  if (!result.IsOk() && mode_ == Durability::kPower) isBroken_ = true;
+  if (!result.IsOk() && Mode() == Durability::kPower) Break();
   return result;
 }
 
+// What somebody else has left, who has died meanwhile, is completed by the next opening.
 void Journal::Stop(StoreFile& file) {
   if (!IsOn()) return;
-  const bool isNeeded = isOwing_ || isBroken_ ||
-                        (mode_ == Durability::kPower && file.IsOpen() && !file.Sync().IsOk());
-  if (isNeeded) {
-    side_.Destroy();
-  } else {
-    side_.Remove();
-  }
-  mode_ = Durability::kNone;
-  map_ = nullptr;
+  const bool isKept = isOwing_ || IsLeft() ||
+                      (Mode() == Durability::kPower && file.IsOpen() && !file.Sync().IsOk());
+  side_.Close(isKept);
 }
 
 }  // namespace tamu::registry

@@ -1,35 +1,44 @@
 // What makes a change whole: it is in a file beside the registry before it is in the registry.
 #pragma once
 
-#include "platform/PCSideFile.h"
 #include "registry/base/Array.h"
-#include "registry/base/RegistryOptions.h"
-#include "registry/format/JournalFormat.h"
-#include "registry/store/StoreFile.h"
+#include "registry/store/JournalFile.h"
 
 namespace tamu::registry {
 
-// Of one open registry file. Beside kNone it keeps the side file open, and alone, from Start to
-// Stop. The store's lock is held by the caller.
+// Of one open registry file. Beside kNone it keeps the journal's file open from Start to Stop, with
+// all other processes that have the registry open, and a change is made with the lock that they
+// share. The store's lock is held by the caller.
 class Journal {
  public:
   Journal() = default;
   Journal(const Journal&) = delete;
   Journal& operator=(const Journal&) = delete;
 
-  // Begins anew for the file that `file` has open; what an earlier journal of this path holds is
-  // lost, see JournalRecovery. kNoSpace: the side file cannot be made, is in use, or cannot do what
-  // the mode asks for; the mode is then kNone. kNoMemory, kInputOutput.
+  // Completes what an earlier journal has left of the registry that `file` has open, and begins
+  // anew, or joins the processes that have it open. Mode tells what is had. kBusy, kInputOutput,
+  // kNoMemory: see JournalFile::Open.
   Status Start(const RegistryOptions& options, const char* registryPath, StoreFile& file);
-  Durability Mode() const { return mode_; }
-  bool IsOn() const { return mode_ != Durability::kNone; }
+  Durability Mode() const { return side_.Mode(); }
+  bool IsOn() const { return side_.IsOpen(); }
 
-  // Makes what `file` has gathered a part of it, whole or not at all. After a failure the caller
-  // undoes it: kNoMemory, kNoSpace, kInputOutput. IsBroken tells that the file must be opened again
-  // before anything else is done with it.
+  // An even number that others see changed as soon as the registry has changed; odd while it is
+  // being written, and after a change that has failed half-way. Read at any time.
+  unsigned int Sequence() const { return side_.Words().Get(journal_word::kSequence); }
+  const unsigned int* SequenceWord() const { return side_.Words().At(journal_word::kSequence); }
+  // Waits for the lock; what somebody has left who died with it is completed or dropped. The
+  // sequence tells whether the registry has changed since. kInputOutput, kNoMemory, kNoSpace: it
+  // cannot be had, or what was left cannot be completed; the lock is not held then.
+  Status Lock(StoreFile& file);
+  // Returns the sequence as it was while the lock was still held.
+  unsigned int Unlock(StoreFile& file);
+
+  // Makes what `file` has gathered a part of it, whole or not at all; the lock is held. After a
+  // failure the caller undoes it: kNoMemory, kNoSpace, kInputOutput. IsBroken tells that the file
+  // must be opened again before anything else is done with it.
   Status Commit(StoreFile& file);
   // True after a Commit that has failed half-way: the caller undoes it in the file itself, then
-  // tells so (Settle). Until then a new opening would undo it.
+  // tells so (Settle). Until then a new opening, or the next one with the lock, would undo it.
   bool IsOwing() const { return isOwing_; }
   void Settle();
   bool IsBroken() const { return isBroken_; }
@@ -37,11 +46,16 @@ class Journal {
   Status Sync(StoreFile& file);
   // Writes what `file` has gathered and arranged. kInputOutput.
   static Status Apply(StoreFile& file);
-  // Ends the journal. The side file goes, unless something in it is still needed.
+  // Ends the journal. The last one removes it, unless something in it is still needed.
   void Stop(StoreFile& file);
 
  private:
-  Status MakeSideFile(const char* registryPath, const char* sideFolder);
+  SharedWords& Words() { return side_.Words(); }
+  bool IsLeft() const;
+  Status Recover(StoreFile& file);
+  void BeginWriting();
+  void EndWriting();
+  void Break();
   Status KnowContent(StoreFile& file);
   Status AddContent(StoreFile& file, unsigned int from, unsigned int end);
   Status PutRecord(StoreFile& file, bool isUndoing);
@@ -52,17 +66,13 @@ class Journal {
   Status MakeRoom(unsigned int size);
   Status BeginLogAnew(StoreFile& file, unsigned int length);
   void SetPending(unsigned int offset);
-  Durability mode_ = Durability::kNone;
-  PCSideFile side_;
-  unsigned char* map_ = nullptr;  // kProcess
-  unsigned int size_ = 0;         // bytes of the side file
-  unsigned int next_ = 0;         // kPower: where the next record goes
-  unsigned long long sequence_ = 0;
+
+  JournalFile side_;
   Array<unsigned char> record_;       // kPower: the one that is being written
-  unsigned long long hash_ = 0;       // of the first length_ bytes of the file
+  unsigned long long hash_ = 0;       // of the first length_ bytes of the file, while committing
   unsigned long long hashAfter_ = 0;  // of what is being committed
   unsigned int length_ = 0;
-  bool isKnown_ = false;  // hash_ is that of the file
+  unsigned int owed_ = 0;  // the sequence since which this process owes an undoing
   bool isOwing_ = false;
   bool isBroken_ = false;
 };

@@ -2,25 +2,13 @@
 
 #include "registry/format/ContentHash.h"
 #include "registry/store/Journal.h"
-#include "registry/store/JournalPath.h"
 
 namespace tamu::registry {
 
-Status JournalRecovery::Run(const char* registryPath, const char* sideFolder) {
-  const Status result = RunIn(nullptr, registryPath);
-  return result.IsOk() && sideFolder != nullptr ? RunIn(sideFolder, registryPath) : result;
-}
-
-Status JournalRecovery::RunIn(const char* sideFolder, const char* registryPath) {
-  JournalPath path;
-  if (!path.Find(registryPath, sideFolder) || !PCSideFile::IsThere(path.Text())) return status::kOk;
-  PCSideFile side;
-  if (!side.Create(path.Text(), registryPath)) return status::kOk;
+Status JournalRecovery::Complete(const PCSideFile& side) {
   const unsigned int size = side.Size();
-  Status result = status::kOk;
-  if (size >= kJournalSector && size <= 2 * kJournalMax) result = Recover(side, size);
-  if (result.IsOk()) side.Remove();
-  return result;
+  const bool mayHoldRecords = size > kJournalRecords && size <= 2 * kJournalMax;
+  return mayHoldRecords ? Recover(side, size) : Status(status::kOk);
 }
 
 Status JournalRecovery::Recover(const PCSideFile& side, unsigned int size) {

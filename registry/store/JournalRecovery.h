@@ -8,16 +8,15 @@
 
 namespace tamu::registry {
 
-// Of a registry that is being opened: `file` has it open. A journal that another process has open
-// is let alone. One that is for other content than the registry's is removed. May be broken off at
-// any point, any number of times.
+// Of a registry that `file` has open; nobody else changes it meanwhile. Records that are for other
+// content than the registry's are not followed. May be broken off at any point, any number of
+// times.
 class JournalRecovery {
  public:
   explicit JournalRecovery(StoreFile& file) : file_(file) {}
 
-  // Writes what the records beside the registry hold, and those in `sideFolder` if that is not
-  // null, and removes the journals. kInputOutput, kNoMemory: the journal stays.
-  Status Run(const char* registryPath, const char* sideFolder);
+  // Writes what the records in the journal hold. kInputOutput, kNoMemory: they are still needed.
+  Status Complete(const PCSideFile& side);
 
  private:
   Status RunIn(const char* sideFolder, const char* registryPath);

@@ -32,6 +32,14 @@ PCFile& ProcessFile::File() {
   return sFile.value;
 }
 
+void ProcessFile::StartAnew() {
+  Lock().Create();
+  File().Destroy();
+  sPath = nullptr;
+  sGeneration = 0;
+  sClosing = false;
+}
+
 void ProcessFile::Close() {
   File().Destroy();
   delete[] sPath;

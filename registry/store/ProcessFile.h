@@ -17,6 +17,8 @@ class ProcessFile {
   static PCMutex& Lock();
   static PCFile& File();
 
+  // In a process that was forked: the other one goes on with the file, this one without any.
+  static void StartAnew();
   // Closes the file. The lock is held.
   static void Close();
   // Closes the file as soon as the operation that holds the lock is over: it may still put right in

@@ -5,17 +5,21 @@
 
 namespace tamu::registry {
 
-// The store's own lock comes first, then the one over the process's file, which stores share.
-StoreAccess::StoreAccess(FileStore& store) : store_(store) {
+// The store's own lock comes first, then the one over the process's file, which stores share, then
+// the one between processes.
+StoreAccess::StoreAccess(FileStore& store, Sharing sharing) : store_(store), sharing_(sharing) {
   store_.lock_.Take();
   PCMutex& processLock = ProcessFile::Lock();
   processLock.Take();
-  if (processLock.Depth() == 1) ProcessFile::File().Refresh();
-  if (store_.changes_ == 0 && !store_.undo_.IsEmpty()) store_.FinishUndoing();
+  isOutermost_ = processLock.Depth() == 1;
+  if (sharing_ == Sharing::kAlone) store_.TakeLock();
+  if (isOutermost_) store_.Enter();
 }
 
 StoreAccess::~StoreAccess() {
   PCMutex& processLock = ProcessFile::Lock();
+  if (isOutermost_) store_.Leave();
+  if (sharing_ == Sharing::kAlone) store_.GiveLock();
   if (processLock.Depth() == 1) ProcessFile::OperationEnds();
   processLock.Give();
   store_.lock_.Give();

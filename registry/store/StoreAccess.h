@@ -7,15 +7,25 @@
 
 namespace tamu::registry {
 
-// Holds the store for a scope: nothing else reads or writes the file meanwhile. The first scope of
-// a thread looks once whether the file was cut shorter by somebody else. Scopes of one store nest;
-// a thread never holds those of two stores.
+// Holds the store for a scope: nothing else in the process reads or writes the file meanwhile. The
+// first scope of a thread looks once whether the file was changed, or cut shorter, by somebody
+// else. Scopes of one store nest; a thread never holds those of two stores.
+//
+// When another process writes the file during the scope, reads answer kInputOutput from then on and
+// IsTorn tells it: FileStore::Look runs the operation again. With Sharing::kAlone no other process
+// writes it.
 class StoreAccess {
  public:
-  explicit StoreAccess(FileStore& store);
+  enum class Sharing { kShared, kAlone };
+
+  explicit StoreAccess(FileStore& store, Sharing sharing = Sharing::kShared);
   ~StoreAccess();
   StoreAccess(const StoreAccess&) = delete;
   StoreAccess& operator=(const StoreAccess&) = delete;
+
+  bool IsTorn() const { return store_.file_.IsTorn(); }
+  // True when no other scope of the thread is around this one.
+  bool IsOutermost() const { return isOutermost_; }
 
   // Reads a record into the caller's, which a failure leaves as it was. Id 0 reads slot 0 of the
   // newest table, which is never handed out and all zero. kInvalidFile: the id names no slot;
@@ -60,13 +70,32 @@ class StoreAccess {
       const unsigned char* mapped = store_.file_.Mapped(offset, RecordSizeOf(kind));
       if (mapped != nullptr) {
         std::memcpy(bytes, mapped, RecordSizeOf(kind));
-        return found;
+        return store_.file_.IsUnchanged() ? found : Status(status::kInputOutput);
       }
     }
     return ReadRecord(kind, id, bytes);
   }
 
   FileStore& store_;
+  Sharing sharing_;
+  bool isOutermost_;
 };
+
+// The same, and no other process writes the file: for what takes long, or cannot be run again.
+class LockedAccess : public StoreAccess {
+ public:
+  explicit LockedAccess(FileStore& store) : StoreAccess(store, Sharing::kAlone) {}
+};
+
+template <class Operation>
+auto FileStore::Look(Operation look) {
+  constexpr unsigned int kTries = 8;
+  for (unsigned int i = 0;; ++i) {
+    StoreAccess access(*this,
+                       i < kTries ? StoreAccess::Sharing::kShared : StoreAccess::Sharing::kAlone);
+    const auto result = look(access);
+    if (!access.IsTorn() || !access.IsOutermost()) return result;
+  }
+}
 
 }  // namespace tamu::registry

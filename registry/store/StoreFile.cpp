@@ -66,13 +66,20 @@ Status StoreFile::WriteCommitted(unsigned int offset, unsigned int size, const v
   return status::kOk;
 }
 
+void StoreFile::Watch(const unsigned int* word, unsigned int value) {
+  watched_ = word;
+  expected_ = value;
+}
+
 Status StoreFile::Read(unsigned int offset, unsigned int size, void* buffer) const {
   const unsigned char* mapped = Mapped(offset, size);
   if (mapped != nullptr) {
     PCMem::Copy(buffer, mapped, size);
-    return status::kOk;
+    return IsUnchanged() ? status::kOk : status::kInputOutput;
   }
+  if (isBlocked_) return status::kInputOutput;
   const Status result = ReadStraight(offset, size, buffer);
+  if (!IsUnchanged()) return status::kInputOutput;
   if (!gathered_.IsEmpty() && result.IsOk()) {
     gathered_.Lay(offset, size, static_cast<unsigned char*>(buffer));
   }

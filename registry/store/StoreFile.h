@@ -1,6 +1,7 @@
 // The registry file as one store sees it.
 #pragma once
 
+#include "platform/PCWord.h"
 #include "registry/base/Status.h"
 #include "registry/store/ChangeSet.h"
 #include "registry/store/ProcessFile.h"
@@ -33,10 +34,10 @@ class StoreFile {
 
   // Exactly `size` bytes, or kInputOutput. A failed write may have written a part.
   Status Read(unsigned int offset, unsigned int size, void* buffer) const;
-  // The bytes that Read would give, to be copied at once; null where it takes more than the
-  // mapping.
+  // The bytes that Read would give, to be copied at once, which counts if IsUnchanged then; null
+  // where it takes more than the mapping.
   const unsigned char* Mapped(unsigned int offset, unsigned int size) const {
-    if (!gathered_.IsEmpty() || !ProcessFile::IsMapped(generation_)) return nullptr;
+    if (!gathered_.IsEmpty() || isBlocked_ || !ProcessFile::IsMapped(generation_)) return nullptr;
     return file_.ReadMapped(offset, size);
   }
   Status Write(unsigned int offset, unsigned int size, const void* data);
@@ -45,6 +46,29 @@ class StoreFile {
   Status WriteSequence(unsigned int offset, unsigned int first, unsigned int count);
   // Writes `length` zero bytes where the last transfer has ended.
   Status WriteZero(unsigned int length);
+
+  // Another process may write the file while it is read here: whatever is read from now on was
+  // there while the word was `value`, or the read answers kInputOutput (IsTorn). Null: nobody does.
+  void Watch(const unsigned int* word, unsigned int value);
+  // True when a read has failed because the word had another value by then.
+  bool IsTorn() const { return isTorn_; }
+  void ForgetTorn() { isTorn_ = false; }
+  // Tells, and remembers, whether what was read before the call was there at the same time.
+  bool IsUnchanged() const {
+    if (watched_ == nullptr || PCWord::LoadBehindReads(watched_) == expected_) return true;
+    isTorn_ = true;
+    return false;
+  }
+  // From now on every read answers kInputOutput, or none does for this.
+  void Block(bool isBlocked) { isBlocked_ = isBlocked; }
+  bool IsBlocked() const { return isBlocked_; }
+  // Others have changed the length of the file.
+  void Renew() { file_.Renew(); }
+  // Looks whether somebody has made it shorter.
+  void Refresh() { file_.Refresh(); }
+  void Identity(unsigned long long* device, unsigned long long* number) const {
+    file_.Identity(device, number);
+  }
 
   // From here on, what is written within the file is gathered and not in the file; reads of this
   // object see it.
@@ -94,6 +118,10 @@ class StoreFile {
   bool isGathering_ = false;
   bool mayStore_ = false;
   unsigned int lowestStraight_ = kNowhere;
+  const unsigned int* watched_ = nullptr;
+  unsigned int expected_ = 0;  // value of the word
+  mutable bool isTorn_ = false;
+  bool isBlocked_ = false;
   unsigned int generation_ = 0;  // of the process's opening that is this object's; 0 = none
   bool missing_ = false;
 };

@@ -75,6 +75,50 @@ Status TableMap::LoadChain(const StoreFile& file, unsigned int offset,
   return status::kOk;
 }
 
+bool TableMap::Renew(const StoreFile& file) {
+  TernaryHeader header;
+  if (!file.Read(TernaryHeader::kFileOffset, TernaryHeader::kSize, header.bytes()).IsOk()) {
+    return false;
+  }
+  if (header.headerOffset() != header_.headerOffset()) return false;
+  for (unsigned int i = 0; i < kNodeKinds; ++i) {
+    const NodeKind kind = static_cast<NodeKind>(i);
+    if (header.firstTable(kind) != header_.firstTable(kind)) return false;
+  }
+  header_ = header;
+  for (TernaryNodeDescriptor& each : descriptors_) {
+    if (!RenewChain(file, &each)) return false;
+  }
+  return true;
+}
+
+// A table stays where it is as long as the file lives.
+bool TableMap::RenewChain(const StoreFile& file, TernaryNodeDescriptor* descriptor) {
+  if (descriptor->damaged || descriptor->tableCount == 0) return false;
+  const unsigned int count = descriptor->tableCount;
+  unsigned int used = 0;
+  for (unsigned int i = 0; i < count; ++i) {
+    NodeAllocationTable& table = *descriptor->tables[i];
+    NodeAllocationTable now;
+    if (!file.Read(table.tableOffset(), NodeAllocationTable::kSize, now.bytes()).IsOk()) {
+      return false;
+    }
+    now.ClearReserved();
+    const bool isLast = i + 1 == count;
+    if (now.tableOffset() != table.tableOffset() || now.areaOffset() != table.areaOffset() ||
+        now.entryCount() != table.entryCount() || now.tableNumber() != table.tableNumber() ||
+        now.freeCount() > now.entryCount() - 1 ||
+        (!isLast && now.nextTable() != table.nextTable())) {
+      return false;
+    }
+    table = now;
+    used += now.entryCount() - 1 - now.freeCount();
+  }
+  descriptor->usedNodes = used;
+  const unsigned int next = descriptor->lastTable->nextTable();
+  return next == 0 || LoadChain(file, next, descriptor).IsOk();
+}
+
 void TableMap::Clear() {
   for (unsigned int i = kNodeKinds; i > 0; --i) descriptors_[i - 1].Clear();
 }

@@ -15,6 +15,9 @@ class TableMap {
   // by kind (TernaryNodeDescriptor::damaged) and does not fail. kInvalidFile for a short file or a
   // header of another format; kNoMemory. The map is empty before.
   Status Load(const StoreFile& file);
+  // Others have changed the file: takes over the header, the heads of the tables and those that
+  // were added. False when more than that has changed, or cannot be read: Load, after Clear.
+  bool Renew(const StoreFile& file);
   // Reads the head of the table at `offset`; the caller owns it. kInputOutput, kNoMemory.
   static Status LoadTable(const StoreFile& file, unsigned int offset, NodeAllocationTable*& table);
   // Loads the chain of tables that starts at `offset`. A table that does not fit its place in the
@@ -64,6 +67,7 @@ class TableMap {
  private:
   bool IsPlausible(const StoreFile& file, const NodeAllocationTable& table, unsigned int offset,
                    unsigned int position, unsigned int recordSize) const;
+  bool RenewChain(const StoreFile& file, TernaryNodeDescriptor* descriptor);
   bool OverlapsAnother(const NodeAllocationTable& table, unsigned int recordSize) const;
 
   TernaryHeader header_;

@@ -32,7 +32,7 @@ template <class Node>
 unsigned int ReadNew(FileStore& store, unsigned int id, Node*& node) {
   Node* loaded = new (std::nothrow) Node;
   if (loaded == nullptr) return status::kNoMemory;
-  const Status result = StoreAccess(store).Read(id, loaded);
+  const Status result = store.Look([&](StoreAccess& access) { return access.Read(id, loaded); });
   if (result.IsOk()) {
     node = loaded;
   } else {
@@ -43,7 +43,8 @@ unsigned int ReadNew(FileStore& store, unsigned int id, Node*& node) {
 
 template <class Node>
 unsigned int ReadInto(FileStore& store, unsigned int id, Node* node) {
-  return node != nullptr ? StoreAccess(store).Read(id, node) : Status(status::kBadArgument);
+  if (node == nullptr) return status::kBadArgument;
+  return store.Look([&](StoreAccess& access) { return access.Read(id, node); });
 }
 
 template <class Node>
@@ -87,8 +88,7 @@ unsigned int TernaryFile::CreateRegistryFile(const char* path, unsigned int budg
 unsigned int TernaryFile::ReadFromFile(unsigned int offset, unsigned int size,
                                        unsigned char*& buffer) {
   if (buffer == nullptr) return status::kBadArgument;
-  StoreAccess access(*this);
-  return Bytes().Read(offset, size, buffer);
+  return Look([&](StoreAccess&) { return Bytes().Read(offset, size, buffer); });
 }
 
 unsigned int TernaryFile::WriteToFile(unsigned int offset, unsigned int size,
@@ -100,8 +100,7 @@ unsigned int TernaryFile::WriteToFile(unsigned int offset, unsigned int size,
 
 unsigned int TernaryFile::FileReadInteger(unsigned int offset, unsigned int* value) {
   if (value == nullptr) return status::kBadArgument;
-  StoreAccess access(*this);
-  return Bytes().ReadInteger(offset, value);
+  return Look([&](StoreAccess&) { return Bytes().ReadInteger(offset, value); });
 }
 
 unsigned int TernaryFile::FileWriteInteger(unsigned int offset, unsigned int value) {
@@ -112,12 +111,12 @@ unsigned int TernaryFile::FileWriteInteger(unsigned int offset, unsigned int val
 
 unsigned int TernaryFile::FileFillSequence(unsigned int offset, unsigned int, unsigned int first,
                                            unsigned int count) {
-  StoreAccess access(*this);
+  LockedAccess access(*this);
   return Bytes().WriteSequence(offset, first, count);
 }
 
 unsigned int TernaryFile::FileFillZero(unsigned int, unsigned int length) {
-  StoreAccess access(*this);
+  LockedAccess access(*this);
   const Status result = Bytes().WriteZero(length);
   if (!result.IsOk()) Bytes().Abandon();
   return result;
@@ -154,13 +153,13 @@ unsigned int TernaryFile::WriteChanges(unsigned int, unsigned int offset, unsign
 }
 
 unsigned int TernaryFile::LoadNAT(unsigned int offset, NodeAllocationTable*& table) {
-  StoreAccess access(*this);
+  LockedAccess access(*this);
   return TableMap::LoadTable(Bytes(), offset, table);
 }
 
 unsigned int TernaryFile::LoadAllNAT(unsigned int offset, TernaryNodeDescriptor* descriptor) {
   if (descriptor == nullptr) return status::kBadArgument;
-  StoreAccess access(*this);
+  LockedAccess access(*this);
   return Tables().LoadChain(Bytes(), offset, descriptor);
 }
 
@@ -287,7 +286,7 @@ unsigned int TernaryFile::StoreData(unsigned int, const void* data, unsigned int
 }
 
 unsigned int TernaryFile::ReadData(void* buffer, unsigned int* size, unsigned int id) {
-  return StoreAccess(*this).ReadData(id, buffer, size);
+  return LockedAccess(*this).ReadData(id, buffer, size);
 }
 
 unsigned int TernaryFile::DeleteData(unsigned int, unsigned int id) {
@@ -296,7 +295,7 @@ unsigned int TernaryFile::DeleteData(unsigned int, unsigned int id) {
 
 unsigned int TernaryFile::GetRegistryInfo(RegistryInfo* info) {
   if (info == nullptr) return status::kBadArgument;
-  StoreAccess access(*this);
+  LockedAccess access(*this);
   if (Bytes().Size() < FileHeader::kReservedArea + FileHeader::kReservedSize) {
     return status::kInputOutput;  // somebody has cut the file
   }
@@ -320,7 +319,7 @@ unsigned int TernaryFile::GetRegistryInfo(RegistryInfo* info) {
 }
 
 unsigned int TernaryFile::GetStartNode(char) {
-  return StoreAccess(*this).StartNode();
+  return LockedAccess(*this).StartNode();
 }
 
 unsigned int TernaryFile::SetStartNode(char, unsigned int id) {

@@ -238,7 +238,7 @@ TEST_F(RegistryDurability, AnyJournalIsSurvived) {
   const std::string record = RecordOf(84, "once", after, 1);
   const std::string journals[] = {ProcessJournal(record), Head(2) + Sealed(record)};
   for (const std::string& bytes : journals) {
-    for (size_t at = 0; at < kSector + record.size(); at += at < 48 || at >= kSector ? 1 : 16) {
+    for (size_t at = 0; at < kRecords + record.size(); at = at == 128 ? kRecords : at + 1) {
       for (const unsigned mask : {0x01u, 0x80u, 0xFFu}) {
         SCOPED_TRACE(at);
         std::string changed = bytes;
@@ -247,7 +247,7 @@ TEST_F(RegistryDurability, AnyJournalIsSurvived) {
         ASSERT_TRUE(opened == before || opened == after);
       }
     }
-    for (size_t length = 0; length < bytes.size(); length += 7) {
+    for (size_t length = 0; length < bytes.size(); length += length < kRecords ? 701 : 7) {
       SCOPED_TRACE(length);
       const std::string opened = OpenedBeside(bytes.substr(0, length));
       ASSERT_TRUE(opened == before || opened == after);

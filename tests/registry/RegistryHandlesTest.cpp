@@ -76,7 +76,10 @@ TEST_F(RegistryHandles, AreReadWithoutAskingTheFile) {
 TEST_F(RegistryHandles, WhatAnotherProcessHasMadeIsSeenOnceAllAreClosed) {
   ASSERT_EQ(registry.CreateKey(0, "x/bell"), 0u);
   ASSERT_EQ(registry.CloseKey(Open("x")), 0u);
-  ASSERT_TRUE(InChild([&] { return registry.CreateKey(0, "x/bench") == 0; }));
+  ASSERT_TRUE(InChild([&] {
+    registry.Finalize();
+    return registry.Initialize() == 0 && registry.CreateKey(0, "x/bench") == 0;
+  }));
   for (const char* key : {"x/bell", "x/bench"}) {
     EXPECT_EQ(registry.CloseKey(Open(key)), 0u) << key;
   }

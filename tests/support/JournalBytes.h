@@ -7,7 +7,8 @@
 
 namespace journal_bytes {
 
-constexpr size_t kSector = 512;  // bytes
+constexpr size_t kSector = 512;     // bytes
+constexpr size_t kRecords = 16384;  // where the first record lies
 
 inline void Put32(std::string* bytes, size_t offset, std::uint32_t value) {
   for (size_t i = 0; i < 4; ++i) (*bytes)[offset + i] = static_cast<char>(value >> (8 * i));
@@ -78,16 +79,16 @@ inline std::string RecordOf(std::uint32_t offset, const std::string& text, const
   return record + text;
 }
 inline std::string Head(std::uint32_t mode) {
-  std::string head(kSector, '\0');
+  std::string head(kRecords, '\0');
   head.replace(0, 4, "YAXJ");
-  Put32(&head, 4, 1);
+  Put32(&head, 4, 2);
   Put32(&head, 8, mode);
   return head;
 }
 inline std::string ProcessJournal(const std::string& record) {
   std::string head = Head(1);
   head.replace(16, 16, BootId());
-  Put32(&head, 32, kSector);
+  Put32(&head, 32, kRecords);
   return head + record;
 }
 inline std::string Sealed(std::string record) {

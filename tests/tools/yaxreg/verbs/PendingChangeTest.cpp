@@ -26,7 +26,7 @@ class PendingChange : public SmallTreeRig {
   }
   void ExpectUntouched() {
     EXPECT_TRUE(GetFile(file) == before);
-    EXPECT_EQ(GetFile(journal).size(), kSector + 48 + after.size() - 4);
+    EXPECT_EQ(GetFile(journal).size(), kRecords + 48 + after.size() - 4);
   }
 
   const std::string journal = file + ".journal";

@@ -1,0 +1,35 @@
+// The lock that all processes take which change one registry.
+#pragma once
+
+#include "platform/PCSideFile.h"
+#include "registry/store/SharedWords.h"
+
+namespace tamu::registry {
+
+// A word of the journal: 0 while nobody has the lock, else the number of the place in the journal
+// that its holder holds as long as it has the journal open. The system lets go of that place when a
+// process dies, at any instruction: whoever waits finds that nobody holds it, and takes the lock.
+class CommitLock {
+ public:
+  CommitLock() = default;
+  CommitLock(const CommitLock&) = delete;
+  CommitLock& operator=(const CommitLock&) = delete;
+
+  // Gets a place. False when all are taken.
+  bool Join(PCSideFile* side, const SharedWords& words);
+  // Waits for the lock, but not for ever: false after a minute. *died: its holder has died.
+  bool Take(bool* died);
+  void Give();
+
+ private:
+  static constexpr unsigned int kHasWaiters = 0x80000000;  // in the word
+  static constexpr unsigned int kMostPlaces = 4096;
+
+  bool Wait(unsigned int* word, unsigned int held, bool* died);
+
+  PCSideFile* side_ = nullptr;
+  SharedWords words_;
+  unsigned int place_ = 0;
+};
+
+}  // namespace tamu::registry

@@ -1,0 +1,170 @@
+#include "registry/store/JournalFile.h"
+
+#include <new>
+
+#include "platform/PCMem.h"
+#include "registry/store/JournalPath.h"
+#include "registry/store/JournalRecovery.h"
+
+namespace tamu::registry {
+
+using Holding = PCSideFile::Holding;
+
+namespace {
+
+constexpr unsigned int kWordsSize = 4096;  // bytes
+
+}  // namespace
+
+Status JournalFile::Open(const RegistryOptions& options, const char* registryPath,
+                         StoreFile& file) {
+  if (options.sideFolder != nullptr) {
+    const Status beside = Begin(Durability::kNone, nullptr, registryPath, file);
+    if (!beside.IsOk()) return beside;
+  }
+  return Begin(options.durability, options.sideFolder, registryPath, file);
+}
+
+Status JournalFile::Begin(Durability mode, const char* folder, const char* registryPath,
+                          StoreFile& file) {
+  mode_ = mode;
+  const Status result = Enter(folder, registryPath, file);
+  if (!result.IsOk() || mode_ == Durability::kNone) {
+    mode_ = Durability::kNone;
+    side_.Destroy();
+    return result;
+  }
+  side_.LeaveDoor();
+  return result;
+}
+
+// Whoever has the door is the only one who comes or goes.
+Status JournalFile::Enter(const char* folder, const char* registryPath, StoreFile& file) {
+  const bool isWanted = mode_ != Durability::kNone;
+  JournalPath path;
+  const bool isFound =
+      path.Find(registryPath, folder) && (isWanted || PCSideFile::IsThere(path.Text()));
+  if (!isFound || !side_.Create(path.Text(), registryPath)) {
+    mode_ = Durability::kNone;
+    return status::kOk;
+  }
+  if (!side_.Hold(PCSideFile::kPresence, Holding::kAlone)) {
+    return isWanted && Join(file) ? status::kOk : status::kBusy;
+  }
+  const Status completed = JournalRecovery(file).Complete(side_);
+  if (!completed.IsOk()) return completed;
+  if (isWanted && SetUp(path.Text(), file).IsOk()) return completed;
+  side_.Remove();
+  mode_ = Durability::kNone;
+  return completed;
+}
+
+// The old content goes first: nothing of it can be taken for a record of this journal.
+Status JournalFile::SetUp(const char* path, StoreFile& file) {
+  if (!side_.Resize(0) || !side_.Resize(kJournalSize)) return status::kNoSpace;
+  size_ = kJournalSize;
+  if (!MapWords() || !WriteHeader()) return status::kNoSpace;
+  words_.Set(journal_word::kNext, kJournalRecords);
+  words_.Set(journal_word::kSize, size_);
+  TellRegistry(file);
+  if (mode_ == Durability::kPower) {
+    if (!side_.Sync() || !PCSideFile::SyncFolderOf(path)) return status::kNoSpace;
+    // What was there before is not to be lost any more either.
+    const Status synced = file.Sync();
+    if (!synced.IsOk()) return synced;
+  }
+  if (!lock_.Join(&side_, words_)) return status::kNoSpace;
+  if (page_ == nullptr) side_.Hold(PCSideFile::kPresence, Holding::kShared);
+  return status::kOk;
+}
+
+bool JournalFile::WriteHeader() {
+  JournalHeader header;
+  header.Stamp();
+  header.setMode(static_cast<unsigned int>(mode_));
+  unsigned char id[JournalHeader::kBootIdSize] = {};
+  if (mode_ == Durability::kProcess) {
+    if (!PCSideFile::BootId(id)) return false;
+    PCMem::Copy(header.bootId(), id, sizeof id);
+  }
+  return side_.Write(0, header.bytes(), JournalHeader::kSize);
+}
+
+// Without shared mappings the words are this process's own.
+bool JournalFile::MapWords() {
+  unsigned char* start = side_.MapStart(kWordsSize);
+  if (start == nullptr && mode_ == Durability::kPower) {
+    delete[] page_;
+    page_ = new (std::nothrow) unsigned char[kWordsSize]();
+    start = page_;
+  }
+  words_.Attach(start);
+  return start != nullptr && MapRecords();
+}
+
+// Beside others, who have set the file up: for this registry, and in a way that is known here.
+bool JournalFile::Join(const StoreFile& file) {
+  if (!side_.Hold(PCSideFile::kPresence, Holding::kShared)) return false;
+  JournalHeader header;
+  if (side_.Size() < kJournalSize || !side_.Read(0, header.bytes(), JournalHeader::kSize) ||
+      !header.IsJournal()) {
+    return false;
+  }
+  const bool isForPower = header.mode() == static_cast<unsigned int>(Durability::kPower);
+  mode_ = isForPower ? Durability::kPower : Durability::kProcess;
+  size_ = side_.Size();
+  words_.Attach(side_.MapStart(kWordsSize));
+  return words_.IsAttached() && IsOfRegistry(file) && MapRecords() && lock_.Join(&side_, words_);
+}
+
+void JournalFile::TellRegistry(const StoreFile& file) {
+  unsigned long long device = 0;
+  unsigned long long number = 0;
+  file.Identity(&device, &number);
+  words_.SetLong(journal_word::kDevice, device);
+  words_.SetLong(journal_word::kFile, number);
+}
+
+bool JournalFile::IsOfRegistry(const StoreFile& file) const {
+  unsigned long long device = 0;
+  unsigned long long number = 0;
+  file.Identity(&device, &number);
+  return words_.GetLong(journal_word::kDevice) == device &&
+         words_.GetLong(journal_word::kFile) == number;
+}
+
+bool JournalFile::MapRecords() {
+  if (mode_ == Durability::kPower) return true;
+  map_ = size_ >= kJournalSize && size_ <= 2 * kJournalMax ? side_.Map(size_) : nullptr;
+  return map_ != nullptr;
+}
+
+Status JournalFile::Resize(unsigned int size) {
+  if (side_.Resize(size)) size_ = size;
+  words_.Set(journal_word::kSize, size_);
+  return MapRecords() && size_ == size ? status::kOk : status::kNoSpace;
+}
+
+Status JournalFile::Follow() {
+  if (words_.Get(journal_word::kSize) == size_) return status::kOk;
+  size_ = side_.Size();
+  words_.Set(journal_word::kSize, size_);
+  return MapRecords() ? status::kOk : status::kNoSpace;
+}
+
+void JournalFile::Close(bool isKept) {
+  const bool isLast =
+      side_.EnterDoor() && side_.Hold(PCSideFile::kPresence, Holding::kAlone) && !isKept;
+  if (isLast) {
+    side_.Remove();
+  } else {
+    side_.Destroy();
+  }
+  mode_ = Durability::kNone;
+  words_.Attach(nullptr);
+  map_ = nullptr;
+  delete[] page_;
+  page_ = nullptr;
+}
+
+}  // namespace tamu::registry

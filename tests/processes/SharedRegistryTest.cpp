@@ -1,0 +1,181 @@
+// Several processes that work on one registry at the same time.
+#include <thread>
+#include <vector>
+
+#include "tests/crash/CrashSize.h"
+#include "tests/crash/MemoryFolder.h"
+#include "tests/platform/TestFiles.h"
+#include "tests/processes/SharedScript.h"
+#include "tests/processes/Worker.h"
+#include "tests/support/StructureCheck.h"
+
+namespace processes {
+namespace {
+
+using tamu::registry::Durability;
+using tamu::registry::ReadValue;
+using tamu::registry::RegistryOptions;
+using tamu::registry::Value;
+
+class SharedRegistry : public ::testing::Test {
+ protected:
+  ~SharedRegistry() override {
+    EXPECT_EQ(StructureFindings(path), "");
+    EXPECT_EQ(GetFile(path + ".journal"), "(cannot be read)");
+  }
+  void Prepare() {
+    Registry registry(path.c_str(), kUser);
+    ASSERT_EQ(0u, registry.Initialize());
+    ASSERT_EQ("", PrepareShared(registry));
+  }
+
+  crash::MemoryFolder folder;
+  const std::string path = folder.path() + "/registry";
+};
+
+// Two threads of a process; both make keys, with names that keep no lock.
+std::string WorkWithTwoThreads(const std::string& path, unsigned int process, bool withHandles,
+                               unsigned int operations) {
+  Registry registry(path.c_str(), kUser);
+  const unsigned int opened = registry.Initialize();
+  if (opened != 0) return "opening: status " + std::to_string(opened);
+  SharedScript first(registry, 2 * process, true);
+  SharedScript second(registry, 2 * process + 1, true);
+  std::string wrong;
+  if (withHandles) wrong = first.OpenHandles() + second.OpenHandles();
+  if (!wrong.empty()) return wrong;
+  std::thread other([&] { wrong = second.Run(operations); });
+  const std::string ownWrong = first.Run(operations);
+  other.join();
+  return ownWrong + wrong;
+}
+
+TEST_F(SharedRegistry, EachProcessSeesWhatAllOthersHaveDone) {
+  Prepare();
+  constexpr unsigned int kProcesses = 8;
+  const unsigned int operations = crash::Sized(2000, 100000);
+  std::vector<Worker> workers;
+  for (unsigned int i = 0; i < kProcesses; ++i) {
+    workers.emplace_back([&, i] { return WorkWithTwoThreads(path, i, i % 2 != 0, operations); });
+  }
+  for (Worker& each : workers) EXPECT_TRUE(each.EndsWell());
+}
+
+TEST_F(SharedRegistry, AReaderBesideAWriterGetsNoWrongAnswer) {
+  Prepare();
+  Worker writer([&] {
+    Registry registry(path.c_str(), kUser);
+    if (registry.Initialize() != 0) return std::string("no registry");
+    return SharedScript(registry, 1, true).Run(1000000000);
+  });
+  Registry registry(path.c_str(), kUser);
+  ASSERT_EQ(0u, registry.Initialize());
+  SharedScript reader(registry, 2, false);
+  EXPECT_EQ("", reader.Look(crash::Sized(50000, 1000000)));
+  EXPECT_TRUE(writer.Kill());
+}
+
+TEST_F(SharedRegistry, ManyThatMakeTheSameFileMakeOne) {
+  const unsigned int rounds = crash::Sized(40, 1000);
+  for (unsigned int round = 0; round < rounds; ++round) {
+    std::vector<Worker> workers;
+    for (unsigned int i = 0; i < 6; ++i) {
+      workers.emplace_back([&, i] {
+        Registry registry(path.c_str(), kUser);
+        const unsigned int opened = registry.Initialize();
+        if (opened != 0) return "opening: status " + std::to_string(opened);
+        const unsigned int made = registry.CreateKey(0, OwnKey(i).c_str());
+        return made == 0 ? "" : "creating: status " + std::to_string(made);
+      });
+    }
+    for (Worker& each : workers) ASSERT_TRUE(each.EndsWell());
+    ASSERT_EQ(StructureFindings(path), "");
+    ASSERT_EQ(7u, DecodeTree(path).size());
+    ASSERT_EQ(7u, CountSlots(path).keys.used);
+    ASSERT_EQ(0, unlink(path.c_str()));
+  }
+  Prepare();
+}
+
+TEST_F(SharedRegistry, TheLastOneThatClosesRemovesTheJournal) {
+  Prepare();
+  std::vector<Worker> workers;
+  const unsigned int rounds = crash::Sized(100, 3000);
+  for (unsigned int i = 0; i < 4; ++i) {
+    workers.emplace_back([&, i] {
+      for (unsigned int round = 0; round < rounds; ++round) {
+        Registry registry(path.c_str(), kUser);
+        const unsigned int opened = registry.Initialize();
+        if (opened != 0) return "opening: status " + std::to_string(opened);
+        if (registry.EffectiveDurability() != Durability::kProcess)
+          return std::string("no journal");
+        const std::string wrong = SharedScript(registry, i, false).Look(3);
+        if (!wrong.empty()) return wrong;
+      }
+      return std::string();
+    });
+  }
+  for (Worker& each : workers) EXPECT_TRUE(each.EndsWell());
+}
+
+TEST_F(SharedRegistry, WhoAsksForMoreThanTheFirstOneIsRefused) {
+  Prepare();
+  Registry first(path.c_str(), kUser);
+  ASSERT_EQ(0u, first.Initialize());
+  const auto opened = [&](Durability durability) {
+    Worker other([&] {
+      Registry registry(path.c_str(), kUser);
+      RegistryOptions options;
+      options.durability = durability;
+      registry.SetOptions(options);
+      const unsigned int result = registry.Initialize();
+      return result == 0 ? "" : std::to_string(result);
+    });
+    return other.EndsWell();
+  };
+  EXPECT_FALSE(opened(Durability::kNone));
+  EXPECT_TRUE(opened(Durability::kProcess));
+  EXPECT_FALSE(opened(Durability::kPower));
+}
+
+TEST_F(SharedRegistry, AChildOfAForkHasNothingUntilItOpensTheRegistryAnew) {
+  Prepare();
+  Registry registry(path.c_str(), kUser);
+  ASSERT_EQ(0u, registry.Initialize());
+  Worker child([&] {
+    if (registry.CreateKey(0, "early") != 1) return std::string("the child has the registry");
+    registry.Finalize();
+    if (registry.CreateKey(0, "early") != 1) return std::string("it has it after Finalize");
+    if (registry.Initialize() != 0) return std::string("it cannot be opened");
+    if (registry.CreateKey(0, "child") != 0) return std::string("nothing can be made");
+    registry.Finalize();
+    return std::string();
+  });
+  EXPECT_TRUE(child.EndsWell());
+  EXPECT_EQ(17u, registry.CreateKey(0, "child"));
+  EXPECT_EQ(0u, registry.CreateKey(0, "parent"));
+}
+
+// The child keeps no lock of its parent, which dies in the middle of its work.
+TEST_F(SharedRegistry, AChildKeepsNothingOfAParentThatDies) {
+  Prepare();
+  Worker parent([&] {
+    Registry registry(path.c_str(), kUser);
+    if (registry.Initialize() != 0) return std::string("no registry");
+    if (fork() == 0) {
+      sleep(5);
+      _exit(0);
+    }
+    return SharedScript(registry, 1, false).Run(1000000000);
+  });
+  usleep(100000);
+  EXPECT_TRUE(parent.Kill());
+  Registry registry(path.c_str(), kUser);
+  ASSERT_EQ(0u, registry.Initialize());
+  EXPECT_EQ(0u, registry.CreateKey(0, "more"));
+  registry.Finalize();
+  EXPECT_EQ(GetFile(path + ".journal"), "(cannot be read)");
+}
+
+}  // namespace
+}  // namespace processes
