@@ -20,6 +20,7 @@ class Worker {
   // The same once more, when the process has ended.
   template <class Work>
   void Start(Work work) {
+    std::fflush(stdout);  // or the child prints it, too
     pid_ = fork();
     if (pid_ != 0) return;
     const std::string wrong = work();
