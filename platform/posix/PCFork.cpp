@@ -9,8 +9,8 @@ namespace {
 
 // One for each registry that is open, of which a process has one, and for a moment two. A child
 // keeps the descriptors of any more.
-constexpr unsigned int kPlaces = 64;
-std::atomic<int> sDescriptors[kPlaces];  // 0 = free
+constexpr unsigned int kMostOpen = 64;
+std::atomic<int> sDescriptors[kMostOpen];  // 0 = free
 
 void Exchange(int from, int to) {
   for (std::atomic<int>& each : sDescriptors) {
