@@ -3,7 +3,7 @@
 #   make demo           builds and runs the demonstration
 #   make test           builds and runs the tests
 #   make check-PRESET   the tests of another preset: debug asan tsan coverage i686 armhf portable; or what
-#                       is built to see that it can be: distribution clang aarch64
+#                       is built to see that it can be: clang aarch64
 #   make check-all      all of these
 #   make coverage       the tests, then how much of each source they reach
 #   make crash          the tests of crashes in full size, which takes about an hour
@@ -18,14 +18,13 @@
 
 JOBS ?= $(shell nproc)
 CHECKS := release debug asan tsan coverage i686 armhf portable
-BUILDS := distribution clang aarch64
+BUILDS := clang aarch64
 
 NEEDS := g++ cmake
 TOOL_NEEDS := libcli11-dev nlohmann-json3-dev
 TEST_NEEDS := $(NEEDS) $(TOOL_NEEDS) googletest pkg-config bats bsdutils util-linux \
   python3-pytest
 NEEDS_i686 := g++-i686-linux-gnu
-NEEDS_distribution := dpkg-dev
 NEEDS_clang := clang-14
 NEEDS_aarch64 := g++-aarch64-linux-gnu
 NEEDS_armhf := g++-arm-linux-gnueabihf qemu-user-static
@@ -39,11 +38,7 @@ RUN_SANITIZED = $(shell $(FIXED_ADDRESSES) true 2>/dev/null && echo $(FIXED_ADDR
 RUN_asan = $(RUN_SANITIZED)
 RUN_tsan = $(RUN_SANITIZED)
 
-# What packages of Debian are compiled with; asked for when the program that tells it is there.
-FLAGS := DEB_BUILD_MAINT_OPTIONS=hardening=+all dpkg-buildflags --get
-ENV_distribution = YAX_CXXFLAGS="$$($(FLAGS) CPPFLAGS) $$($(FLAGS) CXXFLAGS)" YAX_LDFLAGS="$$($(FLAGS) LDFLAGS)"
-
-build = $(ENV_$(1)) $(CMAKE) --preset $(1) && $(RUN_$(1)) $(CMAKE) --build --preset $(1) -j $(JOBS)
+build = $(CMAKE) --preset $(1) && $(RUN_$(1)) $(CMAKE) --build --preset $(1) -j $(JOBS)
 
 .PHONY: help demo test packages reference crash bench coverage check-all format tidy update-abi update-pages clean \
   $(CHECKS:%=check-%) $(BUILDS:%=check-%)
@@ -86,7 +81,7 @@ crash:
 
 # dpkg-buildpackage starts a make of its own, too.
 packages:
-	@sh cmake/need-packages.sh $(NEEDS) $(TOOL_NEEDS) $(NEEDS_distribution) debhelper dh-python lintian \
+	@sh cmake/need-packages.sh $(NEEDS) $(TOOL_NEEDS) dpkg-dev debhelper dh-python lintian \
 	  pkg-config python3-pytest
 	@env -u MAKEFLAGS -u MFLAGS -u MAKELEVEL JOBS=$(JOBS) \
 	  sh cmake/run-quietly.sh build/packages.log "Building the packages" sh packaging/make-packages.sh build/packages
