@@ -148,6 +148,7 @@ unsigned int Registry::Sync() {
 // thread may hold the file tree's lock for good: nothing here waits for it. What another process
 // has opened before this one was forked stays untouched.
 void Registry::Finalize() {
+  if (IsReady()) instance->transaction.Abort();
   if (IsInherited()) {
     keyTree = nullptr;
     fileTree = nullptr;
@@ -211,7 +212,10 @@ unsigned int Registry::Flush() {
 unsigned int Registry::GetRegistryInfo(RegistryInfo* info) {
   if (!IsReady()) return status::kNoRight;
   if (info == nullptr) return status::kBadArgument;
+  PCMutexGuard changeGuard(instance->changeLock);  // it writes into the file's header
   PCMutexGuard guard(instance->operationLock);
+  if (!instance->transaction.IsMine()) return keyTree->GetRegistryInfo(info);
+  OpenTransaction::Scope open(instance->transaction);
   return keyTree->GetRegistryInfo(info);
 }
 
@@ -232,6 +236,7 @@ unsigned int Registry::OpenKey(const char* keyPath, unsigned int* handle, unsign
   // From here on something may be loaded, also when the loading fails: the next operation without a
   // handle has to unload it.
   directMode = 0;
+  if (instance->transaction.IsMine()) return instance->transaction.OpenKey(keyPath, handle);
   void* tree = nullptr;
   unsigned int result = keyTree->LoadKeyTree(keyPath, tree);
   if (result != status::kOk) return result;
@@ -245,6 +250,7 @@ unsigned int Registry::CloseKey(unsigned int handle) {
   if (!IsReady()) return status::kNoRight;
   if (instance->IsWalkedHere()) return status::kBusy;
   PCMutexGuard guard(instance->operationLock);
+  if (instance->transaction.IsMine()) return instance->transaction.CloseKey(handle);
   List<void*>& handles = *instance->handles;
   if (handles.isInvalidIndex(handle)) return status::kBadArgument;
   void* tree = *handles.Get(handle);
@@ -256,18 +262,39 @@ unsigned int Registry::CloseKey(unsigned int handle) {
   return result;
 }
 
+// Who holds the handles may change something.
 void Registry::HoldHandles() {
-  if (IsReady()) instance->operationLock.Take();
+  if (!IsReady()) return;
+  instance->changeLock.Take();
+  instance->operationLock.Take();
 }
 
 void Registry::LetHandlesGo() {
-  if (IsReady()) instance->operationLock.Give();
+  if (!IsReady() || !instance->operationLock.IsMine()) return;
+  instance->operationLock.Give();
+  instance->changeLock.Give();
+}
+
+unsigned int Registry::BeginTransaction() {
+  if (!IsReady()) return status::kNoRight;
+  return instance->IsWalkedHere() ? status::kBusy : instance->transaction.Begin();
+}
+
+unsigned int Registry::EndTransaction() {
+  if (!IsReady()) return status::kNoRight;
+  return instance->IsWalkedHere() ? status::kBusy : instance->transaction.End();
+}
+
+unsigned int Registry::CancelTransaction() {
+  if (!IsReady()) return status::kNoRight;
+  return instance->IsWalkedHere() ? status::kBusy : instance->transaction.Cancel();
 }
 
 unsigned int Registry::GetKeyTree(unsigned int handle, RegistryInterface*& tree,
                                   void*& treeHandle) {
   if (!IsReady()) return status::kNoRight;
   if (instance->IsWalkedHere()) return status::kBusy;
+  if (instance->transaction.IsMine()) return status::kBusy;
   OperationScope scope(*this, handle);
   if (handle != 0) {
     List<void*>& handles = *instance->handles;

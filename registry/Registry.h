@@ -20,6 +20,7 @@
 namespace tamu::registry {
 
 class Callback;
+enum class ChangeKind : unsigned char;
 class RegistryInstance;
 class RegistryInterface;
 class RegistryLock;
@@ -99,6 +100,25 @@ class YAX_API Registry {
   unsigned int RegisterCallback(unsigned char events, Callback* callback);
   unsigned int UnregisterCallback(Callback* callback);
 
+  // ---- several changes as one (registry/Transaction.h has a guard for them)
+
+  // What this thread does from here to the end is one change: it happens whole or not at all,
+  // whatever the end or the death of the process. Until then this thread alone sees it; others see
+  // what was there before, and their changes wait. Begins nest: only the outermost end counts, and
+  // a cancel takes back what was done since its own begin. kNoMemory, kInputOutput.
+  //
+  // Handles: those that are open stay open; operations without a handle close none. A key that was
+  // opened since the begin is closed by a cancel, and others can use the handle after the end. What
+  // is closed is so at once and for good. Operations of other threads without a handle close
+  // handles as always. GetKeyTree answers kBusy, and so does what this thread asks for without a
+  // handle while another thread keeps a lock (CreateKey). Whoever ends the thread, or finalises the
+  // registry, cancels.
+  unsigned int BeginTransaction();
+  // kBadArgument: this thread has begun none. kNoSpace, kNoMemory, kInputOutput: everything is as
+  // before the begin, and the transaction is over.
+  unsigned int EndTransaction();
+  unsigned int CancelTransaction();  // 0, or kBadArgument
+
   // ---- handles
 
   // Loads the subtree of a key and writes its handle, never 0. What is read through it comes from
@@ -108,7 +128,8 @@ class YAX_API Registry {
   // kNotSupported through a handle.
   unsigned int OpenKey(const char* keyPath, unsigned int* handle, unsigned int unused = 0);
   unsigned int CloseKey(unsigned int handle);
-  // Between the two, operations of other threads wait, so that none without a handle closes what
+  // Between the two, operations of other threads wait, and before that this waits for another's
+  // transaction, so that none without a handle closes what
   // this thread opens. This thread calls only OpenKey, CloseKey and operations through handles
   // meanwhile. Nests; on an object that is not initialised nothing happens.
   void HoldHandles();
@@ -250,6 +271,7 @@ class YAX_API Registry {
  private:
   friend class RegistryFileLock;
   class OperationScope;
+  class ChangeScope;
 
   // True when operations can be served. In RegistryRouting.h.
   bool IsReady() const;
@@ -263,6 +285,14 @@ class YAX_API Registry {
   unsigned int Route(unsigned int handle, Operation operation);
   template <class Operation>
   unsigned int OnFile(bool argumentsGiven, Operation operation);
+  template <class Operation>
+  unsigned int ChangeFile(bool argumentsGiven, ChangeKind kind, const char* keyPath,
+                          const char* valueName, Operation operation);
+  template <class Operation>
+  unsigned int RouteInTransaction(unsigned int handle, Operation operation);
+  template <class Operation>
+  unsigned int RouteChange(unsigned int handle, ChangeKind kind, const char* keyPath,
+                           const char* valueName, Operation operation);
 
   char* path = nullptr;  // owned copy
   TernaryKeyTree* keyTree = nullptr;

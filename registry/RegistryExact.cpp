@@ -11,16 +11,27 @@ unsigned int Registry::OnFile(bool argumentsGiven, Operation operation) {
   return Route(0, [&](RegistryInterface&, void*) { return operation(*fileTree); });
 }
 
+template <class Operation>
+unsigned int Registry::ChangeFile(bool argumentsGiven, ChangeKind kind, const char* keyPath,
+                                  const char* valueName, Operation operation) {
+  if (!IsReady()) return status::kNoRight;
+  if (!argumentsGiven) return status::kBadArgument;
+  return RouteChange(0, kind, keyPath, valueName,
+                     [&](RegistryInterface&, void*) { return operation(*fileTree); });
+}
+
 unsigned int Registry::MakeKey(const char* keyPath, bool withParents) {
-  return OnFile(keyPath != nullptr,
-                [&](TernaryRegistry& tree) { return tree.MakeKey(userId, keyPath, withParents); });
+  return ChangeFile(
+      keyPath != nullptr, ChangeKind::kKeyCreated, keyPath, nullptr,
+      [&](TernaryRegistry& tree) { return tree.MakeKey(userId, keyPath, withParents); });
 }
 
 unsigned int Registry::PutValue(const char* keyPath, const char* name, const Value& value,
                                 bool withKey) {
-  return OnFile(keyPath != nullptr && name != nullptr, [&](TernaryRegistry& tree) {
-    return tree.PutValue(userId, keyPath, name, value, withKey);
-  });
+  const ChangeKind kind = withKey ? ChangeKind::kKeyCreated : ChangeKind::kValueSet;
+  return ChangeFile(
+      keyPath != nullptr && name != nullptr, kind, keyPath, name,
+      [&](TernaryRegistry& tree) { return tree.PutValue(userId, keyPath, name, value, withKey); });
 }
 
 unsigned int Registry::ReadWholeValue(const char* keyPath, const char* name, Value* value) {
@@ -30,23 +41,25 @@ unsigned int Registry::ReadWholeValue(const char* keyPath, const char* name, Val
 }
 
 unsigned int Registry::RemoveValue(const char* keyPath, const char* name) {
-  return OnFile(keyPath != nullptr && name != nullptr,
-                [&](TernaryRegistry& tree) { return tree.RemoveValue(userId, keyPath, name); });
+  return ChangeFile(keyPath != nullptr && name != nullptr, ChangeKind::kValueDeleted, keyPath, name,
+                    [&](TernaryRegistry& tree) { return tree.RemoveValue(userId, keyPath, name); });
 }
 
 unsigned int Registry::RemoveKey(const char* keyPath) {
-  return OnFile(keyPath != nullptr,
-                [&](TernaryRegistry& tree) { return tree.RemoveKey(userId, keyPath); });
+  return ChangeFile(keyPath != nullptr, ChangeKind::kKeyDeleted, keyPath, nullptr,
+                    [&](TernaryRegistry& tree) { return tree.RemoveKey(userId, keyPath); });
 }
 
 unsigned int Registry::CopyKey(const char* keyPath, const char* newPath) {
-  return OnFile(keyPath != nullptr && newPath != nullptr,
-                [&](TernaryRegistry& tree) { return tree.CopyKey(userId, keyPath, newPath); });
+  return ChangeFile(keyPath != nullptr && newPath != nullptr, ChangeKind::kKeyCreated, newPath,
+                    nullptr,
+                    [&](TernaryRegistry& tree) { return tree.CopyKey(userId, keyPath, newPath); });
 }
 
 unsigned int Registry::MoveKey(const char* keyPath, const char* newPath) {
-  return OnFile(keyPath != nullptr && newPath != nullptr,
-                [&](TernaryRegistry& tree) { return tree.MoveKey(userId, keyPath, newPath); });
+  return ChangeFile(keyPath != nullptr && newPath != nullptr, ChangeKind::kKeyCreated, newPath,
+                    nullptr,
+                    [&](TernaryRegistry& tree) { return tree.MoveKey(userId, keyPath, newPath); });
 }
 
 }  // namespace tamu::registry

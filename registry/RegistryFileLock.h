@@ -1,7 +1,10 @@
 // The lock that a registry's operations without a handle hold. Internal.
 #pragma once
 
+#include "registry/Registry.h"
+#include "registry/RegistryInstance.h"
 #include "registry/RegistryRouting.h"
+#include "registry/filetree/TernaryRegistry.h"
 
 namespace tamu::registry {
 
@@ -12,6 +15,11 @@ class RegistryFileLock {
   // Null when the object is not initialised. It is the registry's.
   static PCMutex* Of(const Registry& registry) {
     return registry.IsReady() ? &registry.fileTree->ObjectLock() : nullptr;
+  }
+  // What whoever changes something holds, too: to be taken before that one. Nobody waits for that
+  // one, or for a lock of his own, while he has this.
+  static PCMutex* OfChanges(const Registry& registry) {
+    return registry.IsReady() ? &registry.instance->changeLock : nullptr;
   }
 };
 

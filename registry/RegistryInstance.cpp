@@ -23,7 +23,10 @@ RegistryInstance* RegistryInstance::Make(const char* path) {
   RegistryInstance* instance = new (std::nothrow) RegistryInstance;
   if (instance == nullptr) return nullptr;
   instance->path = RCEString::Duplicate(path);
-  if (instance->path != nullptr && instance->operationLock.Create()) return instance;
+  if (instance->path != nullptr && instance->operationLock.Create() &&
+      instance->changeLock.Create()) {
+    return instance;
+  }
   delete instance;
   return nullptr;
 }

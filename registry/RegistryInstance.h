@@ -3,6 +3,7 @@
 
 #include "platform/PCFork.h"
 #include "platform/PCMutex.h"
+#include "registry/OpenTransaction.h"
 #include "registry/base/List.h"
 
 namespace tamu::registry {
@@ -42,6 +43,12 @@ class RegistryInstance {
   // Held over every operation on the trees. Taken after the file tree's object lock, by operations
   // without a handle, and before any lock of the key tree and the store.
   PCMutex operationLock;
+  // Held by whoever changes something, and by a transaction from its begin to its end. Who waits
+  // for it has none of the others, but for levels of the file tree's lock that a thread keeps for
+  // good; who has it waits for that lock only where nobody keeps it.
+  PCMutex changeLock;
+  unsigned int keptLevels = 0;  // of the file tree's lock, by one thread; guarded by changeLock
+  OpenTransaction transaction{*this};
 
   // True for a visitor of Registry::Walk; asked before any lock is taken.
   bool IsWalkedHere() const { return operationLock.IsMine() && isWalked; }

@@ -6,23 +6,26 @@ namespace tamu::registry {
 unsigned int Registry::CreateKey(unsigned int handle, const char* keyPath,
                                  unsigned long long defaultValue) {
   if (!IsReady()) return status::kNoRight;
-  return Route(handle, [&](RegistryInterface& tree, void* treeHandle) {
-    return tree.CreateKey(userId, treeHandle, keyPath, defaultValue, true);
-  });
+  return RouteChange(handle, ChangeKind::kKeyCreated, keyPath, nullptr,
+                     [&](RegistryInterface& tree, void* treeHandle) {
+                       return tree.CreateKey(userId, treeHandle, keyPath, defaultValue, true);
+                     });
 }
 
 unsigned int Registry::CreateKey(unsigned int handle, const char* keyPath) {
   if (!IsReady()) return status::kNoRight;
-  return Route(handle, [&](RegistryInterface& tree, void* treeHandle) {
-    return tree.CreateKey(userId, treeHandle, keyPath, 0, false);
-  });
+  return RouteChange(handle, ChangeKind::kKeyCreated, keyPath, nullptr,
+                     [&](RegistryInterface& tree, void* treeHandle) {
+                       return tree.CreateKey(userId, treeHandle, keyPath, 0, false);
+                     });
 }
 
 unsigned int Registry::DeleteKey(unsigned int handle, const char* keyPath) {
   if (!IsReady()) return status::kNoRight;
-  return Route(handle, [&](RegistryInterface& tree, void* treeHandle) {
-    return tree.DeleteKey(userId, treeHandle, keyPath);
-  });
+  return RouteChange(handle, ChangeKind::kKeyDeleted, keyPath, nullptr,
+                     [&](RegistryInterface& tree, void* treeHandle) {
+                       return tree.DeleteKey(userId, treeHandle, keyPath);
+                     });
 }
 
 unsigned int Registry::GetKeyInfo(unsigned int handle, const char* keyPath, KeyInfo* info) {
@@ -46,17 +49,19 @@ unsigned int Registry::SetKeyPermission(unsigned int handle, const char* keyPath
                                         unsigned char permission) {
   if (!IsReady()) return status::kNoRight;
   if (keyPath == nullptr) return status::kBadArgument;
-  return Route(handle, [&](RegistryInterface& tree, void* treeHandle) {
-    return tree.SetKeyPermission(userId, treeHandle, keyPath, permission);
-  });
+  return RouteChange(handle, ChangeKind::kRightsChanged, keyPath, nullptr,
+                     [&](RegistryInterface& tree, void* treeHandle) {
+                       return tree.SetKeyPermission(userId, treeHandle, keyPath, permission);
+                     });
 }
 
 unsigned int Registry::SetKeyWatch(unsigned int handle, const char* keyPath, unsigned char watch) {
   if (!IsReady()) return status::kNoRight;
   if (keyPath == nullptr) return status::kBadArgument;
-  return Route(handle, [&](RegistryInterface& tree, void* treeHandle) {
-    return tree.SetKeyWatch(userId, treeHandle, keyPath, watch);
-  });
+  return RouteChange(handle, ChangeKind::kWatchChanged, keyPath, nullptr,
+                     [&](RegistryInterface& tree, void* treeHandle) {
+                       return tree.SetKeyWatch(userId, treeHandle, keyPath, watch);
+                     });
 }
 
 unsigned int Registry::ListKeys(unsigned int handle, const char* keyPath, unsigned int first,
@@ -99,9 +104,10 @@ unsigned int Registry::RestoreKey(unsigned int handle, const char* keyPath,
                                   const char* backupFile) {
   if (!IsReady()) return status::kNoRight;
   if (keyPath == nullptr || backupFile == nullptr) return status::kBadArgument;
-  return Route(handle, [&](RegistryInterface& tree, void* treeHandle) {
-    return tree.RestoreKeyTree(userId, treeHandle, keyPath, backupFile);
-  });
+  return RouteChange(handle, ChangeKind::kKeyRestored, keyPath, nullptr,
+                     [&](RegistryInterface& tree, void* treeHandle) {
+                       return tree.RestoreKeyTree(userId, treeHandle, keyPath, backupFile);
+                     });
 }
 
 }  // namespace tamu::registry

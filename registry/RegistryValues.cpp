@@ -46,9 +46,10 @@ unsigned int Registry::SetValue(unsigned int handle, const char* keyPath, const 
   if (keyPath == nullptr || name == nullptr || value == nullptr || LacksData(*value)) {
     return status::kBadArgument;
   }
-  return Route(handle, [&](RegistryInterface& tree, void* treeHandle) {
-    return tree.SetValue(userId, treeHandle, keyPath, name, value);
-  });
+  return RouteChange(handle, ChangeKind::kValueSet, keyPath, name,
+                     [&](RegistryInterface& tree, void* treeHandle) {
+                       return tree.SetValue(userId, treeHandle, keyPath, name, value);
+                     });
 }
 
 unsigned int Registry::CreateValue(unsigned int handle, const char* keyPath, const char* name,
@@ -56,29 +57,33 @@ unsigned int Registry::CreateValue(unsigned int handle, const char* keyPath, con
   if (!IsReady()) return status::kNoRight;
   if (keyPath == nullptr || name == nullptr || name[0] == 0) return status::kBadArgument;
   if (value == nullptr) {
-    return Route(handle, [&](RegistryInterface& tree, void* treeHandle) {
-      return tree.CreateValue(userId, treeHandle, keyPath, name, 0, false);
-    });
+    return RouteChange(handle, ChangeKind::kValueCreated, keyPath, name,
+                       [&](RegistryInterface& tree, void* treeHandle) {
+                         return tree.CreateValue(userId, treeHandle, keyPath, name, 0, false);
+                       });
   }
   if (LacksData(*value)) return status::kBadArgument;
   if (value->type != kValueTypeInteger) {
-    return Route(handle, [&](RegistryInterface& tree, void* treeHandle) {
-      return tree.CreateValue(userId, treeHandle, keyPath, name, value);
-    });
+    return RouteChange(handle, ChangeKind::kValueCreated, keyPath, name,
+                       [&](RegistryInterface& tree, void* treeHandle) {
+                         return tree.CreateValue(userId, treeHandle, keyPath, name, value);
+                       });
   }
   if (value->data == nullptr) return status::kBadArgument;
   const unsigned long long number = NumberIn(*value);
-  return Route(handle, [&](RegistryInterface& tree, void* treeHandle) {
-    return tree.CreateValue(userId, treeHandle, keyPath, name, number, true);
-  });
+  return RouteChange(handle, ChangeKind::kValueCreated, keyPath, name,
+                     [&](RegistryInterface& tree, void* treeHandle) {
+                       return tree.CreateValue(userId, treeHandle, keyPath, name, number, true);
+                     });
 }
 
 unsigned int Registry::DeleteValue(unsigned int handle, const char* keyPath, const char* name) {
   if (!IsReady()) return status::kNoRight;
   if (name == nullptr) return status::kBadArgument;
-  return Route(handle, [&](RegistryInterface& tree, void* treeHandle) {
-    return tree.DeleteValue(userId, treeHandle, keyPath, name);
-  });
+  return RouteChange(handle, ChangeKind::kValueDeleted, keyPath, name,
+                     [&](RegistryInterface& tree, void* treeHandle) {
+                       return tree.DeleteValue(userId, treeHandle, keyPath, name);
+                     });
 }
 
 unsigned int Registry::GetDefaultValue(unsigned int handle, const char* keyPath,
@@ -94,9 +99,10 @@ unsigned int Registry::SetDefaultValue(unsigned int handle, const char* keyPath,
                                        unsigned long long value) {
   if (!IsReady()) return status::kNoRight;
   if (keyPath == nullptr) return status::kBadArgument;
-  return Route(handle, [&](RegistryInterface& tree, void* treeHandle) {
-    return tree.SetDefaultValue(userId, treeHandle, keyPath, value, false);
-  });
+  return RouteChange(handle, ChangeKind::kDefaultChanged, keyPath, nullptr,
+                     [&](RegistryInterface& tree, void* treeHandle) {
+                       return tree.SetDefaultValue(userId, treeHandle, keyPath, value, false);
+                     });
 }
 
 }  // namespace tamu::registry

@@ -23,9 +23,11 @@ char* Put(char* place, const char* text, unsigned int length) {
 
 }  // namespace
 
-ChangeList::~ChangeList() {
+void ChangeList::Clear() {
   CutTo(0);
   delete[] changes_;
+  changes_ = nullptr;
+  capacity_ = 0;
 }
 
 // One more fits in.

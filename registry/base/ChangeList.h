@@ -25,7 +25,7 @@ struct Change {
 class ChangeList {
  public:
   ChangeList() = default;
-  ~ChangeList();
+  ~ChangeList() { Clear(); }
   ChangeList(const ChangeList&) = delete;
   ChangeList& operator=(const ChangeList&) = delete;
 
@@ -37,6 +37,8 @@ class ChangeList {
   const Change& At(unsigned int i) const { return changes_[i]; }
   // Drops all but the n oldest.
   void CutTo(unsigned int n);
+  // Drops all, and gives back what it has on the heap.
+  void Clear();
 
  private:
   bool MakeRoom();

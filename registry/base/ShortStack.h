@@ -2,6 +2,7 @@
 #pragma once
 
 #include <new>
+#include <utility>
 
 #include "platform/PCMem.h"
 #include "registry/base/Status.h"
@@ -38,6 +39,18 @@ class ShortStack {
   bool IsEmpty() const { return count_ == 0; }
   // Drops all but the n elements at the bottom.
   void CutTo(unsigned int n) { count_ = n; }
+  void Swap(ShortStack& other) {
+    const bool isShort = items_ == few_;
+    const bool isOtherShort = other.items_ == other.few_;
+    const unsigned int mine = isShort ? count_ : 0;
+    const unsigned int others = isOtherShort ? other.count_ : 0;
+    for (unsigned int i = 0; i < mine || i < others; ++i) std::swap(few_[i], other.few_[i]);
+    std::swap(items_, other.items_);
+    if (isOtherShort) items_ = few_;
+    if (isShort) other.items_ = other.few_;
+    std::swap(count_, other.count_);
+    std::swap(capacity_, other.capacity_);
+  }
   // Empties it, and gives back what it has on the heap.
   void Clear() {
     if (items_ != few_) delete[] items_;

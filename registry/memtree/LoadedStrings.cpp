@@ -238,6 +238,16 @@ void LoadedStrings::SwapStrings(LoadedStrings& other) {
   }
 }
 
+void LoadedStrings::Swap(LoadedStrings& other) {
+  SwapStrings(other);
+  std::swap(isBehind, other.isBehind);
+  std::swap(seen, other.seen);
+  std::swap(handles_, other.handles_);
+  for (LoadedStrings* each : {this, &other}) {
+    if (each->handles_ != nullptr) each->handles_->place = &each->handles_;
+  }
+}
+
 void LoadedStrings::FreeEverything() {
   FreeFrom(start);
   start = nullptr;
@@ -248,6 +258,7 @@ void LoadedStrings::FreeEverything() {
       FreeFrom(orphan);
     }
   }
+  isBehind = false;
   while (handles_ != nullptr) {
     TernaryHandle* handle = handles_;
     handles_ = handle->next;

@@ -37,6 +37,8 @@ class LoadedStrings {
   bool IsBusy() const;
   // Exchanges the strings, and leaves the handles.
   void SwapStrings(LoadedStrings& other);
+  // Exchanges everything.
+  void Swap(LoadedStrings& other);
   // Frees everything, whatever still needs it.
   void FreeEverything();
 
@@ -53,6 +55,8 @@ class LoadedStrings {
   }
 
   TernaryString* start = nullptr;  // of the root key, once it was needed
+  bool isBehind = false;           // somebody else has changed the file
+  unsigned int seen = 0;           // version of a shared file that is loaded
 
  private:
   static void TellBelow(TernaryString* string, bool isBelowHandle);

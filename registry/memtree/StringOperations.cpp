@@ -18,8 +18,8 @@ unsigned int StringOperations::FindKey(TernaryString* start, const char* path,
 Status StringOperations::CatchUp() {
   LockedAccess access(*file);
   const Status result = TreeRefresh(access, loaded_).LoadAnew();
-  isBehind_ = !result.IsOk();
-  if (result.IsOk() && file->IsShared()) seen_ = file->Version();
+  loaded_.isBehind = !result.IsOk();
+  if (result.IsOk() && file->IsShared()) loaded_.seen = file->Version();
   return result;
 }
 

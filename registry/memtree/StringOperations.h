@@ -77,20 +77,20 @@ class StringOperations : public RegistryInterface {
     unsigned int result = behind;
     if (behind.IsOk()) result = body();
     // What was changed here has been followed here.
-    if (--changing_ == 0 && !isBehind_) seen_ = file->Version();
+    if (--changing_ == 0 && !loaded_.isBehind) loaded_.seen = file->Version();
     return result;
   }
 
   // True when the file has changed, but for what is being changed here.
   bool IsBehind() const { return changing_ == 0 && NeedsLoading(); }
-  bool NeedsLoading() const { return isBehind_ || (file->IsShared() && file->Version() != seen_); }
+  bool NeedsLoading() const {
+    return loaded_.isBehind || (file->IsShared() && file->Version() != loaded_.seen);
+  }
   // Loads anew what has fallen behind the file.
   Status CatchUp();
 
   unsigned char initialized = 0;
-  bool isBehind_ = false;       // somebody else has changed the file
-  unsigned int seen_ = 0;       // version of a shared file that is loaded
-  unsigned int changing_ = 0;   // levels of ChangeTree
+  unsigned int changing_ = 0;  // levels of ChangeTree
   std::unique_ptr<TernaryFile> file;
   RegistryDaemon* daemon;  // kept, not used
   PCMutex spareLock;       // made and given back with the tree; nothing takes it

@@ -31,7 +31,12 @@ struct TernaryHandle {
   unsigned int lockers = 0;            // threads that are locking a string through this handle
   unsigned int lockedStrings = 0;      // locked through this handle now
   TernaryString* nextStart = nullptr;  // for a refresh
+  unsigned int leftOut = 0;            // status: why something below was not loaded with it
+  // For a transaction: its own handle of the same key, and which of its handles this is.
+  TernaryHandle* counterpart = nullptr;
+  unsigned int openedAt = 0;
   bool isAwaited = false;           // `start` is null because the key comes with the next refresh
+  bool isHidden = false;            // opened in a transaction that is open: `start` is null
   TernaryHandle* next = nullptr;    // of the tree's handles
   TernaryHandle** place = nullptr;  // what leads here in that list
 };

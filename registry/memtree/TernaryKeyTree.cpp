@@ -42,7 +42,6 @@ unsigned int TernaryKeyTree::Finalize() {
 
 void TernaryKeyTree::CloseFile() {
   loaded_.FreeEverything();
-  isBehind_ = false;
   if (file != nullptr) file->Finalize();
   file.reset();
   initialized = 0;

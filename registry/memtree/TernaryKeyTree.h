@@ -67,9 +67,17 @@ class TernaryKeyTree : public StringOperations {
   // handles need, and answers why not until that succeeds: kBusy when a string is locked,
   // kNoMemory, kInputOutput. Handles stay; one whose key is gone answers kBadArgument from then on.
   void SetBehind();
-  // Brings what is loaded up to date with a file in which just this was changed. Not 0: as after
-  // SetBehind.
-  unsigned int Follow(const ChangeList& changes);
+  // Brings what is loaded up to date with a file in which just this was changed since it had the
+  // version `before` (FileStore::Version). Not 0: as after SetBehind.
+  unsigned int Follow(const ChangeList& changes, unsigned int before);
+
+  // For a transaction, with the tree's lock held. Exchanges all that is loaded, with its handles.
+  void Exchange(LoadedStrings& other) { loaded_.Swap(other); }
+  PCMutex& TreeLock() { return treeLock; }
+  // Of what is loaded: the newest; each leads to the next.
+  TernaryHandle* Handles() const { return loaded_.Handles(); }
+  // Makes a handle that leads nowhere. kNoMemory; kInputOutput: no semaphores.
+  Status MakeHandle(const char* path, std::unique_ptr<TernaryHandle>* handle);
 
   // ---- reading (TernaryKeyTreeReading.cpp)
 

@@ -8,10 +8,8 @@
 
 namespace tamu::registry {
 
-namespace {
-
-Status MakeHandle(const char* path, PCMutex* lock, std::unique_ptr<TernaryHandle>* handle) {
-  handle->reset(new (std::nothrow) TernaryHandle(path, lock));
+Status TernaryKeyTree::MakeHandle(const char* path, std::unique_ptr<TernaryHandle>* handle) {
+  handle->reset(new (std::nothrow) TernaryHandle(path, &treeLock));
   if (*handle == nullptr) return status::kNoMemory;
   (*handle)->ownPath.reset(RCEString::Duplicate(path != nullptr ? path : ""));
   if ((*handle)->ownPath == nullptr) return status::kNoMemory;
@@ -19,16 +17,15 @@ Status MakeHandle(const char* path, PCMutex* lock, std::unique_ptr<TernaryHandle
   return made ? status::kOk : status::kInputOutput;
 }
 
-}  // namespace
-
 unsigned int TernaryKeyTree::LoadKeyTree(const char* keyPath, void*& tree) {
   return ChangeTree(true, [&]() -> Status {
     LockedAccess access(*file);
     SubtreeLoader::Loaded found;
     Status result = SubtreeLoader::LoadForHandle(access, loaded_, keyPath, &found);
     std::unique_ptr<TernaryHandle> handle;
-    if (result.IsOk()) result = MakeHandle(keyPath, &treeLock, &handle);
+    if (result.IsOk()) result = MakeHandle(keyPath, &handle);
     if (!result.IsOk()) return result;
+    handle->leftOut = found.leftOut;
     tree = handle.get();
     loaded_.AddHandle(handle.release(), found.string, found.isBelowHandle);
     return result;
@@ -37,16 +34,19 @@ unsigned int TernaryKeyTree::LoadKeyTree(const char* keyPath, void*& tree) {
 
 void TernaryKeyTree::SetBehind() {
   PCMutexGuard guard(treeLock);
-  isBehind_ = true;
+  loaded_.isBehind = true;
 }
 
-unsigned int TernaryKeyTree::Follow(const ChangeList& changes) {
-  return InTree(true, [&]() -> Status {
-    LockedAccess access(*file);
-    const Status result = TreeRefresh(access, loaded_).Follow(changes);
-    isBehind_ = !result.IsOk();
-    return result;
-  });
+unsigned int TernaryKeyTree::Follow(const ChangeList& changes, unsigned int before) {
+  PCMutexGuard guard(treeLock);
+  if (initialized == 0) return status::kNoRight;
+  LockedAccess access(*file);
+  const bool isShared = file->IsShared();
+  if (loaded_.isBehind || (isShared && loaded_.seen != before)) return CatchUp();
+  const Status result = TreeRefresh(access, loaded_).Follow(changes);
+  loaded_.isBehind = !result.IsOk();
+  if (result.IsOk() && isShared) loaded_.seen = file->Version();
+  return result;
 }
 
 unsigned int TernaryKeyTree::UnloadKeyTree(void* tree) {

@@ -107,6 +107,19 @@ Status ChangeSet::Arrange() {
   return status::kOk;
 }
 
+void ChangeSet::Swap(ChangeSet& other) {
+  const bool isFew = slots_ == fewSlots_;
+  const bool isOtherFew = other.slots_ == other.fewSlots_;
+  pages_.Swap(other.pages_);
+  std::swap(fewSlots_, other.fewSlots_);
+  std::swap(slots_, other.slots_);
+  if (isOtherFew) slots_ = fewSlots_;
+  if (isFew) other.slots_ = other.fewSlots_;
+  std::swap(slotCount_, other.slotCount_);
+  order_.CutTo(0);
+  other.order_.CutTo(0);
+}
+
 void ChangeSet::Clear() {
   if (IsEmpty()) return;
   pages_.Clear();

@@ -50,6 +50,7 @@ class ChangeSet {
   unsigned int Count() const { return order_.Count(); }
   const Page& At(unsigned int i) const { return *order_[i]; }
   void Clear();
+  void Swap(ChangeSet& other);
 
  private:
   static constexpr unsigned int kFewPages = 6;   // of a change of one key or value

@@ -17,6 +17,9 @@ Changes::Changes(FileStore& store)
   }
 }
 
+Changes::Changes(FileStore& store, const Mark& start)
+    : StoreAccess(store, Sharing::kAlone), store_(store), start_(start) {}
+
 // What cannot be undone now is undone by the next access that finds the file writable: also what a
 // part of a change that is kept has begun and could neither end nor undo.
 Changes::~Changes() {
@@ -47,11 +50,17 @@ Status Changes::End(Status result) {
 Status Changes::Keep(Status result) {
   kept_ = true;
   if (store_.changes_ > 1 || !store_.file_.IsGathering()) return result;
-  const Status committed = store_.journal_.Commit(store_.file_);
+  const Status committed = Commit();
   if (committed.IsOk()) return result;
   kept_ = false;
-  if (store_.journal_.IsOwing()) store_.file_.EndGathering();
+  if (store_.journal_.IsOwing() || !store_.journal_.IsOn()) store_.file_.EndGathering();
   return committed;
+}
+
+Status Changes::Commit() {
+  if (store_.journal_.IsOn()) return store_.journal_.Commit(store_.file_);
+  const Status arranged = store_.file_.Gathered().Arrange();
+  return arranged.IsOk() ? Journal::Apply(store_.file_) : arranged;
 }
 
 Status Changes::WriteBytes(unsigned int offset, unsigned int size, const void* data) {

@@ -79,6 +79,11 @@ class Changes : public StoreAccess {
   const StoreFile& Bytes() const { return store_.file_; }
 
  private:
+  friend class HeldChange;
+
+  // Goes on with a change that is counted already, as far as it was written after the mark.
+  Changes(FileStore& store, const Mark& start);
+  Status Commit();
   Status StoreBlocks(const void* data, unsigned int size, bool anyhow, unsigned int* id);
   Status TakeBlocks(unsigned int* slots, unsigned int count, const NodeAllocationTable*& table);
   Status WriteNewTable(const NodeAllocationTable& table, unsigned int areaSize);

@@ -82,6 +82,7 @@ class FileStore {
  private:
   friend class StoreAccess;
   friend class Changes;
+  friend class HeldChange;
 
   Status Load(const char* path);
   // For the outermost scope of a thread. Enter: nothing that others have changed is unknown from

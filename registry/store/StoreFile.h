@@ -1,6 +1,8 @@
 // The registry file as one store sees it.
 #pragma once
 
+#include <utility>
+
 #include "platform/PCWord.h"
 #include "registry/base/Status.h"
 #include "registry/store/ChangeSet.h"
@@ -77,6 +79,11 @@ class StoreFile {
   void EndGathering() {
     gathered_.Clear();
     isGathering_ = false;
+  }
+  // Exchanges what is gathered for something else.
+  void ExchangeGathered(ChangeSet& gathered, bool& isGathering) {
+    gathered_.Swap(gathered);
+    std::swap(isGathering_, isGathering);
   }
   bool IsGathering() const { return isGathering_; }
   ChangeSet& Gathered() { return gathered_; }

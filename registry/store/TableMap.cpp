@@ -1,6 +1,7 @@
 #include "registry/store/TableMap.h"
 
 #include <new>
+#include <utility>
 
 #include "registry/format/FileHeader.h"
 #include "registry/format/FileLayout.h"
@@ -117,6 +118,26 @@ bool TableMap::RenewChain(const StoreFile& file, TernaryNodeDescriptor* descript
   descriptor->usedNodes = used;
   const unsigned int next = descriptor->lastTable->nextTable();
   return next == 0 || LoadChain(file, next, descriptor).IsOk();
+}
+
+Status TableMap::CopyFrom(const TableMap& other) {
+  header_ = other.header_;
+  for (unsigned int k = 0; k < kNodeKinds; ++k) {
+    const TernaryNodeDescriptor& from = other.descriptors_[k];
+    for (unsigned int i = 0; i < from.tableCount; ++i) {
+      auto* table = new (std::nothrow) NodeAllocationTable(*from.tables[i]);
+      if (table == nullptr) return status::kNoMemory;
+      descriptors_[k].Append(table);
+    }
+    descriptors_[k].usedNodes = from.usedNodes;
+    descriptors_[k].damaged = from.damaged;
+  }
+  return status::kOk;
+}
+
+void TableMap::Swap(TableMap& other) {
+  std::swap(header_, other.header_);
+  for (unsigned int k = 0; k < kNodeKinds; ++k) descriptors_[k].Swap(other.descriptors_[k]);
 }
 
 void TableMap::Clear() {

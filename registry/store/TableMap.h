@@ -24,6 +24,9 @@ class TableMap {
   // file or the chain ends it: kInvalidFile (kInputOutput when unreadable), and the kind is
   // damaged.
   Status LoadChain(const StoreFile& file, unsigned int offset, TernaryNodeDescriptor* descriptor);
+  // Copies all that another map knows into this one, which is empty. kNoMemory.
+  Status CopyFrom(const TableMap& other);
+  void Swap(TableMap& other);
   // Frees the tables.
   void Clear();
 

@@ -1,5 +1,7 @@
 #include "registry/store/TernaryNodeDescriptor.h"
 
+#include <utility>
+
 namespace tamu::registry {
 
 namespace {
@@ -44,6 +46,17 @@ void TernaryNodeDescriptor::Clear() {
   usedNodes = 0;
   totalNodes = 0;
   damaged = false;
+}
+
+void TernaryNodeDescriptor::Swap(TernaryNodeDescriptor& other) {
+  std::swap(firstTable, other.firstTable);
+  std::swap(lastTable, other.lastTable);
+  std::swap(tableCount, other.tableCount);
+  std::swap(tableCapacity, other.tableCapacity);
+  std::swap(usedNodes, other.usedNodes);
+  std::swap(totalNodes, other.totalNodes);
+  std::swap(tables, other.tables);
+  std::swap(damaged, other.damaged);
 }
 
 }  // namespace tamu::registry

@@ -21,6 +21,7 @@ class TernaryNodeDescriptor {
   void RemoveLast();
   // Frees all tables; everything back to the state after construction.
   void Clear();
+  void Swap(TernaryNodeDescriptor& other);
 
   NodeAllocationTable* firstTable = nullptr;
   NodeAllocationTable* lastTable = nullptr;  // all allocations draw from this one

@@ -1,5 +1,7 @@
 #include "registry/store/UndoLog.h"
 
+#include <utility>
+
 namespace tamu::registry {
 
 namespace {
@@ -105,6 +107,13 @@ void UndoLog::Clear() {
   entries_.Clear();
   bytes_.Clear();
   isUnfinished_ = false;
+}
+
+void UndoLog::Swap(UndoLog& other) {
+  entries_.Swap(other.entries_);
+  bytes_.Swap(other.bytes_);
+  std::swap(unfinished_, other.unfinished_);
+  std::swap(isUnfinished_, other.isUnfinished_);
 }
 
 }  // namespace tamu::registry

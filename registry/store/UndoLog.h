@@ -36,6 +36,7 @@ class UndoLog {
   bool IsEmpty() const { return entries_.IsEmpty(); }
   // Forgets everything.
   void Clear();
+  void Swap(UndoLog& other);
 
  private:
   enum class Action : unsigned char { kBytes, kGrowth, kUsed };

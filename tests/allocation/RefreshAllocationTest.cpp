@@ -87,7 +87,7 @@ TEST_F(RefreshAllocations, FailInLoadingOneKeyAnew) {
                 loaded.SetBehind();
                 return noted;
               }
-              return loaded.Follow(changes);
+              return loaded.Follow(changes, 0);
             }),
             8u);
 }

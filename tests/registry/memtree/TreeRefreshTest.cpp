@@ -163,7 +163,7 @@ TEST_F(Refresh, AListLoadsTheKeyThatHasChangedAndNoOther) {
   Note(changes, ChangeKind::kValueSet, "a/b", "text");
   Note(changes, ChangeKind::kValueSet, "/a/b", "text");
   Note(changes, ChangeKind::kValueSet, "x", "not loaded");
-  EXPECT_EQ(rig.loaded.Follow(changes), 0u);
+  EXPECT_EQ(rig.loaded.Follow(changes, 0), 0u);
   EXPECT_EQ(ValuesOf(handle, "b"), "text " + HexOf("newer"));
   EXPECT_EQ(rig.KeyOf(handle, "net"), other);
   EXPECT_EQ(ValuesOf(handle, "net"), "");
@@ -176,7 +176,7 @@ TEST_F(Refresh, AListWithAKeyLoadsEverything) {
   ChangeList changes;
   Note(changes, ChangeKind::kKeyCreated, "a/ne");
   Note(changes, ChangeKind::kValueSet, "a/b", "text");
-  EXPECT_EQ(rig.loaded.Follow(changes), 0u);
+  EXPECT_EQ(rig.loaded.Follow(changes, 0), 0u);
   ExpectLikeTheFile(handle, "a");
 }
 
@@ -187,7 +187,7 @@ TEST_F(Refresh, AListThatCannotBeFollowedNowIsFollowedByTheNextOperation) {
   ASSERT_EQ(SetText("a/b", "text", "new"), 0u);
   ChangeList changes;
   Note(changes, ChangeKind::kValueSet, "a/b", "text");
-  EXPECT_EQ(rig.loaded.Follow(changes), 16u);
+  EXPECT_EQ(rig.loaded.Follow(changes, 0), 16u);
   EXPECT_EQ(rig.loaded.CreateKey(kAdmin, other, "z", 0, false), 16u);
   handle->start->Unlock();
   EXPECT_EQ(ValuesOf(handle, "b"), "text " + HexOf("new"));
@@ -262,7 +262,7 @@ TEST_F(Refresh, RandomChangesAreFollowed) {
     if (below(2) == 0) {
       rig.loaded.SetBehind();
     } else {
-      ASSERT_EQ(rig.loaded.Follow(changes), 0u);
+      ASSERT_EQ(rig.loaded.Follow(changes, 0), 0u);
     }
     for (auto& handle : handles) {
       unsigned char rights = 0;
