@@ -5,6 +5,7 @@
 #include "framework/YAXStatus.h"
 #include "framework/internal/DebugMessage.h"
 #include "framework/internal/FunctionTable.h"
+#include "framework/internal/OneChange.h"
 #include "framework/internal/RegistryResult.h"
 #include "registry/RegistryFileLock.h"
 
@@ -12,35 +13,48 @@ namespace status = tamu::registry::status;
 
 namespace {
 
-// Holds the store's lock and that of the registry's operations without a handle. A thread may keep
-// either for long, the registry's even for good, and then want the other: who waits for one has no
-// level of the other from here.
+// Holds the store's lock and those of the registry's operations without a handle. A thread may keep
+// any of them for long, the registry's even for good, and then want the others: who waits for one
+// has no level of the others from here.
 class Locks {
  public:
   Locks(const tamu::registry::Registry& registry, PCMutex& store)
-      : file_(tamu::registry::RegistryFileLock::Of(registry)), store_(store) {
+      : changes_(tamu::registry::RegistryFileLock::OfChanges(registry)),
+        file_(tamu::registry::RegistryFileLock::Of(registry)),
+        store_(store) {
     if (file_ == nullptr) {
       store_.Take();
       return;
     }
-    file_->Take();
-    while (store_.TryTake() == 0) {
-      file_->Give();
-      store_.Take();
-      if (file_->TryTake() != 0) return;
-      store_.Give();
-      file_->Take();
+    while (!TryAll()) {
+      for (PCMutex* each : {changes_, file_, &store_}) {
+        each->Take();
+        each->Give();
+      }
     }
   }
   ~Locks() {
     store_.Give();
-    if (file_ != nullptr) file_->Give();
+    if (file_ == nullptr) return;
+    file_->Give();
+    changes_->Give();
   }
   Locks(const Locks&) = delete;
   Locks& operator=(const Locks&) = delete;
 
  private:
-  PCMutex* file_;  // null: the registry is not open
+  bool TryAll() {
+    if (changes_->TryTake() == 0) return false;
+    if (file_->TryTake() != 0) {
+      if (store_.TryTake() != 0) return true;
+      file_->Give();
+    }
+    changes_->Give();
+    return false;
+  }
+
+  PCMutex* changes_;  // null: the registry is not open
+  PCMutex* file_;
   PCMutex& store_;
 };
 
@@ -60,10 +74,12 @@ unsigned int YAXInfoManagerRCEFile::CreateTopKey(const char* key) {
 unsigned int YAXInfoManagerRCEFile::SetSystemInfo(YAX_SYSTEM_INFO_ST* info) {
   const Locks locks(*registry_, Lock());
   if (info == nullptr) return yax_status::kBadArgument;
-  const unsigned int created = registry_->CreateKey(0, RegistryRecords::kSystemKey);
-  RegistryRecords records = Records(RegistryRecords::kSystemKey);
-  if (created == status::kOk) return records.CreateSystem(*info);
-  return created == status::kExists ? records.SetSystem(*info) : yax_status::kRegistryFailed;
+  return AsOneChange(*registry_, [&]() -> unsigned int {
+    const unsigned int created = registry_->CreateKey(0, RegistryRecords::kSystemKey);
+    RegistryRecords records = Records(RegistryRecords::kSystemKey);
+    if (created == status::kOk) return records.CreateSystem(*info);
+    return created == status::kExists ? records.SetSystem(*info) : yax_status::kRegistryFailed;
+  });
 }
 
 unsigned int YAXInfoManagerRCEFile::GetSystemInfo(YAX_SYSTEM_INFO_ST* info) {
@@ -86,45 +102,55 @@ unsigned int YAXInfoManagerRCEFile::CreateComponent(const YAX_GUID_ST& clsid,
   const unsigned int remembered = FunctionTable::Add(info.FactoryFn);
   if (remembered != yax_status::kOk) return remembered;
   const KeyPath path(*this, clsid);
-  if (registry_->CreateKey(0, path.text) != status::kOk) return yax_status::kRegistryFailed;
-  return Records(path.text).CreateComponent(info, upper);
+  return AsOneChange(*registry_, [&]() -> unsigned int {
+    if (registry_->CreateKey(0, path.text) != status::kOk) return yax_status::kRegistryFailed;
+    return Records(path.text).CreateComponent(info, upper);
+  });
 }
 
 unsigned int YAXInfoManagerRCEFile::RegisterAllComponent(YAX_COMPONENT_INFO_ST** components) {
   const Locks locks(*registry_, Lock());
   if (components == nullptr) return yax_status::kBadArgument;
-  unsigned int result = CreateTopKey(RegistryRecords::kComponentsKey);
-  unsigned int count = 0;
-  for (; result == yax_status::kOk && *components != nullptr; ++components) {
-    const YAX_COMPONENT_INFO_ST& info = **components;
-    if (info.pGuid == nullptr) break;
-    result = CreateComponent(*info.pGuid, info, RegistryRecords::Upper::kZero);
-    if (result == yax_status::kOk) PrintDebugMessage(__LINE__, "Index Count = %d", ++count);
-  }
-  return result;
+  return InOneCommit(*registry_, [&]() -> unsigned int {
+    unsigned int result = CreateTopKey(RegistryRecords::kComponentsKey);
+    unsigned int count = 0;
+    for (; result == yax_status::kOk && *components != nullptr; ++components) {
+      const YAX_COMPONENT_INFO_ST& info = **components;
+      if (info.pGuid == nullptr) break;
+      result = CreateComponent(*info.pGuid, info, RegistryRecords::Upper::kZero);
+      if (result == yax_status::kOk) PrintDebugMessage(__LINE__, "Index Count = %d", ++count);
+    }
+    return result;
+  });
 }
 
 unsigned int YAXInfoManagerRCEFile::RegisterComponent(const YAX_GUID_ST& clsid,
                                                       const YAX_COMPONENT_INFO_ST* info) {
   const Locks locks(*registry_, Lock());
   if (info == nullptr) return yax_status::kBadArgument;
-  const unsigned int result = CreateTopKey(RegistryRecords::kComponentsKey);
-  if (result != yax_status::kOk) return result;
-  return CreateComponent(clsid, *info, RegistryRecords::Upper::kSign);
+  return InOneCommit(*registry_, [&]() -> unsigned int {
+    const unsigned int result = CreateTopKey(RegistryRecords::kComponentsKey);
+    if (result != yax_status::kOk) return result;
+    return CreateComponent(clsid, *info, RegistryRecords::Upper::kSign);
+  });
 }
 
 unsigned int YAXInfoManagerRCEFile::UnregisterComponent(const YAX_GUID_ST& clsid) {
   const Locks locks(*registry_, Lock());
-  const KeyPath path(*this, clsid);
-  return StatusOf(registry_->DeleteKey(0, path.text));
+  return InOneCommit(*registry_, [&]() -> unsigned int {
+    const KeyPath path(*this, clsid);
+    return StatusOf(registry_->DeleteKey(0, path.text));
+  });
 }
 
 unsigned int YAXInfoManagerRCEFile::SetComponentInfo(const YAX_GUID_ST& clsid,
                                                      const YAX_COMPONENT_INFO_ST* info) {
   const Locks locks(*registry_, Lock());
   if (info == nullptr) return yax_status::kBadArgument;
-  const KeyPath path(*this, clsid);
-  return Records(path.text).SetComponent(*info, RegistryRecords::Upper::kSign);
+  return AsOneChange(*registry_, [&]() -> unsigned int {
+    const KeyPath path(*this, clsid);
+    return Records(path.text).SetComponent(*info, RegistryRecords::Upper::kSign);
+  });
 }
 
 unsigned int YAXInfoManagerRCEFile::GetComponentInfo(const YAX_GUID_ST& clsid,

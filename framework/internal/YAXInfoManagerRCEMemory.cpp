@@ -3,6 +3,7 @@
 #include "framework/YAXStatus.h"
 #include "framework/internal/DebugMessage.h"
 #include "framework/internal/FunctionTable.h"
+#include "framework/internal/OneChange.h"
 #include "framework/internal/RegistryResult.h"
 
 namespace status = tamu::registry::status;
@@ -39,7 +40,9 @@ unsigned int YAXInfoManagerRCEMemory::WithComponent(const YAX_GUID_ST& clsid,
 }
 
 // A change that succeeded is flushed.
-unsigned int YAXInfoManagerRCEMemory::Flushed(unsigned int result) {
+template <class Work>
+unsigned int YAXInfoManagerRCEMemory::Change(Work work) {
+  const unsigned int result = InOneCommit(*registry_, work);
   if (result == yax_status::kOk) registry_->Flush();
   return result;
 }
@@ -47,11 +50,15 @@ unsigned int YAXInfoManagerRCEMemory::Flushed(unsigned int result) {
 unsigned int YAXInfoManagerRCEMemory::SetSystemInfo(YAX_SYSTEM_INFO_ST* info) {
   PCMutexGuard guard(Lock());
   if (info == nullptr) return yax_status::kBadArgument;
-  return Flushed(
-      WithTopKey(RegistryRecords::kSystemKey, TopKey::Missing::kCreate, [&](const TopKey& top) {
-        RegistryRecords records(*registry_, top.Handle(), kItself);
-        return top.IsNew() ? records.CreateSystem(*info) : records.SetSystem(*info);
-      }));
+  return Change([&] {
+    return WithTopKey(
+        RegistryRecords::kSystemKey, TopKey::Missing::kCreate, [&](const TopKey& top) {
+          RegistryRecords records(*registry_, top.Handle(), kItself);
+          return AsOneChange(*registry_, [&] {
+            return top.IsNew() ? records.CreateSystem(*info) : records.SetSystem(*info);
+          });
+        });
+  });
 }
 
 unsigned int YAXInfoManagerRCEMemory::GetSystemInfo(YAX_SYSTEM_INFO_ST* info) {
@@ -79,11 +86,13 @@ unsigned int YAXInfoManagerRCEMemory::CreateComponent(unsigned int components,
   const unsigned int remembered = FunctionTable::Add(info.FactoryFn);
   if (remembered != yax_status::kOk) return remembered;
   const KeyName name(*this, clsid);
-  if (registry_->CreateKey(components, name.text) != status::kOk) {
-    return yax_status::kRegistryFailed;
-  }
-  return RegistryRecords(*registry_, components, name.text)
-      .CreateComponent(info, RegistryRecords::Upper::kSign);
+  return AsOneChange(*registry_, [&]() -> unsigned int {
+    if (registry_->CreateKey(components, name.text) != status::kOk) {
+      return yax_status::kRegistryFailed;
+    }
+    return RegistryRecords(*registry_, components, name.text)
+        .CreateComponent(info, RegistryRecords::Upper::kSign);
+  });
 }
 
 unsigned int YAXInfoManagerRCEMemory::CreateComponents(unsigned int components,
@@ -102,36 +111,45 @@ unsigned int YAXInfoManagerRCEMemory::CreateComponents(unsigned int components,
 unsigned int YAXInfoManagerRCEMemory::RegisterAllComponent(YAX_COMPONENT_INFO_ST** components) {
   PCMutexGuard guard(Lock());
   if (components == nullptr) return yax_status::kBadArgument;
-  return Flushed(
-      WithTopKey(RegistryRecords::kComponentsKey, TopKey::Missing::kMakeSure,
-                 [&](const TopKey& top) { return CreateComponents(top.Handle(), components); }));
+  return Change([&] {
+    return WithTopKey(
+        RegistryRecords::kComponentsKey, TopKey::Missing::kMakeSure,
+        [&](const TopKey& top) { return CreateComponents(top.Handle(), components); });
+  });
 }
 
 unsigned int YAXInfoManagerRCEMemory::RegisterComponent(const YAX_GUID_ST& clsid,
                                                         const YAX_COMPONENT_INFO_ST* info) {
   PCMutexGuard guard(Lock());
   if (info == nullptr) return yax_status::kBadArgument;
-  return Flushed(
-      WithTopKey(RegistryRecords::kComponentsKey, TopKey::Missing::kCreate,
-                 [&](const TopKey& top) { return CreateComponent(top.Handle(), clsid, *info); }));
+  return Change([&] {
+    return WithTopKey(
+        RegistryRecords::kComponentsKey, TopKey::Missing::kCreate,
+        [&](const TopKey& top) { return CreateComponent(top.Handle(), clsid, *info); });
+  });
 }
 
 unsigned int YAXInfoManagerRCEMemory::UnregisterComponent(const YAX_GUID_ST& clsid) {
   PCMutexGuard guard(Lock());
-  return Flushed(
-      WithTopKey(RegistryRecords::kComponentsKey, TopKey::Missing::kCreate, [&](const TopKey& top) {
-        const KeyName name(*this, clsid);
-        return StatusOf(registry_->DeleteKey(top.Handle(), name.text));
-      }));
+  return Change([&] {
+    return WithTopKey(RegistryRecords::kComponentsKey, TopKey::Missing::kCreate,
+                      [&](const TopKey& top) {
+                        const KeyName name(*this, clsid);
+                        return StatusOf(registry_->DeleteKey(top.Handle(), name.text));
+                      });
+  });
 }
 
 unsigned int YAXInfoManagerRCEMemory::SetComponentInfo(const YAX_GUID_ST& clsid,
                                                        const YAX_COMPONENT_INFO_ST* info) {
   PCMutexGuard guard(Lock());
   if (info == nullptr) return yax_status::kBadArgument;
-  return Flushed(WithComponent(clsid, TopKey::Missing::kCreate, [&](RegistryRecords& records) {
-    return records.SetComponent(*info, RegistryRecords::Upper::kSign);
-  }));
+  return Change([&] {
+    return WithComponent(clsid, TopKey::Missing::kCreate, [&](RegistryRecords& records) {
+      return AsOneChange(
+          *registry_, [&] { return records.SetComponent(*info, RegistryRecords::Upper::kSign); });
+    });
+  });
 }
 
 unsigned int YAXInfoManagerRCEMemory::GetComponentInfo(const YAX_GUID_ST& clsid,

@@ -39,7 +39,8 @@ class YAXInfoManagerRCEMemory : public YAXInfoManager {
   unsigned int CreateComponent(unsigned int components, const YAX_GUID_ST& clsid,
                                const YAX_COMPONENT_INFO_ST& info);
   unsigned int CreateComponents(unsigned int components, YAX_COMPONENT_INFO_ST** infos);
-  unsigned int Flushed(unsigned int result);
+  template <class Work>
+  unsigned int Change(Work work);
 
   tamu::registry::Registry* registry_;
 };
