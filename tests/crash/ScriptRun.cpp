@@ -11,6 +11,25 @@ unsigned int ScriptRun::Handle(const Step& step) {
   return handle_;
 }
 
+// What the parts answer makes no difference: what they have done stays or goes as a whole.
+unsigned int ScriptRun::DoTransaction(const Step& step) {
+  constexpr size_t kBeforeInner = 2;
+  const unsigned int begun = registry_.BeginTransaction();
+  if (begun != 0) return begun;
+  for (size_t i = 0; i < step.parts.size(); ++i) {
+    if (i == kBeforeInner) registry_.BeginTransaction();
+    Do(step.parts[i]);
+  }
+  if (step.number % 2 != 0) {
+    registry_.CancelTransaction();
+  } else {
+    registry_.EndTransaction();
+  }
+  // A key that was opened in it may be closed.
+  handle_ = 0;
+  return step.number % 8 == 0 ? registry_.CancelTransaction() : registry_.EndTransaction();
+}
+
 unsigned int ScriptRun::Do(const Step& step) {
   const unsigned int handle = Handle(step);
   const std::string file = folder_ + "/" + step.name;
@@ -38,6 +57,8 @@ unsigned int ScriptRun::Do(const Step& step) {
       return registry_.BackupKey(handle, step.path, file.c_str());
     case Step::kRestore:
       return registry_.RestoreKey(handle, step.path, file.c_str());
+    case Step::kTransaction:
+      return DoTransaction(step);
   }
   return tamu::registry::status::kNotSupported;
 }

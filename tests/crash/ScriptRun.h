@@ -19,6 +19,7 @@ class ScriptRun {
 
  private:
   unsigned int Handle(const Step& step);
+  unsigned int DoTransaction(const Step& step);
 
   tamu::registry::Registry& registry_;
   std::string folder_;

@@ -43,6 +43,7 @@ constexpr struct {
     {Step::kDeleteValue, "DeleteValue", 6},
     {Step::kBackup, "BackupKey", 4},
     {Step::kRestore, "RestoreKey", 4},
+    {Step::kTransaction, "Transaction", 10},
 };
 
 Step::Action PickAction(Random& random) {
@@ -65,6 +66,17 @@ std::string DataOf(unsigned int size, Random& random) {
   return data;
 }
 
+// A backup is a file of its own, which no transaction takes back.
+std::vector<Step> PartsOf(unsigned int seed, unsigned int index) {
+  constexpr unsigned int kParts = 5;
+  std::vector<Step> parts;
+  for (unsigned int i = 0; parts.size() < kParts; ++i) {
+    const Step part = StepOf(seed + 1, 6 + index * 64 + i);
+    if (part.action != Step::kTransaction && part.action != Step::kBackup) parts.push_back(part);
+  }
+  return parts;
+}
+
 bool IsOfFile(Step::Action action) {
   return action == Step::kBackup || action == Step::kRestore;
 }
@@ -77,7 +89,8 @@ Step StepOf(unsigned int seed, unsigned int index) {
   const bool isFirst = index < 6;
   Step step = {};
   step.action = isFirst ? Step::kCreateKey : PickAction(random);
-  step.isThroughHandle = random.IsOneIn(2) && !IsOfFile(step.action);
+  step.isThroughHandle =
+      random.IsOneIn(2) && !IsOfFile(step.action) && step.action != Step::kTransaction;
   step.path = isFirst ? kPaths[index] : random.Pick(kPaths);
   step.name = IsOfFile(step.action) ? random.Pick(kBackups) : random.Pick(kNames);
   step.type = random.Below(6);
@@ -85,11 +98,14 @@ Step StepOf(unsigned int seed, unsigned int index) {
   step.number = random.Number();
   if (step.action == Step::kSetPermission) step.number = random.Pick(kRights);
   if (step.action == Step::kSetWatch) step.number &= 0x3F;
+  if (step.action == Step::kTransaction) step.parts = PartsOf(seed, index);
   return step;
 }
 
 std::string Describe(const Step& step) {
   std::string text;
+  for (const Step& part : step.parts) text += (text.empty() ? "" : ", ") + Describe(part);
+  if (step.action == Step::kTransaction) return "Transaction of " + text;
   for (const auto& each : kActions) {
     if (each.action == step.action) text = each.name;
   }

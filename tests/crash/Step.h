@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace crash {
 
@@ -17,6 +18,7 @@ struct Step {
     kDeleteValue,
     kBackup,  // to the file `name` in the registry's folder
     kRestore,
+    kTransaction,  // of the parts, cancelled when `number` is a multiple of 8
   };
   Action action;
   bool isThroughHandle;  // of the root key, which stays open; not for backups
@@ -25,6 +27,9 @@ struct Step {
   unsigned int type;
   std::string data;
   unsigned long long number;
+  // With kTransaction. Those behind the first two are a transaction within it, which is cancelled
+  // when `number` is odd.
+  std::vector<Step> parts;
 };
 
 // Step number `index` of the random script with the seed. Few names, so that they meet: beginnings
