@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "tests/registry/filetree/DamagedFile.h"
+#include "tests/support/LengthLook.h"
 
 namespace tamu::registry {
 
@@ -207,16 +208,16 @@ TEST(FileTreeDamage, AFileThatWasCutCannotBeReadBehindTheCut) {
   ASSERT_EQ(rig.Create("m"), 0u);
   ASSERT_EQ(rig.CreateNumber("m", "n", 5), 0u);
   ASSERT_EQ(rig.CreateData("m", "d", 1, "data"), 0u);
-  ASSERT_EQ(truncate(rig.path.c_str(), kDataArea), 0);
+  ASSERT_EQ(CutFile(rig.path, kDataArea), 0);
   EXPECT_EQ(rig.Get("m", "d"), "5");
   EXPECT_EQ(rig.Get("m", "n"), "0 type 0: 0500000000000000");
-  ASSERT_EQ(truncate(rig.path.c_str(), kValueArea), 0);
+  ASSERT_EQ(CutFile(rig.path, kValueArea), 0);
   EXPECT_EQ(rig.Get("m", "n"), "9");
-  ASSERT_EQ(truncate(rig.path.c_str(), kKeyArea), 0);
+  ASSERT_EQ(CutFile(rig.path, kKeyArea), 0);
   EXPECT_EQ(rig.Get("m", "n"), "5");
   EXPECT_EQ(rig.Create("m/x"), 5u);
   EXPECT_EQ(rig.Find("m"), 0u);
-  ASSERT_EQ(truncate(rig.path.c_str(), kStringArea), 0);
+  ASSERT_EQ(CutFile(rig.path, kStringArea), 0);
   EXPECT_EQ(rig.Find("m"), 5u);
   EXPECT_EQ(rig.Find(""), 5u);
 }

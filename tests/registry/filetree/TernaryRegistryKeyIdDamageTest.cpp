@@ -1,6 +1,7 @@
 // Ids that name nothing, chains of values that lead back, and files that cannot be read: listing
 // and counting tell of it, deleting takes what it can reach, and the free lists stay whole.
 #include "tests/registry/filetree/KeyDamage.h"
+#include "tests/support/LengthLook.h"
 
 namespace tamu::registry {
 
@@ -206,11 +207,11 @@ TEST(FileTreeKeyDamage, AFileThatWasCutIsReadUpToTheCut) {
   FileTreeRig rig;
   Create(rig, {"a", "a/b"});
   ASSERT_EQ(rig.CreateNumber("a/b", "n", 1), 0u);
-  ASSERT_EQ(truncate(rig.path.c_str(), kValueArea), 0);
+  ASSERT_EQ(CutFile(rig.path, kValueArea), 0);
   EXPECT_EQ(Listed(rig, ""), "0: a/b a");
   EXPECT_EQ(ListedValues(rig, "a/b"), "5:");
   EXPECT_EQ(Counted(rig, "a"), "5");
-  ASSERT_EQ(truncate(rig.path.c_str(), InString(3, 0)), 0);
+  ASSERT_EQ(CutFile(rig.path, InString(3, 0)), 0);
   EXPECT_EQ(Listed(rig, ""), "5:");
   EXPECT_EQ(Counted(rig, ""), "5");
 }
@@ -220,7 +221,7 @@ TEST(FileTreeKeyDamage, ValuesBehindTheCutStayInUse) {
   Create(rig, {"a", "a/b"});
   for (const char* name : {"1", "2"}) ASSERT_EQ(rig.CreateNumber("a/b", name, 1), 0u);
   ASSERT_EQ(rig.CreateNumber("a", "3", 1), 0u);
-  ASSERT_EQ(truncate(rig.path.c_str(), kValueArea), 0);
+  ASSERT_EQ(CutFile(rig.path, kValueArea), 0);
   ExpectDeleted(rig, "a", "362 363 361 364");
   EXPECT_EQ(Listed(rig, ""), "0:");
 }
@@ -232,7 +233,7 @@ TEST(FileTreeKeyDamage, ValuesBeforeTheCutAreGivenBack) {
   ASSERT_EQ(rig.CreateNumber("a/b", "older", 1), 0u);
   ASSERT_EQ(rig.Delete("a/b", "first"), 0u);
   ASSERT_EQ(rig.CreateNumber("a/b", "newer", 1), 0u);  // slot 1, and leads to slot 2
-  ASSERT_EQ(truncate(rig.path.c_str(), InValue(2, 0)), 0);
+  ASSERT_EQ(CutFile(rig.path, InValue(2, 0)), 0);
   ExpectDeleted(rig, "a", "362 363 363 364");
   EXPECT_EQ(Listed(rig, ""), "0:");
 }
