@@ -128,7 +128,8 @@ Status Journal::Commit(StoreFile& file) {
 }
 
 // What lies between two ranges on pages that follow each other is written with them: a call costs
-// more than the bytes.
+// more than the bytes. Not so where the file ended on the first of the pages when it was gathered:
+// what a growth has put there since is not in the set.
 Status Journal::Apply(StoreFile& file) {
   ChangeSet& set = file.Gathered();
   unsigned char chunk[kChunk];
@@ -137,6 +138,7 @@ Status Journal::Apply(StoreFile& file) {
   for (unsigned int i = 0; i < set.Count(); ++i) {
     const ChangeSet::Page& page = set.At(i);
     const bool follows = size > 0 && page.number == set.At(i - 1).number + 1 &&
+                         set.At(i - 1).length == ChangeSet::kPageSize &&
                          page.Offset() + page.end - offset <= kChunk;
     if (follows) {
       const ChangeSet::Page& last = set.At(i - 1);

@@ -255,6 +255,35 @@ TEST_F(RegistryDurability, AnyJournalIsSurvived) {
   }
 }
 
+// What the file is after each 40th of some thousand changes with many growths, as hashes.
+std::vector<size_t> GrownWith(Durability durability, const std::string& path) {
+  Registry registry(path.c_str(), kAdmin);
+  RegistryOptions options;
+  options.durability = durability;
+  EXPECT_EQ(registry.SetOptions(options), 0u);
+  std::vector<size_t> hashes;
+  if (registry.Initialize() != 0) return hashes;
+  const ExactValue value(1, std::string(30, 'v'));
+  for (unsigned int i = 0; i < 4000; ++i) {
+    const std::string name = "k" + std::to_string(10000000 + i * 7919 % 10000000);
+    EXPECT_EQ(registry.CreateKey(0, name.c_str()), 0u);
+    Value data = value;
+    EXPECT_EQ(registry.CreateValue(0, name.c_str(), "name", &data), 0u);
+    if (i % 3 != 0) EXPECT_EQ(registry.DeleteKey(0, name.c_str()), 0u);
+    if (i % 40 == 0) hashes.push_back(std::hash<std::string>()(GetFile(path)));
+  }
+  return hashes;
+}
+
+// No mode but kNone may be had where there are no mappings.
+TEST_F(RegistryDurability, EveryModeStoresTheSameBytes) {
+  const std::vector<size_t> hashes = GrownWith(Durability::kNone, dir / "none");
+  ASSERT_EQ(hashes.size(), 100u);
+  EXPECT_EQ(GrownWith(Durability::kPower, dir / "power"), hashes);
+  const std::vector<size_t> process = GrownWith(Durability::kProcess, dir / "process");
+  if (!process.empty()) EXPECT_EQ(process, hashes);
+}
+
 // The default is kNone where there are no shared mappings.
 TEST_F(RegistryDurability, TheJournalGetsSmallAgain) {
   for (const bool isDefault : {false, true}) {
