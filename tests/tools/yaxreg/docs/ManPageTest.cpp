@@ -114,7 +114,7 @@ TEST(ManPage, TellsStatusesWithTheirWordsAndExitCodes) {
        at = section.find("\n.TP\n", at + 1)) {
     ++count;
   }
-  EXPECT_EQ(13u, count);
+  EXPECT_EQ(15u, count);
 }
 
 TEST(ManPage, TellsValueTypesAndOptionsThatAreRequired) {
