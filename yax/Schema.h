@@ -15,7 +15,7 @@
 #include <utility>
 #include <vector>
 
-#include "yax/Settings.h"
+#include "yax/Transaction.h"
 
 namespace yax {
 
@@ -95,6 +95,18 @@ inline std::vector<std::string> FindExtra(const Registry& registry, const Schema
   return extra;
 }
 
+// Gives settings their first values, all of them or none.
+inline Status Write(Registry& registry, const std::vector<const Setting*>& settings) {
+  return Atomically(registry, [&]() -> Status {
+    for (const Setting* setting : settings) {
+      Key key = registry[setting->key];
+      const Status set = setting->value.Write(key, setting->name);
+      if (!set) return set;
+    }
+    return YAX_OK;
+  });
+}
+
 // Makes what is missing, unless something does not fit: then nothing is made, and the status is
 // that of the first that does not.
 inline Report Apply(Registry& registry, const Schema& schema) {
@@ -108,11 +120,9 @@ inline Report Apply(Registry& registry, const Schema& schema) {
     if (report.status) report.status = fits;
     report.unfit.push_back(lineOf(setting) + ": " + fits.text());
   }
-  for (const Setting* setting : missing) {
-    if (!report.status) break;
-    Key key = registry[setting->key];
-    report.status = setting->value.Write(key, setting->name);
-    if (report.status) report.made.push_back(lineOf(*setting));
+  if (report.status) report.status = Write(registry, missing);
+  if (report.status) {
+    for (const Setting* setting : missing) report.made.push_back(lineOf(*setting));
   }
   report.extra = FindExtra(registry, schema);
   return report;
@@ -120,12 +130,9 @@ inline Report Apply(Registry& registry, const Schema& schema) {
 
 // Gives every setting its first value: a factory reset.
 inline Status Reset(Registry& registry, const Schema& schema) {
-  for (const Setting& setting : schema) {
-    Key key = registry[setting.key];
-    const Status set = setting.value.Write(key, setting.name);
-    if (!set) return set;
-  }
-  return YAX_OK;
+  std::vector<const Setting*> all;
+  for (const Setting& setting : schema) all.push_back(&setting);
+  return Write(registry, all);
 }
 
 }  // namespace yax

@@ -26,4 +26,5 @@
 
 #include "yax/yax_base.h"
 #include "yax/yax_keys.h"
+#include "yax/yax_transactions.h"
 #include "yax/yax_values.h"

@@ -33,9 +33,9 @@ enum {
 };
 
 /* A status in words; never null, and static. */
-const char *yax_status_text(yax_status status);
+const char* yax_status_text(yax_status status);
 /* The version of the library, "0.1.0"; static. */
-const char *yax_version(void);
+const char* yax_version(void);
 
 /* ---- the registry */
 
@@ -55,7 +55,7 @@ typedef struct yax_options {
   size_t size;           /* sizeof(yax_options) */
   unsigned durability;   /* one of the above; one that cannot be had is YAX_NO_SPACE */
   unsigned user;         /* the user's number, taken at its word */
-  const char *user_name; /* or his name, which is hashed into a number; null: the number counts */
+  const char* user_name; /* or his name, which is hashed into a number; null: the number counts */
 } yax_options;
 
 /* What null stands for in yax_open; a beginning for options of one's own. */
@@ -65,16 +65,16 @@ typedef struct yax_options {
 /* Opens a registry file, made when nothing is at the path. *registry is the caller's, until
  * yax_close. A process has one registry open at a time: YAX_BUSY. YAX_INVALID_FILE: what is there
  * is no registry and is left alone. */
-yax_status yax_open(const char *path, const yax_options *options, yax_registry **registry);
+yax_status yax_open(const char* path, const yax_options* options, yax_registry** registry);
 /* Closes it; keys of it that are left answer YAX_NO_RIGHT. Null: nothing. */
-void yax_close(yax_registry *registry);
+void yax_close(yax_registry* registry);
 /* Waits until everything that was acknowledged is on the disk. */
-yax_status yax_sync(yax_registry *registry);
+yax_status yax_sync(yax_registry* registry);
 /* What changes survive: one of YAX_DURABILITY_, but not _USUAL. No status. */
-unsigned yax_durability(const yax_registry *registry);
+unsigned yax_durability(const yax_registry* registry);
 /* Another user counts from now on, for all threads. */
-yax_status yax_set_user(yax_registry *registry, const char *name);
-yax_status yax_set_user_number(yax_registry *registry, unsigned user);
+yax_status yax_set_user(yax_registry* registry, const char* name);
+yax_status yax_set_user_number(yax_registry* registry, unsigned user);
 
 #pragma GCC visibility pop
 #ifdef __cplusplus

@@ -2,11 +2,12 @@
 
 from __future__ import annotations
 
+import contextlib
 import ctypes
 import enum
 import os
 from types import TracebackType
-from typing import Any, Callable, Iterable, Iterator, List, MutableMapping, Optional, Type, TypeVar, Union, cast
+from typing import Any, Callable, Iterable, Iterator, List, MutableMapping, Optional, Sequence, Type, TypeVar, Union, cast
 
 from ._errors import NotFoundError, NotSetError, Status, error_of
 from ._library import DATA_MAX, Options, check, lib
@@ -381,6 +382,54 @@ class Registry:
         """The key above all others."""
         return self[""]
 
+    @contextlib.contextmanager
+    def transaction(self) -> Iterator[None]:
+        """What this thread changes inside happens whole or not at all: an exception takes it back.
+
+        Until the end this thread alone sees it, and changes by others wait.
+
+        >>> try:
+        ...     with registry.transaction():
+        ...         registry["a"]["n"] = 1
+        ...         registry["b"]["n"] = "x" * 2000
+        ... except yax.LimitError:
+        ...     print(list(registry))
+        []
+        """
+        handle = ctypes.c_void_p()
+        check(lib.yax_begin(self._handle, ctypes.byref(handle)), self._file)
+        try:
+            yield
+        except BaseException:
+            lib.yax_cancel(handle)
+            raise
+        check(lib.yax_commit(handle), self._file)
+
+    def migrate(self, path: str, steps: Sequence[Callable[[Key], object]]) -> None:
+        """Does those of the numbered steps that were not done yet, each once and as one transaction.
+
+        The key keeps how many were done, in its value ``.version``. ``RangeError``: it was written by a newer
+        program.
+
+        >>> def to_rate(key):
+        ...     key["rate"] = key.pop("speed", 100) * 1000
+        >>> registry.migrate("net", [to_rate])
+        >>> registry.migrate("net", [to_rate])
+        >>> registry["net"]["rate"], registry["net"][".version"]
+        (100000, 1)
+        """
+        key = self[path]
+        try:
+            done = key.read(".version", int)
+        except NotFoundError:
+            done = 0
+        if not 0 <= done <= len(steps):
+            raise error_of(Status.RANGE, key._what(".version"), f"there is no step {done}")
+        for number, step in enumerate(steps[done:], done + 1):
+            with self.transaction():
+                step(key)
+                key[".version"] = number
+
     def apply(self, schema: Iterable[Setting]) -> Report:
         """Makes the settings that are missing, unless something that is there does not fit.
 
@@ -399,8 +448,9 @@ class Registry:
         """
         settings = list(schema)
         missing = [setting for setting in settings if not self._fits(setting)]
-        for setting in missing:
-            self[setting.key][setting.name] = setting.value
+        with self.transaction():
+            for setting in missing:
+                self[setting.key][setting.name] = setting.value
         known = {(setting.key, setting.name) for setting in settings}
         keys = dict.fromkeys(setting.key for setting in settings)
         return Report(
@@ -410,8 +460,9 @@ class Registry:
 
     def reset(self, schema: Iterable[Setting]) -> None:
         """Gives every setting its first value."""
-        for setting in schema:
-            self[setting.key][setting.name] = setting.value
+        with self.transaction():
+            for setting in schema:
+                self[setting.key][setting.name] = setting.value
 
     def _fits(self, setting: Setting) -> bool:
         """False: it is missing."""

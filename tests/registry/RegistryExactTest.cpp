@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <random>
 #include <set>
 #include <thread>
@@ -269,6 +270,49 @@ TEST_F(RegistryExact, AMovedKeyTakesAllAlong) {
   EXPECT_EQ(registry.MoveKey("net/eth1", "network/far/eth"), status::kOk);
   EXPECT_EQ(registry.MoveKey("network/far/eth", "net/eth0"), status::kOk);  // back
   EXPECT_EQ(ReadWhole("net/eth0/ip", "n"), "type 0: " + Little(1, 8));
+}
+
+TEST_F(RegistryExact, OpenHandlesFollowATransaction) {
+  ASSERT_EQ(registry.MakeKey("k/a"), status::kOk);
+  ASSERT_EQ(PutNumber("k", "old", 1), status::kOk);
+  ASSERT_EQ(PutNumber("k", "gone", 1), status::kOk);
+  unsigned int handle = 0;
+  ASSERT_EQ(registry.OpenKey("k", &handle), status::kOk);
+  ASSERT_EQ(registry.BeginTransaction(), status::kOk);
+  EXPECT_EQ(PutNumber("k/new/deep", "n", 5), status::kOk);
+  EXPECT_EQ(PutNumber("k", "old", 2), status::kOk);
+  EXPECT_EQ(registry.RemoveValue("k", "gone"), status::kOk);
+  EXPECT_EQ(registry.MoveKey("k/a", "k/b"), status::kOk);
+  EXPECT_EQ(registry.CopyKey("k/b", "k/c"), status::kOk);
+  EXPECT_EQ(registry.EndTransaction(), status::kOk);
+  ReadValue value;
+  EXPECT_EQ(registry.GetValue(handle, "new/deep", "n", &value), status::kOk);
+  EXPECT_EQ(value.number(), 5u);
+  EXPECT_EQ(registry.GetValue(handle, "", "old", &value), status::kOk);
+  EXPECT_EQ(value.number(), 2u);
+  EXPECT_EQ(registry.GetValue(handle, "", "gone", &value), status::kNotFound);
+  unsigned char permission = 0;
+  EXPECT_EQ(registry.GetKeyPermission(handle, "a", &permission), status::kNotFound);
+  EXPECT_EQ(registry.GetKeyPermission(handle, "b", &permission), status::kOk);
+  EXPECT_EQ(registry.GetKeyPermission(handle, "c", &permission), status::kOk);
+}
+
+TEST_F(RegistryExact, ACancelledTransactionTakesNothingOfOthersBack) {
+  ASSERT_EQ(registry.MakeKey("k"), status::kOk);
+  ASSERT_EQ(registry.BeginTransaction(), status::kOk);
+  ASSERT_EQ(PutNumber("k", "mine", 1), status::kOk);
+  std::atomic<bool> isStarted{false};
+  unsigned int result = status::kBusy;
+  std::thread other([&] {
+    isStarted = true;
+    result = PutNumber("k", "other", 2);  // waits for the end
+  });
+  while (!isStarted) std::this_thread::yield();
+  EXPECT_EQ(registry.CancelTransaction(), status::kOk);
+  other.join();
+  EXPECT_EQ(result, status::kOk);
+  EXPECT_EQ(ReadWhole("k", "mine"), "status 2");
+  EXPECT_EQ(ReadWhole("k", "other"), "type 0: " + Little(2, 8));
 }
 
 TEST_F(RegistryExact, WhatIsNotOpenAnswersNoRight) {

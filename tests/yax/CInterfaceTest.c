@@ -429,6 +429,34 @@ static void NullPointersAreRefused(void) {
   yax_close(registry);
 }
 
+static void ATransactionHappensWholeOrNotAtAll(void) {
+  yax_registry *registry = OpenNew();
+  yax_key *key = KeyAt(registry, "k");
+  yax_key *other = KeyAt(registry, "other/key");
+  yax_transaction *transaction = NULL;
+  int64_t number = 0;
+  CHECK_STATUS(YAX_OK, yax_begin(registry, &transaction));
+  CHECK_STATUS(YAX_OK, yax_set_int(key, "n", 1));
+  CHECK_STATUS(YAX_OK, yax_set_int(other, "n", 2));
+  CHECK_STATUS(YAX_OK, yax_get_int(key, "n", &number));
+  CHECK(number == 1);
+  yax_cancel(transaction);
+  CHECK_STATUS(YAX_NOT_FOUND, yax_key_exists(key));
+  CHECK_STATUS(YAX_NOT_FOUND, yax_key_exists(other));
+  CHECK_STATUS(YAX_OK, yax_begin(registry, &transaction));
+  CHECK_STATUS(YAX_OK, yax_set_int(key, "n", 3));
+  CHECK_STATUS(YAX_OK, yax_commit(transaction));
+  CHECK_STATUS(YAX_OK, yax_get_int(key, "n", &number));
+  CHECK(number == 3);
+  CHECK_STATUS(YAX_BAD_ARGUMENT, yax_begin(NULL, &transaction));
+  CHECK_STATUS(YAX_BAD_ARGUMENT, yax_begin(registry, NULL));
+  CHECK_STATUS(YAX_BAD_ARGUMENT, yax_commit(NULL));
+  yax_cancel(NULL);
+  yax_key_free(other);
+  yax_key_free(key);
+  yax_close(registry);
+}
+
 static void *MakeKeysOfItsOwn(void *argument) {
   yax_key *key = argument;
   int64_t i;
@@ -492,6 +520,7 @@ int main(int count, char **arguments) {
   OneRegistryIsOpenAtATime();
   WhatIsNoRegistryIsLeftAlone();
   NullPointersAreRefused();
+  ATransactionHappensWholeOrNotAtAll();
   ThreadsUseItAtOnce();
   StatusesHaveWords();
   remove(file);

@@ -1,0 +1,113 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tests/platform/TestFiles.h"
+#include "yax/Transaction.h"
+
+namespace yax {
+namespace {
+
+class Transactions : public ::testing::Test {
+ protected:
+  int InAnotherThread(const char* name) {
+    int number = -1;
+    std::thread([&] { number = registry["k"].Get(name, 0); }).join();
+    return number;
+  }
+
+  TempDir folder;
+  Registry registry{folder / "a.rce"};
+  Key key = registry["k"];
+};
+
+TEST_F(Transactions, WhatIsCommittedHappensAtOnce) {
+  Transaction transaction(registry);
+  ASSERT_TRUE(transaction.status()) << transaction.status().text();
+  ASSERT_TRUE(key.Set("a", 1));
+  ASSERT_TRUE(registry["other/key"].Set("b", "text"));
+  EXPECT_EQ(key.Get("a", 0), 1);
+  EXPECT_EQ(InAnotherThread("a"), 0);
+  ASSERT_TRUE(transaction.Commit());
+  EXPECT_EQ(InAnotherThread("a"), 1);
+  EXPECT_EQ(registry["other/key"].Get("b", ""), "text");
+}
+
+TEST_F(Transactions, WhatIsNotCommittedIsTakenBack) {
+  ASSERT_TRUE(key.Set("a", 1));
+  {
+    Transaction transaction(registry);
+    ASSERT_TRUE(key.Set("a", 2));
+    ASSERT_TRUE(key["below"].Make());
+    ASSERT_TRUE(registry["other"].Set("n", 1));
+    ASSERT_TRUE(key.MoveTo("moved"));
+  }
+  EXPECT_EQ(key.Get("a", 0), 1);
+  EXPECT_FALSE(key["below"].Exists());
+  EXPECT_FALSE(registry["moved"].Exists());
+  EXPECT_EQ(registry.root().Children().size(), 1u);
+}
+
+TEST_F(Transactions, AFunctionIsDoneWholeOrNotAtAll) {
+  EXPECT_TRUE(Atomically(registry, [&] { return key.Set("a", 1); }));
+  const Status failed = Atomically(registry, [&]() -> Status {
+    const Status set = key.Set("a", 2);
+    return set ? key.Set("b", std::string(2000, 'x')) : set;
+  });
+  EXPECT_EQ(failed, Status(YAX_LIMIT));
+  EXPECT_EQ(key.Get("a", 0), 1);
+}
+
+TEST_F(Transactions, TheOutermostDecides) {
+  {
+    Transaction outer(registry);
+    ASSERT_TRUE(Atomically(registry, [&] { return key.Set("a", 1); }));
+    EXPECT_EQ(key.Get("a", 0), 1);
+  }
+  EXPECT_FALSE(key.Has("a"));
+}
+
+TEST_F(Transactions, AClosedRegistryHasNone) {
+  Registry none(folder / "missing/a.rce");
+  Transaction transaction(none);
+  EXPECT_EQ(transaction.status(), Status(YAX_BAD_ARGUMENT));
+  EXPECT_EQ(transaction.Commit(), Status(YAX_BAD_ARGUMENT));
+}
+
+TEST_F(Transactions, EachStepOfAMigrationIsDoneOnce) {
+  std::vector<int> done;
+  const auto first = [&](Key& k) {
+    done.push_back(1);
+    return k.Set("speed", 100);
+  };
+  const auto second = [&](Key& k) -> Status {
+    done.push_back(2);
+    const Status set = k.Set("rate", k.Get("speed", 0) * 1000);
+    return set ? k.Remove("speed") : set;
+  };
+  EXPECT_TRUE(Migrate(registry, key, {first}));
+  EXPECT_TRUE(Migrate(registry, key, {first, second}));
+  EXPECT_TRUE(Migrate(registry, key, {first, second}));
+  EXPECT_EQ(done, (std::vector<int>{1, 2}));
+  EXPECT_EQ(key.Get("rate", 0), 100000);
+  EXPECT_FALSE(key.Has("speed"));
+  EXPECT_EQ(Migrate(registry, key, {first}), Status(YAX_RANGE));
+}
+
+TEST_F(Transactions, AStepThatFailsLeavesNothingAndIsDoneNextTime) {
+  bool fails = true;
+  const auto step = [&](Key& k) -> Status {
+    const Status set = k.Set("half", 1);
+    return set && fails ? Status(YAX_LIMIT) : set;
+  };
+  EXPECT_EQ(Migrate(registry, key, {step}), Status(YAX_LIMIT));
+  EXPECT_FALSE(key.Exists());
+  fails = false;
+  EXPECT_TRUE(Migrate(registry, key, {step}));
+  EXPECT_EQ(key.Get("half", 0), 1);
+}
+
+}  // namespace
+}  // namespace yax
