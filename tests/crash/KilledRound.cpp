@@ -80,7 +80,9 @@ void KilledRound::DoUndisturbed(unsigned int end) {
   for (; done_ < end; ++done_) run.Do(StepOf(seed_, done_));
 }
 
-// The step that was cut off is done or not.
+// The step that was cut off is done or not. Where it is, it was done through a handle that may have
+// been open for longer than here, on which the stored count of values depends: both go on from the
+// same bytes.
 bool KilledRound::Compare(unsigned int acknowledged) {
   ++verdicts_.states;
   RegistryState found = RegistryState::Read(killed_.path(), durability_);
@@ -88,13 +90,12 @@ bool KilledRound::Compare(unsigned int acknowledged) {
   DoUndisturbed(acknowledged);
   const RegistryState before = Undisturbed();
   if (found.file == before.file && IsSame(before, found)) return true;
-  const FolderImage image = FolderImage::Of(undisturbed_.path());
   DoUndisturbed(acknowledged + 1);
   const RegistryState after = Undisturbed();
-  if (IsSame(after, found)) return true;
-  if (IsSame(before, found)) {
-    done_ = acknowledged;
-    image.PutInto(undisturbed_.path());
+  const bool isDone = IsSame(after, found);
+  if (isDone || IsSame(before, found)) {
+    done_ = isDone ? acknowledged + 1 : acknowledged;
+    FolderImage::Of(killed_.path()).PutInto(undisturbed_.path());
     return true;
   }
   Tell(before, after, found);
