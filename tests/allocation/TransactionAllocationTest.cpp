@@ -2,6 +2,7 @@
 #include "registry/Transaction.h"
 #include "tests/allocation/CountedHeap.h"
 #include "tests/platform/TestFiles.h"
+#include "tests/support/PossibleModes.h"
 
 namespace tamu::registry {
 
@@ -84,9 +85,7 @@ TEST_P(TransactionAllocations, FailAnywhereWithNothingChanged) {
   EXPECT_GT(failures, 5u);
 }
 
-INSTANTIATE_TEST_SUITE_P(EveryMode, TransactionAllocations,
-                         ::testing::Values(Durability::kNone, Durability::kProcess,
-                                           Durability::kPower));
+INSTANTIATE_TEST_SUITE_P(EveryMode, TransactionAllocations, ::testing::ValuesIn(PossibleModes()));
 
 }  // namespace
 

@@ -3,6 +3,7 @@
 #include "tests/fault/FaultFiles.h"
 #include "tests/registry/RegistryRig.h"
 #include "tests/support/FaultCalls.h"
+#include "tests/support/PossibleModes.h"
 
 namespace tamu::registry {
 namespace {
@@ -131,9 +132,7 @@ TEST_P(TransactionFaults, LeaveAllOfItOrNothing) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(EveryMode, TransactionFaults,
-                         ::testing::Values(Durability::kNone, Durability::kProcess,
-                                           Durability::kPower));
+INSTANTIATE_TEST_SUITE_P(EveryMode, TransactionFaults, ::testing::ValuesIn(PossibleModes()));
 
 }  // namespace
 }  // namespace tamu::registry

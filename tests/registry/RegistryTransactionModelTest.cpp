@@ -4,6 +4,7 @@
 #include "tests/registry/ModelInput.h"
 #include "tests/registry/ModelSeeds.h"
 #include "tests/registry/TreeText.h"
+#include "tests/support/PossibleModes.h"
 #include "tests/support/RegistryImage.h"
 
 namespace tamu::registry {
@@ -29,7 +30,7 @@ class TransactionRun {
 
   void Run() {
     for (unsigned int round = 0; round < kRounds && !::testing::Test::HasFailure(); ++round) {
-      Start(static_cast<Durability>(in_.Below(3)));
+      Start(modes_[in_.Below(static_cast<unsigned int>(modes_.size()))]);
       for (unsigned int i = 0; i < kTransactions && !::testing::Test::HasFailure(); ++i) {
         DoTransaction(0);
         // Some changes of their own between, which close the handle.
@@ -212,6 +213,7 @@ class TransactionRun {
   TempDir folder_;
   const std::string path_ = folder_ / "registry";
   const std::string backup_ = folder_ / "backup";
+  const std::vector<Durability> modes_ = PossibleModes();
   Durability durability_ = Durability::kNone;
   std::unique_ptr<Registry> registry_;
   unsigned int handle_ = 0;
