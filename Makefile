@@ -8,6 +8,7 @@
 #   make coverage       the tests, then how much of each source they reach
 #   make crash          the tests of crashes in full size, which takes about an hour
 #   make bench          builds and runs the benchmarks
+#   make bench-peers    measures the library beside other stores, and writes docs/performance.md
 #   make packages       builds Debian's packages, looks at them with lintian and tries them
 #   make reference      makes the reference of the public headers, a warning is an error
 #   make format         formats all sources
@@ -40,7 +41,7 @@ RUN_tsan = $(RUN_SANITIZED)
 
 build = $(CMAKE) --preset $(1) && $(RUN_$(1)) $(CMAKE) --build --preset $(1) -j $(JOBS)
 
-.PHONY: help demo test packages reference crash bench coverage check-all format tidy update-abi update-pages clean \
+.PHONY: help demo test packages reference crash bench bench-peers coverage check-all format tidy update-abi update-pages clean \
   $(CHECKS:%=check-%) $(BUILDS:%=check-%)
 
 help:
@@ -97,6 +98,12 @@ bench:
 	@$(call build,bench)
 	@build/bench/bench/yax_bench
 	@build/bench/bench/yax_bench_modes
+
+# On the file system of this folder. Wants a machine that does nothing else.
+bench-peers:
+	@sh cmake/need-packages.sh $(NEEDS) libsqlite3-dev liblmdb-dev libtdb-dev libleveldb-dev
+	@$(call build,bench) --target yax_bench_peers
+	@cd build/bench && bench/yax_bench_peers --root $(CURDIR)
 
 coverage: check-coverage
 	@sh cmake/need-packages.sh gcovr

@@ -20,6 +20,10 @@ have() {
     googletest) test -f /usr/src/googletest/googletest/src/gtest-all.cc ;;
     lintian) command -v lintian ;;
     libbenchmark-dev) test -f /usr/include/benchmark/benchmark.h ;;
+    libleveldb-dev) test -f /usr/include/leveldb/db.h ;;
+    liblmdb-dev) test -f /usr/include/lmdb.h ;;
+    libsqlite3-dev) test -f /usr/include/sqlite3.h ;;
+    libtdb-dev) test -f /usr/include/tdb.h ;;
     libcli11-dev) test -f /usr/include/CLI/CLI.hpp ;;
     nlohmann-json3-dev) test -f /usr/include/nlohmann/json.hpp ;;
     python3-pytest) /usr/bin/python3 -c 'import pytest' 2>/dev/null ;;
