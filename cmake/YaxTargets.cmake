@@ -28,6 +28,15 @@ function(yax_library_part target)
     POSITION_INDEPENDENT_CODE ON)
 endfunction()
 
+# What runs seldom, or beside far slower things: where the library is optimised, this is for size.
+set(yax_for_size "$<$<OR:$<CONFIG:Release>,$<CONFIG:RelWithDebInfo>,$<CONFIG:None>>:-Os>")
+function(yax_small_part target)
+  target_compile_options(${target} PRIVATE ${yax_for_size})
+endfunction()
+function(yax_small_sources)
+  set_source_files_properties(${ARGN} PROPERTIES COMPILE_OPTIONS "${yax_for_size}")
+endfunction()
+
 # Headers that clients get; paths from the root of the project, which they keep where they are installed.
 function(yax_public_headers)
   set_property(GLOBAL APPEND PROPERTY YAX_PUBLIC_HEADERS ${ARGN})

@@ -2,3 +2,5 @@
 #pragma once
 
 #define YAX_API __attribute__((visibility("default")))
+// Hidden, too, though it belongs to a class that is shown.
+#define YAX_LOCAL __attribute__((visibility("hidden")))

@@ -21,6 +21,8 @@ namespace tamu::registry {
 
 class Callback;
 enum class ChangeKind : unsigned char;
+template <class Signature>
+class FunctionRef;
 class RegistryInstance;
 class RegistryInterface;
 class RegistryLock;
@@ -272,27 +274,25 @@ class YAX_API Registry {
   friend class RegistryFileLock;
   class OperationScope;
   class ChangeScope;
+  // A body, with the tree it works on and what the tree knows the handle as.
+  using TreeOperation = FunctionRef<unsigned int(RegistryInterface&, void*)>;
+  using FileOperation = FunctionRef<unsigned int(TernaryRegistry&)>;
 
-  // True when operations can be served. In RegistryRouting.h.
-  bool IsReady() const;
+  // True when operations can be served. This and what reaches the trees: RegistryRouting.cpp.
+  YAX_LOCAL bool IsReady() const;
   // True for what a process that was forked has got from the other one.
-  bool IsInherited() const;
-  unsigned int CheckFile() const;
-  unsigned int OpenTrees();
-  unsigned int CheckDurability();
-  unsigned int DropHandles();
-  template <class Operation>
-  unsigned int Route(unsigned int handle, Operation operation);
-  template <class Operation>
-  unsigned int OnFile(bool argumentsGiven, Operation operation);
-  template <class Operation>
-  unsigned int ChangeFile(bool argumentsGiven, ChangeKind kind, const char* keyPath,
-                          const char* valueName, Operation operation);
-  template <class Operation>
-  unsigned int RouteInTransaction(unsigned int handle, Operation operation);
-  template <class Operation>
-  unsigned int RouteChange(unsigned int handle, ChangeKind kind, const char* keyPath,
-                           const char* valueName, Operation operation);
+  YAX_LOCAL bool IsInherited() const;
+  YAX_LOCAL unsigned int CheckFile() const;
+  YAX_LOCAL unsigned int OpenTrees();
+  YAX_LOCAL unsigned int CheckDurability();
+  YAX_LOCAL unsigned int DropHandles();
+  YAX_LOCAL unsigned int Route(unsigned int handle, const TreeOperation& operation);
+  YAX_LOCAL unsigned int RouteInTransaction(unsigned int handle, const TreeOperation& operation);
+  YAX_LOCAL unsigned int RouteChange(unsigned int handle, ChangeKind kind, const char* keyPath,
+                                     const char* valueName, const TreeOperation& operation);
+  YAX_LOCAL unsigned int OnFile(bool argumentsGiven, const FileOperation& operation);
+  YAX_LOCAL unsigned int ChangeFile(bool argumentsGiven, ChangeKind kind, const char* keyPath,
+                                    const char* valueName, const FileOperation& operation);
 
   char* path = nullptr;  // owned copy
   TernaryKeyTree* keyTree = nullptr;

@@ -3,23 +3,6 @@
 
 namespace tamu::registry {
 
-// Calls operation(file tree) as an operation without a handle.
-template <class Operation>
-unsigned int Registry::OnFile(bool argumentsGiven, Operation operation) {
-  if (!IsReady()) return status::kNoRight;
-  if (!argumentsGiven) return status::kBadArgument;
-  return Route(0, [&](RegistryInterface&, void*) { return operation(*fileTree); });
-}
-
-template <class Operation>
-unsigned int Registry::ChangeFile(bool argumentsGiven, ChangeKind kind, const char* keyPath,
-                                  const char* valueName, Operation operation) {
-  if (!IsReady()) return status::kNoRight;
-  if (!argumentsGiven) return status::kBadArgument;
-  return RouteChange(0, kind, keyPath, valueName,
-                     [&](RegistryInterface&, void*) { return operation(*fileTree); });
-}
-
 unsigned int Registry::MakeKey(const char* keyPath, bool withParents) {
   return ChangeFile(
       keyPath != nullptr, ChangeKind::kKeyCreated, keyPath, nullptr,

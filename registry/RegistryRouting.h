@@ -3,18 +3,11 @@
 
 #include "registry/Registry.h"
 #include "registry/RegistryInstance.h"
+#include "registry/base/FunctionRef.h"
 #include "registry/filetree/TernaryRegistry.h"
 #include "registry/memtree/TernaryKeyTree.h"
 
 namespace tamu::registry {
-
-inline bool Registry::IsInherited() const {
-  return instance != nullptr && instance->fork != PCFork::Count();
-}
-
-inline bool Registry::IsReady() const {
-  return keyTree != nullptr && fileTree != nullptr && instance != nullptr && !IsInherited();
-}
 
 // Holds an operation's locks until the backend has returned. An operation without a handle takes
 // the file tree's lock first: a thread may keep a level of it for good, and whoever waits for it
@@ -72,47 +65,5 @@ class Registry::ChangeScope {
   int levelsBefore_ = 0;
   bool hasFileLock_ = false;
 };
-
-// Calls operation(tree, treeHandle) on the tree that `handle` leads to. The object is ready.
-template <class Operation>
-unsigned int Registry::Route(unsigned int handle, Operation operation) {
-  if (instance->IsWalkedHere()) return status::kBusy;
-  if (instance->transaction.IsMine()) return RouteInTransaction(handle, operation);
-  OperationScope scope(*this, handle);
-  RegistryInterface* tree = nullptr;
-  void* treeHandle = nullptr;
-  const unsigned int result = GetKeyTree(handle, tree, treeHandle);
-  return result == status::kOk ? operation(*tree, treeHandle) : result;
-}
-
-// Whatever is loaded for everybody stays as it is, also without a handle.
-template <class Operation>
-unsigned int Registry::RouteInTransaction(unsigned int handle, Operation operation) {
-  OpenTransaction& transaction = instance->transaction;
-  if (handle == 0 && !transaction.MayUseFileTree()) return status::kBusy;
-  OperationScope scope(*this, handle);
-  OpenTransaction::Scope open(transaction);
-  if (handle == 0) return operation(static_cast<RegistryInterface&>(*fileTree), nullptr);
-  void* treeHandle = nullptr;
-  const unsigned int result = transaction.FindHandle(handle, &treeHandle);
-  if (result != status::kOk) return result;
-  return operation(static_cast<RegistryInterface&>(*keyTree), treeHandle);
-}
-
-// The same for an operation that changes something. What it is to others is noted.
-template <class Operation>
-unsigned int Registry::RouteChange(unsigned int handle, ChangeKind kind, const char* keyPath,
-                                   const char* valueName, Operation operation) {
-  if (instance->IsWalkedHere()) return status::kBusy;
-  ChangeScope changeScope(*this, handle);
-  OpenTransaction& transaction = instance->transaction;
-  if (!transaction.IsMine()) return Route(handle, operation);
-  if (handle == 0 && !transaction.MayUseFileTree()) return status::kBusy;
-  OperationScope scope(*this, handle);
-  const HeldChange::Mark before = transaction.Here();
-  const unsigned int result = RouteInTransaction(handle, operation);
-  transaction.Note({kind, keyPath, valueName}, handle, result, before);
-  return result;
-}
 
 }  // namespace tamu::registry

@@ -18,45 +18,51 @@ namespace {
 // has no level of the others from here.
 class Locks {
  public:
-  Locks(const tamu::registry::Registry& registry, PCMutex& store)
-      : changes_(tamu::registry::RegistryFileLock::OfChanges(registry)),
-        file_(tamu::registry::RegistryFileLock::Of(registry)),
-        store_(store) {
-    if (file_ == nullptr) {
-      store_.Take();
-      return;
-    }
-    while (!TryAll()) {
-      for (PCMutex* each : {changes_, file_, &store_}) {
-        each->Take();
-        each->Give();
-      }
-    }
-  }
-  ~Locks() {
-    store_.Give();
-    if (file_ == nullptr) return;
-    file_->Give();
-    changes_->Give();
-  }
+  Locks(const tamu::registry::Registry& registry, PCMutex& store);
+  ~Locks();
   Locks(const Locks&) = delete;
   Locks& operator=(const Locks&) = delete;
 
  private:
-  bool TryAll() {
-    if (changes_->TryTake() == 0) return false;
-    if (file_->TryTake() != 0) {
-      if (store_.TryTake() != 0) return true;
-      file_->Give();
-    }
-    changes_->Give();
-    return false;
-  }
+  bool TryAll();
 
   PCMutex* changes_;  // null: the registry is not open
   PCMutex* file_;
   PCMutex& store_;
 };
+
+Locks::Locks(const tamu::registry::Registry& registry, PCMutex& store)
+    : changes_(tamu::registry::RegistryFileLock::OfChanges(registry)),
+      file_(tamu::registry::RegistryFileLock::Of(registry)),
+      store_(store) {
+  if (file_ == nullptr) {
+    store_.Take();
+    return;
+  }
+  while (!TryAll()) {
+    for (PCMutex* each : {changes_, file_, &store_}) {
+      each->Take();
+      each->Give();
+    }
+  }
+}
+
+Locks::~Locks() {
+  store_.Give();
+  if (file_ == nullptr) return;
+  file_->Give();
+  changes_->Give();
+}
+
+bool Locks::TryAll() {
+  if (changes_->TryTake() == 0) return false;
+  if (file_->TryTake() != 0) {
+    if (store_.TryTake() != 0) return true;
+    file_->Give();
+  }
+  changes_->Give();
+  return false;
+}
 
 }  // namespace
 

@@ -9,6 +9,24 @@
 
 namespace tamu::registry {
 
+template <class Scope>
+unsigned int NodeOperations::InStore(bool argumentsGiven,
+                                     const FunctionRef<Status(Scope&)>& body) {
+  PCMutexGuard guard(lock_);
+  if (file == nullptr) return status::kNoRight;
+  if (!argumentsGiven) return status::kBadArgument;
+  if constexpr (std::is_same<Scope, StoreAccess>::value) {
+    return file->Look(body);
+  } else {
+    Scope scope(*file);
+    return body(scope);
+  }
+}
+
+template unsigned int NodeOperations::InStore(bool, const FunctionRef<Status(StoreAccess&)>&);
+template unsigned int NodeOperations::InStore(bool, const FunctionRef<Status(LockedAccess&)>&);
+template unsigned int NodeOperations::InStore(bool, const FunctionRef<Status(Changes&)>&);
+
 unsigned int NodeOperations::FindKey(unsigned int startNode, const char* path,
                                      KeyMatchDescriptor* match) {
   return InStore<StoreAccess>(match != nullptr, [&](StoreAccess& access) {

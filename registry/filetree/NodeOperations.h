@@ -1,9 +1,8 @@
 // What the file-backed tree does with nodes by their ids.
 #pragma once
 
-#include <type_traits>
-
 #include "platform/PCMutex.h"
+#include "registry/base/FunctionRef.h"
 #include "registry/filetree/KeyListing.h"
 #include "registry/filetree/KeySearch.h"
 #include "registry/keytree/RegistryInterface.h"
@@ -94,18 +93,8 @@ class NodeOperations : public RegistryInterface {
   // Runs the body of an operation with the object lock and the store held: a StoreAccess, or the
   // Changes that it makes. One that looks is run again when another process has written the file
   // meanwhile; but for lists of names, nothing that it puts out counts before it answers 0.
-  template <class Scope, class Body>
-  unsigned int InStore(bool argumentsGiven, Body body) {
-    PCMutexGuard guard(lock_);
-    if (file == nullptr) return status::kNoRight;
-    if (!argumentsGiven) return status::kBadArgument;
-    if constexpr (std::is_same<Scope, StoreAccess>::value) {
-      return file->Look([&](StoreAccess& access) -> unsigned int { return body(access); });
-    } else {
-      Scope scope(*file);
-      return body(scope);
-    }
-  }
+  template <class Scope>
+  unsigned int InStore(bool argumentsGiven, const FunctionRef<Status(Scope&)>& body);
 
   TernaryFile* file;             // the store; null: every operation answers kNoRight
   TernaryStringNode nodeBuffer;  // for ReadNodeTree

@@ -12,6 +12,26 @@ TernaryRegistry::~TernaryRegistry() {
   if (owner_ == StoreOwner::kMade) DropStore();
 }
 
+template <class Scope>
+unsigned int TernaryRegistry::OnKey(unsigned int user, const void* tree, const char* path,
+                                    unsigned char rights, bool argumentsGiven,
+                                    const FunctionRef<Status(Scope&, Reached&)>& body) {
+  return InStore<Scope>(argumentsGiven, [&](Scope& scope) -> Status {
+    Reached reached;
+    const Status result = ReachKey(scope, user, tree, path, rights, &reached);
+    return result.IsOk() ? body(scope, reached) : result;
+  });
+}
+
+template unsigned int TernaryRegistry::OnKey(unsigned int, const void*, const char*, unsigned char,
+                                             bool,
+                                             const FunctionRef<Status(StoreAccess&, Reached&)>&);
+template unsigned int TernaryRegistry::OnKey(unsigned int, const void*, const char*, unsigned char,
+                                             bool,
+                                             const FunctionRef<Status(LockedAccess&, Reached&)>&);
+template unsigned int TernaryRegistry::OnKey(unsigned int, const void*, const char*, unsigned char,
+                                             bool, const FunctionRef<Status(Changes&, Reached&)>&);
+
 unsigned int TernaryRegistry::Initialize(const char* path) {
   if (!lock_.Create()) return status::kInputOutput;
   if (owner_ == StoreOwner::kMade) DropStore();

@@ -168,20 +168,14 @@ class TernaryRegistry : public NodeOperations {
 
   unsigned int OpenStore(const char* path);
   void DropStore();
-  template <class Body>
-  Status ForBranch(unsigned int user, const char* path, Body body);
+  Status ForBranch(unsigned int user, const char* path,
+                   const FunctionRef<Status(const char*)>& body);
 
   // Runs the body of an operation on a key, with the object lock and the store held, when the key
   // was found and the user may.
-  template <class Scope, class Body>
+  template <class Scope>
   unsigned int OnKey(unsigned int user, const void* tree, const char* path, unsigned char rights,
-                     bool argumentsGiven, Body body) {
-    return InStore<Scope>(argumentsGiven, [&](Scope& scope) -> Status {
-      Reached reached;
-      const Status result = ReachKey(scope, user, tree, path, rights, &reached);
-      return result.IsOk() ? body(scope, reached) : result;
-    });
-  }
+                     bool argumentsGiven, const FunctionRef<Status(Scope&, Reached&)>& body);
 
   StoreOwner owner_ = StoreOwner::kGiven;
 };

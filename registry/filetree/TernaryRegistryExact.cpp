@@ -89,8 +89,8 @@ unsigned int TernaryRegistry::RemoveValue(unsigned int user, const char* path, c
 }
 
 // Calls body(name) for a key, whose name is null, and for all below it, whose names go on from it.
-template <class Body>
-Status TernaryRegistry::ForBranch(unsigned int user, const char* path, Body body) {
+Status TernaryRegistry::ForBranch(unsigned int user, const char* path,
+                                  const FunctionRef<Status(const char*)>& body) {
   KeyInfo info = {};
   Status result = GetKeyInfo(user, nullptr, path, &info);
   if (!result.IsOk()) return result;

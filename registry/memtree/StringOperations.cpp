@@ -15,6 +15,31 @@ unsigned int StringOperations::FindKey(TernaryString* start, const char* path,
   return SearchStrings(start, path, match);
 }
 
+unsigned int StringOperations::InTree(bool argumentsGiven, const FunctionRef<Status()>& body) {
+  PCMutexGuard guard(treeLock);
+  if (initialized == 0) return status::kNoRight;
+  if (!argumentsGiven) return status::kBadArgument;
+  if (IsBehind()) {
+    const Status result = CatchUp();
+    if (!result.IsOk()) return result;
+  }
+  return body();
+}
+
+unsigned int StringOperations::ChangeTree(bool argumentsGiven, const FunctionRef<Status()>& body) {
+  PCMutexGuard guard(treeLock);
+  if (initialized == 0 || !argumentsGiven || !file->IsShared()) {
+    return InTree(argumentsGiven, body);
+  }
+  LockedAccess access(*file);
+  ++changing_;
+  Status result = changing_ == 1 && NeedsLoading() ? CatchUp() : Status(status::kOk);
+  if (result.IsOk()) result = body();
+  // What was changed here has been followed here.
+  if (--changing_ == 0 && !loaded_.isBehind) loaded_.seen = file->Version();
+  return result;
+}
+
 Status StringOperations::CatchUp() {
   LockedAccess access(*file);
   const Status result = TreeRefresh(access, loaded_).LoadAnew();

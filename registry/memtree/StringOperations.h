@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "platform/PCMutex.h"
+#include "registry/base/FunctionRef.h"
 #include "registry/keytree/RegistryInterface.h"
 #include "registry/memtree/LoadedStrings.h"
 #include "registry/memtree/StringSearch.h"
@@ -52,34 +53,10 @@ class StringOperations : public RegistryInterface {
   explicit StringOperations(RegistryDaemon* daemonObject) : daemon(daemonObject) {}
 
   // Runs the body of an operation that only looks, with the tree's lock held.
-  template <class Body>
-  unsigned int InTree(bool argumentsGiven, Body body) {
-    PCMutexGuard guard(treeLock);
-    if (initialized == 0) return status::kNoRight;
-    if (!argumentsGiven) return status::kBadArgument;
-    if (IsBehind()) {
-      const Status result = CatchUp();
-      if (!result.IsOk()) return result;
-    }
-    return body();
-  }
+  unsigned int InTree(bool argumentsGiven, const FunctionRef<Status()>& body);
   // The same for one that changes or loads something. When the file is shared, no other process
   // changes it from before the first look at what is loaded to behind the last.
-  template <class Body>
-  unsigned int ChangeTree(bool argumentsGiven, Body body) {
-    PCMutexGuard guard(treeLock);
-    if (initialized == 0 || !argumentsGiven || !file->IsShared()) {
-      return InTree(argumentsGiven, body);
-    }
-    LockedAccess access(*file);
-    ++changing_;
-    const Status behind = changing_ == 1 && NeedsLoading() ? CatchUp() : Status(status::kOk);
-    unsigned int result = behind;
-    if (behind.IsOk()) result = body();
-    // What was changed here has been followed here.
-    if (--changing_ == 0 && !loaded_.isBehind) loaded_.seen = file->Version();
-    return result;
-  }
+  unsigned int ChangeTree(bool argumentsGiven, const FunctionRef<Status()>& body);
 
   // True when the file has changed, but for what is being changed here.
   bool IsBehind() const { return changing_ == 0 && NeedsLoading(); }

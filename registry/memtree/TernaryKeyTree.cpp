@@ -13,6 +13,30 @@ TernaryKeyTree::~TernaryKeyTree() {
   Finalize();
 }
 
+unsigned int TernaryKeyTree::OnKey(unsigned int user, void* tree, const char* path,
+                                   unsigned char rights, const char* name, bool argumentsGiven,
+                                   const KeyBody& body) {
+  return InTree(argumentsGiven, [&]() -> Status {
+    Found found;
+    const Status result = Reach(user, tree, path, rights, name, &found);
+    return result.IsOk() ? body(found) : result;
+  });
+}
+
+unsigned int TernaryKeyTree::ChangeKey(unsigned int user, void* tree, const char* path,
+                                       unsigned char rights, const char* name, bool argumentsGiven,
+                                       const KeyBody& body) {
+  return ChangeTree(argumentsGiven && tree != nullptr, [&]() -> Status {
+    StringLock lock;
+    Found found;
+    do {
+      const Status result = Reach(user, tree, path, rights, name, &found);
+      if (!result.IsOk()) return result;
+    } while (!lock.Take(found.owner, static_cast<TernaryHandle*>(tree)));
+    return body(found);
+  });
+}
+
 unsigned int TernaryKeyTree::Initialize(const char* path) {
   CloseFile();
   if (!spareLock.Create()) return status::kInputOutput;

@@ -153,6 +153,7 @@ class TernaryKeyTree : public StringOperations {
     TernaryString* owner = nullptr;
     TernaryValue* value = nullptr;
   };
+  using KeyBody = FunctionRef<Status(const Found&)>;
 
   void CloseFile();
   // Finds a key, and a value of it unless `name` is null, and checks the right. The tree's lock is
@@ -166,29 +167,11 @@ class TernaryKeyTree : public StringOperations {
 
   // Runs the body of an operation with the tree's lock held, when the key was found and the user
   // may.
-  template <class Body>
   unsigned int OnKey(unsigned int user, void* tree, const char* path, unsigned char rights,
-                     const char* name, bool argumentsGiven, Body body) {
-    return InTree(argumentsGiven, [&]() -> Status {
-      Found found;
-      const Status result = Reach(user, tree, path, rights, name, &found);
-      return result.IsOk() ? body(found) : result;
-    });
-  }
+                     const char* name, bool argumentsGiven, const KeyBody& body);
   // The same for a change: the key's owner is locked through the handle, too.
-  template <class Body>
   unsigned int ChangeKey(unsigned int user, void* tree, const char* path, unsigned char rights,
-                         const char* name, bool argumentsGiven, Body body) {
-    return ChangeTree(argumentsGiven && tree != nullptr, [&]() -> Status {
-      StringLock lock;
-      Found found;
-      do {
-        const Status result = Reach(user, tree, path, rights, name, &found);
-        if (!result.IsOk()) return result;
-      } while (!lock.Take(found.owner, static_cast<TernaryHandle*>(tree)));
-      return body(found);
-    });
-  }
+                         const char* name, bool argumentsGiven, const KeyBody& body);
 
   RegistryOptions options_{Durability::kNone, nullptr};
 };

@@ -7,6 +7,9 @@
 
 namespace tamu::registry {
 
+FileStore::FileStore() = default;
+FileStore::~FileStore() = default;
+
 Status FileStore::Open(const char* path) {
   if (path == nullptr) return status::kBadArgument;
   if (!lock_.IsCreated() && !lock_.Create()) return status::kInputOutput;
@@ -243,6 +246,16 @@ Status FileStore::WriteFirstTable(const FileLayout& layout, NodeKind kind) {
   const Status result = file_.Write(table.tableOffset(), NodeAllocationTable::kSize, table.bytes());
   if (!result.IsOk()) return result;
   return file_.WriteSequence(table.entriesOffset(), 1, layout.entryCount());
+}
+
+Status FileStore::Look(const FunctionRef<Status(StoreAccess&)>& look) {
+  constexpr unsigned int kTries = 8;
+  for (unsigned int i = 0;; ++i) {
+    StoreAccess access(*this,
+                       i < kTries ? StoreAccess::Sharing::kShared : StoreAccess::Sharing::kAlone);
+    const Status result = look(access);
+    if (!access.IsTorn() || !access.IsOutermost()) return result;
+  }
 }
 
 }  // namespace tamu::registry

@@ -3,6 +3,7 @@
 
 #include "platform/PCMutex.h"
 #include "platform/PCNewFile.h"
+#include "registry/base/FunctionRef.h"
 #include "registry/base/RegistryOptions.h"
 #include "registry/format/FileLayout.h"
 #include "registry/store/Journal.h"
@@ -10,6 +11,8 @@
 #include "registry/store/UndoLog.h"
 
 namespace tamu::registry {
+
+class StoreAccess;
 
 // Whoever reads takes a StoreAccess, whoever changes something a Changes. Everything goes to the
 // file at once; only the header and the heads of the allocation tables are held in memory.
@@ -19,7 +22,8 @@ class FileStore {
  public:
   static constexpr unsigned int kDefaultBudget = 65536;  // bytes, for Make
 
-  FileStore() = default;
+  FileStore();
+  ~FileStore();
   FileStore(const FileStore&) = delete;
   FileStore& operator=(const FileStore&) = delete;
 
@@ -76,8 +80,7 @@ class FileStore {
   // Runs an operation that only looks, look(StoreAccess&), and again when another process has
   // written the file meanwhile: what it answers was all there at the same time. What it has put out
   // before that is its own to take back.
-  template <class Operation>
-  auto Look(Operation look);
+  Status Look(const FunctionRef<Status(StoreAccess&)>& look);
 
  private:
   friend class StoreAccess;

@@ -87,15 +87,4 @@ class LockedAccess : public StoreAccess {
   explicit LockedAccess(FileStore& store) : StoreAccess(store, Sharing::kAlone) {}
 };
 
-template <class Operation>
-auto FileStore::Look(Operation look) {
-  constexpr unsigned int kTries = 8;
-  for (unsigned int i = 0;; ++i) {
-    StoreAccess access(*this,
-                       i < kTries ? StoreAccess::Sharing::kShared : StoreAccess::Sharing::kAlone);
-    const auto result = look(access);
-    if (!access.IsTorn() || !access.IsOutermost()) return result;
-  }
-}
-
 }  // namespace tamu::registry

@@ -1,0 +1,68 @@
+// How an operation of Registry reaches a key tree.
+#include "registry/RegistryRouting.h"
+
+namespace tamu::registry {
+
+bool Registry::IsInherited() const {
+  return instance != nullptr && instance->fork != PCFork::Count();
+}
+
+bool Registry::IsReady() const {
+  return keyTree != nullptr && fileTree != nullptr && instance != nullptr && !IsInherited();
+}
+
+// Calls operation(tree, treeHandle) on the tree that `handle` leads to. The object is ready.
+unsigned int Registry::Route(unsigned int handle, const TreeOperation& operation) {
+  if (instance->IsWalkedHere()) return status::kBusy;
+  if (instance->transaction.IsMine()) return RouteInTransaction(handle, operation);
+  OperationScope scope(*this, handle);
+  RegistryInterface* tree = nullptr;
+  void* treeHandle = nullptr;
+  const unsigned int result = GetKeyTree(handle, tree, treeHandle);
+  return result == status::kOk ? operation(*tree, treeHandle) : result;
+}
+
+// Whatever is loaded for everybody stays as it is, also without a handle.
+unsigned int Registry::RouteInTransaction(unsigned int handle, const TreeOperation& operation) {
+  OpenTransaction& transaction = instance->transaction;
+  if (handle == 0 && !transaction.MayUseFileTree()) return status::kBusy;
+  OperationScope scope(*this, handle);
+  OpenTransaction::Scope open(transaction);
+  if (handle == 0) return operation(static_cast<RegistryInterface&>(*fileTree), nullptr);
+  void* treeHandle = nullptr;
+  const unsigned int result = transaction.FindHandle(handle, &treeHandle);
+  if (result != status::kOk) return result;
+  return operation(static_cast<RegistryInterface&>(*keyTree), treeHandle);
+}
+
+// The same for an operation that changes something. What it is to others is noted.
+unsigned int Registry::RouteChange(unsigned int handle, ChangeKind kind, const char* keyPath,
+                                   const char* valueName, const TreeOperation& operation) {
+  if (instance->IsWalkedHere()) return status::kBusy;
+  ChangeScope changeScope(*this, handle);
+  OpenTransaction& transaction = instance->transaction;
+  if (!transaction.IsMine()) return Route(handle, operation);
+  if (handle == 0 && !transaction.MayUseFileTree()) return status::kBusy;
+  OperationScope scope(*this, handle);
+  const HeldChange::Mark before = transaction.Here();
+  const unsigned int result = RouteInTransaction(handle, operation);
+  transaction.Note({kind, keyPath, valueName}, handle, result, before);
+  return result;
+}
+
+// Calls operation(file tree) as an operation without a handle.
+unsigned int Registry::OnFile(bool argumentsGiven, const FileOperation& operation) {
+  if (!IsReady()) return status::kNoRight;
+  if (!argumentsGiven) return status::kBadArgument;
+  return Route(0, [&](RegistryInterface&, void*) { return operation(*fileTree); });
+}
+
+unsigned int Registry::ChangeFile(bool argumentsGiven, ChangeKind kind, const char* keyPath,
+                                  const char* valueName, const FileOperation& operation) {
+  if (!IsReady()) return status::kNoRight;
+  if (!argumentsGiven) return status::kBadArgument;
+  return RouteChange(0, kind, keyPath, valueName,
+                     [&](RegistryInterface&, void*) { return operation(*fileTree); });
+}
+
+}  // namespace tamu::registry
