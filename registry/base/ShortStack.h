@@ -25,6 +25,11 @@ class ShortStack {
     count_ += n;
     return status::kOk;
   }
+  // From now on the elements lie on the heap, until Clear: a Swap with an empty stack then copies
+  // none. kNoMemory with nothing changed.
+  Status MoveToHeap() {
+    return items_ != few_ || Grow(kShort + 1) ? status::kOk : status::kNoMemory;
+  }
   Status Push(const T& item) {
     const Status result = Extend(1);
     if (result.IsOk()) items_[count_ - 1] = item;

@@ -45,6 +45,19 @@ bool ChangeSet::GrowSlots() {
   return true;
 }
 
+bool ChangeSet::Look(unsigned int offset, unsigned int size, const unsigned char** bytes) {
+  *bytes = nullptr;
+  const unsigned int first = offset / kPageSize;
+  const unsigned int last = (offset + size - 1) / kPageSize;
+  const Page* page = Find(first);
+  if (first != last) return last == first + 1 && page == nullptr && Find(last) == nullptr;
+  if (page == nullptr) return true;
+  const unsigned int within = offset % kPageSize;
+  if (within + size > page->length) return false;
+  *bytes = page->after + within;
+  return true;
+}
+
 void ChangeSet::Lay(unsigned int offset, unsigned int size, unsigned char* buffer) {
   while (size > 0) {
     const unsigned int within = offset % kPageSize;

@@ -40,6 +40,9 @@ class ChangeSet {
   Page* Find(unsigned int number);
   // Adds a page that is not in the set, of which nothing is in the file. Null without memory.
   Page* Add(unsigned int number);
+  // True when the set has all of `size` bytes at an offset, *bytes until something is added, or has
+  // none, and *bytes is null; false when it has a part of them or they lie in several pages of it.
+  bool Look(unsigned int offset, unsigned int size, const unsigned char** bytes);
   // Writes what the set has of `size` bytes at an offset over the buffer.
   void Lay(unsigned int offset, unsigned int size, unsigned char* buffer);
   // The file has `size` other bytes at an offset, and so have the pages, before and after.

@@ -10,8 +10,10 @@ Status HeldChange::Begin(FileStore& store) {
     return status::kInputOutput;
   }
   if (store.changes_ > 0) return status::kBusy;
-  const Status result = tables_.CopyFrom(store.tables_);
+  Status result = tables_.CopyFrom(store.tables_);
+  if (result.IsOk()) result = undo_.MakeSwapCheap();
   if (!result.IsOk()) {
+    undo_.Clear();
     tables_.Clear();
     return result;
   }

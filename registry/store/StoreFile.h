@@ -39,8 +39,10 @@ class StoreFile {
   // The bytes that Read would give, to be copied at once, which counts if IsUnchanged then; null
   // where it takes more than the mapping.
   const unsigned char* Mapped(unsigned int offset, unsigned int size) const {
-    if (!gathered_.IsEmpty() || isBlocked_ || !ProcessFile::IsMapped(generation_)) return nullptr;
-    return file_.ReadMapped(offset, size);
+    if (isBlocked_ || !ProcessFile::IsMapped(generation_)) return nullptr;
+    const unsigned char* gathered = nullptr;
+    if (!gathered_.IsEmpty() && !gathered_.Look(offset, size, &gathered)) return nullptr;
+    return gathered != nullptr ? gathered : file_.ReadMapped(offset, size);
   }
   Status Write(unsigned int offset, unsigned int size, const void* data);
   Status ReadInteger(unsigned int offset, unsigned int* value) const;

@@ -109,6 +109,11 @@ void UndoLog::Clear() {
   isUnfinished_ = false;
 }
 
+Status UndoLog::MakeSwapCheap() {
+  const Status result = entries_.MoveToHeap();
+  return result.IsOk() ? bytes_.MoveToHeap() : result;
+}
+
 void UndoLog::Swap(UndoLog& other) {
   entries_.Swap(other.entries_);
   bytes_.Swap(other.bytes_);

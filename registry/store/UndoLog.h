@@ -37,6 +37,8 @@ class UndoLog {
   // Forgets everything.
   void Clear();
   void Swap(UndoLog& other);
+  // A Swap with an empty log costs little from now on, until Clear. kNoMemory.
+  Status MakeSwapCheap();
 
  private:
   enum class Action : unsigned char { kBytes, kGrowth, kUsed };

@@ -73,6 +73,34 @@ TEST(ShortStackTest, CutKeepsWhatIsAtTheBottom) {
   EXPECT_TRUE(stack.IsEmpty());
 }
 
+TEST(ShortStackTest, OnTheHeapElementsStayWhatTheyAreUntilItIsCleared) {
+  Stack stack;
+  PushMany(stack, 3);
+  ASSERT_EQ(status::kOk, stack.MoveToHeap());
+  EXPECT_FALSE(IsInside(stack, stack[0]));
+  EXPECT_EQ(3u, stack.Count());
+  EXPECT_EQ(102u, stack.Top());
+  ASSERT_EQ(status::kOk, stack.MoveToHeap()) << "again";
+  PushMany(stack, 1);
+  EXPECT_EQ(100u, stack[0]);
+  EXPECT_EQ(100u, stack.Top());
+  stack.Clear();
+  PushMany(stack, 1);
+  EXPECT_TRUE(IsInside(stack, stack.Top()));
+}
+
+TEST(ShortStackTest, SwappedOnTheHeapItHasTheOthersElements) {
+  Stack heap;
+  Stack other;
+  ASSERT_EQ(status::kOk, heap.MoveToHeap());
+  PushMany(heap, 2);
+  other.Swap(heap);
+  EXPECT_EQ(2u, other.Count());
+  EXPECT_EQ(101u, other.Top());
+  EXPECT_FALSE(IsInside(other, other.Top()));
+  EXPECT_TRUE(heap.IsEmpty());
+}
+
 TEST(ShortStackTest, ClearedIsAsNew) {
   Stack stack;
   PushMany(stack, 9);
