@@ -28,13 +28,11 @@ class PCFile {
   // Reads exactly `size` bytes at the position and moves it; fails when fewer are there (the
   // position then stays). size 0 succeeds.
   int Read(void* buffer, unsigned int size);
-  // Seek and Read where the mapping serves both: the bytes at the offset, to be copied at once,
-  // with the position behind them. Else null, and nothing has changed.
-  const unsigned char* ReadMapped(unsigned int offset, unsigned int size) {
+  // Where the mapping has them: the bytes at the offset, to be copied at once. Else null. The
+  // position stays.
+  const unsigned char* ReadMapped(unsigned int offset, unsigned int size) const {
     const unsigned long long end = offset + static_cast<unsigned long long>(size);
-    if (end > mMapLength || size == 0) return nullptr;
-    mPosition = end;
-    return mMap + offset;
+    return end > mMapLength || size == 0 ? nullptr : mMap + offset;
   }
   // Writes exactly `size` bytes at the position and moves it; extends the file with zeros up to the
   // position where needed. A failure may leave a part of the bytes written; the position stays.
@@ -78,6 +76,8 @@ class PCFile {
   // that somebody else has cut off meanwhile; it may be up to 10 milliseconds since. Called at the
   // start of every operation on the file.
   void Refresh();
+  // True when Refresh would not ask the system now, since it has just done so.
+  bool IsFresh() const;
   // Others have made the file longer, or shorter: reads go up to its end, and all of it is
   // protected.
   void Renew();

@@ -5,6 +5,8 @@
 
 #include "platform/Export.h"
 
+class PCReaders;
+
 // A word that threads wait for, the owning thread and the depth of its holding. A lock that was not
 // created does nothing: Take and Give return at once.
 class YAX_API PCMutex {
@@ -23,11 +25,15 @@ class YAX_API PCMutex {
   // Drops one level; with the last one the lock is free. Nothing happens for a thread that does not
   // own the lock.
   void Give();
+  // From now on, whoever gets the lock waits until no reader is inside. Before the first Take.
+  void Admit(PCReaders* readers) { mReaders = readers; }
   // Nobody may be waiting.
   void Destroy();
   bool IsCreated() const { return mState.load(std::memory_order_relaxed) != kNotCreated; }
   // True when the calling thread owns the lock.
   bool IsMine() const;
+  // True when another thread owns the lock.
+  bool IsOthers() const;
   // Levels held; meaningful to the owner only.
   int Depth() const { return mDepth; }
   // The owner gives up every level; returns how many. 0 for any other thread.
@@ -36,16 +42,21 @@ class YAX_API PCMutex {
   void Retake(int depth);
 
  private:
+  friend class PCReaders;
+
   enum State : unsigned int { kNotCreated, kFree, kHeld, kAwaited };
 
   bool TakeIfFree();
   bool WaitUntilFree();
+  void Own();
+  bool IsFree() const { return mState.load(std::memory_order_seq_cst) == kFree; }
 
   std::atomic<unsigned int> mState{kNotCreated};
   // Thread id of the owner, 0 = free. Read by anybody: only the owner itself can find its own id
   // here, so relaxed order is enough. Changed only while the lock is held.
   std::atomic<unsigned long> mOwner{0};
   int mDepth = 0;  // touched by the owner only
+  PCReaders* mReaders = nullptr;
 };
 
 // Holds one level of a lock for a scope.

@@ -248,6 +248,7 @@ unsigned int OpenTransaction::OpenKey(const char* path, unsigned int* handle) {
 // Closed at once, for everybody and for good.
 unsigned int OpenTransaction::CloseKey(unsigned int handle) {
   PCMutexGuard guard(instance_.operationLock);
+  PCMutexGuard treeGuard(instance_.keyTree->TreeLock());
   List<void*>& handles = *instance_.handles;
   if (handles.isInvalidIndex(handle)) return status::kBadArgument;
   auto* shared = static_cast<TernaryHandle*>(*handles.Get(handle));

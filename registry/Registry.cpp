@@ -178,6 +178,7 @@ void Registry::Finalize() {
 // Frees what the table's entries stand for, then the table's slots. kBusy: something stays loaded,
 // because somebody has locked it by hand; changing the file beside it would damage it.
 unsigned int Registry::DropHandles() {
+  PCMutexGuard treeGuard(keyTree->TreeLock());
   List<void*>& handles = *instance->handles;
   for (unsigned int i = 1; i < handles.capacity; ++i) {
     if (handles.isInvalidIndex(i)) continue;
@@ -238,6 +239,7 @@ unsigned int Registry::OpenKey(const char* keyPath, unsigned int* handle, unsign
   directMode = 0;
   if (instance->transaction.IsMine()) return instance->transaction.OpenKey(keyPath, handle);
   void* tree = nullptr;
+  PCMutexGuard treeGuard(keyTree->TreeLock());
   unsigned int result = keyTree->LoadKeyTree(keyPath, tree);
   if (result != status::kOk) return result;
   result = instance->handles->Add(tree, handle);
@@ -251,6 +253,7 @@ unsigned int Registry::CloseKey(unsigned int handle) {
   if (instance->IsWalkedHere()) return status::kBusy;
   PCMutexGuard guard(instance->operationLock);
   if (instance->transaction.IsMine()) return instance->transaction.CloseKey(handle);
+  PCMutexGuard treeGuard(keyTree->TreeLock());
   List<void*>& handles = *instance->handles;
   if (handles.isInvalidIndex(handle)) return status::kBadArgument;
   void* tree = *handles.Get(handle);

@@ -287,6 +287,9 @@ class YAX_API Registry {
   YAX_LOCAL unsigned int CheckDurability();
   YAX_LOCAL unsigned int DropHandles();
   YAX_LOCAL unsigned int Route(unsigned int handle, const TreeOperation& operation);
+  YAX_LOCAL bool MayLook(unsigned int handle) const;
+  YAX_LOCAL unsigned int RouteLook(unsigned int handle, const TreeOperation& operation);
+  YAX_LOCAL unsigned int RouteRead(unsigned int handle, const TreeOperation& operation);
   YAX_LOCAL unsigned int RouteInTransaction(unsigned int handle, const TreeOperation& operation);
   YAX_LOCAL unsigned int RouteChange(unsigned int handle, ChangeKind kind, const char* keyPath,
                                      const char* valueName, const TreeOperation& operation);
@@ -300,7 +303,7 @@ class YAX_API Registry {
   std::atomic<unsigned int> userId;  // may be changed while other threads use the object
   RegistryInstance* instance = nullptr;
   RegistryLock* lock = nullptr;
-  unsigned char directMode = 1;  // the last operation was without a handle
+  std::atomic<unsigned char> directMode{1};  // the last operation was without a handle
   RegistryOptions options_;
   char* sideFolder_ = nullptr;  // owned copy, which options_ names
   bool optionsGiven_ = false;

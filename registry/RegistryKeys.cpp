@@ -31,7 +31,7 @@ unsigned int Registry::DeleteKey(unsigned int handle, const char* keyPath) {
 unsigned int Registry::GetKeyInfo(unsigned int handle, const char* keyPath, KeyInfo* info) {
   if (!IsReady()) return status::kNoRight;
   if (keyPath == nullptr || info == nullptr) return status::kBadArgument;
-  return Route(handle, [&](RegistryInterface& tree, void* treeHandle) {
+  return RouteLook(handle, [&](RegistryInterface& tree, void* treeHandle) {
     return tree.GetKeyInfo(userId, treeHandle, keyPath, info);
   });
 }
@@ -40,7 +40,7 @@ unsigned int Registry::GetKeyPermission(unsigned int handle, const char* keyPath
                                         unsigned char* permission) {
   if (!IsReady()) return status::kNoRight;
   if (keyPath == nullptr || permission == nullptr) return status::kBadArgument;
-  return Route(handle, [&](RegistryInterface& tree, void* treeHandle) {
+  return RouteRead(handle, [&](RegistryInterface& tree, void* treeHandle) {
     return tree.GetKeyPermission(userId, treeHandle, keyPath, permission);
   });
 }
@@ -68,7 +68,7 @@ unsigned int Registry::ListKeys(unsigned int handle, const char* keyPath, unsign
                                 unsigned int, NameList* list, unsigned int flags) {
   if (!IsReady()) return status::kNoRight;
   if (list == nullptr) return status::kBadArgument;
-  return Route(handle, [&](RegistryInterface& tree, void* treeHandle) {
+  return RouteLook(handle, [&](RegistryInterface& tree, void* treeHandle) {
     return tree.ListKeys(userId, treeHandle, keyPath, first, list, flags);
   });
 }
@@ -77,7 +77,7 @@ unsigned int Registry::ListValues(unsigned int handle, const char* keyPath, unsi
                                   unsigned int, NameList* list) {
   if (!IsReady()) return status::kNoRight;
   if (list == nullptr) return status::kBadArgument;
-  return Route(handle, [&](RegistryInterface& tree, void* treeHandle) {
+  return RouteRead(handle, [&](RegistryInterface& tree, void* treeHandle) {
     return tree.ListValues(userId, treeHandle, keyPath, first, list);
   });
 }

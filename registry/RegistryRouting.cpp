@@ -22,6 +22,31 @@ unsigned int Registry::Route(unsigned int handle, const TreeOperation& operation
   return result == status::kOk ? operation(*tree, treeHandle) : result;
 }
 
+// True when an operation that only looks need not wait for those who have locked all operations.
+bool Registry::MayLook(unsigned int handle) const {
+  return (handle == 0) == (directMode != 0) && !instance->operationLock.IsOthers() &&
+         !instance->IsWalkedHere() && !instance->transaction.IsMine();
+}
+
+// The same for an operation that only looks. Without a handle it takes no lock here where no
+// handles are to be closed: the file tree sees to the rest.
+unsigned int Registry::RouteLook(unsigned int handle, const TreeOperation& operation) {
+  if (handle != 0 || !MayLook(0)) return Route(handle, operation);
+  return operation(static_cast<RegistryInterface&>(*fileTree), nullptr);
+}
+
+// The same for an operation that threads may do beside each other through handles, too.
+unsigned int Registry::RouteRead(unsigned int handle, const TreeOperation& operation) {
+  if (handle != 0 && MayLook(handle)) {
+    const PCReaders::Scope readers(keyTree->Readers(), keyTree->TreeLock());
+    if (readers.IsInside() && keyTree->IsReady() && !instance->handles->isInvalidIndex(handle)) {
+      void* const treeHandle = *instance->handles->Get(handle);
+      return operation(static_cast<RegistryInterface&>(*keyTree), treeHandle);
+    }
+  }
+  return RouteLook(handle, operation);
+}
+
 // Whatever is loaded for everybody stays as it is, also without a handle.
 unsigned int Registry::RouteInTransaction(unsigned int handle, const TreeOperation& operation) {
   OpenTransaction& transaction = instance->transaction;
@@ -54,7 +79,7 @@ unsigned int Registry::RouteChange(unsigned int handle, ChangeKind kind, const c
 unsigned int Registry::OnFile(bool argumentsGiven, const FileOperation& operation) {
   if (!IsReady()) return status::kNoRight;
   if (!argumentsGiven) return status::kBadArgument;
-  return Route(0, [&](RegistryInterface&, void*) { return operation(*fileTree); });
+  return RouteLook(0, [&](RegistryInterface&, void*) { return operation(*fileTree); });
 }
 
 unsigned int Registry::ChangeFile(bool argumentsGiven, ChangeKind kind, const char* keyPath,

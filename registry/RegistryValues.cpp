@@ -27,13 +27,13 @@ unsigned int Registry::GetValue(unsigned int handle, const char* keyPath, const 
   if (!IsReady()) return status::kNoRight;
   if (keyPath == nullptr || name == nullptr || value == nullptr) return status::kBadArgument;
   if (value->type != kValueTypeOffset) {
-    return Route(handle, [&](RegistryInterface& tree, void* treeHandle) {
+    return RouteRead(handle, [&](RegistryInterface& tree, void* treeHandle) {
       return tree.GetValue(userId, treeHandle, keyPath, name, value);
     });
   }
   unsigned int offset = 0;
   if (value->size < sizeof offset || value->data == nullptr) return status::kBadArgument;
-  const unsigned int result = Route(handle, [&](RegistryInterface& tree, void* treeHandle) {
+  const unsigned int result = RouteLook(handle, [&](RegistryInterface& tree, void* treeHandle) {
     return tree.GetValueOffset(userId, treeHandle, keyPath, name, &offset);
   });
   if (result == status::kOk) PCMem::Copy(value->data, &offset, sizeof offset);
@@ -90,7 +90,7 @@ unsigned int Registry::GetDefaultValue(unsigned int handle, const char* keyPath,
                                        unsigned long long* value) {
   if (!IsReady()) return status::kNoRight;
   if (keyPath == nullptr || value == nullptr) return status::kBadArgument;
-  return Route(handle, [&](RegistryInterface& tree, void* treeHandle) {
+  return RouteRead(handle, [&](RegistryInterface& tree, void* treeHandle) {
     return tree.GetDefaultValue(userId, treeHandle, keyPath, value);
   });
 }

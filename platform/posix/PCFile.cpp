@@ -209,6 +209,10 @@ void PCFile::Refresh() {
   LookAtLength();
 }
 
+bool PCFile::IsFresh() const {
+  return mMap != nullptr && posix::Tick() == mLookedAt;
+}
+
 void PCFile::LookAtLength() {
   const long long length = posix::Length(mFd);
   if (length >= static_cast<long long>(mMapLength)) return;

@@ -5,6 +5,8 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include "platform/PCReaders.h"
+
 namespace {
 
 constexpr int kGlances = 100;  // at a lock that is held, before the thread sleeps
@@ -16,6 +18,14 @@ void Sleep(const std::atomic<unsigned int>& word, unsigned int value) {
 void WakeOne(const std::atomic<unsigned int>& word) {
   syscall(SYS_futex, &word, FUTEX_WAKE_PRIVATE, 1, nullptr, nullptr, 0);
 }
+
+// Where a thread is, and which place is its own: 0 before it was given one.
+struct Reading {
+  const PCReaders* inside;
+  unsigned int place;
+};
+thread_local Reading sReading = {nullptr, 0};
+std::atomic<unsigned int> sPlacesGiven{0};
 
 unsigned long ThisThread() {
   static_assert(sizeof(pthread_t) == sizeof(unsigned long), "a thread's id is one word");
@@ -32,7 +42,7 @@ int PCMutex::Create() {
 
 bool PCMutex::TakeIfFree() {
   unsigned int free = kFree;
-  return mState.compare_exchange_strong(free, kHeld, std::memory_order_acquire,
+  return mState.compare_exchange_strong(free, kHeld, std::memory_order_seq_cst,
                                         std::memory_order_relaxed);
 }
 
@@ -44,7 +54,7 @@ bool PCMutex::WaitUntilFree() {
     if (state == kNotCreated) return false;
     if (state == kFree && TakeIfFree()) return true;
   }
-  while (mState.exchange(kAwaited, std::memory_order_acquire) != kFree) Sleep(mState, kAwaited);
+  while (mState.exchange(kAwaited, std::memory_order_seq_cst) != kFree) Sleep(mState, kAwaited);
   return true;
 }
 
@@ -53,9 +63,7 @@ void PCMutex::Take() {
     ++mDepth;
     return;
   }
-  if (!TakeIfFree() && !WaitUntilFree()) return;
-  mOwner.store(ThisThread(), std::memory_order_relaxed);
-  mDepth = 1;
+  if (TakeIfFree() || WaitUntilFree()) Own();
 }
 
 int PCMutex::TryTake() {
@@ -65,9 +73,14 @@ int PCMutex::TryTake() {
   }
   if (!IsCreated()) return 1;
   if (!TakeIfFree()) return 0;
+  Own();
+  return 1;
+}
+
+void PCMutex::Own() {
   mOwner.store(ThisThread(), std::memory_order_relaxed);
   mDepth = 1;
-  return 1;
+  if (mReaders != nullptr) mReaders->AwaitNone();
 }
 
 void PCMutex::Give() {
@@ -89,6 +102,11 @@ bool PCMutex::IsMine() const {
   return mOwner.load(std::memory_order_relaxed) == ThisThread();
 }
 
+bool PCMutex::IsOthers() const {
+  const unsigned long owner = mOwner.load(std::memory_order_relaxed);
+  return owner != 0 && owner != ThisThread();
+}
+
 int PCMutex::ReleaseAll() {
   if (!IsMine()) return 0;
   const int depth = mDepth;
@@ -101,4 +119,43 @@ void PCMutex::Retake(int depth) {
   if (depth <= 0) return;
   Take();
   if (IsMine()) mDepth += depth - 1;
+}
+
+bool PCReaders::IsInside() const {
+  return sReading.inside == this;
+}
+
+void PCReaders::StartAnew() {
+  for (Place& each : places_) each.count.store(0);
+}
+
+// Either the reader sees here that the lock is held, or who has it sees the reader there.
+bool PCReaders::Enter(const PCMutex& lock) {
+  Reading& reading = sReading;
+  if (reading.inside != nullptr) return false;
+  if (reading.place == 0) reading.place = 1 + sPlacesGiven.fetch_add(1) % kPlaces;
+  places_[reading.place - 1].count.fetch_add(1, std::memory_order_seq_cst);
+  reading.inside = this;
+  if (lock.IsFree()) return true;
+  Leave(lock);
+  return false;
+}
+
+// Who has the lock may sleep until the last reader of the place is gone.
+void PCReaders::Leave(const PCMutex& lock) {
+  Reading& reading = sReading;
+  reading.inside = nullptr;
+  std::atomic<unsigned int>& count = places_[reading.place - 1].count;
+  const unsigned int before = count.fetch_sub(1, std::memory_order_seq_cst);
+  if (before == 1 && !lock.IsFree()) WakeOne(count);
+}
+
+void PCReaders::AwaitNone() {
+  for (Place& each : places_) {
+    for (;;) {
+      const unsigned int count = each.count.load(std::memory_order_seq_cst);
+      if (count == 0) break;
+      Sleep(each.count, count);
+    }
+  }
 }

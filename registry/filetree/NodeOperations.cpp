@@ -10,8 +10,12 @@
 namespace tamu::registry {
 
 template <class Scope>
-unsigned int NodeOperations::InStore(bool argumentsGiven,
-                                     const FunctionRef<Status(Scope&)>& body) {
+unsigned int NodeOperations::InStore(bool argumentsGiven, const FunctionRef<Status(Scope&)>& body) {
+  if constexpr (std::is_same<Scope, StoreAccess>::value) {
+    Status result = status::kOk;
+    const bool mayLook = file != nullptr && argumentsGiven && !lock_.IsOthers();
+    if (mayLook && file->LookBesideOthers(body, &result)) return result;
+  }
   PCMutexGuard guard(lock_);
   if (file == nullptr) return status::kNoRight;
   if (!argumentsGiven) return status::kBadArgument;

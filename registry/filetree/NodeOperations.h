@@ -93,6 +93,7 @@ class NodeOperations : public RegistryInterface {
   // Runs the body of an operation with the object lock and the store held: a StoreAccess, or the
   // Changes that it makes. One that looks is run again when another process has written the file
   // meanwhile; but for lists of names, nothing that it puts out counts before it answers 0.
+  // Where it can be, that is done without any lock; not while a thread keeps the object lock.
   template <class Scope>
   unsigned int InStore(bool argumentsGiven, const FunctionRef<Status(Scope&)>& body);
 

@@ -16,6 +16,7 @@ unsigned int StringOperations::FindKey(TernaryString* start, const char* path,
 }
 
 unsigned int StringOperations::InTree(bool argumentsGiven, const FunctionRef<Status()>& body) {
+  if (readers_.IsInside()) return argumentsGiven ? body() : Status(status::kBadArgument);
   PCMutexGuard guard(treeLock);
   if (initialized == 0) return status::kNoRight;
   if (!argumentsGiven) return status::kBadArgument;

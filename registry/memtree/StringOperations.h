@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "platform/PCMutex.h"
+#include "platform/PCReaders.h"
 #include "registry/base/FunctionRef.h"
 #include "registry/keytree/RegistryInterface.h"
 #include "registry/memtree/LoadedStrings.h"
@@ -50,9 +51,12 @@ class StringOperations : public RegistryInterface {
                            unsigned int cut, TernaryString* parent, TernaryString*& upper);
 
  protected:
-  explicit StringOperations(RegistryDaemon* daemonObject) : daemon(daemonObject) {}
+  explicit StringOperations(RegistryDaemon* daemonObject) : daemon(daemonObject) {
+    treeLock.Admit(&readers_);
+  }
 
-  // Runs the body of an operation that only looks, with the tree's lock held.
+  // Runs the body of an operation that only looks, with the tree's lock held, or among its
+  // readers.
   unsigned int InTree(bool argumentsGiven, const FunctionRef<Status()>& body);
   // The same for one that changes or loads something. When the file is shared, no other process
   // changes it from before the first look at what is loaded to behind the last.
@@ -72,6 +76,7 @@ class StringOperations : public RegistryInterface {
   RegistryDaemon* daemon;  // kept, not used
   PCMutex spareLock;       // made and given back with the tree; nothing takes it
   PCMutex treeLock;        // held over every whole operation
+  PCReaders readers_;      // of the tree's lock
   LoadedStrings loaded_;
 };
 

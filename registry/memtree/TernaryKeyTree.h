@@ -74,6 +74,11 @@ class TernaryKeyTree : public StringOperations {
   // For a transaction, with the tree's lock held. Exchanges all that is loaded, with its handles.
   void Exchange(LoadedStrings& other) { loaded_.Swap(other); }
   PCMutex& TreeLock() { return treeLock; }
+  // Those who are inside, and find the tree ready, may read values, default values and permissions,
+  // and list values, through handles; nothing else.
+  PCReaders& Readers() { return readers_; }
+  // True when nothing is to be loaded before an operation.
+  bool IsReady() const { return initialized != 0 && !IsBehind(); }
   // Of what is loaded: the newest; each leads to the next.
   TernaryHandle* Handles() const { return loaded_.Handles(); }
   // Makes a handle that leads nowhere. kNoMemory; kInputOutput: no semaphores.

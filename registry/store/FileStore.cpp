@@ -82,6 +82,12 @@ bool FileStore::FollowOthers() {
   return false;
 }
 
+bool FileStore::IsSettled() const {
+  const bool isShared = journal_.IsOn();
+  if (isShared && (journal_.Sequence() != known_ || known_ % 2 != 0)) return false;
+  return undo_.IsEmpty() && file_.IsSettled(isShared, known_);
+}
+
 void FileStore::Leave() {
   if (isLockedByAccess_) GiveLock();
   isLockedByAccess_ = false;
@@ -246,6 +252,14 @@ Status FileStore::WriteFirstTable(const FileLayout& layout, NodeKind kind) {
   const Status result = file_.Write(table.tableOffset(), NodeAllocationTable::kSize, table.bytes());
   if (!result.IsOk()) return result;
   return file_.WriteSequence(table.entriesOffset(), 1, layout.entryCount());
+}
+
+bool FileStore::LookBesideOthers(const FunctionRef<Status(StoreAccess&)>& look, Status* result) {
+  const PCReaders::Scope readers(ProcessFile::Readers(), ProcessFile::Lock());
+  if (!readers.IsInside() || !IsSettled()) return false;
+  StoreAccess access(*this, StoreAccess::Sharing::kReader);
+  *result = look(access);
+  return !access.IsTorn();
 }
 
 Status FileStore::Look(const FunctionRef<Status(StoreAccess&)>& look) {

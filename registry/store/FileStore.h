@@ -81,6 +81,9 @@ class FileStore {
   // written the file meanwhile: what it answers was all there at the same time. What it has put out
   // before that is its own to take back.
   Status Look(const FunctionRef<Status(StoreAccess&)>& look);
+  // The same without any lock, beside other threads that do so. False where that cannot be had now,
+  // or the file was written meanwhile: what was put out is then to be taken back.
+  bool LookBesideOthers(const FunctionRef<Status(StoreAccess&)>& look, Status* result);
 
  private:
   friend class StoreAccess;
@@ -92,6 +95,8 @@ class FileStore {
   // here on.
   void Enter();
   bool FollowOthers();
+  // True when all that is known of the file is as the file is. Asked among its readers.
+  bool IsSettled() const;
   void Leave();
   // The lock between processes, which nests. Without a journal there is none. When it cannot be
   // had, every transfer answers kInputOutput until the last level is given.

@@ -14,6 +14,13 @@ namespace {
 
 Immortal<PCFile> sFile;
 Immortal<PCMutex> sLock;
+Immortal<PCReaders> sReaders;
+
+int MakeLock() {
+  sLock.value.Admit(&sReaders.value);
+  return sLock.value.Create();
+}
+
 char* sPath = nullptr;     // owned; null when nothing is open
 unsigned int sLatest = 0;  // the latest generation that has started
 bool sClosing = false;
@@ -23,9 +30,13 @@ bool sClosing = false;
 unsigned int ProcessFile::sGeneration = 0;
 
 PCMutex& ProcessFile::Lock() {
-  static const int sCreated = sLock.value.Create();
+  static const int sCreated = MakeLock();
   static_cast<void>(sCreated);
   return sLock.value;
+}
+
+PCReaders& ProcessFile::Readers() {
+  return sReaders.value;
 }
 
 PCFile& ProcessFile::File() {
@@ -34,6 +45,7 @@ PCFile& ProcessFile::File() {
 
 void ProcessFile::StartAnew() {
   Lock().Create();
+  Readers().StartAnew();
   File().Destroy();
   sPath = nullptr;
   sGeneration = 0;

@@ -3,6 +3,7 @@
 
 #include "platform/PCFile.h"
 #include "platform/PCMutex.h"
+#include "platform/PCReaders.h"
 
 namespace tamu::registry {
 
@@ -15,6 +16,8 @@ class ProcessFile {
 
   // The lock over the file and over this record; recursive. Not created when there is no memory.
   static PCMutex& Lock();
+  // Those who only look at the file and at what stores know of it, beside each other.
+  static PCReaders& Readers();
   static PCFile& File();
 
   // In a process that was forked: the other one goes on with the file, this one without any.

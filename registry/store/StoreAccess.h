@@ -16,14 +16,15 @@ namespace tamu::registry {
 // writes it.
 class StoreAccess {
  public:
-  enum class Sharing { kShared, kAlone };
+  // kReader: the thread is among ProcessFile::Readers, and the store is settled; it takes nothing.
+  enum class Sharing { kShared, kAlone, kReader };
 
   explicit StoreAccess(FileStore& store, Sharing sharing = Sharing::kShared);
   ~StoreAccess();
   StoreAccess(const StoreAccess&) = delete;
   StoreAccess& operator=(const StoreAccess&) = delete;
 
-  bool IsTorn() const { return store_.file_.IsTorn(); }
+  bool IsTorn() const { return isTorn_ || (!IsReader() && store_.file_.IsTorn()); }
   // True when no other scope of the thread is around this one.
   bool IsOutermost() const { return isOutermost_; }
 
@@ -67,18 +68,33 @@ class StoreAccess {
     unsigned int offset = 0;
     const Status found = store_.tables_.Resolve(kind, id, &offset);
     if (found.IsOk()) {
-      const unsigned char* mapped = store_.file_.Mapped(offset, RecordSizeOf(kind));
+      constexpr unsigned int kRecordSize = RecordSizeOf(kind);
+      const bool isKnown = offset < knownLength_ && knownLength_ - offset >= kRecordSize;
+      const unsigned char* mapped =
+          isKnown ? known_ + offset : store_.file_.Mapped(offset, kRecordSize);
       if (mapped != nullptr) {
-        std::memcpy(bytes, mapped, RecordSizeOf(kind));
-        return store_.file_.IsUnchanged() ? found : Status(status::kInputOutput);
+        std::memcpy(bytes, mapped, kRecordSize);
+        if (store_.file_.IsUnchanged()) return found;
+        return Noted(status::kInputOutput);
       }
     }
     return ReadRecord(kind, id, bytes);
   }
 
+  bool IsReader() const { return sharing_ == Sharing::kReader; }
+  // Of several readers each has its own torn reads.
+  Status Noted(Status result) const {
+    if (IsReader() && result == status::kInputOutput) isTorn_ = true;
+    return result;
+  }
+
   FileStore& store_;
   Sharing sharing_;
   bool isOutermost_;
+  mutable bool isTorn_ = false;
+  // Of a reader: what is mapped of the file, which stays so.
+  const unsigned char* known_ = nullptr;
+  unsigned int knownLength_ = 0;
 };
 
 // The same, and no other process writes the file: for what takes long, or cannot be run again.

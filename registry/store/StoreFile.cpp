@@ -78,6 +78,10 @@ Status StoreFile::Read(unsigned int offset, unsigned int size, void* buffer) con
     return IsUnchanged() ? status::kOk : status::kInputOutput;
   }
   if (isBlocked_) return status::kInputOutput;
+  if (gathered_.IsEmpty() && ProcessFile::Readers().IsInside()) {
+    isTorn_.store(true, std::memory_order_relaxed);
+    return status::kInputOutput;
+  }
   const Status result = ReadStraight(offset, size, buffer);
   if (!IsUnchanged()) return status::kInputOutput;
   if (!gathered_.IsEmpty() && result.IsOk()) {

@@ -1,6 +1,7 @@
 // The registry file as one store sees it.
 #pragma once
 
+#include <atomic>
 #include <utility>
 
 #include "platform/PCWord.h"
@@ -12,7 +13,8 @@ namespace tamu::registry {
 
 // Bytes at offsets of the file that the process has open, as long as that is the one this object
 // has opened; otherwise every transfer answers kInputOutput. Both locks of an access are held by
-// the caller (StoreAccess), but for construction and destruction.
+// the caller (StoreAccess), but for construction and destruction; or the caller is among
+// ProcessFile::Readers and only reads: what the mapping does not serve is then torn.
 class StoreFile {
  public:
   StoreFile();
@@ -55,13 +57,19 @@ class StoreFile {
   // there while the word was `value`, or the read answers kInputOutput (IsTorn). Null: nobody does.
   void Watch(const unsigned int* word, unsigned int value);
   // True when a read has failed because the word had another value by then.
-  bool IsTorn() const { return isTorn_; }
-  void ForgetTorn() { isTorn_ = false; }
+  bool IsTorn() const { return isTorn_.load(std::memory_order_relaxed); }
+  void ForgetTorn() { isTorn_.store(false, std::memory_order_relaxed); }
   // Tells, and remembers, whether what was read before the call was there at the same time.
   bool IsUnchanged() const {
     if (watched_ == nullptr || PCWord::LoadBehindReads(watched_) == expected_) return true;
-    isTorn_ = true;
+    isTorn_.store(true, std::memory_order_relaxed);
     return false;
+  }
+  // True when reads of records need no lock but among ProcessFile::Readers: nothing is being
+  // changed here, and the word has the value, or nobody else changes anything.
+  bool IsSettled(bool isShared, unsigned int value) const {
+    const bool isWatched = isShared ? watched_ != nullptr && expected_ == value : true;
+    return isWatched && Mapped(0, 1) != nullptr && file_.IsFresh();
   }
   // From now on every read answers kInputOutput, or none does for this.
   void Block(bool isBlocked) { isBlocked_ = isBlocked; }
@@ -129,7 +137,7 @@ class StoreFile {
   unsigned int lowestStraight_ = kNowhere;
   const unsigned int* watched_ = nullptr;
   unsigned int expected_ = 0;  // value of the word
-  mutable bool isTorn_ = false;
+  mutable std::atomic<bool> isTorn_{false};
   bool isBlocked_ = false;
   unsigned int generation_ = 0;  // of the process's opening that is this object's; 0 = none
   bool missing_ = false;
