@@ -20,10 +20,15 @@ class ContentHash {
     for (; size > 0; --size, ++offset, ++bytes) sum += OfByte(offset, *bytes);
     return sum;
   }
-  // What the sum grows by when `size` bytes at an offset change.
+  // What the sum grows by when `size` bytes at an offset change; both are multiples of a word's.
   static unsigned long long OfChange(unsigned int offset, const unsigned char* before,
                                      const unsigned char* after, unsigned int size) {
-    return Of(offset, after, size) - Of(offset, before, size);
+    unsigned long long sum = 0;
+    for (unsigned int i = 0; i < size; i += kWord) {
+      const unsigned long long grown = GetU32(after + i);
+      sum += (grown - GetU32(before + i)) * WeightOf((offset + i) / kWord);
+    }
+    return sum;
   }
 
  private:

@@ -69,9 +69,15 @@ Status ExchangeData(Changes& changes, unsigned int id, TernaryValueNode* record,
                     unsigned int* dataId) {
   *dataId = 0;
   if (record->isInBlocks() && record->dataWord() != 0) {
+    const unsigned int block = record->dataWord();
     Status result = LetGoOfBlocks(changes, id, record);
-    if (result.IsOk()) result = changes.ReleaseDataIfSound(record->dataWord());
-    if (!result.IsOk()) return result;
+    bool isDone = false;
+    if (result.IsOk() && value.type != kValueTypeInteger) {
+      result = changes.OverwriteData(block, value.data, value.size, &isDone);
+    }
+    if (isDone && result.IsOk()) *dataId = block;
+    if (result.IsOk() && !isDone) result = changes.ReleaseDataIfSound(block);
+    if (isDone || !result.IsOk()) return result;
   }
   if (value.type == kValueTypeInteger || value.size == 0) return status::kOk;
   return changes.StoreData(value.data, value.size, dataId);

@@ -25,9 +25,10 @@ Status StoreNewData(Changes& changes, const Value& value, unsigned int* dataId);
 Status LinkValue(Changes& changes, unsigned int valueId, TernaryValueNode* value,
                  unsigned int keyId, TernaryKeyNode* key, unsigned int count);
 
-// Gives back the blocks of a value and stores its new data, so that it takes them again; *dataId is
-// 0 for a number and without data. `record`, which is what the file has, lets go of its blocks
-// first: whatever happens from then on, it never leads to blocks of another value.
+// Gives back the blocks of a value and stores its new data, so that it takes them again, or writes
+// just these; *dataId is 0 for a number and without data. `record`, which is what the file has,
+// lets go of its blocks first: whatever happens from then on, it never leads to blocks of another
+// value.
 Status ExchangeData(Changes& changes, unsigned int id, TernaryValueNode* record, const Value& value,
                     unsigned int* dataId);
 

@@ -16,6 +16,10 @@ class BlockChain {
   Status Follow(const StoreFile& file, unsigned int id);
   // Reads up to *size bytes; *size becomes the bytes read. kInputOutput.
   Status Read(const StoreFile& file, void* buffer, unsigned int* size) const;
+  // Of a chain that was followed.
+  const NodeAllocationTable* Table() const { return table_; }
+  const unsigned int* Slots() const { return slots_; }
+  unsigned int Count() const { return count_; }
 
  private:
   const TableMap& tables_;

@@ -167,6 +167,24 @@ Status Changes::TakeBlocks(unsigned int* slots, unsigned int count,
   return result;
 }
 
+// Consecutive blocks are written with one access. The last one is stored whole; its rest is zero,
+// never the caller's neighbouring memory. One that cannot be written keeps none of the others away.
+Status Changes::WriteBlocks(const NodeAllocationTable& table, const unsigned int* slots,
+                            unsigned int count, const void* data, unsigned int size) {
+  unsigned char bytes[kDataBlocksMax * kDataBlockSize] = {};
+  PCMem::Copy(bytes, data, size);
+  Status result = status::kOk;
+  for (unsigned int first = 0; first < count;) {
+    unsigned int run = 1;
+    while (first + run < count && slots[first + run] == slots[first] + run) ++run;
+    const Status written = WriteBytes(table.areaOffset() + slots[first] * kDataBlockSize,
+                                      run * kDataBlockSize, bytes + first * kDataBlockSize);
+    if (!written.IsOk()) result = written;
+    first += run;
+  }
+  return result;
+}
+
 Status Changes::StoreBlocks(const void* data, unsigned int size, bool anyhow, unsigned int* id) {
   *id = 0;
   if (size == 0 || data == nullptr) return status::kBadArgument;
@@ -177,16 +195,7 @@ Status Changes::StoreBlocks(const void* data, unsigned int size, bool anyhow, un
   unsigned int slots[kDataBlocksMax];
   Status result = TakeBlocks(slots, blocks, table);
   if (!result.IsOk()) return result;
-  const unsigned char* bytes = static_cast<const unsigned char*>(data);
-  for (unsigned int k = 0; k < blocks; ++k) {
-    // The last block is stored whole; its rest is zero, never the caller's neighbouring memory.
-    unsigned char block[kDataBlockSize] = {};
-    const unsigned int left = size - kDataBlockSize * k;
-    PCMem::Copy(block, bytes + kDataBlockSize * k, left < kDataBlockSize ? left : kDataBlockSize);
-    const Status written =
-        WriteBytes(table->areaOffset() + slots[k] * kDataBlockSize, kDataBlockSize, block);
-    if (!written.IsOk()) result = written;
-  }
+  result = WriteBlocks(*table, slots, blocks, data, size);
   if (result.IsOk() || anyhow) *id = MakeNodeId(table->tableNumber(), slots[0]);
   return anyhow ? Status(status::kOk) : result;
 }
@@ -200,6 +209,24 @@ Status Changes::StoreData(const void* data, unsigned int size, unsigned int* id)
 
 Status Changes::StoreDataAnyhow(const void* data, unsigned int size, unsigned int* id) {
   return StoreBlocks(data, size, true, id);
+}
+
+// The list of free blocks hands out what it got last. A list whose head is damaged does not come
+// out of giving and taking as it was, and neither does a count that is too low.
+Status Changes::OverwriteData(unsigned int id, const void* data, unsigned int size, bool* isDone) {
+  *isDone = false;
+  if (size == 0 || size > kValueDataMax || !store_.file_.IsOpen()) return status::kOk;
+  const TernaryNodeDescriptor& descriptor = Descriptor(NodeKind::kData);
+  BlockChain chain(store_.tables_);
+  unsigned int head = 0;
+  const bool isSame = !descriptor.damaged && chain.Follow(store_.file_, id).IsOk() &&
+                      chain.Table() == descriptor.lastTable &&
+                      chain.Count() == DataBlocksFor(size) &&
+                      chain.Count() <= descriptor.usedNodes &&
+                      ReadInteger(descriptor.lastTable->entriesOffset(), &head).IsOk() && head != 0;
+  if (!isSame) return status::kOk;
+  *isDone = true;
+  return WriteBlocks(*chain.Table(), chain.Slots(), chain.Count(), data, size);
 }
 
 Status Changes::ReleaseData(unsigned int id) {

@@ -60,6 +60,9 @@ class Changes : public StoreAccess {
   Status StoreData(const void* data, unsigned int size, unsigned int* id);
   // The same, but a block that cannot be written is not reported.
   Status StoreDataAnyhow(const void* data, unsigned int size, unsigned int* id);
+  // Writes data over that of the chain, if just these blocks would come out of giving the chain
+  // back and storing the data: then *isDone, and nothing else has changed.
+  Status OverwriteData(unsigned int id, const void* data, unsigned int size, bool* isDone);
   // Gives a whole chain back. Id 0: nothing, 0. kInvalidFile, with nothing changed, for a damaged
   // chain: freeing one that is longer than any value's would free blocks of other values.
   Status ReleaseData(unsigned int id);
@@ -85,6 +88,8 @@ class Changes : public StoreAccess {
   Changes(FileStore& store, const Mark& start);
   Status Commit();
   Status StoreBlocks(const void* data, unsigned int size, bool anyhow, unsigned int* id);
+  Status WriteBlocks(const NodeAllocationTable& table, const unsigned int* slots,
+                     unsigned int count, const void* data, unsigned int size);
   Status TakeBlocks(unsigned int* slots, unsigned int count, const NodeAllocationTable*& table);
   Status WriteNewTable(const NodeAllocationTable& table, unsigned int areaSize);
   Status LinkNewTable(NodeAllocationTable* last, const NodeAllocationTable& table,

@@ -408,5 +408,95 @@ TEST_F(ChangesTest, ADamagedChainIsNotGivenBack) {
   EXPECT_EQ(3u, store.Descriptor(NodeKind::kData).usedNodes);
 }
 
+// In one of two equal files a chain is given back and the data stored anew, in the other the data
+// is written over that of the chain.
+class OverwrittenDataTest : public StoreTest {
+ protected:
+  void SetUp() override {
+    StoreTest::SetUp();
+    Changes changes(store);
+    for (unsigned int size : {64u, 200u, 1024u}) {
+      const std::string text(size, 'x');
+      unsigned int id = 0;
+      ASSERT_EQ(status::kOk, changes.StoreData(text.data(), size, &id));
+      ids.push_back(id);
+    }
+    ASSERT_EQ(status::kOk, changes.ReleaseData(ids[0]));  // the list is not in order any more
+    ASSERT_EQ(status::kOk, changes.End(status::kOk));
+  }
+  bool Overwrite(unsigned int id, const std::string& text) {
+    Changes changes(store);
+    bool isDone = false;
+    EXPECT_EQ(status::kOk, changes.OverwriteData(id, text.data(),
+                                                 static_cast<unsigned int>(text.size()), &isDone));
+    EXPECT_EQ(status::kOk, changes.End(status::kOk));
+    return isDone;
+  }
+  unsigned int StoreAnew(unsigned int id, const std::string& text) {
+    Changes changes(store);
+    unsigned int stored = 0;
+    EXPECT_EQ(status::kOk, changes.ReleaseData(id));
+    EXPECT_EQ(status::kOk,
+              changes.StoreData(text.data(), static_cast<unsigned int>(text.size()), &stored));
+    EXPECT_EQ(status::kOk, changes.End(status::kOk));
+    return stored;
+  }
+
+  std::vector<unsigned int> ids;
+};
+
+TEST_F(OverwrittenDataTest, LeavesTheBytesThatStoringItAnewWouldLeave) {
+  for (const auto& [id, size] :
+       {std::pair{ids[1], 200u}, {ids[1], 193u}, {ids[1], 256u}, {ids[2], 961u}, {ids[2], 1024u}}) {
+    const std::string before = Bytes();
+    const std::string text(size, static_cast<char>('a' + size % 20));
+    ASSERT_TRUE(Overwrite(id, text)) << size;
+    const std::string overwritten = Bytes();
+    const std::string known = Known();
+    Reopen(before);
+    EXPECT_EQ(id, StoreAnew(id, text)) << size;
+    EXPECT_TRUE(Bytes() == overwritten) << size;
+    EXPECT_TRUE(Known() == known) << size;
+  }
+}
+
+TEST_F(OverwrittenDataTest, IsLeftToStoringItAnewWhereTheBlocksAreNotTheSame) {
+  const std::string before = Bytes();
+  EXPECT_FALSE(Overwrite(ids[1], std::string(192, 'y'))) << "fewer blocks";
+  EXPECT_FALSE(Overwrite(ids[1], std::string(257, 'y'))) << "more blocks";
+  EXPECT_FALSE(Overwrite(ids[1], "")) << "none";
+  EXPECT_FALSE(Overwrite(ids[0], std::string(64, 'y'))) << "they are free";
+  EXPECT_FALSE(Overwrite(0, std::string(64, 'y'))) << "there are none";
+  EXPECT_TRUE(Bytes() == before);
+}
+
+TEST_F(OverwrittenDataTest, IsLeftToStoringItAnewInATableThatIsNotTheNewest) {
+  {
+    Changes changes(store);
+    ASSERT_EQ(status::kOk, changes.Grow(&store.Descriptor(NodeKind::kData), kDataBlockSize, 100));
+    ASSERT_EQ(status::kOk, changes.End(status::kOk));
+  }
+  EXPECT_FALSE(Overwrite(ids[1], std::string(200, 'y')));
+}
+
+// A list of free blocks whose head leads nowhere gets another one when blocks are given back.
+TEST_F(OverwrittenDataTest, IsLeftToStoringItAnewBesideADamagedList) {
+  Damage(kTables[3] + 32, 0);
+  EXPECT_FALSE(Overwrite(ids[1], std::string(200, 'y')));
+}
+
+TEST_F(OverwrittenDataTest, IsUndoneWithItsChange) {
+  const std::string before = Bytes();
+  {
+    Changes changes(store);
+    bool isDone = false;
+    const std::string text(200, 'y');
+    ASSERT_EQ(status::kOk, changes.OverwriteData(ids[1], text.data(), 200, &isDone));
+    ASSERT_TRUE(isDone);
+    changes.End(status::kNoMemory).Ignore();
+  }
+  EXPECT_TRUE(Bytes() == before);
+}
+
 }  // namespace
 }  // namespace tamu::registry::storetests
