@@ -1,5 +1,6 @@
 #include "registry/base/NameList.h"
 
+#include <functional>
 #include <new>
 
 #include "platform/PCMem.h"
@@ -23,7 +24,7 @@ NameList::NameList(unsigned int wanted) {
 }
 
 NameList::~NameList() {
-  for (unsigned int i = 0; i < count; ++i) delete[] names[i];
+  CutTo(0);
   delete[] names;
   delete[] tags;
 }
@@ -37,20 +38,64 @@ unsigned int NameList::AddName(char* name, unsigned long long tag) {
   return status::kOk;
 }
 
+bool NameList::Block::Has(const char* name) const {
+  const char* const bytes = reinterpret_cast<const char*>(this + 1);
+  const std::less<const char*> isBefore;
+  return !isBefore(name, bytes) && isBefore(name, bytes + used);
+}
+
+bool NameList::IsCopy(const char* name) const {
+  const Block* block = blocks_;
+  while (block != nullptr && !block->Has(name)) block = block->before;
+  return block != nullptr;
+}
+
+void NameList::FreeNewestBlock() {
+  Block* const newest = blocks_;
+  blocks_ = newest->before;
+  ::operator delete(newest);
+}
+
+// Each block is at least twice as large as the one before.
+bool NameList::MakeRoom(unsigned int size) {
+  if (blocks_ != nullptr && blocks_->size - blocks_->used >= size) return true;
+  constexpr unsigned int kFirst = 512;
+  constexpr unsigned int kMost = 0x7FFFFFFF - sizeof(Block);
+  unsigned int wanted = blocks_ != nullptr ? 2 * blocks_->size : kFirst;
+  if (wanted < size) wanted = size;
+  if (wanted > kMost) return false;
+  void* const memory = ::operator new(sizeof(Block) + wanted, std::nothrow);
+  if (memory == nullptr) return false;
+  blocks_ = new (memory) Block{blocks_, wanted, 0};
+  return true;
+}
+
 unsigned int NameList::AddCopy(const char* name, unsigned int most) {
   unsigned int length = 0;
   while (length < most && name[length] != 0) ++length;
-  char* copy = new (std::nothrow) char[length + 1];
-  if (copy == nullptr) return status::kNoMemory;
+  if (count < capacity && !MakeRoom(length + 1)) return status::kNoMemory;
+  const unsigned int result = AddName(nullptr, 0);
+  if (result != status::kOk) return result;
+  char* const copy = blocks_->Bytes() + blocks_->used;
   PCMem::Copy(copy, name, length);
   copy[length] = 0;
-  const unsigned int result = AddName(copy, 0);
-  if (result != status::kOk) delete[] copy;
+  blocks_->used += length + 1;
+  names[count - 1] = copy;
   return result;
 }
 
+// Copies were made in the order of the names.
 void NameList::CutTo(unsigned int first) {
-  while (count > first) delete[] names[--count];
+  while (count > first) {
+    char* const name = names[--count];
+    if (!IsCopy(name)) {
+      delete[] name;
+      continue;
+    }
+    while (!blocks_->Has(name)) FreeNewestBlock();
+    blocks_->used = static_cast<unsigned int>(name - blocks_->Bytes());
+  }
+  while (first == 0 && blocks_ != nullptr) FreeNewestBlock();
 }
 
 char* NameList::GetName(unsigned int index, unsigned long long* tag) const {

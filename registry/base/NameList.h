@@ -9,7 +9,8 @@ namespace tamu::registry {
 // with nothing between them.
 constexpr unsigned int kListWithPath = 1;
 
-// Owns its names: each is an array of char from new[].
+// Owns its names. A name that is taken over is an array of char from new[]; copies lie behind each
+// other in a few blocks.
 class YAX_API NameList {
  public:
   // Makes room for `capacity` names. When the memory cannot be had the capacity is 0.
@@ -27,13 +28,27 @@ class YAX_API NameList {
   // index beyond the last name; the tag is then untouched.
   char* GetName(unsigned int index, unsigned long long* tag) const;
 
-  // Drops the names from `first` on.
+  // Drops the names from `first` on, and what memory only they needed.
   void CutTo(unsigned int first);
 
   unsigned int Count() const { return count; }
   unsigned int Capacity() const { return capacity; }
 
  private:
+  // Has room for `size` bytes behind it.
+  struct Block {
+    Block* before;
+    unsigned int size;
+    unsigned int used;
+    char* Bytes() { return reinterpret_cast<char*>(this + 1); }
+    bool Has(const char* name) const;
+  };
+
+  bool MakeRoom(unsigned int size);
+  bool IsCopy(const char* name) const;
+  void FreeNewestBlock();
+
+  Block* blocks_ = nullptr;  // the newest
   unsigned int count = 0;
   unsigned int capacity = 0;  // names; fixed
   char** names = nullptr;

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <string>
+#include <vector>
+
 #include "registry/base/NameList.h"
 #include "registry/base/RCEString.h"
 #include "registry/base/RegistryStatus.h"
@@ -26,6 +29,58 @@ TEST(NameList, TakesTheNameItselfAndKeepsIt) {
   ASSERT_EQ(list.AddName(name, 0), status::kOk);
   EXPECT_EQ(list.GetName(0, nullptr), name);
   EXPECT_EQ(list.GetName(0, nullptr), name);
+}
+
+// Blocks are made as names need them; taken names lie between.
+TEST(NameList, CopiesOfAnyLengthStayWhereTheyAre) {
+  NameList list(400);
+  std::vector<std::string> expected;
+  std::vector<const char*> places;
+  for (unsigned int i = 0; i < 400; ++i) {
+    const std::string name(i * 7 % 1500, static_cast<char>('a' + i % 26));
+    expected.push_back(name);
+    if (i % 5 == 0) {
+      ASSERT_EQ(list.AddName(RCEString::Duplicate(name.c_str()), i), status::kOk);
+    } else {
+      ASSERT_EQ(list.AddCopy(name.c_str()), status::kOk);
+    }
+    places.push_back(list.GetName(i, nullptr));
+  }
+  for (unsigned int i = 0; i < 400; ++i) {
+    EXPECT_EQ(list.GetName(i, nullptr), places[i]);
+    EXPECT_EQ(list.GetName(i, nullptr), expected[i]);
+  }
+}
+
+TEST(NameList, WhatIsCutOffMakesRoomForOtherNames) {
+  NameList list(300);
+  const std::string name(100, 'n');
+  for (unsigned int i = 0; i < 200; ++i) {
+    if (i % 3 == 0) {
+      ASSERT_EQ(list.AddName(RCEString::Duplicate("taken"), 0), status::kOk);
+    } else {
+      ASSERT_EQ(list.AddCopy(name.c_str(), i), status::kOk);
+    }
+  }
+  for (const unsigned int first : {150u, 149u, 10u, 3u, 0u}) {
+    list.CutTo(first);
+    ASSERT_EQ(list.Count(), first);
+    ASSERT_EQ(list.AddCopy("new"), status::kOk);
+    EXPECT_STREQ(list.GetName(first, nullptr), "new");
+    for (unsigned int i = 0; i < first; ++i) {
+      const std::string expected = i % 3 == 0 ? "taken" : name.substr(0, i);
+      EXPECT_EQ(list.GetName(i, nullptr), expected) << i;
+    }
+  }
+}
+
+TEST(NameList, AFullListTakesNoCopy) {
+  NameList list(1);
+  ASSERT_EQ(list.AddCopy("first"), status::kOk);
+  EXPECT_EQ(list.AddCopy("second"), status::kLimit);
+  EXPECT_EQ(list.Count(), 1u);
+  NameList none(0);
+  EXPECT_EQ(none.AddCopy("first"), status::kNoMemory);
 }
 
 TEST(NameList, AnswersNullBeyondTheLastNameAndLeavesTheTag) {
