@@ -245,8 +245,8 @@ TEST_F(RegistryFaults, ABackupThatCannotBeWrittenIsReportedAndChangesNothing) {
   ASSERT_EQ(registry.CreateKey(0, "key", 7), 0u);
   std::string data(1000, 'd');
   Value value = {1, 1000, data.data()};
-  for (const char* name : {"a", "b", "c", "d", "e", "f", "g", "h", "i"}) {
-    ASSERT_EQ(registry.CreateValue(0, "key", name, &value), 0u);
+  for (unsigned int i = 0; i < 140; ++i) {
+    ASSERT_EQ(registry.CreateValue(0, "key", std::to_string(i).c_str(), &value), 0u);
   }
   const std::string before = GetFile(clean_);
   std::filesystem::create_directory(folder_);

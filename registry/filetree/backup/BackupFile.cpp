@@ -7,7 +7,8 @@ namespace tamu::registry {
 
 namespace {
 
-constexpr unsigned int kPieceSize = 4096;  // bytes
+constexpr unsigned int kPieceSize = 65536;     // bytes that are written at once
+constexpr unsigned int kReadPieceSize = 4096;  // bytes that are read
 
 Immortal<PCFile> sBackup;
 
@@ -18,7 +19,7 @@ unsigned char BackupFile::backupHeader = 0;
 
 Status BackupFile::OpenBackup(const char* path, bool make) {
   Close();
-  if (piece_.EnsureCapacity(kPieceSize) != status::kOk) return status::kNoMemory;
+  if (piece_.EnsureCapacity(make ? kPieceSize : kReadPieceSize) != status::kOk) return status::kNoMemory;
   used_ = 0;
   next_ = 0;
   offset_ = 0;
@@ -100,7 +101,7 @@ Status BackupFile::ReadPiece() {
   used_ = 0;
   const unsigned int size = backup.Size();
   const unsigned int there = size > offset_ ? size - offset_ : 0;
-  const unsigned int now = there < kPieceSize ? there : kPieceSize;
+  const unsigned int now = there < kReadPieceSize ? there : kReadPieceSize;
   if (now == 0 || !backup.Read(piece_.data, now)) return status::kInputOutput;
   used_ = now;
   offset_ += now;

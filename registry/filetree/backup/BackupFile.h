@@ -8,8 +8,8 @@
 
 namespace tamu::registry {
 
-// Written, or read, strictly from its start to its end, in pieces of 4 KiB. docs/format.md tells
-// what is in it.
+// Written, or read, strictly from its start to its end, in pieces of 64 KiB and 4 KiB.
+// docs/format.md tells what is in it.
 //
 // Whoever has one holds an access to a store: its lock over the process's files also keeps the
 // threads apart that use `backup`. One object at a time; it closes the file when it goes.

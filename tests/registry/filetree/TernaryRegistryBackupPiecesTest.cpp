@@ -48,6 +48,22 @@ TEST(FileTreeBackupPieces, ABackupMayEndAtTheEdgeOfAPiece) {
   }
 }
 
+// What is written at once is larger.
+TEST(FileTreeBackupPieces, ALargeBackupMayEndAtTheEdgeOfAPiece) {
+  for (unsigned int size : {65535u, 65536u, 65537u}) {
+    SCOPED_TRACE(size);
+    FileTreeRig rig;
+    CreateValues(rig, 60, size - (1 + 24 + 60 * (52 + kLongest) + 52));
+    const std::string backup = BackedUp(rig, "a");
+    EXPECT_EQ(backup.size(), size);
+    ASSERT_EQ(rig.Create("b"), 0u);
+    EXPECT_EQ(RestoreBytes(rig, "b", backup), 0u);
+    EXPECT_EQ(SubtreeText(rig, "b"), SubtreeText(rig, "a"));
+    EXPECT_EQ(BackedUp(rig, "b").size(), size);
+    ExpectSound(rig);
+  }
+}
+
 // A record of each kind that begins in one piece and ends in the next.
 TEST(FileTreeBackupPieces, ARecordMayLieInTwoPieces) {
   // Names of 40 bytes, then keys of 24 with values of 52: byte 4096 lies in a value, in a key, and
