@@ -64,6 +64,12 @@ void DataSet::AddValues() {
     }
   }
   std::shuffle(order.begin(), order.end(), random);
+  making = order;
+  const auto depth = [this](unsigned int key) {
+    return std::count(keys[key].begin(), keys[key].end(), '/');
+  };
+  std::stable_sort(making.begin(), making.end(),
+                   [&](unsigned int a, unsigned int b) { return depth(a) < depth(b); });
   std::shuffle(rooms.begin(), rooms.end(), random);
   std::shuffle(images.begin(), images.end(), random);
 }

@@ -27,9 +27,10 @@ struct DataSet {
 
   explicit DataSet(unsigned int count);
 
-  std::vector<std::string> keys;  // a key comes after the one above it
+  std::vector<std::string> keys;  // in the order of their names
   std::vector<Item> values;
   std::vector<unsigned int> order;   // of keys, shuffled
+  std::vector<unsigned int> making;  // the same, but keys come after those above them
   std::vector<unsigned int> rooms;   // positions in keys: those with 20 keys below
   std::vector<unsigned int> areas;   // those with 20 rooms
   std::vector<unsigned int> images;  // keys with an image

@@ -128,7 +128,7 @@ const Row& RowNamed(const std::string& name) {
 }
 
 void Build(Peer& peer, const DataSet& set) {
-  for (const std::string& key : set.keys) peer.MakeKey(key.c_str());
+  for (const unsigned int key : set.making) peer.MakeKey(set.keys[key].c_str());
   for (const Item& item : set.values) {
     peer.MakeValue(set.keys[item.key].c_str(), item.name, item.type, item.data.data(),
                    static_cast<unsigned int>(item.data.size()));
