@@ -41,12 +41,12 @@ class YAX_API NameList {
     unsigned int size;
     unsigned int used;
     char* Bytes() { return reinterpret_cast<char*>(this + 1); }
-    bool Has(const char* name) const;
+    YAX_LOCAL bool Has(const char* name) const;
   };
 
-  bool MakeRoom(unsigned int size);
-  bool IsCopy(const char* name) const;
-  void FreeNewestBlock();
+  YAX_LOCAL bool MakeRoom(unsigned int size);
+  YAX_LOCAL bool IsCopy(const char* name) const;
+  YAX_LOCAL void FreeNewestBlock();
 
   Block* blocks_ = nullptr;  // the newest
   unsigned int count = 0;
