@@ -98,7 +98,7 @@ inline unsigned int Backup(FileTreeRig& rig, const std::string& path, const std:
 // The backup of a key as bytes.
 inline std::string BackedUp(FileTreeRig& rig, const std::string& path) {
   const std::string file = rig.dir / "taken.bak";
-  EXPECT_EQ(Backup(rig, path, file), 0u) << path;
+  EXPECT_EQ(status::kOk, Backup(rig, path, file)) << path;
   return GetFile(file);
 }
 
@@ -144,15 +144,16 @@ inline void CreateTree(FileTreeRig& rig, const std::string& top) {
     const char* path = key.c_str();
     ++number;
     if (!key.empty()) {
-      ASSERT_EQ(rig.tree.CreateKey(each.owner, nullptr, path, number, number % 2 == 0), 0u) << key;
-      ASSERT_EQ(rig.tree.SetKeyPermission(kAdmin, nullptr, path, each.permission), 0u) << key;
+      ASSERT_EQ(0u, rig.tree.CreateKey(each.owner, nullptr, path, number, number % 2 == 0)) << key;
+      ASSERT_EQ(status::kOk, rig.tree.SetKeyPermission(kAdmin, nullptr, path, each.permission))
+          << key;
     }
-    ASSERT_EQ(rig.CreateNumber(key, "number", 0x100000000 + number), 0u) << key;
+    ASSERT_EQ(status::kOk, rig.CreateNumber(key, "number", 0x100000000 + number)) << key;
     if (number % 2 == 0) continue;
-    ASSERT_EQ(rig.CreateData(key, "data", 2, Pattern(100 + 40 * number)), 0u) << key;
-    ASSERT_EQ(rig.CreateData(key, "nothing", 5, ""), 0u) << key;
-    ASSERT_EQ(rig.CreateData(key, "text", 1, std::string("text\0", 5)), 0u) << key;
-    ASSERT_EQ(rig.tree.SetKeyWatch(kAdmin, nullptr, path, each.watch), 0u) << key;
+    ASSERT_EQ(status::kOk, rig.CreateData(key, "data", 2, Pattern(100 + 40 * number))) << key;
+    ASSERT_EQ(status::kOk, rig.CreateData(key, "nothing", 5, "")) << key;
+    ASSERT_EQ(status::kOk, rig.CreateData(key, "text", 1, std::string("text\0", 5))) << key;
+    ASSERT_EQ(status::kOk, rig.tree.SetKeyWatch(kAdmin, nullptr, path, each.watch)) << key;
   }
 }
 
@@ -188,7 +189,7 @@ inline std::string SubtreeText(const FileTreeRig& rig, const std::string& path) 
 
 // The file is sound, and every string node, key and value in use can be reached.
 inline void ExpectSound(const std::string& file) {
-  EXPECT_EQ(StructureFindings(file), "");
+  EXPECT_EQ("", StructureFindings(file));
   const SlotCounts counts = CountSlots(file);
   EXPECT_EQ(counts.strings.used, counts.strings.reachable);
   EXPECT_EQ(counts.keys.used, counts.keys.reachable);

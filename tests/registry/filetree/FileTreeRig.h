@@ -66,7 +66,7 @@ inline void PatchFile(const std::string& path, unsigned int offset, const std::s
 class FileTreeRig {
  public:
   FileTreeRig() : path(dir / "a.rce"), tree(nullptr, nullptr) {
-    EXPECT_EQ(tree.Initialize(path.c_str()), 0u);
+    EXPECT_EQ(status::kOk, tree.Initialize(path.c_str()));
   }
 
   // ---- the file
@@ -155,7 +155,7 @@ class FileTreeRig {
   // Closes and opens the file.
   void Reopen() {
     tree.Finalize();
-    EXPECT_EQ(tree.Initialize(path.c_str()), 0u);
+    EXPECT_EQ(status::kOk, tree.Initialize(path.c_str()));
   }
 
   TempDir dir;
@@ -178,10 +178,10 @@ class FileTreeRig {
 // A tree over a store that the test sees too.
 struct SharedStore {
   SharedStore() {
-    EXPECT_EQ(store.CreateRegistryFile(path.c_str(), 65536), 0u);
-    EXPECT_EQ(store.Initialize(path.c_str()), 0u);
+    EXPECT_EQ(status::kOk, store.CreateRegistryFile(path.c_str(), 65536));
+    EXPECT_EQ(status::kOk, store.Initialize(path.c_str()));
     tree.ShareStore();
-    EXPECT_EQ(tree.Initialize(nullptr), 0u);
+    EXPECT_EQ(status::kOk, tree.Initialize(nullptr));
   }
   ~SharedStore() {
     tree.Finalize();

@@ -28,17 +28,17 @@ inline void ExpectBelow(FileTreeRig& rig, const std::string& path, const std::st
 
 // Deletes a key: it is gone, and the slots that are free afterwards are in sound lists.
 inline void ExpectDeleted(FileTreeRig& rig, const std::string& path, const std::string& freeSlots) {
-  OnSmallStack([&] { EXPECT_EQ(DeleteKey(rig, path), 0u) << path; });
-  EXPECT_EQ(rig.KeyOf(path), 0u);
+  OnSmallStack([&] { EXPECT_EQ(status::kOk, DeleteKey(rig, path)) << path; });
+  EXPECT_EQ(0u, rig.KeyOf(path));
   EXPECT_EQ(FreeSlots(rig), freeSlots);
-  EXPECT_EQ(FreeLists(rig), "");
+  EXPECT_EQ("", FreeLists(rig));
   EXPECT_FALSE(rig.tree.ObjectLock().IsMine());
 }
 
 // The same where nothing but the deleted key was damaged.
 inline void ExpectHealed(FileTreeRig& rig, const std::string& path, const std::string& freeSlots) {
   ExpectDeleted(rig, path, freeSlots);
-  EXPECT_EQ(StructureFindings(rig.path), "");
+  EXPECT_EQ("", StructureFindings(rig.path));
 }
 
 }  // namespace tamu::registry

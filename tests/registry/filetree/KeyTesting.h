@@ -14,7 +14,7 @@ inline std::string ListText(unsigned int result, const NameList& list) {
   for (unsigned int i = 0; i < list.Count(); ++i) {
     unsigned long long tag = 77;
     text += std::string(" ") + list.GetName(i, &tag);
-    EXPECT_EQ(tag, 0u);
+    EXPECT_EQ(0u, tag);
   }
   return text;
 }
@@ -59,7 +59,7 @@ inline std::string Entries(const FileTreeRig& rig, unsigned int table, unsigned 
 }
 
 inline void Create(FileTreeRig& rig, std::initializer_list<const char*> keys) {
-  for (const char* key : keys) ASSERT_EQ(rig.Create(key), 0u) << key;
+  for (const char* key : keys) ASSERT_EQ(status::kOk, rig.Create(key)) << key;
 }
 
 // "a" with a sub-key on each side of "m": slots 2 to 7 of the string nodes and of the keys.
@@ -98,7 +98,7 @@ void ExpectToNeedTheRight(unsigned int right, Prepare prepare, Operation operati
         SCOPED_TRACE(std::to_string(each.user) + " with " + std::to_string(rights) +
                      (forOwner ? " for the owner" : " for others"));
         FileTreeRig rig;
-        ASSERT_EQ(rig.tree.CreateKey(kUser, nullptr, "a", 0, false), 0u);
+        ASSERT_EQ(status::kOk, rig.tree.CreateKey(kUser, nullptr, "a", 0, false));
         prepare(rig);
         const unsigned int byte = forOwner ? rights : rights << 4;
         rig.SetPermission(2, HexOf(std::string(1, static_cast<char>(byte))).c_str());

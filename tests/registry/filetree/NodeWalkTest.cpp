@@ -12,19 +12,19 @@ class NodeWalkTest : public ::testing::Test {
     for (unsigned int i = 0; i < kNodes; ++i) {
       TernaryStringNode node;
       node.setSplitChar(static_cast<signed char>('A' + i));
-      EXPECT_EQ(store_.AcquireSlot(0, NodeKind::kString, &ids_[i]), 0u);
-      EXPECT_EQ(store_.WriteNode(0, ids_[i], &node, false), 0u);
+      EXPECT_EQ(status::kOk, store_.AcquireSlot(0, NodeKind::kString, &ids_[i]));
+      EXPECT_EQ(status::kOk, store_.WriteNode(0, ids_[i], &node, false));
     }
-    EXPECT_EQ(met_.Prepare(store_.Descriptor(NodeKind::kString)), 0u);
+    EXPECT_EQ(0u, met_.Prepare(store_.Descriptor(NodeKind::kString)));
   }
 
   unsigned int IdOf(char name) const { return ids_[name - 'A']; }
 
   void Link(char from, NodeLink link, unsigned int to) {
     TernaryStringNode node;
-    ASSERT_EQ(store_.ReadNodeInBuffer(IdOf(from), &node), 0u);
+    ASSERT_EQ(status::kOk, store_.ReadNodeInBuffer(IdOf(from), &node));
     SetLink(&node, link, to);
-    ASSERT_EQ(store_.WriteNode(0, IdOf(from), &node, false), 0u);
+    ASSERT_EQ(status::kOk, store_.WriteNode(0, IdOf(from), &node, false));
   }
   void Link(char from, NodeLink link, char to) { Link(from, link, IdOf(to)); }
 
@@ -69,73 +69,73 @@ TEST_F(NodeWalkTest, EachLinkIsSetAndToldByItsName) {
   TernaryStringNode node;
   const NodeLink links[] = {NodeLink::kLo, NodeLink::kHi, NodeLink::kEqual, NodeLink::kChild};
   for (unsigned int i = 0; i < 4; ++i) SetLink(&node, links[i], 0x100 + i);
-  EXPECT_EQ(node.lo(), 0x100u);
-  EXPECT_EQ(node.hi(), 0x101u);
-  EXPECT_EQ(node.equal(), 0x102u);
-  EXPECT_EQ(node.child(), 0x103u);
+  EXPECT_EQ(0x100u, node.lo());
+  EXPECT_EQ(0x101u, node.hi());
+  EXPECT_EQ(0x102u, node.equal());
+  EXPECT_EQ(0x103u, node.child());
   for (unsigned int i = 0; i < 4; ++i) EXPECT_EQ(LinkOf(node, links[i]), 0x100 + i);
 }
 
 TEST_F(NodeWalkTest, EntersANodeBeforeAndLeavesItBehindAllBelow) {
   MakeTree();
-  EXPECT_EQ(StoredOrder('A'), "+A +B +F -F -B +C -C +D -D +E +G -G -E -A 0");
+  EXPECT_EQ("+A +B +F -F -B +C -C +D -D +E +G -G -E -A 0", StoredOrder('A'));
 }
 
 TEST_F(NodeWalkTest, FollowsTheLinksInTheOrderGiven) {
   MakeTree();
-  EXPECT_EQ(Visits(NodeWalk(access_, kListingOrder, met_), IdOf('A')),
-            "+A +C -C +B +F -F -B +D -D +E +G -G -E -A 0");
+  EXPECT_EQ("+A +C -C +B +F -F -B +D -D +E +G -G -E -A 0",
+            Visits(NodeWalk(access_, kListingOrder, met_), IdOf('A')));
 }
 
 TEST_F(NodeWalkTest, ANodeAloneIsEnteredAndLeft) {
-  EXPECT_EQ(StoredOrder('H'), "+H -H 0");
+  EXPECT_EQ("+H -H 0", StoredOrder('H'));
 }
 
 TEST_F(NodeWalkTest, TellsTheWayToTheNodeAndKeepsAMarkWithEach) {
   MakeTree();
   NodeWalk walk(access_, kStoredOrder, met_);
-  ASSERT_EQ(walk.Start(IdOf('A')), 0u);
+  ASSERT_EQ(0u, walk.Start(IdOf('A')));
   EXPECT_TRUE(walk.IsFirst());
   EXPECT_EQ(walk.Id(), IdOf('A'));
-  EXPECT_EQ(walk.Mark(), 0u);
+  EXPECT_EQ(0u, walk.Mark());
   walk.SetMark(10);
-  ASSERT_EQ(walk.Next(), 0u);
+  ASSERT_EQ(0u, walk.Next());
   EXPECT_FALSE(walk.IsFirst());
   EXPECT_EQ(walk.Id(), IdOf('B'));
   EXPECT_EQ(walk.Via(), NodeLink::kLo);
-  EXPECT_EQ(walk.ParentNode().splitChar(), 'A');
-  EXPECT_EQ(walk.ParentMark(), 10u);
-  EXPECT_EQ(walk.Mark(), 0u);
+  EXPECT_EQ('A', walk.ParentNode().splitChar());
+  EXPECT_EQ(10u, walk.ParentMark());
+  EXPECT_EQ(0u, walk.Mark());
   walk.SetMark(11);
-  ASSERT_EQ(walk.Next(), 0u);
+  ASSERT_EQ(0u, walk.Next());
   EXPECT_EQ(walk.Via(), NodeLink::kChild);
-  EXPECT_EQ(walk.ParentMark(), 11u);
+  EXPECT_EQ(11u, walk.ParentMark());
   walk.SetMark(12);
-  ASSERT_EQ(walk.Next(), 0u);
-  ASSERT_EQ(walk.Next(), 0u);
+  ASSERT_EQ(0u, walk.Next());
+  ASSERT_EQ(0u, walk.Next());
   EXPECT_EQ(walk.Id(), IdOf('B')) << "left";
-  EXPECT_EQ(walk.Mark(), 11u);
-  ASSERT_EQ(walk.Next(), 0u);
+  EXPECT_EQ(11u, walk.Mark());
+  ASSERT_EQ(0u, walk.Next());
   EXPECT_EQ(walk.Id(), IdOf('C'));
-  EXPECT_EQ(walk.Mark(), 0u) << "of the node before it on that level nothing is left";
-  EXPECT_EQ(walk.ParentMark(), 10u);
+  EXPECT_EQ(0u, walk.Mark()) << "of the node before it on that level nothing is left";
+  EXPECT_EQ(10u, walk.ParentMark());
 }
 
 TEST_F(NodeWalkTest, ALinkUpwardsEndsTheWalk) {
   MakeTree();
   Link('F', NodeLink::kHi, 'A');
-  EXPECT_EQ(StoredOrder('A'), "+A +B +F 59");
+  EXPECT_EQ("+A +B +F 59", StoredOrder('A'));
 }
 
 TEST_F(NodeWalkTest, ANodeThatTwoLinksLeadToEndsTheWalk) {
   MakeTree();
   Link('D', NodeLink::kEqual, 'F');
-  EXPECT_EQ(StoredOrder('A'), "+A +B +F -F -B +C -C +D 59");
+  EXPECT_EQ("+A +B +F -F -B +C -C +D 59", StoredOrder('A'));
 }
 
 TEST_F(NodeWalkTest, ALinkToItselfEndsTheWalk) {
   Link('A', NodeLink::kLo, 'A');
-  EXPECT_EQ(StoredOrder('A'), "+A 59");
+  EXPECT_EQ("+A 59", StoredOrder('A'));
 }
 
 TEST_F(NodeWalkTest, ALinkToNoNodeEndsTheWalk) {
@@ -143,16 +143,16 @@ TEST_F(NodeWalkTest, ALinkToNoNodeEndsTheWalk) {
   for (unsigned int id : {0x101u, 365u << 8, 0xFFFFFFFFu}) {
     SCOPED_TRACE(id);
     Link('C', NodeLink::kLo, id);
-    ASSERT_EQ(met_.Prepare(store_.Descriptor(NodeKind::kString)), 0u);
-    EXPECT_EQ(StoredOrder('A'), "+A +B +F -F -B +C 59");
+    ASSERT_EQ(0u, met_.Prepare(store_.Descriptor(NodeKind::kString)));
+    EXPECT_EQ("+A +B +F -F -B +C 59", StoredOrder('A'));
   }
 }
 
 TEST_F(NodeWalkTest, NodesMetBeforeByOthersEndTheWalk) {
   MakeTree();
   ASSERT_TRUE(met_.Add(IdOf('D')));
-  EXPECT_EQ(StoredOrder('A'), "+A +B +F -F -B +C -C 59");
-  EXPECT_EQ(StoredOrder('D'), "59");
+  EXPECT_EQ("+A +B +F -F -B +C -C 59", StoredOrder('A'));
+  EXPECT_EQ("59", StoredOrder('D'));
 }
 
 TEST_F(NodeWalkTest, DamageCountsAsAnEmptyLinkWhereItIsToBeSkipped) {
@@ -160,13 +160,13 @@ TEST_F(NodeWalkTest, DamageCountsAsAnEmptyLinkWhereItIsToBeSkipped) {
   Link('F', NodeLink::kHi, 'A');     // upwards
   Link('C', NodeLink::kLo, 0x101u);  // to no node
   Link('D', NodeLink::kEqual, 'F');  // a second time
-  ASSERT_EQ(store_.ReleaseSlot(0, NodeKind::kString, IdOf('G')), 0u);
-  EXPECT_EQ(WithoutDamage('A'), "+A +B +F -F -B +C -C +D -D +E -E -A 0");
+  ASSERT_EQ(status::kOk, store_.ReleaseSlot(0, NodeKind::kString, IdOf('G')));
+  EXPECT_EQ("+A +B +F -F -B +C -C +D -D +E -E -A 0", WithoutDamage('A'));
 }
 
 TEST_F(NodeWalkTest, AStartThatCannotBeReadIsNotSkipped) {
   NodeWalk walk(access_, kStoredOrder, met_, NodeWalk::Damage::kSkipped);
-  EXPECT_EQ(walk.Start(0x101), 59u);
+  EXPECT_EQ(59u, walk.Start(0x101));
   EXPECT_TRUE(walk.IsOver());
 }
 
@@ -174,11 +174,11 @@ TEST_F(NodeWalkTest, AStartThatCannotBeReadIsNotSkipped) {
 TEST_F(NodeWalkTest, MayStartWithARecordWhoseIdIsNotKnown) {
   MakeTree();
   TernaryStringNode node;
-  ASSERT_EQ(store_.ReadNodeInBuffer(IdOf('E'), &node), 0u);
+  ASSERT_EQ(status::kOk, store_.ReadNodeInBuffer(IdOf('E'), &node));
   NodeWalk walk(access_, kStoredOrder, met_);
-  ASSERT_EQ(walk.Start(node, 0), 0u);
-  EXPECT_EQ(walk.Id(), 0u);
-  ASSERT_EQ(walk.Next(), 0u);
+  ASSERT_EQ(0u, walk.Start(node, 0));
+  EXPECT_EQ(0u, walk.Id());
+  ASSERT_EQ(0u, walk.Next());
   EXPECT_EQ(walk.Id(), IdOf('G'));
   EXPECT_TRUE(met_.Add(IdOf('E')));
   EXPECT_FALSE(met_.Add(IdOf('G')));

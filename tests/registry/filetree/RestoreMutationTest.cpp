@@ -15,20 +15,20 @@ constexpr unsigned int kSlots = 30;  // of each kind, so that the file is short
 // Writes all of a file that is there, without emptying it first, which some file systems make slow.
 void PutInPlace(const std::string& path, const std::string& bytes) {
   PatchFile(path, 0, bytes);
-  ASSERT_EQ(truncate(path.c_str(), static_cast<off_t>(bytes.size())), 0);
+  ASSERT_EQ(0, truncate(path.c_str(), static_cast<off_t>(bytes.size())));
 }
 
 // A registry with some keys, put back to its first state where it was changed.
 class SmallRegistry {
  public:
   SmallRegistry() {
-    EXPECT_EQ(store_.CreateRegistryFile(path.c_str(), 180 * kSlots), 0u);
-    EXPECT_EQ(store_.Initialize(path.c_str()), 0u);
+    EXPECT_EQ(status::kOk, store_.CreateRegistryFile(path.c_str(), 180 * kSlots));
+    EXPECT_EQ(status::kOk, store_.Initialize(path.c_str()));
     tree.ShareStore();
-    EXPECT_EQ(tree.Initialize(nullptr), 0u);
+    EXPECT_EQ(status::kOk, tree.Initialize(nullptr));
     for (const char* key : {"a", "a/b", "a/b/c", "z"}) {
-      EXPECT_EQ(tree.CreateKey(kAdmin, nullptr, key, 1, true), 0u);
-      EXPECT_EQ(tree.CreateValue(kAdmin, nullptr, key, "n", 1, true), 0u);
+      EXPECT_EQ(status::kOk, tree.CreateKey(kAdmin, nullptr, key, 1, true));
+      EXPECT_EQ(status::kOk, tree.CreateValue(kAdmin, nullptr, key, "n", 1, true));
     }
     image_ = GetFile(path);
     PutFile(backup, "");
@@ -46,7 +46,7 @@ class SmallRegistry {
   void Reset() {
     store_.Finalize();
     PutInPlace(path, image_);
-    ASSERT_EQ(store_.Initialize(path.c_str()), 0u);
+    ASSERT_EQ(status::kOk, store_.Initialize(path.c_str()));
   }
 
  private:
@@ -98,11 +98,11 @@ void ExpectAnswers(TernaryRegistry& tree) {
                                     tree.ListValues(kAdmin, nullptr, path, 0, &values),
                                     tree.GetKeyInfo(kAdmin, nullptr, path, &info),
                                     tree.GetValue(kAdmin, nullptr, path, "n", &value)};
-    for (unsigned int answer : answers) EXPECT_EQ(kKnown.count(answer), 1u) << answer;
+    for (unsigned int answer : answers) EXPECT_EQ(1u, kKnown.count(answer)) << answer;
   }
   KeyInfo info = KeyInfo();
-  EXPECT_EQ(tree.GetKeyInfo(kAdmin, nullptr, "z", &info), 0u);
-  EXPECT_EQ(info.valueCount, 1u);
+  EXPECT_EQ(status::kOk, tree.GetKeyInfo(kAdmin, nullptr, "z", &info));
+  EXPECT_EQ(1u, info.valueCount);
 }
 
 // Restores the bytes at "a" and checks what has become of the registry; returns the status.
@@ -117,7 +117,7 @@ unsigned int Try(SmallRegistry& registry, const std::string& bytes) {
     if (!isUnchanged) registry.Reset();
     return result;
   }
-  EXPECT_EQ(Findings(registry.path), "");
+  EXPECT_EQ("", Findings(registry.path));
   ExpectAnswers(registry.tree);
   registry.Reset();
   return result;
@@ -127,9 +127,9 @@ TEST(RestoreMutation, ABackupCutAnywhereIsIncomplete) {
   SmallRegistry registry;
   const std::string sound = SoundBackup();
   for (size_t length = 0; length < sound.size(); ++length) {
-    EXPECT_EQ(Try(registry, sound.substr(0, length)), 5u) << length;
+    EXPECT_EQ(5u, Try(registry, sound.substr(0, length))) << length;
   }
-  EXPECT_EQ(Try(registry, sound), 0u);
+  EXPECT_EQ(0u, Try(registry, sound));
 }
 
 TEST(RestoreMutation, EveryByteChanged) {

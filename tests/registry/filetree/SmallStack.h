@@ -7,8 +7,8 @@
 template <class Body>
 void OnSmallStack(Body body) {
   pthread_attr_t attributes;
-  ASSERT_EQ(pthread_attr_init(&attributes), 0);
-  ASSERT_EQ(pthread_attr_setstacksize(&attributes, 256 * 1024), 0);
+  ASSERT_EQ(0, pthread_attr_init(&attributes));
+  ASSERT_EQ(0, pthread_attr_setstacksize(&attributes, 256 * 1024));
   pthread_t thread;
   const auto run = [](void* argument) -> void* {
     (*static_cast<Body*>(argument))();
@@ -16,6 +16,6 @@ void OnSmallStack(Body body) {
   };
   const int started = pthread_create(&thread, &attributes, run, &body);
   pthread_attr_destroy(&attributes);
-  ASSERT_EQ(started, 0);
-  ASSERT_EQ(pthread_join(thread, nullptr), 0);
+  ASSERT_EQ(0, started);
+  ASSERT_EQ(0, pthread_join(thread, nullptr));
 }

@@ -29,17 +29,17 @@ void ExpectFailure(FileTreeRig& rig, const std::string& path, const std::string&
 TEST(FileTreeBackup, ANullArgumentIsRefused) {
   FileTreeRig rig;
   const std::string file = rig.dir / "b";
-  EXPECT_EQ(rig.tree.BackupKeyTree(kAdmin, nullptr, nullptr, file.c_str()), 22u);
-  EXPECT_EQ(rig.tree.BackupKeyTree(kAdmin, nullptr, "", nullptr), 22u);
-  EXPECT_EQ(rig.tree.BackupKeyTree(kAdmin, nullptr, "missing", nullptr), 22u);
-  EXPECT_EQ(rig.tree.BackupKeyTree(kAdmin, nullptr, nullptr, nullptr), 22u);
+  EXPECT_EQ(status::kBadArgument, rig.tree.BackupKeyTree(kAdmin, nullptr, nullptr, file.c_str()));
+  EXPECT_EQ(status::kBadArgument, rig.tree.BackupKeyTree(kAdmin, nullptr, "", nullptr));
+  EXPECT_EQ(status::kBadArgument, rig.tree.BackupKeyTree(kAdmin, nullptr, "missing", nullptr));
+  EXPECT_EQ(status::kBadArgument, rig.tree.BackupKeyTree(kAdmin, nullptr, nullptr, nullptr));
   EXPECT_FALSE(std::filesystem::exists(file));
 }
 
 TEST(FileTreeBackup, WithoutAKeyNoFileIsTouched) {
   FileTreeRig rig;
   Create(rig, {"ab", "ac", "de"});
-  ASSERT_EQ(DeleteKey(rig, "de"), 0u);
+  ASSERT_EQ(status::kOk, DeleteKey(rig, "de"));
   const std::string older = rig.dir / "older";
   PutFile(older, "older");
   int anything = 0;
@@ -47,11 +47,11 @@ TEST(FileTreeBackup, WithoutAKeyNoFileIsTouched) {
     for (const char* path : {"b", "a", "de", "abc", "ab/x", "//"})
       ExpectFailure(rig, path, file, 2);
     ExpectFailure(rig, "de/", file, 1);  // a name without a key
-    EXPECT_EQ(rig.tree.BackupKeyTree(kAdmin, &anything, "ab", file.c_str()), 2u);
-    EXPECT_EQ(rig.tree.BackupKeyTree(kAdmin, &anything, "", file.c_str()), 1u);
+    EXPECT_EQ(status::kNotFound, rig.tree.BackupKeyTree(kAdmin, &anything, "ab", file.c_str()));
+    EXPECT_EQ(status::kNoRight, rig.tree.BackupKeyTree(kAdmin, &anything, "", file.c_str()));
   }
   EXPECT_FALSE(std::filesystem::exists(rig.dir / "new"));
-  EXPECT_EQ(GetFile(older), "older");
+  EXPECT_EQ("older", GetFile(older));
 }
 
 TEST(FileTreeBackup, NeedsTheRightToRead) {
@@ -72,12 +72,12 @@ TEST(FileTreeBackup, NeedsTheRightToRead) {
 
 TEST(FileTreeBackup, TheRightsOfTheKeysBelowDoNotCount) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.tree.CreateKey(kUser, nullptr, "a", 0, false), 0u);
+  ASSERT_EQ(status::kOk, rig.tree.CreateKey(kUser, nullptr, "a", 0, false));
   Create(rig, {"a/b"});
   rig.SetPermission(3, "00");
   const std::string file = rig.dir / "b";
-  EXPECT_EQ(rig.tree.BackupKeyTree(kUser, nullptr, "a/b", file.c_str()), 1u);
-  EXPECT_EQ(rig.tree.BackupKeyTree(kUser, nullptr, "a", file.c_str()), 0u);
+  EXPECT_EQ(status::kNoRight, rig.tree.BackupKeyTree(kUser, nullptr, "a/b", file.c_str()));
+  EXPECT_EQ(status::kOk, rig.tree.BackupKeyTree(kUser, nullptr, "a", file.c_str()));
   EXPECT_EQ(GetFile(file).size(), 1 + 40 + 24 + 24u);
 }
 
@@ -85,7 +85,7 @@ TEST(FileTreeBackup, WithoutAFileNobodyMayBackUp) {
   TempDir folder;
   TernaryRegistry tree(nullptr, nullptr);
   const std::string file = folder / "b";
-  EXPECT_EQ(tree.BackupKeyTree(kAdmin, nullptr, "", file.c_str()), 1u);
+  EXPECT_EQ(status::kNoRight, tree.BackupKeyTree(kAdmin, nullptr, "", file.c_str()));
   EXPECT_FALSE(std::filesystem::exists(file));
 }
 
@@ -114,12 +114,12 @@ TEST(FileTreeBackup, NeverOntoTheRegistryItself) {
        {rig.path, link, linkToLink, second, rig.dir / "./a.rce", rig.dir / "../" + rig.path}) {
     for (const char* key : {"", "a"}) ExpectFailure(rig, key, file, 5);
   }
-  EXPECT_EQ(Listed(rig, ""), "0: a/b a");
-  EXPECT_EQ(StructureFindings(rig.path), "");
+  EXPECT_EQ("0: a/b a", Listed(rig, ""));
+  EXPECT_EQ("", StructureFindings(rig.path));
   // Another file beside it, by way of a link, is as good as any.
   PutFile(rig.dir / "other", std::string(100, 'x'));
   std::filesystem::create_symlink("other", rig.dir / "to-other");
-  EXPECT_EQ(Backup(rig, "a", rig.dir / "to-other"), 0u);
+  EXPECT_EQ(status::kOk, Backup(rig, "a", rig.dir / "to-other"));
   EXPECT_EQ(GetFile(rig.dir / "other").size(), 1 + 40 + 24 + 24u);
 }
 
@@ -127,7 +127,7 @@ TEST(FileTreeBackup, ADiskThatIsFullIsTold) {
   FileTreeRig rig;
   Create(rig, {"a"});
   for (unsigned int i = 0; i < 5; ++i) {
-    ASSERT_EQ(rig.CreateData("a", "v", 2, Pattern(1024)), 0u);
+    ASSERT_EQ(status::kOk, rig.CreateData("a", "v", 2, Pattern(1024)));
   }
   const std::string file = rig.dir / "b";
   for (const char* older : {"", "older"}) {
@@ -157,11 +157,11 @@ TEST(FileTreeBackup, AnOlderBackupStaysUntilTheNewOneIsComplete) {
   const std::string older = BackedUp(rig, "a");
   rig.PatchWord(InString(3, 20), 0xFFFF00);  // the key of "a/b" cannot be read
   const std::string names = NamesIn(rig.dir / ".");
-  EXPECT_EQ(Backup(rig, "a", file), 59u);
+  EXPECT_EQ(status::kInvalidFile, Backup(rig, "a", file));
   EXPECT_EQ(GetFile(file), older);
-  EXPECT_EQ(Backup(rig, "a", rig.dir / "new"), 59u);
+  EXPECT_EQ(status::kInvalidFile, Backup(rig, "a", rig.dir / "new"));
   EXPECT_EQ(NamesIn(rig.dir / "."), names);
-  EXPECT_EQ(Restore(rig, "c", file), 0u);
+  EXPECT_EQ(status::kOk, Restore(rig, "c", file));
 }
 
 TEST(FileTreeBackup, AnOlderFileKeepsItsMode) {
@@ -169,12 +169,12 @@ TEST(FileTreeBackup, AnOlderFileKeepsItsMode) {
   Create(rig, {"a"});
   const std::string file = rig.dir / "b";
   PutFile(file, std::string(100, 'x'));
-  ASSERT_EQ(chmod(file.c_str(), 0640), 0);
-  ASSERT_EQ(Backup(rig, "a", file), 0u);
+  ASSERT_EQ(0, chmod(file.c_str(), 0640));
+  ASSERT_EQ(status::kOk, Backup(rig, "a", file));
   EXPECT_EQ(GetFile(file), kComplete + KeyRecord(0));
   struct stat info = {};
-  ASSERT_EQ(stat(file.c_str(), &info), 0);
-  EXPECT_EQ(info.st_mode & 07777u, 0640u);
+  ASSERT_EQ(0, stat(file.c_str(), &info));
+  EXPECT_EQ(0640u, info.st_mode & 07777u);
 }
 
 // ---- files in a folder that takes no other one
@@ -200,16 +200,16 @@ TEST(FileTreeBackup, IsWrittenInPlaceWhereTheFolderTakesNoOtherFile) {
   FileTreeRig rig;
   Create(rig, {"a"});
   for (unsigned int i = 0; i < 5; ++i) {
-    ASSERT_EQ(rig.CreateData("a", "v", 2, Pattern(1024)), 0u);
+    ASSERT_EQ(status::kOk, rig.CreateData("a", "v", 2, Pattern(1024)));
   }
   const LockedFile file(rig);
   EXPECT_TRUE(InChild([&] { return DropRights() && Backup(rig, "a", file.path()) == 0; }));
-  EXPECT_EQ(GetFile(file.path()).size(), 5405u);
+  EXPECT_EQ(5405u, GetFile(file.path()).size());
   EXPECT_TRUE(InChild([&] {
     LimitFileSize(5000);
     return DropRights() && Backup(rig, "a", file.path()) == 5;
   }));
-  EXPECT_EQ(GetFile(file.path()).size(), 5000u) << "as much as there was room for";
+  EXPECT_EQ(5000u, GetFile(file.path()).size()) << "as much as there was room for";
 }
 
 // ---- the first byte
@@ -263,62 +263,62 @@ TEST(FileTreeBackup, DataThatCannotBeReadInFullIsFilledWithZeros) {
   const std::string half = HexOf(Pattern(100).substr(0, 64));
   FileTreeRig rig;
   Create(rig, {"a"});
-  ASSERT_EQ(rig.CreateData("a", "v", 2, Pattern(100)), 0u);
+  ASSERT_EQ(status::kOk, rig.CreateData("a", "v", 2, Pattern(100)));
   EXPECT_EQ(DataOf(rig), HexOf(Pattern(100)));
 
   rig.PatchWord(BlockEntry(1), 0);  // the chain ends early
   EXPECT_EQ(DataOf(rig), half + std::string(72, '0'));
   for (unsigned int next : {1u, 365u, 0xFFFFFFFFu}) {  // a circle, the slot behind the last, none
     rig.PatchWord(BlockEntry(1), next);
-    EXPECT_EQ(DataOf(rig), std::string(200, '0')) << next;
+    EXPECT_EQ(std::string(200, '0'), DataOf(rig)) << next;
   }
   rig.PatchWord(BlockEntry(1), 2);
   for (unsigned int block : kBadIds) {
     rig.PatchWord(InValue(1, 44), block);
-    EXPECT_EQ(DataOf(rig), std::string(200, '0')) << block;
+    EXPECT_EQ(std::string(200, '0'), DataOf(rig)) << block;
   }
   rig.PatchWord(InValue(1, 44), 0);
-  EXPECT_EQ(DataOf(rig), std::string(200, '0'));
+  EXPECT_EQ(std::string(200, '0'), DataOf(rig));
 }
 
 // What follows stays in its place.
 TEST(FileTreeBackup, ADamagedValueDoesNotShiftTheNext) {
   FileTreeRig rig;
   Create(rig, {"a", "b"});
-  ASSERT_EQ(rig.CreateNumber("a", "n", 5), 0u);
-  ASSERT_EQ(rig.CreateData("a", "v", 2, Pattern(100)), 0u);
+  ASSERT_EQ(status::kOk, rig.CreateNumber("a", "n", 5));
+  ASSERT_EQ(status::kOk, rig.CreateData("a", "v", 2, Pattern(100)));
   rig.PatchWord(InValue(2, 44), 0);
   EXPECT_EQ(HexOf(BackedUp(rig, "a")),
             HexOf(kComplete + KeyRecord(0x200, 2) + ValueRecord(0x100, "v", 0x62, 100, 0) +
                   std::string(100, '\0') + NumberRecord(0, "n", 5)));
-  EXPECT_EQ(Restore(rig, "b", rig.dir / "taken.bak"), 0u);
-  EXPECT_EQ(rig.Get("b", "n"), "0 type 0: 0500000000000000");
+  EXPECT_EQ(status::kOk, Restore(rig, "b", rig.dir / "taken.bak"));
+  EXPECT_EQ("0 type 0: 0500000000000000", rig.Get("b", "n"));
   EXPECT_EQ(rig.Get("b", "v"), "0 type 2: " + std::string(200, '0'));
 }
 
 TEST(FileTreeBackup, DataLongerThanAnyValuesIsRefused) {
   FileTreeRig rig;
   Create(rig, {"a"});
-  ASSERT_EQ(rig.CreateData("a", "v", 2, Pattern(1024)), 0u);
+  ASSERT_EQ(status::kOk, rig.CreateData("a", "v", 2, Pattern(1024)));
   for (const char* size : {"0104", "0008", "ffff"}) {
     rig.Patch(InValue(1, 8), size);
     ExpectFailure(rig, "a", rig.dir / "b", 59);
   }
   rig.Patch(InValue(1, 8), "0004");
-  EXPECT_EQ(Backup(rig, "a", rig.dir / "b"), 0u);
+  EXPECT_EQ(status::kOk, Backup(rig, "a", rig.dir / "b"));
 }
 
 // Its data lies in the record, and still no key could be restored from it.
 TEST(FileTreeBackup, ANumberLongerThanAnyValueIsRefused) {
   FileTreeRig rig;
   Create(rig, {"a", "a/b"});
-  ASSERT_EQ(rig.CreateNumber("a/b", "n", 5), 0u);
+  ASSERT_EQ(status::kOk, rig.CreateNumber("a/b", "n", 5));
   for (const char* size : {"0104", "0008", "ffff"}) {
     rig.Patch(InValue(1, 8), size);
     for (const char* path : {"", "a", "a/b"}) ExpectFailure(rig, path, rig.dir / "b", 59);
   }
   rig.Patch(InValue(1, 8), "0004");
-  EXPECT_EQ(Backup(rig, "a", rig.dir / "b"), 0u);
+  EXPECT_EQ(status::kOk, Backup(rig, "a", rig.dir / "b"));
 }
 
 TEST(FileTreeBackup, LinksThatFormACircleEndIt) {
@@ -346,22 +346,22 @@ TEST(FileTreeBackup, LinksThatFormACircleEndIt) {
 TEST(FileTreeBackup, ValuesThatFormACircleEndIt) {
   FileTreeRig rig;
   Create(rig, {"a", "a/b", "a/c"});
-  for (const char* name : {"1", "2", "3"}) ASSERT_EQ(rig.CreateNumber("a", name, 1), 0u);
+  for (const char* name : {"1", "2", "3"}) ASSERT_EQ(status::kOk, rig.CreateNumber("a", name, 1));
   for (unsigned int id : {0x100u, 0x200u, 0x300u}) {
     rig.PatchWord(InValue(1, 0), id);
     ExpectFailure(rig, "a", rig.dir / "b", 59);
   }
   rig.PatchWord(InValue(1, 0), 0);
-  EXPECT_EQ(Backup(rig, "a", rig.dir / "b"), 0u);
+  EXPECT_EQ(status::kOk, Backup(rig, "a", rig.dir / "b"));
   rig.PatchWord(InKey(3, 0), 0x200);  // those of "a" are those of "a/b", too
   ExpectFailure(rig, "a", rig.dir / "b", 59);
-  EXPECT_EQ(Backup(rig, "a/b", rig.dir / "b"), 0u);
+  EXPECT_EQ(status::kOk, Backup(rig, "a/b", rig.dir / "b"));
 }
 
 TEST(FileTreeBackup, LinksToNothingEndIt) {
   FileTreeRig rig;
   Create(rig, {"a", "a/m"});
-  ASSERT_EQ(rig.CreateNumber("a/m", "n", 5), 0u);
+  ASSERT_EQ(status::kOk, rig.CreateNumber("a/m", "n", 5));
   for (unsigned int bad : kBadIds) {
     SCOPED_TRACE(bad);
     for (unsigned int offset : {InString(3, 4), InString(3, 8), InString(3, 12), InString(3, 16),
@@ -372,7 +372,7 @@ TEST(FileTreeBackup, LinksToNothingEndIt) {
       rig.PatchWord(offset, before);
     }
   }
-  EXPECT_EQ(Backup(rig, "a", rig.dir / "b"), 0u);
+  EXPECT_EQ(status::kOk, Backup(rig, "a", rig.dir / "b"));
 }
 
 }  // namespace

@@ -10,12 +10,12 @@ constexpr unsigned int kLongest = 1024;
 // "a" with `full` values of the longest kind and a last one of `size` bytes, newest first. Each of
 // the full ones takes 16 blocks.
 std::string CreateValues(FileTreeRig& rig, unsigned int full, unsigned int size) {
-  EXPECT_EQ(rig.Create("a"), 0u);
+  EXPECT_EQ(status::kOk, rig.Create("a"));
   std::string values;
   for (unsigned int i = 1; i <= full + 1; ++i) {
     const std::string name = "v" + std::to_string(i);
     const std::string data = Pattern(i <= full ? kLongest : size);
-    EXPECT_EQ(rig.CreateData("a", name, 2, data), 0u);
+    EXPECT_EQ(status::kOk, rig.CreateData("a", name, 2, data));
     values = ValueRecord((i - 1) << 8, name, 0x62, static_cast<unsigned int>(data.size()),
                          (1 + 16 * (i - 1)) << 8) +
              data + values;
@@ -39,8 +39,8 @@ TEST(FileTreeBackupPieces, ABackupMayEndAtTheEdgeOfAPiece) {
     EXPECT_EQ(backup.size(), each.size);
     EXPECT_TRUE(backup == expected);
 
-    ASSERT_EQ(rig.Create("b"), 0u);
-    EXPECT_EQ(RestoreBytes(rig, "b", backup), 0u);
+    ASSERT_EQ(status::kOk, rig.Create("b"));
+    EXPECT_EQ(status::kOk, RestoreBytes(rig, "b", backup));
     EXPECT_EQ(SubtreeText(rig, "b"), SubtreeText(rig, "a"));
     EXPECT_EQ(BackedUp(rig, "b").size(), each.size);
     ExpectRefused(rig, "b", backup.substr(0, each.size - 1), 5);
@@ -71,17 +71,17 @@ TEST(FileTreeBackupPieces, ARecordMayLieInTwoPieces) {
   for (unsigned int names : {61u, 62u, 104u}) {
     SCOPED_TRACE(names);
     FileTreeRig rig;
-    ASSERT_EQ(rig.Create("a"), 0u);
+    ASSERT_EQ(status::kOk, rig.Create("a"));
     std::string path = "a";
     for (unsigned int i = 0; i < names; ++i) {
       path += "/k";
-      ASSERT_EQ(rig.Create(path), 0u);
-      ASSERT_EQ(rig.CreateNumber(path, "n", i), 0u);
+      ASSERT_EQ(status::kOk, rig.Create(path));
+      ASSERT_EQ(status::kOk, rig.CreateNumber(path, "n", i));
     }
     const std::string backup = BackedUp(rig, "a");
     EXPECT_EQ(backup.size(), 1 + names * (40 + 24 + 52) + 24);
-    ASSERT_EQ(rig.Create("b"), 0u);
-    EXPECT_EQ(RestoreBytes(rig, "b", backup), 0u);
+    ASSERT_EQ(status::kOk, rig.Create("b"));
+    EXPECT_EQ(status::kOk, RestoreBytes(rig, "b", backup));
     EXPECT_EQ(SubtreeText(rig, "b"), SubtreeText(rig, "a"));
     ExpectSound(rig);
   }

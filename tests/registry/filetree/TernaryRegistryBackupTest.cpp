@@ -22,7 +22,7 @@ void ExpectBackup(FileTreeRig& rig, const std::string& path,
 void CreateNumbered(FileTreeRig& rig, std::initializer_list<const char*> keys) {
   unsigned int number = 0;
   for (const char* key : keys) {
-    ASSERT_EQ(rig.tree.CreateKey(kAdmin, nullptr, key, ++number, true), 0u) << key;
+    ASSERT_EQ(status::kOk, rig.tree.CreateKey(kAdmin, nullptr, key, ++number, true)) << key;
   }
 }
 
@@ -30,16 +30,16 @@ void CreateNumbered(FileTreeRig& rig, std::initializer_list<const char*> keys) {
 
 TEST(FileTreeBackup, AKeyAloneTakes25Bytes) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("a"), 0u);
+  ASSERT_EQ(status::kOk, rig.Create("a"));
   ExpectBackup(rig, "a", {"01", "00000000 0000 0f 00 ffff0000 00000000 0000000000000000"});
-  EXPECT_EQ(BackedUp(rig, "a").size(), 25u);
+  EXPECT_EQ(25u, BackedUp(rig, "a").size());
 }
 
 TEST(FileTreeBackup, AKeyIsCopiedWithAllThatItHolds) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.tree.CreateKey(kUser, nullptr, "a", 0x1122334455667788, true), 0u);
-  ASSERT_EQ(rig.tree.SetKeyPermission(kAdmin, nullptr, "a", 0x75), 0u);
-  ASSERT_EQ(rig.tree.SetKeyWatch(kAdmin, nullptr, "a", 0x15), 0u);
+  ASSERT_EQ(status::kOk, rig.tree.CreateKey(kUser, nullptr, "a", 0x1122334455667788, true));
+  ASSERT_EQ(status::kOk, rig.tree.SetKeyPermission(kAdmin, nullptr, "a", 0x75));
+  ASSERT_EQ(status::kOk, rig.tree.SetKeyWatch(kAdmin, nullptr, "a", 0x15));
   ExpectBackup(rig, "a", {"01", "00000000 0000 75 55 e8030000 00000000 8877665544332211"});
 }
 
@@ -62,8 +62,8 @@ TEST(FileTreeBackup, SlashesAroundAPathMeanTheSameKey) {
 
 TEST(FileTreeBackup, ANumberTakesItsRecordAlone) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("a"), 0u);
-  ASSERT_EQ(rig.CreateNumber("a", "n", 0x0102030405060708), 0u);
+  ASSERT_EQ(status::kOk, rig.Create("a"));
+  ASSERT_EQ(status::kOk, rig.CreateNumber("a", "n", 0x0102030405060708));
   ExpectBackup(rig, "a",
                {"01", "00010000 0100 0f 00 ffff0000 00000000 8*0",
                 "00000000 00000000 0800 00 40 6e 31*0 0807060504030201"});
@@ -71,8 +71,8 @@ TEST(FileTreeBackup, ANumberTakesItsRecordAlone) {
 
 TEST(FileTreeBackup, AValueOf100BytesIsFollowedByThem) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("a"), 0u);
-  ASSERT_EQ(rig.CreateData("a", "data", 3, Pattern(100)), 0u);
+  ASSERT_EQ(status::kOk, rig.Create("a"));
+  ASSERT_EQ(status::kOk, rig.CreateData("a", "data", 3, Pattern(100)));
   ExpectBackup(rig, "a",
                {"01", "00010000 0100 0f 00 ffff0000 00000000 8*0",
                 "00000000 00000000 6400 00 63 64617461 28*0 00010000 4*0", HexOf(Pattern(100))});
@@ -81,10 +81,10 @@ TEST(FileTreeBackup, AValueOf100BytesIsFollowedByThem) {
 
 TEST(FileTreeBackup, ValuesComeInTheOrderOfTheKeyTheNewestFirst) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("a"), 0u);
-  ASSERT_EQ(rig.CreateData("a", "d", 2, Pattern(65)), 0u);
-  ASSERT_EQ(rig.CreateNumber("a", "n", 7), 0u);
-  ASSERT_EQ(rig.CreateData("a", "t", 1, "xy"), 0u);
+  ASSERT_EQ(status::kOk, rig.Create("a"));
+  ASSERT_EQ(status::kOk, rig.CreateData("a", "d", 2, Pattern(65)));
+  ASSERT_EQ(status::kOk, rig.CreateNumber("a", "n", 7));
+  ASSERT_EQ(status::kOk, rig.CreateData("a", "t", 1, "xy"));
   ExpectBackup(rig, "a",
                {"01", "00030000 0300 0f 00 ffff0000 00000000 8*0",
                 "00020000 00000000 0200 00 61 74 31*0 00030000 4*0", "7879",
@@ -94,8 +94,8 @@ TEST(FileTreeBackup, ValuesComeInTheOrderOfTheKeyTheNewestFirst) {
 
 TEST(FileTreeBackup, AValueWithoutDataTakesItsRecordAlone) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("a"), 0u);
-  ASSERT_EQ(rig.CreateData("a", "e", 5, ""), 0u);
+  ASSERT_EQ(status::kOk, rig.Create("a"));
+  ASSERT_EQ(status::kOk, rig.CreateData("a", "e", 5, ""));
   ExpectBackup(rig, "a",
                {"01", "00010000 0100 0f 00 ffff0000 00000000 8*0",
                 "00000000 00000000 0000 00 25 65 31*0 8*0"});
@@ -103,8 +103,8 @@ TEST(FileTreeBackup, AValueWithoutDataTakesItsRecordAlone) {
 
 TEST(FileTreeBackup, TheLongestDataIsCopiedWhole) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("a"), 0u);
-  ASSERT_EQ(rig.CreateData("a", "v", 2, Pattern(1024)), 0u);
+  ASSERT_EQ(status::kOk, rig.Create("a"));
+  ASSERT_EQ(status::kOk, rig.CreateData("a", "v", 2, Pattern(1024)));
   const std::string backup = BackedUp(rig, "a");
   EXPECT_EQ(backup.size(), 1 + 24 + 52 + 1024u);
   EXPECT_EQ(HexOf(backup.substr(77)), HexOf(Pattern(1024)));
@@ -113,15 +113,15 @@ TEST(FileTreeBackup, TheLongestDataIsCopiedWhole) {
 // The data of a value need not lie in one piece, nor its blocks in ascending order.
 TEST(FileTreeBackup, DataInScatteredBlocksIsPutTogether) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("a"), 0u);
-  ASSERT_EQ(rig.CreateData("a", "1", 2, Pattern(64)), 0u);
-  ASSERT_EQ(rig.CreateData("a", "2", 2, Pattern(64)), 0u);
-  ASSERT_EQ(rig.CreateData("a", "3", 2, Pattern(64)), 0u);
-  ASSERT_EQ(rig.SetData("a", "1", 0, "12345678"), 0u);
-  ASSERT_EQ(rig.SetData("a", "3", 0, "12345678"), 0u);  // blocks 3 and 1 are the next
-  ASSERT_EQ(rig.Create("b"), 0u);
-  ASSERT_EQ(rig.CreateData("b", "v", 2, Pattern(129)), 0u);
-  ASSERT_EQ(Entries(rig, kDataTable, 5), "05000000 04000000 00000000 01000000 00000000");
+  ASSERT_EQ(status::kOk, rig.Create("a"));
+  ASSERT_EQ(status::kOk, rig.CreateData("a", "1", 2, Pattern(64)));
+  ASSERT_EQ(status::kOk, rig.CreateData("a", "2", 2, Pattern(64)));
+  ASSERT_EQ(status::kOk, rig.CreateData("a", "3", 2, Pattern(64)));
+  ASSERT_EQ(status::kOk, rig.SetData("a", "1", 0, "12345678"));
+  ASSERT_EQ(status::kOk, rig.SetData("a", "3", 0, "12345678"));  // blocks 3 and 1 are the next
+  ASSERT_EQ(status::kOk, rig.Create("b"));
+  ASSERT_EQ(status::kOk, rig.CreateData("b", "v", 2, Pattern(129)));
+  ASSERT_EQ("05000000 04000000 00000000 01000000 00000000", Entries(rig, kDataTable, 5));
   EXPECT_EQ(HexOf(BackedUp(rig, "b").substr(77)), HexOf(Pattern(129)));
 }
 
@@ -145,9 +145,9 @@ TEST(FileTreeBackup, SubKeysComeFirstInTheOrderLoHiEqualChild) {
 TEST(FileTreeBackup, EveryLevelIsCopiedWithItsValues) {
   FileTreeRig rig;
   CreateNumbered(rig, {"a", "a/bc", "a/bc/0123456789abcdefg"});
-  ASSERT_EQ(rig.CreateData("a/bc", "v", 1, "one"), 0u);
-  ASSERT_EQ(rig.CreateNumber("a/bc/0123456789abcdefg", "n", 2), 0u);
-  ASSERT_EQ(rig.CreateNumber("a", "n", 3), 0u);
+  ASSERT_EQ(status::kOk, rig.CreateData("a/bc", "v", 1, "one"));
+  ASSERT_EQ(status::kOk, rig.CreateNumber("a/bc/0123456789abcdefg", "n", 2));
+  ASSERT_EQ(status::kOk, rig.CreateNumber("a", "n", 3));
   ExpectBackup(rig, "a",
                {"01", "00011063 12*0 00040000 00030000 62 15*0",
                 "00101067 16*0 00040000 " + HexOf("0123456789abcdef"),
@@ -168,7 +168,7 @@ TEST(FileTreeBackup, ANodeWithoutAKeyIsCopiedAlone) {
        "00000000 0000 0f 01 ffff0000 00000000 0300000000000000",
        "00000000 0000 0f 01 ffff0000 00000000 0200000000000000",
        "00000000 0000 0f 01 ffff0000 00000000 0100000000000000"});
-  ASSERT_EQ(DeleteKey(rig, "a/bx"), 0u);
+  ASSERT_EQ(status::kOk, DeleteKey(rig, "a/bx"));
   ExpectBackup(
       rig, "a",
       {"01", "00010078 00000000 00040000 8*0 00000000 62 15*0", "00001079 16*0 00040000 16*0",
@@ -190,7 +190,7 @@ TEST(FileTreeBackup, TheNameOfTheKeyAndItsNeighboursStayOutside) {
 TEST(FileTreeBackup, RecordsAreCopiedWithAllTheirBytes) {
   FileTreeRig rig;
   CreateNumbered(rig, {"a", "a/b"});
-  ASSERT_EQ(rig.CreateNumber("a/b", "n", 5), 0u);
+  ASSERT_EQ(status::kOk, rig.CreateNumber("a/b", "n", 5));
   rig.Patch(kStringArea + 40 * 3, "77");           // reserved
   rig.Patch(kStringArea + 40 * 3 + 2, "31");       // every flag
   rig.Patch(kStringArea + 40 * 3 + 30, "787970");  // behind the segment
@@ -209,7 +209,7 @@ TEST(FileTreeBackup, RecordsAreCopiedWithAllTheirBytes) {
 // Far more than is written at once, cut nowhere between two records.
 TEST(FileTreeBackup, AKeyWithManyValuesIsCopiedWhole) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("a"), 0u);
+  ASSERT_EQ(status::kOk, rig.Create("a"));
   std::string values;
   for (unsigned int i = 1; i <= 300; ++i) {
     const std::string name = "v" + std::to_string(i);
@@ -217,10 +217,10 @@ TEST(FileTreeBackup, AKeyWithManyValuesIsCopiedWhole) {
     const bool isNumber = i % 2 == 0;
     const unsigned int next = (i - 1) << 8;
     if (isNumber) {
-      ASSERT_EQ(rig.CreateNumber("a", name, i), 0u);
+      ASSERT_EQ(status::kOk, rig.CreateNumber("a", name, i));
       values = NumberRecord(next, name, i) + values;
     } else {
-      ASSERT_EQ(rig.CreateData("a", name, 2, data), 0u);
+      ASSERT_EQ(status::kOk, rig.CreateData("a", name, 2, data));
       const unsigned int block = (i + 1) / 2 << 8;
       const unsigned int size = static_cast<unsigned int>(data.size());
       values = ValueRecord(next, name, 0x62, size, block) + data + values;
@@ -232,7 +232,7 @@ TEST(FileTreeBackup, AKeyWithManyValuesIsCopiedWhole) {
 TEST(FileTreeBackup, ABackupChangesNothingInTheRegistry) {
   FileTreeRig rig;
   CreateNumbered(rig, {"a", "a/b", "c"});
-  ASSERT_EQ(rig.CreateData("a/b", "v", 1, Pattern(200)), 0u);
+  ASSERT_EQ(status::kOk, rig.CreateData("a/b", "v", 1, Pattern(200)));
   const std::string before = rig.Contents();
   BackedUp(rig, "");
   BackedUp(rig, "a");
@@ -241,19 +241,19 @@ TEST(FileTreeBackup, ABackupChangesNothingInTheRegistry) {
 
 TEST(FileTreeBackup, NothingOfAnOlderFileStays) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("a"), 0u);
+  ASSERT_EQ(status::kOk, rig.Create("a"));
   PutFile(rig.dir / "taken.bak", std::string(9000, 'x'));
   ExpectBackup(rig, "a", {"01", "00000000 0000 0f 00 ffff0000 00000000 8*0"});
 }
 
 TEST(FileTreeBackup, TheFileIsClosedAfterwards) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("a"), 0u);
+  ASSERT_EQ(status::kOk, rig.Create("a"));
   BackedUp(rig, "a");
   EXPECT_FALSE(BackupFile::backup.IsOpen());
-  EXPECT_EQ(Backup(rig, "a", rig.dir / "missing/b"), 5u);
+  EXPECT_EQ(status::kInputOutput, Backup(rig, "a", rig.dir / "missing/b"));
   EXPECT_FALSE(BackupFile::backup.IsOpen());
-  EXPECT_EQ(Backup(rig, "a", rig.path), 5u);
+  EXPECT_EQ(status::kInputOutput, Backup(rig, "a", rig.path));
   EXPECT_FALSE(BackupFile::backup.IsOpen());
 }
 

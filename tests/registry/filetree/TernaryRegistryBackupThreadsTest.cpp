@@ -15,9 +15,9 @@ void CreateKeys(TernaryRegistry& tree, const std::string& top, unsigned int seed
   Value value = {2, static_cast<unsigned int>(data.size()), data.data()};
   for (const char* below : {"", "/one", "/one/0123456789abcdefghijk", "/two"}) {
     const std::string path = top + below;
-    ASSERT_EQ(tree.CreateKey(kAdmin, nullptr, path.c_str(), seed, true), 0u) << path;
-    ASSERT_EQ(tree.CreateValue(kAdmin, nullptr, path.c_str(), "n", seed, true), 0u);
-    ASSERT_EQ(tree.CreateValue(kAdmin, nullptr, path.c_str(), "v", &value), 0u);
+    ASSERT_EQ(status::kOk, tree.CreateKey(kAdmin, nullptr, path.c_str(), seed, true)) << path;
+    ASSERT_EQ(status::kOk, tree.CreateValue(kAdmin, nullptr, path.c_str(), "n", seed, true));
+    ASSERT_EQ(status::kOk, tree.CreateValue(kAdmin, nullptr, path.c_str(), "v", &value));
   }
 }
 
@@ -39,7 +39,7 @@ TEST(FileTreeBackupThreads, TwoTreesBackUpAndRestoreTogether) {
   SharedStore shared;
   TernaryRegistry second(&shared.store, nullptr);
   second.ShareStore();
-  ASSERT_EQ(second.Initialize(nullptr), 0u);
+  ASSERT_EQ(status::kOk, second.Initialize(nullptr));
   const struct {
     TernaryRegistry& tree;
     const std::string source, target, file;
@@ -48,10 +48,11 @@ TEST(FileTreeBackupThreads, TwoTreesBackUpAndRestoreTogether) {
   std::string expected[2];
   for (unsigned int i = 0; i < 2; ++i) {
     CreateKeys(sides[i].tree, sides[i].source, 1 + i);
-    ASSERT_EQ(sides[i].tree.CreateKey(kAdmin, nullptr, sides[i].target.c_str(), 0, false), 0u);
+    ASSERT_EQ(status::kOk,
+              sides[i].tree.CreateKey(kAdmin, nullptr, sides[i].target.c_str(), 0, false));
     const std::string file = shared.dir / "first.bak";
-    ASSERT_EQ(sides[i].tree.BackupKeyTree(kAdmin, nullptr, sides[i].source.c_str(), file.c_str()),
-              0u);
+    ASSERT_EQ(status::kOk,
+              sides[i].tree.BackupKeyTree(kAdmin, nullptr, sides[i].source.c_str(), file.c_str()));
     expected[i] = GetFile(file);
     // Two nodes of "one", which "two" has parted, its own, and two of the long name.
     EXPECT_EQ(expected[i].size(), 1 + 5 * 40 + 4 * 24 + 4 * (52 + 52 + 101 + i));
@@ -68,9 +69,9 @@ TEST(FileTreeBackupThreads, TwoTreesBackUpAndRestoreTogether) {
   }
   for (std::thread& thread : threads) thread.join();
   for (unsigned int i = 0; i < 2; ++i) {
-    EXPECT_EQ(failures[i], 0u) << i;
+    EXPECT_EQ(0u, failures[i]) << i;
     EXPECT_EQ(SubtreeText(shared.path, sides[i].target), SubtreeText(shared.path, sides[i].source));
-    EXPECT_NE(SubtreeText(shared.path, sides[i].source), "");
+    EXPECT_NE("", SubtreeText(shared.path, sides[i].source));
   }
   ExpectSound(shared.path);
   second.Finalize();

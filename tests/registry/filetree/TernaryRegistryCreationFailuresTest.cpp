@@ -29,7 +29,7 @@ TEST(FileTreeKeys, TheKeyOfANameThatCannotBeWrittenIsGivenBack) {
 // Small tables fill soon: 20 more tables of one slot each are all that a kind can have.
 void FillUp(TernaryFile& store, NodeKind kind) {
   while (store.Descriptor(kind).tableCount < 21) {
-    ASSERT_EQ(store.ExpandFile(&store.Descriptor(kind), RecordSizeOf(kind), 2), 0u);
+    ASSERT_EQ(status::kOk, store.ExpandFile(&store.Descriptor(kind), RecordSizeOf(kind), 2));
   }
 }
 
@@ -39,10 +39,10 @@ TEST(FileTreeKeys, WithoutRoomForAKeyNothingIsChanged) {
   TernaryRegistry& tree = shared.tree;
   const std::string& path = shared.path;
   FillUp(store, NodeKind::kKey);
-  ASSERT_EQ(tree.CreateKey(kAdmin, nullptr, "a", 0, false), 0u);
+  ASSERT_EQ(status::kOk, tree.CreateKey(kAdmin, nullptr, "a", 0, false));
   const std::string before = GetFile(path);
-  EXPECT_EQ(tree.CreateKey(kAdmin, nullptr, "b", 0, false), 75u);
-  EXPECT_EQ(tree.CreateKey(kAdmin, nullptr, "a/b", 0, false), 75u);
+  EXPECT_EQ(status::kLimit, tree.CreateKey(kAdmin, nullptr, "b", 0, false));
+  EXPECT_EQ(status::kLimit, tree.CreateKey(kAdmin, nullptr, "a/b", 0, false));
   EXPECT_EQ(GetFile(path), before);
 }
 
@@ -51,11 +51,12 @@ TEST(FileTreeKeys, WithoutRoomForANameTheKeyIsGivenBack) {
   TernaryFile& store = shared.store;
   TernaryRegistry& tree = shared.tree;
   FillUp(store, NodeKind::kString);
-  ASSERT_EQ(tree.CreateKey(kAdmin, nullptr, "a", 0, false), 0u);
+  ASSERT_EQ(status::kOk, tree.CreateKey(kAdmin, nullptr, "a", 0, false));
   const unsigned int freeKeys = store.Descriptor(NodeKind::kKey).lastTable->freeCount();
-  for (int i = 0; i < 3; ++i) EXPECT_EQ(tree.CreateKey(kAdmin, nullptr, "b", 0, false), 75u);
+  for (int i = 0; i < 3; ++i)
+    EXPECT_EQ(status::kLimit, tree.CreateKey(kAdmin, nullptr, "b", 0, false));
   EXPECT_EQ(store.Descriptor(NodeKind::kKey).lastTable->freeCount(), freeKeys);
-  EXPECT_EQ(tree.CreateKey(kAdmin, nullptr, "a", 0, false), 17u);
+  EXPECT_EQ(status::kExists, tree.CreateKey(kAdmin, nullptr, "a", 0, false));
 }
 
 }  // namespace

@@ -25,21 +25,21 @@ const char kAll5[] = "5 5 5 5 5 5 5 5 5 5 5 5 ";
 // Every operation finds the damage on its way along `path` and changes nothing.
 void ExpectDamaged(FileTreeRig& rig, const std::string& path) {
   const std::string before = rig.Contents();
-  EXPECT_EQ(Answers(rig, path, "v"), kAll59) << path;
+  EXPECT_EQ(kAll59, Answers(rig, path, "v")) << path;
   EXPECT_EQ(rig.Contents(), before);
 }
 
 TEST(FileTreeDamage, ANodeThatIsItsOwnLowLink) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("m"), 0u);
+  ASSERT_EQ(status::kOk, rig.Create("m"));
   rig.PatchWord(InString(2, kLo), 0x200);
   ExpectDamaged(rig, "a");
-  EXPECT_EQ(rig.Find("m"), 0u);
+  EXPECT_EQ(status::kOk, rig.Find("m"));
 }
 
 TEST(FileTreeDamage, ANodeThatIsItsOwnHighLink) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("m"), 0u);
+  ASSERT_EQ(status::kOk, rig.Create("m"));
   rig.PatchWord(InString(2, kHi), 0x200);
   ExpectDamaged(rig, "z");
   ExpectDamaged(rig, "z/y");
@@ -47,14 +47,14 @@ TEST(FileTreeDamage, ANodeThatIsItsOwnHighLink) {
 
 TEST(FileTreeDamage, ANodeThatIsItsOwnEqualLink) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("m"), 0u);
+  ASSERT_EQ(status::kOk, rig.Create("m"));
   rig.PatchWord(InString(2, kEqual), 0x200);
   ExpectDamaged(rig, Repeated("m", 1000));
 }
 
 TEST(FileTreeDamage, ANodeThatIsItsOwnChildLink) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("m"), 0u);
+  ASSERT_EQ(status::kOk, rig.Create("m"));
   rig.PatchWord(InString(2, kChild), 0x200);
   ExpectDamaged(rig, Repeated("m/", 1000));
 }
@@ -70,19 +70,19 @@ TEST(FileTreeDamage, TwoNodesThatLeadToEachOther) {
                      {"m/n", kChild, Repeated("m/n/", 500)}};
   for (const auto& each : cases) {
     FileTreeRig rig;
-    ASSERT_EQ(rig.Create("m"), 0u);
-    ASSERT_EQ(rig.Create(each.second), 0u);
+    ASSERT_EQ(status::kOk, rig.Create("m"));
+    ASSERT_EQ(status::kOk, rig.Create(each.second));
     rig.PatchWord(InString(3, each.field), 0x200);
     ExpectDamaged(rig, each.path);
-    EXPECT_EQ(rig.Find("m"), 0u);
-    EXPECT_EQ(rig.Find(each.second), 0u);
+    EXPECT_EQ(status::kOk, rig.Find("m"));
+    EXPECT_EQ(status::kOk, rig.Find(each.second));
   }
 }
 
 TEST(FileTreeDamage, AnImpossibleSegmentLength) {
   for (const char* length : {"11", "80", "ff"}) {
     FileTreeRig rig;
-    ASSERT_EQ(rig.Create("abc"), 0u);
+    ASSERT_EQ(status::kOk, rig.Create("abc"));
     rig.Patch(InString(2, kSegmentLength), length);
     ExpectDamaged(rig, "abc");
     ExpectDamaged(rig, "a");
@@ -90,7 +90,7 @@ TEST(FileTreeDamage, AnImpossibleSegmentLength) {
     ExpectDamaged(rig, Repeated("abc", 100));
     const std::string before = rig.Contents();
     unsigned int upper = 77;
-    EXPECT_EQ(rig.tree.SplitNode(0, 0x200, 0, 3, 0x100, &upper), 59u);
+    EXPECT_EQ(status::kInvalidFile, rig.tree.SplitNode(0, 0x200, 0, 3, 0x100, &upper));
     EXPECT_EQ(rig.Contents(), before);
   }
 }
@@ -98,7 +98,7 @@ TEST(FileTreeDamage, AnImpossibleSegmentLength) {
 // The search never looks behind the path's terminator.
 TEST(FileTreeDamage, AZeroByteInASegmentMatchesNothing) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("abcd"), 0u);
+  ASSERT_EQ(status::kOk, rig.Create("abcd"));
   rig.Patch(InString(2, kSegment), "610062");  // "a", zero, "b"
   struct {
     const char* path;
@@ -109,35 +109,35 @@ TEST(FileTreeDamage, AZeroByteInASegmentMatchesNothing) {
     char* exact = new char[size];
     std::memcpy(exact, each.path, size);
     TernaryRegistry::KeyMatchDescriptor match;
-    EXPECT_EQ(rig.tree.FindKey(0x100u, exact, &match), 2u);
-    EXPECT_EQ(match.node, 0x200u);
+    EXPECT_EQ(status::kNotFound, rig.tree.FindKey(0x100u, exact, &match));
+    EXPECT_EQ(0x200u, match.node);
     EXPECT_EQ(match.splitIndex, each.cut) << each.path;
     delete[] exact;
   }
-  EXPECT_EQ(rig.Create("ax"), 0u);  // made of what stands there: not found again
-  EXPECT_EQ(rig.Find("ax"), 2u);
+  EXPECT_EQ(status::kOk, rig.Create("ax"));  // made of what stands there: not found again
+  EXPECT_EQ(status::kNotFound, rig.Find("ax"));
 }
 
 TEST(FileTreeDamage, ASplitCharacterOfZeroMatchesNothing) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("abc"), 0u);
+  ASSERT_EQ(status::kOk, rig.Create("abc"));
   rig.Patch(InString(2, kSplitChar), "00");
-  EXPECT_EQ(rig.Find("ab"), 2u);
-  EXPECT_EQ(rig.Find("abc"), 2u);
-  EXPECT_EQ(rig.Find("ab\x80"), 2u);
+  EXPECT_EQ(status::kNotFound, rig.Find("ab"));
+  EXPECT_EQ(status::kNotFound, rig.Find("abc"));
+  EXPECT_EQ(status::kNotFound, rig.Find("ab\x80"));
 }
 
 TEST(FileTreeDamage, ALinkToARecordThatDoesNotExist) {
   for (unsigned int bad : kBadIds) {
     SCOPED_TRACE(bad);
     FileTreeRig rig;
-    ASSERT_EQ(rig.Create("m"), 0u);
+    ASSERT_EQ(status::kOk, rig.Create("m"));
     for (unsigned int field : {kLo, kHi, kEqual, kChild}) rig.PatchWord(InString(2, field), bad);
     ExpectDamaged(rig, "a");
     ExpectDamaged(rig, "z");
     ExpectDamaged(rig, "mm");
     ExpectDamaged(rig, "m/m");
-    EXPECT_EQ(rig.Find("m"), 0u);
+    EXPECT_EQ(status::kOk, rig.Find("m"));
   }
 }
 
@@ -145,7 +145,7 @@ TEST(FileTreeDamage, AStartNodeThatDoesNotExist) {
   for (unsigned int bad : kBadIds) {
     SCOPED_TRACE(bad);
     FileTreeRig rig;
-    ASSERT_EQ(rig.Create("m"), 0u);
+    ASSERT_EQ(status::kOk, rig.Create("m"));
     rig.PatchWord(4180 + 28, bad);
     rig.Reopen();
     ExpectDamaged(rig, "m");
@@ -157,14 +157,14 @@ TEST(FileTreeDamage, AKeyThatDoesNotExist) {
   for (unsigned int bad : kBadIds) {
     SCOPED_TRACE(bad);
     FileTreeRig rig;
-    ASSERT_EQ(rig.Create("m"), 0u);
+    ASSERT_EQ(status::kOk, rig.Create("m"));
     rig.PatchWord(InString(2, kKeyLink), bad);
     const std::string before = rig.Contents();
-    EXPECT_EQ(Answers(rig, "m", "v"), "0 17 59 59 59 59 59 59 59 59 59 59 ");
-    EXPECT_EQ(rig.Create("m/x"), 59u);
+    EXPECT_EQ("0 17 59 59 59 59 59 59 59 59 59 59 ", Answers(rig, "m", "v"));
+    EXPECT_EQ(status::kInvalidFile, rig.Create("m/x"));
     unsigned int id = 0;
     TernaryValueNode* record = nullptr;
-    EXPECT_EQ(rig.tree.FindValue(bad, "v", &id, record), 59u);
+    EXPECT_EQ(59u, rig.tree.FindValue(bad, "v", &id, record));
     EXPECT_EQ(rig.Contents(), before);
   }
 }
@@ -173,53 +173,53 @@ TEST(FileTreeDamage, AFreeListThatCannotBeFollowed) {
   for (unsigned int bad : {0u, 365u, 60000u}) {
     SCOPED_TRACE(bad);
     FileTreeRig rig;
-    ASSERT_EQ(rig.Create("abc"), 0u);
-    ASSERT_EQ(rig.CreateData("", "v", 1, "x"), 0u);
+    ASSERT_EQ(status::kOk, rig.Create("abc"));
+    ASSERT_EQ(status::kOk, rig.CreateData("", "v", 1, "x"));
     const unsigned int heads[] = {kStringTable + 32, kKeyTable + 32, kValueTable + 32,
                                   kDataTable + 32};
     for (unsigned int offset : heads) {
       const unsigned int good = rig.Word(offset);
       rig.PatchWord(offset, bad);
       if (offset < kValueTable) {
-        EXPECT_EQ(rig.Create("new"), 59u);
-        EXPECT_EQ(rig.Find("new"), 2u);
+        EXPECT_EQ(status::kInvalidFile, rig.Create("new"));
+        EXPECT_EQ(status::kNotFound, rig.Find("new"));
       } else {
-        EXPECT_EQ(rig.CreateData("", "new", 1, "y"), 59u);
-        EXPECT_EQ(rig.Get("", "new"), "2");
+        EXPECT_EQ(status::kInvalidFile, rig.CreateData("", "new", 1, "y"));
+        EXPECT_EQ("2", rig.Get("", "new"));
       }
       rig.PatchWord(offset, good);
     }
-    EXPECT_EQ(rig.Find("abc"), 0u);
-    EXPECT_EQ(rig.Get("", "v"), "0 type 1: 78");
+    EXPECT_EQ(status::kOk, rig.Find("abc"));
+    EXPECT_EQ("0 type 1: 78", rig.Get("", "v"));
   }
 }
 
 TEST(FileTreeDamage, AFileThatWasClosedCannotBeRead) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("m"), 0u);
+  ASSERT_EQ(status::kOk, rig.Create("m"));
   TernaryFile::file.Destroy();
-  EXPECT_EQ(Answers(rig, "m", "v"), kAll5);
-  EXPECT_EQ(Answers(rig, "", "v"), kAll5);
-  EXPECT_EQ(Answers(rig, "x/y", "v"), kAll5);
+  EXPECT_EQ(kAll5, Answers(rig, "m", "v"));
+  EXPECT_EQ(kAll5, Answers(rig, "", "v"));
+  EXPECT_EQ(kAll5, Answers(rig, "x/y", "v"));
 }
 
 TEST(FileTreeDamage, AFileThatWasCutCannotBeReadBehindTheCut) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("m"), 0u);
-  ASSERT_EQ(rig.CreateNumber("m", "n", 5), 0u);
-  ASSERT_EQ(rig.CreateData("m", "d", 1, "data"), 0u);
-  ASSERT_EQ(CutFile(rig.path, kDataArea), 0);
-  EXPECT_EQ(rig.Get("m", "d"), "5");
-  EXPECT_EQ(rig.Get("m", "n"), "0 type 0: 0500000000000000");
-  ASSERT_EQ(CutFile(rig.path, kValueArea), 0);
-  EXPECT_EQ(rig.Get("m", "n"), "9");
-  ASSERT_EQ(CutFile(rig.path, kKeyArea), 0);
-  EXPECT_EQ(rig.Get("m", "n"), "5");
-  EXPECT_EQ(rig.Create("m/x"), 5u);
-  EXPECT_EQ(rig.Find("m"), 0u);
-  ASSERT_EQ(CutFile(rig.path, kStringArea), 0);
-  EXPECT_EQ(rig.Find("m"), 5u);
-  EXPECT_EQ(rig.Find(""), 5u);
+  ASSERT_EQ(status::kOk, rig.Create("m"));
+  ASSERT_EQ(status::kOk, rig.CreateNumber("m", "n", 5));
+  ASSERT_EQ(status::kOk, rig.CreateData("m", "d", 1, "data"));
+  ASSERT_EQ(0, CutFile(rig.path, kDataArea));
+  EXPECT_EQ("5", rig.Get("m", "d"));
+  EXPECT_EQ("0 type 0: 0500000000000000", rig.Get("m", "n"));
+  ASSERT_EQ(0, CutFile(rig.path, kValueArea));
+  EXPECT_EQ("9", rig.Get("m", "n"));
+  ASSERT_EQ(0, CutFile(rig.path, kKeyArea));
+  EXPECT_EQ("5", rig.Get("m", "n"));
+  EXPECT_EQ(status::kInputOutput, rig.Create("m/x"));
+  EXPECT_EQ(status::kOk, rig.Find("m"));
+  ASSERT_EQ(0, CutFile(rig.path, kStringArea));
+  EXPECT_EQ(status::kInputOutput, rig.Find("m"));
+  EXPECT_EQ(status::kInputOutput, rig.Find(""));
 }
 
 }  // namespace

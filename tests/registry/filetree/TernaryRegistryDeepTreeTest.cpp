@@ -104,7 +104,7 @@ std::string WithoutIds(std::string bytes, unsigned int levels) {
 
 class FileTreeDeepTree : public ::testing::TestWithParam<Shape> {
  protected:
-  FileTreeDeepTree() { EXPECT_EQ(rig_.Create("top"), 0u); }
+  FileTreeDeepTree() { EXPECT_EQ(status::kOk, rig_.Create("top")); }
 
   // The operations as the administrator, each on a small stack.
   unsigned int Restore(const std::string& bytes) {
@@ -143,9 +143,9 @@ class FileTreeDeepTree : public ::testing::TestWithParam<Shape> {
 
 TEST_P(FileTreeDeepTree, IsBackedUpAsItWasRestored) {
   const std::string bytes = BackupOf(GetParam(), kLevels);
-  ASSERT_EQ(Restore(bytes), 0u);
+  ASSERT_EQ(status::kOk, Restore(bytes));
   PutFile(backup_, "");
-  ASSERT_EQ(Backup(), 0u);
+  ASSERT_EQ(status::kOk, Backup());
   const std::string again = GetFile(backup_);
   EXPECT_EQ(again.size(), bytes.size());
   EXPECT_TRUE(WithoutIds(again, kLevels) == bytes);
@@ -156,60 +156,60 @@ TEST_P(FileTreeDeepTree, IsBackedUpAsItWasRestored) {
 
 TEST_P(FileTreeDeepTree, IsListedFromItsEnd) {
   const Shape& shape = GetParam();
-  ASSERT_EQ(Restore(BackupOf(shape, kLevels)), 0u);
+  ASSERT_EQ(status::kOk, Restore(BackupOf(shape, kLevels)));
   EXPECT_TRUE(List(0, 2) == "75: " + NameAt(shape, kLevels - 1) + " " + NameAt(shape, kLevels - 2));
   EXPECT_EQ(List(kLevels - 2, 10), "0: " + NameAt(shape, 1) + " " + NameAt(shape, 0));
-  EXPECT_EQ(List(kLevels, 10), "0:");
+  EXPECT_EQ("0:", List(kLevels, 10));
 }
 
 TEST_P(FileTreeDeepTree, IsCounted) {
-  ASSERT_EQ(Restore(BackupOf(GetParam(), kLevels)), 0u);
+  ASSERT_EQ(status::kOk, Restore(BackupOf(GetParam(), kLevels)));
   const bool isDeep = GetParam().link == 16;
   EXPECT_EQ(Count(),
             std::string("0: ") + (isDeep ? "1" : "10000") + " of 10000 keys, 0 of 100 values");
 }
 
 TEST_P(FileTreeDeepTree, IsDeletedWhole) {
-  ASSERT_EQ(Restore(BackupOf(GetParam(), kLevels)), 0u);
-  EXPECT_EQ(Delete(), 0u);
-  EXPECT_EQ(rig_.Find("top"), 2u);
+  ASSERT_EQ(status::kOk, Restore(BackupOf(GetParam(), kLevels)));
+  EXPECT_EQ(status::kOk, Delete());
+  EXPECT_EQ(status::kNotFound, rig_.Find("top"));
   EXPECT_FALSE(IsFound(0));
-  EXPECT_EQ(StructureFindings(rig_.path), "");
+  EXPECT_EQ("", StructureFindings(rig_.path));
   const SlotCounts counts = CountSlots(rig_.path);
-  EXPECT_EQ(counts.strings.used, 2u) << "the root and the name \"top\"";
-  EXPECT_EQ(counts.keys.used, 1u);
-  EXPECT_EQ(counts.values.used, 0u);
+  EXPECT_EQ(2u, counts.strings.used) << "the root and the name \"top\"";
+  EXPECT_EQ(1u, counts.keys.used);
+  EXPECT_EQ(0u, counts.values.used);
 }
 
 // What is restored needs room beside what it replaces, and only the last table of a kind gives
 // slots: those of the tables before it are not handed out again when they become free.
 TEST_P(FileTreeDeepTree, IsRefusedASecondTime) {
   const std::string bytes = BackupOf(GetParam(), kLevels);
-  ASSERT_EQ(Restore(bytes), 0u);
+  ASSERT_EQ(status::kOk, Restore(bytes));
   const std::string before = rig_.Contents();
-  EXPECT_EQ(Restore(bytes), 75u);
+  EXPECT_EQ(status::kLimit, Restore(bytes));
   EXPECT_TRUE(rig_.Contents() == before);
-  ASSERT_EQ(Delete(), 0u);
-  ASSERT_EQ(rig_.Create("top"), 0u);
+  ASSERT_EQ(status::kOk, Delete());
+  ASSERT_EQ(status::kOk, rig_.Create("top"));
   rig_.Reopen();  // this thread has kept a lock level, since the name was there
   const std::string empty = rig_.Contents();
-  EXPECT_EQ(Restore(bytes), 75u);
+  EXPECT_EQ(status::kLimit, Restore(bytes));
   EXPECT_TRUE(rig_.Contents() == empty);
-  EXPECT_EQ(Restore(BackupOf(GetParam(), 100)), 0u);
-  EXPECT_EQ(StructureFindings(rig_.path), "");
+  EXPECT_EQ(status::kOk, Restore(BackupOf(GetParam(), 100)));
+  EXPECT_EQ("", StructureFindings(rig_.path));
 }
 
 // The root and "top" have a node each.
 TEST_P(FileTreeDeepTree, MayTakeEveryNodeOfTheFileAndNotOneMore) {
   const std::string before = rig_.Contents();
-  EXPECT_EQ(Restore(BackupOf(GetParam(), kMostNodes - 1, 100)), 75u);
+  EXPECT_EQ(status::kLimit, Restore(BackupOf(GetParam(), kMostNodes - 1, 100)));
   EXPECT_TRUE(rig_.Contents() == before);
-  EXPECT_EQ(Restore(BackupOf(GetParam(), kMostNodes - 2, 100)), 0u);
+  EXPECT_EQ(status::kOk, Restore(BackupOf(GetParam(), kMostNodes - 2, 100)));
   EXPECT_TRUE(IsFound(kMostNodes - 3));
-  EXPECT_EQ(rig_.Create("another"), 75u);
-  EXPECT_EQ(Count().substr(0, 2), "0:");
-  EXPECT_EQ(Delete(), 0u);
-  EXPECT_EQ(StructureFindings(rig_.path), "");
+  EXPECT_EQ(status::kLimit, rig_.Create("another"));
+  EXPECT_EQ("0:", Count().substr(0, 2));
+  EXPECT_EQ(status::kOk, Delete());
+  EXPECT_EQ("", StructureFindings(rig_.path));
 }
 
 INSTANTIATE_TEST_SUITE_P(Shapes, FileTreeDeepTree, ::testing::ValuesIn(kShapes),

@@ -18,12 +18,12 @@ TEST(FileTreeDepth, TenThousandLevelsAreCreatedAndFoundOnASmallStack) {
   for (unsigned int level = 1; level < kLevels; ++level) {
     unsigned int key = 0;
     unsigned int node = 0;
-    ASSERT_EQ(tree.CreateKeyNode(0, kAdmin, 0x0F, 0, &key, false, false), 0u);
-    ASSERT_EQ(tree.CreateStringNode(0, "a", &node, key), 0u);
+    ASSERT_EQ(status::kOk, tree.CreateKeyNode(0, kAdmin, 0x0F, 0, &key, false, false));
+    ASSERT_EQ(status::kOk, tree.CreateStringNode(0, "a", &node, key));
     TernaryStringNode parent;
-    ASSERT_EQ(store.ReadNodeInBuffer(deepest, &parent), 0u);
+    ASSERT_EQ(status::kOk, store.ReadNodeInBuffer(deepest, &parent));
     parent.setChild(node);
-    ASSERT_EQ(store.WriteNode(0, deepest, &parent, false), 0u);
+    ASSERT_EQ(status::kOk, store.WriteNode(0, deepest, &parent, false));
     deepest = node;
   }
   const std::string above = Repeated("a/", kLevels - 1);
@@ -53,22 +53,22 @@ TEST(FileTreeDepth, AChainOfThousandsOfNodesIsWalkedOnASmallStack) {
   unsigned int first = 0;  // of the chain, made from its end
   for (unsigned int i = 0; i < kNodes; ++i) {
     unsigned int node = 0;
-    ASSERT_EQ(tree.CreateStringNode(0, "a", &node, 0), 0u);
+    ASSERT_EQ(status::kOk, tree.CreateStringNode(0, "a", &node, 0));
     TernaryStringNode record;
-    ASSERT_EQ(store.ReadNodeInBuffer(node, &record), 0u);
+    ASSERT_EQ(status::kOk, store.ReadNodeInBuffer(node, &record));
     if (i % 2 == 0) {
       record.setHi(first);
     } else {
       record.setEqual(first);
     }
-    ASSERT_EQ(store.WriteNode(0, node, &record, false), 0u);
+    ASSERT_EQ(status::kOk, store.WriteNode(0, node, &record, false));
     first = node;
   }
   std::vector<unsigned int> ids(3 * kNodes);
   unsigned int count = 0;
   unsigned int answer = 77;
   OnSmallStack([&] { answer = tree.ReadNodeTree(first, ids.data(), &count, 3 * kNodes); });
-  EXPECT_EQ(answer, 0u);
+  EXPECT_EQ(0u, answer);
   EXPECT_EQ(count, 3 * (kNodes - 1));  // the last node has no links
 }
 

@@ -11,26 +11,26 @@ TEST(FileTreeKeyDamage, AnImpossibleSegmentLengthIsNotListed) {
   Create(rig, {"a", "a/m", "a/t", "b"});
   for (unsigned int length = 17; length <= 255; ++length) {
     rig.Patch(InString(3, kSegmentLength), HexOf(std::string(1, static_cast<char>(length))));
-    EXPECT_EQ(Listed(rig, "a"), "59:") << length;  // before any neighbour
-    EXPECT_EQ(Listed(rig, ""), "59: b") << length;
-    EXPECT_EQ(Listed(rig, "", 100), "59:") << length;
+    EXPECT_EQ("59:", Listed(rig, "a")) << length;  // before any neighbour
+    EXPECT_EQ("59: b", Listed(rig, "")) << length;
+    EXPECT_EQ("59:", Listed(rig, "", 100)) << length;
   }
-  EXPECT_EQ(Counted(rig, "a"), "0: 2 of 2 keys, 0 of 0 values");  // without looking at names
+  EXPECT_EQ("0: 2 of 2 keys, 0 of 0 values", Counted(rig, "a"));  // without looking at names
   ExpectHealed(rig, "a", "361 362 364 364");
 }
 
 TEST(FileTreeKeyDamage, TheLongestSegmentIsListed) {
   FileTreeRig rig;
   Create(rig, {"0123456789abcdefg"});
-  ASSERT_EQ(rig.Hex(InString(2, kSegmentLength), 1), "10");
-  EXPECT_EQ(Listed(rig, ""), "0: 0123456789abcdefg");
+  ASSERT_EQ("10", rig.Hex(InString(2, kSegmentLength), 1));
+  EXPECT_EQ("0: 0123456789abcdefg", Listed(rig, ""));
 }
 
 TEST(FileTreeKeyDamage, AZeroByteEndsTheNameListed) {
   FileTreeRig rig;
   Create(rig, {"abcd", "abcd/x"});
   rig.Patch(InString(2, 24 + 1), "00");
-  EXPECT_EQ(Listed(rig, ""), "0: a a");
+  EXPECT_EQ("0: a a", Listed(rig, ""));
 }
 
 TEST(FileTreeKeyDamage, ANodeThatLinksToItself) {
@@ -38,7 +38,7 @@ TEST(FileTreeKeyDamage, ANodeThatLinksToItself) {
     SCOPED_TRACE(link);
     FileTreeRig rig;
     Create(rig, {"a", "a/m"});
-    ASSERT_EQ(rig.CreateNumber("a/m", "n", 1), 0u);
+    ASSERT_EQ(status::kOk, rig.CreateNumber("a/m", "n", 1));
     rig.PatchWord(InString(3, link), 0x300);
     ExpectBelow(rig, "a", "59:", "59");
     ExpectBelow(rig, "", "59:", "59");
@@ -96,11 +96,11 @@ TEST(FileTreeKeyDamage, ALinkToANodeOnTheWayToTheKey) {
     SCOPED_TRACE(link);
     FileTreeRig rig;
     Create(rig, {"m", "f", "f/x"});
-    ASSERT_EQ(rig.CreateNumber("m", "n", 1), 0u);
+    ASSERT_EQ(status::kOk, rig.CreateNumber("m", "n", 1));
     rig.PatchWord(InString(4, link), 0x200);
     ExpectHealed(rig, "f", "361 362 363 364");
-    EXPECT_EQ(Listed(rig, ""), "0: m");
-    EXPECT_EQ(ListedValues(rig, "m"), "0: n");
+    EXPECT_EQ("0: m", Listed(rig, ""));
+    EXPECT_EQ("0: n", ListedValues(rig, "m"));
   }
 }
 
@@ -110,13 +110,13 @@ TEST(FileTreeKeyDamage, AKeyThatIsItsOwnChild) {
   rig.PatchWord(InString(2, kChild), 0x200);
   ExpectBelow(rig, "a", "59: b", "59");
   ExpectHealed(rig, "a", "361 362 364 364");
-  EXPECT_EQ(Listed(rig, ""), "0: b");
+  EXPECT_EQ("0: b", Listed(rig, ""));
 }
 
 TEST(FileTreeKeyDamage, TheRootAsItsOwnChild) {
   FileTreeRig rig;
   rig.PatchWord(InString(1, kChild), 0x100);
-  EXPECT_EQ(Counted(rig, ""), "59");
+  EXPECT_EQ("59", Counted(rig, ""));
   ExpectHealed(rig, "", "363 364 364 364");
 }
 
@@ -124,7 +124,7 @@ TEST(FileTreeKeyDamage, ANodeThatTwoLinkTo) {
   for (const char* deleted : {"a", "a/c"}) {
     FileTreeRig rig;
     Create(rig, {"a", "a/b", "a/c", "a/b/x"});
-    ASSERT_EQ(rig.CreateNumber("a/b/x", "n", 1), 0u);
+    ASSERT_EQ(status::kOk, rig.CreateNumber("a/b/x", "n", 1));
     rig.PatchWord(InString(4, kChild), 0x500);
     ExpectBelow(rig, "a", "59: c/x c", "59");
     ExpectBelow(rig, "a/b", "0: x", "0: 1 of 1 keys, 0 of 1 values");
@@ -150,10 +150,10 @@ TEST(FileTreeKeyDamage, AKeyThatTwoNodesShare) {
 TEST(FileTreeKeyDamage, AKeyWithValuesThatTwoNodesShare) {
   FileTreeRig rig;
   Create(rig, {"a", "a/b", "a/c"});
-  for (const char* name : {"1", "2"}) ASSERT_EQ(rig.CreateNumber("a/c", name, 1), 0u);
+  for (const char* name : {"1", "2"}) ASSERT_EQ(status::kOk, rig.CreateNumber("a/c", name, 1));
   rig.PatchWord(InString(3, kKeyLink), 0x400);
   ExpectBelow(rig, "a", "0: c b", "59");
-  EXPECT_EQ(ListedValues(rig, "a/b"), "0: 2 1");
+  EXPECT_EQ("0: 2 1", ListedValues(rig, "a/b"));
   ExpectHealed(rig, "a", "362 362 364 364");
 }
 
@@ -162,13 +162,13 @@ TEST(FileTreeKeyDamage, AKeyOfAnotherThatIsDeleted) {
     SCOPED_TRACE(key);
     FileTreeRig rig;
     Create(rig, {"a", "a/b", "c"});
-    ASSERT_EQ(rig.CreateNumber("c", "n", 1), 0u);
-    ASSERT_EQ(rig.CreateNumber("a", "n", 1), 0u);
+    ASSERT_EQ(status::kOk, rig.CreateNumber("c", "n", 1));
+    ASSERT_EQ(status::kOk, rig.CreateNumber("a", "n", 1));
     rig.PatchWord(InString(3, kKeyLink), key);
-    EXPECT_EQ(DeleteKey(rig, "a"), 0u);
-    EXPECT_EQ(FreeLists(rig), "");
-    EXPECT_EQ(DeleteKey(rig, "c"), 0u);
-    EXPECT_EQ(FreeLists(rig), "");
+    EXPECT_EQ(status::kOk, DeleteKey(rig, "a"));
+    EXPECT_EQ("", FreeLists(rig));
+    EXPECT_EQ(status::kOk, DeleteKey(rig, "c"));
+    EXPECT_EQ("", FreeLists(rig));
   }
 }
 
@@ -177,26 +177,26 @@ TEST(FileTreeKeyDamage, TheKeysOnTheWayToADeletedOneStay) {
     SCOPED_TRACE(key);
     FileTreeRig rig;
     Create(rig, {"a", "a/b", "a/b/c"});
-    ASSERT_EQ(rig.CreateNumber("a", "n", 1), 0u);
+    ASSERT_EQ(status::kOk, rig.CreateNumber("a", "n", 1));
     rig.PatchWord(InString(4, kKeyLink), key);
-    ASSERT_EQ(DeleteKey(rig, "a/b"), 0u);
-    EXPECT_EQ(FreeLists(rig), "");
-    EXPECT_EQ(FreeSlots(rig), "361 361 363 364");  // "a/b/c" is gone, its key never came back
-    ASSERT_EQ(rig.tree.CreateKey(kUser, nullptr, "z", 0, false), 0u);
-    EXPECT_EQ(Listed(rig, ""), "0: z a");
-    EXPECT_EQ(ListedValues(rig, "a"), "0: n");
+    ASSERT_EQ(status::kOk, DeleteKey(rig, "a/b"));
+    EXPECT_EQ("", FreeLists(rig));
+    EXPECT_EQ("361 361 363 364", FreeSlots(rig));  // "a/b/c" is gone, its key never came back
+    ASSERT_EQ(status::kOk, rig.tree.CreateKey(kUser, nullptr, "z", 0, false));
+    EXPECT_EQ("0: z a", Listed(rig, ""));
+    EXPECT_EQ("0: n", ListedValues(rig, "a"));
   }
 }
 
 TEST(FileTreeKeyDamage, ValuesThatTwoKeysShare) {
   FileTreeRig rig;
   Create(rig, {"a", "a/b", "a/c"});
-  for (const char* name : {"1", "2"}) ASSERT_EQ(rig.CreateNumber("a/b", name, 1), 0u);
-  ASSERT_EQ(rig.CreateNumber("a/c", "3", 1), 0u);
+  for (const char* name : {"1", "2"}) ASSERT_EQ(status::kOk, rig.CreateNumber("a/b", name, 1));
+  ASSERT_EQ(status::kOk, rig.CreateNumber("a/c", "3", 1));
   rig.PatchWord(InValue(3, 0), 0x100);  // "3" goes on with "1"
   rig.Patch(InKey(4, 4), "0200");
-  EXPECT_EQ(ListedValues(rig, "a/c"), "0: 3 1");
-  EXPECT_EQ(Counted(rig, "a/c"), "0: 0 of 0 keys, 2 of 2 values");
+  EXPECT_EQ("0: 3 1", ListedValues(rig, "a/c"));
+  EXPECT_EQ("0: 0 of 0 keys, 2 of 2 values", Counted(rig, "a/c"));
   ExpectBelow(rig, "a", "0: c b", "59");
   ExpectHealed(rig, "a", "362 363 364 364");
 }

@@ -10,7 +10,7 @@ namespace {
 
 TEST(FileTreeNames, ANameOf17CharactersTakesOneNode) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("abcdefghijklmnopq"), 0u);
+  ASSERT_EQ(status::kOk, rig.Create("abcdefghijklmnopq"));
   EXPECT_EQ(rig.FreeStrings(), kUsableSlots - 2);
   EXPECT_EQ(rig.StringNode(2),
             "00101071"                          // 16 characters, then 'q'
@@ -21,7 +21,7 @@ TEST(FileTreeNames, ANameOf17CharactersTakesOneNode) {
 
 TEST(FileTreeNames, ANameOf20CharactersTakesTwoNodes) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("abcdefghijklmnopqrst"), 0u);
+  ASSERT_EQ(status::kOk, rig.Create("abcdefghijklmnopqrst"));
   EXPECT_EQ(rig.FreeStrings(), kUsableSlots - 3);
   EXPECT_EQ(rig.StringNode(2),
             "00100071"
@@ -30,30 +30,33 @@ TEST(FileTreeNames, ANameOf20CharactersTakesTwoNodes) {
             "00000000"
             "00000000"
             "6162636465666768696a6b6c6d6e6f70");
-  EXPECT_EQ(rig.StringNode(3),
-            "00021074"
-            "00000000000000000000000000000000"
-            "00020000"
-            "7273");
+  EXPECT_EQ(
+      "00021074"
+      "00000000000000000000000000000000"
+      "00020000"
+      "7273",
+      rig.StringNode(3));
 }
 
 TEST(FileTreeNames, ANameOf18CharactersEndsInANodeWithoutSegment) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("abcdefghijklmnopqr"), 0u);
-  EXPECT_EQ(rig.StringNode(3),
-            "00001072"
-            "00000000000000000000000000000000"
-            "00020000");
+  ASSERT_EQ(status::kOk, rig.Create("abcdefghijklmnopqr"));
+  EXPECT_EQ(
+      "00001072"
+      "00000000000000000000000000000000"
+      "00020000",
+      rig.StringNode(3));
 }
 
 TEST(FileTreeNames, ANameOfTwoCharactersHasASegmentOfOne) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("ab"), 0u);
-  EXPECT_EQ(rig.StringNode(2),
-            "00011062"
-            "00000000000000000000000000000000"
-            "00020000"
-            "61");
+  ASSERT_EQ(status::kOk, rig.Create("ab"));
+  EXPECT_EQ(
+      "00011062"
+      "00000000000000000000000000000000"
+      "00020000"
+      "61",
+      rig.StringNode(2));
 }
 
 // One node for every 17 characters or part of them; only the last carries the key.
@@ -66,7 +69,8 @@ TEST(FileTreeNames, AChainHas17CharactersANode) {
   for (unsigned int length = 1; length <= 40; ++length) {
     const unsigned int nodes = length <= 17 ? 1 : length <= 34 ? 2 : 3;
     unsigned int first = 0;
-    ASSERT_EQ(rig.tree.CreateStringNode(0, text.substr(0, length).c_str(), &first, 0x7700), 0u);
+    ASSERT_EQ(status::kOk,
+              rig.tree.CreateStringNode(0, text.substr(0, length).c_str(), &first, 0x7700));
     EXPECT_EQ(first, (used + 1) << 8) << length;
     std::string stored;
     for (unsigned int i = 0; i < nodes; ++i) {
@@ -87,30 +91,31 @@ TEST(FileTreeNames, AChainHas17CharactersANode) {
 TEST(FileTreeNames, AChainWithoutKeyEndsUnmarked) {
   FileTreeRig rig;
   unsigned int first = 0;
-  ASSERT_EQ(rig.tree.CreateStringNode(0, "ab", &first, 0), 0u);
-  EXPECT_EQ(first, 0x200u);
-  EXPECT_EQ(rig.StringNode(2),
-            "00010062"
-            "00000000000000000000000000000000"
-            "00000000"
-            "61");
+  ASSERT_EQ(status::kOk, rig.tree.CreateStringNode(0, "ab", &first, 0));
+  EXPECT_EQ(0x200u, first);
+  EXPECT_EQ(
+      "00010062"
+      "00000000000000000000000000000000"
+      "00000000"
+      "61",
+      rig.StringNode(2));
 }
 
 TEST(FileTreeNames, ASlashIsNoPartOfAName) {
   FileTreeRig rig;
   unsigned int first = 77;
-  EXPECT_EQ(rig.tree.CreateStringNode(0, "/", &first, 0), 22u);
-  EXPECT_EQ(first, 0u);
+  EXPECT_EQ(status::kBadArgument, rig.tree.CreateStringNode(0, "/", &first, 0));
+  EXPECT_EQ(0u, first);
   first = 77;
-  EXPECT_EQ(rig.tree.CreateStringNode(0, "ab/", &first, 0), 22u);
-  EXPECT_EQ(first, 0u);
+  EXPECT_EQ(status::kBadArgument, rig.tree.CreateStringNode(0, "ab/", &first, 0));
+  EXPECT_EQ(0u, first);
   EXPECT_EQ(rig.FreeStrings(), kUsableSlots - 3);
 }
 
 TEST(FileTreeNames, AShorterNameCutsTheLonger) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("abc"), 0u);
-  ASSERT_EQ(rig.Create("ab"), 0u);
+  ASSERT_EQ(status::kOk, rig.Create("abc"));
+  ASSERT_EQ(status::kOk, rig.Create("ab"));
   EXPECT_EQ(rig.StringNode(3),
             "00011062"  // "a", 'b'
             "0000000000000000"
@@ -118,24 +123,25 @@ TEST(FileTreeNames, AShorterNameCutsTheLonger) {
             "00000000"
             "00030000"
             "61");
-  EXPECT_EQ(rig.StringNode(2),
-            "00001063"
-            "00000000000000000000000000000000"
-            "00020000");
+  EXPECT_EQ(
+      "00001063"
+      "00000000000000000000000000000000"
+      "00020000",
+      rig.StringNode(2));
   EXPECT_EQ(rig.StringNode(1),
             "00001000"
             "000000000000000000000000"
             "00030000"  // the root leads to the upper part now
             "00010000");
-  EXPECT_EQ(rig.KeyOf("abc"), 0x200u);
-  EXPECT_EQ(rig.KeyOf("ab"), 0x300u);
+  EXPECT_EQ(0x200u, rig.KeyOf("abc"));
+  EXPECT_EQ(0x300u, rig.KeyOf("ab"));
 }
 
 TEST(FileTreeNames, ANameThatBranchesOffCutsAndHangsBesideTheCut) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("abcdef"), 0u);
-  ASSERT_EQ(rig.Create("abxyz"), 0u);  // cut at 'c': 300 above 200, then 400 for "xyz"
-  ASSERT_EQ(rig.Create("abaaa"), 0u);  // 500 for "aaa"
+  ASSERT_EQ(status::kOk, rig.Create("abcdef"));
+  ASSERT_EQ(status::kOk, rig.Create("abxyz"));  // cut at 'c': 300 above 200, then 400 for "xyz"
+  ASSERT_EQ(status::kOk, rig.Create("abaaa"));  // 500 for "aaa"
   EXPECT_EQ(rig.StringNode(3),
             "00020063"
             "00050000"  // lower: "aaa"
@@ -144,147 +150,159 @@ TEST(FileTreeNames, ANameThatBranchesOffCutsAndHangsBesideTheCut) {
             "00000000"
             "00000000"
             "6162");
-  EXPECT_EQ(rig.StringNode(2),
-            "00021066"
-            "00000000000000000000000000000000"
-            "00020000"
-            "6465");
-  EXPECT_EQ(rig.StringNode(4),
-            "0002107a"
-            "00000000000000000000000000000000"
-            "00030000"
-            "7879");
-  EXPECT_EQ(rig.StringNode(5),
-            "00021061"
-            "00000000000000000000000000000000"
-            "00040000"
-            "6161");
+  EXPECT_EQ(
+      "00021066"
+      "00000000000000000000000000000000"
+      "00020000"
+      "6465",
+      rig.StringNode(2));
+  EXPECT_EQ(
+      "0002107a"
+      "00000000000000000000000000000000"
+      "00030000"
+      "7879",
+      rig.StringNode(4));
+  EXPECT_EQ(
+      "00021061"
+      "00000000000000000000000000000000"
+      "00040000"
+      "6161",
+      rig.StringNode(5));
 }
 
 // A cut at the first character leaves an upper part without segment.
 TEST(FileTreeNames, ACutAtTheFirstCharacterKeepsTheRestWhole) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("abcdefghijklmnopq"), 0u);
-  ASSERT_EQ(rig.Create("b1"), 0u);
-  EXPECT_EQ(rig.StringNode(3),
-            "00000061"
-            "00000000"
-            "00040000"
-            "00020000"
-            "00000000"
-            "00000000");
-  EXPECT_EQ(rig.StringNode(2),
-            "000f1071"
-            "00000000000000000000000000000000"
-            "00020000"
-            "62636465666768696a6b6c6d6e6f70");
+  ASSERT_EQ(status::kOk, rig.Create("abcdefghijklmnopq"));
+  ASSERT_EQ(status::kOk, rig.Create("b1"));
+  EXPECT_EQ(
+      "00000061"
+      "00000000"
+      "00040000"
+      "00020000"
+      "00000000"
+      "00000000",
+      rig.StringNode(3));
+  EXPECT_EQ(
+      "000f1071"
+      "00000000000000000000000000000000"
+      "00020000"
+      "62636465666768696a6b6c6d6e6f70",
+      rig.StringNode(2));
 }
 
 // A cut at the last character leaves a lower part without segment, its links in place.
 TEST(FileTreeNames, ACutKeepsTheLinksOfTheLowerPart) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("abc"), 0u);    // 200
-  ASSERT_EQ(rig.Create("aba"), 0u);    // 300, lo
-  ASSERT_EQ(rig.Create("abe"), 0u);    // 400, hi
-  ASSERT_EQ(rig.Create("abcd"), 0u);   // 500, equal
-  ASSERT_EQ(rig.Create("abc/d"), 0u);  // 600, child
-  ASSERT_EQ(rig.Create("a11"), 0u);    // 700 above 200, 800
-  EXPECT_EQ(rig.StringNode(7),
-            "00010062"
-            "00080000"
-            "00000000"
-            "00020000"
-            "00000000"
-            "00000000"
-            "61");
-  EXPECT_EQ(rig.StringNode(2),
-            "00001063"
-            "00030000"
-            "00040000"
-            "00050000"
-            "00060000"
-            "00020000");
+  ASSERT_EQ(status::kOk, rig.Create("abc"));    // 200
+  ASSERT_EQ(status::kOk, rig.Create("aba"));    // 300, lo
+  ASSERT_EQ(status::kOk, rig.Create("abe"));    // 400, hi
+  ASSERT_EQ(status::kOk, rig.Create("abcd"));   // 500, equal
+  ASSERT_EQ(status::kOk, rig.Create("abc/d"));  // 600, child
+  ASSERT_EQ(status::kOk, rig.Create("a11"));    // 700 above 200, 800
+  EXPECT_EQ(
+      "00010062"
+      "00080000"
+      "00000000"
+      "00020000"
+      "00000000"
+      "00000000"
+      "61",
+      rig.StringNode(7));
+  EXPECT_EQ(
+      "00001063"
+      "00030000"
+      "00040000"
+      "00050000"
+      "00060000"
+      "00020000",
+      rig.StringNode(2));
 }
 
 TEST(FileTreeNames, ACutIsFoundUnderWhicheverLinkLedToIt) {
   FileTreeRig rig;
-  for (const char* key : {"m", "cde", "xyz", "mnop", "m/qrs"}) ASSERT_EQ(rig.Create(key), 0u);
-  EXPECT_EQ(rig.StringNode(2),
-            "0000106d"
-            "00030000"
-            "00040000"
-            "00050000"
-            "00060000"
-            "00020000");
-  for (const char* key : {"c12", "x12", "mn12", "m/q12"}) ASSERT_EQ(rig.Create(key), 0u);
-  EXPECT_EQ(rig.StringNode(2),
-            "0000106d"
-            "00070000"
-            "00090000"
-            "000b0000"
-            "000d0000"
-            "00020000");
+  for (const char* key : {"m", "cde", "xyz", "mnop", "m/qrs"})
+    ASSERT_EQ(status::kOk, rig.Create(key));
+  EXPECT_EQ(
+      "0000106d"
+      "00030000"
+      "00040000"
+      "00050000"
+      "00060000"
+      "00020000",
+      rig.StringNode(2));
+  for (const char* key : {"c12", "x12", "mn12", "m/q12"}) ASSERT_EQ(status::kOk, rig.Create(key));
+  EXPECT_EQ(
+      "0000106d"
+      "00070000"
+      "00090000"
+      "000b0000"
+      "000d0000"
+      "00020000",
+      rig.StringNode(2));
   for (const char* key : {"m", "cde", "xyz", "mnop", "m/qrs", "c12", "x12", "mn12", "m/q12"}) {
-    EXPECT_EQ(rig.Find(key), 0u) << key;
+    EXPECT_EQ(status::kOk, rig.Find(key)) << key;
   }
 }
 
 TEST(FileTreeNames, AMissingParentInsideALongerNameLeavesTheCut) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("abcd"), 0u);
-  EXPECT_EQ(rig.Create("abx/y"), 22u);
+  ASSERT_EQ(status::kOk, rig.Create("abcd"));
+  EXPECT_EQ(status::kBadArgument, rig.Create("abx/y"));
   EXPECT_EQ(rig.FreeStrings(), kUsableSlots - 4);  // the upper part and the lost node
   EXPECT_EQ(rig.FreeKeys(), kUsableSlots - 2);
-  EXPECT_EQ(rig.KeyOf("abcd"), 0x200u);
-  EXPECT_EQ(rig.Find("abc"), 2u);
-  EXPECT_EQ(rig.Find("abx"), 2u);
+  EXPECT_EQ(0x200u, rig.KeyOf("abcd"));
+  EXPECT_EQ(status::kNotFound, rig.Find("abc"));
+  EXPECT_EQ(status::kNotFound, rig.Find("abx"));
 }
 
 TEST(FileTreeNames, NothingIsCutAtOrBehindASegmentsEnd) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("abc"), 0u);  // segment of 2
+  ASSERT_EQ(status::kOk, rig.Create("abc"));  // segment of 2
   const std::string before = rig.Contents();
   for (unsigned int cut : {2u, 3u, 16u, 255u, 0xFFFFFFFFu}) {
     unsigned int upper = 77;
-    EXPECT_EQ(rig.tree.SplitNode(0, 0x200, 0, cut, 0x100, &upper), 53u);
-    EXPECT_EQ(upper, 0x200u);
+    EXPECT_EQ(status::kNoData, rig.tree.SplitNode(0, 0x200, 0, cut, 0x100, &upper));
+    EXPECT_EQ(0x200u, upper);
   }
   EXPECT_EQ(rig.Contents(), before);
 }
 
 TEST(FileTreeNames, ANodeThatDoesNotLeadToTheCutOneStaysAsItIs) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("abc"), 0u);
-  ASSERT_EQ(rig.Create("abcdef"), 0u);  // 300 behind 200
+  ASSERT_EQ(status::kOk, rig.Create("abc"));
+  ASSERT_EQ(status::kOk, rig.Create("abcdef"));  // 300 behind 200
   const std::string root = rig.StringNode(1);
   unsigned int upper = 0;
-  EXPECT_EQ(rig.tree.SplitNode(0, 0x300, 0, 0, 0x100, &upper), 0u);
-  EXPECT_EQ(upper, 0x400u);
+  EXPECT_EQ(status::kOk, rig.tree.SplitNode(0, 0x300, 0, 0, 0x100, &upper));
+  EXPECT_EQ(0x400u, upper);
   EXPECT_EQ(rig.StringNode(1), root);
-  EXPECT_EQ(rig.StringNode(4),
-            "00000064"
-            "0000000000000000"
-            "00030000"
-            "00000000"
-            "00000000");
-  EXPECT_EQ(rig.StringNode(3),
-            "00011066"
-            "00000000000000000000000000000000"
-            "00030000"
-            "65");
+  EXPECT_EQ(
+      "00000064"
+      "0000000000000000"
+      "00030000"
+      "00000000"
+      "00000000",
+      rig.StringNode(4));
+  EXPECT_EQ(
+      "00011066"
+      "00000000000000000000000000000000"
+      "00030000"
+      "65",
+      rig.StringNode(3));
 }
 
 // The slots of a creation: the upper part, the key, the name's nodes in their order.
 TEST(FileTreeNames, SlotsAreTakenUpperPartFirst) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("abc"), 0u);
+  ASSERT_EQ(status::kOk, rig.Create("abc"));
   const std::string name = "axxxxxxxxxxxxxxxxxxxxxxx";  // 'a' and 23 more, two nodes
-  ASSERT_EQ(rig.Create(name), 0u);
+  ASSERT_EQ(status::kOk, rig.Create(name));
   TernaryRegistry::KeyMatchDescriptor match;
-  EXPECT_EQ(rig.tree.FindKey(0x100u, name.c_str(), &match), 0u);
-  EXPECT_EQ(match.node, 0x500u);  // 300 is the upper part, 400 the name's first node
-  EXPECT_EQ(match.keyNode, 0x300u);
-  EXPECT_EQ(rig.Word(kStringArea + 40 * 3 + 8), 0x400u);
+  EXPECT_EQ(status::kOk, rig.tree.FindKey(0x100u, name.c_str(), &match));
+  EXPECT_EQ(0x500u, match.node);  // 300 is the upper part, 400 the name's first node
+  EXPECT_EQ(0x300u, match.keyNode);
+  EXPECT_EQ(0x400u, rig.Word(kStringArea + 40 * 3 + 8));
 }
 
 TEST(FileTreeNames, NamesWithLongSharedBeginningsStayApart) {
@@ -297,15 +315,15 @@ TEST(FileTreeNames, NamesWithLongSharedBeginningsStayApart) {
     names.push_back(shared.substr(0, length) + "\xFFthree and more characters");
   }
   for (size_t i = 0; i < names.size(); ++i) {
-    ASSERT_EQ(rig.Create(names[i]), 0u) << i;
+    ASSERT_EQ(status::kOk, rig.Create(names[i])) << i;
     for (size_t k = 0; k < names.size(); ++k) {
       EXPECT_EQ(rig.KeyOf(names[k]), k <= i ? (k + 2) << 8 : 0) << names[k];
     }
   }
   rig.Reopen();
-  for (const std::string& name : names) EXPECT_EQ(rig.Find(name), 0u) << name;
+  for (const std::string& name : names) EXPECT_EQ(status::kOk, rig.Find(name)) << name;
   for (size_t length = 1; length <= 19; ++length) {
-    EXPECT_EQ(rig.Find(shared.substr(0, length)), 2u) << length;
+    EXPECT_EQ(status::kNotFound, rig.Find(shared.substr(0, length))) << length;
   }
 }
 
@@ -326,7 +344,7 @@ TEST(FileTreeNames, RandomNamesAreFoundAndNoOthers) {
       ASSERT_EQ(result, model.count(name) != 0 ? 17u : 0u);
       if (result == 0 && rig.Find(name) != 0) {
         // Taken as the cut: another last character stands there.
-        ASSERT_EQ(rig.Create(name), 0u);
+        ASSERT_EQ(status::kOk, rig.Create(name));
         for (char c : {'a', '\x80', '\xFF', 'z'}) {
           const std::string made = name.substr(0, name.size() - 1) + c;
           if (made != name && rig.Find(made) == 0) model.insert(made);
@@ -335,7 +353,7 @@ TEST(FileTreeNames, RandomNamesAreFoundAndNoOthers) {
       model.insert(name);
     }
     for (const std::string& name : model) {
-      EXPECT_EQ(rig.Find(name), 0u) << HexOf(name);
+      EXPECT_EQ(status::kOk, rig.Find(name)) << HexOf(name);
       for (size_t length = 1; length < name.size(); ++length) {
         const std::string part = name.substr(0, length);
         EXPECT_EQ(rig.Find(part), model.count(part) != 0 ? 0u : 2u) << HexOf(part);

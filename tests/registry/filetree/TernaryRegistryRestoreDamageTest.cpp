@@ -11,19 +11,20 @@ namespace {
 // which takes the slots 4 and 5 of the string nodes and keys, 3 and 4 of the values.
 void Prepare(FileTreeRig& rig, std::string* backup) {
   Create(rig, {"b", "b/y", "a", "a/x"});
-  for (const char* key : {"b/y", "b", "a/x", "a"}) ASSERT_EQ(rig.CreateNumber(key, "v", 7), 0u);
+  for (const char* key : {"b/y", "b", "a/x", "a"})
+    ASSERT_EQ(status::kOk, rig.CreateNumber(key, "v", 7));
   *backup = BackedUp(rig, "b");
 }
 
 // Restores over "a": the new nodes are there and stay there when other keys take slots.
 void ExpectReplaced(FileTreeRig& rig, const std::string& backup) {
-  ASSERT_EQ(RestoreBytes(rig, "a", backup), 0u);
-  EXPECT_EQ(FreeLists(rig), "");
-  ASSERT_EQ(rig.Create("c"), 0u);
-  ASSERT_EQ(rig.CreateNumber("c", "other", 1), 0u);
-  EXPECT_EQ(Listed(rig, ""), "0: c a/y a b/y b");
-  EXPECT_EQ(ListedValues(rig, "a"), "0: v");
-  EXPECT_EQ(ListedValues(rig, "a/y"), "0: v");
+  ASSERT_EQ(status::kOk, RestoreBytes(rig, "a", backup));
+  EXPECT_EQ("", FreeLists(rig));
+  ASSERT_EQ(status::kOk, rig.Create("c"));
+  ASSERT_EQ(status::kOk, rig.CreateNumber("c", "other", 1));
+  EXPECT_EQ("0: c a/y a b/y b", Listed(rig, ""));
+  EXPECT_EQ("0: v", ListedValues(rig, "a"));
+  EXPECT_EQ("0: v", ListedValues(rig, "a/y"));
 }
 
 TEST(FileTreeRestoreDamage, ALinkToAFreeNode) {
@@ -34,7 +35,7 @@ TEST(FileTreeRestoreDamage, ALinkToAFreeNode) {
     Prepare(rig, &backup);
     rig.PatchWord(InString(5, link), 0x600);  // the next to be taken
     ExpectReplaced(rig, backup);
-    EXPECT_EQ(StructureFindings(rig.path), "");
+    EXPECT_EQ("", StructureFindings(rig.path));
   }
 }
 
@@ -77,8 +78,9 @@ TEST(FileTreeRestoreDamage, ANodeOnTheWayIsFree) {
   Prepare(rig, &backup);
   FreeTheNodeOfTheName(rig);
   ExpectRefused(rig, "a/x", backup, 59);
-  EXPECT_EQ(ListedValues(rig, "a/x"), "0: v");
-  EXPECT_EQ(RestoreBytes(rig, "b/y", kComplete + KeyRecord(0)), 0u) << "away from the damage";
+  EXPECT_EQ("0: v", ListedValues(rig, "a/x"));
+  EXPECT_EQ(status::kOk, RestoreBytes(rig, "b/y", kComplete + KeyRecord(0)))
+      << "away from the damage";
 }
 
 // Links to a table that restoring appends.
@@ -91,10 +93,10 @@ TEST(FileTreeRestoreDamage, ALinkIntoTheNextTable) {
   rig.PatchWord(kStringTable + 28, 0);
   rig.PatchWord(kKeyTable + 28, 0);
   rig.Reopen();
-  ASSERT_EQ(RestoreBytes(rig, "a", backup), 0u);
-  ASSERT_EQ(rig.Create("c"), 0u);
-  EXPECT_EQ(Listed(rig, ""), "0: c a/y a b/y b");
-  EXPECT_EQ(ListedValues(rig, "a/y"), "0: v");
+  ASSERT_EQ(status::kOk, RestoreBytes(rig, "a", backup));
+  ASSERT_EQ(status::kOk, rig.Create("c"));
+  EXPECT_EQ("0: c a/y a b/y b", Listed(rig, ""));
+  EXPECT_EQ("0: v", ListedValues(rig, "a/y"));
 }
 
 }  // namespace

@@ -35,7 +35,7 @@ class FileTreeRestoreOnAFullDisk : public ::testing::Test {
     CreateTree(rig_, "z");
     rig_.tree.Finalize();
     PutFile(backup_, LargeBackup());
-    ASSERT_EQ(GetFile(rig_.path).size(), kFileSize);
+    ASSERT_EQ(kFileSize, GetFile(rig_.path).size());
   }
 
   // What restoring answers where the file can grow by so many bytes; the file is closed afterwards.
@@ -64,11 +64,11 @@ TEST_F(FileTreeRestoreOnAFullDisk, NothingIsLostWhicheverKindCannotGrow) {
     SCOPED_TRACE(room);
     PutFile(rig_.path, file);
     EXPECT_TRUE(Answers(5, room));
-    EXPECT_EQ(GetFile(rig_.path).size(), kFileSize) << "what was appended is cut off again";
-    EXPECT_EQ(StructureFindings(rig_.path), "");
+    EXPECT_EQ(kFileSize, GetFile(rig_.path).size()) << "what was appended is cut off again";
+    EXPECT_EQ("", StructureFindings(rig_.path));
     EXPECT_EQ(UsedSlots(rig_.path), used);
     EXPECT_EQ(SubtreeText(rig_, ""), before);
-    ASSERT_EQ(rig_.tree.Initialize(rig_.path.c_str()), 0u);
+    ASSERT_EQ(status::kOk, rig_.tree.Initialize(rig_.path.c_str()));
     EXPECT_EQ(rig_.Get("a/f", "data"), "0 type 2: " + HexOf(Pattern(220)));
     rig_.tree.Finalize();
   }
@@ -83,19 +83,19 @@ TEST_F(FileTreeRestoreOnAFullDisk, SucceedsAsSoonAsThereIsRoom) {
                              kStrings + kBlocks, kAll - kKeys - 1, kAll - kKeys, kAll - 1}) {
     SCOPED_TRACE(room);
     EXPECT_TRUE(Answers(5, room));
-    EXPECT_EQ(StructureFindings(rig_.path), "");
+    EXPECT_EQ("", StructureFindings(rig_.path));
     EXPECT_EQ(UsedSlots(rig_.path), used);
     EXPECT_EQ(SubtreeText(rig_, ""), before);
   }
   EXPECT_TRUE(Answers(0, kAll));
   EXPECT_EQ(GetFile(rig_.path).size(), kFileSize + kAll);
   ExpectSound(rig_);
-  ASSERT_EQ(rig_.tree.Initialize(rig_.path.c_str()), 0u);
+  ASSERT_EQ(status::kOk, rig_.tree.Initialize(rig_.path.c_str()));
   std::string deepest = "a";
   for (unsigned int i = 0; i < kNames; ++i) deepest += "/k";
   EXPECT_EQ(rig_.Get(deepest, "v"), "0 type 2: " + HexOf(Pattern(20)));
-  EXPECT_EQ(rig_.Find("a/m"), 2u);
-  EXPECT_EQ(rig_.Find("z/m"), 0u);
+  EXPECT_EQ(status::kNotFound, rig_.Find("a/m"));
+  EXPECT_EQ(status::kOk, rig_.Find("z/m"));
 }
 
 }  // namespace

@@ -33,28 +33,28 @@ TEST(FileTreeRestore, ANullArgumentIsRefused) {
   const std::string file = rig.dir / "b";
   PutFile(file, OneValue());
   const std::string before = rig.Contents();
-  EXPECT_EQ(rig.tree.RestoreKeyTree(kAdmin, nullptr, nullptr, file.c_str()), 22u);
-  EXPECT_EQ(rig.tree.RestoreKeyTree(kAdmin, nullptr, "", nullptr), 22u);
-  EXPECT_EQ(rig.tree.RestoreKeyTree(kAdmin, nullptr, "missing", nullptr), 22u);
-  EXPECT_EQ(rig.tree.RestoreKeyTree(kAdmin, nullptr, nullptr, nullptr), 22u);
+  EXPECT_EQ(status::kBadArgument, rig.tree.RestoreKeyTree(kAdmin, nullptr, nullptr, file.c_str()));
+  EXPECT_EQ(status::kBadArgument, rig.tree.RestoreKeyTree(kAdmin, nullptr, "", nullptr));
+  EXPECT_EQ(status::kBadArgument, rig.tree.RestoreKeyTree(kAdmin, nullptr, "missing", nullptr));
+  EXPECT_EQ(status::kBadArgument, rig.tree.RestoreKeyTree(kAdmin, nullptr, nullptr, nullptr));
   EXPECT_EQ(rig.Contents(), before);
 }
 
 TEST(FileTreeRestore, AMissingKeyIsNotMade) {
   FileTreeRig rig;
-  for (const char* key : {"ab", "ac", "de"}) ASSERT_EQ(rig.Create(key), 0u);
-  ASSERT_EQ(DeleteKey(rig, "de"), 0u);
+  for (const char* key : {"ab", "ac", "de"}) ASSERT_EQ(status::kOk, rig.Create(key));
+  ASSERT_EQ(status::kOk, DeleteKey(rig, "de"));
   const std::string file = rig.dir / "b";
   PutFile(file, OneValue());
   const std::string before = rig.Contents();
   int anything = 0;
   for (const std::string& each : {file, rig.dir / "missing"}) {
     for (const char* path : {"b", "a", "de", "abc", "ab/x", "//"}) {
-      EXPECT_EQ(Restore(rig, path, each), 2u) << path;
+      EXPECT_EQ(status::kNotFound, Restore(rig, path, each)) << path;
     }
-    EXPECT_EQ(Restore(rig, "de/", each), 1u);  // a name without a key
-    EXPECT_EQ(rig.tree.RestoreKeyTree(kAdmin, &anything, "ab", each.c_str()), 2u);
-    EXPECT_EQ(rig.tree.RestoreKeyTree(kAdmin, &anything, "", each.c_str()), 1u);
+    EXPECT_EQ(status::kNoRight, Restore(rig, "de/", each));  // a name without a key
+    EXPECT_EQ(status::kNotFound, rig.tree.RestoreKeyTree(kAdmin, &anything, "ab", each.c_str()));
+    EXPECT_EQ(status::kNoRight, rig.tree.RestoreKeyTree(kAdmin, &anything, "", each.c_str()));
   }
   EXPECT_EQ(rig.Contents(), before);
 }
@@ -64,14 +64,14 @@ TEST(FileTreeRestore, WithoutAFileNobodyMayRestore) {
   const std::string file = folder / "b";
   PutFile(file, OneValue());
   TernaryRegistry tree(nullptr, nullptr);
-  EXPECT_EQ(tree.RestoreKeyTree(kAdmin, nullptr, "", file.c_str()), 1u);
+  EXPECT_EQ(status::kNoRight, tree.RestoreKeyTree(kAdmin, nullptr, "", file.c_str()));
 }
 
 // ---- files
 
 TEST(FileTreeRestore, AFileThatCannotBeOpenedIsTold) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("a"), 0u);
+  ASSERT_EQ(status::kOk, rig.Create("a"));
   for (const char* name : {"missing", "missing/b", ".", "a.rce/b"}) {
     ExpectRefusedFile(rig, rig.dir / name, 5);
   }
@@ -81,7 +81,7 @@ TEST(FileTreeRestore, AFileThatCannotBeOpenedIsTold) {
 
 TEST(FileTreeRestore, NeverFromTheRegistryItself) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("a"), 0u);
+  ASSERT_EQ(status::kOk, rig.Create("a"));
   const std::string link = rig.dir / "symbolic";
   const std::string second = rig.dir / "hard";
   std::filesystem::create_symlink(rig.path, link);
@@ -89,25 +89,25 @@ TEST(FileTreeRestore, NeverFromTheRegistryItself) {
   for (const std::string& file : {rig.path, link, second, rig.dir / "./a.rce"}) {
     ExpectRefusedFile(rig, file, 5);
   }
-  EXPECT_EQ(Listed(rig, ""), "0: a");
+  EXPECT_EQ("0: a", Listed(rig, ""));
 }
 
 // It begins with 255, as if it were complete, and is no backup.
 TEST(FileTreeRestore, ARegistryFileIsNoBackup) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("a"), 0u);
+  ASSERT_EQ(status::kOk, rig.Create("a"));
   std::filesystem::copy_file(rig.path, rig.dir / "copy");
   ExpectRefusedFile(rig, rig.dir / "copy", 59);
 }
 
 TEST(FileTreeRestore, AFileThatMayOnlyBeReadIsNotOpened) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("a"), 0u);
+  ASSERT_EQ(status::kOk, rig.Create("a"));
   const std::string file = rig.dir / "b";
   PutFile(file, OneValue());
-  ASSERT_EQ(chmod((rig.dir / ".").c_str(), 0755), 0);
+  ASSERT_EQ(0, chmod((rig.dir / ".").c_str(), 0755));
   for (const mode_t mode : {0000u, 0222u, 0444u, 0666u}) {
-    ASSERT_EQ(chmod(file.c_str(), mode), 0);
+    ASSERT_EQ(0, chmod(file.c_str(), mode));
     const std::string before = rig.Contents();
     EXPECT_TRUE(InChild([&] {
       if (getuid() == 0 && setuid(65534) != 0) return false;
@@ -121,7 +121,7 @@ TEST(FileTreeRestore, AFileThatMayOnlyBeReadIsNotOpened) {
 
 TEST(FileTreeRestore, ABackupThatWasNeverCompletedIsRefused) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("a"), 0u);
+  ASSERT_EQ(status::kOk, rig.Create("a"));
   std::string backup = OneValue();
   backup[0] = '\0';
   ExpectRefused(rig, "a", backup, 5);
@@ -133,36 +133,36 @@ TEST(FileTreeRestore, ABackupThatWasNeverCompletedIsRefused) {
 TEST(FileTreeRestore, EveryOtherFirstByteIsThatOfACompleteBackup) {
   for (const char* first : {"\x01", "\x02", "\x80", "\xFF"}) {
     FileTreeRig rig;
-    ASSERT_EQ(rig.Create("a"), 0u);
-    EXPECT_EQ(RestoreBytes(rig, "a", first + OneValue().substr(1)), 0u);
-    EXPECT_EQ(rig.Get("a", "n"), "0 type 0: 0500000000000000");
+    ASSERT_EQ(status::kOk, rig.Create("a"));
+    EXPECT_EQ(status::kOk, RestoreBytes(rig, "a", first + OneValue().substr(1)));
+    EXPECT_EQ("0 type 0: 0500000000000000", rig.Get("a", "n"));
   }
 }
 
 TEST(FileTreeRestore, WhatFollowsTheLastRecordDoesNotCount) {
   for (const std::string& more : {std::string("x"), std::string(9000, '/'), OneValue()}) {
     FileTreeRig rig;
-    ASSERT_EQ(rig.Create("a"), 0u);
-    EXPECT_EQ(RestoreBytes(rig, "a", OneValue() + more), 0u);
-    EXPECT_EQ(ListedValues(rig, "a"), "0: n");
-    EXPECT_EQ(Listed(rig, ""), "0: a");
+    ASSERT_EQ(status::kOk, rig.Create("a"));
+    EXPECT_EQ(status::kOk, RestoreBytes(rig, "a", OneValue() + more));
+    EXPECT_EQ("0: n", ListedValues(rig, "a"));
+    EXPECT_EQ("0: a", Listed(rig, ""));
     ExpectSound(rig);
   }
 }
 
 TEST(FileTreeRestore, TheFileIsClosedAfterwards) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("a"), 0u);
-  EXPECT_EQ(RestoreBytes(rig, "a", OneValue()), 0u);
+  ASSERT_EQ(status::kOk, rig.Create("a"));
+  EXPECT_EQ(status::kOk, RestoreBytes(rig, "a", OneValue()));
   EXPECT_FALSE(BackupFile::backup.IsOpen());
   std::string backup = OneValue();
-  EXPECT_EQ(RestoreBytes(rig, "a", backup.substr(0, 60)), 5u);
+  EXPECT_EQ(status::kInputOutput, RestoreBytes(rig, "a", backup.substr(0, 60)));
   EXPECT_FALSE(BackupFile::backup.IsOpen());
   backup[25 + 11] = '\x1F';
-  EXPECT_EQ(RestoreBytes(rig, "a", backup), 59u);
+  EXPECT_EQ(status::kInvalidFile, RestoreBytes(rig, "a", backup));
   EXPECT_FALSE(BackupFile::backup.IsOpen());
   backup[0] = '\0';
-  EXPECT_EQ(RestoreBytes(rig, "a", backup), 5u);
+  EXPECT_EQ(status::kInputOutput, RestoreBytes(rig, "a", backup));
   EXPECT_FALSE(BackupFile::backup.IsOpen());
 }
 
@@ -175,19 +175,19 @@ TEST(FileTreeRestore, NeedsRoomBesideWhatIsThere) {
   for (unsigned int i = 1; i < kNames; ++i) backup += NameRecord("k", 0, {0, 0, kSome, 0});
   backup += NameRecord("k", kSome) + KeyRecord(0) + KeyRecord(kSome) + NumberRecord(0, "n", 5);
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("a"), 0u);
-  EXPECT_EQ(RestoreBytes(rig, "a", backup), 0u);
+  ASSERT_EQ(status::kOk, rig.Create("a"));
+  EXPECT_EQ(status::kOk, RestoreBytes(rig, "a", backup));
   const std::string file = rig.dir / "b";
-  ASSERT_EQ(Backup(rig, "a", file), 0u);
+  ASSERT_EQ(status::kOk, Backup(rig, "a", file));
   const std::string before = GetFile(rig.path);
-  EXPECT_EQ(Restore(rig, "a", file), 75u);
+  EXPECT_EQ(status::kLimit, Restore(rig, "a", file));
   EXPECT_TRUE(GetFile(rig.path) == before) << "the registry has changed";
-  EXPECT_EQ(Counted(rig, "a"), "0: 1 of 1 keys, 1 of 1 values");
+  EXPECT_EQ("0: 1 of 1 keys, 1 of 1 values", Counted(rig, "a"));
   rig.tree.Finalize();
   FileTreeRig another;
-  ASSERT_EQ(another.Create("b"), 0u);
-  EXPECT_EQ(Restore(another, "b", file), 0u);
-  EXPECT_EQ(Counted(another, "b"), "0: 1 of 1 keys, 1 of 1 values");
+  ASSERT_EQ(status::kOk, another.Create("b"));
+  EXPECT_EQ(status::kOk, Restore(another, "b", file));
+  EXPECT_EQ("0: 1 of 1 keys, 1 of 1 values", Counted(another, "b"));
 }
 
 }  // namespace

@@ -34,169 +34,174 @@ std::string Hit(FileTreeRig& rig, const char* path) {
 }
 
 TEST(FileTreeSearch, AFreshDescriptorNamesNothing) {
-  EXPECT_EQ(Describe(0, Match()),
-            "0: node 0 key 0 position 0 cut -1 previous 0 directory 0 flags 0");
+  EXPECT_EQ("0: node 0 key 0 position 0 cut -1 previous 0 directory 0 flags 0",
+            Describe(0, Match()));
 }
 
 TEST(FileTreeSearch, TheEmptyPathIsTheRootKey) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("abc"), 0u);
-  EXPECT_EQ(Hit(rig, ""), "0: node 100 key 100");
-  EXPECT_EQ(Hit(rig, "/"), "0: node 100 key 100");
-  EXPECT_EQ(Hit(rig, nullptr), "0: node 100 key 100");
+  ASSERT_EQ(status::kOk, rig.Create("abc"));
+  EXPECT_EQ("0: node 100 key 100", Hit(rig, ""));
+  EXPECT_EQ("0: node 100 key 100", Hit(rig, "/"));
+  EXPECT_EQ("0: node 100 key 100", Hit(rig, nullptr));
 }
 
 TEST(FileTreeSearch, InAnEmptyTreeEveryNameHangsFromTheRootsChildLink) {
   FileTreeRig rig;
-  EXPECT_EQ(Search(rig, "x"),
-            "2: node 100 key 0 position 0 cut -1 previous 0 directory 100 flags 1");
-  EXPECT_EQ(Search(rig, "/x"),
-            "2: node 100 key 0 position 1 cut -1 previous 0 directory 100 flags 1");
-  EXPECT_EQ(Search(rig, "x/y/z"),
-            "2: node 100 key 0 position 0 cut -1 previous 0 directory 100 flags 1");
-  EXPECT_EQ(Search(rig, "//"),
-            "2: node 100 key 0 position 1 cut -1 previous 0 directory 100 flags 1");
+  EXPECT_EQ("2: node 100 key 0 position 0 cut -1 previous 0 directory 100 flags 1",
+            Search(rig, "x"));
+  EXPECT_EQ("2: node 100 key 0 position 1 cut -1 previous 0 directory 100 flags 1",
+            Search(rig, "/x"));
+  EXPECT_EQ("2: node 100 key 0 position 0 cut -1 previous 0 directory 100 flags 1",
+            Search(rig, "x/y/z"));
+  EXPECT_EQ("2: node 100 key 0 position 1 cut -1 previous 0 directory 100 flags 1",
+            Search(rig, "//"));
 }
 
 TEST(FileTreeSearch, APathThatLeavesASegmentTellsTheCut) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("abcd"), 0u);  // one node, 200: segment "abc", split 'd'
+  ASSERT_EQ(status::kOk, rig.Create("abcd"));  // one node, 200: segment "abc", split 'd'
   // The path ends inside the segment: the cut is the last character that matched.
-  EXPECT_EQ(Search(rig, "a"),
-            "2: node 200 key 0 position 0 cut 0 previous 100 directory 100 flags 0");
-  EXPECT_EQ(Search(rig, "ab"),
-            "2: node 200 key 0 position 0 cut 1 previous 100 directory 100 flags 0");
-  EXPECT_EQ(Search(rig, "/abc"),
-            "2: node 200 key 0 position 1 cut 2 previous 100 directory 100 flags 0");
+  EXPECT_EQ("2: node 200 key 0 position 0 cut 0 previous 100 directory 100 flags 0",
+            Search(rig, "a"));
+  EXPECT_EQ("2: node 200 key 0 position 0 cut 1 previous 100 directory 100 flags 0",
+            Search(rig, "ab"));
+  EXPECT_EQ("2: node 200 key 0 position 1 cut 2 previous 100 directory 100 flags 0",
+            Search(rig, "/abc"));
   // A character differs: the cut is there.
-  EXPECT_EQ(Search(rig, "xbcd"),
-            "2: node 200 key 0 position 0 cut 0 previous 100 directory 100 flags 0");
-  EXPECT_EQ(Search(rig, "abxd"),
-            "2: node 200 key 0 position 0 cut 2 previous 100 directory 100 flags 0");
-  EXPECT_EQ(Search(rig, "x"),
-            "2: node 200 key 0 position 0 cut 0 previous 100 directory 100 flags 0");
+  EXPECT_EQ("2: node 200 key 0 position 0 cut 0 previous 100 directory 100 flags 0",
+            Search(rig, "xbcd"));
+  EXPECT_EQ("2: node 200 key 0 position 0 cut 2 previous 100 directory 100 flags 0",
+            Search(rig, "abxd"));
+  EXPECT_EQ("2: node 200 key 0 position 0 cut 0 previous 100 directory 100 flags 0",
+            Search(rig, "x"));
   // A slash is a character like any other there.
-  EXPECT_EQ(Search(rig, "a/bcd"),
-            "2: node 200 key 0 position 0 cut 1 previous 100 directory 100 flags 0");
-  EXPECT_EQ(Search(rig, "a/"),
-            "2: node 200 key 0 position 0 cut 1 previous 100 directory 100 flags 0");
+  EXPECT_EQ("2: node 200 key 0 position 0 cut 1 previous 100 directory 100 flags 0",
+            Search(rig, "a/bcd"));
+  EXPECT_EQ("2: node 200 key 0 position 0 cut 1 previous 100 directory 100 flags 0",
+            Search(rig, "a/"));
 }
 
 TEST(FileTreeSearch, APathThatLeavesAtASplitCharacterHangsFromItsLowOrHighLink) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("abc"), 0u);
-  EXPECT_EQ(Search(rig, "abb"),
-            "2: node 200 key 0 position 2 cut -1 previous 100 directory 100 flags 0");
-  EXPECT_EQ(Search(rig, "abdef"),
-            "2: node 200 key 0 position 2 cut -1 previous 100 directory 100 flags 0");
-  EXPECT_EQ(Search(rig, "ab/"),
-            "2: node 200 key 0 position 2 cut -1 previous 100 directory 100 flags 0");
+  ASSERT_EQ(status::kOk, rig.Create("abc"));
+  EXPECT_EQ("2: node 200 key 0 position 2 cut -1 previous 100 directory 100 flags 0",
+            Search(rig, "abb"));
+  EXPECT_EQ("2: node 200 key 0 position 2 cut -1 previous 100 directory 100 flags 0",
+            Search(rig, "abdef"));
+  EXPECT_EQ("2: node 200 key 0 position 2 cut -1 previous 100 directory 100 flags 0",
+            Search(rig, "ab/"));
 }
 
 TEST(FileTreeSearch, ALongerNameHangsFromTheEqualLink) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("abc"), 0u);
-  EXPECT_EQ(Search(rig, "abcd"),
-            "2: node 200 key 0 position 3 cut -1 previous 100 directory 100 flags 2");
-  ASSERT_EQ(rig.Create("abcd"), 0u);  // 300 behind 200
-  EXPECT_EQ(Search(rig, "abcde"),
-            "2: node 300 key 0 position 4 cut -1 previous 200 directory 100 flags 2");
-  EXPECT_EQ(Search(rig, "abcx"),
-            "2: node 300 key 0 position 3 cut -1 previous 200 directory 100 flags 0");
+  ASSERT_EQ(status::kOk, rig.Create("abc"));
+  EXPECT_EQ("2: node 200 key 0 position 3 cut -1 previous 100 directory 100 flags 2",
+            Search(rig, "abcd"));
+  ASSERT_EQ(status::kOk, rig.Create("abcd"));  // 300 behind 200
+  EXPECT_EQ("2: node 300 key 0 position 4 cut -1 previous 200 directory 100 flags 2",
+            Search(rig, "abcde"));
+  EXPECT_EQ("2: node 300 key 0 position 3 cut -1 previous 200 directory 100 flags 0",
+            Search(rig, "abcx"));
 }
 
 TEST(FileTreeSearch, ANameThatEndsWithoutAKeyMissesAtItsNode) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("ab"), 0u);
-  ASSERT_EQ(rig.Create("bc"), 0u);  // cuts: 300 is 'a', with 200 'b' behind it and 400 "bc" higher
-  EXPECT_EQ(Search(rig, "a"),
-            "2: node 300 key 0 position 1 cut -1 previous 100 directory 100 flags 2");
-  EXPECT_EQ(Search(rig, "/a"),
-            "2: node 300 key 0 position 2 cut -1 previous 100 directory 100 flags 2");
-  EXPECT_EQ(Search(rig, "b"),
-            "2: node 400 key 0 position 0 cut 0 previous 300 directory 100 flags 0");
+  ASSERT_EQ(status::kOk, rig.Create("ab"));
+  ASSERT_EQ(status::kOk,
+            rig.Create("bc"));  // cuts: 300 is 'a', with 200 'b' behind it and 400 "bc" higher
+  EXPECT_EQ("2: node 300 key 0 position 1 cut -1 previous 100 directory 100 flags 2",
+            Search(rig, "a"));
+  EXPECT_EQ("2: node 300 key 0 position 2 cut -1 previous 100 directory 100 flags 2",
+            Search(rig, "/a"));
+  EXPECT_EQ("2: node 400 key 0 position 0 cut 0 previous 300 directory 100 flags 0",
+            Search(rig, "b"));
 }
 
 TEST(FileTreeSearch, ASubKeyHangsFromTheChildLink) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("abc"), 0u);
-  EXPECT_EQ(Search(rig, "abc/d"),
-            "2: node 200 key 0 position 4 cut -1 previous 100 directory 200 flags 3");
-  EXPECT_EQ(Search(rig, "/abc/d/e"),
-            "2: node 200 key 0 position 5 cut -1 previous 100 directory 200 flags 3");
-  EXPECT_EQ(Search(rig, "abc//"),
-            "2: node 200 key 0 position 4 cut -1 previous 100 directory 200 flags 3");
+  ASSERT_EQ(status::kOk, rig.Create("abc"));
+  EXPECT_EQ("2: node 200 key 0 position 4 cut -1 previous 100 directory 200 flags 3",
+            Search(rig, "abc/d"));
+  EXPECT_EQ("2: node 200 key 0 position 5 cut -1 previous 100 directory 200 flags 3",
+            Search(rig, "/abc/d/e"));
+  EXPECT_EQ("2: node 200 key 0 position 4 cut -1 previous 100 directory 200 flags 3",
+            Search(rig, "abc//"));
 }
 
 TEST(FileTreeSearch, TheFlagsAreThoseOfTheLastNode) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("abc"), 0u);
-  ASSERT_EQ(rig.Create("abc/def"), 0u);  // 300 under 200: segment "de", split 'f'
-  EXPECT_EQ(Search(rig, "abc/deg"),
-            "2: node 300 key 0 position 6 cut -1 previous 200 directory 200 flags 0");
-  EXPECT_EQ(Search(rig, "abc/de"),
-            "2: node 300 key 0 position 4 cut 1 previous 200 directory 200 flags 0");
-  EXPECT_EQ(Search(rig, "abc/defg"),
-            "2: node 300 key 0 position 7 cut -1 previous 200 directory 200 flags 2");
-  EXPECT_EQ(Search(rig, "abc/def/g"),
-            "2: node 300 key 0 position 8 cut -1 previous 200 directory 300 flags 3");
-  EXPECT_EQ(Hit(rig, "abc/def"), "0: node 300 key 300");
-  EXPECT_EQ(Hit(rig, "/abc/def/"), "0: node 300 key 300");
+  ASSERT_EQ(status::kOk, rig.Create("abc"));
+  ASSERT_EQ(status::kOk, rig.Create("abc/def"));  // 300 under 200: segment "de", split 'f'
+  EXPECT_EQ("2: node 300 key 0 position 6 cut -1 previous 200 directory 200 flags 0",
+            Search(rig, "abc/deg"));
+  EXPECT_EQ("2: node 300 key 0 position 4 cut 1 previous 200 directory 200 flags 0",
+            Search(rig, "abc/de"));
+  EXPECT_EQ("2: node 300 key 0 position 7 cut -1 previous 200 directory 200 flags 2",
+            Search(rig, "abc/defg"));
+  EXPECT_EQ("2: node 300 key 0 position 8 cut -1 previous 200 directory 300 flags 3",
+            Search(rig, "abc/def/g"));
+  EXPECT_EQ("0: node 300 key 300", Hit(rig, "abc/def"));
+  EXPECT_EQ("0: node 300 key 300", Hit(rig, "/abc/def/"));
 }
 
 TEST(FileTreeSearch, ATrailingSlashNamesTheSameKey) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("a"), 0u);
-  EXPECT_EQ(Hit(rig, "a/"), "0: node 200 key 200");
-  EXPECT_EQ(Hit(rig, "/a/"), "0: node 200 key 200");
-  EXPECT_EQ(rig.Find("a//"), 2u);
-  EXPECT_EQ(rig.Find("//a"), 2u);
+  ASSERT_EQ(status::kOk, rig.Create("a"));
+  EXPECT_EQ("0: node 200 key 200", Hit(rig, "a/"));
+  EXPECT_EQ("0: node 200 key 200", Hit(rig, "/a/"));
+  EXPECT_EQ(status::kNotFound, rig.Find("a//"));
+  EXPECT_EQ(status::kNotFound, rig.Find("//a"));
 }
 
 TEST(FileTreeSearch, ATrailingSlashFindsANameThatHasNoKey) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("ab"), 0u);
-  ASSERT_EQ(rig.Create("bc"), 0u);
-  EXPECT_EQ(Hit(rig, "a/"), "0: node 300 key 0");
-  EXPECT_EQ(rig.Find("a"), 2u);
+  ASSERT_EQ(status::kOk, rig.Create("ab"));
+  ASSERT_EQ(status::kOk, rig.Create("bc"));
+  EXPECT_EQ("0: node 300 key 0", Hit(rig, "a/"));
+  EXPECT_EQ(status::kNotFound, rig.Find("a"));
 }
 
 TEST(FileTreeSearch, UpperAndLowerCaseAreDifferentNames) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("a"), 0u);
-  EXPECT_EQ(rig.Find("A"), 2u);
-  ASSERT_EQ(rig.Create("A"), 0u);
-  EXPECT_EQ(rig.KeyOf("a"), 0x200u);
-  EXPECT_EQ(rig.KeyOf("A"), 0x300u);
+  ASSERT_EQ(status::kOk, rig.Create("a"));
+  EXPECT_EQ(status::kNotFound, rig.Find("A"));
+  ASSERT_EQ(status::kOk, rig.Create("A"));
+  EXPECT_EQ(0x200u, rig.KeyOf("a"));
+  EXPECT_EQ(0x300u, rig.KeyOf("A"));
 }
 
 TEST(FileTreeSearch, BytesFromHex80OnComeBeforeAllOthers) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("m"), 0u);     // 200
-  ASSERT_EQ(rig.Create("\x80"), 0u);  // 300, below 'm'
-  ASSERT_EQ(rig.Create("\xFF"), 0u);  // 400, below 'm', above 80
-  ASSERT_EQ(rig.Create("\x01"), 0u);  // 500, above FF
-  ASSERT_EQ(rig.Create("\x7F"), 0u);  // 600, above 'm'
-  EXPECT_EQ(rig.StringNode(2),
-            "0000106d"
-            "00030000"
-            "00060000"
-            "0000000000000000"
-            "00020000");
-  EXPECT_EQ(rig.StringNode(3),
-            "00001080"
-            "00000000"
-            "00040000"
-            "0000000000000000"
-            "00030000");
-  EXPECT_EQ(rig.StringNode(4),
-            "000010ff"
-            "00000000"
-            "00050000"
-            "0000000000000000"
-            "00040000");
-  for (const char* name : {"m", "\x80", "\xFF", "\x01", "\x7F"}) EXPECT_EQ(rig.Find(name), 0u);
-  EXPECT_EQ(rig.Find("\x81"), 2u);
+  ASSERT_EQ(status::kOk, rig.Create("m"));     // 200
+  ASSERT_EQ(status::kOk, rig.Create("\x80"));  // 300, below 'm'
+  ASSERT_EQ(status::kOk, rig.Create("\xFF"));  // 400, below 'm', above 80
+  ASSERT_EQ(status::kOk, rig.Create("\x01"));  // 500, above FF
+  ASSERT_EQ(status::kOk, rig.Create("\x7F"));  // 600, above 'm'
+  EXPECT_EQ(
+      "0000106d"
+      "00030000"
+      "00060000"
+      "0000000000000000"
+      "00020000",
+      rig.StringNode(2));
+  EXPECT_EQ(
+      "00001080"
+      "00000000"
+      "00040000"
+      "0000000000000000"
+      "00030000",
+      rig.StringNode(3));
+  EXPECT_EQ(
+      "000010ff"
+      "00000000"
+      "00050000"
+      "0000000000000000"
+      "00040000",
+      rig.StringNode(4));
+  for (const char* name : {"m", "\x80", "\xFF", "\x01", "\x7F"})
+    EXPECT_EQ(status::kOk, rig.Find(name));
+  EXPECT_EQ(status::kNotFound, rig.Find("\x81"));
 }
 
 TEST(FileTreeSearch, SegmentsHoldAnyByteButTheSlash) {
@@ -205,52 +210,52 @@ TEST(FileTreeSearch, SegmentsHoldAnyByteButTheSlash) {
   for (int c = 1; c < 256; ++c) {
     if (c != '/') name += static_cast<char>(c);
   }
-  ASSERT_EQ(rig.Create(name), 0u);
-  EXPECT_EQ(rig.KeyOf(name), 0x200u);
-  EXPECT_EQ(rig.Find(name + "x"), 2u);
+  ASSERT_EQ(status::kOk, rig.Create(name));
+  EXPECT_EQ(0x200u, rig.KeyOf(name));
+  EXPECT_EQ(status::kNotFound, rig.Find(name + "x"));
   name.back() = '\xFE';
-  EXPECT_EQ(rig.Find(name), 2u);
+  EXPECT_EQ(status::kNotFound, rig.Find(name));
 }
 
 TEST(FileTreeSearch, AMissWritesNoIds) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("a"), 0u);
+  ASSERT_EQ(status::kOk, rig.Create("a"));
   unsigned int node = 77;
   unsigned int key = 88;
-  EXPECT_EQ(rig.tree.FindKey(nullptr, "b", &node, &key), 2u);
-  EXPECT_EQ(node, 77u);
-  EXPECT_EQ(key, 88u);
-  EXPECT_EQ(rig.tree.FindKey(nullptr, "a", &node, &key), 0u);
-  EXPECT_EQ(node, 0x200u);
-  EXPECT_EQ(key, 0x200u);
+  EXPECT_EQ(status::kNotFound, rig.tree.FindKey(nullptr, "b", &node, &key));
+  EXPECT_EQ(77u, node);
+  EXPECT_EQ(88u, key);
+  EXPECT_EQ(status::kOk, rig.tree.FindKey(nullptr, "a", &node, &key));
+  EXPECT_EQ(0x200u, node);
+  EXPECT_EQ(0x200u, key);
 }
 
 // Any tree pointer but null starts the search at node 0, which is all zero.
 TEST(FileTreeSearch, WithATreePointerOnlyTheEmptyPathIsThere) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("a"), 0u);
+  ASSERT_EQ(status::kOk, rig.Create("a"));
   int anything = 0;
   unsigned int node = 77;
   unsigned int key = 88;
-  EXPECT_EQ(rig.tree.FindKey(&anything, "a", &node, &key), 2u);
-  EXPECT_EQ(rig.tree.FindKey(&anything, "", &node, &key), 0u);
-  EXPECT_EQ(node, 0u);
-  EXPECT_EQ(key, 0u);
-  EXPECT_EQ(rig.tree.CreateKey(kAdmin, &anything, "b", 0, false), 1u);
-  EXPECT_EQ(rig.tree.CreateKey(kAdmin, &anything, "", 0, false), 17u);
+  EXPECT_EQ(status::kNotFound, rig.tree.FindKey(&anything, "a", &node, &key));
+  EXPECT_EQ(status::kOk, rig.tree.FindKey(&anything, "", &node, &key));
+  EXPECT_EQ(0u, node);
+  EXPECT_EQ(0u, key);
+  EXPECT_EQ(status::kNoRight, rig.tree.CreateKey(kAdmin, &anything, "b", 0, false));
+  EXPECT_EQ(status::kExists, rig.tree.CreateKey(kAdmin, &anything, "", 0, false));
 }
 
 TEST(FileTreeSearch, NullPointersForResultsAreRefused) {
   FileTreeRig rig;
   unsigned int id = 0;
-  EXPECT_EQ(rig.tree.FindKey(nullptr, "", nullptr, &id), 22u);
-  EXPECT_EQ(rig.tree.FindKey(nullptr, "", &id, nullptr), 22u);
-  EXPECT_EQ(rig.tree.FindKey(0x100u, "", nullptr), 22u);
+  EXPECT_EQ(status::kBadArgument, rig.tree.FindKey(nullptr, "", nullptr, &id));
+  EXPECT_EQ(status::kBadArgument, rig.tree.FindKey(nullptr, "", &id, nullptr));
+  EXPECT_EQ(status::kBadArgument, rig.tree.FindKey(0x100u, "", nullptr));
 }
 
 TEST(FileTreeSearch, APathIsReadNoFurtherThanItsTerminator) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("abcdefghijklmnopqrst"), 0u);
+  ASSERT_EQ(status::kOk, rig.Create("abcdefghijklmnopqrst"));
   const std::string longest = "/abcdefghijklmnopqrst/";
   for (size_t length = 0; length <= longest.size(); ++length) {
     char* exact = new char[length + 1];  // the sanitizer watches the byte behind it
@@ -266,7 +271,7 @@ TEST(FileTreeSearch, APathIsReadNoFurtherThanItsTerminator) {
 
 TEST(FileTreeSearch, TheLockIsFreeAfterEveryOutcome) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("abc"), 0u);
+  ASSERT_EQ(status::kOk, rig.Create("abc"));
   for (const char* path : {"", "abc", "abc/", "a", "abd", "abcd", "abc/d"}) {
     Search(rig, path);
     EXPECT_FALSE(rig.tree.ObjectLock().IsMine()) << path;

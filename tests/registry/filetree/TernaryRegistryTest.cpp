@@ -52,27 +52,27 @@ TEST(FileTree, MakesAMissingFileWithARootKey) {
   TempDir dir;
   const std::string path = dir / "a.rce";
   TernaryRegistry tree(nullptr, nullptr);
-  EXPECT_EQ(tree.Initialize(path.c_str()), 0u);
-  EXPECT_EQ(std::filesystem::file_size(path), 75888u);
-  EXPECT_EQ(tree.CreateRootKey(), 17u);
-  EXPECT_EQ(HexOf(FileBytes(path, 4180 + 28, 8)), "0001000070280100");  // root 100, 75888 bytes
+  EXPECT_EQ(status::kOk, tree.Initialize(path.c_str()));
+  EXPECT_EQ(75888u, std::filesystem::file_size(path));
+  EXPECT_EQ(status::kExists, tree.CreateRootKey());
+  EXPECT_EQ("0001000070280100", HexOf(FileBytes(path, 4180 + 28, 8)));  // root 100, 75888 bytes
 }
 
 TEST(FileTree, ARootKeyThatFindsNoRoomForItsNameTakesNoSlot) {
   TempDir dir;
   const std::string path = dir / "a.rce";
   TernaryFile store;
-  ASSERT_EQ(store.CreateRegistryFile(path.c_str(), 65536), 0u);
-  ASSERT_EQ(store.Initialize(path.c_str()), 0u);
+  ASSERT_EQ(status::kOk, store.CreateRegistryFile(path.c_str(), 65536));
+  ASSERT_EQ(status::kOk, store.Initialize(path.c_str()));
   unsigned int id = 0;
   while (store.AcquireSlot(0, NodeKind::kString, &id) == 0) {
   }
   TernaryRegistry tree(nullptr, nullptr);
   tree.ShareStore(&store);
-  EXPECT_EQ(tree.CreateRootKey(), 75u);
-  EXPECT_EQ(store.Descriptor(NodeKind::kKey).usedNodes, 0u);
-  EXPECT_EQ(store.AcquireSlot(0, NodeKind::kKey, &id), 0u);
-  EXPECT_EQ(id, 0x100u);
+  EXPECT_EQ(status::kLimit, tree.CreateRootKey());
+  EXPECT_EQ(0u, store.Descriptor(NodeKind::kKey).usedNodes);
+  EXPECT_EQ(status::kOk, store.AcquireSlot(0, NodeKind::kKey, &id));
+  EXPECT_EQ(0x100u, id);
   tree.Finalize();
   store.Finalize();
 }
@@ -82,16 +82,16 @@ TEST(FileTree, OpensAnExistingFileAsItIs) {
   const std::string path = dir / "a.rce";
   {
     TernaryRegistry tree(nullptr, nullptr);
-    ASSERT_EQ(tree.Initialize(path.c_str()), 0u);
-    ASSERT_EQ(tree.CreateKey(kAdmin, nullptr, "a", 9, true), 0u);
-    EXPECT_EQ(tree.Finalize(), 0u);
+    ASSERT_EQ(status::kOk, tree.Initialize(path.c_str()));
+    ASSERT_EQ(status::kOk, tree.CreateKey(kAdmin, nullptr, "a", 9, true));
+    EXPECT_EQ(status::kOk, tree.Finalize());
   }
   const std::string before = GetFile(path);
   TernaryRegistry tree(nullptr, nullptr);
-  EXPECT_EQ(tree.Initialize(path.c_str()), 0u);
+  EXPECT_EQ(status::kOk, tree.Initialize(path.c_str()));
   unsigned long long number = 0;
-  EXPECT_EQ(tree.GetDefaultValue(kAdmin, nullptr, "a", &number), 0u);
-  EXPECT_EQ(number, 9u);
+  EXPECT_EQ(status::kOk, tree.GetDefaultValue(kAdmin, nullptr, "a", &number));
+  EXPECT_EQ(9u, number);
   EXPECT_EQ(GetFile(path), before);
 }
 
@@ -107,30 +107,30 @@ TEST(FileTree, AnotherProcessReadsWhatOneHasWritten) {
            tree.CreateValue(kAdmin, nullptr, "a", "v", &value) == 0;
   }));
   TernaryRegistry tree(nullptr, nullptr);
-  ASSERT_EQ(tree.Initialize(path.c_str()), 0u);
+  ASSERT_EQ(status::kOk, tree.Initialize(path.c_str()));
   ReadValue value;
-  EXPECT_EQ(tree.GetValue(kAdmin, nullptr, "a", "v", &value), 0u);
+  EXPECT_EQ(status::kOk, tree.GetValue(kAdmin, nullptr, "a", "v", &value));
   EXPECT_STREQ(value.text(), "written");
 }
 
 TEST(FileTree, ASecondOpeningStartsWithAFreeLock) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("ab"), 0u);
-  ASSERT_EQ(rig.Create("a"), 0u);  // leaves a level of the lock
+  ASSERT_EQ(status::kOk, rig.Create("ab"));
+  ASSERT_EQ(status::kOk, rig.Create("a"));  // leaves a level of the lock
   EXPECT_TRUE(rig.tree.ObjectLock().IsMine());
-  EXPECT_EQ(rig.tree.Initialize(rig.path.c_str()), 0u);
+  EXPECT_EQ(status::kOk, rig.tree.Initialize(rig.path.c_str()));
   EXPECT_FALSE(rig.tree.ObjectLock().IsMine());
-  EXPECT_EQ(rig.KeyOf("a"), 0x300u);
+  EXPECT_EQ(0x300u, rig.KeyOf("a"));
 }
 
 TEST(FileTree, AnswersNoRightBeforeItIsOpenedAndAfterItIsClosed) {
   TernaryRegistry fresh(nullptr, nullptr);
-  EXPECT_EQ(AnswersOf(fresh), kAll1);
+  EXPECT_EQ(kAll1, AnswersOf(fresh));
   FileTreeRig rig;
-  EXPECT_EQ(rig.tree.Finalize(), 0u);
-  EXPECT_EQ(AnswersOf(rig.tree), kAll1);
-  EXPECT_EQ(rig.tree.Finalize(), 0u);
-  EXPECT_EQ(AnswersOf(rig.tree), kAll1);
+  EXPECT_EQ(status::kOk, rig.tree.Finalize());
+  EXPECT_EQ(kAll1, AnswersOf(rig.tree));
+  EXPECT_EQ(status::kOk, rig.tree.Finalize());
+  EXPECT_EQ(kAll1, AnswersOf(rig.tree));
 }
 
 TEST(FileTree, AFileThatIsNoRegistryIsLeftAlone) {
@@ -140,8 +140,8 @@ TEST(FileTree, AFileThatIsNoRegistryIsLeftAlone) {
                                    std::string(80000, '\0'), std::string(83, '\xFF')}) {
     PutFile(path, bytes);
     TernaryRegistry tree(nullptr, nullptr);
-    EXPECT_EQ(tree.Initialize(path.c_str()), 59u) << bytes.size();
-    EXPECT_EQ(AnswersOf(tree), kAll1);
+    EXPECT_EQ(status::kInvalidFile, tree.Initialize(path.c_str())) << bytes.size();
+    EXPECT_EQ(kAll1, AnswersOf(tree));
     EXPECT_EQ(GetFile(path), bytes);
   }
 }
@@ -153,25 +153,25 @@ TEST(FileTree, AFileOfAnotherVersionIsLeftAlone) {
     const unsigned int good = rig.Word(field);
     rig.PatchWord(field, good + 1);
     const std::string before = rig.Contents();
-    EXPECT_EQ(rig.tree.Initialize(rig.path.c_str()), 59u) << field;
+    EXPECT_EQ(status::kInvalidFile, rig.tree.Initialize(rig.path.c_str())) << field;
     EXPECT_EQ(rig.Contents(), before);
     rig.PatchWord(field, good);
   }
-  EXPECT_EQ(rig.tree.Initialize(rig.path.c_str()), 0u);
+  EXPECT_EQ(status::kOk, rig.tree.Initialize(rig.path.c_str()));
 }
 
 TEST(FileTree, APathThatCannotHoldAFileAnswersNoSpace) {
   TempDir dir;
   TernaryRegistry tree(nullptr, nullptr);
-  EXPECT_EQ(tree.Initialize((dir / "missing/a.rce").c_str()), 28u);
-  EXPECT_EQ(tree.Initialize((dir / "").c_str()), 28u);  // a folder
-  EXPECT_EQ(AnswersOf(tree), kAll1);
-  EXPECT_EQ(tree.Initialize((dir / "a.rce").c_str()), 0u);
+  EXPECT_EQ(status::kNoSpace, tree.Initialize((dir / "missing/a.rce").c_str()));
+  EXPECT_EQ(status::kNoSpace, tree.Initialize((dir / "").c_str()));  // a folder
+  EXPECT_EQ(kAll1, AnswersOf(tree));
+  EXPECT_EQ(status::kOk, tree.Initialize((dir / "a.rce").c_str()));
 }
 
 TEST(FileTree, AFileThatCannotBeOpenedForWantOfADescriptorIsNotReplaced) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("a"), 0u);
+  ASSERT_EQ(status::kOk, rig.Create("a"));
   rig.tree.Finalize();
   const std::string before = rig.Contents();
   EXPECT_TRUE(InChild([&] {
@@ -185,26 +185,26 @@ TEST(FileTree, AFileThatCannotBeOpenedForWantOfADescriptorIsNotReplaced) {
 // Emptying takes no more than the right to write: a file that may not be read could be lost.
 TEST(FileTree, AFileThatMayNotBeOpenedIsNotReplaced) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("a"), 0u);
+  ASSERT_EQ(status::kOk, rig.Create("a"));
   rig.tree.Finalize();
   const std::string before = rig.Contents();
-  ASSERT_EQ(chmod(std::filesystem::path(rig.path).parent_path().c_str(), 0755), 0);
+  ASSERT_EQ(0, chmod(std::filesystem::path(rig.path).parent_path().c_str(), 0755));
   for (const mode_t mode : {0000u, 0222u, 0444u}) {
-    ASSERT_EQ(chmod(rig.path.c_str(), mode), 0);
+    ASSERT_EQ(0, chmod(rig.path.c_str(), mode));
     EXPECT_TRUE(InChild([&] {
       if (getuid() == 0 && setuid(65534) != 0) return false;
       TernaryRegistry tree(nullptr, nullptr);
       return tree.Initialize(rig.path.c_str()) == 28;
     })) << mode;
-    ASSERT_EQ(chmod(rig.path.c_str(), 0600), 0);
+    ASSERT_EQ(0, chmod(rig.path.c_str(), 0600));
     EXPECT_EQ(rig.Contents(), before) << mode;
   }
 }
 
 TEST(FileTree, ANullPathIsRefused) {
   TernaryRegistry tree(nullptr, nullptr);
-  EXPECT_EQ(tree.Initialize(nullptr), 22u);
-  EXPECT_EQ(AnswersOf(tree), kAll1);
+  EXPECT_EQ(status::kBadArgument, tree.Initialize(nullptr));
+  EXPECT_EQ(kAll1, AnswersOf(tree));
 }
 
 // The store is on the heap: what frees it twice or not at all, the sanitizer tells.
@@ -212,38 +212,38 @@ TEST(FileTree, FinalizeDestroysTheStoreItWasGiven) {
   TempDir dir;
   const std::string path = dir / "a.rce";
   TernaryFile* store = new TernaryFile;
-  ASSERT_EQ(store->CreateRegistryFile(path.c_str(), 65536), 0u);
-  ASSERT_EQ(store->Initialize(path.c_str()), 0u);
+  ASSERT_EQ(status::kOk, store->CreateRegistryFile(path.c_str(), 65536));
+  ASSERT_EQ(status::kOk, store->Initialize(path.c_str()));
   TernaryRegistry tree(store, nullptr);
-  EXPECT_EQ(tree.Initialize(nullptr), 0u);
-  EXPECT_EQ(tree.CreateRootKey(), 17u);  // it made the root
+  EXPECT_EQ(status::kOk, tree.Initialize(nullptr));
+  EXPECT_EQ(status::kExists, tree.CreateRootKey());  // it made the root
   EXPECT_TRUE(TernaryFile::file.IsOpen());
-  EXPECT_EQ(tree.Finalize(), 0u);
+  EXPECT_EQ(status::kOk, tree.Finalize());
   EXPECT_FALSE(TernaryFile::file.IsOpen());
-  EXPECT_EQ(AnswersOf(tree), kAll1);
+  EXPECT_EQ(kAll1, AnswersOf(tree));
 }
 
 TEST(FileTree, ATreeThatGoesWithoutFinalizeLeavesTheStoreItWasGiven) {
   TempDir folder;
   TernaryFile store;
-  ASSERT_EQ(store.CreateRegistryFile((folder / "store.rce").c_str(), 65536), 0u);
-  ASSERT_EQ(store.Initialize((folder / "store.rce").c_str()), 0u);
+  ASSERT_EQ(status::kOk, store.CreateRegistryFile((folder / "store.rce").c_str(), 65536));
+  ASSERT_EQ(status::kOk, store.Initialize((folder / "store.rce").c_str()));
   {
     TernaryRegistry tree(&store, nullptr);
-    EXPECT_EQ(tree.Initialize(nullptr), 0u);
+    EXPECT_EQ(status::kOk, tree.Initialize(nullptr));
   }
-  EXPECT_EQ(store.GetStartNode('a'), 0x100u);
+  EXPECT_EQ(0x100u, store.GetStartNode('a'));
   store.Finalize();
 }
 
 TEST(FileTree, OpeningAgainLeavesTheFirstFile) {
   TempDir folder;
   TernaryRegistry tree(nullptr, nullptr);
-  ASSERT_EQ(tree.Initialize((folder / "first.rce").c_str()), 0u);
-  ASSERT_EQ(tree.Initialize((folder / "second.rce").c_str()), 0u);
-  ASSERT_EQ(tree.CreateKey(0xFFFF, nullptr, "key", 0, false), 0u);
-  EXPECT_EQ(tree.Finalize(), 0u);
-  EXPECT_EQ(GetFile(folder / "first.rce").size(), 75888u);
+  ASSERT_EQ(status::kOk, tree.Initialize((folder / "first.rce").c_str()));
+  ASSERT_EQ(status::kOk, tree.Initialize((folder / "second.rce").c_str()));
+  ASSERT_EQ(status::kOk, tree.CreateKey(0xFFFF, nullptr, "key", 0, false));
+  EXPECT_EQ(status::kOk, tree.Finalize());
+  EXPECT_EQ(75888u, GetFile(folder / "first.rce").size());
   EXPECT_TRUE(GetFile(folder / "first.rce") != GetFile(folder / "second.rce"));
 }
 
@@ -251,25 +251,25 @@ TEST(FileTree, ASharedStoreOutlivesTheTree) {
   TempDir dir;
   const std::string path = dir / "a.rce";
   TernaryFile store;
-  ASSERT_EQ(store.CreateRegistryFile(path.c_str(), 65536), 0u);
-  ASSERT_EQ(store.Initialize(path.c_str()), 0u);
+  ASSERT_EQ(status::kOk, store.CreateRegistryFile(path.c_str(), 65536));
+  ASSERT_EQ(status::kOk, store.Initialize(path.c_str()));
   {
     TernaryRegistry tree(&store, nullptr);
     tree.ShareStore();
-    EXPECT_EQ(tree.Initialize(nullptr), 0u);
-    EXPECT_EQ(tree.Finalize(), 0u);
-    EXPECT_EQ(AnswersOf(tree), kAll1);
+    EXPECT_EQ(status::kOk, tree.Initialize(nullptr));
+    EXPECT_EQ(status::kOk, tree.Finalize());
+    EXPECT_EQ(kAll1, AnswersOf(tree));
   }
   EXPECT_TRUE(TernaryFile::file.IsOpen());
-  EXPECT_EQ(store.GetStartNode('/'), 0x100u);
+  EXPECT_EQ(0x100u, store.GetStartNode('/'));
   TernaryStringNode node;
-  EXPECT_EQ(store.ReadNodeInBuffer(0x100, &node), 0u);
+  EXPECT_EQ(status::kOk, store.ReadNodeInBuffer(0x100, &node));
   {
     TernaryRegistry tree(&store, nullptr);
     tree.ShareStore();
-    EXPECT_EQ(tree.Initialize(nullptr), 0u);  // and goes without Finalize
+    EXPECT_EQ(status::kOk, tree.Initialize(nullptr));  // and goes without Finalize
   }
-  EXPECT_EQ(store.ReadNodeInBuffer(0x100, &node), 0u);
+  EXPECT_EQ(status::kOk, store.ReadNodeInBuffer(0x100, &node));
   store.Finalize();
 }
 
@@ -278,25 +278,25 @@ TEST(FileTree, AStoreThatIsNotOpenFailsTheOperationsOnly) {
   TernaryFile store;
   TernaryRegistry tree(&store, nullptr);
   tree.ShareStore();
-  EXPECT_EQ(tree.Initialize(nullptr), 0u);
-  EXPECT_EQ(tree.CreateKey(kAdmin, nullptr, "a", 0, false), 5u);
-  EXPECT_EQ(tree.CreateRootKey(), 5u);
+  EXPECT_EQ(status::kOk, tree.Initialize(nullptr));
+  EXPECT_EQ(status::kInputOutput, tree.CreateKey(kAdmin, nullptr, "a", 0, false));
+  EXPECT_EQ(status::kInputOutput, tree.CreateRootKey());
 }
 
 TEST(FileTree, ClosesWithItsLockHeld) {
   {
     FileTreeRig rig;
-    ASSERT_EQ(rig.Create("ab"), 0u);
-    ASSERT_EQ(rig.Create("a"), 0u);
+    ASSERT_EQ(status::kOk, rig.Create("ab"));
+    ASSERT_EQ(status::kOk, rig.Create("a"));
     EXPECT_TRUE(rig.tree.ObjectLock().IsMine());
-    EXPECT_EQ(rig.tree.Finalize(), 0u);
-    EXPECT_EQ(rig.tree.Initialize(rig.path.c_str()), 0u);
+    EXPECT_EQ(status::kOk, rig.tree.Finalize());
+    EXPECT_EQ(status::kOk, rig.tree.Initialize(rig.path.c_str()));
     EXPECT_FALSE(rig.tree.ObjectLock().IsMine());
-    EXPECT_EQ(rig.Find("a"), 0u);
+    EXPECT_EQ(status::kOk, rig.Find("a"));
   }
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("ab"), 0u);
-  ASSERT_EQ(rig.Create("a"), 0u);  // destroyed without Finalize
+  ASSERT_EQ(status::kOk, rig.Create("ab"));
+  ASSERT_EQ(status::kOk, rig.Create("a"));  // destroyed without Finalize
 }
 
 }  // namespace

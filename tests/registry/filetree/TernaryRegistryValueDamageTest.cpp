@@ -9,13 +9,13 @@ TEST(FileTreeDamage, AFirstValueThatDoesNotExist) {
   for (unsigned int bad : kBadIds) {
     SCOPED_TRACE(bad);
     FileTreeRig rig;
-    ASSERT_EQ(rig.Create("m"), 0u);
+    ASSERT_EQ(status::kOk, rig.Create("m"));
     rig.PatchWord(InKey(2, 0), bad);
-    EXPECT_EQ(Answers(rig, "m", "v"), "0 17 9 9 9 9 9 9 0 0 53 0 ");
+    EXPECT_EQ("0 17 9 9 9 9 9 9 0 0 53 0 ", Answers(rig, "m", "v"));
     unsigned int id = 0;
     TernaryValueNode* record = nullptr;
-    EXPECT_EQ(rig.tree.FindValue(0x200, "none", &id, record), 9u);
-    EXPECT_EQ(rig.Get("m", "v"), "0 type 1: 3132333435363738");  // a new value lies before it
+    EXPECT_EQ(9u, rig.tree.FindValue(0x200, "none", &id, record));
+    EXPECT_EQ("0 type 1: 3132333435363738", rig.Get("m", "v"));  // a new value lies before it
   }
 }
 
@@ -23,84 +23,84 @@ TEST(FileTreeDamage, ANextValueThatDoesNotExist) {
   for (unsigned int bad : kBadIds) {
     SCOPED_TRACE(bad);
     FileTreeRig rig;
-    ASSERT_EQ(rig.CreateNumber("", "v", 5), 0u);
+    ASSERT_EQ(status::kOk, rig.CreateNumber("", "v", 5));
     rig.PatchWord(InValue(1, 0), bad);
-    EXPECT_EQ(rig.Get("", "v"), "0 type 0: 0500000000000000");
-    EXPECT_EQ(rig.Get("", "w"), "9");
-    EXPECT_EQ(rig.SetData("", "w", 1, "x"), 9u);
-    EXPECT_EQ(rig.Delete("", "w"), 9u);
+    EXPECT_EQ("0 type 0: 0500000000000000", rig.Get("", "v"));
+    EXPECT_EQ("9", rig.Get("", "w"));
+    EXPECT_EQ(status::kCannotOpen, rig.SetData("", "w", 1, "x"));
+    EXPECT_EQ(status::kCannotOpen, rig.Delete("", "w"));
   }
 }
 
 TEST(FileTreeDamage, AValueThatIsItsOwnNext) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.CreateNumber("", "w", 5), 0u);
+  ASSERT_EQ(status::kOk, rig.CreateNumber("", "w", 5));
   rig.PatchWord(InValue(1, 0), 0x100);
-  EXPECT_EQ(Answers(rig, "", "v"), "0 17 59 59 59 59 59 59 0 0 53 0 ");
-  EXPECT_EQ(rig.Get("", "w"), "0 type 0: 0500000000000000");
+  EXPECT_EQ("0 17 59 59 59 59 59 59 0 0 53 0 ", Answers(rig, "", "v"));
+  EXPECT_EQ("0 type 0: 0500000000000000", rig.Get("", "w"));
 }
 
 TEST(FileTreeDamage, TwoValuesThatLeadToEachOther) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.CreateNumber("", "w", 5), 0u);
-  ASSERT_EQ(rig.CreateNumber("", "x", 6), 0u);
+  ASSERT_EQ(status::kOk, rig.CreateNumber("", "w", 5));
+  ASSERT_EQ(status::kOk, rig.CreateNumber("", "x", 6));
   rig.PatchWord(InValue(1, 0), 0x200);
-  EXPECT_EQ(Answers(rig, "", "v"), "0 17 59 59 59 59 59 59 0 0 53 0 ");
-  EXPECT_EQ(rig.Get("", "w"), "0 type 0: 0500000000000000");
-  EXPECT_EQ(rig.Get("", "x"), "0 type 0: 0600000000000000");
+  EXPECT_EQ("0 17 59 59 59 59 59 59 0 0 53 0 ", Answers(rig, "", "v"));
+  EXPECT_EQ("0 type 0: 0500000000000000", rig.Get("", "w"));
+  EXPECT_EQ("0 type 0: 0600000000000000", rig.Get("", "x"));
 }
 
 TEST(FileTreeDamage, AValueNameWithoutTerminator) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.CreateNumber("", "older", 5), 0u);
-  ASSERT_EQ(rig.CreateNumber("", "n", 6), 0u);
+  ASSERT_EQ(status::kOk, rig.CreateNumber("", "older", 5));
+  ASSERT_EQ(status::kOk, rig.CreateNumber("", "n", 6));
   rig.Patch(InValue(2, 12), Repeated("78", 32));
   rig.Patch(InValue(2, 44), Repeated("78", 8));  // nor is there one behind it
-  EXPECT_EQ(rig.Get("", std::string(31, 'x')), "2");
-  EXPECT_EQ(rig.Get("", std::string(40, 'x')), "2");
-  EXPECT_EQ(rig.Get("", "x"), "2");
-  EXPECT_EQ(rig.Get("", "older"), "0 type 0: 0500000000000000");
+  EXPECT_EQ("2", rig.Get("", std::string(31, 'x')));
+  EXPECT_EQ("2", rig.Get("", std::string(40, 'x')));
+  EXPECT_EQ("2", rig.Get("", "x"));
+  EXPECT_EQ("0 type 0: 0500000000000000", rig.Get("", "older"));
 }
 
 TEST(FileTreeDamage, ATypeThatDoesNotExist) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.CreateNumber("", "n", 6), 0u);
+  ASSERT_EQ(status::kOk, rig.CreateNumber("", "n", 6));
   rig.Patch(InValue(1, 11), "5f");
-  EXPECT_EQ(rig.Get("", "n"), "0 type 31: 0600000000000000");
+  EXPECT_EQ("0 type 31: 0600000000000000", rig.Get("", "n"));
 }
 
 TEST(FileTreeDamage, ASizeThatIsTooLarge) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.CreateNumber("", "n", 6), 0u);
-  ASSERT_EQ(rig.CreateData("", "d", 1, Pattern(1024)), 0u);
+  ASSERT_EQ(status::kOk, rig.CreateNumber("", "n", 6));
+  ASSERT_EQ(status::kOk, rig.CreateData("", "d", 1, Pattern(1024)));
   rig.Patch(InValue(1, 8), "ffff");
   rig.Patch(InValue(2, 8), "ffff");
   EXPECT_EQ(rig.Get("", "n"), "0 type 0: 06" + Repeated("00", 65534));
-  EXPECT_EQ(rig.Get("", "d"), "59");  // 16 blocks are all there is
+  EXPECT_EQ("59", rig.Get("", "d"));  // 16 blocks are all there is
 }
 
 TEST(FileTreeDamage, DataThatDoesNotExist) {
   for (unsigned int bad : kBadIds) {
     SCOPED_TRACE(bad);
     FileTreeRig rig;
-    ASSERT_EQ(rig.CreateData("", "v", 1, "abc"), 0u);
+    ASSERT_EQ(status::kOk, rig.CreateData("", "v", 1, "abc"));
     rig.PatchWord(InValue(1, 44), bad);
     unsigned int offset = 77;
-    EXPECT_EQ(rig.Get("", "v"), "59");
-    EXPECT_EQ(rig.tree.GetValueOffset(kAdmin, nullptr, "", "v", &offset), 59u);
-    EXPECT_EQ(offset, 77u);
-    EXPECT_EQ(rig.SetData("", "v", 2, "new"), 0u);  // what it led to stays where it is
-    EXPECT_EQ(rig.Get("", "v"), "0 type 2: 6e6577");
+    EXPECT_EQ("59", rig.Get("", "v"));
+    EXPECT_EQ(status::kInvalidFile, rig.tree.GetValueOffset(kAdmin, nullptr, "", "v", &offset));
+    EXPECT_EQ(77u, offset);
+    EXPECT_EQ(status::kOk, rig.SetData("", "v", 2, "new"));  // what it led to stays where it is
+    EXPECT_EQ("0 type 2: 6e6577", rig.Get("", "v"));
   }
 }
 
 TEST(FileTreeDamage, DataOfASizeButNoBlock) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.CreateData("", "v", 1, "abc"), 0u);
+  ASSERT_EQ(status::kOk, rig.CreateData("", "v", 1, "abc"));
   rig.PatchWord(InValue(1, 44), 0);
-  EXPECT_EQ(rig.Get("", "v"), "59");
-  EXPECT_EQ(rig.SetData("", "v", 1, "new"), 0u);
-  EXPECT_EQ(rig.Get("", "v"), "0 type 1: 6e6577");
+  EXPECT_EQ("59", rig.Get("", "v"));
+  EXPECT_EQ(status::kOk, rig.SetData("", "v", 1, "new"));
+  EXPECT_EQ("0 type 1: 6e6577", rig.Get("", "v"));
 }
 
 TEST(FileTreeDamage, AChainOfBlocksThatIsNoValues) {
@@ -116,14 +116,14 @@ TEST(FileTreeDamage, AChainOfBlocksThatIsNoValues) {
   for (const auto& each : cases) {
     SCOPED_TRACE(each.block * 1000 + each.next);
     FileTreeRig rig;
-    ASSERT_EQ(rig.CreateData("", "v", 1, Pattern(1024)), 0u);
+    ASSERT_EQ(status::kOk, rig.CreateData("", "v", 1, Pattern(1024)));
     rig.PatchWord(BlockEntry(each.block), each.next);
-    EXPECT_EQ(rig.Get("", "v"), "59");
-    EXPECT_EQ(rig.SetData("", "v", 2, "new"), 0u);
-    EXPECT_EQ(rig.Get("", "v"), "0 type 2: 6e6577");
-    EXPECT_EQ(rig.CreateData("", "w", 1, Pattern(1024)), 0u);
+    EXPECT_EQ("59", rig.Get("", "v"));
+    EXPECT_EQ(status::kOk, rig.SetData("", "v", 2, "new"));
+    EXPECT_EQ("0 type 2: 6e6577", rig.Get("", "v"));
+    EXPECT_EQ(status::kOk, rig.CreateData("", "w", 1, Pattern(1024)));
     EXPECT_EQ(rig.Get("", "w"), "0 type 1: " + HexOf(Pattern(1024)));
-    EXPECT_EQ(rig.Get("", "v"), "0 type 2: 6e6577");
+    EXPECT_EQ("0 type 2: 6e6577", rig.Get("", "v"));
   }
 }
 

@@ -11,12 +11,12 @@ class FullDataRig {
  public:
   FullDataRig() : path(dir / "a.rce"), tree(&store, nullptr) {
     tree.ShareStore();
-    EXPECT_EQ(store.CreateRegistryFile(path.c_str(), 65536), 0u);
-    EXPECT_EQ(store.Initialize(path.c_str()), 0u);
-    EXPECT_EQ(tree.Initialize(nullptr), 0u);
+    EXPECT_EQ(status::kOk, store.CreateRegistryFile(path.c_str(), 65536));
+    EXPECT_EQ(status::kOk, store.Initialize(path.c_str()));
+    EXPECT_EQ(status::kOk, tree.Initialize(nullptr));
     TernaryNodeDescriptor& data = store.Descriptor(NodeKind::kData);
-    while (data.tableCount < 20) EXPECT_EQ(store.ExpandFile(&data, 64, 2), 0u);
-    EXPECT_EQ(store.ExpandFile(&data, 64, 5), 0u);  // four blocks
+    while (data.tableCount < 20) EXPECT_EQ(status::kOk, store.ExpandFile(&data, 64, 2));
+    EXPECT_EQ(status::kOk, store.ExpandFile(&data, 64, 5));  // four blocks
   }
   ~FullDataRig() {
     tree.Finalize();
@@ -46,46 +46,46 @@ class FullDataRig {
 
 TEST(FileTreeValues, CreatingAtAFullStoreChangesNothing) {
   FullDataRig rig;
-  ASSERT_EQ(rig.Write(true, "old", 1, 64 * 3), 0u);
+  ASSERT_EQ(0u, rig.Write(true, "old", 1, 64 * 3));
   const unsigned int values = rig.Values();
   const std::string key = HexOf(FileBytes(rig.path, kKeyArea + 24, 24));
-  EXPECT_EQ(rig.Write(true, "new", 1, 65), 75u);
+  EXPECT_EQ(75u, rig.Write(true, "new", 1, 65));
   EXPECT_EQ(rig.Values(), values);
-  EXPECT_EQ(rig.Blocks(), 1u);
+  EXPECT_EQ(1u, rig.Blocks());
   EXPECT_EQ(HexOf(FileBytes(rig.path, kKeyArea + 24, 24)), key);
-  EXPECT_EQ(rig.Get("new"), "2");
+  EXPECT_EQ("2", rig.Get("new"));
   EXPECT_EQ(rig.Get("old"), HexOf(Pattern(64 * 3)));
-  EXPECT_EQ(rig.Write(true, "new", 1, 64), 0u);
+  EXPECT_EQ(0u, rig.Write(true, "new", 1, 64));
   EXPECT_EQ(rig.Get("new"), HexOf(Pattern(64)));
 }
 
 // Of a number the blocks are of no use, and no failure.
 TEST(FileTreeValues, ANumberIsCreatedAtAFullStoreAllTheSame) {
   FullDataRig rig;
-  ASSERT_EQ(rig.Write(true, "old", 1, 64 * 4), 0u);
-  EXPECT_EQ(rig.Write(true, "n", 0, 8), 0u);
+  ASSERT_EQ(0u, rig.Write(true, "old", 1, 64 * 4));
+  EXPECT_EQ(0u, rig.Write(true, "n", 0, 8));
   EXPECT_EQ(rig.Get("n"), HexOf(Pattern(4)) + "00000000");
 }
 
 TEST(FileTreeValues, SettingAtAFullStoreKeepsTheOldValue) {
   FullDataRig rig;
-  ASSERT_EQ(rig.Write(true, "big", 1, 64 * 2), 0u);
-  ASSERT_EQ(rig.Write(true, "other", 1, 64), 0u);
+  ASSERT_EQ(0u, rig.Write(true, "big", 1, 64 * 2));
+  ASSERT_EQ(0u, rig.Write(true, "other", 1, 64));
   const std::string before = GetFile(rig.path);
-  EXPECT_EQ(rig.Write(false, "big", 3, 64 * 4), 75u);  // two were its own, one is free
+  EXPECT_EQ(75u, rig.Write(false, "big", 3, 64 * 4));  // two were its own, one is free
   EXPECT_TRUE(GetFile(rig.path) == before);
   EXPECT_EQ(rig.Get("big"), HexOf(Pattern(64 * 2)));
   EXPECT_EQ(rig.Get("other"), HexOf(Pattern(64)));
-  EXPECT_EQ(rig.Blocks(), 1u);
+  EXPECT_EQ(1u, rig.Blocks());
   // Nothing is freed twice, nothing is shared.
-  EXPECT_EQ(rig.Write(false, "big", 3, 64 * 3), 0u);
-  EXPECT_EQ(rig.Blocks(), 0u);
+  EXPECT_EQ(0u, rig.Write(false, "big", 3, 64 * 3));
+  EXPECT_EQ(0u, rig.Blocks());
   EXPECT_EQ(rig.Get("big"), HexOf(Pattern(64 * 3)));
   EXPECT_EQ(rig.Get("other"), HexOf(Pattern(64)));
-  EXPECT_EQ(rig.Write(false, "other", 1, 65), 75u);
+  EXPECT_EQ(75u, rig.Write(false, "other", 1, 65));
   EXPECT_EQ(rig.Get("big"), HexOf(Pattern(64 * 3)));
   EXPECT_EQ(rig.Get("other"), HexOf(Pattern(64)));
-  EXPECT_EQ(rig.Blocks(), 0u);
+  EXPECT_EQ(0u, rig.Blocks());
 }
 
 TEST(FileTreeValues, WithoutRoomForAValueNothingIsChanged) {
@@ -94,15 +94,15 @@ TEST(FileTreeValues, WithoutRoomForAValueNothingIsChanged) {
   TernaryRegistry& tree = shared.tree;
   const std::string& path = shared.path;
   TernaryNodeDescriptor& values = store.Descriptor(NodeKind::kValue);
-  while (values.tableCount < 21) ASSERT_EQ(store.ExpandFile(&values, 52, 2), 0u);
-  ASSERT_EQ(tree.CreateValue(kAdmin, nullptr, "", "n", 1, true), 0u);
+  while (values.tableCount < 21) ASSERT_EQ(status::kOk, store.ExpandFile(&values, 52, 2));
+  ASSERT_EQ(status::kOk, tree.CreateValue(kAdmin, nullptr, "", "n", 1, true));
   const std::string before = GetFile(path);
   char bytes[] = "12345678";
   Value value = {1, 8, bytes};
-  EXPECT_EQ(tree.CreateValue(kAdmin, nullptr, "", "m", 1, true), 75u);
-  EXPECT_EQ(tree.CreateValue(kAdmin, nullptr, "", "m", &value), 75u);
+  EXPECT_EQ(status::kLimit, tree.CreateValue(kAdmin, nullptr, "", "m", 1, true));
+  EXPECT_EQ(status::kLimit, tree.CreateValue(kAdmin, nullptr, "", "m", &value));
   value.type = 0;
-  EXPECT_EQ(tree.CreateValue(kAdmin, nullptr, "", "m", &value), 75u);
+  EXPECT_EQ(status::kLimit, tree.CreateValue(kAdmin, nullptr, "", "m", &value));
   EXPECT_EQ(GetFile(path), before);
 }
 

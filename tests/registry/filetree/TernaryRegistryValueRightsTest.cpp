@@ -70,27 +70,27 @@ const std::vector<Operation>& Operations() {
 
 TEST(FileTreeValues, EveryOperationAsksForItsRight) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.tree.CreateKey(kUser, nullptr, "a", 1, true), 0u);
+  ASSERT_EQ(status::kOk, rig.tree.CreateKey(kUser, nullptr, "a", 1, true));
   for (unsigned int nibble : {0u, 1u, 2u, 4u, 8u, 15u}) {
     for (const Operation& each : Operations()) {
       SCOPED_TRACE(each.name);
       rig.SetPermission(2, "4f");
-      ASSERT_EQ(rig.CreateNumber("a", "v", 1), 0u);
+      ASSERT_EQ(status::kOk, rig.CreateNumber("a", "v", 1));
       const unsigned int expected = (nibble & each.right) != 0 ? 0 : 1;
       const std::string digit = HexOf(std::string(1, static_cast<char>(nibble))).substr(1);
       rig.SetPermission(2, ("0" + digit).c_str());
       const std::string before = rig.Contents();
-      EXPECT_EQ(each.run(rig.tree, kOther, "a"), 1u);
+      EXPECT_EQ(1u, each.run(rig.tree, kOther, "a"));
       EXPECT_EQ(rig.Contents(), before);
       EXPECT_EQ(each.run(rig.tree, kUser, "a"), expected);
       if (expected != 0) {
         EXPECT_EQ(rig.Contents(), before);
       }
       rig.SetPermission(2, "4f");
-      ASSERT_EQ(rig.CreateNumber("a", "v", 1), 0u);
+      ASSERT_EQ(status::kOk, rig.CreateNumber("a", "v", 1));
       rig.SetPermission(2, (digit + "0").c_str());
       EXPECT_EQ(each.run(rig.tree, kOther, "a"), expected);
-      EXPECT_EQ(each.run(rig.tree, kAdmin, "a"), 1u);
+      EXPECT_EQ(1u, each.run(rig.tree, kAdmin, "a"));
     }
   }
 }
@@ -99,20 +99,20 @@ TEST(FileTreeValues, EveryOperationMissesAMissingKey) {
   FileTreeRig rig;
   const std::string before = rig.Contents();
   for (const Operation& each : Operations()) {
-    EXPECT_EQ(each.run(rig.tree, kAdmin, "missing"), 2u) << each.name;
+    EXPECT_EQ(2u, each.run(rig.tree, kAdmin, "missing")) << each.name;
   }
   EXPECT_EQ(rig.Contents(), before);
 }
 
 TEST(FileTreeValues, ANameWithoutKeyGivesNobodyARight) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("ab"), 0u);
-  ASSERT_EQ(rig.Create("bc"), 0u);
+  ASSERT_EQ(status::kOk, rig.Create("ab"));
+  ASSERT_EQ(status::kOk, rig.Create("bc"));
   const std::string before = rig.Contents();
   for (const Operation& each : Operations()) {
-    EXPECT_EQ(each.run(rig.tree, kAdmin, "a/"), 1u) << each.name;
-    EXPECT_EQ(each.run(rig.tree, 0, "a/"), 1u) << each.name;
-    EXPECT_EQ(each.run(rig.tree, kAdmin, "a"), 2u) << each.name;
+    EXPECT_EQ(1u, each.run(rig.tree, kAdmin, "a/")) << each.name;
+    EXPECT_EQ(1u, each.run(rig.tree, 0, "a/")) << each.name;
+    EXPECT_EQ(2u, each.run(rig.tree, kAdmin, "a")) << each.name;
   }
   EXPECT_EQ(rig.Contents(), before);
 }
@@ -120,9 +120,9 @@ TEST(FileTreeValues, ANameWithoutKeyGivesNobodyARight) {
 TEST(FileTreeValues, ANullPathIsTheRootKey) {
   FileTreeRig rig;
   for (const Operation& each : Operations()) {
-    ASSERT_EQ(rig.CreateNumber("", "v", 1), 0u);
-    ASSERT_EQ(rig.tree.SetDefaultValue(kAdmin, nullptr, nullptr, 5, false), 0u);
-    EXPECT_EQ(each.run(rig.tree, kAdmin, nullptr), 0u) << each.name;
+    ASSERT_EQ(status::kOk, rig.CreateNumber("", "v", 1));
+    ASSERT_EQ(status::kOk, rig.tree.SetDefaultValue(kAdmin, nullptr, nullptr, 5, false));
+    EXPECT_EQ(0u, each.run(rig.tree, kAdmin, nullptr)) << each.name;
   }
 }
 
@@ -131,24 +131,24 @@ TEST(FileTreeValues, WithATreePointerNobodyHasARight) {
   int anything = 0;
   ReadValue value;
   unsigned long long number = 0;
-  EXPECT_EQ(rig.tree.GetValue(kAdmin, &anything, "", "v", &value), 1u);
-  EXPECT_EQ(rig.tree.SetDefaultValue(kAdmin, &anything, "", 1, false), 1u);
-  EXPECT_EQ(rig.tree.GetDefaultValue(kAdmin, &anything, "a", &number), 2u);
+  EXPECT_EQ(status::kNoRight, rig.tree.GetValue(kAdmin, &anything, "", "v", &value));
+  EXPECT_EQ(status::kNoRight, rig.tree.SetDefaultValue(kAdmin, &anything, "", 1, false));
+  EXPECT_EQ(status::kNotFound, rig.tree.GetDefaultValue(kAdmin, &anything, "a", &number));
 }
 
 TEST(FileTreeValues, AnOrdinaryUserReadsAndCreatesInTheRootKeyOnly) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.CreateNumber("", "v", 1), 0u);
-  ASSERT_EQ(rig.tree.SetDefaultValue(kAdmin, nullptr, "", 5, false), 0u);
+  ASSERT_EQ(status::kOk, rig.CreateNumber("", "v", 1));
+  ASSERT_EQ(status::kOk, rig.tree.SetDefaultValue(kAdmin, nullptr, "", 5, false));
   const unsigned int user = UserIdOf("adminstrator");
-  ASSERT_EQ(user, 0xAC295ADDu);
+  ASSERT_EQ(0xAC295ADDu, user);
   for (const Operation& each : Operations()) {
     EXPECT_EQ(each.run(rig.tree, user, ""), (each.right & 5) != 0 ? 0u : 1u) << each.name;
   }
-  ASSERT_EQ(rig.tree.CreateKey(kUser, nullptr, "theirs", 0, false), 0u);
-  ASSERT_EQ(rig.CreateNumber("theirs", "v", 1), 0u);
+  ASSERT_EQ(status::kOk, rig.tree.CreateKey(kUser, nullptr, "theirs", 0, false));
+  ASSERT_EQ(status::kOk, rig.CreateNumber("theirs", "v", 1));
   for (const Operation& each : Operations()) {
-    EXPECT_EQ(each.run(rig.tree, user, "theirs"), 1u) << each.name;
+    EXPECT_EQ(1u, each.run(rig.tree, user, "theirs")) << each.name;
   }
 }
 
@@ -162,27 +162,27 @@ TEST(FileTreeValues, NullPointersAreRefused) {
   unsigned long long number = 0;
   unsigned int id = 0;
   TernaryValueNode* record = nullptr;
-  ASSERT_EQ(rig.CreateNumber("", "v", 1), 0u);
+  ASSERT_EQ(status::kOk, rig.CreateNumber("", "v", 1));
   const std::string before = rig.Contents();
-  EXPECT_EQ(tree.GetValue(kAdmin, nullptr, "", nullptr, &value), 22u);
-  EXPECT_EQ(tree.GetValue(kAdmin, nullptr, "", "v", nullptr), 22u);
-  EXPECT_EQ(tree.SetValue(kAdmin, nullptr, "", nullptr, &value), 22u);
-  EXPECT_EQ(tree.SetValue(kAdmin, nullptr, "", "v", nullptr), 22u);
-  EXPECT_EQ(tree.SetValue(kAdmin, nullptr, "", "v", &lacking), 22u);
-  EXPECT_EQ(tree.CreateValue(kAdmin, nullptr, "", nullptr, &value), 22u);
-  EXPECT_EQ(tree.CreateValue(kAdmin, nullptr, "", "v", nullptr), 22u);
-  EXPECT_EQ(tree.CreateValue(kAdmin, nullptr, "", "v", &lacking), 22u);
-  EXPECT_EQ(tree.CreateValue(kAdmin, nullptr, "", "v", &lackingNumber), 22u);
-  EXPECT_EQ(tree.CreateValue(kAdmin, nullptr, "", nullptr, 1, true), 22u);
-  EXPECT_EQ(tree.DeleteValue(kAdmin, nullptr, "", nullptr), 22u);
-  EXPECT_EQ(tree.GetDefaultValue(kAdmin, nullptr, "", nullptr), 22u);
-  EXPECT_EQ(tree.GetSetValue(kAdmin, nullptr, "", "v", nullptr, true), 22u);
-  EXPECT_EQ(tree.GetSetValue(kAdmin, nullptr, "", "v", nullptr, false), 22u);
-  EXPECT_EQ(tree.GetValueOffset(kAdmin, nullptr, "", "v", nullptr), 22u);
-  EXPECT_EQ(tree.GetValueOffset(kAdmin, nullptr, "", nullptr, &id), 22u);
-  EXPECT_EQ(tree.FindValue(0x100, nullptr, &id, record), 22u);
-  EXPECT_EQ(tree.FindValue(0x100, "v", nullptr, record), 22u);
-  EXPECT_EQ(tree.GetSetValue(kAdmin, nullptr, "", nullptr, &number, true), 22u);
+  EXPECT_EQ(status::kBadArgument, tree.GetValue(kAdmin, nullptr, "", nullptr, &value));
+  EXPECT_EQ(status::kBadArgument, tree.GetValue(kAdmin, nullptr, "", "v", nullptr));
+  EXPECT_EQ(status::kBadArgument, tree.SetValue(kAdmin, nullptr, "", nullptr, &value));
+  EXPECT_EQ(status::kBadArgument, tree.SetValue(kAdmin, nullptr, "", "v", nullptr));
+  EXPECT_EQ(status::kBadArgument, tree.SetValue(kAdmin, nullptr, "", "v", &lacking));
+  EXPECT_EQ(status::kBadArgument, tree.CreateValue(kAdmin, nullptr, "", nullptr, &value));
+  EXPECT_EQ(status::kBadArgument, tree.CreateValue(kAdmin, nullptr, "", "v", nullptr));
+  EXPECT_EQ(status::kBadArgument, tree.CreateValue(kAdmin, nullptr, "", "v", &lacking));
+  EXPECT_EQ(status::kBadArgument, tree.CreateValue(kAdmin, nullptr, "", "v", &lackingNumber));
+  EXPECT_EQ(status::kBadArgument, tree.CreateValue(kAdmin, nullptr, "", nullptr, 1, true));
+  EXPECT_EQ(status::kBadArgument, tree.DeleteValue(kAdmin, nullptr, "", nullptr));
+  EXPECT_EQ(status::kBadArgument, tree.GetDefaultValue(kAdmin, nullptr, "", nullptr));
+  EXPECT_EQ(status::kBadArgument, tree.GetSetValue(kAdmin, nullptr, "", "v", nullptr, true));
+  EXPECT_EQ(status::kBadArgument, tree.GetSetValue(kAdmin, nullptr, "", "v", nullptr, false));
+  EXPECT_EQ(status::kBadArgument, tree.GetValueOffset(kAdmin, nullptr, "", "v", nullptr));
+  EXPECT_EQ(status::kBadArgument, tree.GetValueOffset(kAdmin, nullptr, "", nullptr, &id));
+  EXPECT_EQ(22u, tree.FindValue(0x100, nullptr, &id, record));
+  EXPECT_EQ(22u, tree.FindValue(0x100, "v", nullptr, record));
+  EXPECT_EQ(status::kBadArgument, tree.GetSetValue(kAdmin, nullptr, "", nullptr, &number, true));
   EXPECT_EQ(rig.Contents(), before);
 }
 

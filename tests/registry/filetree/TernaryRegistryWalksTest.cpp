@@ -12,15 +12,15 @@ constexpr unsigned int InNode(unsigned int slot, unsigned int field) {
 
 TEST(FileTreeWalks, ReadNodeTreeListsTheLinksOfEveryNodeThatHasAny) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("ma"), 0u);    // 200: segment "m", split 'a', with key
-  ASSERT_EQ(rig.Create("mb1"), 0u);   // 300, higher
-  ASSERT_EQ(rig.Create("m+"), 0u);    // 400, lower
-  ASSERT_EQ(rig.Create("mb0"), 0u);   // 500, lower than 300
-  ASSERT_EQ(rig.Create("ma/x"), 0u);  // 600, a child: not followed
+  ASSERT_EQ(status::kOk, rig.Create("ma"));    // 200: segment "m", split 'a', with key
+  ASSERT_EQ(status::kOk, rig.Create("mb1"));   // 300, higher
+  ASSERT_EQ(status::kOk, rig.Create("m+"));    // 400, lower
+  ASSERT_EQ(status::kOk, rig.Create("mb0"));   // 500, lower than 300
+  ASSERT_EQ(status::kOk, rig.Create("ma/x"));  // 600, a child: not followed
   unsigned int ids[9] = {};
   unsigned int count = 0;
-  EXPECT_EQ(rig.tree.ReadNodeTree(0x200, ids, &count, 9), 0u);
-  EXPECT_EQ(count, 6u);
+  EXPECT_EQ(status::kOk, rig.tree.ReadNodeTree(0x200, ids, &count, 9));
+  EXPECT_EQ(6u, count);
   const std::vector<unsigned int> expected = {0, 0x300, 0x400, 0, 0, 0x500, 0, 0, 0};
   EXPECT_EQ(std::vector<unsigned int>(ids, ids + 9), expected);
 }
@@ -28,7 +28,7 @@ TEST(FileTreeWalks, ReadNodeTreeListsTheLinksOfEveryNodeThatHasAny) {
 TEST(FileTreeWalks, ReadNodeTreeFollowsEqualThenHighThenLow) {
   FileTreeRig rig;
   unsigned int node = 0;
-  for (int i = 0; i < 8; ++i) ASSERT_EQ(rig.tree.CreateStringNode(0, "a", &node, 0), 0u);
+  for (int i = 0; i < 8; ++i) ASSERT_EQ(status::kOk, rig.tree.CreateStringNode(0, "a", &node, 0));
   const unsigned int links[][4] = {// node, lo, hi, equal
                                    {2, 0x300, 0x400, 0x500},
                                    {3, 0, 0, 0x600},
@@ -39,8 +39,9 @@ TEST(FileTreeWalks, ReadNodeTreeFollowsEqualThenHighThenLow) {
   }
   unsigned int ids[12] = {};
   unsigned int count = 0;
-  EXPECT_EQ(rig.tree.ReadNodeTree(0x200, ids, &count, 12), 75u);  // no room left at node 600
-  EXPECT_EQ(count, 12u);
+  EXPECT_EQ(status::kLimit,
+            rig.tree.ReadNodeTree(0x200, ids, &count, 12));  // no room left at node 600
+  EXPECT_EQ(12u, count);
   const std::vector<unsigned int> expected = {0x500, 0x400, 0x300, 0,     0, 0x800,
                                               0,     0x700, 0,     0x600, 0, 0};
   EXPECT_EQ(std::vector<unsigned int>(ids, ids + 12), expected);
@@ -48,26 +49,26 @@ TEST(FileTreeWalks, ReadNodeTreeFollowsEqualThenHighThenLow) {
 
 TEST(FileTreeWalks, ReadNodeTreeTakesTheEqualLinkOfAKeyForNone) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("a"), 0u);
-  ASSERT_EQ(rig.Create("ab"), 0u);  // 300 behind 200
+  ASSERT_EQ(status::kOk, rig.Create("a"));
+  ASSERT_EQ(status::kOk, rig.Create("ab"));  // 300 behind 200
   unsigned int ids[3] = {7, 7, 7};
   unsigned int count = 0;
-  EXPECT_EQ(rig.tree.ReadNodeTree(0x200, ids, &count, 3), 0u);
-  EXPECT_EQ(count, 0u);
+  EXPECT_EQ(status::kOk, rig.tree.ReadNodeTree(0x200, ids, &count, 3));
+  EXPECT_EQ(0u, count);
 }
 
 TEST(FileTreeWalks, ReadNodeTreeNeedsRoomForThreeMore) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("a"), 0u);
+  ASSERT_EQ(status::kOk, rig.Create("a"));
   unsigned int ids[3] = {7, 7, 7};
   for (unsigned int count : {1u, 3u, 4u, 0xFFFFFFFEu}) {
     unsigned int after = count;
-    EXPECT_EQ(rig.tree.ReadNodeTree(0x200, ids, &after, 3), 75u) << count;
+    EXPECT_EQ(status::kLimit, rig.tree.ReadNodeTree(0x200, ids, &after, 3)) << count;
     EXPECT_EQ(after, count);
   }
   unsigned int count = 0;
-  EXPECT_EQ(rig.tree.ReadNodeTree(0x200, ids, &count, 2), 75u);
-  EXPECT_EQ(ids[0] + ids[1] + ids[2], 21u);
+  EXPECT_EQ(status::kLimit, rig.tree.ReadNodeTree(0x200, ids, &count, 2));
+  EXPECT_EQ(21u, ids[0] + ids[1] + ids[2]);
 }
 
 TEST(FileTreeWalks, ReadNodeTreeEndsInACircle) {
@@ -75,34 +76,35 @@ TEST(FileTreeWalks, ReadNodeTreeEndsInACircle) {
     FileTreeRig rig;
     unsigned int first = 0;
     unsigned int second = 0;
-    ASSERT_EQ(rig.tree.CreateStringNode(0, "a", &first, 0), 0u);
-    ASSERT_EQ(rig.tree.CreateStringNode(0, "b", &second, 0), 0u);
+    ASSERT_EQ(status::kOk, rig.tree.CreateStringNode(0, "a", &first, 0));
+    ASSERT_EQ(status::kOk, rig.tree.CreateStringNode(0, "b", &second, 0));
     rig.PatchWord(InNode(2, field), 0x300);
     rig.PatchWord(InNode(3, field), 0x200);
     std::vector<unsigned int> ids(3000);
     unsigned int count = 0;
-    EXPECT_EQ(rig.tree.ReadNodeTree(0x200, ids.data(), &count, 3000), 59u) << field;
+    EXPECT_EQ(status::kInvalidFile, rig.tree.ReadNodeTree(0x200, ids.data(), &count, 3000))
+        << field;
   }
 }
 
 TEST(FileTreeWalks, ReadNodeTreeStopsAtANodeThatDoesNotExist) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("a"), 0u);
+  ASSERT_EQ(status::kOk, rig.Create("a"));
   rig.PatchWord(InNode(2, 4), 0x2C8);
   unsigned int ids[9];
   unsigned int count = 0;
-  EXPECT_EQ(rig.tree.ReadNodeTree(0x200, ids, &count, 9), 59u);
-  EXPECT_EQ(rig.tree.ReadNodeTree(60000u << 8, ids, &count, 9), 59u);
+  EXPECT_EQ(status::kInvalidFile, rig.tree.ReadNodeTree(0x200, ids, &count, 9));
+  EXPECT_EQ(status::kInvalidFile, rig.tree.ReadNodeTree(60000u << 8, ids, &count, 9));
 }
 
 TEST(FileTreeWalks, NullPointersAreRefused) {
   FileTreeRig rig;
   unsigned int id = 0;
-  EXPECT_EQ(rig.tree.ReadNodeTree(0x100, nullptr, &id, 3), 22u);
-  EXPECT_EQ(rig.tree.ReadNodeTree(0x100, &id, nullptr, 3), 22u);
-  EXPECT_EQ(rig.tree.FindSuffix(nullptr, &id, &id), 22u);
-  EXPECT_EQ(rig.tree.FindSuffix("a", nullptr, &id), 22u);
-  EXPECT_EQ(rig.tree.FindSuffix("a", &id, nullptr), 22u);
+  EXPECT_EQ(status::kBadArgument, rig.tree.ReadNodeTree(0x100, nullptr, &id, 3));
+  EXPECT_EQ(status::kBadArgument, rig.tree.ReadNodeTree(0x100, &id, nullptr, 3));
+  EXPECT_EQ(status::kBadArgument, rig.tree.FindSuffix(nullptr, &id, &id));
+  EXPECT_EQ(status::kBadArgument, rig.tree.FindSuffix("a", nullptr, &id));
+  EXPECT_EQ(status::kBadArgument, rig.tree.FindSuffix("a", &id, nullptr));
 }
 
 // Names as no creation leaves them: the root's high link leads to 200, a chain of 'a' and 'b' that
@@ -112,7 +114,7 @@ class FileTreeSuffix : public ::testing::Test {
   FileTreeSuffix() {
     for (const char* name : {"a", "b", "", "x"}) {
       unsigned int node = 0;
-      EXPECT_EQ(rig_.tree.CreateStringNode(0, name, &node, 0), 0u);
+      EXPECT_EQ(status::kOk, rig_.tree.CreateStringNode(0, name, &node, 0));
     }
     rig_.PatchWord(InNode(1, 8), 0x200);
     rig_.PatchWord(InNode(2, 12), 0x300);
@@ -126,47 +128,47 @@ class FileTreeSuffix : public ::testing::Test {
 };
 
 TEST_F(FileTreeSuffix, ANameThatEndsIsToldWithItsLastBranch) {
-  EXPECT_EQ(rig_.tree.FindSuffix("ab", &branch_, &next_), 0u);
-  EXPECT_EQ(branch_, 0x100u);
-  EXPECT_EQ(next_, 0x200u);
+  EXPECT_EQ(status::kOk, rig_.tree.FindSuffix("ab", &branch_, &next_));
+  EXPECT_EQ(0x100u, branch_);
+  EXPECT_EQ(0x200u, next_);
 }
 
 TEST_F(FileTreeSuffix, TheLastBranchIsTheDeepest) {
   rig_.PatchWord(InNode(2, 4), 0x500);
-  EXPECT_EQ(rig_.tree.FindSuffix("ab", &branch_, &next_), 0u);
-  EXPECT_EQ(branch_, 0x200u);
-  EXPECT_EQ(next_, 0x300u);
+  EXPECT_EQ(status::kOk, rig_.tree.FindSuffix("ab", &branch_, &next_));
+  EXPECT_EQ(0x200u, branch_);
+  EXPECT_EQ(0x300u, next_);
 }
 
 TEST_F(FileTreeSuffix, ANameThatLeavesTheTreeIsNotThere) {
-  EXPECT_EQ(rig_.tree.FindSuffix("b", &branch_, &next_), 2u);
-  EXPECT_EQ(rig_.tree.FindSuffix("ac", &branch_, &next_), 2u);
-  EXPECT_EQ(rig_.tree.FindSuffix("", &branch_, &next_), 2u);
+  EXPECT_EQ(status::kNotFound, rig_.tree.FindSuffix("b", &branch_, &next_));
+  EXPECT_EQ(status::kNotFound, rig_.tree.FindSuffix("ac", &branch_, &next_));
+  EXPECT_EQ(status::kNotFound, rig_.tree.FindSuffix("", &branch_, &next_));
 }
 
 TEST_F(FileTreeSuffix, ASegmentMatchesOnlyAsFarAsASlash) {
   rig_.Patch(InNode(2, 1), "02");
   rig_.Patch(InNode(2, 24), "6d2f");  // "m/"
-  EXPECT_EQ(rig_.tree.FindSuffix("m", &branch_, &next_), 0u);
-  EXPECT_EQ(rig_.tree.FindSuffix("", &branch_, &next_), 2u);
-  EXPECT_EQ(rig_.tree.FindSuffix("mx", &branch_, &next_), 2u);
-  EXPECT_EQ(rig_.tree.FindSuffix("x", &branch_, &next_), 2u);
+  EXPECT_EQ(status::kOk, rig_.tree.FindSuffix("m", &branch_, &next_));
+  EXPECT_EQ(status::kNotFound, rig_.tree.FindSuffix("", &branch_, &next_));
+  EXPECT_EQ(status::kNotFound, rig_.tree.FindSuffix("mx", &branch_, &next_));
+  EXPECT_EQ(status::kNotFound, rig_.tree.FindSuffix("x", &branch_, &next_));
 }
 
 TEST_F(FileTreeSuffix, DamageIsReported) {
   rig_.PatchWord(InNode(1, 8), 0x100);  // a circle
-  EXPECT_EQ(rig_.tree.FindSuffix("a", &branch_, &next_), 59u);
+  EXPECT_EQ(status::kInvalidFile, rig_.tree.FindSuffix("a", &branch_, &next_));
   rig_.PatchWord(InNode(1, 8), 0x2C8);
-  EXPECT_EQ(rig_.tree.FindSuffix("a", &branch_, &next_), 59u);
+  EXPECT_EQ(status::kInvalidFile, rig_.tree.FindSuffix("a", &branch_, &next_));
   rig_.PatchWord(InNode(1, 8), 0x200);
   rig_.Patch(InNode(2, 1), "11");  // a segment of 17
-  EXPECT_EQ(rig_.tree.FindSuffix("a", &branch_, &next_), 59u);
+  EXPECT_EQ(status::kInvalidFile, rig_.tree.FindSuffix("a", &branch_, &next_));
 }
 
 TEST_F(FileTreeSuffix, WithoutAStartNodeNothingIsThere) {
   rig_.PatchWord(4180 + 28, 0);
   rig_.Reopen();
-  EXPECT_EQ(rig_.tree.FindSuffix("ab", &branch_, &next_), 2u);
+  EXPECT_EQ(status::kNotFound, rig_.tree.FindSuffix("ab", &branch_, &next_));
 }
 
 }  // namespace

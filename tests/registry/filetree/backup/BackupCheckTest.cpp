@@ -14,13 +14,13 @@ std::string Byte(unsigned int number) {
 class BackupFileContents : public ::testing::Test {
  protected:
   void SetUp() override {
-    for (const char* key : {"a", "a/b", "z"}) ASSERT_EQ(rig.Create(key), 0u);
-    ASSERT_EQ(rig.CreateNumber("a", "n", 1), 0u);
-    ASSERT_EQ(Sound().size(), kSoundLength);
+    for (const char* key : {"a", "a/b", "z"}) ASSERT_EQ(status::kOk, rig.Create(key));
+    ASSERT_EQ(status::kOk, rig.CreateNumber("a", "n", 1));
+    ASSERT_EQ(kSoundLength, Sound().size());
   }
   void ExpectAccepted(const std::string& backup) {
-    EXPECT_EQ(RestoreBytes(rig, "a", backup), 0u);
-    EXPECT_EQ(Listed(rig, ""), "0: z a/bc/d a/bc a");
+    EXPECT_EQ(status::kOk, RestoreBytes(rig, "a", backup));
+    EXPECT_EQ("0: z a/bc/d a/bc a", Listed(rig, ""));
   }
   // Refused as impossible, at any key.
   void ExpectImpossible(const std::string& backup) {
@@ -32,7 +32,7 @@ class BackupFileContents : public ::testing::Test {
 
 TEST_F(BackupFileContents, ThatOfThisTestIsAccepted) {
   ExpectAccepted(Sound());
-  EXPECT_EQ(ListedValues(rig, "a/bc/d"), "0: n v");
+  EXPECT_EQ("0: n v", ListedValues(rig, "a/bc/d"));
   EXPECT_EQ(rig.Get("a/bc/d", "v"), "0 type 2: " + HexOf(Pattern(100)));
   ExpectSound(rig);
 }
@@ -45,11 +45,10 @@ TEST_F(BackupFileContents, ASegmentHasAtMost16Characters) {
       ExpectImpossible(Changed(name + 1, Byte(length)));
     }
   }
-  EXPECT_EQ(RestoreBytes(
-                rig, "a",
-                kComplete + NameRecord("0123456789abcdefg", kSome) + KeyRecord(0) + KeyRecord(0)),
-            0u);
-  EXPECT_EQ(rig.Find("a/0123456789abcdefg"), 0u);
+  EXPECT_EQ(status::kOk, RestoreBytes(rig, "a",
+                                      kComplete + NameRecord("0123456789abcdefg", kSome) +
+                                          KeyRecord(0) + KeyRecord(0)));
+  EXPECT_EQ(status::kOk, rig.Find("a/0123456789abcdefg"));
 }
 
 TEST_F(BackupFileContents, NoCharacterIsZero) {
@@ -140,7 +139,7 @@ TEST_F(BackupFileContents, EveryRecordIsComplete) {
 TEST_F(BackupFileContents, WhatIsMarkedIsThere) {
   for (unsigned int link : {4u, 8u, 12u, 16u}) {
     const std::string backup = kComplete + NameRecord("b", 0) + KeyRecord(0);
-    EXPECT_EQ(RestoreBytes(rig, "z", backup), 0u);
+    EXPECT_EQ(status::kOk, RestoreBytes(rig, "z", backup));
     std::string marked = backup;
     marked[kFirstName + link + 3] = '\x01';
     ExpectRefused(rig, "z", marked, 5);
@@ -157,10 +156,10 @@ void Fill(TernaryFile& store, NodeKind kind, unsigned int freeSlots) {
   TernaryNodeDescriptor& descriptor = store.Descriptor(kind);
   const unsigned int size = storetests::kRecordSizes[static_cast<unsigned int>(kind)];
   for (unsigned int table = 1; table < 20; ++table) {
-    ASSERT_EQ(store.ExpandFile(&descriptor, size, 2), 0u);
+    ASSERT_EQ(status::kOk, store.ExpandFile(&descriptor, size, 2));
   }
-  ASSERT_EQ(store.ExpandFile(&descriptor, size, freeSlots + 1), 0u);
-  ASSERT_EQ(store.ExpandFile(&descriptor, size, 2), 75u);
+  ASSERT_EQ(status::kOk, store.ExpandFile(&descriptor, size, freeSlots + 1));
+  ASSERT_EQ(status::kLimit, store.ExpandFile(&descriptor, size, 2));
 }
 
 // Restores a backup at "a" with so many free slots of a kind.
@@ -168,15 +167,15 @@ void ExpectWithRoom(const std::string& backup, NodeKind kind, unsigned int freeS
                     unsigned int status) {
   SCOPED_TRACE(std::to_string(static_cast<unsigned int>(kind)) + ", " + std::to_string(freeSlots));
   SharedStore shared;
-  ASSERT_EQ(shared.tree.CreateKey(kAdmin, nullptr, "a", 0, false), 0u);
-  ASSERT_EQ(shared.tree.CreateKey(kAdmin, nullptr, "a/b", 0, false), 0u);
+  ASSERT_EQ(status::kOk, shared.tree.CreateKey(kAdmin, nullptr, "a", 0, false));
+  ASSERT_EQ(status::kOk, shared.tree.CreateKey(kAdmin, nullptr, "a/b", 0, false));
   Fill(shared.store, kind, freeSlots);
   const std::string file = shared.dir / "b";
   PutFile(file, backup);
   const std::string before = GetFile(shared.path);
   EXPECT_EQ(shared.tree.RestoreKeyTree(kAdmin, nullptr, "a", file.c_str()), status);
   EXPECT_EQ(GetFile(shared.path) == before, status != 0);
-  EXPECT_EQ(StructureFindings(shared.path), "");
+  EXPECT_EQ("", StructureFindings(shared.path));
   unsigned int node = 0;
   unsigned int key = 0;
   EXPECT_EQ(shared.tree.FindKey(nullptr, "a/b", &node, &key), status == 0 ? 2u : 0u);
@@ -216,16 +215,16 @@ std::string Chain(unsigned int names) {
 // 362 free in the first table, and 20 tables of 499.
 TEST(BackupFileRoom, AsManyNamesAsTheFileCanStillHaveAreRestored) {
   FileTreeRig rig;
-  ASSERT_EQ(rig.Create("a"), 0u);
+  ASSERT_EQ(status::kOk, rig.Create("a"));
   OnSmallStack([&] {
     ExpectRefused(rig, "a", Chain(10343), 75);
-    EXPECT_EQ(RestoreBytes(rig, "a", Chain(10342)), 0u);
+    EXPECT_EQ(status::kOk, RestoreBytes(rig, "a", Chain(10342)));
   });
   const SlotCounts counts = CountSlots(rig.path);
-  EXPECT_EQ(counts.strings.tables, 21u);
-  EXPECT_EQ(counts.strings.reachable, 10344u);
-  EXPECT_EQ(counts.strings.free, 0u);
-  EXPECT_EQ(StructureFindings(rig.path), "");
+  EXPECT_EQ(21u, counts.strings.tables);
+  EXPECT_EQ(10344u, counts.strings.reachable);
+  EXPECT_EQ(0u, counts.strings.free);
+  EXPECT_EQ("", StructureFindings(rig.path));
 }
 
 TEST_F(BackupFileContents, AChainOf100000NamesIsRefusedOnASmallStack) {

@@ -27,10 +27,10 @@ std::string Long(unsigned int names) {
 class SubtreeRestoreTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    ASSERT_EQ(Sound().size(), kSoundLength);
+    ASSERT_EQ(kSoundLength, Sound().size());
     for (const char* key : {"a", "a/b", "z"}) {
-      ASSERT_EQ(shared_.tree.CreateKey(kAdmin, nullptr, key, 1, true), 0u);
-      ASSERT_EQ(shared_.tree.CreateValue(kAdmin, nullptr, key, "n", 1, true), 0u);
+      ASSERT_EQ(status::kOk, shared_.tree.CreateKey(kAdmin, nullptr, key, 1, true));
+      ASSERT_EQ(status::kOk, shared_.tree.CreateValue(kAdmin, nullptr, key, "n", 1, true));
     }
   }
 
@@ -57,8 +57,8 @@ class SubtreeRestoreTest : public ::testing::Test {
       Changes changes(shared_.store);
       BackupFile stream;
       BackupContents found;
-      ASSERT_EQ(stream.Open(backup_.c_str()), 0u);
-      ASSERT_EQ(BackupCheck(shared_.store, stream).Check(&found), 0u);
+      ASSERT_EQ(0u, stream.Open(backup_.c_str()));
+      ASSERT_EQ(0u, BackupCheck(shared_.store, stream).Check(&found));
       change();
       stream.Rewind();
       SubtreeRestore restored(changes, stream);
@@ -66,7 +66,7 @@ class SubtreeRestoreTest : public ::testing::Test {
     }
     EXPECT_EQ(Used(), usedBefore);
     EXPECT_EQ(SubtreeText(shared_.path, ""), contents);
-    EXPECT_EQ(StructureFindings(shared_.path), "");
+    EXPECT_EQ("", StructureFindings(shared_.path));
   }
   // The same in a file whose tables have room enough: the free lists are as they were, too.
   template <class Change>
@@ -93,19 +93,19 @@ TEST_F(SubtreeRestoreTest, WhatIsNotKeptIsGivenBack) {
     Changes changes(shared_.store);
     BackupFile stream;
     BackupContents found;
-    ASSERT_EQ(stream.Open(backup_.c_str()), 0u);
-    ASSERT_EQ(BackupCheck(shared_.store, stream).Check(&found), 0u);
+    ASSERT_EQ(0u, stream.Open(backup_.c_str()));
+    ASSERT_EQ(0u, BackupCheck(shared_.store, stream).Check(&found));
     EXPECT_TRUE(found.hasSubKeys);
-    EXPECT_EQ(found.records[0], 2u);
-    EXPECT_EQ(found.records[1], 3u);
-    EXPECT_EQ(found.records[2], 3u);
-    EXPECT_EQ(found.records[3], 1u) << "chains, not blocks";
+    EXPECT_EQ(2u, found.records[0]);
+    EXPECT_EQ(3u, found.records[1]);
+    EXPECT_EQ(3u, found.records[2]);
+    EXPECT_EQ(1u, found.records[3]) << "chains, not blocks";
     stream.Rewind();
     SubtreeRestore restored(changes, stream);
-    EXPECT_EQ(restored.Restore(found, false), 0u);
-    EXPECT_EQ(restored.Child(), 0x500u);  // behind the root, "a", "b" and "z"
-    EXPECT_EQ(restored.Key(), 0x700u);    // behind those of "d" and "bc"
-    EXPECT_EQ(UsedSlots(shared_.path), "6 7 6 2");
+    EXPECT_EQ(status::kOk, restored.Restore(found, false));
+    EXPECT_EQ(0x500u, restored.Child());  // behind the root, "a", "b" and "z"
+    EXPECT_EQ(0x700u, restored.Key());    // behind those of "d" and "bc"
+    EXPECT_EQ("6 7 6 2", UsedSlots(shared_.path));
   }
   EXPECT_EQ(Used(), before);
   EXPECT_TRUE(FirstTables() == tables);
@@ -117,14 +117,14 @@ TEST_F(SubtreeRestoreTest, WhatIsKeptStaysInUse) {
     Changes changes(shared_.store);
     BackupFile stream;
     BackupContents found;
-    ASSERT_EQ(stream.Open(backup_.c_str()), 0u);
-    ASSERT_EQ(BackupCheck(shared_.store, stream).Check(&found), 0u);
+    ASSERT_EQ(0u, stream.Open(backup_.c_str()));
+    ASSERT_EQ(0u, BackupCheck(shared_.store, stream).Check(&found));
     stream.Rewind();
     SubtreeRestore restored(changes, stream);
-    ASSERT_EQ(restored.Restore(found, false), 0u);
-    EXPECT_EQ(changes.Keep(status::kOk), status::kOk);
+    ASSERT_EQ(status::kOk, restored.Restore(found, false));
+    EXPECT_EQ(status::kOk, changes.Keep(status::kOk));
   }
-  EXPECT_EQ(UsedSlots(shared_.path), "6 7 6 2");
+  EXPECT_EQ("6 7 6 2", UsedSlots(shared_.path));
 }
 
 // ---- shorter than it was
@@ -133,7 +133,7 @@ TEST_F(SubtreeRestoreTest, AFileCutAnywhereGivesAllBack) {
   for (unsigned int length = 0; length < kSoundLength; ++length) {
     SCOPED_TRACE(length);
     ExpectGivenBackInPlace(
-        Sound(), [&] { ASSERT_EQ(truncate(backup_.c_str(), length), 0); }, 5);
+        Sound(), [&] { ASSERT_EQ(0, truncate(backup_.c_str(), length)); }, 5);
   }
   ExpectGivenBackInPlace(
       Sound(), [] {}, 0);
@@ -147,12 +147,12 @@ TEST_F(SubtreeRestoreTest, ALongFileCutAnywhereGivesAllBack) {
   for (unsigned int cut = 0; cut < length; cut += 49) {
     SCOPED_TRACE(cut);
     ExpectGivenBackInPlace(
-        backup, [&] { ASSERT_EQ(truncate(backup_.c_str(), cut), 0); }, 5);
+        backup, [&] { ASSERT_EQ(0, truncate(backup_.c_str(), cut)); }, 5);
   }
   for (unsigned int cut : {4095u, 4096u, 4097u, 4098u, length - 1}) {
     SCOPED_TRACE(cut);
     ExpectGivenBackInPlace(
-        backup, [&] { ASSERT_EQ(truncate(backup_.c_str(), cut), 0); }, 5);
+        backup, [&] { ASSERT_EQ(0, truncate(backup_.c_str(), cut)); }, 5);
   }
   ExpectGivenBackInPlace(
       backup, [] {}, 0);
@@ -164,10 +164,10 @@ TEST_F(SubtreeRestoreTest, ACutFileThatMadeTheTablesGrowGivesAllBack) {
   for (unsigned int cut : {1 + 40 * 361u, 1 + 40 * 400u, 1 + 40 * 400 + 24 * 380u}) {
     SCOPED_TRACE(cut);
     ExpectGivenBack(
-        backup, [&] { ASSERT_EQ(truncate(backup_.c_str(), cut), 0); }, 5);
+        backup, [&] { ASSERT_EQ(0, truncate(backup_.c_str(), cut)); }, 5);
   }
   const SlotCounts counts = CountSlots(shared_.path);
-  EXPECT_EQ(counts.strings.tables, 1u);
+  EXPECT_EQ(1u, counts.strings.tables);
   EXPECT_EQ(counts.strings.free, 364u - 4);
 }
 
