@@ -11,10 +11,10 @@ namespace tamu::registry {
 class LoadedTreeRig {
  public:
   LoadedTreeRig() {
-    EXPECT_EQ(loaded.Initialize(path.c_str()), 0u);
+    EXPECT_EQ(status::kOk, loaded.Initialize(path.c_str()));
     file = std::make_unique<TernaryRegistry>(loaded.File(), nullptr);
     file->ShareStore();
-    EXPECT_EQ(file->Initialize(nullptr), 0u);
+    EXPECT_EQ(status::kOk, file->Initialize(nullptr));
   }
   ~LoadedTreeRig() { Close(); }
   LoadedTreeRig(const LoadedTreeRig&) = delete;
@@ -27,7 +27,7 @@ class LoadedTreeRig {
   // Makes the keys in the file, without a handle.
   void Create(std::initializer_list<const char*> keys) {
     for (const char* key : keys) {
-      ASSERT_EQ(file->CreateKey(kAdmin, nullptr, key, 0, false), 0u) << key;
+      ASSERT_EQ(status::kOk, file->CreateKey(kAdmin, nullptr, key, 0, false)) << key;
     }
   }
   unsigned int CreateNumber(const char* key, const char* name, unsigned long long number) {
@@ -43,7 +43,7 @@ class LoadedTreeRig {
   // Null when the key cannot be loaded.
   TernaryHandle* Load(const char* key) {
     void* tree = nullptr;
-    EXPECT_EQ(loaded.LoadKeyTree(key, tree), 0u) << key;
+    EXPECT_EQ(status::kOk, loaded.LoadKeyTree(key, tree)) << key;
     return static_cast<TernaryHandle*>(tree);
   }
   // The status alone.
@@ -52,7 +52,7 @@ class LoadedTreeRig {
     const unsigned int result = loaded.LoadKeyTree(key, tree);
     EXPECT_EQ(tree != nullptr, result == 0);
     if (result == 0) {
-      EXPECT_EQ(loaded.UnloadKeyTree(tree), 0u);
+      EXPECT_EQ(status::kOk, loaded.UnloadKeyTree(tree));
     }
     return result;
   }
@@ -68,7 +68,7 @@ class LoadedTreeRig {
     TernaryString* string = nullptr;
     TernaryKey* found = nullptr;
     TernaryString* owner = nullptr;
-    EXPECT_EQ(loaded.FindKey(handle, key, string, found, owner), 0u) << key;
+    EXPECT_EQ(status::kOk, loaded.FindKey(handle, key, string, found, owner)) << key;
     return found;
   }
   // How many strings and keys hang below the root string, itself included: "3 strings, 2 keys".

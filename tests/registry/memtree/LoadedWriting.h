@@ -14,8 +14,8 @@ class LoadedWriting : public ::testing::Test {
   }
   // Forgets what is loaded and loads all of it again.
   void Reload() {
-    EXPECT_EQ(rig.Unload(root), 0u);
-    EXPECT_EQ(rig.loaded.UnloadKeyTree(nullptr), 0u);
+    EXPECT_EQ(status::kOk, rig.Unload(root));
+    EXPECT_EQ(status::kOk, rig.loaded.UnloadKeyTree(nullptr));
     root = rig.Load("");
   }
 
@@ -137,8 +137,8 @@ void ExpectLoadedToNeedTheRight(unsigned int right, Operation operation) {
         SCOPED_TRACE(std::to_string(each.user) + " with " + std::to_string(rights) +
                      (forOwner ? " for the owner" : " for others"));
         LoadedTreeRig rig;
-        ASSERT_EQ(rig.file->CreateKey(kUser, nullptr, "a", 7, true), 0u);
-        ASSERT_EQ(rig.CreateNumber("a", "v", 1), 0u);
+        ASSERT_EQ(status::kOk, rig.file->CreateKey(kUser, nullptr, "a", 7, true));
+        ASSERT_EQ(status::kOk, rig.CreateNumber("a", "v", 1));
         const unsigned int byte = forOwner ? rights : rights << 4;
         PatchFile(rig.path, InKey(2, 6), std::string(1, static_cast<char>(byte)));
         TernaryHandle* root = rig.Load("");

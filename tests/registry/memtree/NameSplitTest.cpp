@@ -26,7 +26,7 @@ class NameSplitTest : public storetests::StoreTest {
     string->node->setHasKey(true);
     string->node->setLo(0xA00);
     WriteBoth(changes);
-    EXPECT_EQ(changes.Keep(status::kOk), status::kOk);
+    EXPECT_EQ(status::kOk, changes.Keep(status::kOk));
   }
   void WriteBoth(Changes& changes) {
     ASSERT_EQ(status::kOk, changes.Write(0x100, *parent->node));
@@ -38,7 +38,7 @@ class NameSplitTest : public storetests::StoreTest {
     SetLink(parent->node.get(), link, 0x200);
     Changes changes(store);
     WriteBoth(changes);
-    EXPECT_EQ(changes.Keep(status::kOk), status::kOk);
+    EXPECT_EQ(status::kOk, changes.Keep(status::kOk));
   }
   std::string Record(unsigned int slot) {
     TernaryStringNode node;
@@ -106,7 +106,7 @@ TEST_F(NameSplitTest, AppliedMemoryIsAsTheFile) {
     Changes changes(store);
     NameSplit split;
     ASSERT_EQ(status::kOk, split.Write(changes, string.get(), 2, parent.get()));
-    EXPECT_EQ(changes.Keep(status::kOk), status::kOk);
+    EXPECT_EQ(status::kOk, changes.Keep(status::kOk));
     const std::unique_ptr<TernaryString> upper(split.Apply());
     EXPECT_EQ(nullptr, split.Upper());
     EXPECT_EQ(upper.get(), SlotOf(*parent, link));
@@ -125,7 +125,7 @@ TEST_F(NameSplitTest, WithoutAParentTheNewStringIsTheRoot) {
   NameSplit split;
   ASSERT_EQ(status::kOk, split.Write(changes, string.get(), 2, nullptr));
   EXPECT_EQ(0x300u, changes.StartNode());
-  EXPECT_EQ(changes.Keep(status::kOk), status::kOk);
+  EXPECT_EQ(status::kOk, changes.Keep(status::kOk));
   const std::string before = Memory().substr(0, 90);  // the parent's record
   const std::unique_ptr<TernaryString> upper(split.Apply());
   EXPECT_EQ(string.get(), upper->equal);
@@ -158,7 +158,7 @@ TEST_F(NameSplitTest, RefusesWhatCannotBeCut) {
     EXPECT_EQ(status::kBadArgument, split.Write(changes, string.get(), 2, string.get()));
     EXPECT_EQ(status::kNoData, split.Write(changes, parent.get(), 0, nullptr));  // no segment
     EXPECT_EQ(nullptr, split.Upper());
-    EXPECT_EQ(changes.Keep(status::kOk), status::kOk);
+    EXPECT_EQ(status::kOk, changes.Keep(status::kOk));
   }
   EXPECT_TRUE(Bytes() == bytes);
   EXPECT_EQ(memory, Memory());
@@ -171,7 +171,7 @@ TEST_F(NameSplitTest, RelinksWhereTheStringIsLoaded) {
   Changes changes(store);
   NameSplit split;
   ASSERT_EQ(status::kOk, split.Write(changes, string.get(), 2, parent.get()));
-  EXPECT_EQ(changes.Keep(status::kOk), status::kOk);
+  EXPECT_EQ(status::kOk, changes.Keep(status::kOk));
   const std::unique_ptr<TernaryString> upper(split.Apply());
   EXPECT_EQ(upper.get(), parent->higher);
   EXPECT_EQ(nullptr, parent->equal);
@@ -201,7 +201,7 @@ TEST_F(NameSplitTest, FindsTheDirectoryThatALockedParentHasPutAway) {
     NameSplit split;
     ASSERT_EQ(status::kOk, split.Write(changes, string.get(), 2, parent.get()));
     EXPECT_EQ(string.get(), parent->parked);
-    EXPECT_EQ(changes.Keep(status::kOk), status::kOk);
+    EXPECT_EQ(status::kOk, changes.Keep(status::kOk));
     upper.reset(split.Apply());
   }
   EXPECT_EQ(nullptr, parent->directory);

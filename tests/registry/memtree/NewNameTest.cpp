@@ -39,7 +39,7 @@ TEST_F(NewNameTest, AShortNameIsOneString) {
     Changes changes(store);
     NewName name;
     ASSERT_EQ(status::kOk, name.Write(changes, "abc", &key));
-    EXPECT_EQ(changes.Keep(status::kOk), status::kOk);
+    EXPECT_EQ(status::kOk, changes.Keep(status::kOk));
     TernaryString* first = name.LetGo();
     EXPECT_EQ(nullptr, name.First());
     EXPECT_EQ(0x100u, first->id);
@@ -60,7 +60,7 @@ TEST_F(NewNameTest, ALongNameIsAChainOfStrings) {
     Changes changes(store);
     NewName name;
     ASSERT_EQ(status::kOk, name.Write(changes, "aaaaaaaaaaaaaaaabccccccccccccccccde", &key));
-    EXPECT_EQ(changes.Keep(status::kOk), status::kOk);
+    EXPECT_EQ(status::kOk, changes.Keep(status::kOk));
     TernaryString* first = name.LetGo();
     ASSERT_NE(nullptr, first->equal);
     ASSERT_NE(nullptr, first->equal->equal);

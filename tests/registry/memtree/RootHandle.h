@@ -11,14 +11,14 @@ class RootHandleTest : public ::testing::Test {
   void TearDown() override {
     if (!isSound) return;
     EXPECT_FALSE(root->treeLock->IsMine());
-    EXPECT_EQ(root->lockedStrings, 0u);
-    EXPECT_EQ(StructureFindings(rig.path), "");
+    EXPECT_EQ(0u, root->lockedStrings);
+    EXPECT_EQ("", StructureFindings(rig.path));
     const std::map<std::string, DecodedKey> stored = DecodeTree(rig.path);
     for (const auto& each : stored) {
-      EXPECT_EQ(rig.Find(root, each.first.c_str()), 0u) << HexOf(each.first);
+      EXPECT_EQ(status::kOk, rig.Find(root, each.first.c_str())) << HexOf(each.first);
       unsigned int node = 0;
       unsigned int key = 0;
-      EXPECT_EQ(rig.file->FindKey(nullptr, each.first.c_str(), &node, &key), 0u)
+      EXPECT_EQ(status::kOk, rig.file->FindKey(nullptr, each.first.c_str(), &node, &key))
           << HexOf(each.first);
     }
     const std::string loaded = rig.Loaded();
@@ -31,7 +31,7 @@ class RootHandleTest : public ::testing::Test {
     return rig.loaded.CreateKey(kAdmin, handle, path.c_str(), 0, false);
   }
   void CreateAll(std::initializer_list<const char*> paths) {
-    for (const char* path : paths) ASSERT_EQ(Create(path), 0u) << path;
+    for (const char* path : paths) ASSERT_EQ(status::kOk, Create(path)) << path;
   }
   // The paths of the keys in the file, in order, separated by blanks; without the root.
   std::string Stored() const {

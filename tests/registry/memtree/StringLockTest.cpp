@@ -37,14 +37,14 @@ TEST_F(StringLockTest, LocksAStringForItsScope) {
     ASSERT_TRUE(lock.Take(a, handle));
     EXPECT_TRUE(a->isLocked());
     EXPECT_EQ(a->lockHandle, handle);
-    EXPECT_EQ(handle->lockedStrings, 1u);
-    EXPECT_EQ(a->directory, nullptr);
+    EXPECT_EQ(1u, handle->lockedStrings);
+    EXPECT_EQ(nullptr, a->directory);
   }
   EXPECT_FALSE(a->isLocked());
-  EXPECT_EQ(a->lockHandle, nullptr);
-  EXPECT_EQ(handle->lockedStrings, 0u);
+  EXPECT_EQ(nullptr, a->lockHandle);
+  EXPECT_EQ(0u, handle->lockedStrings);
   EXPECT_EQ(a->directory, b);
-  EXPECT_EQ(handle->treeLock->Depth(), 1);
+  EXPECT_EQ(1, handle->treeLock->Depth());
 }
 
 TEST_F(StringLockTest, LocksNothingUntilItIsTold) {
@@ -64,7 +64,7 @@ TEST_F(StringLockTest, LocksOfTwoStringsNest) {
     {
       StringLock inner;
       ASSERT_TRUE(inner.Take(b, handle));
-      EXPECT_EQ(handle->lockedStrings, 2u);
+      EXPECT_EQ(2u, handle->lockedStrings);
     }
     EXPECT_FALSE(b->isLocked());
     EXPECT_TRUE(a->isLocked());
@@ -75,7 +75,7 @@ TEST_F(StringLockTest, LocksOfTwoStringsNest) {
 // Through the same handle or another: after the wait nothing is locked, and it can be taken again.
 TEST_F(StringLockTest, AfterAWaitNothingIsLocked) {
   for (TernaryHandle* second : {handle, other}) {
-    ASSERT_EQ(a->Lock(handle), 0u);
+    ASSERT_EQ(status::kOk, a->Lock(handle));
     bool taken = true;
     bool lockedAfterwards = true;
     bool takenAgain = false;
@@ -89,22 +89,22 @@ TEST_F(StringLockTest, AfterAWaitNothingIsLocked) {
       takenAgain = lock.Take(a, second);
     });
     AwaitWaiters(1);
-    ASSERT_EQ(a->Unlock(), 0u);
+    ASSERT_EQ(status::kOk, a->Unlock());
     thread.join();
     EXPECT_FALSE(taken);
     EXPECT_FALSE(lockedAfterwards);
-    EXPECT_EQ(levels, 1);
+    EXPECT_EQ(1, levels);
     EXPECT_TRUE(takenAgain);
     EXPECT_FALSE(a->isBusy());
-    EXPECT_EQ(second->lockedStrings, 0u);
-    EXPECT_EQ(second->lockers, 0u);
+    EXPECT_EQ(0u, second->lockedStrings);
+    EXPECT_EQ(0u, second->lockers);
     EXPECT_EQ(a->directory, b);
   }
 }
 
 // Each of them finds the string locked or free; all have it in the end, one at a time.
 TEST_F(StringLockTest, ManyWhoWaitGetItInTheEnd) {
-  ASSERT_EQ(a->Lock(handle), 0u);
+  ASSERT_EQ(status::kOk, a->Lock(handle));
   int had = 0;
   std::vector<std::thread> threads;
   for (int i = 0; i < 3; ++i) {
@@ -118,12 +118,12 @@ TEST_F(StringLockTest, ManyWhoWaitGetItInTheEnd) {
     });
   }
   AwaitWaiters(3);
-  ASSERT_EQ(a->Unlock(), 0u);
+  ASSERT_EQ(status::kOk, a->Unlock());
   for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(had, 3);
+  EXPECT_EQ(3, had);
   EXPECT_FALSE(a->isBusy());
-  EXPECT_EQ(rig.Unload(handle), 0u);
-  EXPECT_EQ(rig.Unload(other), 0u);
+  EXPECT_EQ(status::kOk, rig.Unload(handle));
+  EXPECT_EQ(status::kOk, rig.Unload(other));
 }
 
 }  // namespace

@@ -17,7 +17,7 @@ class LoadedKey : public ::testing::Test {
     values_.push_back(std::make_unique<TernaryValue>(id, new TernaryValueNode));
     TernaryValue* value = values_.back().get();
     value->SetValue(name, id, true);
-    EXPECT_EQ(key.AddValue(value), 0u);
+    EXPECT_EQ(0u, key.AddValue(value));
     return value;
   }
   // The list in memory and the one of the records, which must agree: "300 b, 200 b, 100 a".
@@ -31,7 +31,7 @@ class LoadedKey : public ::testing::Test {
       std::snprintf(id, sizeof id, "%x ", value->id);
       text += (text.empty() ? "" : ", ") + std::string(id) + value->node->name();
     }
-    EXPECT_EQ(nextId, 0u);
+    EXPECT_EQ(0u, nextId);
     return text;
   }
 
@@ -40,32 +40,32 @@ class LoadedKey : public ::testing::Test {
 };
 
 TEST_F(LoadedKey, HasNoValuesAtFirst) {
-  EXPECT_EQ(key.id, 0x200u);
-  EXPECT_EQ(key.firstValue, nullptr);
+  EXPECT_EQ(0x200u, key.id);
+  EXPECT_EQ(nullptr, key.firstValue);
   TernaryValue* found = nullptr;
   TernaryValue* before = nullptr;
-  EXPECT_EQ(key.FindValue("a", found), 2u);
-  EXPECT_EQ(key.RemoveValue("a", found, before), 2u);
-  EXPECT_EQ(found, nullptr);
-  EXPECT_EQ(before, nullptr);
+  EXPECT_EQ(2u, key.FindValue("a", found));
+  EXPECT_EQ(status::kNotFound, key.RemoveValue("a", found, before));
+  EXPECT_EQ(nullptr, found);
+  EXPECT_EQ(nullptr, before);
 }
 
 TEST_F(LoadedKey, TheValueAddedLastIsFoundFirst) {
   Add("a");
   TernaryValue* older = Add("b");
   TernaryValue* newer = Add("b");
-  EXPECT_EQ(Values(), "300 b, 200 b, 100 a");
-  EXPECT_EQ(key.node->valueCount(), 3u);
+  EXPECT_EQ("300 b, 200 b, 100 a", Values());
+  EXPECT_EQ(3u, key.node->valueCount());
   TernaryValue* found = nullptr;
-  EXPECT_EQ(key.FindValue("b", found), 0u);
+  EXPECT_EQ(0u, key.FindValue("b", found));
   EXPECT_EQ(found, newer);
   TernaryValue* before = key.firstValue;
-  EXPECT_EQ(key.RemoveValue("b", found, before), 0u);
+  EXPECT_EQ(status::kOk, key.RemoveValue("b", found, before));
   EXPECT_EQ(found, newer);
-  EXPECT_EQ(before, nullptr);
-  EXPECT_EQ(key.FindValue("b", found), 0u);
+  EXPECT_EQ(nullptr, before);
+  EXPECT_EQ(0u, key.FindValue("b", found));
   EXPECT_EQ(found, older);
-  EXPECT_EQ(key.FindValue("c", found), 2u);
+  EXPECT_EQ(2u, key.FindValue("c", found));
   EXPECT_EQ(found, older) << "untouched";
 }
 
@@ -75,51 +75,51 @@ TEST_F(LoadedKey, AValueIsTakenOutOfTheMiddle) {
   TernaryValue* first = Add("c");
   TernaryValue* removed = nullptr;
   TernaryValue* before = nullptr;
-  EXPECT_EQ(key.RemoveValue("b", removed, before), 0u);
+  EXPECT_EQ(status::kOk, key.RemoveValue("b", removed, before));
   EXPECT_EQ(removed, middle);
   EXPECT_EQ(before, first);
-  EXPECT_EQ(first->node->nextValue(), 0x100u);
-  EXPECT_EQ(Values(), "300 c, 100 a");
-  EXPECT_EQ(key.node->valueCount(), 2u);
-  EXPECT_EQ(key.RemoveValue("a", removed, before), 0u);
+  EXPECT_EQ(0x100u, first->node->nextValue());
+  EXPECT_EQ("300 c, 100 a", Values());
+  EXPECT_EQ(2u, key.node->valueCount());
+  EXPECT_EQ(status::kOk, key.RemoveValue("a", removed, before));
   EXPECT_EQ(before, first);
-  EXPECT_EQ(first->node->nextValue(), 0u);
-  EXPECT_EQ(Values(), "300 c");
+  EXPECT_EQ(0u, first->node->nextValue());
+  EXPECT_EQ("300 c", Values());
 }
 
 TEST_F(LoadedKey, TakingTheOnlyValueLeavesNone) {
   Add("a");
   TernaryValue* removed = nullptr;
   TernaryValue* before = nullptr;
-  EXPECT_EQ(key.RemoveValue("a", removed, before), 0u);
-  EXPECT_EQ(key.node->firstValue(), 0u);
-  EXPECT_EQ(key.node->valueCount(), 0u);
-  EXPECT_EQ(key.firstValue, nullptr);
+  EXPECT_EQ(status::kOk, key.RemoveValue("a", removed, before));
+  EXPECT_EQ(0u, key.node->firstValue());
+  EXPECT_EQ(0u, key.node->valueCount());
+  EXPECT_EQ(nullptr, key.firstValue);
 }
 
 TEST_F(LoadedKey, TheCountOfValuesWrapsAround) {
   key.node->setValueCount(0xFFFF);
   Add("a");
-  EXPECT_EQ(key.node->valueCount(), 0u);
+  EXPECT_EQ(0u, key.node->valueCount());
   TernaryValue* removed = nullptr;
   TernaryValue* before = nullptr;
-  EXPECT_EQ(key.RemoveValue("a", removed, before), 0u);
-  EXPECT_EQ(key.node->valueCount(), 0xFFFFu);
+  EXPECT_EQ(status::kOk, key.RemoveValue("a", removed, before));
+  EXPECT_EQ(0xFFFFu, key.node->valueCount());
 }
 
 TEST_F(LoadedKey, ADefaultValueIsSetAndTakenAway) {
   unsigned long long number = 5;
   EXPECT_FALSE(key.isDefaultValueSet());
-  EXPECT_EQ(key.GetDefaultValue(&number), 2u);
-  EXPECT_EQ(number, 5u);
-  EXPECT_EQ(key.DeleteDefaultValue(), 2u);
-  EXPECT_EQ(key.SetDefaultValue(0x0102030405060708ull), 0u);
+  EXPECT_EQ(status::kNotFound, key.GetDefaultValue(&number));
+  EXPECT_EQ(5u, number);
+  EXPECT_EQ(status::kNotFound, key.DeleteDefaultValue());
+  EXPECT_EQ(status::kOk, key.SetDefaultValue(0x0102030405060708ull));
   EXPECT_TRUE(key.isDefaultValueSet());
-  EXPECT_EQ(key.GetDefaultValue(&number), 0u);
-  EXPECT_EQ(number, 0x0102030405060708ull);
-  EXPECT_EQ(key.DeleteDefaultValue(), 0u);
-  EXPECT_EQ(key.GetDefaultValue(&number), 2u);
-  EXPECT_EQ(key.node->defaultValue(), 0x0102030405060708ull) << "the stored number stays";
+  EXPECT_EQ(status::kOk, key.GetDefaultValue(&number));
+  EXPECT_EQ(0x0102030405060708ull, number);
+  EXPECT_EQ(status::kOk, key.DeleteDefaultValue());
+  EXPECT_EQ(status::kNotFound, key.GetDefaultValue(&number));
+  EXPECT_EQ(0x0102030405060708ull, key.node->defaultValue()) << "the stored number stays";
 }
 
 TEST_F(LoadedKey, TheOwnerAndTheAdministratorHaveTheLowNibble) {

@@ -13,8 +13,8 @@ class LoadedCreationFailures : public RootHandleTest {
   // Closes and opens everything, with a change of the file between.
   void Damage(unsigned int offset, const std::string& hex) {
     isSound = false;
-    ASSERT_EQ(rig.Unload(root), 0u);
-    ASSERT_EQ(rig.loaded.UnloadKeyTree(nullptr), 0u);
+    ASSERT_EQ(status::kOk, rig.Unload(root));
+    ASSERT_EQ(status::kOk, rig.loaded.UnloadKeyTree(nullptr));
     PatchFile(rig.path, offset, BytesOfHex(hex));
     root = rig.Load("");
   }
@@ -22,7 +22,7 @@ class LoadedCreationFailures : public RootHandleTest {
   void FillUp(NodeKind kind) {
     TernaryFile& store = *rig.loaded.File();
     while (store.Descriptor(kind).tableCount < 21) {
-      ASSERT_EQ(store.ExpandFile(&store.Descriptor(kind), RecordSizeOf(kind), 2), 0u);
+      ASSERT_EQ(status::kOk, store.ExpandFile(&store.Descriptor(kind), RecordSizeOf(kind), 2));
     }
   }
   // Waits until so many threads wait for strings that are locked through the handle.
@@ -36,11 +36,11 @@ class LoadedCreationFailures : public RootHandleTest {
   void HangByHand(TernaryString* owner, const char* name) {
     TernaryKey* key = nullptr;
     TernaryString* first = nullptr;
-    ASSERT_EQ(rig.loaded.CreateKeyNode(0, kAdmin, 15, 0, false, key), 0u);
-    ASSERT_EQ(rig.loaded.CreateStringNode(0, name, first, key), 0u);
+    ASSERT_EQ(status::kOk, rig.loaded.CreateKeyNode(0, kAdmin, 15, 0, false, key));
+    ASSERT_EQ(status::kOk, rig.loaded.CreateStringNode(0, name, first, key));
     PCMutexGuard guard(*root->treeLock);
     owner->SetDirectory(first);
-    ASSERT_EQ(rig.loaded.File()->WriteNode(0, owner->id, owner->node.get(), false), 0u);
+    ASSERT_EQ(status::kOk, rig.loaded.File()->WriteNode(0, owner->id, owner->node.get(), false));
   }
 };
 
@@ -50,16 +50,16 @@ TEST_F(LoadedCreationFailures, WithoutRoomForAKeyNothingIsChanged) {
   FillUp(NodeKind::kKey);
   CreateAll({"abc"});
   const std::string before = rig.Contents();
-  for (const char* path : {"abd", "abc/d", "abcd"}) EXPECT_EQ(Create(path), 75u) << path;
+  for (const char* path : {"abd", "abc/d", "abcd"}) EXPECT_EQ(status::kLimit, Create(path)) << path;
   EXPECT_TRUE(rig.Contents() == before);
-  EXPECT_EQ(rig.Loaded(), "2 strings, 2 keys");
+  EXPECT_EQ("2 strings, 2 keys", rig.Loaded());
 }
 
 TEST_F(LoadedCreationFailures, WithoutRoomForAKeyTheCutStays) {
   FillUp(NodeKind::kKey);
   CreateAll({"abc"});
-  EXPECT_EQ(Create("ab"), 75u);
-  EXPECT_EQ(rig.Loaded(), "3 strings, 2 keys");
+  EXPECT_EQ(status::kLimit, Create("ab"));
+  EXPECT_EQ("3 strings, 2 keys", rig.Loaded());
   EXPECT_EQ(rig.StringNode(3), Packed("00010062 8*0 00020000 8*0 61 15*0"));
 }
 
@@ -67,20 +67,20 @@ TEST_F(LoadedCreationFailures, WithoutRoomForACutNothingIsChanged) {
   FillUp(NodeKind::kString);
   CreateAll({"abc"});
   const std::string before = rig.Contents();
-  for (const char* path : {"ab", "axyz", "xyz"}) EXPECT_EQ(Create(path), 75u) << path;
+  for (const char* path : {"ab", "axyz", "xyz"}) EXPECT_EQ(status::kLimit, Create(path)) << path;
   EXPECT_TRUE(rig.Contents() == before);
 }
 
 TEST_F(LoadedCreationFailures, WithoutRoomForANameAllThatWasTakenIsGivenBack) {
   FillUp(NodeKind::kString);
   const SlotCounts before = CountSlots(rig.path);
-  for (int i = 0; i < 3; ++i) EXPECT_EQ(Create("abcdefghijklmnopqr"), 75u);
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(status::kLimit, Create("abcdefghijklmnopqr"));
   const SlotCounts after = CountSlots(rig.path);
   EXPECT_EQ(after.strings.free, before.strings.free);
   EXPECT_EQ(after.keys.free, before.keys.free);
-  EXPECT_EQ(rig.Loaded(), "1 strings, 1 keys");
+  EXPECT_EQ("1 strings, 1 keys", rig.Loaded());
   CreateAll({"abcdefghijklmnopq"});
-  EXPECT_EQ(Create("b"), 75u);
+  EXPECT_EQ(status::kLimit, Create("b"));
 }
 
 // ---- damage
@@ -99,11 +99,11 @@ TEST_F(LoadedCreationFailures, WhatCouldNotBeLoadedIsNotCreatedAgain) {
     const unsigned int segmentLength = kStringArea + 40 * each.slot + 1;
     Damage(segmentLength, "11");
     const std::string before = rig.Contents();
-    for (const char* path : each.paths) EXPECT_EQ(Create(path), 1u) << path;
+    for (const char* path : each.paths) EXPECT_EQ(status::kNoRight, Create(path)) << path;
     EXPECT_TRUE(rig.Contents() == before);
     Damage(segmentLength, "00");
   }
-  EXPECT_EQ(Create("m/y"), 0u);
+  EXPECT_EQ(status::kOk, Create("m/y"));
   isSound = true;
 }
 
@@ -111,9 +111,9 @@ TEST_F(LoadedCreationFailures, AKeyThatCouldNotBeLoadedIsNotReplaced) {
   CreateAll({"a"});
   Damage(kStringArea + 40 * 2 + 20, "00c80000");
   const std::string before = rig.Contents();
-  EXPECT_EQ(rig.Find(root, "a"), 2u);
-  EXPECT_EQ(Create("a"), 1u);
-  EXPECT_EQ(Create("a/b"), 1u);
+  EXPECT_EQ(status::kNotFound, rig.Find(root, "a"));
+  EXPECT_EQ(status::kNoRight, Create("a"));
+  EXPECT_EQ(status::kNoRight, Create("a/b"));
   EXPECT_TRUE(rig.Contents() == before);
 }
 
@@ -121,14 +121,14 @@ TEST_F(LoadedCreationFailures, AKeyThatCouldNotBeLoadedIsNotReplaced) {
 TEST_F(LoadedCreationFailures, AStringIsCutWhereItIsLoaded) {
   CreateAll({"m", "axyz"});
   Damage(kStringArea + 40 * 2 + 12, "00030000");  // `equal` of "m" leads to the string of "axyz"
-  EXPECT_EQ(Create("a123"), 0u);
+  EXPECT_EQ(status::kOk, Create("a123"));
   EXPECT_EQ(rig.StringNode(2), Packed("0000106d 00040000 4*0 00030000 4*0 00020000 16*0"));
   EXPECT_EQ(rig.StringNode(4), Packed("00010078 00050000 4*0 00030000 8*0 61 15*0"));
   const TernaryString* m = root->start->directory;
-  EXPECT_EQ(m->lower->id, 0x400u);
-  EXPECT_EQ(m->lower->equal->id, 0x300u);
-  EXPECT_EQ(m->equal, nullptr);
-  EXPECT_EQ(rig.Find(root, "a123"), 0u);
+  EXPECT_EQ(0x400u, m->lower->id);
+  EXPECT_EQ(0x300u, m->lower->equal->id);
+  EXPECT_EQ(nullptr, m->equal);
+  EXPECT_EQ(status::kOk, rig.Find(root, "a123"));
 }
 
 // ---- handles
@@ -136,25 +136,26 @@ TEST_F(LoadedCreationFailures, AStringIsCutWhereItIsLoaded) {
 TEST_F(LoadedCreationFailures, BelowAHandleWhoseKeyIsGoneNothingIsCreated) {
   CreateAll({"a", "a/b"});
   TernaryHandle* handle = rig.Load("a");
-  ASSERT_EQ(rig.loaded.DeleteKey(kAdmin, root, "a"), 0u);
+  ASSERT_EQ(status::kOk, rig.loaded.DeleteKey(kAdmin, root, "a"));
   const std::string before = rig.Contents();
-  for (const char* path : {"", "b", "c", "/"}) EXPECT_EQ(CreateThrough(handle, path), 1u) << path;
-  EXPECT_EQ(rig.loaded.CreateKey(kAdmin, handle, nullptr, 0, false), 1u);
+  for (const char* path : {"", "b", "c", "/"})
+    EXPECT_EQ(status::kNoRight, CreateThrough(handle, path)) << path;
+  EXPECT_EQ(status::kNoRight, rig.loaded.CreateKey(kAdmin, handle, nullptr, 0, false));
   EXPECT_TRUE(rig.Contents() == before);
   CreateAll({"a"});
-  EXPECT_EQ(CreateThrough(handle, "c"), 0u) << "the name has its string again";
-  EXPECT_EQ(Stored(), "a a/c");
+  EXPECT_EQ(status::kOk, CreateThrough(handle, "c")) << "the name has its string again";
+  EXPECT_EQ("a a/c", Stored());
 }
 
 TEST_F(LoadedCreationFailures, AnInnerHandleThatIsClosedLeavesTheKeyToTheOuter) {
   CreateAll({"a"});
-  ASSERT_EQ(rig.loaded.CreateValue(kAdmin, root, "a", "n", 5, true), 0u);
+  ASSERT_EQ(status::kOk, rig.loaded.CreateValue(kAdmin, root, "a", "n", 5, true));
   TernaryHandle* inner = rig.Load("a");
-  ASSERT_EQ(rig.Unload(inner), 0u);
+  ASSERT_EQ(status::kOk, rig.Unload(inner));
   const std::string before = rig.Contents();
-  EXPECT_EQ(Create("a"), 17u);
+  EXPECT_EQ(status::kExists, Create("a"));
   EXPECT_TRUE(rig.Contents() == before);
-  EXPECT_EQ(Create("a/b"), 0u);
+  EXPECT_EQ(status::kOk, Create("a/b"));
 }
 
 TEST_F(LoadedCreationFailures, AfterTheEndNothingIsCreated) {
@@ -162,13 +163,14 @@ TEST_F(LoadedCreationFailures, AfterTheEndNothingIsCreated) {
   isSound = false;
   TernaryKey* key = nullptr;
   TernaryString* string = nullptr;
-  EXPECT_EQ(rig.loaded.CreateKey(kAdmin, nullptr, "a", 0, false), 1u);
-  EXPECT_EQ(rig.loaded.CreateKey(kAdmin, root, "a", 0, false), 1u) << "the handle is not looked at";
-  EXPECT_EQ(rig.loaded.CreateRootKey(), 1u);
-  EXPECT_EQ(rig.loaded.CreateKeyNode(0, 0, 0, 0, false, key), 1u);
-  EXPECT_EQ(rig.loaded.CreateStringNode(0, "a", string, nullptr), 1u);
-  EXPECT_EQ(rig.loaded.SplitString(0, nullptr, 0, 0, nullptr, string), 1u);
-  EXPECT_EQ(rig.loaded.AddKey(0, nullptr, 0, false), 1u);
+  EXPECT_EQ(status::kNoRight, rig.loaded.CreateKey(kAdmin, nullptr, "a", 0, false));
+  EXPECT_EQ(status::kNoRight, rig.loaded.CreateKey(kAdmin, root, "a", 0, false))
+      << "the handle is not looked at";
+  EXPECT_EQ(status::kNoRight, rig.loaded.CreateRootKey());
+  EXPECT_EQ(status::kNoRight, rig.loaded.CreateKeyNode(0, 0, 0, 0, false, key));
+  EXPECT_EQ(status::kNoRight, rig.loaded.CreateStringNode(0, "a", string, nullptr));
+  EXPECT_EQ(status::kNoRight, rig.loaded.SplitString(0, nullptr, 0, 0, nullptr, string));
+  EXPECT_EQ(status::kNoRight, rig.loaded.AddKey(0, nullptr, 0, false));
 }
 
 // ---- a string that somebody has locked by hand
@@ -177,7 +179,7 @@ TEST_F(LoadedCreationFailures, AfterTheEndNothingIsCreated) {
 TEST_F(LoadedCreationFailures, WhoCreatesOnALockedLevelWaits) {
   CreateAll({"a", "a/b"});
   TernaryString* a = root->start->directory;
-  ASSERT_EQ(a->Lock(root), 0u);
+  ASSERT_EQ(status::kOk, a->Lock(root));
   const char* const paths[] = {"a/c", "a/b", "a/b/x", "a/d/x"};
   unsigned int results[4] = {77, 77, 77, 77};
   std::vector<std::thread> threads;
@@ -185,26 +187,26 @@ TEST_F(LoadedCreationFailures, WhoCreatesOnALockedLevelWaits) {
     threads.emplace_back([&, i] { results[i] = Create(paths[i]); });
     AwaitWaiters(root, i + 1);
   }
-  EXPECT_EQ(Create("x"), 0u) << "on another level";
-  EXPECT_EQ(Create("a"), 17u);
-  EXPECT_EQ(Stored(), "a a/b x");
-  ASSERT_EQ(a->Unlock(), 0u);
+  EXPECT_EQ(status::kOk, Create("x")) << "on another level";
+  EXPECT_EQ(status::kExists, Create("a"));
+  EXPECT_EQ("a a/b x", Stored());
+  ASSERT_EQ(status::kOk, a->Unlock());
   for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(results[0], 0u);
-  EXPECT_EQ(results[1], 17u);
-  EXPECT_EQ(results[2], 0u);
-  EXPECT_EQ(results[3], 22u);
-  EXPECT_EQ(Stored(), "a a/b a/b/x a/c x");
+  EXPECT_EQ(0u, results[0]);
+  EXPECT_EQ(17u, results[1]);
+  EXPECT_EQ(0u, results[2]);
+  EXPECT_EQ(22u, results[3]);
+  EXPECT_EQ("a a/b a/b/x a/c x", Stored());
 }
 
 // The rights on the locked level are not asked for by a key further down.
 TEST_F(LoadedCreationFailures, WhoMayCreateBelowALockedLevelWaitsForIt) {
   CreateAll({"a"});
-  ASSERT_EQ(rig.loaded.SetKeyPermission(kAdmin, root, "a", 0x4F), 0u);
-  ASSERT_EQ(rig.loaded.CreateKey(kUser, root, "a/own", 0, false), 0u);
-  ASSERT_EQ(rig.loaded.SetKeyPermission(kAdmin, root, "a", 0x0F), 0u);
+  ASSERT_EQ(status::kOk, rig.loaded.SetKeyPermission(kAdmin, root, "a", 0x4F));
+  ASSERT_EQ(status::kOk, rig.loaded.CreateKey(kUser, root, "a/own", 0, false));
+  ASSERT_EQ(status::kOk, rig.loaded.SetKeyPermission(kAdmin, root, "a", 0x0F));
   TernaryString* a = root->start->directory;
-  ASSERT_EQ(a->Lock(root), 0u);
+  ASSERT_EQ(status::kOk, a->Lock(root));
   unsigned int result = 77;
   std::atomic<bool> done{false};
   std::thread thread([&] {
@@ -215,9 +217,9 @@ TEST_F(LoadedCreationFailures, WhoMayCreateBelowALockedLevelWaitsForIt) {
     PCMutexGuard guard(*root->treeLock);
     goesOn = done || root->waiterCount == 1;
   }
-  ASSERT_EQ(a->Unlock(), 0u);
+  ASSERT_EQ(status::kOk, a->Unlock());
   thread.join();
-  EXPECT_EQ(result, 0u);
+  EXPECT_EQ(0u, result);
 }
 
 // Who waits for an empty level finds what was hung there meanwhile.
@@ -226,18 +228,18 @@ TEST_F(LoadedCreationFailures, AKeyIsAddedBesideOneThatCameWhileItsCreatorWaited
   TernaryHandle* other = rig.Load("a");
   TernaryString* a = root->start->directory;
   for (TernaryHandle* through : {root, other}) {
-    ASSERT_EQ(rig.loaded.DeleteKey(kAdmin, root, "a"), 0u);
+    ASSERT_EQ(status::kOk, rig.loaded.DeleteKey(kAdmin, root, "a"));
     CreateAll({"a"});
     const std::string prefix = through == root ? "a/" : "";
-    ASSERT_EQ(a->Lock(root), 0u);
+    ASSERT_EQ(status::kOk, a->Lock(root));
     unsigned int result = 77;
     std::thread thread([&] { result = CreateThrough(through, prefix + "theirs"); });
     AwaitWaiters(root, 1);
     HangByHand(a, "own");
-    ASSERT_EQ(a->Unlock(), 0u);
+    ASSERT_EQ(status::kOk, a->Unlock());
     thread.join();
-    EXPECT_EQ(result, 0u);
-    EXPECT_EQ(Stored(), "a a/own a/theirs");
+    EXPECT_EQ(0u, result);
+    EXPECT_EQ("a a/own a/theirs", Stored());
     EXPECT_FALSE(a->isBusy());
   }
 }
@@ -245,33 +247,33 @@ TEST_F(LoadedCreationFailures, AKeyIsAddedBesideOneThatCameWhileItsCreatorWaited
 TEST_F(LoadedCreationFailures, AKeyThatCameWhileItsCreatorWaitedIsThere) {
   CreateAll({"a"});
   TernaryString* a = root->start->directory;
-  ASSERT_EQ(a->Lock(root), 0u);
+  ASSERT_EQ(status::kOk, a->Lock(root));
   unsigned int results[2] = {77, 77};
   std::thread same([&] { results[0] = Create("a/own"); });
   std::thread below([&] { results[1] = Create("a/own/x"); });
   AwaitWaiters(root, 2);
   HangByHand(a, "own");
-  ASSERT_EQ(a->Unlock(), 0u);
+  ASSERT_EQ(status::kOk, a->Unlock());
   same.join();
   below.join();
-  EXPECT_EQ(results[0], 17u);
-  EXPECT_EQ(results[1], 0u);
-  EXPECT_EQ(Stored(), "a a/own a/own/x");
+  EXPECT_EQ(17u, results[0]);
+  EXPECT_EQ(0u, results[1]);
+  EXPECT_EQ("a a/own a/own/x", Stored());
 }
 
 // Neither the key nor its rights are what they were before the wait.
 TEST_F(LoadedCreationFailures, TheRightsAreLookedAtAgainAfterAWait) {
-  ASSERT_EQ(rig.loaded.CreateKey(kUser, root, "a", 0, false), 0u);
+  ASSERT_EQ(status::kOk, rig.loaded.CreateKey(kUser, root, "a", 0, false));
   TernaryString* a = root->start->directory;
-  ASSERT_EQ(a->Lock(root), 0u);
+  ASSERT_EQ(status::kOk, a->Lock(root));
   unsigned int result = 77;
   std::thread thread([&] { result = rig.loaded.CreateKey(kUser, root, "a/b", 0, false); });
   AwaitWaiters(root, 1);
-  ASSERT_EQ(rig.loaded.SetKeyPermission(kAdmin, root, "a", 0x0B), 0u);
+  ASSERT_EQ(status::kOk, rig.loaded.SetKeyPermission(kAdmin, root, "a", 0x0B));
   const std::string before = rig.Contents();
-  ASSERT_EQ(a->Unlock(), 0u);
+  ASSERT_EQ(status::kOk, a->Unlock());
   thread.join();
-  EXPECT_EQ(result, 1u);
+  EXPECT_EQ(1u, result);
   EXPECT_TRUE(rig.Contents() == before);
 }
 

@@ -49,7 +49,7 @@ class FileTwin {
     if (keep || result != 0) return result;
     rig_.tree.Finalize();
     PutFile(rig_.path, before);
-    EXPECT_EQ(rig_.tree.Initialize(rig_.path.c_str()), 0u);
+    EXPECT_EQ(status::kOk, rig_.tree.Initialize(rig_.path.c_str()));
     return result;
   }
   const std::string& path() const { return rig_.path; }
@@ -98,12 +98,12 @@ std::vector<Attempt> CreateThroughAHandle(unsigned int seed) {
     attempt.result = rig.loaded.CreateKey(attempt.user, root, attempt.path.c_str(), 0, false);
     if (i % 20 == 19) {
       attempt.keys = KeysOf(rig.path);
-      EXPECT_EQ(StructureFindings(rig.path), "") << i;
+      EXPECT_EQ("", StructureFindings(rig.path)) << i;
     }
     attempts.push_back(attempt);
   }
   for (const auto& each : DecodeTree(rig.path)) {
-    EXPECT_EQ(rig.Find(root, each.first.c_str()), 0u) << HexOf(each.first);
+    EXPECT_EQ(status::kOk, rig.Find(root, each.first.c_str())) << HexOf(each.first);
   }
   return attempts;
 }

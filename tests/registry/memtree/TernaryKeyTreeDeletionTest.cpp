@@ -13,26 +13,29 @@ TEST_F(LoadedDeletion, TheNameStaysAndIsUsedAgain) {
             "0000106d"                          // a key ends at "m"
             "00030000000400000000000000050000"  // lo "f", hi "t", child "x"
             "00020000");
-  ASSERT_EQ(DeleteKey("m"), 0u);
-  EXPECT_EQ(StringNode(2),
-            "0000006d"
-            "00030000000400000000000000000000"
-            "00000000");
-  for (const char* key : {"m", "m/", "m/x"}) EXPECT_EQ(rig.Find(root, key), 2u) << key;
-  for (const char* key : {"f", "t"}) EXPECT_EQ(rig.Find(root, key), 0u) << key;
-  EXPECT_EQ(rig.Loaded(), "4 strings, 3 keys");
-  EXPECT_EQ(FreeSlots(), "360 361 364 364");
-  EXPECT_EQ(DeleteKey("m"), 2u);
+  ASSERT_EQ(status::kOk, DeleteKey("m"));
+  EXPECT_EQ(
+      "0000006d"
+      "00030000000400000000000000000000"
+      "00000000",
+      StringNode(2));
+  for (const char* key : {"m", "m/", "m/x"})
+    EXPECT_EQ(status::kNotFound, rig.Find(root, key)) << key;
+  for (const char* key : {"f", "t"}) EXPECT_EQ(status::kOk, rig.Find(root, key)) << key;
+  EXPECT_EQ("4 strings, 3 keys", rig.Loaded());
+  EXPECT_EQ("360 361 364 364", FreeSlots());
+  EXPECT_EQ(status::kNotFound, DeleteKey("m"));
 
-  ASSERT_EQ(CreateKey("m"), 0u);
-  EXPECT_EQ(StringNode(2),
-            "0000106d"
-            "00030000000400000000000000000000"
-            "00020000");
-  EXPECT_EQ(FreeSlots(), "360 360 364 364");
-  EXPECT_EQ(rig.Find(root, "m/x"), 2u);
+  ASSERT_EQ(status::kOk, CreateKey("m"));
+  EXPECT_EQ(
+      "0000106d"
+      "00030000000400000000000000000000"
+      "00020000",
+      StringNode(2));
+  EXPECT_EQ("360 360 364 364", FreeSlots());
+  EXPECT_EQ(status::kNotFound, rig.Find(root, "m/x"));
   Reload();
-  EXPECT_EQ(rig.Loaded(), "4 strings, 4 keys");
+  EXPECT_EQ("4 strings, 4 keys", rig.Loaded());
   EXPECT_EQ(ListedStoredKeys(""), ListedKeys(root));
   ExpectSound(rig.path);
 }
@@ -40,20 +43,22 @@ TEST_F(LoadedDeletion, TheNameStaysAndIsUsedAgain) {
 // So the name can be created again without a handle alone.
 TEST_F(LoadedDeletion, ANameThatOthersGoOnFromKeepsThem) {
   Start({"m", "mn"});
-  ASSERT_EQ(DeleteKey("m"), 0u);
-  EXPECT_EQ(StringNode(2),
-            "0000006d"
-            "00000000000000000003000000000000"
-            "00000000");
-  EXPECT_EQ(rig.Find(root, "mn"), 0u);
-  EXPECT_EQ(CreateKey("m"), 1u);
-  EXPECT_EQ(rig.file->CreateKey(kAdmin, nullptr, "m", 0, false), 0u);
-  EXPECT_EQ(StringNode(2),
-            "0000106d"
-            "00000000000000000003000000000000"
-            "00020000");
+  ASSERT_EQ(status::kOk, DeleteKey("m"));
+  EXPECT_EQ(
+      "0000006d"
+      "00000000000000000003000000000000"
+      "00000000",
+      StringNode(2));
+  EXPECT_EQ(status::kOk, rig.Find(root, "mn"));
+  EXPECT_EQ(status::kNoRight, CreateKey("m"));
+  EXPECT_EQ(status::kOk, rig.file->CreateKey(kAdmin, nullptr, "m", 0, false));
+  EXPECT_EQ(
+      "0000106d"
+      "00000000000000000003000000000000"
+      "00020000",
+      StringNode(2));
   Reload();
-  EXPECT_EQ(ListedKeys(root), "0: mn m");
+  EXPECT_EQ("0: mn m", ListedKeys(root));
   ExpectSound(rig.path);
 }
 
@@ -62,13 +67,12 @@ std::string FileWithout(const char* key, bool throughHandle) {
   LoadedTreeRig rig;
   rig.Create({"a", "a/m", "a/f", "a/t", "a/mn", "a/m/x", "a/m/y", "b", "b/c"});
   for (const char* owner : {"", "a", "a/m", "a/m/x", "a/mn", "b"}) {
-    for (const char* name : {"1", "2"}) EXPECT_EQ(rig.CreateNumber(owner, name, 1), 0u);
-    EXPECT_EQ(rig.CreateData(owner, "d", Pattern(100)), 0u);
+    for (const char* name : {"1", "2"}) EXPECT_EQ(status::kOk, rig.CreateNumber(owner, name, 1));
+    EXPECT_EQ(status::kOk, rig.CreateData(owner, "d", Pattern(100)));
   }
   TernaryHandle* root = rig.Load("");
-  EXPECT_EQ(throughHandle ? rig.loaded.DeleteKey(kAdmin, root, key)
-                          : rig.file->DeleteKey(kAdmin, nullptr, key),
-            0u);
+  EXPECT_EQ(0u, throughHandle ? rig.loaded.DeleteKey(kAdmin, root, key)
+                              : rig.file->DeleteKey(kAdmin, nullptr, key));
   ExpectSound(rig.path);
   return rig.Contents();
 }
@@ -83,7 +87,7 @@ TEST_F(LoadedDeletion, TheFileIsAsAfterDeletingWithoutAHandle) {
 TEST_F(LoadedDeletion, TheRootKeyGoesTheSameWay) {
   for (const char* key : {"", "/"}) {
     std::string through = FileWithout(key, true);
-    EXPECT_EQ(through[InString(1, 2)], '\x01');
+    EXPECT_EQ('\x01', through[InString(1, 2)]);
     through[InString(1, 2)] = '\0';
     EXPECT_TRUE(through == FileWithout(key, false)) << key;
   }
@@ -91,52 +95,53 @@ TEST_F(LoadedDeletion, TheRootKeyGoesTheSameWay) {
 
 TEST_F(LoadedDeletion, WithoutItsKeyTheRootIsNotFound) {
   Start({"a"});
-  ASSERT_EQ(DeleteKey(""), 0u);
-  EXPECT_EQ(FreeSlots(), "363 364 364 364");
-  EXPECT_EQ(rig.Loaded(), "1 strings, 0 keys");
-  EXPECT_EQ(rig.Find(root, ""), 2u);
-  EXPECT_EQ(rig.Find(root, "a"), 2u);
-  EXPECT_EQ(DeleteKey(""), 2u);
-  EXPECT_EQ(CreateKey("b"), 1u);
-  EXPECT_EQ(rig.Unload(root), 0u);
-  EXPECT_EQ(rig.TryToLoad(""), 2u);
-  EXPECT_EQ(rig.TryToLoad("a"), 2u);
+  ASSERT_EQ(status::kOk, DeleteKey(""));
+  EXPECT_EQ("363 364 364 364", FreeSlots());
+  EXPECT_EQ("1 strings, 0 keys", rig.Loaded());
+  EXPECT_EQ(status::kNotFound, rig.Find(root, ""));
+  EXPECT_EQ(status::kNotFound, rig.Find(root, "a"));
+  EXPECT_EQ(status::kNotFound, DeleteKey(""));
+  EXPECT_EQ(status::kNoRight, CreateKey("b"));
+  EXPECT_EQ(status::kOk, rig.Unload(root));
+  EXPECT_EQ(status::kNotFound, rig.TryToLoad(""));
+  EXPECT_EQ(status::kNotFound, rig.TryToLoad("a"));
 }
 
 TEST_F(LoadedDeletion, TheBlocksOfItsValuesStayInUse) {
   Start({"a", "a/b"});
-  ASSERT_EQ(CreateData("a", "v", 1, Pattern(100)), 0u);  // blocks 1 and 2
-  ASSERT_EQ(CreateData("a/b", "v", 1, "x"), 0u);         // block 3
+  ASSERT_EQ(status::kOk, CreateData("a", "v", 1, Pattern(100)));  // blocks 1 and 2
+  ASSERT_EQ(status::kOk, CreateData("a/b", "v", 1, "x"));         // block 3
   const std::string table = Hex(kDataTable, 32 + 4 * 365);
   const std::string blocks = Hex(kDataArea, 64 * 5);
-  EXPECT_EQ(DeleteKey("a"), 0u);
-  EXPECT_EQ(FreeSlots(), "362 363 364 361");
+  EXPECT_EQ(status::kOk, DeleteKey("a"));
+  EXPECT_EQ("362 363 364 361", FreeSlots());
   EXPECT_EQ(Hex(kDataTable, 32 + 4 * 365), table);
   EXPECT_EQ(Hex(kDataArea, 64 * 5), blocks);
-  ASSERT_EQ(CreateData("", "new", 1, "y"), 0u);
-  EXPECT_EQ(DataBlock(4).substr(0, 2), "79");
+  ASSERT_EQ(status::kOk, CreateData("", "new", 1, "y"));
+  EXPECT_EQ("79", DataBlock(4).substr(0, 2));
 }
 
 // With all that hangs on it, in memory and in the file; but nothing leads there.
 TEST_F(LoadedDeletion, WhatAHandleNeedsStaysForIt) {
   Start({"a", "a/b", "a/b/c", "a/d", "x"});  // 2 to 6; d hangs on b
-  for (const char* key : {"a", "a/b", "a/b/c"}) ASSERT_EQ(CreateNumber(key, "n", 5), 0u);
+  for (const char* key : {"a", "a/b", "a/b/c"}) ASSERT_EQ(status::kOk, CreateNumber(key, "n", 5));
   TernaryHandle* handle = rig.Load("a/b");
   const std::string kept = Hex(InString(3, 0), 40 * 3) + Hex(InKey(3, 0), 24 * 3);
-  EXPECT_EQ(FreeSlots(), "358 358 361 364");
-  ASSERT_EQ(DeleteKey("a"), 0u);
-  EXPECT_EQ(StringNode(2),
-            "00000061"
-            "00000000000600000000000000000000"
-            "00000000");
+  EXPECT_EQ("358 358 361 364", FreeSlots());
+  ASSERT_EQ(status::kOk, DeleteKey("a"));
+  EXPECT_EQ(
+      "00000061"
+      "00000000000600000000000000000000"
+      "00000000",
+      StringNode(2));
   EXPECT_EQ(Hex(InString(3, 0), 40 * 3) + Hex(InKey(3, 0), 24 * 3), kept);
-  EXPECT_EQ(FreeSlots(), "358 359 362 364") << "the key and the value of a";
-  EXPECT_EQ(Get(handle, "c", "n"), "type 0: 0500000000000000");
-  EXPECT_EQ(rig.Find(root, "a/b"), 2u);
-  EXPECT_EQ(ListedStoredKeys(""), "0: x");
-  EXPECT_EQ(rig.Unload(handle), 0u);
-  EXPECT_EQ(FreeSlots(), "358 359 362 364") << "of the file nothing comes back";
-  EXPECT_EQ(StructureFindings(rig.path), "");
+  EXPECT_EQ("358 359 362 364", FreeSlots()) << "the key and the value of a";
+  EXPECT_EQ("type 0: 0500000000000000", Get(handle, "c", "n"));
+  EXPECT_EQ(status::kNotFound, rig.Find(root, "a/b"));
+  EXPECT_EQ("0: x", ListedStoredKeys(""));
+  EXPECT_EQ(status::kOk, rig.Unload(handle));
+  EXPECT_EQ("358 359 362 364", FreeSlots()) << "of the file nothing comes back";
+  EXPECT_EQ("", StructureFindings(rig.path));
 }
 
 TEST_F(LoadedDeletion, NeedsTheRightToDelete) {
@@ -149,21 +154,21 @@ TEST_F(LoadedDeletion, NeedsTheRightToDelete) {
 TEST_F(LoadedDeletion, TheRightIsThatOfTheKeyItself) {
   Start({"a", "a/b", "a/b/c"});
   for (const char* key : {"", "a", "a/b/c"}) {
-    ASSERT_EQ(rig.loaded.SetKeyPermission(kAdmin, root, key, 0x00), 0u);
+    ASSERT_EQ(status::kOk, rig.loaded.SetKeyPermission(kAdmin, root, key, 0x00));
   }
-  ASSERT_EQ(rig.loaded.SetKeyPermission(kAdmin, root, "a/b", 0x80), 0u);
-  EXPECT_EQ(rig.loaded.DeleteKey(kOther, root, "a"), 1u);
-  EXPECT_EQ(rig.loaded.DeleteKey(kOther, root, "a/b/c"), 1u);
-  EXPECT_EQ(rig.loaded.DeleteKey(kAdmin, root, "a/b"), 1u);
-  EXPECT_EQ(rig.loaded.DeleteKey(kOther, root, "a/b"), 0u);
-  EXPECT_EQ(ListedKeys(root), "0: a");
+  ASSERT_EQ(status::kOk, rig.loaded.SetKeyPermission(kAdmin, root, "a/b", 0x80));
+  EXPECT_EQ(status::kNoRight, rig.loaded.DeleteKey(kOther, root, "a"));
+  EXPECT_EQ(status::kNoRight, rig.loaded.DeleteKey(kOther, root, "a/b/c"));
+  EXPECT_EQ(status::kNoRight, rig.loaded.DeleteKey(kAdmin, root, "a/b"));
+  EXPECT_EQ(status::kOk, rig.loaded.DeleteKey(kOther, root, "a/b"));
+  EXPECT_EQ("0: a", ListedKeys(root));
 }
 
 TEST_F(LoadedDeletion, MissesAMissingKey) {
   Start({"a", "abc", "abd"});
   const std::string before = rig.Contents();
   for (const char* key : {"b", "ab", "ab/", "a/b", "abcd", "a//"}) {
-    EXPECT_EQ(DeleteKey(key), 2u) << key;
+    EXPECT_EQ(status::kNotFound, DeleteKey(key)) << key;
   }
   EXPECT_TRUE(rig.Contents() == before);
 }
@@ -171,10 +176,10 @@ TEST_F(LoadedDeletion, MissesAMissingKey) {
 // A name without a key has nothing below it that anybody could reach.
 TEST_F(LoadedDeletion, BelowADeletedKeyNothingIsCreated) {
   Start({"a", "a/b"});
-  ASSERT_EQ(DeleteKey("a"), 0u);
-  EXPECT_EQ(CreateKey("a/b"), 1u);
-  EXPECT_EQ(rig.file->CreateKey(kAdmin, nullptr, "a/b", 0, false), 1u);
-  EXPECT_EQ(CreateKey("c/b"), 22u);
+  ASSERT_EQ(status::kOk, DeleteKey("a"));
+  EXPECT_EQ(status::kNoRight, CreateKey("a/b"));
+  EXPECT_EQ(status::kNoRight, rig.file->CreateKey(kAdmin, nullptr, "a/b", 0, false));
+  EXPECT_EQ(status::kBadArgument, CreateKey("c/b"));
 }
 
 // What a handle answers: FindKey, GetValue, GetDefaultValue, GetValueOffset, GetKeyInfo,
@@ -214,32 +219,32 @@ std::string Answers(LoadedTreeRig& rig, TernaryHandle* handle, const char* path)
 TEST_F(LoadedDeletion, AHandleWhoseKeyIsDeletedFindsNothing) {
   Start({"a", "a/b", "a/b/c", "x"});
   TernaryHandle* a = rig.Load("a");
-  ASSERT_EQ(DeleteKey("a"), 0u);
+  ASSERT_EQ(status::kOk, DeleteKey("a"));
   const std::string before = rig.Contents();
   for (const char* path : {"", "/", "b", "b/c"}) {
     EXPECT_EQ(Answers(rig, a, path), Repeated("2 ", 16)) << path;
-    EXPECT_EQ(rig.loaded.CreateKey(kAdmin, a, path, 0, false), 1u) << path;
+    EXPECT_EQ(status::kNoRight, rig.loaded.CreateKey(kAdmin, a, path, 0, false)) << path;
   }
   EXPECT_EQ(Answers(rig, root, "a"), Repeated("2 ", 16));
   EXPECT_EQ(Answers(rig, root, "a/"), Repeated("2 ", 16)) << "a name without a key";
   EXPECT_TRUE(rig.Contents() == before);
   // The name is used again, and with it the handle.
-  ASSERT_EQ(CreateKey("a"), 0u);
-  EXPECT_EQ(rig.loaded.CreateKey(kAdmin, a, "new", 0, false), 0u);
-  EXPECT_EQ(ListedKeys(root), "0: x a/new a");
-  EXPECT_EQ(ListedStoredKeys(""), "0: x a/new a");
-  EXPECT_EQ(rig.Unload(a), 0u);
+  ASSERT_EQ(status::kOk, CreateKey("a"));
+  EXPECT_EQ(status::kOk, rig.loaded.CreateKey(kAdmin, a, "new", 0, false));
+  EXPECT_EQ("0: x a/new a", ListedKeys(root));
+  EXPECT_EQ("0: x a/new a", ListedStoredKeys(""));
+  EXPECT_EQ(status::kOk, rig.Unload(a));
   ExpectSound(rig.path);
 }
 
 TEST_F(LoadedDeletion, AHandleWhoseKeyIsDeletedCanBeClosed) {
   Start({"a", "a/b", "x"});
   TernaryHandle* a = rig.Load("a");
-  ASSERT_EQ(rig.loaded.DeleteKey(kAdmin, a, ""), 0u);
-  ASSERT_EQ(rig.Unload(root), 0u);
-  EXPECT_EQ(rig.Unload(a), 0u);
+  ASSERT_EQ(status::kOk, rig.loaded.DeleteKey(kAdmin, a, ""));
+  ASSERT_EQ(status::kOk, rig.Unload(root));
+  EXPECT_EQ(status::kOk, rig.Unload(a));
   root = rig.Load("");
-  EXPECT_EQ(rig.Loaded(), "3 strings, 2 keys");
+  EXPECT_EQ("3 strings, 2 keys", rig.Loaded());
   ExpectSound(rig.path);
 }
 

@@ -10,19 +10,20 @@ using LoadedKeyWrites = LoadedWriting;
 
 TEST_F(LoadedKeyWrites, APermissionIsOneByteOfTheKey) {
   Start({"a"});
-  ASSERT_EQ(rig.loaded.SetKeyPermission(kAdmin, root, "a", 0xA5), 0u);
-  EXPECT_EQ(KeyNode(2),
-            "000000000000a500"
-            "ffff000000000000"
-            "0000000000000000");
+  ASSERT_EQ(status::kOk, rig.loaded.SetKeyPermission(kAdmin, root, "a", 0xA5));
+  EXPECT_EQ(
+      "000000000000a500"
+      "ffff000000000000"
+      "0000000000000000",
+      KeyNode(2));
   unsigned char permission = 0;
   for (int loadedAnew = 0; loadedAnew < 2; ++loadedAnew) {
-    EXPECT_EQ(rig.loaded.GetKeyPermission(kOther, root, "a", &permission), 0u);
-    EXPECT_EQ(permission, 0xA5);
+    EXPECT_EQ(status::kOk, rig.loaded.GetKeyPermission(kOther, root, "a", &permission));
+    EXPECT_EQ(0xA5, permission);
     Reload();
   }
-  EXPECT_EQ(rig.file->GetKeyPermission(kOther, nullptr, "a", &permission), 0u);
-  EXPECT_EQ(permission, 0xA5);
+  EXPECT_EQ(status::kOk, rig.file->GetKeyPermission(kOther, nullptr, "a", &permission));
+  EXPECT_EQ(0xA5, permission);
 }
 
 TEST_F(LoadedKeyWrites, ADefaultNeedsTheRightToModify) {
@@ -75,52 +76,54 @@ TEST_F(LoadedKeyWrites, AKeyIsReachedThroughAnyHandleAboveIt) {
     TernaryHandle* handle = other.Load(way.handle);
     char byte = 'x';
     Value value = {1, 1, &byte};
-    EXPECT_EQ(other.loaded.SetDefaultValue(kAdmin, handle, way.path, 1, false), 0u);
-    EXPECT_EQ(other.loaded.SetKeyPermission(kAdmin, handle, way.path, 0x1F), 0u);
-    EXPECT_EQ(other.loaded.SetKeyWatch(kAdmin, handle, way.path, 1), 0u);
-    EXPECT_EQ(other.loaded.CreateValue(kAdmin, handle, way.path, "n", 1, true), 0u);
-    EXPECT_EQ(other.loaded.CreateValue(kAdmin, handle, way.path, "d", &value), 0u);
-    EXPECT_EQ(other.loaded.SetValue(kAdmin, handle, way.path, "n", &value), 0u);
-    EXPECT_EQ(other.loaded.DeleteValue(kAdmin, handle, way.path, "d"), 0u);
-    EXPECT_EQ(HexOf(FileBytes(other.path, InKey(3, 0), 24)),
-              "0001000001001f05"
-              "ffff000000000000"
-              "0100000000000000");
-    EXPECT_EQ(SubtreeText(other.path, "a/b"),
-              "[] owner 65535 rights 31 flags 5 default 1 n=1+1:78\n"
-              "[c] owner 65535 rights 15 flags 0 default 0\n");
-    EXPECT_EQ(other.loaded.DeleteKey(kAdmin, handle, way.path), 0u);
-    EXPECT_EQ(SubtreeText(other.path, "a/b"), "");
+    EXPECT_EQ(status::kOk, other.loaded.SetDefaultValue(kAdmin, handle, way.path, 1, false));
+    EXPECT_EQ(status::kOk, other.loaded.SetKeyPermission(kAdmin, handle, way.path, 0x1F));
+    EXPECT_EQ(status::kOk, other.loaded.SetKeyWatch(kAdmin, handle, way.path, 1));
+    EXPECT_EQ(status::kOk, other.loaded.CreateValue(kAdmin, handle, way.path, "n", 1, true));
+    EXPECT_EQ(status::kOk, other.loaded.CreateValue(kAdmin, handle, way.path, "d", &value));
+    EXPECT_EQ(status::kOk, other.loaded.SetValue(kAdmin, handle, way.path, "n", &value));
+    EXPECT_EQ(status::kOk, other.loaded.DeleteValue(kAdmin, handle, way.path, "d"));
+    EXPECT_EQ(
+        "0001000001001f05"
+        "ffff000000000000"
+        "0100000000000000",
+        HexOf(FileBytes(other.path, InKey(3, 0), 24)));
+    EXPECT_EQ(
+        "[] owner 65535 rights 31 flags 5 default 1 n=1+1:78\n"
+        "[c] owner 65535 rights 15 flags 0 default 0\n",
+        SubtreeText(other.path, "a/b"));
+    EXPECT_EQ(status::kOk, other.loaded.DeleteKey(kAdmin, handle, way.path));
+    EXPECT_EQ("", SubtreeText(other.path, "a/b"));
   }
 }
 
 TEST_F(LoadedKeyWrites, WithoutAHandleNothingIsChanged) {
   Start({"a"});
-  ASSERT_EQ(CreateNumber("a", "n", 1), 0u);
+  ASSERT_EQ(status::kOk, CreateNumber("a", "n", 1));
   const std::string before = rig.Contents();
-  EXPECT_EQ(Writes(rig.loaded, nullptr, "a"), "22 22 22 22 22 22 22 22 22 ");
-  EXPECT_EQ(Writes(rig.loaded, nullptr, ""), "22 22 22 22 22 22 22 22 22 ");
+  EXPECT_EQ("22 22 22 22 22 22 22 22 22 ", Writes(rig.loaded, nullptr, "a"));
+  EXPECT_EQ("22 22 22 22 22 22 22 22 22 ", Writes(rig.loaded, nullptr, ""));
   EXPECT_TRUE(rig.Contents() == before);
 }
 
 TEST_F(LoadedKeyWrites, ATreeThatIsNotOpenChangesNothing) {
   Start({"a"});
-  EXPECT_EQ(Writes(rig.loaded, root, "a"), "0 0 0 0 0 0 0 0 0 ");
+  EXPECT_EQ("0 0 0 0 0 0 0 0 0 ", Writes(rig.loaded, root, "a"));
   TernaryKeyTree closed(nullptr);
-  EXPECT_EQ(Writes(closed, nullptr, "a"), "1 1 1 1 1 1 1 1 1 ");
+  EXPECT_EQ("1 1 1 1 1 1 1 1 1 ", Writes(closed, nullptr, "a"));
   const std::string file = rig.dir / "other.rce";
-  ASSERT_EQ(rig.Unload(root), 0u);
+  ASSERT_EQ(status::kOk, rig.Unload(root));
   rig.Close();
-  ASSERT_EQ(closed.Initialize(file.c_str()), 0u);
-  ASSERT_EQ(closed.Finalize(), 0u);
-  EXPECT_EQ(Writes(closed, nullptr, "a"), "1 1 1 1 1 1 1 1 1 ");
+  ASSERT_EQ(status::kOk, closed.Initialize(file.c_str()));
+  ASSERT_EQ(status::kOk, closed.Finalize());
+  EXPECT_EQ("1 1 1 1 1 1 1 1 1 ", Writes(closed, nullptr, "a"));
 }
 
 TEST_F(LoadedKeyWrites, AMissingKeyIsNotFound) {
   Start({"a", "abc", "abd"});
   const std::string before = SubtreeText(rig.path, "");
   for (const char* key : {"b", "ab", "ab/", "a/b", "abcd"}) {
-    EXPECT_EQ(Writes(rig.loaded, root, key), "22 2 2 2 2 2 2 2 2 ") << key;
+    EXPECT_EQ("22 2 2 2 2 2 2 2 2 ", Writes(rig.loaded, root, key)) << key;
   }
   EXPECT_EQ(SubtreeText(rig.path, ""), before);
   ExpectSound(rig.path);
@@ -128,21 +131,21 @@ TEST_F(LoadedKeyWrites, AMissingKeyIsNotFound) {
 
 TEST_F(LoadedKeyWrites, WhatGoesWithoutAHandleAloneIsNotThere) {
   Start({"a"});
-  ASSERT_EQ(CreateNumber("a", "n", 5), 0u);
+  ASSERT_EQ(status::kOk, CreateNumber("a", "n", 5));
   RegistryInterface& tree = rig.loaded;
   const std::string backup = rig.dir / "backup";
   const std::string before = rig.Contents();
   for (TernaryHandle* handle : {root, static_cast<TernaryHandle*>(nullptr)}) {
     unsigned long long number = 9;
-    EXPECT_EQ(tree.GetSetValue(kAdmin, handle, "a", "n", &number, true), 37u);
-    EXPECT_EQ(tree.GetSetValue(kAdmin, handle, "a", "n", &number, false), 37u);
-    EXPECT_EQ(number, 9u);
-    EXPECT_EQ(tree.FindKey(kAdmin, handle, "a", 0), 37u);
-    EXPECT_EQ(tree.BackupKeyTree(kAdmin, handle, "a", backup.c_str()), 37u);
-    EXPECT_EQ(tree.RestoreKeyTree(kAdmin, handle, "a", backup.c_str()), 37u);
+    EXPECT_EQ(status::kNotSupported, tree.GetSetValue(kAdmin, handle, "a", "n", &number, true));
+    EXPECT_EQ(status::kNotSupported, tree.GetSetValue(kAdmin, handle, "a", "n", &number, false));
+    EXPECT_EQ(9u, number);
+    EXPECT_EQ(status::kNotSupported, tree.FindKey(kAdmin, handle, "a", 0));
+    EXPECT_EQ(status::kNotSupported, tree.BackupKeyTree(kAdmin, handle, "a", backup.c_str()));
+    EXPECT_EQ(status::kNotSupported, tree.RestoreKeyTree(kAdmin, handle, "a", backup.c_str()));
   }
-  EXPECT_EQ(tree.LoadKey("a", nullptr), 37u);
-  EXPECT_EQ(tree.StoreKey(nullptr), 37u);
+  EXPECT_EQ(status::kNotSupported, tree.LoadKey("a", nullptr));
+  EXPECT_EQ(status::kNotSupported, tree.StoreKey(nullptr));
   EXPECT_FALSE(std::filesystem::exists(backup));
   EXPECT_TRUE(rig.Contents() == before);
 }

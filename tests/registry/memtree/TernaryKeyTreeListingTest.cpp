@@ -21,24 +21,24 @@ class LoadedListing : public ::testing::Test {
 TEST_F(LoadedListing, GreaterNamesComeFirst) {
   rig.Create({"m", "f", "t", "mn", "m/x", "m/x/y"});
   LoadAll();
-  EXPECT_EQ(Keys(""), "0: t f mn m/x/y m/x m");
-  EXPECT_EQ(Keys("m"), "0: x/y x");
-  EXPECT_EQ(Keys("m/x/y"), "0:");
-  EXPECT_EQ(Keys("q"), "2:");
-  EXPECT_EQ(Keys("", 2), "0: mn m/x/y m/x m");
-  EXPECT_EQ(Keys("", 6), "0:");
-  EXPECT_EQ(Keys("", 7), "0:");
-  EXPECT_EQ(Keys("", 0, 0, 3), "75: t f mn");
-  EXPECT_EQ(Keys("", 0, 0, 0), "12:");
-  EXPECT_EQ(Keys(nullptr, 5), "0: m");
+  EXPECT_EQ("0: t f mn m/x/y m/x m", Keys(""));
+  EXPECT_EQ("0: x/y x", Keys("m"));
+  EXPECT_EQ("0:", Keys("m/x/y"));
+  EXPECT_EQ("2:", Keys("q"));
+  EXPECT_EQ("0: mn m/x/y m/x m", Keys("", 2));
+  EXPECT_EQ("0:", Keys("", 6));
+  EXPECT_EQ("0:", Keys("", 7));
+  EXPECT_EQ("75: t f mn", Keys("", 0, 0, 3));
+  EXPECT_EQ("12:", Keys("", 0, 0, 0));
+  EXPECT_EQ("0: m", Keys(nullptr, 5));
 }
 
 TEST_F(LoadedListing, ThePathIsPutBeforeTheNamesAsItIs) {
   rig.Create({"a", "a/b", "a/b/c"});
   LoadAll();
-  EXPECT_EQ(Keys("a", 0, 1), "0: ab/c ab");
-  EXPECT_EQ(Keys("/a/", 0, 1), "0: /a/b/c /a/b");
-  EXPECT_EQ(Keys("a", 0, 2), "0: b/c b");
+  EXPECT_EQ("0: ab/c ab", Keys("a", 0, 1));
+  EXPECT_EQ("0: /a/b/c /a/b", Keys("/a/", 0, 1));
+  EXPECT_EQ("0: b/c b", Keys("a", 0, 2));
 }
 
 TEST_F(LoadedListing, NamesHaveAtMost63Characters) {
@@ -51,24 +51,24 @@ TEST_F(LoadedListing, NamesHaveAtMost63Characters) {
   const std::string tooLong(64, 'z');
   rig.Create({tooLong.c_str()});
   LoadAll();
-  EXPECT_EQ(Keys(""), "75:");
-  EXPECT_EQ(Keys("", 5), "75:") << "also one that is left out";
+  EXPECT_EQ("75:", Keys(""));
+  EXPECT_EQ("75:", Keys("", 5)) << "also one that is left out";
 }
 
 TEST_F(LoadedListing, ThePathAndTheSlashesCount) {
   const std::string parent(60, 'p');
   rig.Create({parent.c_str()});
-  ASSERT_EQ(rig.file->CreateKey(kAdmin, nullptr, (parent + "/ab").c_str(), 0, false), 0u);
+  ASSERT_EQ(status::kOk, rig.file->CreateKey(kAdmin, nullptr, (parent + "/ab").c_str(), 0, false));
   LoadAll();
   EXPECT_EQ(Keys(""), "0: " + parent + "/ab " + parent);
   EXPECT_EQ(Keys(parent.c_str(), 0, 1), "0: " + parent + "ab");
-  EXPECT_EQ(Keys(("/" + parent + "/").c_str(), 0, 1), "75:");
-  EXPECT_EQ(Keys(parent.c_str()), "0: ab");
+  EXPECT_EQ("75:", Keys(("/" + parent + "/").c_str(), 0, 1));
+  EXPECT_EQ("0: ab", Keys(parent.c_str()));
   rig.Unload(root);
   rig.loaded.UnloadKeyTree(nullptr);
-  ASSERT_EQ(rig.file->CreateKey(kAdmin, nullptr, (parent + "/abc").c_str(), 0, false), 0u);
+  ASSERT_EQ(status::kOk, rig.file->CreateKey(kAdmin, nullptr, (parent + "/abc").c_str(), 0, false));
   LoadAll();
-  EXPECT_EQ(Keys(""), "75:");
+  EXPECT_EQ("75:", Keys(""));
   EXPECT_EQ(Keys(parent.c_str(), 0, 1), "0: " + parent + "abc " + parent + "ab");
 }
 
@@ -76,8 +76,8 @@ TEST_F(LoadedListing, APathOf64CharactersIsTooLong) {
   const std::string name(64, 'q');
   rig.Create({name.c_str()});
   LoadAll();
-  EXPECT_EQ(Keys(name.c_str(), 0, 1), "75:");
-  EXPECT_EQ(Keys(name.c_str()), "0:");
+  EXPECT_EQ("75:", Keys(name.c_str(), 0, 1));
+  EXPECT_EQ("0:", Keys(name.c_str()));
 }
 
 // Both trees list and count the same.

@@ -8,16 +8,16 @@ TEST(Loading, AKeyComesWithAllBelowIt) {
   LoadedTreeRig rig;
   rig.Create({"a", "a/b", "a/b/c", "x"});
   TernaryHandle* handle = rig.Load("a");
-  EXPECT_EQ(rig.Find(handle, ""), 0u);
-  EXPECT_EQ(rig.Find(handle, "b"), 0u);
-  EXPECT_EQ(rig.Find(handle, "b/c"), 0u);
-  EXPECT_EQ(rig.Find(handle, "x"), 2u);
-  EXPECT_EQ(rig.Find(handle, "a"), 2u);
-  EXPECT_EQ(rig.Loaded(), "4 strings, 4 keys");  // the root's, too
-  EXPECT_EQ(handle->start->loadCount, 1u);
+  EXPECT_EQ(status::kOk, rig.Find(handle, ""));
+  EXPECT_EQ(status::kOk, rig.Find(handle, "b"));
+  EXPECT_EQ(status::kOk, rig.Find(handle, "b/c"));
+  EXPECT_EQ(status::kNotFound, rig.Find(handle, "x"));
+  EXPECT_EQ(status::kNotFound, rig.Find(handle, "a"));
+  EXPECT_EQ("4 strings, 4 keys", rig.Loaded());  // the root's, too
+  EXPECT_EQ(1u, handle->start->loadCount);
   EXPECT_TRUE(handle->wake.IsCreated());
   EXPECT_TRUE(handle->ack.IsCreated());
-  EXPECT_EQ(handle->waiterCount, 0);
+  EXPECT_EQ(0, handle->waiterCount);
 }
 
 TEST(Loading, TheRootComesWithEverything) {
@@ -27,7 +27,7 @@ TEST(Loading, TheRootComesWithEverything) {
     TernaryHandle* handle = rig.Load(root);
     EXPECT_EQ(handle->path, root);
     EXPECT_EQ(handle->start, rig.Root());
-    EXPECT_EQ(rig.Loaded(), "7 strings, 7 keys");
+    EXPECT_EQ("7 strings, 7 keys", rig.Loaded());
   }
 }
 
@@ -37,7 +37,7 @@ TEST(Loading, NothingIsWritten) {
   const std::string before = rig.Contents();
   rig.Unload(rig.Load("a"));
   rig.Unload(rig.Load(""));
-  EXPECT_EQ(rig.TryToLoad("missing"), 2u);
+  EXPECT_EQ(status::kNotFound, rig.TryToLoad("missing"));
   rig.Close();
   EXPECT_TRUE(rig.Contents() == before);
 }
@@ -45,10 +45,10 @@ TEST(Loading, NothingIsWritten) {
 TEST(Loading, ValuesComeInTheOrderOfTheFileWithTheirData) {
   LoadedTreeRig rig;
   rig.Create({"a"});
-  ASSERT_EQ(rig.CreateNumber("a", "n", 0x0102030405060708ull), 0u);
-  ASSERT_EQ(rig.CreateData("a", "d", "abc"), 0u);
-  ASSERT_EQ(rig.CreateData("a", "none", ""), 0u);
-  ASSERT_EQ(rig.CreateData("a", "long", Pattern(1024)), 0u);
+  ASSERT_EQ(status::kOk, rig.CreateNumber("a", "n", 0x0102030405060708ull));
+  ASSERT_EQ(status::kOk, rig.CreateData("a", "d", "abc"));
+  ASSERT_EQ(status::kOk, rig.CreateData("a", "none", ""));
+  ASSERT_EQ(status::kOk, rig.CreateData("a", "long", Pattern(1024)));
   TernaryHandle* handle = rig.Load("a");
   EXPECT_EQ(LoadedValues(*handle->start->key),
             "long " + HexOf(Pattern(1024)) + ", none 53, d 616263, n 0807060504030201");
@@ -61,16 +61,16 @@ TEST(Loading, TheSameKeyTwiceIsOneString) {
   TernaryHandle* two = rig.Load("/a/");
   EXPECT_NE(one, two);
   EXPECT_EQ(one->start, two->start);
-  EXPECT_EQ(one->start->loadCount, 2u);
+  EXPECT_EQ(2u, one->start->loadCount);
 }
 
 TEST(Loading, WhatIsLoadedIsShared) {
   LoadedTreeRig rig;
   rig.Create({"a", "a/b", "a/b/c", "a/d"});
   TernaryHandle* inner = rig.Load("a/b");
-  EXPECT_EQ(rig.Loaded(), "4 strings, 3 keys");  // "a" is only on the way
+  EXPECT_EQ("4 strings, 3 keys", rig.Loaded());  // "a" is only on the way
   TernaryHandle* outer = rig.Load("a");
-  EXPECT_EQ(rig.Loaded(), "5 strings, 5 keys");
+  EXPECT_EQ("5 strings, 5 keys", rig.Loaded());
   EXPECT_EQ(rig.KeyOf(outer, "b"), inner->start->key);
   TernaryHandle* root = rig.Load("");
   EXPECT_EQ(rig.KeyOf(root, "a/b/c"), rig.KeyOf(inner, "c"));
@@ -80,60 +80,60 @@ TEST(Loading, AMissingKeyLeavesWhatIsLoaded) {
   LoadedTreeRig rig;
   rig.Create({"a", "a/b", "abc"});
   for (const char* key : {"x", "a/x", "a/b/c", "ab", "abcd", "abx", "a/bb", "abc/x", "//a"}) {
-    EXPECT_EQ(rig.TryToLoad(key), 2u) << key;
+    EXPECT_EQ(status::kNotFound, rig.TryToLoad(key)) << key;
   }
-  EXPECT_EQ(rig.Loaded(), "1 strings, 1 keys");
+  EXPECT_EQ("1 strings, 1 keys", rig.Loaded());
   TernaryHandle* root = rig.Load("");
   const std::string all = rig.Loaded();
   for (const char* key : {"x", "a/x", "a/b/c", "ab", "abcd", "abx", "a/bb", "abc/x", "//a"}) {
-    EXPECT_EQ(rig.TryToLoad(key), 2u) << key;
+    EXPECT_EQ(status::kNotFound, rig.TryToLoad(key)) << key;
   }
   EXPECT_EQ(rig.Loaded(), all);
-  EXPECT_EQ(rig.Find(root, "abc"), 0u);
+  EXPECT_EQ(status::kOk, rig.Find(root, "abc"));
 }
 
 TEST(Loading, ANameWithoutAKeyIsNotLoaded) {
   for (bool rootIsLoaded : {false, true}) {
     LoadedTreeRig rig;
     rig.Create({"d", "d/e", "a", "ab"});
-    ASSERT_EQ(rig.Delete("d"), 0u);
-    ASSERT_EQ(rig.Delete("a"), 0u);
+    ASSERT_EQ(status::kOk, rig.Delete("d"));
+    ASSERT_EQ(status::kOk, rig.Delete("a"));
     if (rootIsLoaded) rig.Load("");
     for (const char* key : {"a", "a/", "d", "d/", "d/e"}) {
-      EXPECT_EQ(rig.TryToLoad(key), 2u) << key;
+      EXPECT_EQ(status::kNotFound, rig.TryToLoad(key)) << key;
     }
-    EXPECT_EQ(rig.TryToLoad("ab"), 0u);
-    EXPECT_EQ(rig.TryToLoad("ab/"), 0u);
+    EXPECT_EQ(status::kOk, rig.TryToLoad("ab"));
+    EXPECT_EQ(status::kOk, rig.TryToLoad("ab/"));
   }
 }
 
 TEST(Loading, WithoutARootKeyThereIsNothing) {
   LoadedTreeRig rig;
   rig.Create({"a"});
-  ASSERT_EQ(rig.Delete(""), 0u);
-  EXPECT_EQ(rig.TryToLoad(""), 2u);
-  EXPECT_EQ(rig.TryToLoad("a"), 2u);
+  ASSERT_EQ(status::kOk, rig.Delete(""));
+  EXPECT_EQ(status::kNotFound, rig.TryToLoad(""));
+  EXPECT_EQ(status::kNotFound, rig.TryToLoad("a"));
 }
 
 TEST(Loading, AFileWithoutStartNodeHasNoKeys) {
   TempDir dir;
   TernaryKeyTree tree(nullptr);
-  ASSERT_EQ(tree.Initialize((dir / "new").c_str()), 0u);
+  ASSERT_EQ(status::kOk, tree.Initialize((dir / "new").c_str()));
   void* handle = nullptr;
-  EXPECT_EQ(tree.LoadKeyTree("", handle), 2u);
-  EXPECT_EQ(tree.LoadKeyTree("a", handle), 2u);
-  EXPECT_EQ(tree.GetStartString(0), nullptr);
+  EXPECT_EQ(status::kNotFound, tree.LoadKeyTree("", handle));
+  EXPECT_EQ(status::kNotFound, tree.LoadKeyTree("a", handle));
+  EXPECT_EQ(nullptr, tree.GetStartString(0));
 }
 
 TEST(Loading, BeforeInitializeAndAfterFinalizeNothingIsLoaded) {
   TernaryKeyTree tree(nullptr);
   void* handle = nullptr;
-  EXPECT_EQ(tree.LoadKeyTree("", handle), 1u);
-  EXPECT_EQ(tree.UnloadKeyTree(nullptr), 0u);
+  EXPECT_EQ(status::kNoRight, tree.LoadKeyTree("", handle));
+  EXPECT_EQ(status::kOk, tree.UnloadKeyTree(nullptr));
   LoadedTreeRig rig;
   rig.Close();
-  EXPECT_EQ(rig.loaded.LoadKeyTree("", handle), 1u);
-  EXPECT_EQ(handle, nullptr);
+  EXPECT_EQ(status::kNoRight, rig.loaded.LoadKeyTree("", handle));
+  EXPECT_EQ(nullptr, handle);
 }
 
 // ---- damage
@@ -142,9 +142,9 @@ TEST(LoadingDamage, AnImpossibleRunEndsTheWay) {
   LoadedTreeRig rig;
   rig.Create({"a", "a/b"});
   PatchFile(rig.path, InString(2, kSegmentLength), "\x11");
-  EXPECT_EQ(rig.TryToLoad("a"), 59u);
-  EXPECT_EQ(rig.TryToLoad("a/b"), 59u);
-  EXPECT_EQ(rig.TryToLoad(""), 59u);
+  EXPECT_EQ(status::kInvalidFile, rig.TryToLoad("a"));
+  EXPECT_EQ(status::kInvalidFile, rig.TryToLoad("a/b"));
+  EXPECT_EQ(status::kInvalidFile, rig.TryToLoad(""));
 }
 
 TEST(LoadingDamage, BelowAKeyWhatCannotBeReadIsNotThere) {
@@ -152,8 +152,8 @@ TEST(LoadingDamage, BelowAKeyWhatCannotBeReadIsNotThere) {
   rig.Create({"a", "a/m", "a/f", "a/t"});  // 300, its lower 400, its higher 500
   PatchFile(rig.path, InString(5, kSegmentLength), "\xFF");
   TernaryHandle* handle = rig.Load("a");
-  EXPECT_EQ(rig.Find(handle, "t"), 2u);
-  EXPECT_EQ(rig.Find(handle, ""), 0u);
+  EXPECT_EQ(status::kNotFound, rig.Find(handle, "t"));
+  EXPECT_EQ(status::kOk, rig.Find(handle, ""));
 }
 
 TEST(LoadingDamage, LinksThatFormACircleEnd) {
@@ -178,11 +178,11 @@ TEST(LoadingDamage, ALinkThatLeadsToTheSameNodeTwiceLoadsItOnce) {
   rig.Create({"m", "m/b"});
   rig.PatchWord(InString(2, kLo), 0x300);  // its child, too
   for (int round = 0; round < 3; ++round) {
-    EXPECT_EQ(rig.TryToLoad("m/b"), 0u);
+    EXPECT_EQ(status::kOk, rig.TryToLoad("m/b"));
     TernaryHandle* m = rig.Load("m");
-    EXPECT_EQ(rig.Find(m, "b"), 0u);
-    EXPECT_EQ(rig.Loaded(), "3 strings, 3 keys");
-    EXPECT_EQ(rig.Unload(m), 0u);
+    EXPECT_EQ(status::kOk, rig.Find(m, "b"));
+    EXPECT_EQ("3 strings, 3 keys", rig.Loaded());
+    EXPECT_EQ(status::kOk, rig.Unload(m));
   }
 }
 
@@ -190,11 +190,11 @@ TEST(LoadingDamage, ANodeOnTheWayIsNotLoadedAgain) {
   LoadedTreeRig rig;
   rig.Create({"m", "m/b"});
   rig.PatchWord(InString(3, kChild), 0x200);
-  EXPECT_EQ(rig.TryToLoad("m/b"), 59u);
-  EXPECT_EQ(rig.TryToLoad("m/b/m"), 59u);
+  EXPECT_EQ(status::kInvalidFile, rig.TryToLoad("m/b"));
+  EXPECT_EQ(status::kInvalidFile, rig.TryToLoad("m/b/m"));
   TernaryHandle* m = rig.Load("m");
-  EXPECT_EQ(rig.Find(m, "b"), 0u);
-  EXPECT_EQ(rig.Find(m, "b/m"), 2u);
+  EXPECT_EQ(status::kOk, rig.Find(m, "b"));
+  EXPECT_EQ(status::kNotFound, rig.Find(m, "b/m"));
 }
 
 TEST(LoadingDamage, AKeyThatTwoNamesShareIsLoadedOnce) {
@@ -202,38 +202,38 @@ TEST(LoadingDamage, AKeyThatTwoNamesShareIsLoadedOnce) {
   rig.Create({"a", "b"});
   rig.PatchWord(InString(3, kKeyLink), 0x200);
   TernaryHandle* a = rig.Load("a");
-  EXPECT_EQ(rig.TryToLoad("b"), 59u);
-  EXPECT_EQ(rig.Unload(a), 0u);
-  EXPECT_EQ(rig.TryToLoad("b"), 0u);
+  EXPECT_EQ(status::kInvalidFile, rig.TryToLoad("b"));
+  EXPECT_EQ(status::kOk, rig.Unload(a));
+  EXPECT_EQ(status::kOk, rig.TryToLoad("b"));
 }
 
 // Of the root's key nothing is needed for others.
 TEST(LoadingDamage, TheRootsKeyKeepsNoOtherFromBeingLoaded) {
   LoadedTreeRig rig;
   rig.Create({"a"});
-  ASSERT_EQ(rig.CreateNumber("", "n", 1), 0u);
+  ASSERT_EQ(status::kOk, rig.CreateNumber("", "n", 1));
   rig.PatchWord(InValue(1, 0), 0x100);
-  EXPECT_EQ(rig.TryToLoad("a"), 0u);
-  EXPECT_EQ(rig.TryToLoad(""), 59u);
-  EXPECT_EQ(rig.TryToLoad("/"), 59u);
+  EXPECT_EQ(status::kOk, rig.TryToLoad("a"));
+  EXPECT_EQ(status::kInvalidFile, rig.TryToLoad(""));
+  EXPECT_EQ(status::kInvalidFile, rig.TryToLoad("/"));
 }
 
 TEST(LoadingDamage, ValuesThatFormACircleKeepTheKeyFromBeingLoaded) {
   LoadedTreeRig rig;
   rig.Create({"a"});
-  ASSERT_EQ(rig.CreateNumber("a", "n", 1), 0u);
+  ASSERT_EQ(status::kOk, rig.CreateNumber("a", "n", 1));
   rig.PatchWord(InValue(1, 0), 0x100);
-  EXPECT_EQ(rig.TryToLoad("a"), 59u);
+  EXPECT_EQ(status::kInvalidFile, rig.TryToLoad("a"));
 }
 
 TEST(LoadingDamage, DataThatCannotBeReadIsZero) {
   LoadedTreeRig rig;
   rig.Create({"a"});
-  ASSERT_EQ(rig.CreateData("a", "lost", "abc"), 0u);
-  ASSERT_EQ(rig.CreateData("a", "there", "xyz"), 0u);
+  ASSERT_EQ(status::kOk, rig.CreateData("a", "lost", "abc"));
+  ASSERT_EQ(status::kOk, rig.CreateData("a", "there", "xyz"));
   rig.PatchWord(InValue(1, 44), 0);
   TernaryHandle* handle = rig.Load("a");
-  EXPECT_EQ(LoadedValues(*handle->start->key), "there 78797a, lost 000000");
+  EXPECT_EQ("there 78797a, lost 000000", LoadedValues(*handle->start->key));
 }
 
 }  // namespace

@@ -24,38 +24,38 @@ class LoadedNames : public RootHandleTest {
     TernaryString* string = nullptr;
     TernaryKey* key = nullptr;
     TernaryString* owner = nullptr;
-    EXPECT_EQ(rig.loaded.FindKey(root, path, string, key, owner), 0u) << path;
+    EXPECT_EQ(status::kOk, rig.loaded.FindKey(root, path, string, key, owner)) << path;
     return string;
   }
 };
 
 TEST_F(LoadedNames, ANameOfOneCharacterHasNoSegment) {
-  ASSERT_EQ(Create("a"), 0u);
+  ASSERT_EQ(status::kOk, Create("a"));
   ExpectNodes({"00001061 16*0 00020000 16*0"});
 }
 
 TEST_F(LoadedNames, ANameOf16CharactersHasASegmentOf15) {
-  ASSERT_EQ(Create(kText.substr(0, 16)), 0u);
+  ASSERT_EQ(status::kOk, Create(kText.substr(0, 16)));
   ExpectNodes({"000f1070 16*0 00020000 6162636465666768696a6b6c6d6e6f 1*0"});
 }
 
 TEST_F(LoadedNames, ANameOf17CharactersFillsANode) {
-  ASSERT_EQ(Create(kText.substr(0, 17)), 0u);
+  ASSERT_EQ(status::kOk, Create(kText.substr(0, 17)));
   ExpectNodes({"00101071 16*0 00020000 6162636465666768696a6b6c6d6e6f70"});
 }
 
 TEST_F(LoadedNames, ANameOf18CharactersEndsInANodeWithoutSegment) {
-  ASSERT_EQ(Create(kText.substr(0, 18)), 0u);
+  ASSERT_EQ(status::kOk, Create(kText.substr(0, 18)));
   ExpectNodes({kFirstOfMany, "00001072 16*0 00020000 16*0"});
 }
 
 TEST_F(LoadedNames, ANameOf34CharactersFillsTwoNodes) {
-  ASSERT_EQ(Create(kText.substr(0, 34)), 0u);
+  ASSERT_EQ(status::kOk, Create(kText.substr(0, 34)));
   ExpectNodes({kFirstOfMany, "00101048 16*0 00020000 72737475767778797a41424344454647"});
 }
 
 TEST_F(LoadedNames, ANameOf35CharactersTakesThreeNodes) {
-  ASSERT_EQ(Create(kText.substr(0, 35)), 0u);
+  ASSERT_EQ(status::kOk, Create(kText.substr(0, 35)));
   ExpectNodes({kFirstOfMany, "00100048 8*0 00040000 8*0 72737475767778797a41424344454647",
                "00001049 16*0 00020000 16*0"});
 }
@@ -63,21 +63,21 @@ TEST_F(LoadedNames, ANameOf35CharactersTakesThreeNodes) {
 // The file has the lock that the string had while it was written; whoever loads it forgets it.
 TEST_F(LoadedNames, TheOwnersRecordTellsOfTheLock) {
   EXPECT_EQ(rig.StringNode(1), Packed("00001000 16*0 00010000 16*0"));
-  ASSERT_EQ(Create("a"), 0u);
+  ASSERT_EQ(status::kOk, Create("a"));
   EXPECT_EQ(rig.StringNode(1), Packed("00001100 12*0 00020000 00010000 16*0"));
-  ASSERT_EQ(Create("a/b"), 0u);
+  ASSERT_EQ(status::kOk, Create("a/b"));
   EXPECT_EQ(rig.StringNode(2), Packed("00001161 12*0 00030000 00020000 16*0"));
   EXPECT_FALSE(root->start->isLocked());
   EXPECT_FALSE(root->start->directory->isLocked());
-  ASSERT_EQ(rig.Unload(root), 0u);
-  ASSERT_EQ(rig.loaded.UnloadKeyTree(nullptr), 0u);
+  ASSERT_EQ(status::kOk, rig.Unload(root));
+  ASSERT_EQ(status::kOk, rig.loaded.UnloadKeyTree(nullptr));
   root = rig.Load("");
-  EXPECT_EQ(root->start->node->flags(), 0x10);
-  EXPECT_EQ(root->start->directory->node->flags(), 0x10);
-  ASSERT_EQ(Create("a/c"), 0u);
+  EXPECT_EQ(0x10, root->start->node->flags());
+  EXPECT_EQ(0x10, root->start->directory->node->flags());
+  ASSERT_EQ(status::kOk, Create("a/c"));
   EXPECT_EQ(rig.StringNode(2), Packed("00001161 12*0 00030000 00020000 16*0"))
       << "the new name hangs beside \"b\"; this record was not written";
-  ASSERT_EQ(Create("ab"), 0u);
+  ASSERT_EQ(status::kOk, Create("ab"));
   EXPECT_EQ(rig.StringNode(2), Packed("00001061 8*0 00050000 00030000 00020000 16*0"));
 }
 
@@ -146,20 +146,21 @@ TEST_F(LoadedNames, HighBytesHangBelowTheOthers) {
 
 TEST_F(LoadedNames, ANameWithoutAKeyEndsUnmarked) {
   TernaryString* first = nullptr;
-  ASSERT_EQ(rig.loaded.CreateStringNode(0, kText.substr(0, 18).c_str(), first, nullptr), 0u);
+  ASSERT_EQ(status::kOk,
+            rig.loaded.CreateStringNode(0, kText.substr(0, 18).c_str(), first, nullptr));
   ExpectNodes({kFirstOfMany, "00000072 36*0"});
-  EXPECT_EQ(first->id, 0x200u);
-  EXPECT_EQ(first->equal->id, 0x300u);
-  EXPECT_EQ(first->equal->key, nullptr);
+  EXPECT_EQ(0x200u, first->id);
+  EXPECT_EQ(0x300u, first->equal->id);
+  EXPECT_EQ(nullptr, first->equal->key);
   delete first->equal;
   delete first;
 }
 
 TEST_F(LoadedNames, TheEmptyNameIsANodeWithoutCharacters) {
   TernaryKey* key = nullptr;
-  ASSERT_EQ(rig.loaded.CreateKeyNode(0, 0, 0, 0, false, key), 0u);
+  ASSERT_EQ(status::kOk, rig.loaded.CreateKeyNode(0, 0, 0, 0, false, key));
   TernaryString* first = nullptr;
-  ASSERT_EQ(rig.loaded.CreateStringNode(0, "", first, key), 0u);
+  ASSERT_EQ(status::kOk, rig.loaded.CreateStringNode(0, "", first, key));
   ExpectNodes({"00001000 16*0 00020000 16*0"});
   EXPECT_EQ(first->key, key);
   delete first;
@@ -172,13 +173,14 @@ TEST_F(LoadedNames, ASlashIsNoPartOfANameAndGivesAllSlotsBack) {
     for (const char* end : {"/", "/x"}) {
       TernaryString* first = root->start;
       const std::string name = kText.substr(0, length) + end;
-      EXPECT_EQ(rig.loaded.CreateStringNode(0, name.c_str(), first, nullptr), 22u) << name;
-      EXPECT_EQ(first, nullptr);
+      EXPECT_EQ(status::kBadArgument, rig.loaded.CreateStringNode(0, name.c_str(), first, nullptr))
+          << name;
+      EXPECT_EQ(nullptr, first);
       EXPECT_TRUE(Tables() == before) << name;
     }
   }
   TernaryString* first = nullptr;
-  EXPECT_EQ(rig.loaded.CreateStringNode(0, nullptr, first, nullptr), 22u);
+  EXPECT_EQ(status::kBadArgument, rig.loaded.CreateStringNode(0, nullptr, first, nullptr));
 }
 
 TEST_F(LoadedNames, NothingIsCutAtOrBehindASegmentsEnd) {
@@ -186,7 +188,8 @@ TEST_F(LoadedNames, NothingIsCutAtOrBehindASegmentsEnd) {
   const std::string before = rig.Contents();
   for (unsigned int cut : {2u, 3u, 16u, 255u, 0xFFFFFFFFu}) {
     TernaryString* upper = nullptr;
-    EXPECT_EQ(rig.loaded.SplitString(0, StringOf("abc"), 0, cut, root->start, upper), 53u);
+    EXPECT_EQ(status::kNoData,
+              rig.loaded.SplitString(0, StringOf("abc"), 0, cut, root->start, upper));
     EXPECT_EQ(upper, StringOf("abc"));
   }
   EXPECT_TRUE(rig.Contents() == before);
@@ -198,11 +201,11 @@ TEST_F(LoadedNames, AStringThatDoesNotHangThereIsNotCut) {
   TernaryString* below = StringOf("abc/def");
   for (TernaryString* parent : {root->start, below}) {
     TernaryString* upper = nullptr;
-    EXPECT_EQ(rig.loaded.SplitString(0, below, 0, 1, parent, upper), 22u);
+    EXPECT_EQ(status::kBadArgument, rig.loaded.SplitString(0, below, 0, 1, parent, upper));
     EXPECT_EQ(upper, below);
   }
   TernaryString* upper = nullptr;
-  EXPECT_EQ(rig.loaded.SplitString(0, nullptr, 0, 0, root->start, upper), 22u);
+  EXPECT_EQ(status::kBadArgument, rig.loaded.SplitString(0, nullptr, 0, 0, root->start, upper));
   EXPECT_TRUE(rig.Contents() == before);
 }
 
@@ -213,7 +216,7 @@ TEST_F(LoadedNames, AStringThatIsLoadedElsewhereIsNotCut) {
   TernaryString* below = m->lower;
   m->lower = nullptr;
   TernaryString* upper = nullptr;
-  EXPECT_EQ(rig.loaded.SplitString(0, below, 0, 1, m, upper), 59u);
+  EXPECT_EQ(status::kInvalidFile, rig.loaded.SplitString(0, below, 0, 1, m, upper));
   EXPECT_EQ(upper, below);
   m->lower = below;
   EXPECT_TRUE(rig.Contents() == before);
@@ -222,24 +225,24 @@ TEST_F(LoadedNames, AStringThatIsLoadedElsewhereIsNotCut) {
 TEST_F(LoadedNames, WithoutAParentTheUpperPartBecomesTheRoot) {
   CreateAll({"abc"});
   TernaryString* upper = nullptr;
-  ASSERT_EQ(rig.loaded.SplitString(0, StringOf("abc"), 7, 1, nullptr, upper), 0u);
-  EXPECT_EQ(upper->id, 0x300u);
+  ASSERT_EQ(status::kOk, rig.loaded.SplitString(0, StringOf("abc"), 7, 1, nullptr, upper));
+  EXPECT_EQ(0x300u, upper->id);
   EXPECT_EQ(FileBytes(rig.path, 4180 + 28, 4), std::string("\0\3\0\0", 4));
   ExpectNodes({"00001063 16*0 00020000 16*0", "00010062 8*0 00020000 8*0 61 15*0"});
   EXPECT_EQ(rig.StringNode(1), Packed("00001100 12*0 00020000 00010000 16*0"));
   // As it would have been with its parent.
-  EXPECT_EQ(rig.loaded.SetStartString(root->start), 0u);
+  EXPECT_EQ(0u, rig.loaded.SetStartString(root->start));
   root->start->SetDirectory(upper);
-  EXPECT_EQ(rig.loaded.File()->WriteNode(0, 0x100, root->start->node.get(), false), 0u);
+  EXPECT_EQ(status::kOk, rig.loaded.File()->WriteNode(0, 0x100, root->start->node.get(), false));
 }
 
 TEST_F(LoadedNames, ACutFirstLevelKeepsTheRoot) {
   CreateAll({"abc", "abc/x"});
   for (const char* name : {"axyz", "b12"}) {
-    ASSERT_EQ(Create(name), 0u) << name;
+    ASSERT_EQ(status::kOk, Create(name)) << name;
     EXPECT_EQ(FileBytes(rig.path, 4180 + 28, 4), std::string("\0\1\0\0", 4));
     EXPECT_EQ(rig.Root(), root->start);
-    EXPECT_EQ(root->start->id, 0x100u);
+    EXPECT_EQ(0x100u, root->start->id);
   }
 }
 
@@ -252,24 +255,24 @@ TEST_F(LoadedNames, AHandleOnACutStringGoesOn) {
   EXPECT_EQ(handle->start, start);
   EXPECT_EQ(StringOf("abcdef"), start);
   EXPECT_EQ(rig.KeyOf(handle, "x"), x);
-  EXPECT_EQ(CreateThrough(handle, "y"), 0u);
-  EXPECT_EQ(CreateThrough(handle, "xx"), 0u);
-  EXPECT_EQ(Stored(), "abc abcdef abcdef/x abcdef/xx abcdef/y abcdzz abxyz");
-  EXPECT_EQ(start->loadCount, 1u);
-  EXPECT_EQ(rig.Unload(handle), 0u);
-  EXPECT_EQ(rig.Find(root, "abcdef/xx"), 0u);
+  EXPECT_EQ(status::kOk, CreateThrough(handle, "y"));
+  EXPECT_EQ(status::kOk, CreateThrough(handle, "xx"));
+  EXPECT_EQ("abc abcdef abcdef/x abcdef/xx abcdef/y abcdzz abxyz", Stored());
+  EXPECT_EQ(1u, start->loadCount);
+  EXPECT_EQ(status::kOk, rig.Unload(handle));
+  EXPECT_EQ(status::kOk, rig.Find(root, "abcdef/xx"));
 }
 
 // The other's change is written together with the lock that it has on the string.
 TEST_F(LoadedNames, ALockedStringIsCutWithItsLock) {
   CreateAll({"abc", "abc/x"});
   TernaryString* abc = StringOf("abc");
-  ASSERT_EQ(abc->Lock(root), 0u);
-  ASSERT_EQ(Create("ab"), 0u);
+  ASSERT_EQ(status::kOk, abc->Lock(root));
+  ASSERT_EQ(status::kOk, Create("ab"));
   EXPECT_TRUE(abc->isLocked());
   EXPECT_EQ(rig.StringNode(2), Packed("00001163 12*0 00030000 00020000 16*0"));
-  ASSERT_EQ(abc->Unlock(), 0u);
-  EXPECT_EQ(rig.Find(root, "abc/x"), 0u);
+  ASSERT_EQ(status::kOk, abc->Unlock());
+  EXPECT_EQ(status::kOk, rig.Find(root, "abc/x"));
 }
 
 }  // namespace

@@ -21,22 +21,22 @@ class LoadedSearch : public ::testing::Test {
 };
 
 TEST_F(LoadedSearch, TheEmptyPathIsTheStart) {
-  EXPECT_EQ(Search(""), "0 string 100 node 0 at 0 run -1 parent 100 owner 100 flags 0");
-  EXPECT_EQ(Search("/"), "0 string 100 node 0 at 1 run -1 parent 100 owner 100 flags 0");
+  EXPECT_EQ("0 string 100 node 0 at 0 run -1 parent 100 owner 100 flags 0", Search(""));
+  EXPECT_EQ("0 string 100 node 0 at 1 run -1 parent 100 owner 100 flags 0", Search("/"));
 }
 
 TEST_F(LoadedSearch, WithoutKeysItStopsAtTheEmptyDirectory) {
-  EXPECT_EQ(Search("a"), "2 string 100 node 0 at 0 run -1 parent 0 owner 100 flags 1");
-  EXPECT_EQ(Search("/a"), "2 string 100 node 0 at 1 run -1 parent 0 owner 100 flags 1");
+  EXPECT_EQ("2 string 100 node 0 at 0 run -1 parent 0 owner 100 flags 1", Search("a"));
+  EXPECT_EQ("2 string 100 node 0 at 1 run -1 parent 0 owner 100 flags 1", Search("/a"));
 }
 
 TEST_F(LoadedSearch, KeysAreFoundAtEveryDepth) {
   rig.Create({"abc", "abc/x", "abd"});
   rig.Load("");
-  EXPECT_EQ(Search("abc").substr(0, 12), "0 string 200");
-  EXPECT_EQ(Search("/abc/x").substr(0, 12), "0 string 300");
-  EXPECT_EQ(Search("abd").substr(0, 12), "0 string 400");
-  EXPECT_EQ(Search("abc/").substr(0, 12), "0 string 200") << "one at the end is accepted";
+  EXPECT_EQ("0 string 200", Search("abc").substr(0, 12));
+  EXPECT_EQ("0 string 300", Search("/abc/x").substr(0, 12));
+  EXPECT_EQ("0 string 400", Search("abd").substr(0, 12));
+  EXPECT_EQ("0 string 200", Search("abc/").substr(0, 12)) << "one at the end is accepted";
   EXPECT_EQ(Search("abc/x").substr(30), Search("abc/x/").substr(30));
   EXPECT_NE(Search("abc/x").find("owner 200"), std::string::npos);
 }
@@ -45,53 +45,54 @@ TEST_F(LoadedSearch, KeysAreFoundAtEveryDepth) {
 TEST_F(LoadedSearch, ARunIsCutWhereItParts) {
   rig.Create({"abc"});
   rig.Load("");
-  EXPECT_EQ(Search("x"), "2 string 200 node 0 at 0 run 0 parent 100 owner 100 flags 0");
-  EXPECT_EQ(Search("ax"), "2 string 200 node 0 at 0 run 1 parent 100 owner 100 flags 0");
-  EXPECT_EQ(Search("a"), "2 string 200 node 0 at 0 run 0 parent 100 owner 100 flags 0");
-  EXPECT_EQ(Search("ab"), "2 string 200 node 0 at 0 run 1 parent 100 owner 100 flags 0");
-  EXPECT_EQ(Search("a/b"), "2 string 200 node 0 at 0 run 1 parent 100 owner 100 flags 0");
+  EXPECT_EQ("2 string 200 node 0 at 0 run 0 parent 100 owner 100 flags 0", Search("x"));
+  EXPECT_EQ("2 string 200 node 0 at 0 run 1 parent 100 owner 100 flags 0", Search("ax"));
+  EXPECT_EQ("2 string 200 node 0 at 0 run 0 parent 100 owner 100 flags 0", Search("a"));
+  EXPECT_EQ("2 string 200 node 0 at 0 run 1 parent 100 owner 100 flags 0", Search("ab"));
+  EXPECT_EQ("2 string 200 node 0 at 0 run 1 parent 100 owner 100 flags 0", Search("a/b"));
 }
 
 TEST_F(LoadedSearch, AMissingLinkIsTold) {
   rig.Create({"abc"});
   rig.Load("");
-  EXPECT_EQ(Search("aba"), "2 string 200 node 0 at 2 run -1 parent 100 owner 100 flags 0");
-  EXPECT_EQ(Search("abd"), "2 string 200 node 0 at 2 run -1 parent 100 owner 100 flags 0");
-  EXPECT_EQ(Search("abcd"), "2 string 200 node 0 at 3 run -1 parent 100 owner 100 flags 2");
-  EXPECT_EQ(Search("abc/d"), "2 string 200 node 0 at 4 run -1 parent 100 owner 200 flags 3");
+  EXPECT_EQ("2 string 200 node 0 at 2 run -1 parent 100 owner 100 flags 0", Search("aba"));
+  EXPECT_EQ("2 string 200 node 0 at 2 run -1 parent 100 owner 100 flags 0", Search("abd"));
+  EXPECT_EQ("2 string 200 node 0 at 3 run -1 parent 100 owner 100 flags 2", Search("abcd"));
+  EXPECT_EQ("2 string 200 node 0 at 4 run -1 parent 100 owner 200 flags 3", Search("abc/d"));
 }
 
 // What is in the file and not loaded is told by its id.
 TEST_F(LoadedSearch, WhatIsNotLoadedIsToldByItsId) {
   rig.Create({"m", "a", "z", "mm", "m/x"});  // 200 and its links 300, 400, 500, 600
-  EXPECT_EQ(Search("a"), "2 string 100 node 200 at 0 run -1 parent 0 owner 100 flags 1");
+  EXPECT_EQ("2 string 100 node 200 at 0 run -1 parent 0 owner 100 flags 1", Search("a"));
   TernaryHandle* handle = rig.Load("m");
-  EXPECT_EQ(Search("m").substr(0, 12), "0 string 200");
-  EXPECT_EQ(Search("m/x").substr(0, 12), "0 string 600");
-  EXPECT_EQ(Search("a"), "2 string 200 node 300 at 0 run -1 parent 100 owner 100 flags 0");
-  EXPECT_EQ(Search("z"), "2 string 200 node 400 at 0 run -1 parent 100 owner 100 flags 0");
-  EXPECT_EQ(Search("mm"), "2 string 200 node 500 at 1 run -1 parent 100 owner 100 flags 2");
-  EXPECT_EQ(rig.Unload(handle), 0u);
-  EXPECT_EQ(Search("m/x"), "2 string 200 node 600 at 2 run -1 parent 100 owner 200 flags 3");
-  EXPECT_EQ(Search("m"), "2 string 200 node 500 at 1 run -1 parent 100 owner 100 flags 2");
+  EXPECT_EQ("0 string 200", Search("m").substr(0, 12));
+  EXPECT_EQ("0 string 600", Search("m/x").substr(0, 12));
+  EXPECT_EQ("2 string 200 node 300 at 0 run -1 parent 100 owner 100 flags 0", Search("a"));
+  EXPECT_EQ("2 string 200 node 400 at 0 run -1 parent 100 owner 100 flags 0", Search("z"));
+  EXPECT_EQ("2 string 200 node 500 at 1 run -1 parent 100 owner 100 flags 2", Search("mm"));
+  EXPECT_EQ(status::kOk, rig.Unload(handle));
+  EXPECT_EQ("2 string 200 node 600 at 2 run -1 parent 100 owner 200 flags 3", Search("m/x"));
+  EXPECT_EQ("2 string 200 node 500 at 1 run -1 parent 100 owner 100 flags 2", Search("m"));
 }
 
 TEST_F(LoadedSearch, ANameWithoutAKeyIsNotFound) {
   rig.Create({"ab", "bc"});  // "a" and "b" are branches in a chain of single characters
   rig.Create({"abc"});
-  ASSERT_EQ(rig.Delete("ab"), 0u);
+  ASSERT_EQ(status::kOk, rig.Delete("ab"));
   TernaryHandle* root = rig.Load("");
-  EXPECT_EQ(rig.Find(root, "ab"), 2u);
-  EXPECT_EQ(rig.Find(root, "ab/"), 2u);
-  EXPECT_EQ(rig.Find(root, "abc"), 0u);
-  EXPECT_EQ(rig.Find(nullptr, "abc"), 0u) << "without a handle from the root";
+  EXPECT_EQ(status::kNotFound, rig.Find(root, "ab"));
+  EXPECT_EQ(status::kNotFound, rig.Find(root, "ab/"));
+  EXPECT_EQ(status::kOk, rig.Find(root, "abc"));
+  EXPECT_EQ(status::kOk, rig.Find(nullptr, "abc")) << "without a handle from the root";
 }
 
 TEST_F(LoadedSearch, HighBytesSortBelowTheOthers) {
   rig.Create({"m", "\xE4", "A", "z"});
   TernaryHandle* root = rig.Load("");
-  for (const char* key : {"m", "\xE4", "A", "z"}) EXPECT_EQ(rig.Find(root, key), 0u) << key;
-  EXPECT_EQ(rig.Find(root, "\xE5"), 2u);
+  for (const char* key : {"m", "\xE4", "A", "z"})
+    EXPECT_EQ(status::kOk, rig.Find(root, key)) << key;
+  EXPECT_EQ(status::kNotFound, rig.Find(root, "\xE5"));
   const TernaryString* m = rig.Root()->directory;
   EXPECT_EQ(m->lower->node->splitChar(), static_cast<signed char>(0xE4));
 }

@@ -16,19 +16,19 @@ class Unloading : public ::testing::Test {
 
 TEST_F(Unloading, TheLastHandleTakesTheSubtreeAlong) {
   TernaryHandle* handle = rig.Load("a");
-  EXPECT_EQ(rig.Loaded(), "5 strings, 5 keys");
-  EXPECT_EQ(rig.Unload(handle), 0u);
-  EXPECT_EQ(rig.Loaded(), "2 strings, 1 keys");  // the string of "a" stays on the way
-  EXPECT_EQ(rig.TryToLoad("a/d"), 0u);
-  EXPECT_EQ(rig.loaded.UnloadKeyTree(nullptr), 0u);
-  EXPECT_EQ(rig.Loaded(), "1 strings, 1 keys");
+  EXPECT_EQ("5 strings, 5 keys", rig.Loaded());
+  EXPECT_EQ(status::kOk, rig.Unload(handle));
+  EXPECT_EQ("2 strings, 1 keys", rig.Loaded());  // the string of "a" stays on the way
+  EXPECT_EQ(status::kOk, rig.TryToLoad("a/d"));
+  EXPECT_EQ(status::kOk, rig.loaded.UnloadKeyTree(nullptr));
+  EXPECT_EQ("1 strings, 1 keys", rig.Loaded());
 }
 
 TEST_F(Unloading, TheRootGoesWhole) {
   TernaryHandle* handle = rig.Load("");
-  EXPECT_EQ(rig.Loaded(), "6 strings, 6 keys");
-  EXPECT_EQ(rig.Unload(handle), 0u);
-  EXPECT_EQ(rig.Loaded(), "1 strings, 1 keys");
+  EXPECT_EQ("6 strings, 6 keys", rig.Loaded());
+  EXPECT_EQ(status::kOk, rig.Unload(handle));
+  EXPECT_EQ("1 strings, 1 keys", rig.Loaded());
 }
 
 TEST_F(Unloading, OfTwoHandlesOnAKeyEitherMayGoFirst) {
@@ -38,11 +38,11 @@ TEST_F(Unloading, OfTwoHandlesOnAKeyEitherMayGoFirst) {
       TernaryHandle* two = rig.Load(key);
       const std::string all = rig.Loaded();
       TernaryHandle* stays = firstGoesFirst ? two : one;
-      EXPECT_EQ(rig.Unload(firstGoesFirst ? one : two), 0u);
+      EXPECT_EQ(0u, rig.Unload(firstGoesFirst ? one : two));
       EXPECT_EQ(rig.Loaded(), all);
-      EXPECT_EQ(rig.Find(stays, ""), 0u);
-      EXPECT_EQ(stays->start->loadCount, 1u);
-      EXPECT_EQ(rig.Unload(stays), 0u);
+      EXPECT_EQ(status::kOk, rig.Find(stays, ""));
+      EXPECT_EQ(1u, stays->start->loadCount);
+      EXPECT_EQ(status::kOk, rig.Unload(stays));
     }
   }
 }
@@ -53,10 +53,11 @@ TEST_F(Unloading, AnInnerHandleLeavesWhatAnOuterOneNeeds) {
   TernaryHandle* inner = rig.Load("a/b");
   TernaryHandle* root = rig.Load("");
   const std::string all = rig.Loaded();
-  EXPECT_EQ(rig.Unload(inner), 0u);
-  EXPECT_EQ(rig.Unload(outer), 0u);
+  EXPECT_EQ(status::kOk, rig.Unload(inner));
+  EXPECT_EQ(status::kOk, rig.Unload(outer));
   EXPECT_EQ(rig.Loaded(), all);
-  for (const char* key : {"a", "a/b", "a/b/c", "a/d"}) EXPECT_EQ(rig.Find(root, key), 0u) << key;
+  for (const char* key : {"a", "a/b", "a/b/c", "a/d"})
+    EXPECT_EQ(status::kOk, rig.Find(root, key)) << key;
 }
 
 TEST_F(Unloading, AKeyWhoseNameOnlyBeginsAlikeIsNotBelow) {
@@ -64,7 +65,7 @@ TEST_F(Unloading, AKeyWhoseNameOnlyBeginsAlikeIsNotBelow) {
   rig.Load("a");
   TernaryHandle* other = rig.Load("ab");
   const std::string all = rig.Loaded();
-  EXPECT_EQ(rig.Unload(other), 0u);
+  EXPECT_EQ(status::kOk, rig.Unload(other));
   EXPECT_NE(rig.Loaded(), all);
 }
 
@@ -72,13 +73,13 @@ TEST_F(Unloading, AnOuterHandleLeavesWhatAnInnerOneNeeds) {
   TernaryHandle* outer = rig.Load("a");
   TernaryHandle* inner = rig.Load("a/b");
   TernaryKey* c = rig.KeyOf(inner, "c");
-  EXPECT_EQ(rig.Unload(outer), 0u);
-  EXPECT_EQ(rig.Find(inner, ""), 0u);
+  EXPECT_EQ(status::kOk, rig.Unload(outer));
+  EXPECT_EQ(status::kOk, rig.Find(inner, ""));
   EXPECT_EQ(rig.KeyOf(inner, "c"), c);
-  EXPECT_EQ(rig.Loaded(), "5 strings, 4 keys");  // "a" has no key, its neighbour "d" hangs on "b"
+  EXPECT_EQ("5 strings, 4 keys", rig.Loaded());  // "a" has no key, its neighbour "d" hangs on "b"
   TernaryHandle* again = rig.Load("a");
   EXPECT_EQ(rig.KeyOf(again, "b/c"), c) << "there is never a second copy";
-  EXPECT_EQ(rig.Find(again, "d"), 0u);
+  EXPECT_EQ(status::kOk, rig.Find(again, "d"));
 }
 
 TEST_F(Unloading, TheRootStaysWhileAnInnerHandleNeedsIt) {
@@ -86,43 +87,43 @@ TEST_F(Unloading, TheRootStaysWhileAnInnerHandleNeedsIt) {
   TernaryHandle* inner = rig.Load("a/b");
   TernaryString* rootString = rig.Root();
   TernaryKey* c = rig.KeyOf(inner, "c");
-  EXPECT_EQ(rig.Unload(root), 0u);
+  EXPECT_EQ(status::kOk, rig.Unload(root));
   EXPECT_EQ(rig.Root(), rootString);
-  EXPECT_NE(rootString->key, nullptr);
+  EXPECT_NE(nullptr, rootString->key);
   root = rig.Load("");
   EXPECT_EQ(rig.KeyOf(root, "a/b/c"), c);
-  EXPECT_EQ(rig.Find(root, "x"), 0u);
-  EXPECT_EQ(rig.Unload(inner), 0u);
-  EXPECT_EQ(rig.Find(root, "a/b/c"), 0u);
+  EXPECT_EQ(status::kOk, rig.Find(root, "x"));
+  EXPECT_EQ(status::kOk, rig.Unload(inner));
+  EXPECT_EQ(status::kOk, rig.Find(root, "a/b/c"));
 }
 
 TEST_F(Unloading, WithoutAHandleOnlyWhatNobodyNeedsGoes) {
   TernaryHandle* inner = rig.Load("a/b");
-  EXPECT_EQ(rig.loaded.UnloadKeyTree(nullptr), 0u);
-  EXPECT_EQ(rig.Find(inner, "c"), 0u);
-  EXPECT_EQ(inner->start->loadCount, 1u);
+  EXPECT_EQ(status::kOk, rig.loaded.UnloadKeyTree(nullptr));
+  EXPECT_EQ(status::kOk, rig.Find(inner, "c"));
+  EXPECT_EQ(1u, inner->start->loadCount);
   TernaryHandle* root = rig.Load("");
   const std::string all = rig.Loaded();
-  EXPECT_EQ(rig.loaded.UnloadKeyTree(nullptr), 0u);
-  EXPECT_EQ(rig.loaded.UnloadKeyTree(nullptr), 0u);
+  EXPECT_EQ(status::kOk, rig.loaded.UnloadKeyTree(nullptr));
+  EXPECT_EQ(status::kOk, rig.loaded.UnloadKeyTree(nullptr));
   EXPECT_EQ(rig.Loaded(), all);
-  EXPECT_EQ(root->start->loadCount, 1u);
+  EXPECT_EQ(1u, root->start->loadCount);
 }
 
 TEST_F(Unloading, AHandleWithALockedStringIsBusy) {
   TernaryHandle* handle = rig.Load("a");
-  ASSERT_EQ(handle->start->Lock(handle), 0u);
-  EXPECT_EQ(rig.Unload(handle), 16u);
-  EXPECT_EQ(handle->start->loadCount, 1u);
-  ASSERT_EQ(handle->start->Unlock(), 0u);
-  EXPECT_EQ(rig.Unload(handle), 0u);
+  ASSERT_EQ(status::kOk, handle->start->Lock(handle));
+  EXPECT_EQ(status::kBusy, rig.Unload(handle));
+  EXPECT_EQ(1u, handle->start->loadCount);
+  ASSERT_EQ(status::kOk, handle->start->Unlock());
+  EXPECT_EQ(status::kOk, rig.Unload(handle));
 }
 
 TEST_F(Unloading, AHandleThatSomebodyWaitsWithIsBusy) {
   TernaryHandle* one = rig.Load("a");
   TernaryHandle* two = rig.Load("a");
   TernaryString* a = one->start;
-  ASSERT_EQ(a->Lock(one), 0u);
+  ASSERT_EQ(status::kOk, a->Lock(one));
   std::thread other([&] {
     a->Lock(two);
     a->Unlock();
@@ -131,12 +132,12 @@ TEST_F(Unloading, AHandleThatSomebodyWaitsWithIsBusy) {
     PCMutexGuard guard(*one->treeLock);
     waits = one->waiterCount == 1;
   }
-  EXPECT_EQ(rig.Unload(two), 16u);
-  EXPECT_EQ(rig.Unload(one), 16u);
-  ASSERT_EQ(a->Unlock(), 0u);
+  EXPECT_EQ(status::kBusy, rig.Unload(two));
+  EXPECT_EQ(status::kBusy, rig.Unload(one));
+  ASSERT_EQ(status::kOk, a->Unlock());
   other.join();
-  EXPECT_EQ(rig.Unload(two), 0u);
-  EXPECT_EQ(rig.Unload(one), 0u);
+  EXPECT_EQ(status::kOk, rig.Unload(two));
+  EXPECT_EQ(status::kOk, rig.Unload(one));
 }
 
 TEST_F(Unloading, ALockedStringStaysWithAllBelowIt) {
@@ -145,13 +146,13 @@ TEST_F(Unloading, ALockedStringStaysWithAllBelowIt) {
   TernaryString* b = nullptr;
   TernaryKey* key = nullptr;
   TernaryString* owner = nullptr;
-  ASSERT_EQ(rig.loaded.FindKey(handle, "b", b, key, owner), 0u);
-  ASSERT_EQ(b->Lock(other), 0u);
-  EXPECT_EQ(rig.Unload(handle), 0u);
-  ASSERT_EQ(b->Unlock(), 0u);
-  EXPECT_NE(b->directory, nullptr);
+  ASSERT_EQ(status::kOk, rig.loaded.FindKey(handle, "b", b, key, owner));
+  ASSERT_EQ(status::kOk, b->Lock(other));
+  EXPECT_EQ(status::kOk, rig.Unload(handle));
+  ASSERT_EQ(status::kOk, b->Unlock());
+  EXPECT_NE(nullptr, b->directory);
   handle = rig.Load("a");
-  EXPECT_EQ(rig.Find(handle, "b/c"), 0u);
+  EXPECT_EQ(status::kOk, rig.Find(handle, "b/c"));
   EXPECT_EQ(rig.KeyOf(handle, "b"), key);
 }
 
@@ -159,16 +160,16 @@ TEST_F(Unloading, AKeyWithTheRootFlagIsNotTheRoot) {
   PatchFile(rig.path, kKeyArea + 24 * 2 + 7, "\x02");
   TernaryHandle* handle = rig.Load("a");
   ASSERT_TRUE(handle->start->key->node->isRoot());
-  EXPECT_EQ(rig.Unload(handle), 0u);
-  EXPECT_EQ(rig.Loaded(), "2 strings, 1 keys");
-  EXPECT_EQ(rig.TryToLoad("a/b/c"), 0u);
+  EXPECT_EQ(status::kOk, rig.Unload(handle));
+  EXPECT_EQ("2 strings, 1 keys", rig.Loaded());
+  EXPECT_EQ(status::kOk, rig.TryToLoad("a/b/c"));
 }
 
 TEST_F(Unloading, FinalizeFreesHandlesThatWereLeftOpen) {
   rig.Load("");
   rig.Load("a");
   TernaryHandle* handle = rig.Load("a/b");
-  ASSERT_EQ(handle->start->Lock(handle), 0u);
+  ASSERT_EQ(status::kOk, handle->start->Lock(handle));
   rig.Close();  // the leak checker tells what is forgotten
 }
 
@@ -176,10 +177,10 @@ TEST_F(Unloading, AgainAndAgainTheSameIsLoaded) {
   for (int round = 0; round < 100; ++round) {
     TernaryHandle* a = rig.Load("a");
     TernaryHandle* root = rig.Load("");
-    EXPECT_EQ(rig.Unload(round % 2 == 0 ? a : root), 0u);
-    EXPECT_EQ(rig.Unload(round % 2 == 0 ? root : a), 0u);
-    EXPECT_EQ(rig.loaded.UnloadKeyTree(nullptr), 0u);
-    EXPECT_EQ(rig.Loaded(), "1 strings, 1 keys");
+    EXPECT_EQ(0u, rig.Unload(round % 2 == 0 ? a : root));
+    EXPECT_EQ(0u, rig.Unload(round % 2 == 0 ? root : a));
+    EXPECT_EQ(status::kOk, rig.loaded.UnloadKeyTree(nullptr));
+    EXPECT_EQ("1 strings, 1 keys", rig.Loaded());
   }
 }
 
@@ -208,7 +209,7 @@ TEST(RandomUnloading, EveryHandleHasWhatIsBelowIt) {
       const bool closes = !open.empty() && random() % 16 < open.size();
       if (closes) {
         const size_t at = random() % open.size();
-        EXPECT_EQ(rig.Unload(open[at].handle), 0u);
+        EXPECT_EQ(status::kOk, rig.Unload(open[at].handle));
         open.erase(open.begin() + static_cast<std::ptrdiff_t>(at));
       } else {
         const std::string& path = keys[random() % keys.size()];
@@ -221,13 +222,14 @@ TEST(RandomUnloading, EveryHandleHasWhatIsBelowIt) {
         for (const std::string& key : keys) {
           if (key != each.path && !IsBelow(key, each.path)) continue;
           const size_t skipped = each.path.empty() ? 0 : each.path.size();
-          EXPECT_EQ(rig.Find(each.handle, key.c_str() + skipped), 0u) << each.path << ", " << key;
+          EXPECT_EQ(status::kOk, rig.Find(each.handle, key.c_str() + skipped))
+              << each.path << ", " << key;
         }
       }
     }
-    for (const Open& each : open) EXPECT_EQ(rig.Unload(each.handle), 0u);
-    EXPECT_EQ(rig.loaded.UnloadKeyTree(nullptr), 0u);
-    EXPECT_EQ(rig.Loaded(), "1 strings, 1 keys");
+    for (const Open& each : open) EXPECT_EQ(status::kOk, rig.Unload(each.handle));
+    EXPECT_EQ(status::kOk, rig.loaded.UnloadKeyTree(nullptr));
+    EXPECT_EQ("1 strings, 1 keys", rig.Loaded());
   }
 }
 
@@ -235,23 +237,23 @@ TEST(RandomUnloading, EveryHandleHasWhatIsBelowIt) {
 TEST_F(Unloading, AHandleBelowALockedKeyIsNoticedToo) {
   TernaryHandle* inner = rig.Load("a/b/c");
   TernaryHandle* middle = rig.Load("a/b");
-  ASSERT_EQ(rig.Unload(middle), 0u);
+  ASSERT_EQ(status::kOk, rig.Unload(middle));
   TernaryHandle* other = rig.Load("x");
   TernaryString* b = nullptr;
   TernaryKey* key = nullptr;
   TernaryString* owner = nullptr;
   TernaryHandle* root = rig.Load("");
-  ASSERT_EQ(rig.loaded.FindKey(root, "a/b", b, key, owner), 0u);
-  ASSERT_EQ(b->Lock(other), 0u);
-  EXPECT_EQ(rig.Unload(root), 0u);
+  ASSERT_EQ(status::kOk, rig.loaded.FindKey(root, "a/b", b, key, owner));
+  ASSERT_EQ(status::kOk, b->Lock(other));
+  EXPECT_EQ(status::kOk, rig.Unload(root));
   EXPECT_FALSE(inner->start->isBelowHandle);
   root = rig.Load("");
   EXPECT_TRUE(inner->start->isBelowHandle);
-  EXPECT_EQ(b->directory, nullptr) << "still put away";
-  ASSERT_EQ(b->Unlock(), 0u);
-  EXPECT_EQ(rig.Find(root, "a/b/c"), 0u);
-  EXPECT_EQ(rig.Unload(root), 0u);
-  EXPECT_EQ(rig.Find(inner, ""), 0u);
+  EXPECT_EQ(nullptr, b->directory) << "still put away";
+  ASSERT_EQ(status::kOk, b->Unlock());
+  EXPECT_EQ(status::kOk, rig.Find(root, "a/b/c"));
+  EXPECT_EQ(status::kOk, rig.Unload(root));
+  EXPECT_EQ(status::kOk, rig.Find(inner, ""));
 }
 
 // A chain of 10,000 names below each other, on a small stack.
@@ -266,17 +268,18 @@ TEST(DeepUnloading, ADeepTreeIsLoadedAndUnloaded) {
   backup += NameRecord("a", kSome);
   for (unsigned int i = 0; i <= kLevels; ++i) backup += KeyRecord(0);
   PutFile(rig.dir / "backup", backup);
-  ASSERT_EQ(rig.file->RestoreKeyTree(kAdmin, nullptr, "top", (rig.dir / "backup").c_str()), 0u);
+  ASSERT_EQ(status::kOk,
+            rig.file->RestoreKeyTree(kAdmin, nullptr, "top", (rig.dir / "backup").c_str()));
   std::string path = "top";
   for (unsigned int i = 0; i < kLevels; ++i) path += "/a";
   OnSmallStack([&] {
-    EXPECT_EQ(rig.TryToLoad(path.c_str()), 0u);
-    EXPECT_EQ(rig.loaded.UnloadKeyTree(nullptr), 0u);
+    EXPECT_EQ(status::kOk, rig.TryToLoad(path.c_str()));
+    EXPECT_EQ(status::kOk, rig.loaded.UnloadKeyTree(nullptr));
     TernaryHandle* handle = rig.Load("");
-    EXPECT_EQ(rig.Find(handle, path.c_str()), 0u);
-    EXPECT_EQ(rig.Loaded(), "10002 strings, 10002 keys");
-    EXPECT_EQ(rig.Unload(handle), 0u);
-    EXPECT_EQ(rig.Loaded(), "1 strings, 1 keys");
+    EXPECT_EQ(status::kOk, rig.Find(handle, path.c_str()));
+    EXPECT_EQ("10002 strings, 10002 keys", rig.Loaded());
+    EXPECT_EQ(status::kOk, rig.Unload(handle));
+    EXPECT_EQ("1 strings, 1 keys", rig.Loaded());
     rig.Load("top");
     rig.Close();
   });

@@ -53,66 +53,66 @@ TEST_F(LoadedString, ForgetsTheLockThatItsRecordTellsOf) {
   TernaryStringNode* record = new TernaryStringNode;
   record->setFlags(0x31);
   const TernaryString string(0x500, record);
-  EXPECT_EQ(record->flags(), 0x10);
+  EXPECT_EQ(0x10, record->flags());
   EXPECT_FALSE(string.isLocked());
-  EXPECT_EQ(string.id, 0x500u);
-  EXPECT_EQ(string.loadCount, 0u);
-  EXPECT_EQ(string.lockHandle, nullptr);
+  EXPECT_EQ(0x500u, string.id);
+  EXPECT_EQ(0u, string.loadCount);
+  EXPECT_EQ(nullptr, string.lockHandle);
   for (const TernaryString* link : {string.lower, string.higher, string.equal, string.directory}) {
-    EXPECT_EQ(link, nullptr);
+    EXPECT_EQ(nullptr, link);
   }
-  EXPECT_EQ(string.key, nullptr);
+  EXPECT_EQ(nullptr, string.key);
 }
 
 TEST_F(LoadedString, ItsDirectoryIsSetWithTheIdInTheRecord) {
   TernaryString& s = *strings[0];
   TernaryString* found = &s;
-  EXPECT_EQ(s.GetDirectory(found), 0u);
-  EXPECT_EQ(found, nullptr);
-  EXPECT_EQ(s.SetDirectory(strings[1].get()), 0u);
-  EXPECT_EQ(s.GetDirectory(found), 0u);
+  EXPECT_EQ(0u, s.GetDirectory(found));
+  EXPECT_EQ(nullptr, found);
+  EXPECT_EQ(status::kOk, s.SetDirectory(strings[1].get()));
+  EXPECT_EQ(0u, s.GetDirectory(found));
   EXPECT_EQ(found, strings[1].get());
-  EXPECT_EQ(s.node->child(), 0x200u);
-  EXPECT_EQ(s.SetDirectory(nullptr), 0u);
-  EXPECT_EQ(s.node->child(), 0u);
-  EXPECT_EQ(s.directory, nullptr);
+  EXPECT_EQ(0x200u, s.node->child());
+  EXPECT_EQ(status::kOk, s.SetDirectory(nullptr));
+  EXPECT_EQ(0u, s.node->child());
+  EXPECT_EQ(nullptr, s.directory);
 }
 
 TEST_F(LoadedString, WhileItIsLockedItsDirectoryIsAway) {
   ReadyHandle handle(&treeLock);
   TernaryString& s = *strings[0];
   s.SetDirectory(strings[1].get());
-  ASSERT_EQ(s.Lock(&handle), 0u);
+  ASSERT_EQ(status::kOk, s.Lock(&handle));
   EXPECT_TRUE(s.isLocked());
-  EXPECT_EQ(s.node->flags(), 0x01);
+  EXPECT_EQ(0x01, s.node->flags());
   EXPECT_EQ(s.lockHandle, &handle);
-  EXPECT_EQ(s.directory, nullptr);
+  EXPECT_EQ(nullptr, s.directory);
   EXPECT_EQ(handle.parkedDirectory, strings[1].get());
-  EXPECT_EQ(s.node->child(), 0x200u);
+  EXPECT_EQ(0x200u, s.node->child());
   TernaryString* found = &s;
-  EXPECT_EQ(s.GetDirectory(found), 16u);
-  EXPECT_EQ(found, nullptr);
-  ASSERT_EQ(s.Unlock(), 0u);
+  EXPECT_EQ(16u, s.GetDirectory(found));
+  EXPECT_EQ(nullptr, found);
+  ASSERT_EQ(status::kOk, s.Unlock());
   EXPECT_FALSE(s.isLocked());
   EXPECT_EQ(s.directory, strings[1].get());
-  EXPECT_EQ(s.node->child(), 0x200u);
-  EXPECT_EQ(s.lockHandle, nullptr);
-  EXPECT_EQ(handle.parkedDirectory, nullptr);
+  EXPECT_EQ(0x200u, s.node->child());
+  EXPECT_EQ(nullptr, s.lockHandle);
+  EXPECT_EQ(nullptr, handle.parkedDirectory);
   EXPECT_FALSE(treeLock.IsMine());
-  EXPECT_EQ(s.Unlock(), 22u);
+  EXPECT_EQ(status::kBadArgument, s.Unlock());
 }
 
 TEST_F(LoadedString, ADirectorySetWhileItIsLockedAppearsAfterwards) {
   ReadyHandle handle(&treeLock);
   TernaryString& s = *strings[0];
-  ASSERT_EQ(s.Lock(&handle), 0u);
-  EXPECT_EQ(s.SetDirectory(strings[2].get()), 0u);
-  EXPECT_EQ(s.directory, nullptr);
+  ASSERT_EQ(status::kOk, s.Lock(&handle));
+  EXPECT_EQ(status::kOk, s.SetDirectory(strings[2].get()));
+  EXPECT_EQ(nullptr, s.directory);
   EXPECT_EQ(handle.parkedDirectory, strings[2].get());
-  EXPECT_EQ(s.node->child(), 0x300u);
-  ASSERT_EQ(s.Unlock(), 0u);
+  EXPECT_EQ(0x300u, s.node->child());
+  ASSERT_EQ(status::kOk, s.Unlock());
   EXPECT_EQ(s.directory, strings[2].get());
-  EXPECT_EQ(s.node->child(), 0x300u);
+  EXPECT_EQ(0x300u, s.node->child());
 }
 
 // The directory is in the file and was not loaded.
@@ -120,9 +120,9 @@ TEST_F(LoadedString, TheIdOfADirectoryThatWasNeverLoadedStays) {
   ReadyHandle handle(&treeLock);
   TernaryString& s = *strings[0];
   s.node->setChild(0x1234);
-  ASSERT_EQ(s.Lock(&handle), 0u);
-  ASSERT_EQ(s.Unlock(), 0u);
-  EXPECT_EQ(s.node->child(), 0x1234u);
+  ASSERT_EQ(status::kOk, s.Lock(&handle));
+  ASSERT_EQ(status::kOk, s.Unlock());
+  EXPECT_EQ(0x1234u, s.node->child());
 }
 
 TEST_F(LoadedString, TwoStringsLockedThroughOneHandleKeepTheirDirectories) {
@@ -132,17 +132,17 @@ TEST_F(LoadedString, TwoStringsLockedThroughOneHandleKeepTheirDirectories) {
     TernaryString& b = *strings[1];
     a.SetDirectory(strings[2].get());
     b.SetDirectory(strings[3].get());
-    ASSERT_EQ(a.Lock(&handle), 0u);
-    ASSERT_EQ(b.Lock(&handle), 0u);
-    EXPECT_EQ(handle.lockedStrings, 2u);
-    ASSERT_EQ((sameOrder ? a : b).Unlock(), 0u);
-    ASSERT_EQ((sameOrder ? b : a).Unlock(), 0u);
+    ASSERT_EQ(status::kOk, a.Lock(&handle));
+    ASSERT_EQ(status::kOk, b.Lock(&handle));
+    EXPECT_EQ(2u, handle.lockedStrings);
+    ASSERT_EQ(0u, (sameOrder ? a : b).Unlock());
+    ASSERT_EQ(0u, (sameOrder ? b : a).Unlock());
     EXPECT_EQ(a.directory, strings[2].get());
     EXPECT_EQ(b.directory, strings[3].get());
-    EXPECT_EQ(a.node->child(), 0x300u);
-    EXPECT_EQ(b.node->child(), 0x400u);
-    EXPECT_EQ(handle.lockedStrings, 0u);
-    EXPECT_EQ(handle.parkedDirectory, nullptr);
+    EXPECT_EQ(0x300u, a.node->child());
+    EXPECT_EQ(0x400u, b.node->child());
+    EXPECT_EQ(0u, handle.lockedStrings);
+    EXPECT_EQ(nullptr, handle.parkedDirectory);
   }
 }
 
@@ -152,7 +152,7 @@ TEST_F(LoadedString, ASecondThreadWaitsUntilTheStringIsUnlocked) {
   for (TernaryHandle* second :
        {static_cast<TernaryHandle*>(&one), static_cast<TernaryHandle*>(&two)}) {
     TernaryString& s = *strings[0];
-    ASSERT_EQ(s.Lock(&one), 0u);
+    ASSERT_EQ(status::kOk, s.Lock(&one));
     std::atomic<bool> done{false};
     std::thread other = Waiting(
         [&] {
@@ -162,28 +162,28 @@ TEST_F(LoadedString, ASecondThreadWaitsUntilTheStringIsUnlocked) {
         done);
     treeLock.Take();
     EXPECT_TRUE(HasWaiters(s));
-    EXPECT_EQ(one.waiterCount, 1);
+    EXPECT_EQ(1, one.waiterCount);
     treeLock.Give();
-    ASSERT_EQ(s.Unlock(), 0u);
+    ASSERT_EQ(status::kOk, s.Unlock());
     other.join();
     EXPECT_TRUE(s.isLocked());
     EXPECT_EQ(s.lockHandle, second);
-    EXPECT_EQ(one.waiterCount, 0);
-    ASSERT_EQ(s.Unlock(), 0u);
+    EXPECT_EQ(0, one.waiterCount);
+    ASSERT_EQ(status::kOk, s.Unlock());
   }
 }
 
 TEST_F(LoadedString, ThreeWaitersGetItOneAfterTheOther) {
   ReadyHandle handle(&treeLock);
   TernaryString& s = *strings[0];
-  ASSERT_EQ(s.Lock(&handle), 0u);
+  ASSERT_EQ(status::kOk, s.Lock(&handle));
   std::atomic<bool> done{false};
   std::atomic<int> inside{0};
   std::atomic<int> rounds{0};
   const std::function<void()> lockOnce = [&] {
     s.Lock(&handle);
     done = true;
-    EXPECT_EQ(++inside, 1);
+    EXPECT_EQ(1, ++inside);
     std::this_thread::sleep_for(milliseconds(5));
     --inside;
     ++rounds;
@@ -191,25 +191,25 @@ TEST_F(LoadedString, ThreeWaitersGetItOneAfterTheOther) {
   };
   std::vector<std::thread> others;
   for (int i = 0; i < 3; ++i) others.push_back(Waiting(lockOnce, done));
-  ASSERT_EQ(s.Unlock(), 0u);
+  ASSERT_EQ(status::kOk, s.Unlock());
   for (std::thread& other : others) other.join();
-  EXPECT_EQ(rounds, 3);
+  EXPECT_EQ(3, rounds);
   EXPECT_FALSE(s.isLocked());
-  EXPECT_EQ(handle.waiterCount, 0);
+  EXPECT_EQ(0, handle.waiterCount);
 }
 
 // Who waits gives up the tree's lock, whatever levels it has, and has them again afterwards.
 TEST_F(LoadedString, AWaiterThatHoldsTheTreesLockDoesNotBlockIt) {
   ReadyHandle handle(&treeLock);
   TernaryString& s = *strings[0];
-  ASSERT_EQ(s.Lock(&handle), 0u);
+  ASSERT_EQ(status::kOk, s.Lock(&handle));
   std::atomic<bool> done{false};
   std::thread other = Waiting(
       [&] {
         treeLock.Take();
         treeLock.Take();
         s.Lock(&handle);
-        EXPECT_EQ(treeLock.Depth(), 2);
+        EXPECT_EQ(2, treeLock.Depth());
         done = true;
         s.Unlock();
         treeLock.Give();
@@ -217,7 +217,7 @@ TEST_F(LoadedString, AWaiterThatHoldsTheTreesLockDoesNotBlockIt) {
       },
       done);
   treeLock.Take();
-  ASSERT_EQ(s.Unlock(), 0u);
+  ASSERT_EQ(status::kOk, s.Unlock());
   treeLock.Give();
   other.join();
   EXPECT_TRUE(done);

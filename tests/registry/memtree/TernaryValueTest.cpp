@@ -20,8 +20,8 @@ struct Loaded {
     const unsigned int result = value.GetValue(&out);
     if (result != 0) {
       EXPECT_EQ(out.type, requested);
-      EXPECT_EQ(out.size, 77u);
-      EXPECT_EQ(out.data, nullptr);
+      EXPECT_EQ(77u, out.size);
+      EXPECT_EQ(nullptr, out.data);
       return std::to_string(result);
     }
     const std::string bytes(static_cast<const char*>(out.data), out.size);
@@ -41,107 +41,107 @@ TEST(LoadedValue, BeginsWithTheBytesOfItsRecord) {
   TernaryValueNode* record = new TernaryValueNode;
   record->setNumber(5);
   TernaryValue value(0x300, record);
-  EXPECT_EQ(value.id, 0x300u);
-  EXPECT_EQ(value.next, nullptr);
-  EXPECT_EQ(value.value.type, 6u);
-  EXPECT_EQ(value.value.size, 0u);
-  EXPECT_EQ(value.value.data, nullptr);
+  EXPECT_EQ(0x300u, value.id);
+  EXPECT_EQ(nullptr, value.next);
+  EXPECT_EQ(6u, value.value.type);
+  EXPECT_EQ(0u, value.value.size);
+  EXPECT_EQ(nullptr, value.value.data);
   EXPECT_EQ(value.data, record->bytes() + 44);
-  EXPECT_EQ(value.ownsData, 0u);
-  EXPECT_EQ(value.GetDataId(), 0u);
+  EXPECT_EQ(0u, value.ownsData);
+  EXPECT_EQ(0u, value.GetDataId());
 }
 
 TEST(LoadedValue, WithoutARecordItCanBeDestroyed) {
   Value unused = {1, 2, &unused};
   TernaryValue value(&unused);
-  EXPECT_EQ(value.value.type, 6u);
-  EXPECT_EQ(value.value.size, 0u);
-  EXPECT_EQ(value.value.data, nullptr);
+  EXPECT_EQ(6u, value.value.type);
+  EXPECT_EQ(0u, value.value.size);
+  EXPECT_EQ(nullptr, value.value.data);
 }
 
 TEST(LoadedValue, ANumberIsHeldInTheRecord) {
   Loaded loaded;
-  ASSERT_EQ(loaded.Set("old", 1, "abc"), 0u);
-  EXPECT_EQ(loaded.value.SetValue("n", 0x0102030405060708ull, true), 0u);
+  ASSERT_EQ(status::kOk, loaded.Set("old", 1, "abc"));
+  EXPECT_EQ(status::kOk, loaded.value.SetValue("n", 0x0102030405060708ull, true));
   const unsigned char expected[] = {0, 0, 0, 0, 0, 0, 0, 0, 8, 0, 0, 0x40, 'n', 0};
-  EXPECT_EQ(std::memcmp(loaded.value.node->bytes(), expected, sizeof expected), 0);
-  EXPECT_EQ(loaded.Get(), std::string("0 type 0: \x08\x07\x06\x05\x04\x03\x02\x01"));
-  EXPECT_EQ(loaded.value.ownsData, 0u);
-  EXPECT_EQ(loaded.value.SetValue("n", 7, false), 0u);
-  EXPECT_EQ(loaded.value.node->number(), 7u);
-  EXPECT_EQ(loaded.Get(), "53") << "there, but not set";
+  EXPECT_EQ(0, std::memcmp(loaded.value.node->bytes(), expected, sizeof expected));
+  EXPECT_EQ(std::string("0 type 0: \x08\x07\x06\x05\x04\x03\x02\x01"), loaded.Get());
+  EXPECT_EQ(0u, loaded.value.ownsData);
+  EXPECT_EQ(status::kOk, loaded.value.SetValue("n", 7, false));
+  EXPECT_EQ(7u, loaded.value.node->number());
+  EXPECT_EQ("53", loaded.Get()) << "there, but not set";
 }
 
 TEST(LoadedValue, NamesAreCutTo31Characters) {
   Loaded loaded;
-  EXPECT_EQ(loaded.value.SetValue(std::string(40, 'n').c_str(), 7, true), 0u);
-  EXPECT_EQ(loaded.Name(), std::string(31, 'n'));
-  EXPECT_EQ(loaded.Set(std::string(32, 'm'), 2, "x"), 0u);
-  EXPECT_EQ(loaded.Name(), std::string(31, 'm'));
-  EXPECT_EQ(loaded.Set("short", 2, "x"), 0u);
-  EXPECT_EQ(loaded.Name(), "short");
+  EXPECT_EQ(status::kOk, loaded.value.SetValue(std::string(40, 'n').c_str(), 7, true));
+  EXPECT_EQ(std::string(31, 'n'), loaded.Name());
+  EXPECT_EQ(status::kOk, loaded.Set(std::string(32, 'm'), 2, "x"));
+  EXPECT_EQ(std::string(31, 'm'), loaded.Name());
+  EXPECT_EQ(status::kOk, loaded.Set("short", 2, "x"));
+  EXPECT_EQ("short", loaded.Name());
 }
 
 TEST(LoadedValue, DataIsCopiedAndItsPlaceKept) {
   Loaded loaded;
   for (unsigned int type = 1; type <= 5; ++type) {
-    EXPECT_EQ(loaded.Set("v", type, "abcde", 0x1200), 0u);
+    EXPECT_EQ(status::kOk, loaded.Set("v", type, "abcde", 0x1200));
     EXPECT_EQ(loaded.Get(), "0 type " + std::to_string(type) + ": abcde");
-    EXPECT_EQ(loaded.value.GetDataId(), 0x1200u);
-    EXPECT_EQ(loaded.value.node->dataSize(), 5u);
+    EXPECT_EQ(0x1200u, loaded.value.GetDataId());
+    EXPECT_EQ(5u, loaded.value.node->dataSize());
     EXPECT_EQ(loaded.value.node->valueFlags(), 0x60 + type);
-    EXPECT_EQ(loaded.value.node->dataWord(), 0x1200u);
+    EXPECT_EQ(0x1200u, loaded.value.node->dataWord());
   }
-  EXPECT_EQ(loaded.Set("v", 1, ""), 0u);
-  EXPECT_EQ(loaded.value.node->valueFlags(), 0x21);
-  EXPECT_EQ(loaded.Get(), "53");
+  EXPECT_EQ(status::kOk, loaded.Set("v", 1, ""));
+  EXPECT_EQ(0x21, loaded.value.node->valueFlags());
+  EXPECT_EQ("53", loaded.Get());
 }
 
 TEST(LoadedValue, ANumberTakesTheBytesThatThereAre) {
   Loaded loaded;
-  EXPECT_EQ(loaded.Set("n", 0, "\x01\x02"), 0u);
+  EXPECT_EQ(status::kOk, loaded.Set("n", 0, "\x01\x02"));
   EXPECT_EQ(loaded.Get(), std::string("0 type 0: \x01\x02\0\0\0\0\0\0", 18));
-  EXPECT_EQ(loaded.Set("n", 0, "123456789012"), 0u);
-  EXPECT_EQ(loaded.Get(), "0 type 0: 12345678");
-  EXPECT_EQ(loaded.value.node->dataSize(), 8u);
-  EXPECT_EQ(loaded.value.GetDataId(), 0u);
+  EXPECT_EQ(status::kOk, loaded.Set("n", 0, "123456789012"));
+  EXPECT_EQ("0 type 0: 12345678", loaded.Get());
+  EXPECT_EQ(8u, loaded.value.node->dataSize());
+  EXPECT_EQ(0u, loaded.value.GetDataId());
 }
 
 TEST(LoadedValue, ATypeThatThereIsNotChangesNothing) {
   Loaded loaded;
-  ASSERT_EQ(loaded.Set("v", 1, "abc"), 0u);
-  EXPECT_EQ(loaded.Set("w", 6, "xyz"), 53u);
-  EXPECT_EQ(loaded.Set("w", 31, "xyz"), 53u);
-  EXPECT_EQ(loaded.Name(), "v");
-  EXPECT_EQ(loaded.Get(), "0 type 1: abc");
+  ASSERT_EQ(status::kOk, loaded.Set("v", 1, "abc"));
+  EXPECT_EQ(status::kNoData, loaded.Set("w", 6, "xyz"));
+  EXPECT_EQ(status::kNoData, loaded.Set("w", 31, "xyz"));
+  EXPECT_EQ("v", loaded.Name());
+  EXPECT_EQ("0 type 1: abc", loaded.Get());
 }
 
 TEST(LoadedValue, DataMayComeFromTheValueItself) {
   Loaded loaded;
-  ASSERT_EQ(loaded.Set("v", 1, "abcdefghij"), 0u);
+  ASSERT_EQ(status::kOk, loaded.Set("v", 1, "abcdefghij"));
   Value own = {2, 4, loaded.value.data + 3};
-  EXPECT_EQ(loaded.value.SetValue("v", &own, 0x100), 0u);
-  EXPECT_EQ(loaded.Get(), "0 type 2: defg");
+  EXPECT_EQ(status::kOk, loaded.value.SetValue("v", &own, 0x100));
+  EXPECT_EQ("0 type 2: defg", loaded.Get());
   own = {0, 4, loaded.value.data};
-  EXPECT_EQ(loaded.value.SetValue("v", &own, 0), 0u);
+  EXPECT_EQ(status::kOk, loaded.value.SetValue("v", &own, 0));
   EXPECT_EQ(loaded.Get(), std::string("0 type 0: defg\0\0\0\0", 18));
   own = {0, 2, loaded.value.data + 1};
-  EXPECT_EQ(loaded.value.SetValue("v", &own, 0), 0u);
+  EXPECT_EQ(status::kOk, loaded.value.SetValue("v", &own, 0));
   EXPECT_EQ(loaded.Get(), std::string("0 type 0: ef\0\0\0\0\0\0", 18));
 }
 
 TEST(LoadedValue, OnlyTheTypeAskedForIsHandedOut) {
   Loaded loaded;
-  ASSERT_EQ(loaded.Set("v", 1, "abc"), 0u);
-  EXPECT_EQ(loaded.Get(6), "0 type 1: abc");
-  EXPECT_EQ(loaded.Get(1), "0 type 1: abc");
-  for (unsigned int type : {0u, 2u, 3u, 4u, 5u, 7u}) EXPECT_EQ(loaded.Get(type), "22") << type;
+  ASSERT_EQ(status::kOk, loaded.Set("v", 1, "abc"));
+  EXPECT_EQ("0 type 1: abc", loaded.Get(6));
+  EXPECT_EQ("0 type 1: abc", loaded.Get(1));
+  for (unsigned int type : {0u, 2u, 3u, 4u, 5u, 7u}) EXPECT_EQ("22", loaded.Get(type)) << type;
 }
 
 // A record may tell a number to be longer than the eight bytes it has.
 TEST(LoadedValue, ANumberGivesNoMoreThanItsRecordHolds) {
   Loaded loaded;
-  ASSERT_EQ(loaded.value.SetValue("n", 5, true), 0u);
+  ASSERT_EQ(status::kOk, loaded.value.SetValue("n", 5, true));
   loaded.value.node->setDataSize(1000);
   const std::string expected = std::string("0 type 0: \x05") + std::string(999, '\0');
   EXPECT_EQ(loaded.Get(), expected);
@@ -156,13 +156,13 @@ TEST(LoadedValue, DataThatWasNotLoadedIsZero) {
   loaded.value.node->setType(3);
   loaded.value.node->setDataSize(3);
   loaded.value.DeleteData();
-  EXPECT_EQ(loaded.value.data, nullptr);
+  EXPECT_EQ(nullptr, loaded.value.data);
   EXPECT_EQ(loaded.Get(), std::string("0 type 3: \0\0\0", 13));
-  ASSERT_EQ(loaded.value.CreateData(3), 0u);
-  EXPECT_EQ(loaded.value.ownsData, 1u);
+  ASSERT_EQ(status::kOk, loaded.value.CreateData(3));
+  EXPECT_EQ(1u, loaded.value.ownsData);
   std::memcpy(loaded.value.data, "xyz", 3);
-  EXPECT_EQ(loaded.Get(), "0 type 3: xyz");
-  ASSERT_EQ(loaded.value.CreateData(3), 0u);
+  EXPECT_EQ("0 type 3: xyz", loaded.Get());
+  ASSERT_EQ(status::kOk, loaded.value.CreateData(3));
   EXPECT_EQ(loaded.Get(), std::string("0 type 3: \0\0\0", 13));
 }
 

@@ -14,7 +14,7 @@ std::string Described(RegistryInterface& tree, void* handle, const std::string& 
     return prefix.empty() || path.empty() ? prefix + path : prefix + "/" + path;
   };
   NameList keys(4096);
-  EXPECT_EQ(tree.ListKeys(kAdmin, handle, at("").c_str(), 0, &keys, 0), 0u);
+  EXPECT_EQ(status::kOk, tree.ListKeys(kAdmin, handle, at("").c_str(), 0, &keys, 0));
   std::vector<std::string> paths = {""};
   for (unsigned int i = 0; i < keys.Count(); ++i) paths.push_back(keys.GetName(i, nullptr));
   std::sort(paths.begin(), paths.end());
@@ -22,7 +22,8 @@ std::string Described(RegistryInterface& tree, void* handle, const std::string& 
   for (const std::string& path : paths) {
     unsigned char rights = 0;
     unsigned long long number = 0;
-    EXPECT_EQ(tree.GetKeyPermission(kAdmin, handle, at(path).c_str(), &rights), 0u) << path;
+    EXPECT_EQ(status::kOk, tree.GetKeyPermission(kAdmin, handle, at(path).c_str(), &rights))
+        << path;
     const unsigned int isSet = tree.GetDefaultValue(kAdmin, handle, at(path).c_str(), &number);
     text += path + " " + std::to_string(rights) + " " + std::to_string(isSet) + " " +
             std::to_string(number) + ":";
@@ -30,8 +31,8 @@ std::string Described(RegistryInterface& tree, void* handle, const std::string& 
     tree.ListValues(kAdmin, handle, at(path).c_str(), 0, &names);
     for (unsigned int i = 0; i < names.Count(); ++i) {
       Value value = {kValueTypeAny, 0, nullptr};
-      EXPECT_EQ(tree.GetValue(kAdmin, handle, at(path).c_str(), names.GetName(i, nullptr), &value),
-                0u);
+      EXPECT_EQ(status::kOk,
+                tree.GetValue(kAdmin, handle, at(path).c_str(), names.GetName(i, nullptr), &value));
       text += std::string(" ") + names.GetName(i, nullptr) + "=" +
               std::string(static_cast<char*>(value.data), value.size);
       FreeValueData(value);
@@ -45,7 +46,7 @@ class Refresh : public ::testing::Test {
  protected:
   Refresh() {
     rig.Create({"a", "a/b", "a/b/c", "a/net", "x"});
-    EXPECT_EQ(rig.CreateData("a/b", "text", "old"), 0u);
+    EXPECT_EQ(status::kOk, rig.CreateData("a/b", "text", "old"));
   }
   unsigned int SetText(const char* key, const char* name, std::string text) {
     Value value = {1, static_cast<unsigned int>(text.size()), text.data()};
@@ -55,7 +56,7 @@ class Refresh : public ::testing::Test {
     return LoadedValues(*rig.KeyOf(handle, key));
   }
   static void Note(ChangeList& list, ChangeKind kind, const char* path, const char* name = "") {
-    ASSERT_EQ(list.Add(kind, nullptr, path, name), 0u);
+    ASSERT_EQ(0u, list.Add(kind, nullptr, path, name));
   }
   void ExpectLikeTheFile(TernaryHandle* handle, const char* key) {
     EXPECT_EQ(Described(rig.loaded, handle, ""), Described(*rig.file, nullptr, key)) << key;
@@ -66,49 +67,49 @@ class Refresh : public ::testing::Test {
 
 TEST_F(Refresh, EverythingIsSeenThroughHandlesThatWereOpen) {
   TernaryHandle* handle = rig.Load("a");
-  ASSERT_EQ(SetText("a/b", "text", "new"), 0u);
+  ASSERT_EQ(status::kOk, SetText("a/b", "text", "new"));
   rig.Create({"a/b/d", "a/ne"});  // cuts a name that is loaded
-  ASSERT_EQ(rig.Delete("a/b/c"), 0u);
-  ASSERT_EQ(rig.CreateData("a/net", "other", "1"), 0u);
+  ASSERT_EQ(status::kOk, rig.Delete("a/b/c"));
+  ASSERT_EQ(status::kOk, rig.CreateData("a/net", "other", "1"));
   rig.loaded.SetBehind();
-  EXPECT_EQ(rig.Find(handle, "b/d"), 0u);
-  EXPECT_EQ(rig.Find(handle, "b/c"), 2u);
+  EXPECT_EQ(status::kOk, rig.Find(handle, "b/d"));
+  EXPECT_EQ(status::kNotFound, rig.Find(handle, "b/c"));
   ExpectLikeTheFile(handle, "a");
 }
 
 TEST_F(Refresh, UntilSomebodyTellsThatTheFileHasChangedMemoryIsAsItWas) {
   TernaryHandle* handle = rig.Load("a");
-  ASSERT_EQ(SetText("a/b", "text", "new"), 0u);
+  ASSERT_EQ(status::kOk, SetText("a/b", "text", "new"));
   EXPECT_EQ(ValuesOf(handle, "b"), "text " + HexOf("old"));
 }
 
 TEST_F(Refresh, AHandleWhoseKeyIsGoneLeadsNowhere) {
   TernaryHandle* outer = rig.Load("a");
   TernaryHandle* inner = rig.Load("a/b");
-  ASSERT_EQ(rig.Delete("a/b"), 0u);
+  ASSERT_EQ(status::kOk, rig.Delete("a/b"));
   rig.loaded.SetBehind();
-  EXPECT_EQ(rig.Find(outer, "net"), 0u);
-  EXPECT_EQ(rig.Find(inner, ""), 22u);
-  EXPECT_EQ(rig.loaded.CreateKey(kAdmin, inner, "z", 0, false), 22u);
-  EXPECT_EQ(rig.loaded.DeleteKey(kAdmin, inner, ""), 22u);
+  EXPECT_EQ(status::kOk, rig.Find(outer, "net"));
+  EXPECT_EQ(status::kBadArgument, rig.Find(inner, ""));
+  EXPECT_EQ(status::kBadArgument, rig.loaded.CreateKey(kAdmin, inner, "z", 0, false));
+  EXPECT_EQ(status::kBadArgument, rig.loaded.DeleteKey(kAdmin, inner, ""));
   // Also when there is such a key again.
   rig.Create({"a/b"});
   rig.loaded.SetBehind();
-  EXPECT_EQ(rig.Find(outer, "b"), 0u);
-  EXPECT_EQ(rig.Find(inner, ""), 22u);
-  EXPECT_EQ(rig.Unload(inner), 0u);
-  EXPECT_EQ(rig.Unload(outer), 0u);
-  EXPECT_EQ(rig.loaded.UnloadAll(), 0u);
+  EXPECT_EQ(status::kOk, rig.Find(outer, "b"));
+  EXPECT_EQ(status::kBadArgument, rig.Find(inner, ""));
+  EXPECT_EQ(status::kOk, rig.Unload(inner));
+  EXPECT_EQ(status::kOk, rig.Unload(outer));
+  EXPECT_EQ(0u, rig.loaded.UnloadAll());
 }
 
 TEST_F(Refresh, AHandleWhoseKeyWasDeletedThroughAnotherLeadsNowhere) {
   TernaryHandle* outer = rig.Load("a");
   TernaryHandle* inner = rig.Load("a/b/c");
-  ASSERT_EQ(rig.loaded.DeleteKey(kAdmin, outer, "b"), 0u);
-  EXPECT_EQ(rig.Find(inner, ""), 0u);
+  ASSERT_EQ(status::kOk, rig.loaded.DeleteKey(kAdmin, outer, "b"));
+  EXPECT_EQ(status::kOk, rig.Find(inner, ""));
   rig.loaded.SetBehind();
-  EXPECT_EQ(rig.Find(inner, ""), 22u);
-  EXPECT_EQ(rig.Unload(inner), 0u);
+  EXPECT_EQ(status::kBadArgument, rig.Find(inner, ""));
+  EXPECT_EQ(status::kOk, rig.Unload(inner));
 }
 
 TEST_F(Refresh, HandlesNeedWhatTheyHaveNeeded) {
@@ -117,24 +118,24 @@ TEST_F(Refresh, HandlesNeedWhatTheyHaveNeeded) {
   TernaryHandle* again = rig.Load("a/b");
   rig.Create({"a/b/new"});
   rig.loaded.SetBehind();
-  EXPECT_EQ(rig.Find(inner, "new"), 0u);
+  EXPECT_EQ(status::kOk, rig.Find(inner, "new"));
   EXPECT_EQ(inner->start, again->start);
-  EXPECT_EQ(inner->start->loadCount, 2u);
-  EXPECT_EQ(rig.Loaded(), "6 strings, 6 keys");
-  EXPECT_EQ(rig.Unload(inner), 0u);
-  EXPECT_EQ(rig.Find(outer, "b/new"), 0u);
-  EXPECT_EQ(rig.Unload(outer), 0u);
-  EXPECT_EQ(rig.Find(again, "new"), 0u);
-  EXPECT_EQ(rig.Unload(again), 0u);
-  EXPECT_EQ(rig.loaded.UnloadAll(), 0u);
+  EXPECT_EQ(2u, inner->start->loadCount);
+  EXPECT_EQ("6 strings, 6 keys", rig.Loaded());
+  EXPECT_EQ(status::kOk, rig.Unload(inner));
+  EXPECT_EQ(status::kOk, rig.Find(outer, "b/new"));
+  EXPECT_EQ(status::kOk, rig.Unload(outer));
+  EXPECT_EQ(status::kOk, rig.Find(again, "new"));
+  EXPECT_EQ(status::kOk, rig.Unload(again));
+  EXPECT_EQ(0u, rig.loaded.UnloadAll());
 }
 
 TEST_F(Refresh, WhatIsCreatedThroughAHandleAfterwardsIsSound) {
   TernaryHandle* handle = rig.Load("a");
   rig.Create({"a/ne", "a/nq"});
   rig.loaded.SetBehind();
-  EXPECT_EQ(rig.loaded.CreateKey(kAdmin, handle, "nz", 0, false), 0u);
-  EXPECT_EQ(rig.loaded.CreateKey(kAdmin, handle, "b/c/d", 0, false), 0u);
+  EXPECT_EQ(status::kOk, rig.loaded.CreateKey(kAdmin, handle, "nz", 0, false));
+  EXPECT_EQ(status::kOk, rig.loaded.CreateKey(kAdmin, handle, "b/c/d", 0, false));
   ExpectLikeTheFile(handle, "a");
 }
 
@@ -142,41 +143,41 @@ TEST_F(Refresh, AStringThatIsLockedIsWaitedFor) {
   TernaryHandle* handle = rig.Load("a");
   TernaryHandle* other = rig.Load("x");
   handle->start->Lock(handle);
-  ASSERT_EQ(rig.Delete("a/b"), 0u);
+  ASSERT_EQ(status::kOk, rig.Delete("a/b"));
   rig.loaded.SetBehind();
   TernaryString* string = nullptr;
   TernaryKey* key = nullptr;
   TernaryString* owner = nullptr;
-  EXPECT_EQ(rig.loaded.FindKey(other, "", string, key, owner), 16u);
+  EXPECT_EQ(status::kBusy, rig.loaded.FindKey(other, "", string, key, owner));
   handle->start->Unlock();
-  EXPECT_EQ(rig.loaded.FindKey(other, "", string, key, owner), 0u);
-  EXPECT_EQ(rig.Find(handle, "b"), 2u);
+  EXPECT_EQ(status::kOk, rig.loaded.FindKey(other, "", string, key, owner));
+  EXPECT_EQ(status::kNotFound, rig.Find(handle, "b"));
 }
 
 TEST_F(Refresh, AListLoadsTheKeyThatHasChangedAndNoOther) {
   TernaryHandle* handle = rig.Load("a");
   const TernaryKey* other = rig.KeyOf(handle, "net");
-  ASSERT_EQ(SetText("a/b", "text", "new"), 0u);
-  ASSERT_EQ(SetText("a/b", "text", "newer"), 0u);
-  ASSERT_EQ(rig.CreateData("a/net", "other", "1"), 0u);
+  ASSERT_EQ(status::kOk, SetText("a/b", "text", "new"));
+  ASSERT_EQ(status::kOk, SetText("a/b", "text", "newer"));
+  ASSERT_EQ(status::kOk, rig.CreateData("a/net", "other", "1"));
   ChangeList changes;
   Note(changes, ChangeKind::kValueSet, "a/b", "text");
   Note(changes, ChangeKind::kValueSet, "/a/b", "text");
   Note(changes, ChangeKind::kValueSet, "x", "not loaded");
-  EXPECT_EQ(rig.loaded.Follow(changes, 0), 0u);
+  EXPECT_EQ(0u, rig.loaded.Follow(changes, 0));
   EXPECT_EQ(ValuesOf(handle, "b"), "text " + HexOf("newer"));
   EXPECT_EQ(rig.KeyOf(handle, "net"), other);
-  EXPECT_EQ(ValuesOf(handle, "net"), "");
+  EXPECT_EQ("", ValuesOf(handle, "net"));
 }
 
 TEST_F(Refresh, AListWithAKeyLoadsEverything) {
   TernaryHandle* handle = rig.Load("a");
   rig.Create({"a/ne"});
-  ASSERT_EQ(SetText("a/b", "text", "new"), 0u);
+  ASSERT_EQ(status::kOk, SetText("a/b", "text", "new"));
   ChangeList changes;
   Note(changes, ChangeKind::kKeyCreated, "a/ne");
   Note(changes, ChangeKind::kValueSet, "a/b", "text");
-  EXPECT_EQ(rig.loaded.Follow(changes, 0), 0u);
+  EXPECT_EQ(0u, rig.loaded.Follow(changes, 0));
   ExpectLikeTheFile(handle, "a");
 }
 
@@ -184,11 +185,11 @@ TEST_F(Refresh, AListThatCannotBeFollowedNowIsFollowedByTheNextOperation) {
   TernaryHandle* handle = rig.Load("a");
   TernaryHandle* other = rig.Load("x");
   handle->start->Lock(handle);
-  ASSERT_EQ(SetText("a/b", "text", "new"), 0u);
+  ASSERT_EQ(status::kOk, SetText("a/b", "text", "new"));
   ChangeList changes;
   Note(changes, ChangeKind::kValueSet, "a/b", "text");
-  EXPECT_EQ(rig.loaded.Follow(changes, 0), 16u);
-  EXPECT_EQ(rig.loaded.CreateKey(kAdmin, other, "z", 0, false), 16u);
+  EXPECT_EQ(16u, rig.loaded.Follow(changes, 0));
+  EXPECT_EQ(status::kBusy, rig.loaded.CreateKey(kAdmin, other, "z", 0, false));
   handle->start->Unlock();
   EXPECT_EQ(ValuesOf(handle, "b"), "text " + HexOf("new"));
 }
@@ -197,7 +198,7 @@ TEST_F(Refresh, WithoutHandlesNothingStaysLoaded) {
   rig.Unload(rig.Load("a"));
   const unsigned int before = rig.loaded.GetStartString(0)->id;
   rig.loaded.SetBehind();
-  EXPECT_EQ(rig.TryToLoad("a"), 0u);
+  EXPECT_EQ(status::kOk, rig.TryToLoad("a"));
   EXPECT_EQ(rig.loaded.GetStartString(0)->id, before);
 }
 
@@ -219,7 +220,7 @@ TEST_F(Refresh, RandomChangesAreFollowed) {
       }
     } else {
       const unsigned int gone = below(4);
-      ASSERT_EQ(rig.Unload(handles[gone].first), 0u);
+      ASSERT_EQ(status::kOk, rig.Unload(handles[gone].first));
       handles.erase(handles.begin() + gone);
     }
     ChangeList changes;
@@ -262,7 +263,7 @@ TEST_F(Refresh, RandomChangesAreFollowed) {
     if (below(2) == 0) {
       rig.loaded.SetBehind();
     } else {
-      ASSERT_EQ(rig.loaded.Follow(changes, 0), 0u);
+      ASSERT_EQ(0u, rig.loaded.Follow(changes, 0));
     }
     for (auto& handle : handles) {
       unsigned char rights = 0;
