@@ -10,12 +10,12 @@ namespace {
 
 TEST(ChangeLists, TellWholePaths) {
   ChangeList list;
-  EXPECT_EQ(list.Add(ChangeKind::kKeyCreated, "network", "eth0", nullptr), status::kOk);
-  EXPECT_EQ(list.Add(ChangeKind::kValueSet, "/network/", "/eth0/x", "mtu"), status::kOk);
-  EXPECT_EQ(list.Add(ChangeKind::kKeyDeleted, nullptr, "/eth", nullptr), status::kOk);
-  EXPECT_EQ(list.Add(ChangeKind::kKeyRestored, "/", nullptr, nullptr), status::kOk);
-  EXPECT_EQ(list.Add(ChangeKind::kRightsChanged, "/a", "", nullptr), status::kOk);
-  ASSERT_EQ(list.Count(), 5u);
+  EXPECT_EQ(status::kOk, list.Add(ChangeKind::kKeyCreated, "network", "eth0", nullptr));
+  EXPECT_EQ(status::kOk, list.Add(ChangeKind::kValueSet, "/network/", "/eth0/x", "mtu"));
+  EXPECT_EQ(status::kOk, list.Add(ChangeKind::kKeyDeleted, nullptr, "/eth", nullptr));
+  EXPECT_EQ(status::kOk, list.Add(ChangeKind::kKeyRestored, "/", nullptr, nullptr));
+  EXPECT_EQ(status::kOk, list.Add(ChangeKind::kRightsChanged, "/a", "", nullptr));
+  ASSERT_EQ(5u, list.Count());
   const char* const paths[] = {"network/eth0", "network/eth0/x", "eth", "", "a"};
   for (unsigned int i = 0; i < 5; ++i) EXPECT_STREQ(list.At(i).keyPath, paths[i]);
   EXPECT_EQ(list.At(1).kind, ChangeKind::kValueSet);
@@ -26,12 +26,12 @@ TEST(ChangeLists, TellWholePaths) {
 TEST(ChangeLists, AreCutBack) {
   ChangeList list;
   for (int i = 0; i < 100; ++i) {
-    ASSERT_EQ(list.Add(ChangeKind::kValueSet, "k", std::to_string(i).c_str(), "v"), status::kOk);
+    ASSERT_EQ(status::kOk, list.Add(ChangeKind::kValueSet, "k", std::to_string(i).c_str(), "v"));
   }
   list.CutTo(40);
-  ASSERT_EQ(list.Count(), 40u);
+  ASSERT_EQ(40u, list.Count());
   EXPECT_STREQ(list.At(39).keyPath, "k/39");
-  EXPECT_EQ(list.Add(ChangeKind::kValueSet, "k", "next", "v"), status::kOk);
+  EXPECT_EQ(status::kOk, list.Add(ChangeKind::kValueSet, "k", "next", "v"));
   EXPECT_STREQ(list.At(40).keyPath, "k/next");
 }
 

@@ -24,105 +24,105 @@ class HandleTable : public ::testing::Test {
 };
 
 TEST_F(HandleTable, IsEmptyAtFirst) {
-  EXPECT_EQ(mList.count, 0u);
-  EXPECT_EQ(mList.capacity, 0u);
-  EXPECT_EQ(mList.lastIndex, 0u);
+  EXPECT_EQ(0u, mList.count);
+  EXPECT_EQ(0u, mList.capacity);
+  EXPECT_EQ(0u, mList.lastIndex);
   EXPECT_TRUE(mList.isInvalidIndex(0));
-  EXPECT_EQ(mList.RemoveByIndex(0), status::kBadArgument);
-  EXPECT_EQ(mList.RemoveAll(), status::kOk);
+  EXPECT_EQ(status::kBadArgument, mList.RemoveByIndex(0));
+  EXPECT_EQ(status::kOk, mList.RemoveAll());
 }
 
 TEST_F(HandleTable, OfFiftySlotsHandsOutFortyNineThenDoubles) {
-  ASSERT_EQ(mList.EnsureCapacity(50), status::kOk);
+  ASSERT_EQ(status::kOk, mList.EnsureCapacity(50));
   AddFrom(1, 49);
-  EXPECT_EQ(mList.capacity, 50u);
-  EXPECT_EQ(Add(), 50u);
-  EXPECT_EQ(mList.capacity, 100u);
-  EXPECT_EQ(mList.items.capacity, 100u);
-  EXPECT_EQ(mList.used.capacity, 100u);
-  EXPECT_EQ(mList.count, 50u);
-  EXPECT_EQ(mList.lastIndex, 50u);
+  EXPECT_EQ(50u, mList.capacity);
+  EXPECT_EQ(50u, Add());
+  EXPECT_EQ(100u, mList.capacity);
+  EXPECT_EQ(100u, mList.items.capacity);
+  EXPECT_EQ(100u, mList.used.capacity);
+  EXPECT_EQ(50u, mList.count);
+  EXPECT_EQ(50u, mList.lastIndex);
 }
 
 TEST_F(HandleTable, ReusesAFreedSlotOnlyWhenNoneIsFreeAboveTheLast) {
-  ASSERT_EQ(mList.EnsureCapacity(100), status::kOk);
+  ASSERT_EQ(status::kOk, mList.EnsureCapacity(100));
   AddFrom(1, 49);
-  EXPECT_EQ(mList.RemoveByIndex(3), status::kOk);
+  EXPECT_EQ(status::kOk, mList.RemoveByIndex(3));
   AddFrom(50, 50);
-  EXPECT_EQ(mList.capacity, 100u);
-  EXPECT_EQ(Add(), 3u);
-  EXPECT_EQ(mList.lastIndex, 3u);
+  EXPECT_EQ(100u, mList.capacity);
+  EXPECT_EQ(3u, Add());
+  EXPECT_EQ(3u, mList.lastIndex);
 }
 
 TEST_F(HandleTable, ReusesAFreedSlotBeforeItDoubles) {
-  ASSERT_EQ(mList.EnsureCapacity(50), status::kOk);
+  ASSERT_EQ(status::kOk, mList.EnsureCapacity(50));
   AddFrom(1, 49);
-  EXPECT_EQ(mList.RemoveByIndex(3), status::kOk);
-  EXPECT_EQ(Add(), 3u);
-  EXPECT_EQ(mList.capacity, 50u);
-  EXPECT_EQ(Add(), 50u);
-  EXPECT_EQ(mList.capacity, 100u);
+  EXPECT_EQ(status::kOk, mList.RemoveByIndex(3));
+  EXPECT_EQ(3u, Add());
+  EXPECT_EQ(50u, mList.capacity);
+  EXPECT_EQ(50u, Add());
+  EXPECT_EQ(100u, mList.capacity);
 }
 
 TEST_F(HandleTable, HandsTheSlotOutAgainThatWasHandedOutLast) {
-  ASSERT_EQ(mList.EnsureCapacity(50), status::kOk);
+  ASSERT_EQ(status::kOk, mList.EnsureCapacity(50));
   AddFrom(1, 49);
-  EXPECT_EQ(mList.RemoveByIndex(49), status::kOk);
-  EXPECT_EQ(Add(), 49u);
-  EXPECT_EQ(mList.capacity, 50u);
+  EXPECT_EQ(status::kOk, mList.RemoveByIndex(49));
+  EXPECT_EQ(49u, Add());
+  EXPECT_EQ(50u, mList.capacity);
 }
 
 TEST_F(HandleTable, SearchesOnFromTheSlotHandedOutLast) {
-  ASSERT_EQ(mList.EnsureCapacity(10), status::kOk);
+  ASSERT_EQ(status::kOk, mList.EnsureCapacity(10));
   AddFrom(1, 4);
-  EXPECT_EQ(mList.RemoveByIndex(4), status::kOk);
-  EXPECT_EQ(Add(), 5u);
+  EXPECT_EQ(status::kOk, mList.RemoveByIndex(4));
+  EXPECT_EQ(5u, Add());
 }
 
 TEST_F(HandleTable, StartsWithoutAnyCapacity) {
-  EXPECT_EQ(mList.AllocateSpace(), 1u);
-  EXPECT_EQ(mList.capacity, 2u);
+  EXPECT_EQ(1u, mList.AllocateSpace());
+  EXPECT_EQ(2u, mList.capacity);
   AddFrom(2, 100);
-  EXPECT_EQ(mList.count, 101u);
+  EXPECT_EQ(101u, mList.count);
 }
 
 TEST_F(HandleTable, StartsWithOneSlotWhichIsNeverHandedOut) {
-  ASSERT_EQ(mList.EnsureCapacity(1), status::kOk);
-  EXPECT_EQ(Add(), 1u);
-  EXPECT_EQ(mList.capacity, 2u);
+  ASSERT_EQ(status::kOk, mList.EnsureCapacity(1));
+  EXPECT_EQ(1u, Add());
+  EXPECT_EQ(2u, mList.capacity);
 }
 
 TEST_F(HandleTable, NeverHandsOutSlotZero) {
-  ASSERT_EQ(mList.EnsureCapacity(4), status::kOk);
+  ASSERT_EQ(status::kOk, mList.EnsureCapacity(4));
   for (unsigned int round = 0; round < 20; ++round) {
     const unsigned int index = Add();
-    EXPECT_NE(index, 0u);
+    EXPECT_NE(0u, index);
     EXPECT_TRUE(mList.isInvalidIndex(0));
-    EXPECT_EQ(mList.RemoveByIndex(index), status::kOk);
+    EXPECT_EQ(status::kOk, mList.RemoveByIndex(index));
   }
-  EXPECT_EQ(mList.capacity, 4u);
+  EXPECT_EQ(4u, mList.capacity);
 }
 
 TEST_F(HandleTable, StoresTheItems) {
   int other = 0;
   unsigned int first = 0;
   unsigned int second = 0;
-  ASSERT_EQ(mList.Add(&mItem, &first), status::kOk);
-  ASSERT_EQ(mList.Add(&other, &second), status::kOk);
+  ASSERT_EQ(status::kOk, mList.Add(&mItem, &first));
+  ASSERT_EQ(status::kOk, mList.Add(&other, &second));
   EXPECT_EQ(*mList.Get(first), &mItem);
   EXPECT_EQ(*mList.Get(second), &other);
 }
 
 TEST_F(HandleTable, KeepsIndexesAndItemsWhenItGrows) {
-  ASSERT_EQ(mList.EnsureCapacity(3), status::kOk);
+  ASSERT_EQ(status::kOk, mList.EnsureCapacity(3));
   int items[60] = {};
   unsigned int indexes[60] = {};
-  for (int i = 0; i < 60; ++i) ASSERT_EQ(mList.Add(&items[i], &indexes[i]), status::kOk);
+  for (int i = 0; i < 60; ++i) ASSERT_EQ(status::kOk, mList.Add(&items[i], &indexes[i]));
   for (int i = 0; i < 60; ++i) EXPECT_EQ(*mList.Get(indexes[i]), &items[i]);
 }
 
 TEST_F(HandleTable, KnowsInvalidIndexes) {
-  ASSERT_EQ(mList.EnsureCapacity(5), status::kOk);
+  ASSERT_EQ(status::kOk, mList.EnsureCapacity(5));
   AddFrom(1, 2);
   EXPECT_FALSE(mList.isInvalidIndex(1));
   EXPECT_FALSE(mList.isInvalidIndex(2));
@@ -132,43 +132,43 @@ TEST_F(HandleTable, KnowsInvalidIndexes) {
 
 TEST_F(HandleTable, RefusesToFreeASlotTwice) {
   AddFrom(1, 2);
-  EXPECT_EQ(mList.RemoveByIndex(1), status::kOk);
-  EXPECT_EQ(mList.count, 1u);
+  EXPECT_EQ(status::kOk, mList.RemoveByIndex(1));
+  EXPECT_EQ(1u, mList.count);
   EXPECT_TRUE(mList.isInvalidIndex(1));
-  EXPECT_EQ(mList.RemoveByIndex(1), status::kBadArgument);
-  EXPECT_EQ(mList.RemoveByIndex(0), status::kBadArgument);
-  EXPECT_EQ(mList.RemoveByIndex(1000), status::kBadArgument);
-  EXPECT_EQ(mList.count, 1u);
+  EXPECT_EQ(status::kBadArgument, mList.RemoveByIndex(1));
+  EXPECT_EQ(status::kBadArgument, mList.RemoveByIndex(0));
+  EXPECT_EQ(status::kBadArgument, mList.RemoveByIndex(1000));
+  EXPECT_EQ(1u, mList.count);
 }
 
 TEST_F(HandleTable, GrowingReportsExhaustedMemory) {
   AddFrom(1, 1);
-  EXPECT_EQ(mList.EnsureCapacity(0xFFFFFFFF), status::kNoMemory);
-  EXPECT_EQ(mList.capacity, 2u);
+  EXPECT_EQ(status::kNoMemory, mList.EnsureCapacity(0xFFFFFFFF));
+  EXPECT_EQ(2u, mList.capacity);
   EXPECT_FALSE(mList.isInvalidIndex(1));
-  EXPECT_EQ(Add(), 2u);
+  EXPECT_EQ(2u, Add());
 }
 
 TEST_F(HandleTable, EnsureCapacityNeverShrinks) {
-  ASSERT_EQ(mList.EnsureCapacity(20), status::kOk);
-  EXPECT_EQ(mList.EnsureCapacity(10), status::kOk);
-  EXPECT_EQ(mList.capacity, 20u);
+  ASSERT_EQ(status::kOk, mList.EnsureCapacity(20));
+  EXPECT_EQ(status::kOk, mList.EnsureCapacity(10));
+  EXPECT_EQ(20u, mList.capacity);
 }
 
 TEST_F(HandleTable, RemoveAllFreesTheItemsAndStartsAgainAtOne) {
-  ASSERT_EQ(mList.EnsureCapacity(10), status::kOk);
+  ASSERT_EQ(status::kOk, mList.EnsureCapacity(10));
   for (unsigned int i = 1; i <= 5; ++i) {
     unsigned int index = 0;
-    ASSERT_EQ(mList.Add(::operator new(8), &index), status::kOk);
+    ASSERT_EQ(status::kOk, mList.Add(::operator new(8), &index));
   }
   ::operator delete(*mList.Get(2));
-  ASSERT_EQ(mList.RemoveByIndex(2), status::kOk);
-  EXPECT_EQ(mList.RemoveAll(), status::kOk);
-  EXPECT_EQ(mList.count, 0u);
-  EXPECT_EQ(mList.lastIndex, 0u);
-  EXPECT_EQ(mList.capacity, 10u);
+  ASSERT_EQ(status::kOk, mList.RemoveByIndex(2));
+  EXPECT_EQ(status::kOk, mList.RemoveAll());
+  EXPECT_EQ(0u, mList.count);
+  EXPECT_EQ(0u, mList.lastIndex);
+  EXPECT_EQ(10u, mList.capacity);
   for (unsigned int i = 0; i < 10; ++i) EXPECT_TRUE(mList.isInvalidIndex(i)) << i;
-  EXPECT_EQ(Add(), 1u);
+  EXPECT_EQ(1u, Add());
 }
 
 }  // namespace

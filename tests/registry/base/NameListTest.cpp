@@ -12,21 +12,21 @@ namespace {
 
 TEST(NameList, HandsOutNamesAndTagsInOrder) {
   NameList list(3);
-  ASSERT_EQ(list.AddName(RCEString::Duplicate("one"), 0x1122334455667788u), status::kOk);
-  ASSERT_EQ(list.AddName(RCEString::Duplicate("two"), 2), status::kOk);
-  EXPECT_EQ(list.Count(), 2u);
-  EXPECT_EQ(list.Capacity(), 3u);
+  ASSERT_EQ(status::kOk, list.AddName(RCEString::Duplicate("one"), 0x1122334455667788u));
+  ASSERT_EQ(status::kOk, list.AddName(RCEString::Duplicate("two"), 2));
+  EXPECT_EQ(2u, list.Count());
+  EXPECT_EQ(3u, list.Capacity());
   unsigned long long tag = 0;
   EXPECT_STREQ(list.GetName(0, &tag), "one");
-  EXPECT_EQ(tag, 0x1122334455667788u);
+  EXPECT_EQ(0x1122334455667788u, tag);
   EXPECT_STREQ(list.GetName(1, &tag), "two");
-  EXPECT_EQ(tag, 2u);
+  EXPECT_EQ(2u, tag);
 }
 
 TEST(NameList, TakesTheNameItselfAndKeepsIt) {
   NameList list(1);
   char* name = RCEString::Duplicate("name");
-  ASSERT_EQ(list.AddName(name, 0), status::kOk);
+  ASSERT_EQ(status::kOk, list.AddName(name, 0));
   EXPECT_EQ(list.GetName(0, nullptr), name);
   EXPECT_EQ(list.GetName(0, nullptr), name);
 }
@@ -85,20 +85,20 @@ TEST(NameList, AFullListTakesNoCopy) {
 
 TEST(NameList, AnswersNullBeyondTheLastNameAndLeavesTheTag) {
   NameList list(2);
-  ASSERT_EQ(list.AddName(RCEString::Duplicate("name"), 1), status::kOk);
+  ASSERT_EQ(status::kOk, list.AddName(RCEString::Duplicate("name"), 1));
   unsigned long long tag = 77;
-  EXPECT_EQ(list.GetName(1, &tag), nullptr);
-  EXPECT_EQ(list.GetName(0xFFFFFFFF, &tag), nullptr);
-  EXPECT_EQ(list.GetName(1, nullptr), nullptr);
-  EXPECT_EQ(tag, 77u);
+  EXPECT_EQ(nullptr, list.GetName(1, &tag));
+  EXPECT_EQ(nullptr, list.GetName(0xFFFFFFFF, &tag));
+  EXPECT_EQ(nullptr, list.GetName(1, nullptr));
+  EXPECT_EQ(77u, tag);
 }
 
 TEST(NameList, LeavesTheNameWithTheCallerWhenFull) {
   NameList list(1);
-  ASSERT_EQ(list.AddName(RCEString::Duplicate("first"), 1), status::kOk);
+  ASSERT_EQ(status::kOk, list.AddName(RCEString::Duplicate("first"), 1));
   char* name = RCEString::Duplicate("second");
-  EXPECT_EQ(list.AddName(name, 2), status::kLimit);
-  EXPECT_EQ(list.Count(), 1u);
+  EXPECT_EQ(status::kLimit, list.AddName(name, 2));
+  EXPECT_EQ(1u, list.Count());
   EXPECT_STREQ(name, "second");
   delete[] name;
   EXPECT_STREQ(list.GetName(0, nullptr), "first");
@@ -107,18 +107,18 @@ TEST(NameList, LeavesTheNameWithTheCallerWhenFull) {
 TEST(NameList, WithoutCapacityTakesNoName) {
   NameList list(0);
   char* name = RCEString::Duplicate("name");
-  EXPECT_EQ(list.AddName(name, 1), status::kNoMemory);
+  EXPECT_EQ(status::kNoMemory, list.AddName(name, 1));
   delete[] name;
-  EXPECT_EQ(list.Count(), 0u);
-  EXPECT_EQ(list.Capacity(), 0u);
-  EXPECT_EQ(list.GetName(0, nullptr), nullptr);
+  EXPECT_EQ(0u, list.Count());
+  EXPECT_EQ(0u, list.Capacity());
+  EXPECT_EQ(nullptr, list.GetName(0, nullptr));
 }
 
 TEST(NameList, HasNoCapacityWhenTheMemoryCannotBeHad) {
   NameList list(0xFFFFFFFF);
   char* name = RCEString::Duplicate("name");
-  EXPECT_EQ(list.Capacity(), 0u);
-  EXPECT_EQ(list.AddName(name, 1), status::kNoMemory);
+  EXPECT_EQ(0u, list.Capacity());
+  EXPECT_EQ(status::kNoMemory, list.AddName(name, 1));
   delete[] name;
 }
 

@@ -18,30 +18,30 @@ Text Exactly(const std::string& bytes) {
 }
 
 TEST(RCEString, LengthCountsTheBytesBeforeTheTerminator) {
-  EXPECT_EQ(RCEString::Length(""), 0u);
-  EXPECT_EQ(RCEString::Length("key"), 3u);
-  EXPECT_EQ(RCEString::Length(nullptr), 0u);
+  EXPECT_EQ(0u, RCEString::Length(""));
+  EXPECT_EQ(3u, RCEString::Length("key"));
+  EXPECT_EQ(0u, RCEString::Length(nullptr));
 }
 
 TEST(RCEString, DiffIsTheDifferenceOfTheFirstBytesThatDiffer) {
-  EXPECT_EQ(RCEString::Diff("a", "ab"), -98);
-  EXPECT_EQ(RCEString::Diff("ab", "a"), 98);
-  EXPECT_EQ(RCEString::Diff("abc", "abc"), 0);
-  EXPECT_EQ(RCEString::Diff("key1", "key3"), -2);
-  EXPECT_EQ(RCEString::Diff("", ""), 0);
+  EXPECT_EQ(-98, RCEString::Diff("a", "ab"));
+  EXPECT_EQ(98, RCEString::Diff("ab", "a"));
+  EXPECT_EQ(0, RCEString::Diff("abc", "abc"));
+  EXPECT_EQ(-2, RCEString::Diff("key1", "key3"));
+  EXPECT_EQ(0, RCEString::Diff("", ""));
 }
 
 TEST(RCEString, DiffSortsBytesAboveAsciiBelowIt) {
   EXPECT_EQ(RCEString::Diff("\x80", "A"), -128 - 65);
-  EXPECT_EQ(RCEString::Diff("\xFF", "\x01"), -2);
-  EXPECT_EQ(RCEString::Diff("\xFF", ""), -1);
-  EXPECT_EQ(RCEString::Diff("\x80", "\xFF"), -127);
+  EXPECT_EQ(-2, RCEString::Diff("\xFF", "\x01"));
+  EXPECT_EQ(-1, RCEString::Diff("\xFF", ""));
+  EXPECT_EQ(-127, RCEString::Diff("\x80", "\xFF"));
 }
 
 TEST(RCEString, DiffTakesNullForTheEmptyString) {
-  EXPECT_EQ(RCEString::Diff(nullptr, nullptr), 0);
-  EXPECT_EQ(RCEString::Diff("", nullptr), 0);
-  EXPECT_EQ(RCEString::Diff(nullptr, "b"), -98);
+  EXPECT_EQ(0, RCEString::Diff(nullptr, nullptr));
+  EXPECT_EQ(0, RCEString::Diff("", nullptr));
+  EXPECT_EQ(-98, RCEString::Diff(nullptr, "b"));
 }
 
 TEST(RCEString, CopyTakesTheTerminatorAlong) {
@@ -68,7 +68,7 @@ TEST(RCEString, ConcateTakesNullAndEmptyStrings) {
 TEST(RCEString, DuplicateMakesAStringOfItsOwn) {
   Text source = Exactly(std::string("abc", 4));
   Text copy(RCEString::Duplicate(source.get()));
-  ASSERT_NE(copy, nullptr);
+  ASSERT_NE(nullptr, copy);
   EXPECT_NE(copy.get(), source.get());
   source[0] = 'x';
   EXPECT_STREQ(copy.get(), "abc");
@@ -77,11 +77,11 @@ TEST(RCEString, DuplicateMakesAStringOfItsOwn) {
 }
 
 TEST(RCEString, MultiStringLengthEndsWithTheFirstOfTwoTerminators) {
-  EXPECT_EQ(RCEString::GetMultiStringLength(Exactly(std::string("a\0b\0\0", 5)).get()), 4u);
-  EXPECT_EQ(RCEString::GetMultiStringLength(Exactly(std::string("\0\0", 2)).get()), 1u);
-  EXPECT_EQ(RCEString::GetMultiStringLength(Exactly(std::string("abc\0\0", 5)).get()), 4u);
-  EXPECT_EQ(RCEString::GetMultiStringLength(Exactly(std::string("\0a\0\0", 4)).get()), 3u);
-  EXPECT_EQ(RCEString::GetMultiStringLength(nullptr), 0u);
+  EXPECT_EQ(4u, RCEString::GetMultiStringLength(Exactly(std::string("a\0b\0\0", 5)).get()));
+  EXPECT_EQ(1u, RCEString::GetMultiStringLength(Exactly(std::string("\0\0", 2)).get()));
+  EXPECT_EQ(4u, RCEString::GetMultiStringLength(Exactly(std::string("abc\0\0", 5)).get()));
+  EXPECT_EQ(3u, RCEString::GetMultiStringLength(Exactly(std::string("\0a\0\0", 4)).get()));
+  EXPECT_EQ(0u, RCEString::GetMultiStringLength(nullptr));
 }
 
 }  // namespace

@@ -23,15 +23,15 @@ TEST(RegistryStatus, CodesKeepTheirNumbers) {
 TEST(RegistryStatus, EveryCodeHasItsOwnText) {
   std::set<std::string> texts = {StatusText(1000)};
   for (unsigned int code : kEvery) {
-    ASSERT_NE(StatusText(code), nullptr) << code;
-    EXPECT_NE(*StatusText(code), 0) << code;
+    ASSERT_NE(nullptr, StatusText(code)) << code;
+    EXPECT_NE(0, *StatusText(code)) << code;
     EXPECT_TRUE(texts.insert(StatusText(code)).second) << code << ": " << StatusText(code);
   }
 }
 
 TEST(RegistryStatus, NumbersWithoutAMeaningHaveATextToo) {
   const std::string unknown = StatusText(1000);
-  EXPECT_NE(unknown, "");
+  EXPECT_NE("", unknown);
   for (unsigned int code : {3u, 4u, 76u, 0xFFFFFFFFu}) EXPECT_EQ(StatusText(code), unknown) << code;
 }
 

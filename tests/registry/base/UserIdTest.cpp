@@ -9,13 +9,13 @@ namespace tamu::registry {
 namespace {
 
 TEST(UserId, OfTheEmptyNameIsTheStartOfTheHash) {
-  EXPECT_EQ(UserIdOf(""), 5381u);
-  EXPECT_EQ(UserIdOf(nullptr), 5381u);
+  EXPECT_EQ(5381u, UserIdOf(""));
+  EXPECT_EQ(5381u, UserIdOf(nullptr));
 }
 
 TEST(UserId, OfOneCharacterIsThirtyThreeTimesTheStartAndTheCharacter) {
-  EXPECT_EQ(UserIdOf("a"), 177670u);
-  EXPECT_EQ(UserIdOf("b"), 177671u);
+  EXPECT_EQ(177670u, UserIdOf("a"));
+  EXPECT_EQ(177671u, UserIdOf("b"));
 }
 
 TEST(UserId, CountsTheOrderOfTheCharacters) {
@@ -24,18 +24,18 @@ TEST(UserId, CountsTheOrderOfTheCharacters) {
 }
 
 TEST(UserId, WrapsAround) {
-  EXPECT_EQ(UserIdOf("adminstrator"), 0xAC295ADDu);
+  EXPECT_EQ(0xAC295ADDu, UserIdOf("adminstrator"));
 }
 
 TEST(UserId, TakesBytesAsSignedNumbers) {
-  EXPECT_EQ(UserIdOf("\x80"), 177445u);       // 177573 - 128
-  EXPECT_EQ(UserIdOf("\xFF"), 177572u);       // 177573 - 1
-  EXPECT_EQ(UserIdOf("\xFF\xFF"), 5859875u);  // 177572 * 33 - 1
-  EXPECT_EQ(UserIdOf("\x7F"), 177700u);       // 177573 + 127
+  EXPECT_EQ(177445u, UserIdOf("\x80"));       // 177573 - 128
+  EXPECT_EQ(177572u, UserIdOf("\xFF"));       // 177573 - 1
+  EXPECT_EQ(5859875u, UserIdOf("\xFF\xFF"));  // 177572 * 33 - 1
+  EXPECT_EQ(177700u, UserIdOf("\x7F"));       // 177573 + 127
 }
 
 TEST(UserId, ReadsNoFurtherThanTheTerminator) {
-  EXPECT_EQ(UserIdOf(std::string("a\0b", 3).c_str()), 177670u);
+  EXPECT_EQ(177670u, UserIdOf(std::string("a\0b", 3).c_str()));
 }
 
 TEST(UserId, OfTheAdministratorIsNoHash) {

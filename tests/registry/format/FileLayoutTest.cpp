@@ -45,7 +45,7 @@ TEST(FileLayout, TheFirstSlotsTake180Bytes) {
 TEST(FileLayout, StopsAtTwoGigabytes) {
   const FileLayout largest(1972174859);  // 10956527 entries of 196 bytes, and 4348
   EXPECT_TRUE(largest.IsPossible());
-  EXPECT_EQ(largest.fileSize(), 2147483640u);
+  EXPECT_EQ(2147483640u, largest.fileSize());
   EXPECT_FALSE(FileLayout(1972174860).IsPossible());
   EXPECT_FALSE(FileLayout(0xFFFFFFFF).IsPossible());
 }

@@ -8,9 +8,10 @@ namespace {
 
 TEST(TernaryHeader, IsZeroWhenMade) {
   static_assert(sizeof(TernaryHeader) == 40);
-  EXPECT_EQ(Hex(TernaryHeader()),
-            "00000000 00000000 00000000 00000000 00000000 "
-            "00000000 00000000 00000000 00000000 00000000");
+  EXPECT_EQ(
+      "00000000 00000000 00000000 00000000 00000000 "
+      "00000000 00000000 00000000 00000000 00000000",
+      Hex(TernaryHeader()));
 }
 
 TEST(TernaryHeader, PutsEveryFieldAtItsPlace) {
@@ -23,21 +24,22 @@ TEST(TernaryHeader, PutsEveryFieldAtItsPlace) {
   header.setFirstTable(NodeKind::kData, 8696);
   header.setStartNode(0x12345600);
   header.setFileSize(75888);
-  EXPECT_EQ(Hex(header),
-            "00000000 54100000 01000000 7C100000 50160000 "
-            "241C0000 F8210000 00563412 70280100 00000000");
+  EXPECT_EQ(
+      "00000000 54100000 01000000 7C100000 50160000 "
+      "241C0000 F8210000 00563412 70280100 00000000",
+      Hex(header));
 }
 
 TEST(TernaryHeader, GetsEveryFieldFromItsPlace) {
   const TernaryHeader header = Numbered<TernaryHeader>();
-  EXPECT_EQ(header.headerOffset(), 0x88878685u);
-  EXPECT_EQ(header.headerVersion(), 0x8C8B8A89u);
-  EXPECT_EQ(header.firstTable(NodeKind::kString), 0x908F8E8Du);
-  EXPECT_EQ(header.firstTable(NodeKind::kKey), 0x94939291u);
-  EXPECT_EQ(header.firstTable(NodeKind::kValue), 0x98979695u);
-  EXPECT_EQ(header.firstTable(NodeKind::kData), 0x9C9B9A99u);
-  EXPECT_EQ(header.startNode(), 0xA09F9E9Du);
-  EXPECT_EQ(header.fileSize(), 0xA4A3A2A1u);
+  EXPECT_EQ(0x88878685u, header.headerOffset());
+  EXPECT_EQ(0x8C8B8A89u, header.headerVersion());
+  EXPECT_EQ(0x908F8E8Du, header.firstTable(NodeKind::kString));
+  EXPECT_EQ(0x94939291u, header.firstTable(NodeKind::kKey));
+  EXPECT_EQ(0x98979695u, header.firstTable(NodeKind::kValue));
+  EXPECT_EQ(0x9C9B9A99u, header.firstTable(NodeKind::kData));
+  EXPECT_EQ(0xA09F9E9Du, header.startNode());
+  EXPECT_EQ(0xA4A3A2A1u, header.fileSize());
 }
 
 }  // namespace

@@ -53,7 +53,7 @@ TEST(NodeNames, AllCharactersButTheSlashAreTaken) {
     if (c == '/') continue;
     TernaryStringNode node;
     const char name[] = {static_cast<char>(c), static_cast<char>(c), 0};
-    EXPECT_EQ(TakeName(&node, name), 2u) << c;
+    EXPECT_EQ(2u, TakeName(&node, name)) << c;
     EXPECT_EQ(node.bytes()[3], c);
     EXPECT_EQ(node.bytes()[24], c);
   }
@@ -65,21 +65,22 @@ TEST(NodeNames, ATakenNameLeavesLinksAndFlags) {
   node.setFlags(0x10);
   node.setEqual(0x11223344);
   node.setKeyNode(0x55667788);
-  EXPECT_EQ(TakeName(&node, "xyz"), 3u);
-  EXPECT_EQ(Hex(node),
-            "0002107A 00000000 00000000 44332211 00000000 88776655"
-            " 78790000 00000000 00000000 00000000");
+  EXPECT_EQ(3u, TakeName(&node, "xyz"));
+  EXPECT_EQ(
+      "0002107A 00000000 00000000 44332211 00000000 88776655"
+      " 78790000 00000000 00000000 00000000",
+      Hex(node));
 }
 
 TEST(NodeNames, TheFirstCharacterIsOfTheSegmentIfThereIsOne) {
   TernaryStringNode node;
   node.setSplitChar('s');
   node.setSegment(0, 'r');
-  EXPECT_EQ(FirstCharOf(node), 's');
+  EXPECT_EQ('s', FirstCharOf(node));
   node.setSegmentLength(1);
-  EXPECT_EQ(FirstCharOf(node), 'r');
+  EXPECT_EQ('r', FirstCharOf(node));
   node.setSegment(0, static_cast<signed char>(0x80));
-  EXPECT_EQ(FirstCharOf(node), -128);
+  EXPECT_EQ(-128, FirstCharOf(node));
 }
 
 // "abcdef", split character 'g', all links and a key; a lock that somebody has.
@@ -96,15 +97,18 @@ TernaryStringNode Whole() {
 }
 
 TEST(NodeNames, TheUpperPartLeadsToTheLowerOne) {
-  EXPECT_EQ(Hex(UpperPart(Whole(), 0, 0x12345678)),
-            "00000061 00000000 00000000 78563412 00000000 00000000"
-            " 00000000 00000000 00000000 00000000");
-  EXPECT_EQ(Hex(UpperPart(Whole(), 2, 0x900)),
-            "00020063 00000000 00000000 00090000 00000000 00000000"
-            " 61620000 00000000 00000000 00000000");
-  EXPECT_EQ(Hex(UpperPart(Whole(), 5, 0x900)),
-            "00050066 00000000 00000000 00090000 00000000 00000000"
-            " 61626364 65000000 00000000 00000000");
+  EXPECT_EQ(
+      "00000061 00000000 00000000 78563412 00000000 00000000"
+      " 00000000 00000000 00000000 00000000",
+      Hex(UpperPart(Whole(), 0, 0x12345678)));
+  EXPECT_EQ(
+      "00020063 00000000 00000000 00090000 00000000 00000000"
+      " 61620000 00000000 00000000 00000000",
+      Hex(UpperPart(Whole(), 2, 0x900)));
+  EXPECT_EQ(
+      "00050066 00000000 00000000 00090000 00000000 00000000"
+      " 61626364 65000000 00000000 00000000",
+      Hex(UpperPart(Whole(), 5, 0x900)));
 }
 
 TEST(NodeNames, TheLowerPartKeepsAllButTheBeginning) {
@@ -119,7 +123,7 @@ TEST(NodeNames, TheLowerPartKeepsAllButTheBeginning) {
 
 TEST(NodeNames, AFullSegmentIsCutAtItsEnds) {
   TernaryStringNode node;
-  ASSERT_EQ(TakeName(&node, kText), 17u);
+  ASSERT_EQ(17u, TakeName(&node, kText));
   const std::string links = kZeros20;
   EXPECT_EQ(Hex(LowerPart(node, 0)), "000F0071 " + links + " 62636465 66676869 6A6B6C6D 6E6F7000");
   EXPECT_EQ(Hex(LowerPart(node, 15)), "00000071 " + links + " 00000000 00000000 00000000 00000000");
@@ -131,8 +135,8 @@ TEST(NodeNames, AFullSegmentIsCutAtItsEnds) {
 TEST(NodeNames, BytesBehindTheSegmentAreDropped) {
   TernaryStringNode node = Numbered<TernaryStringNode>();
   node.setSegmentLength(3);  // 99 9A 9B
-  EXPECT_EQ(Hex(UpperPart(node, 1, 0)).substr(54), "99000000 00000000 00000000 00000000");
-  EXPECT_EQ(Hex(LowerPart(node, 1)).substr(54), "9B000000 00000000 00000000 00000000");
+  EXPECT_EQ("99000000 00000000 00000000 00000000", Hex(UpperPart(node, 1, 0)).substr(54));
+  EXPECT_EQ("9B000000 00000000 00000000 00000000", Hex(LowerPart(node, 1)).substr(54));
 }
 
 TEST(NodeNames, ALinkIsLookedForInTheOrderEqualLowerHigherChild) {

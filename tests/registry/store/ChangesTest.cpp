@@ -48,7 +48,7 @@ TEST_F(ChangesTest, ARecordThatIsKeptStays) {
     Changes changes(store);
     ASSERT_EQ(status::kOk, changes.Write(0x100, Numbered<TernaryKeyNode>()));
     EXPECT_FALSE(changes.IsKept());
-    EXPECT_EQ(changes.Keep(status::kOk), status::kOk);
+    EXPECT_EQ(status::kOk, changes.Keep(status::kOk));
     EXPECT_TRUE(changes.IsKept());
   }
   EXPECT_TRUE(Bytes() == expected);
@@ -211,14 +211,14 @@ class NestedChangesTest : public ChangesTest {
       Changes inner(store);
       ASSERT_EQ(status::kOk, inner.Write(0x200, Numbered<TernaryStringNode>()));
       if (keepInner) {
-        EXPECT_EQ(inner.Keep(status::kOk), status::kOk);
+        EXPECT_EQ(status::kOk, inner.Keep(status::kOk));
       }
     }
     EXPECT_EQ(keepInner, IsWritten(2));
     EXPECT_TRUE(IsWritten(1));
     ASSERT_EQ(status::kOk, outer.Write(0x300, Numbered<TernaryStringNode>()));
     if (keepOuter) {
-      EXPECT_EQ(outer.Keep(status::kOk), status::kOk);
+      EXPECT_EQ(status::kOk, outer.Keep(status::kOk));
     }
   }
   bool IsWritten(unsigned int slot) const {
@@ -278,7 +278,7 @@ TEST_F(ChangesTest, GoesBackToAMark) {
     EXPECT_TRUE(changes.UndoTo(mark));
     EXPECT_TRUE(Bytes() == expected);
     EXPECT_TRUE(Known() == known);
-    EXPECT_EQ(changes.Keep(status::kOk), status::kOk);
+    EXPECT_EQ(status::kOk, changes.Keep(status::kOk));
   }
   EXPECT_TRUE(Bytes() == expected);
 }
@@ -313,7 +313,7 @@ TEST_F(ChangesTest, ThousandsOfRecordsStay) {
       node.bytes()[1] = static_cast<unsigned char>(i / 300 + 1);
       ASSERT_EQ(status::kOk, changes.Write((i % 300 + 1) << 8, node));
     }
-    EXPECT_EQ(changes.Keep(status::kOk), status::kOk);
+    EXPECT_EQ(status::kOk, changes.Keep(status::kOk));
   }
   for (unsigned int slot = 1; slot <= 300; ++slot) expected[kAreas[2] + 52 * slot + 1] = 10;
   EXPECT_TRUE(Bytes() == expected);
@@ -360,7 +360,7 @@ TEST_F(ChangesTest, NothingIsChangedWhenNoFileIsOpen) {
     EXPECT_EQ(status::kInputOutput, changes.ReleaseData(0x100));
     EXPECT_EQ(status::kInputOutput,
               changes.Grow(&store.Descriptor(NodeKind::kKey), 24, kExpansionSlots));
-    EXPECT_EQ(changes.Keep(status::kOk), status::kOk);
+    EXPECT_EQ(status::kOk, changes.Keep(status::kOk));
   }
   EXPECT_TRUE(Bytes() == before);
   other.Finalize();
@@ -374,7 +374,7 @@ TEST_F(ChangesTest, StoresDataInBlocksOfWhichTheLastIsFilledWithZeros) {
     ASSERT_EQ(status::kOk, changes.StoreData(std::string(70, 'd').data(), 70, &id));
     EXPECT_EQ(0x100u, id);
     EXPECT_EQ(2u, store.Descriptor(NodeKind::kData).usedNodes);
-    EXPECT_EQ(changes.Keep(status::kOk), status::kOk);
+    EXPECT_EQ(status::kOk, changes.Keep(status::kOk));
   }
   SetU32(expected, 8724, 362);  // freeCount
   SetU32(expected, 8728, 3);    // the first free slot

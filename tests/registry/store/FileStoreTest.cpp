@@ -6,6 +6,8 @@
 #include "tests/platform/ChildProcess.h"
 #include "tests/registry/store/StoreTesting.h"
 
+namespace status = tamu::registry::status;
+
 namespace tamu::registry::storetests {
 namespace {
 
@@ -45,7 +47,7 @@ bool MakeTogether(Shared& shared, const std::string& path, unsigned int offset) 
 
 TEST(FileStore, TwoProcessesThatMakeTheSameFileAtOnceUseOne) {
   Shared* shared = Share();
-  ASSERT_NE(shared, nullptr);
+  ASSERT_NE(nullptr, shared);
   TempDir dir;
   for (unsigned int round = 0; round < 200; ++round) {
     SCOPED_TRACE(round);
@@ -57,12 +59,12 @@ TEST(FileStore, TwoProcessesThatMakeTheSameFileAtOnceUseOne) {
     int status = 0;
     ASSERT_EQ(waitpid(child, &status, 0), child);
     ASSERT_TRUE(isDone);
-    ASSERT_EQ(status, 0);
-    EXPECT_EQ(shared->made.exchange(0), 1u);
-    EXPECT_EQ(GetFile(path).size(), kNewFileSize);
+    ASSERT_EQ(0, status);
+    EXPECT_EQ(1u, shared->made.exchange(0));
+    EXPECT_EQ(kNewFileSize, GetFile(path).size());
     std::filesystem::remove(path);
   }
-  EXPECT_EQ(NamesIn(dir / "."), "");
+  EXPECT_EQ("", NamesIn(dir / "."));
   munmap(shared, sizeof *shared);
 }
 
@@ -77,7 +79,7 @@ TEST(FileStore, MakesTheFileThatASymbolicLinkLeadsTo) {
   EXPECT_EQ(kNewFileSize, GetFile(dir / "below/target").size());
   store.Finalize();
   PutFile(dir / "below/target", "old");
-  ASSERT_EQ(0u, store.CreateRegistryFile((dir / "link").c_str(), 65536));
+  ASSERT_EQ(status::kOk, store.CreateRegistryFile((dir / "link").c_str(), 65536));
   EXPECT_EQ(kNewFileSize, GetFile(dir / "below/target").size());
   EXPECT_TRUE(std::filesystem::is_symlink(dir / "link"));
   EXPECT_EQ("target ", NamesIn(dir / "below"));
@@ -94,7 +96,7 @@ TEST(FileStore, RemovesWhatADeadMakerHasLeft) {
   EXPECT_EQ("registry whole ", NamesIn(dir / "."));
   std::filesystem::create_hard_link(dir / "whole", dir / ".yax-new-00");
   store.Finalize();
-  ASSERT_EQ(0u, store.CreateRegistryFile(path.c_str(), 65536));
+  ASSERT_EQ(status::kOk, store.CreateRegistryFile(path.c_str(), 65536));
   EXPECT_EQ("registry whole ", NamesIn(dir / "."));
   EXPECT_EQ("whole", GetFile(dir / "whole"));
 }
@@ -103,7 +105,7 @@ TEST(FileStore, AReplacedFileOfAnotherLinkStaysAsItWas) {
   TempDir dir;
   PutFile(dir / "registry", "old");
   std::filesystem::create_hard_link(dir / "registry", dir / "second");
-  ASSERT_EQ(0u, TernaryFile().CreateRegistryFile((dir / "registry").c_str(), 65536));
+  ASSERT_EQ(status::kOk, TernaryFile().CreateRegistryFile((dir / "registry").c_str(), 65536));
   EXPECT_EQ(kNewFileSize, GetFile(dir / "registry").size());
   EXPECT_EQ("old", GetFile(dir / "second"));
 }

@@ -1,12 +1,14 @@
 #include "registry/store/NodeSet.h"
 #include "tests/registry/store/StoreTesting.h"
 
+namespace status = tamu::registry::status;
+
 namespace tamu::registry::storetests {
 namespace {
 
 class NodeSetTest : public StoreTest {
  protected:
-  void Prepare() { ASSERT_EQ(set_.Prepare(store.Descriptor(NodeKind::kString)), 0u); }
+  void Prepare() { ASSERT_EQ(0u, set_.Prepare(store.Descriptor(NodeKind::kString))); }
 
   NodeSet set_;
 };
@@ -40,7 +42,7 @@ TEST_F(NodeSetTest, ForgetsWhatWasAddedWhenItIsPreparedAnew) {
 TEST_F(NodeSetTest, KeepsTheTablesApart) {
   TernaryNodeDescriptor& strings = store.Descriptor(NodeKind::kString);
   for (unsigned int table = 1; table < 21; ++table) {
-    ASSERT_EQ(store.ExpandFile(&strings, 40, 500), 0u);
+    ASSERT_EQ(status::kOk, store.ExpandFile(&strings, 40, 500));
   }
   Prepare();
   for (unsigned int table = 0; table < 21; ++table) {
@@ -55,7 +57,7 @@ TEST_F(NodeSetTest, KeepsTheTablesApart) {
 // A table that is appended later has no room until the set is prepared again.
 TEST_F(NodeSetTest, KnowsTheTablesThatThereWere) {
   Prepare();
-  ASSERT_EQ(store.ExpandFile(&store.Descriptor(NodeKind::kString), 40, 500), 0u);
+  ASSERT_EQ(status::kOk, store.ExpandFile(&store.Descriptor(NodeKind::kString), 40, 500));
   EXPECT_FALSE(set_.Add(0x101));
   Prepare();
   EXPECT_TRUE(set_.Add(0x101));

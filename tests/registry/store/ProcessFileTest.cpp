@@ -8,6 +8,8 @@
 #include "tests/platform/OpenDescriptors.h"
 #include "tests/registry/store/StoreTesting.h"
 
+namespace status = tamu::registry::status;
+
 namespace tamu::registry::storetests {
 namespace {
 
@@ -142,99 +144,99 @@ TEST_F(ProcessFileTest, EveryOperationWorksOnTheFileThatIsOpen) {
   for (const Operation& operation : kOperations) {
     SCOPED_TRACE(operation.name);
     Reopen(before);
-    EXPECT_EQ(operation.run(store), 0u);
+    EXPECT_EQ(0u, operation.run(store));
   }
 }
 
 TEST_F(ProcessFileTest, AStoreWhoseFileWasReplacedAnswers5AndTouchesNeitherFile) {
   const std::string before = Bytes();
-  ASSERT_EQ(other.Initialize(otherPath.c_str()), 0u);
+  ASSERT_EQ(status::kOk, other.Initialize(otherPath.c_str()));
   for (const Operation& operation : kOperations) {
     SCOPED_TRACE(operation.name);
-    EXPECT_EQ(operation.run(store), 5u);
+    EXPECT_EQ(5u, operation.run(store));
     EXPECT_TRUE(GetFile(path) == before);
     EXPECT_TRUE(GetFile(otherPath) == before);
   }
   unsigned int id = 0;
-  EXPECT_EQ(other.AcquireSlot(0, NodeKind::kKey, &id), 0u);
-  EXPECT_EQ(id, 0x200u);
+  EXPECT_EQ(status::kOk, other.AcquireSlot(0, NodeKind::kKey, &id));
+  EXPECT_EQ(0x200u, id);
 }
 
 TEST_F(ProcessFileTest, FinalizingAReplacedStoreLeavesTheOtherOpen) {
-  ASSERT_EQ(other.Initialize(otherPath.c_str()), 0u);
-  EXPECT_EQ(store.Finalize(), 0u);
+  ASSERT_EQ(status::kOk, other.Initialize(otherPath.c_str()));
+  EXPECT_EQ(status::kOk, store.Finalize());
   EXPECT_TRUE(TernaryFile::file.IsOpen());
   unsigned int id = 0;
-  EXPECT_EQ(other.AcquireSlot(0, NodeKind::kKey, &id), 0u);
+  EXPECT_EQ(status::kOk, other.AcquireSlot(0, NodeKind::kKey, &id));
 }
 
 TEST_F(ProcessFileTest, AReplacedStoreWorksAgainWhenItIsOpenedAnew) {
-  ASSERT_EQ(other.Initialize(otherPath.c_str()), 0u);
-  ASSERT_EQ(other.Finalize(), 0u);
+  ASSERT_EQ(status::kOk, other.Initialize(otherPath.c_str()));
+  ASSERT_EQ(status::kOk, other.Finalize());
   unsigned int id = 0;
-  EXPECT_EQ(store.AcquireSlot(0, NodeKind::kKey, &id), 5u);
-  EXPECT_EQ(store.Finalize(), 0u);
-  EXPECT_EQ(store.Initialize(path.c_str()), 0u);
-  EXPECT_EQ(Take(NodeKind::kKey), 0x200u);
+  EXPECT_EQ(status::kInputOutput, store.AcquireSlot(0, NodeKind::kKey, &id));
+  EXPECT_EQ(status::kOk, store.Finalize());
+  EXPECT_EQ(status::kOk, store.Initialize(path.c_str()));
+  EXPECT_EQ(0x200u, Take(NodeKind::kKey));
 }
 
 TEST_F(ProcessFileTest, TwoStoresOnOnePathShareTheFile) {
-  ASSERT_EQ(other.Initialize(path.c_str()), 0u);
+  ASSERT_EQ(status::kOk, other.Initialize(path.c_str()));
   TernaryStringNode node;
   node.setSplitChar('q');
-  EXPECT_EQ(store.WriteNode(0, 0x100, &node, false), 0u);
+  EXPECT_EQ(status::kOk, store.WriteNode(0, 0x100, &node, false));
   TernaryStringNode back;
-  EXPECT_EQ(other.ReadNodeInBuffer(0x100, &back), 0u);
-  EXPECT_EQ(back.splitChar(), 'q');
+  EXPECT_EQ(status::kOk, other.ReadNodeInBuffer(0x100, &back));
+  EXPECT_EQ('q', back.splitChar());
 }
 
 TEST_F(ProcessFileTest, TheFirstToFinalizeClosesTheFileOfItsPath) {
-  ASSERT_EQ(other.Initialize(path.c_str()), 0u);
-  EXPECT_EQ(other.Finalize(), 0u);
+  ASSERT_EQ(status::kOk, other.Initialize(path.c_str()));
+  EXPECT_EQ(status::kOk, other.Finalize());
   EXPECT_FALSE(TernaryFile::file.IsOpen());
   const std::string before = Bytes();
   for (const Operation& operation : kOperations) {
     SCOPED_TRACE(operation.name);
-    EXPECT_EQ(operation.run(store), 5u);
+    EXPECT_EQ(5u, operation.run(store));
   }
   EXPECT_TRUE(Bytes() == before);
 }
 
 TEST_F(ProcessFileTest, TheOlderStoreClosesTheFileOfItsPathToo) {
-  ASSERT_EQ(other.Initialize(path.c_str()), 0u);
-  EXPECT_EQ(store.Finalize(), 0u);
+  ASSERT_EQ(status::kOk, other.Initialize(path.c_str()));
+  EXPECT_EQ(status::kOk, store.Finalize());
   EXPECT_FALSE(TernaryFile::file.IsOpen());
   unsigned int id = 0;
-  EXPECT_EQ(other.AcquireSlot(0, NodeKind::kKey, &id), 5u);
+  EXPECT_EQ(status::kInputOutput, other.AcquireSlot(0, NodeKind::kKey, &id));
 }
 
 TEST_F(ProcessFileTest, ThePathIsKeptAsACopy) {
   std::string text = otherPath;
-  ASSERT_EQ(other.Initialize(text.data()), 0u);
+  ASSERT_EQ(status::kOk, other.Initialize(text.data()));
   text.assign(text.size(), 'x');
   unsigned int id = 0;
-  EXPECT_EQ(other.AcquireSlot(0, NodeKind::kKey, &id), 0u);
-  EXPECT_EQ(other.Finalize(), 0u);
+  EXPECT_EQ(status::kOk, other.AcquireSlot(0, NodeKind::kKey, &id));
+  EXPECT_EQ(status::kOk, other.Finalize());
   EXPECT_FALSE(TernaryFile::file.IsOpen());
 }
 
 // Creating a file takes the open one's place too.
 TEST_F(ProcessFileTest, AStoreIsClosedWhenAnotherFileIsCreated) {
   const std::string before = Bytes();
-  EXPECT_EQ(other.CreateRegistryFile((dir / "third.rce").c_str(), 0), 0u);
+  EXPECT_EQ(status::kOk, other.CreateRegistryFile((dir / "third.rce").c_str(), 0));
   unsigned int id = 0;
-  EXPECT_EQ(store.AcquireSlot(0, NodeKind::kKey, &id), 5u);
+  EXPECT_EQ(status::kInputOutput, store.AcquireSlot(0, NodeKind::kKey, &id));
   EXPECT_TRUE(Bytes() == before);
 }
 
 TEST_F(ProcessFileTest, AFailedOpeningLeavesTheOtherStoreOpen) {
-  EXPECT_EQ(other.Initialize((dir / "missing.rce").c_str()), 9u);
+  EXPECT_EQ(status::kCannotOpen, other.Initialize((dir / "missing.rce").c_str()));
   EXPECT_TRUE(other.PathMissing());
-  EXPECT_EQ(other.Initialize((dir / ".").c_str()), 9u);
+  EXPECT_EQ(status::kCannotOpen, other.Initialize((dir / ".").c_str()));
   EXPECT_FALSE(other.PathMissing());
-  EXPECT_EQ(other.CreateRegistryFile((dir / "no/folder.rce").c_str(), 0), 28u);
-  EXPECT_EQ(other.Finalize(), 0u);
-  EXPECT_EQ(Take(NodeKind::kKey), 0x200u);
+  EXPECT_EQ(status::kNoSpace, other.CreateRegistryFile((dir / "no/folder.rce").c_str(), 0));
+  EXPECT_EQ(status::kOk, other.Finalize());
+  EXPECT_EQ(0x200u, Take(NodeKind::kKey));
 }
 
 TEST_F(ProcessFileTest, AStoreThatFailedToOpenClosesNothing) {
@@ -242,35 +244,35 @@ TEST_F(ProcessFileTest, AStoreThatFailedToOpenClosesNothing) {
   SetU32(bytes, 8, 3);
   PutFile(otherPath, bytes);
   store.Finalize();
-  EXPECT_EQ(other.Initialize(otherPath.c_str()), 59u);
+  EXPECT_EQ(status::kInvalidFile, other.Initialize(otherPath.c_str()));
   SetU32(bytes, 8, 2);
   PutFile(otherPath, bytes);
-  EXPECT_EQ(store.Initialize(otherPath.c_str()), 0u);
-  EXPECT_EQ(other.Finalize(), 0u);
-  EXPECT_EQ(Take(NodeKind::kKey), 0x200u);
+  EXPECT_EQ(status::kOk, store.Initialize(otherPath.c_str()));
+  EXPECT_EQ(status::kOk, other.Finalize());
+  EXPECT_EQ(0x200u, Take(NodeKind::kKey));
 }
 
 // Its tables are those of an opening that is over.
 TEST_F(ProcessFileTest, AReplacedStoreStaysClosedWhenAThirdOpensItsPath) {
-  ASSERT_EQ(other.Initialize(otherPath.c_str()), 0u);
-  ASSERT_EQ(other.Finalize(), 0u);
+  ASSERT_EQ(status::kOk, other.Initialize(otherPath.c_str()));
+  ASSERT_EQ(status::kOk, other.Finalize());
   TernaryFile third;
-  ASSERT_EQ(third.Initialize(path.c_str()), 0u);
+  ASSERT_EQ(status::kOk, third.Initialize(path.c_str()));
   unsigned int id = 0;
-  EXPECT_EQ(store.AcquireSlot(0, NodeKind::kKey, &id), 5u);
-  EXPECT_EQ(store.Finalize(), 0u);
-  EXPECT_EQ(third.AcquireSlot(0, NodeKind::kKey, &id), 0u);
-  EXPECT_EQ(id, 0x200u);
+  EXPECT_EQ(status::kInputOutput, store.AcquireSlot(0, NodeKind::kKey, &id));
+  EXPECT_EQ(status::kOk, store.Finalize());
+  EXPECT_EQ(status::kOk, third.AcquireSlot(0, NodeKind::kKey, &id));
+  EXPECT_EQ(0x200u, id);
   third.Finalize();
 }
 
 TEST_F(ProcessFileTest, TheSamePathToAnotherFileIsAnotherFile) {
   const std::string before = Bytes();
-  ASSERT_EQ(std::rename(path.c_str(), (dir / "moved.rce").c_str()), 0);
+  ASSERT_EQ(0, std::rename(path.c_str(), (dir / "moved.rce").c_str()));
   PutFile(path, before);
-  ASSERT_EQ(other.Initialize(path.c_str()), 0u);
+  ASSERT_EQ(status::kOk, other.Initialize(path.c_str()));
   unsigned int id = 0;
-  EXPECT_EQ(store.AcquireSlot(0, NodeKind::kKey, &id), 5u);
+  EXPECT_EQ(status::kInputOutput, store.AcquireSlot(0, NodeKind::kKey, &id));
   EXPECT_TRUE(Bytes() == before);
 }
 
@@ -281,15 +283,15 @@ TEST_F(ProcessFileTest, AFileWithAWrongHeaderLeavesTheOtherStoreOpen) {
     std::string bytes = good;
     SetU32(bytes, field, 3);
     PutFile(otherPath, bytes);
-    EXPECT_EQ(other.Initialize(otherPath.c_str()), 59u);
+    EXPECT_EQ(status::kInvalidFile, other.Initialize(otherPath.c_str()));
     unsigned char byte = 0;
     unsigned char* place = &byte;
-    EXPECT_EQ(other.ReadFromFile(0, 1, place), 5u);
-    EXPECT_EQ(store.ReadFromFile(0, 1, place), 0u);
-    EXPECT_EQ(byte, 0xFFu);
+    EXPECT_EQ(status::kInputOutput, other.ReadFromFile(0, 1, place));
+    EXPECT_EQ(status::kOk, store.ReadFromFile(0, 1, place));
+    EXPECT_EQ(0xFFu, byte);
   }
-  EXPECT_EQ(other.Finalize(), 0u);
-  EXPECT_EQ(Take(NodeKind::kKey), 0x200u);
+  EXPECT_EQ(status::kOk, other.Finalize());
+  EXPECT_EQ(0x200u, Take(NodeKind::kKey));
 }
 
 TEST_F(ProcessFileTest, ACreationOnAFullDiskLeavesTheOtherStoreOpen) {
@@ -299,7 +301,7 @@ TEST_F(ProcessFileTest, ACreationOnAFullDiskLeavesTheOtherStoreOpen) {
     return other.CreateRegistryFile((dir / "full.rce").c_str(), 65536) == 5 &&
            other.FileReadInteger(0, &word) == 5 && store.FileReadInteger(0, &word) == 0;
   }));
-  EXPECT_EQ(NamesIn(dir / "."), "other.rce store.rce ");
+  EXPECT_EQ("other.rce store.rce ", NamesIn(dir / "."));
 }
 
 TEST_F(ProcessFileTest, AFileThatCannotBeReplacedStaysOpen) {
@@ -311,15 +313,15 @@ TEST_F(ProcessFileTest, AFileThatCannotBeReplacedStaysOpen) {
            other.FileReadInteger(0, &word) == 5 && store.FileWriteInteger(84, 0) == 0;
   }));
   EXPECT_TRUE(Bytes() == before);
-  EXPECT_EQ(NamesIn(dir / "."), "other.rce store.rce ");
+  EXPECT_EQ("other.rce store.rce ", NamesIn(dir / "."));
 }
 
 TEST_F(ProcessFileTest, AReplacedFileIsClosedForAll) {
   const std::string before = Bytes();
-  ASSERT_EQ(other.CreateRegistryFile(path.c_str(), 65536), 0u);
+  ASSERT_EQ(status::kOk, other.CreateRegistryFile(path.c_str(), 65536));
   const std::string fresh = Bytes();
   EXPECT_FALSE(fresh == before);
-  EXPECT_EQ(store.FileWriteInteger(84, 1), 5u);
+  EXPECT_EQ(status::kInputOutput, store.FileWriteInteger(84, 1));
   EXPECT_FALSE(TernaryFile::file.IsOpen());
   EXPECT_TRUE(Bytes() == fresh);
 }
@@ -336,25 +338,25 @@ TEST_F(ProcessFileTest, AnEmptiedFileIsClosedAlsoWhenItCannotBeFilled) {
            store.FileWriteInteger(84, 1) == 5 && !TernaryFile::file.IsOpen();
   }));
   chmod((dir / ".").c_str(), 0755);
-  EXPECT_EQ(Bytes(), "");
+  EXPECT_EQ("", Bytes());
 }
 
 TEST_F(ProcessFileTest, AStoreThatFindsNothingElsewhereGivesItsOwnFileUp) {
   const long descriptors = OpenDescriptors();
-  ASSERT_EQ(other.Initialize(otherPath.c_str()), 0u);
+  ASSERT_EQ(status::kOk, other.Initialize(otherPath.c_str()));
   EXPECT_EQ(OpenDescriptors(), descriptors);
-  EXPECT_EQ(other.Initialize((dir / "missing.rce").c_str()), 9u);
+  EXPECT_EQ(status::kCannotOpen, other.Initialize((dir / "missing.rce").c_str()));
   EXPECT_FALSE(TernaryFile::file.IsOpen());
   EXPECT_EQ(OpenDescriptors(), descriptors - 1);
   unsigned int id = 0;
-  EXPECT_EQ(other.AcquireSlot(0, NodeKind::kKey, &id), 5u);
+  EXPECT_EQ(status::kInputOutput, other.AcquireSlot(0, NodeKind::kKey, &id));
 }
 
 // Two stores on one path go on together although one of them is opened again.
 TEST_F(ProcessFileTest, AStoreThatIsOpenedAgainTakesNothingFromItsPartner) {
-  ASSERT_EQ(other.Initialize(path.c_str()), 0u);
-  ASSERT_EQ(other.Initialize(path.c_str()), 0u);
-  EXPECT_EQ(Take(NodeKind::kKey), 0x200u);
+  ASSERT_EQ(status::kOk, other.Initialize(path.c_str()));
+  ASSERT_EQ(status::kOk, other.Initialize(path.c_str()));
+  EXPECT_EQ(0x200u, Take(NodeKind::kKey));
 }
 
 }  // namespace

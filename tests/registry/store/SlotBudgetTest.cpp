@@ -2,6 +2,8 @@
 #include "registry/store/SlotBudget.h"
 #include "tests/registry/store/StoreTesting.h"
 
+namespace status = tamu::registry::status;
+
 namespace tamu::registry::storetests {
 namespace {
 
@@ -50,7 +52,7 @@ TEST_F(SlotBudgetTest, TakingChangesNothingInTheStore) {
   const std::string before = Bytes();
   for (NodeKind kind : kKinds) Exhaust(Budget(), kind);
   EXPECT_EQ(Bytes(), before);
-  EXPECT_EQ(Take(NodeKind::kKey), 0x100u);
+  EXPECT_EQ(0x100u, Take(NodeKind::kKey));
 }
 
 TEST_F(SlotBudgetTest, NodesRunOutInTheStoreWhenTheyDoInTheBudget) {
@@ -59,7 +61,7 @@ TEST_F(SlotBudgetTest, NodesRunOutInTheStoreWhenTheyDoInTheBudget) {
     const std::string expected = Exhaust(Budget(), kind);
     EXPECT_EQ(expected, std::to_string(kMostSlots - 400) + ", then 75");
     EXPECT_EQ(ExhaustStore(kind), expected);
-    EXPECT_EQ(Exhaust(Budget(), kind), "0, then 75");
+    EXPECT_EQ("0, then 75", Exhaust(Budget(), kind));
   }
 }
 
@@ -70,8 +72,8 @@ TEST_F(SlotBudgetTest, ChainsOfSixteenBlocksRunOutInTheStoreWhenTheyDoInTheBudge
   EXPECT_EQ(expected, std::to_string(22 + 20 * 31) + ", then 75");
   EXPECT_EQ(ExhaustStoreWithData(1024), expected);
   // Ten blocks are left in the last table.
-  EXPECT_EQ(Exhaust(Budget(), NodeKind::kData, 3), "1, then 75");
-  EXPECT_EQ(ExhaustStoreWithData(3 * 64), "1, then 75");
+  EXPECT_EQ("1, then 75", Exhaust(Budget(), NodeKind::kData, 3));
+  EXPECT_EQ("1, then 75", ExhaustStoreWithData(3 * 64));
 }
 
 // Chains of changing lengths, compared one by one.
@@ -84,21 +86,21 @@ TEST_F(SlotBudgetTest, EveryChainIsAnsweredAsTheStoreAnswersIt) {
     const unsigned int expected = store.WriteData(0, data.data(), blocks * 64, &id);
     ASSERT_EQ(budget.Take(NodeKind::kData, blocks), expected) << i;
   }
-  EXPECT_EQ(budget.Take(NodeKind::kData, 16), 75u);
+  EXPECT_EQ(75u, budget.Take(NodeKind::kData, 16));
 }
 
 TEST_F(SlotBudgetTest, FreeSlotsOfOlderTablesDoNotCount) {
   const unsigned int first = Take(NodeKind::kValue);
-  for (unsigned int i = 1; i < kMostSlots; ++i) ASSERT_NE(Take(NodeKind::kValue), 0u);
-  ASSERT_EQ(store.ReleaseSlot(0, NodeKind::kValue, first), 0u);
-  EXPECT_EQ(Exhaust(Budget(), NodeKind::kValue), "0, then 75");
-  EXPECT_EQ(ExhaustStore(NodeKind::kValue), "0, then 75");
+  for (unsigned int i = 1; i < kMostSlots; ++i) ASSERT_NE(0u, Take(NodeKind::kValue));
+  ASSERT_EQ(status::kOk, store.ReleaseSlot(0, NodeKind::kValue, first));
+  EXPECT_EQ("0, then 75", Exhaust(Budget(), NodeKind::kValue));
+  EXPECT_EQ("0, then 75", ExhaustStore(NodeKind::kValue));
 }
 
 TEST_F(SlotBudgetTest, SlotsThatBecomeFreeInTheLastTableCount) {
   unsigned int ids[3] = {};
   for (unsigned int& id : ids) id = Take(NodeKind::kKey);
-  for (unsigned int id : ids) ASSERT_EQ(store.ReleaseSlot(0, NodeKind::kKey, id), 0u);
+  for (unsigned int id : ids) ASSERT_EQ(status::kOk, store.ReleaseSlot(0, NodeKind::kKey, id));
   EXPECT_EQ(Exhaust(Budget(), NodeKind::kKey), std::to_string(kMostSlots) + ", then 75");
 }
 
@@ -106,8 +108,8 @@ TEST_F(SlotBudgetTest, SlotsThatBecomeFreeInTheLastTableCount) {
 TEST_F(SlotBudgetTest, ADamagedKindGivesNothingAndTheOthersDo) {
   Damage(kTables[1], 0x20);  // the next table of keys
   ASSERT_TRUE(store.Descriptor(NodeKind::kKey).damaged);
-  EXPECT_EQ(Exhaust(Budget(), NodeKind::kKey), "0, then 59");
-  EXPECT_EQ(ExhaustStore(NodeKind::kKey), "0, then 59");
+  EXPECT_EQ("0, then 59", Exhaust(Budget(), NodeKind::kKey));
+  EXPECT_EQ("0, then 59", ExhaustStore(NodeKind::kKey));
   EXPECT_EQ(Exhaust(Budget(), NodeKind::kString), std::to_string(kMostSlots) + ", then 75");
 }
 
@@ -118,8 +120,8 @@ TEST_F(SlotBudgetTest, AFileThatMayNotGrowGivesWhatItHas) {
   SetU32(bytes, kTables[1], kNewFileSize + 4);
   Reopen(bytes);
   ASSERT_TRUE(store.Descriptor(NodeKind::kKey).damaged);
-  EXPECT_EQ(Exhaust(Budget(), NodeKind::kString), "364, then 59");
-  EXPECT_EQ(ExhaustStore(NodeKind::kString), "364, then 59");
+  EXPECT_EQ("364, then 59", Exhaust(Budget(), NodeKind::kString));
+  EXPECT_EQ("364, then 59", ExhaustStore(NodeKind::kString));
 }
 
 }  // namespace

@@ -9,6 +9,8 @@
 #include "registry/store/TernaryFile.h"
 #include "tests/platform/TestFiles.h"
 
+namespace status = tamu::registry::status;
+
 namespace tamu::registry::storetests {
 
 // The places of a file made with the default budget of 65536 bytes: 364 slots of each kind.
@@ -78,8 +80,8 @@ inline std::string FreeListFindings(const std::string& bytes) {
 class StoreTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    ASSERT_EQ(store.CreateRegistryFile(path.c_str(), 65536), 0u);
-    ASSERT_EQ(store.Initialize(path.c_str()), 0u);
+    ASSERT_EQ(status::kOk, store.CreateRegistryFile(path.c_str(), 65536));
+    ASSERT_EQ(status::kOk, store.Initialize(path.c_str()));
   }
   void TearDown() override { store.Finalize(); }
 
@@ -100,7 +102,7 @@ class StoreTest : public ::testing::Test {
   void Reopen(const std::string& bytes) {
     store.Finalize();
     PutFile(path, bytes);
-    ASSERT_EQ(store.Initialize(path.c_str()), 0u);
+    ASSERT_EQ(status::kOk, store.Initialize(path.c_str()));
   }
 
   // What the store knows of its file: the header, and the heads and counts of each kind.
@@ -120,7 +122,7 @@ class StoreTest : public ::testing::Test {
   // The same as a store that opens the file now would know it.
   std::string KnownAnew() {
     store.Finalize();
-    EXPECT_EQ(store.Initialize(path.c_str()), 0u);
+    EXPECT_EQ(status::kOk, store.Initialize(path.c_str()));
     return Known();
   }
 
@@ -128,11 +130,11 @@ class StoreTest : public ::testing::Test {
   // The id of the next slot; 0 when there is none.
   unsigned int Take(NodeKind kind) {
     unsigned int id = 0;
-    EXPECT_EQ(Acquire(kind, &id), 0u);
+    EXPECT_EQ(status::kOk, Acquire(kind, &id));
     return id;
   }
   void TakeMany(NodeKind kind, unsigned int count) {
-    for (unsigned int i = 0; i < count; ++i) ASSERT_NE(Take(kind), 0u) << "slot " << i;
+    for (unsigned int i = 0; i < count; ++i) ASSERT_NE(0u, Take(kind)) << "slot " << i;
   }
 
   TempDir dir;

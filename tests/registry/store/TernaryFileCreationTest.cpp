@@ -3,6 +3,8 @@
 #include "tests/platform/ChildProcess.h"
 #include "tests/registry/store/StoreTesting.h"
 
+namespace status = tamu::registry::status;
+
 namespace tamu::registry::storetests {
 namespace {
 
@@ -38,7 +40,7 @@ void ExpectNewFile(unsigned int budget, unsigned int entries, const unsigned int
   TempDir dir;
   const std::string path = dir / "new.rce";
   TernaryFile store;
-  ASSERT_EQ(store.CreateRegistryFile(path.c_str(), budget), 0u);
+  ASSERT_EQ(status::kOk, store.CreateRegistryFile(path.c_str(), budget));
   EXPECT_FALSE(TernaryFile::file.IsOpen());
   std::string expected = NewFileHeaders(tables, fileSize);
   for (unsigned int i = 0; i < 4; ++i) AddTable(expected, tables[i], areas[i], entries);
@@ -68,8 +70,8 @@ TEST(TernaryFileCreation, InAFileWithoutSlotsTheFirstAllocationExpands) {
     TempDir dir;
     const std::string path = dir / "small.rce";
     TernaryFile store;
-    ASSERT_EQ(store.CreateRegistryFile(path.c_str(), 0), 0u);
-    ASSERT_EQ(store.Initialize(path.c_str()), 0u);
+    ASSERT_EQ(status::kOk, store.CreateRegistryFile(path.c_str(), 0));
+    ASSERT_EQ(status::kOk, store.Initialize(path.c_str()));
     unsigned int id = 0;
     unsigned int result = 0;
     if (kind == 3) {
@@ -77,9 +79,9 @@ TEST(TernaryFileCreation, InAFileWithoutSlotsTheFirstAllocationExpands) {
     } else {
       result = store.AcquireSlot(0, kKinds[kind], &id);
     }
-    EXPECT_EQ(result, 0u);
-    EXPECT_EQ(id, 0x101u);
-    EXPECT_EQ(store.Finalize(), 0u);
+    EXPECT_EQ(0u, result);
+    EXPECT_EQ(0x101u, id);
+    EXPECT_EQ(status::kOk, store.Finalize());
     EXPECT_EQ(GetFile(path).size(), sizes[kind]);
   }
 }
@@ -89,31 +91,31 @@ TEST(TernaryFileCreation, ABudgetThatIsTooLargeAnswers28AndTouchesNothing) {
   const std::string path = dir / "kept";
   PutFile(path, "kept");
   TernaryFile store;
-  EXPECT_EQ(store.CreateRegistryFile(path.c_str(), 0xFFFFFFFF), 28u);
-  EXPECT_EQ(store.CreateRegistryFile(path.c_str(), 1972174860), 28u);
-  EXPECT_EQ(GetFile(path), "kept");
+  EXPECT_EQ(status::kNoSpace, store.CreateRegistryFile(path.c_str(), 0xFFFFFFFF));
+  EXPECT_EQ(status::kNoSpace, store.CreateRegistryFile(path.c_str(), 1972174860));
+  EXPECT_EQ("kept", GetFile(path));
   const std::string absent = dir / "absent";
-  EXPECT_EQ(store.CreateRegistryFile(absent.c_str(), 0xFFFFFFFF), 28u);
-  EXPECT_EQ(GetFile(absent), "(cannot be read)");
+  EXPECT_EQ(status::kNoSpace, store.CreateRegistryFile(absent.c_str(), 0xFFFFFFFF));
+  EXPECT_EQ("(cannot be read)", GetFile(absent));
 }
 
 TEST(TernaryFileCreation, ReplacesAFileThatExists) {
   TempDir dir;
   const std::string path = dir / "again.rce";
   TernaryFile store;
-  ASSERT_EQ(store.CreateRegistryFile(path.c_str(), 65536), 0u);
+  ASSERT_EQ(status::kOk, store.CreateRegistryFile(path.c_str(), 65536));
   const std::string fresh = GetFile(path);
   PutFile(path, std::string(100000, '\xAA'));
-  ASSERT_EQ(store.CreateRegistryFile(path.c_str(), 65536), 0u);
+  ASSERT_EQ(status::kOk, store.CreateRegistryFile(path.c_str(), 65536));
   EXPECT_TRUE(GetFile(path) == fresh);
 }
 
 TEST(TernaryFileCreation, AFileThatCannotBeMadeAnswers28) {
   TempDir dir;
   TernaryFile store;
-  EXPECT_EQ(store.CreateRegistryFile((dir / "no/such/folder").c_str(), 65536), 28u);
-  EXPECT_EQ(store.CreateRegistryFile((dir / ".").c_str(), 65536), 28u);
-  EXPECT_EQ(store.CreateRegistryFile(nullptr, 65536), 22u);
+  EXPECT_EQ(status::kNoSpace, store.CreateRegistryFile((dir / "no/such/folder").c_str(), 65536));
+  EXPECT_EQ(status::kNoSpace, store.CreateRegistryFile((dir / ".").c_str(), 65536));
+  EXPECT_EQ(status::kBadArgument, store.CreateRegistryFile(nullptr, 65536));
   EXPECT_FALSE(TernaryFile::file.IsOpen());
 }
 
@@ -121,11 +123,11 @@ TEST(TernaryFileCreation, LeavesTheStoreClosed) {
   TempDir dir;
   const std::string path = dir / "closed.rce";
   TernaryFile store;
-  ASSERT_EQ(store.CreateRegistryFile(path.c_str(), 65536), 0u);
+  ASSERT_EQ(status::kOk, store.CreateRegistryFile(path.c_str(), 65536));
   unsigned int id = 0;
-  EXPECT_EQ(store.AcquireSlot(0, NodeKind::kString, &id), 5u);
+  EXPECT_EQ(status::kInputOutput, store.AcquireSlot(0, NodeKind::kString, &id));
   unsigned int word = 0;
-  EXPECT_EQ(store.FileReadInteger(0, &word), 5u);
+  EXPECT_EQ(status::kInputOutput, store.FileReadInteger(0, &word));
 }
 
 // Creation on a disk with room for `limit` bytes: the status; what was there stays, and nothing is
@@ -142,11 +144,11 @@ void ExpectFailedCreation(unsigned int limit, unsigned int status) {
     });
   };
   EXPECT_TRUE(create());
-  EXPECT_EQ(NamesIn(dir / "."), "");
+  EXPECT_EQ("", NamesIn(dir / "."));
   PutFile(path, "older");
   EXPECT_TRUE(create());
-  EXPECT_EQ(GetFile(path), "older");
-  EXPECT_EQ(NamesIn(dir / "."), "full.rce ");
+  EXPECT_EQ("older", GetFile(path));
+  EXPECT_EQ("full.rce ", NamesIn(dir / "."));
 }
 
 TEST(TernaryFileCreation, WithoutRoomForTheFileHeaderAnswers28AndChangesNothing) {
@@ -184,7 +186,7 @@ TEST(TernaryFileCreation, WithJustEnoughRoomSucceeds) {
     LimitFileSize(75888);
     return TernaryFile().CreateRegistryFile(path.c_str(), 65536) == 0;
   }));
-  EXPECT_EQ(GetFile(path).size(), 75888u);
+  EXPECT_EQ(75888u, GetFile(path).size());
 }
 
 TEST(TernaryFileCreation, AnEmptyFileIsRefused) {
@@ -192,10 +194,10 @@ TEST(TernaryFileCreation, AnEmptyFileIsRefused) {
   const std::string path = dir / "empty.rce";
   PutFile(path, "");
   TernaryFile store;
-  EXPECT_EQ(store.Initialize(path.c_str()), 59u);
-  EXPECT_EQ(store.Initialize(path.c_str()), 59u);
+  EXPECT_EQ(status::kInvalidFile, store.Initialize(path.c_str()));
+  EXPECT_EQ(status::kInvalidFile, store.Initialize(path.c_str()));
   EXPECT_FALSE(store.PathMissing());
-  EXPECT_EQ(GetFile(path), "");
+  EXPECT_EQ("", GetFile(path));
 }
 
 }  // namespace

@@ -5,6 +5,8 @@
 #include "tests/registry/store/StoreTesting.h"
 #include "tests/support/LengthLook.h"
 
+namespace status = tamu::registry::status;
+
 namespace tamu::registry::storetests {
 namespace {
 
@@ -27,23 +29,23 @@ class TernaryFileDataTest : public StoreTest {
 
   unsigned int Write(unsigned int size, unsigned int seed = 0) {
     unsigned int id = 0;
-    EXPECT_EQ(store.WriteData(0, Pattern(size, seed).get(), size, &id), 0u);
+    EXPECT_EQ(status::kOk, store.WriteData(0, Pattern(size, seed).get(), size, &id));
     return id;
   }
   // Reads into a heap buffer of exactly `wanted` bytes.
   void ExpectRead(unsigned int id, unsigned int wanted, const std::string& expected) {
     std::unique_ptr<unsigned char[]> buffer(new unsigned char[wanted]);
     unsigned int size = wanted;
-    EXPECT_EQ(store.ReadData(buffer.get(), &size, id), 0u);
+    EXPECT_EQ(status::kOk, store.ReadData(buffer.get(), &size, id));
     ASSERT_EQ(size, expected.size());
     EXPECT_TRUE(std::string(buffer.get(), buffer.get() + size) == expected);
   }
   void ExpectUnreadable(unsigned int id) {
     unsigned char buffer[1024];
     unsigned int size = sizeof buffer;
-    EXPECT_EQ(store.ReadData(buffer, &size, id), 59u);
+    EXPECT_EQ(status::kInvalidFile, store.ReadData(buffer, &size, id));
     size = 1;
-    EXPECT_EQ(store.ReadData(buffer, &size, id), 59u);
+    EXPECT_EQ(status::kInvalidFile, store.ReadData(buffer, &size, id));
   }
 };
 
@@ -56,7 +58,7 @@ TEST_F(TernaryFileDataTest, StoresEverySizeInWholeBlocksAndZeroesTheRest) {
   for (const auto& row : rows) {
     SCOPED_TRACE(row.size);
     Reopen(fresh.substr(0, 52528) + std::string(365 * 64, '\xEE'));
-    EXPECT_EQ(Write(row.size), 0x100u);
+    EXPECT_EQ(0x100u, Write(row.size));
     EXPECT_EQ(FreeCount(3), 364u - row.blocks);
     EXPECT_EQ(Entry(3, 0), row.blocks + 1);
     for (unsigned int i = 1; i <= row.blocks; ++i) {
@@ -73,34 +75,34 @@ TEST_F(TernaryFileDataTest, StoresEverySizeInWholeBlocksAndZeroesTheRest) {
 }
 
 TEST_F(TernaryFileDataTest, HundredBytesTakeTheFirstTwoBlocks) {
-  EXPECT_EQ(Write(100), 0x100u);
-  EXPECT_EQ(Entry(3, 1), 2u);
-  EXPECT_EQ(Entry(3, 2), 0u);
-  EXPECT_EQ(Write(64), 0x300u);
+  EXPECT_EQ(0x100u, Write(100));
+  EXPECT_EQ(2u, Entry(3, 1));
+  EXPECT_EQ(0u, Entry(3, 2));
+  EXPECT_EQ(0x300u, Write(64));
 }
 
 TEST_F(TernaryFileDataTest, MoreThan1024BytesAnswer75) {
   const std::string before = Bytes();
   unsigned int id = 77;
-  EXPECT_EQ(store.WriteData(0, Pattern(1025).get(), 1025, &id), 75u);
-  EXPECT_EQ(id, 0u);
+  EXPECT_EQ(status::kLimit, store.WriteData(0, Pattern(1025).get(), 1025, &id));
+  EXPECT_EQ(0u, id);
   id = 77;
-  EXPECT_EQ(store.WriteData(0, Pattern(1).get(), 0xFFFFFFFF, &id), 75u);
-  EXPECT_EQ(id, 0u);
+  EXPECT_EQ(status::kLimit, store.WriteData(0, Pattern(1).get(), 0xFFFFFFFF, &id));
+  EXPECT_EQ(0u, id);
   EXPECT_TRUE(Bytes() == before);
 }
 
 TEST_F(TernaryFileDataTest, NoBytesAnswer22AndTakeNoBlock) {
   const std::string before = Bytes();
   unsigned int id = 77;
-  EXPECT_EQ(store.WriteData(0, "x", 0, &id), 22u);
-  EXPECT_EQ(id, 0u);
+  EXPECT_EQ(status::kBadArgument, store.WriteData(0, "x", 0, &id));
+  EXPECT_EQ(0u, id);
   id = 77;
-  EXPECT_EQ(store.WriteData(0, nullptr, 1, &id), 22u);
-  EXPECT_EQ(id, 0u);
-  EXPECT_EQ(store.WriteData(0, "x", 1, nullptr), 22u);
+  EXPECT_EQ(status::kBadArgument, store.WriteData(0, nullptr, 1, &id));
+  EXPECT_EQ(0u, id);
+  EXPECT_EQ(status::kBadArgument, store.WriteData(0, "x", 1, nullptr));
   EXPECT_TRUE(Bytes() == before);
-  EXPECT_EQ(Write(1), 0x100u);
+  EXPECT_EQ(0x100u, Write(1));
 }
 
 TEST_F(TernaryFileDataTest, ReadsNoMoreThanAskedFor) {
@@ -120,30 +122,30 @@ TEST_F(TernaryFileDataTest, ReadingNothingSucceedsForAnyId) {
   unsigned int size = 0;
   unsigned char byte = 7;
   for (unsigned int id : {0u, 0x100u, 0xFFFFFFFFu}) {
-    EXPECT_EQ(store.ReadData(&byte, &size, id), 0u);
-    EXPECT_EQ(size, 0u);
-    EXPECT_EQ(store.ReadData(nullptr, &size, id), 0u);
+    EXPECT_EQ(status::kOk, store.ReadData(&byte, &size, id));
+    EXPECT_EQ(0u, size);
+    EXPECT_EQ(status::kOk, store.ReadData(nullptr, &size, id));
   }
-  EXPECT_EQ(byte, 7);
-  EXPECT_EQ(store.ReadData(&byte, nullptr, 0x100), 22u);
+  EXPECT_EQ(7, byte);
+  EXPECT_EQ(status::kBadArgument, store.ReadData(&byte, nullptr, 0x100));
   size = 1;
-  EXPECT_EQ(store.ReadData(nullptr, &size, 0x100), 22u);
+  EXPECT_EQ(status::kBadArgument, store.ReadData(nullptr, &size, 0x100));
 }
 
 TEST_F(TernaryFileDataTest, ReadsAScatteredChainInItsOrder) {
-  ASSERT_EQ(Write(64, 1), 0x100u);
-  ASSERT_EQ(Write(192, 2), 0x200u);
-  ASSERT_EQ(Write(64, 3), 0x500u);
-  ASSERT_EQ(Write(64, 4), 0x600u);
-  ASSERT_EQ(store.DeleteData(0, 0x500), 0u);
-  ASSERT_EQ(store.DeleteData(0, 0x200), 0u);
-  ASSERT_EQ(store.DeleteData(0, 0x100), 0u);
+  ASSERT_EQ(0x100u, Write(64, 1));
+  ASSERT_EQ(0x200u, Write(192, 2));
+  ASSERT_EQ(0x500u, Write(64, 3));
+  ASSERT_EQ(0x600u, Write(64, 4));
+  ASSERT_EQ(status::kOk, store.DeleteData(0, 0x500));
+  ASSERT_EQ(status::kOk, store.DeleteData(0, 0x200));
+  ASSERT_EQ(status::kOk, store.DeleteData(0, 0x100));
   // The free list is 1, 2, 3, 4, 5, 7: the fifth block is not followed by its neighbour.
-  EXPECT_EQ(Write(500, 5), 0x100u);
-  EXPECT_EQ(Entry(3, 4), 5u);
-  EXPECT_EQ(Entry(3, 5), 7u);
-  EXPECT_EQ(Entry(3, 7), 8u);
-  EXPECT_EQ(Entry(3, 9), 0u);
+  EXPECT_EQ(0x100u, Write(500, 5));
+  EXPECT_EQ(5u, Entry(3, 4));
+  EXPECT_EQ(7u, Entry(3, 5));
+  EXPECT_EQ(8u, Entry(3, 7));
+  EXPECT_EQ(0u, Entry(3, 9));
   ExpectRead(0x100, 500, PatternText(500, 5));
   ExpectRead(0x100, 330, PatternText(330, 5));
   ExpectRead(0x600, 64, PatternText(64, 4));
@@ -151,47 +153,47 @@ TEST_F(TernaryFileDataTest, ReadsAScatteredChainInItsOrder) {
 
 TEST_F(TernaryFileDataTest, ReadsAChainThatRunsBackwards) {
   for (unsigned int i = 1; i <= 4; ++i) ASSERT_EQ(Write(64, i), i << 8);
-  for (unsigned int i = 1; i <= 4; ++i) ASSERT_EQ(store.DeleteData(0, i << 8), 0u);
-  EXPECT_EQ(Write(256, 9), 0x400u);
+  for (unsigned int i = 1; i <= 4; ++i) ASSERT_EQ(status::kOk, store.DeleteData(0, i << 8));
+  EXPECT_EQ(0x400u, Write(256, 9));
   EXPECT_EQ(Bytes().substr(52528 + 64, 64), PatternText(256, 9).substr(192));
   ExpectRead(0x400, 256, PatternText(256, 9));
 }
 
 TEST_F(TernaryFileDataTest, DeletedBlocksLeadTheFreeListInChainOrder) {
-  ASSERT_EQ(Write(192), 0x100u);
-  ASSERT_EQ(Write(128), 0x400u);
-  EXPECT_EQ(store.DeleteData(0, 0x100), 0u);
-  EXPECT_EQ(Entry(3, 0), 1u);
-  EXPECT_EQ(Entry(3, 1), 2u);
-  EXPECT_EQ(Entry(3, 2), 3u);
-  EXPECT_EQ(Entry(3, 3), 6u);
-  EXPECT_EQ(FreeCount(3), 362u);
-  EXPECT_EQ(store.Descriptor(NodeKind::kData).usedNodes, 2u);
+  ASSERT_EQ(0x100u, Write(192));
+  ASSERT_EQ(0x400u, Write(128));
+  EXPECT_EQ(status::kOk, store.DeleteData(0, 0x100));
+  EXPECT_EQ(1u, Entry(3, 0));
+  EXPECT_EQ(2u, Entry(3, 1));
+  EXPECT_EQ(3u, Entry(3, 2));
+  EXPECT_EQ(6u, Entry(3, 3));
+  EXPECT_EQ(362u, FreeCount(3));
+  EXPECT_EQ(2u, store.Descriptor(NodeKind::kData).usedNodes);
 }
 
 TEST_F(TernaryFileDataTest, IdZeroIsNoData) {
-  ASSERT_EQ(Write(64), 0x100u);
+  ASSERT_EQ(0x100u, Write(64));
   const std::string before = Bytes();
-  EXPECT_EQ(store.DeleteData(0, 0), 0u);
+  EXPECT_EQ(status::kOk, store.DeleteData(0, 0));
   EXPECT_TRUE(Bytes() == before);
-  EXPECT_EQ(store.Descriptor(NodeKind::kData).usedNodes, 1u);
+  EXPECT_EQ(1u, store.Descriptor(NodeKind::kData).usedNodes);
   ExpectUnreadable(0);
 }
 
 TEST_F(TernaryFileDataTest, IdsWithoutTableOrBlockAnswer59) {
-  ASSERT_EQ(Write(64), 0x100u);
+  ASSERT_EQ(0x100u, Write(64));
   const std::string before = Bytes();
   for (unsigned int id : {0x101u, 0x1C8u, 0x16D00u, 0xEA6000u, 0xFFFFFF00u, 0xC8u}) {
     SCOPED_TRACE(id);
     ExpectUnreadable(id);
-    EXPECT_EQ(store.DeleteData(0, id), 59u);
+    EXPECT_EQ(status::kInvalidFile, store.DeleteData(0, id));
   }
   EXPECT_TRUE(Bytes() == before);
 }
 
 TEST_F(TernaryFileDataTest, AChainOfMoreThan16BlocksAnswers59) {
-  ASSERT_EQ(Write(1024, 1), 0x100u);
-  ASSERT_EQ(Write(64, 2), 0x1100u);
+  ASSERT_EQ(0x100u, Write(1024, 1));
+  ASSERT_EQ(0x1100u, Write(64, 2));
   Damage(kTables[3] + 32 + 4 * 16, 17);
   ExpectUnreadable(0x100);
   ExpectRead(0x1100, 64, PatternText(64, 2));
@@ -199,7 +201,7 @@ TEST_F(TernaryFileDataTest, AChainOfMoreThan16BlocksAnswers59) {
 }
 
 TEST_F(TernaryFileDataTest, AChainThatLeavesItsTableAnswers59) {
-  ASSERT_EQ(Write(128), 0x100u);
+  ASSERT_EQ(0x100u, Write(128));
   for (unsigned int next : {365u, 60000u, 0x01000001u, 0xFFFFFFFFu}) {
     SCOPED_TRACE(next);
     Damage(kTables[3] + 32 + 4, next);
@@ -208,7 +210,7 @@ TEST_F(TernaryFileDataTest, AChainThatLeavesItsTableAnswers59) {
 }
 
 TEST_F(TernaryFileDataTest, AChainInACircleAnswers59) {
-  ASSERT_EQ(Write(128), 0x100u);
+  ASSERT_EQ(0x100u, Write(128));
   Damage(kTables[3] + 32 + 8, 1);
   ExpectUnreadable(0x100);
   Damage(kTables[3] + 32 + 8, 2);
@@ -218,12 +220,12 @@ TEST_F(TernaryFileDataTest, AChainInACircleAnswers59) {
 
 // The table is whole, but the file has lost its last blocks meanwhile.
 TEST_F(TernaryFileDataTest, BlocksThatAreGoneAnswer5) {
-  ASSERT_EQ(Write(128), 0x100u);
+  ASSERT_EQ(0x100u, Write(128));
   std::filesystem::resize_file(path, 52528 + 100);
   WaitForTheNextLook();
   unsigned char buffer[128];
   unsigned int size = sizeof buffer;
-  EXPECT_EQ(store.ReadData(buffer, &size, 0x100), 5u);
+  EXPECT_EQ(status::kInputOutput, store.ReadData(buffer, &size, 0x100));
 }
 
 // ---- what the store tells of itself
@@ -231,30 +233,30 @@ TEST_F(TernaryFileDataTest, BlocksThatAreGoneAnswer5) {
 TEST_F(TernaryFileDataTest, TellsItsCountsAndSizes) {
   TakeMany(NodeKind::kKey, 3);
   TakeMany(NodeKind::kValue, 365);
-  ASSERT_EQ(store.ReleaseSlot(0, NodeKind::kKey, 0x200), 0u);
+  ASSERT_EQ(status::kOk, store.ReleaseSlot(0, NodeKind::kKey, 0x200));
   RegistryInfo info;
-  ASSERT_EQ(store.GetRegistryInfo(&info), 0u);
-  EXPECT_EQ(info.infoFormat, 1u);
-  EXPECT_EQ(info.keyCount, 2u);
-  EXPECT_EQ(info.valueCount, 365u);
-  EXPECT_EQ(info.fileSize, 103920u);
-  EXPECT_EQ(info.segmentSize, 16u);
-  EXPECT_EQ(info.valueNameSize, 32u);
-  EXPECT_EQ(info.maxDataSize, 1024u);
-  EXPECT_EQ(info.keyCapacity, 364u);
-  EXPECT_EQ(info.valueCapacity, 863u);
-  EXPECT_EQ(info.dataBlockCapacity, 364u);
-  EXPECT_EQ(info.infoFlag, 1u);
-  EXPECT_EQ(info.infoReserved, 0u);
+  ASSERT_EQ(status::kOk, store.GetRegistryInfo(&info));
+  EXPECT_EQ(1u, info.infoFormat);
+  EXPECT_EQ(2u, info.keyCount);
+  EXPECT_EQ(365u, info.valueCount);
+  EXPECT_EQ(103920u, info.fileSize);
+  EXPECT_EQ(16u, info.segmentSize);
+  EXPECT_EQ(32u, info.valueNameSize);
+  EXPECT_EQ(1024u, info.maxDataSize);
+  EXPECT_EQ(364u, info.keyCapacity);
+  EXPECT_EQ(863u, info.valueCapacity);
+  EXPECT_EQ(364u, info.dataBlockCapacity);
+  EXPECT_EQ(1u, info.infoFlag);
+  EXPECT_EQ(0u, info.infoReserved);
 }
 
 TEST_F(TernaryFileDataTest, TellingWritesTheAddressOfTheRecordAndNothingElse) {
   std::string expected = Bytes();
   RegistryInfo info;
-  ASSERT_EQ(store.GetRegistryInfo(&info), 0u);
+  ASSERT_EQ(status::kOk, store.GetRegistryInfo(&info));
   SetU32(expected, 84, static_cast<unsigned int>(reinterpret_cast<uintptr_t>(&info)));
   EXPECT_TRUE(Bytes() == expected);
-  EXPECT_EQ(store.GetRegistryInfo(nullptr), 22u);
+  EXPECT_EQ(status::kBadArgument, store.GetRegistryInfo(nullptr));
   EXPECT_TRUE(Bytes() == expected);
 }
 
@@ -267,7 +269,7 @@ TEST_F(TernaryFileDataTest, StoredDataIsTheSameAsWrittenData) {
     const std::string expected = Bytes();
     Reopen(fresh);
     unsigned int stored = 0;
-    EXPECT_EQ(store.StoreData(0, Pattern(size).get(), size, &stored), 0u);
+    EXPECT_EQ(status::kOk, store.StoreData(0, Pattern(size).get(), size, &stored));
     EXPECT_EQ(stored, written);
     EXPECT_TRUE(Bytes() == expected);
   }
@@ -276,13 +278,13 @@ TEST_F(TernaryFileDataTest, StoredDataIsTheSameAsWrittenData) {
 TEST_F(TernaryFileDataTest, StoringRefusesWhatWritingRefuses) {
   const std::string before = Bytes();
   unsigned int id = 77;
-  EXPECT_EQ(store.StoreData(0, "x", 0, &id), 22u);
-  EXPECT_EQ(id, 0u);
-  EXPECT_EQ(store.StoreData(0, nullptr, 1, &id), 22u);
-  EXPECT_EQ(store.StoreData(0, "x", 1, nullptr), 22u);
+  EXPECT_EQ(status::kBadArgument, store.StoreData(0, "x", 0, &id));
+  EXPECT_EQ(0u, id);
+  EXPECT_EQ(status::kBadArgument, store.StoreData(0, nullptr, 1, &id));
+  EXPECT_EQ(status::kBadArgument, store.StoreData(0, "x", 1, nullptr));
   id = 77;
-  EXPECT_EQ(store.StoreData(0, Pattern(1025).get(), 1025, &id), 75u);
-  EXPECT_EQ(id, 0u);
+  EXPECT_EQ(status::kLimit, store.StoreData(0, Pattern(1025).get(), 1025, &id));
+  EXPECT_EQ(0u, id);
   EXPECT_EQ(Bytes(), before);
 }
 

@@ -1,6 +1,8 @@
 #include "tests/platform/ChildProcess.h"
 #include "tests/registry/store/StoreTesting.h"
 
+namespace status = tamu::registry::status;
+
 namespace tamu::registry::storetests {
 namespace {
 
@@ -33,8 +35,8 @@ TEST_F(TernaryFileGrowthTest, The365thNodeAppendsATable) {
     Reopen(fresh);
     TakeMany(kKinds[kind], 364);
     const std::string full = Bytes();
-    ASSERT_EQ(full.size(), 75888u);
-    EXPECT_EQ(Take(kKinds[kind]), 0x101u);
+    ASSERT_EQ(75888u, full.size());
+    EXPECT_EQ(0x101u, Take(kKinds[kind]));
     std::string expected = Grown(full, kind);
     ASSERT_EQ(expected.size(), sizes[kind]);
     SetU32(expected, 75888 + 28, 498);
@@ -42,12 +44,12 @@ TEST_F(TernaryFileGrowthTest, The365thNodeAppendsATable) {
     SetU32(expected, 75888 + 36, 0);
     EXPECT_TRUE(Bytes() == expected);
     const TernaryNodeDescriptor& descriptor = store.Descriptor(kKinds[kind]);
-    EXPECT_EQ(descriptor.tableCount, 2u);
-    EXPECT_EQ(descriptor.usedNodes, 365u);
+    EXPECT_EQ(2u, descriptor.tableCount);
+    EXPECT_EQ(365u, descriptor.usedNodes);
     EXPECT_EQ(descriptor.totalNodes, 364u + 499);
-    EXPECT_EQ(descriptor.lastTable->tableNumber(), 1u);
+    EXPECT_EQ(1u, descriptor.lastTable->tableNumber());
     EXPECT_EQ(store.Header().fileSize(), sizes[kind]);
-    EXPECT_EQ(Take(kKinds[kind]), 0x201u);
+    EXPECT_EQ(0x201u, Take(kKinds[kind]));
   }
 }
 
@@ -59,8 +61,8 @@ TEST_F(TernaryFileGrowthTest, AnUnusedEndOfTheFileIsWrittenOver) {
     store.SetOptions({Durability::kPower, nullptr});
     Reopen(full + end);
     EXPECT_EQ(store.EffectiveDurability(), Durability::kPower);
-    EXPECT_EQ(Take(kKinds[0]), 0x101u);
-    EXPECT_EQ(Take(kKinds[0]), 0x201u);
+    EXPECT_EQ(0x101u, Take(kKinds[0]));
+    EXPECT_EQ(0x201u, Take(kKinds[0]));
     std::string expected = Grown(full, 0);
     SetU32(expected, 75888 + 28, 497);
     SetU32(expected, 75888 + 32, 3);
@@ -74,76 +76,76 @@ TEST_F(TernaryFileGrowthTest, DataGrowsWhenTheNewestTableHasTooFewBlocks) {
   const std::string kilobyte(1024, 'k');
   unsigned int id = 0;
   for (unsigned int i = 0; i < 22; ++i)
-    ASSERT_EQ(store.WriteData(0, kilobyte.data(), 1024, &id), 0u);
-  ASSERT_EQ(FreeCount(3), 12u);
-  EXPECT_EQ(store.WriteData(0, kilobyte.data(), 1024, &id), 0u);
-  EXPECT_EQ(id, 0x101u);
-  EXPECT_EQ(Bytes().size(), 109920u);
-  EXPECT_EQ(FreeCount(3), 12u);  // these stay free
+    ASSERT_EQ(status::kOk, store.WriteData(0, kilobyte.data(), 1024, &id));
+  ASSERT_EQ(12u, FreeCount(3));
+  EXPECT_EQ(status::kOk, store.WriteData(0, kilobyte.data(), 1024, &id));
+  EXPECT_EQ(0x101u, id);
+  EXPECT_EQ(109920u, Bytes().size());
+  EXPECT_EQ(12u, FreeCount(3));  // these stay free
   EXPECT_EQ(U32(75888 + 28), 499u - 16);
-  EXPECT_EQ(store.WriteData(0, "x", 1, &id), 0u);
-  EXPECT_EQ(id, 0x1101u);
+  EXPECT_EQ(status::kOk, store.WriteData(0, "x", 1, &id));
+  EXPECT_EQ(0x1101u, id);
 }
 
 TEST_F(TernaryFileGrowthTest, FreeSlotsOfOlderTablesStayFree) {
   TakeMany(NodeKind::kKey, 365);
-  EXPECT_EQ(store.ReleaseSlot(0, NodeKind::kKey, 0x500), 0u);
-  EXPECT_EQ(FreeCount(1), 1u);
-  EXPECT_EQ(Entry(1, 0), 5u);
-  EXPECT_EQ(Take(NodeKind::kKey), 0x201u);
-  EXPECT_EQ(FreeCount(1), 1u);
+  EXPECT_EQ(status::kOk, store.ReleaseSlot(0, NodeKind::kKey, 0x500));
+  EXPECT_EQ(1u, FreeCount(1));
+  EXPECT_EQ(5u, Entry(1, 0));
+  EXPECT_EQ(0x201u, Take(NodeKind::kKey));
+  EXPECT_EQ(1u, FreeCount(1));
 }
 
 TEST_F(TernaryFileGrowthTest, A22ndTableIsRefusedAndNothingIsChanged) {
   TernaryNodeDescriptor& strings = store.Descriptor(NodeKind::kString);
-  for (unsigned int i = 1; i < 21; ++i) ASSERT_EQ(store.ExpandFile(&strings, 40, 500), 0u);
+  for (unsigned int i = 1; i < 21; ++i) ASSERT_EQ(status::kOk, store.ExpandFile(&strings, 40, 500));
   EXPECT_EQ(Bytes().size(), 75888u + 20 * 22032);
   EXPECT_EQ(strings.totalNodes, 364u + 20 * 499);
   TakeMany(NodeKind::kString, 499);
   const std::string before = Bytes();
   unsigned int id = 0;
-  EXPECT_EQ(Acquire(NodeKind::kString, &id), 75u);
-  EXPECT_EQ(store.ExpandFile(&strings, 40, 500), 75u);
+  EXPECT_EQ(status::kLimit, Acquire(NodeKind::kString, &id));
+  EXPECT_EQ(status::kLimit, store.ExpandFile(&strings, 40, 500));
   EXPECT_TRUE(Bytes() == before);
   // The store goes on.
-  EXPECT_EQ(store.ReleaseSlot(0, NodeKind::kString, 0x1F314), 0u);
-  EXPECT_EQ(Take(NodeKind::kString), 0x1F314u);
-  EXPECT_EQ(Take(NodeKind::kKey), 0x100u);
+  EXPECT_EQ(status::kOk, store.ReleaseSlot(0, NodeKind::kString, 0x1F314));
+  EXPECT_EQ(0x1F314u, Take(NodeKind::kString));
+  EXPECT_EQ(0x100u, Take(NodeKind::kKey));
 }
 
 TEST_F(TernaryFileGrowthTest, DataIsRefusedAtTheLastTableToo) {
   TernaryNodeDescriptor& data = store.Descriptor(NodeKind::kData);
-  for (unsigned int i = 1; i < 21; ++i) ASSERT_EQ(store.ExpandFile(&data, 64, 2), 0u);
+  for (unsigned int i = 1; i < 21; ++i) ASSERT_EQ(status::kOk, store.ExpandFile(&data, 64, 2));
   const std::string before = Bytes();
   unsigned int id = 77;
-  EXPECT_EQ(store.WriteData(0, std::string(65, 'x').data(), 65, &id), 75u);
-  EXPECT_EQ(id, 0u);
+  EXPECT_EQ(status::kLimit, store.WriteData(0, std::string(65, 'x').data(), 65, &id));
+  EXPECT_EQ(0u, id);
   EXPECT_TRUE(Bytes() == before);
-  EXPECT_EQ(store.WriteData(0, "x", 1, &id), 0u);
-  EXPECT_EQ(id, 0x114u);
+  EXPECT_EQ(status::kOk, store.WriteData(0, "x", 1, &id));
+  EXPECT_EQ(0x114u, id);
 }
 
 TEST_F(TernaryFileGrowthTest, AnExpansionCanHaveAnyNumberOfSlots) {
   const std::string before = Bytes();
-  EXPECT_EQ(store.ExpandFile(&store.Descriptor(NodeKind::kValue), 52, 700), 0u);
+  EXPECT_EQ(status::kOk, store.ExpandFile(&store.Descriptor(NodeKind::kValue), 52, 700));
   EXPECT_TRUE(Bytes() == Grown(before, 2, 700));
 }
 
 TEST_F(TernaryFileGrowthTest, ABeyondReasonExpansionAnswers28AndClosesTheFile) {
   const std::string before = Bytes();
-  EXPECT_EQ(store.ExpandFile(&store.Descriptor(NodeKind::kData), 64, 0x7FFFFFFF), 28u);
+  EXPECT_EQ(status::kNoSpace, store.ExpandFile(&store.Descriptor(NodeKind::kData), 64, 0x7FFFFFFF));
   EXPECT_TRUE(Bytes() == before);
   unsigned int id = 0;
-  EXPECT_EQ(Acquire(NodeKind::kKey, &id), 5u);
-  EXPECT_EQ(store.Finalize(), 0u);
-  EXPECT_EQ(store.Initialize(path.c_str()), 0u);
-  EXPECT_EQ(Take(NodeKind::kKey), 0x100u);
+  EXPECT_EQ(status::kInputOutput, Acquire(NodeKind::kKey, &id));
+  EXPECT_EQ(status::kOk, store.Finalize());
+  EXPECT_EQ(status::kOk, store.Initialize(path.c_str()));
+  EXPECT_EQ(0x100u, Take(NodeKind::kKey));
 }
 
 TEST_F(TernaryFileGrowthTest, NullAndNothingAnswer22) {
   const std::string before = Bytes();
-  EXPECT_EQ(store.ExpandFile(nullptr, 40, 500), 22u);
-  EXPECT_EQ(store.ExpandFile(&store.Descriptor(NodeKind::kKey), 24, 0), 22u);
+  EXPECT_EQ(status::kBadArgument, store.ExpandFile(nullptr, 40, 500));
+  EXPECT_EQ(status::kBadArgument, store.ExpandFile(&store.Descriptor(NodeKind::kKey), 24, 0));
   EXPECT_TRUE(Bytes() == before);
 }
 
@@ -154,7 +156,7 @@ TEST_F(TernaryFileGrowthTest, AGrowthThatFailsAnywhereLeavesTheFileAsItWas) {
   for (unsigned int i = 1; i <= 364; ++i) {
     TernaryStringNode node;
     node.setKeyNode(i);
-    ASSERT_EQ(store.WriteNode(0, i << 8, &node, false), 0u);
+    ASSERT_EQ(status::kOk, store.WriteNode(0, i << 8, &node, false));
   }
   store.Finalize();
   const std::string full = Bytes();
@@ -181,11 +183,11 @@ TEST_F(TernaryFileGrowthTest, AGrowthThatFailsAnywhereLeavesTheFileAsItWas) {
     return enough.Initialize(path.c_str()) == 0 &&
            enough.AcquireSlot(0, NodeKind::kString, &id) == 0 && id == 0x101;
   }));
-  ASSERT_EQ(store.Initialize(path.c_str()), 0u);
-  EXPECT_EQ(Bytes().size(), 97920u);
+  ASSERT_EQ(status::kOk, store.Initialize(path.c_str()));
+  EXPECT_EQ(97920u, Bytes().size());
   for (unsigned int i = 1; i <= 364; ++i) {
     TernaryStringNode node;
-    ASSERT_EQ(store.ReadNodeInBuffer(i << 8, &node), 0u);
+    ASSERT_EQ(status::kOk, store.ReadNodeInBuffer(i << 8, &node));
     ASSERT_EQ(node.keyNode(), i);
   }
 }
@@ -195,7 +197,7 @@ TEST_F(TernaryFileGrowthTest, AFailedGrowthAfterAGoodOneKeepsTheGoodOne) {
   TakeMany(NodeKind::kKey, 364);
   store.Finalize();
   const std::string before = Bytes();
-  ASSERT_EQ(before.size(), 97920u);
+  ASSERT_EQ(97920u, before.size());
   EXPECT_TRUE(InChild([&] {
     LimitFileSize(97920 + 22032);  // room for the strings' second expansion alone
     TernaryFile limited;
@@ -207,10 +209,10 @@ TEST_F(TernaryFileGrowthTest, AFailedGrowthAfterAGoodOneKeepsTheGoodOne) {
     return id == 0x102 && limited.AcquireSlot(0, NodeKind::kKey, &id) == 5;
   }));
   EXPECT_EQ(Bytes().size(), 97920u + 22032);
-  ASSERT_EQ(store.Initialize(path.c_str()), 0u);
-  EXPECT_EQ(store.Descriptor(NodeKind::kString).tableCount, 3u);
-  EXPECT_EQ(store.Descriptor(NodeKind::kString).usedNodes, 864u);
-  EXPECT_EQ(FreeListFindings(Bytes()), "");
+  ASSERT_EQ(status::kOk, store.Initialize(path.c_str()));
+  EXPECT_EQ(3u, store.Descriptor(NodeKind::kString).tableCount);
+  EXPECT_EQ(864u, store.Descriptor(NodeKind::kString).usedNodes);
+  EXPECT_EQ("", FreeListFindings(Bytes()));
 }
 
 // Bytes that a power cut left behind the length in the header are no part of the file.
@@ -218,7 +220,7 @@ TEST_F(TernaryFileGrowthTest, WritesOverWhatAnInterruptedGrowthHasLeft) {
   TakeMany(NodeKind::kValue, 364);
   const std::string full = Bytes();
   Reopen(full + std::string(5000, '\xAA'));
-  EXPECT_EQ(Take(NodeKind::kValue), 0x101u);
+  EXPECT_EQ(0x101u, Take(NodeKind::kValue));
   std::string expected = Grown(full, 2);
   SetU32(expected, 75888 + 28, 498);
   SetU32(expected, 75888 + 32, 2);
@@ -235,7 +237,7 @@ TEST_F(TernaryFileGrowthTest, DoesNotGrowOverTheRestOfADamagedChain) {
   Reopen(bytes);
   ASSERT_TRUE(store.Descriptor(NodeKind::kString).damaged);
   unsigned int id = 0;
-  EXPECT_EQ(Acquire(NodeKind::kKey, &id), 59u);
+  EXPECT_EQ(status::kInvalidFile, Acquire(NodeKind::kKey, &id));
   EXPECT_TRUE(Bytes() == bytes);
 }
 
@@ -245,8 +247,8 @@ TEST_F(TernaryFileGrowthTest, AHeaderThatIsNotInItsPlaceIsNotRewritten) {
     SCOPED_TRACE(place);
     Damage(4184, place);
     const std::string before = Bytes();
-    EXPECT_EQ(store.ExpandFile(&store.Descriptor(NodeKind::kKey), 24, 500), 59u);
-    EXPECT_EQ(store.SetStartNode('a', 0x100), 59u);
+    EXPECT_EQ(status::kInvalidFile, store.ExpandFile(&store.Descriptor(NodeKind::kKey), 24, 500));
+    EXPECT_EQ(59u, store.SetStartNode('a', 0x100));
     EXPECT_TRUE(Bytes() == before);
     EXPECT_TRUE(TernaryFile::file.IsOpen());
   }
@@ -254,8 +256,8 @@ TEST_F(TernaryFileGrowthTest, AHeaderThatIsNotInItsPlaceIsNotRewritten) {
 
 TEST_F(TernaryFileGrowthTest, ALengthFarBeyondTheFileIsNotBelieved) {
   Damage(4212, 0x7FF00000);
-  EXPECT_EQ(store.ExpandFile(&store.Descriptor(NodeKind::kKey), 24, 500), 59u);
-  EXPECT_EQ(Bytes().size(), kNewFileSize);
+  EXPECT_EQ(status::kInvalidFile, store.ExpandFile(&store.Descriptor(NodeKind::kKey), 24, 500));
+  EXPECT_EQ(kNewFileSize, Bytes().size());
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "tests/registry/store/StoreTesting.h"
 
+namespace status = tamu::registry::status;
+
 namespace tamu::registry::storetests {
 namespace {
 
@@ -89,15 +91,15 @@ TYPED_TEST(TernaryFileNodesTest, AnAcquiredNodeIsZeroAndItsSlotUntouched) {
   this->Reopen(bytes);
   unsigned int id = 0;
   typename TypeParam::Node* node = nullptr;
-  ASSERT_EQ(TypeParam::Acquire(this->store, &id, node), 0u);
-  EXPECT_EQ(id, 0x100u);
+  ASSERT_EQ(status::kOk, TypeParam::Acquire(this->store, &id, node));
+  EXPECT_EQ(0x100u, id);
   EXPECT_EQ(this->Text(*node), Zeros(this->kSize));
   delete node;
   SetU32(bytes, kTables[kind] + 28, 363);
   SetU32(bytes, kTables[kind] + 32, 2);
   SetU32(bytes, kTables[kind] + 36, 0);
   EXPECT_TRUE(this->Bytes() == bytes);
-  EXPECT_EQ(this->store.Descriptor(kKinds[kind]).usedNodes, 1u);
+  EXPECT_EQ(1u, this->store.Descriptor(kKinds[kind]).usedNodes);
 }
 
 TYPED_TEST(TernaryFileNodesTest, ANodeIsStoredAsItsBytesAtItsSlot) {
@@ -105,15 +107,15 @@ TYPED_TEST(TernaryFileNodesTest, ANodeIsStoredAsItsBytesAtItsSlot) {
   std::string expected = this->Bytes();
   typename TypeParam::Node node;
   this->Fill(node, 0x7F);
-  EXPECT_EQ(TypeParam::Write(this->store, 0x300, &node, false), 0u);
+  EXPECT_EQ(0u, TypeParam::Write(this->store, 0x300, &node, false));
   expected.replace(this->Offset(3), this->kSize, this->Text(node));
   EXPECT_TRUE(this->Bytes() == expected);
 
   typename TypeParam::Node back;
-  EXPECT_EQ(TypeParam::ReadIn(this->store, 0x300, &back), 0u);
+  EXPECT_EQ(0u, TypeParam::ReadIn(this->store, 0x300, &back));
   EXPECT_EQ(this->Text(back), this->Text(node));
   typename TypeParam::Node* fresh = nullptr;
-  ASSERT_EQ(TypeParam::Read(this->store, 0x300, fresh), 0u);
+  ASSERT_EQ(0u, TypeParam::Read(this->store, 0x300, fresh));
   EXPECT_EQ(this->Text(*fresh), this->Text(node));
   delete fresh;
 }
@@ -122,7 +124,7 @@ TYPED_TEST(TernaryFileNodesTest, ANodeOfASecondTableLiesInItsArea) {
   this->TakeMany(kKinds[TypeParam::kKind], 366);
   typename TypeParam::Node node;
   this->Fill(node, 1);
-  EXPECT_EQ(TypeParam::Write(this->store, 0x201, &node, false), 0u);
+  EXPECT_EQ(0u, TypeParam::Write(this->store, 0x201, &node, false));
   EXPECT_EQ(this->Bytes().substr(75888 + 32 + 2000 + 2 * this->kSize, this->kSize),
             this->Text(node));
 }
@@ -130,10 +132,10 @@ TYPED_TEST(TernaryFileNodesTest, ANodeOfASecondTableLiesInItsArea) {
 TYPED_TEST(TernaryFileNodesTest, WritingFreesTheRecordWhenTold) {
   this->TakeMany(kKinds[TypeParam::kKind], 1);
   typename TypeParam::Node* node = new typename TypeParam::Node;
-  EXPECT_EQ(TypeParam::Write(this->store, 0x100, node, true), 0u);  // freed: leaks otherwise
+  EXPECT_EQ(0u, TypeParam::Write(this->store, 0x100, node, true));  // freed: leaks otherwise
   typename TypeParam::Node* kept = new typename TypeParam::Node;
-  EXPECT_EQ(TypeParam::Write(this->store, 0x101, kept, true), 59u);
-  EXPECT_EQ(TypeParam::Write(this->store, 0, kept, true), 22u);
+  EXPECT_EQ(59u, TypeParam::Write(this->store, 0x101, kept, true));
+  EXPECT_EQ(22u, TypeParam::Write(this->store, 0, kept, true));
   this->Fill(*kept, 9);  // not freed by a write that failed
   delete kept;
 }
@@ -142,33 +144,32 @@ TYPED_TEST(TernaryFileNodesTest, ReleasingGivesTheSlotBackAndFreesTheRecord) {
   const unsigned int kind = TypeParam::kKind;
   unsigned int id = 0;
   typename TypeParam::Node* node = nullptr;
-  ASSERT_EQ(TypeParam::Acquire(this->store, &id, node), 0u);
-  EXPECT_EQ(TypeParam::Release(this->store, id, node), 0u);
-  EXPECT_EQ(this->store.Descriptor(kKinds[kind]).usedNodes, 0u);
-  EXPECT_EQ(this->FreeCount(kind), 364u);
-  EXPECT_EQ(this->Entry(kind, 0), 1u);
-  EXPECT_EQ(this->Entry(kind, 1), 2u);
-  ASSERT_EQ(TypeParam::Acquire(this->store, &id, node), 0u);
-  EXPECT_EQ(id, 0x100u);
+  ASSERT_EQ(status::kOk, TypeParam::Acquire(this->store, &id, node));
+  EXPECT_EQ(0u, TypeParam::Release(this->store, id, node));
+  EXPECT_EQ(0u, this->store.Descriptor(kKinds[kind]).usedNodes);
+  EXPECT_EQ(364u, this->FreeCount(kind));
+  EXPECT_EQ(1u, this->Entry(kind, 0));
+  EXPECT_EQ(2u, this->Entry(kind, 1));
+  ASSERT_EQ(status::kOk, TypeParam::Acquire(this->store, &id, node));
+  EXPECT_EQ(0x100u, id);
   delete node;
-  EXPECT_EQ(TypeParam::Release(this->store, id, nullptr), 0u);
-  EXPECT_EQ(TypeParam::Release(this->store, id, nullptr), 59u);
-  EXPECT_EQ(this->store.Descriptor(kKinds[kind]).usedNodes, 0u);
+  EXPECT_EQ(0u, TypeParam::Release(this->store, id, nullptr));
+  EXPECT_EQ(59u, TypeParam::Release(this->store, id, nullptr));
+  EXPECT_EQ(0u, this->store.Descriptor(kKinds[kind]).usedNodes);
 }
 
 TYPED_TEST(TernaryFileNodesTest, IdZeroReadsSlotZeroOfTheNewestTable) {
   typename TypeParam::Node node;
   this->Fill(node, 1);
-  EXPECT_EQ(TypeParam::ReadIn(this->store, 0, &node), 0u);
+  EXPECT_EQ(0u, TypeParam::ReadIn(this->store, 0, &node));
   EXPECT_EQ(this->Text(node), Zeros(this->kSize));
-  ASSERT_EQ(
-      this->store.ExpandFile(&this->store.Descriptor(kKinds[TypeParam::kKind]), this->kSize, 500),
-      0u);
+  ASSERT_EQ(status::kOk, this->store.ExpandFile(&this->store.Descriptor(kKinds[TypeParam::kKind]),
+                                                this->kSize, 500));
   // Marked, so that the two slots 0 can be told apart.
   const unsigned char mark = 0x77;
-  ASSERT_EQ(this->store.WriteToFile(75888 + 32 + 2000, 1, &mark), 0u);
-  EXPECT_EQ(TypeParam::ReadIn(this->store, 0, &node), 0u);
-  EXPECT_EQ(node.bytes()[0], 0x77);
+  ASSERT_EQ(status::kOk, this->store.WriteToFile(75888 + 32 + 2000, 1, &mark));
+  EXPECT_EQ(0u, TypeParam::ReadIn(this->store, 0, &node));
+  EXPECT_EQ(0x77, node.bytes()[0]);
 }
 
 TYPED_TEST(TernaryFileNodesTest, IdZeroIsNeverWrittenOrReleased) {
@@ -176,10 +177,10 @@ TYPED_TEST(TernaryFileNodesTest, IdZeroIsNeverWrittenOrReleased) {
   const std::string before = this->Bytes();
   typename TypeParam::Node node;
   this->Fill(node, 1);
-  EXPECT_EQ(TypeParam::Write(this->store, 0, &node, false), 22u);
-  EXPECT_EQ(TypeParam::Release(this->store, 0, nullptr), 22u);
+  EXPECT_EQ(22u, TypeParam::Write(this->store, 0, &node, false));
+  EXPECT_EQ(22u, TypeParam::Release(this->store, 0, nullptr));
   EXPECT_TRUE(this->Bytes() == before);
-  EXPECT_EQ(this->store.Descriptor(kKinds[TypeParam::kKind]).usedNodes, 1u);
+  EXPECT_EQ(1u, this->store.Descriptor(kKinds[TypeParam::kKind]).usedNodes);
 }
 
 TYPED_TEST(TernaryFileNodesTest, IdsWithoutTableOrSlotAnswer59) {
@@ -189,23 +190,23 @@ TYPED_TEST(TernaryFileNodesTest, IdsWithoutTableOrSlotAnswer59) {
     typename TypeParam::Node node;
     this->Fill(node, 1);
     const std::string untouched = this->Text(node);
-    EXPECT_EQ(TypeParam::ReadIn(this->store, id, &node), 59u);
+    EXPECT_EQ(59u, TypeParam::ReadIn(this->store, id, &node));
     EXPECT_EQ(this->Text(node), untouched);
     typename TypeParam::Node* none = nullptr;
-    EXPECT_EQ(TypeParam::Read(this->store, id, none), 59u);
-    EXPECT_EQ(none, nullptr);
-    EXPECT_EQ(TypeParam::Write(this->store, id, &node, false), 59u);
-    EXPECT_EQ(TypeParam::Release(this->store, id, nullptr), 59u);
+    EXPECT_EQ(59u, TypeParam::Read(this->store, id, none));
+    EXPECT_EQ(nullptr, none);
+    EXPECT_EQ(59u, TypeParam::Write(this->store, id, &node, false));
+    EXPECT_EQ(59u, TypeParam::Release(this->store, id, nullptr));
   }
   EXPECT_TRUE(this->Bytes() == before);
 }
 
 TYPED_TEST(TernaryFileNodesTest, NullPointersAnswer22) {
   typename TypeParam::Node* node = nullptr;
-  EXPECT_EQ(TypeParam::ReadIn(this->store, 0x100, nullptr), 22u);
-  EXPECT_EQ(TypeParam::Write(this->store, 0x100, nullptr, true), 22u);
-  EXPECT_EQ(TypeParam::Acquire(this->store, nullptr, node), 22u);
-  EXPECT_EQ(node, nullptr);
+  EXPECT_EQ(22u, TypeParam::ReadIn(this->store, 0x100, nullptr));
+  EXPECT_EQ(22u, TypeParam::Write(this->store, 0x100, nullptr, true));
+  EXPECT_EQ(status::kBadArgument, TypeParam::Acquire(this->store, nullptr, node));
+  EXPECT_EQ(nullptr, node);
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "tests/registry/store/StoreTesting.h"
 
+namespace status = tamu::registry::status;
+
 namespace tamu::registry::storetests {
 namespace {
 
@@ -8,9 +10,8 @@ class TernaryFileTablesTest : public StoreTest {
   // Appends small tables until the kind has `count` of them.
   void GrowTo(NodeKind kind, unsigned int count) {
     while (store.Descriptor(kind).tableCount < count) {
-      ASSERT_EQ(store.ExpandFile(&store.Descriptor(kind),
-                                 kRecordSizes[static_cast<unsigned int>(kind)], 3),
-                0u);
+      ASSERT_EQ(status::kOk, store.ExpandFile(&store.Descriptor(kind),
+                                              kRecordSizes[static_cast<unsigned int>(kind)], 3));
     }
   }
 };
@@ -18,14 +19,14 @@ class TernaryFileTablesTest : public StoreTest {
 TEST_F(TernaryFileTablesTest, LoadsAChainOf21Tables) {
   GrowTo(NodeKind::kKey, 21);
   store.Finalize();
-  ASSERT_EQ(store.Initialize(path.c_str()), 0u);
+  ASSERT_EQ(status::kOk, store.Initialize(path.c_str()));
   const TernaryNodeDescriptor& keys = store.Descriptor(NodeKind::kKey);
-  EXPECT_EQ(keys.tableCount, 21u);
+  EXPECT_EQ(21u, keys.tableCount);
   EXPECT_EQ(keys.totalNodes, 364u + 20 * 2);
   EXPECT_FALSE(keys.damaged);
   for (unsigned int i = 0; i < 21; ++i) EXPECT_EQ(keys.tables[i]->tableNumber(), i);
   EXPECT_EQ(keys.lastTable, keys.tables[20]);
-  EXPECT_EQ(Take(NodeKind::kKey), 0x114u);
+  EXPECT_EQ(0x114u, Take(NodeKind::kKey));
 }
 
 TEST_F(TernaryFileTablesTest, ATwentySecondTableInTheFileDamagesTheKind) {
@@ -39,44 +40,44 @@ TEST_F(TernaryFileTablesTest, ATwentySecondTableInTheFileDamagesTheKind) {
   bytes += Zeros(3 * 24);
   SetU32(bytes, 4180 + 32, static_cast<unsigned int>(bytes.size()));
   Reopen(bytes);
-  EXPECT_EQ(store.Descriptor(NodeKind::kKey).tableCount, 21u);
+  EXPECT_EQ(21u, store.Descriptor(NodeKind::kKey).tableCount);
   EXPECT_TRUE(store.Descriptor(NodeKind::kKey).damaged);
   unsigned int id = 0;
-  EXPECT_EQ(Acquire(NodeKind::kKey, &id), 59u);
+  EXPECT_EQ(status::kInvalidFile, Acquire(NodeKind::kKey, &id));
   EXPECT_TRUE(Bytes() == bytes);
   TernaryKeyNode key;
-  EXPECT_EQ(store.ReadKeyNodeInBuffer(0x114, &key), 0u);
-  EXPECT_EQ(store.ReadKeyNodeInBuffer(0x115, &key), 59u);
-  EXPECT_EQ(Take(NodeKind::kString), 0x100u);
+  EXPECT_EQ(status::kOk, store.ReadKeyNodeInBuffer(0x114, &key));
+  EXPECT_EQ(status::kInvalidFile, store.ReadKeyNodeInBuffer(0x115, &key));
+  EXPECT_EQ(0x100u, Take(NodeKind::kString));
 }
 
 TEST_F(TernaryFileTablesTest, ATableThatFollowsItselfDamagesTheKind) {
   Damage(kTables[2], kTables[2]);
-  EXPECT_EQ(store.Descriptor(NodeKind::kValue).tableCount, 1u);
+  EXPECT_EQ(1u, store.Descriptor(NodeKind::kValue).tableCount);
   EXPECT_TRUE(store.Descriptor(NodeKind::kValue).damaged);
   unsigned int id = 0;
-  EXPECT_EQ(Acquire(NodeKind::kValue, &id), 59u);
+  EXPECT_EQ(status::kInvalidFile, Acquire(NodeKind::kValue, &id));
 }
 
 TEST_F(TernaryFileTablesTest, TwoTablesThatFollowEachOtherDamageTheKind) {
   GrowTo(NodeKind::kString, 2);
   Damage(75888, kTables[0]);
-  EXPECT_EQ(store.Descriptor(NodeKind::kString).tableCount, 2u);
+  EXPECT_EQ(2u, store.Descriptor(NodeKind::kString).tableCount);
   EXPECT_TRUE(store.Descriptor(NodeKind::kString).damaged);
 }
 
 TEST_F(TernaryFileTablesTest, LoadingTellsWhatStoppedIt) {
   TernaryNodeDescriptor& strings = store.Descriptor(NodeKind::kString);
   strings.Clear();
-  EXPECT_EQ(store.LoadAllNAT(kTables[0], &strings), 0u);
+  EXPECT_EQ(status::kOk, store.LoadAllNAT(kTables[0], &strings));
   strings.Clear();
-  EXPECT_EQ(store.LoadAllNAT(kTables[0] + 4, &strings), 59u);
+  EXPECT_EQ(status::kInvalidFile, store.LoadAllNAT(kTables[0] + 4, &strings));
   EXPECT_TRUE(strings.damaged);
-  EXPECT_EQ(strings.tableCount, 0u);
+  EXPECT_EQ(0u, strings.tableCount);
   strings.Clear();
-  EXPECT_EQ(store.LoadAllNAT(75888 - 31, &strings), 5u);
+  EXPECT_EQ(status::kInputOutput, store.LoadAllNAT(75888 - 31, &strings));
   EXPECT_TRUE(strings.damaged);
-  EXPECT_EQ(store.LoadAllNAT(kTables[0], nullptr), 22u);
+  EXPECT_EQ(status::kBadArgument, store.LoadAllNAT(kTables[0], nullptr));
 }
 
 TEST_F(TernaryFileTablesTest, LoadingAHeadClearsItsReservedWords) {
@@ -86,13 +87,13 @@ TEST_F(TernaryFileTablesTest, LoadingAHeadClearsItsReservedWords) {
   SetU32(bytes, kTables[0] + 24, 0x33333333);
   Reopen(bytes);
   NodeAllocationTable* table = nullptr;
-  ASSERT_EQ(store.LoadNAT(kTables[0], table), 0u);
+  ASSERT_EQ(status::kOk, store.LoadNAT(kTables[0], table));
   EXPECT_EQ(std::string(table->bytes() + 16, table->bytes() + 32),
             std::string("\0\0\0\0\0\x22\x22\x22\0\0\0\0\x6C\x01\0\0", 16));
   delete table;
   table = nullptr;
-  EXPECT_EQ(store.LoadNAT(75888, table), 5u);
-  EXPECT_EQ(table, nullptr);
+  EXPECT_EQ(status::kInputOutput, store.LoadNAT(75888, table));
+  EXPECT_EQ(nullptr, table);
 }
 
 // ---- one field of a table's head wrong
@@ -141,20 +142,21 @@ TEST_F(TernaryFileTablesTest, AFirstTableWithAnyFieldWrongDamagesItsKindOnly) {
     EXPECT_EQ(store.Descriptor(NodeKind::kString).tableCount, row.field == 0 ? 1u : 0u);
     unsigned int id = 0;
     TernaryStringNode node;
-    EXPECT_EQ(Acquire(NodeKind::kString, &id), 59u);
+    EXPECT_EQ(status::kInvalidFile, Acquire(NodeKind::kString, &id));
     EXPECT_EQ(store.ReadNodeInBuffer(0x100, &node), row.field == 0 ? 0u : 59u);
-    EXPECT_EQ(store.ExpandFile(&store.Descriptor(NodeKind::kString), 40, 500), 59u);
-    EXPECT_EQ(Take(NodeKind::kKey), 0x100u);
-    EXPECT_EQ(Take(NodeKind::kValue), 0x100u);
-    EXPECT_EQ(store.WriteData(0, "x", 1, &id), 0u);
-    EXPECT_EQ(id, 0x100u);
+    EXPECT_EQ(status::kInvalidFile,
+              store.ExpandFile(&store.Descriptor(NodeKind::kString), 40, 500));
+    EXPECT_EQ(0x100u, Take(NodeKind::kKey));
+    EXPECT_EQ(0x100u, Take(NodeKind::kValue));
+    EXPECT_EQ(status::kOk, store.WriteData(0, "x", 1, &id));
+    EXPECT_EQ(0x100u, id);
   }
 }
 
 TEST_F(TernaryFileTablesTest, TheTablesBeforeADamagedOneServeTheirIds) {
   TakeMany(NodeKind::kString, 364);
-  ASSERT_EQ(Take(NodeKind::kString), 0x101u);
-  ASSERT_EQ(Take(NodeKind::kString), 0x201u);
+  ASSERT_EQ(0x101u, Take(NodeKind::kString));
+  ASSERT_EQ(0x201u, Take(NodeKind::kString));
   const std::string good = Bytes();
   for (const Row& row : kRows) {
     SCOPED_TRACE(row.what);
@@ -164,15 +166,16 @@ TEST_F(TernaryFileTablesTest, TheTablesBeforeADamagedOneServeTheirIds) {
     EXPECT_EQ(strings.tableCount, row.field == 0 ? 2u : 1u);
     TernaryStringNode node;
     node.setSplitChar('s');
-    EXPECT_EQ(store.WriteNode(0, 0x16C00, &node, false), 0u);
-    EXPECT_EQ(store.ReadNodeInBuffer(0x16C00, &node), 0u);
+    EXPECT_EQ(status::kOk, store.WriteNode(0, 0x16C00, &node, false));
+    EXPECT_EQ(status::kOk, store.ReadNodeInBuffer(0x16C00, &node));
     EXPECT_EQ(store.ReadNodeInBuffer(0x101, &node), row.field == 0 ? 0u : 59u);
-    EXPECT_EQ(store.ReleaseNode(0, 0x16C00, nullptr), 0u);
+    EXPECT_EQ(0u, store.ReleaseNode(0, 0x16C00, nullptr));
     // The slot just given back stays free: a new table would cut off the rest of the chain.
     unsigned int id = 0;
-    EXPECT_EQ(Acquire(NodeKind::kString, &id), 59u);
-    EXPECT_EQ(store.ExpandFile(&store.Descriptor(NodeKind::kString), 40, 500), 59u);
-    EXPECT_EQ(Take(NodeKind::kKey), 0x100u);
+    EXPECT_EQ(status::kInvalidFile, Acquire(NodeKind::kString, &id));
+    EXPECT_EQ(status::kInvalidFile,
+              store.ExpandFile(&store.Descriptor(NodeKind::kString), 40, 500));
+    EXPECT_EQ(0x100u, Take(NodeKind::kKey));
   }
 }
 
@@ -181,13 +184,13 @@ TEST_F(TernaryFileTablesTest, TheFreeCountMayBeAnythingBelowTheEntries) {
   EXPECT_FALSE(store.Descriptor(NodeKind::kKey).damaged);
   Damage(kTables[1] + 28, 0);
   EXPECT_FALSE(store.Descriptor(NodeKind::kKey).damaged);
-  EXPECT_EQ(store.Descriptor(NodeKind::kKey).usedNodes, 364u);
+  EXPECT_EQ(364u, store.Descriptor(NodeKind::kKey).usedNodes);
   Damage(kTables[1] + 28, 365);
   EXPECT_TRUE(store.Descriptor(NodeKind::kKey).damaged);
 }
 
 TEST_F(TernaryFileTablesTest, AnAreaMayEndAtTheLastByteButNotBehindIt) {
-  ASSERT_EQ(kAreas[3] + 365 * 64, 75888u);
+  ASSERT_EQ(75888u, kAreas[3] + 365 * 64);
   EXPECT_FALSE(store.Descriptor(NodeKind::kData).damaged);
   Damage(kTables[3] + 8, kAreas[3] + 1);
   EXPECT_TRUE(store.Descriptor(NodeKind::kData).damaged);
@@ -209,9 +212,9 @@ TEST_F(TernaryFileTablesTest, AFirstTableThatIsNowhereDamagesItsKind) {
     EXPECT_TRUE(store.Descriptor(NodeKind::kKey).damaged);
     unsigned int id = 0;
     TernaryKeyNode key;
-    EXPECT_EQ(Acquire(NodeKind::kKey, &id), 59u);
-    EXPECT_EQ(store.ReadKeyNodeInBuffer(0, &key), 59u);
-    EXPECT_EQ(store.ReleaseKeyNode(0, 0x100, nullptr), 59u);
+    EXPECT_EQ(status::kInvalidFile, Acquire(NodeKind::kKey, &id));
+    EXPECT_EQ(status::kInvalidFile, store.ReadKeyNodeInBuffer(0, &key));
+    EXPECT_EQ(status::kInvalidFile, store.ReleaseKeyNode(0, 0x100, nullptr));
     EXPECT_FALSE(store.Descriptor(NodeKind::kString).damaged);
   }
 }
@@ -219,26 +222,26 @@ TEST_F(TernaryFileTablesTest, AFirstTableThatIsNowhereDamagesItsKind) {
 TEST_F(TernaryFileTablesTest, AnIdLeadsToItsSlot) {
   GrowTo(NodeKind::kValue, 2);
   unsigned int offset = 0;
-  EXPECT_EQ(store.Resolve(NodeKind::kString, 0x100, offset), 0u);
+  EXPECT_EQ(0u, store.Resolve(NodeKind::kString, 0x100, offset));
   EXPECT_EQ(offset, 10188u + 40);
-  EXPECT_EQ(store.Resolve(NodeKind::kKey, 0x16C00, offset), 0u);
+  EXPECT_EQ(0u, store.Resolve(NodeKind::kKey, 0x16C00, offset));
   EXPECT_EQ(offset, 24788u + 364 * 24);
-  EXPECT_EQ(store.Resolve(NodeKind::kData, 0x200, offset), 0u);
+  EXPECT_EQ(0u, store.Resolve(NodeKind::kData, 0x200, offset));
   EXPECT_EQ(offset, 52528u + 128);
-  EXPECT_EQ(store.Resolve(NodeKind::kValue, 0x300, offset), 0u);
+  EXPECT_EQ(0u, store.Resolve(NodeKind::kValue, 0x300, offset));
   EXPECT_EQ(offset, 33548u + 3 * 52);
-  EXPECT_EQ(store.Resolve(NodeKind::kValue, 0x201, offset), 0u);
+  EXPECT_EQ(0u, store.Resolve(NodeKind::kValue, 0x201, offset));
   EXPECT_EQ(offset, 75888u + 44 + 2 * 52);
-  EXPECT_EQ(store.Resolve(NodeKind::kValue, 0, offset), 0u);  // slot 0 of the newest table
+  EXPECT_EQ(0u, store.Resolve(NodeKind::kValue, 0, offset));  // slot 0 of the newest table
   EXPECT_EQ(offset, 75888u + 44);
 }
 
 TEST_F(TernaryFileTablesTest, AnIdWithoutTableOrSlotLeadsNowhere) {
   unsigned int offset = 4711;
   for (unsigned int id : {0x101u, 0x1C8u, 0x1FFu, 0x16D00u, 0xEA6000u, 0xFFFFFF00u, 0xFFFFFFFFu}) {
-    EXPECT_EQ(store.Resolve(NodeKind::kString, id, offset), 59u) << std::hex << id;
+    EXPECT_EQ(59u, store.Resolve(NodeKind::kString, id, offset)) << std::hex << id;
   }
-  EXPECT_EQ(offset, 4711u);
+  EXPECT_EQ(4711u, offset);
 }
 
 TEST_F(TernaryFileTablesTest, TablesAndAreasThatOverlapAreRefused) {
@@ -259,7 +262,7 @@ TEST_F(TernaryFileTablesTest, TablesAndAreasThatOverlapAreRefused) {
     EXPECT_TRUE(store.Descriptor(row.kind).damaged);
     unsigned int id = 0;
     const std::string before = Bytes();
-    EXPECT_EQ(Acquire(row.kind, &id), 59u);
+    EXPECT_EQ(status::kInvalidFile, Acquire(row.kind, &id));
     EXPECT_TRUE(Bytes() == before);
   }
 }

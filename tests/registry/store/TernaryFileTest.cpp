@@ -5,6 +5,8 @@
 #include "tests/platform/OpenDescriptors.h"
 #include "tests/registry/store/StoreTesting.h"
 
+namespace status = tamu::registry::status;
+
 namespace tamu::registry::storetests {
 namespace {
 
@@ -12,120 +14,120 @@ using TernaryFileTest = StoreTest;
 
 TEST_F(TernaryFileTest, OpensANewFile) {
   EXPECT_TRUE(TernaryFile::file.IsOpen());
-  EXPECT_EQ(store.Header().headerOffset(), 4180u);
-  EXPECT_EQ(store.Header().headerVersion(), 1u);
-  EXPECT_EQ(store.Header().fileSize(), 75888u);
-  EXPECT_EQ(store.Header().startNode(), 0u);
+  EXPECT_EQ(4180u, store.Header().headerOffset());
+  EXPECT_EQ(1u, store.Header().headerVersion());
+  EXPECT_EQ(75888u, store.Header().fileSize());
+  EXPECT_EQ(0u, store.Header().startNode());
   for (unsigned int i = 0; i < 4; ++i) {
     SCOPED_TRACE(i);
     const TernaryNodeDescriptor& descriptor = store.Descriptor(kKinds[i]);
-    EXPECT_EQ(descriptor.tableCount, 1u);
-    EXPECT_EQ(descriptor.tableCapacity, 21u);
-    EXPECT_EQ(descriptor.usedNodes, 0u);
-    EXPECT_EQ(descriptor.totalNodes, 364u);
+    EXPECT_EQ(1u, descriptor.tableCount);
+    EXPECT_EQ(21u, descriptor.tableCapacity);
+    EXPECT_EQ(0u, descriptor.usedNodes);
+    EXPECT_EQ(364u, descriptor.totalNodes);
     EXPECT_FALSE(descriptor.damaged);
-    ASSERT_NE(descriptor.firstTable, nullptr);
+    ASSERT_NE(nullptr, descriptor.firstTable);
     EXPECT_EQ(descriptor.lastTable, descriptor.firstTable);
     EXPECT_EQ(descriptor.firstTable->tableOffset(), kTables[i]);
     EXPECT_EQ(descriptor.firstTable->areaOffset(), kAreas[i]);
-    EXPECT_EQ(descriptor.firstTable->freeCount(), 364u);
+    EXPECT_EQ(364u, descriptor.firstTable->freeCount());
   }
 }
 
 TEST_F(TernaryFileTest, OpeningChangesNoByte) {
   const std::string before = Bytes();
-  EXPECT_EQ(store.Initialize(path.c_str()), 0u);
-  EXPECT_EQ(store.Finalize(), 0u);
+  EXPECT_EQ(status::kOk, store.Initialize(path.c_str()));
+  EXPECT_EQ(status::kOk, store.Finalize());
   EXPECT_TRUE(Bytes() == before);
 }
 
 TEST_F(TernaryFileTest, CountsTheSlotsInUseWhenOpening) {
   TakeMany(NodeKind::kKey, 5);
-  ASSERT_EQ(store.ReleaseSlot(0, NodeKind::kKey, 0x200), 0u);
-  ASSERT_EQ(store.Finalize(), 0u);
-  ASSERT_EQ(store.Initialize(path.c_str()), 0u);
-  EXPECT_EQ(store.Descriptor(NodeKind::kKey).usedNodes, 4u);
-  EXPECT_EQ(store.Descriptor(NodeKind::kKey).totalNodes, 364u);
+  ASSERT_EQ(status::kOk, store.ReleaseSlot(0, NodeKind::kKey, 0x200));
+  ASSERT_EQ(status::kOk, store.Finalize());
+  ASSERT_EQ(status::kOk, store.Initialize(path.c_str()));
+  EXPECT_EQ(4u, store.Descriptor(NodeKind::kKey).usedNodes);
+  EXPECT_EQ(364u, store.Descriptor(NodeKind::kKey).totalNodes);
 }
 
 TEST_F(TernaryFileTest, InitializeTwiceStartsOver) {
   TakeMany(NodeKind::kString, 3);
   const long descriptors = OpenDescriptors();
-  EXPECT_EQ(store.Initialize(path.c_str()), 0u);
+  EXPECT_EQ(status::kOk, store.Initialize(path.c_str()));
   EXPECT_EQ(OpenDescriptors(), descriptors);
-  EXPECT_EQ(store.Descriptor(NodeKind::kString).tableCount, 1u);
-  EXPECT_EQ(store.Descriptor(NodeKind::kString).usedNodes, 3u);
-  EXPECT_EQ(store.Descriptor(NodeKind::kString).totalNodes, 364u);
-  EXPECT_EQ(Take(NodeKind::kString), 0x400u);
+  EXPECT_EQ(1u, store.Descriptor(NodeKind::kString).tableCount);
+  EXPECT_EQ(3u, store.Descriptor(NodeKind::kString).usedNodes);
+  EXPECT_EQ(364u, store.Descriptor(NodeKind::kString).totalNodes);
+  EXPECT_EQ(0x400u, Take(NodeKind::kString));
 }
 
 TEST_F(TernaryFileTest, InitializeForgetsTheDamageOfAnotherFile) {
   Damage(kTables[0] + 4, 0);
   EXPECT_TRUE(store.Descriptor(NodeKind::kString).damaged);
   const std::string good = dir / "good.rce";
-  ASSERT_EQ(TernaryFile().CreateRegistryFile(good.c_str(), 65536), 0u);
-  EXPECT_EQ(store.Initialize(good.c_str()), 0u);
+  ASSERT_EQ(status::kOk, TernaryFile().CreateRegistryFile(good.c_str(), 65536));
+  EXPECT_EQ(status::kOk, store.Initialize(good.c_str()));
   EXPECT_FALSE(store.Descriptor(NodeKind::kString).damaged);
-  EXPECT_EQ(Take(NodeKind::kString), 0x100u);
+  EXPECT_EQ(0x100u, Take(NodeKind::kString));
 }
 
 TEST_F(TernaryFileTest, FinalizeTwiceDoesNothing) {
-  EXPECT_EQ(store.Finalize(), 0u);
+  EXPECT_EQ(status::kOk, store.Finalize());
   EXPECT_FALSE(TernaryFile::file.IsOpen());
-  EXPECT_EQ(store.Descriptor(NodeKind::kString).tableCount, 0u);
-  EXPECT_EQ(store.Descriptor(NodeKind::kString).totalNodes, 0u);
-  EXPECT_EQ(store.Finalize(), 0u);
+  EXPECT_EQ(0u, store.Descriptor(NodeKind::kString).tableCount);
+  EXPECT_EQ(0u, store.Descriptor(NodeKind::kString).totalNodes);
+  EXPECT_EQ(status::kOk, store.Finalize());
   TernaryFile never;
-  EXPECT_EQ(never.Finalize(), 0u);
+  EXPECT_EQ(status::kOk, never.Finalize());
 }
 
 TEST_F(TernaryFileTest, AnObjectThatIsDestroyedClosesNothing) {
   {
     TernaryFile other;
-    ASSERT_EQ(other.Initialize(path.c_str()), 0u);
+    ASSERT_EQ(status::kOk, other.Initialize(path.c_str()));
   }
   EXPECT_TRUE(TernaryFile::file.IsOpen());
-  EXPECT_EQ(Take(NodeKind::kString), 0x100u);
+  EXPECT_EQ(0x100u, Take(NodeKind::kString));
 }
 
 TEST_F(TernaryFileTest, TheStartNodeIsOneForAllCharacters) {
-  EXPECT_EQ(store.GetStartNode('a'), 0u);
-  EXPECT_EQ(store.SetStartNode('a', 0x12345601), 0u);
-  EXPECT_EQ(store.GetStartNode('a'), 0x12345601u);
-  EXPECT_EQ(store.GetStartNode(0), 0x12345601u);
-  EXPECT_EQ(store.GetStartNode(static_cast<char>(0xFF)), 0x12345601u);
-  EXPECT_EQ(U32(4180 + 28), 0x12345601u);
-  EXPECT_EQ(store.SetStartNode('z', 0x200), 0u);
+  EXPECT_EQ(0u, store.GetStartNode('a'));
+  EXPECT_EQ(0u, store.SetStartNode('a', 0x12345601));
+  EXPECT_EQ(0x12345601u, store.GetStartNode('a'));
+  EXPECT_EQ(0x12345601u, store.GetStartNode(0));
+  EXPECT_EQ(0x12345601u, store.GetStartNode(static_cast<char>(0xFF)));
+  EXPECT_EQ(0x12345601u, U32(4180 + 28));
+  EXPECT_EQ(0u, store.SetStartNode('z', 0x200));
   std::string expected = Bytes();
-  EXPECT_EQ(U32At(expected, 4180 + 28), 0x200u);
+  EXPECT_EQ(0x200u, U32At(expected, 4180 + 28));
   SetU32(expected, 4180 + 28, 0);
-  EXPECT_EQ(store.SetStartNode('b', 0), 0u);
+  EXPECT_EQ(0u, store.SetStartNode('b', 0));
   EXPECT_TRUE(Bytes() == expected);
 }
 
 // What was never written must not be counted on: it would be gone with the process.
 TEST_F(TernaryFileTest, AStartNodeThatCannotBeWrittenStaysAsItWas) {
-  ASSERT_EQ(store.SetStartNode(0, 0x100), 0u);
+  ASSERT_EQ(0u, store.SetStartNode(0, 0x100));
   TernaryFile::file.Destroy();
-  EXPECT_EQ(store.SetStartNode(0, 0x200), 5u);
-  EXPECT_EQ(store.GetStartNode(0), 0x100u);
+  EXPECT_EQ(5u, store.SetStartNode(0, 0x200));
+  EXPECT_EQ(0x100u, store.GetStartNode(0));
 }
 
 TEST_F(TernaryFileTest, AClosedStoreAnswers5) {
-  ASSERT_EQ(store.Finalize(), 0u);
+  ASSERT_EQ(status::kOk, store.Finalize());
   unsigned int word = 0;
   unsigned char byte = 0;
   unsigned char* bytes = &byte;
   unsigned int id = 7;
-  EXPECT_EQ(store.FileReadInteger(0, &word), 5u);
-  EXPECT_EQ(store.FileWriteInteger(84, 1), 5u);
-  EXPECT_EQ(store.ReadFromFile(0, 1, bytes), 5u);
-  EXPECT_EQ(store.WriteToFile(84, 1, &byte), 5u);
-  EXPECT_EQ(store.AcquireSlot(0, NodeKind::kKey, &id), 5u);
-  EXPECT_EQ(store.ReleaseSlot(0, NodeKind::kKey, 0x100), 5u);
-  EXPECT_EQ(store.WriteData(0, &byte, 1, &id), 5u);
-  EXPECT_EQ(store.DeleteData(0, 0x100), 5u);
-  EXPECT_EQ(store.SetStartNode(0, 0x100), 5u);
+  EXPECT_EQ(status::kInputOutput, store.FileReadInteger(0, &word));
+  EXPECT_EQ(status::kInputOutput, store.FileWriteInteger(84, 1));
+  EXPECT_EQ(status::kInputOutput, store.ReadFromFile(0, 1, bytes));
+  EXPECT_EQ(status::kInputOutput, store.WriteToFile(84, 1, &byte));
+  EXPECT_EQ(status::kInputOutput, store.AcquireSlot(0, NodeKind::kKey, &id));
+  EXPECT_EQ(status::kInputOutput, store.ReleaseSlot(0, NodeKind::kKey, 0x100));
+  EXPECT_EQ(status::kInputOutput, store.WriteData(0, &byte, 1, &id));
+  EXPECT_EQ(status::kInputOutput, store.DeleteData(0, 0x100));
+  EXPECT_EQ(5u, store.SetStartNode(0, 0x100));
 }
 
 // ---- what cannot be opened
@@ -139,15 +141,15 @@ struct Opening {
 
 TEST_F(TernaryFileTest, AMissingFileAnswers9) {
   Opening absent(dir / "absent.rce");
-  EXPECT_EQ(absent.status, 9u);
+  EXPECT_EQ(9u, absent.status);
   EXPECT_TRUE(absent.store.PathMissing());
   Opening elsewhere(dir / "no/such/folder");
-  EXPECT_EQ(elsewhere.status, 9u);
+  EXPECT_EQ(9u, elsewhere.status);
 }
 
 TEST_F(TernaryFileTest, AFileThatIsThereButCannotBeOpenedAnswers9AndIsNotMissing) {
   Opening folder(dir / ".");
-  EXPECT_EQ(folder.status, 9u);
+  EXPECT_EQ(9u, folder.status);
   EXPECT_FALSE(folder.store.PathMissing());
   const std::string before = Bytes();
   EXPECT_TRUE(InChild([&] {
@@ -167,8 +169,8 @@ TEST_F(TernaryFileTest, AFileThatIsThereButCannotBeOpenedAnswers9AndIsNotMissing
 
 TEST_F(TernaryFileTest, NoPathAnswers22) {
   TernaryFile other;
-  EXPECT_EQ(other.Initialize(nullptr), 22u);
-  EXPECT_EQ(Take(NodeKind::kString), 0x100u);
+  EXPECT_EQ(status::kBadArgument, other.Initialize(nullptr));
+  EXPECT_EQ(0x100u, Take(NodeKind::kString));
 }
 
 TEST_F(TernaryFileTest, AHeaderWithAnyFieldWrongAnswers59AndIsClosed) {
@@ -186,16 +188,16 @@ TEST_F(TernaryFileTest, AHeaderWithAnyFieldWrongAnswers59AndIsClosed) {
     std::string bytes = good;
     SetU32(bytes, row.offset, row.value);
     PutFile(path, bytes);
-    EXPECT_EQ(store.Initialize(path.c_str()), 59u);
+    EXPECT_EQ(status::kInvalidFile, store.Initialize(path.c_str()));
     EXPECT_FALSE(store.PathMissing());
     EXPECT_FALSE(TernaryFile::file.IsOpen());
     EXPECT_EQ(NextDescriptor(), descriptors);
     unsigned int id = 0;
-    EXPECT_EQ(store.AcquireSlot(0, NodeKind::kString, &id), 5u);
+    EXPECT_EQ(status::kInputOutput, store.AcquireSlot(0, NodeKind::kString, &id));
     EXPECT_TRUE(Bytes() == bytes);
   }
   PutFile(path, good);
-  EXPECT_EQ(store.Initialize(path.c_str()), 0u);
+  EXPECT_EQ(status::kOk, store.Initialize(path.c_str()));
 }
 
 TEST_F(TernaryFileTest, AFileThatEndsInItsHeadersAnswers59) {
@@ -204,7 +206,7 @@ TEST_F(TernaryFileTest, AFileThatEndsInItsHeadersAnswers59) {
   for (unsigned int length : {0u, 1u, 83u, 84u, 4179u, 4180u, 4219u}) {
     SCOPED_TRACE(length);
     PutFile(path, good.substr(0, length));
-    EXPECT_EQ(store.Initialize(path.c_str()), 59u);
+    EXPECT_EQ(status::kInvalidFile, store.Initialize(path.c_str()));
     EXPECT_FALSE(TernaryFile::file.IsOpen());
     EXPECT_EQ(Bytes().size(), length);
   }
@@ -237,13 +239,13 @@ TEST_F(TernaryFileTest, AFileThatIsZeroBehindItsHeadersIsNeverWritten) {
   store.Finalize();
   const std::string bytes = Bytes().substr(0, 4220) + Zeros(75888 - 4220);
   PutFile(path, bytes);
-  EXPECT_EQ(store.Initialize(path.c_str()), 0u);
+  EXPECT_EQ(status::kOk, store.Initialize(path.c_str()));
   unsigned int id = 0;
-  for (NodeKind kind : kKinds) EXPECT_EQ(Acquire(kind, &id), 59u);
-  EXPECT_EQ(store.WriteData(0, "x", 1, &id), 59u);
+  for (NodeKind kind : kKinds) EXPECT_EQ(status::kInvalidFile, Acquire(kind, &id));
+  EXPECT_EQ(status::kInvalidFile, store.WriteData(0, "x", 1, &id));
   TernaryStringNode node;
-  EXPECT_EQ(store.ReadNodeInBuffer(0, &node), 59u);
-  EXPECT_EQ(store.ReadNodeInBuffer(0x100, &node), 59u);
+  EXPECT_EQ(status::kInvalidFile, store.ReadNodeInBuffer(0, &node));
+  EXPECT_EQ(status::kInvalidFile, store.ReadNodeInBuffer(0x100, &node));
   EXPECT_TRUE(Bytes() == bytes);
 }
 

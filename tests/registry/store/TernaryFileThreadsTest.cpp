@@ -5,6 +5,8 @@
 
 #include "tests/registry/store/StoreTesting.h"
 
+namespace status = tamu::registry::status;
+
 namespace tamu::registry::storetests {
 namespace {
 
@@ -60,27 +62,27 @@ TEST_F(TernaryFileThreads, TakeGiveBackAndExpandTogether) {
   std::thread second([&] { Work(store, 0x20001, holdings[1]); });
   first.join();
   second.join();
-  EXPECT_EQ(holdings[0].failures, 0u);
-  EXPECT_EQ(holdings[1].failures, 0u);
-  EXPECT_EQ(FreeListFindings(Bytes()), "");
+  EXPECT_EQ(0u, holdings[0].failures);
+  EXPECT_EQ(0u, holdings[1].failures);
+  EXPECT_EQ("", FreeListFindings(Bytes()));
   for (unsigned int kind = 0; kind < 3; ++kind) {
     std::set<unsigned int> ids;
     for (const Holdings& each : holdings)
       ids.insert(each.nodes[kind].begin(), each.nodes[kind].end());
     EXPECT_EQ(ids.size(), 2u * 200) << "kind " << kind;
-    EXPECT_EQ(store.Descriptor(kKinds[kind]).usedNodes, 400u);
-    EXPECT_EQ(store.Descriptor(kKinds[kind]).tableCount, 2u);
+    EXPECT_EQ(400u, store.Descriptor(kKinds[kind]).usedNodes);
+    EXPECT_EQ(2u, store.Descriptor(kKinds[kind]).tableCount);
   }
   store.Finalize();
-  ASSERT_EQ(store.Initialize(path.c_str()), 0u);
+  ASSERT_EQ(status::kOk, store.Initialize(path.c_str()));
   for (unsigned int kind = 0; kind < 3; ++kind) {
     EXPECT_FALSE(store.Descriptor(kKinds[kind]).damaged);
-    EXPECT_EQ(store.Descriptor(kKinds[kind]).usedNodes, 400u);
+    EXPECT_EQ(400u, store.Descriptor(kKinds[kind]).usedNodes);
   }
   for (const Holdings& each : holdings) {
-    for (unsigned int id : each.data) EXPECT_EQ(store.DeleteData(0, id), 0u);
+    for (unsigned int id : each.data) EXPECT_EQ(status::kOk, store.DeleteData(0, id));
   }
-  EXPECT_EQ(store.Descriptor(NodeKind::kData).usedNodes, 0u);
+  EXPECT_EQ(0u, store.Descriptor(NodeKind::kData).usedNodes);
 }
 
 // The zeros of a new area go to the file's position: no access may come between.
@@ -88,7 +90,8 @@ TEST_F(TernaryFileThreads, ReadingWhileAnotherThreadExpandsDisturbsNothing) {
   TernaryStringNode node;
   for (unsigned int i = 0; i < 16; ++i) node.setSegment(i, 'x');
   TakeMany(NodeKind::kString, 364);
-  for (unsigned int i = 1; i <= 364; ++i) ASSERT_EQ(store.WriteNode(0, i << 8, &node, false), 0u);
+  for (unsigned int i = 1; i <= 364; ++i)
+    ASSERT_EQ(status::kOk, store.WriteNode(0, i << 8, &node, false));
   const std::string before = Bytes().substr(kAreas[0], 365 * 40);
   std::atomic<bool> done{false};
   std::atomic<unsigned int> failures{0};
@@ -102,13 +105,13 @@ TEST_F(TernaryFileThreads, ReadingWhileAnotherThreadExpandsDisturbsNothing) {
     }
   });
   for (unsigned int i = 0; i < 10; ++i) {
-    EXPECT_EQ(store.ExpandFile(&store.Descriptor(NodeKind::kValue), 52, 500), 0u);
+    EXPECT_EQ(status::kOk, store.ExpandFile(&store.Descriptor(NodeKind::kValue), 52, 500));
   }
   done = true;
   reader.join();
-  EXPECT_EQ(failures, 0u);
+  EXPECT_EQ(0u, failures);
   EXPECT_TRUE(Bytes().substr(kAreas[0], 365 * 40) == before);
-  EXPECT_EQ(FreeListFindings(Bytes()), "");
+  EXPECT_EQ("", FreeListFindings(Bytes()));
   EXPECT_EQ(Bytes().size(), 75888u + 10 * 28032);
 }
 

@@ -13,38 +13,38 @@ NodeAllocationTable* Table(unsigned int entries, unsigned int freeCount) {
 }
 
 TEST(TernaryNodeDescriptor, KnowsTheSizesOfTheRecords) {
-  EXPECT_EQ(RecordSizeOf(NodeKind::kString), 40u);
-  EXPECT_EQ(RecordSizeOf(NodeKind::kKey), 24u);
-  EXPECT_EQ(RecordSizeOf(NodeKind::kValue), 52u);
-  EXPECT_EQ(RecordSizeOf(NodeKind::kData), 64u);
+  EXPECT_EQ(40u, RecordSizeOf(NodeKind::kString));
+  EXPECT_EQ(24u, RecordSizeOf(NodeKind::kKey));
+  EXPECT_EQ(52u, RecordSizeOf(NodeKind::kValue));
+  EXPECT_EQ(64u, RecordSizeOf(NodeKind::kData));
 }
 
 TEST(TernaryNodeDescriptor, CountsTheSlotsOfItsTables) {
   TernaryNodeDescriptor descriptor;
-  EXPECT_EQ(descriptor.tableCapacity, 21u);
+  EXPECT_EQ(21u, descriptor.tableCapacity);
   NodeAllocationTable* first = Table(365, 300);
   descriptor.Append(first);
   EXPECT_EQ(descriptor.firstTable, first);
   EXPECT_EQ(descriptor.lastTable, first);
-  EXPECT_EQ(descriptor.usedNodes, 64u);
-  EXPECT_EQ(descriptor.totalNodes, 364u);
+  EXPECT_EQ(64u, descriptor.usedNodes);
+  EXPECT_EQ(364u, descriptor.totalNodes);
   NodeAllocationTable* second = Table(500, 499);
   descriptor.Append(second);
   EXPECT_EQ(descriptor.firstTable, first);
   EXPECT_EQ(descriptor.lastTable, second);
   EXPECT_EQ(descriptor.tables[0], first);
   EXPECT_EQ(descriptor.tables[1], second);
-  EXPECT_EQ(descriptor.tableCount, 2u);
-  EXPECT_EQ(descriptor.usedNodes, 64u);
-  EXPECT_EQ(descriptor.totalNodes, 863u);
+  EXPECT_EQ(2u, descriptor.tableCount);
+  EXPECT_EQ(64u, descriptor.usedNodes);
+  EXPECT_EQ(863u, descriptor.totalNodes);
 }
 
 TEST(TernaryNodeDescriptor, ATableWithoutEntriesAddsNothing) {
   TernaryNodeDescriptor descriptor;
   descriptor.Append(Table(0, 0));
-  EXPECT_EQ(descriptor.tableCount, 1u);
-  EXPECT_EQ(descriptor.usedNodes, 0u);
-  EXPECT_EQ(descriptor.totalNodes, 0u);
+  EXPECT_EQ(1u, descriptor.tableCount);
+  EXPECT_EQ(0u, descriptor.usedNodes);
+  EXPECT_EQ(0u, descriptor.totalNodes);
 }
 
 TEST(TernaryNodeDescriptor, ClearedIsAsNew) {
@@ -52,13 +52,13 @@ TEST(TernaryNodeDescriptor, ClearedIsAsNew) {
   descriptor.Append(Table(365, 300));
   descriptor.damaged = true;
   descriptor.Clear();
-  EXPECT_EQ(descriptor.firstTable, nullptr);
-  EXPECT_EQ(descriptor.lastTable, nullptr);
-  EXPECT_EQ(descriptor.tables[0], nullptr);
-  EXPECT_EQ(descriptor.tableCount, 0u);
-  EXPECT_EQ(descriptor.tableCapacity, 21u);
-  EXPECT_EQ(descriptor.usedNodes, 0u);
-  EXPECT_EQ(descriptor.totalNodes, 0u);
+  EXPECT_EQ(nullptr, descriptor.firstTable);
+  EXPECT_EQ(nullptr, descriptor.lastTable);
+  EXPECT_EQ(nullptr, descriptor.tables[0]);
+  EXPECT_EQ(0u, descriptor.tableCount);
+  EXPECT_EQ(21u, descriptor.tableCapacity);
+  EXPECT_EQ(0u, descriptor.usedNodes);
+  EXPECT_EQ(0u, descriptor.totalNodes);
   EXPECT_FALSE(descriptor.damaged);
 }
 
