@@ -55,8 +55,8 @@ class FileSizeLimit : public ::testing::TestWithParam<Durability> {
 TEST_P(FileSizeLimit, KeepsWhatWasAcknowledgedAndNothingElse) {
   {
     Registry registry(path.c_str(), kAdmin);
-    ASSERT_EQ(registry.SetOptions(Options()), 0u);
-    ASSERT_EQ(registry.Initialize(), 0u);
+    ASSERT_EQ(status::kOk, registry.SetOptions(Options()));
+    ASSERT_EQ(status::kOk, registry.Initialize());
   }
   const std::string empty = GetFile(path);
   for (const unsigned int beyond : {0u, 1u, 4096u, 20000u, 100000u}) {
@@ -65,15 +65,15 @@ TEST_P(FileSizeLimit, KeepsWhatWasAcknowledgedAndNothingElse) {
     ASSERT_NO_FATAL_FAILURE(Fill(kNewFile + beyond));
     EXPECT_GE(count, 5u);
     EXPECT_LE(GetFile(path).size(), kNewFile + beyond);
-    EXPECT_EQ(StructureFindings(path), "");
+    EXPECT_EQ("", StructureFindings(path));
     Registry registry(path.c_str(), kAdmin);
-    ASSERT_EQ(registry.Initialize(), 0u);
+    ASSERT_EQ(status::kOk, registry.Initialize());
     for (unsigned int i = 0; i < count; ++i) {
       EXPECT_EQ(Read(registry, "key", NameOf(i).c_str()), "type 1: " + DataOf(i));
     }
-    EXPECT_EQ(Read(registry, "key", NameOf(count).c_str()), "status 2");
+    EXPECT_EQ("status 2", Read(registry, "key", NameOf(count).c_str()));
     ExactValue value(kValueTypeString, DataOf(count));
-    EXPECT_EQ(registry.CreateValue(0, "key", NameOf(count).c_str(), &value), 0u);
+    EXPECT_EQ(status::kOk, registry.CreateValue(0, "key", NameOf(count).c_str(), &value));
   }
 }
 

@@ -62,7 +62,7 @@ class HandlesModelOperations {
 
   void ChooseUser() {
     if (in_.OneIn(6)) user_ = in_.OneIn(2) ? kAdmin : in_.User();
-    EXPECT_EQ(registry_->SetCurrentUserId(user_), 0u);
+    EXPECT_EQ(status::kOk, registry_->SetCurrentUserId(user_));
   }
 
   // For a while without handles, then through all that are open. Seldom one that is not.
@@ -291,7 +291,7 @@ class HandlesModelOperations {
     KeyInfo info = {1, 2, 3, 4, 5, 6, 7};
     EXPECT_EQ(registry_->GetKeyInfo(handle_, path.c_str(), &info), expected)
         << Text("GetKeyInfo", path);
-    EXPECT_EQ(info.reserved, 1u);
+    EXPECT_EQ(1u, info.reserved);
     const std::vector<unsigned int> told = {info.subKeyCount, info.totalKeyCount,
                                             info.valueCount,  info.totalValueCount,
                                             info.userId,      info.permission};

@@ -140,9 +140,9 @@ const Call kBadCalls[] = {
 class RegistryArgumentsTest : public OpenRegistryTest {
  protected:
   RegistryArgumentsTest() {
-    EXPECT_EQ(registry.CreateKey(0, "key", 7), 0u);
+    EXPECT_EQ(status::kOk, registry.CreateKey(0, "key", 7));
     ExactValue value(1, "text");
-    EXPECT_EQ(registry.CreateValue(0, "key", "value", &value), 0u);
+    EXPECT_EQ(status::kOk, registry.CreateValue(0, "key", "value", &value));
   }
 
   // Every call, with and without a handle, answers `status` and leaves the file alone.
@@ -169,29 +169,29 @@ TEST_F(RegistryArgumentsTest, NothingIsDoneAfterTheEnd) {
 
 TEST_F(RegistryArgumentsTest, NothingIsDoneInAnObjectWhoseFileAnotherOpened) {
   Registry second(path.c_str(), kAdmin);
-  ASSERT_EQ(second.Initialize(), 0u);
+  ASSERT_EQ(status::kOk, second.Initialize());
   ExpectAll(second, 1);
 }
 
 TEST_F(RegistryArgumentsTest, WhatIsMissingIsRefused) {
   const std::string before = GetFile(path);
   gHandle = 0;
-  for (const Call& call : kBadCalls) EXPECT_EQ(call.run(registry), 22u) << call.text;
+  for (const Call& call : kBadCalls) EXPECT_EQ(22u, call.run(registry)) << call.text;
   EXPECT_EQ(GetFile(path), before);
 }
 
 TEST_F(RegistryArgumentsTest, WhatIsMissingIsRefusedBeforeTheRightIsLookedAt) {
   registry.SetCurrentUser("a stranger");
   gHandle = 0;
-  for (const Call& call : kBadCalls) EXPECT_EQ(call.run(registry), 22u) << call.text;
+  for (const Call& call : kBadCalls) EXPECT_EQ(22u, call.run(registry)) << call.text;
 }
 
 TEST_F(RegistryArgumentsTest, HandlesThatWereNeverGivenAreRefused) {
   const std::string before = GetFile(path);
   for (unsigned int handle : {1u, 2u, 49u, 50u, 51u, 0x7FFFFFFFu, 0xFFFFFFFFu}) {
     gHandle = handle;
-    for (const Call& call : kGoodCalls) EXPECT_EQ(call.run(registry), 22u) << call.text;
-    EXPECT_EQ(registry.CloseKey(handle), 22u);
+    for (const Call& call : kGoodCalls) EXPECT_EQ(22u, call.run(registry)) << call.text;
+    EXPECT_EQ(status::kBadArgument, registry.CloseKey(handle));
   }
   EXPECT_EQ(GetFile(path), before);
 }
@@ -203,7 +203,7 @@ TEST_F(RegistryArgumentsTest, GoodCallsAreNotRefused) {
     registry.CreateKey(0, "key", 7);
     if (Read(registry, "key", "value") == "status 2") {
       ExactValue value(1, "text");
-      ASSERT_EQ(registry.CreateValue(0, "key", "value", &value), 0u);
+      ASSERT_EQ(status::kOk, registry.CreateValue(0, "key", "value", &value));
     }
     registry.DeleteKey(0, "new");
     const std::string text = call.text;
@@ -214,86 +214,86 @@ TEST_F(RegistryArgumentsTest, GoodCallsAreNotRefused) {
 
 TEST_F(RegistryArgumentsTest, HandleZeroIsNeverClosed) {
   Registry closed(path.c_str(), kAdmin);
-  EXPECT_EQ(closed.CloseKey(0), 22u);
-  EXPECT_EQ(closed.CloseKey(1), 1u);
-  EXPECT_EQ(registry.CloseKey(0), 22u);
+  EXPECT_EQ(status::kBadArgument, closed.CloseKey(0));
+  EXPECT_EQ(status::kNoRight, closed.CloseKey(1));
+  EXPECT_EQ(status::kBadArgument, registry.CloseKey(0));
   Registry second(path.c_str(), kAdmin);
-  ASSERT_EQ(second.Initialize(), 0u);
-  EXPECT_EQ(second.CloseKey(0), 22u);
-  EXPECT_EQ(second.CloseKey(1), 1u);
+  ASSERT_EQ(status::kOk, second.Initialize());
+  EXPECT_EQ(status::kBadArgument, second.CloseKey(0));
+  EXPECT_EQ(status::kNoRight, second.CloseKey(1));
 }
 
 TEST_F(RegistryArgumentsTest, OpeningAKeyNeedsAnOpenRegistryAndAPlaceForTheHandle) {
   unsigned int handle = 99;
   Registry closed(path.c_str(), kAdmin);
-  EXPECT_EQ(closed.OpenKey("key", &handle), 1u);
-  EXPECT_EQ(closed.OpenKey("key", nullptr), 1u);
-  EXPECT_EQ(registry.OpenKey("key", nullptr), 22u);
-  EXPECT_EQ(handle, 99u);
+  EXPECT_EQ(status::kNoRight, closed.OpenKey("key", &handle));
+  EXPECT_EQ(status::kNoRight, closed.OpenKey("key", nullptr));
+  EXPECT_EQ(status::kBadArgument, registry.OpenKey("key", nullptr));
+  EXPECT_EQ(99u, handle);
 }
 
 // No path: the key that the handle stands for, which without one is the root.
 TEST_F(RegistryArgumentsTest, WithoutPathTheRootIsMeant) {
   gHandle = 0;
-  EXPECT_EQ(registry.CreateKey(0, nullptr), 17u);
-  EXPECT_EQ(registry.CreateKey(0, nullptr, 5), 17u);
-  EXPECT_EQ(registry.DeleteValue(0, nullptr, "value"), 2u);
-  ASSERT_EQ(registry.CreateValue(0, "", "value", nullptr), 0u);
+  EXPECT_EQ(status::kExists, registry.CreateKey(0, nullptr));
+  EXPECT_EQ(status::kExists, registry.CreateKey(0, nullptr, 5));
+  EXPECT_EQ(status::kNotFound, registry.DeleteValue(0, nullptr, "value"));
+  ASSERT_EQ(status::kOk, registry.CreateValue(0, "", "value", nullptr));
   NameList keys(5);
-  EXPECT_EQ(registry.ListKeys(0, nullptr, 0, 0, &keys, kListWithPath), 0u);
-  ASSERT_EQ(keys.Count(), 1u);
+  EXPECT_EQ(status::kOk, registry.ListKeys(0, nullptr, 0, 0, &keys, kListWithPath));
+  ASSERT_EQ(1u, keys.Count());
   EXPECT_STREQ(keys.GetName(0, nullptr), "key");
   NameList values(5);
-  EXPECT_EQ(registry.ListValues(0, nullptr, 0, 0, &values), 0u);
-  ASSERT_EQ(values.Count(), 1u);
+  EXPECT_EQ(status::kOk, registry.ListValues(0, nullptr, 0, 0, &values));
+  ASSERT_EQ(1u, values.Count());
   EXPECT_STREQ(values.GetName(0, nullptr), "value");
-  EXPECT_EQ(registry.DeleteValue(0, nullptr, "value"), 0u);
-  EXPECT_EQ(DecodeTree(path).at("").values.size(), 0u);
-  EXPECT_EQ(DecodeTree(path).at("key").values.size(), 1u);
+  EXPECT_EQ(status::kOk, registry.DeleteValue(0, nullptr, "value"));
+  EXPECT_EQ(0u, DecodeTree(path).at("").values.size());
+  EXPECT_EQ(1u, DecodeTree(path).at("key").values.size());
 }
 
 // The root key is deleted like any other by whoever has the right; there are no keys then, for
 // good.
 TEST_F(RegistryArgumentsTest, DeletingWithoutPathDeletesTheRoot) {
   registry.SetCurrentUserId(7);
-  EXPECT_EQ(registry.DeleteKey(0, nullptr), 1u);
+  EXPECT_EQ(status::kNoRight, registry.DeleteKey(0, nullptr));
   registry.SetCurrentUserId(kAdmin);
-  EXPECT_EQ(registry.DeleteKey(0, nullptr), 0u);
-  EXPECT_EQ(DecodeTree(path).size(), 0u);
+  EXPECT_EQ(status::kOk, registry.DeleteKey(0, nullptr));
+  EXPECT_EQ(0u, DecodeTree(path).size());
   registry.Finalize();
-  ASSERT_EQ(registry.Initialize(), 0u);
-  EXPECT_EQ(registry.CreateKey(0, "key"), 1u);
-  EXPECT_EQ(registry.CreateKey(0, ""), 17u);
-  EXPECT_EQ(registry.DeleteKey(0, ""), 1u);
-  EXPECT_EQ(registry.GetKeyInfo(0, "", &gInfo), 1u);
-  EXPECT_EQ(registry.GetKeyInfo(0, "key", &gInfo), 2u);
+  ASSERT_EQ(status::kOk, registry.Initialize());
+  EXPECT_EQ(status::kNoRight, registry.CreateKey(0, "key"));
+  EXPECT_EQ(status::kExists, registry.CreateKey(0, ""));
+  EXPECT_EQ(status::kNoRight, registry.DeleteKey(0, ""));
+  EXPECT_EQ(status::kNoRight, registry.GetKeyInfo(0, "", &gInfo));
+  EXPECT_EQ(status::kNotFound, registry.GetKeyInfo(0, "key", &gInfo));
 }
 
 // A number too large for any list is no more than that; the one that is not used may be anything.
 TEST_F(RegistryArgumentsTest, TheSecondNumberOfAListingIsNotUsed) {
   for (unsigned int unused : {0u, 1u, 0xFFFFFFFFu}) {
     NameList keys(5);
-    EXPECT_EQ(registry.ListKeys(0, "", 0, unused, &keys, 0), 0u);
-    EXPECT_EQ(keys.Count(), 1u);
-    EXPECT_EQ(registry.ListKeys(0, "", 1, unused, &keys, 0), 0u);
-    EXPECT_EQ(registry.ListKeys(0, "", 0xFFFFFFFF, unused, &keys, 0), 0u);
-    EXPECT_EQ(keys.Count(), 1u);
+    EXPECT_EQ(status::kOk, registry.ListKeys(0, "", 0, unused, &keys, 0));
+    EXPECT_EQ(1u, keys.Count());
+    EXPECT_EQ(status::kOk, registry.ListKeys(0, "", 1, unused, &keys, 0));
+    EXPECT_EQ(status::kOk, registry.ListKeys(0, "", 0xFFFFFFFF, unused, &keys, 0));
+    EXPECT_EQ(1u, keys.Count());
     NameList values(5);
-    EXPECT_EQ(registry.ListValues(0, "key", 0, unused, &values), 0u);
-    EXPECT_EQ(values.Count(), 1u);
-    EXPECT_EQ(registry.ListValues(0, "key", 1, unused, &values), 75u);
-    EXPECT_EQ(registry.ListValues(0, "key", 0xFFFFFFFF, unused, &values), 75u);
-    EXPECT_EQ(values.Count(), 1u);
+    EXPECT_EQ(status::kOk, registry.ListValues(0, "key", 0, unused, &values));
+    EXPECT_EQ(1u, values.Count());
+    EXPECT_EQ(status::kLimit, registry.ListValues(0, "key", 1, unused, &values));
+    EXPECT_EQ(status::kLimit, registry.ListValues(0, "key", 0xFFFFFFFF, unused, &values));
+    EXPECT_EQ(1u, values.Count());
   }
 }
 
 // Of the flags of a listing only the lowest has a meaning.
 TEST_F(RegistryArgumentsTest, OnlyTheLowestFlagOfAListingCounts) {
-  ASSERT_EQ(registry.CreateKey(0, "key/below"), 0u);
+  ASSERT_EQ(status::kOk, registry.CreateKey(0, "key/below"));
   for (unsigned int flags : {0u, 1u, 2u, 3u, 0xFFFFFFFEu, 0xFFFFFFFFu}) {
     NameList keys(5);
-    EXPECT_EQ(registry.ListKeys(0, "key", 0, 0, &keys, flags), 0u);
-    ASSERT_EQ(keys.Count(), 1u);
+    EXPECT_EQ(status::kOk, registry.ListKeys(0, "key", 0, 0, &keys, flags));
+    ASSERT_EQ(1u, keys.Count());
     EXPECT_STREQ(keys.GetName(0, nullptr), flags % 2 == 1 ? "keybelow" : "below");
   }
 }

@@ -16,8 +16,8 @@ class RegistryDurability : public ::testing::Test {
  protected:
   void SetUp() override {
     Registry registry(path.c_str(), kAdmin);
-    ASSERT_EQ(registry.Initialize(), 0u);
-    ASSERT_EQ(registry.CreateKey(0, "key", 7), 0u);
+    ASSERT_EQ(status::kOk, registry.Initialize());
+    ASSERT_EQ(status::kOk, registry.CreateKey(0, "key", 7));
     registry.Finalize();
     before = GetFile(path);
     after = before;
@@ -29,9 +29,9 @@ class RegistryDurability : public ::testing::Test {
     PutFile(path, before);
     PutFile(journal, bytes);
     Registry registry(path.c_str(), kAdmin);
-    EXPECT_EQ(registry.Initialize(), 0u);
+    EXPECT_EQ(status::kOk, registry.Initialize());
     registry.Finalize();
-    EXPECT_EQ(GetFile(journal), "(cannot be read)");
+    EXPECT_EQ("(cannot be read)", GetFile(journal));
     return GetFile(path);
   }
 
@@ -40,16 +40,16 @@ class RegistryDurability : public ::testing::Test {
     const std::string backup = dir / "backup";
     const std::string data(1024, 'd');
     ExactValue value(1, data);
-    ASSERT_EQ(registry.CreateKey(0, "large", 7), 0u);
+    ASSERT_EQ(status::kOk, registry.CreateKey(0, "large", 7));
     for (unsigned int i = 0; i < 120; ++i) {
-      ASSERT_EQ(registry.CreateValue(0, "large", std::to_string(i).c_str(), &value), 0u);
+      ASSERT_EQ(status::kOk, registry.CreateValue(0, "large", std::to_string(i).c_str(), &value));
     }
-    ASSERT_EQ(registry.BackupKey(0, "large", backup.c_str()), 0u);
-    ASSERT_EQ(registry.RestoreKey(0, "large", backup.c_str()), 0u);
+    ASSERT_EQ(status::kOk, registry.BackupKey(0, "large", backup.c_str()));
+    ASSERT_EQ(status::kOk, registry.RestoreKey(0, "large", backup.c_str()));
     EXPECT_GT(GetFile(journal).size(), 65536u);
-    ASSERT_EQ(registry.SetDefaultValue(0, "large", 8), 0u);
-    EXPECT_EQ(GetFile(journal).size(), 65536u);
-    ASSERT_EQ(registry.DeleteKey(0, "large"), 0u);
+    ASSERT_EQ(status::kOk, registry.SetDefaultValue(0, "large", 8));
+    EXPECT_EQ(65536u, GetFile(journal).size());
+    ASSERT_EQ(status::kOk, registry.DeleteKey(0, "large"));
   }
 
   TempDir dir;
@@ -63,45 +63,45 @@ TEST_F(RegistryDurability, TheJournalIsThereWhileTheRegistryIsOpen) {
   Registry registry(path.c_str(), kAdmin);
   RegistryOptions options;
   options.durability = Durability::kPower;
-  ASSERT_EQ(registry.SetOptions(options), 0u);
-  ASSERT_EQ(registry.Initialize(), 0u);
+  ASSERT_EQ(status::kOk, registry.SetOptions(options));
+  ASSERT_EQ(status::kOk, registry.Initialize());
   EXPECT_EQ(registry.EffectiveDurability(), Durability::kPower);
-  EXPECT_EQ(GetFile(journal).size(), 65536u);
-  EXPECT_EQ(registry.Sync(), 0u);
+  EXPECT_EQ(65536u, GetFile(journal).size());
+  EXPECT_EQ(0u, registry.Sync());
   registry.Finalize();
-  EXPECT_EQ(GetFile(journal), "(cannot be read)");
+  EXPECT_EQ("(cannot be read)", GetFile(journal));
   EXPECT_EQ(registry.EffectiveDurability(), Durability::kNone);
-  EXPECT_EQ(registry.Sync(), 1u);
+  EXPECT_EQ(1u, registry.Sync());
 }
 
 TEST_F(RegistryDurability, OptionsAreForARegistryThatIsNotOpen) {
   Registry registry(path.c_str(), kAdmin);
   RegistryOptions options;
   options.durability = static_cast<Durability>(3);
-  EXPECT_EQ(registry.SetOptions(options), 22u);
+  EXPECT_EQ(status::kBadArgument, registry.SetOptions(options));
   options.durability = Durability::kNone;
-  EXPECT_EQ(registry.SetOptions(options), 0u);
-  ASSERT_EQ(registry.Initialize(), 0u);
-  EXPECT_EQ(registry.SetOptions(options), 22u);
+  EXPECT_EQ(status::kOk, registry.SetOptions(options));
+  ASSERT_EQ(status::kOk, registry.Initialize());
+  EXPECT_EQ(status::kBadArgument, registry.SetOptions(options));
   EXPECT_EQ(registry.EffectiveDurability(), Durability::kNone);
-  EXPECT_EQ(GetFile(journal), "(cannot be read)");
+  EXPECT_EQ("(cannot be read)", GetFile(journal));
 }
 
 // A folder lies where the journal would.
 TEST_F(RegistryDurability, WhatIsAskedForIsHadOrRefused) {
-  ASSERT_EQ(mkdir(journal.c_str(), 0700), 0);
+  ASSERT_EQ(0, mkdir(journal.c_str(), 0700));
   for (const Durability durability : {Durability::kProcess, Durability::kPower}) {
     Registry registry(path.c_str(), kAdmin);
     RegistryOptions options;
     options.durability = durability;
-    ASSERT_EQ(registry.SetOptions(options), 0u);
-    EXPECT_EQ(registry.Initialize(), 28u);
-    EXPECT_EQ(registry.CreateKey(0, "other", 7), 1u);
+    ASSERT_EQ(status::kOk, registry.SetOptions(options));
+    EXPECT_EQ(status::kNoSpace, registry.Initialize());
+    EXPECT_EQ(status::kNoRight, registry.CreateKey(0, "other", 7));
   }
   Registry registry(path.c_str(), kAdmin);
-  EXPECT_EQ(registry.Initialize(), 0u);
+  EXPECT_EQ(status::kOk, registry.Initialize());
   EXPECT_EQ(registry.EffectiveDurability(), Durability::kNone);
-  EXPECT_EQ(registry.CreateKey(0, "other", 7), 0u);
+  EXPECT_EQ(status::kOk, registry.CreateKey(0, "other", 7));
 }
 
 // A folder in memory, for instance.
@@ -109,7 +109,7 @@ class JournalElsewhere : public RegistryDurability {
  protected:
   void SetUp() override {
     RegistryDurability::SetUp();
-    ASSERT_EQ(mkdir(folder.c_str(), 0700), 0);
+    ASSERT_EQ(0, mkdir(folder.c_str(), 0700));
     options.sideFolder = folder.c_str();
   }
   // The names in the folder.
@@ -123,12 +123,12 @@ class JournalElsewhere : public RegistryDurability {
   // Opens the registry with the journal in the folder, and tells its name if there is one.
   std::string OpenThere(const std::string& registryPath) {
     Registry registry(registryPath.c_str(), kAdmin);
-    EXPECT_EQ(registry.SetOptions(options), 0u);
+    EXPECT_EQ(status::kOk, registry.SetOptions(options));
     // kNoSpace where there are no mappings.
     if (registry.Initialize() != 0) return "";
     EXPECT_EQ(registry.EffectiveDurability(), Durability::kProcess);
-    EXPECT_EQ(GetFile(registryPath + ".journal"), "(cannot be read)");
-    EXPECT_EQ(Names().size(), 1u);
+    EXPECT_EQ("(cannot be read)", GetFile(registryPath + ".journal"));
+    EXPECT_EQ(1u, Names().size());
     return Names().empty() ? "" : Names()[0];
   }
 
@@ -140,16 +140,16 @@ TEST_F(JournalElsewhere, HasANameOfItsOwnForEachRegistry) {
   const std::string name = OpenThere(path);
   EXPECT_TRUE(Names().empty());
   if (name.empty()) return;
-  EXPECT_EQ(name.substr(0, 9), "registry-");
+  EXPECT_EQ("registry-", name.substr(0, 9));
   EXPECT_EQ(name.size(), 9u + 16 + 8);
   const std::string link = dir / "link";
-  ASSERT_EQ(symlink(path.c_str(), link.c_str()), 0);
+  ASSERT_EQ(0, symlink(path.c_str(), link.c_str()));
   EXPECT_EQ(OpenThere(link), name);
   const std::string other = (dir / "other") + std::string(200, 'r');
-  ASSERT_EQ(mkdir((dir / "below").c_str(), 0700), 0);
+  ASSERT_EQ(0, mkdir((dir / "below").c_str(), 0700));
   EXPECT_EQ(OpenThere(other).substr(0, 65), "other" + std::string(59, 'r') + "-");
   const std::string below = OpenThere(dir / "below/registry");
-  EXPECT_EQ(below.substr(0, 9), "registry-");
+  EXPECT_EQ("registry-", below.substr(0, 9));
   EXPECT_NE(below, name);
 }
 
@@ -166,23 +166,23 @@ TEST_F(JournalElsewhere, IsCompletedByTheNextOpening) {
   PutFile(journal, bytes);
   EXPECT_EQ(OpenThere(path), name);
   EXPECT_TRUE(GetFile(path) == after);
-  EXPECT_EQ(GetFile(journal), "(cannot be read)");
+  EXPECT_EQ("(cannot be read)", GetFile(journal));
 }
 
 TEST_F(JournalElsewhere, IsRefusedWhereItCannotBe) {
   Registry registry(path.c_str(), kAdmin);
   options.durability = Durability::kPower;
-  EXPECT_EQ(registry.SetOptions(options), 22u);
+  EXPECT_EQ(status::kBadArgument, registry.SetOptions(options));
   options.durability = Durability::kNone;
-  EXPECT_EQ(registry.SetOptions(options), 22u);
+  EXPECT_EQ(status::kBadArgument, registry.SetOptions(options));
   options.durability = Durability::kProcess;
   const std::string absent = dir / "absent";
   options.sideFolder = absent.c_str();
-  EXPECT_EQ(registry.SetOptions(options), 0u);
-  EXPECT_EQ(registry.Initialize(), 28u);
+  EXPECT_EQ(status::kOk, registry.SetOptions(options));
+  EXPECT_EQ(status::kNoSpace, registry.Initialize());
   options.sideFolder = path.c_str();
-  EXPECT_EQ(registry.SetOptions(options), 0u);
-  EXPECT_EQ(registry.Initialize(), 28u);
+  EXPECT_EQ(status::kOk, registry.SetOptions(options));
+  EXPECT_EQ(status::kNoSpace, registry.Initialize());
   EXPECT_TRUE(GetFile(path) == before);
 }
 
@@ -260,17 +260,17 @@ std::vector<size_t> GrownWith(Durability durability, const std::string& path) {
   Registry registry(path.c_str(), kAdmin);
   RegistryOptions options;
   options.durability = durability;
-  EXPECT_EQ(registry.SetOptions(options), 0u);
+  EXPECT_EQ(status::kOk, registry.SetOptions(options));
   std::vector<size_t> hashes;
   if (registry.Initialize() != 0) return hashes;
   const ExactValue value(1, std::string(30, 'v'));
   for (unsigned int i = 0; i < 4000; ++i) {
     const std::string name = "k" + std::to_string(10000000 + i * 7919 % 10000000);
-    EXPECT_EQ(registry.CreateKey(0, name.c_str()), 0u);
+    EXPECT_EQ(status::kOk, registry.CreateKey(0, name.c_str()));
     Value data = value;
-    EXPECT_EQ(registry.CreateValue(0, name.c_str(), "name", &data), 0u);
+    EXPECT_EQ(status::kOk, registry.CreateValue(0, name.c_str(), "name", &data));
     const unsigned int deleted = i % 3 != 0 ? registry.DeleteKey(0, name.c_str()) : 0;
-    EXPECT_EQ(deleted, 0u);
+    EXPECT_EQ(0u, deleted);
     if (i % 40 == 0) hashes.push_back(std::hash<std::string>()(GetFile(path)));
   }
   return hashes;
@@ -279,7 +279,7 @@ std::vector<size_t> GrownWith(Durability durability, const std::string& path) {
 // No mode but kNone may be had where there are no mappings.
 TEST_F(RegistryDurability, EveryModeStoresTheSameBytes) {
   const std::vector<size_t> hashes = GrownWith(Durability::kNone, dir / "none");
-  ASSERT_EQ(hashes.size(), 100u);
+  ASSERT_EQ(100u, hashes.size());
   EXPECT_EQ(GrownWith(Durability::kPower, dir / "power"), hashes);
   const std::vector<size_t> process = GrownWith(Durability::kProcess, dir / "process");
   EXPECT_TRUE(process.empty() || process == hashes);
@@ -292,9 +292,9 @@ TEST_F(RegistryDurability, TheJournalGetsSmallAgain) {
     RegistryOptions options;
     options.durability = Durability::kPower;
     if (!isDefault) {
-      ASSERT_EQ(registry.SetOptions(options), 0u);
+      ASSERT_EQ(status::kOk, registry.SetOptions(options));
     }
-    ASSERT_EQ(registry.Initialize(), 0u);
+    ASSERT_EQ(status::kOk, registry.Initialize());
     if (registry.EffectiveDurability() != Durability::kNone) ExpectSmallAgain(registry);
   }
 }

@@ -35,7 +35,7 @@ class HandlesModelRun : private HandlesModelOperations {
       registry_.reset();
       registry_ = std::make_unique<Registry>(path_.c_str(), kAdmin);
     }
-    ASSERT_EQ(registry_->Initialize(), 0u);
+    ASSERT_EQ(status::kOk, registry_->Initialize());
     handles_->Reopen();
   }
 
@@ -78,7 +78,7 @@ class HandlesModelRun : private HandlesModelOperations {
     EXPECT_EQ(counts.blocks.reachable, expected.blocks);
     EXPECT_EQ(counts.blocks.used, expected.blocks + lost.blocks + model_->lostBlocks());
     RegistryInfo info = {};
-    EXPECT_EQ(registry_->GetRegistryInfo(&info), 0u);
+    EXPECT_EQ(status::kOk, registry_->GetRegistryInfo(&info));
     EXPECT_EQ(info.keyCount, counts.keys.used);
     EXPECT_EQ(info.valueCount, counts.values.used);
   }

@@ -233,7 +233,7 @@ class Reveller {
 
 class RegistryHandlesThreadsTest : public ::testing::Test {
  protected:
-  RegistryHandlesThreadsTest() { EXPECT_EQ(registry.Initialize(), 0u); }
+  RegistryHandlesThreadsTest() { EXPECT_EQ(status::kOk, registry.Initialize()); }
 
   TempDir folder;
   const std::string path = folder / "registry";
@@ -248,15 +248,15 @@ TEST_F(RegistryHandlesThreadsTest, EachThreadFindsWhatItHasWritten) {
     writer.Run();
     surprises += writer.surprises();
   });
-  EXPECT_EQ(surprises, 0u);
-  EXPECT_EQ(StructureFindings(path), "");
+  EXPECT_EQ(0u, surprises);
+  EXPECT_EQ("", StructureFindings(path));
   const std::map<std::string, DecodedKey> keys = DecodeTree(path);
   EXPECT_EQ(keys.size(), 1 + kThreads * (1 + Writer::kRounds));
   for (unsigned int thread = 0; thread < kThreads; ++thread) {
     for (unsigned int round = 0; round < Writer::kRounds; ++round) {
       const DecodedKey& key = keys.at(Name('t', thread) + "/" + Name('k', round));
       EXPECT_EQ(key.defaultValue, round + 1);
-      ASSERT_EQ(key.values.size(), 1u);
+      ASSERT_EQ(1u, key.values.size());
       EXPECT_EQ(key.values[0].bytes, Writer::Text(thread, round));
     }
   }
@@ -280,9 +280,9 @@ TEST_F(RegistryHandlesThreadsTest, OneThreadAloneCreatesAKeyThatAllWant) {
     }
     registry.CloseKey(root);
   });
-  EXPECT_EQ(created, 40u);
+  EXPECT_EQ(40u, created);
   EXPECT_EQ(refused, 40 * (kThreads - 1));
-  EXPECT_EQ(StructureFindings(path), "");
+  EXPECT_EQ("", StructureFindings(path));
 }
 
 // All kinds of records come from the same free lists.
@@ -299,14 +299,14 @@ TEST_F(RegistryHandlesThreadsTest, TheFileGrowsWhileAllThreadsCreate) {
       if (registry.CreateValue(root, key.c_str(), "name", &value) != 0) ++failures;
     }
   });
-  EXPECT_EQ(failures, 0u);
-  EXPECT_EQ(StructureFindings(path), "");
+  EXPECT_EQ(0u, failures);
+  EXPECT_EQ("", StructureFindings(path));
   const SlotCounts counts = CountSlots(path);
   EXPECT_EQ(counts.keys.used, 1 + kThreads * kEach);
   EXPECT_EQ(counts.keys.reachable, 1 + kThreads * kEach);
   EXPECT_EQ(counts.values.reachable, kThreads * kEach);
   EXPECT_EQ(counts.blocks.reachable, kThreads * kEach);
-  EXPECT_EQ(counts.keys.tables, 2u);
+  EXPECT_EQ(2u, counts.keys.tables);
 }
 
 // Deleting a value that is not the key's newest leaves the count in the file behind.
@@ -327,25 +327,25 @@ TEST_F(RegistryHandlesThreadsTest, EverythingAtOnceLeavesTheFileSound) {
     surprises += reveller.surprises();
     done += reveller.done();
   });
-  EXPECT_EQ(surprises, 0u);
+  EXPECT_EQ(0u, surprises);
   EXPECT_GT(done, 500 * kThreads) << "most of it was refused";
-  EXPECT_EQ(GraveFindings(path), "");
+  EXPECT_EQ("", GraveFindings(path));
 
   // What is in memory and what is in the file are the same.
   unsigned int root = 0;
-  ASSERT_EQ(registry.OpenKey("", &root), 0u);
+  ASSERT_EQ(status::kOk, registry.OpenKey("", &root));
   NameList loaded(5000), stored(5000);
-  EXPECT_EQ(registry.ListKeys(root, "", 0, 0, &loaded, 0), 0u);
-  EXPECT_EQ(registry.ListKeys(0, "", 0, 0, &stored, 0), 0u);
+  EXPECT_EQ(status::kOk, registry.ListKeys(root, "", 0, 0, &loaded, 0));
+  EXPECT_EQ(status::kOk, registry.ListKeys(0, "", 0, 0, &stored, 0));
   ASSERT_EQ(loaded.Count(), stored.Count());
   for (unsigned int i = 0; i < loaded.Count(); ++i) {
     EXPECT_STREQ(loaded.GetName(i, nullptr), stored.GetName(i, nullptr));
   }
   EXPECT_EQ(stored.Count() + 1, DecodeTree(path).size());
   registry.Finalize();
-  ASSERT_EQ(registry.Initialize(), 0u);
-  EXPECT_EQ(registry.CreateKey(0, "after"), 0u);
-  EXPECT_EQ(GraveFindings(path), "");
+  ASSERT_EQ(status::kOk, registry.Initialize());
+  EXPECT_EQ(status::kOk, registry.CreateKey(0, "after"));
+  EXPECT_EQ("", GraveFindings(path));
 }
 
 }  // namespace

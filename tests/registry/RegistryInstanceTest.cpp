@@ -23,33 +23,33 @@ std::string Listed() {
 
 class RegistryInstanceTest : public ::testing::Test {
  protected:
-  ~RegistryInstanceTest() override { EXPECT_EQ(RegistryInstance::sFirstInstance, nullptr); }
+  ~RegistryInstanceTest() override { EXPECT_EQ(nullptr, RegistryInstance::sFirstInstance); }
 };
 
 TEST_F(RegistryInstanceTest, BeginsEmptyWithOneReference) {
   RegistryInstance* instance = RegistryInstance::CreateInstance("a");
-  ASSERT_NE(instance, nullptr);
+  ASSERT_NE(nullptr, instance);
   EXPECT_STREQ(instance->path, "a");
-  EXPECT_EQ(instance->keyTree, nullptr);
-  EXPECT_EQ(instance->fileTree, nullptr);
-  EXPECT_EQ(instance->daemon, nullptr);
-  EXPECT_EQ(instance->handles, nullptr);
-  EXPECT_EQ(instance->refCount, 1u);
-  EXPECT_EQ(instance->next, nullptr);
-  EXPECT_EQ(instance->prev, nullptr);
+  EXPECT_EQ(nullptr, instance->keyTree);
+  EXPECT_EQ(nullptr, instance->fileTree);
+  EXPECT_EQ(nullptr, instance->daemon);
+  EXPECT_EQ(nullptr, instance->handles);
+  EXPECT_EQ(1u, instance->refCount);
+  EXPECT_EQ(nullptr, instance->next);
+  EXPECT_EQ(nullptr, instance->prev);
   EXPECT_EQ(RegistryInstance::sFirstInstance, instance);
-  EXPECT_EQ(RegistryInstance::DeleteInstance(instance), 0u);
+  EXPECT_EQ(status::kOk, RegistryInstance::DeleteInstance(instance));
 }
 
 TEST_F(RegistryInstanceTest, OfOnePathIsShared) {
   RegistryInstance* instance = RegistryInstance::CreateInstance("a");
   const std::string samePath = "a";
   EXPECT_EQ(RegistryInstance::CreateInstance(samePath.c_str()), instance);
-  EXPECT_EQ(instance->refCount, 2u);
-  EXPECT_EQ(RegistryInstance::DeleteInstance(instance), 16u);
-  EXPECT_EQ(instance->refCount, 1u);
-  EXPECT_EQ(Listed(), "a ");
-  EXPECT_EQ(RegistryInstance::DeleteInstance(instance), 0u);
+  EXPECT_EQ(2u, instance->refCount);
+  EXPECT_EQ(status::kBusy, RegistryInstance::DeleteInstance(instance));
+  EXPECT_EQ(1u, instance->refCount);
+  EXPECT_EQ("a ", Listed());
+  EXPECT_EQ(status::kOk, RegistryInstance::DeleteInstance(instance));
 }
 
 TEST_F(RegistryInstanceTest, KeepsACopyOfThePath) {
@@ -59,20 +59,21 @@ TEST_F(RegistryInstanceTest, KeepsACopyOfThePath) {
   EXPECT_STREQ(instance->path, "first");
   RegistryInstance* other = RegistryInstance::CreateInstance(path);
   EXPECT_NE(other, instance);
-  EXPECT_EQ(RegistryInstance::DeleteInstance(instance), 0u);
-  EXPECT_EQ(RegistryInstance::DeleteInstance(other), 0u);
+  EXPECT_EQ(status::kOk, RegistryInstance::DeleteInstance(instance));
+  EXPECT_EQ(status::kOk, RegistryInstance::DeleteInstance(other));
 }
 
 TEST_F(RegistryInstanceTest, OfANewPathIsAppended) {
   RegistryInstance* a = RegistryInstance::CreateInstance("a");
   RegistryInstance* b = RegistryInstance::CreateInstance("b");
   RegistryInstance* c = RegistryInstance::CreateInstance("c");
-  EXPECT_EQ(Listed(), "a b c ");
-  EXPECT_EQ(a->prev, nullptr);
+  EXPECT_EQ("a b c ", Listed());
+  EXPECT_EQ(nullptr, a->prev);
   EXPECT_EQ(b->prev, a);
   EXPECT_EQ(c->prev, b);
-  EXPECT_EQ(c->next, nullptr);
-  for (RegistryInstance* each : {a, b, c}) EXPECT_EQ(RegistryInstance::DeleteInstance(each), 0u);
+  EXPECT_EQ(nullptr, c->next);
+  for (RegistryInstance* each : {a, b, c})
+    EXPECT_EQ(status::kOk, RegistryInstance::DeleteInstance(each));
 }
 
 // Whatever is freed first, nothing freed is followed.
@@ -84,7 +85,7 @@ TEST_F(RegistryInstanceTest, LeavesTheListInEveryOrder) {
                                      RegistryInstance::CreateInstance("c")};
     std::string left = "a b c ";
     for (char path : order) {
-      EXPECT_EQ(RegistryInstance::DeleteInstance(instances[path - 'a']), 0u);
+      EXPECT_EQ(status::kOk, RegistryInstance::DeleteInstance(instances[path - 'a']));
       left.erase(left.find(path), 2);
       EXPECT_EQ(Listed(), left) << "in the order " << order;
     }
@@ -95,26 +96,26 @@ TEST_F(RegistryInstanceTest, LeavesThePrevOfItsSuccessorAlone) {
   RegistryInstance* a = RegistryInstance::CreateInstance("a");
   RegistryInstance* b = RegistryInstance::CreateInstance("b");
   RegistryInstance* c = RegistryInstance::CreateInstance("c");
-  EXPECT_EQ(RegistryInstance::DeleteInstance(b), 0u);
+  EXPECT_EQ(status::kOk, RegistryInstance::DeleteInstance(b));
   EXPECT_EQ(a->next, c);
   EXPECT_EQ(c->prev, b);
-  EXPECT_EQ(RegistryInstance::DeleteInstance(c), 0u);
-  EXPECT_EQ(RegistryInstance::DeleteInstance(a), 0u);
+  EXPECT_EQ(status::kOk, RegistryInstance::DeleteInstance(c));
+  EXPECT_EQ(status::kOk, RegistryInstance::DeleteInstance(a));
 }
 
 TEST_F(RegistryInstanceTest, IsAppendedBehindTheLastAfterOthersWent) {
   RegistryInstance* a = RegistryInstance::CreateInstance("a");
   RegistryInstance* b = RegistryInstance::CreateInstance("b");
-  EXPECT_EQ(RegistryInstance::DeleteInstance(a), 0u);
+  EXPECT_EQ(status::kOk, RegistryInstance::DeleteInstance(a));
   RegistryInstance* c = RegistryInstance::CreateInstance("c");
-  EXPECT_EQ(Listed(), "b c ");
+  EXPECT_EQ("b c ", Listed());
   EXPECT_EQ(c->prev, b);
-  EXPECT_EQ(RegistryInstance::DeleteInstance(b), 0u);
-  EXPECT_EQ(RegistryInstance::DeleteInstance(c), 0u);
+  EXPECT_EQ(status::kOk, RegistryInstance::DeleteInstance(b));
+  EXPECT_EQ(status::kOk, RegistryInstance::DeleteInstance(c));
 }
 
 TEST_F(RegistryInstanceTest, ThatIsNullIsRefused) {
-  EXPECT_EQ(RegistryInstance::DeleteInstance(nullptr), 22u);
+  EXPECT_EQ(status::kBadArgument, RegistryInstance::DeleteInstance(nullptr));
 }
 
 }  // namespace

@@ -12,7 +12,7 @@ namespace {
 class RegistryLifeTest : public ::testing::Test {
  protected:
   ~RegistryLifeTest() override {
-    EXPECT_EQ(RegistryInstance::sFirstInstance, nullptr);
+    EXPECT_EQ(nullptr, RegistryInstance::sFirstInstance);
     EXPECT_FALSE(TernaryFile::file.IsOpen());
   }
 
@@ -23,62 +23,62 @@ class RegistryLifeTest : public ::testing::Test {
 TEST_F(RegistryLifeTest, AnObjectThatWasNeverOpenedEndsQuietly) {
   Registry registry(path.c_str(), kAdmin);
   registry.Finalize();
-  EXPECT_EQ(GetFile(path), "(cannot be read)");
+  EXPECT_EQ("(cannot be read)", GetFile(path));
 }
 
 TEST_F(RegistryLifeTest, OpeningTwiceTakesOneReference) {
   Registry registry(path.c_str(), kAdmin);
-  EXPECT_EQ(registry.Initialize(), 0u);
-  EXPECT_EQ(registry.CreateKey(0, "a"), 0u);
-  EXPECT_EQ(registry.Initialize(), 0u);
-  EXPECT_EQ(RegistryInstance::sFirstInstance->refCount, 1u);
-  EXPECT_EQ(registry.CreateKey(0, "a"), 17u);
+  EXPECT_EQ(status::kOk, registry.Initialize());
+  EXPECT_EQ(status::kOk, registry.CreateKey(0, "a"));
+  EXPECT_EQ(status::kOk, registry.Initialize());
+  EXPECT_EQ(1u, RegistryInstance::sFirstInstance->refCount);
+  EXPECT_EQ(status::kExists, registry.CreateKey(0, "a"));
   registry.Finalize();
-  EXPECT_EQ(RegistryInstance::sFirstInstance, nullptr);
+  EXPECT_EQ(nullptr, RegistryInstance::sFirstInstance);
 }
 
 TEST_F(RegistryLifeTest, TheSecondObjectSharesTheInstanceAndHasNoOperations) {
   Registry first(path.c_str(), kAdmin);
   Registry second(path.c_str(), kAdmin);
-  EXPECT_EQ(first.Initialize(), 0u);
-  EXPECT_EQ(second.Initialize(), 0u);
-  EXPECT_EQ(RegistryInstance::sFirstInstance->refCount, 2u);
-  EXPECT_EQ(RegistryInstance::sFirstInstance->next, nullptr);
-  EXPECT_EQ(second.CreateKey(0, "a"), 1u);
-  EXPECT_EQ(second.Flush(), 1u);
-  EXPECT_EQ(first.CreateKey(0, "a"), 0u);
-  EXPECT_EQ(second.Initialize(), 0u);
-  EXPECT_EQ(RegistryInstance::sFirstInstance->refCount, 2u);
+  EXPECT_EQ(status::kOk, first.Initialize());
+  EXPECT_EQ(status::kOk, second.Initialize());
+  EXPECT_EQ(2u, RegistryInstance::sFirstInstance->refCount);
+  EXPECT_EQ(nullptr, RegistryInstance::sFirstInstance->next);
+  EXPECT_EQ(status::kNoRight, second.CreateKey(0, "a"));
+  EXPECT_EQ(1u, second.Flush());
+  EXPECT_EQ(status::kOk, first.CreateKey(0, "a"));
+  EXPECT_EQ(status::kOk, second.Initialize());
+  EXPECT_EQ(2u, RegistryInstance::sFirstInstance->refCount);
 }
 
 TEST_F(RegistryLifeTest, TheOpenerMayEndFirst) {
   Registry first(path.c_str(), kAdmin);
   Registry second(path.c_str(), kAdmin);
-  ASSERT_EQ(first.Initialize(), 0u);
-  ASSERT_EQ(second.Initialize(), 0u);
-  ASSERT_EQ(first.CreateKey(0, "a", 3), 0u);
+  ASSERT_EQ(status::kOk, first.Initialize());
+  ASSERT_EQ(status::kOk, second.Initialize());
+  ASSERT_EQ(status::kOk, first.CreateKey(0, "a", 3));
   first.Finalize();
   EXPECT_TRUE(TernaryFile::file.IsOpen());
-  EXPECT_EQ(RegistryInstance::sFirstInstance->refCount, 1u);
+  EXPECT_EQ(1u, RegistryInstance::sFirstInstance->refCount);
   unsigned long long number = 0;
-  EXPECT_EQ(first.GetDefaultValue(0, "a", &number), 1u);
-  EXPECT_EQ(Read(first, "a", "v"), "status 1");
-  EXPECT_EQ(second.GetDefaultValue(0, "a", &number), 1u);
+  EXPECT_EQ(status::kNoRight, first.GetDefaultValue(0, "a", &number));
+  EXPECT_EQ("status 1", Read(first, "a", "v"));
+  EXPECT_EQ(status::kNoRight, second.GetDefaultValue(0, "a", &number));
   second.Finalize();
   EXPECT_FALSE(TernaryFile::file.IsOpen());
-  EXPECT_EQ(second.Initialize(), 0u);
-  EXPECT_EQ(second.GetDefaultValue(0, "a", &number), 0u);
-  EXPECT_EQ(number, 3u);
+  EXPECT_EQ(status::kOk, second.Initialize());
+  EXPECT_EQ(status::kOk, second.GetDefaultValue(0, "a", &number));
+  EXPECT_EQ(3u, number);
 }
 
 TEST_F(RegistryLifeTest, TheOpenerMayEndLast) {
   Registry first(path.c_str(), kAdmin);
   Registry second(path.c_str(), kAdmin);
-  ASSERT_EQ(first.Initialize(), 0u);
-  ASSERT_EQ(second.Initialize(), 0u);
+  ASSERT_EQ(status::kOk, first.Initialize());
+  ASSERT_EQ(status::kOk, second.Initialize());
   second.Finalize();
-  EXPECT_EQ(second.CreateKey(0, "b"), 1u);
-  EXPECT_EQ(first.CreateKey(0, "a"), 0u);
+  EXPECT_EQ(status::kNoRight, second.CreateKey(0, "b"));
+  EXPECT_EQ(status::kOk, first.CreateKey(0, "a"));
   first.Finalize();
   EXPECT_FALSE(TernaryFile::file.IsOpen());
 }
@@ -86,30 +86,30 @@ TEST_F(RegistryLifeTest, TheOpenerMayEndLast) {
 TEST_F(RegistryLifeTest, EndingTwiceGivesOneReferenceBack) {
   Registry first(path.c_str(), kAdmin);
   Registry second(path.c_str(), kAdmin);
-  ASSERT_EQ(first.Initialize(), 0u);
-  ASSERT_EQ(second.Initialize(), 0u);
+  ASSERT_EQ(status::kOk, first.Initialize());
+  ASSERT_EQ(status::kOk, second.Initialize());
   first.Finalize();
   first.Finalize();
-  ASSERT_NE(RegistryInstance::sFirstInstance, nullptr);
-  EXPECT_EQ(RegistryInstance::sFirstInstance->refCount, 1u);
+  ASSERT_NE(nullptr, RegistryInstance::sFirstInstance);
+  EXPECT_EQ(1u, RegistryInstance::sFirstInstance->refCount);
   EXPECT_TRUE(TernaryFile::file.IsOpen());
 }
 
 TEST_F(RegistryLifeTest, AnOpenerThatCameBackHasNoOperationsWhileOthersLive) {
   Registry first(path.c_str(), kAdmin);
   Registry second(path.c_str(), kAdmin);
-  ASSERT_EQ(first.Initialize(), 0u);
-  ASSERT_EQ(second.Initialize(), 0u);
+  ASSERT_EQ(status::kOk, first.Initialize());
+  ASSERT_EQ(status::kOk, second.Initialize());
   first.Finalize();
-  EXPECT_EQ(first.Initialize(), 0u);
-  EXPECT_EQ(RegistryInstance::sFirstInstance->refCount, 2u);
-  EXPECT_EQ(first.CreateKey(0, "a"), 1u);
-  EXPECT_EQ(second.CreateKey(0, "a"), 1u);
+  EXPECT_EQ(status::kOk, first.Initialize());
+  EXPECT_EQ(2u, RegistryInstance::sFirstInstance->refCount);
+  EXPECT_EQ(status::kNoRight, first.CreateKey(0, "a"));
+  EXPECT_EQ(status::kNoRight, second.CreateKey(0, "a"));
   second.Finalize();
-  EXPECT_EQ(first.CreateKey(0, "a"), 1u);
+  EXPECT_EQ(status::kNoRight, first.CreateKey(0, "a"));
   first.Finalize();
-  EXPECT_EQ(first.Initialize(), 0u);
-  EXPECT_EQ(first.CreateKey(0, "a"), 0u);
+  EXPECT_EQ(status::kOk, first.Initialize());
+  EXPECT_EQ(status::kOk, first.CreateKey(0, "a"));
 }
 
 // Three objects on one path, by Finalize and by their destructors.
@@ -120,19 +120,19 @@ TEST_F(RegistryLifeTest, ObjectsOnOnePathEndInEveryOrder) {
       std::unique_ptr<Registry> objects[3];
       for (auto& object : objects) {
         object = std::make_unique<Registry>(path.c_str(), kAdmin);
-        ASSERT_EQ(object->Initialize(), 0u);
+        ASSERT_EQ(status::kOk, object->Initialize());
       }
       for (unsigned int i = 0; i < 3; ++i) {
-        ASSERT_NE(RegistryInstance::sFirstInstance, nullptr) << order;
+        ASSERT_NE(nullptr, RegistryInstance::sFirstInstance) << order;
         EXPECT_EQ(RegistryInstance::sFirstInstance->refCount, 3 - i) << order;
         std::unique_ptr<Registry>& object = objects[order[i] - '0'];
         destroyed ? object.reset() : object->Finalize();
       }
-      EXPECT_EQ(RegistryInstance::sFirstInstance, nullptr) << order;
+      EXPECT_EQ(nullptr, RegistryInstance::sFirstInstance) << order;
       EXPECT_FALSE(TernaryFile::file.IsOpen()) << order;
     }
   } while (std::next_permutation(order.begin(), order.end()));
-  EXPECT_EQ(StructureFindings(path), "");
+  EXPECT_EQ("", StructureFindings(path));
 }
 
 TEST_F(RegistryLifeTest, ObjectsOnThreePathsEndInEveryOrder) {
@@ -142,7 +142,7 @@ TEST_F(RegistryLifeTest, ObjectsOnThreePathsEndInEveryOrder) {
     std::unique_ptr<Registry> objects[3];
     for (unsigned int i = 0; i < 3; ++i) {
       objects[i] = std::make_unique<Registry>(paths[i].c_str(), kAdmin);
-      ASSERT_EQ(objects[i]->Initialize(), 0u);
+      ASSERT_EQ(status::kOk, objects[i]->Initialize());
     }
     bool latestLives = true;  // the one whose file is open
     for (char object : order) {
@@ -152,21 +152,21 @@ TEST_F(RegistryLifeTest, ObjectsOnThreePathsEndInEveryOrder) {
       unsigned long long number = 0;
       EXPECT_EQ(objects[2]->GetDefaultValue(0, "", &number), latestLives ? 53u : 1u) << order;
     }
-    EXPECT_EQ(RegistryInstance::sFirstInstance, nullptr) << order;
+    EXPECT_EQ(nullptr, RegistryInstance::sFirstInstance) << order;
   } while (std::next_permutation(order.begin(), order.end()));
-  for (const std::string& each : paths) EXPECT_EQ(StructureFindings(each), "");
+  for (const std::string& each : paths) EXPECT_EQ("", StructureFindings(each));
 }
 
 class TwoPathsTest : public RegistryLifeTest {
  protected:
   // The first registry is open and has a key with a value; then the second is opened.
   TwoPathsTest() {
-    EXPECT_EQ(first.Initialize(), 0u);
-    EXPECT_EQ(first.CreateKey(0, "key", 1), 0u);
+    EXPECT_EQ(status::kOk, first.Initialize());
+    EXPECT_EQ(status::kOk, first.CreateKey(0, "key", 1));
     ExactValue value(1, "first");
-    EXPECT_EQ(first.CreateValue(0, "key", "name", &value), 0u);
-    EXPECT_EQ(second.Initialize(), 0u);
-    EXPECT_EQ(second.CreateKey(0, "other", 2), 0u);
+    EXPECT_EQ(status::kOk, first.CreateValue(0, "key", "name", &value));
+    EXPECT_EQ(status::kOk, second.Initialize());
+    EXPECT_EQ(status::kOk, second.CreateKey(0, "other", 2));
     firstBytes = GetFile(path);
     secondBytes = GetFile(otherPath);
   }
@@ -182,52 +182,52 @@ TEST_F(TwoPathsTest, TheFirstAnswersAnErrorAndWritesToNeitherFile) {
   ExactValue value(1, "text");
   unsigned long long number = 0;
   RegistryInfo info = {};
-  EXPECT_EQ(first.CreateKey(0, "new"), 5u);
-  EXPECT_EQ(first.CreateKey(0, "key"), 5u);
-  EXPECT_EQ(first.CreateValue(0, "key", "new", &value), 5u);
-  EXPECT_EQ(first.CreateValue(0, "key", "new", nullptr), 5u);
-  EXPECT_EQ(first.SetValue(0, "key", "name", &value), 5u);
-  EXPECT_EQ(first.DeleteValue(0, "key", "name"), 5u);
-  EXPECT_EQ(first.GetDefaultValue(0, "key", &number), 5u);
-  EXPECT_EQ(first.SetDefaultValue(0, "key", 9), 5u);
-  EXPECT_EQ(Read(first, "key", "name"), "status 5");
-  EXPECT_EQ(first.GetRegistryInfo(&info), 5u);
+  EXPECT_EQ(status::kInputOutput, first.CreateKey(0, "new"));
+  EXPECT_EQ(status::kInputOutput, first.CreateKey(0, "key"));
+  EXPECT_EQ(status::kInputOutput, first.CreateValue(0, "key", "new", &value));
+  EXPECT_EQ(status::kInputOutput, first.CreateValue(0, "key", "new", nullptr));
+  EXPECT_EQ(status::kInputOutput, first.SetValue(0, "key", "name", &value));
+  EXPECT_EQ(status::kInputOutput, first.DeleteValue(0, "key", "name"));
+  EXPECT_EQ(status::kInputOutput, first.GetDefaultValue(0, "key", &number));
+  EXPECT_EQ(status::kInputOutput, first.SetDefaultValue(0, "key", 9));
+  EXPECT_EQ("status 5", Read(first, "key", "name"));
+  EXPECT_EQ(status::kInputOutput, first.GetRegistryInfo(&info));
   EXPECT_EQ(GetFile(path), firstBytes);
   EXPECT_EQ(GetFile(otherPath), secondBytes);
 }
 
 TEST_F(TwoPathsTest, TheSecondWorksOnItsOwnFile) {
-  EXPECT_EQ(second.CreateKey(0, "mine"), 0u);
+  EXPECT_EQ(status::kOk, second.CreateKey(0, "mine"));
   unsigned long long number = 0;
-  EXPECT_EQ(second.GetDefaultValue(0, "key", &number), 2u);
+  EXPECT_EQ(status::kNotFound, second.GetDefaultValue(0, "key", &number));
   EXPECT_EQ(GetFile(path), firstBytes);
   EXPECT_NE(GetFile(otherPath), secondBytes);
-  EXPECT_EQ(StructureFindings(otherPath), "");
+  EXPECT_EQ("", StructureFindings(otherPath));
 }
 
 TEST_F(TwoPathsTest, EndingTheFirstDoesNotCloseTheSecond) {
   first.Finalize();
-  EXPECT_EQ(second.CreateKey(0, "mine"), 0u);
+  EXPECT_EQ(status::kOk, second.CreateKey(0, "mine"));
   EXPECT_EQ(GetFile(path), firstBytes);
 }
 
 TEST_F(TwoPathsTest, EndingTheSecondDoesNotRevealItsFileToTheFirst) {
   second.Finalize();
-  EXPECT_EQ(Read(first, "key", "name"), "status 5");
-  EXPECT_EQ(first.CreateKey(0, "new"), 5u);
+  EXPECT_EQ("status 5", Read(first, "key", "name"));
+  EXPECT_EQ(status::kInputOutput, first.CreateKey(0, "new"));
   EXPECT_EQ(GetFile(path), firstBytes);
   EXPECT_EQ(GetFile(otherPath), secondBytes);
 }
 
 TEST_F(TwoPathsTest, TheFirstWorksAgainOnceItIsOpenedAgain) {
   first.Finalize();
-  ASSERT_EQ(first.Initialize(), 0u);
-  EXPECT_EQ(Read(first, "key", "name"), "type 1: first");
+  ASSERT_EQ(status::kOk, first.Initialize());
+  EXPECT_EQ("type 1: first", Read(first, "key", "name"));
   unsigned long long number = 0;
-  EXPECT_EQ(second.GetDefaultValue(0, "other", &number), 5u);
-  EXPECT_EQ(first.CreateKey(0, "new"), 0u);
+  EXPECT_EQ(status::kInputOutput, second.GetDefaultValue(0, "other", &number));
+  EXPECT_EQ(status::kOk, first.CreateKey(0, "new"));
   EXPECT_EQ(GetFile(otherPath), secondBytes);
-  EXPECT_EQ(StructureFindings(path), "");
+  EXPECT_EQ("", StructureFindings(path));
 }
 
 }  // namespace

@@ -129,16 +129,16 @@ TEST(RegistryLockLevel, ARegistryClosesWithALevelKept) {
   const std::string path = dir / "a.rce";
   {
     Registry registry(path.c_str(), 65535u);
-    ASSERT_EQ(registry.Initialize(), 0u);
-    ASSERT_EQ(registry.CreateKey(0, "abc"), 0u);
-    ASSERT_EQ(registry.CreateKey(0, "ab"), 0u);
+    ASSERT_EQ(status::kOk, registry.Initialize());
+    ASSERT_EQ(status::kOk, registry.CreateKey(0, "abc"));
+    ASSERT_EQ(status::kOk, registry.CreateKey(0, "ab"));
     registry.Finalize();
-    ASSERT_EQ(registry.Initialize(), 0u);
-    ASSERT_EQ(registry.CreateKey(0, "a"), 0u);
+    ASSERT_EQ(status::kOk, registry.Initialize());
+    ASSERT_EQ(status::kOk, registry.CreateKey(0, "a"));
   }
   Registry registry(path.c_str(), 65535u);
-  ASSERT_EQ(registry.Initialize(), 0u);
-  for (const char* key : {"abc", "ab", "a"}) EXPECT_EQ(registry.CreateKey(0, key), 17u);
+  ASSERT_EQ(status::kOk, registry.Initialize());
+  for (const char* key : {"abc", "ab", "a"}) EXPECT_EQ(status::kExists, registry.CreateKey(0, key));
 }
 
 }  // namespace

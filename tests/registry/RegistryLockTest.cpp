@@ -9,10 +9,10 @@ namespace {
 TEST(RegistryLock, IsMadeAsOftenAsAsked) {
   RegistryLock* first = nullptr;
   RegistryLock* second = nullptr;
-  EXPECT_EQ(RegistryLock::Make(&first), 0u);
-  EXPECT_EQ(RegistryLock::Make(&second), 0u);
-  EXPECT_NE(first, nullptr);
-  EXPECT_NE(second, nullptr);
+  EXPECT_EQ(0u, RegistryLock::Make(&first));
+  EXPECT_EQ(0u, RegistryLock::Make(&second));
+  EXPECT_NE(nullptr, first);
+  EXPECT_NE(nullptr, second);
   EXPECT_NE(first, second);
   delete first;
   delete second;

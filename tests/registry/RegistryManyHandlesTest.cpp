@@ -12,24 +12,24 @@ constexpr unsigned int kLevels = 4000;
 class RegistryManyHandles : public OpenRegistryTest {
  protected:
   void MakeKeys() {
-    ASSERT_EQ(registry.CreateKey(0, "top"), 0u);
+    ASSERT_EQ(status::kOk, registry.CreateKey(0, "top"));
     for (unsigned int i = 0; i < 100; ++i) {
-      ASSERT_EQ(registry.CreateKey(0, KeyPath(i).c_str(), i), 0u);
+      ASSERT_EQ(status::kOk, registry.CreateKey(0, KeyPath(i).c_str(), i));
     }
   }
   static std::string KeyPath(unsigned int i) { return "top/k" + std::to_string(100 + i % 100); }
   // Handles on all keys in turn, the first on "top".
   void OpenMany() {
     handles.assign(kMany, 0);
-    ASSERT_EQ(registry.OpenKey("top", &handles[0]), 0u);
+    ASSERT_EQ(status::kOk, registry.OpenKey("top", &handles[0]));
     for (unsigned int i = 1; i < kMany; ++i) {
-      ASSERT_EQ(registry.OpenKey(KeyPath(i).c_str(), &handles[i]), 0u);
+      ASSERT_EQ(status::kOk, registry.OpenKey(KeyPath(i).c_str(), &handles[i]));
     }
   }
   // "d/d/d" and so on, with a handle on each level, the outermost first.
   void OpenEveryLevel() {
     unsigned int root = 0;
-    ASSERT_EQ(registry.OpenKey("", &root), 0u);
+    ASSERT_EQ(status::kOk, registry.OpenKey("", &root));
     std::string key;
     handles.clear();
     for (unsigned int level = 0; level < kLevels; ++level) {
@@ -37,22 +37,22 @@ class RegistryManyHandles : public OpenRegistryTest {
       const unsigned int made = registry.CreateKey(root, key.c_str(), level);
       ASSERT_TRUE(made == 0 || made == 17) << made;
       unsigned int handle = 0;
-      ASSERT_EQ(registry.OpenKey(key.c_str(), &handle), 0u);
+      ASSERT_EQ(status::kOk, registry.OpenKey(key.c_str(), &handle));
       handles.push_back(handle);
     }
-    ASSERT_EQ(registry.CloseKey(root), 0u);
+    ASSERT_EQ(status::kOk, registry.CloseKey(root));
   }
   // The handle of a level has its key, and the one below it.
   void ExpectLevel(unsigned int level) {
     unsigned long long number = 0;
-    EXPECT_EQ(registry.GetDefaultValue(handles[level], "", &number), 0u);
+    EXPECT_EQ(status::kOk, registry.GetDefaultValue(handles[level], "", &number));
     EXPECT_EQ(number, level);
     if (level + 1 == kLevels) return;
-    EXPECT_EQ(registry.GetDefaultValue(handles[level], "d", &number), 0u);
+    EXPECT_EQ(status::kOk, registry.GetDefaultValue(handles[level], "d", &number));
     EXPECT_EQ(number, level + 1);
   }
   void ExpectAllClosed() {
-    for (unsigned int handle : handles) ASSERT_EQ(registry.CloseKey(handle), 22u);
+    for (unsigned int handle : handles) ASSERT_EQ(status::kBadArgument, registry.CloseKey(handle));
   }
 
   std::vector<unsigned int> handles;
@@ -62,10 +62,10 @@ TEST_F(RegistryManyHandles, OneOperationWithoutAHandleClosesThemAll) {
   MakeKeys();
   OpenMany();
   unsigned long long number = 0;
-  EXPECT_EQ(registry.GetDefaultValue(handles[kMany - 1], "", &number), 0u);
+  EXPECT_EQ(status::kOk, registry.GetDefaultValue(handles[kMany - 1], "", &number));
   EXPECT_EQ(number, (kMany - 1) % 100);
-  EXPECT_EQ(registry.GetDefaultValue(0, KeyPath(7).c_str(), &number), 0u);
-  EXPECT_EQ(number, 7u);
+  EXPECT_EQ(status::kOk, registry.GetDefaultValue(0, KeyPath(7).c_str(), &number));
+  EXPECT_EQ(7u, number);
   ExpectAllClosed();
 }
 
@@ -74,8 +74,8 @@ TEST_F(RegistryManyHandles, TheyAreClosedInOpeningOrder) {
   OpenMany();
   for (unsigned int i = 0; i < kMany; ++i) {
     unsigned long long number = 0;
-    ASSERT_EQ(registry.GetDefaultValue(handles[kMany - 1], "", &number), 0u);
-    ASSERT_EQ(registry.CloseKey(handles[i]), 0u);
+    ASSERT_EQ(status::kOk, registry.GetDefaultValue(handles[kMany - 1], "", &number));
+    ASSERT_EQ(status::kOk, registry.CloseKey(handles[i]));
   }
   ExpectAllClosed();
 }
@@ -84,18 +84,18 @@ TEST_F(RegistryManyHandles, OnEveryLevelOfALongPathTheyAreClosedInAnyOrder) {
   OpenEveryLevel();
   for (unsigned int i = 0; i < kLevels; ++i) {
     ExpectLevel(i);
-    ASSERT_EQ(registry.CloseKey(handles[i]), 0u);
+    ASSERT_EQ(status::kOk, registry.CloseKey(handles[i]));
   }
   ExpectAllClosed();
   OpenEveryLevel();
   for (unsigned int i = kLevels; i-- > 0;) {
     ExpectLevel(i);
-    ASSERT_EQ(registry.CloseKey(handles[i]), 0u);
+    ASSERT_EQ(status::kOk, registry.CloseKey(handles[i]));
   }
   ExpectAllClosed();
   OpenEveryLevel();
   unsigned char permission = 0;
-  EXPECT_EQ(registry.GetKeyPermission(0, "d", &permission), 0u);
+  EXPECT_EQ(status::kOk, registry.GetKeyPermission(0, "d", &permission));
   ExpectAllClosed();
 }
 
@@ -103,17 +103,18 @@ TEST_F(RegistryManyHandles, OnEveryLevelOfADeletedPathTheyStayUntilTheyAreClosed
   for (const bool outermostFirst : {true, false}) {
     OpenEveryLevel();
     unsigned int root = 0;
-    ASSERT_EQ(registry.OpenKey("", &root), 0u);
-    ASSERT_EQ(registry.DeleteKey(root, "d"), 0u);
+    ASSERT_EQ(status::kOk, registry.OpenKey("", &root));
+    ASSERT_EQ(status::kOk, registry.DeleteKey(root, "d"));
     unsigned long long number = 0;
-    EXPECT_EQ(registry.GetDefaultValue(handles[0], "", &number), 2u) << "deleted itself";
+    EXPECT_EQ(status::kNotFound, registry.GetDefaultValue(handles[0], "", &number))
+        << "deleted itself";
     for (unsigned int i = 1; i < kLevels; ++i) {
       const unsigned int level = outermostFirst ? i : kLevels - i;
       ExpectLevel(level);
-      ASSERT_EQ(registry.CloseKey(handles[level]), 0u);
+      ASSERT_EQ(status::kOk, registry.CloseKey(handles[level]));
     }
-    EXPECT_EQ(registry.CloseKey(handles[0]), 0u);
-    EXPECT_EQ(registry.CloseKey(root), 0u);
+    EXPECT_EQ(status::kOk, registry.CloseKey(handles[0]));
+    EXPECT_EQ(status::kOk, registry.CloseKey(root));
   }
 }
 

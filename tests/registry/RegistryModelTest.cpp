@@ -48,12 +48,12 @@ class ModelRun {
       registry_.reset();
       registry_ = std::make_unique<Registry>(path_.c_str(), kAdmin);
     }
-    ASSERT_EQ(registry_->Initialize(), 0u);
+    ASSERT_EQ(status::kOk, registry_->Initialize());
   }
 
   void ChooseUser() {
     if (in_.OneIn(5)) user_ = in_.User();
-    EXPECT_EQ(registry_->SetCurrentUserId(user_), 0u);
+    EXPECT_EQ(status::kOk, registry_->SetCurrentUserId(user_));
   }
 
   void DoOne() {
@@ -229,7 +229,7 @@ class ModelRun {
     const unsigned int expected = model_->GetKeyInfo(user_, path, &counts);
     KeyInfo info = {1, 2, 3, 4, 5, 6, 7};
     EXPECT_EQ(registry_->GetKeyInfo(0, path.c_str(), &info), expected) << Text("GetKeyInfo", path);
-    EXPECT_EQ(info.reserved, 1u);
+    EXPECT_EQ(1u, info.reserved);
     const std::vector<unsigned int> told = {info.subKeyCount, info.totalKeyCount,
                                             info.valueCount,  info.totalValueCount,
                                             info.userId,      info.permission};
@@ -323,7 +323,7 @@ class ModelRun {
     model_ = std::make_unique<ModelRegistry>();
     in_.ForgetPaths();
     OpenAnew();
-    EXPECT_EQ(registry_->SetCurrentUserId(user_), 0u);
+    EXPECT_EQ(status::kOk, registry_->SetCurrentUserId(user_));
   }
 
   // After keys have gone or come: the keys there are, and one that may be gone.
@@ -341,7 +341,7 @@ class ModelRun {
   }
 
   void CheckFile() {
-    EXPECT_EQ(StructureFindings(path_), "");
+    EXPECT_EQ("", StructureFindings(path_));
     EXPECT_EQ(Describe(DecodeTree(path_)), Describe(model_->Tree()));
     const SlotCounts counts = CountSlots(path_);
     const ModelCounts expected = model_->Counts();
@@ -354,7 +354,7 @@ class ModelRun {
     EXPECT_EQ(counts.blocks.reachable, expected.blocks);
     EXPECT_EQ(counts.blocks.used, expected.blocks + model_->lostBlocks());
     RegistryInfo info = {};
-    EXPECT_EQ(registry_->GetRegistryInfo(&info), 0u);
+    EXPECT_EQ(status::kOk, registry_->GetRegistryInfo(&info));
     EXPECT_EQ(info.keyCount, expected.keys);
     EXPECT_EQ(info.valueCount, expected.values);
   }

@@ -8,6 +8,8 @@
 #include "registry/Registry.h"
 #include "tests/platform/TestFiles.h"
 
+namespace status = tamu::registry::status;
+
 using namespace tamu::registry;
 
 namespace {
@@ -22,20 +24,20 @@ const char* const kNames[] = {"number", "text", "long", "none"};
 
 std::string SoundFile(const std::string& path) {
   Registry registry(path.c_str(), kAdministratorId);
-  EXPECT_EQ(registry.Initialize(), 0u);
+  EXPECT_EQ(status::kOk, registry.Initialize());
   for (const char* key : {"a", "a/b", "a/b/c", "network", "network/eth0", "network/eth1",
                           "abcdefghijklmnopqrstuvwxyz", "bcd", "bcd/e", "\x80\xFF"}) {
-    EXPECT_EQ(registry.CreateKey(0, key, 5), 0u) << key;
+    EXPECT_EQ(status::kOk, registry.CreateKey(0, key, 5)) << key;
   }
   std::string data(1000, 'd');
   unsigned long long number = 12345;
   for (const char* key : {"a/b", "network/eth0", ""}) {
     Value integer = {0, sizeof number, &number};
-    EXPECT_EQ(registry.CreateValue(0, key, "number", &integer), 0u);
+    EXPECT_EQ(status::kOk, registry.CreateValue(0, key, "number", &integer));
     Value text = {1, 70, data.data()};
-    EXPECT_EQ(registry.CreateValue(0, key, "text", &text), 0u);
+    EXPECT_EQ(status::kOk, registry.CreateValue(0, key, "text", &text));
     Value large = {2, 1000, data.data()};
-    EXPECT_EQ(registry.CreateValue(0, key, "long", &large), 0u);
+    EXPECT_EQ(status::kOk, registry.CreateValue(0, key, "long", &large));
   }
   registry.Finalize();
   return GetFile(path);
@@ -80,7 +82,7 @@ void Mutate(std::mt19937& random, std::string* file) {
 
 void ExpectKnown(unsigned int status) {
   static const std::set<unsigned int> kKnown = {0, 1, 2, 5, 9, 12, 17, 22, 28, 37, 53, 59, 75};
-  EXPECT_EQ(kKnown.count(status), 1u) << status;
+  EXPECT_EQ(1u, kKnown.count(status)) << status;
 }
 
 // Looks at every byte that it is shown.

@@ -15,8 +15,8 @@ class RegistryOpeningTest : public ::testing::Test {
     const std::string source = folder / "source";
     {
       Registry registry(source.c_str(), kAdmin);
-      EXPECT_EQ(registry.Initialize(), 0u);
-      EXPECT_EQ(registry.CreateKey(0, "kept", 77), 0u);
+      EXPECT_EQ(status::kOk, registry.Initialize());
+      EXPECT_EQ(status::kOk, registry.CreateKey(0, "kept", 77));
     }
     return GetFile(source);
   }
@@ -29,15 +29,15 @@ class RegistryOpeningTest : public ::testing::Test {
     PutFile(path, bytes);
     Registry registry(path.c_str(), kAdmin);
     EXPECT_EQ(registry.Initialize(), status);
-    EXPECT_EQ(registry.CreateKey(0, "a"), 1u);
-    EXPECT_EQ(registry.Flush(), 1u);
+    EXPECT_EQ(status::kNoRight, registry.CreateKey(0, "a"));
+    EXPECT_EQ(1u, registry.Flush());
     registry.Finalize();
-    EXPECT_EQ(registry.CreateKey(0, "a"), 1u);
+    EXPECT_EQ(status::kNoRight, registry.CreateKey(0, "a"));
     EXPECT_EQ(GetFile(path), bytes);
-    EXPECT_EQ(RegistryInstance::sFirstInstance, nullptr);
+    EXPECT_EQ(nullptr, RegistryInstance::sFirstInstance);
     EXPECT_FALSE(TernaryFile::file.IsOpen());
   }
-  ~RegistryOpeningTest() override { EXPECT_EQ(RegistryInstance::sFirstInstance, nullptr); }
+  ~RegistryOpeningTest() override { EXPECT_EQ(nullptr, RegistryInstance::sFirstInstance); }
 
   TempDir folder;
   const std::string path = folder / "registry";
@@ -69,7 +69,7 @@ TEST_F(RegistryOpeningTest, AnotherVersionIsNotOpened) {
   bytes[8] = 3;
   ExpectRefused(bytes, 12);
   TernaryFile store;
-  EXPECT_EQ(store.Initialize(path.c_str()), 59u);
+  EXPECT_EQ(status::kInvalidFile, store.Initialize(path.c_str()));
 }
 
 TEST_F(RegistryOpeningTest, AnotherRevisionIsNotOpened) {
@@ -88,15 +88,15 @@ TEST_F(RegistryOpeningTest, AFileThatEndsBehindItsMagicIsNotOpened) {
 TEST_F(RegistryOpeningTest, AFolderIsNotOpened) {
   std::filesystem::create_directory(path);
   Registry registry(path.c_str(), kAdmin);
-  EXPECT_EQ(registry.Initialize(), 12u);
+  EXPECT_EQ(status::kNoMemory, registry.Initialize());
   EXPECT_TRUE(std::filesystem::is_directory(path));
-  EXPECT_EQ(registry.CreateKey(0, "a"), 1u);
+  EXPECT_EQ(status::kNoRight, registry.CreateKey(0, "a"));
 }
 
 TEST_F(RegistryOpeningTest, NoFileIsMadeInAFolderThatIsNotThere) {
   const std::string nowhere = folder / "absent/registry";
   Registry registry(nowhere.c_str(), kAdmin);
-  EXPECT_EQ(registry.Initialize(), 12u);
+  EXPECT_EQ(status::kNoMemory, registry.Initialize());
   EXPECT_FALSE(std::filesystem::exists(folder / "absent"));
 }
 
@@ -146,13 +146,13 @@ TEST_F(RegistryOpeningTest, AProcessOutOfDescriptorsDoesNotEmptyTheFile) {
 TEST_F(RegistryOpeningTest, ARefusedObjectHoldsItsInstanceUntilItIsFinalised) {
   PutFile(path, "no registry");
   Registry registry(path.c_str(), kAdmin);
-  ASSERT_EQ(registry.Initialize(), 59u);
-  ASSERT_NE(RegistryInstance::sFirstInstance, nullptr);
-  EXPECT_EQ(RegistryInstance::sFirstInstance->refCount, 1u);
-  EXPECT_EQ(registry.Initialize(), 59u);
-  EXPECT_EQ(RegistryInstance::sFirstInstance->refCount, 1u);
+  ASSERT_EQ(status::kInvalidFile, registry.Initialize());
+  ASSERT_NE(nullptr, RegistryInstance::sFirstInstance);
+  EXPECT_EQ(1u, RegistryInstance::sFirstInstance->refCount);
+  EXPECT_EQ(status::kInvalidFile, registry.Initialize());
+  EXPECT_EQ(1u, RegistryInstance::sFirstInstance->refCount);
   registry.Finalize();
-  EXPECT_EQ(RegistryInstance::sFirstInstance, nullptr);
+  EXPECT_EQ(nullptr, RegistryInstance::sFirstInstance);
   registry.Finalize();
 }
 
@@ -161,10 +161,10 @@ TEST_F(RegistryOpeningTest, ARepairedFileIsOpenedByTheObjectThatRefusedIt) {
   for (const bool finalised : {false, true}) {
     PutFile(path, "");
     Registry registry(path.c_str(), kAdmin);
-    ASSERT_EQ(registry.Initialize(), 59u);
+    ASSERT_EQ(status::kInvalidFile, registry.Initialize());
     if (finalised) registry.Finalize();
     PutFile(path, bytes);
-    EXPECT_EQ(registry.Initialize(), 0u);
+    EXPECT_EQ(status::kOk, registry.Initialize());
     EXPECT_TRUE(HasKey(registry));
   }
 }
@@ -172,89 +172,89 @@ TEST_F(RegistryOpeningTest, ARepairedFileIsOpenedByTheObjectThatRefusedIt) {
 TEST_F(RegistryOpeningTest, ASecondObjectMayOpenWhatTheFirstRefused) {
   PutFile(path, "");
   Registry first(path.c_str(), kAdmin);
-  ASSERT_EQ(first.Initialize(), 59u);
+  ASSERT_EQ(status::kInvalidFile, first.Initialize());
   PutFile(path, SoundFile());
   Registry second(path.c_str(), kAdmin);
-  EXPECT_EQ(second.Initialize(), 0u);
+  EXPECT_EQ(status::kOk, second.Initialize());
   EXPECT_TRUE(HasKey(second));
   first.Finalize();
   EXPECT_TRUE(HasKey(second));
-  EXPECT_EQ(first.CreateKey(0, "a"), 1u);
+  EXPECT_EQ(status::kNoRight, first.CreateKey(0, "a"));
 }
 
 TEST_F(RegistryOpeningTest, AnObjectThatFailedMayTryAgain) {
   std::filesystem::create_directory(path);
   Registry registry(path.c_str(), kAdmin);
-  EXPECT_EQ(registry.Initialize(), 12u);
-  EXPECT_EQ(RegistryInstance::sFirstInstance, nullptr);
-  EXPECT_EQ(registry.Initialize(), 12u);
+  EXPECT_EQ(status::kNoMemory, registry.Initialize());
+  EXPECT_EQ(nullptr, RegistryInstance::sFirstInstance);
+  EXPECT_EQ(status::kNoMemory, registry.Initialize());
   std::filesystem::remove(path);
-  EXPECT_EQ(registry.Initialize(), 0u);
-  EXPECT_EQ(registry.CreateKey(0, "a"), 0u);
+  EXPECT_EQ(status::kOk, registry.Initialize());
+  EXPECT_EQ(status::kOk, registry.CreateKey(0, "a"));
 }
 
 TEST_F(RegistryOpeningTest, AFailedObjectIsFinalisedAsOftenAsLiked) {
   std::filesystem::create_directory(path);
   Registry registry(path.c_str(), kAdmin);
-  EXPECT_EQ(registry.Initialize(), 12u);
+  EXPECT_EQ(status::kNoMemory, registry.Initialize());
   registry.Finalize();
   registry.Finalize();
-  EXPECT_EQ(registry.Flush(), 1u);
+  EXPECT_EQ(1u, registry.Flush());
 }
 
 // The check of the file does not touch what another registry has open.
 TEST_F(RegistryOpeningTest, ARefusedFileLeavesAnotherRegistryWorking) {
   const std::string other = folder / "other";
   Registry open(other.c_str(), kAdmin);
-  ASSERT_EQ(open.Initialize(), 0u);
+  ASSERT_EQ(status::kOk, open.Initialize());
   PutFile(path, "no registry");
   Registry refused(path.c_str(), kAdmin);
-  EXPECT_EQ(refused.Initialize(), 59u);
-  EXPECT_EQ(open.CreateKey(0, "a"), 0u);
+  EXPECT_EQ(status::kInvalidFile, refused.Initialize());
+  EXPECT_EQ(status::kOk, open.CreateKey(0, "a"));
   refused.Finalize();
-  EXPECT_EQ(open.CreateKey(0, "b"), 0u);
-  EXPECT_EQ(StructureFindings(other), "");
+  EXPECT_EQ(status::kOk, open.CreateKey(0, "b"));
+  EXPECT_EQ("", StructureFindings(other));
 }
 
 TEST_F(RegistryOpeningTest, AFileThatCannotBeOpenedLeavesAnotherRegistryWorking) {
   const std::string other = folder / "other";
   Registry open(other.c_str(), kAdmin);
-  ASSERT_EQ(open.Initialize(), 0u);
+  ASSERT_EQ(status::kOk, open.Initialize());
   std::filesystem::create_directory(path);
   Registry refused(path.c_str(), kAdmin);
-  EXPECT_EQ(refused.Initialize(), 12u);
-  EXPECT_EQ(open.CreateKey(0, "a"), 0u);
-  EXPECT_EQ(StructureFindings(other), "");
+  EXPECT_EQ(status::kNoMemory, refused.Initialize());
+  EXPECT_EQ(status::kOk, open.CreateKey(0, "a"));
+  EXPECT_EQ("", StructureFindings(other));
 }
 
 // A registry that is open on a file of its own while others are refused.
 class BesideAnOpenRegistryTest : public RegistryOpeningTest {
  protected:
   BesideAnOpenRegistryTest() {
-    EXPECT_EQ(open.Initialize(), 0u);
-    EXPECT_EQ(open.CreateKey(0, "kept", 77), 0u);
+    EXPECT_EQ(status::kOk, open.Initialize());
+    EXPECT_EQ(status::kOk, open.CreateKey(0, "kept", 77));
   }
   ~BesideAnOpenRegistryTest() override {
     open.Finalize();
-    EXPECT_EQ(StructureFindings(other), "");
+    EXPECT_EQ("", StructureFindings(other));
   }
   // Opening `where` answers 12, twice, and the open registry goes on, with and without a handle.
   void ExpectOpenGoesOn(const std::string& where) {
     unsigned int handle = 0;
-    ASSERT_EQ(open.OpenKey("", &handle), 0u);
+    ASSERT_EQ(status::kOk, open.OpenKey("", &handle));
     const int descriptor = NextDescriptor();
     {
       Registry refused(where.c_str(), kAdmin);
-      EXPECT_EQ(refused.Initialize(), 12u);
-      EXPECT_EQ(open.CreateKey(handle, "through"), 0u);
-      EXPECT_EQ(refused.Initialize(), 12u);
-      EXPECT_EQ(refused.CreateKey(0, "a"), 1u);
+      EXPECT_EQ(status::kNoMemory, refused.Initialize());
+      EXPECT_EQ(status::kOk, open.CreateKey(handle, "through"));
+      EXPECT_EQ(status::kNoMemory, refused.Initialize());
+      EXPECT_EQ(status::kNoRight, refused.CreateKey(0, "a"));
       EXPECT_TRUE(HasKey(open));
       refused.Finalize();
       EXPECT_EQ(NextDescriptor(), descriptor);
     }
     EXPECT_TRUE(HasKey(open));
-    EXPECT_EQ(open.DeleteKey(0, "through"), 0u);
+    EXPECT_EQ(status::kOk, open.DeleteKey(0, "through"));
   }
 
   // In a process that was forked, which has got nothing that is open.
@@ -287,7 +287,7 @@ TEST_F(BesideAnOpenRegistryTest, AFileThatEndsBehindItsMagicTakesNothingAway) {
 
 TEST_F(BesideAnOpenRegistryTest, APathWithoutFileTakesNothingAway) {
   const std::string loop = folder / "loop";
-  ASSERT_EQ(symlink("loop", loop.c_str()), 0);
+  ASSERT_EQ(0, symlink("loop", loop.c_str()));
   for (const std::string& where :
        {std::string(), std::string(5000, 'x'), folder / "", folder / "absent/registry",
         other + "/registry", loop, std::string("/dev/null")}) {
@@ -297,7 +297,7 @@ TEST_F(BesideAnOpenRegistryTest, APathWithoutFileTakesNothingAway) {
 }
 
 TEST_F(BesideAnOpenRegistryTest, AFifoNeitherHangsNorTakesAnythingAway) {
-  ASSERT_EQ(mkfifo(path.c_str(), 0666), 0);
+  ASSERT_EQ(0, mkfifo(path.c_str(), 0666));
   ExpectOpenGoesOn(path);
 }
 
@@ -326,29 +326,29 @@ TEST_F(BesideAnOpenRegistryTest, AProcessOutOfDescriptorsLosesNothing) {
 // path, and the older object changes nothing any more.
 TEST_F(BesideAnOpenRegistryTest, ALinkToTheOpenFileTakesItOver) {
   const std::string links[] = {folder / "soft", folder / "hard"};
-  ASSERT_EQ(symlink(other.c_str(), links[0].c_str()), 0);
-  ASSERT_EQ(link(other.c_str(), links[1].c_str()), 0);
+  ASSERT_EQ(0, symlink(other.c_str(), links[0].c_str()));
+  ASSERT_EQ(0, link(other.c_str(), links[1].c_str()));
   for (const std::string& each : links) {
     SCOPED_TRACE(each);
     Registry second(each.c_str(), kAdmin);
-    ASSERT_EQ(second.Initialize(), 0u);
+    ASSERT_EQ(status::kOk, second.Initialize());
     EXPECT_TRUE(HasKey(second));
-    EXPECT_EQ(open.SetDefaultValue(0, "kept", 1), 5u);
+    EXPECT_EQ(status::kInputOutput, open.SetDefaultValue(0, "kept", 1));
     open.Finalize();
     EXPECT_TRUE(HasKey(second));
     second.Finalize();
-    ASSERT_EQ(open.Initialize(), 0u);
+    ASSERT_EQ(status::kOk, open.Initialize());
     EXPECT_TRUE(HasKey(open));
   }
 }
 
 TEST_F(RegistryOpeningTest, ALinkThatLeadsNowhereGetsItsFile) {
   const std::string link = folder / "link";
-  ASSERT_EQ(symlink("registry", link.c_str()), 0);
+  ASSERT_EQ(0, symlink("registry", link.c_str()));
   Registry registry(link.c_str(), kAdmin);
-  EXPECT_EQ(registry.Initialize(), 0u);
-  EXPECT_EQ(registry.CreateKey(0, "a"), 0u);
-  EXPECT_EQ(GetFile(path).size(), 75888u);
+  EXPECT_EQ(status::kOk, registry.Initialize());
+  EXPECT_EQ(status::kOk, registry.CreateKey(0, "a"));
+  EXPECT_EQ(75888u, GetFile(path).size());
 }
 
 // Renaming another file over an open one: the registry goes on with the old file, and finds the new
@@ -356,15 +356,15 @@ TEST_F(RegistryOpeningTest, ALinkThatLeadsNowhereGetsItsFile) {
 TEST_F(RegistryOpeningTest, AFileThatIsReplacedIsFoundByTheNextOpening) {
   const std::string replacement = SoundFile();
   Registry registry(path.c_str(), kAdmin);
-  ASSERT_EQ(registry.Initialize(), 0u);
+  ASSERT_EQ(status::kOk, registry.Initialize());
   PutFile(folder / "new", replacement);
-  ASSERT_EQ(std::rename((folder / "new").c_str(), path.c_str()), 0);
-  EXPECT_EQ(registry.CreateKey(0, "lost"), 0u);
-  EXPECT_EQ(registry.Initialize(), 0u);
+  ASSERT_EQ(0, std::rename((folder / "new").c_str(), path.c_str()));
+  EXPECT_EQ(status::kOk, registry.CreateKey(0, "lost"));
+  EXPECT_EQ(status::kOk, registry.Initialize());
   EXPECT_FALSE(HasKey(registry));
   EXPECT_EQ(GetFile(path), replacement);
   registry.Finalize();
-  ASSERT_EQ(registry.Initialize(), 0u);
+  ASSERT_EQ(status::kOk, registry.Initialize());
   EXPECT_TRUE(HasKey(registry));
 }
 

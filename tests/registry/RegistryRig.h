@@ -54,8 +54,8 @@ inline std::string FilePart(const std::string& path, size_t offset, size_t count
 // A registry that the administrator has opened on a new file.
 class OpenRegistryTest : public ::testing::Test {
  protected:
-  OpenRegistryTest() { EXPECT_EQ(registry.Initialize(), 0u); }
-  ~OpenRegistryTest() override { EXPECT_EQ(StructureFindings(path), ""); }
+  OpenRegistryTest() { EXPECT_EQ(status::kOk, registry.Initialize()); }
+  ~OpenRegistryTest() override { EXPECT_EQ("", StructureFindings(path)); }
 
   TempDir folder;
   const std::string path = folder / "registry";

@@ -10,15 +10,15 @@ class RegistryScenarios : public OpenRegistryTest {
  protected:
   unsigned int Open(const char* key) {
     unsigned int handle = 0;
-    EXPECT_EQ(registry.OpenKey(key, &handle), 0u) << key;
+    EXPECT_EQ(status::kOk, registry.OpenKey(key, &handle)) << key;
     return handle;
   }
   void Create(std::initializer_list<const char*> keys) {
-    for (const char* key : keys) ASSERT_EQ(registry.CreateKey(0, key, 7), 0u) << key;
+    for (const char* key : keys) ASSERT_EQ(status::kOk, registry.CreateKey(0, key, 7)) << key;
   }
   void CreateText(unsigned int handle, const char* key, const char* name, const char* text) {
     ExactValue value(1, text);
-    EXPECT_EQ(registry.CreateValue(handle, key, name, &value), 0u) << key << " " << name;
+    EXPECT_EQ(status::kOk, registry.CreateValue(handle, key, name, &value)) << key << " " << name;
   }
   // What GetValue gives through a handle, as Read does without one.
   std::string ReadThrough(unsigned int handle, const char* key, const char* name,
@@ -39,14 +39,14 @@ class RegistryScenarios : public OpenRegistryTest {
   // The file holds these keys and nothing else, now and when it is opened anew.
   void ExpectKeys(const std::string& keys) {
     for (int time = 0; time < 2; ++time) {
-      EXPECT_EQ(StructureFindings(path), "");
+      EXPECT_EQ("", StructureFindings(path));
       EXPECT_EQ(Keys(), keys);
       const SlotCounts counts = CountSlots(path);
       EXPECT_EQ(counts.strings.used, counts.strings.reachable);
       EXPECT_EQ(counts.keys.used, counts.keys.reachable);
       EXPECT_EQ(counts.values.used, counts.values.reachable);
       registry.Finalize();
-      ASSERT_EQ(registry.Initialize(), 0u);
+      ASSERT_EQ(status::kOk, registry.Initialize());
     }
   }
 };
@@ -54,28 +54,28 @@ class RegistryScenarios : public OpenRegistryTest {
 TEST_F(RegistryScenarios, AWriteWithoutAHandleRightAfterOpeningClosesTheKey) {
   Create({"a", "a/b"});
   const unsigned int a = Open("a");
-  ASSERT_EQ(registry.CreateKey(0, "a/c", 8), 0u);
-  EXPECT_EQ(registry.CreateKey(a, "d"), 22u);
-  EXPECT_EQ(registry.CloseKey(a), 22u);
-  EXPECT_EQ(registry.CreateKey(Open("a"), "d"), 0u);
+  ASSERT_EQ(status::kOk, registry.CreateKey(0, "a/c", 8));
+  EXPECT_EQ(status::kBadArgument, registry.CreateKey(a, "d"));
+  EXPECT_EQ(status::kBadArgument, registry.CloseKey(a));
+  EXPECT_EQ(status::kOk, registry.CreateKey(Open("a"), "d"));
   ExpectKeys("a a/b a/c a/d");
 }
 
 TEST_F(RegistryScenarios, AKeyThatWasNotThereIsMadeAndOpened) {
   unsigned int handle = 0;
-  EXPECT_EQ(registry.OpenKey("x", &handle), 2u);
-  EXPECT_EQ(registry.CreateKey(0, "x"), 0u);
-  EXPECT_EQ(registry.OpenKey("x", &handle), 0u);
-  EXPECT_EQ(registry.CreateKey(handle, "y"), 0u);
+  EXPECT_EQ(status::kNotFound, registry.OpenKey("x", &handle));
+  EXPECT_EQ(status::kOk, registry.CreateKey(0, "x"));
+  EXPECT_EQ(status::kOk, registry.OpenKey("x", &handle));
+  EXPECT_EQ(status::kOk, registry.CreateKey(handle, "y"));
   ExpectKeys("x x/y");
 }
 
 TEST_F(RegistryScenarios, AKeyThatWasOpenedAndClosedIsChangedWithoutAHandle) {
   Create({"a"});
-  EXPECT_EQ(registry.CloseKey(Open("a")), 0u);
-  ASSERT_EQ(registry.CreateKey(0, "a/b"), 0u);
-  ASSERT_EQ(registry.CreateKey(0, "other"), 0u);
-  EXPECT_EQ(registry.CreateKey(Open("a"), "c"), 0u);
+  EXPECT_EQ(status::kOk, registry.CloseKey(Open("a")));
+  ASSERT_EQ(status::kOk, registry.CreateKey(0, "a/b"));
+  ASSERT_EQ(status::kOk, registry.CreateKey(0, "other"));
+  EXPECT_EQ(status::kOk, registry.CreateKey(Open("a"), "c"));
   ExpectKeys("a a/b a/c other");
 }
 
@@ -85,21 +85,21 @@ TEST_F(RegistryScenarios, AnOpenKeyStaysWhileTheRootIsOpenedChangedAndClosed) {
   const unsigned int app = Open("app");
   for (const char* his : {"his1", "his2"}) {
     const unsigned int root = Open("");
-    EXPECT_EQ(registry.CreateKey(root, his), 0u);
+    EXPECT_EQ(status::kOk, registry.CreateKey(root, his));
     CreateText(root, his, "path", "library");
-    EXPECT_EQ(registry.CreateKey(root, (std::string("app/") + his).c_str()), 0u);
-    EXPECT_EQ(registry.CloseKey(root), 0u);
-    EXPECT_EQ(registry.CreateKey(app, (std::string(his) + "/mine").c_str()), 0u);
+    EXPECT_EQ(status::kOk, registry.CreateKey(root, (std::string("app/") + his).c_str()));
+    EXPECT_EQ(status::kOk, registry.CloseKey(root));
+    EXPECT_EQ(status::kOk, registry.CreateKey(app, (std::string(his) + "/mine").c_str()));
     CreateText(app, his, "mine", "text");
   }
-  EXPECT_EQ(registry.CreateKey(app, "new"), 0u);
-  EXPECT_EQ(registry.DeleteKey(app, "old"), 0u);
+  EXPECT_EQ(status::kOk, registry.CreateKey(app, "new"));
+  EXPECT_EQ(status::kOk, registry.DeleteKey(app, "old"));
   const unsigned int root = Open("");
-  EXPECT_EQ(ReadThrough(root, "app/his2", "mine"), "type 1: text");
-  EXPECT_EQ(registry.CloseKey(app), 0u);
-  EXPECT_EQ(registry.CreateKey(root, "app/his1/last"), 0u);
+  EXPECT_EQ("type 1: text", ReadThrough(root, "app/his2", "mine"));
+  EXPECT_EQ(status::kOk, registry.CloseKey(app));
+  EXPECT_EQ(status::kOk, registry.CreateKey(root, "app/his1/last"));
   ExpectKeys("app app/his1 app/his1/last app/his1/mine app/his2 app/his2/mine app/new his1 his2");
-  EXPECT_EQ(Read(registry, "app/his2", "mine"), "type 1: text");
+  EXPECT_EQ("type 1: text", Read(registry, "app/his2", "mine"));
 }
 
 TEST_F(RegistryScenarios, OfTwoHandlesOnAKeyEitherMayBeClosedFirst) {
@@ -109,42 +109,42 @@ TEST_F(RegistryScenarios, OfTwoHandlesOnAKeyEitherMayBeClosedFirst) {
       const std::string below = *key == 0 ? "a/" : "";
       const unsigned int first = Open(key), second = Open(key);
       const unsigned int stays = olderFirst ? second : first;
-      EXPECT_EQ(registry.CloseKey(olderFirst ? first : second), 0u);
+      EXPECT_EQ(0u, registry.CloseKey(olderFirst ? first : second));
       unsigned long long number = 0;
-      EXPECT_EQ(registry.GetDefaultValue(stays, (below + "b").c_str(), &number), 0u);
-      EXPECT_EQ(registry.CreateKey(stays, (below + "b").c_str()), 17u);
-      EXPECT_EQ(registry.CreateKey(stays, (below + "c").c_str()), 0u);
-      EXPECT_EQ(registry.DeleteKey(stays, (below + "c").c_str()), 0u);
-      EXPECT_EQ(registry.CloseKey(stays), 0u);
+      EXPECT_EQ(status::kOk, registry.GetDefaultValue(stays, (below + "b").c_str(), &number));
+      EXPECT_EQ(status::kExists, registry.CreateKey(stays, (below + "b").c_str()));
+      EXPECT_EQ(status::kOk, registry.CreateKey(stays, (below + "c").c_str()));
+      EXPECT_EQ(status::kOk, registry.DeleteKey(stays, (below + "c").c_str()));
+      EXPECT_EQ(status::kOk, registry.CloseKey(stays));
     }
   }
-  EXPECT_EQ(Keys(), "a a/b");
+  EXPECT_EQ("a a/b", Keys());
 }
 
 TEST_F(RegistryScenarios, AnInnerHandleThatIsClosedLeavesItsKeyToTheOuterOne) {
   Create({"a", "a/b"});
   CreateText(0, "a", "name", "text");
   const unsigned int root = Open(""), a = Open("a");
-  EXPECT_EQ(registry.CloseKey(a), 0u);
-  EXPECT_EQ(ReadThrough(root, "a", "name"), "type 1: text");
-  EXPECT_EQ(registry.CreateKey(root, "a"), 17u);
-  EXPECT_EQ(registry.CreateKey(root, "a/b"), 17u);
-  EXPECT_EQ(registry.CreateKey(root, "a/c"), 0u);
+  EXPECT_EQ(status::kOk, registry.CloseKey(a));
+  EXPECT_EQ("type 1: text", ReadThrough(root, "a", "name"));
+  EXPECT_EQ(status::kExists, registry.CreateKey(root, "a"));
+  EXPECT_EQ(status::kExists, registry.CreateKey(root, "a/b"));
+  EXPECT_EQ(status::kOk, registry.CreateKey(root, "a/c"));
   ExpectKeys("a a/b a/c");
-  EXPECT_EQ(Read(registry, "a", "name"), "type 1: text");
+  EXPECT_EQ("type 1: text", Read(registry, "a", "name"));
 }
 
 TEST_F(RegistryScenarios, AnOuterHandleThatIsClosedLeavesTheKeyToTheInnerOne) {
   Create({"a", "a/b", "z"});
   const unsigned int root = Open(""), b = Open("a/b");
-  EXPECT_EQ(registry.CreateKey(root, "a/b/first"), 0u);
-  EXPECT_EQ(registry.CloseKey(root), 0u);
-  EXPECT_EQ(registry.CreateKey(b, "second"), 0u);
+  EXPECT_EQ(status::kOk, registry.CreateKey(root, "a/b/first"));
+  EXPECT_EQ(status::kOk, registry.CloseKey(root));
+  EXPECT_EQ(status::kOk, registry.CreateKey(b, "second"));
   const unsigned int again = Open("");
-  EXPECT_EQ(registry.CreateKey(again, "a/b/third"), 0u);
-  EXPECT_EQ(registry.CreateKey(b, "third"), 17u);
-  EXPECT_EQ(registry.CloseKey(b), 0u);
-  EXPECT_EQ(registry.CreateKey(again, "z/last"), 0u);
+  EXPECT_EQ(status::kOk, registry.CreateKey(again, "a/b/third"));
+  EXPECT_EQ(status::kExists, registry.CreateKey(b, "third"));
+  EXPECT_EQ(status::kOk, registry.CloseKey(b));
+  EXPECT_EQ(status::kOk, registry.CreateKey(again, "z/last"));
   ExpectKeys("a a/b a/b/first a/b/second a/b/third z z/last");
 }
 
@@ -152,41 +152,41 @@ TEST_F(RegistryScenarios, AHandlesOwnKeyIsDeletedWithItsSubKeys) {
   Create({"a"});
   const std::string before = UsedSlots(path);
   Create({"a/b", "a/b/c", "a/d"});
-  EXPECT_EQ(registry.CreateValue(0, "a/b", "unset", nullptr), 0u);
-  EXPECT_EQ(registry.CreateValue(0, "a", "unset", nullptr), 0u);
+  EXPECT_EQ(status::kOk, registry.CreateValue(0, "a/b", "unset", nullptr));
+  EXPECT_EQ(status::kOk, registry.CreateValue(0, "a", "unset", nullptr));
   const unsigned int a = Open("a");
-  EXPECT_EQ(registry.DeleteKey(a, ""), 0u);
-  EXPECT_EQ(before, "2 2 0 0");
-  EXPECT_EQ(UsedSlots(path), "2 1 0 0") << "the name stays, the key does not";
+  EXPECT_EQ(status::kOk, registry.DeleteKey(a, ""));
+  EXPECT_EQ("2 2 0 0", before);
+  EXPECT_EQ("2 1 0 0", UsedSlots(path)) << "the name stays, the key does not";
   unsigned long long number = 0;
-  EXPECT_EQ(registry.GetDefaultValue(a, "", &number), 2u);
-  EXPECT_EQ(registry.GetDefaultValue(a, "b", &number), 2u);
-  EXPECT_EQ(registry.CreateKey(a, "b"), 1u);
-  EXPECT_EQ(registry.CreateKey(a, ""), 1u);
-  EXPECT_EQ(registry.CloseKey(a), 0u);
+  EXPECT_EQ(status::kNotFound, registry.GetDefaultValue(a, "", &number));
+  EXPECT_EQ(status::kNotFound, registry.GetDefaultValue(a, "b", &number));
+  EXPECT_EQ(status::kNoRight, registry.CreateKey(a, "b"));
+  EXPECT_EQ(status::kNoRight, registry.CreateKey(a, ""));
+  EXPECT_EQ(status::kOk, registry.CloseKey(a));
   const unsigned int root = Open("");
-  EXPECT_EQ(registry.CreateKey(root, "a", 9), 0u);
-  EXPECT_EQ(registry.GetDefaultValue(root, "a/b", &number), 2u);
-  EXPECT_EQ(registry.GetDefaultValue(root, "a", &number), 0u);
-  EXPECT_EQ(number, 9u);
+  EXPECT_EQ(status::kOk, registry.CreateKey(root, "a", 9));
+  EXPECT_EQ(status::kNotFound, registry.GetDefaultValue(root, "a/b", &number));
+  EXPECT_EQ(status::kOk, registry.GetDefaultValue(root, "a", &number));
+  EXPECT_EQ(9u, number);
   ExpectKeys("a");
 }
 
 TEST_F(RegistryScenarios, AKeyThatIsDeletedWhileItIsOpenBelowStaysUsableThere) {
   Create({"a", "a/b", "a/b/c", "z"});
   const unsigned int root = Open(""), b = Open("a/b");
-  EXPECT_EQ(registry.DeleteKey(root, "a"), 0u);
-  EXPECT_EQ(Keys(), "z");
-  EXPECT_EQ(registry.CreateKey(b, "c"), 17u);
-  EXPECT_EQ(registry.CreateKey(b, "d"), 0u);
+  EXPECT_EQ(status::kOk, registry.DeleteKey(root, "a"));
+  EXPECT_EQ("z", Keys());
+  EXPECT_EQ(status::kExists, registry.CreateKey(b, "c"));
+  EXPECT_EQ(status::kOk, registry.CreateKey(b, "d"));
   CreateText(b, "d", "name", "text");
-  EXPECT_EQ(ReadThrough(b, "d", "name"), "type 1: text");
-  EXPECT_EQ(registry.CreateKey(root, "a"), 0u);
-  EXPECT_EQ(registry.CreateKey(root, "a/b"), 0u);
-  EXPECT_EQ(registry.DeleteKey(b, ""), 0u);
-  EXPECT_EQ(registry.CloseKey(b), 0u);
-  EXPECT_EQ(registry.CreateKey(root, "a/b/new"), 0u);
-  EXPECT_EQ(Keys(), "a a/b a/b/new z");
+  EXPECT_EQ("type 1: text", ReadThrough(b, "d", "name"));
+  EXPECT_EQ(status::kOk, registry.CreateKey(root, "a"));
+  EXPECT_EQ(status::kOk, registry.CreateKey(root, "a/b"));
+  EXPECT_EQ(status::kOk, registry.DeleteKey(b, ""));
+  EXPECT_EQ(status::kOk, registry.CloseKey(b));
+  EXPECT_EQ(status::kOk, registry.CreateKey(root, "a/b/new"));
+  EXPECT_EQ("a a/b a/b/new z", Keys());
   const SlotCounts counts = CountSlots(path);
   EXPECT_EQ(counts.strings.used, counts.strings.reachable + 1) << "the string of the open key";
   EXPECT_EQ(counts.keys.used, counts.keys.reachable);
@@ -196,16 +196,16 @@ TEST_F(RegistryScenarios, AnotherTypeThanAskedForIsNotHandedOut) {
   Create({"a"});
   CreateText(0, "a", "text", "ab");
   ExactValue number(0, Little(5, 8));
-  ASSERT_EQ(registry.CreateValue(0, "a", "number", &number), 0u);
+  ASSERT_EQ(status::kOk, registry.CreateValue(0, "a", "number", &number));
   const unsigned int a = Open("a");
-  EXPECT_EQ(ReadThrough(a, "", "text", kValueTypeInteger), "type 0: (none)");
-  EXPECT_EQ(ReadThrough(a, "", "number", kValueTypeString), "type 1: (none)");
-  EXPECT_EQ(ReadThrough(a, "", "text", kValueTypeString), "type 1: ab");
+  EXPECT_EQ("type 0: (none)", ReadThrough(a, "", "text", kValueTypeInteger));
+  EXPECT_EQ("type 1: (none)", ReadThrough(a, "", "number", kValueTypeString));
+  EXPECT_EQ("type 1: ab", ReadThrough(a, "", "text", kValueTypeString));
   EXPECT_EQ(ReadThrough(a, "", "number", kValueTypeInteger), "type 0: " + Little(5, 8));
-  EXPECT_EQ(ReadThrough(a, "", "text"), "type 1: ab");
+  EXPECT_EQ("type 1: ab", ReadThrough(a, "", "text"));
   ReadValue two;
-  ASSERT_EQ(registry.GetValue(a, "", "text", &two), 0u);
-  EXPECT_EQ(two.number(), 0x6261u);
+  ASSERT_EQ(status::kOk, registry.GetValue(a, "", "text", &two));
+  EXPECT_EQ(0x6261u, two.number());
 }
 
 TEST_F(RegistryScenarios, AValueOfNoKnownTypeChangesNothing) {
@@ -214,21 +214,21 @@ TEST_F(RegistryScenarios, AValueOfNoKnownTypeChangesNothing) {
   const unsigned int a = Open("a");
   const std::string before = GetFile(path);
   ExactValue unknown(6, std::string(200, 'x'));
-  EXPECT_EQ(registry.SetValue(a, "", "text", &unknown), 0u);
-  EXPECT_EQ(ReadThrough(a, "", "text"), "type 1: some text");
+  EXPECT_EQ(status::kOk, registry.SetValue(a, "", "text", &unknown));
+  EXPECT_EQ("type 1: some text", ReadThrough(a, "", "text"));
   EXPECT_TRUE(GetFile(path) == before);
-  EXPECT_EQ(registry.CreateValue(a, "", "new", &unknown), 53u);
-  EXPECT_EQ(StructureFindings(path), "");
-  EXPECT_EQ(UsedSlots(path), "2 2 1 1");
+  EXPECT_EQ(status::kNoData, registry.CreateValue(a, "", "new", &unknown));
+  EXPECT_EQ("", StructureFindings(path));
+  EXPECT_EQ("2 2 1 1", UsedSlots(path));
 }
 
 TEST_F(RegistryScenarios, ANumberThatIsSaidToBeLongIsReadThroughAHandle) {
   Create({"a"});
   ExactValue number(0, Little(5, 8));
-  ASSERT_EQ(registry.CreateValue(0, "a", "number", &number), 0u);
+  ASSERT_EQ(status::kOk, registry.CreateValue(0, "a", "number", &number));
   ExactValue longer(0,
                     std::string("\x01\x02\x03\x04\x05\x06\x07\x08\x09", 9) + std::string(991, 'x'));
-  EXPECT_EQ(registry.SetValue(0, "a", "number", &longer), 0u);
+  EXPECT_EQ(status::kOk, registry.SetValue(0, "a", "number", &longer));
   const std::string read = ReadThrough(Open("a"), "", "number");
   // Without a handle only four bytes are set; the upper half was zero.
   EXPECT_TRUE(read == std::string("type 0: \x01\x02\x03\x04", 12) + std::string(996, '\0'));
@@ -241,11 +241,11 @@ TEST_F(RegistryScenarios, DataOfEverySizeIsWrittenAndReadBothWays) {
     for (const bool writtenThrough : {false, true}) {
       ExactValue value(3, bytes), other(3, std::string(1025 - size, 'o'));
       const unsigned int writer = writtenThrough ? Open("") : 0;
-      ASSERT_EQ(registry.CreateValue(writer, "a", "data", &other), 0u);
-      ASSERT_EQ(registry.SetValue(writer, "a", "data", &value), 0u);
+      ASSERT_EQ(status::kOk, registry.CreateValue(writer, "a", "data", &other));
+      ASSERT_EQ(status::kOk, registry.SetValue(writer, "a", "data", &value));
       EXPECT_EQ(ReadThrough(Open("a"), "", "data"), "type 3: " + bytes);
       EXPECT_EQ(Read(registry, "a", "data"), "type 3: " + bytes);
-      ASSERT_EQ(registry.DeleteValue(writtenThrough ? Open("") : 0, "a", "data"), 0u);
+      ASSERT_EQ(0u, registry.DeleteValue(writtenThrough ? Open("") : 0, "a", "data"));
     }
   }
 }
@@ -256,31 +256,31 @@ TEST_F(RegistryScenarios, AnEmptyValueIsFilledLater) {
     const auto handle = [&] { return through ? Open("") : 0; };
     ExactValue empty(1, ""), text(1, "text");
     const char* name = through ? "through" : "without";
-    ASSERT_EQ(registry.CreateValue(handle(), "a", name, &empty), 0u);
-    EXPECT_EQ(Read(registry, "a", name), "status 53");
-    EXPECT_EQ(ReadThrough(Open("a"), "", name), "type 6: (none)");
-    ASSERT_EQ(registry.SetValue(handle(), "a", name, &empty), 0u);
+    ASSERT_EQ(status::kOk, registry.CreateValue(handle(), "a", name, &empty));
+    EXPECT_EQ("status 53", Read(registry, "a", name));
+    EXPECT_EQ("type 6: (none)", ReadThrough(Open("a"), "", name));
+    ASSERT_EQ(status::kOk, registry.SetValue(handle(), "a", name, &empty));
     EXPECT_EQ(ReadThrough(Open("a"), "", name), through ? "type 6: (none)" : "type 1: ");
-    ASSERT_EQ(registry.SetValue(handle(), "a", name, &text), 0u);
-    EXPECT_EQ(Read(registry, "a", name), "type 1: text");
-    EXPECT_EQ(ReadThrough(Open("a"), "", name), "type 1: text");
+    ASSERT_EQ(status::kOk, registry.SetValue(handle(), "a", name, &text));
+    EXPECT_EQ("type 1: text", Read(registry, "a", name));
+    EXPECT_EQ("type 1: text", ReadThrough(Open("a"), "", name));
   }
   ExpectKeys("a");
 }
 
 TEST_F(RegistryScenarios, AKeylessNameIsNoParentWithOrWithoutAHandle) {
   Create({"a", "m", "m/n"});
-  ASSERT_EQ(registry.DeleteKey(0, "a"), 0u);
-  EXPECT_EQ(registry.CreateKey(0, "a/b"), 1u);
+  ASSERT_EQ(status::kOk, registry.DeleteKey(0, "a"));
+  EXPECT_EQ(status::kNoRight, registry.CreateKey(0, "a/b"));
   const unsigned int root = Open("");
   unsigned long long number = 0;
-  EXPECT_EQ(registry.CreateKey(root, "a/b"), 1u);
-  EXPECT_EQ(registry.CreateKey(root, "a/"), 17u);
-  EXPECT_EQ(registry.GetDefaultValue(root, "a/", &number), 2u);
-  EXPECT_EQ(registry.GetDefaultValue(0, "a/", &number), 1u);
+  EXPECT_EQ(status::kNoRight, registry.CreateKey(root, "a/b"));
+  EXPECT_EQ(status::kExists, registry.CreateKey(root, "a/"));
+  EXPECT_EQ(status::kNotFound, registry.GetDefaultValue(root, "a/", &number));
+  EXPECT_EQ(status::kNoRight, registry.GetDefaultValue(0, "a/", &number));
   unsigned int handle = 0;
-  EXPECT_EQ(registry.OpenKey("a", &handle), 2u);
-  EXPECT_EQ(registry.OpenKey("a/", &handle), 2u);
+  EXPECT_EQ(status::kNotFound, registry.OpenKey("a", &handle));
+  EXPECT_EQ(status::kNotFound, registry.OpenKey("a/", &handle));
   ExpectKeys("m m/n");
 }
 
@@ -288,63 +288,63 @@ TEST_F(RegistryScenarios, AKeylessNameIsNoParentWithOrWithoutAHandle) {
 TEST_F(RegistryScenarios, NamesThatEndAtACutAreTakenForItThroughAHandleToo) {
   Create({"abcd"});
   const unsigned int root = Open("");
-  EXPECT_EQ(registry.CreateKey(root, "x"), 0u);
-  EXPECT_EQ(Keys(), "a abcd");
-  EXPECT_EQ(registry.CreateKey(root, "x"), 0u);
-  EXPECT_EQ(registry.CreateKey(root, "x"), 17u);
-  EXPECT_EQ(registry.CreateKey(root, "x/bcd"), 0u);
-  EXPECT_EQ(registry.CreateKey(root, "x//"), 0u);
+  EXPECT_EQ(status::kOk, registry.CreateKey(root, "x"));
+  EXPECT_EQ("a abcd", Keys());
+  EXPECT_EQ(status::kOk, registry.CreateKey(root, "x"));
+  EXPECT_EQ(status::kExists, registry.CreateKey(root, "x"));
+  EXPECT_EQ(status::kOk, registry.CreateKey(root, "x/bcd"));
+  EXPECT_EQ(status::kOk, registry.CreateKey(root, "x//"));
   ExpectKeys("a abcd x x/b x/bcd");
 }
 
 // "abc" next to "abcx" and "abdz" ends at a branch. Without a handle it is made there.
 TEST_F(RegistryScenarios, ANameThatEndsAtABranchIsMadeWithoutAHandleOnly) {
   const unsigned int root = Open("");
-  EXPECT_EQ(registry.CreateKey(root, "abcx"), 0u);
-  EXPECT_EQ(registry.CreateKey(root, "abdz"), 0u);
-  EXPECT_EQ(registry.CreateKey(root, "abc"), 1u);
-  EXPECT_EQ(Keys(), "abcx abdz");
-  EXPECT_EQ(registry.CreateKey(0, "abc"), 0u);
-  EXPECT_EQ(registry.CreateKey(Open(""), "abc"), 17u);
+  EXPECT_EQ(status::kOk, registry.CreateKey(root, "abcx"));
+  EXPECT_EQ(status::kOk, registry.CreateKey(root, "abdz"));
+  EXPECT_EQ(status::kNoRight, registry.CreateKey(root, "abc"));
+  EXPECT_EQ("abcx abdz", Keys());
+  EXPECT_EQ(status::kOk, registry.CreateKey(0, "abc"));
+  EXPECT_EQ(status::kExists, registry.CreateKey(Open(""), "abc"));
   ExpectKeys("abc abcx abdz");
 }
 
 TEST_F(RegistryScenarios, FiftyHandlesAreOpenAndClosed) {
   Create({"a"});
   for (unsigned int i = 1; i <= 49; ++i) ASSERT_EQ(Open("a"), i);
-  EXPECT_EQ(registry.CloseKey(49), 0u);
-  EXPECT_EQ(Open("a"), 49u);
+  EXPECT_EQ(status::kOk, registry.CloseKey(49));
+  EXPECT_EQ(49u, Open("a"));
   for (unsigned int i = 50; i <= 120; ++i) ASSERT_EQ(Open("a"), i);
-  for (unsigned int i = 1; i <= 120; ++i) EXPECT_EQ(registry.CloseKey(i), 0u);
-  EXPECT_EQ(registry.CreateKey(Open("a"), "b"), 0u);
+  for (unsigned int i = 1; i <= 120; ++i) EXPECT_EQ(status::kOk, registry.CloseKey(i));
+  EXPECT_EQ(status::kOk, registry.CreateKey(Open("a"), "b"));
   ExpectKeys("a a/b");
 }
 
 TEST_F(RegistryScenarios, BytesAbove127AreNamesThroughAHandle) {
   const unsigned int root = Open("");
   for (const char* key : {"a", "\x80", "\xFF", "a\xE9", "a\x80", "\xFF/\x80\xFF"}) {
-    EXPECT_EQ(registry.CreateKey(root, key, 7), 0u) << key;
+    EXPECT_EQ(status::kOk, registry.CreateKey(root, key, 7)) << key;
   }
   NameList names(10);
-  EXPECT_EQ(registry.ListKeys(root, "", 0, 0, &names, 0), 0u);
+  EXPECT_EQ(status::kOk, registry.ListKeys(root, "", 0, 0, &names, 0));
   std::string text;
   for (unsigned int i = 0; i < names.Count(); ++i)
     text += names.GetName(i, nullptr) + std::string(" ");
-  EXPECT_EQ(text, "\xFF/\x80\xFF \xFF \x80 a\x80 a\xE9 a ");
+  EXPECT_EQ("\xFF/\x80\xFF \xFF \x80 a\x80 a\xE9 a ", text);
   unsigned long long number = 0;
-  EXPECT_EQ(registry.GetDefaultValue(0, "\xFF/\x80\xFF", &number), 0u);
+  EXPECT_EQ(status::kOk, registry.GetDefaultValue(0, "\xFF/\x80\xFF", &number));
 }
 
 // A client that forgets to close, and one that ends with keys open.
 TEST_F(RegistryScenarios, ARegistryIsClosedWithKeysOpen) {
   Create({"a", "a/b", "z"});
   const unsigned int root = Open(""), a = Open("a"), b = Open("a/b");
-  EXPECT_EQ(registry.CreateKey(b, "c"), 0u);
-  EXPECT_EQ(registry.DeleteKey(root, "z"), 0u);
+  EXPECT_EQ(status::kOk, registry.CreateKey(b, "c"));
+  EXPECT_EQ(status::kOk, registry.DeleteKey(root, "z"));
   registry.Finalize();
-  EXPECT_EQ(registry.CloseKey(a), 1u);
-  ASSERT_EQ(registry.Initialize(), 0u);
-  EXPECT_EQ(registry.CloseKey(a), 22u);
+  EXPECT_EQ(status::kNoRight, registry.CloseKey(a));
+  ASSERT_EQ(status::kOk, registry.Initialize());
+  EXPECT_EQ(status::kBadArgument, registry.CloseKey(a));
   ExpectKeys("a a/b a/b/c");
 }
 

@@ -17,10 +17,10 @@ TEST(Registry, MakesANewFileWhereThereIsNone) {
   const std::string path = folder / "new";
   {
     Registry registry(path.c_str(), "somebody");
-    EXPECT_EQ(registry.Initialize(), 0u);
+    EXPECT_EQ(status::kOk, registry.Initialize());
   }
   const std::string bytes = GetFile(path);
-  ASSERT_EQ(bytes.size(), 75888u);
+  ASSERT_EQ(75888u, bytes.size());
   EXPECT_EQ(bytes.substr(0, 16),
             std::string("\xFF\xE0\xAC\x0F\xEF\xBE\xAD\xDE\x02\0\0\0\x01\0\0\0", 16));
   EXPECT_EQ(bytes.substr(16, 68 + 4096), std::string(68 + 4096, '\0'));
@@ -33,7 +33,7 @@ TEST(Registry, MakesANewFileWhereThereIsNone) {
             std::string("\0\0\x10\0", 4) + std::string(16, '\0') + Little(0x100, 4));
   EXPECT_EQ(bytes.substr(24788 + 24, 24),
             Little(0, 6) + "\x5F\x02" + Little(0xFFFF, 4) + std::string(12, '\0'));
-  EXPECT_EQ(StructureFindings(path), "");
+  EXPECT_EQ("", StructureFindings(path));
 }
 
 TEST(Registry, LeavesAnExistingFileAsItIs) {
@@ -41,12 +41,12 @@ TEST(Registry, LeavesAnExistingFileAsItIs) {
   const std::string path = folder / "old";
   {
     Registry registry(path.c_str(), kAdmin);
-    ASSERT_EQ(registry.Initialize(), 0u);
-    ASSERT_EQ(registry.CreateKey(0, "key", 5), 0u);
+    ASSERT_EQ(status::kOk, registry.Initialize());
+    ASSERT_EQ(status::kOk, registry.CreateKey(0, "key", 5));
   }
   const std::string before = GetFile(path);
   Registry registry(path.c_str(), 1);
-  EXPECT_EQ(registry.Initialize(7), 0u);
+  EXPECT_EQ(status::kOk, registry.Initialize(7));
   EXPECT_EQ(GetFile(path), before);
   registry.Finalize();
   EXPECT_EQ(GetFile(path), before);
@@ -54,110 +54,110 @@ TEST(Registry, LeavesAnExistingFileAsItIs) {
 
 TEST(Registry, OfNoPathCannotBeOpened) {
   Registry registry(nullptr, kAdmin);
-  EXPECT_EQ(registry.Initialize(), 22u);
-  EXPECT_EQ(registry.CreateKey(0, "a"), 1u);
+  EXPECT_EQ(status::kBadArgument, registry.Initialize());
+  EXPECT_EQ(status::kNoRight, registry.CreateKey(0, "a"));
 }
 
 TEST(Registry, TakesItsUserByNameOrNumber) {
   unsigned int user = 0;
   Registry byName("unused", "a");
-  EXPECT_EQ(byName.GetCurrentUserId(&user), 0u);
-  EXPECT_EQ(user, 177670u);
+  EXPECT_EQ(status::kOk, byName.GetCurrentUserId(&user));
+  EXPECT_EQ(177670u, user);
   Registry byNumber("unused", 0xFFFFFFFFu);
-  EXPECT_EQ(byNumber.GetCurrentUserId(&user), 0u);
-  EXPECT_EQ(user, 0xFFFFFFFFu);
+  EXPECT_EQ(status::kOk, byNumber.GetCurrentUserId(&user));
+  EXPECT_EQ(0xFFFFFFFFu, user);
   Registry byNoName("unused", static_cast<const char*>(nullptr));
-  EXPECT_EQ(byNoName.GetCurrentUserId(&user), 0u);
-  EXPECT_EQ(user, 5381u);
-  EXPECT_EQ(byNoName.GetCurrentUserId(nullptr), 22u);
+  EXPECT_EQ(status::kOk, byNoName.GetCurrentUserId(&user));
+  EXPECT_EQ(5381u, user);
+  EXPECT_EQ(status::kBadArgument, byNoName.GetCurrentUserId(nullptr));
 }
 
 TEST(Registry, ChangesItsUser) {
   Registry registry("unused", kAdmin);
   unsigned int user = 0;
-  EXPECT_EQ(registry.SetCurrentUser("adminstrator"), 0u);
-  EXPECT_EQ(registry.GetCurrentUserId(&user), 0u);
-  EXPECT_EQ(user, 0xAC295ADDu);
-  EXPECT_EQ(registry.SetCurrentUserId(7), 0u);
-  EXPECT_EQ(registry.GetCurrentUserId(&user), 0u);
-  EXPECT_EQ(user, 7u);
-  EXPECT_EQ(registry.SetCurrentUser(nullptr), 0u);
-  EXPECT_EQ(registry.GetCurrentUserId(&user), 0u);
-  EXPECT_EQ(user, 5381u);
+  EXPECT_EQ(status::kOk, registry.SetCurrentUser("adminstrator"));
+  EXPECT_EQ(status::kOk, registry.GetCurrentUserId(&user));
+  EXPECT_EQ(0xAC295ADDu, user);
+  EXPECT_EQ(status::kOk, registry.SetCurrentUserId(7));
+  EXPECT_EQ(status::kOk, registry.GetCurrentUserId(&user));
+  EXPECT_EQ(7u, user);
+  EXPECT_EQ(status::kOk, registry.SetCurrentUser(nullptr));
+  EXPECT_EQ(status::kOk, registry.GetCurrentUserId(&user));
+  EXPECT_EQ(5381u, user);
 }
 
 TEST(Registry, HasNothingToFlush) {
   TempDir folder;
   const std::string path = folder / "registry";
   Registry registry(path.c_str(), kAdmin);
-  EXPECT_EQ(registry.Flush(), 1u);
-  ASSERT_EQ(registry.Initialize(), 0u);
+  EXPECT_EQ(1u, registry.Flush());
+  ASSERT_EQ(status::kOk, registry.Initialize());
   const std::string before = GetFile(path);
-  EXPECT_EQ(registry.Flush(), 0u);
+  EXPECT_EQ(0u, registry.Flush());
   EXPECT_EQ(GetFile(path), before);
   registry.Finalize();
-  EXPECT_EQ(registry.Flush(), 1u);
+  EXPECT_EQ(1u, registry.Flush());
 }
 
 TEST(Registry, DoesNotSupportCallbacks) {
   TempDir folder;
   Registry registry((folder / "registry").c_str(), kAdmin);
-  EXPECT_EQ(registry.RegisterCallback(1, SomeCallback()), 1u);
-  EXPECT_EQ(registry.RegisterCallback(1, nullptr), 1u);
-  EXPECT_EQ(registry.UnregisterCallback(SomeCallback()), 1u);
-  EXPECT_EQ(registry.UnregisterCallback(nullptr), 1u);
-  ASSERT_EQ(registry.Initialize(), 0u);
-  EXPECT_EQ(registry.RegisterCallback(1, nullptr), 22u);
-  EXPECT_EQ(registry.RegisterCallback(1, SomeCallback()), 37u);
-  EXPECT_EQ(registry.UnregisterCallback(nullptr), 22u);
-  EXPECT_EQ(registry.UnregisterCallback(SomeCallback()), 37u);
+  EXPECT_EQ(status::kNoRight, registry.RegisterCallback(1, SomeCallback()));
+  EXPECT_EQ(status::kNoRight, registry.RegisterCallback(1, nullptr));
+  EXPECT_EQ(status::kNoRight, registry.UnregisterCallback(SomeCallback()));
+  EXPECT_EQ(status::kNoRight, registry.UnregisterCallback(nullptr));
+  ASSERT_EQ(status::kOk, registry.Initialize());
+  EXPECT_EQ(status::kBadArgument, registry.RegisterCallback(1, nullptr));
+  EXPECT_EQ(status::kNotSupported, registry.RegisterCallback(1, SomeCallback()));
+  EXPECT_EQ(status::kBadArgument, registry.UnregisterCallback(nullptr));
+  EXPECT_EQ(status::kNotSupported, registry.UnregisterCallback(SomeCallback()));
 }
 
 TEST(Registry, TellsAboutANewFile) {
   TempDir folder;
   Registry registry((folder / "registry").c_str(), kAdmin);
-  ASSERT_EQ(registry.Initialize(), 0u);
+  ASSERT_EQ(status::kOk, registry.Initialize());
   RegistryInfo info = {};
   info.infoReserved = 9;
-  EXPECT_EQ(registry.GetRegistryInfo(&info), 0u);
-  EXPECT_EQ(info.infoFormat, 1u);
-  EXPECT_EQ(info.keyCount, 1u);
-  EXPECT_EQ(info.valueCount, 0u);
-  EXPECT_EQ(info.fileSize, 75888u);
-  EXPECT_EQ(info.segmentSize, 16u);
-  EXPECT_EQ(info.valueNameSize, 32u);
-  EXPECT_EQ(info.maxDataSize, 1024u);
-  EXPECT_EQ(info.keyCapacity, 364u);
-  EXPECT_EQ(info.valueCapacity, 364u);
-  EXPECT_EQ(info.dataBlockCapacity, 364u);
-  EXPECT_EQ(info.infoFlag, 1);
-  EXPECT_EQ(info.infoReserved, 0);
+  EXPECT_EQ(status::kOk, registry.GetRegistryInfo(&info));
+  EXPECT_EQ(1u, info.infoFormat);
+  EXPECT_EQ(1u, info.keyCount);
+  EXPECT_EQ(0u, info.valueCount);
+  EXPECT_EQ(75888u, info.fileSize);
+  EXPECT_EQ(16u, info.segmentSize);
+  EXPECT_EQ(32u, info.valueNameSize);
+  EXPECT_EQ(1024u, info.maxDataSize);
+  EXPECT_EQ(364u, info.keyCapacity);
+  EXPECT_EQ(364u, info.valueCapacity);
+  EXPECT_EQ(364u, info.dataBlockCapacity);
+  EXPECT_EQ(1, info.infoFlag);
+  EXPECT_EQ(0, info.infoReserved);
 }
 
 TEST(Registry, CountsKeysAndValuesInItsInformation) {
   TempDir folder;
   Registry registry((folder / "registry").c_str(), kAdmin);
-  ASSERT_EQ(registry.Initialize(), 0u);
-  ASSERT_EQ(registry.CreateKey(0, "a"), 0u);
-  ASSERT_EQ(registry.CreateKey(0, "b"), 0u);
-  ASSERT_EQ(registry.CreateValue(0, "a", "v", nullptr), 0u);
+  ASSERT_EQ(status::kOk, registry.Initialize());
+  ASSERT_EQ(status::kOk, registry.CreateKey(0, "a"));
+  ASSERT_EQ(status::kOk, registry.CreateKey(0, "b"));
+  ASSERT_EQ(status::kOk, registry.CreateValue(0, "a", "v", nullptr));
   RegistryInfo info = {};
-  EXPECT_EQ(registry.GetRegistryInfo(&info), 0u);
-  EXPECT_EQ(info.keyCount, 3u);
-  EXPECT_EQ(info.valueCount, 1u);
-  ASSERT_EQ(registry.DeleteValue(0, "a", "v"), 0u);
-  EXPECT_EQ(registry.GetRegistryInfo(&info), 0u);
-  EXPECT_EQ(info.valueCount, 0u);
+  EXPECT_EQ(status::kOk, registry.GetRegistryInfo(&info));
+  EXPECT_EQ(3u, info.keyCount);
+  EXPECT_EQ(1u, info.valueCount);
+  ASSERT_EQ(status::kOk, registry.DeleteValue(0, "a", "v"));
+  EXPECT_EQ(status::kOk, registry.GetRegistryInfo(&info));
+  EXPECT_EQ(0u, info.valueCount);
 }
 
 TEST(Registry, LeavesTheAddressOfTheInformationInTheFile) {
   TempDir folder;
   const std::string path = folder / "registry";
   Registry registry(path.c_str(), kAdmin);
-  ASSERT_EQ(registry.Initialize(), 0u);
+  ASSERT_EQ(status::kOk, registry.Initialize());
   const std::string before = GetFile(path);
   RegistryInfo info = {};
-  ASSERT_EQ(registry.GetRegistryInfo(&info), 0u);
+  ASSERT_EQ(status::kOk, registry.GetRegistryInfo(&info));
   std::string expected = before;
   const auto address = static_cast<unsigned long long>(reinterpret_cast<uintptr_t>(&info));
   expected.replace(84, 4, Little(address, 4));
@@ -168,12 +168,12 @@ TEST(Registry, TellsNothingWithoutARecordOrAFile) {
   TempDir folder;
   Registry registry((folder / "registry").c_str(), kAdmin);
   RegistryInfo info = {};
-  EXPECT_EQ(registry.GetRegistryInfo(&info), 1u);
-  EXPECT_EQ(registry.GetRegistryInfo(nullptr), 1u);
-  ASSERT_EQ(registry.Initialize(), 0u);
-  EXPECT_EQ(registry.GetRegistryInfo(nullptr), 22u);
+  EXPECT_EQ(status::kNoRight, registry.GetRegistryInfo(&info));
+  EXPECT_EQ(status::kNoRight, registry.GetRegistryInfo(nullptr));
+  ASSERT_EQ(status::kOk, registry.Initialize());
+  EXPECT_EQ(status::kBadArgument, registry.GetRegistryInfo(nullptr));
   registry.Finalize();
-  EXPECT_EQ(registry.GetRegistryInfo(&info), 1u);
+  EXPECT_EQ(status::kNoRight, registry.GetRegistryInfo(&info));
 }
 
 TEST(Registry, IsNotTroubledByWhatBecomesOfThePathsBuffer) {
@@ -184,13 +184,13 @@ TEST(Registry, IsNotTroubledByWhatBecomesOfThePathsBuffer) {
   std::strcpy(buffer, path.c_str());
   Registry registry(buffer, kAdmin);
   std::memset(buffer, 'x', sizeof buffer - 1);
-  ASSERT_EQ(registry.Initialize(), 0u);
-  EXPECT_EQ(GetFile(path).size(), 75888u);
+  ASSERT_EQ(status::kOk, registry.Initialize());
+  EXPECT_EQ(75888u, GetFile(path).size());
   // The list of instances compares paths with those of objects that came before.
   Registry second(path.c_str(), kAdmin);
-  EXPECT_EQ(second.Initialize(), 0u);
-  EXPECT_EQ(registry.CreateKey(0, "a"), 0u);
-  EXPECT_EQ(RegistryInstance::sFirstInstance->refCount, 2u);
+  EXPECT_EQ(status::kOk, second.Initialize());
+  EXPECT_EQ(status::kOk, registry.CreateKey(0, "a"));
+  EXPECT_EQ(2u, RegistryInstance::sFirstInstance->refCount);
 }
 
 TEST(Registry, ReadsInAnotherProcessWhatOneHasWritten) {
@@ -203,20 +203,20 @@ TEST(Registry, ReadsInAnotherProcessWhatOneHasWritten) {
            registry.CreateValue(0, "key", "name", &value) == 0;
   }));
   Registry registry(path.c_str(), "writer");
-  ASSERT_EQ(registry.Initialize(), 0u);
+  ASSERT_EQ(status::kOk, registry.Initialize());
   unsigned long long number = 0;
-  EXPECT_EQ(registry.GetDefaultValue(0, "key", &number), 0u);
-  EXPECT_EQ(number, 0x123456789AULL);
-  EXPECT_EQ(Read(registry, "key", "name"), "type 1: hello");
+  EXPECT_EQ(status::kOk, registry.GetDefaultValue(0, "key", &number));
+  EXPECT_EQ(0x123456789AULL, number);
+  EXPECT_EQ("type 1: hello", Read(registry, "key", "name"));
 }
 
 // What a process that only reads finds once another one has appended a table of each kind.
 class AnotherProcessGrowsTest : public OpenRegistryTest {
  protected:
   AnotherProcessGrowsTest() {
-    for (const char* key : {"a", "full"}) EXPECT_EQ(registry.CreateKey(0, key, 1), 0u);
+    for (const char* key : {"a", "full"}) EXPECT_EQ(status::kOk, registry.CreateKey(0, key, 1));
     ExactValue value(1, "text");
-    EXPECT_EQ(registry.CreateValue(0, "a", "old", &value), 0u);
+    EXPECT_EQ(status::kOk, registry.CreateValue(0, "a", "old", &value));
   }
   ~AnotherProcessGrowsTest() override { EXPECT_EQ(GetFile(path), grown); }
 
@@ -264,7 +264,7 @@ TEST_F(AnotherProcessGrowsTest, DataInANewTableAreSeen) {
     const bool isLast = i > 1000;
     return registry.CreateValue(0, isLast ? "a" : "full", std::to_string(i).c_str(), &value) == 0;
   });
-  EXPECT_EQ(Read(registry, "a", "old"), "type 1: text");
+  EXPECT_EQ("type 1: text", Read(registry, "a", "old"));
   EXPECT_EQ(Read(registry, "a", "1002"),
             isShared ? "type 2: " + std::string(1024, 'x') : "status 59");
 }
@@ -274,8 +274,8 @@ TEST_F(AnotherProcessGrowsTest, NamesInANewTableAreSeen) {
     return registry.CreateKey(0, ("full/" + std::to_string(i)).c_str(), 5) == 0;
   });
   EXPECT_EQ(Default("full/1002"), isShared ? 0u : 59u);
-  EXPECT_EQ(Default("full/1000"), 0u);
-  EXPECT_EQ(Read(registry, "a", "old"), "type 1: text");
+  EXPECT_EQ(0u, Default("full/1000"));
+  EXPECT_EQ("type 1: text", Read(registry, "a", "old"));
 }
 
 }  // namespace

@@ -146,14 +146,14 @@ TEST_F(RegistryThreadsTest, EachThreadFindsWhatItHasWritten) {
     worker.Run();
     surprises += worker.surprises();
   });
-  EXPECT_EQ(surprises, 0u);
+  EXPECT_EQ(0u, surprises);
   const std::map<std::string, DecodedKey> keys = DecodeTree(path);
   EXPECT_EQ(keys.size(), 1 + kThreads * (1 + kKeys));
   for (unsigned int thread = 0; thread < kThreads; ++thread) {
     for (unsigned int key = 0; key < kKeys; ++key) {
       const DecodedKey& decoded = keys.at(SubKey(thread, key));
-      EXPECT_EQ(decoded.defaultValue, kRounds);
-      ASSERT_EQ(decoded.values.size(), 1u);
+      EXPECT_EQ(kRounds, decoded.defaultValue);
+      ASSERT_EQ(1u, decoded.values.size());
       EXPECT_EQ(decoded.values[0].bytes, Text(thread, kRounds));
     }
   }
@@ -171,13 +171,13 @@ TEST_F(RegistryThreadsTest, TheFileGrowsWhileAllThreadsCreate) {
       if (registry.CreateValue(0, key.c_str(), "name", &value) != 0) ++failures;
     }
   });
-  EXPECT_EQ(failures, 0u);
+  EXPECT_EQ(0u, failures);
   const SlotCounts counts = CountSlots(path);
   EXPECT_EQ(counts.keys.used, 1 + kThreads * kEach);
   EXPECT_EQ(counts.keys.reachable, 1 + kThreads * kEach);
   EXPECT_EQ(counts.values.reachable, kThreads * kEach);
   EXPECT_EQ(counts.blocks.reachable, kThreads * kEach);
-  EXPECT_EQ(counts.keys.tables, 2u);
+  EXPECT_EQ(2u, counts.keys.tables);
 }
 
 TEST_F(RegistryThreadsTest, OneThreadAloneCreatesAKeyThatAllWant) {
@@ -190,12 +190,12 @@ TEST_F(RegistryThreadsTest, OneThreadAloneCreatesAKeyThatAllWant) {
       if (result == 17) ++refused;
     }
   });
-  EXPECT_EQ(created, 20u);
+  EXPECT_EQ(20u, created);
   EXPECT_EQ(refused, 20 * (kThreads - 1));
 }
 
 TEST_F(RegistryThreadsTest, TheUserMayBeChangedWhileOthersWork) {
-  ASSERT_EQ(registry.CreateKey(0, "key", 1), 0u);
+  ASSERT_EQ(status::kOk, registry.CreateKey(0, "key", 1));
   std::atomic<unsigned int> surprises{0};
   OnThreads(kThreads, [&](unsigned int thread) {
     for (unsigned int i = 0; i < 50; ++i) {
@@ -205,7 +205,7 @@ TEST_F(RegistryThreadsTest, TheUserMayBeChangedWhileOthersWork) {
       if (result > 1) ++surprises;
     }
   });
-  EXPECT_EQ(surprises, 0u);
+  EXPECT_EQ(0u, surprises);
 }
 
 TEST_F(RegistryThreadsTest, EachThreadCarriesItsKeysAwayAndBack) {
@@ -215,7 +215,7 @@ TEST_F(RegistryThreadsTest, EachThreadCarriesItsKeysAwayAndBack) {
     carrier.Run();
     surprises += carrier.surprises();
   });
-  EXPECT_EQ(surprises, 0u);
+  EXPECT_EQ(0u, surprises);
   const std::map<std::string, DecodedKey> keys = DecodeTree(path);
   EXPECT_EQ(keys.size(), 1 + kThreads * (1 + kKeys));
   const SlotCounts counts = CountSlots(path);
@@ -226,14 +226,14 @@ TEST_F(RegistryThreadsTest, EachThreadCarriesItsKeysAwayAndBack) {
 
 // Whoever looks sees all of the subtree or nothing of it.
 TEST_F(RegistryThreadsTest, ASubtreeIsNeverSeenInPart) {
-  ASSERT_EQ(registry.CreateKey(0, "key"), 0u);
+  ASSERT_EQ(status::kOk, registry.CreateKey(0, "key"));
   const std::string empty = folder / "empty";
-  ASSERT_EQ(registry.BackupKey(0, "key", empty.c_str()), 0u);
+  ASSERT_EQ(status::kOk, registry.BackupKey(0, "key", empty.c_str()));
   for (const char* each : {"key/aa", "key/bb", "key/bb/cc"}) {
-    ASSERT_EQ(registry.CreateKey(0, each), 0u);
+    ASSERT_EQ(status::kOk, registry.CreateKey(0, each));
   }
   const std::string full = folder / "full";
-  ASSERT_EQ(registry.BackupKey(0, "key", full.c_str()), 0u);
+  ASSERT_EQ(status::kOk, registry.BackupKey(0, "key", full.c_str()));
   std::atomic<unsigned int> surprises{0};
   OnThreads(kThreads, [&](unsigned int thread) {
     for (unsigned int i = 0; i < 40; ++i) {
@@ -250,7 +250,7 @@ TEST_F(RegistryThreadsTest, ASubtreeIsNeverSeenInPart) {
       if (info.totalKeyCount != 0 && info.totalKeyCount != 3) ++surprises;
     }
   });
-  EXPECT_EQ(surprises, 0u);
+  EXPECT_EQ(0u, surprises);
 }
 
 }  // namespace

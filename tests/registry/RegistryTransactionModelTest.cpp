@@ -45,8 +45,8 @@ class TransactionRun {
     registry_ = std::make_unique<Registry>(path_.c_str(), kAdmin);
     RegistryOptions options;
     options.durability = durability_;
-    ASSERT_EQ(registry_->SetOptions(options), 0u);
-    ASSERT_EQ(registry_->Initialize(), 0u);
+    ASSERT_EQ(status::kOk, registry_->SetOptions(options));
+    ASSERT_EQ(status::kOk, registry_->Initialize());
   }
 
   void Start(Durability durability) {
@@ -58,37 +58,37 @@ class TransactionRun {
     stayed_.clear();
     handle_ = 0;
     for (const char* key : {"a", "ab", "abc", "b", "b/a", "b/a/a"}) {
-      ASSERT_EQ(registry_->CreateKey(0, key), 0u);
+      ASSERT_EQ(status::kOk, registry_->CreateKey(0, key));
       in_.AddPath(key);
     }
-    ASSERT_EQ(registry_->BackupKey(0, "b", backup_.c_str()), 0u);
+    ASSERT_EQ(status::kOk, registry_->BackupKey(0, "b", backup_.c_str()));
     registry_->Finalize();
     start_ = GetFile(path_);
-    ASSERT_EQ(registry_->Initialize(), 0u);
+    ASSERT_EQ(status::kOk, registry_->Initialize());
   }
 
   void DoTransaction(unsigned int depth) {
     const size_t stayed = stayed_.size();
     const bool isChecked = in_.OneIn(8);
     if (!IsHandleOpen() && in_.OneIn(2)) {
-      ASSERT_EQ(registry_->OpenKey("", &handle_), 0u);
+      ASSERT_EQ(status::kOk, registry_->OpenKey("", &handle_));
     }
     const unsigned int handle = IsHandleOpen() ? handle_ : 0;
     const std::string before = isChecked ? Seen(handle) : "";
-    ASSERT_EQ(registry_->BeginTransaction(), 0u);
+    ASSERT_EQ(status::kOk, registry_->BeginTransaction());
     for (unsigned int n = in_.Below(8); n > 0; --n) {
       if (depth < 3 && in_.OneIn(8)) DoTransaction(depth + 1);
       DoOne(true);
     }
     const std::string inside = isChecked ? Seen(handle) : "";
     if (in_.OneIn(3)) {
-      ASSERT_EQ(registry_->CancelTransaction(), 0u);
+      ASSERT_EQ(status::kOk, registry_->CancelTransaction());
       stayed_.resize(stayed);
       if (isChecked) {
         EXPECT_EQ(Seen(handle), before);
       }
     } else {
-      ASSERT_EQ(registry_->EndTransaction(), 0u);
+      ASSERT_EQ(status::kOk, registry_->EndTransaction());
       if (isChecked) {
         EXPECT_EQ(Seen(handle), inside);
       }
@@ -112,7 +112,7 @@ class TransactionRun {
     for (const std::string& path : paths) {
       unsigned char rights = 0;
       unsigned long long number = 0;
-      EXPECT_EQ(registry_->GetKeyPermission(handle, path.c_str(), &rights), 0u) << path;
+      EXPECT_EQ(status::kOk, registry_->GetKeyPermission(handle, path.c_str(), &rights)) << path;
       const unsigned int isSet = registry_->GetDefaultValue(handle, path.c_str(), &number);
       text += path + " " + std::to_string(rights) + " " + std::to_string(isSet) + " " +
               std::to_string(number);
@@ -189,18 +189,18 @@ class TransactionRun {
     registry_->Finalize();
     const std::string file = GetFile(path_);
     PutFile(path_, start_);
-    ASSERT_EQ(registry_->Initialize(), 0u);
+    ASSERT_EQ(status::kOk, registry_->Initialize());
     for (size_t i = 0; i < stayed_.size(); ++i) {
       const Operation& operation = stayed_[i];
       unsigned int handle = 0;
       if (operation.isThroughHandle) {
-        ASSERT_EQ(registry_->OpenKey("", &handle), 0u);
+        ASSERT_EQ(status::kOk, registry_->OpenKey("", &handle));
       }
       ASSERT_EQ(Do(operation, handle), operation.answer)
           << "operation " << i << ", kind " << operation.kind << ", handle "
           << operation.isThroughHandle << ", " << operation.path;
       if (handle != 0) {
-        ASSERT_EQ(registry_->CloseKey(handle), 0u);
+        ASSERT_EQ(status::kOk, registry_->CloseKey(handle));
       }
     }
     handle_ = 0;

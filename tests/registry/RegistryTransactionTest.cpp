@@ -22,20 +22,20 @@ class RegistryTransaction : public ::testing::TestWithParam<Durability> {
   RegistryTransaction() {
     Open();
     for (const char* key : {"a", "a/b", "a/b/c", "zoo"}) {
-      EXPECT_EQ(registry.CreateKey(0, key, 7), 0u);
+      EXPECT_EQ(status::kOk, registry.CreateKey(0, key, 7));
     }
-    EXPECT_EQ(CreateText(0, "a/b", "text", "old"), 0u);
+    EXPECT_EQ(status::kOk, CreateText(0, "a/b", "text", "old"));
   }
   ~RegistryTransaction() override {
     registry.Finalize();
-    EXPECT_EQ(StructureFindings(path), "");
+    EXPECT_EQ("", StructureFindings(path));
   }
 
   void Open() {
     RegistryOptions options;
     options.durability = GetParam();
-    EXPECT_EQ(registry.SetOptions(options), 0u);
-    EXPECT_EQ(registry.Initialize(), 0u);
+    EXPECT_EQ(status::kOk, registry.SetOptions(options));
+    EXPECT_EQ(status::kOk, registry.Initialize());
   }
   unsigned int CreateText(unsigned int handle, const char* key, const char* name,
                           const std::string& text) {
@@ -55,7 +55,7 @@ class RegistryTransaction : public ::testing::TestWithParam<Durability> {
   std::string Text(const char* key, const char* name) { return TextThrough(0, key, name); }
   unsigned int Handle(const char* key) {
     unsigned int handle = 0;
-    EXPECT_EQ(registry.OpenKey(key, &handle), 0u) << key;
+    EXPECT_EQ(status::kOk, registry.OpenKey(key, &handle)) << key;
     return handle;
   }
   unsigned int Rights(unsigned int handle, const char* key) {
@@ -69,47 +69,47 @@ class RegistryTransaction : public ::testing::TestWithParam<Durability> {
 };
 
 TEST_P(RegistryTransaction, IsSeenByItsThreadUntilItsEndAndByAllAfterwards) {
-  ASSERT_EQ(registry.BeginTransaction(), 0u);
-  EXPECT_EQ(SetText(0, "a/b", "text", "new"), 0u);
-  EXPECT_EQ(registry.CreateKey(0, "a/new"), 0u);
-  EXPECT_EQ(registry.DeleteKey(0, "zoo"), 0u);
-  EXPECT_EQ(Text("a/b", "text"), "new");
-  EXPECT_EQ(Rights(0, "zoo"), 2u);
-  EXPECT_EQ(registry.CreateKey(0, "a/new"), 17u);
-  EXPECT_EQ(Elsewhere([&] { return Text("a/b", "text"); }), "old");
-  EXPECT_EQ(Elsewhere([&] { return Rights(0, "a/new"); }), 2u);
-  EXPECT_EQ(registry.EndTransaction(), 0u);
-  EXPECT_EQ(Elsewhere([&] { return Text("a/b", "text"); }), "new");
-  EXPECT_EQ(Elsewhere([&] { return Rights(0, "a/new"); }), 0u);
-  EXPECT_EQ(registry.EndTransaction(), 22u);
+  ASSERT_EQ(status::kOk, registry.BeginTransaction());
+  EXPECT_EQ(status::kOk, SetText(0, "a/b", "text", "new"));
+  EXPECT_EQ(status::kOk, registry.CreateKey(0, "a/new"));
+  EXPECT_EQ(status::kOk, registry.DeleteKey(0, "zoo"));
+  EXPECT_EQ("new", Text("a/b", "text"));
+  EXPECT_EQ(status::kNotFound, Rights(0, "zoo"));
+  EXPECT_EQ(status::kExists, registry.CreateKey(0, "a/new"));
+  EXPECT_EQ("old", Elsewhere([&] { return Text("a/b", "text"); }));
+  EXPECT_EQ(status::kNotFound, Elsewhere([&] { return Rights(0, "a/new"); }));
+  EXPECT_EQ(status::kOk, registry.EndTransaction());
+  EXPECT_EQ("new", Elsewhere([&] { return Text("a/b", "text"); }));
+  EXPECT_EQ(status::kOk, Elsewhere([&] { return Rights(0, "a/new"); }));
+  EXPECT_EQ(status::kBadArgument, registry.EndTransaction());
 }
 
 TEST_P(RegistryTransaction, NothingIsInTheFileBeforeItsEnd) {
   const std::string before = GetFile(path);
-  ASSERT_EQ(registry.BeginTransaction(), 0u);
-  EXPECT_EQ(SetText(0, "a/b", "text", "new"), 0u);
-  EXPECT_EQ(registry.CreateKey(0, "a/new"), 0u);
+  ASSERT_EQ(status::kOk, registry.BeginTransaction());
+  EXPECT_EQ(status::kOk, SetText(0, "a/b", "text", "new"));
+  EXPECT_EQ(status::kOk, registry.CreateKey(0, "a/new"));
   const unsigned int handle = Handle("a");
-  EXPECT_EQ(registry.CreateKey(handle, "newer"), 0u);
+  EXPECT_EQ(status::kOk, registry.CreateKey(handle, "newer"));
   EXPECT_TRUE(GetFile(path) == before);
-  EXPECT_EQ(registry.CancelTransaction(), 0u);
+  EXPECT_EQ(status::kOk, registry.CancelTransaction());
   EXPECT_TRUE(GetFile(path) == before);
-  EXPECT_EQ(Text("a/b", "text"), "old");
-  EXPECT_EQ(registry.CancelTransaction(), 22u);
+  EXPECT_EQ("old", Text("a/b", "text"));
+  EXPECT_EQ(status::kBadArgument, registry.CancelTransaction());
 }
 
 // The same bytes as without one.
 TEST_P(RegistryTransaction, LeavesTheFileAsItsOperationsAloneWould) {
   const auto work = [&] {
-    EXPECT_EQ(SetText(0, "a/b", "text", std::string(300, 'x')), 0u);
-    EXPECT_EQ(registry.CreateKey(0, "a/bc"), 0u);
-    EXPECT_EQ(registry.CreateKey(0, "missing/key"), 22u);
-    EXPECT_EQ(registry.DeleteKey(0, "a/b"), 0u);
+    EXPECT_EQ(status::kOk, SetText(0, "a/b", "text", std::string(300, 'x')));
+    EXPECT_EQ(status::kOk, registry.CreateKey(0, "a/bc"));
+    EXPECT_EQ(status::kBadArgument, registry.CreateKey(0, "missing/key"));
+    EXPECT_EQ(status::kOk, registry.DeleteKey(0, "a/b"));
     const unsigned int handle = Handle("");
-    EXPECT_EQ(registry.CreateKey(handle, "a/bd"), 0u);
-    EXPECT_EQ(CreateText(handle, "a/bd", "t", "1"), 0u);
-    EXPECT_EQ(registry.SetDefaultValue(handle, "zoo", 9), 0u);
-    EXPECT_EQ(registry.CloseKey(handle), 0u);
+    EXPECT_EQ(status::kOk, registry.CreateKey(handle, "a/bd"));
+    EXPECT_EQ(status::kOk, CreateText(handle, "a/bd", "t", "1"));
+    EXPECT_EQ(status::kOk, registry.SetDefaultValue(handle, "zoo", 9));
+    EXPECT_EQ(status::kOk, registry.CloseKey(handle));
   };
   const std::string start = GetFile(path);
   work();
@@ -120,8 +120,8 @@ TEST_P(RegistryTransaction, LeavesTheFileAsItsOperationsAloneWould) {
   {
     Transaction transaction(registry);
     work();
-    EXPECT_EQ(transaction.Commit(), 0u);
-    EXPECT_EQ(transaction.Commit(), 22u);
+    EXPECT_EQ(0u, transaction.Commit());
+    EXPECT_EQ(22u, transaction.Commit());
   }
   registry.Finalize();
   EXPECT_TRUE(GetFile(path) == expected);
@@ -130,64 +130,64 @@ TEST_P(RegistryTransaction, LeavesTheFileAsItsOperationsAloneWould) {
 TEST_P(RegistryTransaction, AScopeThatIsLeftCancels) {
   {
     Transaction transaction(registry);
-    EXPECT_EQ(transaction.Begun(), 0u);
-    EXPECT_EQ(SetText(0, "a/b", "text", "new"), 0u);
+    EXPECT_EQ(0u, transaction.Begun());
+    EXPECT_EQ(status::kOk, SetText(0, "a/b", "text", "new"));
   }
-  EXPECT_EQ(Text("a/b", "text"), "old");
+  EXPECT_EQ("old", Text("a/b", "text"));
   Transaction transaction(registry);
   transaction.Cancel();
-  EXPECT_EQ(registry.EndTransaction(), 22u);
+  EXPECT_EQ(status::kBadArgument, registry.EndTransaction());
 }
 
 TEST_P(RegistryTransaction, HandlesShowItToItsThreadAlone) {
   const unsigned int handle = Handle("a");
-  ASSERT_EQ(registry.BeginTransaction(), 0u);
-  EXPECT_EQ(SetText(handle, "b", "text", "new"), 0u);
-  EXPECT_EQ(TextThrough(handle, "b", "text"), "new");
-  EXPECT_EQ(registry.CreateKey(handle, "b/d", 3), 0u);
-  EXPECT_EQ(Elsewhere([&] { return TextThrough(handle, "b", "text"); }), "old");
-  EXPECT_EQ(Elsewhere([&] { return Rights(handle, "b/d"); }), 2u);
+  ASSERT_EQ(status::kOk, registry.BeginTransaction());
+  EXPECT_EQ(status::kOk, SetText(handle, "b", "text", "new"));
+  EXPECT_EQ("new", TextThrough(handle, "b", "text"));
+  EXPECT_EQ(status::kOk, registry.CreateKey(handle, "b/d", 3));
+  EXPECT_EQ("old", Elsewhere([&] { return TextThrough(handle, "b", "text"); }));
+  EXPECT_EQ(status::kNotFound, Elsewhere([&] { return Rights(handle, "b/d"); }));
   // Without a handle the same is seen, and no handle is closed by that.
-  EXPECT_EQ(Text("a/b", "text"), "new");
-  EXPECT_EQ(SetText(0, "a/b", "text", "newer"), 0u);
-  EXPECT_EQ(TextThrough(handle, "b", "text"), "newer");
-  EXPECT_EQ(registry.DeleteKey(0, "a/b/c"), 0u);
-  EXPECT_EQ(Rights(handle, "b/c"), 2u);
-  EXPECT_EQ(Elsewhere([&] { return Rights(handle, "b/c"); }), 0u);
-  EXPECT_EQ(registry.EndTransaction(), 0u);
+  EXPECT_EQ("new", Text("a/b", "text"));
+  EXPECT_EQ(status::kOk, SetText(0, "a/b", "text", "newer"));
+  EXPECT_EQ("newer", TextThrough(handle, "b", "text"));
+  EXPECT_EQ(status::kOk, registry.DeleteKey(0, "a/b/c"));
+  EXPECT_EQ(status::kNotFound, Rights(handle, "b/c"));
+  EXPECT_EQ(status::kOk, Elsewhere([&] { return Rights(handle, "b/c"); }));
+  EXPECT_EQ(status::kOk, registry.EndTransaction());
   for (int i = 0; i < 2; ++i) {
-    EXPECT_EQ(TextThrough(handle, "b", "text"), "newer");
-    EXPECT_EQ(Rights(handle, "b/d"), 0u);
-    EXPECT_EQ(Rights(handle, "b/c"), 2u);
+    EXPECT_EQ("newer", TextThrough(handle, "b", "text"));
+    EXPECT_EQ(status::kOk, Rights(handle, "b/d"));
+    EXPECT_EQ(status::kNotFound, Rights(handle, "b/c"));
   }
-  EXPECT_EQ(registry.CloseKey(handle), 0u);
+  EXPECT_EQ(status::kOk, registry.CloseKey(handle));
 }
 
 TEST_P(RegistryTransaction, ACancelLeavesWhatIsLoadedAsItWas) {
   const unsigned int handle = Handle("a");
-  ASSERT_EQ(registry.BeginTransaction(), 0u);
-  EXPECT_EQ(SetText(handle, "b", "text", "new"), 0u);
-  EXPECT_EQ(registry.DeleteKey(handle, "b/c"), 0u);
-  EXPECT_EQ(registry.CreateKey(handle, "z"), 0u);
-  EXPECT_EQ(registry.CancelTransaction(), 0u);
-  EXPECT_EQ(TextThrough(handle, "b", "text"), "old");
-  EXPECT_EQ(Rights(handle, "b/c"), 0u);
-  EXPECT_EQ(Rights(handle, "z"), 2u);
-  EXPECT_EQ(SetText(handle, "b", "text", "later"), 0u);
-  EXPECT_EQ(Text("a/b", "text"), "later");
+  ASSERT_EQ(status::kOk, registry.BeginTransaction());
+  EXPECT_EQ(status::kOk, SetText(handle, "b", "text", "new"));
+  EXPECT_EQ(status::kOk, registry.DeleteKey(handle, "b/c"));
+  EXPECT_EQ(status::kOk, registry.CreateKey(handle, "z"));
+  EXPECT_EQ(status::kOk, registry.CancelTransaction());
+  EXPECT_EQ("old", TextThrough(handle, "b", "text"));
+  EXPECT_EQ(status::kOk, Rights(handle, "b/c"));
+  EXPECT_EQ(status::kNotFound, Rights(handle, "z"));
+  EXPECT_EQ(status::kOk, SetText(handle, "b", "text", "later"));
+  EXPECT_EQ("later", Text("a/b", "text"));
 }
 
 TEST_P(RegistryTransaction, AKeyOpenedInItIsClosedByACancelAndSharedAfterTheEnd) {
   for (const bool isEnded : {false, true}) {
-    ASSERT_EQ(registry.BeginTransaction(), 0u);
-    ASSERT_EQ(registry.CreateKey(0, "made"), 0u);
+    ASSERT_EQ(status::kOk, registry.BeginTransaction());
+    ASSERT_EQ(status::kOk, registry.CreateKey(0, "made"));
     const unsigned int made = Handle("made");
     const unsigned int old = Handle("a/b");
-    EXPECT_EQ(CreateText(made, "", "t", "1"), 0u);
-    EXPECT_EQ(TextThrough(old, "", "text"), "old");
-    EXPECT_EQ(Elsewhere([&] { return Rights(made, ""); }), 22u);
-    EXPECT_EQ(Elsewhere([&] { return Rights(old, ""); }), 22u);
-    EXPECT_EQ(isEnded ? registry.EndTransaction() : registry.CancelTransaction(), 0u);
+    EXPECT_EQ(status::kOk, CreateText(made, "", "t", "1"));
+    EXPECT_EQ("old", TextThrough(old, "", "text"));
+    EXPECT_EQ(status::kBadArgument, Elsewhere([&] { return Rights(made, ""); }));
+    EXPECT_EQ(status::kBadArgument, Elsewhere([&] { return Rights(old, ""); }));
+    EXPECT_EQ(0u, isEnded ? registry.EndTransaction() : registry.CancelTransaction());
     EXPECT_EQ(Rights(made, ""), isEnded ? 0u : 22u);
     EXPECT_EQ(Elsewhere([&] { return Rights(old, ""); }), isEnded ? 0u : 22u);
     EXPECT_EQ(registry.CloseKey(made), isEnded ? 0u : 22u);
@@ -198,188 +198,188 @@ TEST_P(RegistryTransaction, AKeyOpenedInItIsClosedByACancelAndSharedAfterTheEnd)
 TEST_P(RegistryTransaction, AKeyClosedInItStaysClosed) {
   const unsigned int handle = Handle("a");
   const unsigned int other = Handle("a/b");
-  ASSERT_EQ(registry.BeginTransaction(), 0u);
-  EXPECT_EQ(TextThrough(other, "", "text"), "old");
-  EXPECT_EQ(registry.CloseKey(handle), 0u);
-  EXPECT_EQ(registry.CloseKey(handle), 22u);
-  EXPECT_EQ(registry.CloseKey(other), 0u);
-  EXPECT_EQ(TextThrough(other, "", "text"), "status 22");
-  EXPECT_EQ(registry.CancelTransaction(), 0u);
-  EXPECT_EQ(Rights(handle, ""), 22u);
+  ASSERT_EQ(status::kOk, registry.BeginTransaction());
+  EXPECT_EQ("old", TextThrough(other, "", "text"));
+  EXPECT_EQ(status::kOk, registry.CloseKey(handle));
+  EXPECT_EQ(status::kBadArgument, registry.CloseKey(handle));
+  EXPECT_EQ(status::kOk, registry.CloseKey(other));
+  EXPECT_EQ("status 22", TextThrough(other, "", "text"));
+  EXPECT_EQ(status::kOk, registry.CancelTransaction());
+  EXPECT_EQ(status::kBadArgument, Rights(handle, ""));
 }
 
 TEST_P(RegistryTransaction, AHandleWhoseKeyIsDeletedInItLeadsNowhereAfterwards) {
   const unsigned int handle = Handle("a/b/c");
-  ASSERT_EQ(registry.BeginTransaction(), 0u);
-  ASSERT_EQ(registry.DeleteKey(0, "a/b"), 0u);
-  EXPECT_EQ(Rights(handle, ""), 22u);
-  EXPECT_EQ(Elsewhere([&] { return Rights(handle, ""); }), 0u);
-  ASSERT_EQ(registry.EndTransaction(), 0u);
-  EXPECT_EQ(Rights(handle, ""), 22u);
-  EXPECT_EQ(registry.CloseKey(handle), 0u);
+  ASSERT_EQ(status::kOk, registry.BeginTransaction());
+  ASSERT_EQ(status::kOk, registry.DeleteKey(0, "a/b"));
+  EXPECT_EQ(status::kBadArgument, Rights(handle, ""));
+  EXPECT_EQ(status::kOk, Elsewhere([&] { return Rights(handle, ""); }));
+  ASSERT_EQ(status::kOk, registry.EndTransaction());
+  EXPECT_EQ(status::kBadArgument, Rights(handle, ""));
+  EXPECT_EQ(status::kOk, registry.CloseKey(handle));
 }
 
 TEST_P(RegistryTransaction, AnotherThreadsOperationWithoutAHandleClosesHandles) {
   const unsigned int handle = Handle("a/b");
-  ASSERT_EQ(registry.BeginTransaction(), 0u);
-  EXPECT_EQ(TextThrough(handle, "", "text"), "old");
+  ASSERT_EQ(status::kOk, registry.BeginTransaction());
+  EXPECT_EQ("old", TextThrough(handle, "", "text"));
   const unsigned int inside = Handle("a");
-  EXPECT_EQ(Elsewhere([&] { return Rights(0, "zoo"); }), 0u);
-  EXPECT_EQ(TextThrough(handle, "", "text"), "status 22");
-  EXPECT_EQ(TextThrough(inside, "b", "text"), "status 22");
-  EXPECT_EQ(TextThrough(Handle("a/b"), "", "text"), "old");
-  EXPECT_EQ(registry.EndTransaction(), 0u);
+  EXPECT_EQ(status::kOk, Elsewhere([&] { return Rights(0, "zoo"); }));
+  EXPECT_EQ("status 22", TextThrough(handle, "", "text"));
+  EXPECT_EQ("status 22", TextThrough(inside, "b", "text"));
+  EXPECT_EQ("old", TextThrough(Handle("a/b"), "", "text"));
+  EXPECT_EQ(status::kOk, registry.EndTransaction());
 }
 
 TEST_P(RegistryTransaction, ACancelTakesBackWhatWasDoneSinceItsOwnBegin) {
   const unsigned int handle = Handle("a/b");
-  ASSERT_EQ(registry.BeginTransaction(), 0u);
-  EXPECT_EQ(SetText(handle, "", "text", "outer"), 0u);
-  EXPECT_EQ(registry.CreateKey(0, "outer"), 0u);
-  ASSERT_EQ(registry.BeginTransaction(), 0u);
-  EXPECT_EQ(SetText(0, "a/b", "text", "inner"), 0u);
-  EXPECT_EQ(registry.DeleteKey(0, "outer"), 0u);
+  ASSERT_EQ(status::kOk, registry.BeginTransaction());
+  EXPECT_EQ(status::kOk, SetText(handle, "", "text", "outer"));
+  EXPECT_EQ(status::kOk, registry.CreateKey(0, "outer"));
+  ASSERT_EQ(status::kOk, registry.BeginTransaction());
+  EXPECT_EQ(status::kOk, SetText(0, "a/b", "text", "inner"));
+  EXPECT_EQ(status::kOk, registry.DeleteKey(0, "outer"));
   const unsigned int inside = Handle("a");
-  EXPECT_EQ(TextThrough(handle, "", "text"), "inner");
-  EXPECT_EQ(registry.CancelTransaction(), 0u);
-  EXPECT_EQ(TextThrough(handle, "", "text"), "outer");
-  EXPECT_EQ(Rights(inside, ""), 22u);
-  ASSERT_EQ(registry.BeginTransaction(), 0u);
-  EXPECT_EQ(CreateText(0, "outer", "kept", "1"), 0u);
-  EXPECT_EQ(registry.EndTransaction(), 0u);
-  EXPECT_EQ(Elsewhere([&] { return Rights(0, "outer"); }), 2u);
-  EXPECT_EQ(registry.EndTransaction(), 0u);
-  EXPECT_EQ(Text("a/b", "text"), "outer");
-  EXPECT_EQ(Text("outer", "kept"), "1");
+  EXPECT_EQ("inner", TextThrough(handle, "", "text"));
+  EXPECT_EQ(status::kOk, registry.CancelTransaction());
+  EXPECT_EQ("outer", TextThrough(handle, "", "text"));
+  EXPECT_EQ(status::kBadArgument, Rights(inside, ""));
+  ASSERT_EQ(status::kOk, registry.BeginTransaction());
+  EXPECT_EQ(status::kOk, CreateText(0, "outer", "kept", "1"));
+  EXPECT_EQ(status::kOk, registry.EndTransaction());
+  EXPECT_EQ(status::kNotFound, Elsewhere([&] { return Rights(0, "outer"); }));
+  EXPECT_EQ(status::kOk, registry.EndTransaction());
+  EXPECT_EQ("outer", Text("a/b", "text"));
+  EXPECT_EQ("1", Text("outer", "kept"));
 }
 
 TEST_P(RegistryTransaction, GrowthIsTakenBack) {
   const auto fill = [&] {
     for (unsigned int i = 0; i < 1200; ++i) {
       const std::string key = "many/key" + std::to_string(10000 + i);
-      ASSERT_EQ(registry.CreateKey(0, key.c_str()), 0u);
+      ASSERT_EQ(status::kOk, registry.CreateKey(0, key.c_str()));
     }
   };
-  ASSERT_EQ(registry.CreateKey(0, "many"), 0u);
+  ASSERT_EQ(status::kOk, registry.CreateKey(0, "many"));
   const std::string before = GetFile(path);
-  ASSERT_EQ(registry.BeginTransaction(), 0u);
+  ASSERT_EQ(status::kOk, registry.BeginTransaction());
   fill();
-  EXPECT_EQ(Elsewhere([&] { return Rights(0, "many/key10000"); }), 2u);
-  EXPECT_EQ(registry.CancelTransaction(), 0u);
+  EXPECT_EQ(status::kNotFound, Elsewhere([&] { return Rights(0, "many/key10000"); }));
+  EXPECT_EQ(status::kOk, registry.CancelTransaction());
   EXPECT_TRUE(GetFile(path) == before);
-  ASSERT_EQ(registry.BeginTransaction(), 0u);
-  ASSERT_EQ(registry.BeginTransaction(), 0u);
+  ASSERT_EQ(status::kOk, registry.BeginTransaction());
+  ASSERT_EQ(status::kOk, registry.BeginTransaction());
   fill();
-  EXPECT_EQ(registry.CancelTransaction(), 0u);
+  EXPECT_EQ(status::kOk, registry.CancelTransaction());
   fill();
-  EXPECT_EQ(registry.EndTransaction(), 0u);
+  EXPECT_EQ(status::kOk, registry.EndTransaction());
   EXPECT_GT(GetFile(path).size(), before.size());
   registry.Finalize();
   Open();
   KeyInfo info = {};
-  EXPECT_EQ(registry.GetKeyInfo(0, "many", &info), 0u);
-  EXPECT_EQ(info.subKeyCount, 1200u);
+  EXPECT_EQ(status::kOk, registry.GetKeyInfo(0, "many", &info));
+  EXPECT_EQ(1200u, info.subKeyCount);
 }
 
 TEST_P(RegistryTransaction, ARestoredKeyIsAPartOfIt) {
   const std::string backup = folder / "backup";
-  ASSERT_EQ(registry.BackupKey(0, "a", backup.c_str()), 0u);
+  ASSERT_EQ(status::kOk, registry.BackupKey(0, "a", backup.c_str()));
   const unsigned int handle = Handle("a/b");
-  ASSERT_EQ(registry.BeginTransaction(), 0u);
-  EXPECT_EQ(SetText(handle, "", "text", "new"), 0u);
-  EXPECT_EQ(registry.RestoreKey(0, "zoo", backup.c_str()), 0u);
-  EXPECT_EQ(Text("zoo/b", "text"), "old");
-  EXPECT_EQ(TextThrough(handle, "", "text"), "new");
-  EXPECT_EQ(Elsewhere([&] { return TextThrough(handle, "", "text"); }), "old");
+  ASSERT_EQ(status::kOk, registry.BeginTransaction());
+  EXPECT_EQ(status::kOk, SetText(handle, "", "text", "new"));
+  EXPECT_EQ(status::kOk, registry.RestoreKey(0, "zoo", backup.c_str()));
+  EXPECT_EQ("old", Text("zoo/b", "text"));
+  EXPECT_EQ("new", TextThrough(handle, "", "text"));
+  EXPECT_EQ("old", Elsewhere([&] { return TextThrough(handle, "", "text"); }));
   const std::string seen = folder / "seen";
-  EXPECT_EQ(registry.BackupKey(0, "a", seen.c_str()), 0u);
+  EXPECT_EQ(status::kOk, registry.BackupKey(0, "a", seen.c_str()));
   EXPECT_FALSE(GetFile(seen) == GetFile(backup));
-  EXPECT_EQ(registry.EndTransaction(), 0u);
-  EXPECT_EQ(TextThrough(handle, "", "text"), "new");
-  EXPECT_EQ(Text("zoo/b", "text"), "old");
+  EXPECT_EQ(status::kOk, registry.EndTransaction());
+  EXPECT_EQ("new", TextThrough(handle, "", "text"));
+  EXPECT_EQ("old", Text("zoo/b", "text"));
 }
 
 TEST_P(RegistryTransaction, HasExactOperationsToo) {
   const unsigned int handle = Handle("a");
-  ASSERT_EQ(registry.BeginTransaction(), 0u);
-  EXPECT_EQ(registry.MakeKey("a/made/below", true), 0u);
-  EXPECT_EQ(registry.PutValue("a/put", "t", TextValue("1"), true), 0u);
-  EXPECT_EQ(registry.MoveKey("a/b", "a/moved"), 0u);
-  EXPECT_EQ(registry.RemoveKey("zoo"), 0u);
-  EXPECT_EQ(TextThrough(handle, "moved", "text"), "old");
-  EXPECT_EQ(Elsewhere([&] { return TextThrough(handle, "b", "text"); }), "old");
-  EXPECT_EQ(registry.EndTransaction(), 0u);
-  EXPECT_EQ(TextThrough(handle, "moved", "text"), "old");
-  EXPECT_EQ(Rights(handle, "b"), 2u);
-  EXPECT_EQ(Rights(handle, "put"), 0u);
+  ASSERT_EQ(status::kOk, registry.BeginTransaction());
+  EXPECT_EQ(status::kOk, registry.MakeKey("a/made/below", true));
+  EXPECT_EQ(status::kOk, registry.PutValue("a/put", "t", TextValue("1"), true));
+  EXPECT_EQ(status::kOk, registry.MoveKey("a/b", "a/moved"));
+  EXPECT_EQ(status::kOk, registry.RemoveKey("zoo"));
+  EXPECT_EQ("old", TextThrough(handle, "moved", "text"));
+  EXPECT_EQ("old", Elsewhere([&] { return TextThrough(handle, "b", "text"); }));
+  EXPECT_EQ(status::kOk, registry.EndTransaction());
+  EXPECT_EQ("old", TextThrough(handle, "moved", "text"));
+  EXPECT_EQ(status::kNotFound, Rights(handle, "b"));
+  EXPECT_EQ(status::kOk, Rights(handle, "put"));
   EXPECT_EQ(Text("a/put", "t"), std::string("1\0", 2));
-  EXPECT_EQ(Rights(0, "zoo"), 2u);
+  EXPECT_EQ(status::kNotFound, Rights(0, "zoo"));
 }
 
 TEST_P(RegistryTransaction, ClosingTheRegistryCancels) {
   const std::string before = GetFile(path);
-  ASSERT_EQ(registry.BeginTransaction(), 0u);
-  ASSERT_EQ(registry.BeginTransaction(), 0u);
-  EXPECT_EQ(registry.CreateKey(0, "new"), 0u);
+  ASSERT_EQ(status::kOk, registry.BeginTransaction());
+  ASSERT_EQ(status::kOk, registry.BeginTransaction());
+  EXPECT_EQ(status::kOk, registry.CreateKey(0, "new"));
   Handle("new");
   registry.Finalize();
   EXPECT_TRUE(GetFile(path) == before);
-  EXPECT_EQ(registry.EndTransaction(), 1u);
+  EXPECT_EQ(status::kNoRight, registry.EndTransaction());
   Open();
-  EXPECT_EQ(registry.EndTransaction(), 22u);
-  EXPECT_EQ(Rights(0, "new"), 2u);
+  EXPECT_EQ(status::kBadArgument, registry.EndTransaction());
+  EXPECT_EQ(status::kNotFound, Rights(0, "new"));
 }
 
 TEST_P(RegistryTransaction, AnotherThreadMayCloseTheRegistry) {
   std::promise<void> begun;
   std::promise<void> closed;
   std::thread thread([&] {
-    EXPECT_EQ(registry.BeginTransaction(), 0u);
-    EXPECT_EQ(registry.CreateKey(0, "new"), 0u);
+    EXPECT_EQ(status::kOk, registry.BeginTransaction());
+    EXPECT_EQ(status::kOk, registry.CreateKey(0, "new"));
     begun.set_value();
     closed.get_future().wait();
-    EXPECT_EQ(registry.EndTransaction(), 1u);
+    EXPECT_EQ(status::kNoRight, registry.EndTransaction());
   });
   begun.get_future().wait();
   registry.Finalize();
   closed.set_value();
   thread.join();
   Open();
-  EXPECT_EQ(Rights(0, "new"), 2u);
+  EXPECT_EQ(status::kNotFound, Rights(0, "new"));
 }
 
 TEST_P(RegistryTransaction, AThreadThatEndsCancels) {
   Elsewhere([&] {
-    EXPECT_EQ(registry.BeginTransaction(), 0u);
-    EXPECT_EQ(registry.BeginTransaction(), 0u);
-    EXPECT_EQ(SetText(0, "a/b", "text", "new"), 0u);
+    EXPECT_EQ(status::kOk, registry.BeginTransaction());
+    EXPECT_EQ(status::kOk, registry.BeginTransaction());
+    EXPECT_EQ(status::kOk, SetText(0, "a/b", "text", "new"));
     return 0;
   });
-  EXPECT_EQ(Text("a/b", "text"), "old");
-  EXPECT_EQ(SetText(0, "a/b", "text", "mine"), 0u);
-  EXPECT_EQ(registry.EndTransaction(), 22u);
+  EXPECT_EQ("old", Text("a/b", "text"));
+  EXPECT_EQ(status::kOk, SetText(0, "a/b", "text", "mine"));
+  EXPECT_EQ(status::kBadArgument, registry.EndTransaction());
 }
 
 TEST_P(RegistryTransaction, BelongsToTheThreadThatHasBegunIt) {
-  ASSERT_EQ(registry.BeginTransaction(), 0u);
-  EXPECT_EQ(Elsewhere([&] { return registry.EndTransaction(); }), 22u);
-  EXPECT_EQ(Elsewhere([&] { return registry.CancelTransaction(); }), 22u);
-  EXPECT_EQ(registry.EndTransaction(), 0u);
+  ASSERT_EQ(status::kOk, registry.BeginTransaction());
+  EXPECT_EQ(status::kBadArgument, Elsewhere([&] { return registry.EndTransaction(); }));
+  EXPECT_EQ(status::kBadArgument, Elsewhere([&] { return registry.CancelTransaction(); }));
+  EXPECT_EQ(status::kOk, registry.EndTransaction());
 }
 
 TEST_P(RegistryTransaction, ChangesOfOthersWait) {
-  ASSERT_EQ(registry.BeginTransaction(), 0u);
-  EXPECT_EQ(SetText(0, "a/b", "text", "mine"), 0u);
+  ASSERT_EQ(status::kOk, registry.BeginTransaction());
+  EXPECT_EQ(status::kOk, SetText(0, "a/b", "text", "mine"));
   std::future<std::string> other = std::async(std::launch::async, [&] {
-    EXPECT_EQ(SetText(0, "a/b", "text", "theirs"), 0u);
+    EXPECT_EQ(status::kOk, SetText(0, "a/b", "text", "theirs"));
     return std::string("done");
   });
   // Reads go on meanwhile.
-  for (int i = 0; i < 100; ++i) EXPECT_EQ(Elsewhere([&] { return Text("a/b", "text"); }), "old");
-  EXPECT_EQ(Text("a/b", "text"), "mine");
-  EXPECT_EQ(registry.EndTransaction(), 0u);
-  EXPECT_EQ(other.get(), "done");
-  EXPECT_EQ(Text("a/b", "text"), "theirs");
+  for (int i = 0; i < 100; ++i) EXPECT_EQ("old", Elsewhere([&] { return Text("a/b", "text"); }));
+  EXPECT_EQ("mine", Text("a/b", "text"));
+  EXPECT_EQ(status::kOk, registry.EndTransaction());
+  EXPECT_EQ("done", other.get());
+  EXPECT_EQ("theirs", Text("a/b", "text"));
 }
 
 // It has the file open already; an opening waits.
@@ -387,8 +387,8 @@ TEST_P(RegistryTransaction, AnotherProcessReadsTheStateBefore) {
   // For one process, as every mode is where files cannot be mapped.
   if (GetParam() == Durability::kNone || PossibleModes().size() < 3) return;
   int asked[2], answered[2];
-  ASSERT_EQ(pipe(asked), 0);
-  ASSERT_EQ(pipe(answered), 0);
+  ASSERT_EQ(0, pipe(asked));
+  ASSERT_EQ(0, pipe(answered));
   registry.Finalize();
   const pid_t child = fork();
   if (child == 0) {
@@ -404,19 +404,19 @@ TEST_P(RegistryTransaction, AnotherProcessReadsTheStateBefore) {
   }
   const auto firstReadElsewhere = [&] {
     char text = 0;
-    EXPECT_EQ(write(asked[1], "?", 1), 1);
-    EXPECT_EQ(read(answered[0], &text, 1), 1);
+    EXPECT_EQ(1, write(asked[1], "?", 1));
+    EXPECT_EQ(1, read(answered[0], &text, 1));
     return text;
   };
-  EXPECT_EQ(firstReadElsewhere(), 'o');
+  EXPECT_EQ('o', firstReadElsewhere());
   Open();
-  EXPECT_EQ(registry.BeginTransaction(), 0u);
-  EXPECT_EQ(SetText(0, "a/b", "text", "new"), 0u);
-  EXPECT_EQ(firstReadElsewhere(), 'o');
-  EXPECT_EQ(Text("a/b", "text"), "new");
-  EXPECT_EQ(registry.EndTransaction(), 0u);
-  EXPECT_EQ(firstReadElsewhere(), 'n');
-  EXPECT_EQ(write(asked[1], "x", 1), 1);
+  EXPECT_EQ(status::kOk, registry.BeginTransaction());
+  EXPECT_EQ(status::kOk, SetText(0, "a/b", "text", "new"));
+  EXPECT_EQ('o', firstReadElsewhere());
+  EXPECT_EQ("new", Text("a/b", "text"));
+  EXPECT_EQ(status::kOk, registry.EndTransaction());
+  EXPECT_EQ('n', firstReadElsewhere());
+  EXPECT_EQ(1, write(asked[1], "x", 1));
   int status = 0;
   EXPECT_EQ(waitpid(child, &status, 0), child);
   for (const int end : {asked[0], asked[1], answered[0], answered[1]}) close(end);
@@ -424,11 +424,11 @@ TEST_P(RegistryTransaction, AnotherProcessReadsTheStateBefore) {
 
 // The key's name is the beginning of another: the thread keeps a lock, and nothing else.
 TEST_P(RegistryTransaction, IsNotKeptWithTheFileTreesLock) {
-  ASSERT_EQ(registry.CreateKey(0, "network"), 0u);
-  ASSERT_EQ(registry.BeginTransaction(), 0u);
-  ASSERT_EQ(registry.CreateKey(0, "net"), 0u);
-  ASSERT_EQ(registry.EndTransaction(), 0u);
-  EXPECT_EQ(Elsewhere([&] {
+  ASSERT_EQ(status::kOk, registry.CreateKey(0, "network"));
+  ASSERT_EQ(status::kOk, registry.BeginTransaction());
+  ASSERT_EQ(status::kOk, registry.CreateKey(0, "net"));
+  ASSERT_EQ(status::kOk, registry.EndTransaction());
+  EXPECT_EQ(status::kOk, Elsewhere([&] {
               Transaction transaction(registry);
               const unsigned int handle = Handle("a/b");
               EXPECT_EQ(SetText(handle, "", "text", "theirs"), 0u);
@@ -436,84 +436,83 @@ TEST_P(RegistryTransaction, IsNotKeptWithTheFileTreesLock) {
               EXPECT_EQ(SetText(0, "a/b", "text", "never"), 16u);
               EXPECT_EQ(Rights(0, "a"), 16u);
               return transaction.Commit();
-            }),
-            0u);
-  EXPECT_EQ(Text("a/b", "text"), "theirs");
+            }));
+  EXPECT_EQ("theirs", Text("a/b", "text"));
 }
 
 TEST_P(RegistryTransaction, ACancelledKeyKeepsNoLock) {
-  ASSERT_EQ(registry.CreateKey(0, "network"), 0u);
-  ASSERT_EQ(registry.BeginTransaction(), 0u);
-  ASSERT_EQ(registry.CreateKey(0, "net"), 0u);
-  ASSERT_EQ(registry.CancelTransaction(), 0u);
-  EXPECT_EQ(Elsewhere([&] { return SetText(0, "a/b", "text", "theirs"); }), 0u);
+  ASSERT_EQ(status::kOk, registry.CreateKey(0, "network"));
+  ASSERT_EQ(status::kOk, registry.BeginTransaction());
+  ASSERT_EQ(status::kOk, registry.CreateKey(0, "net"));
+  ASSERT_EQ(status::kOk, registry.CancelTransaction());
+  EXPECT_EQ(status::kOk, Elsewhere([&] { return SetText(0, "a/b", "text", "theirs"); }));
 }
 
 TEST_P(RegistryTransaction, MixesWithHeldHandles) {
   const unsigned int handle = Handle("a/b");
   registry.HoldHandles();
-  ASSERT_EQ(registry.BeginTransaction(), 0u);
-  EXPECT_EQ(SetText(handle, "", "text", "new"), 0u);
-  EXPECT_EQ(registry.EndTransaction(), 0u);
+  ASSERT_EQ(status::kOk, registry.BeginTransaction());
+  EXPECT_EQ(status::kOk, SetText(handle, "", "text", "new"));
+  EXPECT_EQ(status::kOk, registry.EndTransaction());
   registry.LetHandlesGo();
   registry.LetHandlesGo();
-  EXPECT_EQ(Elsewhere([&] { return SetText(handle, "", "text", "theirs"); }), 0u);
-  ASSERT_EQ(registry.BeginTransaction(), 0u);
+  EXPECT_EQ(status::kOk, Elsewhere([&] { return SetText(handle, "", "text", "theirs"); }));
+  ASSERT_EQ(status::kOk, registry.BeginTransaction());
   registry.LetHandlesGo();  // nothing is held
   registry.HoldHandles();
-  EXPECT_EQ(SetText(handle, "", "text", "newer"), 0u);
+  EXPECT_EQ(status::kOk, SetText(handle, "", "text", "newer"));
   registry.LetHandlesGo();
-  EXPECT_EQ(registry.CancelTransaction(), 0u);
-  EXPECT_EQ(TextThrough(handle, "", "text"), "theirs");
+  EXPECT_EQ(status::kOk, registry.CancelTransaction());
+  EXPECT_EQ("theirs", TextThrough(handle, "", "text"));
 }
 
 TEST_P(RegistryTransaction, TreesAreNotHandedOutInIt) {
-  ASSERT_EQ(registry.BeginTransaction(), 0u);
+  ASSERT_EQ(status::kOk, registry.BeginTransaction());
   RegistryInterface* tree = nullptr;
   void* treeHandle = nullptr;
-  EXPECT_EQ(registry.GetKeyTree(0, tree, treeHandle), 16u);
+  EXPECT_EQ(16u, registry.GetKeyTree(0, tree, treeHandle));
   RegistryInfo info = {};
-  EXPECT_EQ(registry.GetRegistryInfo(&info), 0u);
-  EXPECT_EQ(registry.EndTransaction(), 0u);
-  EXPECT_EQ(registry.GetKeyTree(0, tree, treeHandle), 0u);
+  EXPECT_EQ(status::kOk, registry.GetRegistryInfo(&info));
+  EXPECT_EQ(status::kOk, registry.EndTransaction());
+  EXPECT_EQ(0u, registry.GetKeyTree(0, tree, treeHandle));
 }
 
 TEST_P(RegistryTransaction, WithoutARegistryThereIsNone) {
   Registry closed(path.c_str(), kAdmin);
-  EXPECT_EQ(closed.BeginTransaction(), 1u);
-  EXPECT_EQ(closed.EndTransaction(), 1u);
-  EXPECT_EQ(closed.CancelTransaction(), 1u);
+  EXPECT_EQ(status::kNoRight, closed.BeginTransaction());
+  EXPECT_EQ(status::kNoRight, closed.EndTransaction());
+  EXPECT_EQ(status::kNoRight, closed.CancelTransaction());
   Transaction transaction(closed);
-  EXPECT_EQ(transaction.Begun(), 1u);
-  EXPECT_EQ(transaction.Commit(), 1u);
+  EXPECT_EQ(1u, transaction.Begun());
+  EXPECT_EQ(1u, transaction.Commit());
 }
 
 TEST_P(RegistryTransaction, AnEmptyOneChangesNothing) {
   const std::string before = GetFile(path);
   for (int i = 0; i < 3; ++i) {
-    ASSERT_EQ(registry.BeginTransaction(), 0u);
-    EXPECT_EQ(Text("a/b", "text"), "old");
-    EXPECT_EQ(registry.EndTransaction(), 0u);
+    ASSERT_EQ(status::kOk, registry.BeginTransaction());
+    EXPECT_EQ("old", Text("a/b", "text"));
+    EXPECT_EQ(status::kOk, registry.EndTransaction());
   }
   EXPECT_TRUE(GetFile(path) == before);
 }
 
 // Another registry of the process has taken the file's place: as for every change.
 TEST_P(RegistryTransaction, ThatCannotBeWrittenIsOver) {
-  ASSERT_EQ(registry.BeginTransaction(), 0u);
-  EXPECT_EQ(SetText(0, "a/b", "text", "new"), 0u);
+  ASSERT_EQ(status::kOk, registry.BeginTransaction());
+  EXPECT_EQ(status::kOk, SetText(0, "a/b", "text", "new"));
   {
     Registry other((folder / "other").c_str(), kAdmin);
-    ASSERT_EQ(other.Initialize(), 0u);
-    EXPECT_EQ(SetText(0, "a/b", "text", "newer"), 5u);
-    EXPECT_EQ(registry.EndTransaction(), 5u);
-    EXPECT_EQ(registry.EndTransaction(), 22u);
-    EXPECT_EQ(registry.BeginTransaction(), 5u);
-    EXPECT_EQ(registry.EndTransaction(), 22u);
+    ASSERT_EQ(status::kOk, other.Initialize());
+    EXPECT_EQ(status::kInputOutput, SetText(0, "a/b", "text", "newer"));
+    EXPECT_EQ(status::kInputOutput, registry.EndTransaction());
+    EXPECT_EQ(status::kBadArgument, registry.EndTransaction());
+    EXPECT_EQ(status::kInputOutput, registry.BeginTransaction());
+    EXPECT_EQ(status::kBadArgument, registry.EndTransaction());
   }
   registry.Finalize();
   Open();
-  EXPECT_EQ(Text("a/b", "text"), "old");
+  EXPECT_EQ("old", Text("a/b", "text"));
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryMode, RegistryTransaction, ::testing::ValuesIn(PossibleModes()));

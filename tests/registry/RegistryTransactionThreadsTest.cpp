@@ -19,9 +19,9 @@ class TransactionThreads : public OpenRegistryTest {
  protected:
   TransactionThreads() {
     for (const char* key : kKeys) {
-      EXPECT_EQ(registry.CreateKey(0, key, 0), 0u);
+      EXPECT_EQ(status::kOk, registry.CreateKey(0, key, 0));
       ExactValue number(0, Little(0, 8));
-      EXPECT_EQ(registry.CreateValue(0, key, "n", &number), 0u);
+      EXPECT_EQ(status::kOk, registry.CreateValue(0, key, "n", &number));
     }
   }
 
@@ -77,7 +77,7 @@ class TransactionThreads : public OpenRegistryTest {
     Watchdog watchdog("transactions");
     unsigned int handle = 0;
     if (isThroughHandle) {
-      ASSERT_EQ(registry.OpenKey("", &handle), 0u);
+      ASSERT_EQ(status::kOk, registry.OpenKey("", &handle));
     }
     std::vector<std::thread> threads;
     std::atomic<unsigned int> writing{kWriters};
@@ -99,9 +99,9 @@ class TransactionThreads : public OpenRegistryTest {
       });
     }
     for (std::thread& thread : threads) thread.join();
-    EXPECT_EQ(surprises_, 0u);
+    EXPECT_EQ(0u, surprises_);
     unsigned long long number = 0;
-    EXPECT_EQ(registry.GetDefaultValue(handle, "two", &number), 0u);
+    EXPECT_EQ(status::kOk, registry.GetDefaultValue(handle, "two", &number));
     EXPECT_EQ(number, ended_);
     EXPECT_GT(number, kWriters);
   }
@@ -128,10 +128,10 @@ TEST_F(TransactionThreads, OneThatEndsInTheMidstLetsTheOthersGoOn) {
     });
   }
   for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(surprises_, 0u);
+  EXPECT_EQ(0u, surprises_);
   unsigned long long number = 1;
-  EXPECT_EQ(registry.GetDefaultValue(0, "one", &number), 0u);
-  EXPECT_EQ(number, 0u);
+  EXPECT_EQ(status::kOk, registry.GetDefaultValue(0, "one", &number));
+  EXPECT_EQ(0u, number);
 }
 
 }  // namespace

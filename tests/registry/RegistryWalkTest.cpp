@@ -57,17 +57,17 @@ class Diary : public WalkVisitor {
 class RegistryWalk : public ::testing::TestWithParam<bool> {
  protected:
   RegistryWalk() : registry_((dir_ / "r").c_str(), kAdmin) {
-    EXPECT_EQ(0u, registry_.Initialize());
+    EXPECT_EQ(status::kOk, registry_.Initialize());
     for (const char* key : {"net", "net/eth10", "net/eth1", "net/eth1/limits", "a", "net/wlan"}) {
-      EXPECT_EQ(0u, registry_.MakeKey(key));
+      EXPECT_EQ(status::kOk, registry_.MakeKey(key));
     }
-    EXPECT_EQ(0u, registry_.SetDefaultValue(0, "net/eth1", 5));
+    EXPECT_EQ(status::kOk, registry_.SetDefaultValue(0, "net/eth1", 5));
     unsigned long long number = 0x0102030405060708ull;
     Value mtu = {kValueTypeInteger, sizeof number, &number};
-    EXPECT_EQ(0u, registry_.CreateValue(0, "net/eth1", "mtu", &mtu));
+    EXPECT_EQ(status::kOk, registry_.CreateValue(0, "net/eth1", "mtu", &mtu));
     ExactValue mode(kValueTypeString, "fast");
-    EXPECT_EQ(0u, registry_.CreateValue(0, "net/eth1", "mode", &mode));
-    EXPECT_EQ(0u, registry_.CreateValue(0, "net/eth1/limits", "none", nullptr));
+    EXPECT_EQ(status::kOk, registry_.CreateValue(0, "net/eth1", "mode", &mode));
+    EXPECT_EQ(status::kOk, registry_.CreateValue(0, "net/eth1/limits", "none", nullptr));
   }
   unsigned int Handle() {
     unsigned int handle = 0;
@@ -134,13 +134,13 @@ TEST_P(RegistryWalk, StopsAtAKeyOrAValueWithStatus0) {
 }
 
 TEST_P(RegistryWalk, TellsNamesToAllAndValuesToThoseWhoMayReadTheKey) {
-  EXPECT_EQ(0u, registry_.SetKeyPermission(0, "net/eth1", kRightModify << 4));
+  EXPECT_EQ(status::kOk, registry_.SetKeyPermission(0, "net/eth1", kRightModify << 4));
   EXPECT_EQ("[]\n [eth1] closed\n  [eth1/limits]\n  none unset\n [eth10]\n [wlan]\n",
             Walked("net"));
 }
 
 TEST_P(RegistryWalk, NeedsTheRightThatAListingNeeds) {
-  EXPECT_EQ(0u, registry_.SetKeyPermission(0, "net/eth1", 0));
+  EXPECT_EQ(status::kOk, registry_.SetKeyPermission(0, "net/eth1", 0));
   NameList names(10);
   const unsigned int handle = Handle();
   const unsigned int listed = registry_.ListKeys(handle, "net/eth1", 0, 0, &names, 0);
@@ -164,19 +164,19 @@ TEST_P(RegistryWalk, OperationsOfTheVisitorAreRefused) {
     }
     EXPECT_EQ(status::kBusy, handle != 0 ? registry_.CloseKey(handle) : status::kBusy);
   });
-  EXPECT_EQ(0u, registry_.Walk(handle, "a", diary_));
+  EXPECT_EQ(status::kOk, registry_.Walk(handle, "a", diary_));
   EXPECT_EQ("[]\n", diary_.Text());
   EXPECT_EQ(5u, answers);
-  EXPECT_EQ(0u, registry_.DeleteKey(0, "net")) << "afterwards they work again";
+  EXPECT_EQ(status::kOk, registry_.DeleteKey(0, "net")) << "afterwards they work again";
 }
 
 TEST_P(RegistryWalk, GivesWhatTheListingsAndReadsGive) {
   const std::string large(1000, 'x');
   for (int i = 0; i < 300; ++i) {
     const std::string key = "net/eth1/sub" + std::to_string(i * 7919 % 1000);
-    ASSERT_EQ(0u, registry_.MakeKey(key.c_str()));
+    ASSERT_EQ(status::kOk, registry_.MakeKey(key.c_str()));
     ExactValue value(kValueTypeString, large.substr(0, static_cast<size_t>(1 + i * 3)));
-    ASSERT_EQ(0u, registry_.CreateValue(0, key.c_str(), "text", &value));
+    ASSERT_EQ(status::kOk, registry_.CreateValue(0, key.c_str(), "text", &value));
   }
   std::string last;
   unsigned int keys = 0;
@@ -201,7 +201,7 @@ TEST_P(RegistryWalk, GivesWhatTheListingsAndReadsGive) {
     unsigned int& keys_;
     unsigned int& sum_;
   } counter(last, keys, sum);
-  EXPECT_EQ(0u, registry_.Walk(Handle(), "net/eth1", counter));
+  EXPECT_EQ(status::kOk, registry_.Walk(Handle(), "net/eth1", counter));
   EXPECT_EQ(302u, keys);
   EXPECT_EQ(300u + 3u * 299u * 300u / 2u + 8u + 4u, sum);
 }
@@ -211,9 +211,9 @@ TEST(RegistryWalkArguments, AreChecked) {
   Registry registry((dir / "r").c_str(), kAdmin);
   Diary diary;
   EXPECT_EQ(status::kNoRight, registry.Walk(0, "", diary));
-  ASSERT_EQ(0u, registry.Initialize());
+  ASSERT_EQ(status::kOk, registry.Initialize());
   EXPECT_EQ(status::kBadArgument, registry.Walk(5, "", diary));
-  EXPECT_EQ(0u, registry.Walk(0, nullptr, diary));
+  EXPECT_EQ(status::kOk, registry.Walk(0, nullptr, diary));
   EXPECT_EQ("[]\n", diary.Text());
 }
 
