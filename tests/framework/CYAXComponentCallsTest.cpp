@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "framework/YAX.h"
+#include "framework/YAXStatus.h"
 #include "framework/internal/CYAX.h"
 #include "tests/framework/ComponentFiles.h"
 #include "tests/framework/PrintedMessages.h"
@@ -26,7 +27,7 @@ class WatchedYAX : public CYAX {
     // Another thread could be as quick.
     if (unloads > 0) {
       --unloads;
-      EXPECT_EQ(UnloadComponent(clsid), 0u);
+      EXPECT_EQ(yax_status::kOk, UnloadComponent(clsid));
       if (unregisters) UnregisterComponent(clsid);
     }
     return result;
@@ -55,15 +56,15 @@ class WatchedYAX : public CYAX {
 class ComponentCalls : public ::testing::Test {
  protected:
   ComponentCalls() {
-    EXPECT_EQ(yax_->Initialize((folder_ / "registry").c_str()), 0u);
+    EXPECT_EQ(0u, yax_->Initialize((folder_ / "registry").c_str()));
     YAX_COMPONENT_INFO_ST info = {};
     info.Type = YAX_COMPONENT_TYPE_BINARY;
     info.FactoryFn = Give;
     std::strncpy(info.BinaryPath, ComponentFile("sound").c_str(), sizeof info.BinaryPath - 1);
-    EXPECT_EQ(yax_->RegisterComponent(kOwn, &info), 0u);
+    EXPECT_EQ(yax_status::kOk, yax_->RegisterComponent(kOwn, &info));
     const std::string file = ComponentFile("static_factory");
     std::strncpy(info.BinaryPath, file.c_str(), sizeof info.BinaryPath - 1);
-    EXPECT_EQ(yax_->RegisterComponent(kStatic, &info), 0u);
+    EXPECT_EQ(yax_status::kOk, yax_->RegisterComponent(kStatic, &info));
   }
   ~ComponentCalls() override { yax_->Release(); }
 
@@ -77,68 +78,70 @@ class ComponentCalls : public ::testing::Test {
 
 TEST_F(ComponentCalls, AnAddressIsThatOfTheSymbolOrOfTheRegisteredFunction) {
   void* handle = nullptr;
-  ASSERT_EQ(yax_->LoadComponent(kOwn, &handle), 0u);
+  ASSERT_EQ(yax_status::kOk, yax_->LoadComponent(kOwn, &handle));
   void* address = nullptr;
-  EXPECT_EQ(yax_->GetFuncAddress(kOwn, handle, "EntryFn_canUnloadNow", &address), 0u);
+  EXPECT_EQ(yax_status::kOk, yax_->GetFuncAddress(kOwn, handle, "EntryFn_canUnloadNow", &address));
   EXPECT_EQ(address, dlsym(handle, "EntryFn_canUnloadNow"));
-  EXPECT_EQ(yax_->GetFuncAddress(kUnknown, handle, "EntryFn_getFactory", &address), 0u);
+  EXPECT_EQ(yax_status::kOk,
+            yax_->GetFuncAddress(kUnknown, handle, "EntryFn_getFactory", &address));
   EXPECT_EQ(address, dlsym(handle, "EntryFn_getFactory")) << "the handle's";
-  EXPECT_EQ(yax_->GetFuncAddress(kOwn, handle, "nothing", &address), 0xE000000Fu);
-  EXPECT_EQ(address, nullptr);
+  EXPECT_EQ(yax_status::kNoEntry, yax_->GetFuncAddress(kOwn, handle, "nothing", &address));
+  EXPECT_EQ(nullptr, address);
   for (const char* symbol : {"nothing", static_cast<const char*>(nullptr)}) {
-    EXPECT_EQ(yax_->GetFuncAddress(kOwn, nullptr, symbol, &address), 0u);
+    EXPECT_EQ(yax_status::kOk, yax_->GetFuncAddress(kOwn, nullptr, symbol, &address));
     EXPECT_EQ(address, reinterpret_cast<void*>(Give));
   }
-  EXPECT_EQ(yax_->GetFuncAddress(kUnknown, nullptr, "EntryFn_getFactory", &address), 0xE000000Du);
+  EXPECT_EQ(yax_status::kRegistryFailed,
+            yax_->GetFuncAddress(kUnknown, nullptr, "EntryFn_getFactory", &address));
 }
 
 TEST_F(ComponentCalls, AFactoryIsAskedForAfterLoading) {
   void* out = nullptr;
-  ASSERT_EQ(yax_->GetComponentFactory(kOwn, &out), 0u);
+  ASSERT_EQ(yax_status::kOk, yax_->GetComponentFactory(kOwn, &out));
   Drop(out);
-  EXPECT_EQ(yax_->loads, 1u);
-  EXPECT_EQ(yax_->handleBefore, nullptr);
+  EXPECT_EQ(1u, yax_->loads);
+  EXPECT_EQ(nullptr, yax_->handleBefore);
 }
 
 TEST_F(ComponentCalls, AFailureToLoadIsHandedOn) {
   PrintedMessages printed;
   yax_->loadFailure = 0x1234;
   void* out = this;
-  EXPECT_EQ(yax_->CYAX::GetComponentFactory(kOwn, &out), 0x1234u);
+  EXPECT_EQ(0x1234u, yax_->CYAX::GetComponentFactory(kOwn, &out));
   EXPECT_EQ(out, this);
-  EXPECT_EQ(yax_->loads, 1u);
-  EXPECT_EQ(printed.Take(),
-            "3 [CYAX::GetComponentFactory] Error while getting loading component...\n");
+  EXPECT_EQ(1u, yax_->loads);
+  EXPECT_EQ("3 [CYAX::GetComponentFactory] Error while getting loading component...\n",
+            printed.Take());
 }
 
 TEST_F(ComponentCalls, ObjectsAndLocksAreAskedOfTheFactory) {
   void* out = this;
-  ASSERT_EQ(yax_->GetComponentInstance(kOwn, IID_IYAXCompBase, &out), 0u);
-  EXPECT_EQ(yax_->factories, 1u);
-  EXPECT_EQ(yax_->factoryBefore, nullptr);
+  ASSERT_EQ(yax_status::kOk, yax_->GetComponentInstance(kOwn, IID_IYAXCompBase, &out));
+  EXPECT_EQ(1u, yax_->factories);
+  EXPECT_EQ(nullptr, yax_->factoryBefore);
   Drop(out);
-  EXPECT_EQ(yax_->LockComponent(kOwn, 1), 0u);
-  EXPECT_EQ(yax_->factories, 2u);
-  EXPECT_EQ(yax_->factoryBefore, nullptr);
-  EXPECT_EQ(yax_->LockComponent(kOwn, 0), 0u);
+  EXPECT_EQ(yax_status::kOk, yax_->LockComponent(kOwn, 1));
+  EXPECT_EQ(2u, yax_->factories);
+  EXPECT_EQ(nullptr, yax_->factoryBefore);
+  EXPECT_EQ(yax_status::kOk, yax_->LockComponent(kOwn, 0));
   yax_->givesNone = true;
   out = this;
-  EXPECT_EQ(yax_->GetComponentInstance(kOwn, IID_IYAXCompBase, &out), 0xE0000010u);
-  EXPECT_EQ(out, nullptr);
-  EXPECT_EQ(yax_->LockComponent(kOwn, 1), 0xE0000010u);
+  EXPECT_EQ(yax_status::kUnspecified, yax_->GetComponentInstance(kOwn, IID_IYAXCompBase, &out));
+  EXPECT_EQ(nullptr, out);
+  EXPECT_EQ(yax_status::kUnspecified, yax_->LockComponent(kOwn, 1));
 }
 
 TEST_F(ComponentCalls, WhatIsUnloadedBeforeItIsAskedIsLoadedAgain) {
   PrintedMessages printed;
   yax_->unloads = 1;
   void* out = nullptr;
-  ASSERT_EQ(yax_->GetComponentFactory(kOwn, &out), 0u);
-  ASSERT_NE(out, nullptr);
-  EXPECT_EQ(yax_->loads, 2u);
-  EXPECT_EQ(yax_->handleBefore, nullptr);
-  EXPECT_EQ(Notes().opened, 2u);
-  EXPECT_EQ(Notes().closed, 1u);
-  EXPECT_EQ(printed.Take(), "");
+  ASSERT_EQ(yax_status::kOk, yax_->GetComponentFactory(kOwn, &out));
+  ASSERT_NE(nullptr, out);
+  EXPECT_EQ(2u, yax_->loads);
+  EXPECT_EQ(nullptr, yax_->handleBefore);
+  EXPECT_EQ(2u, Notes().opened);
+  EXPECT_EQ(1u, Notes().closed);
+  EXPECT_EQ("", printed.Take());
   Drop(out);
 }
 
@@ -147,11 +150,11 @@ TEST_F(ComponentCalls, WhatCannotBeLoadedAgainIsAFailureToLoad) {
   yax_->unloads = 1;
   yax_->unregisters = true;
   void* out = this;
-  EXPECT_EQ(yax_->GetComponentFactory(kOwn, &out), 0xE000000Du);
+  EXPECT_EQ(yax_status::kRegistryFailed, yax_->GetComponentFactory(kOwn, &out));
   EXPECT_EQ(out, this);
-  EXPECT_EQ(yax_->loads, 2u);
-  EXPECT_EQ(printed.Take(),
-            "3 [CYAX::GetComponentFactory] Error while getting loading component...\n");
+  EXPECT_EQ(2u, yax_->loads);
+  EXPECT_EQ("3 [CYAX::GetComponentFactory] Error while getting loading component...\n",
+            printed.Take());
 }
 
 // ---- between the factory and what it is asked for
@@ -159,22 +162,22 @@ TEST_F(ComponentCalls, WhatCannotBeLoadedAgainIsAFailureToLoad) {
 TEST_F(ComponentCalls, AnObjectIsMadeByAFactoryThatNobodyCountsWhileAnotherUnloads) {
   yax_->unloadsAfter = true;
   void* out = nullptr;
-  ASSERT_EQ(yax_->GetComponentInstance(kStatic, IID_IYAXCompBase, &out), 0u);
-  EXPECT_EQ(yax_->unloadResult, 0xE000000Bu);
-  EXPECT_EQ(Notes().factoryReleases, 1u);
-  EXPECT_EQ(Notes().closed, 0u);
+  ASSERT_EQ(yax_status::kOk, yax_->GetComponentInstance(kStatic, IID_IYAXCompBase, &out));
+  EXPECT_EQ(yax_status::kInUse, yax_->unloadResult);
+  EXPECT_EQ(1u, Notes().factoryReleases);
+  EXPECT_EQ(0u, Notes().closed);
   Drop(out);
-  EXPECT_EQ(yax_->UnloadComponent(kStatic), 0u);
+  EXPECT_EQ(yax_status::kOk, yax_->UnloadComponent(kStatic));
   EXPECT_FALSE(IsMapped(ComponentFile("static_factory")));
 }
 
 TEST_F(ComponentCalls, ALockIsTakenByAFactoryThatNobodyCountsWhileAnotherUnloads) {
   yax_->unloadsAfter = true;
-  ASSERT_EQ(yax_->LockComponent(kStatic, 1), 0u);
-  EXPECT_EQ(yax_->unloadResult, 0xE000000Bu);
-  EXPECT_EQ(yax_->UnloadComponent(kStatic), 0xE000000Bu) << "it is locked";
-  ASSERT_EQ(yax_->LockComponent(kStatic, 0), 0u);
-  EXPECT_EQ(yax_->UnloadComponent(kStatic), 0u);
+  ASSERT_EQ(yax_status::kOk, yax_->LockComponent(kStatic, 1));
+  EXPECT_EQ(yax_status::kInUse, yax_->unloadResult);
+  EXPECT_EQ(yax_status::kInUse, yax_->UnloadComponent(kStatic)) << "it is locked";
+  ASSERT_EQ(yax_status::kOk, yax_->LockComponent(kStatic, 0));
+  EXPECT_EQ(yax_status::kOk, yax_->UnloadComponent(kStatic));
   EXPECT_FALSE(IsMapped(ComponentFile("static_factory")));
 }
 
@@ -182,11 +185,12 @@ TEST_F(ComponentCalls, ALockIsTakenByAFactoryThatNobodyCountsWhileAnotherUnloads
 TEST_F(ComponentCalls, AFactoryThatNobodyCountsKeepsNothingOpenForAClient) {
   yax_->unloadsAfter = true;
   void* out = nullptr;
-  ASSERT_EQ(yax_->GetComponentFactory(kStatic, &out), 0u);
-  EXPECT_EQ(yax_->unloadResult, 0u);
-  EXPECT_EQ(Notes().closed, 1u);
+  ASSERT_EQ(yax_status::kOk, yax_->GetComponentFactory(kStatic, &out));
+  EXPECT_EQ(0u, yax_->unloadResult);
+  EXPECT_EQ(1u, Notes().closed);
   yax_->unloadsAfter = false;
-  ASSERT_EQ(yax_->GetComponentInstance(kStatic, IID_IYAXCompBase, &out), 0u) << "loaded anew";
+  ASSERT_EQ(yax_status::kOk, yax_->GetComponentInstance(kStatic, IID_IYAXCompBase, &out))
+      << "loaded anew";
   Drop(out);
 }
 

@@ -1,4 +1,5 @@
 // Components in the running program, and systems where all components are there.
+#include "framework/YAXStatus.h"
 #include "tests/framework/ComponentRig.h"
 #include "tests/framework/PrintedMessages.h"
 #include "tests/platform/ChildProcess.h"
@@ -26,7 +27,7 @@ unsigned int GiveElsewhere(const YAX_GUID_ST& clsid, const YAX_GUID_ST& iid, voi
 }
 
 unsigned int Fail(const YAX_GUID_ST&, const YAX_GUID_ST&, void** factory) {
-  EXPECT_EQ(*factory, nullptr);
+  EXPECT_EQ(nullptr, *factory);
   return 0xE0000077;
 }
 
@@ -38,9 +39,9 @@ class ComponentFunctions : public ComponentRig {
   void ExpectMadeHere(const YAX_GUID_ST& clsid) {
     gAsked = {};
     void* out = nullptr;
-    ASSERT_EQ(yax_->GetComponentInstance(clsid, IID_ITestObject, &out), 0u);
+    ASSERT_EQ(yax_status::kOk, yax_->GetComponentInstance(clsid, IID_ITestObject, &out));
     EXPECT_TRUE(gAsked == clsid);
-    EXPECT_EQ(static_cast<ITestObject*>(out)->Answer(), 42u);
+    EXPECT_EQ(42u, static_cast<ITestObject*>(out)->Answer());
     static_cast<ITestObject*>(out)->Release();
   }
   void ExpectNoAddress(const YAX_GUID_ST& clsid, unsigned int status) {
@@ -48,7 +49,7 @@ class ComponentFunctions : public ComponentRig {
     void* out = this;
     EXPECT_EQ(yax_->GetComponentFactory(clsid, &out), status);
     EXPECT_EQ(out, this);
-    EXPECT_EQ(printed.Take(), kNoAddress);
+    EXPECT_EQ(kNoAddress, printed.Take());
   }
 
   const std::string sound_ = ComponentFile("sound");
@@ -57,34 +58,34 @@ class ComponentFunctions : public ComponentRig {
 TEST_F(ComponentFunctions, AreCalledAndNothingIsLoaded) {
   Register(kOwn, sound_, GiveHere, YAX_COMPONENT_TYPE_FUNCTION);
   void* handle = this;
-  EXPECT_EQ(loader_->LoadComponent(kOwn, &handle), 0u);
-  EXPECT_EQ(handle, nullptr);
+  EXPECT_EQ(yax_status::kOk, loader_->LoadComponent(kOwn, &handle));
+  EXPECT_EQ(nullptr, handle);
   ExpectMadeHere(kOwn);
-  EXPECT_EQ(Notes().factoriesMade, 1u);
-  EXPECT_EQ(Notes().factoryReleases, 1u);
-  EXPECT_EQ(loader_->LockComponent(kOwn, 1), 0u);
-  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u) << "nobody is asked";
-  EXPECT_EQ(loader_->LockComponent(kOwn, 0), 0u);
-  EXPECT_EQ(Notes().asked, 0u);
+  EXPECT_EQ(1u, Notes().factoriesMade);
+  EXPECT_EQ(1u, Notes().factoryReleases);
+  EXPECT_EQ(yax_status::kOk, loader_->LockComponent(kOwn, 1));
+  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn)) << "nobody is asked";
+  EXPECT_EQ(yax_status::kOk, loader_->LockComponent(kOwn, 0));
+  EXPECT_EQ(0u, Notes().asked);
   EXPECT_FALSE(IsMapped(sound_));
 }
 
 TEST_F(ComponentFunctions, AreCalledForEveryTypeButOne) {
   Register(kOwn, sound_, GiveHere, 2);
   void* handle = this;
-  EXPECT_EQ(loader_->LoadComponent(kOwn, &handle), 0u);
-  EXPECT_EQ(handle, nullptr);
+  EXPECT_EQ(yax_status::kOk, loader_->LoadComponent(kOwn, &handle));
+  EXPECT_EQ(nullptr, handle);
   ExpectMadeHere(kOwn);
   Register(kOther, sound_, GiveHere, 0xFFFFFFFF);
   ExpectMadeHere(kOther);
-  EXPECT_EQ(loader_->UnloadComponent(kOther), 0u);
+  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOther));
   EXPECT_FALSE(IsMapped(sound_));
 }
 
 TEST_F(ComponentFunctions, AreNotCalledForAComponentInASharedObject) {
   Register(kOwn, sound_, GiveHere, YAX_COMPONENT_TYPE_BINARY);
   void* out = nullptr;
-  ASSERT_EQ(yax_->GetComponentInstance(kOwn, IID_ITestObject, &out), 0u);
+  ASSERT_EQ(yax_status::kOk, yax_->GetComponentInstance(kOwn, IID_ITestObject, &out));
   EXPECT_TRUE(gAsked == YAX_GUID_ST());
   static_cast<ITestObject*>(out)->Release();
 }
@@ -93,14 +94,14 @@ TEST_F(ComponentFunctions, HandTheirFailureOn) {
   Register(kOwn, "", Fail, YAX_COMPONENT_TYPE_FUNCTION);
   PrintedMessages printed;
   void* out = this;
-  EXPECT_EQ(yax_->GetComponentFactory(kOwn, &out), 0xE0000077u);
-  EXPECT_EQ(out, nullptr);
-  EXPECT_EQ(printed.Take(), "");
+  EXPECT_EQ(0xE0000077u, yax_->GetComponentFactory(kOwn, &out));
+  EXPECT_EQ(nullptr, out);
+  EXPECT_EQ("", printed.Take());
 }
 
 TEST_F(ComponentFunctions, ThatAreNullAreNoEntry) {
   Register(kOwn, "", nullptr, YAX_COMPONENT_TYPE_FUNCTION);
-  EXPECT_EQ(Load(kOwn), nullptr);
+  EXPECT_EQ(nullptr, Load(kOwn));
   ExpectNoAddress(kOwn, 0xE000000F);
 }
 
@@ -108,7 +109,7 @@ TEST_F(ComponentFunctions, CanBeSetAnew) {
   Register(kOwn, "", nullptr, YAX_COMPONENT_TYPE_FUNCTION);
   YAX_COMPONENT_INFO_ST info = {};
   info.FactoryFn = GiveHere;
-  EXPECT_EQ(manager_->SetComponentInfo(kOwn, &info), 0u);
+  EXPECT_EQ(yax_status::kOk, manager_->SetComponentInfo(kOwn, &info));
   ExpectMadeHere(kOwn);
 }
 
@@ -126,15 +127,15 @@ TEST_F(ComponentFunctions, AreCalledForAllComponentsOfASingleBinary) {
 
 TEST_F(ComponentFunctions, ASingleBinaryLoadsAndUnloadsNothing) {
   Register(kOwn, "sound");
-  ASSERT_NE(Load(kOwn), nullptr);
+  ASSERT_NE(nullptr, Load(kOwn));
   SetSystem(1);
   for (const YAX_GUID_ST& clsid : {kOwn, kUnknown}) {
     void* handle = this;
-    EXPECT_EQ(loader_->LoadComponent(clsid, &handle), 0u);
-    EXPECT_EQ(handle, nullptr);
-    EXPECT_EQ(loader_->UnloadComponent(clsid), 0u);
+    EXPECT_EQ(yax_status::kOk, loader_->LoadComponent(clsid, &handle));
+    EXPECT_EQ(nullptr, handle);
+    EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(clsid));
   }
-  EXPECT_EQ(Notes().asked, 0u);
+  EXPECT_EQ(0u, Notes().asked);
   EXPECT_TRUE(IsMapped(sound_));
 }
 
@@ -142,8 +143,8 @@ TEST_F(ComponentFunctions, OnlyOneMeansASingleBinary) {
   Register(kOwn, "sound");
   for (const unsigned int isSingleBin : {0u, 2u, 0x101u, 0xFFFFFFFFu}) {
     SetSystem(isSingleBin);
-    EXPECT_NE(Load(kOwn), nullptr) << isSingleBin;
-    EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+    EXPECT_NE(nullptr, Load(kOwn)) << isSingleBin;
+    EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
     EXPECT_FALSE(IsMapped(sound_)) << isSingleBin;
   }
 }
@@ -169,12 +170,12 @@ TEST(ComponentFunctionsOfAnotherProcess, AreNotCalledWhereTheyCanBeTold) {
   void* out = nullptr;
   const unsigned int result = yax->GetComponentInstance(kOwn, IID_ITestObject, &out);
   if (sizeof(void*) == 8) {
-    EXPECT_EQ(result, 0xE000000Fu);
-    EXPECT_EQ(printed.Take(), kNoAddress);
-    EXPECT_EQ(out, nullptr);
+    EXPECT_EQ(yax_status::kNoEntry, result);
+    EXPECT_EQ(kNoAddress, printed.Take());
+    EXPECT_EQ(nullptr, out);
     return;
   }
-  ASSERT_EQ(result, 0u);
+  ASSERT_EQ(0u, result);
   EXPECT_TRUE(gAsked == kOwn);
   static_cast<ITestObject*>(out)->Release();
 }

@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "framework/YAX.h"
+#include "framework/YAXStatus.h"
 #include "tests/framework/ComponentFiles.h"
 #include "tests/framework/components/TestComponent.h"
 #include "tests/platform/TestFiles.h"
@@ -17,7 +18,7 @@ class View {
  public:
   explicit View(const YAX_GUID_ST& iid) {
     void* view = nullptr;
-    EXPECT_EQ(GetYAXInstance(iid, &view), 0u);
+    EXPECT_EQ(yax_status::kOk, GetYAXInstance(iid, &view));
     view_ = static_cast<Interface*>(view);
   }
   ~View() { view_->Release(); }
@@ -32,8 +33,10 @@ class View {
 // The framework from the constructor to the destructor.
 class Framework {
  public:
-  explicit Framework(const std::string& path) { EXPECT_EQ(CreateYAX(path.c_str()), 0u); }
-  ~Framework() { EXPECT_EQ(DestroyYAX(), 0u); }
+  explicit Framework(const std::string& path) {
+    EXPECT_EQ(yax_status::kOk, CreateYAX(path.c_str()));
+  }
+  ~Framework() { EXPECT_EQ(yax_status::kOk, DestroyYAX()); }
   Framework(const Framework&) = delete;
   Framework& operator=(const Framework&) = delete;
 };
@@ -48,7 +51,7 @@ class ComponentRig : public ::testing::Test {
     info.Type = static_cast<YAX_COMPONENT_TYPE_ENUM>(type);
     info.FactoryFn = function;
     std::strncpy(info.BinaryPath, path.c_str(), sizeof info.BinaryPath - 1);
-    EXPECT_EQ(manager_->RegisterComponent(clsid, &info), 0u);
+    EXPECT_EQ(yax_status::kOk, manager_->RegisterComponent(clsid, &info));
   }
   // A component in a shared object of components/.
   void Register(const YAX_GUID_ST& clsid, const char* name) {
@@ -58,12 +61,12 @@ class ComponentRig : public ::testing::Test {
     YAX_SYSTEM_INFO_ST info = {};
     info.isSingleBin = isSingleBin;
     std::strncpy(info.BinDirectory, folder, sizeof info.BinDirectory - 1);
-    EXPECT_EQ(manager_->SetSystemInfo(&info), 0u);
+    EXPECT_EQ(yax_status::kOk, manager_->SetSystemInfo(&info));
   }
   // The handle; null also when it fails.
   void* Load(const YAX_GUID_ST& clsid) {
     void* handle = nullptr;
-    EXPECT_EQ(loader_->LoadComponent(clsid, &handle), 0u);
+    EXPECT_EQ(yax_status::kOk, loader_->LoadComponent(clsid, &handle));
     return handle;
   }
 

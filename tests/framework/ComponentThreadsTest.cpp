@@ -2,6 +2,7 @@
 #include <chrono>
 #include <mutex>
 
+#include "framework/YAXStatus.h"
 #include "tests/framework/ComponentRig.h"
 #include "tests/registry/ManyThreads.h"
 
@@ -46,15 +47,15 @@ TEST_F(ComponentThreads, OpenTheSameNewFileOnce) {
     void* handles[2] = {};
     unsigned int results[2] = {1, 1};
     OnThreads(2, [&](unsigned int i) { results[i] = loader_->LoadComponent(kOwn, &handles[i]); });
-    ASSERT_EQ(results[0], 0u) << round;
-    ASSERT_EQ(results[1], 0u) << round;
-    ASSERT_NE(handles[0], nullptr) << round;
+    ASSERT_EQ(0u, results[0]) << round;
+    ASSERT_EQ(0u, results[1]) << round;
+    ASSERT_NE(nullptr, handles[0]) << round;
     ASSERT_EQ(handles[0], handles[1]) << round;
     ASSERT_EQ(Notes().opened, round);
-    ASSERT_EQ(loader_->UnloadComponent(kOwn), 0u);
+    ASSERT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
     ASSERT_FALSE(IsMapped(ComponentFile("sound"))) << round << ": opened twice";
   }
-  EXPECT_EQ(Notes().closed, 100u);
+  EXPECT_EQ(100u, Notes().closed);
 }
 
 TEST_F(ComponentThreads, OpenOneFileForTwoComponents) {
@@ -69,7 +70,7 @@ TEST_F(ComponentThreads, OpenOneFileForTwoComponents) {
     for (const YAX_GUID_ST& clsid : clsids) Expect(loader_->UnloadComponent(clsid) == 0);
     ASSERT_FALSE(IsMapped(ComponentFile("sound"))) << round << ": neither has a record";
   }
-  EXPECT_EQ(surprises_, 0u);
+  EXPECT_EQ(0u, surprises_);
 }
 
 TEST_F(ComponentThreads, LoadDifferentFilesAtOnce) {
@@ -91,7 +92,7 @@ TEST_F(ComponentThreads, LoadDifferentFilesAtOnce) {
       Expect(loader_->UnloadComponent(ClsidOf(i)) == 0);
     }
   });
-  EXPECT_EQ(surprises_, 0u);
+  EXPECT_EQ(0u, surprises_);
   EXPECT_EQ(Notes().opened, 4 * kRounds);
   EXPECT_EQ(Notes().closed, 4 * kRounds);
 }
@@ -127,11 +128,11 @@ TEST_F(ComponentThreads, UnloadWhileOthersAskForFactoriesAndObjects) {
     }
     --users;
   });
-  EXPECT_EQ(surprises_, 0u);
+  EXPECT_EQ(0u, surprises_);
   EXPECT_GE(Notes().closed, (kRounds - 1) / 10);
   EXPECT_EQ(Notes().factoriesMade, 3 * kRounds);
   EXPECT_EQ(Notes().factoriesGone, 3 * kRounds);
-  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
   EXPECT_FALSE(IsMapped(ComponentFile("sound")));
   EXPECT_EQ(Notes().opened, Notes().closed);
 }
@@ -150,8 +151,8 @@ TEST_F(ComponentThreads, UnloadWhileAnotherLoads) {
       }
     }
   });
-  EXPECT_EQ(surprises_, 0u);
-  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+  EXPECT_EQ(0u, surprises_);
+  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
   EXPECT_FALSE(IsMapped(ComponentFile("sound"))) << "a reference to the file is lost";
   EXPECT_EQ(Notes().opened, Notes().closed);
 }
@@ -178,8 +179,8 @@ TEST_F(ComponentThreads, LocksKeepAComponentThatOthersUnload) {
     }
     isOver = true;
   });
-  EXPECT_EQ(surprises_, 0u);
-  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+  EXPECT_EQ(0u, surprises_);
+  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
   EXPECT_EQ(Notes().opened, Notes().closed);
 }
 
@@ -202,9 +203,9 @@ TEST_F(ComponentThreads, MakeObjectsByAFactoryThatNobodyCountsWhileAnotherUnload
     }
     isOver = true;
   });
-  EXPECT_EQ(surprises_, 0u);
-  EXPECT_EQ(Notes().factoryReleases, 5000u);
-  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+  EXPECT_EQ(0u, surprises_);
+  EXPECT_EQ(5000u, Notes().factoryReleases);
+  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
   EXPECT_EQ(Notes().opened, Notes().closed);
 }
 
@@ -214,15 +215,15 @@ TEST_F(ComponentThreads, OfAFactoryMayCallTheFrameworkWhenItEnds) {
   Register(ClsidOf(2), "sound");
   Notes().other = ClsidOf(2);
   void* object = nullptr;
-  ASSERT_EQ(yax_->GetComponentInstance(kOwn, IID_ITestObject, &object), 0u);
-  EXPECT_EQ(Notes().answers[1], 0u) << "the thread that it waited for";
-  EXPECT_EQ(static_cast<ITestObject*>(object)->Release(), 0u);
+  ASSERT_EQ(yax_status::kOk, yax_->GetComponentInstance(kOwn, IID_ITestObject, &object));
+  EXPECT_EQ(0u, Notes().answers[1]) << "the thread that it waited for";
+  EXPECT_EQ(0u, static_cast<ITestObject*>(object)->Release());
   Notes().answers[1] = 1;
-  EXPECT_EQ(loader_->LockComponent(kOwn, 1), 0u);
-  EXPECT_EQ(Notes().answers[1], 0u);
-  EXPECT_EQ(Notes().factoriesGone, 4u);
-  EXPECT_EQ(loader_->LockComponent(kOwn, 0), 0u);
-  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+  EXPECT_EQ(yax_status::kOk, loader_->LockComponent(kOwn, 1));
+  EXPECT_EQ(0u, Notes().answers[1]);
+  EXPECT_EQ(4u, Notes().factoriesGone);
+  EXPECT_EQ(yax_status::kOk, loader_->LockComponent(kOwn, 0));
+  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
 }
 
 }  // namespace

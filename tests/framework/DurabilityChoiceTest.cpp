@@ -1,4 +1,5 @@
 // Choosing what the framework's changes survive.
+#include "framework/YAXStatus.h"
 #include "registry/Registry.h"
 #include "tests/framework/ChosenDurability.h"
 #include "tests/framework/PrintedMessages.h"
@@ -32,7 +33,7 @@ class DurabilityChoice : public ::testing::Test {
   // What a registry gets that asks for nothing.
   static char Default(const std::string& path) {
     tamu::registry::Registry registry(path.c_str(), "user");
-    EXPECT_EQ(registry.Initialize(0), 0u);
+    EXPECT_EQ(0u, registry.Initialize(0));
     return static_cast<char>(registry.EffectiveDurability());
   }
 
@@ -44,11 +45,11 @@ class DurabilityChoice : public ::testing::Test {
 
 TEST_F(DurabilityChoice, TheProgramChooses) {
   SetYAXDurability(YAX_DURABILITY_NONE);
-  EXPECT_EQ(Mode(), kNone);
-  EXPECT_EQ(status, 0u);
+  EXPECT_EQ(kNone, Mode());
+  EXPECT_EQ(0u, status);
   SetYAXDurability(YAX_DURABILITY_POWER);
-  EXPECT_EQ(Mode(), kPower);
-  EXPECT_EQ(status, 0u);
+  EXPECT_EQ(kPower, Mode());
+  EXPECT_EQ(0u, status);
   SetYAXDurability(YAX_DURABILITY_DEFAULT);
   EXPECT_EQ(Mode(), usual);
 }
@@ -59,26 +60,26 @@ TEST_F(DurabilityChoice, AModeThatCannotBeHadIsRefused) {
   EXPECT_EQ(status, usual == kProcess ? 0u : 0xE000000Du);
   std::filesystem::create_directory(path + ".journal");
   SetYAXDurability(YAX_DURABILITY_POWER);
-  EXPECT_EQ(CreateYAX(path.c_str()), 0xE000000Du);
+  EXPECT_EQ(yax_status::kRegistryFailed, CreateYAX(path.c_str()));
 }
 
 TEST_F(DurabilityChoice, ANumberThatIsNoModeIsRefused) {
-  EXPECT_EQ(SetYAXDurability(YAX_DURABILITY_POWER), 0u);
-  EXPECT_EQ(SetYAXDurability(4), 0xE0000008u);
-  EXPECT_EQ(SetYAXDurability(0xFFFFFFFF), 0xE0000008u);
-  EXPECT_EQ(Mode(), kPower);
+  EXPECT_EQ(yax_status::kOk, SetYAXDurability(YAX_DURABILITY_POWER));
+  EXPECT_EQ(yax_status::kBadArgument, SetYAXDurability(4));
+  EXPECT_EQ(yax_status::kBadArgument, SetYAXDurability(0xFFFFFFFF));
+  EXPECT_EQ(kPower, Mode());
 }
 
 TEST_F(DurabilityChoice, TheEnvironmentChoosesWhereTheProgramDoesNot) {
   setenv(kVariable, "power", 1);
-  EXPECT_EQ(Mode(), kPower);
+  EXPECT_EQ(kPower, Mode());
   setenv(kVariable, "none", 1);
-  EXPECT_EQ(Mode(), kNone);
+  EXPECT_EQ(kNone, Mode());
   setenv(kVariable, "process", 1);
   EXPECT_EQ(Mode(), usual);
   EXPECT_EQ(status, usual == kProcess ? 0u : 0xE000000Du);
   SetYAXDurability(YAX_DURABILITY_POWER);
-  EXPECT_EQ(Mode(), kPower);
+  EXPECT_EQ(kPower, Mode());
 }
 
 TEST_F(DurabilityChoice, AnotherWordIsToldAndIgnored) {
@@ -86,7 +87,7 @@ TEST_F(DurabilityChoice, AnotherWordIsToldAndIgnored) {
     setenv(kVariable, word, 1);
     PrintedMessages printed;
     EXPECT_EQ(Mode(), usual);
-    EXPECT_EQ(status, 0u);
+    EXPECT_EQ(0u, status);
     const std::string expected = std::string(kBegins) + "3 YAX_DURABILITY is \"" + word +
                                  "\", not none, process or power: ignored\n";
     EXPECT_EQ(printed.Take().substr(0, expected.size()), expected);

@@ -2,27 +2,28 @@
 #pragma once
 
 #include "framework/YAX.h"
+#include "framework/YAXStatus.h"
 #include "framework/internal/CYAX.h"
 #include "tests/registry/RegistryRig.h"
 
 class FrameworkRegistry : public ::testing::Test {
  protected:
   FrameworkRegistry() {
-    EXPECT_EQ(CreateYAX(path.c_str()), 0u);
+    EXPECT_EQ(yax_status::kOk, CreateYAX(path.c_str()));
     void* view = nullptr;
-    EXPECT_EQ(GetYAXInstance(IID_IYAXRegistry, &view), 0u);
+    EXPECT_EQ(yax_status::kOk, GetYAXInstance(IID_IYAXRegistry, &view));
     yax = static_cast<IYAXRegistry*>(view);
-    EXPECT_EQ(yax->CreateKey(0, "key"), 0u);
+    EXPECT_EQ(0u, yax->CreateKey(0, "key"));
   }
   ~FrameworkRegistry() override {
-    EXPECT_EQ(StructureFindings(path), "");
+    EXPECT_EQ("", StructureFindings(path));
     yax->Release();
     DestroyYAX();
   }
 
   unsigned int Open(const char* key) {
     unsigned int handle = 0;
-    EXPECT_EQ(yax->OpenKey(key, &handle, 0), 0u);
+    EXPECT_EQ(0u, yax->OpenKey(key, &handle, 0));
     return handle;
   }
   // The file but for four bytes that have no meaning.

@@ -1,4 +1,5 @@
 // Fields of 256 bytes, and values in the registry that others have written.
+#include "framework/YAXStatus.h"
 #include "tests/framework/InfoStoreRig.h"
 
 using namespace std::string_literals;
@@ -11,7 +12,7 @@ class InfoStoreFields : public InfoStoreTest<Store> {
  protected:
   InfoStoreFields() {
     const YAX_COMPONENT_INFO_ST info = Player();
-    EXPECT_EQ(this->store.RegisterComponent(kClsid, &info), 0u);
+    EXPECT_EQ(yax_status::kOk, this->store.RegisterComponent(kClsid, &info));
   }
   // The name as it is read into a field full of something else; the byte behind it included.
   std::string ReadName() {
@@ -28,7 +29,7 @@ TYPED_TEST(InfoStoreFields, ATextIsWrittenWithAtMost255CharactersAndATerminator)
     YAX_COMPONENT_INFO_ST info = Player();
     FillField(info.CompName, std::string(length, 'n'));
     FillField(info.BinaryPath, std::string(length, 'p'));
-    EXPECT_EQ(this->store.SetComponentInfo(kClsid, &info), 0u);
+    EXPECT_EQ(yax_status::kOk, this->store.SetComponentInfo(kClsid, &info));
     const unsigned int kept = length < 256 ? length : 255;
     EXPECT_EQ(this->Stored(kClsidKey, "CompName"), "type 1: " + std::string(kept, 'n') + '\0');
     EXPECT_EQ(this->Stored(kClsidKey, "BinaryPath"), "type 1: " + std::string(kept, 'p') + '\0');
@@ -39,9 +40,9 @@ TYPED_TEST(InfoStoreFields, ATextIsWrittenWithAtMost255CharactersAndATerminator)
 TYPED_TEST(InfoStoreFields, AFolderIsWrittenWithAtMost255CharactersAndATerminator) {
   YAX_SYSTEM_INFO_ST info = SystemOf(1, "");
   FillField(info.BinDirectory, std::string(256, 'd'));
-  EXPECT_EQ(this->store.SetSystemInfo(&info), 0u);
+  EXPECT_EQ(yax_status::kOk, this->store.SetSystemInfo(&info));
   EXPECT_EQ(this->Stored("YAX_SYSTEM", "BinDirectory"), "type 1: " + std::string(255, 'd') + '\0');
-  EXPECT_EQ(this->store.GetSystemInfo(&info), 0u);
+  EXPECT_EQ(yax_status::kOk, this->store.GetSystemInfo(&info));
   EXPECT_EQ(FieldOf(info.BinDirectory), std::string(255, 'd') + '\0');
 }
 
@@ -53,23 +54,23 @@ TYPED_TEST(InfoStoreFields, OfALongTextTheFieldHolds255Characters) {
   this->Put(kClsidKey, "BinaryPath", 1, std::string(1024, 'y'));
   char binary[kYAXTextSize + 1];
   std::memset(binary, '#', sizeof binary);
-  EXPECT_EQ(this->store.GetComponentBinPath(kClsid, binary), 0u);
+  EXPECT_EQ(yax_status::kOk, this->store.GetComponentBinPath(kClsid, binary));
   EXPECT_EQ(std::string(binary, sizeof binary), std::string(255, 'y') + '\0' + '#');
 }
 
 TYPED_TEST(InfoStoreFields, ATextWithoutTerminatorGetsOne) {
   this->Put(kClsidKey, "CompName", 1, "abc");
-  EXPECT_EQ(this->ReadName(), "abc\0"s);
+  EXPECT_EQ("abc\0"s, this->ReadName());
 }
 
 TYPED_TEST(InfoStoreFields, OfANumberTheBytesThatThereAreCount) {
   this->Put(kClsidKey, "Type", 1, "\1\2");
   YAX_COMPONENT_TYPE_ENUM type = YAX_COMPONENT_TYPE_FUNCTION;
-  EXPECT_EQ(this->store.GetComponentType(kClsid, &type), 0u);
-  EXPECT_EQ(type, 0x0201u) << "two bytes of a text";
+  EXPECT_EQ(yax_status::kOk, this->store.GetComponentType(kClsid, &type));
+  EXPECT_EQ(0x0201u, type) << "two bytes of a text";
   this->Put(kClsidKey, "Type", 2, "\1\2\3\4\5\6\7\x8\x9");
-  EXPECT_EQ(this->store.GetComponentType(kClsid, &type), 0u);
-  EXPECT_EQ(type, 0x04030201u) << "the first four of nine";
+  EXPECT_EQ(yax_status::kOk, this->store.GetComponentType(kClsid, &type));
+  EXPECT_EQ(0x04030201u, type) << "the first four of nine";
 }
 
 // ---- the two ways of reading part here
@@ -79,43 +80,43 @@ class InfoStoreMemoryFields : public InfoStoreFields<YAXInfoManagerRCEMemory> {}
 
 TEST_F(InfoStoreFileFields, ANumberReadAsATextIsItsBytes) {
   Put(kClsidKey, "CompName", 0, "AB\0\0\0\0\0\0"s);
-  EXPECT_EQ(ReadName(), "AB\0"s);
+  EXPECT_EQ("AB\0"s, ReadName());
 }
 
 TEST_F(InfoStoreMemoryFields, ANumberReadAsATextIsEmpty) {
   Put(kClsidKey, "CompName", 0, "AB\0\0\0\0\0\0"s);
-  EXPECT_EQ(ReadName(), "\0"s);
+  EXPECT_EQ("\0"s, ReadName());
   Put(kClsidKey, "CompName", 2, "data\0"s);
-  EXPECT_EQ(ReadName(), "\0"s) << "data of another type";
+  EXPECT_EQ("\0"s, ReadName()) << "data of another type";
 }
 
 TEST_F(InfoStoreFileFields, AValueThatIsNotSetCannotBeRead) {
   for (const char* name : {"CompName", "Type", "FactoryFn", "BinaryPath"}) {
-    ASSERT_EQ(registry.CreateValue(0, kClsidKey, name, nullptr), 0u);
+    ASSERT_EQ(0u, registry.CreateValue(0, kClsidKey, name, nullptr));
   }
   YAX_COMPONENT_INFO_ST info = {};
-  EXPECT_EQ(store.GetComponentInfo(kClsid, &info), 0xE000000D);
+  EXPECT_EQ(yax_status::kRegistryFailed, store.GetComponentInfo(kClsid, &info));
   YAX_COMPONENT_TYPE_ENUM type = YAX_COMPONENT_TYPE_BINARY;
-  EXPECT_EQ(store.GetComponentType(kClsid, &type), 0xE000000D);
+  EXPECT_EQ(yax_status::kRegistryFailed, store.GetComponentType(kClsid, &type));
   void* function = nullptr;
-  EXPECT_EQ(store.GetComponentEntryFunc(kClsid, &function), 0xE000000D);
+  EXPECT_EQ(yax_status::kRegistryFailed, store.GetComponentEntryFunc(kClsid, &function));
   char binary[kYAXTextSize];
-  EXPECT_EQ(store.GetComponentBinPath(kClsid, binary), 0xE000000D);
+  EXPECT_EQ(yax_status::kRegistryFailed, store.GetComponentBinPath(kClsid, binary));
 }
 
 TEST_F(InfoStoreMemoryFields, AValueThatIsNotSetIsEmptyOrZero) {
   for (const char* name : {"CompName", "Type", "FactoryFn", "BinaryPath"}) {
-    ASSERT_EQ(registry.CreateValue(0, kClsidKey, name, nullptr), 0u);
+    ASSERT_EQ(0u, registry.CreateValue(0, kClsidKey, name, nullptr));
   }
   YAX_COMPONENT_INFO_ST info = Player();
-  EXPECT_EQ(store.GetComponentInfo(kClsid, &info), 0u);
+  EXPECT_EQ(yax_status::kOk, store.GetComponentInfo(kClsid, &info));
   EXPECT_STREQ(info.CompName, "");
-  EXPECT_EQ(info.Type, 0u);
-  EXPECT_EQ(info.FactoryFn, nullptr);
+  EXPECT_EQ(0u, info.Type);
+  EXPECT_EQ(nullptr, info.FactoryFn);
   EXPECT_STREQ(info.BinaryPath, "");
   void* function = &info;
-  EXPECT_EQ(store.GetComponentEntryFunc(kClsid, &function), 0xE000000F);
-  EXPECT_EQ(function, nullptr);
+  EXPECT_EQ(yax_status::kNoEntry, store.GetComponentEntryFunc(kClsid, &function));
+  EXPECT_EQ(nullptr, function);
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
 // The bytes of a component and of the system information in the file.
+#include "framework/YAXStatus.h"
 #include "tests/framework/InfoStoreRig.h"
 
 using namespace std::string_literals;
@@ -22,7 +23,7 @@ constexpr unsigned int kFirstBlock = 52592;
 
 TYPED_TEST(InfoStoreLayout, ARegisteredComponentIsFourValuesOfItsKey) {
   const YAX_COMPONENT_INFO_ST info = Player();
-  ASSERT_EQ(this->store.RegisterComponent(kClsid, &info), 0u);
+  ASSERT_EQ(yax_status::kOk, this->store.RegisterComponent(kClsid, &info));
   const auto part = [&](size_t offset, size_t count) {
     return tamu::registry::FilePart(this->path, offset, count);
   };
@@ -33,46 +34,46 @@ TYPED_TEST(InfoStoreLayout, ARegisteredComponentIsFourValuesOfItsKey) {
   EXPECT_EQ(part(kFirstValue + 156, 52),
             Record(0x300, 13, 0x61, "BinaryPath", "\0\2\0\0\0\0\0\0"s));
   EXPECT_EQ(part(kFirstValue + 208, 52), std::string(52, '\0')) << "nothing else";
-  EXPECT_EQ(part(kFirstBlock, 8), "Player\0\0"s);
-  EXPECT_EQ(part(kFirstBlock + 64, 14), "libplayer.so\0\0"s);
+  EXPECT_EQ("Player\0\0"s, part(kFirstBlock, 8));
+  EXPECT_EQ("libplayer.so\0\0"s, part(kFirstBlock + 64, 14));
   const std::map<std::string, DecodedKey> tree = DecodeTree(this->path);
-  ASSERT_EQ(tree.size(), 3u);
-  EXPECT_EQ(tree.at("YAX_ROOT").owner, 0xAC295ADDu);
+  ASSERT_EQ(3u, tree.size());
+  EXPECT_EQ(0xAC295ADDu, tree.at("YAX_ROOT").owner);
   EXPECT_TRUE(tree.at("YAX_ROOT").values.empty());
-  EXPECT_EQ(tree.at(kClsidKey).values.size(), 4u);
+  EXPECT_EQ(4u, tree.at(kClsidKey).values.size());
 }
 
 TYPED_TEST(InfoStoreLayout, TheSystemInformationIsTwoValues) {
   YAX_SYSTEM_INFO_ST info = SystemOf(0x80000001, "/usr/lib");
-  ASSERT_EQ(this->store.SetSystemInfo(&info), 0u);
+  ASSERT_EQ(yax_status::kOk, this->store.SetSystemInfo(&info));
   EXPECT_EQ(tamu::registry::FilePart(this->path, kFirstValue, 52),
             Record(0, 9, 0x61, "BinDirectory", "\0\1\0\0\0\0\0\0"s));
   EXPECT_EQ(tamu::registry::FilePart(this->path, kFirstValue + 52, 52),
             Record(0x100, 8, 0x40, "isSingleBin", "\x01\0\0\x80\0\0\0\0"s))
       << "the upper half is 0 whatever the sign";
-  EXPECT_EQ(tamu::registry::FilePart(this->path, kFirstBlock, 10), "/usr/lib\0\0"s);
+  EXPECT_EQ("/usr/lib\0\0"s, tamu::registry::FilePart(this->path, kFirstBlock, 10));
 }
 
 TYPED_TEST(InfoStoreLayout, ATypeIsStoredWithoutASign) {
   YAX_COMPONENT_INFO_ST info = Player();
   info.Type = static_cast<YAX_COMPONENT_TYPE_ENUM>(0xFFFFFFFE);
-  ASSERT_EQ(this->store.RegisterComponent(kClsid, &info), 0u);
-  EXPECT_EQ(this->Stored(kClsidKey, "Type"), "type 0: \xFE\xFF\xFF\xFF\0\0\0\0"s);
+  ASSERT_EQ(yax_status::kOk, this->store.RegisterComponent(kClsid, &info));
+  EXPECT_EQ("type 0: \xFE\xFF\xFF\xFF\0\0\0\0"s, this->Stored(kClsidKey, "Type"));
   YAX_COMPONENT_TYPE_ENUM type = YAX_COMPONENT_TYPE_FUNCTION;
-  EXPECT_EQ(this->store.GetComponentType(kClsid, &type), 0u);
-  EXPECT_EQ(type, 0xFFFFFFFE);
+  EXPECT_EQ(yax_status::kOk, this->store.GetComponentType(kClsid, &type));
+  EXPECT_EQ(0xFFFFFFFE, type);
 }
 
 TYPED_TEST(InfoStoreLayout, TheUpperHalfOfAFunctionIsItsSign) {
   YAX_COMPONENT_INFO_ST info = ComponentOf("", 0, 0x7FFFFFF0, "");
-  ASSERT_EQ(this->store.RegisterComponent(GuidOf(1), &info), 0u);
-  EXPECT_EQ(this->Stored(KeyOf(GuidOf(1)), "FactoryFn"), "type 0: \xF0\xFF\xFF\x7F\0\0\0\0"s);
+  ASSERT_EQ(yax_status::kOk, this->store.RegisterComponent(GuidOf(1), &info));
+  EXPECT_EQ("type 0: \xF0\xFF\xFF\x7F\0\0\0\0"s, this->Stored(KeyOf(GuidOf(1)), "FactoryFn"));
   info.FactoryFn = FunctionAt(0x80000000);
-  ASSERT_EQ(this->store.RegisterComponent(GuidOf(2), &info), 0u);
-  EXPECT_EQ(this->Stored(KeyOf(GuidOf(2)), "FactoryFn"), "type 0: \0\0\0\x80\xFF\xFF\xFF\xFF"s);
+  ASSERT_EQ(yax_status::kOk, this->store.RegisterComponent(GuidOf(2), &info));
+  EXPECT_EQ("type 0: \0\0\0\x80\xFF\xFF\xFF\xFF"s, this->Stored(KeyOf(GuidOf(2)), "FactoryFn"));
   info.FactoryFn = nullptr;
-  ASSERT_EQ(this->store.RegisterComponent(GuidOf(3), &info), 0u);
-  EXPECT_EQ(this->Stored(KeyOf(GuidOf(3)), "FactoryFn"), "type 0: \0\0\0\0\0\0\0\0"s);
+  ASSERT_EQ(yax_status::kOk, this->store.RegisterComponent(GuidOf(3), &info));
+  EXPECT_EQ("type 0: \0\0\0\0\0\0\0\0"s, this->Stored(KeyOf(GuidOf(3)), "FactoryFn"));
 }
 
 }  // namespace

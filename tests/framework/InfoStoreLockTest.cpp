@@ -1,4 +1,5 @@
 // The lock of an information store.
+#include "framework/YAXStatus.h"
 #include "framework/internal/CYAXIMMutex.h"
 #include "tests/framework/InfoStoreRig.h"
 #include "tests/registry/ManyThreads.h"
@@ -50,20 +51,20 @@ TYPED_TEST(InfoStoreLock, AThreadThatHoldsTheLockUsesTheStoreAndOthersWait) {
   YAX_SYSTEM_INFO_ST system = SystemOf(1, "/lib");
   PCMutex& lock = *CYAXIMMutex::mspMutex;
   lock.Take();
-  ASSERT_EQ(this->store.SetSystemInfo(&system), 0u);
+  ASSERT_EQ(yax_status::kOk, this->store.SetSystemInfo(&system));
   std::atomic<bool> begins{false}, isOver{false};
   std::thread other([&] {
     begins = true;
-    EXPECT_EQ(this->store.IsSysSingleBinary(), 0u) << "what was set last";
+    EXPECT_EQ(0u, this->store.IsSysSingleBinary()) << "what was set last";
     isOver = true;
   });
   while (!begins) std::this_thread::yield();
   for (int i = 0; i < 50; ++i) {
-    EXPECT_EQ(this->store.GetSystemInfo(&system), 0u);
+    EXPECT_EQ(yax_status::kOk, this->store.GetSystemInfo(&system));
     EXPECT_FALSE(isOver) << "it did not wait";
   }
   system.isSingleBin = 0;
-  EXPECT_EQ(this->store.SetSystemInfo(&system), 0u);
+  EXPECT_EQ(yax_status::kOk, this->store.SetSystemInfo(&system));
   lock.Give();
   other.join();
 }

@@ -104,19 +104,19 @@ inline std::string FileContent(const std::string& path) {
 template <class Store>
 class InfoStoreTest : public ::testing::Test {
  protected:
-  InfoStoreTest() { EXPECT_EQ(registry.Initialize(), 0u); }
-  ~InfoStoreTest() override { EXPECT_EQ(StructureFindings(path), ""); }
+  InfoStoreTest() { EXPECT_EQ(0u, registry.Initialize()); }
+  ~InfoStoreTest() override { EXPECT_EQ("", StructureFindings(path)); }
 
   void Reopen() {
     registry.Finalize();
-    ASSERT_EQ(registry.Initialize(), 0u);
+    ASSERT_EQ(0u, registry.Initialize());
   }
   // Makes a value that any client of the registry might leave; closes all handles.
   void Put(const char* key, const char* name, unsigned int type, const std::string& bytes) {
     tamu::registry::ExactValue value(type, bytes);
     const unsigned int result = registry.SetValue(0, key, name, &value);
     if (result != 0) {
-      EXPECT_EQ(registry.CreateValue(0, key, name, &value), 0u) << key << " " << name;
+      EXPECT_EQ(0u, registry.CreateValue(0, key, name, &value)) << key << " " << name;
     }
   }
   // A value as the file has it: "type 1: text", with all eight bytes of a number.

@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include "framework/YAX.h"
+#include "framework/YAXStatus.h"
 #include "tests/framework/InfoStoreRig.h"
 #include "tests/platform/ChildProcess.h"
 #include "tests/registry/ManyThreads.h"
@@ -15,20 +16,20 @@ using tamu::registry::Watchdog;
 class FrameworkThreads : public ::testing::Test {
  protected:
   FrameworkThreads() {
-    EXPECT_EQ(CreateYAX(path.c_str()), 0u);
+    EXPECT_EQ(yax_status::kOk, CreateYAX(path.c_str()));
     void* view = nullptr;
-    EXPECT_EQ(GetYAXInstance(IID_IYAXRegistry, &view), 0u);
+    EXPECT_EQ(yax_status::kOk, GetYAXInstance(IID_IYAXRegistry, &view));
     registry = static_cast<IYAXRegistry*>(view);
-    EXPECT_EQ(GetYAXInstance(IID_IYAXInfoManager, &view), 0u);
+    EXPECT_EQ(yax_status::kOk, GetYAXInstance(IID_IYAXInfoManager, &view));
     manager = static_cast<IYAXInfoManager*>(view);
-    EXPECT_EQ(registry->CreateKey(0, "app"), 0u);
-    EXPECT_EQ(registry->CreateValue(0, "app", "text", YAX_REG_DATA_TYPE_STRING, "mine"), 0u);
+    EXPECT_EQ(0u, registry->CreateKey(0, "app"));
+    EXPECT_EQ(0u, registry->CreateValue(0, "app", "text", YAX_REG_DATA_TYPE_STRING, "mine"));
   }
   ~FrameworkThreads() override {
     registry->Release();
     manager->Release();
     DestroyYAX();
-    EXPECT_EQ(StructureFindings(path), "");
+    EXPECT_EQ("", StructureFindings(path));
   }
 
   // What a thread without handles does; counts what it did not expect.
@@ -68,14 +69,14 @@ TEST_F(FrameworkThreads, OneRegistersWhileAnotherReadsWithoutHandles) {
     }
     while (!isOver) surprises += ReadWithoutHandle();
   });
-  EXPECT_EQ(surprises, 0u);
-  EXPECT_EQ(StructureFindings(path), "");
+  EXPECT_EQ(0u, surprises);
+  EXPECT_EQ("", StructureFindings(path));
   const std::map<std::string, DecodedKey> tree = DecodeTree(path);
   EXPECT_EQ(tree.size(), 1u + 1 + 1 + kCount);
-  EXPECT_EQ(tree.at("app").values.size(), 1u) << "nothing was written to another's key";
+  EXPECT_EQ(1u, tree.at("app").values.size()) << "nothing was written to another's key";
   for (unsigned int i = 0; i < kCount; ++i) {
     const DecodedKey& key = tree.at(KeyOf(GuidOf(i + 1)));
-    ASSERT_EQ(key.values.size(), 4u);
+    ASSERT_EQ(4u, key.values.size());
     EXPECT_EQ(key.values[3].bytes, FieldOf(components[i].CompName));
   }
 }
@@ -107,7 +108,7 @@ TEST_F(FrameworkThreads, AllOperationsOfTheStoreAtOnce) {
       count(manager->UnregisterComponent(guid));
     }
   });
-  EXPECT_EQ(surprises, 0u);
+  EXPECT_EQ(0u, surprises);
   EXPECT_EQ(DecodeTree(path).size(), 1u + 1 + 2) << "the root, app, and the two top keys";
 }
 
@@ -116,10 +117,10 @@ TEST(InfoStoreThreads, AStoreWorksWhileNewerOnesComeAndGo) {
   TempDir folder;
   const std::string path = folder / "registry";
   tamu::registry::Registry registry(path.c_str(), "adminstrator");
-  ASSERT_EQ(registry.Initialize(), 0u);
+  ASSERT_EQ(0u, registry.Initialize());
   YAXInfoManagerRCEMemory store(&registry);
   YAX_SYSTEM_INFO_ST first = SystemOf(1, "/lib");
-  ASSERT_EQ(store.SetSystemInfo(&first), 0u);
+  ASSERT_EQ(yax_status::kOk, store.SetSystemInfo(&first));
   Watchdog watchdog("stores that come and go");
   std::atomic<unsigned int> surprises{0};
   OnThreads(3, [&](unsigned int thread) {
@@ -133,8 +134,8 @@ TEST(InfoStoreThreads, AStoreWorksWhileNewerOnesComeAndGo) {
       }
     }
   });
-  EXPECT_EQ(surprises, 0u);
-  EXPECT_EQ(StructureFindings(path), "");
+  EXPECT_EQ(0u, surprises);
+  EXPECT_EQ("", StructureFindings(path));
 }
 
 // The store that works without handles beside one that uses them.
@@ -142,7 +143,7 @@ TEST(InfoStoreThreads, BothKindsOfStoresWorkAtOnce) {
   TempDir folder;
   const std::string path = folder / "registry";
   tamu::registry::Registry registry(path.c_str(), "adminstrator");
-  ASSERT_EQ(registry.Initialize(), 0u);
+  ASSERT_EQ(0u, registry.Initialize());
   YAXInfoManagerRCEMemory memory(&registry);
   YAXInfoManagerRCEFile file(&registry);
   Components components(40);
@@ -154,8 +155,8 @@ TEST(InfoStoreThreads, BothKindsOfStoresWorkAtOnce) {
       if (store.RegisterComponent(GuidOf(i + 1), &components[i]) != 0) ++surprises;
     }
   });
-  EXPECT_EQ(surprises, 0u);
-  EXPECT_EQ(StructureFindings(path), "");
+  EXPECT_EQ(0u, surprises);
+  EXPECT_EQ("", StructureFindings(path));
   EXPECT_EQ(DecodeTree(path).size(), 2u + 40);
 }
 

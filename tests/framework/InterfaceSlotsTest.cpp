@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include "framework/YAXStatus.h"
 #include "platform/PCList.h"
 #include "tests/framework/IndependentYAX.h"
 #include "tests/framework/PrintedMessages.h"
@@ -70,14 +71,14 @@ class InterfaceSlots : public ::testing::Test {
  protected:
   void SetUp() override {
     gFactory = ToldFactory();
-    ASSERT_EQ(independent::CreateYAX((folder / "registry").c_str()), 0u);
+    ASSERT_EQ(yax_status::kOk, independent::CreateYAX((folder / "registry").c_str()));
   }
   ~InterfaceSlots() override { independent::DestroyYAX(); }
 
   template <class Interface>
   static Interface& View(const Guid& iid) {
     void* view = nullptr;
-    EXPECT_EQ(independent::GetYAXInstance(iid, &view), 0u);
+    EXPECT_EQ(yax_status::kOk, independent::GetYAXInstance(iid, &view));
     return *static_cast<Interface*>(view);
   }
   // The framework object's own table.
@@ -87,23 +88,23 @@ class InterfaceSlots : public ::testing::Test {
   void RegisterComponents() {
     independent::Info& info = View<independent::Info>(independent::kInfoInterface);
     const independent::ComponentInfo inProgram = Describe(kInProgram, "in program");
-    EXPECT_EQ(info.RegisterComponent(kInProgram, &inProgram), 0u);
+    EXPECT_EQ(yax_status::kOk, info.RegisterComponent(kInProgram, &inProgram));
     independent::ComponentInfo adder = Describe(kAdder, "adder");
     adder.type = 1;
     std::strncpy(adder.path, YAX_INDEPENDENT_COMPONENT, sizeof adder.path - 1);
-    EXPECT_EQ(info.RegisterComponent(kAdder, &adder), 0u);
+    EXPECT_EQ(yax_status::kOk, info.RegisterComponent(kAdder, &adder));
     info.Release();
   }
 
   template <class Slots>
   void CheckRootSlots(Slots& view) {
     void* out = this;
-    EXPECT_EQ(view.GetInterface(kUnknown, &out), 0xE0000007u);
-    EXPECT_EQ(out, nullptr);
-    EXPECT_EQ(view.AddRef(), 3u);
-    EXPECT_EQ(view.Release(), 2u);
-    EXPECT_EQ(view.GetInterface(independent::kRootInterface, &out), 0u);
-    EXPECT_EQ(static_cast<independent::Root*>(out)->Release(), 2u);
+    EXPECT_EQ(yax_status::kNoInterface, view.GetInterface(kUnknown, &out));
+    EXPECT_EQ(nullptr, out);
+    EXPECT_EQ(3u, view.AddRef());
+    EXPECT_EQ(2u, view.Release());
+    EXPECT_EQ(yax_status::kOk, view.GetInterface(independent::kRootInterface, &out));
+    EXPECT_EQ(2u, static_cast<independent::Root*>(out)->Release());
   }
   template <class Slots>
   void CheckFrameworkSlots(Slots& view);
@@ -125,125 +126,125 @@ class InterfaceSlots : public ::testing::Test {
 template <class Slots>
 void InterfaceSlots::CheckFrameworkSlots(Slots& view) {
   void* made = nullptr;
-  EXPECT_EQ(view.GetComponentFactory(kInProgram, &made), 0u);
+  EXPECT_EQ(yax_status::kOk, view.GetComponentFactory(kInProgram, &made));
   EXPECT_EQ(made, &gFactory);
-  EXPECT_EQ(gFactory.references, 1u);
+  EXPECT_EQ(1u, gFactory.references);
   made = nullptr;
-  EXPECT_EQ(view.GetComponentInstance(kInProgram, kObjectInterface, &made), 0x55u);
+  EXPECT_EQ(0x55u, view.GetComponentInstance(kInProgram, kObjectInterface, &made));
   EXPECT_EQ(made, &gFactory);
   EXPECT_TRUE(Same(gFactory.wanted, kObjectInterface));
-  EXPECT_EQ(gFactory.references, 1u);
+  EXPECT_EQ(1u, gFactory.references);
 }
 
 template <class Slots>
 void InterfaceSlots::CheckKeySlots(Slots& view) {
-  EXPECT_EQ(view.CreateKey(0, "key"), 0u);
-  EXPECT_EQ(view.CreateKey(0, "key"), kFailed);
-  for (const char* key : {"key/a1", "key/b2", "key/b2/c3"}) EXPECT_EQ(view.CreateKey(0, key), 0u);
+  EXPECT_EQ(0u, view.CreateKey(0, "key"));
+  EXPECT_EQ(kFailed, view.CreateKey(0, "key"));
+  for (const char* key : {"key/a1", "key/b2", "key/b2/c3"}) EXPECT_EQ(0u, view.CreateKey(0, key));
   Word first = 9, keys = 0, allKeys = 0, values = 9, allValues = 9;
-  EXPECT_EQ(view.GetKeyInfo(0, "key", &first, &keys, &allKeys, &values, &allValues), 0u);
-  EXPECT_EQ(first, 0u);
-  EXPECT_EQ(keys, 2u);
-  EXPECT_EQ(allKeys, 3u);
-  EXPECT_EQ(values, 0u);
-  EXPECT_EQ(allValues, 0u);
+  EXPECT_EQ(0u, view.GetKeyInfo(0, "key", &first, &keys, &allKeys, &values, &allValues));
+  EXPECT_EQ(0u, first);
+  EXPECT_EQ(2u, keys);
+  EXPECT_EQ(3u, allKeys);
+  EXPECT_EQ(0u, values);
+  EXPECT_EQ(0u, allValues);
   PCList list;
-  ASSERT_EQ(list.Create(), 1);
-  EXPECT_EQ(view.ListKeys(0, "key", 0, 0, &list, 0), 0u);
-  EXPECT_EQ(list.Count(), 3u);
-  EXPECT_EQ(view.DeleteKey(0, "key/b2"), 0u);
-  EXPECT_EQ(view.DeleteKey(0, "key/b2"), kFailed);
+  ASSERT_EQ(1, list.Create());
+  EXPECT_EQ(0u, view.ListKeys(0, "key", 0, 0, &list, 0));
+  EXPECT_EQ(3u, list.Count());
+  EXPECT_EQ(0u, view.DeleteKey(0, "key/b2"));
+  EXPECT_EQ(kFailed, view.DeleteKey(0, "key/b2"));
   Word handle = 0;
-  EXPECT_EQ(view.OpenKey("key", &handle, 0), 0u);
-  EXPECT_EQ(handle, 1u);
-  EXPECT_EQ(view.CloseKey(handle), 0u);
-  EXPECT_EQ(view.CloseKey(handle), kFailed);
+  EXPECT_EQ(0u, view.OpenKey("key", &handle, 0));
+  EXPECT_EQ(1u, handle);
+  EXPECT_EQ(0u, view.CloseKey(handle));
+  EXPECT_EQ(kFailed, view.CloseKey(handle));
 }
 
 template <class Slots>
 void InterfaceSlots::CheckValueSlots(Slots& view) {
   unsigned long long number = 11;
-  EXPECT_EQ(view.SetValue(0, "key", "n", 0, &number), kFailed);
-  EXPECT_EQ(view.CreateValue(0, "key", "n", 0, &number), 0u);
+  EXPECT_EQ(kFailed, view.SetValue(0, "key", "n", 0, &number));
+  EXPECT_EQ(0u, view.CreateValue(0, "key", "n", 0, &number));
   number = 12;
-  EXPECT_EQ(view.SetValue(0, "key", "n", 0, &number), 0u);
-  EXPECT_EQ(view.CreateValue(0, "key", "text", 1, "some"), 0u);
+  EXPECT_EQ(0u, view.SetValue(0, "key", "n", 0, &number));
+  EXPECT_EQ(0u, view.CreateValue(0, "key", "text", 1, "some"));
   PCList list;
-  ASSERT_EQ(list.Create(), 1);
-  EXPECT_EQ(view.ListValues(0, "key", 0, 0, &list), 0u);
-  EXPECT_EQ(list.Count(), 2u);
+  ASSERT_EQ(1, list.Create());
+  EXPECT_EQ(0u, view.ListValues(0, "key", 0, 0, &list));
+  EXPECT_EQ(2u, list.Count());
   Word word = 0, size = 8;
-  EXPECT_EQ(view.GetValue(0, "key", "n", 0, &word, &size), 0u);
-  EXPECT_EQ(word, 12u);
-  EXPECT_EQ(size, 8u);
+  EXPECT_EQ(0u, view.GetValue(0, "key", "n", 0, &word, &size));
+  EXPECT_EQ(12u, word);
+  EXPECT_EQ(8u, size);
   char text[8] = {};
-  EXPECT_EQ(view.GetValue(0, "key", "text", 1, text, &size), 0u);
-  EXPECT_EQ(size, 5u);
+  EXPECT_EQ(0u, view.GetValue(0, "key", "text", 1, text, &size));
+  EXPECT_EQ(5u, size);
   EXPECT_STREQ(text, "some");
-  EXPECT_EQ(view.DeleteValue(0, "key", "n"), 0u);
-  EXPECT_EQ(view.DeleteValue(0, "key", "n"), kFailed);
+  EXPECT_EQ(0u, view.DeleteValue(0, "key", "n"));
+  EXPECT_EQ(kFailed, view.DeleteValue(0, "key", "n"));
 }
 
 template <class Slots>
 void InterfaceSlots::CheckWholeKeySlots(Slots& view) {
   const std::string file = folder / "backup";
-  EXPECT_EQ(view.Flush(), 0u);
-  EXPECT_EQ(view.BackupKey(0, "absent", file.c_str()), 2u);
-  EXPECT_EQ(view.BackupKey(0, "key", file.c_str()), 0u);
+  EXPECT_EQ(0u, view.Flush());
+  EXPECT_EQ(2u, view.BackupKey(0, "absent", file.c_str()));
+  EXPECT_EQ(0u, view.BackupKey(0, "key", file.c_str()));
   EXPECT_TRUE(std::filesystem::exists(file));
-  EXPECT_EQ(view.DeleteValue(0, "key", "text"), 0u);
-  EXPECT_EQ(view.RestoreKey(0, "key", file.c_str()), 0u);
-  EXPECT_EQ(view.DeleteValue(0, "key", "text"), 0u);  // it was there again
+  EXPECT_EQ(0u, view.DeleteValue(0, "key", "text"));
+  EXPECT_EQ(0u, view.RestoreKey(0, "key", file.c_str()));
+  EXPECT_EQ(0u, view.DeleteValue(0, "key", "text"));  // it was there again
 }
 
 template <class Slots>
 void InterfaceSlots::CheckInfoSlots(Slots& view) {
   independent::SystemInfo read = {};
-  EXPECT_EQ(view.GetSystemInfo(&read), kFailed);
+  EXPECT_EQ(kFailed, view.GetSystemInfo(&read));
   independent::SystemInfo system = {2, "somewhere"};
-  EXPECT_EQ(view.SetSystemInfo(&system), 0u);
-  EXPECT_EQ(view.GetSystemInfo(&read), 0u);
-  EXPECT_EQ(read.isSingleBinary, 2u);
+  EXPECT_EQ(yax_status::kOk, view.SetSystemInfo(&system));
+  EXPECT_EQ(yax_status::kOk, view.GetSystemInfo(&read));
+  EXPECT_EQ(2u, read.isSingleBinary);
   EXPECT_STREQ(read.folder, "somewhere");
 
   independent::ComponentInfo first = Describe(kInProgram, "first");
   independent::ComponentInfo* all[] = {&first, nullptr};
   printed.Take();
-  EXPECT_EQ(view.RegisterAllComponent(all), 0u);
-  EXPECT_EQ(printed.Take(), "3 Count = 1\n");
-  EXPECT_EQ(view.RegisterComponent(kInProgram, &first), kFailed);
+  EXPECT_EQ(yax_status::kOk, view.RegisterAllComponent(all));
+  EXPECT_EQ("3 Count = 1\n", printed.Take());
+  EXPECT_EQ(kFailed, view.RegisterComponent(kInProgram, &first));
   const independent::ComponentInfo second = Describe(kUnknown, "second");
-  EXPECT_EQ(view.SetComponentInfo(kUnknown, &second), kFailed);
-  EXPECT_EQ(view.RegisterComponent(kUnknown, &second), 0u);
-  EXPECT_EQ(printed.Take(), "");
+  EXPECT_EQ(kFailed, view.SetComponentInfo(kUnknown, &second));
+  EXPECT_EQ(yax_status::kOk, view.RegisterComponent(kUnknown, &second));
+  EXPECT_EQ("", printed.Take());
   const independent::ComponentInfo third = Describe(kUnknown, "third");
-  EXPECT_EQ(view.SetComponentInfo(kUnknown, &third), 0u);
+  EXPECT_EQ(yax_status::kOk, view.SetComponentInfo(kUnknown, &third));
   independent::ComponentInfo info = {};
-  EXPECT_EQ(view.GetComponentInfo(kUnknown, &info), 0u);
+  EXPECT_EQ(yax_status::kOk, view.GetComponentInfo(kUnknown, &info));
   EXPECT_STREQ(info.name, "third");
-  EXPECT_EQ(view.UnregisterComponent(kUnknown), 0u);
-  EXPECT_EQ(view.GetComponentInfo(kUnknown, &info), kFailed);
-  EXPECT_EQ(view.UnregisterComponent(kInProgram), 0u);
+  EXPECT_EQ(yax_status::kOk, view.UnregisterComponent(kUnknown));
+  EXPECT_EQ(kFailed, view.GetComponentInfo(kUnknown, &info));
+  EXPECT_EQ(yax_status::kOk, view.UnregisterComponent(kInProgram));
 }
 
 template <class Slots>
 void InterfaceSlots::CheckLoadSlots(Slots& view) {
   void* handle = nullptr;
-  EXPECT_EQ(view.LoadComponent(kAdder, &handle), 0u);
+  EXPECT_EQ(yax_status::kOk, view.LoadComponent(kAdder, &handle));
   void* same = dlopen(YAX_INDEPENDENT_COMPONENT, RTLD_NOW | RTLD_NOLOAD);
-  EXPECT_NE(same, nullptr);
+  EXPECT_NE(nullptr, same);
   EXPECT_EQ(handle, same);
   if (same != nullptr) dlclose(same);
-  EXPECT_EQ(view.LockComponent(kInProgram, 5), 0x66u);
-  EXPECT_EQ(gFactory.locked, 5u);
-  EXPECT_EQ(view.UnloadComponent(kAdder), 0u);
-  EXPECT_EQ(dlopen(YAX_INDEPENDENT_COMPONENT, RTLD_NOW | RTLD_NOLOAD), nullptr);
+  EXPECT_EQ(0x66u, view.LockComponent(kInProgram, 5));
+  EXPECT_EQ(5u, gFactory.locked);
+  EXPECT_EQ(yax_status::kOk, view.UnloadComponent(kAdder));
+  EXPECT_EQ(nullptr, dlopen(YAX_INDEPENDENT_COMPONENT, RTLD_NOW | RTLD_NOLOAD));
 }
 
 TEST_F(InterfaceSlots, OfTheRoot) {
   independent::Root& view = View<independent::Root>(independent::kRootInterface);
   CheckRootSlots(view);
-  EXPECT_EQ(view.Release(), 1u);
+  EXPECT_EQ(1u, view.Release());
 }
 
 TEST_F(InterfaceSlots, OfTheFramework) {
@@ -251,7 +252,7 @@ TEST_F(InterfaceSlots, OfTheFramework) {
   independent::Framework& view = View<independent::Framework>(independent::kFrameworkInterface);
   CheckRootSlots(view);
   CheckFrameworkSlots(view);
-  EXPECT_EQ(view.Release(), 1u);
+  EXPECT_EQ(1u, view.Release());
 }
 
 TEST_F(InterfaceSlots, OfTheRegistry) {
@@ -260,14 +261,14 @@ TEST_F(InterfaceSlots, OfTheRegistry) {
   CheckKeySlots(view);
   CheckValueSlots(view);
   CheckWholeKeySlots(view);
-  EXPECT_EQ(view.Release(), 1u);
+  EXPECT_EQ(1u, view.Release());
 }
 
 TEST_F(InterfaceSlots, OfTheInformation) {
   independent::Info& view = View<independent::Info>(independent::kInfoInterface);
   CheckRootSlots(view);
   CheckInfoSlots(view);
-  EXPECT_EQ(view.Release(), 1u);
+  EXPECT_EQ(1u, view.Release());
 }
 
 TEST_F(InterfaceSlots, OfTheLoading) {
@@ -275,7 +276,7 @@ TEST_F(InterfaceSlots, OfTheLoading) {
   independent::Load& view = View<independent::Load>(independent::kLoadInterface);
   CheckRootSlots(view);
   CheckLoadSlots(view);
-  EXPECT_EQ(view.Release(), 1u);
+  EXPECT_EQ(1u, view.Release());
 }
 
 TEST_F(InterfaceSlots, OfTheObjectItselfAreAllOfThemAndTheDestructor) {
@@ -290,9 +291,10 @@ TEST_F(InterfaceSlots, OfTheObjectItselfAreAllOfThemAndTheDestructor) {
   CheckLoadSlots(object);
   printed.Take();
   delete &object;
-  EXPECT_EQ(printed.Take(), "3 *********** ~YAX ***********\n");
+  EXPECT_EQ("3 *********** ~YAX ***********\n", printed.Take());
   void* view = nullptr;
-  EXPECT_EQ(independent::GetYAXInstance(independent::kRootInterface, &view), 0xE0000005u);
+  EXPECT_EQ(yax_status::kNoFramework,
+            independent::GetYAXInstance(independent::kRootInterface, &view));
 }
 
 TEST_F(InterfaceSlots, AnotherIdentifierOfTheFrameworkIsThatOfItsRoot) {
@@ -300,10 +302,11 @@ TEST_F(InterfaceSlots, AnotherIdentifierOfTheFrameworkIsThatOfItsRoot) {
   independent::Object& object = Table();
   EXPECT_EQ(static_cast<void*>(&root), static_cast<void*>(&object));
   void* view = this;
-  EXPECT_EQ(independent::GetYAXInstance(independent::kFactoryInterface, &view), 0xE0000007u);
-  EXPECT_EQ(view, nullptr);
-  EXPECT_EQ(root.Release(), 2u);
-  EXPECT_EQ(object.Release(), 1u);
+  EXPECT_EQ(yax_status::kNoInterface,
+            independent::GetYAXInstance(independent::kFactoryInterface, &view));
+  EXPECT_EQ(nullptr, view);
+  EXPECT_EQ(2u, root.Release());
+  EXPECT_EQ(1u, object.Release());
 }
 
 }  // namespace

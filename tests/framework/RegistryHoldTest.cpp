@@ -7,7 +7,7 @@ namespace {
 
 class HeldHandles : public OpenRegistryTest {
  protected:
-  HeldHandles() { EXPECT_EQ(registry.CreateKey(0, "a"), 0u); }
+  HeldHandles() { EXPECT_EQ(0u, registry.CreateKey(0, "a")); }
 
   Watchdog watchdog{"held handles"};
 };
@@ -16,19 +16,19 @@ TEST_F(HeldHandles, AnOperationWithoutAHandleWaits) {
   std::atomic<bool> begins{false}, isOver{false};
   registry.HoldHandles();
   unsigned int handle = 0;
-  ASSERT_EQ(registry.OpenKey("a", &handle), 0u);
+  ASSERT_EQ(0u, registry.OpenKey("a", &handle));
   std::thread other([&] {
     begins = true;
     KeyInfo info = {};
-    EXPECT_EQ(registry.GetKeyInfo(0, "a", &info), 0u);
+    EXPECT_EQ(0u, registry.GetKeyInfo(0, "a", &info));
     isOver = true;
   });
   while (!begins) std::this_thread::yield();
   for (int i = 0; i < 200; ++i) {
-    EXPECT_EQ(registry.CreateKey(handle, std::to_string(1000 + i).c_str()), 0u);
+    EXPECT_EQ(0u, registry.CreateKey(handle, std::to_string(1000 + i).c_str()));
     EXPECT_FALSE(isOver) << "it did not wait";
   }
-  EXPECT_EQ(registry.CloseKey(handle), 0u) << "nobody closed it";
+  EXPECT_EQ(0u, registry.CloseKey(handle)) << "nobody closed it";
   registry.LetHandlesGo();
   other.join();
   EXPECT_TRUE(isOver);
@@ -38,19 +38,19 @@ TEST_F(HeldHandles, HoldingNests) {
   registry.HoldHandles();
   registry.HoldHandles();
   unsigned int handle = 0;
-  ASSERT_EQ(registry.OpenKey("a", &handle), 0u);
+  ASSERT_EQ(0u, registry.OpenKey("a", &handle));
   registry.LetHandlesGo();
   std::atomic<bool> isOver{false};
   std::thread other([&] {
     KeyInfo info = {};
-    EXPECT_EQ(registry.GetKeyInfo(0, "a", &info), 0u);
+    EXPECT_EQ(0u, registry.GetKeyInfo(0, "a", &info));
     isOver = true;
   });
   for (int i = 0; i < 200; ++i) {
-    EXPECT_EQ(registry.CreateKey(handle, std::to_string(1000 + i).c_str()), 0u);
+    EXPECT_EQ(0u, registry.CreateKey(handle, std::to_string(1000 + i).c_str()));
   }
   EXPECT_FALSE(isOver) << "held once more";
-  EXPECT_EQ(registry.CloseKey(handle), 0u);
+  EXPECT_EQ(0u, registry.CloseKey(handle));
   registry.LetHandlesGo();
   other.join();
 }
@@ -62,7 +62,7 @@ TEST_F(HeldHandles, AnObjectThatIsNotInitialisedHoldsNothing) {
   registry.LetHandlesGo();  // once too often
   OnThreads(2, [&](unsigned int) {
     KeyInfo info = {};
-    EXPECT_EQ(registry.GetKeyInfo(0, "a", &info), 0u);
+    EXPECT_EQ(0u, registry.GetKeyInfo(0, "a", &info));
   });
 }
 

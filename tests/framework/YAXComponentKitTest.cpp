@@ -3,6 +3,7 @@
 
 #include <cstring>
 
+#include "framework/YAXStatus.h"
 #include "tests/framework/kit/Tally.h"
 #include "tests/platform/TestFiles.h"
 
@@ -14,17 +15,17 @@ class ComponentKit : public ::testing::Test {
   void SetUp() override {
     ASSERT_FALSE(IsMapped());
     handle = dlopen(YAX_KIT_COMPONENT, RTLD_NOW);
-    ASSERT_NE(handle, nullptr) << dlerror();
+    ASSERT_NE(nullptr, handle) << dlerror();
     getFactory = reinterpret_cast<YAX_FACTORY_FN>(dlsym(handle, "EntryFn_getFactory"));
     canUnload = reinterpret_cast<unsigned int (*)()>(dlsym(handle, "EntryFn_canUnloadNow"));
-    ASSERT_NE(getFactory, nullptr);
-    ASSERT_NE(canUnload, nullptr);
-    ASSERT_EQ(canUnload(), 0u);
+    ASSERT_NE(nullptr, getFactory);
+    ASSERT_NE(nullptr, canUnload);
+    ASSERT_EQ(0u, canUnload());
   }
   ~ComponentKit() override {
     if (handle == nullptr) return;
-    EXPECT_EQ(canUnload(), 0u);
-    EXPECT_EQ(dlclose(handle), 0);
+    EXPECT_EQ(0u, canUnload());
+    EXPECT_EQ(0, dlclose(handle));
     EXPECT_FALSE(IsMapped());
   }
   static bool IsMapped() {
@@ -34,7 +35,7 @@ class ComponentKit : public ::testing::Test {
   }
   YAXComponentFactory* Factory() {
     void* factory = nullptr;
-    EXPECT_EQ(getFactory(CLSID_Tally, IID_YAXComponentFactory, &factory), 0u);
+    EXPECT_EQ(0u, getFactory(CLSID_Tally, IID_YAXComponentFactory, &factory));
     return static_cast<YAXComponentFactory*>(factory);
   }
 
@@ -49,26 +50,26 @@ TEST_F(ComponentKit, IsReallyUnmapped) {
 
 TEST_F(ComponentKit, AFactoryComesWithOneReferenceAndKeepsTheComponent) {
   YAXComponentFactory* factory = Factory();
-  EXPECT_NE(canUnload(), 0u);
-  EXPECT_EQ(factory->AddRef(), 2u);
-  EXPECT_EQ(factory->Release(), 1u);
-  EXPECT_NE(canUnload(), 0u);
-  EXPECT_EQ(factory->Release(), 0u);
+  EXPECT_NE(0u, canUnload());
+  EXPECT_EQ(2u, factory->AddRef());
+  EXPECT_EQ(1u, factory->Release());
+  EXPECT_NE(0u, canUnload());
+  EXPECT_EQ(0u, factory->Release());
 }
 
 TEST_F(ComponentKit, AnObjectComesWithOneReferenceAndKeepsTheComponent) {
   YAXComponentFactory* factory = Factory();
   void* made = nullptr;
-  EXPECT_EQ(factory->CreateObject(IID_ITally, &made), 0u);
-  EXPECT_EQ(factory->Release(), 0u);
+  EXPECT_EQ(yax_status::kOk, factory->CreateObject(IID_ITally, &made));
+  EXPECT_EQ(0u, factory->Release());
   ITally* tally = static_cast<ITally*>(made);
-  EXPECT_NE(canUnload(), 0u);
-  EXPECT_EQ(tally->AddRef(), 2u);
-  EXPECT_EQ(tally->Count(), 1u);
-  EXPECT_EQ(tally->Count(), 2u);
-  EXPECT_EQ(tally->Release(), 1u);
-  EXPECT_NE(canUnload(), 0u);
-  EXPECT_EQ(tally->Release(), 0u);
+  EXPECT_NE(0u, canUnload());
+  EXPECT_EQ(2u, tally->AddRef());
+  EXPECT_EQ(1u, tally->Count());
+  EXPECT_EQ(2u, tally->Count());
+  EXPECT_EQ(1u, tally->Release());
+  EXPECT_NE(0u, canUnload());
+  EXPECT_EQ(0u, tally->Release());
 }
 
 TEST_F(ComponentKit, EachObjectIsANewOne) {
@@ -76,109 +77,109 @@ TEST_F(ComponentKit, EachObjectIsANewOne) {
   ITally* tallies[2] = {};
   for (ITally*& tally : tallies) {
     void* made = nullptr;
-    EXPECT_EQ(factory->CreateObject(IID_ITally, &made), 0u);
+    EXPECT_EQ(yax_status::kOk, factory->CreateObject(IID_ITally, &made));
     tally = static_cast<ITally*>(made);
-    EXPECT_EQ(tally->Count(), 1u);
+    EXPECT_EQ(1u, tally->Count());
   }
   EXPECT_NE(tallies[0], tallies[1]);
-  EXPECT_EQ(factory->Release(), 0u);
-  EXPECT_EQ(tallies[0]->Release(), 0u);
-  EXPECT_NE(canUnload(), 0u);
-  EXPECT_EQ(tallies[1]->Release(), 0u);
+  EXPECT_EQ(0u, factory->Release());
+  EXPECT_EQ(0u, tallies[0]->Release());
+  EXPECT_NE(0u, canUnload());
+  EXPECT_EQ(0u, tallies[1]->Release());
 }
 
 TEST_F(ComponentKit, LocksKeepTheComponentAndAreCounted) {
   YAXComponentFactory* factory = Factory();
-  EXPECT_EQ(factory->LockBinary(0), 0xE0000010u);  // there is none
-  EXPECT_EQ(factory->LockBinary(1), 0u);
-  EXPECT_EQ(factory->LockBinary(77), 0u);
-  EXPECT_EQ(factory->Release(), 0u);
-  EXPECT_NE(canUnload(), 0u);
+  EXPECT_EQ(yax_status::kUnspecified, factory->LockBinary(0));  // there is none
+  EXPECT_EQ(yax_status::kOk, factory->LockBinary(1));
+  EXPECT_EQ(yax_status::kOk, factory->LockBinary(77));
+  EXPECT_EQ(0u, factory->Release());
+  EXPECT_NE(0u, canUnload());
   factory = Factory();
-  EXPECT_EQ(factory->LockBinary(0), 0u);
-  EXPECT_EQ(factory->LockBinary(0), 0u);
-  EXPECT_EQ(factory->LockBinary(0), 0xE0000010u);
-  EXPECT_EQ(factory->Release(), 0u);
+  EXPECT_EQ(yax_status::kOk, factory->LockBinary(0));
+  EXPECT_EQ(yax_status::kOk, factory->LockBinary(0));
+  EXPECT_EQ(yax_status::kUnspecified, factory->LockBinary(0));
+  EXPECT_EQ(0u, factory->Release());
 }
 
 TEST_F(ComponentKit, ObjectsAreNotTakenForLocks) {
   YAXComponentFactory* factory = Factory();
   void* made = nullptr;
-  EXPECT_EQ(factory->CreateObject(IID_ITally, &made), 0u);
-  EXPECT_EQ(factory->LockBinary(0), 0xE0000010u);
-  EXPECT_EQ(factory->LockBinary(1), 0u);
-  EXPECT_EQ(factory->LockBinary(0), 0u);
-  EXPECT_EQ(factory->LockBinary(0), 0xE0000010u);
-  EXPECT_EQ(factory->Release(), 0u);
-  EXPECT_NE(canUnload(), 0u);
-  EXPECT_EQ(static_cast<ITally*>(made)->Release(), 0u);
+  EXPECT_EQ(yax_status::kOk, factory->CreateObject(IID_ITally, &made));
+  EXPECT_EQ(yax_status::kUnspecified, factory->LockBinary(0));
+  EXPECT_EQ(yax_status::kOk, factory->LockBinary(1));
+  EXPECT_EQ(yax_status::kOk, factory->LockBinary(0));
+  EXPECT_EQ(yax_status::kUnspecified, factory->LockBinary(0));
+  EXPECT_EQ(0u, factory->Release());
+  EXPECT_NE(0u, canUnload());
+  EXPECT_EQ(0u, static_cast<ITally*>(made)->Release());
 }
 
 TEST_F(ComponentKit, InterfacesLeadToTheObjectAndItsRoot) {
   YAXComponentFactory* factory = Factory();
   void* made = nullptr;
-  EXPECT_EQ(factory->CreateObject(IID_IYAXCompBase, &made), 0u);
+  EXPECT_EQ(yax_status::kOk, factory->CreateObject(IID_IYAXCompBase, &made));
   IYAXCompBase* root = static_cast<IYAXCompBase*>(made);
   void* view = nullptr;
-  EXPECT_EQ(root->GetInterface(IID_ITally, &view), 0u);
-  EXPECT_EQ(static_cast<ITally*>(view)->Count(), 1u);
-  EXPECT_EQ(static_cast<ITally*>(view)->Release(), 1u);
-  EXPECT_EQ(root->Release(), 0u);
-  EXPECT_EQ(factory->GetInterface(IID_IYAXCompBase, &view), 0u);
-  EXPECT_EQ(static_cast<IYAXCompBase*>(view)->Release(), 1u);
-  EXPECT_EQ(factory->GetInterface(IID_YAXComponentFactory, &view), 0u);
-  EXPECT_EQ(static_cast<YAXComponentFactory*>(view)->Release(), 1u);
-  EXPECT_EQ(factory->Release(), 0u);
+  EXPECT_EQ(yax_status::kOk, root->GetInterface(IID_ITally, &view));
+  EXPECT_EQ(1u, static_cast<ITally*>(view)->Count());
+  EXPECT_EQ(1u, static_cast<ITally*>(view)->Release());
+  EXPECT_EQ(0u, root->Release());
+  EXPECT_EQ(yax_status::kOk, factory->GetInterface(IID_IYAXCompBase, &view));
+  EXPECT_EQ(1u, static_cast<IYAXCompBase*>(view)->Release());
+  EXPECT_EQ(yax_status::kOk, factory->GetInterface(IID_YAXComponentFactory, &view));
+  EXPECT_EQ(1u, static_cast<YAXComponentFactory*>(view)->Release());
+  EXPECT_EQ(0u, factory->Release());
 }
 
 TEST_F(ComponentKit, UnknownInterfacesGiveNothingAndLeaveNothing) {
   YAXComponentFactory* factory = Factory();
   void* out = this;
-  EXPECT_EQ(factory->CreateObject(IID_IYAX, &out), 0xE0000007u);
-  EXPECT_EQ(out, nullptr);
-  EXPECT_EQ(factory->CreateObject(IID_ITally, nullptr), 0xE0000008u);
+  EXPECT_EQ(yax_status::kNoInterface, factory->CreateObject(IID_IYAX, &out));
+  EXPECT_EQ(nullptr, out);
+  EXPECT_EQ(yax_status::kBadArgument, factory->CreateObject(IID_ITally, nullptr));
   out = this;
-  EXPECT_EQ(factory->GetInterface(IID_ITally, &out), 0xE0000007u);
-  EXPECT_EQ(out, nullptr);
-  EXPECT_EQ(factory->GetInterface(IID_YAXComponentFactory, nullptr), 0xE0000008u);
-  EXPECT_EQ(factory->Release(), 0u);
-  EXPECT_EQ(canUnload(), 0u);
+  EXPECT_EQ(yax_status::kNoInterface, factory->GetInterface(IID_ITally, &out));
+  EXPECT_EQ(nullptr, out);
+  EXPECT_EQ(yax_status::kBadArgument, factory->GetInterface(IID_YAXComponentFactory, nullptr));
+  EXPECT_EQ(0u, factory->Release());
+  EXPECT_EQ(0u, canUnload());
 }
 
 TEST_F(ComponentKit, TheEntryAnswersForItsOwnComponentOnly) {
   void* out = this;
-  EXPECT_EQ(getFactory(IID_ITally, IID_YAXComponentFactory, &out), 0xE0000004u);
-  EXPECT_EQ(out, nullptr);
+  EXPECT_EQ(yax_status::kNotRegistered, getFactory(IID_ITally, IID_YAXComponentFactory, &out));
+  EXPECT_EQ(nullptr, out);
   out = this;
-  EXPECT_EQ(getFactory(CLSID_Tally, IID_ITally, &out), 0xE0000007u);
-  EXPECT_EQ(out, nullptr);
-  EXPECT_EQ(getFactory(CLSID_Tally, IID_YAXComponentFactory, nullptr), 0xE0000008u);
+  EXPECT_EQ(yax_status::kNoInterface, getFactory(CLSID_Tally, IID_ITally, &out));
+  EXPECT_EQ(nullptr, out);
+  EXPECT_EQ(yax_status::kBadArgument, getFactory(CLSID_Tally, IID_YAXComponentFactory, nullptr));
 }
 
 // The same through the framework.
 class ComponentKitInFramework : public ::testing::Test {
  protected:
   void SetUp() override {
-    ASSERT_EQ(CreateYAX((folder / "registry").c_str()), 0u);
+    ASSERT_EQ(yax_status::kOk, CreateYAX((folder / "registry").c_str()));
     void* view = nullptr;
-    ASSERT_EQ(GetYAXInstance(IID_IYAXInfoManager, &view), 0u);
+    ASSERT_EQ(yax_status::kOk, GetYAXInstance(IID_IYAXInfoManager, &view));
     IYAXInfoManager* manager = static_cast<IYAXInfoManager*>(view);
     YAX_COMPONENT_INFO_ST info = {};
     info.Type = YAX_COMPONENT_TYPE_BINARY;
     std::strncpy(info.BinaryPath, YAX_KIT_COMPONENT, sizeof info.BinaryPath - 1);
-    EXPECT_EQ(manager->RegisterComponent(CLSID_Tally, &info), 0u);
+    EXPECT_EQ(yax_status::kOk, manager->RegisterComponent(CLSID_Tally, &info));
     manager->Release();
-    ASSERT_EQ(GetYAXInstance(IID_IYAX, &view), 0u);
+    ASSERT_EQ(yax_status::kOk, GetYAXInstance(IID_IYAX, &view));
     yax = static_cast<IYAX*>(view);
-    ASSERT_EQ(GetYAXInstance(IID_IYAXDynamicLoad, &view), 0u);
+    ASSERT_EQ(yax_status::kOk, GetYAXInstance(IID_IYAXDynamicLoad, &view));
     loader = static_cast<IYAXDynamicLoad*>(view);
   }
   ~ComponentKitInFramework() override {
     yax->Release();
-    EXPECT_EQ(loader->Release(), 1u);
+    EXPECT_EQ(1u, loader->Release());
     DestroyYAX();
   }
-  void ExpectUnmapped() { EXPECT_EQ(dlopen(YAX_KIT_COMPONENT, RTLD_NOW | RTLD_NOLOAD), nullptr); }
+  void ExpectUnmapped() { EXPECT_EQ(nullptr, dlopen(YAX_KIT_COMPONENT, RTLD_NOW | RTLD_NOLOAD)); }
 
   TempDir folder;
   IYAX* yax = nullptr;
@@ -189,24 +190,24 @@ TEST_F(ComponentKitInFramework, IsUnmappedWhenTheLastObjectIsGone) {
   // Loaded anew, it counts from the beginning.
   for (int round = 0; round < 2; ++round) {
     void* made = nullptr;
-    ASSERT_EQ(yax->GetComponentInstance(CLSID_Tally, IID_ITally, &made), 0u);
+    ASSERT_EQ(yax_status::kOk, yax->GetComponentInstance(CLSID_Tally, IID_ITally, &made));
     ITally* tally = static_cast<ITally*>(made);
-    EXPECT_EQ(tally->Count(), 1u);
-    EXPECT_EQ(loader->UnloadComponent(CLSID_Tally), 0xE000000Bu);
-    EXPECT_EQ(tally->Count(), 2u);
-    EXPECT_EQ(tally->Release(), 0u);
-    EXPECT_EQ(loader->UnloadComponent(CLSID_Tally), 0u);
+    EXPECT_EQ(1u, tally->Count());
+    EXPECT_EQ(yax_status::kInUse, loader->UnloadComponent(CLSID_Tally));
+    EXPECT_EQ(2u, tally->Count());
+    EXPECT_EQ(0u, tally->Release());
+    EXPECT_EQ(yax_status::kOk, loader->UnloadComponent(CLSID_Tally));
     ExpectUnmapped();
   }
 }
 
 TEST_F(ComponentKitInFramework, IsUnmappedWhenTheLastLockIsGone) {
-  EXPECT_EQ(loader->LockComponent(CLSID_Tally, 1), 0u);
-  EXPECT_EQ(loader->LockComponent(CLSID_Tally, 1), 0u);
-  EXPECT_EQ(loader->LockComponent(CLSID_Tally, 0), 0u);
-  EXPECT_EQ(loader->UnloadComponent(CLSID_Tally), 0xE000000Bu);
-  EXPECT_EQ(loader->LockComponent(CLSID_Tally, 0), 0u);
-  EXPECT_EQ(loader->UnloadComponent(CLSID_Tally), 0u);
+  EXPECT_EQ(yax_status::kOk, loader->LockComponent(CLSID_Tally, 1));
+  EXPECT_EQ(yax_status::kOk, loader->LockComponent(CLSID_Tally, 1));
+  EXPECT_EQ(yax_status::kOk, loader->LockComponent(CLSID_Tally, 0));
+  EXPECT_EQ(yax_status::kInUse, loader->UnloadComponent(CLSID_Tally));
+  EXPECT_EQ(yax_status::kOk, loader->LockComponent(CLSID_Tally, 0));
+  EXPECT_EQ(yax_status::kOk, loader->UnloadComponent(CLSID_Tally));
   ExpectUnmapped();
 }
 

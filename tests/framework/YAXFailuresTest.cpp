@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 
 #include "framework/YAX.h"
+#include "framework/YAXStatus.h"
 #include "tests/framework/PrintedMessages.h"
 #include "tests/platform/ChildProcess.h"
 #include "tests/platform/TestFiles.h"
@@ -14,25 +15,25 @@ constexpr char kBeginsAndEnds[] = "3 *********** YAX ***********\n3 *********** 
 void ExpectNotMade(const std::string& path) {
   PrintedMessages printed;
   const int descriptor = NextDescriptor();
-  EXPECT_EQ(CreateYAX(path.c_str()), 0xE000000Du);
-  EXPECT_EQ(printed.Take(), kBeginsAndEnds);
+  EXPECT_EQ(yax_status::kRegistryFailed, CreateYAX(path.c_str()));
+  EXPECT_EQ(kBeginsAndEnds, printed.Take());
   void* view = nullptr;
-  EXPECT_EQ(GetYAXInstance(IID_IYAX, &view), 0xE0000005u);
-  EXPECT_EQ(DestroyYAX(), 0u);
-  EXPECT_EQ(printed.Take(), "");
+  EXPECT_EQ(yax_status::kNoFramework, GetYAXInstance(IID_IYAX, &view));
+  EXPECT_EQ(yax_status::kOk, DestroyYAX());
+  EXPECT_EQ("", printed.Take());
   EXPECT_EQ(NextDescriptor(), descriptor);
 }
 
 // A framework on the path works, and ends.
 void ExpectMade(const std::string& path) {
-  ASSERT_EQ(CreateYAX(path.c_str()), 0u);
+  ASSERT_EQ(yax_status::kOk, CreateYAX(path.c_str()));
   void* view = nullptr;
-  ASSERT_EQ(GetYAXInstance(IID_IYAXRegistry, &view), 0u);
+  ASSERT_EQ(yax_status::kOk, GetYAXInstance(IID_IYAXRegistry, &view));
   IYAXRegistry* registry = static_cast<IYAXRegistry*>(view);
-  EXPECT_EQ(registry->CreateKey(0, "key"), 0u);
-  EXPECT_EQ(registry->DeleteKey(0, "key"), 0u);
-  EXPECT_EQ(registry->Release(), 1u);
-  EXPECT_EQ(DestroyYAX(), 0u);
+  EXPECT_EQ(0u, registry->CreateKey(0, "key"));
+  EXPECT_EQ(0u, registry->DeleteKey(0, "key"));
+  EXPECT_EQ(1u, registry->Release());
+  EXPECT_EQ(yax_status::kOk, DestroyYAX());
 }
 
 class YAXFailures : public ::testing::Test {
@@ -82,15 +83,15 @@ TEST_F(YAXFailures, TheEmptyPath) {
 TEST_F(YAXFailures, AFileWithoutRights) {
   const std::string sound = SoundFile();
   PutFile(path, sound);
-  ASSERT_EQ(chmod((folder / ".").c_str(), 0777), 0);
-  ASSERT_EQ(chmod(path.c_str(), 0), 0);
+  ASSERT_EQ(0, chmod((folder / ".").c_str(), 0777));
+  ASSERT_EQ(0, chmod(path.c_str(), 0));
   EXPECT_TRUE(InChild([&] {
     if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)) return false;
     void* view = nullptr;
     return CreateYAX(path.c_str()) == 0xE000000D && GetYAXInstance(IID_IYAX, &view) == 0xE0000005 &&
            CreateYAX((folder / "other").c_str()) == 0 && DestroyYAX() == 0;
   }));
-  ASSERT_EQ(chmod(path.c_str(), 0600), 0);
+  ASSERT_EQ(0, chmod(path.c_str(), 0600));
   EXPECT_TRUE(GetFile(path) == sound);
   ExpectMade(path);
 }
@@ -108,14 +109,14 @@ TEST_F(YAXFailures, NoDescriptorLeft) {
 
 TEST_F(YAXFailures, LeaveAnOlderFrameworkAlone) {
   PutFile(path, "no registry");
-  ASSERT_EQ(CreateYAX((folder / "first").c_str()), 0u);
+  ASSERT_EQ(yax_status::kOk, CreateYAX((folder / "first").c_str()));
   void* view = nullptr;
-  ASSERT_EQ(GetYAXInstance(IID_IYAXRegistry, &view), 0u);
+  ASSERT_EQ(yax_status::kOk, GetYAXInstance(IID_IYAXRegistry, &view));
   IYAXRegistry* first = static_cast<IYAXRegistry*>(view);
   DestroyYAX();
   ExpectNotMade(path);
-  EXPECT_EQ(first->CreateKey(0, "key"), 0u);
-  EXPECT_EQ(first->Release(), 0u);
+  EXPECT_EQ(0u, first->CreateKey(0, "key"));
+  EXPECT_EQ(0u, first->Release());
 }
 
 }  // namespace

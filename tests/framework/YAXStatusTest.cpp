@@ -33,7 +33,7 @@ TEST(YAXStatus, HasATextOfItsOwnForEachValue) {
   for (const Named& named : kAll) {
     EXPECT_TRUE(texts.insert(YAXStatusText(named.value)).second) << std::hex << named.value;
   }
-  EXPECT_EQ(texts.size(), 14u);
+  EXPECT_EQ(14u, texts.size());
 }
 
 TEST(YAXStatus, TellsOfTheRegistrysStatusesWhatTheRegistryTells) {
@@ -44,7 +44,7 @@ TEST(YAXStatus, TellsOfTheRegistrysStatusesWhatTheRegistryTells) {
 
 TEST(YAXStatus, HasATextForEveryNumber) {
   for (unsigned int status : {0xE0000000u, 0xE0000006u, 0xE000000Cu, 0xE0000011u, 0xFFFFFFFFu}) {
-    ASSERT_NE(YAXStatusText(status), nullptr);
+    ASSERT_NE(nullptr, YAXStatusText(status));
     EXPECT_STRNE(YAXStatusText(status), "");
   }
 }

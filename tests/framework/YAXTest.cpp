@@ -1,5 +1,6 @@
 // Making and ending the framework, as programs do.
 #include "framework/YAX.h"
+#include "framework/YAXStatus.h"
 #include "registry/Registry.h"
 #include "tests/framework/ChosenDurability.h"
 #include "tests/framework/PrintedMessages.h"
@@ -25,15 +26,15 @@ IYAXRegistry* RegistryView() {
 class YAXTest : public ::testing::Test {
  protected:
   ~YAXTest() override {
-    EXPECT_EQ(DestroyYAX(), 0u);
+    EXPECT_EQ(yax_status::kOk, DestroyYAX());
     ExpectNoFramework();
   }
   static void ExpectNoFramework() {
     void* view = nullptr;
-    EXPECT_EQ(GetYAXInstance(IID_IYAX, &view), 0xE0000005u);
-    EXPECT_EQ(view, nullptr);
+    EXPECT_EQ(yax_status::kNoFramework, GetYAXInstance(IID_IYAX, &view));
+    EXPECT_EQ(nullptr, view);
   }
-  void Create() { ASSERT_EQ(CreateYAX(path.c_str()), 0u); }
+  void Create() { ASSERT_EQ(yax_status::kOk, CreateYAX(path.c_str())); }
 
   TempDir folder;
   const std::string path = folder / "registry";
@@ -42,22 +43,22 @@ class YAXTest : public ::testing::Test {
 
 TEST_F(YAXTest, BeforeAndAfterThereIsNoFramework) {
   ExpectNoFramework();
-  EXPECT_EQ(GetYAXInstance(IID_IYAX, nullptr), 0xE0000005u);
-  EXPECT_EQ(DestroyYAX(), 0u);
+  EXPECT_EQ(yax_status::kNoFramework, GetYAXInstance(IID_IYAX, nullptr));
+  EXPECT_EQ(yax_status::kOk, DestroyYAX());
   Create();
-  EXPECT_EQ(DestroyYAX(), 0u);
+  EXPECT_EQ(yax_status::kOk, DestroyYAX());
   ExpectNoFramework();
-  EXPECT_EQ(DestroyYAX(), 0u);
+  EXPECT_EQ(yax_status::kOk, DestroyYAX());
 }
 
 TEST_F(YAXTest, TheBeginningAndTheEndAreTold) {
   const ChosenDurability withoutJournal(YAX_DURABILITY_NONE);
   Create();
-  EXPECT_EQ(printed.Take(), kBegins);
+  EXPECT_EQ(kBegins, printed.Take());
   DestroyYAX();
-  EXPECT_EQ(printed.Take(), kEnds);
+  EXPECT_EQ(kEnds, printed.Take());
   DestroyYAX();
-  EXPECT_EQ(printed.Take(), "");
+  EXPECT_EQ("", printed.Take());
 }
 
 TEST_F(YAXTest, MessagesNameNoSource) {
@@ -68,31 +69,31 @@ TEST_F(YAXTest, MessagesNameNoSource) {
     if (std::freopen(log.c_str(), "w", stderr) == nullptr) return false;
     return setenv("YAX_DEBUG", "1", 1) == 0 && CreateYAX(path.c_str()) == 0 && DestroyYAX() == 0;
   }));
-  EXPECT_EQ(GetFile(log),
-            "YAX[3] *********** YAX ***********\nYAX[3] *********** ~YAX ***********\n");
+  EXPECT_EQ("YAX[3] *********** YAX ***********\nYAX[3] *********** ~YAX ***********\n",
+            GetFile(log));
 }
 
 TEST_F(YAXTest, ASecondFrameworkIsNotMade) {
   Create();
   IYAXRegistry* view = RegistryView();
-  ASSERT_NE(view, nullptr);
-  EXPECT_EQ(view->CreateKey(0, "key"), 0u);
+  ASSERT_NE(nullptr, view);
+  EXPECT_EQ(0u, view->CreateKey(0, "key"));
   const std::string bytes = GetFile(path);
   printed.Take();
   const std::string other = folder / "other";
-  EXPECT_EQ(CreateYAX(other.c_str()), 0u);
-  EXPECT_EQ(CreateYAX(path.c_str()), 0u);
-  EXPECT_EQ(CreateYAX(nullptr), 0u);
-  EXPECT_EQ(CreateYAX((folder / "absent/registry").c_str()), 0u);
-  EXPECT_EQ(printed.Take(), "");
+  EXPECT_EQ(yax_status::kOk, CreateYAX(other.c_str()));
+  EXPECT_EQ(yax_status::kOk, CreateYAX(path.c_str()));
+  EXPECT_EQ(yax_status::kOk, CreateYAX(nullptr));
+  EXPECT_EQ(yax_status::kOk, CreateYAX((folder / "absent/registry").c_str()));
+  EXPECT_EQ("", printed.Take());
   EXPECT_FALSE(std::filesystem::exists(other));
   EXPECT_EQ(GetFile(path), bytes);
   IYAXRegistry* same = RegistryView();
   ASSERT_EQ(same, view);
-  EXPECT_EQ(same->Release(), 2u);  // nothing but the creation's and the view's
-  EXPECT_EQ(view->Release(), 1u);
+  EXPECT_EQ(2u, same->Release());  // nothing but the creation's and the view's
+  EXPECT_EQ(1u, view->Release());
   DestroyYAX();
-  EXPECT_EQ(printed.Take(), kEnds);
+  EXPECT_EQ(kEnds, printed.Take());
 }
 
 TEST_F(YAXTest, EachViewCountsOnTheOneObject) {
@@ -103,26 +104,26 @@ TEST_F(YAXTest, EachViewCountsOnTheOneObject) {
                             ViewOf<IYAXInfoManager>(IID_IYAXInfoManager),
                             ViewOf<IYAXDynamicLoad>(IID_IYAXDynamicLoad)};
   EXPECT_EQ(views[0], views[1]);
-  EXPECT_EQ(views[0]->AddRef(), 7u);
+  EXPECT_EQ(7u, views[0]->AddRef());
   count = 7;
   for (IYAXCompBase* view : views) {
     EXPECT_EQ(view->AddRef(), ++count);
     // Each leads to every other.
     void* other = nullptr;
-    EXPECT_EQ(view->GetInterface(IID_IYAXDynamicLoad, &other), 0u);
+    EXPECT_EQ(yax_status::kOk, view->GetInterface(IID_IYAXDynamicLoad, &other));
     EXPECT_EQ(other, views[4]);
-    EXPECT_EQ(view->GetInterface(IID_IYAXCompBase, &other), 0u);
+    EXPECT_EQ(yax_status::kOk, view->GetInterface(IID_IYAXCompBase, &other));
     EXPECT_EQ(other, views[0]);
     count += 2;
   }
   for (IYAXCompBase* view : views) {
     for (int i = 0; i < 4; ++i) EXPECT_EQ(view->Release(), --count);
   }
-  EXPECT_EQ(count, 2u);
-  EXPECT_EQ(views[0]->Release(), 1u);
+  EXPECT_EQ(2u, count);
+  EXPECT_EQ(1u, views[0]->Release());
   printed.Take();
   DestroyYAX();
-  EXPECT_EQ(printed.Take(), kEnds);
+  EXPECT_EQ(kEnds, printed.Take());
 }
 
 TEST_F(YAXTest, UnknownInterfacesGiveNothing) {
@@ -131,31 +132,31 @@ TEST_F(YAXTest, UnknownInterfacesGiveNothing) {
   nearly.Data1 ^= 0x80000000;
   for (const YAX_GUID_ST& iid : {IID_YAXComponentFactory, nearly, YAX_GUID_ST()}) {
     void* view = this;
-    EXPECT_EQ(GetYAXInstance(iid, &view), 0xE0000007u);
-    EXPECT_EQ(view, nullptr);
+    EXPECT_EQ(yax_status::kNoInterface, GetYAXInstance(iid, &view));
+    EXPECT_EQ(nullptr, view);
   }
-  EXPECT_EQ(GetYAXInstance(IID_IYAX, nullptr), 0xE0000008u);
-  EXPECT_EQ(GetYAXInstance(IID_YAXComponentFactory, nullptr), 0xE0000008u);
+  EXPECT_EQ(yax_status::kBadArgument, GetYAXInstance(IID_IYAX, nullptr));
+  EXPECT_EQ(yax_status::kBadArgument, GetYAXInstance(IID_YAXComponentFactory, nullptr));
   IYAX* view = ViewOf<IYAX>(IID_IYAX);
-  EXPECT_EQ(view->Release(), 1u);  // none of them added a reference
+  EXPECT_EQ(1u, view->Release());  // none of them added a reference
 }
 
 TEST_F(YAXTest, LivesAsLongAsAView) {
   Create();
   IYAXRegistry* view = RegistryView();
   printed.Take();
-  EXPECT_EQ(DestroyYAX(), 0u);
+  EXPECT_EQ(yax_status::kOk, DestroyYAX());
   ExpectNoFramework();
-  EXPECT_EQ(printed.Take(), "");
-  EXPECT_EQ(view->CreateKey(0, "late"), 0u);
+  EXPECT_EQ("", printed.Take());
+  EXPECT_EQ(0u, view->CreateKey(0, "late"));
   void* other = nullptr;
-  EXPECT_EQ(view->GetInterface(IID_IYAX, &other), 0u);
-  EXPECT_EQ(static_cast<IYAX*>(other)->Release(), 1u);
-  EXPECT_EQ(view->Release(), 0u);
-  EXPECT_EQ(printed.Take(), kEnds);
+  EXPECT_EQ(yax_status::kOk, view->GetInterface(IID_IYAX, &other));
+  EXPECT_EQ(1u, static_cast<IYAX*>(other)->Release());
+  EXPECT_EQ(0u, view->Release());
+  EXPECT_EQ(kEnds, printed.Take());
   Create();
   view = RegistryView();
-  EXPECT_EQ(view->CreateKey(0, "late"), 0xE000000Du);  // it is there
+  EXPECT_EQ(yax_status::kRegistryFailed, view->CreateKey(0, "late"));  // it is there
   view->Release();
 }
 
@@ -163,22 +164,23 @@ TEST_F(YAXTest, AnOldFrameworkEndsBesideANewOne) {
   Create();
   IYAXRegistry* old = RegistryView();
   DestroyYAX();
-  ASSERT_EQ(CreateYAX((folder / "second").c_str()), 0u);
+  ASSERT_EQ(yax_status::kOk, CreateYAX((folder / "second").c_str()));
   IYAXRegistry* young = RegistryView();
-  ASSERT_NE(young, nullptr);
+  ASSERT_NE(nullptr, young);
   EXPECT_NE(young, old);
-  EXPECT_EQ(old->CreateKey(0, "old"), 0xE000000Du);  // the process works on one file
-  EXPECT_EQ(young->CreateKey(0, "young"), 0u);
+  EXPECT_EQ(yax_status::kRegistryFailed,
+            old->CreateKey(0, "old"));  // the process works on one file
+  EXPECT_EQ(0u, young->CreateKey(0, "young"));
   printed.Take();
-  EXPECT_EQ(old->Release(), 0u);
-  EXPECT_EQ(printed.Take(), kEnds);
+  EXPECT_EQ(0u, old->Release());
+  EXPECT_EQ(kEnds, printed.Take());
   IYAXRegistry* same = RegistryView();
   ASSERT_EQ(same, young);
-  EXPECT_EQ(young->CreateKey(0, "younger"), 0u);
+  EXPECT_EQ(0u, young->CreateKey(0, "younger"));
   same->Release();
-  EXPECT_EQ(young->Release(), 1u);
+  EXPECT_EQ(1u, young->Release());
   DestroyYAX();
-  EXPECT_EQ(printed.Take(), kEnds);
+  EXPECT_EQ(kEnds, printed.Take());
 }
 
 // The second on a file that is in use has no operations, and disturbs nobody.
@@ -187,27 +189,27 @@ class TwoFrameworksOnOneFile : public YAXTest {
   void SetUp() override {
     Create();
     first = RegistryView();
-    ASSERT_EQ(first->CreateKey(0, "kept"), 0u);
+    ASSERT_EQ(0u, first->CreateKey(0, "kept"));
     DestroyYAX();
     Create();
     second = RegistryView();
-    ASSERT_NE(second, nullptr);
+    ASSERT_NE(nullptr, second);
     unsigned int handle = 0;
-    EXPECT_EQ(second->OpenKey("kept", &handle, 0), 0xE000000Du);
-    EXPECT_EQ(second->CreateKey(0, "lost"), 0xE000000Du);
-    EXPECT_EQ(second->Flush(), 1u);
+    EXPECT_EQ(yax_status::kRegistryFailed, second->OpenKey("kept", &handle, 0));
+    EXPECT_EQ(yax_status::kRegistryFailed, second->CreateKey(0, "lost"));
+    EXPECT_EQ(1u, second->Flush());
     IYAXInfoManager* manager = ViewOf<IYAXInfoManager>(IID_IYAXInfoManager);
     YAX_SYSTEM_INFO_ST system = {};
-    EXPECT_EQ(manager->SetSystemInfo(&system), 0xE000000Du);
-    EXPECT_EQ(manager->GetSystemInfo(&system), 0xE000000Du);
+    EXPECT_EQ(yax_status::kRegistryFailed, manager->SetSystemInfo(&system));
+    EXPECT_EQ(yax_status::kRegistryFailed, manager->GetSystemInfo(&system));
     manager->Release();
-    EXPECT_EQ(first->CreateKey(0, "kept/too"), 0u);
+    EXPECT_EQ(0u, first->CreateKey(0, "kept/too"));
   }
   void ExpectKept() {
     Create();
     IYAXRegistry* view = RegistryView();
-    EXPECT_EQ(view->CreateKey(0, "kept/too"), 0xE000000Du);
-    EXPECT_EQ(view->CreateKey(0, "lost"), 0u);
+    EXPECT_EQ(yax_status::kRegistryFailed, view->CreateKey(0, "kept/too"));
+    EXPECT_EQ(0u, view->CreateKey(0, "lost"));
     view->Release();
   }
 
@@ -216,34 +218,34 @@ class TwoFrameworksOnOneFile : public YAXTest {
 };
 
 TEST_F(TwoFrameworksOnOneFile, EndInTheOrderOfTheirMaking) {
-  EXPECT_EQ(first->Release(), 0u);
-  EXPECT_EQ(second->Release(), 1u);
+  EXPECT_EQ(0u, first->Release());
+  EXPECT_EQ(1u, second->Release());
   DestroyYAX();
   ExpectKept();
 }
 
 TEST_F(TwoFrameworksOnOneFile, EndInTheOtherOrder) {
-  EXPECT_EQ(second->Release(), 1u);
+  EXPECT_EQ(1u, second->Release());
   DestroyYAX();
-  EXPECT_EQ(first->CreateKey(0, "kept/as well"), 0u);
-  EXPECT_EQ(first->Release(), 0u);
+  EXPECT_EQ(0u, first->CreateKey(0, "kept/as well"));
+  EXPECT_EQ(0u, first->Release());
   ExpectKept();
 }
 
 TEST_F(YAXTest, TheCallersTextIsNotNeededAfterwards) {
   std::string text = path;
-  ASSERT_EQ(CreateYAX(text.c_str()), 0u);
+  ASSERT_EQ(yax_status::kOk, CreateYAX(text.c_str()));
   text.assign(text.size(), 'x');
   text = std::string();
   IYAXRegistry* view = RegistryView();
-  EXPECT_EQ(view->CreateKey(0, "key"), 0u);
+  EXPECT_EQ(0u, view->CreateKey(0, "key"));
   {
     // Looks for its path among those in use.
     tamu::registry::Registry same(path.c_str(), "somebody");
-    EXPECT_EQ(same.Initialize(), 0u);
-    EXPECT_EQ(same.CreateKey(0, "second"), 1u);  // the framework has it open
+    EXPECT_EQ(0u, same.Initialize());
+    EXPECT_EQ(1u, same.CreateKey(0, "second"));  // the framework has it open
   }
-  EXPECT_EQ(view->CreateKey(0, "second"), 0u);
+  EXPECT_EQ(0u, view->CreateKey(0, "second"));
   view->Release();
 }
 
@@ -255,9 +257,9 @@ TEST_F(YAXTest, WithoutAPathTheFileIsInTheWorkingFolder) {
     if (view != nullptr) view->Release();
     return DestroyYAX() == 0 && works;
   }));
-  ASSERT_EQ(CreateYAX((folder / "yax.rce").c_str()), 0u);
+  ASSERT_EQ(yax_status::kOk, CreateYAX((folder / "yax.rce").c_str()));
   IYAXRegistry* view = RegistryView();
-  EXPECT_EQ(view->DeleteKey(0, "key"), 0u);
+  EXPECT_EQ(0u, view->DeleteKey(0, "key"));
   view->Release();
 }
 
@@ -266,14 +268,14 @@ TEST_F(YAXTest, WithoutAPathTheFileIsInTheWorkingFolder) {
 TEST_F(YAXTest, NothingIsRegisteredAtTheBeginning) {
   {
     tamu::registry::Registry registry((folder / "plain").c_str(), "adminstrator");
-    ASSERT_EQ(registry.Initialize(), 0u);
+    ASSERT_EQ(0u, registry.Initialize());
   }
   Create();
   IYAXInfoManager* view = ViewOf<IYAXInfoManager>(IID_IYAXInfoManager);
   YAX_SYSTEM_INFO_ST system = {};
-  EXPECT_EQ(view->GetSystemInfo(&system), 0xE000000Du);
+  EXPECT_EQ(yax_status::kRegistryFailed, view->GetSystemInfo(&system));
   YAX_COMPONENT_INFO_ST info = {};
-  EXPECT_EQ(view->GetComponentInfo(IID_IYAX, &info), 0xE000000Du);
+  EXPECT_EQ(yax_status::kRegistryFailed, view->GetComponentInfo(IID_IYAX, &info));
   view->Release();
   DestroyYAX();
   // But for four bytes without a meaning.
@@ -285,14 +287,14 @@ TEST_F(YAXTest, WhatWasStoredIsThereTheNextTime) {
   Create();
   IYAXInfoManager* view = ViewOf<IYAXInfoManager>(IID_IYAXInfoManager);
   YAX_SYSTEM_INFO_ST system = {7, "components"};
-  EXPECT_EQ(view->SetSystemInfo(&system), 0u);
+  EXPECT_EQ(yax_status::kOk, view->SetSystemInfo(&system));
   view->Release();
   DestroyYAX();
   Create();
   view = ViewOf<IYAXInfoManager>(IID_IYAXInfoManager);
   YAX_SYSTEM_INFO_ST read = {};
-  EXPECT_EQ(view->GetSystemInfo(&read), 0u);
-  EXPECT_EQ(read.isSingleBin, 7u);
+  EXPECT_EQ(yax_status::kOk, view->GetSystemInfo(&read));
+  EXPECT_EQ(7u, read.isSingleBin);
   EXPECT_STREQ(read.BinDirectory, "components");
   view->Release();
 }

@@ -23,23 +23,23 @@ class Thing : public CYAXCompBase {
 
 TEST(CYAXCompBase, BeginsWithOneReference) {
   Thing* thing = new Thing;
-  EXPECT_EQ(thing->AddRef(), 2u);
-  EXPECT_EQ(thing->AddRef(), 3u);
-  EXPECT_EQ(thing->Release(), 2u);
-  EXPECT_EQ(thing->Release(), 1u);
-  EXPECT_EQ(gEnded, 0u);
-  EXPECT_EQ(thing->Release(), 0u);
-  EXPECT_EQ(gEnded, 1u);
+  EXPECT_EQ(2u, thing->AddRef());
+  EXPECT_EQ(3u, thing->AddRef());
+  EXPECT_EQ(2u, thing->Release());
+  EXPECT_EQ(1u, thing->Release());
+  EXPECT_EQ(0u, gEnded);
+  EXPECT_EQ(0u, thing->Release());
+  EXPECT_EQ(1u, gEnded);
 }
 
 TEST(CYAXCompBase, GivesItselfWithAReferenceAsTheRootInterface) {
   Thing* thing = new Thing;
   void* view = nullptr;
-  EXPECT_EQ(thing->GetInterface(IID_IYAXCompBase, &view), 0u);
+  EXPECT_EQ(yax_status::kOk, thing->GetInterface(IID_IYAXCompBase, &view));
   EXPECT_EQ(view, static_cast<IYAXCompBase*>(thing));
-  EXPECT_EQ(static_cast<IYAXCompBase*>(view)->Release(), 1u);
-  EXPECT_EQ(gEnded, 0u);
-  EXPECT_EQ(thing->Release(), 0u);
+  EXPECT_EQ(1u, static_cast<IYAXCompBase*>(view)->Release());
+  EXPECT_EQ(0u, gEnded);
+  EXPECT_EQ(0u, thing->Release());
 }
 
 TEST(CYAXCompBase, KnowsNoOtherInterface) {
@@ -49,17 +49,17 @@ TEST(CYAXCompBase, KnowsNoOtherInterface) {
   for (const YAX_GUID_ST& iid : {IID_IYAX, IID_IYAXRegistry, IID_IYAXInfoManager,
                                  IID_IYAXDynamicLoad, IID_YAXComponentFactory, nearly}) {
     void* view = thing;
-    EXPECT_EQ(thing->GetInterface(iid, &view), 0xE0000007u);
-    EXPECT_EQ(view, nullptr);
+    EXPECT_EQ(yax_status::kNoInterface, thing->GetInterface(iid, &view));
+    EXPECT_EQ(nullptr, view);
   }
-  EXPECT_EQ(thing->Release(), 0u);
+  EXPECT_EQ(0u, thing->Release());
 }
 
 TEST(CYAXCompBase, RefusesToGiveAnInterfaceNowhere) {
   Thing* thing = new Thing;
-  EXPECT_EQ(thing->GetInterface(IID_IYAXCompBase, nullptr), 0xE0000008u);
-  EXPECT_EQ(thing->GetInterface(IID_IYAX, nullptr), 0xE0000008u);
-  EXPECT_EQ(thing->Release(), 0u);
+  EXPECT_EQ(yax_status::kBadArgument, thing->GetInterface(IID_IYAXCompBase, nullptr));
+  EXPECT_EQ(yax_status::kBadArgument, thing->GetInterface(IID_IYAX, nullptr));
+  EXPECT_EQ(0u, thing->Release());
 }
 
 // What an object does that gives itself back while it ends.
@@ -67,15 +67,15 @@ class GivenBackTwice : public CYAXCompBase {
  public:
   ~GivenBackTwice() override {
     ++gEnded;
-    EXPECT_EQ(Release(), 0u);
-    EXPECT_EQ(Release(), 0u);
+    EXPECT_EQ(0u, Release());
+    EXPECT_EQ(0u, Release());
   }
 };
 
 TEST(CYAXCompBase, CountsNoFurtherThanNull) {
   gEnded = 0;
-  EXPECT_EQ((new GivenBackTwice)->Release(), 0u);
-  EXPECT_EQ(gEnded, 1u);
+  EXPECT_EQ(0u, (new GivenBackTwice)->Release());
+  EXPECT_EQ(1u, gEnded);
 }
 
 TEST(CYAXCompBase, HasItsDestructorBehindRelease) {
@@ -84,12 +84,12 @@ TEST(CYAXCompBase, HasItsDestructorBehindRelease) {
   asm volatile("" : "+r"(thing) : : "memory");
   independent::CountedObject* table = static_cast<independent::CountedObject*>(thing);
   void* view = nullptr;
-  EXPECT_EQ(table->GetInterface(independent::kRootInterface, &view), 0u);
+  EXPECT_EQ(yax_status::kOk, table->GetInterface(independent::kRootInterface, &view));
   EXPECT_EQ(view, thing);
-  EXPECT_EQ(table->AddRef(), 3u);
-  EXPECT_EQ(table->Release(), 2u);
+  EXPECT_EQ(3u, table->AddRef());
+  EXPECT_EQ(2u, table->Release());
   delete table;
-  EXPECT_EQ(gEnded, 1u);
+  EXPECT_EQ(1u, gEnded);
 }
 
 TEST(CYAXCompBase, CountsTheReferencesOfTwoThreads) {
@@ -101,25 +101,25 @@ TEST(CYAXCompBase, CountsTheReferencesOfTwoThreads) {
       thing->Release();
     }
   });
-  EXPECT_EQ(thing->AddRef(), 2u);
-  EXPECT_EQ(thing->Release(), 1u);
-  EXPECT_EQ(gEnded, 0u);
+  EXPECT_EQ(2u, thing->AddRef());
+  EXPECT_EQ(1u, thing->Release());
+  EXPECT_EQ(0u, gEnded);
   OnThreads(2, [thing](unsigned int) {
     for (unsigned int i = 0; i < kRounds; ++i) thing->AddRef();
   });
   for (unsigned int left = 2 * kRounds; left > 0; --left) ASSERT_EQ(thing->Release(), left);
-  EXPECT_EQ(thing->Release(), 0u);
-  EXPECT_EQ(gEnded, 1u);
+  EXPECT_EQ(0u, thing->Release());
+  EXPECT_EQ(1u, gEnded);
 }
 
 TEST(CYAXCompBase, EndsOnceWhenTwoThreadsGiveTheLastReferencesBack) {
   for (unsigned int round = 0; round < 2000; ++round) {
     Thing* thing = new Thing;
-    EXPECT_EQ(thing->AddRef(), 2u);
+    EXPECT_EQ(2u, thing->AddRef());
     unsigned int left[2] = {7, 7};
     OnThreads(2, [&](unsigned int i) { left[i] = thing->Release(); });
-    ASSERT_EQ(gEnded, 1u);
-    ASSERT_EQ(left[0] + left[1], 1u);
+    ASSERT_EQ(1u, gEnded);
+    ASSERT_EQ(1u, left[0] + left[1]);
   }
 }
 

@@ -1,6 +1,7 @@
 // From a component's identifier to its factory and its objects, through the built library.
 #include <unistd.h>
 
+#include "framework/YAXStatus.h"
 #include "tests/framework/ComponentRig.h"
 #include "tests/framework/PrintedMessages.h"
 
@@ -41,25 +42,25 @@ TEST_F(Components, AreLoadedOnceAndUnloaded) {
   Register(kOwn, "sound");
   EXPECT_FALSE(IsMapped(sound_));
   void* handle = Load(kOwn);
-  ASSERT_NE(handle, nullptr);
-  EXPECT_NE(dlsym(handle, "EntryFn_getFactory"), nullptr);
+  ASSERT_NE(nullptr, handle);
+  EXPECT_NE(nullptr, dlsym(handle, "EntryFn_getFactory"));
   EXPECT_EQ(Load(kOwn), handle);
   EXPECT_EQ(Load(kOwn), handle);
-  EXPECT_EQ(Notes().opened, 1u);
-  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u) << "once, however often it was loaded";
-  EXPECT_EQ(Notes().closed, 1u);
+  EXPECT_EQ(1u, Notes().opened);
+  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn)) << "once, however often it was loaded";
+  EXPECT_EQ(1u, Notes().closed);
   EXPECT_FALSE(IsMapped(sound_));
-  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
-  EXPECT_NE(Load(kOwn), nullptr);
-  EXPECT_EQ(Notes().opened, 2u);
+  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
+  EXPECT_NE(nullptr, Load(kOwn));
+  EXPECT_EQ(2u, Notes().opened);
 }
 
 TEST_F(Components, ANullHandleIsRefusedBeforeAnythingElse) {
   Register(kOwn, "sound");
-  EXPECT_EQ(loader_->LoadComponent(kOwn, nullptr), 0xE0000008u);
-  EXPECT_EQ(loader_->LoadComponent(kUnknown, nullptr), 0xE0000008u);
+  EXPECT_EQ(yax_status::kBadArgument, loader_->LoadComponent(kOwn, nullptr));
+  EXPECT_EQ(yax_status::kBadArgument, loader_->LoadComponent(kUnknown, nullptr));
   SetSystem(1);
-  EXPECT_EQ(loader_->LoadComponent(kOwn, nullptr), 0xE0000008u);
+  EXPECT_EQ(yax_status::kBadArgument, loader_->LoadComponent(kOwn, nullptr));
   EXPECT_FALSE(IsMapped(sound_));
 }
 
@@ -67,10 +68,11 @@ TEST_F(Components, NullPlacesForTheOutcomeAreRefusedBeforeAnythingElse) {
   Register(kOwn, "sound");
   PrintedMessages printed;
   for (const YAX_GUID_ST& clsid : {kOwn, kUnknown}) {
-    EXPECT_EQ(yax_->GetComponentFactory(clsid, nullptr), 0xE0000008u);
-    EXPECT_EQ(yax_->GetComponentInstance(clsid, IID_ITestObject, nullptr), 0xE0000008u);
+    EXPECT_EQ(yax_status::kBadArgument, yax_->GetComponentFactory(clsid, nullptr));
+    EXPECT_EQ(yax_status::kBadArgument,
+              yax_->GetComponentInstance(clsid, IID_ITestObject, nullptr));
   }
-  EXPECT_EQ(printed.Take(), "");
+  EXPECT_EQ("", printed.Take());
   EXPECT_FALSE(IsMapped(sound_));
 }
 
@@ -78,9 +80,9 @@ TEST_F(Components, ThatAreNotRegisteredAreRefused) {
   for (const bool isKeyThere : {false, true}) {
     if (isKeyThere) Register(kOwn, "sound");
     void* handle = untouched_;
-    EXPECT_EQ(loader_->LoadComponent(kUnknown, &handle), 0xE000000Du);
+    EXPECT_EQ(yax_status::kRegistryFailed, loader_->LoadComponent(kUnknown, &handle));
     EXPECT_EQ(handle, untouched_);
-    EXPECT_EQ(loader_->UnloadComponent(kUnknown), 0xE000000Du);
+    EXPECT_EQ(yax_status::kRegistryFailed, loader_->UnloadComponent(kUnknown));
     ExpectNoFactory(kUnknown, 0xE000000D, kNotLoaded);
   }
 }
@@ -89,12 +91,12 @@ TEST_F(Components, WithoutTheirFileAreNotLoaded) {
   Register(kOwn, "missing");
   PrintedMessages printed;
   void* handle = untouched_;
-  EXPECT_EQ(loader_->LoadComponent(kOwn, &handle), 0xE0000009u);
-  EXPECT_EQ(handle, nullptr);
+  EXPECT_EQ(yax_status::kCannotLoad, loader_->LoadComponent(kOwn, &handle));
+  EXPECT_EQ(nullptr, handle);
   const std::string reason = printed.Take();
-  EXPECT_EQ(reason.rfind("3 [YAXLoadManager::LoadBinary] dlopen error, ", 0), 0u) << reason;
+  EXPECT_EQ(0u, reason.rfind("3 [YAXLoadManager::LoadBinary] dlopen error, ", 0)) << reason;
   ExpectNoFactory(kOwn, 0xE0000009, reason + kNotLoaded);
-  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u) << "nothing to unload";
+  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn)) << "nothing to unload";
 }
 
 TEST_F(Components, AreFoundWhereTheyWereRegisteredWhateverTheFolder) {
@@ -103,11 +105,11 @@ TEST_F(Components, AreFoundWhereTheyWereRegisteredWhateverTheFolder) {
   for (const std::string& binDirectory : {folder_ / "", folder_ / "."}) {
     SetSystem(0, binDirectory.c_str());
     void* handle = nullptr;
-    EXPECT_EQ(loader_->LoadComponent(kOwn, &handle), 0xE0000009u);
+    EXPECT_EQ(yax_status::kCannotLoad, loader_->LoadComponent(kOwn, &handle));
   }
   Register(kOther, "sound");
   SetSystem(0, "/nowhere");
-  EXPECT_NE(Load(kOther), nullptr);
+  EXPECT_NE(nullptr, Load(kOther));
 }
 
 TEST_F(Components, OfOneFileShareIt) {
@@ -115,18 +117,18 @@ TEST_F(Components, OfOneFileShareIt) {
   Register(kOther, "sound");
   void* handle = Load(kOwn);
   EXPECT_EQ(Load(kOther), handle);
-  EXPECT_EQ(Notes().opened, 1u);
-  EXPECT_EQ(loader_->UnloadComponent(kOther), 0u);
+  EXPECT_EQ(1u, Notes().opened);
+  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOther));
   EXPECT_TRUE(IsMapped(sound_));
-  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
   EXPECT_FALSE(IsMapped(sound_));
 }
 
 TEST_F(Components, ThatWereUnregisteredStayLoaded) {
   Register(kOwn, "sound");
   Load(kOwn);
-  EXPECT_EQ(manager_->UnregisterComponent(kOwn), 0u);
-  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0xE000000Du);
+  EXPECT_EQ(yax_status::kOk, manager_->UnregisterComponent(kOwn));
+  EXPECT_EQ(yax_status::kRegistryFailed, loader_->UnloadComponent(kOwn));
   EXPECT_TRUE(IsMapped(sound_));
 }
 
@@ -135,33 +137,33 @@ TEST_F(Components, ThatRefuseStayLoaded) {
   Register(kOwn, "refusing");
   void* handle = Load(kOwn);
   Notes().refusal = 1;
-  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0xE000000Bu);
+  EXPECT_EQ(yax_status::kInUse, loader_->UnloadComponent(kOwn));
   EXPECT_TRUE(IsMapped(file));
   EXPECT_EQ(Load(kOwn), handle);
   Notes().refusal = 0;
-  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
   EXPECT_FALSE(IsMapped(file));
 }
 
 TEST_F(Components, ThatCannotBeAskedStayLoaded) {
   Register(kOwn, "no_unload_entry");
   Load(kOwn);
-  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0xE000000Fu);
+  EXPECT_EQ(yax_status::kNoEntry, loader_->UnloadComponent(kOwn));
   EXPECT_TRUE(IsMapped(ComponentFile("no_unload_entry")));
 }
 
 TEST_F(Components, RegisteredWithAWrongPathFirstAreUnloadedAllTheSame) {
   Register(kOwn, "no_unload_entry");
   Load(kOwn);
-  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0xE000000Fu);
+  EXPECT_EQ(yax_status::kNoEntry, loader_->UnloadComponent(kOwn));
   YAX_COMPONENT_INFO_ST info = {};
   info.Type = YAX_COMPONENT_TYPE_BINARY;
   std::strcpy(info.BinaryPath, sound_.c_str());
-  ASSERT_EQ(manager_->SetComponentInfo(kOwn, &info), 0u);
+  ASSERT_EQ(yax_status::kOk, manager_->SetComponentInfo(kOwn, &info));
   Load(kOwn);
-  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
   EXPECT_FALSE(IsMapped(sound_));
-  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0xE000000Fu) << "the wrong one is still there";
+  EXPECT_EQ(yax_status::kNoEntry, loader_->UnloadComponent(kOwn)) << "the wrong one is still there";
 }
 
 TEST(ComponentsAtTheEnd, StayMappedWhenTheFrameworkEnds) {
@@ -175,12 +177,12 @@ TEST(ComponentsAtTheEnd, StayMappedWhenTheFrameworkEnds) {
     YAX_COMPONENT_INFO_ST info = {};
     info.Type = YAX_COMPONENT_TYPE_BINARY;
     std::strcpy(info.BinaryPath, ComponentFile("sound").c_str());
-    ASSERT_EQ(manager->RegisterComponent(kOwn, &info), 0u);
-    ASSERT_EQ(yax->GetComponentInstance(kOwn, IID_ITestObject, &object), 0u);
+    ASSERT_EQ(yax_status::kOk, manager->RegisterComponent(kOwn, &info));
+    ASSERT_EQ(yax_status::kOk, yax->GetComponentInstance(kOwn, IID_ITestObject, &object));
   }
-  EXPECT_EQ(Notes().closed, 0u);
+  EXPECT_EQ(0u, Notes().closed);
   EXPECT_TRUE(IsMapped(ComponentFile("sound")));
-  EXPECT_EQ(static_cast<ITestObject*>(object)->Answer(), 42u);
+  EXPECT_EQ(42u, static_cast<ITestObject*>(object)->Answer());
   static_cast<ITestObject*>(object)->Release();
 }
 
@@ -190,92 +192,92 @@ TEST_F(Components, GiveTheirFactory) {
   Register(kOwn, "sound");
   PrintedMessages printed;
   void* made = untouched_;
-  ASSERT_EQ(yax_->GetComponentFactory(kOwn, &made), 0u);
-  EXPECT_EQ(printed.Take(), "");
+  ASSERT_EQ(yax_status::kOk, yax_->GetComponentFactory(kOwn, &made));
+  EXPECT_EQ("", printed.Take());
   YAXComponentFactory* factory = static_cast<YAXComponentFactory*>(made);
-  EXPECT_EQ(Notes().factoriesMade, 1u);
-  EXPECT_EQ(Notes().factoryReleases, 0u) << "the caller's";
+  EXPECT_EQ(1u, Notes().factoriesMade);
+  EXPECT_EQ(0u, Notes().factoryReleases) << "the caller's";
   void* object = nullptr;
-  EXPECT_EQ(factory->CreateObject(IID_ITestObject, &object), 0u);
-  EXPECT_EQ(static_cast<ITestObject*>(object)->Release(), 0u);
-  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0xE000000Bu) << "the factory lives";
-  EXPECT_EQ(factory->Release(), 0u);
-  EXPECT_EQ(Notes().factoriesGone, 1u);
-  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+  EXPECT_EQ(yax_status::kOk, factory->CreateObject(IID_ITestObject, &object));
+  EXPECT_EQ(0u, static_cast<ITestObject*>(object)->Release());
+  EXPECT_EQ(yax_status::kInUse, loader_->UnloadComponent(kOwn)) << "the factory lives";
+  EXPECT_EQ(0u, factory->Release());
+  EXPECT_EQ(1u, Notes().factoriesGone);
+  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
 }
 
 TEST_F(Components, GiveObjectsAndReleaseTheFactoryOnce) {
   Register(kOwn, "sound");
   void* out = untouched_;
-  ASSERT_EQ(yax_->GetComponentInstance(kOwn, IID_ITestObject, &out), 0u);
-  EXPECT_EQ(Notes().factoriesMade, 1u);
-  EXPECT_EQ(Notes().factoryReleases, 1u);
-  EXPECT_EQ(Notes().factoriesGone, 1u);
+  ASSERT_EQ(yax_status::kOk, yax_->GetComponentInstance(kOwn, IID_ITestObject, &out));
+  EXPECT_EQ(1u, Notes().factoriesMade);
+  EXPECT_EQ(1u, Notes().factoryReleases);
+  EXPECT_EQ(1u, Notes().factoriesGone);
   ITestObject* object = static_cast<ITestObject*>(out);
-  EXPECT_EQ(object->Answer(), 42u);
-  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0xE000000Bu) << "the object lives";
-  EXPECT_EQ(object->Release(), 0u) << "handed on as it is";
+  EXPECT_EQ(42u, object->Answer());
+  EXPECT_EQ(yax_status::kInUse, loader_->UnloadComponent(kOwn)) << "the object lives";
+  EXPECT_EQ(0u, object->Release()) << "handed on as it is";
   EXPECT_TRUE(IsMapped(sound_)) << "nothing is unloaded by itself";
-  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
   EXPECT_FALSE(IsMapped(sound_));
 }
 
 TEST_F(Components, DoNotGiveInterfacesTheyDoNotHave) {
   Register(kOwn, "sound");
   void* out = untouched_;
-  EXPECT_EQ(yax_->GetComponentInstance(kOwn, IID_IYAX, &out), 0xE0000007u);
-  EXPECT_EQ(out, nullptr);
-  EXPECT_EQ(Notes().factoryReleases, 1u);
-  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+  EXPECT_EQ(yax_status::kNoInterface, yax_->GetComponentInstance(kOwn, IID_IYAX, &out));
+  EXPECT_EQ(nullptr, out);
+  EXPECT_EQ(1u, Notes().factoryReleases);
+  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
 }
 
 TEST_F(Components, ThatFailToCreateHaveTheirFactoryReleasedOnce) {
   Register(kOwn, "fails_to_create");
   void* out = untouched_;
-  EXPECT_EQ(yax_->GetComponentInstance(kOwn, IID_ITestObject, &out), 0xE0000042u);
-  EXPECT_EQ(out, nullptr);
-  EXPECT_EQ(Notes().factoryReleases, 1u);
-  EXPECT_EQ(loader_->LockComponent(kOwn, 1), 0xE0000043u);
-  EXPECT_EQ(Notes().factoriesMade, 2u);
-  EXPECT_EQ(Notes().factoryReleases, 2u);
-  EXPECT_EQ(Notes().factoriesGone, 2u);
-  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+  EXPECT_EQ(0xE0000042u, yax_->GetComponentInstance(kOwn, IID_ITestObject, &out));
+  EXPECT_EQ(nullptr, out);
+  EXPECT_EQ(1u, Notes().factoryReleases);
+  EXPECT_EQ(0xE0000043u, loader_->LockComponent(kOwn, 1));
+  EXPECT_EQ(2u, Notes().factoriesMade);
+  EXPECT_EQ(2u, Notes().factoryReleases);
+  EXPECT_EQ(2u, Notes().factoriesGone);
+  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
 }
 
 TEST_F(Components, ThatSaySoWithoutAFactoryGiveNothing) {
   Register(kOwn, "no_factory");
   void* out = untouched_;
-  EXPECT_EQ(yax_->GetComponentFactory(kOwn, &out), 0u);
-  EXPECT_EQ(out, nullptr);
+  EXPECT_EQ(yax_status::kOk, yax_->GetComponentFactory(kOwn, &out));
+  EXPECT_EQ(nullptr, out);
   out = untouched_;
-  EXPECT_EQ(yax_->GetComponentInstance(kOwn, IID_ITestObject, &out), 0xE0000010u);
-  EXPECT_EQ(out, nullptr);
-  EXPECT_EQ(loader_->LockComponent(kOwn, 1), 0xE0000010u);
-  EXPECT_EQ(loader_->LockComponent(kOwn, 0), 0xE0000010u);
-  EXPECT_EQ(Notes().entered, 4u);
+  EXPECT_EQ(yax_status::kUnspecified, yax_->GetComponentInstance(kOwn, IID_ITestObject, &out));
+  EXPECT_EQ(nullptr, out);
+  EXPECT_EQ(yax_status::kUnspecified, loader_->LockComponent(kOwn, 1));
+  EXPECT_EQ(yax_status::kUnspecified, loader_->LockComponent(kOwn, 0));
+  EXPECT_EQ(4u, Notes().entered);
 }
 
 TEST_F(Components, ThatFailWithAFactoryHaveItReleasedOnce) {
   Register(kOwn, "fails_with_factory");
   PrintedMessages printed;
   void* out = untouched_;
-  EXPECT_EQ(yax_->GetComponentInstance(kOwn, IID_ITestObject, &out), 0xE0000099u);
+  EXPECT_EQ(0xE0000099u, yax_->GetComponentInstance(kOwn, IID_ITestObject, &out));
   EXPECT_EQ(out, untouched_);
-  EXPECT_EQ(Notes().factoryReleases, 1u);
-  EXPECT_EQ(loader_->LockComponent(kOwn, 1), 0xE0000099u);
-  EXPECT_EQ(Notes().factoryReleases, 2u);
-  EXPECT_EQ(Notes().factoriesGone, 2u);
-  EXPECT_EQ(printed.Take(), "") << "the component's own failure";
-  ASSERT_EQ(yax_->GetComponentFactory(kOwn, &out), 0xE0000099u);
-  EXPECT_EQ(static_cast<YAXComponentFactory*>(out)->Release(), 0u) << "the caller's";
-  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+  EXPECT_EQ(1u, Notes().factoryReleases);
+  EXPECT_EQ(0xE0000099u, loader_->LockComponent(kOwn, 1));
+  EXPECT_EQ(2u, Notes().factoryReleases);
+  EXPECT_EQ(2u, Notes().factoriesGone);
+  EXPECT_EQ("", printed.Take()) << "the component's own failure";
+  ASSERT_EQ(0xE0000099u, yax_->GetComponentFactory(kOwn, &out));
+  EXPECT_EQ(0u, static_cast<YAXComponentFactory*>(out)->Release()) << "the caller's";
+  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
 }
 
 TEST_F(Components, WithoutAFactoryEntryStayLoaded) {
   Register(kOwn, "no_factory_entry");
   ExpectNoFactory(kOwn, 0xE000000F, kNoAddress);
   EXPECT_TRUE(IsMapped(ComponentFile("no_factory_entry")));
-  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
   EXPECT_FALSE(IsMapped(ComponentFile("no_factory_entry")));
 }
 
@@ -283,24 +285,24 @@ TEST_F(Components, WithoutAFactoryEntryStayLoaded) {
 
 TEST_F(Components, ThatAreLockedStayLoaded) {
   Register(kOwn, "sound");
-  EXPECT_EQ(loader_->LockComponent(kOwn, 7), 0u) << "loads it";
-  EXPECT_EQ(Notes().lastLock, 7u) << "handed on as it is";
-  EXPECT_EQ(loader_->LockComponent(kOwn, 1), 0u);
-  EXPECT_EQ(Notes().factoryReleases, 2u);
-  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0xE000000Bu);
-  EXPECT_EQ(loader_->LockComponent(kOwn, 0), 0u);
-  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0xE000000Bu);
-  EXPECT_EQ(loader_->LockComponent(kOwn, 0), 0u);
-  EXPECT_EQ(Notes().lastLock, 0u);
-  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+  EXPECT_EQ(yax_status::kOk, loader_->LockComponent(kOwn, 7)) << "loads it";
+  EXPECT_EQ(7u, Notes().lastLock) << "handed on as it is";
+  EXPECT_EQ(yax_status::kOk, loader_->LockComponent(kOwn, 1));
+  EXPECT_EQ(2u, Notes().factoryReleases);
+  EXPECT_EQ(yax_status::kInUse, loader_->UnloadComponent(kOwn));
+  EXPECT_EQ(yax_status::kOk, loader_->LockComponent(kOwn, 0));
+  EXPECT_EQ(yax_status::kInUse, loader_->UnloadComponent(kOwn));
+  EXPECT_EQ(yax_status::kOk, loader_->LockComponent(kOwn, 0));
+  EXPECT_EQ(0u, Notes().lastLock);
+  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
   EXPECT_FALSE(IsMapped(sound_));
 }
 
 TEST_F(Components, AreLoadedToTakeALockBack) {
   Register(kOwn, "sound");
-  EXPECT_EQ(loader_->LockComponent(kOwn, 0), 0xE0000010u) << "the component's answer";
+  EXPECT_EQ(yax_status::kUnspecified, loader_->LockComponent(kOwn, 0)) << "the component's answer";
   EXPECT_TRUE(IsMapped(sound_));
-  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
 }
 
 // ---- calls back
@@ -310,26 +312,26 @@ TEST_F(Components, CallTheFrameworkFromTheirEntry) {
   Register(kOther, "sound");
   Notes().other = kOther;
   void* out = nullptr;
-  ASSERT_EQ(yax_->GetComponentInstance(kOwn, IID_ITestObject, &out), 0u);
+  ASSERT_EQ(yax_status::kOk, yax_->GetComponentInstance(kOwn, IID_ITestObject, &out));
   const unsigned int expected[] = {0, 0, 0, 0, 0xE000000B, 0};
   for (unsigned int i = 0; i < 6; ++i) EXPECT_EQ(Notes().answers[i], expected[i]) << i;
-  EXPECT_EQ(Notes().closed, 1u) << "the other one";
+  EXPECT_EQ(1u, Notes().closed) << "the other one";
   EXPECT_TRUE(IsMapped(ComponentFile("calls_back"))) << "not while its code runs";
   static_cast<ITestObject*>(out)->Release();
-  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
 }
 
 TEST_F(Components, CannotUnloadAnotherOfTheSameFileWhileTheyAreAsked) {
   const std::string file = ComponentFile("unloads_itself");
   const std::string link = folder_ / "link.so";
-  ASSERT_EQ(symlink(file.c_str(), link.c_str()), 0);
+  ASSERT_EQ(0, symlink(file.c_str(), link.c_str()));
   Register(kOwn, "unloads_itself");
   Register(kOther, link, nullptr, YAX_COMPONENT_TYPE_BINARY);
   Notes().self = kOther;
   ASSERT_EQ(Load(kOther), Load(kOwn));
-  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
-  EXPECT_EQ(Notes().asked, 1u);
-  EXPECT_EQ(Notes().answers[1], 0xE000000Bu);
+  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
+  EXPECT_EQ(1u, Notes().asked);
+  EXPECT_EQ(yax_status::kInUse, Notes().answers[1]);
   EXPECT_FALSE(IsMapped(file));
 }
 
@@ -338,13 +340,13 @@ TEST_F(Components, AreNotUnloadedWhileTheFrameworkCallsTheirFactory) {
   Register(kOwn, "leaves_early");
   Notes().self = kOwn;
   void* out = nullptr;
-  ASSERT_EQ(yax_->GetComponentInstance(kOwn, IID_ITestObject, &out), 0u);
+  ASSERT_EQ(yax_status::kOk, yax_->GetComponentInstance(kOwn, IID_ITestObject, &out));
   static_cast<ITestObject*>(out)->Release();
-  EXPECT_EQ(loader_->LockComponent(kOwn, 1), 0u);
+  EXPECT_EQ(yax_status::kOk, loader_->LockComponent(kOwn, 1));
   for (unsigned int call = 0; call < 3; ++call) {
-    EXPECT_EQ(Notes().answers[call], 0xE000000Bu) << call;
+    EXPECT_EQ(yax_status::kInUse, Notes().answers[call]) << call;
   }
-  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
   EXPECT_FALSE(IsMapped(ComponentFile("leaves_early")));
 }
 
@@ -352,13 +354,14 @@ TEST_F(Components, AreNotLoadedByThemselvesWhileTheyAreClosed) {
   Register(kOwn, "comes_back");
   Notes().self = kOwn;
   Load(kOwn);
-  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
-  EXPECT_EQ(Notes().answers[0], 0xE0000009u);
+  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
+  EXPECT_EQ(yax_status::kCannotLoad, Notes().answers[0]);
   EXPECT_FALSE(IsMapped(ComponentFile("comes_back")));
   void* out = nullptr;
-  ASSERT_EQ(yax_->GetComponentInstance(kOwn, IID_ITestObject, &out), 0u) << "loaded anew";
+  ASSERT_EQ(yax_status::kOk, yax_->GetComponentInstance(kOwn, IID_ITestObject, &out))
+      << "loaded anew";
   static_cast<ITestObject*>(out)->Release();
-  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
+  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
 }
 
 TEST_F(Components, CannotUnloadThemselvesWhileTheyAreAsked) {
@@ -368,15 +371,15 @@ TEST_F(Components, CannotUnloadThemselvesWhileTheyAreAsked) {
   Load(kOwn);
   Notes().refusal = 1;
   for (unsigned int time = 1; time <= 2; ++time) {
-    EXPECT_EQ(loader_->UnloadComponent(kOwn), 0xE000000Bu);
+    EXPECT_EQ(yax_status::kInUse, loader_->UnloadComponent(kOwn));
     EXPECT_EQ(Notes().asked, time) << "once each time";
-    EXPECT_EQ(Notes().answers[1], 0xE000000Bu);
+    EXPECT_EQ(yax_status::kInUse, Notes().answers[1]);
     EXPECT_TRUE(IsMapped(file));
   }
   Notes().refusal = 0;
-  EXPECT_EQ(loader_->UnloadComponent(kOwn), 0u);
-  EXPECT_EQ(Notes().asked, 3u);
-  EXPECT_EQ(Notes().answers[1], 0xE000000Bu);
+  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
+  EXPECT_EQ(3u, Notes().asked);
+  EXPECT_EQ(yax_status::kInUse, Notes().answers[1]);
   EXPECT_FALSE(IsMapped(file));
 }
 

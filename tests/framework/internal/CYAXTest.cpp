@@ -1,6 +1,7 @@
 // The framework object from within.
 #include "framework/YAX.h"
 #include "framework/YAXInterfaceIds.h"
+#include "framework/YAXStatus.h"
 #include "framework/internal/CYAX.h"
 #include "tests/framework/PrintedMessages.h"
 #include "tests/registry/RegistryRig.h"
@@ -13,7 +14,7 @@ constexpr char kEnds[] = "3 *********** ~YAX ***********\n";
 
 class CYAXTest : public ::testing::Test {
  protected:
-  ~CYAXTest() override { EXPECT_EQ(CYAX::mspCYAX, nullptr); }
+  ~CYAXTest() override { EXPECT_EQ(nullptr, CYAX::mspCYAX); }
 
   TempDir folder;
   const std::string path = folder / "registry";
@@ -22,41 +23,41 @@ class CYAXTest : public ::testing::Test {
 TEST_F(CYAXTest, AnObjectWithoutParts) {
   PrintedMessages printed;
   CYAX* made = new CYAX;
-  EXPECT_EQ(printed.Take(), "");
-  EXPECT_EQ(made->Flush(), 0xE0000005u);  // no registry yet
-  EXPECT_EQ(made->AddRef(), 2u);
-  EXPECT_EQ(made->Release(), 1u);
-  EXPECT_EQ(made->Release(), 0u);
-  EXPECT_EQ(printed.Take(), kEnds);
+  EXPECT_EQ("", printed.Take());
+  EXPECT_EQ(yax_status::kNoFramework, made->Flush());  // no registry yet
+  EXPECT_EQ(2u, made->AddRef());
+  EXPECT_EQ(1u, made->Release());
+  EXPECT_EQ(0u, made->Release());
+  EXPECT_EQ(kEnds, printed.Take());
 }
 
 TEST_F(CYAXTest, IsNotFoundUntilItIsMadeWhole) {
   CYAX* made = new CYAX;
-  EXPECT_EQ(made->Initialize(path.c_str()), 0u);
-  EXPECT_EQ(CYAX::mspCYAX, nullptr);
-  EXPECT_EQ(made->Flush(), 0u);
-  EXPECT_EQ(made->Release(), 0u);
-  EXPECT_EQ(CreateYAX(path.c_str()), 0u);
-  EXPECT_NE(CYAX::mspCYAX, nullptr);
+  EXPECT_EQ(0u, made->Initialize(path.c_str()));
+  EXPECT_EQ(nullptr, CYAX::mspCYAX);
+  EXPECT_EQ(0u, made->Flush());
+  EXPECT_EQ(0u, made->Release());
+  EXPECT_EQ(yax_status::kOk, CreateYAX(path.c_str()));
+  EXPECT_NE(nullptr, CYAX::mspCYAX);
   DestroyYAX();
-  EXPECT_EQ(CYAX::mspCYAX, nullptr);
+  EXPECT_EQ(nullptr, CYAX::mspCYAX);
 }
 
 TEST_F(CYAXTest, GivesItsPartsBackOnceOnly) {
   CYAX* made = new CYAX;
-  EXPECT_EQ(made->Initialize(path.c_str()), 0u);
+  EXPECT_EQ(0u, made->Initialize(path.c_str()));
   void* handle = nullptr;
-  EXPECT_EQ(made->LoadComponent(IID_IYAX, &handle), 0xE000000Du);
+  EXPECT_EQ(yax_status::kRegistryFailed, made->LoadComponent(IID_IYAX, &handle));
   for (int i = 0; i < 2; ++i) {
     made->Deinitialize();
-    EXPECT_EQ(made->Flush(), 0xE0000005u);
+    EXPECT_EQ(yax_status::kNoFramework, made->Flush());
   }
-  EXPECT_EQ(tamu::registry::RegistryInstance::sFirstInstance, nullptr);
+  EXPECT_EQ(nullptr, tamu::registry::RegistryInstance::sFirstInstance);
   // Everything can be made anew.
-  EXPECT_EQ(made->Initialize(path.c_str()), 0u);
-  EXPECT_EQ(made->CreateKey(0, "key"), 0u);
-  EXPECT_EQ(made->Release(), 0u);
-  EXPECT_EQ(tamu::registry::RegistryInstance::sFirstInstance, nullptr);
+  EXPECT_EQ(0u, made->Initialize(path.c_str()));
+  EXPECT_EQ(0u, made->CreateKey(0, "key"));
+  EXPECT_EQ(0u, made->Release());
+  EXPECT_EQ(nullptr, tamu::registry::RegistryInstance::sFirstInstance);
 }
 
 TEST_F(CYAXTest, ShowsEachViewOfTheOneObject) {
@@ -72,7 +73,7 @@ TEST_F(CYAXTest, ShowsEachViewOfTheOneObject) {
   unsigned int count = 1;
   for (const auto& each : views) {
     void* view = nullptr;
-    EXPECT_EQ(made->GetInterface(each.iid, &view), 0u);
+    EXPECT_EQ(yax_status::kOk, made->GetInterface(each.iid, &view));
     EXPECT_EQ(view, each.view);
     EXPECT_EQ(static_cast<IYAXCompBase*>(view)->AddRef(), ++count + 1);
     EXPECT_EQ(static_cast<IYAXCompBase*>(view)->Release(), count);
@@ -80,7 +81,7 @@ TEST_F(CYAXTest, ShowsEachViewOfTheOneObject) {
   for (const auto& each : views) {
     EXPECT_EQ(static_cast<IYAXCompBase*>(each.view)->Release(), --count);
   }
-  EXPECT_EQ(made->Release(), 0u);
+  EXPECT_EQ(0u, made->Release());
 }
 
 TEST_F(CYAXTest, BeginsWithTheViewOfTheFramework) {
@@ -88,25 +89,26 @@ TEST_F(CYAXTest, BeginsWithTheViewOfTheFramework) {
   const char* start = reinterpret_cast<char*>(made);
   const auto offset = [start](auto* part) { return reinterpret_cast<char*>(part) - start; };
   constexpr std::ptrdiff_t kTable = sizeof(void*);
-  EXPECT_EQ(offset(static_cast<IYAX*>(made)), 0);
-  EXPECT_EQ(offset(static_cast<IYAXRegistry*>(made)), kTable);
+  EXPECT_EQ(0, offset(static_cast<IYAX*>(made)));
+  EXPECT_EQ(kTable, offset(static_cast<IYAXRegistry*>(made)));
   EXPECT_EQ(offset(static_cast<IYAXInfoManager*>(made)), 2 * kTable);
   EXPECT_EQ(offset(static_cast<IYAXDynamicLoad*>(made)), 3 * kTable);
   EXPECT_EQ(offset(static_cast<CYAXCompBase*>(made)), 4 * kTable);
-  EXPECT_EQ(made->Release(), 0u);
+  EXPECT_EQ(0u, made->Release());
 }
 
 TEST_F(CYAXTest, EndsThroughItsCountedBaseToo) {
   PrintedMessages printed;
   CYAX* made = new CYAX;
-  EXPECT_EQ(static_cast<CYAXCompBase*>(made)->AddRef(), 2u);
+  EXPECT_EQ(2u, static_cast<CYAXCompBase*>(made)->AddRef());
   void* view = nullptr;
-  EXPECT_EQ(static_cast<CYAXCompBase*>(made)->GetInterface(IID_IYAXRegistry, &view), 0u);
+  EXPECT_EQ(yax_status::kOk,
+            static_cast<CYAXCompBase*>(made)->GetInterface(IID_IYAXRegistry, &view));
   EXPECT_EQ(view, static_cast<IYAXRegistry*>(made));
-  EXPECT_EQ(made->Release(), 2u);
-  EXPECT_EQ(made->Release(), 1u);
-  EXPECT_EQ(static_cast<CYAXCompBase*>(made)->Release(), 0u);
-  EXPECT_EQ(printed.Take(), kEnds);
+  EXPECT_EQ(2u, made->Release());
+  EXPECT_EQ(1u, made->Release());
+  EXPECT_EQ(0u, static_cast<CYAXCompBase*>(made)->Release());
+  EXPECT_EQ(kEnds, printed.Take());
 }
 
 // The framework is an ordinary user, whose name has the number 0xAC295ADD.
@@ -114,15 +116,15 @@ class FrameworkUser : public CYAXTest {
  protected:
   FrameworkUser() {
     Registry registry(path.c_str(), tamu::registry::kAdmin);
-    EXPECT_EQ(registry.Initialize(), 0u);
-    EXPECT_EQ(registry.CreateKey(0, "others"), 0u);
+    EXPECT_EQ(0u, registry.Initialize());
+    EXPECT_EQ(0u, registry.CreateKey(0, "others"));
     unsigned long long number = 5;
     tamu::registry::Value value =
         tamu::registry::MakeValue(tamu::registry::kValueTypeInteger, &number, sizeof number);
-    EXPECT_EQ(registry.CreateValue(0, "", "number", &value), 0u);
-    EXPECT_EQ(registry.CreateValue(0, "others", "number", &value), 0u);
+    EXPECT_EQ(0u, registry.CreateValue(0, "", "number", &value));
+    EXPECT_EQ(0u, registry.CreateValue(0, "others", "number", &value));
   }
-  void SetUp() override { ASSERT_EQ(framework->Initialize(path.c_str()), 0u); }
+  void SetUp() override { ASSERT_EQ(0u, framework->Initialize(path.c_str())); }
   ~FrameworkUser() override { framework->Release(); }
 
   CYAX* framework = new CYAX;
@@ -130,40 +132,41 @@ class FrameworkUser : public CYAXTest {
 };
 
 TEST_F(FrameworkUser, OwnsTheKeysThatTheFrameworkCreates) {
-  EXPECT_EQ(framework->CreateKey(0, "own"), 0u);
+  EXPECT_EQ(0u, framework->CreateKey(0, "own"));
   std::map<std::string, DecodedKey> tree = DecodeTree(path);
-  EXPECT_EQ(tree["own"].owner, 0xAC295ADDu);
-  EXPECT_EQ(tree["others"].owner, 65535u);
-  EXPECT_EQ(framework->CreateValue(0, "own", "n", YAX_REG_DATA_TYPE_INTEGER, &nine), 0u);
-  EXPECT_EQ(framework->SetValue(0, "own", "n", YAX_REG_DATA_TYPE_INTEGER, &nine), 0u);
-  EXPECT_EQ(framework->DeleteValue(0, "own", "n"), 0u);
-  EXPECT_EQ(framework->DeleteKey(0, "own"), 0u);
+  EXPECT_EQ(0xAC295ADDu, tree["own"].owner);
+  EXPECT_EQ(65535u, tree["others"].owner);
+  EXPECT_EQ(0u, framework->CreateValue(0, "own", "n", YAX_REG_DATA_TYPE_INTEGER, &nine));
+  EXPECT_EQ(0u, framework->SetValue(0, "own", "n", YAX_REG_DATA_TYPE_INTEGER, &nine));
+  EXPECT_EQ(0u, framework->DeleteValue(0, "own", "n"));
+  EXPECT_EQ(0u, framework->DeleteKey(0, "own"));
 }
 
 TEST_F(FrameworkUser, MayReadTheRootAndCreateBelowIt) {
   const DecodedKey root = DecodeTree(path)[""];
-  EXPECT_EQ(root.owner, 65535u);
-  EXPECT_EQ(root.permission >> 4, 5u);
+  EXPECT_EQ(65535u, root.owner);
+  EXPECT_EQ(5u, root.permission >> 4);
   unsigned int word = 0;
   unsigned int size = 8;
-  EXPECT_EQ(framework->GetValue(0, "", "number", YAX_REG_DATA_TYPE_INTEGER, &word, &size), 0u);
-  EXPECT_EQ(word, 5u);
-  EXPECT_EQ(framework->CreateKey(0, "new"), 0u);
-  EXPECT_EQ(framework->CreateValue(0, "", "new", YAX_REG_DATA_TYPE_INTEGER, &nine), 0u);
+  EXPECT_EQ(0u, framework->GetValue(0, "", "number", YAX_REG_DATA_TYPE_INTEGER, &word, &size));
+  EXPECT_EQ(5u, word);
+  EXPECT_EQ(0u, framework->CreateKey(0, "new"));
+  EXPECT_EQ(0u, framework->CreateValue(0, "", "new", YAX_REG_DATA_TYPE_INTEGER, &nine));
 }
 
 TEST_F(FrameworkUser, MayNotChangeTheRoot) {
-  EXPECT_EQ(framework->SetValue(0, "", "number", YAX_REG_DATA_TYPE_INTEGER, &nine), 0xE000000Du);
-  EXPECT_EQ(framework->DeleteValue(0, "", "number"), 0xE000000Du);
-  EXPECT_EQ(framework->DeleteKey(0, ""), 0xE000000Du);
-  EXPECT_EQ(DecodeTree(path)[""].values.at(0).number, 5u);
+  EXPECT_EQ(yax_status::kRegistryFailed,
+            framework->SetValue(0, "", "number", YAX_REG_DATA_TYPE_INTEGER, &nine));
+  EXPECT_EQ(yax_status::kRegistryFailed, framework->DeleteValue(0, "", "number"));
+  EXPECT_EQ(yax_status::kRegistryFailed, framework->DeleteKey(0, ""));
+  EXPECT_EQ(5u, DecodeTree(path)[""].values.at(0).number);
 }
 
 TEST_F(FrameworkUser, MayNotDeleteOrChangeAnotherUsersKey) {
-  EXPECT_EQ(framework->DeleteKey(0, "others"), 0xE000000Du);
-  EXPECT_EQ(framework->SetValue(0, "others", "number", YAX_REG_DATA_TYPE_INTEGER, &nine),
-            0xE000000Du);
-  EXPECT_EQ(DecodeTree(path)["others"].values.at(0).number, 5u);
+  EXPECT_EQ(yax_status::kRegistryFailed, framework->DeleteKey(0, "others"));
+  EXPECT_EQ(yax_status::kRegistryFailed,
+            framework->SetValue(0, "others", "number", YAX_REG_DATA_TYPE_INTEGER, &nine));
+  EXPECT_EQ(5u, DecodeTree(path)["others"].values.at(0).number);
 }
 
 }  // namespace

@@ -15,28 +15,28 @@ YAX_FACTORY_FN FunctionElsewhere(unsigned int word) {
 }
 
 TEST(FunctionTable, KeepsTheLow32BitsOfAnAddress) {
-  EXPECT_EQ(FunctionTable::WordOf(nullptr), 0u);
-  EXPECT_EQ(FunctionTable::WordOf(FunctionAt(0x80123450)), 0x80123450u);
-  EXPECT_EQ(FunctionTable::WordOf(FunctionElsewhere(0x12)), 0x12u);
+  EXPECT_EQ(0u, FunctionTable::WordOf(nullptr));
+  EXPECT_EQ(0x80123450u, FunctionTable::WordOf(FunctionAt(0x80123450)));
+  EXPECT_EQ(0x12u, FunctionTable::WordOf(FunctionElsewhere(0x12)));
 }
 
 TEST(FunctionTable, FindsWhatWasAdded) {
-  EXPECT_EQ(FunctionTable::Add(FunctionAt(0x80123450)), 0u);
-  EXPECT_EQ(FunctionTable::Add(FunctionAt(0x00000010)), 0u);
+  EXPECT_EQ(0u, FunctionTable::Add(FunctionAt(0x80123450)));
+  EXPECT_EQ(0u, FunctionTable::Add(FunctionAt(0x00000010)));
   EXPECT_EQ(FunctionTable::Find(0x80123450), FunctionAt(0x80123450));
   EXPECT_EQ(FunctionTable::Find(0x00000010), FunctionAt(0x00000010));
 }
 
 TEST(FunctionTable, ZeroIsNoFunction) {
-  EXPECT_EQ(FunctionTable::Find(0), nullptr);
-  EXPECT_EQ(FunctionTable::Add(nullptr), 0u);
-  EXPECT_EQ(FunctionTable::Find(0), nullptr);
+  EXPECT_EQ(nullptr, FunctionTable::Find(0));
+  EXPECT_EQ(0u, FunctionTable::Add(nullptr));
+  EXPECT_EQ(nullptr, FunctionTable::Find(0));
 }
 
 // What is stored of it is 0, and that is no function wherever it is read.
 TEST(FunctionTable, AnAddressWhoseLow32BitsAreZeroIsNotFound) {
-  EXPECT_EQ(FunctionTable::Add(FunctionAt(0)), 0u);  // the null pointer where addresses are short
-  EXPECT_EQ(FunctionTable::Find(0), nullptr);
+  EXPECT_EQ(0u, FunctionTable::Add(FunctionAt(0)));  // the null pointer where addresses are short
+  EXPECT_EQ(nullptr, FunctionTable::Find(0));
 }
 
 TEST(FunctionTable, WhatWasNotAddedIsKnownOnlyWhereAddressesAreShort) {
@@ -46,10 +46,10 @@ TEST(FunctionTable, WhatWasNotAddedIsKnownOnlyWhereAddressesAreShort) {
 
 // A library may be loaded where another one was, as far as 32 bits tell.
 TEST(FunctionTable, TheNewerOfTwoWithTheSameWordIsFound) {
-  EXPECT_EQ(FunctionTable::Add(FunctionAt(0x20)), 0u);
-  EXPECT_EQ(FunctionTable::Add(FunctionElsewhere(0x20)), 0u);
+  EXPECT_EQ(0u, FunctionTable::Add(FunctionAt(0x20)));
+  EXPECT_EQ(0u, FunctionTable::Add(FunctionElsewhere(0x20)));
   EXPECT_EQ(FunctionTable::Find(0x20), FunctionElsewhere(0x20));
-  EXPECT_EQ(FunctionTable::Add(FunctionAt(0x20)), 0u);
+  EXPECT_EQ(0u, FunctionTable::Add(FunctionAt(0x20)));
   EXPECT_EQ(FunctionTable::Find(0x20), FunctionAt(0x20));
 }
 
@@ -65,7 +65,7 @@ TEST(FunctionTable, ThreadsAddAndFindAtOnce) {
       if (FunctionTable::Find(0x40) != FunctionAt(0x40)) ++surprises;
     }
   });
-  EXPECT_EQ(surprises, 0u);
+  EXPECT_EQ(0u, surprises);
 }
 
 }  // namespace

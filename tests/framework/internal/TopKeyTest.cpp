@@ -21,7 +21,7 @@ TEST_F(TopKeys, AMissingKeyIsNotOpenedAndNotMade) {
   const TopKey top(registry, "YAX_ROOT", Missing::kFail);
   EXPECT_FALSE(top.IsOpen());
   EXPECT_FALSE(top.IsNew());
-  EXPECT_EQ(top.Handle(), 0u);
+  EXPECT_EQ(0u, top.Handle());
   EXPECT_EQ(GetFile(path), before);
 }
 
@@ -32,20 +32,20 @@ TEST_F(TopKeys, AMissingKeyIsMadeWhenThatIsWanted) {
     EXPECT_TRUE(top.IsOpen());
     EXPECT_TRUE(top.IsNew());
     EXPECT_TRUE(HasKey(key));
-    EXPECT_EQ(registry.CreateKey(top.Handle(), "below"), 0u);
+    EXPECT_EQ(0u, registry.CreateKey(top.Handle(), "below"));
   }
   EXPECT_TRUE(HasKey("YAX_ROOT/below"));
   EXPECT_TRUE(HasKey("YAX_SYSTEM/below"));
 }
 
 TEST_F(TopKeys, AKeyThatIsThereIsOpenedAndNotNew) {
-  ASSERT_EQ(registry.CreateKey(0, "YAX_ROOT"), 0u);
+  ASSERT_EQ(0u, registry.CreateKey(0, "YAX_ROOT"));
   for (Missing missing : {Missing::kFail, Missing::kCreate, Missing::kMakeSure}) {
     const TopKey top(registry, "YAX_ROOT", missing);
     EXPECT_TRUE(top.IsOpen());
     EXPECT_FALSE(top.IsNew());
   }
-  EXPECT_EQ(DecodeTree(path).size(), 2u);
+  EXPECT_EQ(2u, DecodeTree(path).size());
 }
 
 TEST_F(TopKeys, EveryHandleIsClosedAtTheEnd) {
@@ -63,9 +63,9 @@ TEST_F(TopKeys, TwoMayBeOpenAtOnce) {
   const TopKey components(registry, "YAX_ROOT", Missing::kCreate);
   {
     const TopKey system(registry, "YAX_SYSTEM", Missing::kCreate);
-    EXPECT_EQ(registry.CreateKey(system.Handle(), "a"), 0u);
+    EXPECT_EQ(0u, registry.CreateKey(system.Handle(), "a"));
   }
-  EXPECT_EQ(registry.CreateKey(components.Handle(), "b"), 0u);
+  EXPECT_EQ(0u, registry.CreateKey(components.Handle(), "b"));
   EXPECT_TRUE(HasKey("YAX_SYSTEM/a"));
   EXPECT_TRUE(HasKey("YAX_ROOT/b"));
 }

@@ -1,5 +1,6 @@
 // The information store that keeps its table in memory, and the lock that it shows.
 #include "framework/YAX.h"
+#include "framework/YAXStatus.h"
 #include "framework/internal/CYAXIMMutex.h"
 #include "tests/framework/InfoStoreRig.h"
 
@@ -10,42 +11,43 @@ TEST(InfoManager, AShorterArrayLeavesTheRestOfTheTable) {
   YAXInfoManager store;
   Components three(3), one(1);
   one[0] = ComponentOf("other", 1, 0x10, "", &kClsid);
-  ASSERT_EQ(store.RegisterAllComponent(three.Array()), 0u);
-  ASSERT_EQ(store.RegisterAllComponent(one.Array()), 0u);
+  ASSERT_EQ(yax_status::kOk, store.RegisterAllComponent(three.Array()));
+  ASSERT_EQ(yax_status::kOk, store.RegisterAllComponent(one.Array()));
   unsigned int index = 99;
-  EXPECT_EQ(store.LookupComponent(kClsid, &index), 0u);
-  EXPECT_EQ(index, 0u);
-  EXPECT_EQ(store.LookupComponent(GuidOf(1), &index), 0xE0000004) << "written over";
-  EXPECT_EQ(index, 3u);
-  EXPECT_EQ(store.LookupComponent(GuidOf(3), &index), 0u);
-  EXPECT_EQ(index, 2u);
+  EXPECT_EQ(yax_status::kOk, store.LookupComponent(kClsid, &index));
+  EXPECT_EQ(0u, index);
+  EXPECT_EQ(yax_status::kNotRegistered, store.LookupComponent(GuidOf(1), &index)) << "written over";
+  EXPECT_EQ(3u, index);
+  EXPECT_EQ(yax_status::kOk, store.LookupComponent(GuidOf(3), &index));
+  EXPECT_EQ(2u, index);
 }
 
 TEST(InfoManager, NullPointersAreRefused) {
   YAXInfoManager store;
   Components one(1);
-  ASSERT_EQ(store.RegisterAllComponent(one.Array()), 0u);
-  EXPECT_EQ(store.SetSystemInfo(nullptr), 0xE0000008);
-  EXPECT_EQ(store.GetSystemInfo(nullptr), 0xE0000008);
-  EXPECT_EQ(store.RegisterAllComponent(nullptr), 0xE0000008);
-  EXPECT_EQ(store.GetComponentInfo(GuidOf(1), nullptr), 0xE0000008);
-  EXPECT_EQ(store.GetComponentType(GuidOf(1), nullptr), 0xE0000008);
-  EXPECT_EQ(store.GetComponentEntryFunc(GuidOf(1), nullptr), 0xE0000008);
-  EXPECT_EQ(store.GetComponentBinPath(GuidOf(1), nullptr), 0xE0000008);
-  EXPECT_EQ(store.LookupComponent(GuidOf(1), nullptr), 0u) << "the place need not be wanted";
-  EXPECT_EQ(store.LookupComponent(GuidOf(2), nullptr), 0xE0000004);
+  ASSERT_EQ(yax_status::kOk, store.RegisterAllComponent(one.Array()));
+  EXPECT_EQ(yax_status::kBadArgument, store.SetSystemInfo(nullptr));
+  EXPECT_EQ(yax_status::kBadArgument, store.GetSystemInfo(nullptr));
+  EXPECT_EQ(yax_status::kBadArgument, store.RegisterAllComponent(nullptr));
+  EXPECT_EQ(yax_status::kBadArgument, store.GetComponentInfo(GuidOf(1), nullptr));
+  EXPECT_EQ(yax_status::kBadArgument, store.GetComponentType(GuidOf(1), nullptr));
+  EXPECT_EQ(yax_status::kBadArgument, store.GetComponentEntryFunc(GuidOf(1), nullptr));
+  EXPECT_EQ(yax_status::kBadArgument, store.GetComponentBinPath(GuidOf(1), nullptr));
+  EXPECT_EQ(yax_status::kOk, store.LookupComponent(GuidOf(1), nullptr))
+      << "the place need not be wanted";
+  EXPECT_EQ(yax_status::kNotRegistered, store.LookupComponent(GuidOf(2), nullptr));
 }
 
 TEST(InfoManager, DoesNotRegisterSingleComponents) {
   YAXInfoManager store;
   Components one(1);
-  ASSERT_EQ(store.RegisterAllComponent(one.Array()), 0u);
-  EXPECT_EQ(store.RegisterComponent(GuidOf(2), &one[0]), 0xE0000002);
-  EXPECT_EQ(store.SetComponentInfo(GuidOf(1), &one[0]), 0xE0000002);
-  EXPECT_EQ(store.UnregisterComponent(GuidOf(1)), 0xE0000002);
-  EXPECT_EQ(store.RegisterComponent(GuidOf(2), nullptr), 0xE0000002);
-  EXPECT_EQ(store.SetComponentInfo(GuidOf(1), nullptr), 0xE0000002);
-  EXPECT_EQ(store.LookupComponent(GuidOf(1), nullptr), 0u);
+  ASSERT_EQ(yax_status::kOk, store.RegisterAllComponent(one.Array()));
+  EXPECT_EQ(yax_status::kNotProvided, store.RegisterComponent(GuidOf(2), &one[0]));
+  EXPECT_EQ(yax_status::kNotProvided, store.SetComponentInfo(GuidOf(1), &one[0]));
+  EXPECT_EQ(yax_status::kNotProvided, store.UnregisterComponent(GuidOf(1)));
+  EXPECT_EQ(yax_status::kNotProvided, store.RegisterComponent(GuidOf(2), nullptr));
+  EXPECT_EQ(yax_status::kNotProvided, store.SetComponentInfo(GuidOf(1), nullptr));
+  EXPECT_EQ(yax_status::kOk, store.LookupComponent(GuidOf(1), nullptr));
 }
 
 // ---- the system information
@@ -54,24 +56,24 @@ TEST(InfoManager, TheSystemInformationIsZeroAtFirstAndKeptWhole) {
   YAXInfoManager store;
   YAX_SYSTEM_INFO_ST info;
   std::memset(&info, '#', sizeof info);
-  EXPECT_EQ(store.GetSystemInfo(&info), 0u);
-  EXPECT_EQ(info.isSingleBin, 0u);
+  EXPECT_EQ(yax_status::kOk, store.GetSystemInfo(&info));
+  EXPECT_EQ(0u, info.isSingleBin);
   EXPECT_EQ(std::string(info.BinDirectory, 256), std::string(256, '\0'));
   info.isSingleBin = 5;
   std::memset(info.BinDirectory, 'd', 256);
-  EXPECT_EQ(store.SetSystemInfo(&info), 0u);
+  EXPECT_EQ(yax_status::kOk, store.SetSystemInfo(&info));
   YAX_SYSTEM_INFO_ST read = {};
-  EXPECT_EQ(store.GetSystemInfo(&read), 0u);
-  EXPECT_EQ(read.isSingleBin, 5u);
-  EXPECT_EQ(std::string(read.BinDirectory, 256), std::string(256, 'd'));
+  EXPECT_EQ(yax_status::kOk, store.GetSystemInfo(&read));
+  EXPECT_EQ(5u, read.isSingleBin);
+  EXPECT_EQ(std::string(256, 'd'), std::string(read.BinDirectory, 256));
 }
 
 TEST(InfoManager, OneAloneMeansASingleBinary) {
   YAXInfoManager store;
-  EXPECT_EQ(store.IsSysSingleBinary(), 0u);
+  EXPECT_EQ(0u, store.IsSysSingleBinary());
   for (unsigned int word : {1u, 2u, 0u, 0xFFFFFFFFu}) {
     YAX_SYSTEM_INFO_ST info = SystemOf(word, "");
-    EXPECT_EQ(store.SetSystemInfo(&info), 0u);
+    EXPECT_EQ(yax_status::kOk, store.SetSystemInfo(&info));
     EXPECT_EQ(store.IsSysSingleBinary(), word == 1 ? 1u : 0u) << word;
   }
 }
@@ -81,16 +83,16 @@ TEST(InfoManager, OneAloneMeansASingleBinary) {
 TEST(InfoManager, AnEmptyTableHasNothingAtPlaceZero) {
   YAXInfoManager store;
   unsigned int index = 99;
-  EXPECT_EQ(store.LookupComponent(kClsid, &index), 0xE0000004);
-  EXPECT_EQ(index, 0u);
+  EXPECT_EQ(yax_status::kNotRegistered, store.LookupComponent(kClsid, &index));
+  EXPECT_EQ(0u, index);
   YAX_COMPONENT_INFO_ST info = Player();
   YAX_COMPONENT_TYPE_ENUM type = YAX_COMPONENT_TYPE_BINARY;
   void* function = &info;
   char path[kYAXTextSize] = "kept";
-  EXPECT_EQ(store.GetComponentInfo(kClsid, &info), 0xE0000004);
-  EXPECT_EQ(store.GetComponentType(kClsid, &type), 0xE0000004);
-  EXPECT_EQ(store.GetComponentEntryFunc(kClsid, &function), 0xE0000004);
-  EXPECT_EQ(store.GetComponentBinPath(kClsid, path), 0xE0000004);
+  EXPECT_EQ(yax_status::kNotRegistered, store.GetComponentInfo(kClsid, &info));
+  EXPECT_EQ(yax_status::kNotRegistered, store.GetComponentType(kClsid, &type));
+  EXPECT_EQ(yax_status::kNotRegistered, store.GetComponentEntryFunc(kClsid, &function));
+  EXPECT_EQ(yax_status::kNotRegistered, store.GetComponentBinPath(kClsid, path));
   EXPECT_STREQ(info.CompName, "Player");
   EXPECT_EQ(function, &info);
   EXPECT_STREQ(path, "kept");
@@ -99,63 +101,63 @@ TEST(InfoManager, AnEmptyTableHasNothingAtPlaceZero) {
 TEST(InfoManager, AFullTableIsLookedThroughToItsEnd) {
   YAXInfoManager store;
   Components components(256);
-  ASSERT_EQ(store.RegisterAllComponent(components.Array()), 0u);
+  ASSERT_EQ(yax_status::kOk, store.RegisterAllComponent(components.Array()));
   unsigned int index = 99;
-  EXPECT_EQ(store.LookupComponent(kClsid, &index), 0u) << "number 10 is its own";
-  EXPECT_EQ(index, 9u);
-  EXPECT_EQ(store.LookupComponent(GuidOf(256), &index), 0u);
-  EXPECT_EQ(index, 255u);
-  EXPECT_EQ(store.LookupComponent(GuidOf(257), &index), 0xE0000004);
-  EXPECT_EQ(index, 256u);
+  EXPECT_EQ(yax_status::kOk, store.LookupComponent(kClsid, &index)) << "number 10 is its own";
+  EXPECT_EQ(9u, index);
+  EXPECT_EQ(yax_status::kOk, store.LookupComponent(GuidOf(256), &index));
+  EXPECT_EQ(255u, index);
+  EXPECT_EQ(yax_status::kNotRegistered, store.LookupComponent(GuidOf(257), &index));
+  EXPECT_EQ(256u, index);
 }
 
 TEST(InfoManager, Of300ComponentsTheFirst256AreKept) {
   YAXInfoManager store;
   Components components(300);
-  ASSERT_EQ(store.RegisterAllComponent(components.Array()), 0u);
+  ASSERT_EQ(yax_status::kOk, store.RegisterAllComponent(components.Array()));
   unsigned int index = 99;
-  EXPECT_EQ(store.LookupComponent(GuidOf(256), &index), 0u);
-  EXPECT_EQ(index, 255u);
-  EXPECT_EQ(store.LookupComponent(GuidOf(257), &index), 0xE0000004);
-  EXPECT_EQ(index, 256u);
+  EXPECT_EQ(yax_status::kOk, store.LookupComponent(GuidOf(256), &index));
+  EXPECT_EQ(255u, index);
+  EXPECT_EQ(yax_status::kNotRegistered, store.LookupComponent(GuidOf(257), &index));
+  EXPECT_EQ(256u, index);
 }
 
 // The records stay the caller's.
 TEST(InfoManager, AChangedRecordIsFoundChanged) {
   YAXInfoManager store;
   Components components(1);
-  ASSERT_EQ(store.RegisterAllComponent(components.Array()), 0u);
+  ASSERT_EQ(yax_status::kOk, store.RegisterAllComponent(components.Array()));
   components[0].pGuid = &kClsid;
-  EXPECT_EQ(store.LookupComponent(GuidOf(1), nullptr), 0xE0000004);
-  EXPECT_EQ(store.LookupComponent(kClsid, nullptr), 0u);
+  EXPECT_EQ(yax_status::kNotRegistered, store.LookupComponent(GuidOf(1), nullptr));
+  EXPECT_EQ(yax_status::kOk, store.LookupComponent(kClsid, nullptr));
 }
 
 TEST(InfoManager, ARecordWithoutIdentifierIsPassedOver) {
   YAXInfoManager store;
   Components components(3);
   components[1].pGuid = nullptr;
-  ASSERT_EQ(store.RegisterAllComponent(components.Array()), 0u);
+  ASSERT_EQ(yax_status::kOk, store.RegisterAllComponent(components.Array()));
   unsigned int index = 99;
-  EXPECT_EQ(store.LookupComponent(GuidOf(3), &index), 0u);
-  EXPECT_EQ(index, 2u);
-  EXPECT_EQ(store.LookupComponent(GuidOf(2), &index), 0xE0000004);
-  EXPECT_EQ(index, 3u);
+  EXPECT_EQ(yax_status::kOk, store.LookupComponent(GuidOf(3), &index));
+  EXPECT_EQ(2u, index);
+  EXPECT_EQ(yax_status::kNotRegistered, store.LookupComponent(GuidOf(2), &index));
+  EXPECT_EQ(3u, index);
 }
 
 TEST(InfoManager, AnIdentifierIsComparedInAll16Bytes) {
   YAXInfoManager store;
   YAX_COMPONENT_INFO_ST info = Player();
   YAX_COMPONENT_INFO_ST* array[] = {&info, nullptr};
-  ASSERT_EQ(store.RegisterAllComponent(array), 0u);
+  ASSERT_EQ(yax_status::kOk, store.RegisterAllComponent(array));
   for (unsigned int i = 0; i < sizeof kClsid; ++i) {
     unsigned char bytes[sizeof kClsid];
     std::memcpy(bytes, &kClsid, sizeof bytes);
     bytes[i] ^= 0x80;
     YAX_GUID_ST other;
     std::memcpy(&other, bytes, sizeof other);
-    EXPECT_EQ(store.LookupComponent(other, nullptr), 0xE0000004) << "byte " << i;
+    EXPECT_EQ(yax_status::kNotRegistered, store.LookupComponent(other, nullptr)) << "byte " << i;
   }
-  EXPECT_EQ(store.LookupComponent(kClsid, nullptr), 0u);
+  EXPECT_EQ(yax_status::kOk, store.LookupComponent(kClsid, nullptr));
 }
 
 // ---- what is told of a component
@@ -164,14 +166,14 @@ TEST(InfoManager, OfAFunctionComponentThePathIsNotTold) {
   YAXInfoManager store;
   YAX_COMPONENT_INFO_ST known = ComponentOf("function", 0, 0x10, "not told", &kClsid);
   YAX_COMPONENT_INFO_ST* array[] = {&known, nullptr};
-  ASSERT_EQ(store.RegisterAllComponent(array), 0u);
+  ASSERT_EQ(yax_status::kOk, store.RegisterAllComponent(array));
   const YAX_GUID_ST mine = GuidOf(5);
   YAX_COMPONENT_INFO_ST info = ComponentOf("", 1, 0x20, "kept", &mine);
   info.Reserved = 1;
-  EXPECT_EQ(store.GetComponentInfo(kClsid, &info), 0u);
+  EXPECT_EQ(yax_status::kOk, store.GetComponentInfo(kClsid, &info));
   EXPECT_STREQ(info.CompName, "function");
-  EXPECT_EQ(info.Type, 0u);
-  EXPECT_EQ(info.Reserved, 77u);
+  EXPECT_EQ(0u, info.Type);
+  EXPECT_EQ(77u, info.Reserved);
   EXPECT_EQ(info.FactoryFn, FunctionAt(0x10));
   EXPECT_STREQ(info.BinaryPath, "kept");
   EXPECT_EQ(info.pGuid, &mine);
@@ -182,9 +184,9 @@ TEST(InfoManager, OfOtherComponentsTheFunctionIsNotTold) {
     YAXInfoManager store;
     YAX_COMPONENT_INFO_ST known = ComponentOf("binary", type, 0x10, "lib.so", &kClsid);
     YAX_COMPONENT_INFO_ST* array[] = {&known, nullptr};
-    ASSERT_EQ(store.RegisterAllComponent(array), 0u);
+    ASSERT_EQ(yax_status::kOk, store.RegisterAllComponent(array));
     YAX_COMPONENT_INFO_ST info = ComponentOf("", 0, 0x20, "");
-    EXPECT_EQ(store.GetComponentInfo(kClsid, &info), 0u);
+    EXPECT_EQ(yax_status::kOk, store.GetComponentInfo(kClsid, &info));
     EXPECT_EQ(info.Type, type);
     EXPECT_EQ(info.FactoryFn, FunctionAt(0x20)) << "kept";
     EXPECT_STREQ(info.BinaryPath, "lib.so");
@@ -195,19 +197,19 @@ TEST(InfoManager, TypeFunctionAndPathAreToldOneByOneWhateverTheType) {
   YAXInfoManager store;
   YAX_COMPONENT_INFO_ST known = ComponentOf("function", 0, 0x10, "lib.so", &kClsid);
   YAX_COMPONENT_INFO_ST* array[] = {&known, nullptr};
-  ASSERT_EQ(store.RegisterAllComponent(array), 0u);
+  ASSERT_EQ(yax_status::kOk, store.RegisterAllComponent(array));
   YAX_COMPONENT_TYPE_ENUM type = YAX_COMPONENT_TYPE_BINARY;
   void* function = nullptr;
   char path[kYAXTextSize] = "";
-  EXPECT_EQ(store.GetComponentType(kClsid, &type), 0u);
-  EXPECT_EQ(type, 0u);
-  EXPECT_EQ(store.GetComponentEntryFunc(kClsid, &function), 0u);
+  EXPECT_EQ(yax_status::kOk, store.GetComponentType(kClsid, &type));
+  EXPECT_EQ(0u, type);
+  EXPECT_EQ(yax_status::kOk, store.GetComponentEntryFunc(kClsid, &function));
   EXPECT_EQ(function, reinterpret_cast<void*>(FunctionAt(0x10)));
-  EXPECT_EQ(store.GetComponentBinPath(kClsid, path), 0u);
+  EXPECT_EQ(yax_status::kOk, store.GetComponentBinPath(kClsid, path));
   EXPECT_STREQ(path, "lib.so");
   known.FactoryFn = nullptr;
-  EXPECT_EQ(store.GetComponentEntryFunc(kClsid, &function), 0xE000000F);
-  EXPECT_EQ(function, nullptr);
+  EXPECT_EQ(yax_status::kNoEntry, store.GetComponentEntryFunc(kClsid, &function));
+  EXPECT_EQ(nullptr, function);
 }
 
 TEST(InfoManager, FieldsWithoutTerminatorAreToldWith255Characters) {
@@ -216,14 +218,14 @@ TEST(InfoManager, FieldsWithoutTerminatorAreToldWith255Characters) {
   FillField(known.CompName, std::string(256, 'n'));
   FillField(known.BinaryPath, std::string(256, 'p'));
   YAX_COMPONENT_INFO_ST* array[] = {&known, nullptr};
-  ASSERT_EQ(store.RegisterAllComponent(array), 0u);
+  ASSERT_EQ(yax_status::kOk, store.RegisterAllComponent(array));
   YAX_COMPONENT_INFO_ST info = {};
-  EXPECT_EQ(store.GetComponentInfo(kClsid, &info), 0u);
+  EXPECT_EQ(yax_status::kOk, store.GetComponentInfo(kClsid, &info));
   EXPECT_EQ(FieldOf(info.CompName), std::string(255, 'n') + '\0');
   EXPECT_EQ(FieldOf(info.BinaryPath), std::string(255, 'p') + '\0');
   char path[kYAXTextSize + 1];
   std::memset(path, '#', sizeof path);
-  EXPECT_EQ(store.GetComponentBinPath(kClsid, path), 0u);
+  EXPECT_EQ(yax_status::kOk, store.GetComponentBinPath(kClsid, path));
   EXPECT_EQ(std::string(path, sizeof path), std::string(255, 'p') + '\0' + '#');
 }
 
@@ -237,12 +239,12 @@ TEST(InfoManager, AskingGoesThroughTheStoresOwnLookup) {
     }
   } store;
   Components components(2);
-  ASSERT_EQ(store.RegisterAllComponent(components.Array()), 0u);
+  ASSERT_EQ(yax_status::kOk, store.RegisterAllComponent(components.Array()));
   YAX_COMPONENT_INFO_ST info = {};
-  EXPECT_EQ(store.GetComponentInfo(kClsid, &info), 0u);
+  EXPECT_EQ(yax_status::kOk, store.GetComponentInfo(kClsid, &info));
   EXPECT_STREQ(info.CompName, "c2");
   char path[kYAXTextSize];
-  EXPECT_EQ(store.GetComponentBinPath(kClsid, path), 0u);
+  EXPECT_EQ(yax_status::kOk, store.GetComponentBinPath(kClsid, path));
 }
 
 // ---- the text form of identifiers
@@ -252,9 +254,9 @@ TEST(InfoManager, AnIdentifiersTextIsAppended) {
   const YAX_GUID_ST guid = {
       0x1FBF55FC, 0x0F15, 0x45CC, {0x8F, 0x3F, 0xDE, 0x86, 0xA5, 0x64, 0x0C, 0xB5}};
   char text[kYAXTextSize] = "YAX_ROOT/";
-  EXPECT_EQ(store.ConvertGUID2String(&guid, text), 0u);
+  EXPECT_EQ(yax_status::kOk, store.ConvertGUID2String(&guid, text));
   EXPECT_STREQ(text, "YAX_ROOT/{1FBF55FC-0F15-45CC-8F3F-DE86A5640CB5}");
-  EXPECT_EQ(store.ConvertGUID2String(&kClsid, text), 0u);
+  EXPECT_EQ(yax_status::kOk, store.ConvertGUID2String(&kClsid, text));
   EXPECT_STREQ(text,
                "YAX_ROOT/{1FBF55FC-0F15-45CC-8F3F-DE86A5640CB5}"
                "{0000000A-BEEF-0102-807F-00FF01020304}");
@@ -265,36 +267,36 @@ TEST(InfoManager, AnIdentifiersTextHas38CharactersWhateverItsNumbers) {
   YAX_GUID_ST guid;
   std::memset(&guid, 0xFF, sizeof guid);
   char exact[38 + 1] = "";
-  EXPECT_EQ(store.ConvertGUID2String(&guid, exact), 0u);
+  EXPECT_EQ(yax_status::kOk, store.ConvertGUID2String(&guid, exact));
   EXPECT_STREQ(exact, "{FFFFFFFF-FFFF-FFFF-FFFF-FFFFFFFFFFFF}");
   guid = {};
   exact[0] = 0;
-  EXPECT_EQ(store.ConvertGUID2String(&guid, exact), 0u);
+  EXPECT_EQ(yax_status::kOk, store.ConvertGUID2String(&guid, exact));
   EXPECT_STREQ(exact, "{00000000-0000-0000-0000-000000000000}");
 }
 
 TEST(InfoManager, AnIdentifiersTextNeedsBothPointers) {
   YAXInfoManager store;
   char text[kYAXTextSize] = "kept";
-  EXPECT_EQ(store.ConvertGUID2String(nullptr, text), 0xE0000008);
-  EXPECT_EQ(store.ConvertGUID2String(&kClsid, nullptr), 0xE0000008);
+  EXPECT_EQ(yax_status::kBadArgument, store.ConvertGUID2String(nullptr, text));
+  EXPECT_EQ(yax_status::kBadArgument, store.ConvertGUID2String(&kClsid, nullptr));
   EXPECT_STREQ(text, "kept");
 }
 
 // ---- the lock that a store shows
 
 TEST(InfoManager, TheNewestStoreShowsItsLock) {
-  EXPECT_EQ(CYAXIMMutex::mspMutex.load(), nullptr);
+  EXPECT_EQ(nullptr, CYAXIMMutex::mspMutex.load());
   {
     YAXInfoManager first;
     PCMutex* const lock = CYAXIMMutex::mspMutex;
-    ASSERT_NE(lock, nullptr);
+    ASSERT_NE(nullptr, lock);
     EXPECT_TRUE(lock->IsCreated());
     YAXInfoManager second;
     EXPECT_NE(CYAXIMMutex::mspMutex.load(), lock);
-    EXPECT_NE(CYAXIMMutex::mspMutex.load(), nullptr);
+    EXPECT_NE(nullptr, CYAXIMMutex::mspMutex.load());
   }
-  EXPECT_EQ(CYAXIMMutex::mspMutex.load(), nullptr) << "the dying store took it away";
+  EXPECT_EQ(nullptr, CYAXIMMutex::mspMutex.load()) << "the dying store took it away";
 }
 
 TEST(InfoManager, AnOlderStoreLeavesTheLockThatANewerShows) {
@@ -309,10 +311,10 @@ TEST(InfoManager, EachFrameworkShowsItsLockAndTakesItAway) {
   TempDir folder;
   const std::string path = folder / "registry";
   for (int round = 0; round < 2; ++round) {
-    ASSERT_EQ(CreateYAX(path.c_str()), 0u);
-    EXPECT_NE(CYAXIMMutex::mspMutex.load(), nullptr);
+    ASSERT_EQ(yax_status::kOk, CreateYAX(path.c_str()));
+    EXPECT_NE(nullptr, CYAXIMMutex::mspMutex.load());
     DestroyYAX();
-    EXPECT_EQ(CYAXIMMutex::mspMutex.load(), nullptr);
+    EXPECT_EQ(nullptr, CYAXIMMutex::mspMutex.load());
   }
 }
 
