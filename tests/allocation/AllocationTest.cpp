@@ -10,14 +10,14 @@ namespace {
 class Allocations : public ::testing::Test {
  protected:
   Allocations() : registry((folder / "counted.rce").c_str(), kAdministratorId) {
-    EXPECT_EQ(registry.Initialize(), 0u);
+    EXPECT_EQ(status::kOk, registry.Initialize());
     for (const char* key : {"a", "a/b", "a/b/c", "a/b/c/d"}) {
-      EXPECT_EQ(registry.CreateKey(0, key, 7), 0u);
+      EXPECT_EQ(status::kOk, registry.CreateKey(0, key, 7));
     }
     Value value = MakeValue(kValueTypeInteger, &number, sizeof number);
-    EXPECT_EQ(registry.CreateValue(0, kKey, "number", &value), 0u);
+    EXPECT_EQ(status::kOk, registry.CreateValue(0, kKey, "number", &value));
     Value text = TextValue("some text");
-    EXPECT_EQ(registry.CreateValue(0, kKey, "text", &text), 0u);
+    EXPECT_EQ(status::kOk, registry.CreateValue(0, kKey, "text", &text));
   }
 
   // How often the operation takes memory.
@@ -51,27 +51,27 @@ TEST_F(Allocations, AreCounted) {
 TEST_F(Allocations, AValueReadTakesItsBufferOnly) {
   for (const char* name : {"number", "text"}) {
     ReadValue value;
-    EXPECT_EQ(Count([&] { return registry.GetValue(0, kKey, name, &value); }), 1u);
+    EXPECT_EQ(1u, Count([&] { return registry.GetValue(0, kKey, name, &value); }));
   }
 }
 
 TEST_F(Allocations, ASearchTakesNothing) {
   unsigned long long value = 0;
-  EXPECT_EQ(Count([&] { return registry.GetDefaultValue(0, kKey, &value); }), 0u);
+  EXPECT_EQ(0u, Count([&] { return registry.GetDefaultValue(0, kKey, &value); }));
   expected = status::kNotFound;
   ReadValue missing;
-  EXPECT_EQ(Count([&] { return registry.GetValue(0, "a/b/x/d", "number", &missing); }), 0u);
-  EXPECT_EQ(Count([&] { return registry.GetValue(0, kKey, "missing", &missing); }), 0u);
+  EXPECT_EQ(0u, Count([&] { return registry.GetValue(0, "a/b/x/d", "number", &missing); }));
+  EXPECT_EQ(0u, Count([&] { return registry.GetValue(0, kKey, "missing", &missing); }));
 }
 
 TEST_F(Allocations, ChangesTakeNothing) {
   Value integer = MakeValue(kValueTypeInteger, &number, sizeof number);
   Value text = TextValue("another text");
-  EXPECT_EQ(Count([&] { return registry.SetValue(0, kKey, "number", &integer); }), 0u);
-  EXPECT_EQ(Count([&] { return registry.SetValue(0, kKey, "text", &text); }), 0u);
-  EXPECT_EQ(Count([&] { return registry.CreateValue(0, kKey, "new", &text); }), 0u);
-  EXPECT_EQ(Count([&] { return registry.DeleteValue(0, kKey, "new"); }), 0u);
-  EXPECT_EQ(Count([&] { return registry.CreateKey(0, "a/b/c/e"); }), 0u);
+  EXPECT_EQ(0u, Count([&] { return registry.SetValue(0, kKey, "number", &integer); }));
+  EXPECT_EQ(0u, Count([&] { return registry.SetValue(0, kKey, "text", &text); }));
+  EXPECT_EQ(0u, Count([&] { return registry.CreateValue(0, kKey, "new", &text); }));
+  EXPECT_EQ(0u, Count([&] { return registry.DeleteValue(0, kKey, "new"); }));
+  EXPECT_EQ(0u, Count([&] { return registry.CreateKey(0, "a/b/c/e"); }));
 }
 
 // An opening that fails for want of memory, at whatever place.
@@ -79,10 +79,10 @@ TEST_F(Allocations, ThatFailInAnotherOpeningTakeNothingAway) {
   const std::string paths[] = {folder / "made.rce", folder / "other.rce"};
   {
     Registry second(paths[1].c_str(), kAdministratorId);
-    ASSERT_EQ(second.Initialize(), 0u);
+    ASSERT_EQ(status::kOk, second.Initialize());
   }
   registry.Finalize();
-  ASSERT_EQ(registry.Initialize(), 0u);
+  ASSERT_EQ(status::kOk, registry.Initialize());
   for (const std::string& path : paths) {
     unsigned int failures = 0;
     for (unsigned int nth = 1;; ++nth) {
@@ -94,22 +94,22 @@ TEST_F(Allocations, ThatFailInAnotherOpeningTakeNothingAway) {
       const bool over = heap::sFailing > 0;
       heap::sFailing = 0;
       if (over) {
-        EXPECT_EQ(result, 0u);
+        EXPECT_EQ(0u, result);
         break;
       }
       if (result == 0) {  // it could do without, and has taken the file's place
         registry.Finalize();
-        ASSERT_EQ(registry.Initialize(), 0u);
+        ASSERT_EQ(status::kOk, registry.Initialize());
         continue;
       }
       ++failures;
       unsigned long long value = 0;
-      EXPECT_EQ(registry.GetDefaultValue(0, kKey, &value), 0u);
-      EXPECT_EQ(registry.SetDefaultValue(0, kKey, 8), 0u);
+      EXPECT_EQ(status::kOk, registry.GetDefaultValue(0, kKey, &value));
+      EXPECT_EQ(status::kOk, registry.SetDefaultValue(0, kKey, 8));
     }
     EXPECT_GT(failures, 5u);
     registry.Finalize();
-    ASSERT_EQ(registry.Initialize(), 0u);
+    ASSERT_EQ(status::kOk, registry.Initialize());
   }
 }
 
@@ -120,10 +120,10 @@ class FailingAllocations : public Allocations {
     // Enough that what is kept of them grows more than once.
     for (unsigned int i = 0; i < kMoreKeys; ++i) {
       const std::string key = "a/x" + std::to_string(10 + i);
-      EXPECT_EQ(registry.CreateKey(0, key.c_str()), 0u);
-      EXPECT_EQ(registry.CreateValue(0, key.c_str(), "unset", nullptr), 0u);
+      EXPECT_EQ(status::kOk, registry.CreateKey(0, key.c_str()));
+      EXPECT_EQ(status::kOk, registry.CreateValue(0, key.c_str(), "unset", nullptr));
     }
-    EXPECT_EQ(registry.BackupKey(0, "a", backup.c_str()), 0u);
+    EXPECT_EQ(status::kOk, registry.BackupKey(0, "a", backup.c_str()));
     start = GetFile(path);
   }
 
@@ -142,14 +142,14 @@ class FailingAllocations : public Allocations {
       heap::sFailing = 0;
       EXPECT_EQ(heap::sLive, liveBefore);
       if (heap::sAllocations - takenBefore < nth) {
-        EXPECT_EQ(result, 0u);
+        EXPECT_EQ(0u, result);
         break;
       }
       if (result == 0) continue;  // it could do without
       ++failures;
-      EXPECT_EQ(result, 12u);
+      EXPECT_EQ(12u, result);
       EXPECT_TRUE(GetFile(path) == start);
-      EXPECT_EQ(operation(), 0u);
+      EXPECT_EQ(0u, operation());
     }
     EXPECT_GT(failures, 0u);
   }
@@ -157,10 +157,10 @@ class FailingAllocations : public Allocations {
   void StartAnew() {
     registry.Finalize();
     std::FILE* file = std::fopen(path.c_str(), "wb");
-    ASSERT_NE(file, nullptr);
+    ASSERT_NE(nullptr, file);
     std::fwrite(start.data(), 1, start.size(), file);
     std::fclose(file);
-    ASSERT_EQ(registry.Initialize(), 0u);
+    ASSERT_EQ(status::kOk, registry.Initialize());
   }
 
   static constexpr unsigned int kMoreKeys = 70;
@@ -187,7 +187,7 @@ TEST_F(FailingAllocations, EndAListingOfValues) {
 TEST_F(FailingAllocations, LeaveTheNamesThatWereListedBefore) {
   NameList list(100);
   unsigned int result = registry.ListKeys(0, "", 0, 0, &list, 0);
-  ASSERT_EQ(result, 0u);
+  ASSERT_EQ(0u, result);
   ASSERT_EQ(list.Count(), 4 + kMoreKeys);
   for (unsigned int nth = 1;; ++nth) {
     NameList part(100);
@@ -196,7 +196,7 @@ TEST_F(FailingAllocations, LeaveTheNamesThatWereListedBefore) {
     const bool over = heap::sFailing > 0;
     heap::sFailing = 0;
     if (over) break;
-    EXPECT_EQ(result, 12u);
+    EXPECT_EQ(12u, result);
     EXPECT_LT(part.Count(), list.Count());
     for (unsigned int i = 0; i < part.Count(); ++i) {
       EXPECT_STREQ(part.GetName(i, nullptr), list.GetName(i, nullptr));
@@ -226,12 +226,12 @@ TEST_F(FailingAllocations, LeaveTheKeyThatWasToBeBackedUp) {
 TEST_F(FailingAllocations, LeaveTheKeyThatWasToBeReplaced) {
   FailEverywhere([&] { return registry.RestoreKey(0, "a", backup.c_str()); });
   ReadValue text;
-  EXPECT_EQ(registry.GetValue(0, kKey, "text", &text), 0u);
+  EXPECT_EQ(status::kOk, registry.GetValue(0, kKey, "text", &text));
   EXPECT_STREQ(text.text(), "some text");
 }
 
 TEST_F(FailingAllocations, LeaveTheKeyThatWasToLoseItsSubKeys) {
-  ASSERT_EQ(registry.BackupKey(0, kKey, backup.c_str()), 0u);
+  ASSERT_EQ(status::kOk, registry.BackupKey(0, kKey, backup.c_str()));
   FailEverywhere([&] { return registry.RestoreKey(0, "a", backup.c_str()); });
 }
 

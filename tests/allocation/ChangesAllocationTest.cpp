@@ -30,7 +30,7 @@ TEST_F(ChangesAllocationTest, AShortChangeTakesNothing) {
   {
     Changes changes(store);
     EXPECT_EQ(status::kOk, WriteMany(changes, 39));  // of 52 bytes
-    EXPECT_EQ(changes.Keep(status::kOk), status::kOk);
+    EXPECT_EQ(status::kOk, changes.Keep(status::kOk));
   }
   EXPECT_EQ(before, heap::sAllocations);
 }
@@ -43,7 +43,7 @@ TEST_F(ChangesAllocationTest, ALongChangeGivesEverythingBack) {
       EXPECT_EQ(status::kOk, WriteMany(changes, 3000));
       EXPECT_EQ(live + 2, heap::sLive);
       if (kept) {
-        EXPECT_EQ(changes.Keep(status::kOk), status::kOk);
+        EXPECT_EQ(status::kOk, changes.Keep(status::kOk));
       }
     }
     EXPECT_EQ(live, heap::sLive);
@@ -88,7 +88,7 @@ TEST_F(ChangesAllocationTest, AWriteThatCannotBeRememberedIsNotMade) {
   EXPECT_EQ(status::kNoMemory, changes.Write(0x2800, Numbered<TernaryValueNode>()));
   EXPECT_TRUE(Bytes() == before);
   EXPECT_EQ(status::kOk, changes.Write(0x2800, Numbered<TernaryValueNode>()));
-  EXPECT_EQ(changes.Keep(status::kOk), status::kOk);
+  EXPECT_EQ(status::kOk, changes.Keep(status::kOk));
 }
 
 // Whichever allocation of a step fails, the step is undone and what was before it stays.

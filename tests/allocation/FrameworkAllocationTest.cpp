@@ -2,12 +2,15 @@
 #include <pthread.h>
 
 #include "framework/YAX.h"
+#include "framework/YAXStatus.h"
 #include "framework/internal/CYAXCompBase.h"
 #include "registry/RegistryInstance.h"
 #include "tests/allocation/CountedHeap.h"
 #include "tests/framework/ChosenDurability.h"
 #include "tests/framework/PrintedMessages.h"
 #include "tests/platform/TestFiles.h"
+
+namespace status = tamu::registry::status;
 
 namespace {
 
@@ -44,14 +47,14 @@ class FrameworkAllocations : public ::testing::Test {
   // The framework is there and counts; ends it.
   static void ExpectWorks() {
     void* view = nullptr;
-    ASSERT_EQ(GetYAXInstance(IID_IYAXRegistry, &view), 0u);
+    ASSERT_EQ(yax_status::kOk, GetYAXInstance(IID_IYAXRegistry, &view));
     IYAXRegistry* registry = static_cast<IYAXRegistry*>(view);
-    EXPECT_EQ(registry->CreateKey(0, "key"), 0u);
-    EXPECT_EQ(registry->DeleteKey(0, "key"), 0u);
-    EXPECT_EQ(registry->AddRef(), 3u);
-    EXPECT_EQ(registry->Release(), 2u);
-    EXPECT_EQ(registry->Release(), 1u);
-    EXPECT_EQ(DestroyYAX(), 0u);
+    EXPECT_EQ(status::kOk, registry->CreateKey(0, "key"));
+    EXPECT_EQ(status::kOk, registry->DeleteKey(0, "key"));
+    EXPECT_EQ(3u, registry->AddRef());
+    EXPECT_EQ(2u, registry->Release());
+    EXPECT_EQ(1u, registry->Release());
+    EXPECT_EQ(yax_status::kOk, DestroyYAX());
     EXPECT_FALSE(IsThere());
   }
 
@@ -63,14 +66,14 @@ class FrameworkAllocations : public ::testing::Test {
 };
 
 TEST_F(FrameworkAllocations, WithoutAnObjectNothingIsPrinted) {
-  EXPECT_EQ(CreateWithout(kObject), 0xE0000003u);
-  EXPECT_EQ(text, "");
+  EXPECT_EQ(yax_status::kNoMemory, CreateWithout(kObject));
+  EXPECT_EQ("", text);
   EXPECT_FALSE(IsThere());
 }
 
 TEST_F(FrameworkAllocations, WithoutTheCountsSemaphoreTheObjectIsMade) {
   const ChosenDurability withoutJournal(YAX_DURABILITY_NONE);
-  EXPECT_EQ(CreateWithout(kGuard), 0u);
+  EXPECT_EQ(0u, CreateWithout(kGuard));
   EXPECT_EQ(text, std::string(kUncounted) + kBegins);
   ExpectWorks();
 }
@@ -88,29 +91,29 @@ TEST_F(FrameworkAllocations, WithoutItsSemaphoreTheCountServesTwoThreadsAllTheSa
   printed.Take();
   heap::sFailing = 1;
   CYAXCompBase* counted = new CYAXCompBase;
-  EXPECT_EQ(heap::sFailing, 0u);
-  EXPECT_EQ(printed.Take(), kUncounted);
+  EXPECT_EQ(0u, heap::sFailing);
+  EXPECT_EQ(kUncounted, printed.Take());
   pthread_t threads[2] = {};
   for (pthread_t& thread : threads) {
-    ASSERT_EQ(pthread_create(&thread, nullptr, CountUpAndDown, counted), 0);
+    ASSERT_EQ(0, pthread_create(&thread, nullptr, CountUpAndDown, counted));
   }
   for (pthread_t thread : threads) pthread_join(thread, nullptr);
-  EXPECT_EQ(counted->AddRef(), 2u);
-  EXPECT_EQ(counted->Release(), 1u);
+  EXPECT_EQ(2u, counted->AddRef());
+  EXPECT_EQ(1u, counted->Release());
   const unsigned int before = heap::sLive;
-  EXPECT_EQ(counted->Release(), 0u);
+  EXPECT_EQ(0u, counted->Release());
   EXPECT_EQ(heap::sLive, before - 1);
 }
 
 TEST_F(FrameworkAllocations, AMessageThatCannotBeMadeIsNotPrinted) {
   const ChosenDurability withoutJournal(YAX_DURABILITY_NONE);
-  EXPECT_EQ(CreateWithout(kMessage), 0u);
-  EXPECT_EQ(text, "");
+  EXPECT_EQ(0u, CreateWithout(kMessage));
+  EXPECT_EQ("", text);
   ExpectWorks();
 }
 
 TEST_F(FrameworkAllocations, WithoutARegistryThereIsNoFramework) {
-  EXPECT_EQ(CreateWithout(kRegistry), 0xE0000003u);
+  EXPECT_EQ(yax_status::kNoMemory, CreateWithout(kRegistry));
   EXPECT_EQ(text, std::string(kBegins) + kEnds);
   EXPECT_FALSE(IsThere());
   EXPECT_FALSE(std::filesystem::exists(path));
@@ -123,15 +126,15 @@ class FrameworkFailures : public FrameworkAllocations,
  protected:
   // The registry's own failures come first, then those of the parts behind it.
   void Failed(unsigned int result) {
-    EXPECT_EQ(text.rfind(kBegins, 0), 0u);
+    EXPECT_EQ(0u, text.rfind(kBegins, 0));
     EXPECT_EQ(text.find(kEnds), text.size() - (sizeof kEnds - 1));
     EXPECT_TRUE(GetParam() != YAX_DURABILITY_NONE || text == std::string(kBegins) + kEnds) << text;
     EXPECT_FALSE(IsThere());
     if (result == 0xE000000D) {
-      EXPECT_EQ(laterFailures, 0u);
+      EXPECT_EQ(0u, laterFailures);
       ++registryFailures;
     } else {
-      EXPECT_EQ(result, 0xE0000003u);
+      EXPECT_EQ(yax_status::kNoMemory, result);
       ++laterFailures;
     }
   }
@@ -142,7 +145,7 @@ class FrameworkFailures : public FrameworkAllocations,
 };
 
 TEST_P(FrameworkFailures, NoneThatFailsLeavesAnythingBehind) {
-  ASSERT_EQ(CreateYAX(path.c_str()), 0u);  // what the process takes once
+  ASSERT_EQ(yax_status::kOk, CreateYAX(path.c_str()));  // what the process takes once
   ExpectWorks();
   const std::string bytes = GetFile(path);
   const int descriptor = NextDescriptor();
@@ -153,9 +156,9 @@ TEST_P(FrameworkFailures, NoneThatFailsLeavesAnythingBehind) {
     const unsigned int result = CreateWithout(nth);
     if (result != 0) {
       Failed(result);
-      EXPECT_EQ(tamu::registry::RegistryInstance::sFirstInstance, nullptr);
+      EXPECT_EQ(nullptr, tamu::registry::RegistryInstance::sFirstInstance);
       EXPECT_TRUE(GetFile(path) == bytes);
-      ASSERT_EQ(CreateYAX(path.c_str()), 0u);
+      ASSERT_EQ(yax_status::kOk, CreateYAX(path.c_str()));
     }
     ExpectWorks();
     ForgetTexts();
@@ -164,7 +167,7 @@ TEST_P(FrameworkFailures, NoneThatFailsLeavesAnythingBehind) {
     if (isOver) break;
   }
   EXPECT_GT(registryFailures, 5u);
-  EXPECT_EQ(laterFailures, 2u);  // the information store, the loader
+  EXPECT_EQ(2u, laterFailures);  // the information store, the loader
 }
 
 INSTANTIATE_TEST_SUITE_P(, FrameworkFailures,
@@ -182,7 +185,7 @@ TEST_F(FrameworkAllocations, AFileThatIsNotThereYetIsMadeByTheNextAttempt) {
     DestroyYAX();
     std::error_code absent;
     if (std::filesystem::file_size(path, absent) == 0) std::filesystem::remove(path);
-    ASSERT_EQ(CreateYAX(path.c_str()), 0u);
+    ASSERT_EQ(yax_status::kOk, CreateYAX(path.c_str()));
     ExpectWorks();
     if (isOver) break;
   }
@@ -190,49 +193,49 @@ TEST_F(FrameworkAllocations, AFileThatIsNotThereYetIsMadeByTheNextAttempt) {
 }
 
 TEST_F(FrameworkAllocations, AListingWithoutMemoryLeavesTheListAsItWas) {
-  ASSERT_EQ(CreateYAX(path.c_str()), 0u);
+  ASSERT_EQ(yax_status::kOk, CreateYAX(path.c_str()));
   void* view = nullptr;
-  ASSERT_EQ(GetYAXInstance(IID_IYAXRegistry, &view), 0u);
+  ASSERT_EQ(yax_status::kOk, GetYAXInstance(IID_IYAXRegistry, &view));
   IYAXRegistry* registry = static_cast<IYAXRegistry*>(view);
   for (const char* key : {"key", "key/a", "key/b", "key/c"}) {
-    ASSERT_EQ(registry->CreateKey(0, key), 0u);
+    ASSERT_EQ(status::kOk, registry->CreateKey(0, key));
   }
   for (const char* name : {"x", "y", "z"}) {
-    ASSERT_EQ(registry->CreateValue(0, "key", name, YAX_REG_DATA_TYPE_STRING, ""), 0u);
+    ASSERT_EQ(status::kOk, registry->CreateValue(0, "key", name, YAX_REG_DATA_TYPE_STRING, ""));
   }
   for (const bool ofKeys : {true, false}) {
     unsigned int listFailures = 0;
     for (unsigned int nth = 1;; ++nth) {
       SCOPED_TRACE("allocation " + std::to_string(nth));
       PCList list;
-      ASSERT_EQ(list.Create(), 1);
+      ASSERT_EQ(1, list.Create());
       unsigned long long first = 5;
-      ASSERT_EQ(list.Add(&first, PCList::AtEnd), 1);
-      ASSERT_EQ(list.Seek(0, PCList::First), 1);
+      ASSERT_EQ(1, list.Add(&first, PCList::AtEnd));
+      ASSERT_EQ(1, list.Seek(0, PCList::First));
       const unsigned int live = heap::sLive;
       heap::sFailing = nth;
       const unsigned int result = ofKeys ? registry->ListKeys(0, "key", 0, 0, &list, 0)
                                          : registry->ListValues(0, "key", 0, 0, &list);
       const bool over = heap::sFailing > 0;
       heap::sFailing = 0;
-      ASSERT_EQ(*static_cast<unsigned long long*>(list.Data()), 5u);
+      ASSERT_EQ(5u, *static_cast<unsigned long long*>(list.Data()));
       if (over) {
-        EXPECT_EQ(result, 0u);
-        EXPECT_EQ(list.Count(), 4u);
+        EXPECT_EQ(0u, result);
+        EXPECT_EQ(4u, list.Count());
         break;
       }
       EXPECT_EQ(heap::sLive, live);
-      EXPECT_EQ(list.Count(), 1u);
+      EXPECT_EQ(1u, list.Count());
       if (result == 0xE0000003) {
         ++listFailures;
       } else {
-        EXPECT_EQ(result, 0xE000000D);  // the registry's own
+        EXPECT_EQ(yax_status::kRegistryFailed, result);  // the registry's own
       }
     }
-    EXPECT_EQ(listFailures, 3u);
+    EXPECT_EQ(3u, listFailures);
   }
   registry->Release();
-  EXPECT_EQ(DestroyYAX(), 0u);
+  EXPECT_EQ(yax_status::kOk, DestroyYAX());
 }
 
 }  // namespace

@@ -12,30 +12,30 @@ namespace {
 class HandleAllocations : public ::testing::Test {
  protected:
   HandleAllocations() : registry(path.c_str(), kAdministratorId) {
-    EXPECT_EQ(registry.Initialize(), 0u);
+    EXPECT_EQ(status::kOk, registry.Initialize());
     for (const char* key : {"a", "a/b", "a/b/c", "a/b/c/d", "a/sister", "aunt", "zoo"}) {
-      EXPECT_EQ(registry.CreateKey(0, key, 7), 0u);
+      EXPECT_EQ(status::kOk, registry.CreateKey(0, key, 7));
     }
     Value value = MakeValue(kValueTypeInteger, &number, sizeof number);
-    EXPECT_EQ(registry.CreateValue(0, kKey, "number", &value), 0u);
-    EXPECT_EQ(registry.CreateValue(0, kKey, "text", &text), 0u);
+    EXPECT_EQ(status::kOk, registry.CreateValue(0, kKey, "number", &value));
+    EXPECT_EQ(status::kOk, registry.CreateValue(0, kKey, "text", &text));
     start = GetFile(path);
   }
 
   void StartAnew() {
     registry.Finalize();
     PutFile(path, start);
-    ASSERT_EQ(registry.Initialize(), 0u);
+    ASSERT_EQ(status::kOk, registry.Initialize());
   }
   unsigned int Open(const char* key) {
     unsigned int handle = 0;
-    EXPECT_EQ(registry.OpenKey(key, &handle), 0u) << key;
+    EXPECT_EQ(status::kOk, registry.OpenKey(key, &handle)) << key;
     return handle;
   }
   // Drops everything that is loaded, with all handles.
   void Drop() {
     unsigned char permission = 0;
-    EXPECT_EQ(registry.GetKeyPermission(0, "a", &permission), 0u);
+    EXPECT_EQ(status::kOk, registry.GetKeyPermission(0, "a", &permission));
   }
   // What is taken now that nothing is loaded.
   unsigned int LiveWithoutHandles() {
@@ -45,7 +45,7 @@ class HandleAllocations : public ::testing::Test {
   template <class Operation>
   static unsigned int CountOf(Operation operation) {
     const unsigned int before = heap::sAllocations;
-    EXPECT_EQ(operation(), 0u);
+    EXPECT_EQ(0u, operation());
     return heap::sAllocations - before;
   }
 
@@ -64,12 +64,12 @@ class HandleAllocations : public ::testing::Test {
       const unsigned int result = operation(root);
       const bool isOver = heap::sFailing > 0;
       heap::sFailing = 0;
-      EXPECT_EQ(StructureFindings(path), "");
+      EXPECT_EQ("", StructureFindings(path));
       if (result != 0) {
         ++failures;
-        EXPECT_EQ(result, 12u);
-        EXPECT_EQ(operation(root), 0u);
-        EXPECT_EQ(StructureFindings(path), "");
+        EXPECT_EQ(12u, result);
+        EXPECT_EQ(0u, operation(root));
+        EXPECT_EQ("", StructureFindings(path));
       }
       ExpectTheSameInTheFile(root);
       EXPECT_EQ(LiveWithoutHandles(), before);
@@ -81,10 +81,10 @@ class HandleAllocations : public ::testing::Test {
   void ExpectTheSameInTheFile(unsigned int root) {
     const std::map<std::string, DecodedKey> keys = DecodeTree(path);
     NameList names(50);
-    EXPECT_EQ(registry.ListKeys(root, "", 0, 0, &names, 0), 0u);
+    EXPECT_EQ(status::kOk, registry.ListKeys(root, "", 0, 0, &names, 0));
     EXPECT_EQ(names.Count() + 1, keys.size());
     for (unsigned int i = 0; i < names.Count(); ++i) {
-      EXPECT_EQ(keys.count(names.GetName(i, nullptr)), 1u) << names.GetName(i, nullptr);
+      EXPECT_EQ(1u, keys.count(names.GetName(i, nullptr))) << names.GetName(i, nullptr);
     }
   }
 
@@ -104,13 +104,13 @@ TEST_F(HandleAllocations, OpeningBelowAnOpenKeyTakesTheHandleAlone) {
   const unsigned int root = Open("");
   for (const char* key : {"a", "a/b/c", "zoo", "a/b/c", ""}) {
     unsigned int handle = 0;
-    EXPECT_EQ(CountOf([&] { return registry.OpenKey(key, &handle); }), 4u) << key;
+    EXPECT_EQ(4u, CountOf([&] { return registry.OpenKey(key, &handle); })) << key;
   }
-  EXPECT_EQ(registry.CloseKey(root), 0u);
+  EXPECT_EQ(status::kOk, registry.CloseKey(root));
   unsigned int handle = 0;
-  EXPECT_EQ(CountOf([&] { return registry.OpenKey("a/b/c/d", &handle); }), 4u) << "below \"a\"";
+  EXPECT_EQ(4u, CountOf([&] { return registry.OpenKey("a/b/c/d", &handle); })) << "below \"a\"";
   const unsigned int before = heap::sAllocations;
-  EXPECT_EQ(registry.OpenKey("a/none", &handle), 2u);
+  EXPECT_EQ(status::kNotFound, registry.OpenKey("a/none", &handle));
   EXPECT_EQ(heap::sAllocations, before);
 }
 
@@ -118,22 +118,22 @@ TEST_F(HandleAllocations, AGetTakesItsBufferOnly) {
   const unsigned int root = Open("");
   for (const char* name : {"number", "text"}) {
     ReadValue value;
-    EXPECT_EQ(CountOf([&] { return registry.GetValue(root, kKey, name, &value); }), 1u);
+    EXPECT_EQ(1u, CountOf([&] { return registry.GetValue(root, kKey, name, &value); }));
   }
   unsigned long long value = 0;
-  EXPECT_EQ(CountOf([&] { return registry.GetDefaultValue(root, kKey, &value); }), 0u);
+  EXPECT_EQ(0u, CountOf([&] { return registry.GetDefaultValue(root, kKey, &value); }));
 }
 
 TEST_F(HandleAllocations, ADeletionTakesNothing) {
   const unsigned int root = Open("");
-  EXPECT_EQ(CountOf([&] { return registry.DeleteValue(root, kKey, "number"); }), 0u);
-  EXPECT_EQ(CountOf([&] { return registry.DeleteKey(root, "a"); }), 0u);
+  EXPECT_EQ(0u, CountOf([&] { return registry.DeleteValue(root, kKey, "number"); }));
+  EXPECT_EQ(0u, CountOf([&] { return registry.DeleteKey(root, "a"); }));
 }
 
 TEST_F(HandleAllocations, FailInCreatingAKey) {
   EXPECT_GT(FailEverywhere([&](unsigned int root) { return registry.CreateKey(root, "new", 3); }),
             0u);
-  EXPECT_EQ(DecodeTree(path).count("new"), 1u);
+  EXPECT_EQ(1u, DecodeTree(path).count("new"));
 }
 
 TEST_F(HandleAllocations, FailInCreatingAKeyOfALongName) {
@@ -141,20 +141,20 @@ TEST_F(HandleAllocations, FailInCreatingAKeyOfALongName) {
   EXPECT_GT(
       FailEverywhere([&](unsigned int root) { return registry.CreateKey(root, name.c_str()); }),
       3u);
-  EXPECT_EQ(DecodeTree(path).count(name), 1u);
+  EXPECT_EQ(1u, DecodeTree(path).count(name));
 }
 
 TEST_F(HandleAllocations, FailInCreatingAKeyBesideALikeName) {
   EXPECT_GT(FailEverywhere([&](unsigned int root) { return registry.CreateKey(root, "a/sirens"); }),
             0u);
-  EXPECT_EQ(DecodeTree(path).count("a/sirens"), 1u);
+  EXPECT_EQ(1u, DecodeTree(path).count("a/sirens"));
 }
 
 // When the longer name has been cut and then the key cannot be made, the cut is taken back.
 TEST_F(HandleAllocations, FailInCreatingAKeyInsideALongerName) {
   EXPECT_GT(FailEverywhere([&](unsigned int root) { return registry.CreateKey(root, "a/sis"); }),
             0u);
-  EXPECT_EQ(DecodeTree(path).count("a/sis"), 1u);
+  EXPECT_EQ(1u, DecodeTree(path).count("a/sis"));
 }
 
 TEST_F(HandleAllocations, FailInCreatingAValue) {
@@ -167,7 +167,7 @@ TEST_F(HandleAllocations, FailInCreatingAValue) {
               return registry.CreateValue(root, kKey, "new", &integer);
             }),
             0u);
-  EXPECT_EQ(DecodeTree(path).at(kKey).values.at(0).number, 5u);
+  EXPECT_EQ(5u, DecodeTree(path).at(kKey).values.at(0).number);
 }
 
 TEST_F(HandleAllocations, FailInSettingAValue) {
@@ -189,11 +189,10 @@ TEST_F(HandleAllocations, FailInListing) {
 }
 
 TEST_F(HandleAllocations, FailInReading) {
-  EXPECT_EQ(FailEverywhere([&](unsigned int root) {
+  EXPECT_EQ(1u, FailEverywhere([&](unsigned int root) {
               ReadValue value;
               return registry.GetValue(root, kKey, "text", &value);
-            }),
-            1u);
+            }));
 }
 
 // A key is loaded whole, or not at all, or lacks something below it. Whatever is missing is not
@@ -222,7 +221,7 @@ TEST_F(HandleAllocations, WhatIsNotLoadedIsNotCreatedAnew) {
       }
       EXPECT_TRUE(GetFile(path) == start);
       EXPECT_EQ(LiveWithoutHandles(), before);
-      EXPECT_EQ(registry.CloseKey(Open(opened)), 0u);
+      EXPECT_EQ(status::kOk, registry.CloseKey(Open(opened)));
       EXPECT_EQ(LiveWithoutHandles(), before);
       if (isOver) break;
     }
@@ -240,23 +239,23 @@ class HandleRounds : public HandleAllocations {
     const unsigned int root = Open("");
     const unsigned int a = Open("a");
     const unsigned int again = Open("a");
-    ASSERT_EQ(registry.CreateKey(root, "a/new", round), 0u);
-    ASSERT_EQ(registry.CreateKey(a, "new/below", round), 0u);
+    ASSERT_EQ(status::kOk, registry.CreateKey(root, "a/new", round));
+    ASSERT_EQ(status::kOk, registry.CreateKey(a, "new/below", round));
     const unsigned int below = Open("a/new/below");
-    ASSERT_EQ(registry.CreateValue(below, "", "unset", nullptr), 0u);
-    ASSERT_EQ(registry.SetValue(again, "b/c/d", "text", &text), 0u);
-    ASSERT_EQ(registry.SetDefaultValue(root, kKey, round), 0u);
-    ASSERT_EQ(registry.DeleteValue(below, "", "unset"), 0u);
+    ASSERT_EQ(status::kOk, registry.CreateValue(below, "", "unset", nullptr));
+    ASSERT_EQ(status::kOk, registry.SetValue(again, "b/c/d", "text", &text));
+    ASSERT_EQ(status::kOk, registry.SetDefaultValue(root, kKey, round));
+    ASSERT_EQ(status::kOk, registry.DeleteValue(below, "", "unset"));
     if (round % 3 == 0) {
-      ASSERT_EQ(registry.CloseKey(below), 0u);
-      ASSERT_EQ(registry.CloseKey(round % 2 == 0 ? root : a), 0u);
+      ASSERT_EQ(status::kOk, registry.CloseKey(below));
+      ASSERT_EQ(0u, registry.CloseKey(round % 2 == 0 ? root : a));
     }
     // Now and then what is open is deleted; what it takes in the file stays in use, few enough for
     // the file not to grow: its tables are in memory.
     if (round % 3 != 0 && round % 50 != 0) {
-      ASSERT_EQ(registry.CloseKey(below), 0u);
+      ASSERT_EQ(status::kOk, registry.CloseKey(below));
     }
-    ASSERT_EQ(registry.DeleteKey(again, "new"), 0u);
+    ASSERT_EQ(status::kOk, registry.DeleteKey(again, "new"));
   }
 };
 
@@ -264,25 +263,26 @@ TEST(LoadedMemory, FourThousandKeysTakeLessThanTwoAndAHalfTimesTheFile) {
   TempDir dir;
   const std::string path = dir / "a.rce";
   Registry registry(path.c_str(), kAdministratorId);
-  ASSERT_EQ(registry.Initialize(), 0u);
+  ASSERT_EQ(status::kOk, registry.Initialize());
   unsigned long long number = 1500;
   Value integer = {kValueTypeInteger, sizeof number, &number};
   for (unsigned int i = 0; i < 4000; ++i) {
     const std::string key = "key" + std::to_string(10000 + i);
-    ASSERT_EQ(registry.CreateKey(0, key.c_str()), 0u);
+    ASSERT_EQ(status::kOk, registry.CreateKey(0, key.c_str()));
     for (const char* name : {"first", "second"}) {
-      ASSERT_EQ(registry.CreateValue(0, key.c_str(), name, &integer), 0u);
+      ASSERT_EQ(status::kOk, registry.CreateValue(0, key.c_str(), name, &integer));
     }
   }
   unsigned int handle = 0;
-  ASSERT_EQ(registry.OpenKey("", &handle), 0u);  // what a first opening makes for good is there
-  ASSERT_EQ(registry.CloseKey(handle), 0u);
+  ASSERT_EQ(status::kOk,
+            registry.OpenKey("", &handle));  // what a first opening makes for good is there
+  ASSERT_EQ(status::kOk, registry.CloseKey(handle));
   RegistryInfo info = {};
-  ASSERT_EQ(registry.GetRegistryInfo(&info), 0u);
+  ASSERT_EQ(status::kOk, registry.GetRegistryInfo(&info));
   const size_t before = heap::sBytes;
-  ASSERT_EQ(registry.OpenKey("", &handle), 0u);
+  ASSERT_EQ(status::kOk, registry.OpenKey("", &handle));
   EXPECT_LT(heap::sBytes - before, info.fileSize * 5u / 2);
-  ASSERT_EQ(registry.CloseKey(handle), 0u);
+  ASSERT_EQ(status::kOk, registry.CloseKey(handle));
   EXPECT_EQ(heap::sBytes, before);
 }
 
@@ -295,7 +295,7 @@ TEST_F(HandleRounds, TenThousandLeaveNothingInMemory) {
     Drop();
     ASSERT_EQ(heap::sLive, live) << "round " << round;
   }
-  EXPECT_EQ(StructureFindings(path), "");
+  EXPECT_EQ("", StructureFindings(path));
   EXPECT_GT(CountSlots(path).keys.used, CountSlots(path).keys.reachable);
 }
 

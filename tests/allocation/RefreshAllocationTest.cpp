@@ -11,22 +11,22 @@ namespace {
 class RefreshAllocations : public ::testing::Test {
  protected:
   RefreshAllocations() : file(nullptr, nullptr) {
-    EXPECT_EQ(loaded.Initialize((folder / "a.rce").c_str()), 0u);
+    EXPECT_EQ(status::kOk, loaded.Initialize((folder / "a.rce").c_str()));
     file.ShareStore(loaded.File());
-    EXPECT_EQ(file.Initialize(nullptr), 0u);
+    EXPECT_EQ(status::kOk, file.Initialize(nullptr));
     for (const char* key : {"a", "a/b", "a/b/c", "a/sister", "zoo"}) {
-      EXPECT_EQ(file.CreateKey(kAdministratorId, nullptr, key, 7, true), 0u);
+      EXPECT_EQ(status::kOk, file.CreateKey(kAdministratorId, nullptr, key, 7, true));
     }
     CreateText("a/b/c", "text", "some text that takes more than one of the blocks of the file");
   }
 
   void CreateText(const char* key, const char* name, const char* text) {
     Value value = TextValue(text);
-    EXPECT_EQ(file.CreateValue(kAdministratorId, nullptr, key, name, &value), 0u);
+    EXPECT_EQ(status::kOk, file.CreateValue(kAdministratorId, nullptr, key, name, &value));
   }
   unsigned long long DefaultOf(void* handle, const char* key) {
     unsigned long long number = 0;
-    EXPECT_EQ(loaded.GetDefaultValue(kAdministratorId, handle, key, &number), 0u);
+    EXPECT_EQ(status::kOk, loaded.GetDefaultValue(kAdministratorId, handle, key, &number));
     return number;
   }
   unsigned int SetDefault(const char* key, unsigned long long number) {
@@ -40,19 +40,19 @@ class RefreshAllocations : public ::testing::Test {
     unsigned int failures = 0;
     void* outer = nullptr;
     void* inner = nullptr;
-    EXPECT_EQ(loaded.LoadKeyTree("", outer), 0u);
-    EXPECT_EQ(loaded.LoadKeyTree("a/b", inner), 0u);
+    EXPECT_EQ(status::kOk, loaded.LoadKeyTree("", outer));
+    EXPECT_EQ(status::kOk, loaded.LoadKeyTree("a/b", inner));
     unsigned int live = 0;
     for (unsigned int nth = 1;; ++nth) {
       SCOPED_TRACE("allocation " + std::to_string(nth));
-      EXPECT_EQ(SetDefault("a/b/c", nth), 0u);
+      EXPECT_EQ(0u, SetDefault("a/b/c", nth));
       heap::sFailing = nth;
       const unsigned int result = refresh(outer);
       const bool isOver = heap::sFailing > 0;
       heap::sFailing = 0;
       if (result != 0) {
         ++failures;
-        EXPECT_EQ(result, 12u);
+        EXPECT_EQ(12u, result);
       }
       EXPECT_EQ(DefaultOf(inner, "c"), nth);
       EXPECT_EQ(DefaultOf(outer, "a/b/c"), nth);
@@ -60,7 +60,7 @@ class RefreshAllocations : public ::testing::Test {
       EXPECT_EQ(heap::sLive, live);
       if (isOver) break;
     }
-    EXPECT_EQ(loaded.UnloadAll(), 0u);
+    EXPECT_EQ(0u, loaded.UnloadAll());
     return failures;
   }
 

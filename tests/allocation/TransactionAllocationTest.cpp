@@ -13,10 +13,11 @@ class TransactionAllocations : public ::testing::TestWithParam<Durability> {
   TransactionAllocations() : registry((folder / "a.rce").c_str(), kAdministratorId) {
     RegistryOptions options;
     options.durability = GetParam();
-    EXPECT_EQ(registry.SetOptions(options), 0u);
-    EXPECT_EQ(registry.Initialize(), 0u);
-    for (const char* key : {"a", "a/b", "zoo"}) EXPECT_EQ(registry.CreateKey(0, key, 1), 0u);
-    EXPECT_EQ(registry.CreateValue(0, "a/b", "text", &text), 0u);
+    EXPECT_EQ(status::kOk, registry.SetOptions(options));
+    EXPECT_EQ(status::kOk, registry.Initialize());
+    for (const char* key : {"a", "a/b", "zoo"})
+      EXPECT_EQ(status::kOk, registry.CreateKey(0, key, 1));
+    EXPECT_EQ(status::kOk, registry.CreateValue(0, "a/b", "text", &text));
   }
 
   // With the handle of "a", and without.
@@ -34,7 +35,7 @@ class TransactionAllocations : public ::testing::TestWithParam<Durability> {
   }
   unsigned long long DefaultOf(unsigned int handle, const char* key) {
     unsigned long long number = 0;
-    EXPECT_EQ(registry.GetDefaultValue(handle, key, &number), 0u);
+    EXPECT_EQ(status::kOk, registry.GetDefaultValue(handle, key, &number));
     return number;
   }
 
@@ -46,7 +47,7 @@ class TransactionAllocations : public ::testing::TestWithParam<Durability> {
 TEST_P(TransactionAllocations, FailAnywhereWithNothingChanged) {
   unsigned int failures = 0;
   unsigned int handle = 0;
-  ASSERT_EQ(registry.OpenKey("a", &handle), 0u);
+  ASSERT_EQ(status::kOk, registry.OpenKey("a", &handle));
   unsigned long long before = 1;
   unsigned long long zooBefore = 1;
   unsigned int live = 0;
@@ -60,7 +61,7 @@ TEST_P(TransactionAllocations, FailAnywhereWithNothingChanged) {
       if (result == 0) {
         result = registry.EndTransaction();
       } else {
-        EXPECT_EQ(registry.CancelTransaction(), 0u);
+        EXPECT_EQ(status::kOk, registry.CancelTransaction());
       }
     }
     const bool isOver = heap::sFailing > 0;
@@ -69,7 +70,7 @@ TEST_P(TransactionAllocations, FailAnywhereWithNothingChanged) {
       ++failures;
       EXPECT_TRUE(result == 12 || result == 5) << result;  // 5: no semaphore for a handle
       EXPECT_EQ(DefaultOf(handle, "b"), before);
-      EXPECT_EQ(registry.EndTransaction(), 22u);
+      EXPECT_EQ(status::kBadArgument, registry.EndTransaction());
     } else {
       before = number + 1;
       zooBefore = number;
@@ -79,7 +80,7 @@ TEST_P(TransactionAllocations, FailAnywhereWithNothingChanged) {
     if (nth == 1) live = heap::sLive;
     EXPECT_EQ(heap::sLive, live);
     EXPECT_EQ(DefaultOf(0, "zoo"), zooBefore);
-    ASSERT_EQ(registry.OpenKey("a", &handle), 0u);
+    ASSERT_EQ(status::kOk, registry.OpenKey("a", &handle));
     if (isOver) break;
   }
   EXPECT_GT(failures, 5u);

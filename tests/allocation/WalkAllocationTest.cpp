@@ -22,15 +22,15 @@ class Counter : public WalkVisitor {
 class WalkAllocation : public ::testing::TestWithParam<bool> {
  protected:
   WalkAllocation() : registry_((dir_ / "r").c_str(), kAdmin) {
-    EXPECT_EQ(0u, registry_.Initialize());
+    EXPECT_EQ(status::kOk, registry_.Initialize());
     for (int i = 0; i < 250; ++i) {
       const std::string key = "key" + std::to_string(i * 37 % 1000);
-      EXPECT_EQ(0u, registry_.MakeKey(key.c_str()));
+      EXPECT_EQ(status::kOk, registry_.MakeKey(key.c_str()));
       ExactValue text(kValueTypeString, std::string(200, 't'));
-      EXPECT_EQ(0u, registry_.CreateValue(0, key.c_str(), "text", &text));
+      EXPECT_EQ(status::kOk, registry_.CreateValue(0, key.c_str(), "text", &text));
     }
     if (!GetParam()) return;
-    EXPECT_EQ(0u, registry_.OpenKey("", &handle_));
+    EXPECT_EQ(status::kOk, registry_.OpenKey("", &handle_));
   }
   void TearDown() override { heap::sFailing = 0; }
 
@@ -44,7 +44,7 @@ INSTANTIATE_TEST_SUITE_P(Trees, WalkAllocation, ::testing::Values(false, true));
 
 TEST_P(WalkAllocation, NothingIsTakenForAKeyOrAValue) {
   const unsigned int before = heap::sAllocations;
-  EXPECT_EQ(0u, registry_.Walk(handle_, "", counter_));
+  EXPECT_EQ(status::kOk, registry_.Walk(handle_, "", counter_));
   EXPECT_LE(heap::sAllocations - before, 8u) << "all that it takes";
   EXPECT_EQ(501u, counter_.items);
 }
@@ -63,7 +63,7 @@ TEST_P(WalkAllocation, WithoutMemoryItAnswersSo) {
   EXPECT_GT(failed, 0u);
   heap::sFailing = 0;
   counter_.items = 0;
-  EXPECT_EQ(0u, registry_.Walk(handle_, "", counter_));
+  EXPECT_EQ(status::kOk, registry_.Walk(handle_, "", counter_));
   EXPECT_EQ(501u, counter_.items);
 }
 

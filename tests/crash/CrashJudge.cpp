@@ -6,6 +6,8 @@
 
 #include "tests/crash/ScriptRun.h"
 
+namespace status = tamu::registry::status;
+
 namespace crash {
 
 using tamu::registry::Registry;
@@ -43,7 +45,7 @@ void CrashJudge::GoOn(const std::string& folder, unsigned int step, const std::s
   {
     Registry registry((folder + "/" + kRegistryName).c_str(), kUserId);
     Prepare(registry, durability_);
-    EXPECT_EQ(0u, registry.Initialize());
+    EXPECT_EQ(status::kOk, registry.Initialize());
     answer = ScriptRun(registry, folder).Do(script.steps[step - 1]);
   }
   RegistryState found = RegistryState::Read(folder, durability_);

@@ -7,6 +7,8 @@
 #include "tests/crash/MemoryFolder.h"
 #include "tests/crash/ScriptRun.h"
 
+namespace status = tamu::registry::status;
+
 namespace crash {
 
 using tamu::registry::Registry;
@@ -17,7 +19,7 @@ Expectation::Expectation(const Script& script) : script_(script) {
   script_.start.PutInto(folder.path());
   Registry registry(path.c_str(), kUserId);
   EXPECT_EQ(0u, Prepare(registry, Durability::kNone));
-  EXPECT_EQ(0u, registry.Initialize());
+  EXPECT_EQ(status::kOk, registry.Initialize());
   std::vector<FolderImage> images = {FolderImage::Of(folder.path())};
   ScriptRun run(registry, folder.path());
   for (const Step& step : script_.steps) {

@@ -10,6 +10,8 @@
 #include "tests/crash/Script.h"
 #include "tests/crash/ScriptRun.h"
 
+namespace status = tamu::registry::status;
+
 namespace crash {
 
 using tamu::registry::Registry;
@@ -75,7 +77,7 @@ void KilledRound::Work(bool onlyOpens) {
 void KilledRound::DoUndisturbed(unsigned int end) {
   Registry registry(PathIn(undisturbed_).c_str(), kUserId);
   Prepare(registry, Durability::kNone);
-  EXPECT_EQ(0u, registry.Initialize());
+  EXPECT_EQ(status::kOk, registry.Initialize());
   ScriptRun run(registry, undisturbed_.path());
   for (; done_ < end; ++done_) run.Do(StepOf(seed_, done_));
 }

@@ -7,6 +7,8 @@
 #include "tests/crash/RegistryState.h"
 #include "tests/crash/ScriptRun.h"
 
+namespace status = tamu::registry::status;
+
 namespace crash {
 
 using tamu::registry::Registry;
@@ -18,7 +20,7 @@ Recording::Recording(const Script& script, Durability durability) {
   Registry registry(path.c_str(), kUserId);
   EXPECT_EQ(0u, Prepare(registry, durability));
   StartRecording(script.start);
-  EXPECT_EQ(0u, registry.Initialize());
+  EXPECT_EQ(status::kOk, registry.Initialize());
   ScriptRun run(registry, folder.path());
   const auto keepFile = [&] {
     files_.push_back(MeaningfulBytes(FolderImage::Of(folder.path()).BytesAt(kRegistryName)));

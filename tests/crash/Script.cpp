@@ -6,6 +6,8 @@
 #include "tests/crash/MemoryFolder.h"
 #include "tests/crash/ScriptRun.h"
 
+namespace status = tamu::registry::status;
+
 namespace crash {
 
 using tamu::registry::Registry;
@@ -20,7 +22,7 @@ constexpr unsigned int kLargeValues = 120;  // of the greatest length
 FolderImage SmallFile() {
   const MemoryFolder folder;
   const std::string path = folder.path() + "/" + kRegistryName;
-  EXPECT_EQ(0u, TernaryFile().CreateRegistryFile(path.c_str(), kBudget));
+  EXPECT_EQ(status::kOk, TernaryFile().CreateRegistryFile(path.c_str(), kBudget));
   return FolderImage::Of(folder.path());
 }
 
@@ -38,14 +40,14 @@ FolderImage SmallFileAndLargeBackup() {
   const std::string backup = folder.path() + "/first.backup";
   const std::string data(tamu::registry::kValueDataMax, 'x');
   Registry registry(path.c_str(), kUserId);
-  EXPECT_EQ(0u, registry.Initialize());
-  EXPECT_EQ(0u, registry.CreateKey(0, "zulu"));
+  EXPECT_EQ(status::kOk, registry.Initialize());
+  EXPECT_EQ(status::kOk, registry.CreateKey(0, "zulu"));
   for (unsigned int i = 0; i < kLargeValues; ++i) {
     tamu::registry::Value value =
         tamu::registry::MakeValue(3, data.data(), tamu::registry::kValueDataMax);
-    EXPECT_EQ(0u, registry.CreateValue(0, "zulu", std::to_string(i).c_str(), &value));
+    EXPECT_EQ(status::kOk, registry.CreateValue(0, "zulu", std::to_string(i).c_str(), &value));
   }
-  EXPECT_EQ(0u, registry.BackupKey(0, "zulu", backup.c_str()));
+  EXPECT_EQ(status::kOk, registry.BackupKey(0, "zulu", backup.c_str()));
   registry.Finalize();
   FolderImage image = FolderImage::Of(folder.path());
   image.files[image.NumberOf(kRegistryName)] = SmallFile().BytesAt(kRegistryName);

@@ -8,20 +8,22 @@
 #include "registry/Registry.h"
 #include "tests/platform/TestFiles.h"
 
+namespace status = tamu::registry::status;
+
 using namespace tamu::registry;
 
 namespace {
 
 void MakeExample(const std::string& path) {
   Registry registry(path.c_str(), "installer");
-  ASSERT_EQ(registry.Initialize(), 0u);
-  ASSERT_EQ(registry.CreateKey(0, "net", 7), 0u);
+  ASSERT_EQ(status::kOk, registry.Initialize());
+  ASSERT_EQ(status::kOk, registry.CreateKey(0, "net", 7));
   unsigned long long mtu = 1500;
   Value number = {0, sizeof mtu, &mtu};
-  ASSERT_EQ(registry.CreateValue(0, "net", "mtu", &number), 0u);
+  ASSERT_EQ(status::kOk, registry.CreateValue(0, "net", "mtu", &number));
   char port[] = "eth0";
   Value text = {1, sizeof port, port};
-  ASSERT_EQ(registry.CreateValue(0, "net", "port", &text), 0u);
+  ASSERT_EQ(status::kOk, registry.CreateValue(0, "net", "port", &text));
 }
 
 // The lines "offset: bytes" of an example.
@@ -59,18 +61,18 @@ unsigned int CompareWithExample(const std::string& file, const std::string& exam
 TEST(FormatExample, IsWhatTheLibraryWrites) {
   TempDir folder;
   MakeExample(folder / "example.rce");
-  EXPECT_EQ(CompareWithExample(GetFile(folder / "example.rce"), "hex"), 352u);
+  EXPECT_EQ(352u, CompareWithExample(GetFile(folder / "example.rce"), "hex"));
 }
 
 TEST(FormatExample, BackedUpIsWhatThePageTells) {
   TempDir folder;
   MakeExample(folder / "example.rce");
   Registry registry((folder / "example.rce").c_str(), kAdministratorId);
-  ASSERT_EQ(registry.Initialize(), 0u);
-  ASSERT_EQ(registry.BackupKey(0, "", (folder / "backup").c_str()), 0u);
+  ASSERT_EQ(status::kOk, registry.Initialize());
+  ASSERT_EQ(status::kOk, registry.BackupKey(0, "", (folder / "backup").c_str()));
   const std::string backup = GetFile(folder / "backup");
-  EXPECT_EQ(backup.size(), 198u);
-  EXPECT_EQ(CompareWithExample(backup, "hex-backup"), 198u);
+  EXPECT_EQ(198u, backup.size());
+  EXPECT_EQ(198u, CompareWithExample(backup, "hex-backup"));
 }
 
 }  // namespace

@@ -151,7 +151,7 @@ TEST_F(ChangesFaultTest, WhatWasToBeUndoneIsUndoneThoughTheChangeIsKept) {
     faults::Arm(Mode::kFailFrom, 0);
     EXPECT_FALSE(changes.UndoTo(mark));
     faults::Disarm();
-    EXPECT_EQ(changes.Keep(status::kOk), status::kOk);
+    EXPECT_EQ(status::kOk, changes.Keep(status::kOk));
   }
   EXPECT_EQ(startNode, StoreAccess(store).StartNode());
   EXPECT_EQ(startNode, U32(4208));
@@ -173,7 +173,7 @@ TEST_F(ChangesFaultTest, NothingIsChangedBeforeAllIsUndone) {
               changes.Grow(&store.Descriptor(NodeKind::kKey), 24, kExpansionSlots));
     { Changes inner(store); }
     EXPECT_TRUE(Bytes() == half);
-    EXPECT_EQ(changes.Keep(status::kOk), status::kOk);
+    EXPECT_EQ(status::kOk, changes.Keep(status::kOk));
   }
   { StoreAccess access(store); }
   EXPECT_TRUE(Bytes() == bytes);

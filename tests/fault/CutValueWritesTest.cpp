@@ -1,7 +1,7 @@
 // Setting a value when the power goes at any byte of any write: no other value loses its data.
 #include "registry/Registry.h"
-#include "tests/platform/TestFiles.h"
 #include "tests/fault/FaultFiles.h"
+#include "tests/platform/TestFiles.h"
 #include "tests/support/FaultCalls.h"
 #include "tests/support/StructureCheck.h"
 
@@ -45,7 +45,7 @@ class CutValueWrites : public ::testing::TestWithParam<bool> {
                      unsigned int type) {
     std::string copy = bytes;
     Value value = {type, static_cast<unsigned int>(copy.size()), &copy[0]};
-    EXPECT_EQ(registry.CreateValue(0, "k", name, &value), 0u);
+    EXPECT_EQ(status::kOk, registry.CreateValue(0, "k", name, &value));
   }
   static std::string Get(Registry& registry, const char* name) {
     ReadValue value;
@@ -57,8 +57,8 @@ class CutValueWrites : public ::testing::TestWithParam<bool> {
   // A registry whose "y" holds `before`.
   void Start(const Content& before) {
     Registry registry(path.c_str(), kAdministratorId);
-    ASSERT_EQ(registry.Initialize(), 0u);
-    ASSERT_EQ(registry.CreateKey(0, "k"), 0u);
+    ASSERT_EQ(status::kOk, registry.Initialize());
+    ASSERT_EQ(status::kOk, registry.CreateKey(0, "k"));
     Create(registry, "x", kX, 1);
     Create(registry, "y", BytesOf(before, 'A'), before.type);
     Create(registry, "z", kZ, 1);
@@ -71,10 +71,10 @@ class CutValueWrites : public ::testing::TestWithParam<bool> {
     PutFile(path, bytes_);
     Registry registry(path.c_str(), kAdministratorId);
     faults::WriteStraight(registry);
-    EXPECT_EQ(registry.Initialize(), 0u);
+    EXPECT_EQ(status::kOk, registry.Initialize());
     unsigned int handle = 0;
     if (GetParam()) {
-      EXPECT_EQ(registry.OpenKey("", &handle), 0u);
+      EXPECT_EQ(status::kOk, registry.OpenKey("", &handle));
     }
     faults::ArmTear(number, byte);
     Set(registry, handle, "y", BytesOf(after, 'a'), after.type);
@@ -87,16 +87,16 @@ class CutValueWrites : public ::testing::TestWithParam<bool> {
   // stay.
   void ExpectOthersWhole() {
     Registry registry(path.c_str(), kAdministratorId);
-    ASSERT_EQ(registry.Initialize(), 0u);
-    EXPECT_EQ(Get(registry, "x"), kX);
-    EXPECT_EQ(Get(registry, "z"), kZ);
+    ASSERT_EQ(status::kOk, registry.Initialize());
+    EXPECT_EQ(kX, Get(registry, "x"));
+    EXPECT_EQ(kZ, Get(registry, "z"));
     const std::string again(400, 'n');
-    EXPECT_EQ(Set(registry, 0, "y", again, 1), 0u);
+    EXPECT_EQ(0u, Set(registry, 0, "y", again, 1));
     Create(registry, "w", std::string(700, 'w'), 1);
-    EXPECT_EQ(Get(registry, "x"), kX);
+    EXPECT_EQ(kX, Get(registry, "x"));
     EXPECT_EQ(Get(registry, "y"), again);
-    EXPECT_EQ(Get(registry, "z"), kZ);
-    EXPECT_EQ(Get(registry, "w"), std::string(700, 'w'));
+    EXPECT_EQ(kZ, Get(registry, "z"));
+    EXPECT_EQ(std::string(700, 'w'), Get(registry, "w"));
     registry.Finalize();
   }
 
@@ -129,7 +129,7 @@ TEST_P(CutValueWrites, NoValueLosesItsDataToAnother) {
         }
         if (!isCut) break;
       }
-      EXPECT_EQ(StructureFindings(path), "") << "set without a cut";
+      EXPECT_EQ("", StructureFindings(path)) << "set without a cut";
     }
     std::remove(path.c_str());
   }

@@ -41,10 +41,10 @@ class ExactFaults : public ::testing::Test {
  protected:
   ExactFaults() {
     Registry registry(path_.c_str(), faults::kUserId);
-    EXPECT_EQ(registry.Initialize(), 0u);
+    EXPECT_EQ(status::kOk, registry.Initialize());
     for (const char* key : {"branch/main", "branch/side/deep", "other"}) {
-      EXPECT_EQ(Put(registry, key, "large", 1000), 0u);
-      EXPECT_EQ(Put(registry, key, "small", 10), 0u);
+      EXPECT_EQ(0u, Put(registry, key, "large", 1000));
+      EXPECT_EQ(0u, Put(registry, key, "small", 10));
     }
     registry.Finalize();
     start_ = GetFile(path_);
@@ -56,7 +56,7 @@ class ExactFaults : public ::testing::Test {
     PutFile(path_, start_);
     Registry registry(path_.c_str(), faults::kUserId);
     if (isStraight) faults::WriteStraight(registry);
-    EXPECT_EQ(registry.Initialize(), 0u);
+    EXPECT_EQ(status::kOk, registry.Initialize());
     faults::Arm(mode, number);
     const unsigned int result = operation.run(registry);
     const bool isCompleted = faults::Count() <= number;
@@ -66,9 +66,9 @@ class ExactFaults : public ::testing::Test {
     const unsigned int after = registry.GetKeyPermission(0, "other", &permission);
     EXPECT_TRUE(after == 0 || after == status::kInputOutput) << after;
     registry.Finalize();
-    EXPECT_EQ(StructureFindings(path_), "");
+    EXPECT_EQ("", StructureFindings(path_));
     if (isCompleted) {
-      EXPECT_EQ(result, 0u);
+      EXPECT_EQ(0u, result);
     }
     if (result != 0) {
       EXPECT_TRUE(GetFile(path_) == start_) << "status " << result;

@@ -7,6 +7,8 @@
 #include "tests/platform/TestFiles.h"
 #include "tests/support/StructureCheck.h"
 
+namespace status = tamu::registry::status;
+
 namespace faults {
 
 using tamu::registry::NodeKind;
@@ -24,7 +26,7 @@ bool Contains(const std::string& text, const std::string& part) {
 
 std::string NewRegistryFile(const std::string& path) {
   Registry registry(path.c_str(), kUserId);
-  EXPECT_EQ(registry.Initialize(), 0u);
+  EXPECT_EQ(status::kOk, registry.Initialize());
   registry.Finalize();
   return GetFile(path);
 }
@@ -32,7 +34,7 @@ std::string NewRegistryFile(const std::string& path) {
 std::string AlmostFullFile(const std::string& path) {
   NewRegistryFile(path);
   TernaryFile store;
-  EXPECT_EQ(store.Initialize(path.c_str()), 0u);
+  EXPECT_EQ(status::kOk, store.Initialize(path.c_str()));
   const unsigned int left[4] = {3, 5, 2, 20};
   for (unsigned int kind = 0; kind < 4; ++kind) {
     const TernaryNodeDescriptor& descriptor = store.Descriptor(static_cast<NodeKind>(kind));

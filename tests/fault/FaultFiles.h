@@ -8,6 +8,8 @@
 
 #include "registry/Registry.h"
 
+namespace status = tamu::registry::status;
+
 namespace faults {
 
 constexpr unsigned int kUserId = 65535;
@@ -16,7 +18,7 @@ constexpr unsigned int kUserId = 65535;
 inline void WriteStraight(tamu::registry::Registry& registry) {
   tamu::registry::RegistryOptions options;
   options.durability = tamu::registry::Durability::kNone;
-  EXPECT_EQ(registry.SetOptions(options), 0u);
+  EXPECT_EQ(status::kOk, registry.SetOptions(options));
 }
 
 // The bytes of a registry with its root key. The file at `path` is made for it.

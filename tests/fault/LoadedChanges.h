@@ -84,9 +84,9 @@ inline const LoadedChange kChanges[] = {
     {"delete the key through its own handle", true,
      [](TernaryKeyTree& tree, TernaryHandle*) {
        void* handle = nullptr;
-       EXPECT_EQ(tree.LoadKeyTree("a", handle), 0u);
+       EXPECT_EQ(status::kOk, tree.LoadKeyTree("a", handle));
        const unsigned int result = tree.DeleteKey(kAdmin, handle, "");
-       EXPECT_EQ(tree.UnloadKeyTree(handle), 0u);
+       EXPECT_EQ(status::kOk, tree.UnloadKeyTree(handle));
        return result;
      }},
 };
@@ -112,11 +112,11 @@ class Attempt {
   Attempt(const LoadedChange& change, faults::Mode mode, unsigned int number) {
     rig.Create({"a", "a/b", "a/b/c", "a/d", "x"});
     for (const char* key : {"a", "a/b", "a/b/c", "x"}) {
-      EXPECT_EQ(rig.CreateNumber(key, "number", 5), 0u);
-      EXPECT_EQ(rig.CreateData(key, "data", Pattern(100)), 0u);
-      EXPECT_EQ(rig.CreateNumber(key, "first", 6), 0u);
+      EXPECT_EQ(status::kOk, rig.CreateNumber(key, "number", 5));
+      EXPECT_EQ(status::kOk, rig.CreateData(key, "data", Pattern(100)));
+      EXPECT_EQ(status::kOk, rig.CreateNumber(key, "first", 6));
     }
-    EXPECT_EQ(rig.file->SetDefaultValue(kAdmin, nullptr, "a", 7, false), 0u);
+    EXPECT_EQ(status::kOk, rig.file->SetDefaultValue(kAdmin, nullptr, "a", 7, false));
     root = rig.Load("");
     seenBefore = Seen(rig, root);
     storedBefore = SubtreeText(rig.path, "");
@@ -125,13 +125,13 @@ class Attempt {
     status = change.run(rig.loaded, root);
     calls = faults::Count();
     faults::Disarm();
-    EXPECT_EQ(root->lockedStrings, 0u);
+    EXPECT_EQ(0u, root->lockedStrings);
     EXPECT_FALSE(root->treeLock->IsMine());
   }
   // As it was loaded anew.
   std::string SeenAnew() {
-    EXPECT_EQ(rig.Unload(root), 0u);
-    EXPECT_EQ(rig.loaded.UnloadKeyTree(nullptr), 0u);
+    EXPECT_EQ(0u, rig.Unload(root));
+    EXPECT_EQ(status::kOk, rig.loaded.UnloadKeyTree(nullptr));
     root = rig.Load("");
     return Seen(rig, root);
   }

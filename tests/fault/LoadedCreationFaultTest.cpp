@@ -59,15 +59,15 @@ class LoadedCreationFaults : public ::testing::Test {
   // That both trees have these keys and no others, and the file is sound.
   static void ExpectKeys(LoadedTreeRig& rig, TernaryHandle* root,
                          const std::set<std::string>& keys) {
-    EXPECT_EQ(StructureFindings(rig.path), "");
+    EXPECT_EQ("", StructureFindings(rig.path));
     EXPECT_EQ(KeysIn(rig.path), keys);
     const std::string loaded = rig.Loaded();
     EXPECT_EQ(loaded.substr(loaded.find(',') + 2), std::to_string(keys.size() + 1) + " keys");
     for (const std::string& key : keys) {
-      EXPECT_EQ(rig.Find(root, key.c_str()), 0u) << key;
+      EXPECT_EQ(0u, rig.Find(root, key.c_str())) << key;
       unsigned int node = 0;
       unsigned int id = 0;
-      EXPECT_EQ(rig.file->FindKey(nullptr, key.c_str(), &node, &id), 0u) << key;
+      EXPECT_EQ(status::kOk, rig.file->FindKey(nullptr, key.c_str(), &node, &id)) << key;
     }
   }
   // Nothing can be written from a call on: what was there is there, and the new key is if it was
@@ -77,14 +77,14 @@ class LoadedCreationFaults : public ::testing::Test {
                  std::to_string(number));
     LoadedTreeRig rig;
     TernaryHandle* root = rig.Load("");
-    for (const char* path : scenario.there) EXPECT_EQ(Create(rig, root, path), 0u) << path;
+    for (const char* path : scenario.there) EXPECT_EQ(0u, Create(rig, root, path)) << path;
     faults::Arm(mode, number);
     const unsigned int result = Create(rig, root, scenario.path);
     faults::Disarm();
     EXPECT_EQ(result, number < faults::Count() ? 5u : 0u);
-    for (const char* path : scenario.there) EXPECT_EQ(rig.Find(root, path), 0u) << path;
+    for (const char* path : scenario.there) EXPECT_EQ(0u, rig.Find(root, path)) << path;
     EXPECT_EQ(rig.Find(root, scenario.path), result == 0 ? 0u : 2u);
-    EXPECT_EQ(root->lockedStrings, 0u);
+    EXPECT_EQ(0u, root->lockedStrings);
     return result;
   }
   // Creates the key while one call fails, looks, and creates it again. Returns how many calls there
@@ -92,7 +92,7 @@ class LoadedCreationFaults : public ::testing::Test {
   static unsigned int Try(const Scenario& scenario, unsigned int number, std::string* used) {
     LoadedTreeRig rig;
     TernaryHandle* root = rig.Load("");
-    for (const char* path : scenario.there) EXPECT_EQ(Create(rig, root, path), 0u) << path;
+    for (const char* path : scenario.there) EXPECT_EQ(0u, Create(rig, root, path)) << path;
     std::set<std::string> keys = KeysIn(rig.path);
     const SlotCounts before = CountSlots(rig.path);
     faults::Arm(Mode::kFailOnce, number);
@@ -111,14 +111,14 @@ class LoadedCreationFaults : public ::testing::Test {
       EXPECT_EQ(Create(rig, root, scenario.path), endsAtBranch ? 1u : 0u);
       if (endsAtBranch) {
         ExpectKeys(rig, root, keys);
-        EXPECT_EQ(rig.file->CreateKey(kAdmin, nullptr, scenario.path, 3, true), 0u);
+        EXPECT_EQ(status::kOk, rig.file->CreateKey(kAdmin, nullptr, scenario.path, 3, true));
         *used = UsedSlots(rig.path);
         return calls;
       }
     }
     keys.insert(scenario.path);
     ExpectKeys(rig, root, keys);
-    EXPECT_EQ(root->lockedStrings, 0u);
+    EXPECT_EQ(0u, root->lockedStrings);
     *used = UsedSlots(rig.path);
     rig.Unload(root);
     rig.loaded.UnloadKeyTree(nullptr);
@@ -169,14 +169,14 @@ TEST_F(LoadedCreationFaults, ARefusedNameLeavesTheTreeAsItWas) {
     SCOPED_TRACE("call " + std::to_string(number));
     LoadedTreeRig rig;
     TernaryHandle* root = rig.Load("");
-    ASSERT_EQ(Create(rig, root, "mnop"), 0u);
+    ASSERT_EQ(0u, Create(rig, root, "mnop"));
     faults::Arm(Mode::kFailOnce, number);
     const unsigned int result = Create(rig, root, "mncdefghijklmnopqrstuvwxyz/x");
     faults::Disarm();
     calls = faults::Count();
     EXPECT_EQ(result, faults::Struck() > 0 ? 5u : 22u);
     ExpectKeys(rig, root, {"mnop"});
-    EXPECT_EQ(Create(rig, root, "as"), 0u);
+    EXPECT_EQ(0u, Create(rig, root, "as"));
     ExpectKeys(rig, root, {"as", "mnop"});
   }
   EXPECT_GE(calls, 5u);
@@ -185,11 +185,11 @@ TEST_F(LoadedCreationFaults, ARefusedNameLeavesTheTreeAsItWas) {
 TEST_F(LoadedCreationFaults, ARefusedNameThatCutsNothingWritesNothing) {
   LoadedTreeRig rig;
   TernaryHandle* root = rig.Load("");
-  ASSERT_EQ(Create(rig, root, "m"), 0u);
+  ASSERT_EQ(0u, Create(rig, root, "m"));
   faults::Arm(Mode::kFailFrom, 0);
-  EXPECT_EQ(Create(rig, root, "abcdefghijklmnopqrstuvwxyz/x"), 22u);
+  EXPECT_EQ(22u, Create(rig, root, "abcdefghijklmnopqrstuvwxyz/x"));
   faults::Disarm();
-  EXPECT_EQ(faults::Count(), 0u);
+  EXPECT_EQ(0u, faults::Count());
 }
 
 // Two slots, two records, the header.
@@ -199,15 +199,15 @@ TEST_F(LoadedCreationFaults, ARootThatCannotBeWrittenCanBeMadeAgain) {
     TempDir dir;
     const std::string path = dir / "a.rce";
     TernaryKeyTree tree(nullptr);
-    ASSERT_EQ(tree.Initialize(path.c_str()), 0u);
+    ASSERT_EQ(status::kOk, tree.Initialize(path.c_str()));
     faults::Arm(Mode::kFailOnce, number);
-    EXPECT_EQ(tree.CreateRootKey(), 5u);
+    EXPECT_EQ(status::kInputOutput, tree.CreateRootKey());
     faults::Disarm();
-    EXPECT_EQ(faults::Struck(), 1u);
-    EXPECT_EQ(tree.CreateRootKey(), 0u) << "a second time";
+    EXPECT_EQ(1u, faults::Struck());
+    EXPECT_EQ(status::kOk, tree.CreateRootKey()) << "a second time";
     void* root = nullptr;
-    ASSERT_EQ(tree.LoadKeyTree("", root), 0u);
-    EXPECT_EQ(tree.CreateKey(kAdmin, root, "a", 0, false), 0u);
+    ASSERT_EQ(status::kOk, tree.LoadKeyTree("", root));
+    EXPECT_EQ(status::kOk, tree.CreateKey(kAdmin, root, "a", 0, false));
     EXPECT_EQ(KeysIn(path), std::set<std::string>{"a"});
   }
 }

@@ -54,7 +54,7 @@ TEST_F(LoadedWriteFaults, WithoutAFaultMemoryAndFileAgree) {
   for (const LoadedChange& change : kChanges) {
     SCOPED_TRACE(change.name);
     Attempt attempt(change, Mode::kNone, 0);
-    EXPECT_EQ(attempt.status, 0u);
+    EXPECT_EQ(0u, attempt.status);
     const std::string seen = Seen(attempt.rig, attempt.root);
     EXPECT_NE(seen, attempt.seenBefore);
     EXPECT_EQ(attempt.SeenAnew(), seen);
@@ -68,10 +68,10 @@ TEST_F(LoadedWriteFaults, WhatIsInOneRecordIsOneWrite) {
     const bool isOneRecord = name == "set a number" || name == "set the default value" ||
                              name == "set the permission" || name == "set the watch";
     if (!isOneRecord) continue;
-    EXPECT_EQ(Attempt(change, Mode::kNone, 0).calls, 1u) << name;
+    EXPECT_EQ(1u, Attempt(change, Mode::kNone, 0).calls) << name;
     ++compared;
   }
-  EXPECT_EQ(compared, 4u);
+  EXPECT_EQ(4u, compared);
 }
 
 // A short write is gone on with.
@@ -87,7 +87,7 @@ TEST_F(LoadedWriteFaults, ShortWritesDoNotMatter) {
     for (unsigned int number = 0; number < calls; ++number) {
       SCOPED_TRACE(std::string(change.name) + ", call " + std::to_string(number));
       Attempt attempt(change, Mode::kShortOnce, number);
-      EXPECT_EQ(attempt.status, 0u);
+      EXPECT_EQ(0u, attempt.status);
       EXPECT_TRUE(attempt.rig.Contents() == expected);
     }
   }
@@ -117,7 +117,7 @@ TEST_F(LoadedWriteFaults, AKeyIsDeletedWithTheFirstWrite) {
         return;
       }
       for (const char* key : {"a", "a/b", "a/b/c", "a/d"}) {
-        EXPECT_EQ(attempt.rig.Find(attempt.root, key), 2u) << key;
+        EXPECT_EQ(2u, attempt.rig.Find(attempt.root, key)) << key;
       }
       const std::string seen = Seen(attempt.rig, attempt.root);
       EXPECT_EQ(attempt.SeenAnew(), seen);
@@ -143,26 +143,26 @@ TEST_F(LoadedWriteFaults, TheFileStaysSound) {
   for (const Mode mode : {Mode::kFailOnce, Mode::kFailFrom}) {
     ForEveryFault(mode, [&](const LoadedChange&, unsigned int, Attempt& attempt) {
       unsigned int harmless = 0;
-      EXPECT_EQ(GraveFindings(attempt.rig.path, &harmless), "");
+      EXPECT_EQ("", GraveFindings(attempt.rig.path, &harmless));
       EXPECT_LE(harmless, 1u);
       TernaryKeyTree& tree = attempt.rig.loaded;
       TernaryHandle* root = attempt.root;
       const bool isThere = attempt.rig.Find(root, "a") == 0;
       if (!isThere) {
-        ASSERT_EQ(tree.CreateKey(kAdmin, root, "a", 0, false), 0u);
+        ASSERT_EQ(status::kOk, tree.CreateKey(kAdmin, root, "a", 0, false));
       }
-      EXPECT_EQ(Store(tree, root, true, "again", 1, 130), 0u);
-      EXPECT_EQ(Store(tree, root, false, "again", 2, 300), 0u);
+      EXPECT_EQ(0u, Store(tree, root, true, "again", 1, 130));
+      EXPECT_EQ(0u, Store(tree, root, false, "again", 2, 300));
       for (const char* name : {"new", "data", "number"}) {
         const unsigned int result = Store(tree, root, false, name, 4, 90);
         EXPECT_TRUE(result == 0 || result == 2) << result;
       }
-      EXPECT_EQ(GraveFindings(attempt.rig.path, &harmless), "");
+      EXPECT_EQ("", GraveFindings(attempt.rig.path, &harmless));
       const std::string seen = Seen(attempt.rig, root);
       EXPECT_EQ(attempt.SeenAnew(), seen) << "memory and file agree again";
-      EXPECT_EQ(tree.DeleteKey(kAdmin, attempt.root, "a"), 0u);
-      EXPECT_EQ(GraveFindings(attempt.rig.path, &harmless), "");
-      EXPECT_EQ(harmless, 0u);
+      EXPECT_EQ(status::kOk, tree.DeleteKey(kAdmin, attempt.root, "a"));
+      EXPECT_EQ("", GraveFindings(attempt.rig.path, &harmless));
+      EXPECT_EQ(0u, harmless);
     });
   }
 }

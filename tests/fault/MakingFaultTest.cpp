@@ -42,7 +42,7 @@ std::vector<Making> AllMakings() {
 class MakingFaults : public ::testing::Test {
  protected:
   void SetUp() override {
-    ASSERT_EQ(0u, TernaryFile().CreateRegistryFile(path.c_str(), 65536));
+    ASSERT_EQ(status::kOk, TernaryFile().CreateRegistryFile(path.c_str(), 65536));
     whole = GetFile(path);
   }
   void TearDown() override { faults::Disarm(); }

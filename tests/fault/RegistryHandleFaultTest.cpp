@@ -47,13 +47,13 @@ class HandleWays {
     unsigned int handle = 0;
     if (registry_.OpenKey(parent.c_str(), &handle) != 0) return ThroughTheRoot(step);
     const unsigned int result = faults::ApplyThrough(registry_, step, handle, name.c_str());
-    EXPECT_EQ(registry_.CloseKey(handle), 0u);
+    EXPECT_EQ(status::kOk, registry_.CloseKey(handle));
     return result;
   }
 
   unsigned int ThroughItself(const Step& step) {
     if (own_ != 0) {
-      EXPECT_EQ(registry_.CloseKey(own_), 0u);
+      EXPECT_EQ(status::kOk, registry_.CloseKey(own_));
       own_ = 0;
     }
     if (registry_.OpenKey(step.path, &own_) != 0) return ThroughTheRoot(step);
@@ -95,7 +95,7 @@ class RegistryHandleFaults : public ::testing::Test {
     {
       Registry registry(path_.c_str(), faults::kUserId);
       if (!hasJournal_) faults::WriteStraight(registry);
-      EXPECT_EQ(registry.Initialize(), 0u);
+      EXPECT_EQ(status::kOk, registry.Initialize());
       HandleWays ways(registry, folder_);
       for (size_t i = 0; i < faults::Workload().size(); ++i) {
         const Step& step = faults::Workload()[i];
@@ -103,7 +103,7 @@ class RegistryHandleFaults : public ::testing::Test {
         const unsigned int callsBefore = faults::Count();
         const unsigned int status = ways.Apply(step, i);
         if (number >= faults::Count()) {
-          EXPECT_EQ(status, 0u) << "without a fault: step " << i << ", " << step.path;
+          EXPECT_EQ(0u, status) << "without a fault: step " << i << ", " << step.path;
         }
         Note(step, status, mode, before, faults::Count() > callsBefore, &outcome);
       }
@@ -134,36 +134,36 @@ class RegistryHandleFaults : public ::testing::Test {
   // Everything known is there. Returns how many names are gone that may be.
   unsigned int ExpectKnown(Registry& registry, const Outcome& outcome) {
     unsigned int gone = 0;
-    EXPECT_EQ(outcome.known.Differences(registry, DecodeTree(path_), &gone), "");
+    EXPECT_EQ("", outcome.known.Differences(registry, DecodeTree(path_), &gone));
     return gone;
   }
 
   // The registry opens, is sound, holds what it must and goes on, through handles too.
   void ExpectWhole(const Outcome& outcome) {
     if (hasJournal_) ExpectRecovery();
-    EXPECT_EQ(faults::GraveFindings(path_, outcome.Harmless()), "");
+    EXPECT_EQ("", faults::GraveFindings(path_, outcome.Harmless()));
     Registry registry(path_.c_str(), faults::kUserId);
-    ASSERT_EQ(registry.Initialize(), 0u);
+    ASSERT_EQ(status::kOk, registry.Initialize());
     if (ExpectKnown(registry, outcome) > 0) ++runsWithLostNames_;
     unsigned int root = 0;
-    ASSERT_EQ(registry.OpenKey("", &root), 0u);
-    EXPECT_EQ(registry.CreateKey(root, "quite-new"), 0u);
+    ASSERT_EQ(status::kOk, registry.OpenKey("", &root));
+    EXPECT_EQ(status::kOk, registry.CreateKey(root, "quite-new"));
     std::string data(300, 'q');
     Value value = {1, 300, data.data()};
-    EXPECT_EQ(registry.CreateValue(root, "quite-new", "value", &value), 0u);
+    EXPECT_EQ(status::kOk, registry.CreateValue(root, "quite-new", "value", &value));
     ReadValue back;
-    EXPECT_EQ(registry.GetValue(0, "quite-new", "value", &back), 0u);
-    EXPECT_EQ(back.size, 300u);
-    ASSERT_EQ(registry.OpenKey("", &root), 0u);
-    EXPECT_EQ(registry.DeleteKey(root, "quite-new"), 0u);
+    EXPECT_EQ(status::kOk, registry.GetValue(0, "quite-new", "value", &back));
+    EXPECT_EQ(300u, back.size);
+    ASSERT_EQ(status::kOk, registry.OpenKey("", &root));
+    EXPECT_EQ(status::kOk, registry.DeleteKey(root, "quite-new"));
     ExpectKnown(registry, outcome);
-    EXPECT_EQ(faults::GraveFindings(path_, outcome.Harmless()), "");
+    EXPECT_EQ("", faults::GraveFindings(path_, outcome.Harmless()));
   }
 
   // What the registry could not undo is undone when it is opened again.
   void ExpectRecovery() {
     Registry registry(path_.c_str(), faults::kUserId);
-    EXPECT_EQ(registry.Initialize(), 0u);
+    EXPECT_EQ(status::kOk, registry.Initialize());
   }
 
   // Faults at every call in turn.

@@ -1,7 +1,7 @@
 // Whole keys deleted and restored where a file can no longer be written.
 #include "registry/Registry.h"
-#include "tests/registry/filetree/BackupTesting.h"
 #include "tests/fault/FaultFiles.h"
+#include "tests/registry/filetree/BackupTesting.h"
 #include "tests/support/FaultCalls.h"
 
 namespace tamu::registry {
@@ -15,19 +15,19 @@ class RegistrySubtreeFaults : public ::testing::Test {
  protected:
   void SetUp() override {
     Registry registry(path_.c_str(), kAdmin);
-    ASSERT_EQ(registry.Initialize(), 0u);
+    ASSERT_EQ(status::kOk, registry.Initialize());
     std::string data(100, 'd');
     Value value = {1, 100, data.data()};
     for (const char* top : {"old", "new"}) {
       const std::string below = std::string(top) + "/below";
       for (const std::string& key : {std::string(top), below}) {
         const auto initial = static_cast<unsigned char>(top[0]);
-        ASSERT_EQ(registry.CreateKey(0, key.c_str(), initial), 0u);
-        ASSERT_EQ(registry.CreateValue(0, key.c_str(), top, &value), 0u);
+        ASSERT_EQ(status::kOk, registry.CreateKey(0, key.c_str(), initial));
+        ASSERT_EQ(status::kOk, registry.CreateValue(0, key.c_str(), top, &value));
       }
-      ASSERT_EQ(registry.CreateValue(0, below.c_str(), "second", &value), 0u);
+      ASSERT_EQ(status::kOk, registry.CreateValue(0, below.c_str(), "second", &value));
     }
-    ASSERT_EQ(registry.BackupKey(0, "new", backup_.c_str()), 0u);
+    ASSERT_EQ(status::kOk, registry.BackupKey(0, "new", backup_.c_str()));
     registry.Finalize();
     image_ = GetFile(path_);
     before_ = SubtreeText(path_, "");
@@ -41,7 +41,7 @@ class RegistrySubtreeFaults : public ::testing::Test {
     PutFile(path_, image_);
     Registry registry(path_.c_str(), kAdmin);
     faults::WriteStraight(registry);
-    EXPECT_EQ(registry.Initialize(), 0u);
+    EXPECT_EQ(status::kOk, registry.Initialize());
     faults::Arm(mode, number);
     const unsigned int status = operation(registry);
     calls_ = faults::Count();
@@ -73,7 +73,7 @@ constexpr unsigned int kGivingBack = 2 * (3 + 2 + 1);
 TEST_F(RegistrySubtreeFaults, AKeyThatCannotBeCutOffIsNotDeleted) {
   for (const Mode mode : {Mode::kFailOnce, Mode::kFailFrom}) {
     SCOPED_TRACE(faults::Name(mode));
-    EXPECT_EQ(DeleteWith(mode, 0), 5u);
+    EXPECT_EQ(status::kInputOutput, DeleteWith(mode, 0));
     EXPECT_TRUE(GetFile(path_) == image_);
     EXPECT_EQ(SubtreeText(path_, ""), before_);
   }
@@ -81,24 +81,24 @@ TEST_F(RegistrySubtreeFaults, AKeyThatCannotBeCutOffIsNotDeleted) {
 
 // What cannot be given back stays in use, and nothing leads to it.
 TEST_F(RegistrySubtreeFaults, AKeyThatIsCutOffIsDeleted) {
-  ASSERT_EQ(DeleteWith(Mode::kNone, 0), 0u);
+  ASSERT_EQ(status::kOk, DeleteWith(Mode::kNone, 0));
   EXPECT_EQ(calls_, 1 + kGivingBack);
   const std::string after = SubtreeText(path_, "");
   EXPECT_NE(after, before_);
   for (unsigned int number = 1; number < 1 + kGivingBack; ++number) {
     SCOPED_TRACE(number);
-    EXPECT_EQ(DeleteWith(Mode::kFailFrom, number), 0u);
+    EXPECT_EQ(status::kOk, DeleteWith(Mode::kFailFrom, number));
     EXPECT_EQ(SubtreeText(path_, ""), after);
-    EXPECT_EQ(DeleteWith(Mode::kFailOnce, number), 0u);
+    EXPECT_EQ(status::kOk, DeleteWith(Mode::kFailOnce, number));
     EXPECT_EQ(SubtreeText(path_, ""), after);
-    EXPECT_EQ(StructureFindings(path_), "");
+    EXPECT_EQ("", StructureFindings(path_));
   }
 }
 
 // Up to the write by which the key changes over to the new nodes, 5; from then on the new ones are
 // there, and only what is given back may be missed.
 TEST_F(RegistrySubtreeFaults, ARestoreThatCannotBeWrittenIsReported) {
-  ASSERT_EQ(RestoreWith(Mode::kNone, 0), 0u);
+  ASSERT_EQ(status::kOk, RestoreWith(Mode::kNone, 0));
   const unsigned int calls = calls_;
   ASSERT_GT(calls, kGivingBack + 1);
   const std::string after = SubtreeText(path_, "");
@@ -109,21 +109,21 @@ TEST_F(RegistrySubtreeFaults, ARestoreThatCannotBeWrittenIsReported) {
     EXPECT_EQ(RestoreWith(Mode::kFailFrom, number), isWritten ? 0u : 5u);
     EXPECT_EQ(SubtreeText(path_, ""), isWritten ? after : before_);
   }
-  EXPECT_EQ(RestoreWith(Mode::kFailFrom, calls), 0u);
+  EXPECT_EQ(status::kOk, RestoreWith(Mode::kFailFrom, calls));
   EXPECT_EQ(SubtreeText(path_, ""), after);
 }
 
 // When only one call fails, all that was taken is given back.
 TEST_F(RegistrySubtreeFaults, ARestoreThatFailsOnceLeavesNothingBehind) {
-  ASSERT_EQ(RestoreWith(Mode::kNone, 0), 0u);
+  ASSERT_EQ(status::kOk, RestoreWith(Mode::kNone, 0));
   const unsigned int calls = calls_;
   ASSERT_GT(calls, kGivingBack + 1);
   for (unsigned int number = 0; number < calls - kGivingBack; ++number) {
     SCOPED_TRACE("call " + std::to_string(number) + " of " + std::to_string(calls));
-    EXPECT_EQ(RestoreWith(Mode::kFailOnce, number), 5u);
+    EXPECT_EQ(status::kInputOutput, RestoreWith(Mode::kFailOnce, number));
     EXPECT_EQ(SubtreeText(path_, ""), before_);
     EXPECT_EQ(UsedSlots(path_), used_);
-    EXPECT_EQ(StructureFindings(path_), "");
+    EXPECT_EQ("", StructureFindings(path_));
   }
 }
 

@@ -21,7 +21,7 @@ class StoreFaults : public storetests::StoreTest {
   // The file after an access that nothing keeps from undoing what is still to be undone.
   std::string BytesAfterAccess() {
     faults::Disarm();
-    EXPECT_NE(store.GetStartNode('a'), 0xFFFFFFFFu);
+    EXPECT_NE(0xFFFFFFFFu, store.GetStartNode('a'));
     return Bytes();
   }
 };
@@ -35,22 +35,22 @@ TEST_F(StoreFaults, AGrowthOfTablesThatACallerHasLoadedIsUndone) {
     Reopen(before);
     TernaryNodeDescriptor own;
     NodeAllocationTable* table = nullptr;
-    ASSERT_EQ(store.LoadNAT(storetests::kTables[1], table), 0u);
+    ASSERT_EQ(status::kOk, store.LoadNAT(storetests::kTables[1], table));
     own.Append(table);
     faults::Arm(Mode::kFailOnce, fault);
     const unsigned int result = store.ExpandFile(&own, 24, 500);
     const bool isStruck = faults::Struck() > 0;
     faults::Disarm();
-    EXPECT_EQ(store.Descriptor(NodeKind::kData).tableCount, 1u);
-    EXPECT_EQ(store.Descriptor(NodeKind::kData).totalNodes, 364u);
+    EXPECT_EQ(1u, store.Descriptor(NodeKind::kData).tableCount);
+    EXPECT_EQ(364u, store.Descriptor(NodeKind::kData).totalNodes);
     if (!isStruck) {
-      EXPECT_EQ(result, 0u);
-      EXPECT_EQ(own.tableCount, 2u);
+      EXPECT_EQ(0u, result);
+      EXPECT_EQ(2u, own.tableCount);
       return;
     }
-    EXPECT_EQ(result, 5u);
-    EXPECT_EQ(own.tableCount, 1u);
-    EXPECT_EQ(own.lastTable->nextTable(), 0u);
+    EXPECT_EQ(5u, result);
+    EXPECT_EQ(1u, own.tableCount);
+    EXPECT_EQ(0u, own.lastTable->nextTable());
     EXPECT_TRUE(Bytes() == before);
   }
   FAIL() << "the growth never succeeded";
@@ -68,10 +68,10 @@ TEST_F(StoreFaults, AFileShorterThanItsHeaderTellsKeepsItsLength) {
     const bool isStruck = faults::Struck() > 0;
     faults::Disarm();
     if (!isStruck) {
-      EXPECT_EQ(result, 0u);
+      EXPECT_EQ(0u, result);
       return;
     }
-    EXPECT_EQ(result, 5u);
+    EXPECT_EQ(5u, result);
     EXPECT_TRUE(Bytes() == before);
   }
   FAIL() << "the growth never succeeded";
@@ -82,15 +82,15 @@ TEST_F(StoreFaults, ACopyOfATableKeepsItsCountWhenASlotCannotBeTaken) {
   unsigned int id = 0;
   for (unsigned int fault = 0; fault < 2; ++fault) {
     faults::Arm(Mode::kFailOnce, fault);
-    EXPECT_EQ(store.AcquireNodeId(0, &id, &copy), 5u);
-    EXPECT_EQ(copy.freeCount(), 364u);
+    EXPECT_EQ(status::kInputOutput, store.AcquireNodeId(0, &id, &copy));
+    EXPECT_EQ(364u, copy.freeCount());
   }
   faults::Disarm();
-  ASSERT_EQ(store.AcquireNodeId(0, &id, &copy), 0u);
+  ASSERT_EQ(status::kOk, store.AcquireNodeId(0, &id, &copy));
   for (unsigned int fault = 0; fault < 2; ++fault) {
     faults::Arm(Mode::kFailOnce, fault);
-    EXPECT_EQ(store.ReleaseNodeId(0, id, &copy), 5u);
-    EXPECT_EQ(copy.freeCount(), 363u);
+    EXPECT_EQ(status::kInputOutput, store.ReleaseNodeId(0, id, &copy));
+    EXPECT_EQ(363u, copy.freeCount());
   }
 }
 
@@ -98,19 +98,19 @@ TEST_F(StoreFaults, ACopyOfATableKeepsItsCountWhenASlotCannotBeTaken) {
 TEST_F(StoreFaults, AHalfReleasedSlotOfADeletedKeyIsTakenUpAgain) {
   TernaryRegistry tree(nullptr, nullptr);
   tree.ShareStore(&store);
-  ASSERT_EQ(tree.Initialize(path.c_str()), 0u);
-  ASSERT_EQ(tree.CreateKey(kAdministratorId, nullptr, "a", 0, false), 0u);
-  ASSERT_EQ(tree.CreateValue(kAdministratorId, nullptr, "a", "v", 1, true), 0u);
+  ASSERT_EQ(status::kOk, tree.Initialize(path.c_str()));
+  ASSERT_EQ(status::kOk, tree.CreateKey(kAdministratorId, nullptr, "a", 0, false));
+  ASSERT_EQ(status::kOk, tree.CreateValue(kAdministratorId, nullptr, "a", "v", 1, true));
   const std::string before = Bytes();
   bool isOver = false;
   for (unsigned int fault = 1; fault < 30 && !isOver; ++fault) {
     SCOPED_TRACE(fault);
     Reopen(before);
     faults::Arm(Mode::kTearFrom, fault);
-    EXPECT_EQ(tree.DeleteKey(kAdministratorId, nullptr, "a"), 0u);
+    EXPECT_EQ(status::kOk, tree.DeleteKey(kAdministratorId, nullptr, "a"));
     isOver = faults::Struck() == 0;
     const std::string after = BytesAfterAccess();
-    EXPECT_EQ(FreeListFindings(after), "");
+    EXPECT_EQ("", FreeListFindings(after));
     for (unsigned int kind = 0; kind < 4; ++kind) {
       EXPECT_EQ(store.Descriptor(storetests::kKinds[kind]).lastTable->freeCount(), FreeCount(kind));
     }
@@ -118,7 +118,7 @@ TEST_F(StoreFaults, AHalfReleasedSlotOfADeletedKeyIsTakenUpAgain) {
     for (unsigned int kind = 0; kind < 3; ++kind) {
       const NodeKind each = storetests::kKinds[kind];
       TakeMany(each, store.Descriptor(each).lastTable->freeCount());
-      EXPECT_NE(Take(each), 0u);
+      EXPECT_NE(0u, Take(each));
     }
   }
   EXPECT_TRUE(isOver);
@@ -130,13 +130,13 @@ TEST_F(StoreFaults, NothingIsWrittenBeforeAllIsUndone) {
   const std::string before = Bytes();
   unsigned int id = 0;
   faults::Arm(Mode::kTearFrom, 1);
-  EXPECT_EQ(Acquire(NodeKind::kKey, &id), 5u);
+  EXPECT_EQ(5u, Acquire(NodeKind::kKey, &id));
   EXPECT_FALSE(Bytes() == before);
   faults::Arm(Mode::kFailOnce, 0);
-  EXPECT_EQ(Acquire(NodeKind::kKey, &id), 5u);
+  EXPECT_EQ(5u, Acquire(NodeKind::kKey, &id));
   EXPECT_TRUE(BytesAfterAccess() == before);
-  EXPECT_EQ(store.Descriptor(NodeKind::kKey).usedNodes, 0u);
-  EXPECT_EQ(Take(NodeKind::kKey), 0x100u);
+  EXPECT_EQ(0u, store.Descriptor(NodeKind::kKey).usedNodes);
+  EXPECT_EQ(0x100u, Take(NodeKind::kKey));
 }
 
 }  // namespace

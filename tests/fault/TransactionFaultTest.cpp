@@ -14,8 +14,9 @@ class TransactionFaults : public ::testing::TestWithParam<Durability> {
  protected:
   TransactionFaults() {
     Open();
-    for (const char* key : {"a", "a/b", "zoo"}) EXPECT_EQ(registry->CreateKey(0, key, 1), 0u);
-    EXPECT_EQ(Put(0, "a/b", 100), 0u);
+    for (const char* key : {"a", "a/b", "zoo"})
+      EXPECT_EQ(status::kOk, registry->CreateKey(0, key, 1));
+    EXPECT_EQ(0u, Put(0, "a/b", 100));
     registry->Finalize();
     start = GetFile(path);
   }
@@ -25,8 +26,8 @@ class TransactionFaults : public ::testing::TestWithParam<Durability> {
     registry = std::make_unique<Registry>(path.c_str(), kAdmin);
     RegistryOptions options;
     options.durability = GetParam();
-    EXPECT_EQ(registry->SetOptions(options), 0u);
-    EXPECT_EQ(registry->Initialize(), 0u);
+    EXPECT_EQ(status::kOk, registry->SetOptions(options));
+    EXPECT_EQ(status::kOk, registry->Initialize());
   }
   unsigned int Put(unsigned int handle, const char* key, unsigned int size) {
     ExactValue value(1, std::string(size, 'v'));
@@ -62,7 +63,7 @@ class TransactionFaults : public ::testing::TestWithParam<Durability> {
   }
   unsigned long long Zoo() {
     unsigned long long number = 0;
-    EXPECT_EQ(registry->GetDefaultValue(0, "zoo", &number), 0u);
+    EXPECT_EQ(status::kOk, registry->GetDefaultValue(0, "zoo", &number));
     return number;
   }
 
@@ -72,7 +73,7 @@ class TransactionFaults : public ::testing::TestWithParam<Durability> {
     PutFile(path, start);
     Open();
     unsigned int handle = 0;
-    EXPECT_EQ(registry->OpenKey("a", &handle), 0u);
+    EXPECT_EQ(status::kOk, registry->OpenKey("a", &handle));
     const std::string before = Seen(handle, "");
     faults::Arm(mode, number);
     unsigned int result = registry->BeginTransaction();
@@ -81,14 +82,14 @@ class TransactionFaults : public ::testing::TestWithParam<Durability> {
       if (result == 0) {
         result = registry->EndTransaction();
       } else {
-        EXPECT_EQ(registry->CancelTransaction(), 0u);
+        EXPECT_EQ(status::kOk, registry->CancelTransaction());
       }
     }
     const unsigned int calls = faults::Count();
     const bool hasStruck = faults::Struck() > 0;
     faults::Disarm();
     if (!hasStruck) {
-      EXPECT_EQ(result, 0u);
+      EXPECT_EQ(0u, result);
     }
     // A file that was closed by what has failed is to be opened again, and what was not
     // acknowledged with kPower is there whole then or not at all.
@@ -99,11 +100,11 @@ class TransactionFaults : public ::testing::TestWithParam<Durability> {
       EXPECT_EQ(Seen(0, "a/"), now);
       EXPECT_EQ(zoo, result == 0 ? 9u : 1u);
     } else {
-      EXPECT_EQ(result, 5u);
+      EXPECT_EQ(5u, result);
     }
     registry.reset();
     Open();
-    EXPECT_EQ(StructureFindings(path), "");
+    EXPECT_EQ("", StructureFindings(path));
     const bool isDone = Zoo() == 9;
     EXPECT_EQ(Seen(0, "a/") != before, isDone);
     if (result == 0 || GetParam() != Durability::kPower) {

@@ -34,7 +34,7 @@ VekMessage* Hello() {
 class CaughtStandardError {
  public:
   CaughtStandardError() : mBefore(dup(STDERR_FILENO)) {
-    EXPECT_EQ(socketpair(AF_UNIX, SOCK_DGRAM, 0, mPair), 0);
+    EXPECT_EQ(0, socketpair(AF_UNIX, SOCK_DGRAM, 0, mPair));
     dup2(mPair[0], STDERR_FILENO);
   }
   ~CaughtStandardError() {
@@ -72,23 +72,23 @@ class DebugSink : public ::testing::Test {
 };
 
 TEST_F(DebugSink, GetsLevelAndText) {
-  EXPECT_EQ(CVekforTamu::SetSink(Remember), nullptr);
+  EXPECT_EQ(nullptr, CVekforTamu::SetSink(Remember));
   CVekforTamu::Print(3, Hello());
-  EXPECT_EQ(gLevel, 3);
-  EXPECT_EQ(gText, "hello 1");
+  EXPECT_EQ(3, gLevel);
+  EXPECT_EQ("hello 1", gText);
 }
 
 TEST_F(DebugSink, IsReturnedByTheCallThatReplacesIt) {
-  EXPECT_EQ(CVekforTamu::SetSink(Remember), nullptr);
+  EXPECT_EQ(nullptr, CVekforTamu::SetSink(Remember));
   EXPECT_EQ(CVekforTamu::SetSink(CountOnly), Remember);
   EXPECT_EQ(CVekforTamu::SetSink(nullptr), CountOnly);
-  EXPECT_EQ(CVekforTamu::SetSink(nullptr), nullptr);
+  EXPECT_EQ(nullptr, CVekforTamu::SetSink(nullptr));
 }
 
 TEST_F(DebugSink, IsNotCalledForANullMessage) {
   CVekforTamu::SetSink(CountOnly);
   CVekforTamu::Print(3, nullptr);
-  EXPECT_EQ(gCount.load(), 0);
+  EXPECT_EQ(0, gCount.load());
 }
 
 TEST_F(DebugSink, ReplacesStandardError) {
@@ -96,8 +96,8 @@ TEST_F(DebugSink, ReplacesStandardError) {
   CVekforTamu::SetSink(Remember);
   CaughtStandardError caught;
   CVekforTamu::Print(3, Hello());
-  EXPECT_EQ(caught.Next(), "");
-  EXPECT_EQ(gText, "hello 1");
+  EXPECT_EQ("", caught.Next());
+  EXPECT_EQ("hello 1", gText);
 }
 
 TEST_F(DebugSink, DefaultIsSilent) {
@@ -105,7 +105,7 @@ TEST_F(DebugSink, DefaultIsSilent) {
   CVekforTamu::Print(3, Hello());
   setenv("YAX_DEBUG", "", 1);
   CVekforTamu::Print(3, Hello());
-  EXPECT_EQ(caught.Next(), "");
+  EXPECT_EQ("", caught.Next());
 }
 
 TEST_F(DebugSink, DefaultWritesALineWithOneWriteWhenTheEnvironmentAsksForIt) {
@@ -114,9 +114,9 @@ TEST_F(DebugSink, DefaultWritesALineWithOneWriteWhenTheEnvironmentAsksForIt) {
   CVekforTamu::Print(3, Hello());
   CVekforTamu::Print(-1, VekMessage::CreateVekMessage("Loader.cpp", 12, "cannot open"));
   CVekforTamu::Print(3, nullptr);
-  EXPECT_EQ(caught.Next(), "YAX[3] hello 1\n");
-  EXPECT_EQ(caught.Next(), "YAX[-1] Loader.cpp:12: cannot open\n");
-  EXPECT_EQ(caught.Next(), "");
+  EXPECT_EQ("YAX[3] hello 1\n", caught.Next());
+  EXPECT_EQ("YAX[-1] Loader.cpp:12: cannot open\n", caught.Next());
+  EXPECT_EQ("", caught.Next());
 }
 
 TEST_F(DebugSink, DefaultWritesTheLongestMessageWhole) {
@@ -153,7 +153,7 @@ TEST_F(DebugSink, IsCalledFromSeveralThreads) {
     });
   }
   for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(gCount.load(), 400);
+  EXPECT_EQ(400, gCount.load());
 }
 
 }  // namespace

@@ -21,11 +21,11 @@ class PCFileLength : public ::testing::Test {
   // Makes the file with `bytes` and opens it.
   void Start(const std::string& bytes) {
     PutFile(mPath, bytes);
-    ASSERT_EQ(mFile.Create(mPath.c_str(), 2), 1);
+    ASSERT_EQ(1, mFile.Create(mPath.c_str(), 2));
   }
   // Changes the length through a descriptor of its own, as another process does.
   void CutByOthers(long long length) {
-    ASSERT_EQ(truncate(mPath.c_str(), static_cast<off_t>(length)), 0);
+    ASSERT_EQ(0, truncate(mPath.c_str(), static_cast<off_t>(length)));
   }
   static std::string ReadAt(PCFile& file, unsigned int offset, unsigned int size) {
     std::string bytes(size, '?');
@@ -49,21 +49,21 @@ class PCFileLength : public ::testing::Test {
 
 TEST_F(PCFileLength, AWriteBeyondTheEndFillsTheGapWithZeros) {
   Start("abc");
-  EXPECT_EQ(mFile.Seek(6), 1);
-  EXPECT_EQ(mFile.Size(), 3u) << "seeking alone does not extend";
-  EXPECT_EQ(mFile.Write("x", 1), 1);
+  EXPECT_EQ(1, mFile.Seek(6));
+  EXPECT_EQ(3u, mFile.Size()) << "seeking alone does not extend";
+  EXPECT_EQ(1, mFile.Write("x", 1));
   EXPECT_EQ(GetFile(mPath), std::string("abc\0\0\0x", 7));
   EXPECT_EQ(ReadAt(0, 7), std::string("abc\0\0\0x", 7));
-  EXPECT_EQ(mFile.Size(), 7u);
+  EXPECT_EQ(7u, mFile.Size());
 }
 
 TEST_F(PCFileLength, ReadsFollowTheFilesOwnGrowthFromEmptyToManyPages) {
   Start("");
-  EXPECT_EQ(ReadAt(0, 1), "(no)");
+  EXPECT_EQ("(no)", ReadAt(0, 1));
   for (unsigned int i = 0; i < 300; ++i) {
     ASSERT_TRUE(WriteAt(mFile, i * 10007, "mark" + std::to_string(i)));
     ASSERT_EQ(ReadAt(i * 10007, 5), "mark" + std::to_string(i).substr(0, 1));
-    ASSERT_EQ(ReadAt(i * 10007 + 4, 10), "(no)");
+    ASSERT_EQ("(no)", ReadAt(i * 10007 + 4, 10));
   }
   for (unsigned int i = 0; i < 300; ++i) {
     ASSERT_EQ(ReadAt(i * 10007, 5), "mark" + std::to_string(i).substr(0, 1));
@@ -73,15 +73,15 @@ TEST_F(PCFileLength, ReadsFollowTheFilesOwnGrowthFromEmptyToManyPages) {
 TEST_F(PCFileLength, ReadsFollowWhatAnotherObjectWritesAndAppends) {
   Start("abc");
   PCFile other;
-  ASSERT_EQ(other.Create(mPath.c_str(), 2), 1);
+  ASSERT_EQ(1, other.Create(mPath.c_str(), 2));
   ASSERT_TRUE(WriteAt(other, 1, "B"));
-  EXPECT_EQ(ReadAt(0, 3), "aBc");
+  EXPECT_EQ("aBc", ReadAt(0, 3));
   ASSERT_TRUE(WriteAt(other, 3, "def"));
-  EXPECT_EQ(ReadAt(0, 6), "aBcdef");
+  EXPECT_EQ("aBcdef", ReadAt(0, 6));
   ASSERT_TRUE(WriteAt(other, 3 * kMiB, "far"));
-  EXPECT_EQ(ReadAt(3 * kMiB, 3), "far");
+  EXPECT_EQ("far", ReadAt(3 * kMiB, 3));
   ASSERT_TRUE(WriteAt(mFile, 5 * kMiB, "back"));
-  EXPECT_EQ(ReadAt(other, 5 * kMiB, 4), "back");
+  EXPECT_EQ("back", ReadAt(other, 5 * kMiB, 4));
 }
 
 TEST_F(PCFileLength, ReadsFollowWhatAnotherProcessWrites) {
@@ -90,93 +90,93 @@ TEST_F(PCFileLength, ReadsFollowWhatAnotherProcessWrites) {
     PCFile other;
     return other.Create(mPath.c_str(), 2) == 1 && other.Write("ABCDEF", 6) == 1;
   }));
-  EXPECT_EQ(ReadAt(0, 6), "ABCDEF");
+  EXPECT_EQ("ABCDEF", ReadAt(0, 6));
 }
 
 TEST_F(PCFileLength, ReadsFailCleanlyInAPartThatOthersCutOff) {
   Start(std::string(50000, 'a'));
-  EXPECT_EQ(ReadAt(49999, 1), "a");
+  EXPECT_EQ("a", ReadAt(49999, 1));
   CutByOthers(100);
   RefreshLater();
-  EXPECT_EQ(ReadAt(49999, 1), "(no)");
-  EXPECT_EQ(ReadAt(8192, 100), "(no)");
-  EXPECT_EQ(ReadAt(99, 2), "(no)");
-  EXPECT_EQ(ReadAt(0, 100), std::string(100, 'a'));
+  EXPECT_EQ("(no)", ReadAt(49999, 1));
+  EXPECT_EQ("(no)", ReadAt(8192, 100));
+  EXPECT_EQ("(no)", ReadAt(99, 2));
+  EXPECT_EQ(std::string(100, 'a'), ReadAt(0, 100));
   CutByOthers(0);
   RefreshLater();
-  EXPECT_EQ(ReadAt(0, 1), "(no)");
+  EXPECT_EQ("(no)", ReadAt(0, 1));
   PutFile(mPath, "new content");
-  EXPECT_EQ(ReadAt(0, 11), "new content");
+  EXPECT_EQ("new content", ReadAt(0, 11));
   RefreshLater();
-  EXPECT_EQ(ReadAt(4, 7), "content");
+  EXPECT_EQ("content", ReadAt(4, 7));
 }
 
 TEST_F(PCFileLength, ReadsFailCleanlyAfterTheFileWasMadeAnew) {
   Start(std::string(50000, 'a'));
-  ASSERT_EQ(PCFile::Make(mPath.c_str()), 1);
+  ASSERT_EQ(1, PCFile::Make(mPath.c_str()));
   RefreshLater();
-  EXPECT_EQ(ReadAt(0, 1), "(no)");
-  EXPECT_EQ(ReadAt(40000, 1), "(no)");
+  EXPECT_EQ("(no)", ReadAt(0, 1));
+  EXPECT_EQ("(no)", ReadAt(40000, 1));
 }
 
 TEST_F(PCFileLength, TruncateSetsTheLengthGiven) {
   Start(std::string(20000, 'a'));
-  EXPECT_EQ(mFile.Truncate(3), 1);
-  EXPECT_EQ(GetFile(mPath), "aaa");
-  EXPECT_EQ(ReadAt(0, 3), "aaa");
-  EXPECT_EQ(ReadAt(2, 2), "(no)");
-  EXPECT_EQ(ReadAt(15000, 1), "(no)");
-  EXPECT_EQ(mFile.Truncate(5), 1);
+  EXPECT_EQ(1, mFile.Truncate(3));
+  EXPECT_EQ("aaa", GetFile(mPath));
+  EXPECT_EQ("aaa", ReadAt(0, 3));
+  EXPECT_EQ("(no)", ReadAt(2, 2));
+  EXPECT_EQ("(no)", ReadAt(15000, 1));
+  EXPECT_EQ(1, mFile.Truncate(5));
   EXPECT_EQ(ReadAt(0, 5), std::string("aaa\0\0", 5)) << "what was cut off does not come back";
-  EXPECT_EQ(mFile.Truncate(3 * kMiB), 1);
+  EXPECT_EQ(1, mFile.Truncate(3 * kMiB));
   EXPECT_EQ(mFile.Size(), 3 * kMiB);
   EXPECT_EQ(ReadAt(3 * kMiB - 1, 1), std::string(1, '\0'));
 }
 
 TEST_F(PCFileLength, TruncateLeavesThePosition) {
   Start("abcdef");
-  ASSERT_EQ(mFile.Seek(2), 1);
-  EXPECT_EQ(mFile.Truncate(4), 1);
+  ASSERT_EQ(1, mFile.Seek(2));
+  EXPECT_EQ(1, mFile.Truncate(4));
   char bytes[2];
-  EXPECT_EQ(mFile.Read(bytes, 2), 1);
-  EXPECT_EQ(std::string(bytes, 2), "cd");
+  EXPECT_EQ(1, mFile.Read(bytes, 2));
+  EXPECT_EQ("cd", std::string(bytes, 2));
 }
 
 TEST_F(PCFileLength, TruncateZeroCutsBackToTheLengthAtOpening) {
   Start("abc");
   ASSERT_TRUE(WriteAt(mFile, 3, std::string(9000, 'x')));
-  EXPECT_EQ(ReadAt(9000, 1), "x");
-  EXPECT_EQ(mFile.Truncate(0), 1);
-  EXPECT_EQ(GetFile(mPath), "abc");
-  EXPECT_EQ(ReadAt(9000, 1), "(no)");
-  EXPECT_EQ(ReadAt(0, 3), "abc");
-  EXPECT_EQ(mFile.Truncate(0), 1);
-  EXPECT_EQ(GetFile(mPath), "abc");
+  EXPECT_EQ("x", ReadAt(9000, 1));
+  EXPECT_EQ(1, mFile.Truncate(0));
+  EXPECT_EQ("abc", GetFile(mPath));
+  EXPECT_EQ("(no)", ReadAt(9000, 1));
+  EXPECT_EQ("abc", ReadAt(0, 3));
+  EXPECT_EQ(1, mFile.Truncate(0));
+  EXPECT_EQ("abc", GetFile(mPath));
 }
 
 TEST_F(PCFileLength, TruncateZeroEmptiesAFileThatWasEmptyAtOpening) {
   Start("");
   ASSERT_TRUE(WriteAt(mFile, 0, "half"));
-  EXPECT_EQ(mFile.Truncate(0), 1);
-  EXPECT_EQ(GetFile(mPath), "");
+  EXPECT_EQ(1, mFile.Truncate(0));
+  EXPECT_EQ("", GetFile(mPath));
 }
 
 TEST_F(PCFileLength, TruncateZeroNeverExtends) {
   Start("abcdef");
-  ASSERT_EQ(mFile.Truncate(2), 1);
-  EXPECT_EQ(mFile.Truncate(0), 1);
-  EXPECT_EQ(GetFile(mPath), "ab");
+  ASSERT_EQ(1, mFile.Truncate(2));
+  EXPECT_EQ(1, mFile.Truncate(0));
+  EXPECT_EQ("ab", GetFile(mPath));
 }
 
 TEST_F(PCFileLength, ProtectMovesWhatTruncateZeroKeeps) {
   Start("abc");
   ASSERT_TRUE(WriteAt(mFile, 3, "defghi"));
   mFile.Protect(6);
-  EXPECT_EQ(mFile.Truncate(0), 1);
-  EXPECT_EQ(GetFile(mPath), "abcdef");
+  EXPECT_EQ(1, mFile.Truncate(0));
+  EXPECT_EQ("abcdef", GetFile(mPath));
   mFile.Protect(1);
-  EXPECT_EQ(mFile.Truncate(0), 1);
-  EXPECT_EQ(GetFile(mPath), "a");
+  EXPECT_EQ(1, mFile.Truncate(0));
+  EXPECT_EQ("a", GetFile(mPath));
 }
 
 TEST_F(PCFileLength, AFailedWriteKeepsThePositionAndIsUndoneByTruncateZero) {
@@ -190,45 +190,45 @@ TEST_F(PCFileLength, AFailedWriteKeepsThePositionAndIsUndoneByTruncateZero) {
     if (file.Write("d", 1) != 1 || ReadAt(file, 0, 5) != "abcdx") return false;
     return file.Truncate(1000) == 0 && file.Truncate(0) == 1;
   }));
-  EXPECT_EQ(GetFile(mPath), "abc");
+  EXPECT_EQ("abc", GetFile(mPath));
 }
 
 TEST_F(PCFileLength, LargeFilesAreReadWithoutAMapping) {
   Start("start");
   ASSERT_TRUE(WriteAt(mFile, 65 * kMiB, "end"));
-  EXPECT_EQ(ReadAt(65 * kMiB, 3), "end");
-  EXPECT_EQ(ReadAt(0, 5), "start");
-  EXPECT_EQ(ReadAt(65 * kMiB, 4), "(no)");
+  EXPECT_EQ("end", ReadAt(65 * kMiB, 3));
+  EXPECT_EQ("start", ReadAt(0, 5));
+  EXPECT_EQ("(no)", ReadAt(65 * kMiB, 4));
   PCFile again;
-  ASSERT_EQ(again.Create(mPath.c_str(), 2), 1);
+  ASSERT_EQ(1, again.Create(mPath.c_str(), 2));
   again.Refresh();
-  EXPECT_EQ(ReadAt(again, 65 * kMiB, 3), "end");
+  EXPECT_EQ("end", ReadAt(again, 65 * kMiB, 3));
   ASSERT_TRUE(WriteAt(again, 0, "START"));
-  EXPECT_EQ(ReadAt(0, 5), "START");
-  ASSERT_EQ(again.Truncate(5), 1);
-  EXPECT_EQ(ReadAt(again, 0, 5), "START");
-  EXPECT_EQ(ReadAt(again, 4, 2), "(no)");
+  EXPECT_EQ("START", ReadAt(0, 5));
+  ASSERT_EQ(1, again.Truncate(5));
+  EXPECT_EQ("START", ReadAt(again, 0, 5));
+  EXPECT_EQ("(no)", ReadAt(again, 4, 2));
 }
 
 TEST_F(PCFileLength, OffsetsPassTheFourGigabyteMark) {
   Start("");
-  ASSERT_EQ(mFile.Seek(0xFFFFFFFE), 1);
-  ASSERT_EQ(mFile.Write("abc", 3), 1);
-  ASSERT_EQ(mFile.Write("de", 2), 1);
-  EXPECT_EQ(ReadAt(0xFFFFFFFE, 5), "abcde");
-  EXPECT_EQ(ReadAt(0xFFFFFFFF, 5), "(no)");
-  EXPECT_EQ(mFile.Size(), 0xFFFFFFFFu) << "a longer file reports the largest size";
-  EXPECT_EQ(mFile.Truncate(0), 1);
-  EXPECT_EQ(mFile.Size(), 0u);
+  ASSERT_EQ(1, mFile.Seek(0xFFFFFFFE));
+  ASSERT_EQ(1, mFile.Write("abc", 3));
+  ASSERT_EQ(1, mFile.Write("de", 2));
+  EXPECT_EQ("abcde", ReadAt(0xFFFFFFFE, 5));
+  EXPECT_EQ("(no)", ReadAt(0xFFFFFFFF, 5));
+  EXPECT_EQ(0xFFFFFFFFu, mFile.Size()) << "a longer file reports the largest size";
+  EXPECT_EQ(1, mFile.Truncate(0));
+  EXPECT_EQ(0u, mFile.Size());
 }
 
 TEST_F(PCFileLength, ALengthThatDoesNotFitIsProtectedWhole) {
   PutFile(mPath, "");
   CutByOthers(0x100000010);
-  ASSERT_EQ(mFile.Create(mPath.c_str(), 2), 1);
-  EXPECT_EQ(mFile.Size(), 0xFFFFFFFFu);
-  EXPECT_EQ(mFile.Truncate(0), 1);
-  EXPECT_EQ(std::filesystem::file_size(mPath), 0x100000010u);
+  ASSERT_EQ(1, mFile.Create(mPath.c_str(), 2));
+  EXPECT_EQ(0xFFFFFFFFu, mFile.Size());
+  EXPECT_EQ(1, mFile.Truncate(0));
+  EXPECT_EQ(0x100000010u, std::filesystem::file_size(mPath));
 }
 
 TEST_F(PCFileLength, OpeningFailsWithoutADescriptorAndDoesNotCallTheFileMissing) {
@@ -239,7 +239,7 @@ TEST_F(PCFileLength, OpeningFailsWithoutADescriptorAndDoesNotCallTheFileMissing)
     const bool refused = file.Create(mPath.c_str(), 2) == 0 && !file.IsOpen() && !file.Missing();
     return refused && PCFile::Make(mPath.c_str()) == 0;
   }));
-  EXPECT_EQ(GetFile(mPath), "abc");
+  EXPECT_EQ("abc", GetFile(mPath));
 }
 
 // With one descriptor left below the standard streams' numbers the file cannot be moved above them.
@@ -276,17 +276,17 @@ bool IsMapped(const std::string& path) {
 TEST_F(PCFileLength, AFileThatIsReadDirectlyIsNeverMapped) {
   PutFile(mPath, std::string(3 * kMiB, 'a'));
   mFile.ReadDirectly();
-  ASSERT_EQ(mFile.Create(mPath.c_str(), 2), 1);
-  EXPECT_EQ(ReadAt(3 * kMiB - 2, 2), "aa");
+  ASSERT_EQ(1, mFile.Create(mPath.c_str(), 2));
+  EXPECT_EQ("aa", ReadAt(3 * kMiB - 2, 2));
   RefreshLater();
-  EXPECT_EQ(ReadAt(0, 2), "aa");
+  EXPECT_EQ("aa", ReadAt(0, 2));
   EXPECT_FALSE(IsMapped(mPath));
   ASSERT_TRUE(WriteAt(mFile, 3 * kMiB, "end"));
-  EXPECT_EQ(ReadAt(3 * kMiB - 1, 4), "aend");
-  EXPECT_EQ(ReadAt(3 * kMiB, 4), "(no)");
-  EXPECT_EQ(mFile.Truncate(5), 1);
-  EXPECT_EQ(ReadAt(0, 5), "aaaaa");
-  EXPECT_EQ(ReadAt(0, 6), "(no)");
+  EXPECT_EQ("aend", ReadAt(3 * kMiB - 1, 4));
+  EXPECT_EQ("(no)", ReadAt(3 * kMiB, 4));
+  EXPECT_EQ(1, mFile.Truncate(5));
+  EXPECT_EQ("aaaaa", ReadAt(0, 5));
+  EXPECT_EQ("(no)", ReadAt(0, 6));
   EXPECT_FALSE(IsMapped(mPath));
 }
 
@@ -294,8 +294,8 @@ TEST_F(PCFileLength, AFileThatIsReadDirectlyIsNeverMapped) {
 TEST_F(PCFileLength, ADirectReadFailsInAPartThatOthersCutOffJustNow) {
   PutFile(mPath, std::string(50000, 'a'));
   mFile.ReadDirectly();
-  ASSERT_EQ(mFile.Create(mPath.c_str(), 2), 1);
-  EXPECT_EQ(ReadAt(49999, 1), "a");
+  ASSERT_EQ(1, mFile.Create(mPath.c_str(), 2));
+  EXPECT_EQ("a", ReadAt(49999, 1));
   EXPECT_TRUE(InChild([&] {
     CutByOthers(100);
     if (ReadAt(49999, 1) != "(no)" || ReadAt(8192, 100) != "(no)") return false;
@@ -309,10 +309,10 @@ TEST_F(PCFileLength, ADirectReadFailsInAPartThatOthersCutOffJustNow) {
 TEST_F(PCFileLength, ReadingDirectlyBeginsWithTheNextOpening) {
   Start("abc");
   mFile.ReadDirectly();
-  EXPECT_EQ(ReadAt(0, 3), "abc");
+  EXPECT_EQ("abc", ReadAt(0, 3));
   for (int i = 0; i < 2; ++i) {
-    ASSERT_EQ(mFile.Create(mPath.c_str(), 2), 1);
-    EXPECT_EQ(ReadAt(0, 3), "abc");
+    ASSERT_EQ(1, mFile.Create(mPath.c_str(), 2));
+    EXPECT_EQ("abc", ReadAt(0, 3));
     EXPECT_FALSE(IsMapped(mPath));
   }
 }

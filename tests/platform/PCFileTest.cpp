@@ -29,38 +29,38 @@ TEST(PCFile, NeedsNoInitialisationAtRunTime) {
 TEST(PCFile, MakesAnEmptyFileAndLeavesItClosed) {
   TempDir dir;
   const int next = NextDescriptor();
-  EXPECT_EQ(PCFile::Make((dir / "new").c_str()), 1);
-  EXPECT_EQ(GetFile(dir / "new"), "");
+  EXPECT_EQ(1, PCFile::Make((dir / "new").c_str()));
+  EXPECT_EQ("", GetFile(dir / "new"));
   EXPECT_EQ(NextDescriptor(), next);
 }
 
 TEST(PCFile, MakesFilesWithModeOfTheUmask) {
   TempDir dir;
   const mode_t before = umask(027);
-  EXPECT_EQ(PCFile::Make((dir / "new").c_str()), 1);
+  EXPECT_EQ(1, PCFile::Make((dir / "new").c_str()));
   umask(before);
   struct stat info = {};
-  ASSERT_EQ(stat((dir / "new").c_str(), &info), 0);
-  EXPECT_EQ(info.st_mode & 07777u, 0640u);
+  ASSERT_EQ(0, stat((dir / "new").c_str(), &info));
+  EXPECT_EQ(0640u, info.st_mode & 07777u);
 }
 
 TEST(PCFile, MakeEmptiesAFileThatExists) {
   TempDir dir;
   PutFile(dir / "old", "content");
-  EXPECT_EQ(PCFile::Make((dir / "old").c_str()), 1);
-  EXPECT_EQ(GetFile(dir / "old"), "");
+  EXPECT_EQ(1, PCFile::Make((dir / "old").c_str()));
+  EXPECT_EQ("", GetFile(dir / "old"));
 }
 
 TEST(PCFile, MakeFailsWhereNoRegularFileCanBe) {
   TempDir dir;
   const int next = NextDescriptor();
-  ASSERT_EQ(mkfifo((dir / "fifo").c_str(), 0666), 0);
-  EXPECT_EQ(PCFile::Make((dir / "absent/new").c_str()), 0);
-  EXPECT_EQ(PCFile::Make((dir / ".").c_str()), 0);
-  EXPECT_EQ(PCFile::Make((dir / "fifo").c_str()), 0);
-  EXPECT_EQ(PCFile::Make("/dev/null"), 0);
-  EXPECT_EQ(PCFile::Make(""), 0);
-  EXPECT_EQ(PCFile::Make(nullptr), 0);
+  ASSERT_EQ(0, mkfifo((dir / "fifo").c_str(), 0666));
+  EXPECT_EQ(0, PCFile::Make((dir / "absent/new").c_str()));
+  EXPECT_EQ(0, PCFile::Make((dir / ".").c_str()));
+  EXPECT_EQ(0, PCFile::Make((dir / "fifo").c_str()));
+  EXPECT_EQ(0, PCFile::Make("/dev/null"));
+  EXPECT_EQ(0, PCFile::Make(""));
+  EXPECT_EQ(0, PCFile::Make(nullptr));
   EXPECT_EQ(NextDescriptor(), next);
 }
 
@@ -69,53 +69,53 @@ TEST(PCFile, CreateOpensAtTheStartOfTheFile) {
   PutFile(dir / "f", "abcdef");
   PCFile file;
   EXPECT_FALSE(file.IsOpen());
-  EXPECT_EQ(file.Create((dir / "f").c_str(), PCFile::kReadWrite), 1);
+  EXPECT_EQ(1, file.Create((dir / "f").c_str(), PCFile::kReadWrite));
   EXPECT_TRUE(file.IsOpen());
   char bytes[3];
-  EXPECT_EQ(file.Read(bytes, 3), 1);
-  EXPECT_EQ(std::string(bytes, 3), "abc");
-  EXPECT_EQ(GetFile(dir / "f"), "abcdef");
+  EXPECT_EQ(1, file.Read(bytes, 3));
+  EXPECT_EQ("abc", std::string(bytes, 3));
+  EXPECT_EQ("abcdef", GetFile(dir / "f"));
 }
 
 TEST(PCFile, CreateOpensAFileDatedAfterTheYear2038) {
   TempDir dir;
   PutFile(dir / "f", "abc");
-  ASSERT_EQ(std::system(("touch -d 2040-01-01 '" + (dir / "f") + "'").c_str()), 0);
+  ASSERT_EQ(0, std::system(("touch -d 2040-01-01 '" + (dir / "f") + "'").c_str()));
   PCFile file;
-  EXPECT_EQ(file.Create((dir / "f").c_str(), 2), 1);
+  EXPECT_EQ(1, file.Create((dir / "f").c_str(), 2));
   EXPECT_TRUE(file.SameFile((dir / "f").c_str()));
 }
 
 TEST(PCFile, CreateNeverMakesAFile) {
   TempDir dir;
   PCFile file;
-  EXPECT_EQ(file.Create((dir / "absent").c_str(), 2), 0);
+  EXPECT_EQ(0, file.Create((dir / "absent").c_str(), 2));
   EXPECT_FALSE(file.IsOpen());
   EXPECT_TRUE(file.Missing());
-  EXPECT_EQ(access((dir / "absent").c_str(), F_OK), -1);
+  EXPECT_EQ(-1, access((dir / "absent").c_str(), F_OK));
 }
 
 TEST(PCFile, CreateTakesOnlyTheReadWriteMode) {
   TempDir dir;
   PutFile(dir / "f", "abc");
   PCFile file;
-  for (int mode : {-1, 0, 1, 3, 6}) EXPECT_EQ(file.Create((dir / "f").c_str(), mode), 0) << mode;
+  for (int mode : {-1, 0, 1, 3, 6}) EXPECT_EQ(0, file.Create((dir / "f").c_str(), mode)) << mode;
   EXPECT_FALSE(file.Missing());
 }
 
 TEST(PCFile, CreateRefusesWhatIsNoRegularFileAndLeavesNothingOpen) {
   TempDir dir;
   const int next = NextDescriptor();
-  ASSERT_EQ(mkfifo((dir / "fifo").c_str(), 0666), 0);
+  ASSERT_EQ(0, mkfifo((dir / "fifo").c_str(), 0666));
   PutFile(dir / "plain", "");
   PCFile file;
   for (const std::string& path :
        {dir / ".", dir / "fifo", dir / "plain/below", std::string("/dev/null")}) {
-    EXPECT_EQ(file.Create(path.c_str(), 2), 0) << path;
+    EXPECT_EQ(0, file.Create(path.c_str(), 2)) << path;
     EXPECT_FALSE(file.IsOpen()) << path;
     EXPECT_FALSE(file.Missing()) << path;
   }
-  EXPECT_EQ(file.Create(nullptr, 2), 0);
+  EXPECT_EQ(0, file.Create(nullptr, 2));
   EXPECT_FALSE(file.Missing());
   EXPECT_EQ(NextDescriptor(), next);
 }
@@ -124,11 +124,11 @@ TEST(PCFile, MissingIsForgottenByTheNextCreate) {
   TempDir dir;
   PutFile(dir / "f", "");
   PCFile file;
-  EXPECT_EQ(file.Create((dir / "absent").c_str(), 2), 0);
+  EXPECT_EQ(0, file.Create((dir / "absent").c_str(), 2));
   EXPECT_TRUE(file.Missing());
-  EXPECT_EQ(file.Create((dir / "f").c_str(), 2), 1);
+  EXPECT_EQ(1, file.Create((dir / "f").c_str(), 2));
   EXPECT_FALSE(file.Missing());
-  EXPECT_EQ(file.Create((dir / ".").c_str(), 2), 0);
+  EXPECT_EQ(0, file.Create((dir / ".").c_str(), 2));
   EXPECT_FALSE(file.Missing());
 }
 
@@ -138,12 +138,12 @@ TEST(PCFile, CreateClosesWhatWasOpenEvenWhenItFails) {
   PutFile(dir / "b", "bbbb");
   const int next = NextDescriptor();
   PCFile file;
-  ASSERT_EQ(file.Create((dir / "a").c_str(), 2), 1);
-  ASSERT_EQ(file.Seek(3), 1);
-  ASSERT_EQ(file.Create((dir / "b").c_str(), 2), 1);
-  EXPECT_EQ(ReadAt(file, 0, 4), "bbbb");
+  ASSERT_EQ(1, file.Create((dir / "a").c_str(), 2));
+  ASSERT_EQ(1, file.Seek(3));
+  ASSERT_EQ(1, file.Create((dir / "b").c_str(), 2));
+  EXPECT_EQ("bbbb", ReadAt(file, 0, 4));
   EXPECT_EQ(NextDescriptor(), next + 1);
-  EXPECT_EQ(file.Create((dir / "absent").c_str(), 2), 0);
+  EXPECT_EQ(0, file.Create((dir / "absent").c_str(), 2));
   EXPECT_FALSE(file.IsOpen());
   EXPECT_EQ(NextDescriptor(), next);
 }
@@ -153,7 +153,7 @@ TEST(PCFile, IsNotInheritedByOtherPrograms) {
   PutFile(dir / "f", "");
   const int fd = NextDescriptor();
   PCFile file;
-  ASSERT_EQ(file.Create((dir / "f").c_str(), 2), 1);
+  ASSERT_EQ(1, file.Create((dir / "f").c_str(), 2));
   EXPECT_EQ(fcntl(fd, F_GETFD), FD_CLOEXEC);
 }
 
@@ -166,51 +166,51 @@ TEST(PCFile, StaysClearOfTheStandardStreams) {
     if (PCFile::Make(path.c_str()) != 1 || file.Create(path.c_str(), 2) != 1) return false;
     return write(1, "x", 1) < 0 && write(2, "x", 1) < 0 && file.Write("ok", 2) == 1;
   }));
-  EXPECT_EQ(GetFile(path), "ok");
+  EXPECT_EQ("ok", GetFile(path));
 }
 
 TEST(PCFile, ReadsMoveThePosition) {
   TempDir dir;
   PutFile(dir / "f", "abcdef");
   PCFile file;
-  ASSERT_EQ(file.Create((dir / "f").c_str(), 2), 1);
+  ASSERT_EQ(1, file.Create((dir / "f").c_str(), 2));
   std::string bytes(2, '?');
-  EXPECT_EQ(file.Read(bytes.data(), 2), 1);
-  EXPECT_EQ(bytes, "ab");
-  EXPECT_EQ(file.Read(bytes.data(), 2), 1);
-  EXPECT_EQ(bytes, "cd");
-  EXPECT_EQ(file.Seek(1), 1);
-  EXPECT_EQ(file.Read(bytes.data(), 2), 1);
-  EXPECT_EQ(bytes, "bc");
+  EXPECT_EQ(1, file.Read(bytes.data(), 2));
+  EXPECT_EQ("ab", bytes);
+  EXPECT_EQ(1, file.Read(bytes.data(), 2));
+  EXPECT_EQ("cd", bytes);
+  EXPECT_EQ(1, file.Seek(1));
+  EXPECT_EQ(1, file.Read(bytes.data(), 2));
+  EXPECT_EQ("bc", bytes);
 }
 
 TEST(PCFile, ReadsFailWhenFewerBytesAreThere) {
   TempDir dir;
   PutFile(dir / "f", "abcdef");
   PCFile file;
-  ASSERT_EQ(file.Create((dir / "f").c_str(), 2), 1);
+  ASSERT_EQ(1, file.Create((dir / "f").c_str(), 2));
   char bytes[8];
-  ASSERT_EQ(file.Seek(4), 1);
-  EXPECT_EQ(file.Read(bytes, 3), 0);
-  EXPECT_EQ(file.Read(bytes, 2), 1) << "the position stays after a failure";
-  EXPECT_EQ(std::string(bytes, 2), "ef");
-  EXPECT_EQ(file.Read(bytes, 1), 0) << "at the end";
-  EXPECT_EQ(ReadAt(file, 7, 1), "(no)");
-  EXPECT_EQ(ReadAt(file, 0xFFFFFFFF, 1), "(no)");
+  ASSERT_EQ(1, file.Seek(4));
+  EXPECT_EQ(0, file.Read(bytes, 3));
+  EXPECT_EQ(1, file.Read(bytes, 2)) << "the position stays after a failure";
+  EXPECT_EQ("ef", std::string(bytes, 2));
+  EXPECT_EQ(0, file.Read(bytes, 1)) << "at the end";
+  EXPECT_EQ("(no)", ReadAt(file, 7, 1));
+  EXPECT_EQ("(no)", ReadAt(file, 0xFFFFFFFF, 1));
 }
 
 TEST(PCFile, WritesMoveThePositionAndShowInTheFileAndInReads) {
   TempDir dir;
   PutFile(dir / "f", "abcdef");
   PCFile file;
-  ASSERT_EQ(file.Create((dir / "f").c_str(), 2), 1);
-  EXPECT_EQ(file.Write("12", 2), 1);
-  EXPECT_EQ(file.Write("34", 2), 1);
-  EXPECT_EQ(GetFile(dir / "f"), "1234ef");
-  EXPECT_EQ(ReadAt(file, 0, 6), "1234ef");
-  ASSERT_EQ(file.Seek(3), 1);
-  EXPECT_EQ(file.Write("xyz!", 4), 1);
-  EXPECT_EQ(ReadAt(file, 0, 7), "123xyz!");
+  ASSERT_EQ(1, file.Create((dir / "f").c_str(), 2));
+  EXPECT_EQ(1, file.Write("12", 2));
+  EXPECT_EQ(1, file.Write("34", 2));
+  EXPECT_EQ("1234ef", GetFile(dir / "f"));
+  EXPECT_EQ("1234ef", ReadAt(file, 0, 6));
+  ASSERT_EQ(1, file.Seek(3));
+  EXPECT_EQ(1, file.Write("xyz!", 4));
+  EXPECT_EQ("123xyz!", ReadAt(file, 0, 7));
 }
 
 TEST(PCFile, StoresMoveThePositionAndShowInTheFileAndInReads) {
@@ -248,38 +248,38 @@ TEST(PCFile, TransfersOfNoBytesSucceedAndChangeNothing) {
   PutFile(dir / "f", "abc");
   PutFile(dir / "empty", "");
   PCFile file;
-  ASSERT_EQ(file.Create((dir / "empty").c_str(), 2), 1);
-  EXPECT_EQ(file.Read(nullptr, 0), 1);
-  EXPECT_EQ(file.Write(nullptr, 0), 1);
-  ASSERT_EQ(file.Create((dir / "f").c_str(), 2), 1);
+  ASSERT_EQ(1, file.Create((dir / "empty").c_str(), 2));
+  EXPECT_EQ(1, file.Read(nullptr, 0));
+  EXPECT_EQ(1, file.Write(nullptr, 0));
+  ASSERT_EQ(1, file.Create((dir / "f").c_str(), 2));
   for (unsigned int offset : {0u, 1u, 3u, 100u}) {
-    ASSERT_EQ(file.Seek(offset), 1);
-    EXPECT_EQ(file.Read(nullptr, 0), 1) << offset;
-    EXPECT_EQ(file.Write(nullptr, 0), 1) << offset;
+    ASSERT_EQ(1, file.Seek(offset));
+    EXPECT_EQ(1, file.Read(nullptr, 0)) << offset;
+    EXPECT_EQ(1, file.Write(nullptr, 0)) << offset;
   }
-  EXPECT_EQ(file.Size(), 3u);
-  EXPECT_EQ(ReadAt(file, 3, 1), "(no)");
+  EXPECT_EQ(3u, file.Size());
+  EXPECT_EQ("(no)", ReadAt(file, 3, 1));
 }
 
 TEST(PCFile, AnswersFailureWhileClosed) {
   PCFile file;
   char byte = 'x';
   for (int round = 0; round < 2; ++round) {
-    EXPECT_EQ(file.Read(&byte, 1), 0);
-    EXPECT_EQ(file.Read(&byte, 0), 0);
-    EXPECT_EQ(file.Write(&byte, 1), 0);
-    EXPECT_EQ(file.Write(&byte, 0), 0);
-    EXPECT_EQ(file.Seek(0), 0);
-    EXPECT_EQ(file.Truncate(0), 0);
-    EXPECT_EQ(file.Truncate(5), 0);
-    EXPECT_EQ(file.Size(), 0u);
+    EXPECT_EQ(0, file.Read(&byte, 1));
+    EXPECT_EQ(0, file.Read(&byte, 0));
+    EXPECT_EQ(0, file.Write(&byte, 1));
+    EXPECT_EQ(0, file.Write(&byte, 0));
+    EXPECT_EQ(0, file.Seek(0));
+    EXPECT_EQ(0, file.Truncate(0));
+    EXPECT_EQ(0, file.Truncate(5));
+    EXPECT_EQ(0u, file.Size());
     EXPECT_FALSE(file.SameFile("/"));
     file.Refresh();
     TempDir dir;
     PutFile(dir / "f", "abc");
-    ASSERT_EQ(file.Create((dir / "f").c_str(), 2), 1);
-    EXPECT_EQ(file.Destroy(), 1);
-    EXPECT_EQ(file.Destroy(), 1);
+    ASSERT_EQ(1, file.Create((dir / "f").c_str(), 2));
+    EXPECT_EQ(1, file.Destroy());
+    EXPECT_EQ(1, file.Destroy());
     EXPECT_FALSE(file.IsOpen());
   }
 }
@@ -288,10 +288,10 @@ TEST(PCFile, RecognisesItsFileUnderOtherNames) {
   TempDir dir;
   PutFile(dir / "f", "abc");
   PutFile(dir / "copy", "abc");
-  ASSERT_EQ(symlink("f", (dir / "soft").c_str()), 0);
-  ASSERT_EQ(link((dir / "f").c_str(), (dir / "hard").c_str()), 0);
+  ASSERT_EQ(0, symlink("f", (dir / "soft").c_str()));
+  ASSERT_EQ(0, link((dir / "f").c_str(), (dir / "hard").c_str()));
   PCFile file;
-  ASSERT_EQ(file.Create((dir / "f").c_str(), 2), 1);
+  ASSERT_EQ(1, file.Create((dir / "f").c_str(), 2));
   EXPECT_TRUE(file.SameFile((dir / "f").c_str()));
   EXPECT_TRUE(file.SameFile((dir / "./f").c_str()));
   EXPECT_TRUE(file.SameFile((dir / "soft").c_str()));
@@ -300,7 +300,7 @@ TEST(PCFile, RecognisesItsFileUnderOtherNames) {
   EXPECT_FALSE(file.SameFile((dir / "absent").c_str()));
   EXPECT_FALSE(file.SameFile(nullptr));
   PutFile(dir / "new", "abc");
-  ASSERT_EQ(rename((dir / "new").c_str(), (dir / "f").c_str()), 0);
+  ASSERT_EQ(0, rename((dir / "new").c_str(), (dir / "f").c_str()));
   EXPECT_FALSE(file.SameFile((dir / "f").c_str())) << "another file took the name";
 }
 
@@ -308,16 +308,16 @@ TEST(PCFile, RecognisesTheFileThatAnotherObjectHasOpen) {
   TempDir dir;
   PutFile(dir / "f", "abc");
   PutFile(dir / "copy", "abc");
-  ASSERT_EQ(link((dir / "f").c_str(), (dir / "hard").c_str()), 0);
+  ASSERT_EQ(0, link((dir / "f").c_str(), (dir / "hard").c_str()));
   PCFile file;
   PCFile other;
   EXPECT_FALSE(file.SameFile(other));
-  ASSERT_EQ(file.Create((dir / "f").c_str(), 2), 1);
+  ASSERT_EQ(1, file.Create((dir / "f").c_str(), 2));
   EXPECT_FALSE(file.SameFile(other));
   EXPECT_FALSE(other.SameFile(file));
-  ASSERT_EQ(other.Create((dir / "hard").c_str(), 2), 1);
+  ASSERT_EQ(1, other.Create((dir / "hard").c_str(), 2));
   EXPECT_TRUE(file.SameFile(other));
-  ASSERT_EQ(other.Create((dir / "copy").c_str(), 2), 1);
+  ASSERT_EQ(1, other.Create((dir / "copy").c_str(), 2));
   EXPECT_FALSE(file.SameFile(other));
 }
 
@@ -326,21 +326,21 @@ TEST(PCFile, ExchangesWhatIsOpen) {
   PutFile(dir / "f", "abcdef");
   PCFile file;
   PCFile other;
-  ASSERT_EQ(file.Create((dir / "f").c_str(), 2), 1);
-  ASSERT_EQ(other.Create((dir / "absent").c_str(), 2), 0);
-  ASSERT_EQ(file.Seek(2), 1);
+  ASSERT_EQ(1, file.Create((dir / "f").c_str(), 2));
+  ASSERT_EQ(0, other.Create((dir / "absent").c_str(), 2));
+  ASSERT_EQ(1, file.Seek(2));
   file.Swap(other);
   EXPECT_FALSE(file.IsOpen());
   EXPECT_TRUE(file.Missing());
   EXPECT_FALSE(other.Missing());
   char letters[3] = {};
-  EXPECT_EQ(file.Read(letters, 1), 0);
-  EXPECT_EQ(other.Read(letters, 2), 1);
+  EXPECT_EQ(0, file.Read(letters, 1));
+  EXPECT_EQ(1, other.Read(letters, 2));
   EXPECT_STREQ(letters, "cd");
-  ASSERT_EQ(other.Seek(8), 1);
-  EXPECT_EQ(other.Write("x", 1), 1);
-  EXPECT_EQ(other.Truncate(0), 1);  // the protected length has come along
-  EXPECT_EQ(GetFile(dir / "f"), "abcdef");
+  ASSERT_EQ(1, other.Seek(8));
+  EXPECT_EQ(1, other.Write("x", 1));
+  EXPECT_EQ(1, other.Truncate(0));  // the protected length has come along
+  EXPECT_EQ("abcdef", GetFile(dir / "f"));
 }
 
 }  // namespace

@@ -15,7 +15,7 @@ TEST(PCMem, CopiesExactlyTheBytesGiven) {
 TEST(PCMem, FillsExactlyTheBytesGiven) {
   std::string dest = "......";
   PCMem::Set(dest.data() + 2, 0xFF, 3);
-  EXPECT_EQ(dest, "..\xFF\xFF\xFF.");
+  EXPECT_EQ("..\xFF\xFF\xFF.", dest);
 }
 
 TEST(PCMem, NullIsAllowedForNoBytes) {
@@ -24,7 +24,7 @@ TEST(PCMem, NullIsAllowedForNoBytes) {
   PCMem::Copy(&byte, nullptr, 0);
   PCMem::Set(nullptr, 1, 0);
   PCMem::Set(&byte, 1, 0);
-  EXPECT_EQ(byte, 'x');
+  EXPECT_EQ('x', byte);
 }
 
 }  // namespace

@@ -19,7 +19,7 @@ void Elsewhere(Body body) {
 
 class CreatedMutex : public ::testing::Test {
  protected:
-  void SetUp() override { ASSERT_EQ(mLock.Create(), 1); }
+  void SetUp() override { ASSERT_EQ(1, mLock.Create()); }
 
   PCMutex mLock;
 };
@@ -32,31 +32,31 @@ TEST(PCMutex, DoesNothingWhileNotCreated) {
   PCMutex lock;
   lock.Take();
   EXPECT_FALSE(lock.IsMine());
-  EXPECT_EQ(lock.TryTake(), 1) << "as Take";
+  EXPECT_EQ(1, lock.TryTake()) << "as Take";
   EXPECT_FALSE(lock.IsMine());
-  EXPECT_EQ(lock.Depth(), 0);
+  EXPECT_EQ(0, lock.Depth());
   lock.Give();
   lock.Retake(3);
   EXPECT_FALSE(lock.IsMine());
-  EXPECT_EQ(lock.Depth(), 0);
-  EXPECT_EQ(lock.ReleaseAll(), 0);
+  EXPECT_EQ(0, lock.Depth());
+  EXPECT_EQ(0, lock.ReleaseAll());
   lock.Destroy();
   EXPECT_FALSE(lock.IsCreated());
 }
 
 TEST_F(CreatedMutex, TryTakeAddsALevelUnlessAnotherThreadOwnsTheLock) {
-  EXPECT_EQ(mLock.TryTake(), 1);
-  EXPECT_EQ(mLock.TryTake(), 1);
+  EXPECT_EQ(1, mLock.TryTake());
+  EXPECT_EQ(1, mLock.TryTake());
   EXPECT_TRUE(mLock.IsMine());
-  EXPECT_EQ(mLock.Depth(), 2);
+  EXPECT_EQ(2, mLock.Depth());
   Elsewhere([this] {
-    EXPECT_EQ(mLock.TryTake(), 0);
+    EXPECT_EQ(0, mLock.TryTake());
     EXPECT_FALSE(mLock.IsMine());
   });
   mLock.Give();
   mLock.Give();
   Elsewhere([this] {
-    EXPECT_EQ(mLock.TryTake(), 1);
+    EXPECT_EQ(1, mLock.TryTake());
     EXPECT_TRUE(mLock.IsMine());
     mLock.Give();
   });
@@ -66,7 +66,7 @@ TEST_F(CreatedMutex, TryTakeAddsALevelUnlessAnotherThreadOwnsTheLock) {
 TEST_F(CreatedMutex, IsFreeAtFirst) {
   EXPECT_TRUE(mLock.IsCreated());
   EXPECT_FALSE(mLock.IsMine());
-  EXPECT_EQ(mLock.Depth(), 0);
+  EXPECT_EQ(0, mLock.Depth());
 }
 
 TEST_F(CreatedMutex, CountsTheLevelsOfItsOwner) {
@@ -74,14 +74,14 @@ TEST_F(CreatedMutex, CountsTheLevelsOfItsOwner) {
   mLock.Take();
   mLock.Take();
   EXPECT_TRUE(mLock.IsMine());
-  EXPECT_EQ(mLock.Depth(), 3);
+  EXPECT_EQ(3, mLock.Depth());
   mLock.Give();
   mLock.Give();
   EXPECT_TRUE(mLock.IsMine());
-  EXPECT_EQ(mLock.Depth(), 1);
+  EXPECT_EQ(1, mLock.Depth());
   mLock.Give();
   EXPECT_FALSE(mLock.IsMine());
-  EXPECT_EQ(mLock.Depth(), 0);
+  EXPECT_EQ(0, mLock.Depth());
 }
 
 TEST_F(CreatedMutex, MoreGivesThanTakesDoNothing) {
@@ -96,10 +96,10 @@ TEST_F(CreatedMutex, MoreGivesThanTakesDoNothing) {
     ++inside;
     mLock.Give();
   });
-  EXPECT_EQ(inside.load(), 0) << "the lock still lets one thread in at a time";
+  EXPECT_EQ(0, inside.load()) << "the lock still lets one thread in at a time";
   mLock.Give();
   other.join();
-  EXPECT_EQ(inside.load(), 1);
+  EXPECT_EQ(1, inside.load());
 }
 
 TEST_F(CreatedMutex, OtherThreadsNeitherOwnItNorFreeIt) {
@@ -108,10 +108,10 @@ TEST_F(CreatedMutex, OtherThreadsNeitherOwnItNorFreeIt) {
   Elsewhere([&] {
     EXPECT_FALSE(mLock.IsMine());
     mLock.Give();
-    EXPECT_EQ(mLock.ReleaseAll(), 0);
+    EXPECT_EQ(0, mLock.ReleaseAll());
   });
   EXPECT_TRUE(mLock.IsMine());
-  EXPECT_EQ(mLock.Depth(), 2);
+  EXPECT_EQ(2, mLock.Depth());
 }
 
 TEST_F(CreatedMutex, KeepsThreadsApart) {
@@ -136,17 +136,17 @@ TEST_F(CreatedMutex, ReleaseAllFreesItAndRetakeRestoresTheLevels) {
   mLock.Take();
   mLock.Take();
   mLock.Take();
-  EXPECT_EQ(mLock.ReleaseAll(), 3);
+  EXPECT_EQ(3, mLock.ReleaseAll());
   EXPECT_FALSE(mLock.IsMine());
-  EXPECT_EQ(mLock.ReleaseAll(), 0);
+  EXPECT_EQ(0, mLock.ReleaseAll());
   Elsewhere([&] {
     mLock.Take();
-    EXPECT_EQ(mLock.Depth(), 1);
+    EXPECT_EQ(1, mLock.Depth());
     mLock.Give();
   });
   mLock.Retake(3);
   EXPECT_TRUE(mLock.IsMine());
-  EXPECT_EQ(mLock.Depth(), 3);
+  EXPECT_EQ(3, mLock.Depth());
   for (int i = 0; i < 3; ++i) mLock.Give();
   EXPECT_FALSE(mLock.IsMine());
 }
@@ -160,7 +160,7 @@ TEST_F(CreatedMutex, RetakeOfNoLevelsDoesNothing) {
 TEST_F(CreatedMutex, RetakeByTheOwnerAddsTheLevels) {
   mLock.Take();
   mLock.Retake(2);
-  EXPECT_EQ(mLock.Depth(), 3);
+  EXPECT_EQ(3, mLock.Depth());
 }
 
 TEST_F(CreatedMutex, RetakeWaitsForTheOwner) {
@@ -175,15 +175,15 @@ TEST_F(CreatedMutex, RetakeWaitsForTheOwner) {
   ++value;
   mLock.Give();
   other.join();
-  EXPECT_EQ(value, 2);
+  EXPECT_EQ(2, value);
 }
 
 TEST_F(CreatedMutex, CreateMakesAHeldLockFree) {
   mLock.Take();
   mLock.Take();
-  EXPECT_EQ(mLock.Create(), 1);
+  EXPECT_EQ(1, mLock.Create());
   EXPECT_FALSE(mLock.IsMine());
-  EXPECT_EQ(mLock.Depth(), 0);
+  EXPECT_EQ(0, mLock.Depth());
   Elsewhere([&] { PCMutexGuard guard(mLock); });
 }
 
@@ -193,28 +193,28 @@ TEST_F(CreatedMutex, WorksAgainWhenCreatedAfterDestroy) {
   EXPECT_FALSE(mLock.IsCreated());
   EXPECT_FALSE(mLock.IsMine());
   mLock.Destroy();
-  EXPECT_EQ(mLock.Create(), 1);
+  EXPECT_EQ(1, mLock.Create());
   EXPECT_FALSE(mLock.IsMine());
   mLock.Take();
-  EXPECT_EQ(mLock.Depth(), 1);
+  EXPECT_EQ(1, mLock.Depth());
   mLock.Give();
 }
 
 TEST(PCMutex, MayEndWhileHeld) {
   PCMutex lock;
-  ASSERT_EQ(lock.Create(), 1);
+  ASSERT_EQ(1, lock.Create());
   lock.Take();
 }
 
 TEST_F(CreatedMutex, GuardHoldsOneLevelForItsScope) {
   {
     PCMutexGuard outer(mLock);
-    EXPECT_EQ(mLock.Depth(), 1);
+    EXPECT_EQ(1, mLock.Depth());
     {
       PCMutexGuard inner(mLock);
-      EXPECT_EQ(mLock.Depth(), 2);
+      EXPECT_EQ(2, mLock.Depth());
     }
-    EXPECT_EQ(mLock.Depth(), 1);
+    EXPECT_EQ(1, mLock.Depth());
   }
   EXPECT_FALSE(mLock.IsMine());
 }
@@ -225,7 +225,7 @@ TEST_F(CreatedMutex, GuardCanLeaveItsLevelWithTheThread) {
     guard.Keep();
   }
   EXPECT_TRUE(mLock.IsMine());
-  EXPECT_EQ(mLock.Depth(), 1);
+  EXPECT_EQ(1, mLock.Depth());
   mLock.Give();
 }
 

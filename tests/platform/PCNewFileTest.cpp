@@ -20,7 +20,7 @@ bool Fill(PCNewFile& made, const char* text) {
 
 mode_t ModeOf(const std::string& path) {
   struct stat info = {};
-  EXPECT_EQ(stat(path.c_str(), &info), 0);
+  EXPECT_EQ(0, stat(path.c_str(), &info));
   return info.st_mode & 07777;
 }
 
@@ -29,16 +29,16 @@ TEST(PCNewFile, HasItsNameOnlyWhenItIsGiven) {
   const int next = NextDescriptor();
   {
     PCNewFile made;
-    ASSERT_EQ(made.Create((dir / "f").c_str()), 1);
+    ASSERT_EQ(1, made.Create((dir / "f").c_str()));
     EXPECT_FALSE(made.IsInPlace());
     EXPECT_EQ(made.Path(), dir / ".yax-new-00");
     ASSERT_TRUE(Fill(made, "new"));
-    EXPECT_EQ(NamesIn(dir / "."), ".yax-new-00 ");
-    EXPECT_EQ(made.Sync(), 1);
-    EXPECT_EQ(made.GiveName(true), 1);
-    EXPECT_EQ(GetFile(dir / "f"), "new");
+    EXPECT_EQ(".yax-new-00 ", NamesIn(dir / "."));
+    EXPECT_EQ(1, made.Sync());
+    EXPECT_EQ(1, made.GiveName(true));
+    EXPECT_EQ("new", GetFile(dir / "f"));
   }
-  EXPECT_EQ(NamesIn(dir / "."), "f ");
+  EXPECT_EQ("f ", NamesIn(dir / "."));
   EXPECT_EQ(NextDescriptor(), next);
 }
 
@@ -48,18 +48,18 @@ TEST(PCNewFile, LeavesNothingWhenItIsGivenUp) {
   const int next = NextDescriptor();
   PCNewFile made;
   for (const char* name : {"new", "old"}) {
-    ASSERT_EQ(made.Create((dir / name).c_str()), 1);
+    ASSERT_EQ(1, made.Create((dir / name).c_str()));
     ASSERT_TRUE(Fill(made, "part"));
   }
   made.Destroy();
   made.Destroy();
   EXPECT_FALSE(made.IsOpen());
-  EXPECT_EQ(made.Path(), nullptr);
-  EXPECT_EQ(made.Sync(), 0);
-  EXPECT_EQ(made.GiveName(false), 0);
-  EXPECT_EQ(made.TakeName(), 0);
-  EXPECT_EQ(NamesIn(dir / "."), "old ");
-  EXPECT_EQ(GetFile(dir / "old"), "old");
+  EXPECT_EQ(nullptr, made.Path());
+  EXPECT_EQ(0, made.Sync());
+  EXPECT_EQ(0, made.GiveName(false));
+  EXPECT_EQ(0, made.TakeName());
+  EXPECT_EQ("old ", NamesIn(dir / "."));
+  EXPECT_EQ("old", GetFile(dir / "old"));
   EXPECT_EQ(NextDescriptor(), next);
 }
 
@@ -68,25 +68,25 @@ TEST(PCNewFile, ReplacesAFileWithItsOwnerAndMode) {
     TempDir dir;
     const std::string path = dir / "f";
     PutFile(path, "a long old text");
-    ASSERT_EQ(chmod(path.c_str(), 0640), 0);
+    ASSERT_EQ(0, chmod(path.c_str(), 0640));
     if (geteuid() == 0) {
-      ASSERT_EQ(chown(path.c_str(), 7, 8), 0);
+      ASSERT_EQ(0, chown(path.c_str(), 7, 8));
     }
     struct stat before = {};
-    ASSERT_EQ(stat(path.c_str(), &before), 0);
+    ASSERT_EQ(0, stat(path.c_str(), &before));
     PCNewFile made;
-    ASSERT_EQ(made.Create(path.c_str()), 1);
+    ASSERT_EQ(1, made.Create(path.c_str()));
     ASSERT_TRUE(Fill(made, "new"));
-    EXPECT_EQ(GetFile(path), "a long old text");
-    EXPECT_EQ(made.GiveName(sync), 1);
+    EXPECT_EQ("a long old text", GetFile(path));
+    EXPECT_EQ(1, made.GiveName(sync));
     made.Destroy();
     struct stat after = {};
-    ASSERT_EQ(stat(path.c_str(), &after), 0);
-    EXPECT_EQ(GetFile(path), "new");
+    ASSERT_EQ(0, stat(path.c_str(), &after));
+    EXPECT_EQ("new", GetFile(path));
     EXPECT_EQ(after.st_mode, before.st_mode);
     EXPECT_EQ(after.st_uid, before.st_uid);
     EXPECT_EQ(after.st_gid, before.st_gid);
-    EXPECT_EQ(NamesIn(dir / "."), "f ");
+    EXPECT_EQ("f ", NamesIn(dir / "."));
   }
 }
 
@@ -94,10 +94,10 @@ TEST(PCNewFile, HasTheModeOfTheUmask) {
   TempDir dir;
   const mode_t before = umask(027);
   PCNewFile made;
-  EXPECT_EQ(made.Create((dir / "f").c_str()), 1);
-  EXPECT_EQ(made.GiveName(false), 1);
+  EXPECT_EQ(1, made.Create((dir / "f").c_str()));
+  EXPECT_EQ(1, made.GiveName(false));
   umask(before);
-  EXPECT_EQ(ModeOf(dir / "f"), 0640u);
+  EXPECT_EQ(0640u, ModeOf(dir / "f"));
 }
 
 TEST(PCNewFile, FollowsSymbolicLinks) {
@@ -113,33 +113,33 @@ TEST(PCNewFile, FollowsSymbolicLinks) {
     std::filesystem::create_symlink("./first", dir / "second");
     std::filesystem::create_symlink(dir / "second", dir / "third");
     PCNewFile made;
-    ASSERT_EQ(made.Create((dir / "third").c_str()), 1);
-    EXPECT_EQ(NamesIn(dir / "below"),
-              std::string(".yax-new-00 ") + (*there == 'o' ? "target " : ""));
+    ASSERT_EQ(1, made.Create((dir / "third").c_str()));
+    EXPECT_EQ(std::string(".yax-new-00 ") + (*there == 'o' ? "target " : ""),
+              NamesIn(dir / "below"));
     ASSERT_TRUE(Fill(made, "new"));
     EXPECT_EQ(GetFile(dir / "third"), there);
-    EXPECT_EQ(made.GiveName(false), 1);
-    EXPECT_EQ(GetFile(target), "new");
+    EXPECT_EQ(1, made.GiveName(false));
+    EXPECT_EQ("new", GetFile(target));
     EXPECT_TRUE(std::filesystem::is_symlink(dir / "third"));
-    EXPECT_EQ(NamesIn(dir / "below"), "target ");
+    EXPECT_EQ("target ", NamesIn(dir / "below"));
   }
 }
 
 TEST(PCNewFile, IsNotMadeWhereNoRegularFileCanBe) {
   TempDir dir;
   const int next = NextDescriptor();
-  ASSERT_EQ(mkfifo((dir / "fifo").c_str(), 0666), 0);
+  ASSERT_EQ(0, mkfifo((dir / "fifo").c_str(), 0666));
   std::filesystem::create_symlink("circle", dir / "circle");
   PCNewFile made;
   for (const std::string& path : {dir / "absent/new", dir / ".", dir / "fifo", dir / "circle",
                                   dir / "name/", std::string("/dev/null"), std::string()}) {
-    EXPECT_EQ(made.Create(path.c_str()), 0) << path;
+    EXPECT_EQ(0, made.Create(path.c_str())) << path;
     EXPECT_FALSE(made.IsOpen()) << path;
   }
-  EXPECT_EQ(made.Create((dir / std::string(5000, 'x').c_str()).c_str()), 0);
-  EXPECT_EQ(made.Create(nullptr), 0);
+  EXPECT_EQ(0, made.Create((dir / std::string(5000, 'x').c_str()).c_str()));
+  EXPECT_EQ(0, made.Create(nullptr));
   EXPECT_EQ(NextDescriptor(), next);
-  EXPECT_EQ(NamesIn(dir / "."), "circle fifo ");
+  EXPECT_EQ("circle fifo ", NamesIn(dir / "."));
 }
 
 TEST(PCNewFile, LeavesAFileThatAppearsMeanwhileUnlessItTakesTheName) {
@@ -148,13 +148,13 @@ TEST(PCNewFile, LeavesAFileThatAppearsMeanwhileUnlessItTakesTheName) {
   for (const bool takes : {false, true}) {
     std::filesystem::remove(path);
     PCNewFile made;
-    ASSERT_EQ(made.Create(path.c_str()), 1);
+    ASSERT_EQ(1, made.Create(path.c_str()));
     ASSERT_TRUE(Fill(made, "late"));
     PutFile(path, "early");
-    EXPECT_EQ(takes ? made.TakeName() : made.GiveName(true), 1);
+    EXPECT_EQ(1, takes ? made.TakeName() : made.GiveName(true));
     made.Destroy();
     EXPECT_EQ(GetFile(path), takes ? "late" : "early");
-    EXPECT_EQ(NamesIn(dir / "."), "f ");
+    EXPECT_EQ("f ", NamesIn(dir / "."));
   }
 }
 
@@ -162,47 +162,47 @@ TEST(PCNewFile, LeavesAFileThatCameBefore) {
   TempDir dir;
   PutFile(dir / "f", "early");
   PCNewFile made;
-  ASSERT_EQ(made.CreateNew((dir / "f").c_str()), 1);
+  ASSERT_EQ(1, made.CreateNew((dir / "f").c_str()));
   ASSERT_TRUE(Fill(made, "late"));
-  EXPECT_EQ(made.GiveName(false), 1);
+  EXPECT_EQ(1, made.GiveName(false));
   made.Destroy();
-  EXPECT_EQ(GetFile(dir / "f"), "early");
-  EXPECT_EQ(NamesIn(dir / "."), "f ");
-  EXPECT_EQ(made.CreateNew(""), 0);
-  EXPECT_EQ(made.CreateNew(nullptr), 0);
+  EXPECT_EQ("early", GetFile(dir / "f"));
+  EXPECT_EQ("f ", NamesIn(dir / "."));
+  EXPECT_EQ(0, made.CreateNew(""));
+  EXPECT_EQ(0, made.CreateNew(nullptr));
 }
 
 TEST(PCNewFile, SeveralAreMadeInOneFolderAtOnce) {
   TempDir dir;
   PCNewFile first;
   PCNewFile second;
-  ASSERT_EQ(first.Create((dir / "a").c_str()), 1);
-  ASSERT_EQ(second.Create((dir / "b").c_str()), 1);
+  ASSERT_EQ(1, first.Create((dir / "a").c_str()));
+  ASSERT_EQ(1, second.Create((dir / "b").c_str()));
   EXPECT_EQ(second.Path(), dir / ".yax-new-01");
   EXPECT_TRUE(Fill(first, "1") && Fill(second, "2"));
-  EXPECT_EQ(first.GiveName(false), 1);
-  EXPECT_EQ(second.GiveName(false), 1);
-  EXPECT_EQ(GetFile(dir / "a") + GetFile(dir / "b"), "12");
-  EXPECT_EQ(NamesIn(dir / "."), "a b ");
+  EXPECT_EQ(1, first.GiveName(false));
+  EXPECT_EQ(1, second.GiveName(false));
+  EXPECT_EQ("12", GetFile(dir / "a") + GetFile(dir / "b"));
+  EXPECT_EQ("a b ", NamesIn(dir / "."));
 }
 
 TEST(PCNewFile, WhatWasLeftBehindIsRemovedAndNothingElse) {
   TempDir dir;
   PutFile(dir / "kept", "kept");
-  ASSERT_EQ(mkfifo((dir / ".yax-new-00").c_str(), 0666), 0);
+  ASSERT_EQ(0, mkfifo((dir / ".yax-new-00").c_str(), 0666));
   std::filesystem::create_directory(dir / ".yax-new-01");
   std::filesystem::create_symlink("kept", dir / ".yax-new-02");
   PutFile(dir / ".yax-new-03", "left");
   PCNewFile made;
-  ASSERT_EQ(made.Create((dir / "f").c_str()), 1);
+  ASSERT_EQ(1, made.Create((dir / "f").c_str()));
   EXPECT_EQ(made.Path(), dir / ".yax-new-02");  // the link goes, what it leads to stays
-  ASSERT_EQ(made.GiveName(false), 1);
+  ASSERT_EQ(1, made.GiveName(false));
   PCNewFile another;
-  EXPECT_EQ(made.Create((dir / "g").c_str()), 1);
-  EXPECT_EQ(another.Create((dir / "h").c_str()), 1);
+  EXPECT_EQ(1, made.Create((dir / "g").c_str()));
+  EXPECT_EQ(1, another.Create((dir / "h").c_str()));
   EXPECT_EQ(another.Path(), dir / ".yax-new-03");
-  EXPECT_EQ(GetFile(another.Path()), "");
-  EXPECT_EQ(GetFile(dir / "kept"), "kept");
+  EXPECT_EQ("", GetFile(another.Path()));
+  EXPECT_EQ("kept", GetFile(dir / "kept"));
 }
 
 TEST(PCNewFile, AFileIsWrittenInPlaceWhereTheFolderTakesNoOther) {
@@ -219,8 +219,8 @@ TEST(PCNewFile, AFileIsWrittenInPlaceWhereTheFolderTakesNoOther) {
            made.TakeName();
   }));
   chmod((dir / ".").c_str(), 0755);
-  EXPECT_EQ(GetFile(path), "new");
-  EXPECT_EQ(NamesIn(dir / "."), "f ");
+  EXPECT_EQ("new", GetFile(path));
+  EXPECT_EQ("f ", NamesIn(dir / "."));
 }
 
 // Only the superuser may give a file away.
@@ -237,10 +237,10 @@ TEST(PCNewFile, AFileOfAnotherUserIsWrittenInPlace) {
            made.GiveName(false);
   }));
   struct stat info = {};
-  ASSERT_EQ(stat(path.c_str(), &info), 0);
-  EXPECT_EQ(info.st_uid, 0u);
-  EXPECT_EQ(GetFile(path), "new");
-  EXPECT_EQ(NamesIn(dir / "."), "f ");
+  ASSERT_EQ(0, stat(path.c_str(), &info));
+  EXPECT_EQ(0u, info.st_uid);
+  EXPECT_EQ("new", GetFile(path));
+  EXPECT_EQ("f ", NamesIn(dir / "."));
 }
 
 TEST(PCNewFile, AFileWithoutANameIsWrittenInPlace) {
@@ -250,14 +250,14 @@ TEST(PCNewFile, AFileWithoutANameIsWrittenInPlace) {
   ASSERT_GE(fd, 0);
   std::filesystem::remove(dir / "f");
   PCNewFile made;
-  ASSERT_EQ(made.Create(("/proc/self/fd/" + std::to_string(fd)).c_str()), 1);
+  ASSERT_EQ(1, made.Create(("/proc/self/fd/" + std::to_string(fd)).c_str()));
   EXPECT_TRUE(made.IsInPlace());
   EXPECT_TRUE(Fill(made, "new"));
   char bytes[10] = {};
-  EXPECT_EQ(pread(fd, bytes, sizeof bytes, 0), 3);
+  EXPECT_EQ(3, pread(fd, bytes, sizeof bytes, 0));
   EXPECT_STREQ(bytes, "new");
   close(fd);
-  EXPECT_EQ(NamesIn(dir / "."), "");
+  EXPECT_EQ("", NamesIn(dir / "."));
 }
 
 }  // namespace

@@ -18,72 +18,72 @@ void IgnoreSignal(int) {}
 
 TEST(PCSemaphore, NeedsNoInitialisationAtRunTime) {
   EXPECT_FALSE(gStaticSemaphore.IsCreated());
-  EXPECT_EQ(gStaticSemaphore.Create(1), 1);
-  EXPECT_EQ(gStaticSemaphore.Take(), 1);
-  EXPECT_EQ(gStaticSemaphore.Destroy(), 1);
+  EXPECT_EQ(1, gStaticSemaphore.Create(1));
+  EXPECT_EQ(1, gStaticSemaphore.Take());
+  EXPECT_EQ(1, gStaticSemaphore.Destroy());
 }
 
 TEST(PCSemaphore, NeverWaitsWhileNotCreated) {
   PCSemaphore semaphore;
-  EXPECT_EQ(semaphore.Take(), 0);
-  EXPECT_EQ(semaphore.Give(), 0);
-  EXPECT_EQ(semaphore.Destroy(), 1);
+  EXPECT_EQ(0, semaphore.Take());
+  EXPECT_EQ(0, semaphore.Give());
+  EXPECT_EQ(1, semaphore.Destroy());
   EXPECT_FALSE(semaphore.IsCreated());
 }
 
 TEST(PCSemaphore, IsAsIfNeverCreatedAfterDestroy) {
   PCSemaphore semaphore;
-  ASSERT_EQ(semaphore.Create(1), 1);
+  ASSERT_EQ(1, semaphore.Create(1));
   EXPECT_TRUE(semaphore.IsCreated());
-  EXPECT_EQ(semaphore.Destroy(), 1);
+  EXPECT_EQ(1, semaphore.Destroy());
   EXPECT_FALSE(semaphore.IsCreated());
-  EXPECT_EQ(semaphore.Take(), 0);
-  EXPECT_EQ(semaphore.Give(), 0);
-  EXPECT_EQ(semaphore.Destroy(), 1);
-  EXPECT_EQ(semaphore.Create(1), 1);
-  EXPECT_EQ(semaphore.Take(), 1);
+  EXPECT_EQ(0, semaphore.Take());
+  EXPECT_EQ(0, semaphore.Give());
+  EXPECT_EQ(1, semaphore.Destroy());
+  EXPECT_EQ(1, semaphore.Create(1));
+  EXPECT_EQ(1, semaphore.Take());
 }
 
 TEST(PCSemaphore, LetsAsManyThroughAsItsCount) {
   PCSemaphore semaphore;
-  ASSERT_EQ(semaphore.Create(2), 1);
-  EXPECT_EQ(semaphore.Take(), 1);
-  EXPECT_EQ(semaphore.Take(), 1);
-  EXPECT_EQ(semaphore.Give(), 1);
-  EXPECT_EQ(semaphore.Take(), 1);
+  ASSERT_EQ(1, semaphore.Create(2));
+  EXPECT_EQ(1, semaphore.Take());
+  EXPECT_EQ(1, semaphore.Take());
+  EXPECT_EQ(1, semaphore.Give());
+  EXPECT_EQ(1, semaphore.Take());
 }
 
 TEST(PCSemaphore, TryTakeNeverWaits) {
   PCSemaphore semaphore;
-  EXPECT_EQ(semaphore.TryTake(), 0) << "not created";
-  ASSERT_EQ(semaphore.Create(1), 1);
-  EXPECT_EQ(semaphore.TryTake(), 1);
-  EXPECT_EQ(semaphore.TryTake(), 0);
-  EXPECT_EQ(semaphore.Give(), 1);
-  EXPECT_EQ(semaphore.TryTake(), 1);
+  EXPECT_EQ(0, semaphore.TryTake()) << "not created";
+  ASSERT_EQ(1, semaphore.Create(1));
+  EXPECT_EQ(1, semaphore.TryTake());
+  EXPECT_EQ(0, semaphore.TryTake());
+  EXPECT_EQ(1, semaphore.Give());
+  EXPECT_EQ(1, semaphore.TryTake());
 }
 
 TEST(PCSemaphore, CreateStartsAgainWithTheNewCount) {
   PCSemaphore semaphore;
-  ASSERT_EQ(semaphore.Create(0), 1);
-  ASSERT_EQ(semaphore.Create(1), 1);
-  EXPECT_EQ(semaphore.Take(), 1);
+  ASSERT_EQ(1, semaphore.Create(0));
+  ASSERT_EQ(1, semaphore.Create(1));
+  EXPECT_EQ(1, semaphore.Take());
 }
 
 TEST(PCSemaphore, CreateFailsForACountTheSystemDoesNotHave) {
   PCSemaphore semaphore;
-  EXPECT_EQ(semaphore.Create(0xFFFFFFFF), 0);
+  EXPECT_EQ(0, semaphore.Create(0xFFFFFFFF));
   EXPECT_FALSE(semaphore.IsCreated());
-  ASSERT_EQ(semaphore.Create(1), 1);
-  EXPECT_EQ(semaphore.Create(0xFFFFFFFF), 0);
+  ASSERT_EQ(1, semaphore.Create(1));
+  EXPECT_EQ(0, semaphore.Create(0xFFFFFFFF));
   EXPECT_FALSE(semaphore.IsCreated()) << "the one before is gone in any case";
 }
 
 TEST(PCSemaphore, TakeWaitsForGive) {
   PCSemaphore ready;
   PCSemaphore done;
-  ASSERT_EQ(ready.Create(0), 1);
-  ASSERT_EQ(done.Create(0), 1);
+  ASSERT_EQ(1, ready.Create(0));
+  ASSERT_EQ(1, done.Create(0));
   int message = 0;
   std::thread reader([&] {
     ready.Take();
@@ -91,9 +91,9 @@ TEST(PCSemaphore, TakeWaitsForGive) {
     done.Give();
   });
   message = 21;
-  EXPECT_EQ(ready.Give(), 1);
-  EXPECT_EQ(done.Take(), 1);
-  EXPECT_EQ(message, 42);
+  EXPECT_EQ(1, ready.Give());
+  EXPECT_EQ(1, done.Take());
+  EXPECT_EQ(42, message);
   reader.join();
 }
 
@@ -101,7 +101,7 @@ TEST(PCSemaphore, OneGiveLetsOneWaiterThrough) {
   constexpr int kThreads = 4;
   constexpr int kRounds = 500;
   PCSemaphore semaphore;
-  ASSERT_EQ(semaphore.Create(0), 1);
+  ASSERT_EQ(1, semaphore.Create(0));
   std::atomic<int> through{0};
   std::vector<std::thread> threads;
   for (int i = 0; i < kThreads; ++i) {
@@ -109,7 +109,7 @@ TEST(PCSemaphore, OneGiveLetsOneWaiterThrough) {
       for (int round = 0; round < kRounds; ++round) through += semaphore.Take();
     });
   }
-  for (int i = 0; i < kThreads * kRounds; ++i) EXPECT_EQ(semaphore.Give(), 1);
+  for (int i = 0; i < kThreads * kRounds; ++i) EXPECT_EQ(1, semaphore.Give());
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(through.load(), kThreads * kRounds);
 }
@@ -117,9 +117,9 @@ TEST(PCSemaphore, OneGiveLetsOneWaiterThrough) {
 TEST(PCSemaphore, MayBeDestroyedByTheThreadThatGiveLetsThrough) {
   for (int round = 0; round < 1000; ++round) {
     PCSemaphore* semaphore = new PCSemaphore;
-    ASSERT_EQ(semaphore->Create(0), 1);
+    ASSERT_EQ(1, semaphore->Create(0));
     std::thread giver([semaphore] { semaphore->Give(); });
-    EXPECT_EQ(semaphore->Take(), 1);
+    EXPECT_EQ(1, semaphore->Take());
     delete semaphore;
     giver.join();
   }
@@ -129,9 +129,9 @@ TEST(PCSemaphore, KeepsWaitingWhenASignalArrives) {
   struct sigaction action = {};
   action.sa_handler = IgnoreSignal;  // without SA_RESTART: the wait is interrupted
   struct sigaction before = {};
-  ASSERT_EQ(sigaction(SIGUSR1, &action, &before), 0);
+  ASSERT_EQ(0, sigaction(SIGUSR1, &action, &before));
   PCSemaphore semaphore;
-  ASSERT_EQ(semaphore.Create(0), 1);
+  ASSERT_EQ(1, semaphore.Create(0));
   std::atomic<bool> given{false};
   std::atomic<bool> tooEarly{false};
   std::thread waiter([&] { tooEarly = semaphore.Take() != 1 || !given; });
@@ -140,7 +140,7 @@ TEST(PCSemaphore, KeepsWaitingWhenASignalArrives) {
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
   given = true;
-  EXPECT_EQ(semaphore.Give(), 1);
+  EXPECT_EQ(1, semaphore.Give());
   waiter.join();
   EXPECT_FALSE(tooEarly);
   sigaction(SIGUSR1, &before, nullptr);

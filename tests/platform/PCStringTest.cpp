@@ -16,33 +16,33 @@ std::unique_ptr<char[]> Buffer(unsigned int capacity, const char* text = nullptr
 }
 
 TEST(PCString, LengthCountsTheBytesBeforeTheTerminator) {
-  EXPECT_EQ(PCString::Length(""), 0u);
-  EXPECT_EQ(PCString::Length("abc"), 3u);
-  EXPECT_EQ(PCString::Length("a\0b"), 1u);
-  EXPECT_EQ(PCString::Length(nullptr), 0u);
+  EXPECT_EQ(0u, PCString::Length(""));
+  EXPECT_EQ(3u, PCString::Length("abc"));
+  EXPECT_EQ(1u, PCString::Length("a\0b"));
+  EXPECT_EQ(0u, PCString::Length(nullptr));
 }
 
 TEST(PCString, DiffIsTheDifferenceOfTheFirstBytesThatDiffer) {
-  EXPECT_EQ(PCString::Diff("abc", "abc"), 0);
-  EXPECT_EQ(PCString::Diff("abd", "abc"), 1);
+  EXPECT_EQ(0, PCString::Diff("abc", "abc"));
+  EXPECT_EQ(1, PCString::Diff("abd", "abc"));
   EXPECT_EQ(PCString::Diff("axz", "aba"), 'x' - 'b');
-  EXPECT_EQ(PCString::Diff("a", "ab"), -98);
-  EXPECT_EQ(PCString::Diff("ab", "a"), 98);
-  EXPECT_EQ(PCString::Diff("", ""), 0);
+  EXPECT_EQ(-98, PCString::Diff("a", "ab"));
+  EXPECT_EQ(98, PCString::Diff("ab", "a"));
+  EXPECT_EQ(0, PCString::Diff("", ""));
 }
 
 TEST(PCString, DiffComparesSignedBytes) {
   EXPECT_EQ(PCString::Diff("\x80", "a"), -128 - 97);
-  EXPECT_EQ(PCString::Diff("\xFF", ""), -1);
+  EXPECT_EQ(-1, PCString::Diff("\xFF", ""));
   EXPECT_EQ(PCString::Diff("\x7F", "\x80"), 127 + 128);
-  EXPECT_EQ(PCString::Diff("\xFF", "\xFE"), 1);
+  EXPECT_EQ(1, PCString::Diff("\xFF", "\xFE"));
 }
 
 TEST(PCString, NullComparesAsTheEmptyString) {
-  EXPECT_EQ(PCString::Diff(nullptr, nullptr), 0);
-  EXPECT_EQ(PCString::Diff(nullptr, ""), 0);
-  EXPECT_EQ(PCString::Diff("a", nullptr), 97);
-  EXPECT_EQ(PCString::Diff(nullptr, "a"), -97);
+  EXPECT_EQ(0, PCString::Diff(nullptr, nullptr));
+  EXPECT_EQ(0, PCString::Diff(nullptr, ""));
+  EXPECT_EQ(97, PCString::Diff("a", nullptr));
+  EXPECT_EQ(-97, PCString::Diff(nullptr, "a"));
 }
 
 TEST(PCString, CopyTakesTheTerminatorAlong) {
@@ -75,8 +75,8 @@ TEST(PCString, BoundedCopyReadsNoFurtherThanItCopies) {
 TEST(PCString, BoundedCopyWithoutCapacityWritesNothing) {
   auto dest = Buffer(1);
   EXPECT_EQ(PCString::Copy(dest.get(), 0, "abc"), dest.get());
-  EXPECT_EQ(dest[0], '#');
-  EXPECT_EQ(PCString::Copy(nullptr, 0, "abc"), nullptr);
+  EXPECT_EQ('#', dest[0]);
+  EXPECT_EQ(nullptr, PCString::Copy(nullptr, 0, "abc"));
 }
 
 TEST(PCString, ConcateAppends) {
@@ -103,20 +103,20 @@ TEST(PCString, BoundedConcateCutsAndTerminates) {
 TEST(PCString, BoundedConcateLeavesATextWithoutTerminator) {
   auto dest = Buffer(3);
   EXPECT_EQ(PCString::Concate(dest.get(), 3, "abc"), dest.get());
-  EXPECT_EQ(std::string(dest.get(), 3), "###");
+  EXPECT_EQ("###", std::string(dest.get(), 3));
   PCString::Concate(dest.get(), 0, "abc");
-  EXPECT_EQ(dest[0], '#');
+  EXPECT_EQ('#', dest[0]);
 }
 
 TEST(PCString, PrintFormatsWithinTheCapacity) {
   auto dest = Buffer(8);
-  EXPECT_EQ(PCString::Print(dest.get(), 8, "%s=%d", "a", 12), 4);
+  EXPECT_EQ(4, PCString::Print(dest.get(), 8, "%s=%d", "a", 12));
   EXPECT_STREQ(dest.get(), "a=12");
-  EXPECT_EQ(PCString::Print(dest.get(), 8, "%s", "0123456789"), 10);
+  EXPECT_EQ(10, PCString::Print(dest.get(), 8, "%s", "0123456789"));
   EXPECT_STREQ(dest.get(), "0123456");
-  EXPECT_EQ(PCString::Print(dest.get(), 1, "abc"), 3);
+  EXPECT_EQ(3, PCString::Print(dest.get(), 1, "abc"));
   EXPECT_STREQ(dest.get(), "");
-  EXPECT_EQ(PCString::Print(nullptr, 0, "abc"), 3);
+  EXPECT_EQ(3, PCString::Print(nullptr, 0, "abc"));
 }
 
 // A wide character that the C locale cannot show.

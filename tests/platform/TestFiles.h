@@ -32,9 +32,9 @@ class TempDir {
 // Writes a file the plain way; also over one that others have open.
 inline void PutFile(const std::string& path, const std::string& bytes) {
   std::FILE* file = std::fopen(path.c_str(), "wb");
-  ASSERT_NE(file, nullptr) << path;
+  ASSERT_NE(nullptr, file) << path;
   EXPECT_EQ(std::fwrite(bytes.data(), 1, bytes.size(), file), bytes.size());
-  EXPECT_EQ(std::fclose(file), 0);
+  EXPECT_EQ(0, std::fclose(file));
 }
 
 // The bytes of a file, read the plain way; "(cannot be read)" when there is none.

@@ -9,6 +9,8 @@
 #include "tests/processes/Worker.h"
 #include "tests/support/StructureCheck.h"
 
+namespace status = tamu::registry::status;
+
 namespace processes {
 namespace {
 
@@ -75,7 +77,7 @@ std::string Work(const std::string& path, Durability durability, unsigned int wo
 
 class KilledWorkers : public ::testing::TestWithParam<Durability> {
  protected:
-  ~KilledWorkers() override { EXPECT_EQ(StructureFindings(path), ""); }
+  ~KilledWorkers() override { EXPECT_EQ("", StructureFindings(path)); }
 
   crash::MemoryFolder folder;
   const std::string path = folder.path() + "/registry";
@@ -84,7 +86,7 @@ class KilledWorkers : public ::testing::TestWithParam<Durability> {
 TEST_P(KilledWorkers, LoseNothingAndDisturbNobody) {
   {
     Registry registry(path.c_str(), kUser);
-    ASSERT_EQ(0u, registry.Initialize());
+    ASSERT_EQ(status::kOk, registry.Initialize());
     ASSERT_EQ("", PrepareShared(registry));
   }
   crash::SharedCount acknowledged[kWorkers];
@@ -107,14 +109,14 @@ TEST_P(KilledWorkers, LoseNothingAndDisturbNobody) {
   }
   EXPECT_GT(steps, kills);
   Registry registry(path.c_str(), kUser);
-  ASSERT_EQ(0u, registry.Initialize());
+  ASSERT_EQ(status::kOk, registry.Initialize());
   for (unsigned int i = 0; i < kWorkers; ++i) {
     EXPECT_TRUE(Has(registry, OwnKey(i), acknowledged[i].Get()) ||
                 Has(registry, OwnKey(i), acknowledged[i].Get() + 1));
   }
   EXPECT_EQ("", SharedScript(registry, kMostThreads - 1, false).Look(100));
   registry.Finalize();
-  EXPECT_EQ(GetFile(path + ".journal"), "(cannot be read)");
+  EXPECT_EQ("(cannot be read)", GetFile(path + ".journal"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Of, KilledWorkers,

@@ -9,6 +9,8 @@
 #include "tests/processes/Worker.h"
 #include "tests/support/StructureCheck.h"
 
+namespace status = tamu::registry::status;
+
 namespace processes {
 namespace {
 
@@ -20,12 +22,12 @@ using tamu::registry::Value;
 class SharedRegistry : public ::testing::Test {
  protected:
   ~SharedRegistry() override {
-    EXPECT_EQ(StructureFindings(path), "");
-    EXPECT_EQ(GetFile(path + ".journal"), "(cannot be read)");
+    EXPECT_EQ("", StructureFindings(path));
+    EXPECT_EQ("(cannot be read)", GetFile(path + ".journal"));
   }
   void Prepare() {
     Registry registry(path.c_str(), kUser);
-    ASSERT_EQ(0u, registry.Initialize());
+    ASSERT_EQ(status::kOk, registry.Initialize());
     ASSERT_EQ("", PrepareShared(registry));
   }
 
@@ -69,7 +71,7 @@ TEST_F(SharedRegistry, AReaderBesideAWriterGetsNoWrongAnswer) {
     return SharedScript(registry, 1, true).Run(1000000000);
   });
   Registry registry(path.c_str(), kUser);
-  ASSERT_EQ(0u, registry.Initialize());
+  ASSERT_EQ(status::kOk, registry.Initialize());
   SharedScript reader(registry, 2, false);
   EXPECT_EQ("", reader.Look(crash::Sized(50000, 1000000)));
   EXPECT_TRUE(writer.Kill());
@@ -89,7 +91,7 @@ TEST_F(SharedRegistry, ManyThatMakeTheSameFileMakeOne) {
       });
     }
     for (Worker& each : workers) ASSERT_TRUE(each.EndsWell());
-    ASSERT_EQ(StructureFindings(path), "");
+    ASSERT_EQ("", StructureFindings(path));
     ASSERT_EQ(7u, DecodeTree(path).size());
     ASSERT_EQ(7u, CountSlots(path).keys.used);
     ASSERT_EQ(0, unlink(path.c_str()));
@@ -121,7 +123,7 @@ TEST_F(SharedRegistry, TheLastOneThatClosesRemovesTheJournal) {
 TEST_F(SharedRegistry, WhoAsksForMoreThanTheFirstOneIsRefused) {
   Prepare();
   Registry first(path.c_str(), kUser);
-  ASSERT_EQ(0u, first.Initialize());
+  ASSERT_EQ(status::kOk, first.Initialize());
   const auto opened = [&](Durability durability) {
     Worker other([&] {
       Registry registry(path.c_str(), kUser);
@@ -141,7 +143,7 @@ TEST_F(SharedRegistry, WhoAsksForMoreThanTheFirstOneIsRefused) {
 TEST_F(SharedRegistry, AChildOfAForkHasNothingUntilItOpensTheRegistryAnew) {
   Prepare();
   Registry registry(path.c_str(), kUser);
-  ASSERT_EQ(0u, registry.Initialize());
+  ASSERT_EQ(status::kOk, registry.Initialize());
   Worker child([&] {
     if (registry.CreateKey(0, "early") != 1) return std::string("the child has the registry");
     registry.Finalize();
@@ -152,8 +154,8 @@ TEST_F(SharedRegistry, AChildOfAForkHasNothingUntilItOpensTheRegistryAnew) {
     return std::string();
   });
   EXPECT_TRUE(child.EndsWell());
-  EXPECT_EQ(17u, registry.CreateKey(0, "child"));
-  EXPECT_EQ(0u, registry.CreateKey(0, "parent"));
+  EXPECT_EQ(status::kExists, registry.CreateKey(0, "child"));
+  EXPECT_EQ(status::kOk, registry.CreateKey(0, "parent"));
 }
 
 // The child keeps no lock of its parent, which dies in the middle of its work.
@@ -171,10 +173,10 @@ TEST_F(SharedRegistry, AChildKeepsNothingOfAParentThatDies) {
   usleep(100000);
   EXPECT_TRUE(parent.Kill());
   Registry registry(path.c_str(), kUser);
-  ASSERT_EQ(0u, registry.Initialize());
-  EXPECT_EQ(0u, registry.CreateKey(0, "more"));
+  ASSERT_EQ(status::kOk, registry.Initialize());
+  EXPECT_EQ(status::kOk, registry.CreateKey(0, "more"));
   registry.Finalize();
-  EXPECT_EQ(GetFile(path + ".journal"), "(cannot be read)");
+  EXPECT_EQ("(cannot be read)", GetFile(path + ".journal"));
 }
 
 }  // namespace

@@ -4,6 +4,8 @@
 #include "tests/platform/TestFiles.h"
 #include "tests/support/StructureCheck.h"
 
+namespace status = tamu::registry::status;
+
 namespace {
 
 using tamu::registry::Registry;
@@ -39,7 +41,7 @@ void Create(Registry& registry, const char* key, const char* name, unsigned type
             const std::string& data) {
   std::string copy = data;
   Value value = {type, static_cast<unsigned>(copy.size()), copy.data()};
-  ASSERT_EQ(registry.CreateValue(0, key, name, &value), 0u);
+  ASSERT_EQ(status::kOk, registry.CreateValue(0, key, name, &value));
 }
 
 // String nodes: 1 root, 2 "ab" + 'c' (key 2), 3 'd' greater than 'c' (key 3), 4 'x' below 2 (key
@@ -49,16 +51,16 @@ class StructureCheckTest : public ::testing::Test {
   StructureCheckTest() {
     {
       Registry registry(path_.c_str(), 65535);
-      EXPECT_EQ(registry.Initialize(), 0u);
-      EXPECT_EQ(registry.CreateKey(0, "abc", 7), 0u);
-      EXPECT_EQ(registry.CreateKey(0, "abd"), 0u);
-      EXPECT_EQ(registry.CreateKey(0, "abc/x"), 0u);
+      EXPECT_EQ(status::kOk, registry.Initialize());
+      EXPECT_EQ(status::kOk, registry.CreateKey(0, "abc", 7));
+      EXPECT_EQ(status::kOk, registry.CreateKey(0, "abd"));
+      EXPECT_EQ(status::kOk, registry.CreateKey(0, "abc/x"));
       Create(registry, "abc", "text", 1, std::string(100, 't'));
       Create(registry, "abc", "number", 0, Little(42, 8));
       Create(registry, "abd", "small", 5, "0123456789");
     }
     bytes_ = GetFile(path_);
-    EXPECT_EQ(bytes_.size(), kEnd);
+    EXPECT_EQ(kEnd, bytes_.size());
   }
 
   void Put(unsigned offset, unsigned number, unsigned width = 4) {
@@ -94,78 +96,78 @@ class StructureCheckTest : public ::testing::Test {
 };
 
 TEST_F(StructureCheckTest, FindsNothingInASoundFile) {
-  EXPECT_EQ(Findings(), "");
+  EXPECT_EQ("", Findings());
 }
 
 TEST_F(StructureCheckTest, FindsNothingInANewFile) {
   const std::string path = folder_ / "new";
   Registry registry(path.c_str(), 65535);
-  ASSERT_EQ(registry.Initialize(), 0u);
-  EXPECT_EQ(StructureFindings(path), "");
+  ASSERT_EQ(status::kOk, registry.Initialize());
+  EXPECT_EQ("", StructureFindings(path));
 }
 
 TEST_F(StructureCheckTest, FindsNothingInAppendedTables) {
   const unsigned second = AppendTable(kStringTable, 1, 40);
   AppendTable(second, 2, 40);
-  EXPECT_EQ(Findings(), "");
-  EXPECT_EQ(CountSlots(path_).strings.tables, 3u);
+  EXPECT_EQ("", Findings());
+  EXPECT_EQ(3u, CountSlots(path_).strings.tables);
 }
 
 TEST_F(StructureCheckTest, CountsSlotsInUseReachedAndFree) {
   const SlotCounts counts = CountSlots(path_);
-  EXPECT_EQ(counts.strings.used, 4u);
-  EXPECT_EQ(counts.strings.reachable, 4u);
-  EXPECT_EQ(counts.strings.free, 360u);
-  EXPECT_EQ(counts.keys.used, 4u);
-  EXPECT_EQ(counts.keys.reachable, 4u);
-  EXPECT_EQ(counts.keys.free, 360u);
-  EXPECT_EQ(counts.values.used, 3u);
-  EXPECT_EQ(counts.values.reachable, 3u);
-  EXPECT_EQ(counts.values.free, 361u);
-  EXPECT_EQ(counts.blocks.used, 3u);
-  EXPECT_EQ(counts.blocks.reachable, 3u);
-  EXPECT_EQ(counts.blocks.free, 361u);
-  EXPECT_EQ(counts.blocks.tables, 1u);
+  EXPECT_EQ(4u, counts.strings.used);
+  EXPECT_EQ(4u, counts.strings.reachable);
+  EXPECT_EQ(360u, counts.strings.free);
+  EXPECT_EQ(4u, counts.keys.used);
+  EXPECT_EQ(4u, counts.keys.reachable);
+  EXPECT_EQ(360u, counts.keys.free);
+  EXPECT_EQ(3u, counts.values.used);
+  EXPECT_EQ(3u, counts.values.reachable);
+  EXPECT_EQ(361u, counts.values.free);
+  EXPECT_EQ(3u, counts.blocks.used);
+  EXPECT_EQ(3u, counts.blocks.reachable);
+  EXPECT_EQ(361u, counts.blocks.free);
+  EXPECT_EQ(1u, counts.blocks.tables);
 }
 
 TEST_F(StructureCheckTest, CountsALeakedSlotWithoutAFinding) {
   Put(StringNode(2) + 16, 0);  // "abc" lets go of "abc/x"
-  EXPECT_EQ(Findings(), "");
+  EXPECT_EQ("", Findings());
   const SlotCounts counts = CountSlots(path_);
-  EXPECT_EQ(counts.strings.used, 4u);
-  EXPECT_EQ(counts.strings.reachable, 3u);
-  EXPECT_EQ(counts.keys.reachable, 3u);
+  EXPECT_EQ(4u, counts.strings.used);
+  EXPECT_EQ(3u, counts.strings.reachable);
+  EXPECT_EQ(3u, counts.keys.reachable);
 }
 
 TEST_F(StructureCheckTest, DecodesEveryKeyAndValue) {
   const std::map<std::string, DecodedKey> keys = DecodeTree(path_);
-  ASSERT_EQ(keys.size(), 4u);
-  EXPECT_EQ(keys.at("").owner, 0xFFFFu);
-  EXPECT_EQ(keys.at("").permission, 0x5Fu);
-  EXPECT_EQ(keys.at("").flags, 2u);
-  EXPECT_EQ(keys.at("abc/x").permission, 0x0Fu);
+  ASSERT_EQ(4u, keys.size());
+  EXPECT_EQ(0xFFFFu, keys.at("").owner);
+  EXPECT_EQ(0x5Fu, keys.at("").permission);
+  EXPECT_EQ(2u, keys.at("").flags);
+  EXPECT_EQ(0x0Fu, keys.at("abc/x").permission);
   const DecodedKey& key = keys.at("abc");
-  EXPECT_EQ(key.flags, 1u);
-  EXPECT_EQ(key.defaultValue, 7u);
-  ASSERT_EQ(key.values.size(), 2u);
-  EXPECT_EQ(key.values[0].name, "number");
-  EXPECT_EQ(key.values[0].type, 0u);
-  EXPECT_EQ(key.values[0].size, 8u);
-  EXPECT_EQ(key.values[0].number, 42u);
+  EXPECT_EQ(1u, key.flags);
+  EXPECT_EQ(7u, key.defaultValue);
+  ASSERT_EQ(2u, key.values.size());
+  EXPECT_EQ("number", key.values[0].name);
+  EXPECT_EQ(0u, key.values[0].type);
+  EXPECT_EQ(8u, key.values[0].size);
+  EXPECT_EQ(42u, key.values[0].number);
   EXPECT_TRUE(key.values[0].isSet);
-  EXPECT_EQ(key.values[1].name, "text");
-  EXPECT_EQ(key.values[1].bytes, std::string(100, 't'));
-  EXPECT_EQ(keys.at("abd").values[0].bytes, "0123456789");
+  EXPECT_EQ("text", key.values[1].name);
+  EXPECT_EQ(std::string(100, 't'), key.values[1].bytes);
+  EXPECT_EQ("0123456789", keys.at("abd").values[0].bytes);
 }
 
 TEST_F(StructureCheckTest, FindsThatThereIsNoFile) {
-  EXPECT_EQ(StructureFindings(folder_ / "absent"),
-            "the file cannot be read\nthe file is shorter than its headers\n");
+  EXPECT_EQ("the file cannot be read\nthe file is shorter than its headers\n",
+            StructureFindings(folder_ / "absent"));
 }
 
 TEST_F(StructureCheckTest, FindsAFileCutInItsHeaders) {
   bytes_.resize(4219);
-  EXPECT_EQ(Findings(), "the file is shorter than its headers\n");
+  EXPECT_EQ("the file is shorter than its headers\n", Findings());
 }
 
 TEST_F(StructureCheckTest, FindsAFileCutInItsAreas) {
@@ -181,7 +183,7 @@ TEST_F(StructureCheckTest, FindsATableChainThatIsACircle) {
 TEST_F(StructureCheckTest, FindsATwentySecondTable) {
   unsigned last = kKeyTable;
   for (unsigned number = 1; number <= 20; ++number) last = AppendTable(last, number, 24);
-  EXPECT_EQ(Findings(), "");
+  EXPECT_EQ("", Findings());
   AppendTable(last, 21, 24);
   ExpectFinding("key table 21: more than 21 tables");
 }
@@ -194,12 +196,12 @@ TEST_F(StructureCheckTest, FindsAnAreaThatLiesOverAnother) {
 TEST_F(StructureCheckTest, DoesNotFollowTheHeadOfAFullTable) {
   const unsigned second = AppendTable(kStringTable, 1, 40);
   Put(Entry(second, 0), 77);
-  EXPECT_EQ(Findings(), "");
+  EXPECT_EQ("", Findings());
 }
 
 TEST_F(StructureCheckTest, DoesNotFollowTheLastFreeSlot) {
   Put(Entry(kStringTable, 364), 999);
-  EXPECT_EQ(Findings(), "");
+  EXPECT_EQ("", Findings());
 }
 
 TEST_F(StructureCheckTest, FindsADataChainThatIsACircle) {
@@ -215,8 +217,8 @@ TEST_F(StructureCheckTest, FindsBlocksThatTwoValuesShare) {
 TEST_F(StructureCheckTest, AllowsAValueWhoseDataCouldNotBeStored) {
   Put(ValueNode(3) + 44, 0);
   Put(ValueNode(3) + 11, 0x25, 1);  // in blocks, not set
-  EXPECT_EQ(Findings(), "");
-  EXPECT_EQ(DecodeTree(path_).at("abd").values[0].bytes, "");
+  EXPECT_EQ("", Findings());
+  EXPECT_EQ("", DecodeTree(path_).at("abd").values[0].bytes);
 }
 
 // One damage each: `width` bytes at `offset` become `number`, and the check tells it so.

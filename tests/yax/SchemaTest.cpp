@@ -29,9 +29,9 @@ TEST_F(SchemaOf, AnEmptyRegistryMakesEverythingOnce) {
   EXPECT_TRUE(first.status) << first.status.text();
   EXPECT_EQ(first.made, (Lines{"net/eth0 mtu", "net/eth0 name", "net/eth0 mac", "net/eth0 load",
                                "net up", "net mode"}));
-  EXPECT_EQ(registry["net/eth0"].Get("mtu", 0), 1500);
-  EXPECT_EQ(registry["net/eth0"].Get("name", ""), "uplink");
-  EXPECT_EQ(registry["net/eth0"].Get("load", 0.0), 0.5);
+  EXPECT_EQ(1500, registry["net/eth0"].Get("mtu", 0));
+  EXPECT_EQ("uplink", registry["net/eth0"].Get("name", ""));
+  EXPECT_EQ(0.5, registry["net/eth0"].Get("load", 0.0));
   EXPECT_TRUE(registry["net"].Get("up", false));
   const Report second = Apply(registry, schema);
   EXPECT_TRUE(second.status);
@@ -42,7 +42,7 @@ TEST_F(SchemaOf, AnEmptyRegistryMakesEverythingOnce) {
 TEST_F(SchemaOf, WhatIsThereStays) {
   ASSERT_TRUE(registry["net/eth0"].Set("mtu", 1400));
   EXPECT_EQ(Apply(registry, schema).made.size(), schema.size() - 1);
-  EXPECT_EQ(registry["net/eth0"].Get("mtu", 0), 1400);
+  EXPECT_EQ(1400, registry["net/eth0"].Get("mtu", 0));
 }
 
 TEST_F(SchemaOf, WhatDoesNotFitIsToldAndNothingIsMade) {
@@ -54,7 +54,7 @@ TEST_F(SchemaOf, WhatDoesNotFitIsToldAndNothingIsMade) {
                                  "net/eth0 name: the value has another type"}));
   EXPECT_EQ(report.made, Lines());
   EXPECT_FALSE(registry["net"].Has("up"));
-  EXPECT_EQ(registry["net/eth0"].Get("mtu", 0), 9001);
+  EXPECT_EQ(9001, registry["net/eth0"].Get("mtu", 0));
 }
 
 TEST_F(SchemaOf, WhatIsTooMuchIsToldOnce) {
@@ -68,8 +68,8 @@ TEST_F(SchemaOf, AResetBringsAllFirstValuesBack) {
   ASSERT_TRUE(registry["net/eth0"].Set("mtu", 1400));
   ASSERT_TRUE(registry["net/eth0"].Set("name", 7));
   EXPECT_TRUE(Reset(registry, schema));
-  EXPECT_EQ(registry["net/eth0"].Get("mtu", 0), 1500);
-  EXPECT_EQ(registry["net/eth0"].Get("name", ""), "uplink");
+  EXPECT_EQ(1500, registry["net/eth0"].Get("mtu", 0));
+  EXPECT_EQ("uplink", registry["net/eth0"].Get("name", ""));
 }
 
 TEST_F(SchemaOf, AFailureIsToldWithItsStatus) {

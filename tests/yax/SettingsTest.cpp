@@ -74,18 +74,18 @@ TEST_F(Settings, RealNumbersTextsAndBytesAreKept) {
 
 TEST_F(Settings, AFloatIsStoredAsItIsWritten) {
   ASSERT_TRUE(key.Set("v", 0.1f));
-  EXPECT_EQ(key.Get<double>("v").value_or(0), 0.1);
+  EXPECT_EQ(0.1, key.Get<double>("v").value_or(0));
 }
 
 TEST_F(Settings, TextsOfEveryKindAreTexts) {
   const char* const pointer = "pointer";
   ASSERT_TRUE(key.Set("v", pointer));
-  EXPECT_EQ(key.Get("v", ""), "pointer");
+  EXPECT_EQ("pointer", key.Get("v", ""));
   ASSERT_TRUE(key.Set("v", "literal"));
-  EXPECT_EQ(key.Get("v", ""), "literal");
+  EXPECT_EQ("literal", key.Get("v", ""));
   ASSERT_TRUE(key.Set("v", std::string_view("a view of it").substr(0, 6)));
-  EXPECT_EQ(key.Get("v", ""), "a view");
-  EXPECT_EQ(key.Get<std::string>("v").value_or("none"), "a view");
+  EXPECT_EQ("a view", key.Get("v", ""));
+  EXPECT_EQ("a view", key.Get<std::string>("v").value_or("none"));
 }
 
 TEST_F(Settings, WhatDoesNotFitIsToldAndNotReinterpreted) {
@@ -102,8 +102,8 @@ TEST_F(Settings, WhatDoesNotFitIsToldAndNotReinterpreted) {
   ASSERT_TRUE(key.Set("v", 1e300));
   EXPECT_EQ(key.Get<float>("v").status(), Status(YAX_RANGE));
   EXPECT_EQ(key.Get<int>("v").status(), Status(YAX_WRONG_TYPE));
-  EXPECT_EQ(key.Get<int>("v", 42), 42);
-  EXPECT_EQ(key.Get("missing", 7), 7);
+  EXPECT_EQ(42, key.Get<int>("v", 42));
+  EXPECT_EQ(7, key.Get("missing", 7));
   EXPECT_EQ(key.Get<int>("missing").status(), Status(YAX_NOT_FOUND));
 }
 
@@ -130,7 +130,7 @@ TEST_F(Settings, KeysAreMadeOnTheWayAndListedInOrder) {
             (std::vector<std::string>{"main", "max", "net", "network", "network/eth0"}));
   std::string walked;
   EXPECT_TRUE(registry["network"].Walk([&](const Key& k) { walked += k.path() + " "; }));
-  EXPECT_EQ(walked, "network network/eth0 ");
+  EXPECT_EQ("network network/eth0 ", walked);
   EXPECT_EQ(registry["missing"].Children().status(), Status(YAX_NOT_FOUND));
   EXPECT_TRUE(registry["missing"].Children().empty());
 }
@@ -143,20 +143,20 @@ TEST_F(Settings, ValuesComeAndGo) {
   EXPECT_TRUE(key.Remove("a"));
   EXPECT_EQ(key.Remove("a"), Status(YAX_NOT_FOUND));
   EXPECT_FALSE(key.Has("a"));
-  EXPECT_EQ(key.Values()[0], "b");
+  EXPECT_EQ("b", key.Values()[0]);
 }
 
 TEST_F(Settings, BranchesAreCopiedMovedAndRemoved) {
   ASSERT_TRUE(registry["a/b"].Set("n", 1));
   EXPECT_TRUE(registry["a"].CopyTo("c/d"));
-  EXPECT_EQ(registry["c/d/b"].Get("n", 0), 1);
+  EXPECT_EQ(1, registry["c/d/b"].Get("n", 0));
   EXPECT_TRUE(registry["c"].MoveTo("e"));
   EXPECT_FALSE(registry["c"].Exists());
   EXPECT_EQ(registry["e"].CopyTo("a"), Status(YAX_EXISTS));
   EXPECT_TRUE(registry["e"].Remove());
   EXPECT_TRUE(registry["e/f"].Make());
   EXPECT_TRUE(registry["e/f"].Make());
-  EXPECT_EQ(registry["e"].Children().size(), 1u);
+  EXPECT_EQ(1u, registry["e"].Children().size());
 }
 
 TEST_F(Settings, ABackupBringsABranchBack) {
@@ -164,7 +164,7 @@ TEST_F(Settings, ABackupBringsABranchBack) {
   ASSERT_TRUE(key.BackUp(folder / "backup"));
   ASSERT_TRUE(key.Set("n", 2));
   EXPECT_TRUE(key.Restore(folder / "backup"));
-  EXPECT_EQ(key.Get("n", 0), 1);
+  EXPECT_EQ(1, key.Get("n", 0));
 }
 
 TEST_F(Settings, KeysOutliveRegistriesAndMoves) {
@@ -208,7 +208,7 @@ TEST(SettingsOpening, GivesWhatIsAskedForOrTellsWhyNot) {
   EXPECT_TRUE(registry.SetUser("other"));
   EXPECT_EQ(registry["mine"].Get<int>("n").status(), Status(YAX_NO_RIGHT));
   EXPECT_TRUE(registry.SetUser(YAX_ADMINISTRATOR));
-  EXPECT_EQ(registry["mine"].Get("n", 0), 1);
+  EXPECT_EQ(1, registry["mine"].Get("n", 0));
 }
 
 }  // namespace

@@ -28,11 +28,11 @@ TEST_F(Transactions, WhatIsCommittedHappensAtOnce) {
   ASSERT_TRUE(transaction.status()) << transaction.status().text();
   ASSERT_TRUE(key.Set("a", 1));
   ASSERT_TRUE(registry["other/key"].Set("b", "text"));
-  EXPECT_EQ(key.Get("a", 0), 1);
-  EXPECT_EQ(InAnotherThread("a"), 0);
+  EXPECT_EQ(1, key.Get("a", 0));
+  EXPECT_EQ(0, InAnotherThread("a"));
   ASSERT_TRUE(transaction.Commit());
-  EXPECT_EQ(InAnotherThread("a"), 1);
-  EXPECT_EQ(registry["other/key"].Get("b", ""), "text");
+  EXPECT_EQ(1, InAnotherThread("a"));
+  EXPECT_EQ("text", registry["other/key"].Get("b", ""));
 }
 
 TEST_F(Transactions, WhatIsNotCommittedIsTakenBack) {
@@ -44,10 +44,10 @@ TEST_F(Transactions, WhatIsNotCommittedIsTakenBack) {
     ASSERT_TRUE(registry["other"].Set("n", 1));
     ASSERT_TRUE(key.MoveTo("moved"));
   }
-  EXPECT_EQ(key.Get("a", 0), 1);
+  EXPECT_EQ(1, key.Get("a", 0));
   EXPECT_FALSE(key["below"].Exists());
   EXPECT_FALSE(registry["moved"].Exists());
-  EXPECT_EQ(registry.root().Children().size(), 1u);
+  EXPECT_EQ(1u, registry.root().Children().size());
 }
 
 TEST_F(Transactions, AFunctionIsDoneWholeOrNotAtAll) {
@@ -57,14 +57,14 @@ TEST_F(Transactions, AFunctionIsDoneWholeOrNotAtAll) {
     return set ? key.Set("b", std::string(2000, 'x')) : set;
   });
   EXPECT_EQ(failed, Status(YAX_LIMIT));
-  EXPECT_EQ(key.Get("a", 0), 1);
+  EXPECT_EQ(1, key.Get("a", 0));
 }
 
 TEST_F(Transactions, TheOutermostDecides) {
   {
     Transaction outer(registry);
     ASSERT_TRUE(Atomically(registry, [&] { return key.Set("a", 1); }));
-    EXPECT_EQ(key.Get("a", 0), 1);
+    EXPECT_EQ(1, key.Get("a", 0));
   }
   EXPECT_FALSE(key.Has("a"));
 }
@@ -91,7 +91,7 @@ TEST_F(Transactions, EachStepOfAMigrationIsDoneOnce) {
   EXPECT_TRUE(Migrate(registry, key, {first, second}));
   EXPECT_TRUE(Migrate(registry, key, {first, second}));
   EXPECT_EQ(done, (std::vector<int>{1, 2}));
-  EXPECT_EQ(key.Get("rate", 0), 100000);
+  EXPECT_EQ(100000, key.Get("rate", 0));
   EXPECT_FALSE(key.Has("speed"));
   EXPECT_EQ(Migrate(registry, key, {first}), Status(YAX_RANGE));
 }
@@ -106,7 +106,7 @@ TEST_F(Transactions, AStepThatFailsLeavesNothingAndIsDoneNextTime) {
   EXPECT_FALSE(key.Exists());
   fails = false;
   EXPECT_TRUE(Migrate(registry, key, {step}));
-  EXPECT_EQ(key.Get("half", 0), 1);
+  EXPECT_EQ(1, key.Get("half", 0));
 }
 
 }  // namespace
