@@ -6,6 +6,7 @@ namespace {
 
 constexpr unsigned int kPatience = 60000;   // ms
 constexpr unsigned int kLookInterval = 10;  // ms between two looks whether the holder lives
+constexpr unsigned int kEnough = 2;         // ms of waiting, after which the lock is promised
 constexpr unsigned int kSpins = 100;
 
 }  // namespace
@@ -26,12 +27,13 @@ bool CommitLock::Take(bool* died) {
     if (PCWord::Load(word) == 0 && PCWord::Replace(word, 0, place_)) return true;
   }
   const unsigned long long start = PCWord::Now();
-  while (PCWord::Now() - start < kPatience) {
+  for (unsigned long long waited = 0; waited < kPatience; waited = PCWord::Now() - start) {
+    const bool isPatient = waited < kEnough;
     const unsigned int held = PCWord::Load(word);
-    if (held == 0) {
+    if (held == 0 || (!isPatient && (held & ~kFlags) == 0)) {
       // Others may be waiting, too.
-      if (PCWord::Replace(word, 0, place_ | kHasWaiters)) return true;
-    } else if (Wait(word, held, died)) {
+      if (PCWord::Replace(word, held, place_ | kHasWaiters)) return true;
+    } else if (Wait(word, held, isPatient ? kHasWaiters : kFlags, died)) {
       return true;
     }
   }
@@ -39,22 +41,34 @@ bool CommitLock::Take(bool* died) {
 }
 
 // True when the lock was taken from a holder that has died.
-bool CommitLock::Wait(unsigned int* word, unsigned int held, bool* died) {
-  const unsigned int marked = held | kHasWaiters;
+bool CommitLock::Wait(unsigned int* word, unsigned int held, unsigned int flags, bool* died) {
+  const unsigned int marked = held | flags;
   if (held != marked && !PCWord::Replace(word, held, marked)) return false;
   const unsigned long long start = PCWord::Now();
   PCWord::Wait(word, marked, kLookInterval);
-  const unsigned int holder = held & ~kHasWaiters;
-  if (PCWord::Load(word) != marked || PCWord::Now() - start < kLookInterval) return false;
+  const unsigned int holder = held & ~kFlags;
+  if (PCWord::Load(word) != marked || PCWord::Now() - start < kLookInterval || holder == 0) {
+    return false;
+  }
   if (holder == place_ || !side_->IsHeld(holder)) {
     *died = PCWord::Replace(word, marked, place_ | kHasWaiters);
   }
   return *died;
 }
 
+// Whoever takes it again and again is faster than one who has to wake up first: after a while the
+// lock is kept for those who wait.
 void CommitLock::Give() {
   unsigned int* const word = words_.At(journal_word::kLock);
-  if ((PCWord::Exchange(word, 0) & kHasWaiters) != 0) PCWord::WakeOne(word);
+  unsigned int held = PCWord::Load(word);
+  while (!PCWord::Replace(word, held, (held & kIsPromised) != 0 ? kFlags : 0)) {
+    held = PCWord::Load(word);
+  }
+  if ((held & kIsPromised) != 0) {
+    PCWord::WakeAll(word);
+  } else if ((held & kHasWaiters) != 0) {
+    PCWord::WakeOne(word);
+  }
 }
 
 }  // namespace tamu::registry

@@ -22,10 +22,13 @@ class CommitLock {
   void Give();
 
  private:
-  static constexpr unsigned int kHasWaiters = 0x80000000;  // in the word
+  // In the word, beside the holder.
+  static constexpr unsigned int kHasWaiters = 0x80000000;
+  static constexpr unsigned int kIsPromised = 0x40000000;  // to one who has waited for long
+  static constexpr unsigned int kFlags = kHasWaiters | kIsPromised;
   static constexpr unsigned int kMostPlaces = 4096;
 
-  bool Wait(unsigned int* word, unsigned int held, bool* died);
+  bool Wait(unsigned int* word, unsigned int held, unsigned int flags, bool* died);
 
   PCSideFile* side_ = nullptr;
   SharedWords words_;

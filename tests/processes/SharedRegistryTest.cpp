@@ -77,6 +77,26 @@ TEST_F(SharedRegistry, AReaderBesideAWriterGetsNoWrongAnswer) {
   EXPECT_TRUE(writer.Kill());
 }
 
+// Another process takes the lock again before one who waits has woken up.
+TEST_F(SharedRegistry, AProcessThatChangesSomethingAllTheTimeKeepsNobodyAway) {
+  Prepare();
+  Worker writer([&] {
+    Registry registry(path.c_str(), kUser);
+    if (registry.Initialize() != 0) return std::string("no registry");
+    for (unsigned long long i = 0;; ++i) {
+      if (registry.SetDefaultValue(0, OwnKey(1).c_str(), i) != 0) {
+        return std::string("nothing can be set");
+      }
+    }
+  });
+  Registry registry(path.c_str(), kUser);
+  ASSERT_EQ(0u, registry.Initialize());
+  for (unsigned int i = 0; i < 300; ++i) {
+    ASSERT_EQ(0u, registry.SetDefaultValue(0, OwnKey(2).c_str(), i));
+  }
+  EXPECT_TRUE(writer.Kill());
+}
+
 TEST_F(SharedRegistry, ManyThatMakeTheSameFileMakeOne) {
   const unsigned int rounds = crash::Sized(40, 1000);
   for (unsigned int round = 0; round < rounds; ++round) {
