@@ -16,6 +16,10 @@ class PCWord {
   static unsigned int Load(const unsigned int* word) {
     return __atomic_load_n(word, __ATOMIC_ACQUIRE);
   }
+  // The same, and never before an earlier Store of the thread.
+  static unsigned int LoadInOrder(const unsigned int* word) {
+    return __atomic_load_n(word, __ATOMIC_SEQ_CST);
+  }
   static void Store(unsigned int* word, unsigned int value) {
     __atomic_store_n(word, value, __ATOMIC_SEQ_CST);
   }
@@ -43,6 +47,8 @@ class PCWord {
   static void WakeAll(const unsigned int* word);
   // Milliseconds since some moment, which no setting of the clock changes.
   static unsigned long long Now();
+  // Seconds since 1970, as the clock is set, modulo 2^32.
+  static unsigned int Date();
 
  private:
   // The thread sanitizer knows no fences; what this one orders is memory of other processes.

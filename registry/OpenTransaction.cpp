@@ -55,6 +55,7 @@ Status OpenTransaction::Open() {
   const Status result = held_.Begin(*instance_.keyTree->File());
   if (!result.IsOk()) return result;
   isAllNoted_ = true;
+  isAllTold_ = true;
   isLoadedBehind_ = false;
   isDoomed_ = false;
   PCMutexGuard listGuard(ListLock());
@@ -101,8 +102,11 @@ unsigned int OpenTransaction::End() {
     savepoints_.CutTo(savepoints_.Count() - 1);
   } else {
     PCMutexGuard guard(instance_.operationLock);
-    const TernaryFile& file = *instance_.keyTree->File();
+    TernaryFile& file = *instance_.keyTree->File();
     const unsigned int version = file.IsShared() ? file.Version() : 0;
+    ChangeNote note;
+    note.list = &changes_;
+    const StoreTelling telling(file, isAllTold_ ? &note : nullptr);
     result = isDoomed_ ? Status(status::kInputOutput) : held_.End();
     if (result.IsOk()) {
       LetOthersFollow(version);
@@ -264,7 +268,7 @@ unsigned int OpenTransaction::CloseKey(unsigned int handle) {
   return result;
 }
 
-void OpenTransaction::Note(const Noted& noted, unsigned int handle, unsigned int result,
+void OpenTransaction::Note(const ChangeNote& note, unsigned int handle, unsigned int result,
                            const HeldChange::Mark& before) {
   const bool hasWritten = Here().entries != before.entries;
   if (handle == 0 && hasWritten) isLoadedBehind_ = true;
@@ -276,8 +280,12 @@ void OpenTransaction::Note(const Noted& noted, unsigned int handle, unsigned int
   if (handle != 0) {
     base = static_cast<TernaryHandle*>(*instance_.handles->Get(handle))->ownPath.get();
   }
-  if (changes_.Add(noted.kind, base, noted.path, noted.valueName) != status::kOk) {
-    isAllNoted_ = false;
+  for (unsigned int i = 0; i < note.count; ++i) {
+    const Change& change = note.changes[i];
+    if (changes_.Add(change.kind, base, change.keyPath, change.valueName) != status::kOk) {
+      isAllNoted_ = false;
+      isAllTold_ = false;
+    }
   }
 }
 

@@ -1,7 +1,7 @@
 // The transaction that a registry file has open. Internal to Registry's sources.
 #pragma once
 
-#include "registry/base/ChangeList.h"
+#include "registry/base/ChangeNote.h"
 #include "registry/memtree/TernaryKeyTree.h"
 #include "registry/store/HeldChange.h"
 
@@ -16,12 +16,6 @@ class RegistryInstance;
 class OpenTransaction {
  public:
   class Scope;
-  // An operation, for those who follow the file.
-  struct Noted {
-    ChangeKind kind;
-    const char* path;
-    const char* valueName;
-  };
 
   explicit OpenTransaction(RegistryInstance& instance) : instance_(instance) {}
   ~OpenTransaction() { Abort(); }
@@ -46,7 +40,7 @@ class OpenTransaction {
   // In a scope: the loaded key of a handle. kBadArgument, or why it cannot be loaded.
   unsigned int FindHandle(unsigned int handle, void** tree);
   // After the scope of an operation that may have changed something since it was `before`.
-  void Note(const Noted& noted, unsigned int handle, unsigned int result,
+  void Note(const ChangeNote& note, unsigned int handle, unsigned int result,
             const HeldChange::Mark& before);
   HeldChange::Mark Here() const { return held_.Here(); }
 
@@ -76,7 +70,8 @@ class OpenTransaction {
   ChangeList changes_;
   ShortStack<Savepoint, 4> savepoints_;  // one for each begin
   unsigned int opened_ = 0;              // handles, ever
-  bool isAllNoted_ = true;               // changes_ tells everything
+  bool isAllNoted_ = true;               // changes_ tells everything that is in the file
+  bool isAllTold_ = true;                // changes_ tells all that operations have done
   bool isLoadedBehind_ = false;          // what it has loaded is to be loaded anew
   bool isDoomed_ = false;                // it cannot be ended but by cancelling it
   OpenTransaction* next_ = nullptr;      // of those that are open in the process

@@ -148,7 +148,10 @@ unsigned int Registry::Sync() {
 // thread may hold the file tree's lock for good: nothing here waits for it. What another process
 // has opened before this one was forked stays untouched.
 void Registry::Finalize() {
-  if (IsReady()) instance->transaction.Abort();
+  if (IsReady()) {
+    instance->notifier.Stop();
+    instance->transaction.Abort();
+  }
   if (IsInherited()) {
     keyTree = nullptr;
     fileTree = nullptr;
@@ -215,6 +218,8 @@ unsigned int Registry::GetRegistryInfo(RegistryInfo* info) {
   if (info == nullptr) return status::kBadArgument;
   PCMutexGuard changeGuard(instance->changeLock);  // it writes into the file's header
   PCMutexGuard guard(instance->operationLock);
+  ChangeNote nothing;
+  const StoreTelling telling(*keyTree->File(), &nothing);
   if (!instance->transaction.IsMine()) return keyTree->GetRegistryInfo(info);
   OpenTransaction::Scope open(instance->transaction);
   return keyTree->GetRegistryInfo(info);

@@ -6,6 +6,7 @@
 #include <type_traits>
 
 #include "platform/Export.h"
+#include "registry/base/ChangeList.h"
 #include "registry/base/KeyInfo.h"
 #include "registry/base/NameList.h"
 #include "registry/base/RCEString.h"
@@ -16,11 +17,11 @@
 #include "registry/base/UserId.h"
 #include "registry/base/Value.h"
 #include "registry/base/WalkVisitor.h"
+#include "registry/base/Watch.h"
 
 namespace tamu::registry {
 
 class Callback;
-enum class ChangeKind : unsigned char;
 template <class Signature>
 class FunctionRef;
 class RegistryInstance;
@@ -120,6 +121,35 @@ class YAX_API Registry {
   // before the begin, and the transaction is over.
   unsigned int EndTransaction();
   unsigned int CancelTransaction();  // 0, or kBadArgument
+
+  // ---- waiting for changes (RegistryWatching.cpp)
+  //
+  // Changes are numbered, whoever has made them: each operation, or transaction, that has changed
+  // the file has the next number. From the first of these calls on what they were is kept for
+  // whoever asks: the last few hundred of them, and as long as somebody asks again before a
+  // thousand more were made. The numbers are good until the last program has closed the registry;
+  // later ones are others, and greater unless the clock was set back. Any thread may call them;
+  // none needs a right. docs/behaviour.md tells more.
+
+  // Of the latest change; 0 on an object without operations.
+  unsigned long long ChangeNumber() const;
+  // Waits until there is another change than number `after`: 0. kNoData: there was none for that
+  // long; 0 milliseconds: at once, kForever: never. Whoever is killed after a change may leave
+  // others waiting for a second more. kBusy in a transaction of this thread; kNoMemory.
+  static constexpr unsigned int kForever = 0xFFFFFFFF;
+  unsigned int WaitForChange(unsigned long long after, unsigned int milliseconds);
+  // A descriptor for poll and the like, which can be read from whenever something has changed since
+  // it was asked for, and since the latest ReadChanges. It belongs to the object, until Finalize:
+  // never read, write or close it. The same each time. -1: there is none to be had. A thread of the
+  // object's own feeds it.
+  int ChangeDescriptor();
+  // Exchanges the list for all that was changed after number *after, the oldest first; *after
+  // becomes the number of the latest. Changes of this object are among them. With kWatchedOnly
+  // those alone that the watch bits of the keys ask for (base/Watch.h), as they are now.
+  // kLimit: not all is known any more, or never was; the list is empty, *after is set all the same:
+  // look at everything that matters. After other failures it is as it was: kNoMemory, kInputOutput.
+  static constexpr unsigned int kWatchedOnly = 1;
+  unsigned int ReadChanges(unsigned long long* after, ChangeList* changes, unsigned int flags = 0);
 
   // ---- handles
 

@@ -11,9 +11,8 @@ unsigned int Registry::MakeKey(const char* keyPath, bool withParents) {
 
 unsigned int Registry::PutValue(const char* keyPath, const char* name, const Value& value,
                                 bool withKey) {
-  const ChangeKind kind = withKey ? ChangeKind::kKeyCreated : ChangeKind::kValueSet;
   return ChangeFile(
-      keyPath != nullptr && name != nullptr, kind, keyPath, name,
+      keyPath != nullptr && name != nullptr, ChangeKind::kValueSet, keyPath, name,
       [&](TernaryRegistry& tree) { return tree.PutValue(userId, keyPath, name, value, withKey); });
 }
 
@@ -40,7 +39,7 @@ unsigned int Registry::CopyKey(const char* keyPath, const char* newPath) {
 }
 
 unsigned int Registry::MoveKey(const char* keyPath, const char* newPath) {
-  return ChangeFile(keyPath != nullptr && newPath != nullptr, ChangeKind::kKeyCreated, newPath,
+  return ChangeFile(keyPath != nullptr && newPath != nullptr, ChangeKind::kKeyDeleted, keyPath,
                     nullptr,
                     [&](TernaryRegistry& tree) { return tree.MoveKey(userId, keyPath, newPath); });
 }

@@ -3,6 +3,7 @@
 
 #include "platform/PCFork.h"
 #include "platform/PCMutex.h"
+#include "platform/PCNotifier.h"
 #include "registry/OpenTransaction.h"
 #include "registry/base/List.h"
 
@@ -49,6 +50,8 @@ class RegistryInstance {
   PCMutex changeLock;
   unsigned int keptLevels = 0;  // of the file tree's lock, by one thread; guarded by changeLock
   OpenTransaction transaction{*this};
+  PCNotifier notifier;              // of ChangeDescriptor
+  unsigned long long notified = 0;  // the change that it has told last; its thread's
 
   // True for a visitor of Registry::Walk; asked before any lock is taken.
   bool IsWalkedHere() const { return operationLock.IsMine() && isWalked; }

@@ -66,12 +66,22 @@ unsigned int Registry::RouteChange(unsigned int handle, ChangeKind kind, const c
   if (instance->IsWalkedHere()) return status::kBusy;
   ChangeScope changeScope(*this, handle);
   OpenTransaction& transaction = instance->transaction;
-  if (!transaction.IsMine()) return Route(handle, operation);
+  ChangeNote note;
+  note.count = 1;
+  note.changes[0] = {kind, keyPath, valueName};
+  if (!transaction.IsMine()) {
+    return Route(handle, [&](RegistryInterface& tree, void* treeHandle) {
+      if (treeHandle != nullptr) note.base = static_cast<TernaryHandle*>(treeHandle)->ownPath.get();
+      const StoreTelling telling(*keyTree->File(), &note);
+      return operation(tree, treeHandle);
+    });
+  }
   if (handle == 0 && !transaction.MayUseFileTree()) return status::kBusy;
   OperationScope scope(*this, handle);
   const HeldChange::Mark before = transaction.Here();
+  const StoreTelling telling(*keyTree->File(), &note);
   const unsigned int result = RouteInTransaction(handle, operation);
-  transaction.Note({kind, keyPath, valueName}, handle, result, before);
+  transaction.Note(note, handle, result, before);
   return result;
 }
 

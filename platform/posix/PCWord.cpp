@@ -40,6 +40,10 @@ void PCWord::WakeAll(const unsigned int* word) {
   Wake(word, INT_MAX);
 }
 
+unsigned int PCWord::Date() {
+  return static_cast<unsigned int>(time(nullptr));
+}
+
 unsigned long long PCWord::Now() {
   struct timespec now;
   clock_gettime(CLOCK_MONOTONIC, &now);

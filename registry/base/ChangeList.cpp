@@ -3,6 +3,7 @@
 #include <new>
 
 #include "platform/PCMem.h"
+#include "registry/base/ChangeNote.h"
 #include "registry/base/RCEString.h"
 #include "registry/base/RegistryStatus.h"
 
@@ -16,12 +17,30 @@ const char* Bare(const char* path) {
   return path[0] == '/' ? path + 1 : path;
 }
 
+unsigned int LengthOf(const char* text) {
+  const unsigned int length = RCEString::Length(text);
+  return length > 0 && text[length - 1] == '/' ? length - 1 : length;
+}
+
 char* Put(char* place, const char* text, unsigned int length) {
   if (length > 0) PCMem::Copy(place, text, length);
   return place + length;
 }
 
 }  // namespace
+
+ChangePath::ChangePath(const char* base, const char* path)
+    : base_(Bare(base)),
+      path_(Bare(path)),
+      baseLength_(LengthOf(base_)),
+      pathLength_(LengthOf(path_)),
+      isJoined_(baseLength_ > 0 && pathLength_ > 0 ? 1 : 0) {}
+
+char* ChangePath::Write(char* place) const {
+  place = Put(place, base_, baseLength_);
+  if (isJoined_ != 0) *place++ = '/';
+  return Put(place, path_, pathLength_);
+}
 
 void ChangeList::Clear() {
   CutTo(0);
@@ -49,25 +68,23 @@ bool ChangeList::MakeRoom() {
 // One piece of memory holds both texts; it begins with the path.
 unsigned int ChangeList::Add(ChangeKind kind, const char* base, const char* path,
                              const char* valueName) {
-  base = Bare(base);
-  path = Bare(path);
+  const ChangePath full(base, path);
   if (valueName == nullptr) valueName = "";
-  unsigned int baseLength = RCEString::Length(base);
-  if (baseLength > 0 && base[baseLength - 1] == '/') --baseLength;
-  const unsigned int pathLength = RCEString::Length(path);
   const unsigned int nameLength = RCEString::Length(valueName);
-  const bool isJoined = baseLength > 0 && pathLength > 0;
   if (!MakeRoom()) return status::kNoMemory;
-  char* text = new (std::nothrow) char[baseLength + pathLength + nameLength + 3];
+  char* text = new (std::nothrow) char[full.Length() + nameLength + 2];
   if (text == nullptr) return status::kNoMemory;
-  char* end = Put(text, base, baseLength);
-  if (isJoined) *end++ = '/';
-  end = Put(end, path, pathLength);
+  char* end = full.Write(text);
   *end++ = 0;
   const char* name = end;
   *Put(end, valueName, nameLength) = 0;
   changes_[count_++] = {kind, text, name};
   return status::kOk;
+}
+
+void ChangeList::Remove(unsigned int i) {
+  delete[] changes_[i].keyPath;
+  for (--count_; i < count_; ++i) changes_[i] = changes_[i + 1];
 }
 
 void ChangeList::CutTo(unsigned int n) {

@@ -1,19 +1,23 @@
 // What has been changed, change by change.
 #pragma once
 
+#include "platform/Export.h"
+
 namespace tamu::registry {
 
+// Programs of other versions may share a registry: never renumber.
 enum class ChangeKind : unsigned char {
-  kKeyCreated,
-  kKeyDeleted,  // with all below it
-  kKeyRestored,
-  kValueCreated,
-  kValueSet,
-  kValueDeleted,
-  kDefaultChanged,
-  kRightsChanged,
-  kWatchChanged,
+  kKeyCreated = 0,      // also with what it was given at once, by CopyKey or MoveKey
+  kKeyDeleted = 1,      // with all below it
+  kKeyRestored = 2,     // anything at the key and below it
+  kValueCreated = 3,    //
+  kValueSet = 4,        //
+  kValueDeleted = 5,    //
+  kDefaultChanged = 6,  // the key's default value
+  kRightsChanged = 7,   //
+  kWatchChanged = 8,    // its watch bits
 };
+constexpr unsigned int kChangeKinds = 9;
 
 // The texts are the list's, until it changes.
 struct Change {
@@ -35,10 +39,12 @@ class ChangeList {
   unsigned int Count() const { return count_; }
   // The i-th, the oldest first; i is below Count.
   const Change& At(unsigned int i) const { return changes_[i]; }
+  // Drops the i-th; i is below Count.
+  void Remove(unsigned int i);
   // Drops all but the n oldest.
   void CutTo(unsigned int n);
   // Drops all, and gives back what it has on the heap.
-  void Clear();
+  YAX_API void Clear();
 
  private:
   bool MakeRoom();

@@ -116,7 +116,10 @@ Status PutValueOf(Changes& changes, unsigned int user, const char* name, const V
   if (!found.IsOk() && found != status::kNotFound) return found;
   const unsigned char right = found.IsOk() ? kRightModify : kRightCreate;
   if (!IsAllowed(reached->key, user, right)) return status::kNoRight;
-  if (!found.IsOk()) return CreateValueOf(changes, name, value, reached);
+  if (!found.IsOk()) {
+    changes.TellAs(ChangeKind::kValueCreated, name);
+    return CreateValueOf(changes, name, value, reached);
+  }
   return Holds(changes, reached->value, value) ? found
                                                : ReplaceValueOf(changes, name, value, reached);
 }

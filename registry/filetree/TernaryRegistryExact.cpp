@@ -56,6 +56,8 @@ unsigned int TernaryRegistry::PutValue(unsigned int user, const char* path, cons
     Status result = ReachKey(changes, user, nullptr, path, kOpenToAll, &reached);
     if (withKey && result == status::kNotFound) {
       result = MakeExactKey(changes, user, path, true);
+      changes.TellAs(ChangeKind::kKeyCreated, nullptr);
+      changes.TellAlso({ChangeKind::kValueCreated, path, name});
       if (result.IsOk()) result = ReachKey(changes, user, nullptr, path, kOpenToAll, &reached);
     }
     if (result.IsOk() && reached.keyId == 0) result = status::kNotFound;  // a name without key
@@ -165,6 +167,7 @@ unsigned int TernaryRegistry::MoveKey(unsigned int user, const char* path, const
     if (!result.IsOk()) return result;
     EndName(&toNode, from.keyId);
     toNode.setChild(fromNode.child());
+    changes.TellAlso({ChangeKind::kKeyCreated, newPath, nullptr});
     result = changes.Write(from.nodeId, WithoutKey(fromNode));
     if (result.IsOk()) result = changes.Write(to.nodeId, toNode);
     if (result.IsOk()) result = changes.Release(NodeKind::kKey, to.keyId);

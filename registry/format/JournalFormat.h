@@ -57,6 +57,15 @@ constexpr unsigned int kSize = 104;         // bytes of the journal
 constexpr unsigned int kIsBroken = 108;     // kPower: 1: something could not be brought to the disk
 constexpr unsigned int kDevice = 112;       // two words each: which file the registry is
 constexpr unsigned int kFile = 120;
+constexpr unsigned int kInterest = 128;  // when somebody has asked for the changes, see ChangeFeed
+constexpr unsigned int kWaiting = 132;   // when somebody has begun to wait for one
+constexpr unsigned int kFirst = 136;     // in the ring of changes: the oldest
+constexpr unsigned int kEnd = 140;       // in the ring: behind the newest
+constexpr unsigned int kFrom = 144;    // two words each: the ring holds all changes after this one
+constexpr unsigned int kLast = 152;    // up to this one
+constexpr unsigned int kNewest = 160;  // in the ring: the newest
+constexpr unsigned int kRing = 4096;   // where the ring lies
+constexpr unsigned int kRingSize = kJournalRecords - kRing;  // bytes
 }  // namespace journal_word
 
 // What a record begins with; its ranges follow.

@@ -46,21 +46,41 @@ Status Changes::End(Status result) {
   }
 }
 
-// What has reached the file only in part is undone there, and not in what is gathered.
+// What has reached the file only in part is undone there, and not in what is gathered. A refusal
+// leaves nothing that is to be told.
 Status Changes::Keep(Status result) {
   kept_ = true;
-  if (store_.changes_ > 1 || !store_.file_.IsGathering()) return result;
-  const Status committed = Commit();
-  if (committed.IsOk()) return result;
+  if (store_.changes_ > 1) return result;
+  const ChangeNote nothing;
+  const ChangeNote* note = result.IsOk() ? store_.note_ : &nothing;
+  const bool isGathering = store_.file_.IsGathering();
+  const bool hasWritten = store_.undo_.Here().entries != start_.entries;
+  const Status committed = isGathering ? Commit(note) : Status(status::kOk);
+  if (committed.IsOk()) {
+    if (hasWritten && !store_.journal_.IsOn()) store_.journal_.Feed().CountOwn(note);
+    return result;
+  }
   kept_ = false;
   if (store_.journal_.IsOwing() || !store_.journal_.IsOn()) store_.file_.EndGathering();
   return committed;
 }
 
-Status Changes::Commit() {
-  if (store_.journal_.IsOn()) return store_.journal_.Commit(store_.file_);
+Status Changes::Commit(const ChangeNote* note) {
+  if (store_.journal_.IsOn()) return store_.journal_.Commit(store_.file_, note);
   const Status arranged = store_.file_.Gathered().Arrange();
   return arranged.IsOk() ? Journal::Apply(store_.file_) : arranged;
+}
+
+void Changes::TellAs(ChangeKind kind, const char* valueName) {
+  if (store_.note_ == nullptr || store_.note_->count != 1) return;
+  store_.note_->changes[0].kind = kind;
+  store_.note_->changes[0].valueName = valueName;
+}
+
+void Changes::TellAlso(const Change& change) {
+  if (store_.note_ == nullptr || store_.note_->count != 1) return;
+  store_.note_->changes[1] = change;
+  store_.note_->count = 2;
 }
 
 Status Changes::WriteBytes(unsigned int offset, unsigned int size, const void* data) {

@@ -25,6 +25,10 @@ class Changes : public StoreAccess {
   // The same; what was written stays, whatever the answer.
   Status Keep(Status result);
   bool IsKept() const { return kept_; }
+  // What the operation was told to be (FileStore::Tell) is this kind of change, of a value with
+  // this name; and it is this one, too. What is told first counts.
+  void TellAs(ChangeKind kind, const char* valueName);
+  void TellAlso(const Change& change);
   // A place to which UndoTo takes everything back that was written after it.
   Mark Here() const { return store_.undo_.Here(); }
   // False when that cannot be written now: it will be as soon as it can, even if the change is
@@ -86,7 +90,7 @@ class Changes : public StoreAccess {
 
   // Goes on with a change that is counted already, as far as it was written after the mark.
   Changes(FileStore& store, const Mark& start);
-  Status Commit();
+  Status Commit(const ChangeNote* note);
   Status StoreBlocks(const void* data, unsigned int size, bool anyhow, unsigned int* id);
   Status WriteBlocks(const NodeAllocationTable& table, const unsigned int* slots,
                      unsigned int count, const void* data, unsigned int size);
@@ -98,6 +102,18 @@ class Changes : public StoreAccess {
   FileStore& store_;
   Mark start_;
   bool kept_ = false;
+};
+
+// Tells a store what is being changed, for a scope.
+class StoreTelling {
+ public:
+  StoreTelling(FileStore& store, ChangeNote* note) : store_(store) { store_.Tell(note); }
+  ~StoreTelling() { store_.Tell(nullptr); }
+  StoreTelling(const StoreTelling&) = delete;
+  StoreTelling& operator=(const StoreTelling&) = delete;
+
+ private:
+  FileStore& store_;
 };
 
 }  // namespace tamu::registry

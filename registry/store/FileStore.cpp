@@ -66,7 +66,7 @@ bool FileStore::FollowOthers() {
   file_.ForgetTorn();
   if (!undo_.IsEmpty()) return false;
   if (!journal_.IsOn() || !file_.IsOpen()) return true;
-  constexpr unsigned int kTries = 16;
+  constexpr unsigned int kTries = 400;  // longer than a small change takes
   for (unsigned int i = 0; i < kTries; ++i) {
     const unsigned int sequence = journal_.Sequence();
     if (sequence % 2 != 0) continue;
@@ -132,6 +132,62 @@ Status FileStore::Sync() {
   if (!file_.IsOpen()) return status::kInputOutput;
   const Status result = journal_.Sync(file_);
   if (journal_.IsBroken()) file_.Abandon();
+  return result;
+}
+
+// The lock is held: the store is open.
+Status FileStore::AskForChanges() {
+  ChangeFeed& feed = journal_.Feed();
+  const Status provided = feed.Provide();
+  if (!provided.IsOk() || feed.Ask()) return provided;
+  LockedAccess access(*this);
+  if (!file_.IsBlocked()) feed.Begin();
+  return provided;
+}
+
+unsigned long long FileStore::ChangeNumber() {
+  PCMutexGuard guard(lock_);
+  return AskForChanges().IsOk() ? journal_.Feed().Number() : 0;
+}
+
+// Whoever has changed something may have died before he could wake anybody.
+Status FileStore::AwaitChange(unsigned long long* last, unsigned int milliseconds) {
+  constexpr unsigned int kLongest = 1000;
+  const unsigned int* word = nullptr;
+  unsigned int value = 0;
+  {
+    PCMutexGuard guard(lock_);
+    const Status asked = AskForChanges();
+    if (!asked.IsOk()) return asked;
+    word = journal_.Feed().PrepareToWait(*last, &value);
+  }
+  if (word != nullptr && milliseconds > 0) {
+    PCWord::Wait(word, value, milliseconds < kLongest ? milliseconds : kLongest);
+  }
+  PCMutexGuard guard(lock_);
+  const unsigned long long number = journal_.Feed().Number();
+  if (number == *last) return status::kNoData;
+  *last = number;
+  return status::kOk;
+}
+
+void FileStore::WakeWaiters() {
+  PCMutexGuard guard(lock_);
+  journal_.Feed().WakeAll();
+}
+
+Status FileStore::ReadChanges(unsigned long long* after, ChangeList* changes) {
+  PCMutexGuard guard(lock_);
+  Status result = AskForChanges();
+  if (!result.IsOk()) return result;
+  ChangeFeed::Extent extent;
+  result = Look([&](StoreAccess&) -> Status {
+    extent = journal_.Feed().Look();
+    return file_.IsUnchanged() ? status::kOk : status::kInputOutput;
+  });
+  changes->Clear();
+  if (result.IsOk()) result = journal_.Feed().Read(extent, after, changes);
+  if (!result.IsOk()) changes->Clear();
   return result;
 }
 

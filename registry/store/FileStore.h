@@ -69,6 +69,21 @@ class FileStore {
   // Waits until all that was changed is on the disk. kInputOutput.
   Status Sync();
 
+  // Changes are numbered. From the first of these three on they are kept for a while for whoever
+  // asks, as long as somebody asks now and then. The number of the latest; 0 without memory.
+  unsigned long long ChangeNumber();
+  // Sleeps once until there is another latest change than *last, for some time at most; *last
+  // becomes its number. kNoData: there is none, which may be early; kNoMemory. Nothing is held
+  // meanwhile.
+  Status AwaitChange(unsigned long long* last, unsigned int milliseconds);
+  // Makes those who wait in this way look once more.
+  void WakeWaiters();
+  // Exchanges the list for all changes after number *after, which becomes the latest. kLimit: not
+  // all of them are known any more; kNoMemory, kInputOutput with *after as it was.
+  Status ReadChanges(unsigned long long* after, ChangeList* changes);
+  // What the operation that begins now changes, until null is told: for the others.
+  void Tell(ChangeNote* note) { note_ = note; }
+
   // A StoreAccess is held by whoever uses these.
   const TableMap& Tables() const { return tables_; }
   TableMap& Tables() { return tables_; }
@@ -91,6 +106,7 @@ class FileStore {
   friend class HeldChange;
 
   Status Load(const char* path);
+  Status AskForChanges();
   // For the outermost scope of a thread. Enter: nothing that others have changed is unknown from
   // here on.
   void Enter();
@@ -120,6 +136,7 @@ class FileStore {
   UndoLog undo_;
   Journal journal_;
   RegistryOptions options_{Durability::kNone, nullptr};
+  ChangeNote* note_ = nullptr;
   unsigned int changes_ = 0;  // scopes of Changes that are open
   unsigned int known_ = 0;    // the journal's sequence that the tables are of
   unsigned int locks_ = 0;    // levels of the lock between processes

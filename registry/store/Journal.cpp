@@ -21,6 +21,7 @@ Status Journal::Start(const RegistryOptions& options, const char* registryPath, 
   isOwing_ = false;
   isBroken_ = false;
   const Status result = side_.Open(options, registryPath, file);
+  if (IsOn()) feed_.Attach(Words());
   if (Mode() == Durability::kProcess) file.AllowStores();
   return result;
 }
@@ -51,11 +52,14 @@ unsigned int Journal::Unlock(StoreFile& file) {
     if (straight < Words().Get(journal_word::kHashLength)) Words().Set(journal_word::kIsKnown, 0);
     if (Sequence() % 2 == 0) {
       BeginWriting();
+      const ChangeNote nothing;
+      feed_.Put(&nothing);
       EndWriting();
     }
   }
   const unsigned int sequence = Sequence();
   side_.Lock().Give();
+  ChangeFeed::WakeWaiters(Words());
   return sequence;
 }
 
@@ -91,7 +95,7 @@ void Journal::Break() {
   Words().Set(journal_word::kIsBroken, 1);
 }
 
-Status Journal::Commit(StoreFile& file) {
+Status Journal::Commit(StoreFile& file, const ChangeNote* note) {
   ChangeSet& set = file.Gathered();
   if (set.IsEmpty()) return status::kOk;
   const bool wasWrittenStraight = file.LowestStraight() != StoreFile::kNowhere;
@@ -111,6 +115,7 @@ Status Journal::Commit(StoreFile& file) {
   result = PutRecord(file, false);
   if (!result.IsOk()) return result;
   BeginWriting();
+  feed_.Put(note);
   result = Apply(file);
   if (result.IsOk()) {
     Words().SetLong(journal_word::kHash, hashAfter_);
@@ -120,6 +125,7 @@ Status Journal::Commit(StoreFile& file) {
   }
   // From now on the record tells what was there, until that is there again. The records of kPower
   // are followed one after the other: nothing may come behind one that has failed.
+  feed_.Forget();
   isOwing_ = true;
   owed_ = Sequence();
   hashAfter_ = hash_;
@@ -327,6 +333,7 @@ void Journal::Stop(StoreFile& file) {
   if (!IsOn()) return;
   const bool isKept = isOwing_ || IsLeft() ||
                       (Mode() == Durability::kPower && file.IsOpen() && !file.Sync().IsOk());
+  feed_.Attach(SharedWords());
   side_.Close(isKept);
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "registry/base/Array.h"
+#include "registry/store/ChangeFeed.h"
 #include "registry/store/JournalFile.h"
 
 namespace tamu::registry {
@@ -21,6 +22,7 @@ class Journal {
   Status Start(const RegistryOptions& options, const char* registryPath, StoreFile& file);
   Durability Mode() const { return side_.Mode(); }
   bool IsOn() const { return side_.IsOpen(); }
+  ChangeFeed& Feed() { return feed_; }
 
   // An even number that others see changed as soon as the registry has changed; odd while it is
   // being written, and after a change that has failed half-way. Read at any time.
@@ -35,8 +37,9 @@ class Journal {
 
   // Makes what `file` has gathered a part of it, whole or not at all; the lock is held. After a
   // failure the caller undoes it: kNoMemory, kNoSpace, kInputOutput. IsBroken tells that the file
-  // must be opened again before anything else is done with it.
-  Status Commit(StoreFile& file);
+  // must be opened again before anything else is done with it. `note` is what the change was, for
+  // those who wait for changes; null when nobody knows.
+  Status Commit(StoreFile& file, const ChangeNote* note);
   // True after a Commit that has failed half-way: the caller undoes it in the file itself, then
   // tells so (Settle). Until then a new opening, or the next one with the lock, would undo it.
   bool IsOwing() const { return isOwing_; }
@@ -68,6 +71,7 @@ class Journal {
   void SetPending(unsigned int offset);
 
   JournalFile side_;
+  ChangeFeed feed_;
   Array<unsigned char> record_;       // kPower: the one that is being written
   unsigned long long hash_ = 0;       // of the first length_ bytes of the file, while committing
   unsigned long long hashAfter_ = 0;  // of what is being committed

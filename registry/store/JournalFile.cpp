@@ -12,7 +12,7 @@ using Holding = PCSideFile::Holding;
 
 namespace {
 
-constexpr unsigned int kWordsSize = 4096;  // bytes
+constexpr unsigned int kWordsSize = kJournalRecords;  // bytes, with the ring of changes
 
 }  // namespace
 
@@ -66,6 +66,8 @@ Status JournalFile::SetUp(const char* path, StoreFile& file) {
   if (!MapWords() || !WriteHeader()) return status::kNoSpace;
   words_.Set(journal_word::kNext, kJournalRecords);
   words_.Set(journal_word::kSize, size_);
+  // The changes go on with other numbers than those of an earlier journal.
+  words_.Set(journal_word::kSequenceHigh, PCWord::Date());
   TellRegistry(file);
   if (mode_ == Durability::kPower) {
     if (!side_.Sync() || !PCSideFile::SyncFolderOf(path)) return status::kNoSpace;

@@ -12,7 +12,7 @@ namespace {
 
 // Runs a part of a change; what it has written stays only when it succeeds.
 template <class Part>
-unsigned int Change(FileStore& store, Part part) {
+unsigned int InChange(FileStore& store, Part part) {
   Changes changes(store);
   const Status result = part(changes);
   return result.IsOk() ? changes.Keep(result) : result;
@@ -50,7 +50,7 @@ unsigned int ReadInto(FileStore& store, unsigned int id, Node* node) {
 template <class Node>
 unsigned int WriteAndRelease(FileStore& store, unsigned int id, Node* node, bool release) {
   if (node == nullptr) return status::kBadArgument;
-  const Status result = Change(store, [&](Changes& changes) { return changes.Write(id, *node); });
+  const Status result = InChange(store, [&](Changes& changes) { return changes.Write(id, *node); });
   if (result.IsOk() && release) delete node;
   return result;
 }
@@ -58,7 +58,7 @@ unsigned int WriteAndRelease(FileStore& store, unsigned int id, Node* node, bool
 template <class Node>
 unsigned int AcquireNew(FileStore& store, NodeKind kind, unsigned int* id, Node*& node) {
   if (id == nullptr) return status::kBadArgument;
-  return Change(store, [&](Changes& changes) -> Status {
+  return InChange(store, [&](Changes& changes) -> Status {
     const Status result = changes.Take(kind, id);
     if (!result.IsOk()) return result;
     Node* made = new (std::nothrow) Node;
@@ -94,7 +94,7 @@ unsigned int TernaryFile::ReadFromFile(unsigned int offset, unsigned int size,
 unsigned int TernaryFile::WriteToFile(unsigned int offset, unsigned int size,
                                       const unsigned char* data) {
   if (data == nullptr) return status::kBadArgument;
-  return Change(
+  return InChange(
       *this, [&](Changes& changes) { return WriteAnywhere(*this, changes, offset, size, data); });
 }
 
@@ -166,8 +166,8 @@ unsigned int TernaryFile::LoadAllNAT(unsigned int offset, TernaryNodeDescriptor*
 unsigned int TernaryFile::ExpandFile(TernaryNodeDescriptor* descriptor, unsigned int recordSize,
                                      unsigned int count) {
   if (descriptor == nullptr || count == 0) return status::kBadArgument;
-  return Change(*this,
-                [&](Changes& changes) { return changes.Grow(descriptor, recordSize, count); });
+  return InChange(*this,
+                  [&](Changes& changes) { return changes.Grow(descriptor, recordSize, count); });
 }
 
 unsigned int TernaryFile::AcquireNodeId(unsigned int changes, unsigned int* id,
@@ -182,14 +182,14 @@ unsigned int TernaryFile::AcquireNodeId(unsigned int changes, unsigned int* id,
 unsigned int TernaryFile::AcquireNodeIndexes(unsigned int, unsigned int* indexes,
                                              NodeAllocationTable* table, unsigned int count) {
   if (indexes == nullptr || table == nullptr) return status::kBadArgument;
-  return Change(*this,
-                [&](Changes& changes) { return FreeList(changes, *table).Take(indexes, count); });
+  return InChange(*this,
+                  [&](Changes& changes) { return FreeList(changes, *table).Take(indexes, count); });
 }
 
 unsigned int TernaryFile::ReleaseNodeId(unsigned int, unsigned int id, NodeAllocationTable* table) {
   if (id == 0 || table == nullptr) return status::kBadArgument;
   if (TableOf(id) != table->tableNumber()) return status::kInvalidFile;
-  return Change(*this, [&](Changes& changes) {
+  return InChange(*this, [&](Changes& changes) {
     const unsigned int used = table->entryCount() - 1 - table->freeCount();
     const unsigned int most = Tables().IsNodeTable(*table) && used > 1 ? 1 : used;
     return FreeList(changes, *table).Release(SlotOf(id), most);
@@ -262,11 +262,11 @@ unsigned int TernaryFile::ReleaseValueNode(unsigned int, unsigned int id, Ternar
 
 unsigned int TernaryFile::AcquireSlot(unsigned int, NodeKind kind, unsigned int* id) {
   if (id == nullptr) return status::kBadArgument;
-  return Change(*this, [&](Changes& changes) { return changes.Take(kind, id); });
+  return InChange(*this, [&](Changes& changes) { return changes.Take(kind, id); });
 }
 
 unsigned int TernaryFile::ReleaseSlot(unsigned int, NodeKind kind, unsigned int id) {
-  return Change(*this, [&](Changes& changes) { return changes.Release(kind, id); });
+  return InChange(*this, [&](Changes& changes) { return changes.Release(kind, id); });
 }
 
 unsigned int TernaryFile::Resolve(NodeKind kind, unsigned int id, unsigned int& offset) const {
@@ -276,13 +276,13 @@ unsigned int TernaryFile::Resolve(NodeKind kind, unsigned int id, unsigned int& 
 unsigned int TernaryFile::WriteData(unsigned int, const void* data, unsigned int size,
                                     unsigned int* id) {
   if (id == nullptr) return status::kBadArgument;
-  return Change(*this, [&](Changes& changes) { return changes.StoreDataAnyhow(data, size, id); });
+  return InChange(*this, [&](Changes& changes) { return changes.StoreDataAnyhow(data, size, id); });
 }
 
 unsigned int TernaryFile::StoreData(unsigned int, const void* data, unsigned int size,
                                     unsigned int* id) {
   if (id == nullptr) return status::kBadArgument;
-  return Change(*this, [&](Changes& changes) { return changes.StoreData(data, size, id); });
+  return InChange(*this, [&](Changes& changes) { return changes.StoreData(data, size, id); });
 }
 
 unsigned int TernaryFile::ReadData(void* buffer, unsigned int* size, unsigned int id) {
@@ -290,7 +290,7 @@ unsigned int TernaryFile::ReadData(void* buffer, unsigned int* size, unsigned in
 }
 
 unsigned int TernaryFile::DeleteData(unsigned int, unsigned int id) {
-  return Change(*this, [&](Changes& changes) { return changes.ReleaseData(id); });
+  return InChange(*this, [&](Changes& changes) { return changes.ReleaseData(id); });
 }
 
 unsigned int TernaryFile::GetRegistryInfo(RegistryInfo* info) {
@@ -323,7 +323,7 @@ unsigned int TernaryFile::GetStartNode(char) {
 }
 
 unsigned int TernaryFile::SetStartNode(char, unsigned int id) {
-  return Change(*this, [&](Changes& changes) { return changes.SetStartNode(id); });
+  return InChange(*this, [&](Changes& changes) { return changes.SetStartNode(id); });
 }
 
 }  // namespace tamu::registry
