@@ -69,6 +69,7 @@ class YaxregHostileFiles : public ::testing::Test {
     if (name == "mkkey") arguments.back() = "net/new";
     if (name == "add") arguments.back() = "new";
     if (name == "set" || name == "add") arguments.insert(arguments.end(), {"--int", "8"});
+    if (name == "monitor") arguments.insert(arguments.end(), {"--timeout", "0"});
     if (name == "repair") arguments.insert(arguments.end(), {"-o", output_});
     return arguments;
   }

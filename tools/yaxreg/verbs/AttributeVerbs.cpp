@@ -163,13 +163,17 @@ Verb RightsVerb() {
 }
 
 Verb WatchVerb() {
-  return {"watch",
-          "Print or set the watch bits of a key",
-          "Prints the six watch bits of a key as a number, or sets them.",
-          {kFile, kKeyPath, {"BITS", "The new bits, 0 to 63", false, false}},
-          {kUser, kUid},
-          "yaxreg watch device.rce network/eth0 3",
-          RunWatch};
+  return {
+      "watch",
+      "Print or set the watch bits of a key",
+      "Prints the six watch bits of a key as a number, or sets them: the sum of what programs are "
+      "told that ask for what is watched. 1: values are created, set or deleted; 2: the default "
+      "value is set; 4: keys directly below are created or deleted; 8: rights or watch bits are "
+      "set; 16: the key is restored; 32: all that for the keys below, too.",
+      {kFile, kKeyPath, {"BITS", "The new bits, 0 to 63", false, false}},
+      {kUser, kUid},
+      "yaxreg watch device.rce network/eth0 3",
+      RunWatch};
 }
 
 }  // namespace yaxreg

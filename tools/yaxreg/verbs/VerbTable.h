@@ -20,6 +20,7 @@ Verb RmkeyVerb();       // verbs/KeyVerbs.cpp
 Verb DefaultVerb();     // verbs/AttributeVerbs.cpp
 Verb RightsVerb();      // verbs/AttributeVerbs.cpp
 Verb WatchVerb();       // verbs/AttributeVerbs.cpp
+Verb MonitorVerb();     // verbs/MonitorVerb.cpp
 Verb ExportVerb();      // verbs/ExportVerb.cpp
 Verb ImportVerb();      // verbs/ImportVerb.cpp
 Verb DiffVerb();        // verbs/DiffVerb.cpp
