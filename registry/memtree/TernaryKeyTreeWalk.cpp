@@ -7,7 +7,7 @@ namespace tamu::registry {
 
 namespace {
 
-constexpr unsigned char kZeros[kValueDataMax] = {};  // of data that could not be loaded
+unsigned char sZeros[kValueDataMax];  // of data that could not be loaded
 
 class LoadedVisits {
  public:
@@ -33,8 +33,8 @@ class LoadedVisits {
     for (const TernaryValue* value = key_->firstValue; value != nullptr; value = value->next) {
       const TernaryValueNode& record = *value->node;
       const unsigned char* data = value->data != record.data() ? value->data : nullptr;
-      if (data == nullptr && record.isInBlocks()) data = kZeros;
-      if (data == kZeros && record.dataSize() > sizeof kZeros) return status::kInvalidFile;
+      if (data == nullptr && record.isInBlocks()) data = sZeros;
+      if (data == sZeros && record.dataSize() > sizeof sZeros) return status::kInvalidFile;
       if (!visit(record, data)) break;
     }
     return status::kOk;
