@@ -275,6 +275,25 @@ completes() {
   [ ! -e folder/new.rce ]
 }
 
+@test "monitor prints what other programs change" {
+  local code=0 i
+  yaxreg monitor device.rce network --value mode --count 1 --timeout 100 >lines 2>errors &
+  for i in $(seq 1000); do
+    [ ! -s lines ] && kill -0 $! 2>/dev/null || break
+    yaxreg set device.rce network mode --string "new$i"
+    sleep 0.02
+  done
+  wait $! || code=$?
+  # An emulator offers no mapping that processes share: then there is nothing to tell changes by.
+  if [ -n "$YAXREG_EMULATOR" ]; then
+    [ "$code" -eq 4 ]
+  else
+    [ "$code" -eq 0 ]
+    grep -qE '^network mode = "new[0-9]+"$' lines
+    [ "$(wc -l <lines)" -eq 1 ]
+  fi
+}
+
 @test "the manual page tells the version and every verb of the help" {
   grep -q "^\.TH YAXREG 1 .*\"yaxreg $YAXREG_VERSION\"$" "$YAXREG_MAN"
   verbs=$(yaxreg --help | sed -n 's/^  \([a-z]\{2,\}\) .*/\1/p')
