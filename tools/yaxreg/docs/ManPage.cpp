@@ -33,6 +33,12 @@ constexpr char kOutput[] =
     "hexadecimal digits, a backslash as two. It is coloured on a terminal, unless the environment "
     "variable NO_COLOR is set to something. Failures are one line on the standard error.";
 
+constexpr char kSideFolder[] =
+    "Programs may keep the journals of their registries in a folder of their own (sideFolder of "
+    "RegistryOptions). The environment variable YAX_SIDE_FOLDER names it for yaxreg, which then "
+    "sees what a program that died in a change has left there, and shares the registry with those "
+    "that run.";
+
 constexpr char kJson[] =
     "Print one JSON document on the standard output. A verb that cannot do its work prints none, "
     "only the line on the standard error.";
@@ -188,8 +194,9 @@ std::string Synopsis() {
 
 std::string Description() {
   return ".SH DESCRIPTION\n" + TroffParagraph(kDescription) + ".PP\n" + TroffParagraph(kWords) +
-         ".PP\n" + TroffParagraph(kOutput) + ".PP\n" + TroffParagraph(kNames) +
-         ".PP\nEvery verb has these options:\n" + Entry(Bold("--json"), TroffParagraph(kJson)) +
+         ".PP\n" + TroffParagraph(kOutput) + ".PP\n" + TroffParagraph(kSideFolder) + ".PP\n" +
+         TroffParagraph(kNames) + ".PP\nEvery verb has these options:\n" +
+         Entry(Bold("--json"), TroffParagraph(kJson)) +
          Entry(Bold("-h") + ", " + Bold("--help"), Sentence("Print a short help"));
 }
 

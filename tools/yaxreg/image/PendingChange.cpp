@@ -4,6 +4,7 @@
 #include "registry/format/JournalReader.h"
 #include "registry/store/JournalPath.h"
 #include "tools/yaxreg/image/FileBytes.h"
+#include "tools/yaxreg/image/SideFolder.h"
 
 namespace yaxreg {
 
@@ -29,12 +30,11 @@ bool Apply(JournalReader& reader, std::string* bytes) {
   return true;
 }
 
-}  // namespace
-
-bool CompletePendingChange(const std::string& path, std::string* bytes) {
+// CompletePendingChange with the journal in one folder; null: beside the file.
+bool CompleteFrom(const char* sideFolder, const std::string& path, std::string* bytes) {
   tamu::registry::JournalPath place;
   std::string journal;
-  if (!place.Find(path.c_str(), nullptr) ||
+  if (!place.Find(path.c_str(), sideFolder) ||
       !ReadWholeFile(place.Text(), 2 * size_t{tamu::registry::kJournalMax}, &journal).isDone()) {
     return false;
   }
@@ -51,6 +51,13 @@ bool CompletePendingChange(const std::string& path, std::string* bytes) {
   if (completed == *bytes) return false;
   bytes->swap(completed);
   return true;
+}
+
+}  // namespace
+
+bool CompletePendingChange(const std::string& path, std::string* bytes) {
+  return (SideFolder() != nullptr && CompleteFrom(SideFolder(), path, bytes)) ||
+         CompleteFrom(nullptr, path, bytes);
 }
 
 }  // namespace yaxreg

@@ -8,6 +8,7 @@
 #include "tools/yaxreg/image/FileLock.h"
 #include "tools/yaxreg/image/ImageWriter.h"
 #include "tools/yaxreg/image/Kinds.h"
+#include "tools/yaxreg/image/SideFolder.h"
 #include "tools/yaxreg/text/JsonText.h"
 #include "tools/yaxreg/verbs/CommonArguments.h"
 #include "tools/yaxreg/verbs/Loading.h"
@@ -88,7 +89,10 @@ std::unique_ptr<RegistryImage> Rewrite(Invocation& call, const RegistryImage& be
 std::unique_ptr<RegistryImage> LoadCompleted(Invocation& call, ExitCode* code) {
   std::unique_ptr<RegistryImage> image = LoadImage(call, call.File(), code);
   if (image == nullptr || !image->HasPendingChange()) return image;
-  tamu::registry::Registry(call.File().c_str(), tamu::registry::kAdministratorId).Initialize();
+  tamu::registry::Registry completing(call.File().c_str(), tamu::registry::kAdministratorId);
+  UseSideFolder(completing);
+  completing.Initialize();
+  completing.Finalize();
   return LoadImage(call, call.File(), code);
 }
 

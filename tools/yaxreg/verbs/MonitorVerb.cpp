@@ -8,6 +8,7 @@
 
 #include "tools/yaxreg/content/ContentJson.h"
 #include "tools/yaxreg/content/ValueText.h"
+#include "tools/yaxreg/image/SideFolder.h"
 #include "tools/yaxreg/text/JsonText.h"
 #include "tools/yaxreg/text/Numbers.h"
 #include "tools/yaxreg/text/RightsText.h"
@@ -146,6 +147,7 @@ bool Monitor::TakeLimits() {
 bool Monitor::Open() {
   registry_ = std::make_unique<Registry>(file_.c_str(), user_);
   opened_ = Identity(file_);
+  UseSideFolder(*registry_);
   const unsigned int result = registry_->Initialize();
   if (result != status::kOk) {
     call_.FailWithStatus(result, file_, "",

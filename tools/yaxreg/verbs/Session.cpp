@@ -9,6 +9,7 @@
 
 #include "registry/format/RecordSize.h"
 #include "tools/yaxreg/image/Kinds.h"
+#include "tools/yaxreg/image/SideFolder.h"
 #include "tools/yaxreg/text/JsonText.h"
 #include "tools/yaxreg/text/Numbers.h"
 #include "tools/yaxreg/verbs/Loading.h"
@@ -106,6 +107,7 @@ bool Session::OpenToChange() {
   if (!signals_) signals_.emplace();
   if (!LookAgain() || !CheckSound() || !CheckWritable()) return false;
   registry_ = std::make_unique<tamu::registry::Registry>(file_.c_str(), user_);
+  UseSideFolder(*registry_);
   const unsigned int opened = registry_->Initialize();
   // The library has made the root key of a file that had none yet.
   if (opened == status::kOk) return !image_->content().keys[0].isMadeUp || LookAgain();

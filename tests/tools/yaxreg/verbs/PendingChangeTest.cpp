@@ -1,5 +1,9 @@
 // Verbs on a registry whose last program died in a change.
+#include <cstdlib>
+
+#include "registry/store/JournalPath.h"
 #include "tests/support/JournalBytes.h"
+#include "tests/support/PossibleModes.h"
 #include "tests/tools/yaxreg/verbs/SmallTreeRig.h"
 
 namespace {
@@ -83,6 +87,67 @@ TEST_F(PendingChange, IsKeptByCompactAndRepair) {
   EXPECT_EQ(0, Yaxreg({"compact", file}).code);
   EXPECT_FALSE(std::filesystem::exists(journal));
   EXPECT_EQ("1500\n", Yaxreg({"get", file, "pending", "mtu"}).out);
+}
+
+// The journal lies in another folder, which the environment names.
+class PendingChangeElsewhere : public PendingChange {
+ protected:
+  void SetUp() override {
+    PendingChange::SetUp();
+    const std::string journals = file + ".journals";
+    ASSERT_TRUE(std::filesystem::create_directory(journals));
+    ASSERT_EQ(0, setenv("YAX_SIDE_FOLDER", journals.c_str(), 1));
+    tamu::registry::JournalPath place;
+    ASSERT_TRUE(place.Find(file.c_str(), journals.c_str()));
+    elsewhere = place.Text();
+    std::filesystem::rename(journal, elsewhere);
+  }
+  void TearDown() override {
+    unsetenv("YAX_SIDE_FOLDER");
+    PendingChange::TearDown();
+  }
+
+  const bool canHaveJournal = PossibleModes().size() == 3;
+  std::string elsewhere;
+};
+
+TEST_F(PendingChangeElsewhere, IsSeenByVerbsThatOnlyLook) {
+  EXPECT_EQ("1500\n", Yaxreg({"get", file, "pending", "mtu"}).out);
+  EXPECT_NE(std::string::npos, Yaxreg({"check", file}).out.find(kNote));
+  EXPECT_TRUE(GetFile(file) == before);
+  ASSERT_EQ(0, unsetenv("YAX_SIDE_FOLDER"));
+  EXPECT_EQ(1, Yaxreg({"get", file, "pending", "mtu"}).code);
+}
+
+TEST_F(PendingChangeElsewhere, BesideTheFileIsSeenToo) {
+  std::filesystem::rename(elsewhere, journal);
+  EXPECT_EQ("1500\n", Yaxreg({"get", file, "pending", "mtu"}).out);
+}
+
+TEST_F(PendingChangeElsewhere, IsCompletedByVerbsThatChange) {
+  const Answer answer = Yaxreg({"set", file, "pending", "mtu", "--int", "9000"});
+  if (!canHaveJournal) {
+    EXPECT_NE(std::string::npos, answer.err.find("status 28")) << answer.err;
+    return;
+  }
+  EXPECT_EQ(0, answer.code);
+  EXPECT_FALSE(std::filesystem::exists(elsewhere));
+  EXPECT_EQ("9000\n", Yaxreg({"get", file, "pending", "mtu"}).out);
+}
+
+TEST_F(PendingChangeElsewhere, IsKeptByCompact) {
+  const Answer answer = Yaxreg({"compact", file});
+  EXPECT_EQ(canHaveJournal, answer.code == 0) << answer.err;
+  EXPECT_EQ(canHaveJournal, !std::filesystem::exists(elsewhere));
+  EXPECT_EQ("1500\n", Yaxreg({"get", file, "pending", "mtu"}).out);
+}
+
+TEST_F(PendingChangeElsewhere, NothingIsChangedWhereTheFolderIsMissing) {
+  ASSERT_EQ(0, setenv("YAX_SIDE_FOLDER", (file + ".missing").c_str(), 1));
+  const Answer answer = Yaxreg({"set", file, "pending", "mtu", "--int", "9000"});
+  EXPECT_NE(0, answer.code);
+  EXPECT_NE(std::string::npos, answer.err.find("status 28")) << answer.err;
+  EXPECT_TRUE(GetFile(file) == before);
 }
 
 }  // namespace
