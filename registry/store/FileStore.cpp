@@ -50,6 +50,7 @@ Status FileStore::Load(const char* path) {
 }
 
 void FileStore::Enter() {
+  file_.ForgetTorn();  // what a read before this scope has met
   file_.Refresh();
   if (locks_ > 0 || FollowOthers()) {
     if (locks_ > 0 && !undo_.IsEmpty()) FinishUndoing();
@@ -63,7 +64,6 @@ void FileStore::Enter() {
 // False when that takes the lock.
 bool FileStore::FollowOthers() {
   file_.Watch(nullptr, 0);
-  file_.ForgetTorn();
   if (!undo_.IsEmpty()) return false;
   if (!journal_.IsOn() || !file_.IsOpen()) return true;
   constexpr unsigned int kTries = 400;  // longer than a small change takes

@@ -15,6 +15,7 @@ constexpr unsigned int kNumber = 0;
 constexpr unsigned int kText = 2;
 constexpr unsigned int kNames = 6;  // values of the own key
 constexpr size_t kMostKeys = 12;    // below the own key
+constexpr unsigned int kMostMade = 300;  // the name of a deleted key stays in the file
 constexpr unsigned int kTextSize = 777;
 
 template <class... Parts>
@@ -134,6 +135,7 @@ std::string SharedScript::Step() {
       return CheckText();
     case 12:
     case 13:
+      if (made_ == kMostMade) return SetOwn();
       return keys_.size() < kMostKeys ? MakeKey() : DropKey();
     case 14:
       return DropKey();

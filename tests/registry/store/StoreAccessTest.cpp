@@ -1,5 +1,6 @@
 #include <atomic>
 #include <chrono>
+#include <fstream>
 #include <thread>
 
 #include "registry/store/StoreAccess.h"
@@ -27,6 +28,31 @@ TEST_F(StoreAccessTest, ReadsTheRecordOfAnId) {
   TernaryValueNode value;
   ASSERT_EQ(status::kOk, access.Read(0x100, &value));
   EXPECT_EQ(Hex(Numbered<TernaryValueNode>()), Hex(value));
+}
+
+// Another process writes the file whenever it may: while nobody has the lock between processes.
+TEST_F(StoreAccessTest, OthersThatWriteAllTheTimeDoNotKeepAReaderAwayForEver) {
+  store.Finalize();
+  RegistryOptions options;
+  options.durability = Durability::kProcess;
+  store.SetOptions(options);
+  ASSERT_EQ(status::kOk, store.Initialize(path.c_str()));
+  if (store.EffectiveDurability() != Durability::kProcess) GTEST_SKIP() << "no journal here";
+  std::fstream journal(path + ".journal", std::ios::in | std::ios::out | std::ios::binary);
+  unsigned int looks = 0;
+  const Status result = store.Look([&](StoreAccess& access) {
+    if (++looks <= 8) {
+      std::string sequence;
+      AddU32(sequence, 1000 + 2 * looks);
+      journal.seekp(68).write(sequence.data(), 4).flush();
+    } else if (looks > 9) {
+      return Status(status::kBadArgument);
+    }
+    TernaryStringNode node;
+    return access.Read(0x100, &node);
+  });
+  EXPECT_EQ(status::kOk, result);
+  EXPECT_EQ(9u, looks);
 }
 
 TEST_F(StoreAccessTest, NoIdReadsAsZeros) {
