@@ -1,10 +1,10 @@
 // A small array of plain data.
 #pragma once
 
-#include <algorithm>
-#include <new>
+#include <type_traits>
 
 #include "platform/PCMem.h"
+#include "registry/base/PlainMemory.h"
 #include "registry/base/RegistryStatus.h"
 
 namespace tamu::registry {
@@ -12,21 +12,21 @@ namespace tamu::registry {
 // Elements are plain data; new ones are zero. Owns `data`.
 template <class T>
 class Array {
+  static_assert(std::is_trivially_copyable<T>::value, "plain data");
+
  public:
   Array() = default;
-  ~Array() { delete[] data; }
+  ~Array() { PlainMemory::Free(data); }
   Array(const Array&) = delete;
   Array& operator=(const Array&) = delete;
 
   // Makes room for n elements; what is there is kept. 0, or kNoMemory with nothing changed.
   unsigned int EnsureCapacity(unsigned int n) {
     if (capacity >= n) return status::kOk;
-    if (n > kMaxBytes / sizeof(T)) return status::kNoMemory;
-    T* grown = new (std::nothrow) T[n]();
+    void* const grown = PlainMemory::GrownZero(data, capacity, n, sizeof(T));
     if (grown == nullptr) return status::kNoMemory;
-    for (unsigned int i = 0; i < capacity; ++i) grown[i] = data[i];
-    delete[] data;
-    data = grown;
+    PlainMemory::Free(data);
+    data = static_cast<T*>(grown);
     capacity = n;
     return status::kOk;
   }
@@ -50,15 +50,12 @@ class Array {
   const T* operator[](unsigned int i) const { return &data[i]; }
   // Sets all elements to zero. Returns 0.
   unsigned int MemsetZero() {
-    std::fill_n(data, capacity, T());
+    PCMem::Set(data, 0, static_cast<unsigned int>(capacity * sizeof(T)));
     return status::kOk;
   }
 
   unsigned int capacity = 0;  // elements
   T* data = nullptr;          // null while the capacity is 0
-
- private:
-  static constexpr unsigned int kMaxBytes = 0x7FFFFFFF;  // what one allocation may ask for
 };
 
 }  // namespace tamu::registry

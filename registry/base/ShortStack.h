@@ -1,88 +1,86 @@
 // A stack that is short as a rule.
 #pragma once
 
-#include <new>
-#include <utility>
+#include <type_traits>
 
-#include "platform/PCMem.h"
 #include "registry/base/Status.h"
 
 namespace tamu::registry {
 
+// What short stacks of all elements have in common.
+class ShortStackMemory {
+ public:
+  ShortStackMemory(const ShortStackMemory&) = delete;
+  ShortStackMemory& operator=(const ShortStackMemory&) = delete;
+
+  unsigned int Count() const { return count_; }
+  bool IsEmpty() const { return count_ == 0; }
+  // Drops all but the n elements at the bottom.
+  void CutTo(unsigned int n) { count_ = n; }
+
+ protected:
+  // Where the first elements lie, how many, and the size of each.
+  struct Few {
+    void* place;
+    unsigned int count;
+    unsigned int size;
+  };
+
+  explicit ShortStackMemory(const Few& few) : items_(few.place), capacity_(few.count) {}
+  ~ShortStackMemory() = default;
+  bool Grow(const Few& few, unsigned int n);
+  void Exchange(const Few& few, ShortStackMemory& other, const Few& others);
+  void Free(const Few& few);
+
+  void* items_;
+  unsigned int capacity_;
+  unsigned int count_ = 0;
+};
+
 // Elements are plain data. The first kShort lie in the object itself, more on the heap until the
 // stack is cleared.
 template <class T, unsigned int kShort>
-class ShortStack {
+class ShortStack : public ShortStackMemory {
+  static_assert(std::is_trivially_copyable<T>::value, "plain data");
+
  public:
-  ShortStack() = default;
+  ShortStack() : ShortStackMemory(Inside()) {}
   ~ShortStack() { Clear(); }
-  ShortStack(const ShortStack&) = delete;
-  ShortStack& operator=(const ShortStack&) = delete;
 
   // Puts n elements of any content on top. kNoMemory with nothing changed.
   Status Extend(unsigned int n) {
-    if (n > capacity_ - count_ && (n > kMost || !Grow(count_ + n))) return status::kNoMemory;
+    if (n > capacity_ - count_ && (n > kMost || !Grow(Inside(), count_ + n))) {
+      return status::kNoMemory;
+    }
     count_ += n;
     return status::kOk;
   }
   // From now on the elements lie on the heap, until Clear: a Swap with an empty stack then copies
   // none. kNoMemory with nothing changed.
   Status MoveToHeap() {
-    return items_ != few_ || Grow(kShort + 1) ? status::kOk : status::kNoMemory;
+    return items_ != few_ || Grow(Inside(), kShort + 1) ? status::kOk : status::kNoMemory;
   }
   Status Push(const T& item) {
     const Status result = Extend(1);
-    if (result.IsOk()) items_[count_ - 1] = item;
+    if (result.IsOk()) Items()[count_ - 1] = item;
     return result;
   }
   // There must be one.
-  const T& Top() const { return items_[count_ - 1]; }
+  const T& Top() const { return Items()[count_ - 1]; }
   // The i-th from the bottom.
-  T& operator[](unsigned int i) { return items_[i]; }
-  const T& operator[](unsigned int i) const { return items_[i]; }
-  unsigned int Count() const { return count_; }
-  bool IsEmpty() const { return count_ == 0; }
-  // Drops all but the n elements at the bottom.
-  void CutTo(unsigned int n) { count_ = n; }
-  void Swap(ShortStack& other) {
-    const bool isShort = items_ == few_;
-    const bool isOtherShort = other.items_ == other.few_;
-    const unsigned int mine = isShort ? count_ : 0;
-    const unsigned int others = isOtherShort ? other.count_ : 0;
-    for (unsigned int i = 0; i < mine || i < others; ++i) std::swap(few_[i], other.few_[i]);
-    std::swap(items_, other.items_);
-    if (isOtherShort) items_ = few_;
-    if (isShort) other.items_ = other.few_;
-    std::swap(count_, other.count_);
-    std::swap(capacity_, other.capacity_);
-  }
+  T& operator[](unsigned int i) { return Items()[i]; }
+  const T& operator[](unsigned int i) const { return Items()[i]; }
+  void Swap(ShortStack& other) { Exchange(Inside(), other, other.Inside()); }
   // Empties it, and gives back what it has on the heap.
-  void Clear() {
-    if (items_ != few_) delete[] items_;
-    items_ = few_;
-    capacity_ = kShort;
-    count_ = 0;
-  }
+  void Clear() { Free(Inside()); }
 
  private:
   static constexpr unsigned int kMost = 0x7FFFFFFF / sizeof(T);
 
-  bool Grow(unsigned int n) {
-    if (n > kMost / 2) return false;
-    const unsigned int capacity = n > 2 * capacity_ ? n : 2 * capacity_;
-    T* grown = new (std::nothrow) T[capacity];
-    if (grown == nullptr) return false;
-    PCMem::Copy(grown, items_, count_ * sizeof(T));
-    if (items_ != few_) delete[] items_;
-    items_ = grown;
-    capacity_ = capacity;
-    return true;
-  }
+  Few Inside() { return {few_, kShort, sizeof(T)}; }
+  T* Items() const { return static_cast<T*>(items_); }
 
-  T few_[kShort];
-  T* items_ = few_;
-  unsigned int capacity_ = kShort;
-  unsigned int count_ = 0;
+  alignas(T) unsigned char few_[kShort * sizeof(T)];
 };
 
 }  // namespace tamu::registry

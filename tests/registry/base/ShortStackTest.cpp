@@ -101,6 +101,38 @@ TEST(ShortStackTest, SwappedOnTheHeapItHasTheOthersElements) {
   EXPECT_TRUE(heap.IsEmpty());
 }
 
+TEST(ShortStackTest, SwappedBothHaveTheOthersElementsInThemselves) {
+  Stack longer;
+  Stack shorter;
+  PushMany(longer, 3);
+  shorter.Push(7).Ignore();
+  shorter.Swap(longer);
+  ASSERT_EQ(3u, shorter.Count());
+  for (unsigned int i = 0; i < 3; ++i) EXPECT_EQ(100 + i, shorter[i]);
+  EXPECT_TRUE(IsInside(shorter, shorter.Top()));
+  ASSERT_EQ(1u, longer.Count());
+  EXPECT_EQ(7u, longer.Top());
+  EXPECT_TRUE(IsInside(longer, longer.Top()));
+}
+
+TEST(ShortStackTest, SwapsElementsOfManyBytes) {
+  struct Large {
+    unsigned int words[100];
+  };
+  ShortStack<Large, 2> one;
+  ShortStack<Large, 2> other;
+  Large large;
+  for (unsigned int i = 0; i < 100; ++i) large.words[i] = i;
+  ASSERT_EQ(status::kOk, one.Push(large));
+  for (unsigned int i = 0; i < 100; ++i) large.words[i] = 1000 + i;
+  ASSERT_EQ(status::kOk, other.Push(large));
+  one.Swap(other);
+  for (unsigned int i = 0; i < 100; ++i) {
+    EXPECT_EQ(1000 + i, one[0].words[i]);
+    EXPECT_EQ(i, other[0].words[i]);
+  }
+}
+
 TEST(ShortStackTest, ClearedIsAsNew) {
   Stack stack;
   PushMany(stack, 9);

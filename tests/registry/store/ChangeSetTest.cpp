@@ -69,5 +69,21 @@ TEST(ChangeSetTest, NothingIsNotInAnyPage) {
   EXPECT_STREQ("part", Seen(set, 0xFFFFFFFFu, 2));
 }
 
+// Adds pages that differ, the last first, and looks how they are arranged.
+void ArrangeBackwards(unsigned int count) {
+  ChangeSet set;
+  for (unsigned int i = count; i > 0; --i) {
+    AddPage(set, 7 * i, 1);
+    set.Find(7 * i)->Touch(0, kPage);
+  }
+  ASSERT_EQ(status::kOk, set.Arrange());
+  ASSERT_EQ(count, set.Count());
+  for (unsigned int i = 0; i < count; ++i) ASSERT_EQ(7 * (i + 1), set.At(i).number) << count;
+}
+
+TEST(ChangeSetTest, ArrangesFewAndManyPagesInOrderOfTheirPlaces) {
+  for (const unsigned int count : {1u, 2u, 16u, 17u, 300u}) ArrangeBackwards(count);
+}
+
 }  // namespace
 }  // namespace tamu::registry
