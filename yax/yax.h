@@ -25,6 +25,7 @@
 #pragma once
 
 #include "yax/yax_base.h"
+#include "yax/yax_changes.h"
 #include "yax/yax_keys.h"
 #include "yax/yax_transactions.h"
 #include "yax/yax_values.h"

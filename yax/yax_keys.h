@@ -42,7 +42,8 @@ yax_status yax_key_set_default(yax_key* key, uint64_t number);
  * delete. */
 yax_status yax_key_get_rights(const yax_key* key, unsigned char* rights);
 yax_status yax_key_set_rights(yax_key* key, unsigned char rights);
-/* Writes the key and all below it to a file, and puts what a file holds in their place. */
+/* Writes the key and all below it to a file, and puts what a file holds in their place. Both need a
+ * key that is there. */
 yax_status yax_key_backup(const yax_key* key, const char* file);
 yax_status yax_key_restore(yax_key* key, const char* file);
 

@@ -26,11 +26,14 @@ from ._errors import (
 )
 from ._registry import ADMINISTRATOR, Durability, Key, Registry, open, version
 from ._schema import Report, Setting, Value
+from ._watch import Change, ChangeKind, Watch
 
 __all__ = [
     "ADMINISTRATOR",
     "BadArgumentError",
     "BusyError",
+    "Change",
+    "ChangeKind",
     "Durability",
     "ExistsError",
     "FileError",
@@ -46,6 +49,7 @@ __all__ = [
     "Setting",
     "Status",
     "Value",
+    "Watch",
     "WrongTypeError",
     "YaxError",
     "open",

@@ -23,6 +23,12 @@ class Options(ctypes.Structure):
     ]
 
 
+class ChangeRecord(ctypes.Structure):
+    """yax_change."""
+
+    _fields_ = [("kind", c_uint), ("path", c_char_p), ("name", c_char_p)]
+
+
 _OUT = POINTER(c_void_p)
 _KEY: List[Any] = [c_void_p]
 _VALUE: List[Any] = [c_void_p, c_char_p]
@@ -40,6 +46,9 @@ _FUNCTIONS: List[Tuple[str, Any, List[Any]]] = [
     ("yax_begin", c_uint, [c_void_p, _OUT]),
     ("yax_commit", c_uint, [c_void_p]),
     ("yax_cancel", None, [c_void_p]),
+    ("yax_watch_key", c_uint, [c_void_p, _OUT]),
+    ("yax_watch_next", c_uint, [c_void_p, c_uint, POINTER(ChangeRecord)]),
+    ("yax_watch_free", None, [c_void_p]),
     ("yax_key_at", c_uint, [c_void_p, c_char_p, _OUT]),
     ("yax_key_below", c_uint, [c_void_p, c_char_p, _OUT]),
     ("yax_key_free", None, _KEY),

@@ -6,12 +6,14 @@ import contextlib
 import ctypes
 import enum
 import os
+import threading
 from types import TracebackType
 from typing import Any, Callable, Iterable, Iterator, List, MutableMapping, Optional, Sequence, Type, TypeVar, Union, cast
 
 from ._errors import NotFoundError, NotSetError, Status, error_of
 from ._library import DATA_MAX, Options, check, lib
 from ._schema import Report, Setting, Value
+from ._watch import Watch
 
 _Kind = TypeVar("_Kind", bound=Union[int, bool, float, str, bytes])
 
@@ -265,12 +267,16 @@ class Key(MutableMapping[str, Value]):
         for name in self._names(lib.yax_key_branch):
             yield self.at(name)
 
+    def watch(self) -> Watch:
+        """The changes of this key and of all below it, by this program or another, from now on."""
+        return Watch(self)
+
     def backup(self, file: Union[str, "os.PathLike[str]"]) -> None:
         """Writes the key and all below it to a file."""
         check(lib.yax_key_backup(self._key, os.fsencode(file)), self._what())
 
     def restore(self, file: Union[str, "os.PathLike[str]"]) -> None:
-        """Replaces the key and all below it by what a file holds. Makes the key."""
+        """Replaces the key, which must be there, and all below it by what a file holds."""
         self.make()
         check(lib.yax_key_restore(self._key, os.fsencode(file)), self._what())
 
@@ -335,13 +341,31 @@ class Registry:
             os.fspath(path),
         )
         self._handle: Optional[ctypes.c_void_p] = handle
+        self._waiters = 0  # threads that wait for changes
+        self._quiet = threading.Condition()
         self._file = os.fspath(path)
 
     def close(self) -> None:
         """Closes the file; keys that are left raise ``NoRightError``."""
-        handle, self._handle = self._handle, None
+        with self._quiet:
+            handle, self._handle = self._handle, None
+            while self._waiters > 0:
+                self._quiet.wait()
         if handle is not None:
             lib.yax_close(handle)
+
+    @contextlib.contextmanager
+    def _kept_open(self) -> Iterator[None]:
+        with self._quiet:
+            if self._handle is None:
+                raise error_of(Status.NO_RIGHT, self._file, "the registry is closed")
+            self._waiters += 1
+        try:
+            yield
+        finally:
+            with self._quiet:
+                self._waiters -= 1
+                self._quiet.notify_all()
 
     def __enter__(self) -> "Registry":
         return self

@@ -457,6 +457,35 @@ static void ATransactionHappensWholeOrNotAtAll(void) {
   yax_close(registry);
 }
 
+static void ChangesAreTold(void) {
+  yax_registry *registry = OpenNew();
+  yax_key *net = KeyAt(registry, "net");
+  yax_watch *watch = NULL;
+  yax_change change = {99, NULL, NULL};
+  CHECK_STATUS(YAX_OK, yax_watch_key(net, &watch));
+  CHECK_STATUS(YAX_NO_DATA, yax_watch_next(watch, 0, &change));
+  CHECK(change.kind == 99);
+  CHECK(yax_change_descriptor(registry) >= 0);
+  CHECK_STATUS(YAX_OK, yax_set_int(net, "mtu", 1500));
+  CHECK_STATUS(YAX_OK, yax_watch_next(watch, YAX_FOREVER, &change));
+  CHECK(change.kind == YAX_KEY_CREATED && strcmp(change.path, "net") == 0);
+  CHECK(strcmp(change.name, "") == 0);
+  CHECK_STATUS(YAX_OK, yax_watch_next(watch, 60000, &change));
+  CHECK(change.kind == YAX_VALUE_CREATED && strcmp(change.name, "mtu") == 0);
+  CHECK_STATUS(YAX_NO_DATA, yax_watch_next(watch, 1, &change));
+  yax_close(registry);
+  CHECK_STATUS(YAX_NO_RIGHT, yax_watch_next(watch, 0, &change));
+  yax_watch_free(watch);
+  watch = NULL;
+  CHECK_STATUS(YAX_NO_RIGHT, yax_watch_key(net, &watch));
+  CHECK(watch == NULL);
+  yax_key_free(net);
+  CHECK_STATUS(YAX_BAD_ARGUMENT, yax_watch_key(NULL, &watch));
+  CHECK_STATUS(YAX_BAD_ARGUMENT, yax_watch_next(NULL, 0, &change));
+  CHECK(yax_change_descriptor(NULL) == -1);
+  yax_watch_free(NULL);
+}
+
 static void *MakeKeysOfItsOwn(void *argument) {
   yax_key *key = argument;
   int64_t i;
@@ -521,6 +550,7 @@ int main(int count, char **arguments) {
   WhatIsNoRegistryIsLeftAlone();
   NullPointersAreRefused();
   ATransactionHappensWholeOrNotAtAll();
+  ChangesAreTold();
   ThreadsUseItAtOnce();
   StatusesHaveWords();
   remove(file);

@@ -165,6 +165,8 @@ TEST_F(Settings, ABackupBringsABranchBack) {
   ASSERT_TRUE(key.Set("n", 2));
   EXPECT_TRUE(key.Restore(folder / "backup"));
   EXPECT_EQ(1, key.Get("n", 0));
+  ASSERT_TRUE(key.Remove());
+  EXPECT_EQ(Status(YAX_NOT_FOUND), key.Restore(folder / "backup"));
 }
 
 TEST_F(Settings, KeysOutliveRegistriesAndMoves) {

@@ -1,0 +1,103 @@
+// Changes told by the C interface.
+#include <cstring>
+#include <new>
+
+#include "platform/PCWord.h"
+#include "yax/CObjects.h"
+
+using tamu::registry::Change;
+using tamu::registry::ChangeKind;
+using tamu::registry::ChangeList;
+
+struct yax_watch {
+  explicit yax_watch(yax_registry* registry) : owner(registry) {}
+
+  yax_registry* owner;  // one of its references
+  std::unique_ptr<char[]> path;
+  unsigned long long number = 0;  // of the latest change that was read
+  ChangeList changes;             // those read
+  unsigned int told = 0;          // of these
+};
+
+using namespace yax;
+
+namespace {
+
+// True for a key and what is below it.
+bool IsWithin(const char* path, const char* key) {
+  const size_t length = std::strlen(key);
+  if (length == 0) return true;
+  return std::strncmp(path, key, length) == 0 && (path[length] == '\0' || path[length] == '/');
+}
+
+// What takes a key away, or brings it, does so to all below it.
+bool IsMeant(const Change& change, const char* key) {
+  if (IsWithin(change.keyPath, key)) return true;
+  return change.kind <= ChangeKind::kKeyRestored && IsWithin(key, change.keyPath);
+}
+
+// The next one that was read already; null when there is none.
+const Change* Told(yax_watch* watch) {
+  while (watch->told < watch->changes.Count()) {
+    const Change& change = watch->changes.At(watch->told++);
+    if (IsMeant(change, watch->path.get())) return &change;
+  }
+  return nullptr;
+}
+
+// Waits for changes and reads them.
+unsigned int ReadMore(yax_watch* watch, unsigned int milliseconds) {
+  Registry& registry = watch->owner->registry;
+  if (milliseconds > 0) {
+    const unsigned int awaited = registry.WaitForChange(watch->number, milliseconds);
+    if (awaited != status::kOk) return awaited;
+  }
+  watch->told = 0;
+  const unsigned int read = registry.ReadChanges(&watch->number, &watch->changes);
+  const bool isNothing = read == status::kOk && watch->changes.Count() == 0;
+  return isNothing && milliseconds == 0 ? status::kNoData : read;
+}
+
+}  // namespace
+
+yax_status yax_watch_key(yax_key* key, yax_watch** watch) {
+  if (key == nullptr || watch == nullptr) return status::kBadArgument;
+  std::unique_ptr<yax_watch> made(new (std::nothrow) yax_watch(key->owner));
+  if (made == nullptr) return status::kNoMemory;
+  const size_t size = std::strlen(PathOf(key)) + 1;
+  made->path.reset(new (std::nothrow) char[size]);
+  if (made->path == nullptr) return status::kNoMemory;
+  std::memcpy(made->path.get(), PathOf(key), size);
+  made->number = RegistryOf(key).ChangeNumber();
+  const unsigned int result = RegistryOf(key).ReadChanges(&made->number, &made->changes);
+  if (result != status::kOk && result != status::kLimit) return result;
+  Hold(key->owner);
+  *watch = made.release();
+  return status::kOk;
+}
+
+void yax_watch_free(yax_watch* watch) {
+  if (watch == nullptr) return;
+  LetGo(watch->owner);
+  delete watch;
+}
+
+yax_status yax_watch_next(yax_watch* watch, unsigned milliseconds, yax_change* change) {
+  if (watch == nullptr || change == nullptr) return status::kBadArgument;
+  const unsigned long long start = PCWord::Now();
+  for (;;) {
+    const Change* const next = Told(watch);
+    if (next != nullptr) {
+      *change = {static_cast<unsigned>(next->kind), next->keyPath, next->valueName};
+      return status::kOk;
+    }
+    const unsigned long long passed = milliseconds == YAX_FOREVER ? 0 : PCWord::Now() - start;
+    const unsigned int result =
+        ReadMore(watch, passed < milliseconds ? milliseconds - static_cast<unsigned>(passed) : 0);
+    if (result != status::kOk) return result;
+  }
+}
+
+int yax_change_descriptor(yax_registry* registry) {
+  return registry == nullptr ? -1 : registry->registry.ChangeDescriptor();
+}
