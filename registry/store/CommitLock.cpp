@@ -50,7 +50,8 @@ bool CommitLock::Wait(unsigned int* word, unsigned int held, unsigned int flags,
   if (PCWord::Load(word) != marked || PCWord::Now() - start < kLookInterval || holder == 0) {
     return false;
   }
-  if (holder == place_ || !side_->IsHeld(holder)) {
+  const bool isPlace = holder >= PCSideFile::kFirstPlace && holder < kMostPlaces;
+  if (!isPlace || holder == place_ || !side_->IsHeld(holder)) {
     *died = PCWord::Replace(word, marked, place_ | kHasWaiters);
   }
   return *died;
