@@ -98,6 +98,7 @@ bench:
 	@$(call build,bench)
 	@build/bench/bench/yax_bench
 	@build/bench/bench/yax_bench_modes
+	@build/bench/bench/yax_bench_sharing
 
 # On the file system of this folder. Wants a machine that does nothing else.
 bench-peers:
