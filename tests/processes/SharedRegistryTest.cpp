@@ -63,6 +63,42 @@ TEST_F(SharedRegistry, EachProcessSeesWhatAllOthersHaveDone) {
   for (Worker& each : workers) EXPECT_TRUE(each.EndsWell());
 }
 
+// Puts its own branch back again and again; what is below it is as it was then.
+std::string BackUpAndRestore(const std::string& path, unsigned int thread, unsigned int rounds) {
+  Registry registry(path.c_str(), kUser);
+  if (registry.Initialize() != 0) return "no registry";
+  const std::string key = OwnKey(thread);
+  const std::string backup = path + ".backup" + std::to_string(thread);
+  SharedScript script(registry, thread, true);
+  std::string wrong = script.Run(100);
+  for (unsigned int i = 0; i < rounds && wrong.empty(); ++i) {
+    unsigned long long before = i;
+    registry.SetDefaultValue(0, key.c_str(), before);
+    if (registry.BackupKey(0, key.c_str(), backup.c_str()) != 0) return "no backup";
+    registry.SetDefaultValue(0, key.c_str(), 4711);
+    const std::string extra = key + "/extra";
+    if (i % 2 == 0 && registry.CreateKey(0, extra.c_str()) != 0) return "no key";
+    const unsigned int restored = registry.RestoreKey(0, key.c_str(), backup.c_str());
+    if (restored != 0) return "restoring: status " + std::to_string(restored);
+    unsigned long long after = 0;
+    if (registry.GetDefaultValue(0, key.c_str(), &after) != 0 || after != i) return "other default";
+    wrong = script.CheckAll();
+  }
+  unlink(backup.c_str());
+  return wrong;
+}
+
+TEST_F(SharedRegistry, RestoringABranchDisturbsNobody) {
+  Prepare();
+  std::vector<Worker> workers;
+  for (unsigned int i = 0; i < 2; ++i) {
+    workers.emplace_back(
+        [&, i] { return WorkWithTwoThreads(path, i, i % 2 != 0, crash::Sized(2000, 20000)); });
+    workers.emplace_back([&, i] { return BackUpAndRestore(path, 8 + i, crash::Sized(40, 400)); });
+  }
+  for (Worker& each : workers) EXPECT_TRUE(each.EndsWell());
+}
+
 TEST_F(SharedRegistry, AReaderBesideAWriterGetsNoWrongAnswer) {
   Prepare();
   Worker writer([&] {

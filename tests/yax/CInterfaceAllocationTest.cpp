@@ -107,5 +107,17 @@ TEST_F(CInterfaceAllocations, ThatFailInAnOpeningLeaveNothing) {
   }
 }
 
+TEST_F(CInterfaceAllocations, AWatchIsMadeOrNot) {
+  const unsigned int failed = FailEverywhere([this] {
+    yax_watch* watch = nullptr;
+    yax_change change = {};
+    yax_status result = yax_watch_key(key, &watch);
+    if (result == YAX_OK) result = yax_watch_next(watch, 0, &change);
+    yax_watch_free(watch);
+    return result == YAX_NO_DATA ? yax_status{YAX_OK} : result;
+  });
+  EXPECT_LE(2u, failed);
+}
+
 }  // namespace
 }  // namespace yax
