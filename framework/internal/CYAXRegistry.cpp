@@ -30,7 +30,7 @@ Value Written(YAX_REG_DATA_TYPE_ENUM type, const void* data) {
 }
 
 // Appends the names' tags, the last one first. kNoMemory: none of them.
-// Test: FrameworkAllocations.AListingWithoutMemoryLeavesTheListAsItWas
+// Test: FrameworkAllocationTest.AListingWithoutMemoryLeavesTheListAsItWas
 unsigned int AppendTags(const NameList& names, PCList* list) {
   unsigned long long tags[kListedMost] = {};
   const unsigned int count = names.Count();
@@ -67,7 +67,7 @@ unsigned int CYAX::DeleteKey(unsigned int handle, const char* path) {
 }
 
 // The elements are the names' tags, which are 0: their number is all that a listing tells.
-// Test: FrameworkRegistry.AListingGivesOneZeroForEachName
+// Test: CYAXRegistryTest.AListingGivesOneZeroForEachName
 unsigned int CYAX::ListKeys(unsigned int handle, const char* path, unsigned int index,
                             unsigned int count, PCList* list, unsigned int flags) {
   return OnRegistry(path != nullptr && list != nullptr && list->IsCreated(), [&] {

@@ -37,7 +37,7 @@ unsigned int YAXInfoManager::IsSysSingleBinary() {
 }
 
 // What a shorter array does not reach stays.
-// Test: InfoManager.AShorterArrayLeavesTheRestOfTheTable
+// Test: YAXInfoManager.AShorterArrayLeavesTheRestOfTheTable
 unsigned int YAXInfoManager::RegisterAllComponent(YAX_COMPONENT_INFO_ST** components) {
   if (components == nullptr) return yax_status::kBadArgument;
   for (unsigned int i = 0; i < kTableSize && components[i] != nullptr; ++i) {

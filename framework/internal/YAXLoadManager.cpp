@@ -106,7 +106,8 @@ int YAXLoadManager::FindHandle(const YAX_GUID_ST& clsid, void** handle) {
   return found != nullptr ? 1 : 0;
 }
 
-// A path matches the beginning of one that is open. Test: LoadManager.ThePathsBeginningIsEnough
+// A path matches the beginning of one that is open. Test:
+// YAXLoadManagerTest.ThePathsBeginningIsEnough
 int YAXLoadManager::FindHandle(const char* path, void** handle) {
   const ListLock lock(list_);
   const std::size_t length = std::strlen(path);

@@ -170,7 +170,7 @@ Status ReadRecord(const StoreAccess& access, const TernaryValueNode& record, boo
   } else if (whole) {
     PutU64(buffer.get(), record.number());
   } else {
-    // A number comes as its low 32 bits. Test: FileTreeValues.ANumberIsReadAsItsLowHalf
+    // A number comes as its low 32 bits. Test: TernaryRegistryValues.ANumberIsReadAsItsLowHalf
     PutU32(buffer.get(), record.dataWord());
   }
   value->type = record.type();

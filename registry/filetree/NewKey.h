@@ -10,7 +10,7 @@ namespace tamu::registry {
 Status StoreNewKey(Changes& changes, const TernaryKeyNode& key, unsigned int* id);
 // Writes the string nodes of a name; the key, unless it is 0, ends at the last. kBadArgument for a
 // "/" in the name: *firstNode is 0 and the nodes taken before it stay taken.
-// Test: FileTreeKeys.AMissingParentCostsAStringNode
+// Test: TernaryRegistryCreation.AMissingParentCostsAStringNode
 Status StoreName(Changes& changes, const char* name, unsigned int* firstNode, unsigned int keyId);
 // Cuts the segment of a node at `cut` and puts a new node above it, *upper, under `previous`.
 // kNoData when there is nothing to cut (*upper is then the node).

@@ -85,7 +85,7 @@ unsigned int NodeOperations::FindValue(unsigned int keyNode, const char* name,
 
 // Data blocks stay in use, as when a value is deleted. A value that cannot be given back is not
 // this key's alone, and neither is what follows it. Test:
-// FileTreeDeletion.DeletingAKeyKeepsTheBlocksOfItsValuesInUse
+// TernaryRegistryDeletionSlots.DeletingAKeyKeepsTheBlocksOfItsValuesInUse
 unsigned int NodeOperations::DeleteAllValues(unsigned int, unsigned int keyNode) {
   return InStore<Changes>(true, [&](Changes& changes) {
     TernaryKeyNode key;

@@ -51,7 +51,7 @@ unsigned int TernaryRegistry::CreateKey(unsigned int user, void* tree, const cha
     result = changes.End(StoreKeyAt(changes, match, path, key, NewNameRule::kTaken, &atNode));
     // A key that ends at a node that was there, or at a cut, leaves one level of the lock with the
     // calling thread: other threads' operations without a handle wait from now on.
-    // Test: FileTreeKeys.AKeyThatEndsInsideALongerNameKeepsTheLock
+    // Test: TernaryRegistryCreation.AKeyThatEndsInsideALongerNameKeepsTheLock
     if (result.IsOk() && atNode) lock_.Take();
     return result;
   });
@@ -82,7 +82,7 @@ unsigned int TernaryRegistry::ListKeys(unsigned int user, void* tree, const char
     state.skip = index;
     Status result = status::kOk;
     // Nothing comes between the path and the names: with path "a", key "b" is listed as "ab".
-    // Test: FileTreeListing.ThePathIsPutBeforeTheNamesAsItIs
+    // Test: TernaryRegistryListing.ThePathIsPutBeforeTheNamesAsItIs
     if ((flags & kListWithPath) != 0 && path != nullptr) {
       state.start = RCEString::Length(path);
       result = ReserveName(&state.buffer, state.start);
@@ -107,7 +107,8 @@ unsigned int TernaryRegistry::GetKeyInfo(unsigned int user, void* tree, const ch
     if (!result.IsOk()) return result;
     KeyInfo filled = KeyInfo();
     filled.reserved = info->reserved;
-    filled.userId = user;  // who asks, not who owns. Test: FileTreeInfo.TheUserIsTheOneWhoAsks
+    // Who asks, not who owns. Test: TernaryRegistryInfo.TheUserIsTheOneWhoAsks
+    filled.userId = user;
     filled.permission = reached.key.permission();
     if (node.child() != 0) {
       const unsigned int first = node.child();
@@ -124,7 +125,8 @@ unsigned int TernaryRegistry::GetKeyInfo(unsigned int user, void* tree, const ch
   return OnKey<StoreAccess>(user, tree, path, kRead, info != nullptr, get);
 }
 
-// A name without a key has permission 0. Test: FileTreePermission.ANameWithoutAKeyHasPermissionZero
+// A name without a key has permission 0. Test:
+// TernaryRegistryPermission.ANameWithoutAKeyHasPermissionZero
 unsigned int TernaryRegistry::GetKeyPermission(unsigned int user, void* tree, const char* path,
                                                unsigned char* permission) {
   const auto get = [&](StoreAccess&, Reached& reached) {

@@ -30,7 +30,7 @@ Status ReplaceData(Changes& changes, const Value& value, Reached* reached) {
   record.setInBlocks(!isNumber);
   record.setDataSize(value.size);
   // Of a number only the low half is written: the upper half of an older one stays.
-  // Test: FileTreeValues.SettingANumberKeepsTheUpperHalfOfTheOldOne
+  // Test: TernaryRegistryValueWrites.SettingANumberKeepsTheUpperHalfOfTheOldOne
   record.setDataWord(isNumber ? static_cast<unsigned int>(LeadingBytes(value, 4)) : block);
   record.setSet(true);
   return ReplaceValueRecord(changes, valueId, before, record);
@@ -91,7 +91,7 @@ unsigned int TernaryRegistry::GetValue(unsigned int user, void* tree, const char
 }
 
 // What leads to the value is written before its slot is given back. Its data blocks stay in use.
-// Test: FileTreeValues.DeletingAValueKeepsItsBlocksInUse
+// Test: TernaryRegistryValueWrites.DeletingAValueKeepsItsBlocksInUse
 unsigned int TernaryRegistry::DeleteValue(unsigned int user, void* tree, const char* path,
                                           const char* name) {
   const auto remove = [&](Changes& changes, Reached& reached) -> Status {

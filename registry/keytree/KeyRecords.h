@@ -46,8 +46,8 @@ inline void EndName(TernaryStringNode* node, unsigned int keyId) {
 }
 
 // The nodes of a deleted key's own name stay, as a name without a key and with nothing below it.
-// Test: FileTreeDeletion.TheNameOfADeletedKeyStaysAndIsUsedAgain
-// Test: LoadedDeletion.TheNameStaysAndIsUsedAgain
+// Test: TernaryRegistryDeletion.TheNameOfADeletedKeyStaysAndIsUsedAgain
+// Test: TernaryKeyTreeDeletionTest.TheNameStaysAndIsUsedAgain
 inline TernaryStringNode WithoutKey(const TernaryStringNode& node) {
   TernaryStringNode after = node;
   EndName(&after, 0);

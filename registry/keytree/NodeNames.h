@@ -32,8 +32,8 @@ NodeLink LinkForName(const TernaryStringNode& node, const PathMatch& match,
 // What is left of a path when the node at which it stops is cut: the path from where the node's
 // segment began goes on behind the cut. A path whose last character stands at the cut ends there,
 // whether or not the characters are the same: with "abc" there, creating "x" makes "a", and "ax"
-// makes "ab". Test: FileTreeKeys.ACharacterThatDiffersAtTheEndIsTakenAsTheCut
-// Test: LoadedCreation.ACharacterThatDiffersAtTheEndIsTakenAsTheCut
+// makes "ab". Test: TernaryRegistryCreation.ACharacterThatDiffersAtTheEndIsTakenAsTheCut
+// Test: TernaryKeyTreeCreationTest.ACharacterThatDiffersAtTheEndIsTakenAsTheCut
 inline const char* BehindCut(const char* rest, unsigned int cut) {
   rest += cut;
   return rest[0] != 0 && rest[1] == 0 ? rest + 1 : rest;

@@ -17,8 +17,8 @@ void FillRecord(TernaryValueNode* record, const char* name, const Value& value,
 
 // Stores the data of a new value; *dataId is 0 when there is none. The bytes of a number are stored
 // too, in blocks that nothing ever frees, and need not find room.
-// Test: FileTreeValues.ANumberCreatedFromAValueTakesBlocksThatNobodyFrees
-// Test: LoadedValueWrites.ANumberCreatedFromAValueTakesBlocksThatNobodyFrees
+// Test: TernaryRegistryValueWrites.ANumberCreatedFromAValueTakesBlocksThatNobodyFrees
+// Test: TernaryKeyTreeValueDeletionTest.ANumberCreatedFromAValueTakesBlocksThatNobodyFrees
 Status StoreNewData(Changes& changes, const Value& value, unsigned int* dataId);
 // Puts a new value before the others of a key, which has `count` of them then: writes the value,
 // then the key.

@@ -150,7 +150,7 @@ void LoadedStrings::AddOrphan(TernaryString* string) {
   *list = string;
 }
 
-// Test: LoadedDeletion.WhatAHandleNeedsStaysForIt
+// Test: TernaryKeyTreeDeletionTest.WhatAHandleNeedsStaysForIt
 void LoadedStrings::RecursiveDeleteKeyTree(TernaryString* string) {
   StringWalk walk(kStoredOrder);
   for (walk.Start(string); !walk.IsOver(); walk.Next()) {

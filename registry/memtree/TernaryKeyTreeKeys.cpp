@@ -12,7 +12,8 @@ namespace tamu::registry {
 namespace {
 
 // Gives back the slots of a key and its values; what cannot be given back stays in use. So do data
-// blocks, as when a value is deleted. Test: LoadedDeletion.TheBlocksOfItsValuesStayInUse
+// blocks, as when a value is deleted. Test:
+// TernaryKeyTreeDeletionTest.TheBlocksOfItsValuesStayInUse
 void ReleaseKey(Changes& changes, const TernaryKey* key) {
   if (key == nullptr) return;
   for (const TernaryValue* value = key->firstValue; value != nullptr; value = value->next) {
@@ -40,7 +41,7 @@ void ReleaseSubtree(Changes& changes, TernaryString* string) {
 // Searches the place of a new key. kNoRight also where the place is in the file, but not loaded: so
 // is what hangs behind a name that ends at a split char. The directory of a string that is locked
 // is only put away: it is there again when the owner can be locked.
-// Test: LoadedCreation.ANameThatEndsAtABranchIsRefused
+// Test: TernaryKeyTreeCreationTest.ANameThatEndsAtABranchIsRefused
 Status TernaryKeyTree::FindPlace(unsigned int user, TernaryHandle* handle, const char* path,
                                  StringMatch* match) {
   if (handle->start == nullptr) return status::kBadArgument;
@@ -60,7 +61,8 @@ Status TernaryKeyTree::FindPlace(unsigned int user, TernaryHandle* handle, const
 }
 
 // Writes the key where the place was found; memory follows once it is kept. A creation that is
-// refused takes nothing but the cut, which stays. Test: LoadedCreation.ARefusedCreationTakesNothing
+// refused takes nothing but the cut, which stays. Test:
+// TernaryKeyTreeCreationTest.ARefusedCreationTakesNothing
 Status TernaryKeyTree::CreateAt(const StringMatch& match, const char* path,
                                 const TernaryKeyNode& record) {
   Changes changes(*file);

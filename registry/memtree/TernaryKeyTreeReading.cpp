@@ -83,7 +83,8 @@ unsigned int TernaryKeyTree::GetValue(unsigned int user, void* tree, const char*
                                       const char* name, Value* value) {
   const bool given = name != nullptr && value != nullptr;
   return OnKey(user, tree, path, kRightRead, name, given, [&](const Found& found) -> Status {
-    // A refusal is not reported. Test: LoadedValues.AnotherTypeIsNotHandedOutAndNotReported
+    // A refusal is not reported. Test:
+    // TernaryKeyTreeReadingTest.AnotherTypeIsNotHandedOutAndNotReported
     const Status result = found.value->GetValue(value);
     return result == status::kNoMemory ? result : Status(status::kOk);
   });
@@ -98,7 +99,7 @@ unsigned int TernaryKeyTree::GetDefaultValue(unsigned int user, void* tree, cons
 }
 
 // Slots are counted in sizes of a value's record, also those of data blocks.
-// Test: LoadedValues.TheOffsetOfDataCountsSlotsOf52Bytes
+// Test: TernaryKeyTreeReadingTest.TheOffsetOfDataCountsSlotsOf52Bytes
 unsigned int TernaryKeyTree::GetValueOffset(unsigned int user, void* tree, const char* path,
                                             const char* name, unsigned int* offset) {
   const auto get = [&](const Found& found) -> Status {

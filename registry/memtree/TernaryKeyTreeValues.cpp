@@ -32,7 +32,7 @@ unsigned int TernaryKeyTree::CreateValue(unsigned int user, void* tree, const ch
     Status result = TakeLoaded(changes, NodeKind::kValue, TernaryValueNode(), &made);
     if (!result.IsOk()) return changes.End(result);
     // A value that is refused gives its slot back; a file that has grown for it stays so.
-    // Test: LoadedValueWrites.AnUnknownTypeIsRefusedAfterTheFileHasGrown
+    // Test: TernaryKeyTreeValueRefusalsTest.AnUnknownTypeIsRefusedAfterTheFileHasGrown
     result = made->SetValue(name, value, 0);
     if (!result.IsOk()) {
       return changes.End(changes.GiveBack(NodeKind::kValue, made->id, result));
@@ -61,7 +61,7 @@ unsigned int TernaryKeyTree::CreateValue(unsigned int user, void* tree, const ch
 }
 
 // A value of no known type changes nothing, and is not reported.
-// Test: LoadedValueWrites.AnUnknownTypeChangesNothingAndIsNotReported
+// Test: TernaryKeyTreeValueRefusalsTest.AnUnknownTypeChangesNothingAndIsNotReported
 unsigned int TernaryKeyTree::SetValue(unsigned int user, void* tree, const char* path,
                                       const char* name, Value* value) {
   if (IsTooLarge(value)) return status::kLimit;
@@ -91,7 +91,7 @@ Status TernaryKeyTree::ReplaceData(TernaryValue& target, const char* name, const
 
 // What leads to the value is written before its slot is given back: the value before it, or else
 // the key. So the count in the file is as it was when a value before it is left.
-// Test: LoadedValueWrites.TheStoredCountFollowsTheFirstValueAlone
+// Test: TernaryKeyTreeValueDeletionTest.TheStoredCountFollowsTheFirstValueAlone
 unsigned int TernaryKeyTree::DeleteValue(unsigned int user, void* tree, const char* path,
                                          const char* name) {
   const auto remove = [&](const Found& found) -> Status {
@@ -114,7 +114,7 @@ unsigned int TernaryKeyTree::DeleteValue(unsigned int user, void* tree, const ch
       result = changes.Write(key.id, after);
     }
     // Its data blocks stay in use, and so does its slot if that cannot be given back.
-    // Test: LoadedValueWrites.DeletingAValueKeepsItsBlocksInUse
+    // Test: TernaryKeyTreeValueDeletionTest.DeletingAValueKeepsItsBlocksInUse
     if (result.IsOk()) changes.Release(NodeKind::kValue, found.value->id).Ignore();
     result = changes.End(result);
     if (!result.IsOk()) return result;

@@ -114,9 +114,9 @@ TEST_F(Allocations, ThatFailInAnotherOpeningTakeNothingAway) {
 }
 
 // The whole-key operations with each of their allocations failing in turn.
-class FailingAllocations : public Allocations {
+class AllocationTest : public Allocations {
  protected:
-  FailingAllocations() {
+  AllocationTest() {
     // Enough that what is kept of them grows more than once.
     for (unsigned int i = 0; i < kMoreKeys; ++i) {
       const std::string key = "a/x" + std::to_string(10 + i);
@@ -169,7 +169,7 @@ class FailingAllocations : public Allocations {
   std::string start;
 };
 
-TEST_F(FailingAllocations, EndAListingOfKeys) {
+TEST_F(AllocationTest, EndAListingOfKeys) {
   FailEverywhere([&] {
     NameList list(100);
     return list.Capacity() == 0 ? status::kNoMemory
@@ -177,14 +177,14 @@ TEST_F(FailingAllocations, EndAListingOfKeys) {
   });
 }
 
-TEST_F(FailingAllocations, EndAListingOfValues) {
+TEST_F(AllocationTest, EndAListingOfValues) {
   FailEverywhere([&] {
     NameList list(10);
     return registry.ListValues(0, kKey, 0, 0, &list);
   });
 }
 
-TEST_F(FailingAllocations, LeaveTheNamesThatWereListedBefore) {
+TEST_F(AllocationTest, LeaveTheNamesThatWereListedBefore) {
   NameList list(100);
   unsigned int result = registry.ListKeys(0, "", 0, 0, &list, 0);
   ASSERT_EQ(0u, result);
@@ -204,7 +204,7 @@ TEST_F(FailingAllocations, LeaveTheNamesThatWereListedBefore) {
   }
 }
 
-TEST_F(FailingAllocations, EndACounting) {
+TEST_F(AllocationTest, EndACounting) {
   FailEverywhere([&] {
     KeyInfo info = {1, 2, 3, 4, 5, 6, 7};
     const unsigned int result = registry.GetKeyInfo(0, "a", &info);
@@ -213,24 +213,24 @@ TEST_F(FailingAllocations, EndACounting) {
   });
 }
 
-TEST_F(FailingAllocations, LeaveTheKeyThatWasToBeDeleted) {
+TEST_F(AllocationTest, LeaveTheKeyThatWasToBeDeleted) {
   FailEverywhere([&] { return registry.DeleteKey(0, "a"); });
 }
 
-TEST_F(FailingAllocations, LeaveTheKeyThatWasToBeBackedUp) {
+TEST_F(AllocationTest, LeaveTheKeyThatWasToBeBackedUp) {
   const std::string expectedBytes = GetFile(backup);
   FailEverywhere([&] { return registry.BackupKey(0, "a", backup.c_str()); });
   EXPECT_TRUE(GetFile(backup) == expectedBytes);
 }
 
-TEST_F(FailingAllocations, LeaveTheKeyThatWasToBeReplaced) {
+TEST_F(AllocationTest, LeaveTheKeyThatWasToBeReplaced) {
   FailEverywhere([&] { return registry.RestoreKey(0, "a", backup.c_str()); });
   ReadValue text;
   EXPECT_EQ(status::kOk, registry.GetValue(0, kKey, "text", &text));
   EXPECT_STREQ(text.text(), "some text");
 }
 
-TEST_F(FailingAllocations, LeaveTheKeyThatWasToLoseItsSubKeys) {
+TEST_F(AllocationTest, LeaveTheKeyThatWasToLoseItsSubKeys) {
   ASSERT_EQ(status::kOk, registry.BackupKey(0, kKey, backup.c_str()));
   FailEverywhere([&] { return registry.RestoreKey(0, "a", backup.c_str()); });
 }

@@ -21,7 +21,7 @@ constexpr char kUncounted[] = "3 === Can NOT Create CYAXCompBase.\n";
 // What the object takes in its order, before its registry.
 enum Allocation : unsigned int { kObject = 1, kGuard = 2, kMessage = 3, kRegistry = 4 };
 
-class FrameworkAllocations : public ::testing::Test {
+class FrameworkAllocationTest : public ::testing::Test {
  protected:
   // CreateYAX while its nth allocation fails; what was printed is in `text`.
   unsigned int CreateWithout(unsigned int nth) {
@@ -65,13 +65,13 @@ class FrameworkAllocations : public ::testing::Test {
   bool isOver = false;
 };
 
-TEST_F(FrameworkAllocations, WithoutAnObjectNothingIsPrinted) {
+TEST_F(FrameworkAllocationTest, WithoutAnObjectNothingIsPrinted) {
   EXPECT_EQ(yax_status::kNoMemory, CreateWithout(kObject));
   EXPECT_EQ("", text);
   EXPECT_FALSE(IsThere());
 }
 
-TEST_F(FrameworkAllocations, WithoutTheCountsSemaphoreTheObjectIsMade) {
+TEST_F(FrameworkAllocationTest, WithoutTheCountsSemaphoreTheObjectIsMade) {
   const ChosenDurability withoutJournal(YAX_DURABILITY_NONE);
   EXPECT_EQ(0u, CreateWithout(kGuard));
   EXPECT_EQ(text, std::string(kUncounted) + kBegins);
@@ -87,7 +87,7 @@ void* CountUpAndDown(void* object) {
   return nullptr;
 }
 
-TEST_F(FrameworkAllocations, WithoutItsSemaphoreTheCountServesTwoThreadsAllTheSame) {
+TEST_F(FrameworkAllocationTest, WithoutItsSemaphoreTheCountServesTwoThreadsAllTheSame) {
   printed.Take();
   heap::sFailing = 1;
   CYAXCompBase* counted = new CYAXCompBase;
@@ -105,14 +105,14 @@ TEST_F(FrameworkAllocations, WithoutItsSemaphoreTheCountServesTwoThreadsAllTheSa
   EXPECT_EQ(heap::sLive, before - 1);
 }
 
-TEST_F(FrameworkAllocations, AMessageThatCannotBeMadeIsNotPrinted) {
+TEST_F(FrameworkAllocationTest, AMessageThatCannotBeMadeIsNotPrinted) {
   const ChosenDurability withoutJournal(YAX_DURABILITY_NONE);
   EXPECT_EQ(0u, CreateWithout(kMessage));
   EXPECT_EQ("", text);
   ExpectWorks();
 }
 
-TEST_F(FrameworkAllocations, WithoutARegistryThereIsNoFramework) {
+TEST_F(FrameworkAllocationTest, WithoutARegistryThereIsNoFramework) {
   EXPECT_EQ(yax_status::kNoMemory, CreateWithout(kRegistry));
   EXPECT_EQ(text, std::string(kBegins) + kEnds);
   EXPECT_FALSE(IsThere());
@@ -121,7 +121,7 @@ TEST_F(FrameworkAllocations, WithoutARegistryThereIsNoFramework) {
 
 // With a framework that its message of a missing journal does not concern, and with what every
 // program gets.
-class FrameworkFailures : public FrameworkAllocations,
+class FrameworkFailures : public FrameworkAllocationTest,
                           public ::testing::WithParamInterface<YAX_DURABILITY> {
  protected:
   // The registry's own failures come first, then those of the parts behind it.
@@ -174,7 +174,7 @@ INSTANTIATE_TEST_SUITE_P(, FrameworkFailures,
                          ::testing::Values(YAX_DURABILITY_NONE, YAX_DURABILITY_DEFAULT));
 
 // Whatever the failure leaves of the file, the next framework on it works, or it is empty.
-TEST_F(FrameworkAllocations, AFileThatIsNotThereYetIsMadeByTheNextAttempt) {
+TEST_F(FrameworkAllocationTest, AFileThatIsNotThereYetIsMadeByTheNextAttempt) {
   unsigned int failures = 0;
   for (unsigned int nth = kObject;; ++nth) {
     SCOPED_TRACE("allocation " + std::to_string(nth));
@@ -192,7 +192,7 @@ TEST_F(FrameworkAllocations, AFileThatIsNotThereYetIsMadeByTheNextAttempt) {
   EXPECT_GT(failures, 10u);
 }
 
-TEST_F(FrameworkAllocations, AListingWithoutMemoryLeavesTheListAsItWas) {
+TEST_F(FrameworkAllocationTest, AListingWithoutMemoryLeavesTheListAsItWas) {
   ASSERT_EQ(yax_status::kOk, CreateYAX(path.c_str()));
   void* view = nullptr;
   ASSERT_EQ(yax_status::kOk, GetYAXInstance(IID_IYAXRegistry, &view));

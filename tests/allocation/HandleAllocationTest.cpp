@@ -9,9 +9,9 @@ namespace tamu::registry {
 
 namespace {
 
-class HandleAllocations : public ::testing::Test {
+class HandleAllocationTest : public ::testing::Test {
  protected:
-  HandleAllocations() : registry(path.c_str(), kAdministratorId) {
+  HandleAllocationTest() : registry(path.c_str(), kAdministratorId) {
     EXPECT_EQ(status::kOk, registry.Initialize());
     for (const char* key : {"a", "a/b", "a/b/c", "a/b/c/d", "a/sister", "aunt", "zoo"}) {
       EXPECT_EQ(status::kOk, registry.CreateKey(0, key, 7));
@@ -97,10 +97,10 @@ class HandleAllocations : public ::testing::Test {
   std::string start;
 };
 
-constexpr char HandleAllocations::kKey[];
+constexpr char HandleAllocationTest::kKey[];
 
 // It with its path and its two semaphores: no table of what is loaded is made.
-TEST_F(HandleAllocations, OpeningBelowAnOpenKeyTakesTheHandleAlone) {
+TEST_F(HandleAllocationTest, OpeningBelowAnOpenKeyTakesTheHandleAlone) {
   const unsigned int root = Open("");
   for (const char* key : {"a", "a/b/c", "zoo", "a/b/c", ""}) {
     unsigned int handle = 0;
@@ -114,7 +114,7 @@ TEST_F(HandleAllocations, OpeningBelowAnOpenKeyTakesTheHandleAlone) {
   EXPECT_EQ(heap::sAllocations, before);
 }
 
-TEST_F(HandleAllocations, AGetTakesItsBufferOnly) {
+TEST_F(HandleAllocationTest, AGetTakesItsBufferOnly) {
   const unsigned int root = Open("");
   for (const char* name : {"number", "text"}) {
     ReadValue value;
@@ -124,19 +124,19 @@ TEST_F(HandleAllocations, AGetTakesItsBufferOnly) {
   EXPECT_EQ(0u, CountOf([&] { return registry.GetDefaultValue(root, kKey, &value); }));
 }
 
-TEST_F(HandleAllocations, ADeletionTakesNothing) {
+TEST_F(HandleAllocationTest, ADeletionTakesNothing) {
   const unsigned int root = Open("");
   EXPECT_EQ(0u, CountOf([&] { return registry.DeleteValue(root, kKey, "number"); }));
   EXPECT_EQ(0u, CountOf([&] { return registry.DeleteKey(root, "a"); }));
 }
 
-TEST_F(HandleAllocations, FailInCreatingAKey) {
+TEST_F(HandleAllocationTest, FailInCreatingAKey) {
   EXPECT_GT(FailEverywhere([&](unsigned int root) { return registry.CreateKey(root, "new", 3); }),
             0u);
   EXPECT_EQ(1u, DecodeTree(path).count("new"));
 }
 
-TEST_F(HandleAllocations, FailInCreatingAKeyOfALongName) {
+TEST_F(HandleAllocationTest, FailInCreatingAKeyOfALongName) {
   const std::string name = "a/" + std::string(60, 'n');
   EXPECT_GT(
       FailEverywhere([&](unsigned int root) { return registry.CreateKey(root, name.c_str()); }),
@@ -144,20 +144,20 @@ TEST_F(HandleAllocations, FailInCreatingAKeyOfALongName) {
   EXPECT_EQ(1u, DecodeTree(path).count(name));
 }
 
-TEST_F(HandleAllocations, FailInCreatingAKeyBesideALikeName) {
+TEST_F(HandleAllocationTest, FailInCreatingAKeyBesideALikeName) {
   EXPECT_GT(FailEverywhere([&](unsigned int root) { return registry.CreateKey(root, "a/sirens"); }),
             0u);
   EXPECT_EQ(1u, DecodeTree(path).count("a/sirens"));
 }
 
 // When the longer name has been cut and then the key cannot be made, the cut is taken back.
-TEST_F(HandleAllocations, FailInCreatingAKeyInsideALongerName) {
+TEST_F(HandleAllocationTest, FailInCreatingAKeyInsideALongerName) {
   EXPECT_GT(FailEverywhere([&](unsigned int root) { return registry.CreateKey(root, "a/sis"); }),
             0u);
   EXPECT_EQ(1u, DecodeTree(path).count("a/sis"));
 }
 
-TEST_F(HandleAllocations, FailInCreatingAValue) {
+TEST_F(HandleAllocationTest, FailInCreatingAValue) {
   EXPECT_GT(FailEverywhere(
                 [&](unsigned int root) { return registry.CreateValue(root, kKey, "new", &text); }),
             0u);
@@ -170,7 +170,7 @@ TEST_F(HandleAllocations, FailInCreatingAValue) {
   EXPECT_EQ(5u, DecodeTree(path).at(kKey).values.at(0).number);
 }
 
-TEST_F(HandleAllocations, FailInSettingAValue) {
+TEST_F(HandleAllocationTest, FailInSettingAValue) {
   Value longer = TextValue("a text that is longer than the one that was there before, two blocks");
   for (const char* name : {"text", "number"}) {
     EXPECT_GT(FailEverywhere(
@@ -179,7 +179,7 @@ TEST_F(HandleAllocations, FailInSettingAValue) {
   }
 }
 
-TEST_F(HandleAllocations, FailInListing) {
+TEST_F(HandleAllocationTest, FailInListing) {
   EXPECT_GT(FailEverywhere([&](unsigned int root) {
               NameList names(50);
               return names.Capacity() == 0 ? status::kNoMemory
@@ -188,7 +188,7 @@ TEST_F(HandleAllocations, FailInListing) {
             0u);
 }
 
-TEST_F(HandleAllocations, FailInReading) {
+TEST_F(HandleAllocationTest, FailInReading) {
   EXPECT_EQ(1u, FailEverywhere([&](unsigned int root) {
               ReadValue value;
               return registry.GetValue(root, kKey, "text", &value);
@@ -197,7 +197,7 @@ TEST_F(HandleAllocations, FailInReading) {
 
 // A key is loaded whole, or not at all, or lacks something below it. Whatever is missing is not
 // taken for new, and the file stays as it is.
-TEST_F(HandleAllocations, WhatIsNotLoadedIsNotCreatedAnew) {
+TEST_F(HandleAllocationTest, WhatIsNotLoadedIsNotCreatedAnew) {
   unsigned int failures = 0, partly = 0;
   for (const char* opened : {"", "a"}) {
     for (unsigned int nth = 1;; ++nth) {
@@ -233,7 +233,7 @@ TEST_F(HandleAllocations, WhatIsNotLoadedIsNotCreatedAnew) {
 // ---- what rounds leave behind
 
 // Opens, changes and leaves everything open; the next operation without a handle drops it.
-class HandleRounds : public HandleAllocations {
+class HandleRounds : public HandleAllocationTest {
  protected:
   void Change(unsigned int round) {
     const unsigned int root = Open("");
@@ -259,7 +259,7 @@ class HandleRounds : public HandleAllocations {
   }
 };
 
-TEST(LoadedMemory, FourThousandKeysTakeLessThanTwoAndAHalfTimesTheFile) {
+TEST(HandleAllocation, FourThousandKeysTakeLessThanTwoAndAHalfTimesTheFile) {
   TempDir dir;
   const std::string path = dir / "a.rce";
   Registry registry(path.c_str(), kAdministratorId);

@@ -8,9 +8,9 @@ namespace tamu::registry {
 
 namespace {
 
-class RefreshAllocations : public ::testing::Test {
+class RefreshAllocationTest : public ::testing::Test {
  protected:
-  RefreshAllocations() : file(nullptr, nullptr) {
+  RefreshAllocationTest() : file(nullptr, nullptr) {
     EXPECT_EQ(status::kOk, loaded.Initialize((folder / "a.rce").c_str()));
     file.ShareStore(loaded.File());
     EXPECT_EQ(status::kOk, file.Initialize(nullptr));
@@ -69,7 +69,7 @@ class RefreshAllocations : public ::testing::Test {
   TernaryRegistry file;
 };
 
-TEST_F(RefreshAllocations, FailInLoadingEverythingAnew) {
+TEST_F(RefreshAllocationTest, FailInLoadingEverythingAnew) {
   EXPECT_GT(FailEverywhere([&](void* handle) {
               unsigned char rights = 0;
               loaded.SetBehind();
@@ -78,7 +78,7 @@ TEST_F(RefreshAllocations, FailInLoadingEverythingAnew) {
             20u);
 }
 
-TEST_F(RefreshAllocations, FailInLoadingOneKeyAnew) {
+TEST_F(RefreshAllocationTest, FailInLoadingOneKeyAnew) {
   EXPECT_GT(FailEverywhere([&](void*) {
               ChangeList changes;
               const unsigned int noted =

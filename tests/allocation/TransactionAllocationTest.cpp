@@ -8,9 +8,9 @@ namespace tamu::registry {
 
 namespace {
 
-class TransactionAllocations : public ::testing::TestWithParam<Durability> {
+class TransactionAllocationTest : public ::testing::TestWithParam<Durability> {
  protected:
-  TransactionAllocations() : registry((folder / "a.rce").c_str(), kAdministratorId) {
+  TransactionAllocationTest() : registry((folder / "a.rce").c_str(), kAdministratorId) {
     RegistryOptions options;
     options.durability = GetParam();
     EXPECT_EQ(status::kOk, registry.SetOptions(options));
@@ -44,7 +44,7 @@ class TransactionAllocations : public ::testing::TestWithParam<Durability> {
   Value text = TextValue("a text that is longer than a block of the file, which has 64 bytes");
 };
 
-TEST_P(TransactionAllocations, FailAnywhereWithNothingChanged) {
+TEST_P(TransactionAllocationTest, FailAnywhereWithNothingChanged) {
   unsigned int failures = 0;
   unsigned int handle = 0;
   ASSERT_EQ(status::kOk, registry.OpenKey("a", &handle));
@@ -86,7 +86,8 @@ TEST_P(TransactionAllocations, FailAnywhereWithNothingChanged) {
   EXPECT_GT(failures, 5u);
 }
 
-INSTANTIATE_TEST_SUITE_P(EveryMode, TransactionAllocations, ::testing::ValuesIn(PossibleModes()));
+INSTANTIATE_TEST_SUITE_P(EveryMode, TransactionAllocationTest,
+                         ::testing::ValuesIn(PossibleModes()));
 
 }  // namespace
 

@@ -37,9 +37,9 @@ const std::vector<Operation>& Operations() {
   return kOperations;
 }
 
-class ExactFaults : public ::testing::Test {
+class ExactFaultTest : public ::testing::Test {
  protected:
-  ExactFaults() {
+  ExactFaultTest() {
     Registry registry(path_.c_str(), faults::kUserId);
     EXPECT_EQ(status::kOk, registry.Initialize());
     for (const char* key : {"branch/main", "branch/side/deep", "other"}) {
@@ -81,7 +81,7 @@ class ExactFaults : public ::testing::Test {
   std::string start_;
 };
 
-TEST_F(ExactFaults, WhatFailsHasChangedNothing) {
+TEST_F(ExactFaultTest, WhatFailsHasChangedNothing) {
   for (const Operation& operation : Operations()) {
     for (const Mode mode : {Mode::kFailOnce, Mode::kFailFrom, Mode::kTearFrom}) {
       for (const bool isStraight : {false, true}) {

@@ -49,7 +49,7 @@ std::set<std::string> KeysIn(const std::string& path) {
 
 constexpr unsigned int kNoCall = 1000000;
 
-class LoadedCreationFaults : public ::testing::Test {
+class LoadedCreationFaultTest : public ::testing::Test {
  protected:
   void TearDown() override { faults::Disarm(); }
 
@@ -141,16 +141,16 @@ class LoadedCreationFaults : public ::testing::Test {
   }
 };
 
-TEST_F(LoadedCreationFaults, AKeyThatCannotBeWrittenIsNotThereAndCanBeCreatedAgain) {
+TEST_F(LoadedCreationFaultTest, AKeyThatCannotBeWrittenIsNotThereAndCanBeCreatedAgain) {
   TryAll(kScenarios);
 }
 
-TEST_F(LoadedCreationFaults, AKeyAtACutThatCannotBeWrittenIsNotThereThoughTheCutMayBe) {
+TEST_F(LoadedCreationFaultTest, AKeyAtACutThatCannotBeWrittenIsNotThereThoughTheCutMayBe) {
   TryAll(kCuts);
 }
 
 // Memory never tells of what is not in the file.
-TEST_F(LoadedCreationFaults, WhereNothingCanBeWrittenAnyMoreMemoryStaysAsItWas) {
+TEST_F(LoadedCreationFaultTest, WhereNothingCanBeWrittenAnyMoreMemoryStaysAsItWas) {
   for (const Mode mode : {Mode::kFailFrom, Mode::kTearFrom}) {
     for (const std::vector<Scenario>& scenarios : {kScenarios, kCuts}) {
       for (const Scenario& scenario : scenarios) {
@@ -163,7 +163,7 @@ TEST_F(LoadedCreationFaults, WhereNothingCanBeWrittenAnyMoreMemoryStaysAsItWas) 
 }
 
 // A missing parent inside a longer name, which is cut before.
-TEST_F(LoadedCreationFaults, ARefusedNameLeavesTheTreeAsItWas) {
+TEST_F(LoadedCreationFaultTest, ARefusedNameLeavesTheTreeAsItWas) {
   unsigned int calls = 1;
   for (unsigned int number = 0; number < calls; ++number) {
     SCOPED_TRACE("call " + std::to_string(number));
@@ -182,7 +182,7 @@ TEST_F(LoadedCreationFaults, ARefusedNameLeavesTheTreeAsItWas) {
   EXPECT_GE(calls, 5u);
 }
 
-TEST_F(LoadedCreationFaults, ARefusedNameThatCutsNothingWritesNothing) {
+TEST_F(LoadedCreationFaultTest, ARefusedNameThatCutsNothingWritesNothing) {
   LoadedTreeRig rig;
   TernaryHandle* root = rig.Load("");
   ASSERT_EQ(0u, Create(rig, root, "m"));
@@ -193,7 +193,7 @@ TEST_F(LoadedCreationFaults, ARefusedNameThatCutsNothingWritesNothing) {
 }
 
 // Two slots, two records, the header.
-TEST_F(LoadedCreationFaults, ARootThatCannotBeWrittenCanBeMadeAgain) {
+TEST_F(LoadedCreationFaultTest, ARootThatCannotBeWrittenCanBeMadeAgain) {
   for (unsigned int number = 0; number < 7; ++number) {
     SCOPED_TRACE("call " + std::to_string(number));
     TempDir dir;

@@ -30,7 +30,7 @@ std::string GraveFindings(const std::string& path, unsigned int* harmless) {
   return findings;
 }
 
-class LoadedWriteFaults : public ::testing::Test {
+class LoadedWritesFaultTest : public ::testing::Test {
  protected:
   void TearDown() override { faults::Disarm(); }
 
@@ -50,7 +50,7 @@ class LoadedWriteFaults : public ::testing::Test {
   }
 };
 
-TEST_F(LoadedWriteFaults, WithoutAFaultMemoryAndFileAgree) {
+TEST_F(LoadedWritesFaultTest, WithoutAFaultMemoryAndFileAgree) {
   for (const LoadedChange& change : kChanges) {
     SCOPED_TRACE(change.name);
     Attempt attempt(change, Mode::kNone, 0);
@@ -61,7 +61,7 @@ TEST_F(LoadedWriteFaults, WithoutAFaultMemoryAndFileAgree) {
   }
 }
 
-TEST_F(LoadedWriteFaults, WhatIsInOneRecordIsOneWrite) {
+TEST_F(LoadedWritesFaultTest, WhatIsInOneRecordIsOneWrite) {
   unsigned int compared = 0;
   for (const LoadedChange& change : kChanges) {
     const std::string name = change.name;
@@ -75,7 +75,7 @@ TEST_F(LoadedWriteFaults, WhatIsInOneRecordIsOneWrite) {
 }
 
 // A short write is gone on with.
-TEST_F(LoadedWriteFaults, ShortWritesDoNotMatter) {
+TEST_F(LoadedWritesFaultTest, ShortWritesDoNotMatter) {
   for (const LoadedChange& change : kChanges) {
     std::string expected;
     unsigned int calls = 0;
@@ -93,7 +93,7 @@ TEST_F(LoadedWriteFaults, ShortWritesDoNotMatter) {
   }
 }
 
-TEST_F(LoadedWriteFaults, EveryFailureIsReportedAndUndone) {
+TEST_F(LoadedWritesFaultTest, EveryFailureIsReportedAndUndone) {
   for (const Mode mode : {Mode::kFailOnce, Mode::kFailFrom, Mode::kTearFrom}) {
     ForEveryFault(mode, [](const LoadedChange& change, unsigned int number, Attempt& attempt) {
       const bool isMade = change.deletes && number > 0;
@@ -106,7 +106,7 @@ TEST_F(LoadedWriteFaults, EveryFailureIsReportedAndUndone) {
 }
 
 // It is deleted or it is not, and then with all below it.
-TEST_F(LoadedWriteFaults, AKeyIsDeletedWithTheFirstWrite) {
+TEST_F(LoadedWritesFaultTest, AKeyIsDeletedWithTheFirstWrite) {
   for (const Mode mode : {Mode::kFailOnce, Mode::kFailFrom}) {
     ForEveryFault(mode, [](const LoadedChange& change, unsigned int number, Attempt& attempt) {
       if (std::string(change.name).find("delete the key") == std::string::npos) return;
@@ -125,7 +125,7 @@ TEST_F(LoadedWriteFaults, AKeyIsDeletedWithTheFirstWrite) {
   }
 }
 
-TEST_F(LoadedWriteFaults, OtherKeysAreAsBefore) {
+TEST_F(LoadedWritesFaultTest, OtherKeysAreAsBefore) {
   for (const Mode mode : {Mode::kFailOnce, Mode::kFailFrom, Mode::kTearFrom}) {
     ForEveryFault(mode, [](const LoadedChange&, unsigned int, Attempt& attempt) {
       const std::string x = attempt.seenBefore.substr(attempt.seenBefore.find("\nx: "));
@@ -139,7 +139,7 @@ TEST_F(LoadedWriteFaults, OtherKeysAreAsBefore) {
 
 // Whatever failed, no record leads to a slot that is free or another's, and the key can be used and
 // deleted.
-TEST_F(LoadedWriteFaults, TheFileStaysSound) {
+TEST_F(LoadedWritesFaultTest, TheFileStaysSound) {
   for (const Mode mode : {Mode::kFailOnce, Mode::kFailFrom}) {
     ForEveryFault(mode, [&](const LoadedChange&, unsigned int, Attempt& attempt) {
       unsigned int harmless = 0;

@@ -39,7 +39,7 @@ std::vector<Making> AllMakings() {
   return all;
 }
 
-class MakingFaults : public ::testing::Test {
+class MakingFaultTest : public ::testing::Test {
  protected:
   void SetUp() override {
     ASSERT_EQ(status::kOk, TernaryFile().CreateRegistryFile(path.c_str(), 65536));
@@ -115,7 +115,7 @@ class MakingFaults : public ::testing::Test {
   std::string whole;
 };
 
-TEST_F(MakingFaults, OneCallThatFailsLeavesAllAsItWasAndNothingBeside) {
+TEST_F(MakingFaultTest, OneCallThatFailsLeavesAllAsItWasAndNothingBeside) {
   for (const Making& making : AllMakings()) {
     const unsigned int calls = CallsOf(making);
     unsigned int overcome = 0;
@@ -142,7 +142,7 @@ TEST_F(MakingFaults, OneCallThatFailsLeavesAllAsItWasAndNothingBeside) {
 }
 
 // Names that cannot be removed stay until the next making.
-TEST_F(MakingFaults, AllCallsThatFailFromOneOnLeaveTheFileAsItWas) {
+TEST_F(MakingFaultTest, AllCallsThatFailFromOneOnLeaveTheFileAsItWas) {
   for (const Making& making : AllMakings()) {
     const unsigned int calls = CallsOf(making);
     for (const Mode mode : {Mode::kFailFrom, Mode::kTearFrom}) {
@@ -165,7 +165,7 @@ TEST_F(MakingFaults, AllCallsThatFailFromOneOnLeaveTheFileAsItWas) {
   }
 }
 
-TEST_F(MakingFaults, AShortWriteMakesNoDifference) {
+TEST_F(MakingFaultTest, AShortWriteMakesNoDifference) {
   for (const Making& making : AllMakings()) {
     const unsigned int calls = CallsOf(making);
     for (unsigned int number = 0; number < calls; ++number) {
@@ -179,7 +179,7 @@ TEST_F(MakingFaults, AShortWriteMakesNoDifference) {
   }
 }
 
-TEST_F(MakingFaults, AProcessThatIsKilledLeavesTheOldFileOrTheWholeNewOne) {
+TEST_F(MakingFaultTest, AProcessThatIsKilledLeavesTheOldFileOrTheWholeNewOne) {
   for (const Making& making : AllMakings()) {
     const unsigned int calls = CallsOf(making);
     for (unsigned int number = 0; number <= calls; ++number) {
@@ -206,7 +206,7 @@ TEST_F(MakingFaults, AProcessThatIsKilledLeavesTheOldFileOrTheWholeNewOne) {
 }
 
 // Such as one that another file is mounted on: it is written over when the new one is complete.
-TEST_F(MakingFaults, AFileThatCannotBeReplacedIsWrittenOver) {
+TEST_F(MakingFaultTest, AFileThatCannotBeReplacedIsWrittenOver) {
   for (const Durability durability : {Durability::kNone, Durability::kPower}) {
     Prepare({kSystems[0], durability, "old"}, Mode::kNone, 0);
     faults::RefuseMoves(Moving::kReplace, EBUSY);
@@ -218,7 +218,7 @@ TEST_F(MakingFaults, AFileThatCannotBeReplacedIsWrittenOver) {
 }
 
 // Where neither moves nor links give a new name, a replacing move does.
-TEST_F(MakingFaults, AFileSystemThatOnlyReplacesIsEnough) {
+TEST_F(MakingFaultTest, AFileSystemThatOnlyReplacesIsEnough) {
   const Making making = {kSystems[0], Durability::kNone, ""};
   Prepare(making, Mode::kNone, 0);
   faults::RefuseMoves(Moving::kNew, EINVAL);

@@ -38,7 +38,7 @@ struct Outcome {
   }
 };
 
-class RegistryFaults : public ::testing::Test {
+class RegistryFaultTest : public ::testing::Test {
  protected:
   void SetUp() override { clean_ = dir_ / "clean.rce"; }
   void TearDown() override { faults::Disarm(); }
@@ -173,55 +173,55 @@ class RegistryFaults : public ::testing::Test {
   unsigned int runsWithLostNames_ = 0;
 };
 
-TEST_F(RegistryFaults, OneCallFailsInANewFile) {
+TEST_F(RegistryFaultTest, OneCallFailsInANewFile) {
   FailEverywhere(Mode::kFailOnce, NewRegistryFile(clean_));
 }
 
-TEST_F(RegistryFaults, OneCallFailsWhileTheFileGrows) {
+TEST_F(RegistryFaultTest, OneCallFailsWhileTheFileGrows) {
   FailEverywhere(Mode::kFailOnce, AlmostFullFile(clean_));
 }
 
-TEST_F(RegistryFaults, OneCallFailsFromTheMakingOfTheFileOn) {
+TEST_F(RegistryFaultTest, OneCallFailsFromTheMakingOfTheFileOn) {
   FailEverywhere(Mode::kFailOnce, "");
 }
 
-TEST_F(RegistryFaults, AllCallsFailFromOneOnInANewFile) {
+TEST_F(RegistryFaultTest, AllCallsFailFromOneOnInANewFile) {
   FailEverywhere(Mode::kFailFrom, NewRegistryFile(clean_));
 }
 
-TEST_F(RegistryFaults, AllCallsFailFromOneOnWhileTheFileGrows) {
+TEST_F(RegistryFaultTest, AllCallsFailFromOneOnWhileTheFileGrows) {
   FailEverywhere(Mode::kFailFrom, AlmostFullFile(clean_));
 }
 
-TEST_F(RegistryFaults, AllCallsFailFromTheMakingOfTheFileOn) {
+TEST_F(RegistryFaultTest, AllCallsFailFromTheMakingOfTheFileOn) {
   FailEverywhere(Mode::kFailFrom, "");
 }
 
-TEST_F(RegistryFaults, OneCallFailsBesideAJournal) {
+TEST_F(RegistryFaultTest, OneCallFailsBesideAJournal) {
   hasJournal_ = true;
   FailEverywhere(Mode::kFailOnce, NewRegistryFile(clean_));
   FailEverywhere(Mode::kFailOnce, AlmostFullFile(clean_));
 }
 
-TEST_F(RegistryFaults, AllCallsFailFromOneOnBesideAJournal) {
+TEST_F(RegistryFaultTest, AllCallsFailFromOneOnBesideAJournal) {
   hasJournal_ = true;
   FailEverywhere(Mode::kFailFrom, NewRegistryFile(clean_));
   FailEverywhere(Mode::kFailFrom, AlmostFullFile(clean_));
 }
 
-TEST_F(RegistryFaults, ThePowerGoesInANewFile) {
+TEST_F(RegistryFaultTest, ThePowerGoesInANewFile) {
   FailEverywhere(Mode::kLoseFrom, NewRegistryFile(clean_));
 }
 
-TEST_F(RegistryFaults, ThePowerGoesWhileTheFileGrows) {
+TEST_F(RegistryFaultTest, ThePowerGoesWhileTheFileGrows) {
   FailEverywhere(Mode::kLoseFrom, AlmostFullFile(clean_));
 }
 
-TEST_F(RegistryFaults, ThePowerGoesFromTheMakingOfTheFileOn) {
+TEST_F(RegistryFaultTest, ThePowerGoesFromTheMakingOfTheFileOn) {
   FailEverywhere(Mode::kLoseFrom, "");
 }
 
-TEST_F(RegistryFaults, APermissionThatCannotBeWrittenIsAsItWas) {
+TEST_F(RegistryFaultTest, APermissionThatCannotBeWrittenIsAsItWas) {
   Registry registry(clean_.c_str(), kUserId);
   ASSERT_EQ(registry.Initialize(), 0u);
   ASSERT_EQ(registry.CreateKey(0, "key", 7), 0u);
@@ -239,7 +239,7 @@ TEST_F(RegistryFaults, APermissionThatCannotBeWrittenIsAsItWas) {
 
 // A backup that fails tells so at whatever call it does; the registry is not touched, nor is what
 // was in the place of the backup.
-TEST_F(RegistryFaults, ABackupThatCannotBeWrittenIsReportedAndChangesNothing) {
+TEST_F(RegistryFaultTest, ABackupThatCannotBeWrittenIsReportedAndChangesNothing) {
   Registry registry(clean_.c_str(), kUserId);
   ASSERT_EQ(registry.Initialize(), 0u);
   ASSERT_EQ(registry.CreateKey(0, "key", 7), 0u);
@@ -291,7 +291,7 @@ TEST_F(RegistryFaults, ABackupThatCannotBeWrittenIsReportedAndChangesNothing) {
 }
 
 // The system may write a part of what it was given and say so.
-TEST_F(RegistryFaults, AShortWriteMakesNoDifference) {
+TEST_F(RegistryFaultTest, AShortWriteMakesNoDifference) {
   for (const std::string& base : {std::string(), AlmostFullFile(clean_)}) {
     RunWith(Mode::kNone, 0, base);
     const std::string expected = GetFile(path_);
@@ -307,7 +307,7 @@ TEST_F(RegistryFaults, AShortWriteMakesNoDifference) {
 
 // Half a record may be left: nothing is promised of it but that the registry opens and nothing
 // crashes, hangs or reads outside.
-TEST_F(RegistryFaults, ATornWriteIsSurvived) {
+TEST_F(RegistryFaultTest, ATornWriteIsSurvived) {
   const std::string base = AlmostFullFile(clean_);
   for (unsigned int number = 0;; ++number) {
     SCOPED_TRACE("call " + std::to_string(number));

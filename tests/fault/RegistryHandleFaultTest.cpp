@@ -81,7 +81,7 @@ struct Outcome {
   }
 };
 
-class RegistryHandleFaults : public ::testing::Test {
+class RegistryHandleFaultTest : public ::testing::Test {
  protected:
   void TearDown() override { faults::Disarm(); }
 
@@ -191,44 +191,44 @@ class RegistryHandleFaults : public ::testing::Test {
   unsigned int runsWithLostNames_ = 0;
 };
 
-TEST_F(RegistryHandleFaults, OneCallFailsInANewFile) {
+TEST_F(RegistryHandleFaultTest, OneCallFailsInANewFile) {
   FailEverywhere(Mode::kFailOnce, faults::NewRegistryFile(clean_));
 }
 
-TEST_F(RegistryHandleFaults, OneCallFailsWhileTheFileGrows) {
+TEST_F(RegistryHandleFaultTest, OneCallFailsWhileTheFileGrows) {
   FailEverywhere(Mode::kFailOnce, faults::AlmostFullFile(clean_));
 }
 
-TEST_F(RegistryHandleFaults, AllCallsFailFromOneOnInANewFile) {
+TEST_F(RegistryHandleFaultTest, AllCallsFailFromOneOnInANewFile) {
   FailEverywhere(Mode::kFailFrom, faults::NewRegistryFile(clean_));
 }
 
-TEST_F(RegistryHandleFaults, AllCallsFailFromOneOnWhileTheFileGrows) {
+TEST_F(RegistryHandleFaultTest, AllCallsFailFromOneOnWhileTheFileGrows) {
   FailEverywhere(Mode::kFailFrom, faults::AlmostFullFile(clean_));
 }
 
-TEST_F(RegistryHandleFaults, OneCallFailsBesideAJournal) {
+TEST_F(RegistryHandleFaultTest, OneCallFailsBesideAJournal) {
   hasJournal_ = true;
   FailEverywhere(Mode::kFailOnce, faults::NewRegistryFile(clean_));
   FailEverywhere(Mode::kFailOnce, faults::AlmostFullFile(clean_));
 }
 
-TEST_F(RegistryHandleFaults, AllCallsFailFromOneOnBesideAJournal) {
+TEST_F(RegistryHandleFaultTest, AllCallsFailFromOneOnBesideAJournal) {
   hasJournal_ = true;
   FailEverywhere(Mode::kFailFrom, faults::NewRegistryFile(clean_));
   FailEverywhere(Mode::kFailFrom, faults::AlmostFullFile(clean_));
 }
 
-TEST_F(RegistryHandleFaults, ThePowerGoesInANewFile) {
+TEST_F(RegistryHandleFaultTest, ThePowerGoesInANewFile) {
   FailEverywhere(Mode::kLoseFrom, faults::NewRegistryFile(clean_));
 }
 
-TEST_F(RegistryHandleFaults, ThePowerGoesWhileTheFileGrows) {
+TEST_F(RegistryHandleFaultTest, ThePowerGoesWhileTheFileGrows) {
   FailEverywhere(Mode::kLoseFrom, faults::AlmostFullFile(clean_));
 }
 
 // The system may write a part of what it was given and say so.
-TEST_F(RegistryHandleFaults, AShortWriteMakesNoDifference) {
+TEST_F(RegistryHandleFaultTest, AShortWriteMakesNoDifference) {
   const std::string base = faults::AlmostFullFile(clean_);
   RunWith(Mode::kNone, 0, base);
   const std::string expected = GetFile(path_);

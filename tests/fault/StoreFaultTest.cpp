@@ -11,7 +11,7 @@ using storetests::FreeListFindings;
 using storetests::kNewFileSize;
 using storetests::SetU32;
 
-class StoreFaults : public storetests::StoreTest {
+class StoreFaultTest : public storetests::StoreTest {
  protected:
   void TearDown() override {
     faults::Disarm();
@@ -28,7 +28,7 @@ class StoreFaults : public storetests::StoreTest {
 
 // A caller may have loaded a chain of tables itself: a growth that fails leaves it, and the store's
 // own tables, as they were.
-TEST_F(StoreFaults, AGrowthOfTablesThatACallerHasLoadedIsUndone) {
+TEST_F(StoreFaultTest, AGrowthOfTablesThatACallerHasLoadedIsUndone) {
   const std::string before = Bytes();
   for (unsigned int fault = 0; fault < 50; ++fault) {
     SCOPED_TRACE(fault);
@@ -57,7 +57,7 @@ TEST_F(StoreFaults, AGrowthOfTablesThatACallerHasLoadedIsUndone) {
 }
 
 // A header that is one growth ahead of its file: the file keeps its length.
-TEST_F(StoreFaults, AFileShorterThanItsHeaderTellsKeepsItsLength) {
+TEST_F(StoreFaultTest, AFileShorterThanItsHeaderTellsKeepsItsLength) {
   std::string before = Bytes();
   SetU32(before, 4180 + 32, kNewFileSize + 1000);
   for (unsigned int fault = 0; fault < 50; ++fault) {
@@ -77,7 +77,7 @@ TEST_F(StoreFaults, AFileShorterThanItsHeaderTellsKeepsItsLength) {
   FAIL() << "the growth never succeeded";
 }
 
-TEST_F(StoreFaults, ACopyOfATableKeepsItsCountWhenASlotCannotBeTaken) {
+TEST_F(StoreFaultTest, ACopyOfATableKeepsItsCountWhenASlotCannotBeTaken) {
   NodeAllocationTable copy = *store.Descriptor(NodeKind::kKey).lastTable;
   unsigned int id = 0;
   for (unsigned int fault = 0; fault < 2; ++fault) {
@@ -95,7 +95,7 @@ TEST_F(StoreFaults, ACopyOfATableKeepsItsCountWhenASlotCannotBeTaken) {
 }
 
 // Giving a slot back has no say in what DeleteKey answers, but half of it must not stay.
-TEST_F(StoreFaults, AHalfReleasedSlotOfADeletedKeyIsTakenUpAgain) {
+TEST_F(StoreFaultTest, AHalfReleasedSlotOfADeletedKeyIsTakenUpAgain) {
   TernaryRegistry tree(nullptr, nullptr);
   tree.ShareStore(&store);
   ASSERT_EQ(status::kOk, tree.Initialize(path.c_str()));
@@ -126,7 +126,7 @@ TEST_F(StoreFaults, AHalfReleasedSlotOfADeletedKeyIsTakenUpAgain) {
 }
 
 // As long as something is still to be undone, what was written would be written over by it.
-TEST_F(StoreFaults, NothingIsWrittenBeforeAllIsUndone) {
+TEST_F(StoreFaultTest, NothingIsWrittenBeforeAllIsUndone) {
   const std::string before = Bytes();
   unsigned int id = 0;
   faults::Arm(Mode::kTearFrom, 1);

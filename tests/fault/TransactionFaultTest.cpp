@@ -10,9 +10,9 @@ namespace {
 
 using faults::Mode;
 
-class TransactionFaults : public ::testing::TestWithParam<Durability> {
+class TransactionFaultTest : public ::testing::TestWithParam<Durability> {
  protected:
-  TransactionFaults() {
+  TransactionFaultTest() {
     Open();
     for (const char* key : {"a", "a/b", "zoo"})
       EXPECT_EQ(status::kOk, registry->CreateKey(0, key, 1));
@@ -20,7 +20,7 @@ class TransactionFaults : public ::testing::TestWithParam<Durability> {
     registry->Finalize();
     start = GetFile(path);
   }
-  ~TransactionFaults() override { faults::Disarm(); }
+  ~TransactionFaultTest() override { faults::Disarm(); }
 
   void Open() {
     registry = std::make_unique<Registry>(path.c_str(), kAdmin);
@@ -119,7 +119,7 @@ class TransactionFaults : public ::testing::TestWithParam<Durability> {
   std::unique_ptr<Registry> registry;
 };
 
-TEST_P(TransactionFaults, LeaveAllOfItOrNothing) {
+TEST_P(TransactionFaultTest, LeaveAllOfItOrNothing) {
   for (const bool isGrowing : {false, true}) {
     const unsigned int calls = Round(Mode::kNone, 0, isGrowing);
     ASSERT_GT(calls, 0u);
@@ -133,7 +133,7 @@ TEST_P(TransactionFaults, LeaveAllOfItOrNothing) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(EveryMode, TransactionFaults, ::testing::ValuesIn(PossibleModes()));
+INSTANTIATE_TEST_SUITE_P(EveryMode, TransactionFaultTest, ::testing::ValuesIn(PossibleModes()));
 
 }  // namespace
 }  // namespace tamu::registry

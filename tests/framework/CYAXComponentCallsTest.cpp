@@ -53,9 +53,9 @@ class WatchedYAX : public CYAX {
   void* factoryBefore = this;
 };
 
-class ComponentCalls : public ::testing::Test {
+class CYAXComponentCallsTest : public ::testing::Test {
  protected:
-  ComponentCalls() {
+  CYAXComponentCallsTest() {
     EXPECT_EQ(0u, yax_->Initialize((folder_ / "registry").c_str()));
     YAX_COMPONENT_INFO_ST info = {};
     info.Type = YAX_COMPONENT_TYPE_BINARY;
@@ -66,7 +66,7 @@ class ComponentCalls : public ::testing::Test {
     std::strncpy(info.BinaryPath, file.c_str(), sizeof info.BinaryPath - 1);
     EXPECT_EQ(yax_status::kOk, yax_->RegisterComponent(kStatic, &info));
   }
-  ~ComponentCalls() override { yax_->Release(); }
+  ~CYAXComponentCallsTest() override { yax_->Release(); }
 
   static unsigned int Give(const YAX_GUID_ST&, const YAX_GUID_ST&, void**) { return 0; }
   static void Drop(void* object) { static_cast<IYAXCompBase*>(object)->Release(); }
@@ -76,7 +76,7 @@ class ComponentCalls : public ::testing::Test {
   WatchedYAX* const yax_ = new WatchedYAX;  // its reference is the test's
 };
 
-TEST_F(ComponentCalls, AnAddressIsThatOfTheSymbolOrOfTheRegisteredFunction) {
+TEST_F(CYAXComponentCallsTest, AnAddressIsThatOfTheSymbolOrOfTheRegisteredFunction) {
   void* handle = nullptr;
   ASSERT_EQ(yax_status::kOk, yax_->LoadComponent(kOwn, &handle));
   void* address = nullptr;
@@ -95,7 +95,7 @@ TEST_F(ComponentCalls, AnAddressIsThatOfTheSymbolOrOfTheRegisteredFunction) {
             yax_->GetFuncAddress(kUnknown, nullptr, "EntryFn_getFactory", &address));
 }
 
-TEST_F(ComponentCalls, AFactoryIsAskedForAfterLoading) {
+TEST_F(CYAXComponentCallsTest, AFactoryIsAskedForAfterLoading) {
   void* out = nullptr;
   ASSERT_EQ(yax_status::kOk, yax_->GetComponentFactory(kOwn, &out));
   Drop(out);
@@ -103,7 +103,7 @@ TEST_F(ComponentCalls, AFactoryIsAskedForAfterLoading) {
   EXPECT_EQ(nullptr, yax_->handleBefore);
 }
 
-TEST_F(ComponentCalls, AFailureToLoadIsHandedOn) {
+TEST_F(CYAXComponentCallsTest, AFailureToLoadIsHandedOn) {
   PrintedMessages printed;
   yax_->loadFailure = 0x1234;
   void* out = this;
@@ -114,7 +114,7 @@ TEST_F(ComponentCalls, AFailureToLoadIsHandedOn) {
             printed.Take());
 }
 
-TEST_F(ComponentCalls, ObjectsAndLocksAreAskedOfTheFactory) {
+TEST_F(CYAXComponentCallsTest, ObjectsAndLocksAreAskedOfTheFactory) {
   void* out = this;
   ASSERT_EQ(yax_status::kOk, yax_->GetComponentInstance(kOwn, IID_IYAXCompBase, &out));
   EXPECT_EQ(1u, yax_->factories);
@@ -131,7 +131,7 @@ TEST_F(ComponentCalls, ObjectsAndLocksAreAskedOfTheFactory) {
   EXPECT_EQ(yax_status::kUnspecified, yax_->LockComponent(kOwn, 1));
 }
 
-TEST_F(ComponentCalls, WhatIsUnloadedBeforeItIsAskedIsLoadedAgain) {
+TEST_F(CYAXComponentCallsTest, WhatIsUnloadedBeforeItIsAskedIsLoadedAgain) {
   PrintedMessages printed;
   yax_->unloads = 1;
   void* out = nullptr;
@@ -145,7 +145,7 @@ TEST_F(ComponentCalls, WhatIsUnloadedBeforeItIsAskedIsLoadedAgain) {
   Drop(out);
 }
 
-TEST_F(ComponentCalls, WhatCannotBeLoadedAgainIsAFailureToLoad) {
+TEST_F(CYAXComponentCallsTest, WhatCannotBeLoadedAgainIsAFailureToLoad) {
   PrintedMessages printed;
   yax_->unloads = 1;
   yax_->unregisters = true;
@@ -159,7 +159,7 @@ TEST_F(ComponentCalls, WhatCannotBeLoadedAgainIsAFailureToLoad) {
 
 // ---- between the factory and what it is asked for
 
-TEST_F(ComponentCalls, AnObjectIsMadeByAFactoryThatNobodyCountsWhileAnotherUnloads) {
+TEST_F(CYAXComponentCallsTest, AnObjectIsMadeByAFactoryThatNobodyCountsWhileAnotherUnloads) {
   yax_->unloadsAfter = true;
   void* out = nullptr;
   ASSERT_EQ(yax_status::kOk, yax_->GetComponentInstance(kStatic, IID_IYAXCompBase, &out));
@@ -171,7 +171,7 @@ TEST_F(ComponentCalls, AnObjectIsMadeByAFactoryThatNobodyCountsWhileAnotherUnloa
   EXPECT_FALSE(IsMapped(ComponentFile("static_factory")));
 }
 
-TEST_F(ComponentCalls, ALockIsTakenByAFactoryThatNobodyCountsWhileAnotherUnloads) {
+TEST_F(CYAXComponentCallsTest, ALockIsTakenByAFactoryThatNobodyCountsWhileAnotherUnloads) {
   yax_->unloadsAfter = true;
   ASSERT_EQ(yax_status::kOk, yax_->LockComponent(kStatic, 1));
   EXPECT_EQ(yax_status::kInUse, yax_->unloadResult);
@@ -182,7 +182,7 @@ TEST_F(ComponentCalls, ALockIsTakenByAFactoryThatNobodyCountsWhileAnotherUnloads
 }
 
 // What a client is given as a factory does not keep anything open.
-TEST_F(ComponentCalls, AFactoryThatNobodyCountsKeepsNothingOpenForAClient) {
+TEST_F(CYAXComponentCallsTest, AFactoryThatNobodyCountsKeepsNothingOpenForAClient) {
   yax_->unloadsAfter = true;
   void* out = nullptr;
   ASSERT_EQ(yax_status::kOk, yax_->GetComponentFactory(kStatic, &out));

@@ -29,7 +29,7 @@ std::string Get(IYAXRegistry* yax, unsigned int handle, const char* path, const 
   return "size " + std::to_string(size) + ": " + std::string(data.get(), got);
 }
 
-class FrameworkValues : public FrameworkRegistry {
+class CYAXRegistryValuesTest : public FrameworkRegistry {
  protected:
   std::string GetText(unsigned int handle, const char* name, unsigned int capacity) {
     return Get(yax, handle, handle == 0 ? "key" : "", name, kString, capacity);
@@ -40,7 +40,7 @@ class FrameworkValues : public FrameworkRegistry {
 };
 
 // A client of the registry itself; the framework ends before it begins and begins anew after it.
-class FrameworkForeignValues : public FrameworkValues {
+class FrameworkForeignValues : public CYAXRegistryValuesTest {
  protected:
   template <class Change>
   void AsAnotherClient(Change change) {
@@ -114,7 +114,7 @@ TEST_F(FrameworkRegistry, WhatTheRegistryRefusesIsOneFailure) {
 
 // ---- texts
 
-TEST_F(FrameworkValues, ATextIsStoredWithItsTerminator) {
+TEST_F(CYAXRegistryValuesTest, ATextIsStoredWithItsTerminator) {
   EXPECT_EQ(0u, yax->CreateValue(0, "key", "text", kString, "four"));
   EXPECT_EQ(0u, yax->CreateValue(0, "key", "empty", kString, ""));
   EXPECT_EQ(0u, yax->CreateValue(0, "key", "longest", kString, std::string(1023, 'x').c_str()));
@@ -129,7 +129,7 @@ TEST_F(FrameworkValues, ATextIsStoredWithItsTerminator) {
   EXPECT_EQ(GetText(0, "longest", 1024), "size 1024: " + std::string(1023, 'x') + '\0');
 }
 
-TEST_F(FrameworkValues, ATextNeedsRoomForItsTerminator) {
+TEST_F(CYAXRegistryValuesTest, ATextNeedsRoomForItsTerminator) {
   ASSERT_EQ(0u, yax->CreateValue(0, "key", "text", kString, "four"));
   ASSERT_EQ(0u, yax->CreateValue(0, "key", "empty", kString, ""));
   for (unsigned int handle : {Open("key"), 0u}) {
@@ -144,7 +144,7 @@ TEST_F(FrameworkValues, ATextNeedsRoomForItsTerminator) {
 
 // ---- numbers
 
-TEST_F(FrameworkValues, ANumberIsWrittenFromEightBytesAndReadIntoFour) {
+TEST_F(CYAXRegistryValuesTest, ANumberIsWrittenFromEightBytesAndReadIntoFour) {
   const unsigned long long number = 0x1122334455667788ull;
   ASSERT_EQ(0u, yax->CreateValue(0, "key", "n", kInteger, &number));
   const DecodedKey key = Tree().at("key");
@@ -159,7 +159,7 @@ TEST_F(FrameworkValues, ANumberIsWrittenFromEightBytesAndReadIntoFour) {
   }
 }
 
-TEST_F(FrameworkValues, OneWordIsFilled) {
+TEST_F(CYAXRegistryValuesTest, OneWordIsFilled) {
   const unsigned long long number = 5;
   ASSERT_EQ(0u, yax->CreateValue(0, "key", "n", kInteger, &number));
   unsigned int words[2] = {7, 7};
@@ -170,7 +170,7 @@ TEST_F(FrameworkValues, OneWordIsFilled) {
 }
 
 // Without a handle its low half, through one all of it.
-TEST_F(FrameworkValues, SettingANumberFollowsTheRegistry) {
+TEST_F(CYAXRegistryValuesTest, SettingANumberFollowsTheRegistry) {
   const unsigned long long first = 0x1122334455667788ull, second = 0x99AABBCCDDEEFF00ull;
   ASSERT_EQ(0u, yax->CreateValue(0, "key", "n", kInteger, &first));
   EXPECT_EQ(0u, yax->SetValue(0, "key", "n", kInteger, &second));
@@ -182,7 +182,7 @@ TEST_F(FrameworkValues, SettingANumberFollowsTheRegistry) {
   EXPECT_TRUE(Tree().at("key").values.empty());
 }
 
-TEST_F(FrameworkValues, DataMayLieAtOddAddresses) {
+TEST_F(CYAXRegistryValuesTest, DataMayLieAtOddAddresses) {
   alignas(8) char bytes[32] = {};
   const unsigned long long number = 0x1122334455667788ull;
   std::memcpy(bytes + 1, &number, sizeof number);
@@ -218,14 +218,14 @@ TEST_F(FrameworkRegistry, AValueOfAnotherTypeReadsAsAnEmptyTextThroughAHandle) {
   EXPECT_EQ("status 8", Get(yax, handle, "", "n", kString, 0));
 }
 
-TEST_F(FrameworkValues, ANumberReadAsATextWithoutAHandleIsItsBytes) {
+TEST_F(CYAXRegistryValuesTest, ANumberReadAsATextWithoutAHandleIsItsBytes) {
   const unsigned long long number = 0x4142434445464748ull;
   ASSERT_EQ(0u, yax->CreateValue(0, "key", "n", kInteger, &number));
   EXPECT_EQ("size 8: HGFE\0\0\0\0"s, GetText(0, "n", 8));
   EXPECT_EQ("status 8", GetText(0, "n", 7));
 }
 
-TEST_F(FrameworkValues, AShortTextReadAsANumberIsFilledUpWithZeros) {
+TEST_F(CYAXRegistryValuesTest, AShortTextReadAsANumberIsFilledUpWithZeros) {
   ASSERT_EQ(0u, yax->CreateValue(0, "key", "one", kString, "A"));
   ASSERT_EQ(0u, yax->CreateValue(0, "key", "empty", kString, ""));
   ASSERT_EQ(0u, yax->CreateValue(0, "key", "long", kString, "ABCDEF"));

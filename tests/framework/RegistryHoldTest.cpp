@@ -5,14 +5,14 @@
 namespace tamu::registry {
 namespace {
 
-class HeldHandles : public OpenRegistryTest {
+class RegistryHoldTest : public OpenRegistryTest {
  protected:
-  HeldHandles() { EXPECT_EQ(0u, registry.CreateKey(0, "a")); }
+  RegistryHoldTest() { EXPECT_EQ(0u, registry.CreateKey(0, "a")); }
 
   Watchdog watchdog{"held handles"};
 };
 
-TEST_F(HeldHandles, AnOperationWithoutAHandleWaits) {
+TEST_F(RegistryHoldTest, AnOperationWithoutAHandleWaits) {
   std::atomic<bool> begins{false}, isOver{false};
   registry.HoldHandles();
   unsigned int handle = 0;
@@ -34,7 +34,7 @@ TEST_F(HeldHandles, AnOperationWithoutAHandleWaits) {
   EXPECT_TRUE(isOver);
 }
 
-TEST_F(HeldHandles, HoldingNests) {
+TEST_F(RegistryHoldTest, HoldingNests) {
   registry.HoldHandles();
   registry.HoldHandles();
   unsigned int handle = 0;
@@ -55,7 +55,7 @@ TEST_F(HeldHandles, HoldingNests) {
   other.join();
 }
 
-TEST_F(HeldHandles, AnObjectThatIsNotInitialisedHoldsNothing) {
+TEST_F(RegistryHoldTest, AnObjectThatIsNotInitialisedHoldsNothing) {
   Registry other((folder / "other").c_str(), kAdmin);
   other.HoldHandles();
   other.LetHandlesGo();

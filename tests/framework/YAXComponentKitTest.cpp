@@ -10,7 +10,7 @@
 namespace {
 
 // The shared object, opened without the framework.
-class ComponentKit : public ::testing::Test {
+class YAXComponentKitTest : public ::testing::Test {
  protected:
   void SetUp() override {
     ASSERT_FALSE(IsMapped());
@@ -22,7 +22,7 @@ class ComponentKit : public ::testing::Test {
     ASSERT_NE(nullptr, canUnload);
     ASSERT_EQ(0u, canUnload());
   }
-  ~ComponentKit() override {
+  ~YAXComponentKitTest() override {
     if (handle == nullptr) return;
     EXPECT_EQ(0u, canUnload());
     EXPECT_EQ(0, dlclose(handle));
@@ -44,11 +44,11 @@ class ComponentKit : public ::testing::Test {
   unsigned int (*canUnload)() = nullptr;
 };
 
-TEST_F(ComponentKit, IsReallyUnmapped) {
+TEST_F(YAXComponentKitTest, IsReallyUnmapped) {
   EXPECT_TRUE(IsMapped());  // the rest is in the destructor
 }
 
-TEST_F(ComponentKit, AFactoryComesWithOneReferenceAndKeepsTheComponent) {
+TEST_F(YAXComponentKitTest, AFactoryComesWithOneReferenceAndKeepsTheComponent) {
   YAXComponentFactory* factory = Factory();
   EXPECT_NE(0u, canUnload());
   EXPECT_EQ(2u, factory->AddRef());
@@ -57,7 +57,7 @@ TEST_F(ComponentKit, AFactoryComesWithOneReferenceAndKeepsTheComponent) {
   EXPECT_EQ(0u, factory->Release());
 }
 
-TEST_F(ComponentKit, AnObjectComesWithOneReferenceAndKeepsTheComponent) {
+TEST_F(YAXComponentKitTest, AnObjectComesWithOneReferenceAndKeepsTheComponent) {
   YAXComponentFactory* factory = Factory();
   void* made = nullptr;
   EXPECT_EQ(yax_status::kOk, factory->CreateObject(IID_ITally, &made));
@@ -72,7 +72,7 @@ TEST_F(ComponentKit, AnObjectComesWithOneReferenceAndKeepsTheComponent) {
   EXPECT_EQ(0u, tally->Release());
 }
 
-TEST_F(ComponentKit, EachObjectIsANewOne) {
+TEST_F(YAXComponentKitTest, EachObjectIsANewOne) {
   YAXComponentFactory* factory = Factory();
   ITally* tallies[2] = {};
   for (ITally*& tally : tallies) {
@@ -88,7 +88,7 @@ TEST_F(ComponentKit, EachObjectIsANewOne) {
   EXPECT_EQ(0u, tallies[1]->Release());
 }
 
-TEST_F(ComponentKit, LocksKeepTheComponentAndAreCounted) {
+TEST_F(YAXComponentKitTest, LocksKeepTheComponentAndAreCounted) {
   YAXComponentFactory* factory = Factory();
   EXPECT_EQ(yax_status::kUnspecified, factory->LockBinary(0));  // there is none
   EXPECT_EQ(yax_status::kOk, factory->LockBinary(1));
@@ -102,7 +102,7 @@ TEST_F(ComponentKit, LocksKeepTheComponentAndAreCounted) {
   EXPECT_EQ(0u, factory->Release());
 }
 
-TEST_F(ComponentKit, ObjectsAreNotTakenForLocks) {
+TEST_F(YAXComponentKitTest, ObjectsAreNotTakenForLocks) {
   YAXComponentFactory* factory = Factory();
   void* made = nullptr;
   EXPECT_EQ(yax_status::kOk, factory->CreateObject(IID_ITally, &made));
@@ -115,7 +115,7 @@ TEST_F(ComponentKit, ObjectsAreNotTakenForLocks) {
   EXPECT_EQ(0u, static_cast<ITally*>(made)->Release());
 }
 
-TEST_F(ComponentKit, InterfacesLeadToTheObjectAndItsRoot) {
+TEST_F(YAXComponentKitTest, InterfacesLeadToTheObjectAndItsRoot) {
   YAXComponentFactory* factory = Factory();
   void* made = nullptr;
   EXPECT_EQ(yax_status::kOk, factory->CreateObject(IID_IYAXCompBase, &made));
@@ -132,7 +132,7 @@ TEST_F(ComponentKit, InterfacesLeadToTheObjectAndItsRoot) {
   EXPECT_EQ(0u, factory->Release());
 }
 
-TEST_F(ComponentKit, UnknownInterfacesGiveNothingAndLeaveNothing) {
+TEST_F(YAXComponentKitTest, UnknownInterfacesGiveNothingAndLeaveNothing) {
   YAXComponentFactory* factory = Factory();
   void* out = this;
   EXPECT_EQ(yax_status::kNoInterface, factory->CreateObject(IID_IYAX, &out));
@@ -146,7 +146,7 @@ TEST_F(ComponentKit, UnknownInterfacesGiveNothingAndLeaveNothing) {
   EXPECT_EQ(0u, canUnload());
 }
 
-TEST_F(ComponentKit, TheEntryAnswersForItsOwnComponentOnly) {
+TEST_F(YAXComponentKitTest, TheEntryAnswersForItsOwnComponentOnly) {
   void* out = this;
   EXPECT_EQ(yax_status::kNotRegistered, getFactory(IID_ITally, IID_YAXComponentFactory, &out));
   EXPECT_EQ(nullptr, out);

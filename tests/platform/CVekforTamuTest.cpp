@@ -56,42 +56,42 @@ class CaughtStandardError {
   int mPair[2] = {-1, -1};
 };
 
-class DebugSink : public ::testing::Test {
+class CVekforTamuTest : public ::testing::Test {
  protected:
-  DebugSink() {
+  CVekforTamuTest() {
     CVekforTamu::SetSink(nullptr);
     unsetenv("YAX_DEBUG");
     gText.clear();
     gLevel = 0;
     gCount = 0;
   }
-  ~DebugSink() override {
+  ~CVekforTamuTest() override {
     CVekforTamu::SetSink(nullptr);
     unsetenv("YAX_DEBUG");
   }
 };
 
-TEST_F(DebugSink, GetsLevelAndText) {
+TEST_F(CVekforTamuTest, GetsLevelAndText) {
   EXPECT_EQ(nullptr, CVekforTamu::SetSink(Remember));
   CVekforTamu::Print(3, Hello());
   EXPECT_EQ(3, gLevel);
   EXPECT_EQ("hello 1", gText);
 }
 
-TEST_F(DebugSink, IsReturnedByTheCallThatReplacesIt) {
+TEST_F(CVekforTamuTest, IsReturnedByTheCallThatReplacesIt) {
   EXPECT_EQ(nullptr, CVekforTamu::SetSink(Remember));
   EXPECT_EQ(CVekforTamu::SetSink(CountOnly), Remember);
   EXPECT_EQ(CVekforTamu::SetSink(nullptr), CountOnly);
   EXPECT_EQ(nullptr, CVekforTamu::SetSink(nullptr));
 }
 
-TEST_F(DebugSink, IsNotCalledForANullMessage) {
+TEST_F(CVekforTamuTest, IsNotCalledForANullMessage) {
   CVekforTamu::SetSink(CountOnly);
   CVekforTamu::Print(3, nullptr);
   EXPECT_EQ(0, gCount.load());
 }
 
-TEST_F(DebugSink, ReplacesStandardError) {
+TEST_F(CVekforTamuTest, ReplacesStandardError) {
   setenv("YAX_DEBUG", "1", 1);
   CVekforTamu::SetSink(Remember);
   CaughtStandardError caught;
@@ -100,7 +100,7 @@ TEST_F(DebugSink, ReplacesStandardError) {
   EXPECT_EQ("hello 1", gText);
 }
 
-TEST_F(DebugSink, DefaultIsSilent) {
+TEST_F(CVekforTamuTest, DefaultIsSilent) {
   CaughtStandardError caught;
   CVekforTamu::Print(3, Hello());
   setenv("YAX_DEBUG", "", 1);
@@ -108,7 +108,7 @@ TEST_F(DebugSink, DefaultIsSilent) {
   EXPECT_EQ("", caught.Next());
 }
 
-TEST_F(DebugSink, DefaultWritesALineWithOneWriteWhenTheEnvironmentAsksForIt) {
+TEST_F(CVekforTamuTest, DefaultWritesALineWithOneWriteWhenTheEnvironmentAsksForIt) {
   setenv("YAX_DEBUG", "1", 1);
   CaughtStandardError caught;
   CVekforTamu::Print(3, Hello());
@@ -119,7 +119,7 @@ TEST_F(DebugSink, DefaultWritesALineWithOneWriteWhenTheEnvironmentAsksForIt) {
   EXPECT_EQ("", caught.Next());
 }
 
-TEST_F(DebugSink, DefaultWritesTheLongestMessageWhole) {
+TEST_F(CVekforTamuTest, DefaultWritesTheLongestMessageWhole) {
   setenv("YAX_DEBUG", "1", 1);
   CaughtStandardError caught;
   const std::string file(VekMessage::kFileCapacity - 1, 'f');
@@ -129,7 +129,7 @@ TEST_F(DebugSink, DefaultWritesTheLongestMessageWhole) {
   EXPECT_EQ(caught.Next(), "YAX[-2147483648] " + file + ":-2147483648: " + text + "\n");
 }
 
-TEST_F(DebugSink, PrintLeavesErrnoAlone) {
+TEST_F(CVekforTamuTest, PrintLeavesErrnoAlone) {
   setenv("YAX_DEBUG", "1", 1);
   const int before = dup(STDERR_FILENO);
   close(STDERR_FILENO);
@@ -141,7 +141,7 @@ TEST_F(DebugSink, PrintLeavesErrnoAlone) {
   EXPECT_EQ(error, ENOENT);
 }
 
-TEST_F(DebugSink, IsCalledFromSeveralThreads) {
+TEST_F(CVekforTamuTest, IsCalledFromSeveralThreads) {
   CVekforTamu::SetSink(CountOnly);
   std::vector<std::thread> threads;
   for (int i = 0; i < 4; ++i) {

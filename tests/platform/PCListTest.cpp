@@ -11,7 +11,7 @@
 
 namespace {
 
-class CreatedList : public ::testing::Test {
+class PCListTest : public ::testing::Test {
  protected:
   void SetUp() override { ASSERT_EQ(1, mList.Create()); }
 
@@ -69,7 +69,7 @@ TEST(PCList, NumbersOfTheBinaryInterface) {
   EXPECT_EQ(1, PCList::AtEnd);
 }
 
-TEST_F(CreatedList, IsEmptyAtFirst) {
+TEST_F(PCListTest, IsEmptyAtFirst) {
   EXPECT_TRUE(mList.IsCreated());
   EXPECT_EQ(0u, mList.Count());
   EXPECT_EQ(nullptr, mList.Data());
@@ -79,13 +79,13 @@ TEST_F(CreatedList, IsEmptyAtFirst) {
   EXPECT_EQ(0, mList.Delete());
 }
 
-TEST_F(CreatedList, CreateOnACreatedListKeepsTheContent) {
+TEST_F(PCListTest, CreateOnACreatedListKeepsTheContent) {
   AddLetters("abc");
   EXPECT_EQ(1, mList.Create());
   EXPECT_EQ("abc", Walk());
 }
 
-TEST_F(CreatedList, AddsAtTheEndAndAtTheFront) {
+TEST_F(PCListTest, AddsAtTheEndAndAtTheFront) {
   EXPECT_EQ(1, mList.Add(&mLetters[1], PCList::AtEnd));
   EXPECT_EQ(1, mList.Add(&mLetters[0], PCList::AtFront));
   EXPECT_EQ(1, mList.Add(&mLetters[2], PCList::AtEnd));
@@ -94,7 +94,7 @@ TEST_F(CreatedList, AddsAtTheEndAndAtTheFront) {
   EXPECT_EQ("cba", WalkBack());
 }
 
-TEST_F(CreatedList, KeepsPointersAsTheyAre) {
+TEST_F(PCListTest, KeepsPointersAsTheyAre) {
   AddLetters("a");
   ASSERT_EQ(1, mList.Seek(0, PCList::First));
   EXPECT_EQ(mList.Data(), &mLetters[0]);
@@ -104,7 +104,7 @@ TEST_F(CreatedList, KeepsPointersAsTheyAre) {
   EXPECT_EQ(2u, mList.Count());
 }
 
-TEST_F(CreatedList, CopiesEightByteIntegersOfEverySpelling) {
+TEST_F(PCListTest, CopiesEightByteIntegersOfEverySpelling) {
   std::uint64_t number = 0x1122334455667788u;
   unsigned long long other = 7;
   const std::int64_t negative = -1;
@@ -123,7 +123,7 @@ TEST_F(CreatedList, CopiesEightByteIntegersOfEverySpelling) {
   EXPECT_EQ(-1, *static_cast<std::int64_t*>(mList.Data()));
 }
 
-TEST_F(CreatedList, AppendsSeveralCopiesInTheirOrder) {
+TEST_F(PCListTest, AppendsSeveralCopiesInTheirOrder) {
   AddLetters("a");
   char more[] = "bxcxdx";
   EXPECT_EQ(1, mList.AddCopies(more, 2, 3));
@@ -133,7 +133,7 @@ TEST_F(CreatedList, AppendsSeveralCopiesInTheirOrder) {
   EXPECT_EQ(4u, mList.Count());
 }
 
-TEST_F(CreatedList, AppendsNothingWhereThereIsNothing) {
+TEST_F(PCListTest, AppendsNothingWhereThereIsNothing) {
   EXPECT_EQ(1, mList.AddCopies(nullptr, 8, 0));
   EXPECT_EQ(1, mList.AddCopies("", 8, 0));
   EXPECT_EQ(0, mList.AddCopies(nullptr, 8, 1));
@@ -146,7 +146,7 @@ TEST_F(CreatedList, AppendsNothingWhereThereIsNothing) {
   EXPECT_EQ(0u, never.Count());
 }
 
-TEST_F(CreatedList, CopiesBytesOfAnySize) {
+TEST_F(PCListTest, CopiesBytesOfAnySize) {
   const std::string bytes(1000, 'x');
   for (unsigned int size : {0u, 1u, 7u, 9u, 1000u}) {
     EXPECT_EQ(1, mList.AddCopy(bytes.data(), size, PCList::AtFront));
@@ -157,14 +157,14 @@ TEST_F(CreatedList, CopiesBytesOfAnySize) {
   EXPECT_EQ(1, mList.AddCopy(nullptr, 0, PCList::AtEnd));
 }
 
-TEST_F(CreatedList, RefusesCopiesThatCannotBeMade) {
+TEST_F(PCListTest, RefusesCopiesThatCannotBeMade) {
   EXPECT_EQ(0, mList.AddCopy("a", 0xFFFFFFFF, PCList::AtEnd));
   EXPECT_EQ(0, mList.AddCopy("a", 0xFFFFFFF8, PCList::AtEnd));
   EXPECT_EQ(0, mList.AddCopy(nullptr, 1, PCList::AtEnd));
   EXPECT_EQ(0u, mList.Count());
 }
 
-TEST_F(CreatedList, SeeksFromBothEndsAndFromTheCursor) {
+TEST_F(PCListTest, SeeksFromBothEndsAndFromTheCursor) {
   AddLetters("abcde");
   EXPECT_EQ(1, mList.Seek(2, PCList::First));
   EXPECT_EQ('c', Here());
@@ -178,7 +178,7 @@ TEST_F(CreatedList, SeeksFromBothEndsAndFromTheCursor) {
   EXPECT_EQ('d', Here());
 }
 
-TEST_F(CreatedList, SeekingWhereNothingIsLeavesTheCursorOnNothing) {
+TEST_F(PCListTest, SeekingWhereNothingIsLeavesTheCursorOnNothing) {
   struct Target {
     int offset;
     int origin;
@@ -199,7 +199,7 @@ TEST_F(CreatedList, SeekingWhereNothingIsLeavesTheCursorOnNothing) {
   EXPECT_EQ("abc", Walk());
 }
 
-TEST_F(CreatedList, AddingDoesNotMoveTheCursor) {
+TEST_F(PCListTest, AddingDoesNotMoveTheCursor) {
   AddLetters("b");
   EXPECT_EQ('-', Here());
   ASSERT_EQ(1, mList.Seek(0, PCList::First));
@@ -208,7 +208,7 @@ TEST_F(CreatedList, AddingDoesNotMoveTheCursor) {
   EXPECT_EQ('b', Here());
 }
 
-TEST_F(CreatedList, DeleteTakesTheElementOutAndMovesToTheNext) {
+TEST_F(PCListTest, DeleteTakesTheElementOutAndMovesToTheNext) {
   AddLetters("abcde");
   ASSERT_EQ(1, mList.Seek(1, PCList::First));
   EXPECT_EQ(1, mList.Delete());
@@ -226,7 +226,7 @@ TEST_F(CreatedList, DeleteTakesTheElementOutAndMovesToTheNext) {
   EXPECT_EQ('b', mLetters[1]) << "pointer elements stay the caller's";
 }
 
-TEST_F(CreatedList, DeletingEveryElementEmptiesTheListForNewOnes) {
+TEST_F(PCListTest, DeletingEveryElementEmptiesTheListForNewOnes) {
   AddLetters("abc");
   ASSERT_EQ(1, mList.Seek(0, PCList::First));
   for (int i = 0; i < 3; ++i) EXPECT_EQ(1, mList.Delete());
@@ -235,14 +235,14 @@ TEST_F(CreatedList, DeletingEveryElementEmptiesTheListForNewOnes) {
   EXPECT_EQ("de", Walk());
 }
 
-TEST_F(CreatedList, DeleteFreesCopies) {
+TEST_F(PCListTest, DeleteFreesCopies) {
   EXPECT_EQ(1, mList.AddCopy("abc", 3, PCList::AtEnd));
   ASSERT_EQ(1, mList.Seek(0, PCList::First));
   EXPECT_EQ(1, mList.Delete());
   EXPECT_EQ(0u, mList.Count());
 }
 
-TEST_F(CreatedList, DestroyEmptiesTheListAndGivesTheLockBack) {
+TEST_F(PCListTest, DestroyEmptiesTheListAndGivesTheLockBack) {
   AddLetters("abc");
   EXPECT_EQ(1, mList.AddCopy("abc", 3, PCList::AtEnd));
   EXPECT_EQ(1, mList.Destroy());
@@ -255,7 +255,7 @@ TEST_F(CreatedList, DestroyEmptiesTheListAndGivesTheLockBack) {
   EXPECT_EQ("de", Walk());
 }
 
-TEST_F(CreatedList, LockMakesAWalkWholeWhileOthersAddAndDelete) {
+TEST_F(PCListTest, LockMakesAWalkWholeWhileOthersAddAndDelete) {
   AddLetters("abc");
   std::vector<std::thread> threads;
   for (int i = 0; i < 4; ++i) {
@@ -274,7 +274,7 @@ TEST_F(CreatedList, LockMakesAWalkWholeWhileOthersAddAndDelete) {
   EXPECT_EQ(3u, mList.Count());
 }
 
-TEST_F(CreatedList, SingleCallsAreSafeFromSeveralThreads) {
+TEST_F(PCListTest, SingleCallsAreSafeFromSeveralThreads) {
   std::vector<std::thread> threads;
   for (int i = 0; i < 4; ++i) {
     threads.emplace_back([this] {

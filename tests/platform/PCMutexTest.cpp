@@ -17,7 +17,7 @@ void Elsewhere(Body body) {
   std::thread(body).join();
 }
 
-class CreatedMutex : public ::testing::Test {
+class PCMutexTest : public ::testing::Test {
  protected:
   void SetUp() override { ASSERT_EQ(1, mLock.Create()); }
 
@@ -44,7 +44,7 @@ TEST(PCMutex, DoesNothingWhileNotCreated) {
   EXPECT_FALSE(lock.IsCreated());
 }
 
-TEST_F(CreatedMutex, TryTakeAddsALevelUnlessAnotherThreadOwnsTheLock) {
+TEST_F(PCMutexTest, TryTakeAddsALevelUnlessAnotherThreadOwnsTheLock) {
   EXPECT_EQ(1, mLock.TryTake());
   EXPECT_EQ(1, mLock.TryTake());
   EXPECT_TRUE(mLock.IsMine());
@@ -63,13 +63,13 @@ TEST_F(CreatedMutex, TryTakeAddsALevelUnlessAnotherThreadOwnsTheLock) {
   EXPECT_FALSE(mLock.IsMine());
 }
 
-TEST_F(CreatedMutex, IsFreeAtFirst) {
+TEST_F(PCMutexTest, IsFreeAtFirst) {
   EXPECT_TRUE(mLock.IsCreated());
   EXPECT_FALSE(mLock.IsMine());
   EXPECT_EQ(0, mLock.Depth());
 }
 
-TEST_F(CreatedMutex, CountsTheLevelsOfItsOwner) {
+TEST_F(PCMutexTest, CountsTheLevelsOfItsOwner) {
   mLock.Take();
   mLock.Take();
   mLock.Take();
@@ -84,7 +84,7 @@ TEST_F(CreatedMutex, CountsTheLevelsOfItsOwner) {
   EXPECT_EQ(0, mLock.Depth());
 }
 
-TEST_F(CreatedMutex, MoreGivesThanTakesDoNothing) {
+TEST_F(PCMutexTest, MoreGivesThanTakesDoNothing) {
   mLock.Give();
   mLock.Take();
   mLock.Give();
@@ -102,7 +102,7 @@ TEST_F(CreatedMutex, MoreGivesThanTakesDoNothing) {
   EXPECT_EQ(1, inside.load());
 }
 
-TEST_F(CreatedMutex, OtherThreadsNeitherOwnItNorFreeIt) {
+TEST_F(PCMutexTest, OtherThreadsNeitherOwnItNorFreeIt) {
   mLock.Take();
   mLock.Take();
   Elsewhere([&] {
@@ -114,7 +114,7 @@ TEST_F(CreatedMutex, OtherThreadsNeitherOwnItNorFreeIt) {
   EXPECT_EQ(2, mLock.Depth());
 }
 
-TEST_F(CreatedMutex, KeepsThreadsApart) {
+TEST_F(PCMutexTest, KeepsThreadsApart) {
   constexpr int kThreads = 8;
   constexpr int kRounds = 2000;
   long counter = 0;
@@ -132,7 +132,7 @@ TEST_F(CreatedMutex, KeepsThreadsApart) {
   EXPECT_EQ(counter, static_cast<long>(kThreads) * kRounds);
 }
 
-TEST_F(CreatedMutex, ReleaseAllFreesItAndRetakeRestoresTheLevels) {
+TEST_F(PCMutexTest, ReleaseAllFreesItAndRetakeRestoresTheLevels) {
   mLock.Take();
   mLock.Take();
   mLock.Take();
@@ -151,19 +151,19 @@ TEST_F(CreatedMutex, ReleaseAllFreesItAndRetakeRestoresTheLevels) {
   EXPECT_FALSE(mLock.IsMine());
 }
 
-TEST_F(CreatedMutex, RetakeOfNoLevelsDoesNothing) {
+TEST_F(PCMutexTest, RetakeOfNoLevelsDoesNothing) {
   mLock.Retake(0);
   mLock.Retake(-1);
   EXPECT_FALSE(mLock.IsMine());
 }
 
-TEST_F(CreatedMutex, RetakeByTheOwnerAddsTheLevels) {
+TEST_F(PCMutexTest, RetakeByTheOwnerAddsTheLevels) {
   mLock.Take();
   mLock.Retake(2);
   EXPECT_EQ(3, mLock.Depth());
 }
 
-TEST_F(CreatedMutex, RetakeWaitsForTheOwner) {
+TEST_F(PCMutexTest, RetakeWaitsForTheOwner) {
   int value = 0;
   mLock.Take();
   const int depth = mLock.ReleaseAll();
@@ -178,7 +178,7 @@ TEST_F(CreatedMutex, RetakeWaitsForTheOwner) {
   EXPECT_EQ(2, value);
 }
 
-TEST_F(CreatedMutex, CreateMakesAHeldLockFree) {
+TEST_F(PCMutexTest, CreateMakesAHeldLockFree) {
   mLock.Take();
   mLock.Take();
   EXPECT_EQ(1, mLock.Create());
@@ -187,7 +187,7 @@ TEST_F(CreatedMutex, CreateMakesAHeldLockFree) {
   Elsewhere([&] { PCMutexGuard guard(mLock); });
 }
 
-TEST_F(CreatedMutex, WorksAgainWhenCreatedAfterDestroy) {
+TEST_F(PCMutexTest, WorksAgainWhenCreatedAfterDestroy) {
   mLock.Take();
   mLock.Destroy();
   EXPECT_FALSE(mLock.IsCreated());
@@ -206,7 +206,7 @@ TEST(PCMutex, MayEndWhileHeld) {
   lock.Take();
 }
 
-TEST_F(CreatedMutex, GuardHoldsOneLevelForItsScope) {
+TEST_F(PCMutexTest, GuardHoldsOneLevelForItsScope) {
   {
     PCMutexGuard outer(mLock);
     EXPECT_EQ(1, mLock.Depth());
@@ -219,7 +219,7 @@ TEST_F(CreatedMutex, GuardHoldsOneLevelForItsScope) {
   EXPECT_FALSE(mLock.IsMine());
 }
 
-TEST_F(CreatedMutex, GuardCanLeaveItsLevelWithTheThread) {
+TEST_F(PCMutexTest, GuardCanLeaveItsLevelWithTheThread) {
   {
     PCMutexGuard guard(mLock);
     guard.Keep();

@@ -15,9 +15,9 @@ constexpr unsigned int kValues = 4;
 
 const char* const kKeys[kValues] = {"one", "two", "two/three", "four"};
 
-class TransactionThreads : public OpenRegistryTest {
+class RegistryTransactionThreadsTest : public OpenRegistryTest {
  protected:
-  TransactionThreads() {
+  RegistryTransactionThreadsTest() {
     for (const char* key : kKeys) {
       EXPECT_EQ(status::kOk, registry.CreateKey(0, key, 0));
       ExactValue number(0, Little(0, 8));
@@ -110,15 +110,15 @@ class TransactionThreads : public OpenRegistryTest {
   std::atomic<unsigned int> ended_{0};
 };
 
-TEST_F(TransactionThreads, NobodySeesAHalfThroughHandles) {
+TEST_F(RegistryTransactionThreadsTest, NobodySeesAHalfThroughHandles) {
   Run(true);
 }
 
-TEST_F(TransactionThreads, NobodySeesAHalfWithoutHandles) {
+TEST_F(RegistryTransactionThreadsTest, NobodySeesAHalfWithoutHandles) {
   Run(false);
 }
 
-TEST_F(TransactionThreads, OneThatEndsInTheMidstLetsTheOthersGoOn) {
+TEST_F(RegistryTransactionThreadsTest, OneThatEndsInTheMidstLetsTheOthersGoOn) {
   Watchdog watchdog("a thread that ends");
   std::vector<std::thread> threads;
   for (unsigned int i = 0; i < 4; ++i) {

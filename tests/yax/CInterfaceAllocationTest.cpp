@@ -10,9 +10,9 @@
 namespace yax {
 namespace {
 
-class CInterfaceAllocations : public ::testing::Test {
+class CInterfaceAllocationTest : public ::testing::Test {
  protected:
-  CInterfaceAllocations() {
+  CInterfaceAllocationTest() {
     Open();
     EXPECT_EQ(YAX_OK, yax_key_at(registry, "k", &key));
     EXPECT_EQ(YAX_OK, yax_set_text(key, "t", "text", YAX_ZERO_ENDED));
@@ -65,7 +65,7 @@ class CInterfaceAllocations : public ::testing::Test {
   yax_key* key = nullptr;
 };
 
-TEST_F(CInterfaceAllocations, ThatFailAreToldAndChangeNothing) {
+TEST_F(CInterfaceAllocationTest, ThatFailAreToldAndChangeNothing) {
   EXPECT_GT(FailEverywhere([&] { return yax_set_text(key, "t", "more", YAX_ZERO_ENDED); }), 0u);
   EXPECT_GT(FailEverywhere([&] {
               char text[16];
@@ -91,7 +91,7 @@ TEST_F(CInterfaceAllocations, ThatFailAreToldAndChangeNothing) {
   EXPECT_GT(FailEverywhere([&] { return yax_key_remove(key); }), 0u);
 }
 
-TEST_F(CInterfaceAllocations, ThatFailInAnOpeningLeaveNothing) {
+TEST_F(CInterfaceAllocationTest, ThatFailInAnOpeningLeaveNothing) {
   for (unsigned int nth = 1;; ++nth) {
     SCOPED_TRACE("allocation " + std::to_string(nth));
     const unsigned int live = heap::sLive;
@@ -107,7 +107,7 @@ TEST_F(CInterfaceAllocations, ThatFailInAnOpeningLeaveNothing) {
   }
 }
 
-TEST_F(CInterfaceAllocations, AWatchIsMadeOrNot) {
+TEST_F(CInterfaceAllocationTest, AWatchIsMadeOrNot) {
   const unsigned int failed = FailEverywhere([this] {
     yax_watch* watch = nullptr;
     yax_change change = {};

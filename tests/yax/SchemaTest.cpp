@@ -12,7 +12,7 @@ namespace {
 enum class Mode { kAuto = 3 };
 using Lines = std::vector<std::string>;
 
-class SchemaOf : public ::testing::Test {
+class SchemaTest : public ::testing::Test {
  protected:
   const Schema schema = {{"net/eth0", "mtu", 1500, 576, 9000},
                          {"net/eth0", "name", "uplink"},
@@ -24,7 +24,7 @@ class SchemaOf : public ::testing::Test {
   Registry registry{folder / "a.rce"};
 };
 
-TEST_F(SchemaOf, AnEmptyRegistryMakesEverythingOnce) {
+TEST_F(SchemaTest, AnEmptyRegistryMakesEverythingOnce) {
   const Report first = Apply(registry, schema);
   EXPECT_TRUE(first.status) << first.status.text();
   EXPECT_EQ(first.made, (Lines{"net/eth0 mtu", "net/eth0 name", "net/eth0 mac", "net/eth0 load",
@@ -39,13 +39,13 @@ TEST_F(SchemaOf, AnEmptyRegistryMakesEverythingOnce) {
   EXPECT_EQ(second.extra, Lines());
 }
 
-TEST_F(SchemaOf, WhatIsThereStays) {
+TEST_F(SchemaTest, WhatIsThereStays) {
   ASSERT_TRUE(registry["net/eth0"].Set("mtu", 1400));
   EXPECT_EQ(Apply(registry, schema).made.size(), schema.size() - 1);
   EXPECT_EQ(1400, registry["net/eth0"].Get("mtu", 0));
 }
 
-TEST_F(SchemaOf, WhatDoesNotFitIsToldAndNothingIsMade) {
+TEST_F(SchemaTest, WhatDoesNotFitIsToldAndNothingIsMade) {
   ASSERT_TRUE(registry["net/eth0"].Set("name", 5));
   ASSERT_TRUE(registry["net/eth0"].Set("mtu", 9001));
   const Report report = Apply(registry, schema);
@@ -57,13 +57,13 @@ TEST_F(SchemaOf, WhatDoesNotFitIsToldAndNothingIsMade) {
   EXPECT_EQ(9001, registry["net/eth0"].Get("mtu", 0));
 }
 
-TEST_F(SchemaOf, WhatIsTooMuchIsToldOnce) {
+TEST_F(SchemaTest, WhatIsTooMuchIsToldOnce) {
   ASSERT_TRUE(registry["net/eth0"].Set("speed", 100));
   ASSERT_TRUE(registry["other"].Set("n", 1));
   EXPECT_EQ(Apply(registry, schema).extra, Lines{"net/eth0 speed"});
 }
 
-TEST_F(SchemaOf, AResetBringsAllFirstValuesBack) {
+TEST_F(SchemaTest, AResetBringsAllFirstValuesBack) {
   ASSERT_TRUE(Apply(registry, schema).status);
   ASSERT_TRUE(registry["net/eth0"].Set("mtu", 1400));
   ASSERT_TRUE(registry["net/eth0"].Set("name", 7));
@@ -72,7 +72,7 @@ TEST_F(SchemaOf, AResetBringsAllFirstValuesBack) {
   EXPECT_EQ("uplink", registry["net/eth0"].Get("name", ""));
 }
 
-TEST_F(SchemaOf, AFailureIsToldWithItsStatus) {
+TEST_F(SchemaTest, AFailureIsToldWithItsStatus) {
   EXPECT_EQ(Apply(registry, {{"a//b", "n", 1}}).status, Status(YAX_BAD_ARGUMENT));
   EXPECT_EQ(Reset(registry, {{"a", "n", std::string(1024, 'x')}}), Status(YAX_LIMIT));
   ASSERT_TRUE(Apply(registry, schema).status);

@@ -10,7 +10,7 @@
 namespace yax {
 namespace {
 
-class Transactions : public ::testing::Test {
+class TransactionTest : public ::testing::Test {
  protected:
   int InAnotherThread(const char* name) {
     int number = -1;
@@ -23,7 +23,7 @@ class Transactions : public ::testing::Test {
   Key key = registry["k"];
 };
 
-TEST_F(Transactions, WhatIsCommittedHappensAtOnce) {
+TEST_F(TransactionTest, WhatIsCommittedHappensAtOnce) {
   Transaction transaction(registry);
   ASSERT_TRUE(transaction.status()) << transaction.status().text();
   ASSERT_TRUE(key.Set("a", 1));
@@ -35,7 +35,7 @@ TEST_F(Transactions, WhatIsCommittedHappensAtOnce) {
   EXPECT_EQ("text", registry["other/key"].Get("b", ""));
 }
 
-TEST_F(Transactions, WhatIsNotCommittedIsTakenBack) {
+TEST_F(TransactionTest, WhatIsNotCommittedIsTakenBack) {
   ASSERT_TRUE(key.Set("a", 1));
   {
     Transaction transaction(registry);
@@ -50,7 +50,7 @@ TEST_F(Transactions, WhatIsNotCommittedIsTakenBack) {
   EXPECT_EQ(1u, registry.root().Children().size());
 }
 
-TEST_F(Transactions, AFunctionIsDoneWholeOrNotAtAll) {
+TEST_F(TransactionTest, AFunctionIsDoneWholeOrNotAtAll) {
   EXPECT_TRUE(Atomically(registry, [&] { return key.Set("a", 1); }));
   const Status failed = Atomically(registry, [&]() -> Status {
     const Status set = key.Set("a", 2);
@@ -60,7 +60,7 @@ TEST_F(Transactions, AFunctionIsDoneWholeOrNotAtAll) {
   EXPECT_EQ(1, key.Get("a", 0));
 }
 
-TEST_F(Transactions, TheOutermostDecides) {
+TEST_F(TransactionTest, TheOutermostDecides) {
   {
     Transaction outer(registry);
     ASSERT_TRUE(Atomically(registry, [&] { return key.Set("a", 1); }));
@@ -69,14 +69,14 @@ TEST_F(Transactions, TheOutermostDecides) {
   EXPECT_FALSE(key.Has("a"));
 }
 
-TEST_F(Transactions, AClosedRegistryHasNone) {
+TEST_F(TransactionTest, AClosedRegistryHasNone) {
   Registry none(folder / "missing/a.rce");
   Transaction transaction(none);
   EXPECT_EQ(transaction.status(), Status(YAX_BAD_ARGUMENT));
   EXPECT_EQ(transaction.Commit(), Status(YAX_BAD_ARGUMENT));
 }
 
-TEST_F(Transactions, EachStepOfAMigrationIsDoneOnce) {
+TEST_F(TransactionTest, EachStepOfAMigrationIsDoneOnce) {
   std::vector<int> done;
   const auto first = [&](Key& k) {
     done.push_back(1);
@@ -96,7 +96,7 @@ TEST_F(Transactions, EachStepOfAMigrationIsDoneOnce) {
   EXPECT_EQ(Migrate(registry, key, {first}), Status(YAX_RANGE));
 }
 
-TEST_F(Transactions, AStepThatFailsLeavesNothingAndIsDoneNextTime) {
+TEST_F(TransactionTest, AStepThatFailsLeavesNothingAndIsDoneNextTime) {
   bool fails = true;
   const auto step = [&](Key& k) -> Status {
     const Status set = k.Set("half", 1);

@@ -50,7 +50,8 @@ class BackupFile {
   static PCFile& backup;
   // What a new backup begins with: 0 until the process has completed one, then 1 for good. Only
   // while the first is made does the byte tell a backup that was broken off; any later one is known
-  // by its being too short. Test: FileTreeBackup.OnlyTheFirstBackupOfAProcessBeginsIncomplete
+  // by its being too short. Test:
+  // TernaryRegistryBackupFailures.OnlyTheFirstBackupOfAProcessBeginsIncomplete
   static unsigned char backupHeader;
 
  private:

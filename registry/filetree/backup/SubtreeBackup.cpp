@@ -46,7 +46,7 @@ Status SubtreeBackup::BackupValue(unsigned int keyNode) {
 }
 
 // Exactly as many bytes as the record tells, so that the stream stays in step: what cannot be read
-// is zero. Test: FileTreeBackup.DataThatCannotBeReadInFullIsFilledWithZeros
+// is zero. Test: TernaryRegistryBackupFailures.DataThatCannotBeReadInFullIsFilledWithZeros
 Status SubtreeBackup::WriteData(const TernaryValueNode& value) {
   unsigned char data[kValueDataMax] = {};
   unsigned int size = value.dataSize();

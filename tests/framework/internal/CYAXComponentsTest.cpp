@@ -16,7 +16,7 @@ constexpr char kNotLoaded[] =
 constexpr char kNoAddress[] =
     "3 [CYAX::GetComponentFactory] Error while getting function address...\n";
 
-class Components : public ComponentRig {
+class CYAXComponentsTest : public ComponentRig {
  protected:
   // What the operations that need a factory answer.
   void ExpectNoFactory(const YAX_GUID_ST& clsid, unsigned int status, const std::string& message) {
@@ -38,7 +38,7 @@ class Components : public ComponentRig {
 
 // ---- loading
 
-TEST_F(Components, AreLoadedOnceAndUnloaded) {
+TEST_F(CYAXComponentsTest, AreLoadedOnceAndUnloaded) {
   Register(kOwn, "sound");
   EXPECT_FALSE(IsMapped(sound_));
   void* handle = Load(kOwn);
@@ -55,7 +55,7 @@ TEST_F(Components, AreLoadedOnceAndUnloaded) {
   EXPECT_EQ(2u, Notes().opened);
 }
 
-TEST_F(Components, ANullHandleIsRefusedBeforeAnythingElse) {
+TEST_F(CYAXComponentsTest, ANullHandleIsRefusedBeforeAnythingElse) {
   Register(kOwn, "sound");
   EXPECT_EQ(yax_status::kBadArgument, loader_->LoadComponent(kOwn, nullptr));
   EXPECT_EQ(yax_status::kBadArgument, loader_->LoadComponent(kUnknown, nullptr));
@@ -64,7 +64,7 @@ TEST_F(Components, ANullHandleIsRefusedBeforeAnythingElse) {
   EXPECT_FALSE(IsMapped(sound_));
 }
 
-TEST_F(Components, NullPlacesForTheOutcomeAreRefusedBeforeAnythingElse) {
+TEST_F(CYAXComponentsTest, NullPlacesForTheOutcomeAreRefusedBeforeAnythingElse) {
   Register(kOwn, "sound");
   PrintedMessages printed;
   for (const YAX_GUID_ST& clsid : {kOwn, kUnknown}) {
@@ -76,7 +76,7 @@ TEST_F(Components, NullPlacesForTheOutcomeAreRefusedBeforeAnythingElse) {
   EXPECT_FALSE(IsMapped(sound_));
 }
 
-TEST_F(Components, ThatAreNotRegisteredAreRefused) {
+TEST_F(CYAXComponentsTest, ThatAreNotRegisteredAreRefused) {
   for (const bool isKeyThere : {false, true}) {
     if (isKeyThere) Register(kOwn, "sound");
     void* handle = untouched_;
@@ -87,7 +87,7 @@ TEST_F(Components, ThatAreNotRegisteredAreRefused) {
   }
 }
 
-TEST_F(Components, WithoutTheirFileAreNotLoaded) {
+TEST_F(CYAXComponentsTest, WithoutTheirFileAreNotLoaded) {
   Register(kOwn, "missing");
   PrintedMessages printed;
   void* handle = untouched_;
@@ -99,7 +99,7 @@ TEST_F(Components, WithoutTheirFileAreNotLoaded) {
   EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn)) << "nothing to unload";
 }
 
-TEST_F(Components, AreFoundWhereTheyWereRegisteredWhateverTheFolder) {
+TEST_F(CYAXComponentsTest, AreFoundWhereTheyWereRegisteredWhateverTheFolder) {
   PutFile(folder_ / "copy.so", GetFile(sound_));
   Register(kOwn, "copy.so", nullptr, YAX_COMPONENT_TYPE_BINARY);
   for (const std::string& binDirectory : {folder_ / "", folder_ / "."}) {
@@ -112,7 +112,7 @@ TEST_F(Components, AreFoundWhereTheyWereRegisteredWhateverTheFolder) {
   EXPECT_NE(nullptr, Load(kOther));
 }
 
-TEST_F(Components, OfOneFileShareIt) {
+TEST_F(CYAXComponentsTest, OfOneFileShareIt) {
   Register(kOwn, "sound");
   Register(kOther, "sound");
   void* handle = Load(kOwn);
@@ -124,7 +124,7 @@ TEST_F(Components, OfOneFileShareIt) {
   EXPECT_FALSE(IsMapped(sound_));
 }
 
-TEST_F(Components, ThatWereUnregisteredStayLoaded) {
+TEST_F(CYAXComponentsTest, ThatWereUnregisteredStayLoaded) {
   Register(kOwn, "sound");
   Load(kOwn);
   EXPECT_EQ(yax_status::kOk, manager_->UnregisterComponent(kOwn));
@@ -132,7 +132,7 @@ TEST_F(Components, ThatWereUnregisteredStayLoaded) {
   EXPECT_TRUE(IsMapped(sound_));
 }
 
-TEST_F(Components, ThatRefuseStayLoaded) {
+TEST_F(CYAXComponentsTest, ThatRefuseStayLoaded) {
   const std::string file = ComponentFile("refusing");
   Register(kOwn, "refusing");
   void* handle = Load(kOwn);
@@ -145,14 +145,14 @@ TEST_F(Components, ThatRefuseStayLoaded) {
   EXPECT_FALSE(IsMapped(file));
 }
 
-TEST_F(Components, ThatCannotBeAskedStayLoaded) {
+TEST_F(CYAXComponentsTest, ThatCannotBeAskedStayLoaded) {
   Register(kOwn, "no_unload_entry");
   Load(kOwn);
   EXPECT_EQ(yax_status::kNoEntry, loader_->UnloadComponent(kOwn));
   EXPECT_TRUE(IsMapped(ComponentFile("no_unload_entry")));
 }
 
-TEST_F(Components, RegisteredWithAWrongPathFirstAreUnloadedAllTheSame) {
+TEST_F(CYAXComponentsTest, RegisteredWithAWrongPathFirstAreUnloadedAllTheSame) {
   Register(kOwn, "no_unload_entry");
   Load(kOwn);
   EXPECT_EQ(yax_status::kNoEntry, loader_->UnloadComponent(kOwn));
@@ -188,7 +188,7 @@ TEST(ComponentsAtTheEnd, StayMappedWhenTheFrameworkEnds) {
 
 // ---- factories and objects
 
-TEST_F(Components, GiveTheirFactory) {
+TEST_F(CYAXComponentsTest, GiveTheirFactory) {
   Register(kOwn, "sound");
   PrintedMessages printed;
   void* made = untouched_;
@@ -206,7 +206,7 @@ TEST_F(Components, GiveTheirFactory) {
   EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
 }
 
-TEST_F(Components, GiveObjectsAndReleaseTheFactoryOnce) {
+TEST_F(CYAXComponentsTest, GiveObjectsAndReleaseTheFactoryOnce) {
   Register(kOwn, "sound");
   void* out = untouched_;
   ASSERT_EQ(yax_status::kOk, yax_->GetComponentInstance(kOwn, IID_ITestObject, &out));
@@ -222,7 +222,7 @@ TEST_F(Components, GiveObjectsAndReleaseTheFactoryOnce) {
   EXPECT_FALSE(IsMapped(sound_));
 }
 
-TEST_F(Components, DoNotGiveInterfacesTheyDoNotHave) {
+TEST_F(CYAXComponentsTest, DoNotGiveInterfacesTheyDoNotHave) {
   Register(kOwn, "sound");
   void* out = untouched_;
   EXPECT_EQ(yax_status::kNoInterface, yax_->GetComponentInstance(kOwn, IID_IYAX, &out));
@@ -231,7 +231,7 @@ TEST_F(Components, DoNotGiveInterfacesTheyDoNotHave) {
   EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
 }
 
-TEST_F(Components, ThatFailToCreateHaveTheirFactoryReleasedOnce) {
+TEST_F(CYAXComponentsTest, ThatFailToCreateHaveTheirFactoryReleasedOnce) {
   Register(kOwn, "fails_to_create");
   void* out = untouched_;
   EXPECT_EQ(0xE0000042u, yax_->GetComponentInstance(kOwn, IID_ITestObject, &out));
@@ -244,7 +244,7 @@ TEST_F(Components, ThatFailToCreateHaveTheirFactoryReleasedOnce) {
   EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
 }
 
-TEST_F(Components, ThatSaySoWithoutAFactoryGiveNothing) {
+TEST_F(CYAXComponentsTest, ThatSaySoWithoutAFactoryGiveNothing) {
   Register(kOwn, "no_factory");
   void* out = untouched_;
   EXPECT_EQ(yax_status::kOk, yax_->GetComponentFactory(kOwn, &out));
@@ -257,7 +257,7 @@ TEST_F(Components, ThatSaySoWithoutAFactoryGiveNothing) {
   EXPECT_EQ(4u, Notes().entered);
 }
 
-TEST_F(Components, ThatFailWithAFactoryHaveItReleasedOnce) {
+TEST_F(CYAXComponentsTest, ThatFailWithAFactoryHaveItReleasedOnce) {
   Register(kOwn, "fails_with_factory");
   PrintedMessages printed;
   void* out = untouched_;
@@ -273,7 +273,7 @@ TEST_F(Components, ThatFailWithAFactoryHaveItReleasedOnce) {
   EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
 }
 
-TEST_F(Components, WithoutAFactoryEntryStayLoaded) {
+TEST_F(CYAXComponentsTest, WithoutAFactoryEntryStayLoaded) {
   Register(kOwn, "no_factory_entry");
   ExpectNoFactory(kOwn, 0xE000000F, kNoAddress);
   EXPECT_TRUE(IsMapped(ComponentFile("no_factory_entry")));
@@ -283,7 +283,7 @@ TEST_F(Components, WithoutAFactoryEntryStayLoaded) {
 
 // ---- locks
 
-TEST_F(Components, ThatAreLockedStayLoaded) {
+TEST_F(CYAXComponentsTest, ThatAreLockedStayLoaded) {
   Register(kOwn, "sound");
   EXPECT_EQ(yax_status::kOk, loader_->LockComponent(kOwn, 7)) << "loads it";
   EXPECT_EQ(7u, Notes().lastLock) << "handed on as it is";
@@ -298,7 +298,7 @@ TEST_F(Components, ThatAreLockedStayLoaded) {
   EXPECT_FALSE(IsMapped(sound_));
 }
 
-TEST_F(Components, AreLoadedToTakeALockBack) {
+TEST_F(CYAXComponentsTest, AreLoadedToTakeALockBack) {
   Register(kOwn, "sound");
   EXPECT_EQ(yax_status::kUnspecified, loader_->LockComponent(kOwn, 0)) << "the component's answer";
   EXPECT_TRUE(IsMapped(sound_));
@@ -307,7 +307,7 @@ TEST_F(Components, AreLoadedToTakeALockBack) {
 
 // ---- calls back
 
-TEST_F(Components, CallTheFrameworkFromTheirEntry) {
+TEST_F(CYAXComponentsTest, CallTheFrameworkFromTheirEntry) {
   Register(kOwn, "calls_back");
   Register(kOther, "sound");
   Notes().other = kOther;
@@ -321,7 +321,7 @@ TEST_F(Components, CallTheFrameworkFromTheirEntry) {
   EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
 }
 
-TEST_F(Components, CannotUnloadAnotherOfTheSameFileWhileTheyAreAsked) {
+TEST_F(CYAXComponentsTest, CannotUnloadAnotherOfTheSameFileWhileTheyAreAsked) {
   const std::string file = ComponentFile("unloads_itself");
   const std::string link = folder_ / "link.so";
   ASSERT_EQ(0, symlink(file.c_str(), link.c_str()));
@@ -336,7 +336,7 @@ TEST_F(Components, CannotUnloadAnotherOfTheSameFileWhileTheyAreAsked) {
 }
 
 // Whatever a component tells of itself.
-TEST_F(Components, AreNotUnloadedWhileTheFrameworkCallsTheirFactory) {
+TEST_F(CYAXComponentsTest, AreNotUnloadedWhileTheFrameworkCallsTheirFactory) {
   Register(kOwn, "leaves_early");
   Notes().self = kOwn;
   void* out = nullptr;
@@ -350,7 +350,7 @@ TEST_F(Components, AreNotUnloadedWhileTheFrameworkCallsTheirFactory) {
   EXPECT_FALSE(IsMapped(ComponentFile("leaves_early")));
 }
 
-TEST_F(Components, AreNotLoadedByThemselvesWhileTheyAreClosed) {
+TEST_F(CYAXComponentsTest, AreNotLoadedByThemselvesWhileTheyAreClosed) {
   Register(kOwn, "comes_back");
   Notes().self = kOwn;
   Load(kOwn);
@@ -364,7 +364,7 @@ TEST_F(Components, AreNotLoadedByThemselvesWhileTheyAreClosed) {
   EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
 }
 
-TEST_F(Components, CannotUnloadThemselvesWhileTheyAreAsked) {
+TEST_F(CYAXComponentsTest, CannotUnloadThemselvesWhileTheyAreAsked) {
   Register(kOwn, "unloads_itself");
   const std::string file = ComponentFile("unloads_itself");
   Notes().self = kOwn;

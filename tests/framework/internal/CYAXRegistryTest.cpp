@@ -18,6 +18,8 @@ std::vector<unsigned long long> Elements(PCList& list) {
   return elements;
 }
 
+class CYAXRegistryTest : public FrameworkRegistry {};
+
 // ---- what is refused
 
 // Before anything else is looked at.
@@ -61,7 +63,7 @@ TEST(FrameworkWithoutRegistry, AnswersNoOperation) {
 }
 
 // Also those with a handle that nobody has.
-TEST_F(FrameworkRegistry, NullPointersAreRefused) {
+TEST_F(CYAXRegistryTest, NullPointersAreRefused) {
   PCList list;
   ASSERT_EQ(1, list.Create());
   unsigned int n = 4;
@@ -87,7 +89,7 @@ TEST_F(FrameworkRegistry, NullPointersAreRefused) {
   EXPECT_EQ(Content(), before);
 }
 
-TEST_F(FrameworkRegistry, KeyInformationNeedsAllFivePlaces) {
+TEST_F(CYAXRegistryTest, KeyInformationNeedsAllFivePlaces) {
   unsigned int n[5] = {7, 7, 7, 7, 7};
   for (unsigned int missing = 0; missing < 5; ++missing) {
     unsigned int* out[5];
@@ -100,7 +102,7 @@ TEST_F(FrameworkRegistry, KeyInformationNeedsAllFivePlaces) {
   for (unsigned int number : n) EXPECT_EQ(7u, number);
 }
 
-TEST_F(FrameworkRegistry, AListThatWasNeverMadeIsRefused) {
+TEST_F(CYAXRegistryTest, AListThatWasNeverMadeIsRefused) {
   PCList list;
   EXPECT_EQ(yax_status::kBadArgument, yax->ListKeys(0, "", 0, 0, &list, 0));
   EXPECT_EQ(yax_status::kBadArgument, yax->ListValues(0, "key", 0, 0, &list));
@@ -113,7 +115,7 @@ TEST_F(FrameworkRegistry, AListThatWasNeverMadeIsRefused) {
 
 // ---- keys and handles
 
-TEST_F(FrameworkRegistry, AKeyIsMadeWithTheDefaultValueZero) {
+TEST_F(CYAXRegistryTest, AKeyIsMadeWithTheDefaultValueZero) {
   EXPECT_EQ(0u, yax->CreateKey(0, "key/below"));
   const DecodedKey key = Tree().at("key/below");
   EXPECT_EQ(0xAC295ADDu, key.owner);
@@ -126,7 +128,7 @@ TEST_F(FrameworkRegistry, AKeyIsMadeWithTheDefaultValueZero) {
   EXPECT_EQ(yax_status::kRegistryFailed, yax->DeleteKey(0, "key/below"));
 }
 
-TEST_F(FrameworkRegistry, AHandleNamesItsKeyUntilItIsClosed) {
+TEST_F(CYAXRegistryTest, AHandleNamesItsKeyUntilItIsClosed) {
   unsigned int handle = 99;
   EXPECT_EQ(yax_status::kRegistryFailed, yax->OpenKey("missing", &handle, 0));
   EXPECT_EQ(99u, handle);
@@ -140,7 +142,7 @@ TEST_F(FrameworkRegistry, AHandleNamesItsKeyUntilItIsClosed) {
   EXPECT_EQ(yax_status::kRegistryFailed, yax->CreateKey(handle, "below"));
 }
 
-TEST_F(FrameworkRegistry, TheModeOfOpeningDoesNotMatter) {
+TEST_F(CYAXRegistryTest, TheModeOfOpeningDoesNotMatter) {
   for (unsigned int mode : {0u, 1u, 0xFFFFFFFFu}) {
     unsigned int handle = 0;
     EXPECT_EQ(0u, yax->OpenKey("key", &handle, mode));
@@ -150,7 +152,7 @@ TEST_F(FrameworkRegistry, TheModeOfOpeningDoesNotMatter) {
 }
 
 // The framework's user is an ordinary one.
-TEST_F(FrameworkRegistry, TheUserMayNotDeleteTheRoot) {
+TEST_F(CYAXRegistryTest, TheUserMayNotDeleteTheRoot) {
   const std::string before = Content();
   EXPECT_EQ(yax_status::kRegistryFailed, yax->DeleteKey(0, ""));
   EXPECT_EQ(yax_status::kRegistryFailed, yax->SetValue(0, "", "n", kString, "x"));
@@ -160,7 +162,7 @@ TEST_F(FrameworkRegistry, TheUserMayNotDeleteTheRoot) {
 // ---- listings
 
 // The names are not in it: their tags are, and those are 0.
-TEST_F(FrameworkRegistry, AListingGivesOneZeroForEachName) {
+TEST_F(CYAXRegistryTest, AListingGivesOneZeroForEachName) {
   for (const char* key : {"key/a", "key/b", "key/c"}) ASSERT_EQ(0u, yax->CreateKey(0, key));
   for (const char* name : {"x", "y"}) {
     ASSERT_EQ(0u, yax->CreateValue(0, "key", name, kString, "text"));
@@ -179,7 +181,7 @@ TEST_F(FrameworkRegistry, AListingGivesOneZeroForEachName) {
   EXPECT_EQ(list.Count(), 1u + 2 * 5);
 }
 
-TEST_F(FrameworkRegistry, AListingLeavesOutTheFirstNames) {
+TEST_F(CYAXRegistryTest, AListingLeavesOutTheFirstNames) {
   for (const char* key : {"key/a", "key/b", "key/c"}) ASSERT_EQ(0u, yax->CreateKey(0, key));
   for (unsigned int index = 0; index < 5; ++index) {
     PCList list;
@@ -189,7 +191,7 @@ TEST_F(FrameworkRegistry, AListingLeavesOutTheFirstNames) {
   }
 }
 
-TEST_F(FrameworkRegistry, AKeyWithoutSubKeysListsNothing) {
+TEST_F(CYAXRegistryTest, AKeyWithoutSubKeysListsNothing) {
   PCList list;
   ASSERT_EQ(1, list.Create());
   unsigned long long before = 5;
@@ -202,7 +204,7 @@ TEST_F(FrameworkRegistry, AKeyWithoutSubKeysListsNothing) {
   EXPECT_EQ(Elements(list), (std::vector<unsigned long long>{5}));
 }
 
-TEST_F(FrameworkRegistry, SixtyFourNamesAreListedAndNoMore) {
+TEST_F(CYAXRegistryTest, SixtyFourNamesAreListedAndNoMore) {
   for (unsigned int i = 0; i < 64; ++i) {
     const std::string name = std::to_string(100 + i);
     ASSERT_EQ(0u, yax->CreateKey(0, ("key/" + name).c_str()));
@@ -234,7 +236,7 @@ TEST_F(FrameworkRegistry, SixtyFourNamesAreListedAndNoMore) {
 
 // ---- key information
 
-TEST_F(FrameworkRegistry, KeyInformationIsZeroAndFourCounts) {
+TEST_F(CYAXRegistryTest, KeyInformationIsZeroAndFourCounts) {
   for (const char* key : {"key/a", "key/b", "key/b/c"}) ASSERT_EQ(0u, yax->CreateKey(0, key));
   for (const char* key : {"key", "key/a", "key/b", "key/b/c"}) {
     ASSERT_EQ(0u, yax->CreateValue(0, key, "n", kString, ""));
@@ -258,7 +260,7 @@ TEST_F(FrameworkRegistry, KeyInformationIsZeroAndFourCounts) {
 
 // ---- operations whose status is the registry's own
 
-TEST_F(FrameworkRegistry, FlushBackupAndRestoreAnswerTheRegistrysStatus) {
+TEST_F(CYAXRegistryTest, FlushBackupAndRestoreAnswerTheRegistrysStatus) {
   const std::string backup = folder / "backup";
   EXPECT_EQ(0u, yax->Flush());
   ASSERT_EQ(0u, yax->CreateValue(0, "key", "n", kString, "saved"));
@@ -274,7 +276,7 @@ TEST_F(FrameworkRegistry, FlushBackupAndRestoreAnswerTheRegistrysStatus) {
   EXPECT_EQ(22u, yax->BackupKey(99, "", backup.c_str()));
 }
 
-TEST_F(FrameworkRegistry, WhatIsBackedUpIsRestored) {
+TEST_F(CYAXRegistryTest, WhatIsBackedUpIsRestored) {
   const std::string backup = folder / "backup";
   ASSERT_EQ(0u, yax->CreateValue(0, "key", "n", kString, "saved"));
   ASSERT_EQ(0u, yax->BackupKey(0, "key", backup.c_str()));
@@ -287,7 +289,7 @@ TEST_F(FrameworkRegistry, WhatIsBackedUpIsRestored) {
 }
 
 // The first object on a file has its operations, for a second one they fail.
-TEST_F(FrameworkRegistry, ASecondFrameworkOnTheFileHasNoOperations) {
+TEST_F(CYAXRegistryTest, ASecondFrameworkOnTheFileHasNoOperations) {
   DestroyYAX();
   ASSERT_EQ(yax_status::kOk, CreateYAX(path.c_str()));
   void* view = nullptr;

@@ -5,7 +5,7 @@
 namespace tamu::registry {
 namespace {
 
-class TopKeys : public OpenRegistryTest {
+class TopKeyTest : public OpenRegistryTest {
  protected:
   using Missing = TopKey::Missing;
 
@@ -16,7 +16,7 @@ class TopKeys : public OpenRegistryTest {
   bool HasKey(const char* key) { return DecodeTree(path).count(key) != 0; }
 };
 
-TEST_F(TopKeys, AMissingKeyIsNotOpenedAndNotMade) {
+TEST_F(TopKeyTest, AMissingKeyIsNotOpenedAndNotMade) {
   const std::string before = GetFile(path);
   const TopKey top(registry, "YAX_ROOT", Missing::kFail);
   EXPECT_FALSE(top.IsOpen());
@@ -25,7 +25,7 @@ TEST_F(TopKeys, AMissingKeyIsNotOpenedAndNotMade) {
   EXPECT_EQ(GetFile(path), before);
 }
 
-TEST_F(TopKeys, AMissingKeyIsMadeWhenThatIsWanted) {
+TEST_F(TopKeyTest, AMissingKeyIsMadeWhenThatIsWanted) {
   for (Missing missing : {Missing::kCreate, Missing::kMakeSure}) {
     const char* key = missing == Missing::kCreate ? "YAX_ROOT" : "YAX_SYSTEM";
     const TopKey top(registry, key, missing);
@@ -38,7 +38,7 @@ TEST_F(TopKeys, AMissingKeyIsMadeWhenThatIsWanted) {
   EXPECT_TRUE(HasKey("YAX_SYSTEM/below"));
 }
 
-TEST_F(TopKeys, AKeyThatIsThereIsOpenedAndNotNew) {
+TEST_F(TopKeyTest, AKeyThatIsThereIsOpenedAndNotNew) {
   ASSERT_EQ(0u, registry.CreateKey(0, "YAX_ROOT"));
   for (Missing missing : {Missing::kFail, Missing::kCreate, Missing::kMakeSure}) {
     const TopKey top(registry, "YAX_ROOT", missing);
@@ -48,7 +48,7 @@ TEST_F(TopKeys, AKeyThatIsThereIsOpenedAndNotNew) {
   EXPECT_EQ(2u, DecodeTree(path).size());
 }
 
-TEST_F(TopKeys, EveryHandleIsClosedAtTheEnd) {
+TEST_F(TopKeyTest, EveryHandleIsClosedAtTheEnd) {
   for (Missing missing : {Missing::kCreate, Missing::kMakeSure, Missing::kFail}) {
     {
       const TopKey top(registry, "YAX_ROOT", missing);
@@ -59,7 +59,7 @@ TEST_F(TopKeys, EveryHandleIsClosedAtTheEnd) {
 }
 
 // Who asks for both at once holds the handles twice.
-TEST_F(TopKeys, TwoMayBeOpenAtOnce) {
+TEST_F(TopKeyTest, TwoMayBeOpenAtOnce) {
   const TopKey components(registry, "YAX_ROOT", Missing::kCreate);
   {
     const TopKey system(registry, "YAX_SYSTEM", Missing::kCreate);
@@ -70,7 +70,7 @@ TEST_F(TopKeys, TwoMayBeOpenAtOnce) {
   EXPECT_TRUE(HasKey("YAX_ROOT/b"));
 }
 
-TEST_F(TopKeys, WithoutARegistryNothingIsOpen) {
+TEST_F(TopKeyTest, WithoutARegistryNothingIsOpen) {
   registry.Finalize();
   for (Missing missing : {Missing::kFail, Missing::kCreate, Missing::kMakeSure}) {
     const TopKey top(registry, "YAX_ROOT", missing);

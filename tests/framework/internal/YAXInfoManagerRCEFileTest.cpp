@@ -7,9 +7,9 @@ using namespace std::string_literals;
 
 namespace {
 
-class InfoStoreFile : public InfoStoreTest<YAXInfoManagerRCEFile> {};
+class YAXInfoManagerRCEFileTest : public InfoStoreTest<YAXInfoManagerRCEFile> {};
 
-TEST_F(InfoStoreFile, AnArrayEndsAtARecordWithoutIdentifier) {
+TEST_F(YAXInfoManagerRCEFileTest, AnArrayEndsAtARecordWithoutIdentifier) {
   Components components(3);
   components[1].pGuid = nullptr;
   PrintedMessages messages;
@@ -19,14 +19,14 @@ TEST_F(InfoStoreFile, AnArrayEndsAtARecordWithoutIdentifier) {
   EXPECT_FALSE(HasKey(KeyOf(GuidOf(3))));
 }
 
-TEST_F(InfoStoreFile, CountsTheComponentsOfAnArray) {
+TEST_F(YAXInfoManagerRCEFileTest, CountsTheComponentsOfAnArray) {
   Components components(3);
   PrintedMessages messages;
   ASSERT_EQ(yax_status::kOk, store.RegisterAllComponent(components.Array()));
   EXPECT_EQ("3 Index Count = 1\n3 Index Count = 2\n3 Index Count = 3\n", messages.Take());
 }
 
-TEST_F(InfoStoreFile, AComponentThatFailedIsNotCounted) {
+TEST_F(YAXInfoManagerRCEFileTest, AComponentThatFailedIsNotCounted) {
   Components components(2);
   ASSERT_EQ(yax_status::kOk, store.RegisterComponent(GuidOf(2), &components[1]));
   PrintedMessages messages;
@@ -35,7 +35,7 @@ TEST_F(InfoStoreFile, AComponentThatFailedIsNotCounted) {
 }
 
 // The sign is stored by the operations on one component alone.
-TEST_F(InfoStoreFile, AnArrayStoresFunctionsWithUpperHalfZero) {
+TEST_F(YAXInfoManagerRCEFileTest, AnArrayStoresFunctionsWithUpperHalfZero) {
   YAX_COMPONENT_INFO_ST info = Player();
   YAX_COMPONENT_INFO_ST* array[] = {&info, nullptr};
   ASSERT_EQ(yax_status::kOk, store.RegisterAllComponent(array));
@@ -47,7 +47,7 @@ TEST_F(InfoStoreFile, AnArrayStoresFunctionsWithUpperHalfZero) {
 }
 
 // Without a handle a number that is set keeps its upper half.
-TEST_F(InfoStoreFile, SettingAFunctionWritesItsLowerHalf) {
+TEST_F(YAXInfoManagerRCEFileTest, SettingAFunctionWritesItsLowerHalf) {
   YAX_COMPONENT_INFO_ST info = Player();
   ASSERT_EQ(yax_status::kOk, store.RegisterComponent(kClsid, &info));
   info.FactoryFn = FunctionAt(0x00ABCDE0);
@@ -64,7 +64,7 @@ TEST_F(InfoStoreFile, SettingAFunctionWritesItsLowerHalf) {
   EXPECT_EQ(function, reinterpret_cast<void*>(info.FactoryFn));
 }
 
-TEST_F(InfoStoreFile, ChangingOrUnregisteringWhatIsNotRegisteredMakesNoKey) {
+TEST_F(YAXInfoManagerRCEFileTest, ChangingOrUnregisteringWhatIsNotRegisteredMakesNoKey) {
   const std::string before = FileContent(path);
   YAX_COMPONENT_INFO_ST info = Player();
   EXPECT_EQ(yax_status::kRegistryFailed, store.SetComponentInfo(kClsid, &info));
@@ -73,7 +73,7 @@ TEST_F(InfoStoreFile, ChangingOrUnregisteringWhatIsNotRegisteredMakesNoKey) {
 }
 
 // As every operation without a handle.
-TEST_F(InfoStoreFile, ClosesTheHandlesOfOthers) {
+TEST_F(YAXInfoManagerRCEFileTest, ClosesTheHandlesOfOthers) {
   ASSERT_EQ(0u, registry.CreateKey(0, "app"));
   unsigned int handle = 0;
   ASSERT_EQ(0u, registry.OpenKey("app", &handle));
@@ -81,7 +81,7 @@ TEST_F(InfoStoreFile, ClosesTheHandlesOfOthers) {
   EXPECT_EQ(22u, registry.CloseKey(handle));
 }
 
-TEST_F(InfoStoreFile, AFailingRegistryIsReportedByEveryOperation) {
+TEST_F(YAXInfoManagerRCEFileTest, AFailingRegistryIsReportedByEveryOperation) {
   registry.Finalize();
   YAX_COMPONENT_INFO_ST info = Player();
   YAX_COMPONENT_INFO_ST* array[] = {&info, nullptr};

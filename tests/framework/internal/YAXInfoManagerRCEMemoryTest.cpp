@@ -8,7 +8,7 @@ using namespace std::string_literals;
 
 namespace {
 
-class InfoStoreMemory : public InfoStoreTest<YAXInfoManagerRCEMemory> {
+class YAXInfoManagerRCEMemoryTest : public InfoStoreTest<YAXInfoManagerRCEMemory> {
  protected:
   // A key of a client's, open.
   unsigned int OpenApp() {
@@ -28,7 +28,7 @@ class InfoStoreMemory : public InfoStoreTest<YAXInfoManagerRCEMemory> {
   }
 };
 
-TEST_F(InfoStoreMemory, AnArrayEndsWithAFailureAtARecordWithoutIdentifier) {
+TEST_F(YAXInfoManagerRCEMemoryTest, AnArrayEndsWithAFailureAtARecordWithoutIdentifier) {
   Components components(3);
   components[1].pGuid = nullptr;
   PrintedMessages messages;
@@ -39,14 +39,14 @@ TEST_F(InfoStoreMemory, AnArrayEndsWithAFailureAtARecordWithoutIdentifier) {
   EXPECT_FALSE(HasKey(KeyOf(GuidOf(3))));
 }
 
-TEST_F(InfoStoreMemory, CountsTheComponentsOfAnArray) {
+TEST_F(YAXInfoManagerRCEMemoryTest, CountsTheComponentsOfAnArray) {
   Components components(3);
   PrintedMessages messages;
   ASSERT_EQ(yax_status::kOk, store.RegisterAllComponent(components.Array()));
   EXPECT_EQ("3 Count = 1\n3 Count = 2\n3 Count = 3\n", messages.Take());
 }
 
-TEST_F(InfoStoreMemory, AComponentThatFailedIsNotCounted) {
+TEST_F(YAXInfoManagerRCEMemoryTest, AComponentThatFailedIsNotCounted) {
   Components components(2);
   ASSERT_EQ(yax_status::kOk, store.RegisterComponent(GuidOf(2), &components[1]));
   PrintedMessages messages;
@@ -54,14 +54,14 @@ TEST_F(InfoStoreMemory, AComponentThatFailedIsNotCounted) {
   EXPECT_EQ("3 Count = 1\n", messages.Take());
 }
 
-TEST_F(InfoStoreMemory, AnArrayStoresFunctionsWithTheirSign) {
+TEST_F(YAXInfoManagerRCEMemoryTest, AnArrayStoresFunctionsWithTheirSign) {
   YAX_COMPONENT_INFO_ST info = Player();
   YAX_COMPONENT_INFO_ST* array[] = {&info, nullptr};
   ASSERT_EQ(yax_status::kOk, store.RegisterAllComponent(array));
   EXPECT_EQ("type 0: \x50\x34\x12\x80\xFF\xFF\xFF\xFF"s, Stored(kClsidKey, "FactoryFn"));
 }
 
-TEST_F(InfoStoreMemory, SettingAFunctionWritesBothHalves) {
+TEST_F(YAXInfoManagerRCEMemoryTest, SettingAFunctionWritesBothHalves) {
   YAX_COMPONENT_INFO_ST info = Player();
   ASSERT_EQ(yax_status::kOk, store.RegisterComponent(kClsid, &info));
   info.FactoryFn = FunctionAt(0x00ABCDE0);
@@ -73,7 +73,7 @@ TEST_F(InfoStoreMemory, SettingAFunctionWritesBothHalves) {
 }
 
 // Also when there is nothing to change.
-TEST_F(InfoStoreMemory, EveryChangeMakesTheComponentsKey) {
+TEST_F(YAXInfoManagerRCEMemoryTest, EveryChangeMakesTheComponentsKey) {
   const YAX_COMPONENT_INFO_ST info = Player();
   EXPECT_EQ(yax_status::kRegistryFailed, store.SetComponentInfo(kClsid, &info));
   EXPECT_TRUE(HasKey("YAX_ROOT"));
@@ -85,7 +85,7 @@ TEST_F(InfoStoreMemory, EveryChangeMakesTheComponentsKey) {
   EXPECT_EQ(FileContent(path), before) << "it is there";
 }
 
-TEST_F(InfoStoreMemory, UnregisteringOnANewFileMakesTheComponentsKey) {
+TEST_F(YAXInfoManagerRCEMemoryTest, UnregisteringOnANewFileMakesTheComponentsKey) {
   EXPECT_EQ(yax_status::kRegistryFailed, store.UnregisterComponent(kClsid));
   EXPECT_TRUE(HasKey("YAX_ROOT"));
   EXPECT_EQ(2u, DecodeTree(path).size()) << "the root and the key";
@@ -94,7 +94,7 @@ TEST_F(InfoStoreMemory, UnregisteringOnANewFileMakesTheComponentsKey) {
 
 // ---- handles
 
-TEST_F(InfoStoreMemory, ClosesWhatItOpens) {
+TEST_F(YAXInfoManagerRCEMemoryTest, ClosesWhatItOpens) {
   OpenApp();
   const YAX_COMPONENT_INFO_ST player = Player();
   YAX_COMPONENT_INFO_ST info = {};
@@ -119,7 +119,7 @@ TEST_F(InfoStoreMemory, ClosesWhatItOpens) {
 }
 
 // A program that only asks never runs out of handles.
-TEST_F(InfoStoreMemory, ThousandsOfQuestionsNeedNoMoreHandlesThanOne) {
+TEST_F(YAXInfoManagerRCEMemoryTest, ThousandsOfQuestionsNeedNoMoreHandlesThanOne) {
   const YAX_COMPONENT_INFO_ST player = Player();
   ASSERT_EQ(yax_status::kOk, store.RegisterComponent(kClsid, &player));
   YAX_COMPONENT_TYPE_ENUM type = YAX_COMPONENT_TYPE_FUNCTION;
@@ -131,7 +131,7 @@ TEST_F(InfoStoreMemory, ThousandsOfQuestionsNeedNoMoreHandlesThanOne) {
 }
 
 // What a client has open stays open, and writes to its own key.
-TEST_F(InfoStoreMemory, AClientsHandleSurvivesRegistering) {
+TEST_F(YAXInfoManagerRCEMemoryTest, AClientsHandleSurvivesRegistering) {
   const unsigned int app = OpenApp();
   Components components(40);
   ASSERT_EQ(yax_status::kOk, store.RegisterAllComponent(components.Array()));
@@ -151,7 +151,7 @@ TEST_F(InfoStoreMemory, AClientsHandleSurvivesRegistering) {
 }
 
 // Changes through the client's handle and the store's are one.
-TEST_F(InfoStoreMemory, AClientsHandleOnTheComponentsSeesTheNewOnes) {
+TEST_F(YAXInfoManagerRCEMemoryTest, AClientsHandleOnTheComponentsSeesTheNewOnes) {
   YAX_COMPONENT_INFO_ST info = Player();
   ASSERT_EQ(yax_status::kOk, store.RegisterComponent(GuidOf(1), &info));
   unsigned int handle = 0;
@@ -170,7 +170,7 @@ TEST_F(InfoStoreMemory, AClientsHandleOnTheComponentsSeesTheNewOnes) {
 
 // ---- failures
 
-TEST_F(InfoStoreMemory, AFailingRegistryIsReportedByEveryOperation) {
+TEST_F(YAXInfoManagerRCEMemoryTest, AFailingRegistryIsReportedByEveryOperation) {
   registry.Finalize();
   YAX_COMPONENT_INFO_ST info = Player();
   YAX_COMPONENT_INFO_ST* array[] = {&info, nullptr};
@@ -186,7 +186,7 @@ TEST_F(InfoStoreMemory, AFailingRegistryIsReportedByEveryOperation) {
 }
 
 // Whoever may not create there.
-TEST_F(InfoStoreMemory, ATopKeyThatCannotBeMadeIsAFailure) {
+TEST_F(YAXInfoManagerRCEMemoryTest, ATopKeyThatCannotBeMadeIsAFailure) {
   ASSERT_EQ(0u, registry.SetCurrentUserId(tamu::registry::kAdmin));
   ASSERT_EQ(0u, registry.SetKeyPermission(0, "", 0x11));
   ASSERT_EQ(0u, registry.SetCurrentUser("adminstrator"));
@@ -203,7 +203,7 @@ TEST_F(InfoStoreMemory, ATopKeyThatCannotBeMadeIsAFailure) {
 
 // ---- several stores
 
-TEST_F(InfoStoreMemory, WorksOnWhenANewerStoreIsGone) {
+TEST_F(YAXInfoManagerRCEMemoryTest, WorksOnWhenANewerStoreIsGone) {
   {
     YAXInfoManagerRCEMemory newer(&registry);
     YAX_SYSTEM_INFO_ST info = SystemOf(1, "/lib");
@@ -215,7 +215,7 @@ TEST_F(InfoStoreMemory, WorksOnWhenANewerStoreIsGone) {
   EXPECT_EQ(yax_status::kOk, store.SetSystemInfo(&info));
 }
 
-TEST_F(InfoStoreMemory, BothKindsOfStoresReadTheSame) {
+TEST_F(YAXInfoManagerRCEMemoryTest, BothKindsOfStoresReadTheSame) {
   YAXInfoManagerRCEFile file(&registry);
   YAX_COMPONENT_INFO_ST info = Player();
   ASSERT_EQ(yax_status::kOk, file.RegisterComponent(kClsid, &info));

@@ -7,7 +7,7 @@
 namespace {
 
 // The table is never given back, only written over.
-TEST(InfoManager, AShorterArrayLeavesTheRestOfTheTable) {
+TEST(YAXInfoManager, AShorterArrayLeavesTheRestOfTheTable) {
   YAXInfoManager store;
   Components three(3), one(1);
   one[0] = ComponentOf("other", 1, 0x10, "", &kClsid);
@@ -22,7 +22,7 @@ TEST(InfoManager, AShorterArrayLeavesTheRestOfTheTable) {
   EXPECT_EQ(2u, index);
 }
 
-TEST(InfoManager, NullPointersAreRefused) {
+TEST(YAXInfoManager, NullPointersAreRefused) {
   YAXInfoManager store;
   Components one(1);
   ASSERT_EQ(yax_status::kOk, store.RegisterAllComponent(one.Array()));
@@ -38,7 +38,7 @@ TEST(InfoManager, NullPointersAreRefused) {
   EXPECT_EQ(yax_status::kNotRegistered, store.LookupComponent(GuidOf(2), nullptr));
 }
 
-TEST(InfoManager, DoesNotRegisterSingleComponents) {
+TEST(YAXInfoManager, DoesNotRegisterSingleComponents) {
   YAXInfoManager store;
   Components one(1);
   ASSERT_EQ(yax_status::kOk, store.RegisterAllComponent(one.Array()));
@@ -52,7 +52,7 @@ TEST(InfoManager, DoesNotRegisterSingleComponents) {
 
 // ---- the system information
 
-TEST(InfoManager, TheSystemInformationIsZeroAtFirstAndKeptWhole) {
+TEST(YAXInfoManager, TheSystemInformationIsZeroAtFirstAndKeptWhole) {
   YAXInfoManager store;
   YAX_SYSTEM_INFO_ST info;
   std::memset(&info, '#', sizeof info);
@@ -68,7 +68,7 @@ TEST(InfoManager, TheSystemInformationIsZeroAtFirstAndKeptWhole) {
   EXPECT_EQ(std::string(256, 'd'), std::string(read.BinDirectory, 256));
 }
 
-TEST(InfoManager, OneAloneMeansASingleBinary) {
+TEST(YAXInfoManager, OneAloneMeansASingleBinary) {
   YAXInfoManager store;
   EXPECT_EQ(0u, store.IsSysSingleBinary());
   for (unsigned int word : {1u, 2u, 0u, 0xFFFFFFFFu}) {
@@ -80,7 +80,7 @@ TEST(InfoManager, OneAloneMeansASingleBinary) {
 
 // ---- the table
 
-TEST(InfoManager, AnEmptyTableHasNothingAtPlaceZero) {
+TEST(YAXInfoManager, AnEmptyTableHasNothingAtPlaceZero) {
   YAXInfoManager store;
   unsigned int index = 99;
   EXPECT_EQ(yax_status::kNotRegistered, store.LookupComponent(kClsid, &index));
@@ -98,7 +98,7 @@ TEST(InfoManager, AnEmptyTableHasNothingAtPlaceZero) {
   EXPECT_STREQ(path, "kept");
 }
 
-TEST(InfoManager, AFullTableIsLookedThroughToItsEnd) {
+TEST(YAXInfoManager, AFullTableIsLookedThroughToItsEnd) {
   YAXInfoManager store;
   Components components(256);
   ASSERT_EQ(yax_status::kOk, store.RegisterAllComponent(components.Array()));
@@ -111,7 +111,7 @@ TEST(InfoManager, AFullTableIsLookedThroughToItsEnd) {
   EXPECT_EQ(256u, index);
 }
 
-TEST(InfoManager, Of300ComponentsTheFirst256AreKept) {
+TEST(YAXInfoManager, Of300ComponentsTheFirst256AreKept) {
   YAXInfoManager store;
   Components components(300);
   ASSERT_EQ(yax_status::kOk, store.RegisterAllComponent(components.Array()));
@@ -123,7 +123,7 @@ TEST(InfoManager, Of300ComponentsTheFirst256AreKept) {
 }
 
 // The records stay the caller's.
-TEST(InfoManager, AChangedRecordIsFoundChanged) {
+TEST(YAXInfoManager, AChangedRecordIsFoundChanged) {
   YAXInfoManager store;
   Components components(1);
   ASSERT_EQ(yax_status::kOk, store.RegisterAllComponent(components.Array()));
@@ -132,7 +132,7 @@ TEST(InfoManager, AChangedRecordIsFoundChanged) {
   EXPECT_EQ(yax_status::kOk, store.LookupComponent(kClsid, nullptr));
 }
 
-TEST(InfoManager, ARecordWithoutIdentifierIsPassedOver) {
+TEST(YAXInfoManager, ARecordWithoutIdentifierIsPassedOver) {
   YAXInfoManager store;
   Components components(3);
   components[1].pGuid = nullptr;
@@ -144,7 +144,7 @@ TEST(InfoManager, ARecordWithoutIdentifierIsPassedOver) {
   EXPECT_EQ(3u, index);
 }
 
-TEST(InfoManager, AnIdentifierIsComparedInAll16Bytes) {
+TEST(YAXInfoManager, AnIdentifierIsComparedInAll16Bytes) {
   YAXInfoManager store;
   YAX_COMPONENT_INFO_ST info = Player();
   YAX_COMPONENT_INFO_ST* array[] = {&info, nullptr};
@@ -162,7 +162,7 @@ TEST(InfoManager, AnIdentifierIsComparedInAll16Bytes) {
 
 // ---- what is told of a component
 
-TEST(InfoManager, OfAFunctionComponentThePathIsNotTold) {
+TEST(YAXInfoManager, OfAFunctionComponentThePathIsNotTold) {
   YAXInfoManager store;
   YAX_COMPONENT_INFO_ST known = ComponentOf("function", 0, 0x10, "not told", &kClsid);
   YAX_COMPONENT_INFO_ST* array[] = {&known, nullptr};
@@ -179,7 +179,7 @@ TEST(InfoManager, OfAFunctionComponentThePathIsNotTold) {
   EXPECT_EQ(info.pGuid, &mine);
 }
 
-TEST(InfoManager, OfOtherComponentsTheFunctionIsNotTold) {
+TEST(YAXInfoManager, OfOtherComponentsTheFunctionIsNotTold) {
   for (unsigned int type : {1u, 2u}) {
     YAXInfoManager store;
     YAX_COMPONENT_INFO_ST known = ComponentOf("binary", type, 0x10, "lib.so", &kClsid);
@@ -193,7 +193,7 @@ TEST(InfoManager, OfOtherComponentsTheFunctionIsNotTold) {
   }
 }
 
-TEST(InfoManager, TypeFunctionAndPathAreToldOneByOneWhateverTheType) {
+TEST(YAXInfoManager, TypeFunctionAndPathAreToldOneByOneWhateverTheType) {
   YAXInfoManager store;
   YAX_COMPONENT_INFO_ST known = ComponentOf("function", 0, 0x10, "lib.so", &kClsid);
   YAX_COMPONENT_INFO_ST* array[] = {&known, nullptr};
@@ -212,7 +212,7 @@ TEST(InfoManager, TypeFunctionAndPathAreToldOneByOneWhateverTheType) {
   EXPECT_EQ(nullptr, function);
 }
 
-TEST(InfoManager, FieldsWithoutTerminatorAreToldWith255Characters) {
+TEST(YAXInfoManager, FieldsWithoutTerminatorAreToldWith255Characters) {
   YAXInfoManager store;
   YAX_COMPONENT_INFO_ST known = Player();
   FillField(known.CompName, std::string(256, 'n'));
@@ -230,7 +230,7 @@ TEST(InfoManager, FieldsWithoutTerminatorAreToldWith255Characters) {
 }
 
 // Who looks up through a derived store gets that store's answer.
-TEST(InfoManager, AskingGoesThroughTheStoresOwnLookup) {
+TEST(YAXInfoManager, AskingGoesThroughTheStoresOwnLookup) {
   class Finder : public YAXInfoManager {
    public:
     unsigned int LookupComponent(const YAX_GUID_ST&, unsigned int* index) override {
@@ -249,7 +249,7 @@ TEST(InfoManager, AskingGoesThroughTheStoresOwnLookup) {
 
 // ---- the text form of identifiers
 
-TEST(InfoManager, AnIdentifiersTextIsAppended) {
+TEST(YAXInfoManager, AnIdentifiersTextIsAppended) {
   YAXInfoManager store;
   const YAX_GUID_ST guid = {
       0x1FBF55FC, 0x0F15, 0x45CC, {0x8F, 0x3F, 0xDE, 0x86, 0xA5, 0x64, 0x0C, 0xB5}};
@@ -262,7 +262,7 @@ TEST(InfoManager, AnIdentifiersTextIsAppended) {
                "{0000000A-BEEF-0102-807F-00FF01020304}");
 }
 
-TEST(InfoManager, AnIdentifiersTextHas38CharactersWhateverItsNumbers) {
+TEST(YAXInfoManager, AnIdentifiersTextHas38CharactersWhateverItsNumbers) {
   YAXInfoManager store;
   YAX_GUID_ST guid;
   std::memset(&guid, 0xFF, sizeof guid);
@@ -275,7 +275,7 @@ TEST(InfoManager, AnIdentifiersTextHas38CharactersWhateverItsNumbers) {
   EXPECT_STREQ(exact, "{00000000-0000-0000-0000-000000000000}");
 }
 
-TEST(InfoManager, AnIdentifiersTextNeedsBothPointers) {
+TEST(YAXInfoManager, AnIdentifiersTextNeedsBothPointers) {
   YAXInfoManager store;
   char text[kYAXTextSize] = "kept";
   EXPECT_EQ(yax_status::kBadArgument, store.ConvertGUID2String(nullptr, text));
@@ -285,7 +285,7 @@ TEST(InfoManager, AnIdentifiersTextNeedsBothPointers) {
 
 // ---- the lock that a store shows
 
-TEST(InfoManager, TheNewestStoreShowsItsLock) {
+TEST(YAXInfoManager, TheNewestStoreShowsItsLock) {
   EXPECT_EQ(nullptr, CYAXIMMutex::mspMutex.load());
   {
     YAXInfoManager first;
@@ -299,7 +299,7 @@ TEST(InfoManager, TheNewestStoreShowsItsLock) {
   EXPECT_EQ(nullptr, CYAXIMMutex::mspMutex.load()) << "the dying store took it away";
 }
 
-TEST(InfoManager, AnOlderStoreLeavesTheLockThatANewerShows) {
+TEST(YAXInfoManager, AnOlderStoreLeavesTheLockThatANewerShows) {
   auto* first = new YAXInfoManager;
   YAXInfoManager second;
   PCMutex* const lock = CYAXIMMutex::mspMutex;
@@ -307,7 +307,7 @@ TEST(InfoManager, AnOlderStoreLeavesTheLockThatANewerShows) {
   EXPECT_EQ(CYAXIMMutex::mspMutex.load(), lock);
 }
 
-TEST(InfoManager, EachFrameworkShowsItsLockAndTakesItAway) {
+TEST(YAXInfoManager, EachFrameworkShowsItsLockAndTakesItAway) {
   TempDir folder;
   const std::string path = folder / "registry";
   for (int round = 0; round < 2; ++round) {

@@ -13,10 +13,10 @@ constexpr YAX_GUID_ST kFirst = ClsidOf(1);
 constexpr YAX_GUID_ST kSecond = ClsidOf(2);
 constexpr YAX_GUID_ST kThird = ClsidOf(3);
 
-class LoadManager : public ::testing::Test {
+class YAXLoadManagerTest : public ::testing::Test {
  protected:
-  LoadManager() { EXPECT_EQ(0u, manager_.Initialize()); }
-  ~LoadManager() override { manager_.Deinitialize(); }
+  YAXLoadManagerTest() { EXPECT_EQ(0u, manager_.Initialize()); }
+  ~YAXLoadManagerTest() override { manager_.Deinitialize(); }
 
   // Null when it cannot be opened.
   void* Load(const YAX_GUID_ST& clsid, const std::string& path) {
@@ -52,7 +52,7 @@ class LoadManager : public ::testing::Test {
   void* const two_ = &places_[1];
 };
 
-TEST_F(LoadManager, NullArgumentsAreRefusedAndTheHandleStays) {
+TEST_F(YAXLoadManagerTest, NullArgumentsAreRefusedAndTheHandleStays) {
   void* handle = one_;
   EXPECT_EQ(yax_status::kBadArgument, manager_.LoadBinary(kFirst, nullptr, &handle));
   EXPECT_EQ(handle, one_);
@@ -61,7 +61,7 @@ TEST_F(LoadManager, NullArgumentsAreRefusedAndTheHandleStays) {
   EXPECT_FALSE(IsMapped(sound_));
 }
 
-TEST_F(LoadManager, AFileThatIsNotThereIsToldWithTheReason) {
+TEST_F(YAXLoadManagerTest, AFileThatIsNotThereIsToldWithTheReason) {
   PrintedMessages printed;
   const std::string missing = ComponentFile("missing");
   void* handle = one_;
@@ -77,20 +77,20 @@ TEST_F(LoadManager, AFileThatIsNotThereIsToldWithTheReason) {
   EXPECT_EQ(nullptr, Found(missing));
 }
 
-TEST_F(LoadManager, AllSymbolsMustBeFoundAtOnce) {
+TEST_F(YAXLoadManagerTest, AllSymbolsMustBeFoundAtOnce) {
   void* handle = one_;
   EXPECT_EQ(yax_status::kCannotLoad,
             manager_.LoadBinary(kFirst, ComponentFile("unresolved").c_str(), &handle));
   EXPECT_EQ(nullptr, handle);
 }
 
-TEST_F(LoadManager, SymbolsAreNotForTheWholeProgram) {
+TEST_F(YAXLoadManagerTest, SymbolsAreNotForTheWholeProgram) {
   void* handle = Load(kFirst, sound_);
   EXPECT_NE(nullptr, dlsym(handle, "EntryFn_getFactory"));
   EXPECT_EQ(nullptr, dlsym(RTLD_DEFAULT, "EntryFn_getFactory"));
 }
 
-TEST_F(LoadManager, AFileIsOpenedOnceForTwoComponents) {
+TEST_F(YAXLoadManagerTest, AFileIsOpenedOnceForTwoComponents) {
   void* handle = Load(kFirst, sound_);
   ASSERT_NE(nullptr, handle);
   EXPECT_EQ(Load(kSecond, sound_), handle);
@@ -101,7 +101,7 @@ TEST_F(LoadManager, AFileIsOpenedOnceForTwoComponents) {
   EXPECT_EQ(Found(sound_), handle);
 }
 
-TEST_F(LoadManager, OnlyTheComponentThatOpenedAFileClosesIt) {
+TEST_F(YAXLoadManagerTest, OnlyTheComponentThatOpenedAFileClosesIt) {
   Load(kFirst, sound_);
   Load(kSecond, sound_);
   EXPECT_EQ(yax_status::kOk, manager_.UnloadBinary(kSecond));
@@ -116,7 +116,7 @@ TEST_F(LoadManager, OnlyTheComponentThatOpenedAFileClosesIt) {
 }
 
 // A component that was registered anew with another path.
-TEST_F(LoadManager, TwoFilesOfOneComponentAreClosedInTurn) {
+TEST_F(YAXLoadManagerTest, TwoFilesOfOneComponentAreClosedInTurn) {
   const std::string second = ComponentFile("second");
   Load(kFirst, sound_);
   EXPECT_NE(Load(kFirst, second), Found(kFirst));
@@ -127,7 +127,7 @@ TEST_F(LoadManager, TwoFilesOfOneComponentAreClosedInTurn) {
   EXPECT_FALSE(IsMapped(second));
 }
 
-TEST_F(LoadManager, AClosedFileIsOpenedAnew) {
+TEST_F(YAXLoadManagerTest, AClosedFileIsOpenedAnew) {
   Load(kFirst, sound_);
   EXPECT_EQ(yax_status::kOk, manager_.UnloadBinary(kFirst));
   EXPECT_EQ(yax_status::kOk, manager_.UnloadBinary(kFirst)) << "nothing to unload";
@@ -137,14 +137,14 @@ TEST_F(LoadManager, AClosedFileIsOpenedAnew) {
   EXPECT_EQ(Found(kSecond), handle);
 }
 
-TEST_F(LoadManager, UnloadingWhatWasNeverLoadedSucceeds) {
+TEST_F(YAXLoadManagerTest, UnloadingWhatWasNeverLoadedSucceeds) {
   EXPECT_EQ(yax_status::kOk, manager_.UnloadBinary(kFirst));
   Load(kFirst, sound_);
   EXPECT_EQ(yax_status::kOk, manager_.UnloadBinary(kSecond));
   EXPECT_TRUE(IsMapped(sound_));
 }
 
-TEST_F(LoadManager, AComponentThatRefusesStaysAndIsAskedAgain) {
+TEST_F(YAXLoadManagerTest, AComponentThatRefusesStaysAndIsAskedAgain) {
   const std::string refusing = ComponentFile("refusing");
   void* handle = Load(kFirst, refusing);
   unsigned int asked = 0;
@@ -160,7 +160,7 @@ TEST_F(LoadManager, AComponentThatRefusesStaysAndIsAskedAgain) {
   EXPECT_FALSE(IsMapped(refusing));
 }
 
-TEST_F(LoadManager, AComponentThatCannotBeAskedStays) {
+TEST_F(YAXLoadManagerTest, AComponentThatCannotBeAskedStays) {
   const std::string file = ComponentFile("no_unload_entry");
   void* handle = Load(kFirst, file);
   EXPECT_EQ(yax_status::kNoEntry, manager_.UnloadBinary(kFirst));
@@ -170,7 +170,7 @@ TEST_F(LoadManager, AComponentThatCannotBeAskedStays) {
 }
 
 // A wrong path that was registered by mistake, and then the right one.
-TEST_F(LoadManager, AFileThatCannotBeAskedLeavesTheComponentsOthersToBeClosed) {
+TEST_F(YAXLoadManagerTest, AFileThatCannotBeAskedLeavesTheComponentsOthersToBeClosed) {
   const std::string file = ComponentFile("no_unload_entry");
   const std::string second = ComponentFile("second");
   void* handle = Load(kFirst, file);
@@ -189,7 +189,7 @@ TEST_F(LoadManager, AFileThatCannotBeAskedLeavesTheComponentsOthersToBeClosed) {
 }
 
 // A shared object that is open only because another one needs it cannot be closed.
-TEST_F(LoadManager, AFileThatCannotBeClosedIsTriedAgain) {
+TEST_F(YAXLoadManagerTest, AFileThatCannotBeClosedIsTriedAgain) {
   void* leaning = dlopen(ComponentFile("leaning").c_str(), RTLD_NOW);
   ASSERT_NE(nullptr, leaning);
   void* leanedOn = dlopen(ComponentFile("leaned_on").c_str(), RTLD_NOW);
@@ -205,7 +205,7 @@ TEST_F(LoadManager, AFileThatCannotBeClosedIsTriedAgain) {
   dlclose(leaning);
 }
 
-TEST_F(LoadManager, ASymbolIsFoundOrTheAddressIsNull) {
+TEST_F(YAXLoadManagerTest, ASymbolIsFoundOrTheAddressIsNull) {
   void* handle = Load(kFirst, sound_);
   void* address = nullptr;
   EXPECT_EQ(0u, manager_.GetProcAddr(handle, "EntryFn_canUnloadNow", &address));
@@ -216,7 +216,7 @@ TEST_F(LoadManager, ASymbolIsFoundOrTheAddressIsNull) {
   EXPECT_EQ(nullptr, address);
 }
 
-TEST_F(LoadManager, WhatIsOpenStaysMappedWhenTheManagerEnds) {
+TEST_F(YAXLoadManagerTest, WhatIsOpenStaysMappedWhenTheManagerEnds) {
   void* handle = Load(kFirst, sound_);
   Load(kSecond, ComponentFile("second"));
   manager_.Deinitialize();
@@ -230,7 +230,7 @@ TEST_F(LoadManager, WhatIsOpenStaysMappedWhenTheManagerEnds) {
 }
 
 // It cannot be remembered, and stays open.
-TEST_F(LoadManager, AFileIsOpenedEvenIfItCannotBeRemembered) {
+TEST_F(YAXLoadManagerTest, AFileIsOpenedEvenIfItCannotBeRemembered) {
   YAXLoadManager manager;  // has no list to remember it in
   void* handle = nullptr;
   EXPECT_EQ(0, manager.AddHandle(kFirst, "path", one_));
@@ -242,7 +242,7 @@ TEST_F(LoadManager, AFileIsOpenedEvenIfItCannotBeRemembered) {
 
 // ---- while a function of the shared object runs
 
-TEST_F(LoadManager, WhatWasEnteredIsNotClosed) {
+TEST_F(YAXLoadManagerTest, WhatWasEnteredIsNotClosed) {
   void* handle = Load(kFirst, sound_);
   Load(kSecond, ComponentFile("second"));
   {
@@ -262,7 +262,7 @@ TEST_F(LoadManager, WhatWasEnteredIsNotClosed) {
   EXPECT_FALSE(IsMapped(sound_));
 }
 
-TEST_F(LoadManager, WhatWasEnteredIsLeftOnceWhoeverHasItThen) {
+TEST_F(YAXLoadManagerTest, WhatWasEnteredIsLeftOnceWhoeverHasItThen) {
   void* handle = Load(kFirst, sound_);
   YAXLoadManager::Entered kept;
   {
@@ -277,14 +277,14 @@ TEST_F(LoadManager, WhatWasEnteredIsLeftOnceWhoeverHasItThen) {
   EXPECT_FALSE(IsMapped(sound_));
 }
 
-TEST_F(LoadManager, NothingIsEnteredWithoutAHandle) {
+TEST_F(YAXLoadManagerTest, NothingIsEnteredWithoutAHandle) {
   Load(kFirst, sound_);
   YAXLoadManager::Entered entered;
   EXPECT_TRUE(manager_.Enter(nullptr, &entered));
   EXPECT_EQ(yax_status::kOk, manager_.UnloadBinary(kFirst));
 }
 
-TEST_F(LoadManager, WhatIsNotOpenIsNotEntered) {
+TEST_F(YAXLoadManagerTest, WhatIsNotOpenIsNotEntered) {
   YAXLoadManager::Entered entered;
   EXPECT_FALSE(manager_.Enter(one_, &entered));
   void* handle = Load(kFirst, sound_);
@@ -293,7 +293,7 @@ TEST_F(LoadManager, WhatIsNotOpenIsNotEntered) {
 }
 
 // Its answer counts only when nobody comes in after it.
-TEST_F(LoadManager, WhatIsAskedWhetherItMayBeClosedIsEnteredByTheAskingThreadAlone) {
+TEST_F(YAXLoadManagerTest, WhatIsAskedWhetherItMayBeClosedIsEnteredByTheAskingThreadAlone) {
   void* handle = Load(kFirst, ComponentFile("refusing"));
   bool byOther = true;
   bool byAsker = false;
@@ -319,7 +319,7 @@ TEST_F(LoadManager, WhatIsAskedWhetherItMayBeClosedIsEnteredByTheAskingThreadAlo
 }
 
 // The dynamic linker gives the same handle for two paths to one file.
-TEST_F(LoadManager, WhatIsLoadedByAnotherPathWhileItWasEnteredCanBeEnteredAndClosed) {
+TEST_F(YAXLoadManagerTest, WhatIsLoadedByAnotherPathWhileItWasEnteredCanBeEnteredAndClosed) {
   void* handle = Load(kFirst, sound_);
   {
     YAXLoadManager::Entered entered;
@@ -334,7 +334,7 @@ TEST_F(LoadManager, WhatIsLoadedByAnotherPathWhileItWasEnteredCanBeEnteredAndClo
   EXPECT_EQ(yax_status::kOk, manager_.UnloadBinary(kSecond));
 }
 
-TEST_F(LoadManager, AFileThatWasLoadedByTwoPathsIsClosedAtOnce) {
+TEST_F(YAXLoadManagerTest, AFileThatWasLoadedByTwoPathsIsClosedAtOnce) {
   void* handle = Load(kFirst, sound_);
   ASSERT_EQ(Load(kSecond, PathOfLength(sound_, 255)), handle);
   EXPECT_EQ(yax_status::kOk, manager_.UnloadBinary(kSecond));
@@ -342,7 +342,7 @@ TEST_F(LoadManager, AFileThatWasLoadedByTwoPathsIsClosedAtOnce) {
   EXPECT_EQ(yax_status::kOk, manager_.UnloadBinary(kFirst)) << "nothing is left of it";
 }
 
-TEST_F(LoadManager, CountsWhatItCloses) {
+TEST_F(YAXLoadManagerTest, CountsWhatItCloses) {
   const unsigned int before = manager_.Closings();
   Load(kFirst, ComponentFile("refusing"));
   Load(kSecond, sound_);
@@ -359,7 +359,7 @@ TEST_F(LoadManager, CountsWhatItCloses) {
 
 // ---- finding
 
-TEST_F(LoadManager, ThePathsBeginningIsEnough) {
+TEST_F(YAXLoadManagerTest, ThePathsBeginningIsEnough) {
   ASSERT_EQ(1, manager_.AddHandle(kFirst, "/lib/ab.so.1", one_));
   ASSERT_EQ(1, manager_.AddHandle(kSecond, "/lib/abc.so", two_));
   EXPECT_EQ(Found("/lib/ab.so.1"), one_);
@@ -374,7 +374,7 @@ TEST_F(LoadManager, ThePathsBeginningIsEnough) {
   EXPECT_EQ(nullptr, Found(kThird));
 }
 
-TEST_F(LoadManager, TheEmptyPathFindsTheFirstFile) {
+TEST_F(YAXLoadManagerTest, TheEmptyPathFindsTheFirstFile) {
   EXPECT_EQ(nullptr, Found(""));
   void* handle = Load(kFirst, sound_);
   void* second = Load(kSecond, ComponentFile("second"));
@@ -385,7 +385,7 @@ TEST_F(LoadManager, TheEmptyPathFindsTheFirstFile) {
   EXPECT_EQ(Load(kThird, ""), second);
 }
 
-TEST_F(LoadManager, IdentifiersAreComparedInAllTheirBytes) {
+TEST_F(YAXLoadManagerTest, IdentifiersAreComparedInAllTheirBytes) {
   YAX_GUID_ST clsid = kFirst;
   ASSERT_EQ(1, manager_.AddHandle(clsid, "path", one_));
   unsigned char* bytes = reinterpret_cast<unsigned char*>(&clsid);
@@ -397,14 +397,14 @@ TEST_F(LoadManager, IdentifiersAreComparedInAllTheirBytes) {
   EXPECT_EQ(Found(clsid), one_);
 }
 
-TEST_F(LoadManager, TheFirstOfTwoRecordsIsFound) {
+TEST_F(YAXLoadManagerTest, TheFirstOfTwoRecordsIsFound) {
   ASSERT_EQ(1, manager_.AddHandle(kFirst, "path", one_));
   ASSERT_EQ(1, manager_.AddHandle(kFirst, "path", two_));
   EXPECT_EQ(Found(kFirst), one_);
   EXPECT_EQ(Found("path"), one_);
 }
 
-TEST_F(LoadManager, AllRecordsOfAHandleAreDeleted) {
+TEST_F(YAXLoadManagerTest, AllRecordsOfAHandleAreDeleted) {
   for (const YAX_GUID_ST& clsid : {kFirst, kFirst, kThird}) {
     ASSERT_EQ(1, manager_.AddHandle(clsid, "one", one_));
   }
@@ -425,7 +425,7 @@ TEST_F(LoadManager, AllRecordsOfAHandleAreDeleted) {
 
 // ---- long paths
 
-TEST_F(LoadManager, OfAPath255CharactersAreKept) {
+TEST_F(YAXLoadManagerTest, OfAPath255CharactersAreKept) {
   for (const size_t length : {255u, 256u, 300u}) {
     const std::string path(length, 'x');
     ASSERT_EQ(1, manager_.AddHandle(kFirst, path.c_str(), one_));
@@ -436,7 +436,7 @@ TEST_F(LoadManager, OfAPath255CharactersAreKept) {
   }
 }
 
-TEST_F(LoadManager, AFileWithAPathOf255CharactersIsFoundAgain) {
+TEST_F(YAXLoadManagerTest, AFileWithAPathOf255CharactersIsFoundAgain) {
   const std::string path = PathOfLength(sound_, 255);
   void* handle = Load(kFirst, path);
   EXPECT_EQ(Load(kSecond, path), handle);
@@ -446,7 +446,7 @@ TEST_F(LoadManager, AFileWithAPathOf255CharactersIsFoundAgain) {
 }
 
 // A path that is not found again gets another record with each load.
-TEST_F(LoadManager, AFileWithALongerPathIsOpenedWithEachLoad) {
+TEST_F(YAXLoadManagerTest, AFileWithALongerPathIsOpenedWithEachLoad) {
   for (const size_t length : {256u, 300u}) {
     const std::string path = PathOfLength(sound_, length);
     void* handle = Load(kFirst, path);

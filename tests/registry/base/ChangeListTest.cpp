@@ -8,7 +8,7 @@
 namespace tamu::registry {
 namespace {
 
-TEST(ChangeLists, TellWholePaths) {
+TEST(ChangeList, TellWholePaths) {
   ChangeList list;
   EXPECT_EQ(status::kOk, list.Add(ChangeKind::kKeyCreated, "network", "eth0", nullptr));
   EXPECT_EQ(status::kOk, list.Add(ChangeKind::kValueSet, "/network/", "/eth0/x", "mtu"));
@@ -23,7 +23,7 @@ TEST(ChangeLists, TellWholePaths) {
   EXPECT_STREQ(list.At(0).valueName, "");
 }
 
-TEST(ChangeLists, AreCutBack) {
+TEST(ChangeList, AreCutBack) {
   ChangeList list;
   for (int i = 0; i < 100; ++i) {
     ASSERT_EQ(status::kOk, list.Add(ChangeKind::kValueSet, "k", std::to_string(i).c_str(), "v"));

@@ -7,7 +7,7 @@
 namespace tamu::registry {
 namespace {
 
-class HandleTable : public ::testing::Test {
+class ListTest : public ::testing::Test {
  protected:
   // Adds an item and returns its index, 0 when that failed.
   unsigned int Add() {
@@ -23,7 +23,7 @@ class HandleTable : public ::testing::Test {
   int mItem = 0;
 };
 
-TEST_F(HandleTable, IsEmptyAtFirst) {
+TEST_F(ListTest, IsEmptyAtFirst) {
   EXPECT_EQ(0u, mList.count);
   EXPECT_EQ(0u, mList.capacity);
   EXPECT_EQ(0u, mList.lastIndex);
@@ -32,7 +32,7 @@ TEST_F(HandleTable, IsEmptyAtFirst) {
   EXPECT_EQ(status::kOk, mList.RemoveAll());
 }
 
-TEST_F(HandleTable, OfFiftySlotsHandsOutFortyNineThenDoubles) {
+TEST_F(ListTest, OfFiftySlotsHandsOutFortyNineThenDoubles) {
   ASSERT_EQ(status::kOk, mList.EnsureCapacity(50));
   AddFrom(1, 49);
   EXPECT_EQ(50u, mList.capacity);
@@ -44,7 +44,7 @@ TEST_F(HandleTable, OfFiftySlotsHandsOutFortyNineThenDoubles) {
   EXPECT_EQ(50u, mList.lastIndex);
 }
 
-TEST_F(HandleTable, ReusesAFreedSlotOnlyWhenNoneIsFreeAboveTheLast) {
+TEST_F(ListTest, ReusesAFreedSlotOnlyWhenNoneIsFreeAboveTheLast) {
   ASSERT_EQ(status::kOk, mList.EnsureCapacity(100));
   AddFrom(1, 49);
   EXPECT_EQ(status::kOk, mList.RemoveByIndex(3));
@@ -54,7 +54,7 @@ TEST_F(HandleTable, ReusesAFreedSlotOnlyWhenNoneIsFreeAboveTheLast) {
   EXPECT_EQ(3u, mList.lastIndex);
 }
 
-TEST_F(HandleTable, ReusesAFreedSlotBeforeItDoubles) {
+TEST_F(ListTest, ReusesAFreedSlotBeforeItDoubles) {
   ASSERT_EQ(status::kOk, mList.EnsureCapacity(50));
   AddFrom(1, 49);
   EXPECT_EQ(status::kOk, mList.RemoveByIndex(3));
@@ -64,7 +64,7 @@ TEST_F(HandleTable, ReusesAFreedSlotBeforeItDoubles) {
   EXPECT_EQ(100u, mList.capacity);
 }
 
-TEST_F(HandleTable, HandsTheSlotOutAgainThatWasHandedOutLast) {
+TEST_F(ListTest, HandsTheSlotOutAgainThatWasHandedOutLast) {
   ASSERT_EQ(status::kOk, mList.EnsureCapacity(50));
   AddFrom(1, 49);
   EXPECT_EQ(status::kOk, mList.RemoveByIndex(49));
@@ -72,27 +72,27 @@ TEST_F(HandleTable, HandsTheSlotOutAgainThatWasHandedOutLast) {
   EXPECT_EQ(50u, mList.capacity);
 }
 
-TEST_F(HandleTable, SearchesOnFromTheSlotHandedOutLast) {
+TEST_F(ListTest, SearchesOnFromTheSlotHandedOutLast) {
   ASSERT_EQ(status::kOk, mList.EnsureCapacity(10));
   AddFrom(1, 4);
   EXPECT_EQ(status::kOk, mList.RemoveByIndex(4));
   EXPECT_EQ(5u, Add());
 }
 
-TEST_F(HandleTable, StartsWithoutAnyCapacity) {
+TEST_F(ListTest, StartsWithoutAnyCapacity) {
   EXPECT_EQ(1u, mList.AllocateSpace());
   EXPECT_EQ(2u, mList.capacity);
   AddFrom(2, 100);
   EXPECT_EQ(101u, mList.count);
 }
 
-TEST_F(HandleTable, StartsWithOneSlotWhichIsNeverHandedOut) {
+TEST_F(ListTest, StartsWithOneSlotWhichIsNeverHandedOut) {
   ASSERT_EQ(status::kOk, mList.EnsureCapacity(1));
   EXPECT_EQ(1u, Add());
   EXPECT_EQ(2u, mList.capacity);
 }
 
-TEST_F(HandleTable, NeverHandsOutSlotZero) {
+TEST_F(ListTest, NeverHandsOutSlotZero) {
   ASSERT_EQ(status::kOk, mList.EnsureCapacity(4));
   for (unsigned int round = 0; round < 20; ++round) {
     const unsigned int index = Add();
@@ -103,7 +103,7 @@ TEST_F(HandleTable, NeverHandsOutSlotZero) {
   EXPECT_EQ(4u, mList.capacity);
 }
 
-TEST_F(HandleTable, StoresTheItems) {
+TEST_F(ListTest, StoresTheItems) {
   int other = 0;
   unsigned int first = 0;
   unsigned int second = 0;
@@ -113,7 +113,7 @@ TEST_F(HandleTable, StoresTheItems) {
   EXPECT_EQ(*mList.Get(second), &other);
 }
 
-TEST_F(HandleTable, KeepsIndexesAndItemsWhenItGrows) {
+TEST_F(ListTest, KeepsIndexesAndItemsWhenItGrows) {
   ASSERT_EQ(status::kOk, mList.EnsureCapacity(3));
   int items[60] = {};
   unsigned int indexes[60] = {};
@@ -121,7 +121,7 @@ TEST_F(HandleTable, KeepsIndexesAndItemsWhenItGrows) {
   for (int i = 0; i < 60; ++i) EXPECT_EQ(*mList.Get(indexes[i]), &items[i]);
 }
 
-TEST_F(HandleTable, KnowsInvalidIndexes) {
+TEST_F(ListTest, KnowsInvalidIndexes) {
   ASSERT_EQ(status::kOk, mList.EnsureCapacity(5));
   AddFrom(1, 2);
   EXPECT_FALSE(mList.isInvalidIndex(1));
@@ -130,7 +130,7 @@ TEST_F(HandleTable, KnowsInvalidIndexes) {
     EXPECT_TRUE(mList.isInvalidIndex(i)) << i;
 }
 
-TEST_F(HandleTable, RefusesToFreeASlotTwice) {
+TEST_F(ListTest, RefusesToFreeASlotTwice) {
   AddFrom(1, 2);
   EXPECT_EQ(status::kOk, mList.RemoveByIndex(1));
   EXPECT_EQ(1u, mList.count);
@@ -141,7 +141,7 @@ TEST_F(HandleTable, RefusesToFreeASlotTwice) {
   EXPECT_EQ(1u, mList.count);
 }
 
-TEST_F(HandleTable, GrowingReportsExhaustedMemory) {
+TEST_F(ListTest, GrowingReportsExhaustedMemory) {
   AddFrom(1, 1);
   EXPECT_EQ(status::kNoMemory, mList.EnsureCapacity(0xFFFFFFFF));
   EXPECT_EQ(2u, mList.capacity);
@@ -149,13 +149,13 @@ TEST_F(HandleTable, GrowingReportsExhaustedMemory) {
   EXPECT_EQ(2u, Add());
 }
 
-TEST_F(HandleTable, EnsureCapacityNeverShrinks) {
+TEST_F(ListTest, EnsureCapacityNeverShrinks) {
   ASSERT_EQ(status::kOk, mList.EnsureCapacity(20));
   EXPECT_EQ(status::kOk, mList.EnsureCapacity(10));
   EXPECT_EQ(20u, mList.capacity);
 }
 
-TEST_F(HandleTable, RemoveAllFreesTheItemsAndStartsAgainAtOne) {
+TEST_F(ListTest, RemoveAllFreesTheItemsAndStartsAgainAtOne) {
   ASSERT_EQ(status::kOk, mList.EnsureCapacity(10));
   for (unsigned int i = 1; i <= 5; ++i) {
     unsigned int index = 0;

@@ -26,7 +26,7 @@ void ExpectFailure(FileTreeRig& rig, const std::string& path, const std::string&
 
 // ---- arguments, keys and rights
 
-TEST(FileTreeBackup, ANullArgumentIsRefused) {
+TEST(TernaryRegistryBackupFailures, ANullArgumentIsRefused) {
   FileTreeRig rig;
   const std::string file = rig.dir / "b";
   EXPECT_EQ(status::kBadArgument, rig.tree.BackupKeyTree(kAdmin, nullptr, nullptr, file.c_str()));
@@ -36,7 +36,7 @@ TEST(FileTreeBackup, ANullArgumentIsRefused) {
   EXPECT_FALSE(std::filesystem::exists(file));
 }
 
-TEST(FileTreeBackup, WithoutAKeyNoFileIsTouched) {
+TEST(TernaryRegistryBackupFailures, WithoutAKeyNoFileIsTouched) {
   FileTreeRig rig;
   Create(rig, {"ab", "ac", "de"});
   ASSERT_EQ(status::kOk, DeleteKey(rig, "de"));
@@ -54,7 +54,7 @@ TEST(FileTreeBackup, WithoutAKeyNoFileIsTouched) {
   EXPECT_EQ("older", GetFile(older));
 }
 
-TEST(FileTreeBackup, NeedsTheRightToRead) {
+TEST(TernaryRegistryBackupFailures, NeedsTheRightToRead) {
   TempDir folder;
   const std::string file = folder / "b";
   ExpectToNeedTheRight(
@@ -70,7 +70,7 @@ TEST(FileTreeBackup, NeedsTheRightToRead) {
       });
 }
 
-TEST(FileTreeBackup, TheRightsOfTheKeysBelowDoNotCount) {
+TEST(TernaryRegistryBackupFailures, TheRightsOfTheKeysBelowDoNotCount) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.tree.CreateKey(kUser, nullptr, "a", 0, false));
   Create(rig, {"a/b"});
@@ -81,7 +81,7 @@ TEST(FileTreeBackup, TheRightsOfTheKeysBelowDoNotCount) {
   EXPECT_EQ(GetFile(file).size(), 1 + 40 + 24 + 24u);
 }
 
-TEST(FileTreeBackup, WithoutAFileNobodyMayBackUp) {
+TEST(TernaryRegistryBackupFailures, WithoutAFileNobodyMayBackUp) {
   TempDir folder;
   TernaryRegistry tree(nullptr, nullptr);
   const std::string file = folder / "b";
@@ -91,7 +91,7 @@ TEST(FileTreeBackup, WithoutAFileNobodyMayBackUp) {
 
 // ---- files
 
-TEST(FileTreeBackup, AFileThatCannotBeMadeIsTold) {
+TEST(TernaryRegistryBackupFailures, AFileThatCannotBeMadeIsTold) {
   FileTreeRig rig;
   Create(rig, {"a"});
   for (const char* name : {"missing/b", ".", "a.rce/b", "b/"}) {
@@ -101,7 +101,7 @@ TEST(FileTreeBackup, AFileThatCannotBeMadeIsTold) {
   EXPECT_FALSE(std::filesystem::exists(rig.dir / "missing"));
 }
 
-TEST(FileTreeBackup, NeverOntoTheRegistryItself) {
+TEST(TernaryRegistryBackupFailures, NeverOntoTheRegistryItself) {
   FileTreeRig rig;
   Create(rig, {"a", "a/b"});
   const std::string link = rig.dir / "symbolic";
@@ -123,7 +123,7 @@ TEST(FileTreeBackup, NeverOntoTheRegistryItself) {
   EXPECT_EQ(GetFile(rig.dir / "other").size(), 1 + 40 + 24 + 24u);
 }
 
-TEST(FileTreeBackup, ADiskThatIsFullIsTold) {
+TEST(TernaryRegistryBackupFailures, ADiskThatIsFullIsTold) {
   FileTreeRig rig;
   Create(rig, {"a"});
   for (unsigned int i = 0; i < 5; ++i) {
@@ -150,7 +150,7 @@ TEST(FileTreeBackup, ADiskThatIsFullIsTold) {
   }));
 }
 
-TEST(FileTreeBackup, AnOlderBackupStaysUntilTheNewOneIsComplete) {
+TEST(TernaryRegistryBackupFailures, AnOlderBackupStaysUntilTheNewOneIsComplete) {
   FileTreeRig rig;
   Create(rig, {"a", "a/b", "c"});
   const std::string file = rig.dir / "taken.bak";
@@ -164,7 +164,7 @@ TEST(FileTreeBackup, AnOlderBackupStaysUntilTheNewOneIsComplete) {
   EXPECT_EQ(status::kOk, Restore(rig, "c", file));
 }
 
-TEST(FileTreeBackup, AnOlderFileKeepsItsMode) {
+TEST(TernaryRegistryBackupFailures, AnOlderFileKeepsItsMode) {
   FileTreeRig rig;
   Create(rig, {"a"});
   const std::string file = rig.dir / "b";
@@ -196,7 +196,7 @@ class LockedFile {
   std::string folder_;
 };
 
-TEST(FileTreeBackup, IsWrittenInPlaceWhereTheFolderTakesNoOtherFile) {
+TEST(TernaryRegistryBackupFailures, IsWrittenInPlaceWhereTheFolderTakesNoOtherFile) {
   FileTreeRig rig;
   Create(rig, {"a"});
   for (unsigned int i = 0; i < 5; ++i) {
@@ -219,7 +219,7 @@ std::string BrokenOff(FileTreeRig& rig, const LockedFile& file) {
   return Backup(rig, "a", file.path()) == 59 ? GetFile(file.path()) : "(not broken off)";
 }
 
-TEST(FileTreeBackup, OnlyTheFirstBackupOfAProcessBeginsIncomplete) {
+TEST(TernaryRegistryBackupFailures, OnlyTheFirstBackupOfAProcessBeginsIncomplete) {
   EXPECT_EQ(kHeaderAtStart, 0);
   FileTreeRig rig;
   Create(rig, {"a", "a/b", "c"});
@@ -237,7 +237,7 @@ TEST(FileTreeBackup, OnlyTheFirstBackupOfAProcessBeginsIncomplete) {
   }));
 }
 
-TEST(FileTreeBackup, ABackupThatBrokeOffIsNotRestored) {
+TEST(TernaryRegistryBackupFailures, ABackupThatBrokeOffIsNotRestored) {
   FileTreeRig rig;
   Create(rig, {"a", "a/b", "c"});
   rig.PatchWord(InString(3, 20), 0xFFFF00);
@@ -259,7 +259,7 @@ std::string DataOf(FileTreeRig& rig) {
   return HexOf(BackedUp(rig, "a").substr(77));
 }
 
-TEST(FileTreeBackup, DataThatCannotBeReadInFullIsFilledWithZeros) {
+TEST(TernaryRegistryBackupFailures, DataThatCannotBeReadInFullIsFilledWithZeros) {
   const std::string half = HexOf(Pattern(100).substr(0, 64));
   FileTreeRig rig;
   Create(rig, {"a"});
@@ -282,7 +282,7 @@ TEST(FileTreeBackup, DataThatCannotBeReadInFullIsFilledWithZeros) {
 }
 
 // What follows stays in its place.
-TEST(FileTreeBackup, ADamagedValueDoesNotShiftTheNext) {
+TEST(TernaryRegistryBackupFailures, ADamagedValueDoesNotShiftTheNext) {
   FileTreeRig rig;
   Create(rig, {"a", "b"});
   ASSERT_EQ(status::kOk, rig.CreateNumber("a", "n", 5));
@@ -296,7 +296,7 @@ TEST(FileTreeBackup, ADamagedValueDoesNotShiftTheNext) {
   EXPECT_EQ(rig.Get("b", "v"), "0 type 2: " + std::string(200, '0'));
 }
 
-TEST(FileTreeBackup, DataLongerThanAnyValuesIsRefused) {
+TEST(TernaryRegistryBackupFailures, DataLongerThanAnyValuesIsRefused) {
   FileTreeRig rig;
   Create(rig, {"a"});
   ASSERT_EQ(status::kOk, rig.CreateData("a", "v", 2, Pattern(1024)));
@@ -309,7 +309,7 @@ TEST(FileTreeBackup, DataLongerThanAnyValuesIsRefused) {
 }
 
 // Its data lies in the record, and still no key could be restored from it.
-TEST(FileTreeBackup, ANumberLongerThanAnyValueIsRefused) {
+TEST(TernaryRegistryBackupFailures, ANumberLongerThanAnyValueIsRefused) {
   FileTreeRig rig;
   Create(rig, {"a", "a/b"});
   ASSERT_EQ(status::kOk, rig.CreateNumber("a/b", "n", 5));
@@ -321,7 +321,7 @@ TEST(FileTreeBackup, ANumberLongerThanAnyValueIsRefused) {
   EXPECT_EQ(status::kOk, Backup(rig, "a", rig.dir / "b"));
 }
 
-TEST(FileTreeBackup, LinksThatFormACircleEndIt) {
+TEST(TernaryRegistryBackupFailures, LinksThatFormACircleEndIt) {
   const std::string names[] = {"lo", "hi", "equal", "child"};
   for (unsigned int link = 0; link < 4; ++link) {
     // Of "a/m", 3, and of what hangs there, 4: to itself, to each other, and up to "a".
@@ -343,7 +343,7 @@ TEST(FileTreeBackup, LinksThatFormACircleEndIt) {
   }
 }
 
-TEST(FileTreeBackup, ValuesThatFormACircleEndIt) {
+TEST(TernaryRegistryBackupFailures, ValuesThatFormACircleEndIt) {
   FileTreeRig rig;
   Create(rig, {"a", "a/b", "a/c"});
   for (const char* name : {"1", "2", "3"}) ASSERT_EQ(status::kOk, rig.CreateNumber("a", name, 1));
@@ -358,7 +358,7 @@ TEST(FileTreeBackup, ValuesThatFormACircleEndIt) {
   EXPECT_EQ(status::kOk, Backup(rig, "a/b", rig.dir / "b"));
 }
 
-TEST(FileTreeBackup, LinksToNothingEndIt) {
+TEST(TernaryRegistryBackupFailures, LinksToNothingEndIt) {
   FileTreeRig rig;
   Create(rig, {"a", "a/m"});
   ASSERT_EQ(status::kOk, rig.CreateNumber("a/m", "n", 5));

@@ -24,7 +24,7 @@ std::string CreateValues(FileTreeRig& rig, unsigned int full, unsigned int size)
 }
 
 // 1 + 24 bytes, each full value 52 + 1024, the last 52 and its data.
-TEST(FileTreeBackupPieces, ABackupMayEndAtTheEdgeOfAPiece) {
+TEST(TernaryRegistryBackupPieces, ABackupMayEndAtTheEdgeOfAPiece) {
   const struct {
     unsigned int full;
     unsigned int last;
@@ -49,7 +49,7 @@ TEST(FileTreeBackupPieces, ABackupMayEndAtTheEdgeOfAPiece) {
 }
 
 // What is written at once is larger.
-TEST(FileTreeBackupPieces, ALargeBackupMayEndAtTheEdgeOfAPiece) {
+TEST(TernaryRegistryBackupPieces, ALargeBackupMayEndAtTheEdgeOfAPiece) {
   for (unsigned int size : {65535u, 65536u, 65537u}) {
     SCOPED_TRACE(size);
     FileTreeRig rig;
@@ -65,7 +65,7 @@ TEST(FileTreeBackupPieces, ALargeBackupMayEndAtTheEdgeOfAPiece) {
 }
 
 // A record of each kind that begins in one piece and ends in the next.
-TEST(FileTreeBackupPieces, ARecordMayLieInTwoPieces) {
+TEST(TernaryRegistryBackupPieces, ARecordMayLieInTwoPieces) {
   // Names of 40 bytes, then keys of 24 with values of 52: byte 4096 lies in a value, in a key, and
   // in a name.
   for (unsigned int names : {61u, 62u, 104u}) {

@@ -28,14 +28,14 @@ void CreateNumbered(FileTreeRig& rig, std::initializer_list<const char*> keys) {
 
 // ---- a key alone
 
-TEST(FileTreeBackup, AKeyAloneTakes25Bytes) {
+TEST(TernaryRegistryBackup, AKeyAloneTakes25Bytes) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   ExpectBackup(rig, "a", {"01", "00000000 0000 0f 00 ffff0000 00000000 0000000000000000"});
   EXPECT_EQ(25u, BackedUp(rig, "a").size());
 }
 
-TEST(FileTreeBackup, AKeyIsCopiedWithAllThatItHolds) {
+TEST(TernaryRegistryBackup, AKeyIsCopiedWithAllThatItHolds) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.tree.CreateKey(kUser, nullptr, "a", 0x1122334455667788, true));
   ASSERT_EQ(status::kOk, rig.tree.SetKeyPermission(kAdmin, nullptr, "a", 0x75));
@@ -43,14 +43,14 @@ TEST(FileTreeBackup, AKeyIsCopiedWithAllThatItHolds) {
   ExpectBackup(rig, "a", {"01", "00000000 0000 75 55 e8030000 00000000 8877665544332211"});
 }
 
-TEST(FileTreeBackup, TheRootKeyIsCopiedWithItsFlag) {
+TEST(TernaryRegistryBackup, TheRootKeyIsCopiedWithItsFlag) {
   FileTreeRig rig;
   for (const char* path : {"", "/"}) {
     ExpectBackup(rig, path, {"01", "00000000 0000 5f 02 ffff0000 00000000 8*0"});
   }
 }
 
-TEST(FileTreeBackup, SlashesAroundAPathMeanTheSameKey) {
+TEST(TernaryRegistryBackup, SlashesAroundAPathMeanTheSameKey) {
   FileTreeRig rig;
   CreateNumbered(rig, {"a", "a/b"});
   const std::string backup = BackupHex(rig, "a");
@@ -60,7 +60,7 @@ TEST(FileTreeBackup, SlashesAroundAPathMeanTheSameKey) {
 
 // ---- values
 
-TEST(FileTreeBackup, ANumberTakesItsRecordAlone) {
+TEST(TernaryRegistryBackup, ANumberTakesItsRecordAlone) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   ASSERT_EQ(status::kOk, rig.CreateNumber("a", "n", 0x0102030405060708));
@@ -69,7 +69,7 @@ TEST(FileTreeBackup, ANumberTakesItsRecordAlone) {
                 "00000000 00000000 0800 00 40 6e 31*0 0807060504030201"});
 }
 
-TEST(FileTreeBackup, AValueOf100BytesIsFollowedByThem) {
+TEST(TernaryRegistryBackup, AValueOf100BytesIsFollowedByThem) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   ASSERT_EQ(status::kOk, rig.CreateData("a", "data", 3, Pattern(100)));
@@ -79,7 +79,7 @@ TEST(FileTreeBackup, AValueOf100BytesIsFollowedByThem) {
   EXPECT_EQ(BackedUp(rig, "a").size(), 1 + 24 + 52 + 100u);
 }
 
-TEST(FileTreeBackup, ValuesComeInTheOrderOfTheKeyTheNewestFirst) {
+TEST(TernaryRegistryBackup, ValuesComeInTheOrderOfTheKeyTheNewestFirst) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   ASSERT_EQ(status::kOk, rig.CreateData("a", "d", 2, Pattern(65)));
@@ -92,7 +92,7 @@ TEST(FileTreeBackup, ValuesComeInTheOrderOfTheKeyTheNewestFirst) {
                 "00000000 00000000 4100 00 62 64 31*0 00010000 4*0", HexOf(Pattern(65))});
 }
 
-TEST(FileTreeBackup, AValueWithoutDataTakesItsRecordAlone) {
+TEST(TernaryRegistryBackup, AValueWithoutDataTakesItsRecordAlone) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   ASSERT_EQ(status::kOk, rig.CreateData("a", "e", 5, ""));
@@ -101,7 +101,7 @@ TEST(FileTreeBackup, AValueWithoutDataTakesItsRecordAlone) {
                 "00000000 00000000 0000 00 25 65 31*0 8*0"});
 }
 
-TEST(FileTreeBackup, TheLongestDataIsCopiedWhole) {
+TEST(TernaryRegistryBackup, TheLongestDataIsCopiedWhole) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   ASSERT_EQ(status::kOk, rig.CreateData("a", "v", 2, Pattern(1024)));
@@ -111,7 +111,7 @@ TEST(FileTreeBackup, TheLongestDataIsCopiedWhole) {
 }
 
 // The data of a value need not lie in one piece, nor its blocks in ascending order.
-TEST(FileTreeBackup, DataInScatteredBlocksIsPutTogether) {
+TEST(TernaryRegistryBackup, DataInScatteredBlocksIsPutTogether) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   ASSERT_EQ(status::kOk, rig.CreateData("a", "1", 2, Pattern(64)));
@@ -127,7 +127,7 @@ TEST(FileTreeBackup, DataInScatteredBlocksIsPutTogether) {
 
 // ---- sub-keys
 
-TEST(FileTreeBackup, SubKeysComeFirstInTheOrderLoHiEqualChild) {
+TEST(TernaryRegistryBackup, SubKeysComeFirstInTheOrderLoHiEqualChild) {
   FileTreeRig rig;
   CreateNumbered(rig, {"a", "a/m", "a/f", "a/t", "a/mn", "a/m/x"});
   ExpectBackup(
@@ -142,7 +142,7 @@ TEST(FileTreeBackup, SubKeysComeFirstInTheOrderLoHiEqualChild) {
        "00000000 0000 0f 01 ffff0000 00000000 0100000000000000"});  // a
 }
 
-TEST(FileTreeBackup, EveryLevelIsCopiedWithItsValues) {
+TEST(TernaryRegistryBackup, EveryLevelIsCopiedWithItsValues) {
   FileTreeRig rig;
   CreateNumbered(rig, {"a", "a/bc", "a/bc/0123456789abcdefg"});
   ASSERT_EQ(status::kOk, rig.CreateData("a/bc", "v", 1, "one"));
@@ -159,7 +159,7 @@ TEST(FileTreeBackup, EveryLevelIsCopiedWithItsValues) {
                 "00000000 00000000 0800 00 40 6e 31*0 0300000000000000"});
 }
 
-TEST(FileTreeBackup, ANodeWithoutAKeyIsCopiedAlone) {
+TEST(TernaryRegistryBackup, ANodeWithoutAKeyIsCopiedAlone) {
   FileTreeRig rig;
   CreateNumbered(rig, {"a", "a/bx", "a/by"});
   ExpectBackup(
@@ -177,7 +177,7 @@ TEST(FileTreeBackup, ANodeWithoutAKeyIsCopiedAlone) {
 }
 
 // The key's own node is not copied, and neither is what hangs beside it.
-TEST(FileTreeBackup, TheNameOfTheKeyAndItsNeighboursStayOutside) {
+TEST(TernaryRegistryBackup, TheNameOfTheKeyAndItsNeighboursStayOutside) {
   FileTreeRig rig;
   CreateNumbered(rig, {"m", "f", "t", "mn", "f/g", "m/x"});
   ExpectBackup(rig, "m",
@@ -187,7 +187,7 @@ TEST(FileTreeBackup, TheNameOfTheKeyAndItsNeighboursStayOutside) {
   ExpectBackup(rig, "t", {"01", "00000000 0000 0f 01 ffff0000 00000000 0300000000000000"});
 }
 
-TEST(FileTreeBackup, RecordsAreCopiedWithAllTheirBytes) {
+TEST(TernaryRegistryBackup, RecordsAreCopiedWithAllTheirBytes) {
   FileTreeRig rig;
   CreateNumbered(rig, {"a", "a/b"});
   ASSERT_EQ(status::kOk, rig.CreateNumber("a/b", "n", 5));
@@ -207,7 +207,7 @@ TEST(FileTreeBackup, RecordsAreCopiedWithAllTheirBytes) {
 }
 
 // Far more than is written at once, cut nowhere between two records.
-TEST(FileTreeBackup, AKeyWithManyValuesIsCopiedWhole) {
+TEST(TernaryRegistryBackup, AKeyWithManyValuesIsCopiedWhole) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   std::string values;
@@ -229,7 +229,7 @@ TEST(FileTreeBackup, AKeyWithManyValuesIsCopiedWhole) {
   EXPECT_TRUE(BackedUp(rig, "a") == kComplete + KeyRecord(300 << 8, 300) + values);
 }
 
-TEST(FileTreeBackup, ABackupChangesNothingInTheRegistry) {
+TEST(TernaryRegistryBackup, ABackupChangesNothingInTheRegistry) {
   FileTreeRig rig;
   CreateNumbered(rig, {"a", "a/b", "c"});
   ASSERT_EQ(status::kOk, rig.CreateData("a/b", "v", 1, Pattern(200)));
@@ -239,14 +239,14 @@ TEST(FileTreeBackup, ABackupChangesNothingInTheRegistry) {
   EXPECT_EQ(rig.Contents(), before);
 }
 
-TEST(FileTreeBackup, NothingOfAnOlderFileStays) {
+TEST(TernaryRegistryBackup, NothingOfAnOlderFileStays) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   PutFile(rig.dir / "taken.bak", std::string(9000, 'x'));
   ExpectBackup(rig, "a", {"01", "00000000 0000 0f 00 ffff0000 00000000 8*0"});
 }
 
-TEST(FileTreeBackup, TheFileIsClosedAfterwards) {
+TEST(TernaryRegistryBackup, TheFileIsClosedAfterwards) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   BackedUp(rig, "a");

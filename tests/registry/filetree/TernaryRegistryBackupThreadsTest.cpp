@@ -35,7 +35,7 @@ unsigned int Work(TernaryRegistry& tree, const std::string& source, const std::s
   return failures;
 }
 
-TEST(FileTreeBackupThreads, TwoTreesBackUpAndRestoreTogether) {
+TEST(TernaryRegistryBackupThreads, TwoTreesBackUpAndRestoreTogether) {
   SharedStore shared;
   TernaryRegistry second(&shared.store, nullptr);
   second.ShareStore();

@@ -6,7 +6,7 @@ namespace tamu::registry {
 
 namespace {
 
-TEST(FileTreeKeys, AKeyThatCannotBeWrittenIsGivenBack) {
+TEST(TernaryRegistryCreationFailures, AKeyThatCannotBeWrittenIsGivenBack) {
   EXPECT_TRUE(InChild([] {
     FileTreeRig rig;
     LimitFileSize(kKeyArea + 24 * 2);  // key 2 cannot be written
@@ -15,7 +15,7 @@ TEST(FileTreeKeys, AKeyThatCannotBeWrittenIsGivenBack) {
   }));
 }
 
-TEST(FileTreeKeys, TheKeyOfANameThatCannotBeWrittenIsGivenBack) {
+TEST(TernaryRegistryCreationFailures, TheKeyOfANameThatCannotBeWrittenIsGivenBack) {
   EXPECT_TRUE(InChild([] {
     FileTreeRig rig;
     while (rig.FreeStrings() > 0) rig.Create("a/b");
@@ -33,7 +33,7 @@ void FillUp(TernaryFile& store, NodeKind kind) {
   }
 }
 
-TEST(FileTreeKeys, WithoutRoomForAKeyNothingIsChanged) {
+TEST(TernaryRegistryCreationFailures, WithoutRoomForAKeyNothingIsChanged) {
   SharedStore shared;
   TernaryFile& store = shared.store;
   TernaryRegistry& tree = shared.tree;
@@ -46,7 +46,7 @@ TEST(FileTreeKeys, WithoutRoomForAKeyNothingIsChanged) {
   EXPECT_EQ(GetFile(path), before);
 }
 
-TEST(FileTreeKeys, WithoutRoomForANameTheKeyIsGivenBack) {
+TEST(TernaryRegistryCreationFailures, WithoutRoomForANameTheKeyIsGivenBack) {
   SharedStore shared;
   TernaryFile& store = shared.store;
   TernaryRegistry& tree = shared.tree;

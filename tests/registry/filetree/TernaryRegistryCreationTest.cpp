@@ -11,7 +11,7 @@ namespace tamu::registry {
 
 namespace {
 
-TEST(FileTreeKeys, TheRootKeyBelongsToTheAdministrator) {
+TEST(TernaryRegistryCreation, TheRootKeyBelongsToTheAdministrator) {
   FileTreeRig rig;
   EXPECT_EQ(0x100u, rig.Word(4180 + 28));  // the start node
   EXPECT_EQ(rig.StringNode(1),
@@ -27,7 +27,7 @@ TEST(FileTreeKeys, TheRootKeyBelongsToTheAdministrator) {
   EXPECT_EQ(rig.FreeKeys(), kUsableSlots - 1);
 }
 
-TEST(FileTreeKeys, TheRootKeyIsMadeOnce) {
+TEST(TernaryRegistryCreation, TheRootKeyIsMadeOnce) {
   FileTreeRig rig;
   const std::string before = rig.Contents();
   EXPECT_EQ(status::kExists, rig.tree.CreateRootKey());
@@ -37,7 +37,7 @@ TEST(FileTreeKeys, TheRootKeyIsMadeOnce) {
   EXPECT_EQ(rig.Contents(), before);
 }
 
-TEST(FileTreeKeys, AKeyUnderTheRootIsItsOwnersAlone) {
+TEST(TernaryRegistryCreation, AKeyUnderTheRootIsItsOwnersAlone) {
   FileTreeRig rig;
   EXPECT_EQ(status::kOk, rig.tree.CreateKey(0x01020304, nullptr, "a", 0x1122334455667788, true));
   EXPECT_EQ(
@@ -52,7 +52,7 @@ TEST(FileTreeKeys, AKeyUnderTheRootIsItsOwnersAlone) {
       rig.StringNode(2));
 }
 
-TEST(FileTreeKeys, TheUserAdminstratorIsAnOrdinaryUser) {
+TEST(TernaryRegistryCreation, TheUserAdminstratorIsAnOrdinaryUser) {
   FileTreeRig rig;
   const unsigned int user = UserIdOf("adminstrator");
   ASSERT_EQ(0xAC295ADDu, user);
@@ -63,7 +63,7 @@ TEST(FileTreeKeys, TheUserAdminstratorIsAnOrdinaryUser) {
   EXPECT_EQ(status::kOk, rig.tree.CreateKey(user, nullptr, "own/a", 0, false));
 }
 
-TEST(FileTreeKeys, AMissingParentCostsAStringNode) {
+TEST(TernaryRegistryCreation, AMissingParentCostsAStringNode) {
   FileTreeRig rig;
   for (unsigned int lost = 1; lost <= 3; ++lost) {
     EXPECT_EQ(status::kBadArgument, rig.Create("a/b"));
@@ -76,7 +76,7 @@ TEST(FileTreeKeys, AMissingParentCostsAStringNode) {
   EXPECT_EQ(status::kOk, rig.Create("a/b"));
 }
 
-TEST(FileTreeKeys, AMissingParentOfALongNameCostsAStringNodeForEvery17Characters) {
+TEST(TernaryRegistryCreation, AMissingParentOfALongNameCostsAStringNodeForEvery17Characters) {
   FileTreeRig rig;
   EXPECT_EQ(status::kBadArgument,
             rig.Create("abcdefghijklmnop/x"));  // 16 characters before the slash
@@ -86,7 +86,7 @@ TEST(FileTreeKeys, AMissingParentOfALongNameCostsAStringNodeForEvery17Characters
   EXPECT_EQ(rig.FreeKeys(), kUsableSlots - 1);
 }
 
-TEST(FileTreeKeys, AnEmptyComponentIsNoName) {
+TEST(TernaryRegistryCreation, AnEmptyComponentIsNoName) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   EXPECT_EQ(status::kBadArgument, rig.Create("a//b"));
@@ -95,7 +95,7 @@ TEST(FileTreeKeys, AnEmptyComponentIsNoName) {
   EXPECT_EQ(rig.FreeKeys(), kUsableSlots - 2);
 }
 
-TEST(FileTreeKeys, AKeylessNameIsNoParent) {
+TEST(TernaryRegistryCreation, AKeylessNameIsNoParent) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("ab"));
   ASSERT_EQ(status::kOk, rig.Create("bc"));  // the name "a" exists now, as a branch
@@ -109,7 +109,7 @@ TEST(FileTreeKeys, AKeylessNameIsNoParent) {
 }
 
 // Names that go on alike are one run of characters: no name ends inside it.
-TEST(FileTreeKeys, ASharedBeginningIsNoNameOfItsOwn) {
+TEST(TernaryRegistryCreation, ASharedBeginningIsNoNameOfItsOwn) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("ab"));
   ASSERT_EQ(status::kOk, rig.Create("ac"));
@@ -118,7 +118,7 @@ TEST(FileTreeKeys, ASharedBeginningIsNoNameOfItsOwn) {
 }
 
 // The character at which an existing name is cut is not compared when it is the path's last.
-TEST(FileTreeKeys, ACharacterThatDiffersAtTheEndIsTakenAsTheCut) {
+TEST(TernaryRegistryCreation, ACharacterThatDiffersAtTheEndIsTakenAsTheCut) {
   struct {
     const char* there;
     const char* asked;
@@ -135,7 +135,7 @@ TEST(FileTreeKeys, ACharacterThatDiffersAtTheEndIsTakenAsTheCut) {
   }
 }
 
-TEST(FileTreeKeys, TheSecondTryMakesTheNameThatTheFirstMissed) {
+TEST(TernaryRegistryCreation, TheSecondTryMakesTheNameThatTheFirstMissed) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("abcd"));
   EXPECT_EQ(status::kOk, rig.Create("x"));
@@ -147,7 +147,7 @@ TEST(FileTreeKeys, TheSecondTryMakesTheNameThatTheFirstMissed) {
   EXPECT_EQ(0x200u, rig.KeyOf("abcd"));
 }
 
-TEST(FileTreeKeys, OnlyAKeyThatEndsAtANodeThatWasThereKeepsTheLock) {
+TEST(TernaryRegistryCreation, OnlyAKeyThatEndsAtANodeThatWasThereKeepsTheLock) {
   FileTreeRig rig;
   PCMutex& lock = rig.tree.ObjectLock();
   ASSERT_EQ(status::kOk, rig.Create("abc"));
@@ -168,7 +168,7 @@ TEST(FileTreeKeys, OnlyAKeyThatEndsAtANodeThatWasThereKeepsTheLock) {
 }
 
 // The thread goes on; others wait, for ever: so the threads live and end in a process of their own.
-TEST(FileTreeKeys, AKeyThatEndsInsideALongerNameKeepsTheLock) {
+TEST(TernaryRegistryCreation, AKeyThatEndsInsideALongerNameKeepsTheLock) {
   TempDir dir;
   const std::string path = dir / "a.rce";
   EXPECT_TRUE(InChild([&] {
@@ -195,7 +195,7 @@ TEST(FileTreeKeys, AKeyThatEndsInsideALongerNameKeepsTheLock) {
   }));
 }
 
-TEST(FileTreeKeys, KeysAreThereAfterReopening) {
+TEST(TernaryRegistryCreation, KeysAreThereAfterReopening) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.tree.CreateKey(kUser, nullptr, "a", 5, true));
   ASSERT_EQ(status::kOk, rig.tree.CreateKey(kUser, nullptr, "a/bc", 0, false));
@@ -206,7 +206,7 @@ TEST(FileTreeKeys, KeysAreThereAfterReopening) {
   EXPECT_EQ(0x300u, rig.KeyOf("a/bc"));
 }
 
-TEST(FileTreeKeys, AKeyRecordHoldsWhatItWasMadeWith) {
+TEST(TernaryRegistryCreation, AKeyRecordHoldsWhatItWasMadeWith) {
   FileTreeRig rig;
   unsigned int key = 0;
   EXPECT_EQ(status::kOk, rig.tree.CreateKeyNode(0, 0xA1B2C3D4, 0x5A, 3, &key, false, true));

@@ -29,7 +29,7 @@ void ExpectDamaged(FileTreeRig& rig, const std::string& path) {
   EXPECT_EQ(rig.Contents(), before);
 }
 
-TEST(FileTreeDamage, ANodeThatIsItsOwnLowLink) {
+TEST(TernaryRegistryDamage, ANodeThatIsItsOwnLowLink) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("m"));
   rig.PatchWord(InString(2, kLo), 0x200);
@@ -37,7 +37,7 @@ TEST(FileTreeDamage, ANodeThatIsItsOwnLowLink) {
   EXPECT_EQ(status::kOk, rig.Find("m"));
 }
 
-TEST(FileTreeDamage, ANodeThatIsItsOwnHighLink) {
+TEST(TernaryRegistryDamage, ANodeThatIsItsOwnHighLink) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("m"));
   rig.PatchWord(InString(2, kHi), 0x200);
@@ -45,21 +45,21 @@ TEST(FileTreeDamage, ANodeThatIsItsOwnHighLink) {
   ExpectDamaged(rig, "z/y");
 }
 
-TEST(FileTreeDamage, ANodeThatIsItsOwnEqualLink) {
+TEST(TernaryRegistryDamage, ANodeThatIsItsOwnEqualLink) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("m"));
   rig.PatchWord(InString(2, kEqual), 0x200);
   ExpectDamaged(rig, Repeated("m", 1000));
 }
 
-TEST(FileTreeDamage, ANodeThatIsItsOwnChildLink) {
+TEST(TernaryRegistryDamage, ANodeThatIsItsOwnChildLink) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("m"));
   rig.PatchWord(InString(2, kChild), 0x200);
   ExpectDamaged(rig, Repeated("m/", 1000));
 }
 
-TEST(FileTreeDamage, TwoNodesThatLeadToEachOther) {
+TEST(TernaryRegistryDamage, TwoNodesThatLeadToEachOther) {
   struct {
     const char* second;  // 300, hangs from "m", 200
     unsigned int field;  // of 300, leads back to 200
@@ -79,7 +79,7 @@ TEST(FileTreeDamage, TwoNodesThatLeadToEachOther) {
   }
 }
 
-TEST(FileTreeDamage, AnImpossibleSegmentLength) {
+TEST(TernaryRegistryDamage, AnImpossibleSegmentLength) {
   for (const char* length : {"11", "80", "ff"}) {
     FileTreeRig rig;
     ASSERT_EQ(status::kOk, rig.Create("abc"));
@@ -96,7 +96,7 @@ TEST(FileTreeDamage, AnImpossibleSegmentLength) {
 }
 
 // The search never looks behind the path's terminator.
-TEST(FileTreeDamage, AZeroByteInASegmentMatchesNothing) {
+TEST(TernaryRegistryDamage, AZeroByteInASegmentMatchesNothing) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("abcd"));
   rig.Patch(InString(2, kSegment), "610062");  // "a", zero, "b"
@@ -118,7 +118,7 @@ TEST(FileTreeDamage, AZeroByteInASegmentMatchesNothing) {
   EXPECT_EQ(status::kNotFound, rig.Find("ax"));
 }
 
-TEST(FileTreeDamage, ASplitCharacterOfZeroMatchesNothing) {
+TEST(TernaryRegistryDamage, ASplitCharacterOfZeroMatchesNothing) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("abc"));
   rig.Patch(InString(2, kSplitChar), "00");
@@ -127,7 +127,7 @@ TEST(FileTreeDamage, ASplitCharacterOfZeroMatchesNothing) {
   EXPECT_EQ(status::kNotFound, rig.Find("ab\x80"));
 }
 
-TEST(FileTreeDamage, ALinkToARecordThatDoesNotExist) {
+TEST(TernaryRegistryDamage, ALinkToARecordThatDoesNotExist) {
   for (unsigned int bad : kBadIds) {
     SCOPED_TRACE(bad);
     FileTreeRig rig;
@@ -141,7 +141,7 @@ TEST(FileTreeDamage, ALinkToARecordThatDoesNotExist) {
   }
 }
 
-TEST(FileTreeDamage, AStartNodeThatDoesNotExist) {
+TEST(TernaryRegistryDamage, AStartNodeThatDoesNotExist) {
   for (unsigned int bad : kBadIds) {
     SCOPED_TRACE(bad);
     FileTreeRig rig;
@@ -153,7 +153,7 @@ TEST(FileTreeDamage, AStartNodeThatDoesNotExist) {
   }
 }
 
-TEST(FileTreeDamage, AKeyThatDoesNotExist) {
+TEST(TernaryRegistryDamage, AKeyThatDoesNotExist) {
   for (unsigned int bad : kBadIds) {
     SCOPED_TRACE(bad);
     FileTreeRig rig;
@@ -169,7 +169,7 @@ TEST(FileTreeDamage, AKeyThatDoesNotExist) {
   }
 }
 
-TEST(FileTreeDamage, AFreeListThatCannotBeFollowed) {
+TEST(TernaryRegistryDamage, AFreeListThatCannotBeFollowed) {
   for (unsigned int bad : {0u, 365u, 60000u}) {
     SCOPED_TRACE(bad);
     FileTreeRig rig;
@@ -194,7 +194,7 @@ TEST(FileTreeDamage, AFreeListThatCannotBeFollowed) {
   }
 }
 
-TEST(FileTreeDamage, AFileThatWasClosedCannotBeRead) {
+TEST(TernaryRegistryDamage, AFileThatWasClosedCannotBeRead) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("m"));
   TernaryFile::file.Destroy();
@@ -203,7 +203,7 @@ TEST(FileTreeDamage, AFileThatWasClosedCannotBeRead) {
   EXPECT_EQ(kAll5, Answers(rig, "x/y", "v"));
 }
 
-TEST(FileTreeDamage, AFileThatWasCutCannotBeReadBehindTheCut) {
+TEST(TernaryRegistryDamage, AFileThatWasCutCannotBeReadBehindTheCut) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("m"));
   ASSERT_EQ(status::kOk, rig.CreateNumber("m", "n", 5));

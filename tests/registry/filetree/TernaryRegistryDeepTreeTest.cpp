@@ -102,9 +102,9 @@ std::string WithoutIds(std::string bytes, unsigned int levels) {
   return bytes;
 }
 
-class FileTreeDeepTree : public ::testing::TestWithParam<Shape> {
+class TernaryRegistryDeepTreeTest : public ::testing::TestWithParam<Shape> {
  protected:
-  FileTreeDeepTree() { EXPECT_EQ(status::kOk, rig_.Create("top")); }
+  TernaryRegistryDeepTreeTest() { EXPECT_EQ(status::kOk, rig_.Create("top")); }
 
   // The operations as the administrator, each on a small stack.
   unsigned int Restore(const std::string& bytes) {
@@ -141,7 +141,7 @@ class FileTreeDeepTree : public ::testing::TestWithParam<Shape> {
   std::string backup_ = rig_.dir / "backup";
 };
 
-TEST_P(FileTreeDeepTree, IsBackedUpAsItWasRestored) {
+TEST_P(TernaryRegistryDeepTreeTest, IsBackedUpAsItWasRestored) {
   const std::string bytes = BackupOf(GetParam(), kLevels);
   ASSERT_EQ(status::kOk, Restore(bytes));
   PutFile(backup_, "");
@@ -154,7 +154,7 @@ TEST_P(FileTreeDeepTree, IsBackedUpAsItWasRestored) {
   EXPECT_FALSE(IsFound(kLevels));
 }
 
-TEST_P(FileTreeDeepTree, IsListedFromItsEnd) {
+TEST_P(TernaryRegistryDeepTreeTest, IsListedFromItsEnd) {
   const Shape& shape = GetParam();
   ASSERT_EQ(status::kOk, Restore(BackupOf(shape, kLevels)));
   EXPECT_TRUE(List(0, 2) == "75: " + NameAt(shape, kLevels - 1) + " " + NameAt(shape, kLevels - 2));
@@ -162,14 +162,14 @@ TEST_P(FileTreeDeepTree, IsListedFromItsEnd) {
   EXPECT_EQ("0:", List(kLevels, 10));
 }
 
-TEST_P(FileTreeDeepTree, IsCounted) {
+TEST_P(TernaryRegistryDeepTreeTest, IsCounted) {
   ASSERT_EQ(status::kOk, Restore(BackupOf(GetParam(), kLevels)));
   const bool isDeep = GetParam().link == 16;
   EXPECT_EQ(Count(),
             std::string("0: ") + (isDeep ? "1" : "10000") + " of 10000 keys, 0 of 100 values");
 }
 
-TEST_P(FileTreeDeepTree, IsDeletedWhole) {
+TEST_P(TernaryRegistryDeepTreeTest, IsDeletedWhole) {
   ASSERT_EQ(status::kOk, Restore(BackupOf(GetParam(), kLevels)));
   EXPECT_EQ(status::kOk, Delete());
   EXPECT_EQ(status::kNotFound, rig_.Find("top"));
@@ -183,7 +183,7 @@ TEST_P(FileTreeDeepTree, IsDeletedWhole) {
 
 // What is restored needs room beside what it replaces, and only the last table of a kind gives
 // slots: those of the tables before it are not handed out again when they become free.
-TEST_P(FileTreeDeepTree, IsRefusedASecondTime) {
+TEST_P(TernaryRegistryDeepTreeTest, IsRefusedASecondTime) {
   const std::string bytes = BackupOf(GetParam(), kLevels);
   ASSERT_EQ(status::kOk, Restore(bytes));
   const std::string before = rig_.Contents();
@@ -200,7 +200,7 @@ TEST_P(FileTreeDeepTree, IsRefusedASecondTime) {
 }
 
 // The root and "top" have a node each.
-TEST_P(FileTreeDeepTree, MayTakeEveryNodeOfTheFileAndNotOneMore) {
+TEST_P(TernaryRegistryDeepTreeTest, MayTakeEveryNodeOfTheFileAndNotOneMore) {
   const std::string before = rig_.Contents();
   EXPECT_EQ(status::kLimit, Restore(BackupOf(GetParam(), kMostNodes - 1, 100)));
   EXPECT_TRUE(rig_.Contents() == before);
@@ -212,7 +212,7 @@ TEST_P(FileTreeDeepTree, MayTakeEveryNodeOfTheFileAndNotOneMore) {
   EXPECT_EQ("", StructureFindings(rig_.path));
 }
 
-INSTANTIATE_TEST_SUITE_P(Shapes, FileTreeDeepTree, ::testing::ValuesIn(kShapes),
+INSTANTIATE_TEST_SUITE_P(Shapes, TernaryRegistryDeepTreeTest, ::testing::ValuesIn(kShapes),
                          [](const auto& tested) { return std::string(tested.param.text); });
 
 }  // namespace

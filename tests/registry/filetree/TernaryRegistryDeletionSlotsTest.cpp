@@ -5,7 +5,7 @@ namespace tamu::registry {
 
 namespace {
 
-TEST(FileTreeDeletion, DeletingAKeyKeepsTheBlocksOfItsValuesInUse) {
+TEST(TernaryRegistryDeletionSlots, DeletingAKeyKeepsTheBlocksOfItsValuesInUse) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   ASSERT_EQ(status::kOk, rig.Create("a/b"));
@@ -23,7 +23,7 @@ TEST(FileTreeDeletion, DeletingAKeyKeepsTheBlocksOfItsValuesInUse) {
 
 // What the links of a node lead to comes back before it, lo, hi, equal and child in this order; a
 // key's values from the newest on. The slot given back last is handed out first.
-TEST(FileTreeDeletion, SlotsComeBackInTheOrderOfTheTree) {
+TEST(TernaryRegistryDeletionSlots, SlotsComeBackInTheOrderOfTheTree) {
   FileTreeRig rig;
   CreateSixKeys(rig);
   for (const char* name : {"1", "2", "3"}) ASSERT_EQ(status::kOk, rig.CreateNumber("a/m", name, 1));
@@ -50,7 +50,7 @@ TEST(FileTreeDeletion, SlotsComeBackInTheOrderOfTheTree) {
   EXPECT_EQ("", StructureFindings(rig.path));
 }
 
-TEST(FileTreeDeletion, ADeepTreeComesBackFromItsLeaves) {
+TEST(TernaryRegistryDeletionSlots, ADeepTreeComesBackFromItsLeaves) {
   FileTreeRig rig;
   // 3 is "m", its lo 4 is "f" with a lo 5, an equal 6 and a child 7; its hi 8 is "t" with a
   // child 9.
@@ -69,7 +69,7 @@ TEST(FileTreeDeletion, ADeepTreeComesBackFromItsLeaves) {
       Entries(rig, kKeyTable, 11));
 }
 
-TEST(FileTreeDeletion, ALongNameOfASubKeyComesBackWhole) {
+TEST(TernaryRegistryDeletionSlots, ALongNameOfASubKeyComesBackWhole) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   ASSERT_EQ(status::kOk, rig.Create("a/" + std::string(200, 'x')));  // 12 nodes
@@ -80,7 +80,7 @@ TEST(FileTreeDeletion, ALongNameOfASubKeyComesBackWhole) {
   EXPECT_EQ("", StructureFindings(rig.path));
 }
 
-TEST(FileTreeDeletion, KeysBelowAreDeletedInEveryTable) {
+TEST(TernaryRegistryDeletionSlots, KeysBelowAreDeletedInEveryTable) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   for (char first = 'A'; first < 'A' + 20; ++first) {
@@ -105,7 +105,7 @@ TEST(FileTreeDeletion, KeysBelowAreDeletedInEveryTable) {
   EXPECT_EQ("", StructureFindings(rig.path));
 }
 
-TEST(FileTreeDeletion, SlotsOfOlderTablesAreNotUsedAgain) {
+TEST(TernaryRegistryDeletionSlots, SlotsOfOlderTablesAreNotUsedAgain) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   for (unsigned int i = 0; i < 364; ++i) ASSERT_EQ(status::kOk, rig.CreateNumber("a", "n", i));
@@ -118,7 +118,7 @@ TEST(FileTreeDeletion, SlotsOfOlderTablesAreNotUsedAgain) {
   EXPECT_EQ("", StructureFindings(rig.path));
 }
 
-TEST(FileTreeDeletion, KeysComeAndGoWithoutLoss) {
+TEST(TernaryRegistryDeletionSlots, KeysComeAndGoWithoutLoss) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("z"));
   for (unsigned int round = 0; round < 50; ++round) {
@@ -130,7 +130,7 @@ TEST(FileTreeDeletion, KeysComeAndGoWithoutLoss) {
   EXPECT_EQ("", StructureFindings(rig.path));
 }
 
-TEST(FileTreeDeletion, TheValuesOfAKeyComeBackFromTheNewestOn) {
+TEST(TernaryRegistryDeletionSlots, TheValuesOfAKeyComeBackFromTheNewestOn) {
   FileTreeRig rig;
   for (const char* name : {"1", "2", "3"}) ASSERT_EQ(status::kOk, rig.CreateNumber("", name, 1));
   const std::string key = rig.KeyNode(1);
@@ -141,7 +141,7 @@ TEST(FileTreeDeletion, TheValuesOfAKeyComeBackFromTheNewestOn) {
   EXPECT_EQ(363u, rig.FreeKeys());
 }
 
-TEST(FileTreeDeletion, ASingleKeyComesBackWithItsValues) {
+TEST(TernaryRegistryDeletionSlots, ASingleKeyComesBackWithItsValues) {
   FileTreeRig rig;
   unsigned int key = 0;
   ASSERT_EQ(status::kOk, rig.tree.CreateKeyNode(0, kUser, 0x0F, 0, &key, false, false));
@@ -159,7 +159,7 @@ TEST(FileTreeDeletion, ASingleKeyComesBackWithItsValues) {
 }
 
 // The record of a free slot still names what the key had, which others have by now.
-TEST(FileTreeDeletion, AFreeKeyGivesNothingBack) {
+TEST(TernaryRegistryDeletionSlots, AFreeKeyGivesNothingBack) {
   FileTreeRig rig;
   Create(rig, {"a", "a/b"});
   for (const char* name : {"1", "2"}) ASSERT_EQ(status::kOk, rig.CreateNumber("a/b", name, 1));
@@ -176,7 +176,7 @@ TEST(FileTreeDeletion, AFreeKeyGivesNothingBack) {
   EXPECT_EQ("", StructureFindings(rig.path));
 }
 
-TEST(FileTreeDeletion, ASubtreeComesBackWithTheStatusOfItsFirstNode) {
+TEST(TernaryRegistryDeletionSlots, ASubtreeComesBackWithTheStatusOfItsFirstNode) {
   SharedStore shared;
   unsigned int first = 0;
   unsigned int key = 0;
@@ -203,7 +203,7 @@ TEST(FileTreeDeletion, ASubtreeComesBackWithTheStatusOfItsFirstNode) {
   EXPECT_EQ("", storetests::FreeListFindings(FileBytes(shared.path, 0, 100000)));
 }
 
-TEST(FileTreeDeletion, NothingIsGivenBackForTheIdZero) {
+TEST(TernaryRegistryDeletionSlots, NothingIsGivenBackForTheIdZero) {
   FileTreeRig rig;
   const std::string before = rig.Contents();
   EXPECT_EQ(status::kOk, rig.tree.DeleteAllValues(0, 0));

@@ -5,7 +5,7 @@ namespace tamu::registry {
 
 namespace {
 
-TEST(FileTreeDeletion, AKeyGoesWithAllBelowItAndAllTheirValues) {
+TEST(TernaryRegistryDeletion, AKeyGoesWithAllBelowItAndAllTheirValues) {
   FileTreeRig rig;
   for (const char* key : {"a", "a/b", "a/b/c", "ab", "b", "b/b"}) {
     ASSERT_EQ(status::kOk, rig.Create(key));
@@ -25,7 +25,7 @@ TEST(FileTreeDeletion, AKeyGoesWithAllBelowItAndAllTheirValues) {
   EXPECT_EQ("0: b/b b ab", Listed(rig, ""));
 }
 
-TEST(FileTreeDeletion, AKeyBelowGoesAloneAndOthersStay) {
+TEST(TernaryRegistryDeletion, AKeyBelowGoesAloneAndOthersStay) {
   FileTreeRig rig;
   CreateSixKeys(rig);
   EXPECT_EQ(status::kOk, DeleteKey(rig, "a/m"));
@@ -36,7 +36,7 @@ TEST(FileTreeDeletion, AKeyBelowGoesAloneAndOthersStay) {
   EXPECT_EQ("", StructureFindings(rig.path));
 }
 
-TEST(FileTreeDeletion, ANameThatBeginsOrContinuesAnotherLeavesItAlone) {
+TEST(TernaryRegistryDeletion, ANameThatBeginsOrContinuesAnotherLeavesItAlone) {
   FileTreeRig rig;
   for (const char* key : {"n", "net", "network"}) ASSERT_EQ(status::kOk, rig.Create(key));
   EXPECT_EQ(status::kOk, DeleteKey(rig, "net"));
@@ -48,7 +48,7 @@ TEST(FileTreeDeletion, ANameThatBeginsOrContinuesAnotherLeavesItAlone) {
   EXPECT_EQ("", StructureFindings(rig.path));
 }
 
-TEST(FileTreeDeletion, TheNodeLeftBehindKeepsItsNameAndItsNeighbours) {
+TEST(TernaryRegistryDeletion, TheNodeLeftBehindKeepsItsNameAndItsNeighbours) {
   FileTreeRig rig;
   for (const char* key : {"ab", "abc", "aa", "az", "ab/x"}) ASSERT_EQ(status::kOk, rig.Create(key));
   EXPECT_EQ(
@@ -69,7 +69,7 @@ TEST(FileTreeDeletion, TheNodeLeftBehindKeepsItsNameAndItsNeighbours) {
   EXPECT_EQ(status::kNotFound, rig.Find("ab/x"));
 }
 
-TEST(FileTreeDeletion, AKeyThatIsCreatedAgainKeepsTheLock) {
+TEST(TernaryRegistryDeletion, AKeyThatIsCreatedAgainKeepsTheLock) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   ASSERT_EQ(status::kOk, DeleteKey(rig, "a"));
@@ -80,7 +80,7 @@ TEST(FileTreeDeletion, AKeyThatIsCreatedAgainKeepsTheLock) {
   EXPECT_EQ(1, rig.tree.ObjectLock().Depth());
 }
 
-TEST(FileTreeDeletion, TheNameOfADeletedKeyStaysAndIsUsedAgain) {
+TEST(TernaryRegistryDeletion, TheNameOfADeletedKeyStaysAndIsUsedAgain) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   ASSERT_EQ(status::kOk, rig.tree.CreateKey(kAdmin, nullptr, "a/0123456789abcdefg", 5, true));
@@ -106,7 +106,7 @@ TEST(FileTreeDeletion, TheNameOfADeletedKeyStaysAndIsUsedAgain) {
   EXPECT_EQ("", StructureFindings(rig.path));
 }
 
-TEST(FileTreeDeletion, NeedsTheRightToDelete) {
+TEST(TernaryRegistryDeletion, NeedsTheRightToDelete) {
   ExpectToNeedTheRight(
       8,
       [](FileTreeRig& rig) {
@@ -116,7 +116,7 @@ TEST(FileTreeDeletion, NeedsTheRightToDelete) {
       [](TernaryRegistry& tree, unsigned int user) { return tree.DeleteKey(user, nullptr, "a"); });
 }
 
-TEST(FileTreeDeletion, TheRightsOfTheKeysBelowDoNotCount) {
+TEST(TernaryRegistryDeletion, TheRightsOfTheKeysBelowDoNotCount) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.tree.CreateKey(kUser, nullptr, "a", 0, false));
   ASSERT_EQ(status::kOk, rig.Create("a/b"));
@@ -126,7 +126,7 @@ TEST(FileTreeDeletion, TheRightsOfTheKeysBelowDoNotCount) {
   EXPECT_EQ(status::kNotFound, rig.Find("a/b"));
 }
 
-TEST(FileTreeDeletion, AMissingKeyIsMissed) {
+TEST(TernaryRegistryDeletion, AMissingKeyIsMissed) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   ASSERT_EQ(status::kOk, rig.Create("bcd"));
@@ -141,7 +141,7 @@ TEST(FileTreeDeletion, AMissingKeyIsMissed) {
   EXPECT_EQ(rig.Contents(), before);
 }
 
-TEST(FileTreeDeletion, ANameWithoutAKeyCannotBeDeleted) {
+TEST(TernaryRegistryDeletion, ANameWithoutAKeyCannotBeDeleted) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("ab"));
   ASSERT_EQ(status::kOk, rig.Create("bc"));  // the name "a" exists now, as a branch
@@ -157,7 +157,7 @@ TEST(FileTreeDeletion, ANameWithoutAKeyCannotBeDeleted) {
   EXPECT_EQ(rig.Contents(), before);
 }
 
-TEST(FileTreeDeletion, ATrailingSlashNamesTheSameKey) {
+TEST(TernaryRegistryDeletion, ATrailingSlashNamesTheSameKey) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   ASSERT_EQ(status::kOk, rig.Create("a/b"));
@@ -166,7 +166,7 @@ TEST(FileTreeDeletion, ATrailingSlashNamesTheSameKey) {
   EXPECT_EQ(rig.StringNode(2), "00000061" + std::string(40, '0'));
 }
 
-TEST(FileTreeDeletion, ADeletedKeyIsNoParent) {
+TEST(TernaryRegistryDeletion, ADeletedKeyIsNoParent) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   ASSERT_EQ(status::kOk, rig.Create("a/b"));
@@ -179,7 +179,7 @@ TEST(FileTreeDeletion, ADeletedKeyIsNoParent) {
   EXPECT_EQ("361 361 364 364", FreeSlots(rig));
 }
 
-TEST(FileTreeDeletion, AKeyIsGoneAfterReopening) {
+TEST(TernaryRegistryDeletion, AKeyIsGoneAfterReopening) {
   FileTreeRig rig;
   CreateSixKeys(rig);
   ASSERT_EQ(status::kOk, DeleteKey(rig, "a/m"));
@@ -191,7 +191,7 @@ TEST(FileTreeDeletion, AKeyIsGoneAfterReopening) {
 
 // ---- the root
 
-TEST(FileTreeDeletion, OnlyTheAdministratorDeletesTheRoot) {
+TEST(TernaryRegistryDeletion, OnlyTheAdministratorDeletesTheRoot) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.tree.CreateKey(kUser, nullptr, "a", 0, false));
   const std::string before = rig.Contents();
@@ -203,7 +203,7 @@ TEST(FileTreeDeletion, OnlyTheAdministratorDeletesTheRoot) {
   EXPECT_EQ(status::kNotFound, rig.Find("a"));
 }
 
-TEST(FileTreeDeletion, WithoutItsRootKeyARegistryStaysEmpty) {
+TEST(TernaryRegistryDeletion, WithoutItsRootKeyARegistryStaysEmpty) {
   FileTreeRig rig;
   CreateSixKeys(rig);
   ASSERT_EQ(status::kOk, rig.CreateNumber("", "n", 1));
@@ -238,7 +238,7 @@ TEST(FileTreeDeletion, WithoutItsRootKeyARegistryStaysEmpty) {
   }
 }
 
-TEST(FileTreeDeletion, WithoutAFileThereIsNoRight) {
+TEST(TernaryRegistryDeletion, WithoutAFileThereIsNoRight) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.tree.Finalize());
   EXPECT_EQ(status::kNoRight, DeleteKey(rig, ""));

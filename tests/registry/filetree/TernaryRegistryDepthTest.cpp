@@ -9,7 +9,7 @@ namespace {
 
 // Each level hangs from the one before, as CreateKey hangs it, without searching from the root
 // again.
-TEST(FileTreeDepth, TenThousandLevelsAreCreatedAndFoundOnASmallStack) {
+TEST(TernaryRegistryDepth, TenThousandLevelsAreCreatedAndFoundOnASmallStack) {
   constexpr unsigned int kLevels = 10000;
   SharedStore shared;
   TernaryFile& store = shared.store;
@@ -45,7 +45,7 @@ TEST(FileTreeDepth, TenThousandLevelsAreCreatedAndFoundOnASmallStack) {
   EXPECT_EQ(answers, std::vector<unsigned int>({2, 0, 17, 0, 0, 0, 0, 0}));
 }
 
-TEST(FileTreeDepth, AChainOfThousandsOfNodesIsWalkedOnASmallStack) {
+TEST(TernaryRegistryDepth, AChainOfThousandsOfNodesIsWalkedOnASmallStack) {
   constexpr unsigned int kNodes = 5000;
   SharedStore shared;
   TernaryFile& store = shared.store;

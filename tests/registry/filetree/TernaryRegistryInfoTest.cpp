@@ -32,7 +32,7 @@ std::string Information(FileTreeRig& rig, unsigned int user, const char* path) {
   return text;
 }
 
-TEST(FileTreeInfo, KeysAndValuesAreCountedHereAndBelow) {
+TEST(TernaryRegistryInfo, KeysAndValuesAreCountedHereAndBelow) {
   FileTreeRig rig;
   CreateFamily(rig);
   EXPECT_EQ("0: 2 of 5 keys, 0 of 7 values", Counted(rig, ""));
@@ -43,7 +43,7 @@ TEST(FileTreeInfo, KeysAndValuesAreCountedHereAndBelow) {
   EXPECT_EQ("0: 0 of 0 keys, 1 of 1 values", Counted(rig, "ab"));
 }
 
-TEST(FileTreeInfo, NeighboursOnAllSidesAreOnTheSameLevel) {
+TEST(TernaryRegistryInfo, NeighboursOnAllSidesAreOnTheSameLevel) {
   FileTreeRig rig;
   for (const char* key : {"m", "f", "t", "mn", "m/x", "m/y"})
     ASSERT_EQ(status::kOk, rig.Create(key));
@@ -51,7 +51,7 @@ TEST(FileTreeInfo, NeighboursOnAllSidesAreOnTheSameLevel) {
   EXPECT_EQ("0: 2 of 2 keys, 0 of 0 values", Counted(rig, "m"));
 }
 
-TEST(FileTreeInfo, AllFieldsButTheFirstAreFilled) {
+TEST(TernaryRegistryInfo, AllFieldsButTheFirstAreFilled) {
   FileTreeRig rig;
   CreateFamily(rig);
   rig.PatchWord(InKey(2, 8), kUser);  // its owner
@@ -60,7 +60,7 @@ TEST(FileTreeInfo, AllFieldsButTheFirstAreFilled) {
   EXPECT_EQ("0: - 2 5 0 7 1000 95", Information(rig, kUser, ""));
 }
 
-TEST(FileTreeInfo, TheUserIsTheOneWhoAsks) {
+TEST(TernaryRegistryInfo, TheUserIsTheOneWhoAsks) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.tree.CreateKey(kUser, nullptr, "a", 0, false));
   rig.SetPermission(2, "1f");
@@ -70,7 +70,7 @@ TEST(FileTreeInfo, TheUserIsTheOneWhoAsks) {
   EXPECT_EQ("0: - 1 1 0 0 2000 95", Information(rig, kOther, ""));
 }
 
-TEST(FileTreeInfo, NothingIsFilledInWhenItFails) {
+TEST(TernaryRegistryInfo, NothingIsFilledInWhenItFails) {
   FileTreeRig rig;
   CreateFamily(rig);
   EXPECT_EQ("2: - - - - - - -", Information(rig, kAdmin, "x"));
@@ -81,7 +81,7 @@ TEST(FileTreeInfo, NothingIsFilledInWhenItFails) {
   EXPECT_EQ("0: - 0 0 1 1 65535 15", Information(rig, kAdmin, "ab"));
 }
 
-TEST(FileTreeInfo, ValuesAreCountedAndNotTakenFromTheRecord) {
+TEST(TernaryRegistryInfo, ValuesAreCountedAndNotTakenFromTheRecord) {
   FileTreeRig rig;
   CreateFamily(rig);
   for (unsigned int slot : {2u, 3u, 4u}) rig.Patch(InKey(slot, 4), "0900");
@@ -91,7 +91,7 @@ TEST(FileTreeInfo, ValuesAreCountedAndNotTakenFromTheRecord) {
 }
 
 // Unlike in a list, whether a key is counted is told by its id, not by the flag.
-TEST(FileTreeInfo, TheKeyOfANodeTellsWhetherItIsCounted) {
+TEST(TernaryRegistryInfo, TheKeyOfANodeTellsWhetherItIsCounted) {
   FileTreeRig rig;
   for (const char* key : {"a", "b"}) ASSERT_EQ(status::kOk, rig.Create(key));
   rig.Patch(InString(2, 2), "00");
@@ -101,7 +101,7 @@ TEST(FileTreeInfo, TheKeyOfANodeTellsWhetherItIsCounted) {
   EXPECT_EQ("0: 1 of 1 keys, 0 of 0 values", Counted(rig, ""));
 }
 
-TEST(FileTreeInfo, NamesWithoutAKeyAreNotCounted) {
+TEST(TernaryRegistryInfo, NamesWithoutAKeyAreNotCounted) {
   FileTreeRig rig;
   for (const char* key : {"ab", "bc", "bc/x"}) ASSERT_EQ(status::kOk, rig.Create(key));
   EXPECT_EQ("0: 2 of 3 keys, 0 of 0 values", Counted(rig, ""));
@@ -109,7 +109,7 @@ TEST(FileTreeInfo, NamesWithoutAKeyAreNotCounted) {
   EXPECT_EQ("0: 1 of 1 keys, 0 of 0 values", Counted(rig, ""));
 }
 
-TEST(FileTreeInfo, CountingNeedsTheRightToRead) {
+TEST(TernaryRegistryInfo, CountingNeedsTheRightToRead) {
   ExpectToNeedTheRight(
       1, [](FileTreeRig& rig) { ASSERT_EQ(status::kOk, rig.Create("a/b")); },
       [](TernaryRegistry& tree, unsigned int user) {
@@ -118,7 +118,7 @@ TEST(FileTreeInfo, CountingNeedsTheRightToRead) {
       });
 }
 
-TEST(FileTreeInfo, AKeyThatIsNotThereTellsNothing) {
+TEST(TernaryRegistryInfo, AKeyThatIsNotThereTellsNothing) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("ab"));
   ASSERT_EQ(status::kOk, rig.Create("bc"));  // the name "a" exists now, as a branch
@@ -137,7 +137,7 @@ TEST(FileTreeInfo, AKeyThatIsNotThereTellsNothing) {
   EXPECT_EQ(status::kNotFound, rig.tree.SetKeyWatch(kAdmin, nullptr, "a", 1));
 }
 
-TEST(FileTreeInfo, CountsAreAddedToWhatIsThere) {
+TEST(TernaryRegistryInfo, CountsAreAddedToWhatIsThere) {
   FileTreeRig rig;
   CreateFamily(rig);
   TernaryStringNode node;  // in no file, with "a", 200, below it
@@ -151,7 +151,7 @@ TEST(FileTreeInfo, CountsAreAddedToWhatIsThere) {
   EXPECT_EQ(info.reserved + info.userId + info.permission, 1u + 50 + 60);
 }
 
-TEST(FileTreeInfo, TheDepthTellsWhatIsASubKey) {
+TEST(TernaryRegistryInfo, TheDepthTellsWhatIsASubKey) {
   FileTreeRig rig;
   CreateFamily(rig);
   TernaryStringNode node;
@@ -174,7 +174,7 @@ TEST(FileTreeInfo, TheDepthTellsWhatIsASubKey) {
   EXPECT_EQ(1u, info.totalValueCount);
 }
 
-TEST(FileTreeInfo, TheValuesOfARecordAreCounted) {
+TEST(TernaryRegistryInfo, TheValuesOfARecordAreCounted) {
   FileTreeRig rig;
   for (const char* name : {"1", "2", "3"}) ASSERT_EQ(status::kOk, rig.CreateNumber("", name, 1));
   TernaryKeyNode key;
@@ -189,7 +189,7 @@ TEST(FileTreeInfo, TheValuesOfARecordAreCounted) {
   EXPECT_EQ(15u, count);
 }
 
-TEST(FileTreeInfo, WhatCannotBeFollowedIsRefused) {
+TEST(TernaryRegistryInfo, WhatCannotBeFollowedIsRefused) {
   FileTreeRig rig;
   unsigned int count = 0;
   KeyInfo info = KeyInfo();
@@ -203,7 +203,7 @@ TEST(FileTreeInfo, WhatCannotBeFollowedIsRefused) {
   EXPECT_EQ(status::kBadArgument, rig.tree.RecursiveCountKey(&info, nullptr, 0));
 }
 
-TEST(FileTreeInfo, ANullPathIsTheRootKey) {
+TEST(TernaryRegistryInfo, ANullPathIsTheRootKey) {
   FileTreeRig rig;
   unsigned char permission = 77;
   EXPECT_EQ("0: - 0 0 0 0 1000 95", Information(rig, kUser, nullptr));
@@ -214,7 +214,7 @@ TEST(FileTreeInfo, ANullPathIsTheRootKey) {
   EXPECT_EQ("1f06", rig.KeyNode(1).substr(12, 4));
 }
 
-TEST(FileTreeInfo, WithoutAFileThereIsNoRight) {
+TEST(TernaryRegistryInfo, WithoutAFileThereIsNoRight) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.tree.Finalize());
   unsigned char permission = 77;

@@ -6,7 +6,7 @@ namespace tamu::registry {
 
 namespace {
 
-TEST(FileTreeKeyDamage, AnImpossibleSegmentLengthIsNotListed) {
+TEST(TernaryRegistryKeyDamage, AnImpossibleSegmentLengthIsNotListed) {
   FileTreeRig rig;
   Create(rig, {"a", "a/m", "a/t", "b"});
   for (unsigned int length = 17; length <= 255; ++length) {
@@ -19,21 +19,21 @@ TEST(FileTreeKeyDamage, AnImpossibleSegmentLengthIsNotListed) {
   ExpectHealed(rig, "a", "361 362 364 364");
 }
 
-TEST(FileTreeKeyDamage, TheLongestSegmentIsListed) {
+TEST(TernaryRegistryKeyDamage, TheLongestSegmentIsListed) {
   FileTreeRig rig;
   Create(rig, {"0123456789abcdefg"});
   ASSERT_EQ("10", rig.Hex(InString(2, kSegmentLength), 1));
   EXPECT_EQ("0: 0123456789abcdefg", Listed(rig, ""));
 }
 
-TEST(FileTreeKeyDamage, AZeroByteEndsTheNameListed) {
+TEST(TernaryRegistryKeyDamage, AZeroByteEndsTheNameListed) {
   FileTreeRig rig;
   Create(rig, {"abcd", "abcd/x"});
   rig.Patch(InString(2, 24 + 1), "00");
   EXPECT_EQ("0: a a", Listed(rig, ""));
 }
 
-TEST(FileTreeKeyDamage, ANodeThatLinksToItself) {
+TEST(TernaryRegistryKeyDamage, ANodeThatLinksToItself) {
   for (unsigned int link : kLinks) {
     SCOPED_TRACE(link);
     FileTreeRig rig;
@@ -46,7 +46,7 @@ TEST(FileTreeKeyDamage, ANodeThatLinksToItself) {
   }
 }
 
-TEST(FileTreeKeyDamage, TwoNodesThatLinkToEachOther) {
+TEST(TernaryRegistryKeyDamage, TwoNodesThatLinkToEachOther) {
   const struct {
     const char* second;  // 400, hangs from "a/m", 300
     unsigned int link;   // of 400, leads back to 300
@@ -65,7 +65,7 @@ TEST(FileTreeKeyDamage, TwoNodesThatLinkToEachOther) {
 }
 
 // What links upward stays with those above.
-TEST(FileTreeKeyDamage, ALinkToAKeyAbove) {
+TEST(TernaryRegistryKeyDamage, ALinkToAKeyAbove) {
   const struct {
     unsigned int link;
     unsigned int above;
@@ -91,7 +91,7 @@ TEST(FileTreeKeyDamage, ALinkToAKeyAbove) {
 }
 
 // "f" is looked for by way of "m".
-TEST(FileTreeKeyDamage, ALinkToANodeOnTheWayToTheKey) {
+TEST(TernaryRegistryKeyDamage, ALinkToANodeOnTheWayToTheKey) {
   for (unsigned int link : kLinks) {
     SCOPED_TRACE(link);
     FileTreeRig rig;
@@ -104,7 +104,7 @@ TEST(FileTreeKeyDamage, ALinkToANodeOnTheWayToTheKey) {
   }
 }
 
-TEST(FileTreeKeyDamage, AKeyThatIsItsOwnChild) {
+TEST(TernaryRegistryKeyDamage, AKeyThatIsItsOwnChild) {
   FileTreeRig rig;
   Create(rig, {"a", "b"});
   rig.PatchWord(InString(2, kChild), 0x200);
@@ -113,14 +113,14 @@ TEST(FileTreeKeyDamage, AKeyThatIsItsOwnChild) {
   EXPECT_EQ("0: b", Listed(rig, ""));
 }
 
-TEST(FileTreeKeyDamage, TheRootAsItsOwnChild) {
+TEST(TernaryRegistryKeyDamage, TheRootAsItsOwnChild) {
   FileTreeRig rig;
   rig.PatchWord(InString(1, kChild), 0x100);
   EXPECT_EQ("59", Counted(rig, ""));
   ExpectHealed(rig, "", "363 364 364 364");
 }
 
-TEST(FileTreeKeyDamage, ANodeThatTwoLinkTo) {
+TEST(TernaryRegistryKeyDamage, ANodeThatTwoLinkTo) {
   for (const char* deleted : {"a", "a/c"}) {
     FileTreeRig rig;
     Create(rig, {"a", "a/b", "a/c", "a/b/x"});
@@ -139,7 +139,7 @@ TEST(FileTreeKeyDamage, ANodeThatTwoLinkTo) {
   }
 }
 
-TEST(FileTreeKeyDamage, AKeyThatTwoNodesShare) {
+TEST(TernaryRegistryKeyDamage, AKeyThatTwoNodesShare) {
   FileTreeRig rig;
   Create(rig, {"a", "a/b", "a/c"});
   rig.PatchWord(InString(3, kKeyLink), 0x400);
@@ -147,7 +147,7 @@ TEST(FileTreeKeyDamage, AKeyThatTwoNodesShare) {
   ExpectHealed(rig, "a", "362 362 364 364");  // nothing leads to the other key any more
 }
 
-TEST(FileTreeKeyDamage, AKeyWithValuesThatTwoNodesShare) {
+TEST(TernaryRegistryKeyDamage, AKeyWithValuesThatTwoNodesShare) {
   FileTreeRig rig;
   Create(rig, {"a", "a/b", "a/c"});
   for (const char* name : {"1", "2"}) ASSERT_EQ(status::kOk, rig.CreateNumber("a/c", name, 1));
@@ -157,7 +157,7 @@ TEST(FileTreeKeyDamage, AKeyWithValuesThatTwoNodesShare) {
   ExpectHealed(rig, "a", "362 362 364 364");
 }
 
-TEST(FileTreeKeyDamage, AKeyOfAnotherThatIsDeleted) {
+TEST(TernaryRegistryKeyDamage, AKeyOfAnotherThatIsDeleted) {
   for (unsigned int key : {0x100u, 0x200u, 0x400u}) {
     SCOPED_TRACE(key);
     FileTreeRig rig;
@@ -172,7 +172,7 @@ TEST(FileTreeKeyDamage, AKeyOfAnotherThatIsDeleted) {
   }
 }
 
-TEST(FileTreeKeyDamage, TheKeysOnTheWayToADeletedOneStay) {
+TEST(TernaryRegistryKeyDamage, TheKeysOnTheWayToADeletedOneStay) {
   for (unsigned int key : {0x100u, 0x200u}) {  // the root's, that of "a"
     SCOPED_TRACE(key);
     FileTreeRig rig;
@@ -188,7 +188,7 @@ TEST(FileTreeKeyDamage, TheKeysOnTheWayToADeletedOneStay) {
   }
 }
 
-TEST(FileTreeKeyDamage, ValuesThatTwoKeysShare) {
+TEST(TernaryRegistryKeyDamage, ValuesThatTwoKeysShare) {
   FileTreeRig rig;
   Create(rig, {"a", "a/b", "a/c"});
   for (const char* name : {"1", "2"}) ASSERT_EQ(status::kOk, rig.CreateNumber("a/b", name, 1));

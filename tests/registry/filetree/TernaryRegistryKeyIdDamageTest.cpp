@@ -7,7 +7,7 @@ namespace tamu::registry {
 
 namespace {
 
-TEST(FileTreeKeyDamage, AValueThatIsItsOwnNext) {
+TEST(TernaryRegistryKeyIdDamage, AValueThatIsItsOwnNext) {
   FileTreeRig rig;
   Create(rig, {"a", "a/b"});
   ASSERT_EQ(status::kOk, rig.CreateNumber("a/b", "1", 1));
@@ -24,7 +24,7 @@ TEST(FileTreeKeyDamage, AValueThatIsItsOwnNext) {
   ExpectHealed(rig, "a/b", "361 362 364 364");
 }
 
-TEST(FileTreeKeyDamage, TwoValuesThatLeadToEachOther) {
+TEST(TernaryRegistryKeyIdDamage, TwoValuesThatLeadToEachOther) {
   FileTreeRig rig;
   Create(rig, {"a", "a/b"});
   for (const char* name : {"1", "2", "3"}) ASSERT_EQ(status::kOk, rig.CreateNumber("a/b", name, 1));
@@ -47,7 +47,7 @@ TEST(FileTreeKeyDamage, TwoValuesThatLeadToEachOther) {
   EXPECT_EQ(rig.KeyNode(3), before);
 }
 
-TEST(FileTreeKeyDamage, ALinkToANodeThatDoesNotExist) {
+TEST(TernaryRegistryKeyIdDamage, ALinkToANodeThatDoesNotExist) {
   for (unsigned int bad : kBadIds) {
     for (unsigned int link : kLinks) {
       SCOPED_TRACE(std::to_string(bad) + " at " + std::to_string(link));
@@ -67,7 +67,7 @@ TEST(FileTreeKeyDamage, ALinkToANodeThatDoesNotExist) {
   }
 }
 
-TEST(FileTreeKeyDamage, SubKeysThatDoNotExist) {
+TEST(TernaryRegistryKeyIdDamage, SubKeysThatDoNotExist) {
   for (unsigned int bad : kBadIds) {
     SCOPED_TRACE(bad);
     FileTreeRig rig;
@@ -87,7 +87,7 @@ TEST(FileTreeKeyDamage, SubKeysThatDoNotExist) {
   }
 }
 
-TEST(FileTreeKeyDamage, AKeyThatDoesNotExist) {
+TEST(TernaryRegistryKeyIdDamage, AKeyThatDoesNotExist) {
   for (unsigned int bad : kBadIds) {
     SCOPED_TRACE(bad);
     FileTreeRig rig;
@@ -110,7 +110,7 @@ TEST(FileTreeKeyDamage, AKeyThatDoesNotExist) {
   }
 }
 
-TEST(FileTreeKeyDamage, AValueThatDoesNotExist) {
+TEST(TernaryRegistryKeyIdDamage, AValueThatDoesNotExist) {
   for (unsigned int bad : kBadIds) {
     SCOPED_TRACE(bad);
     FileTreeRig rig;
@@ -136,7 +136,7 @@ TEST(FileTreeKeyDamage, AValueThatDoesNotExist) {
 }
 
 // The values of a key are walked to their end, whatever number its record tells.
-TEST(FileTreeKeyDamage, ANumberOfValuesThatIsWrong) {
+TEST(TernaryRegistryKeyIdDamage, ANumberOfValuesThatIsWrong) {
   FileTreeRig rig;
   for (const char* name : {"1", "2", "3"}) ASSERT_EQ(status::kOk, rig.CreateNumber("", name, 1));
   rig.Patch(InKey(1, 4), "0500");
@@ -149,14 +149,14 @@ TEST(FileTreeKeyDamage, ANumberOfValuesThatIsWrong) {
   EXPECT_EQ("75:", ListedValues(rig, "", 2));
 }
 
-TEST(FileTreeKeyDamage, ANameOfAValueWithoutEnd) {
+TEST(TernaryRegistryKeyIdDamage, ANameOfAValueWithoutEnd) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.CreateNumber("", "n", 0x7A7A7A7A7A7A7A7A));  // "z" behind the name
   rig.Patch(InValue(1, 12), Repeated("79", 32));
   EXPECT_EQ(ListedValues(rig, ""), "0: " + std::string(32, 'y'));
 }
 
-TEST(FileTreeKeyDamage, WhatIsFreeIsNotGivenBackAgain) {
+TEST(TernaryRegistryKeyIdDamage, WhatIsFreeIsNotGivenBackAgain) {
   FileTreeRig rig;
   Create(rig, {"a", "a/m", "a/f", "a/b"});  // "b" hangs from "f"
   for (const char* name : {"1", "2"}) ASSERT_EQ(status::kOk, rig.CreateNumber("a/m", name, 1));
@@ -169,7 +169,7 @@ TEST(FileTreeKeyDamage, WhatIsFreeIsNotGivenBackAgain) {
 }
 
 // What a free value leads to is somebody else's by now.
-TEST(FileTreeKeyDamage, AFreeValueEndsTheValuesGivenBack) {
+TEST(TernaryRegistryKeyIdDamage, AFreeValueEndsTheValuesGivenBack) {
   SharedStore shared;
   for (const char* name : {"1", "2", "3"}) {
     ASSERT_EQ(status::kOk, shared.tree.CreateValue(kAdmin, nullptr, "", name, 1, true));
@@ -183,7 +183,7 @@ TEST(FileTreeKeyDamage, AFreeValueEndsTheValuesGivenBack) {
   EXPECT_EQ("", storetests::FreeListFindings(bytes));
 }
 
-TEST(FileTreeKeyDamage, AFileThatWasClosedCannotBeRead) {
+TEST(TernaryRegistryKeyIdDamage, AFileThatWasClosedCannotBeRead) {
   FileTreeRig rig;
   Create(rig, {"a", "a/b"});
   ASSERT_EQ(status::kOk, rig.CreateNumber("a", "n", 1));
@@ -204,7 +204,7 @@ TEST(FileTreeKeyDamage, AFileThatWasClosedCannotBeRead) {
   EXPECT_EQ(rig.Contents(), before);
 }
 
-TEST(FileTreeKeyDamage, AFileThatWasCutIsReadUpToTheCut) {
+TEST(TernaryRegistryKeyIdDamage, AFileThatWasCutIsReadUpToTheCut) {
   FileTreeRig rig;
   Create(rig, {"a", "a/b"});
   ASSERT_EQ(status::kOk, rig.CreateNumber("a/b", "n", 1));
@@ -217,7 +217,7 @@ TEST(FileTreeKeyDamage, AFileThatWasCutIsReadUpToTheCut) {
   EXPECT_EQ("5", Counted(rig, ""));
 }
 
-TEST(FileTreeKeyDamage, ValuesBehindTheCutStayInUse) {
+TEST(TernaryRegistryKeyIdDamage, ValuesBehindTheCutStayInUse) {
   FileTreeRig rig;
   Create(rig, {"a", "a/b"});
   for (const char* name : {"1", "2"}) ASSERT_EQ(status::kOk, rig.CreateNumber("a/b", name, 1));
@@ -227,7 +227,7 @@ TEST(FileTreeKeyDamage, ValuesBehindTheCutStayInUse) {
   EXPECT_EQ("0:", Listed(rig, ""));
 }
 
-TEST(FileTreeKeyDamage, ValuesBeforeTheCutAreGivenBack) {
+TEST(TernaryRegistryKeyIdDamage, ValuesBeforeTheCutAreGivenBack) {
   FileTreeRig rig;
   Create(rig, {"a", "a/b"});
   ASSERT_EQ(status::kOk, rig.CreateNumber("a/b", "first", 1));

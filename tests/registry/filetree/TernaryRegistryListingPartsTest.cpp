@@ -17,7 +17,7 @@ struct State {
   TernaryRegistry::RecursiveArg arg;
 };
 
-TEST(FileTreeListing, ANodeIsListedBehindWhatTheBufferHolds) {
+TEST(TernaryRegistryListingParts, ANodeIsListedBehindWhatTheBufferHolds) {
   FileTreeRig rig;
   CreateFiveKeys(rig);  // "m" is 200, "f" 300, "mn" 500
   State whole("");
@@ -34,7 +34,7 @@ TEST(FileTreeListing, ANodeIsListedBehindWhatTheBufferHolds) {
   EXPECT_EQ("59:", ListText(rig.tree.ListNode(0x3C8, 0, &missing.arg), missing.names));
 }
 
-TEST(FileTreeListing, ARecordIsListedAsItsNodeIs) {
+TEST(TernaryRegistryListingParts, ARecordIsListedAsItsNodeIs) {
   FileTreeRig rig;
   CreateFiveKeys(rig);
   TernaryStringNode node;  // its own, in no file: "ab", with "m" as the lower neighbour of its "b"
@@ -53,7 +53,7 @@ TEST(FileTreeListing, ARecordIsListedAsItsNodeIs) {
   EXPECT_EQ(status::kBadArgument, rig.tree.RecursiveListString(&node, 0, "", nullptr));
 }
 
-TEST(FileTreeListing, TheNewestValueComesFirst) {
+TEST(TernaryRegistryListingParts, TheNewestValueComesFirst) {
   FileTreeRig rig;
   for (const char* name : {"one", "two", "three"})
     ASSERT_EQ(status::kOk, rig.CreateNumber("", name, 1));
@@ -67,7 +67,7 @@ TEST(FileTreeListing, TheNewestValueComesFirst) {
   EXPECT_EQ("75:", ListedValues(rig, "", 2));
 }
 
-TEST(FileTreeListing, AKeyWithoutValuesAnswers75) {
+TEST(TernaryRegistryListingParts, AKeyWithoutValuesAnswers75) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   ASSERT_EQ(status::kOk, rig.Create("a/b"));
@@ -76,7 +76,7 @@ TEST(FileTreeListing, AKeyWithoutValuesAnswers75) {
   EXPECT_EQ("75:", ListedValues(rig, "a", 0, 0));
 }
 
-TEST(FileTreeListing, EveryValueIsListed) {
+TEST(TernaryRegistryListingParts, EveryValueIsListed) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.CreateNumber("", "n", 1));
   ASSERT_EQ(status::kOk, rig.CreateNumber("", "n", 2));  // the first one is hidden, and there
@@ -87,7 +87,7 @@ TEST(FileTreeListing, EveryValueIsListed) {
   EXPECT_EQ(ListedValues(rig, ""), "0: " + std::string(31, 'x') + "  data empty n n");
 }
 
-TEST(FileTreeListing, AFullListKeepsTheValuesThatCameFirst) {
+TEST(TernaryRegistryListingParts, AFullListKeepsTheValuesThatCameFirst) {
   FileTreeRig rig;
   for (const char* name : {"one", "two", "three"})
     ASSERT_EQ(status::kOk, rig.CreateNumber("", name, 1));
@@ -96,7 +96,7 @@ TEST(FileTreeListing, AFullListKeepsTheValuesThatCameFirst) {
   EXPECT_EQ("12:", ListedValues(rig, "", 0, 0));
 }
 
-TEST(FileTreeListing, ListingValuesNeedsTheRightToRead) {
+TEST(TernaryRegistryListingParts, ListingValuesNeedsTheRightToRead) {
   ExpectToNeedTheRight(
       1, [](FileTreeRig& rig) { ASSERT_EQ(status::kOk, rig.CreateNumber("a", "n", 1)); },
       [](TernaryRegistry& tree, unsigned int user) {

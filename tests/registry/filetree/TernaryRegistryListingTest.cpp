@@ -14,7 +14,7 @@ std::string LongName(unsigned int length) {
 
 // At each node what is greater comes first, then what is smaller, then what is longer, then what is
 // below, and then the key itself.
-TEST(FileTreeListing, GreaterNamesComeFirst) {
+TEST(TernaryRegistryListing, GreaterNamesComeFirst) {
   FileTreeRig rig;
   CreateFiveKeys(rig);
   EXPECT_EQ("0: t f mn m/x m", Listed(rig, ""));
@@ -22,13 +22,13 @@ TEST(FileTreeListing, GreaterNamesComeFirst) {
   EXPECT_EQ("0: z p t h b f mn m/x m", Listed(rig, ""));
 }
 
-TEST(FileTreeListing, NamesThatAscendComeInDescendingOrder) {
+TEST(TernaryRegistryListing, NamesThatAscendComeInDescendingOrder) {
   FileTreeRig rig;
   for (const char* key : {"a", "b", "c", "d", "da", "db"}) ASSERT_EQ(status::kOk, rig.Create(key));
   EXPECT_EQ("0: db da d c b a", Listed(rig, ""));
 }
 
-TEST(FileTreeListing, KeysAtEveryDepthAreNamedFromTheKeyListed) {
+TEST(TernaryRegistryListing, KeysAtEveryDepthAreNamedFromTheKeyListed) {
   FileTreeRig rig;
   for (const char* key : {"a", "a/b", "a/b/c", "a/b/c/d", "a/bb", "ab", "a/b/e"}) {
     ASSERT_EQ(status::kOk, rig.Create(key)) << key;
@@ -41,7 +41,7 @@ TEST(FileTreeListing, KeysAtEveryDepthAreNamedFromTheKeyListed) {
 }
 
 // Names that were cut where others part from them are spelt as before.
-TEST(FileTreeListing, NamesInSeveralNodesAreSpeltWhole) {
+TEST(TernaryRegistryListing, NamesInSeveralNodesAreSpeltWhole) {
   FileTreeRig rig;
   for (const char* key : {"network", "net", "networks", "netsup", "netsup/x", "nest"}) {
     ASSERT_EQ(status::kOk, rig.Create(key)) << key;
@@ -49,7 +49,7 @@ TEST(FileTreeListing, NamesInSeveralNodesAreSpeltWhole) {
   EXPECT_EQ("0: nest netsup/x netsup networks network net", Listed(rig, ""));
 }
 
-TEST(FileTreeListing, AKeyWithoutSubKeysAddsNothing) {
+TEST(TernaryRegistryListing, AKeyWithoutSubKeysAddsNothing) {
   FileTreeRig rig;
   EXPECT_EQ("0:", Listed(rig, ""));
   ASSERT_EQ(status::kOk, rig.Create("a"));
@@ -59,7 +59,7 @@ TEST(FileTreeListing, AKeyWithoutSubKeysAddsNothing) {
   EXPECT_EQ("0:", Listed(rig, "a", 0, 0, 0));  // a list of capacity 0 is no failure then
 }
 
-TEST(FileTreeListing, NamesAreAddedBehindThoseInTheList) {
+TEST(TernaryRegistryListing, NamesAreAddedBehindThoseInTheList) {
   FileTreeRig rig;
   CreateFiveKeys(rig);
   NameList list(10);
@@ -67,7 +67,7 @@ TEST(FileTreeListing, NamesAreAddedBehindThoseInTheList) {
   EXPECT_EQ("0: x m/x m", ListText(rig.tree.ListKeys(kAdmin, nullptr, "", 3, &list, 0), list));
 }
 
-TEST(FileTreeListing, NamesWithoutAKeyAreNeitherListedNorSkipped) {
+TEST(TernaryRegistryListing, NamesWithoutAKeyAreNeitherListedNorSkipped) {
   FileTreeRig rig;
   for (const char* key : {"ab", "bc", "cd", "de"}) ASSERT_EQ(status::kOk, rig.Create(key));
   ASSERT_EQ(status::kOk, DeleteKey(rig, "cd"));  // "a" is a branch, "cd" is left of a key
@@ -76,7 +76,7 @@ TEST(FileTreeListing, NamesWithoutAKeyAreNeitherListedNorSkipped) {
 }
 
 // What is listed is told by the flag, not by the id of a key.
-TEST(FileTreeListing, TheFlagOfANodeTellsWhetherAKeyIsListed) {
+TEST(TernaryRegistryListing, TheFlagOfANodeTellsWhetherAKeyIsListed) {
   FileTreeRig rig;
   for (const char* key : {"a", "b"}) ASSERT_EQ(status::kOk, rig.Create(key));
   rig.Patch(kStringArea + 40 * 2 + 2, "00");
@@ -86,7 +86,7 @@ TEST(FileTreeListing, TheFlagOfANodeTellsWhetherAKeyIsListed) {
   EXPECT_EQ("0: b a", Listed(rig, ""));
 }
 
-TEST(FileTreeListing, BytesAbove127ComeAfterTheOthers) {
+TEST(TernaryRegistryListing, BytesAbove127ComeAfterTheOthers) {
   FileTreeRig rig;
   for (const char* key : {"a", "\x80", "\xFF", "\x7F", "\x01", "\x80\xFF"}) {
     ASSERT_EQ(status::kOk, rig.Create(key));
@@ -98,7 +98,7 @@ TEST(FileTreeListing, BytesAbove127ComeAfterTheOthers) {
   EXPECT_EQ("0: \x7F \x01 \xFF \x80", Listed(ascending, ""));
 }
 
-TEST(FileTreeListing, ThePathIsPutBeforeTheNamesAsItIs) {
+TEST(TernaryRegistryListing, ThePathIsPutBeforeTheNamesAsItIs) {
   FileTreeRig rig;
   for (const char* key : {"a", "a/b", "a/b/c"}) ASSERT_EQ(status::kOk, rig.Create(key));
   EXPECT_EQ("0: ab/c ab", Listed(rig, "a", 0, 1));
@@ -111,7 +111,7 @@ TEST(FileTreeListing, ThePathIsPutBeforeTheNamesAsItIs) {
   EXPECT_EQ("0: b/c b", Listed(rig, "a", 0, 0xFFFFFFFE));  // no other flag says anything
 }
 
-TEST(FileTreeListing, NamesOfAnyLengthAreListed) {
+TEST(TernaryRegistryListing, NamesOfAnyLengthAreListed) {
   for (unsigned int length : {16u, 17u, 100u, 101u, 102u, 103u, 104u, 105u, 300u, 5000u}) {
     SCOPED_TRACE(length);
     FileTreeRig rig;
@@ -126,7 +126,7 @@ TEST(FileTreeListing, NamesOfAnyLengthAreListed) {
   }
 }
 
-TEST(FileTreeListing, ShortNamesAfterLongOnesAreTheirOwn) {
+TEST(TernaryRegistryListing, ShortNamesAfterLongOnesAreTheirOwn) {
   FileTreeRig rig;
   const std::string name = LongName(300);
   for (const std::string& key : {std::string("a"), name, name + "a", std::string("xab")}) {
@@ -135,7 +135,7 @@ TEST(FileTreeListing, ShortNamesAfterLongOnesAreTheirOwn) {
   EXPECT_EQ(Listed(rig, ""), "0: xab " + name + "a " + name + " a");
 }
 
-TEST(FileTreeListing, ALongPathStandsBeforeLongNames) {
+TEST(TernaryRegistryListing, ALongPathStandsBeforeLongNames) {
   FileTreeRig rig;
   const std::string path = LongName(104);
   const std::string name(103, 'n');
@@ -146,7 +146,7 @@ TEST(FileTreeListing, ALongPathStandsBeforeLongNames) {
   EXPECT_EQ(Listed(rig, path), "0: op " + name);
 }
 
-TEST(FileTreeListing, AFullListKeepsTheNamesThatCameFirst) {
+TEST(TernaryRegistryListing, AFullListKeepsTheNamesThatCameFirst) {
   FileTreeRig rig;
   CreateFiveKeys(rig);
   EXPECT_EQ("75: t", Listed(rig, "", 0, 0, 1));
@@ -156,7 +156,7 @@ TEST(FileTreeListing, AFullListKeepsTheNamesThatCameFirst) {
   EXPECT_EQ("0: t f mn m/x m", Listed(rig, "", 0, 0, 5));
 }
 
-TEST(FileTreeListing, ListingKeysNeedsTheRightToRead) {
+TEST(TernaryRegistryListing, ListingKeysNeedsTheRightToRead) {
   ExpectToNeedTheRight(
       1,
       [](FileTreeRig& rig) {
@@ -171,7 +171,7 @@ TEST(FileTreeListing, ListingKeysNeedsTheRightToRead) {
       });
 }
 
-TEST(FileTreeListing, TheRightsOfTheKeysListedDoNotCount) {
+TEST(TernaryRegistryListing, TheRightsOfTheKeysListedDoNotCount) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   ASSERT_EQ(status::kOk, rig.Create("a/b"));
@@ -182,7 +182,7 @@ TEST(FileTreeListing, TheRightsOfTheKeysListedDoNotCount) {
   EXPECT_EQ("1:", Listed(rig, "a/b"));
 }
 
-TEST(FileTreeListing, NothingIsListedOfAKeyThatIsNotThere) {
+TEST(TernaryRegistryListing, NothingIsListedOfAKeyThatIsNotThere) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("ab"));
   ASSERT_EQ(status::kOk, rig.Create("bc"));  // the name "a" exists now, as a branch
@@ -200,7 +200,7 @@ TEST(FileTreeListing, NothingIsListedOfAKeyThatIsNotThere) {
   EXPECT_EQ(0u, list.Count());
 }
 
-TEST(FileTreeListing, ANullPathIsTheRootKey) {
+TEST(TernaryRegistryListing, ANullPathIsTheRootKey) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   ASSERT_EQ(status::kOk, rig.CreateNumber("", "n", 1));
@@ -213,14 +213,14 @@ TEST(FileTreeListing, ANullPathIsTheRootKey) {
   EXPECT_EQ("0: n", ListText(rig.tree.ListValues(kAdmin, nullptr, nullptr, 0, &values), values));
 }
 
-TEST(FileTreeListing, WithoutAListNothingCanBeListed) {
+TEST(TernaryRegistryListing, WithoutAListNothingCanBeListed) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.CreateNumber("", "n", 1));
   EXPECT_EQ(status::kBadArgument, rig.tree.ListKeys(kAdmin, nullptr, "", 0, nullptr, 0));
   EXPECT_EQ(status::kBadArgument, rig.tree.ListValues(kAdmin, nullptr, "", 0, nullptr));
 }
 
-TEST(FileTreeListing, ListingChangesNothing) {
+TEST(TernaryRegistryListing, ListingChangesNothing) {
   FileTreeRig rig;
   CreateFiveKeys(rig);
   ASSERT_EQ(status::kOk, rig.CreateNumber("m", "n", 1));
@@ -230,7 +230,7 @@ TEST(FileTreeListing, ListingChangesNothing) {
   EXPECT_EQ(rig.Contents(), before);
 }
 
-TEST(FileTreeListing, WithoutAFileNothingIsListed) {
+TEST(TernaryRegistryListing, WithoutAFileNothingIsListed) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.tree.Finalize());
   TernaryRegistry::RecursiveArg arg;

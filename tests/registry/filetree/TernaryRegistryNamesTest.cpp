@@ -8,7 +8,7 @@ namespace tamu::registry {
 
 namespace {
 
-TEST(FileTreeNames, ANameOf17CharactersTakesOneNode) {
+TEST(TernaryRegistryNames, ANameOf17CharactersTakesOneNode) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("abcdefghijklmnopq"));
   EXPECT_EQ(rig.FreeStrings(), kUsableSlots - 2);
@@ -19,7 +19,7 @@ TEST(FileTreeNames, ANameOf17CharactersTakesOneNode) {
             "6162636465666768696a6b6c6d6e6f70");
 }
 
-TEST(FileTreeNames, ANameOf20CharactersTakesTwoNodes) {
+TEST(TernaryRegistryNames, ANameOf20CharactersTakesTwoNodes) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("abcdefghijklmnopqrst"));
   EXPECT_EQ(rig.FreeStrings(), kUsableSlots - 3);
@@ -38,7 +38,7 @@ TEST(FileTreeNames, ANameOf20CharactersTakesTwoNodes) {
       rig.StringNode(3));
 }
 
-TEST(FileTreeNames, ANameOf18CharactersEndsInANodeWithoutSegment) {
+TEST(TernaryRegistryNames, ANameOf18CharactersEndsInANodeWithoutSegment) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("abcdefghijklmnopqr"));
   EXPECT_EQ(
@@ -48,7 +48,7 @@ TEST(FileTreeNames, ANameOf18CharactersEndsInANodeWithoutSegment) {
       rig.StringNode(3));
 }
 
-TEST(FileTreeNames, ANameOfTwoCharactersHasASegmentOfOne) {
+TEST(TernaryRegistryNames, ANameOfTwoCharactersHasASegmentOfOne) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("ab"));
   EXPECT_EQ(
@@ -60,7 +60,7 @@ TEST(FileTreeNames, ANameOfTwoCharactersHasASegmentOfOne) {
 }
 
 // One node for every 17 characters or part of them; only the last carries the key.
-TEST(FileTreeNames, AChainHas17CharactersANode) {
+TEST(TernaryRegistryNames, AChainHas17CharactersANode) {
   FileTreeRig rig;
   unsigned int used = 1;
   const std::string text =
@@ -88,7 +88,7 @@ TEST(FileTreeNames, AChainHas17CharactersANode) {
   }
 }
 
-TEST(FileTreeNames, AChainWithoutKeyEndsUnmarked) {
+TEST(TernaryRegistryNames, AChainWithoutKeyEndsUnmarked) {
   FileTreeRig rig;
   unsigned int first = 0;
   ASSERT_EQ(status::kOk, rig.tree.CreateStringNode(0, "ab", &first, 0));
@@ -101,7 +101,7 @@ TEST(FileTreeNames, AChainWithoutKeyEndsUnmarked) {
       rig.StringNode(2));
 }
 
-TEST(FileTreeNames, ASlashIsNoPartOfAName) {
+TEST(TernaryRegistryNames, ASlashIsNoPartOfAName) {
   FileTreeRig rig;
   unsigned int first = 77;
   EXPECT_EQ(status::kBadArgument, rig.tree.CreateStringNode(0, "/", &first, 0));
@@ -112,7 +112,7 @@ TEST(FileTreeNames, ASlashIsNoPartOfAName) {
   EXPECT_EQ(rig.FreeStrings(), kUsableSlots - 3);
 }
 
-TEST(FileTreeNames, AShorterNameCutsTheLonger) {
+TEST(TernaryRegistryNames, AShorterNameCutsTheLonger) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("abc"));
   ASSERT_EQ(status::kOk, rig.Create("ab"));
@@ -137,7 +137,7 @@ TEST(FileTreeNames, AShorterNameCutsTheLonger) {
   EXPECT_EQ(0x300u, rig.KeyOf("ab"));
 }
 
-TEST(FileTreeNames, ANameThatBranchesOffCutsAndHangsBesideTheCut) {
+TEST(TernaryRegistryNames, ANameThatBranchesOffCutsAndHangsBesideTheCut) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("abcdef"));
   ASSERT_EQ(status::kOk, rig.Create("abxyz"));  // cut at 'c': 300 above 200, then 400 for "xyz"
@@ -171,7 +171,7 @@ TEST(FileTreeNames, ANameThatBranchesOffCutsAndHangsBesideTheCut) {
 }
 
 // A cut at the first character leaves an upper part without segment.
-TEST(FileTreeNames, ACutAtTheFirstCharacterKeepsTheRestWhole) {
+TEST(TernaryRegistryNames, ACutAtTheFirstCharacterKeepsTheRestWhole) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("abcdefghijklmnopq"));
   ASSERT_EQ(status::kOk, rig.Create("b1"));
@@ -192,7 +192,7 @@ TEST(FileTreeNames, ACutAtTheFirstCharacterKeepsTheRestWhole) {
 }
 
 // A cut at the last character leaves a lower part without segment, its links in place.
-TEST(FileTreeNames, ACutKeepsTheLinksOfTheLowerPart) {
+TEST(TernaryRegistryNames, ACutKeepsTheLinksOfTheLowerPart) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("abc"));    // 200
   ASSERT_EQ(status::kOk, rig.Create("aba"));    // 300, lo
@@ -219,7 +219,7 @@ TEST(FileTreeNames, ACutKeepsTheLinksOfTheLowerPart) {
       rig.StringNode(2));
 }
 
-TEST(FileTreeNames, ACutIsFoundUnderWhicheverLinkLedToIt) {
+TEST(TernaryRegistryNames, ACutIsFoundUnderWhicheverLinkLedToIt) {
   FileTreeRig rig;
   for (const char* key : {"m", "cde", "xyz", "mnop", "m/qrs"})
     ASSERT_EQ(status::kOk, rig.Create(key));
@@ -245,7 +245,7 @@ TEST(FileTreeNames, ACutIsFoundUnderWhicheverLinkLedToIt) {
   }
 }
 
-TEST(FileTreeNames, AMissingParentInsideALongerNameLeavesTheCut) {
+TEST(TernaryRegistryNames, AMissingParentInsideALongerNameLeavesTheCut) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("abcd"));
   EXPECT_EQ(status::kBadArgument, rig.Create("abx/y"));
@@ -256,7 +256,7 @@ TEST(FileTreeNames, AMissingParentInsideALongerNameLeavesTheCut) {
   EXPECT_EQ(status::kNotFound, rig.Find("abx"));
 }
 
-TEST(FileTreeNames, NothingIsCutAtOrBehindASegmentsEnd) {
+TEST(TernaryRegistryNames, NothingIsCutAtOrBehindASegmentsEnd) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("abc"));  // segment of 2
   const std::string before = rig.Contents();
@@ -268,7 +268,7 @@ TEST(FileTreeNames, NothingIsCutAtOrBehindASegmentsEnd) {
   EXPECT_EQ(rig.Contents(), before);
 }
 
-TEST(FileTreeNames, ANodeThatDoesNotLeadToTheCutOneStaysAsItIs) {
+TEST(TernaryRegistryNames, ANodeThatDoesNotLeadToTheCutOneStaysAsItIs) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("abc"));
   ASSERT_EQ(status::kOk, rig.Create("abcdef"));  // 300 behind 200
@@ -293,7 +293,7 @@ TEST(FileTreeNames, ANodeThatDoesNotLeadToTheCutOneStaysAsItIs) {
 }
 
 // The slots of a creation: the upper part, the key, the name's nodes in their order.
-TEST(FileTreeNames, SlotsAreTakenUpperPartFirst) {
+TEST(TernaryRegistryNames, SlotsAreTakenUpperPartFirst) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("abc"));
   const std::string name = "axxxxxxxxxxxxxxxxxxxxxxx";  // 'a' and 23 more, two nodes
@@ -305,7 +305,7 @@ TEST(FileTreeNames, SlotsAreTakenUpperPartFirst) {
   EXPECT_EQ(0x400u, rig.Word(kStringArea + 40 * 3 + 8));
 }
 
-TEST(FileTreeNames, NamesWithLongSharedBeginningsStayApart) {
+TEST(TernaryRegistryNames, NamesWithLongSharedBeginningsStayApart) {
   FileTreeRig rig;
   const std::string shared = "ABCDEFGHIJKLMNOPQRSTUVWXYZ";
   std::vector<std::string> names;
@@ -329,7 +329,7 @@ TEST(FileTreeNames, NamesWithLongSharedBeginningsStayApart) {
 
 // Random names of few different characters, so that they share and cut each other. What a creation
 // makes is found by asking: a name may come out cut short (see ACharacterThatDiffersAtTheEnd...).
-TEST(FileTreeNames, RandomNamesAreFoundAndNoOthers) {
+TEST(TernaryRegistryNames, RandomNamesAreFoundAndNoOthers) {
   for (unsigned int seed = 1; seed <= 6; ++seed) {
     SCOPED_TRACE(seed);
     FileTreeRig rig;

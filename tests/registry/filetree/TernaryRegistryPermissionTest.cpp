@@ -6,7 +6,7 @@ namespace tamu::registry {
 
 namespace {
 
-TEST(FileTreePermission, EverybodyMayAskForIt) {
+TEST(TernaryRegistryPermission, EverybodyMayAskForIt) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.tree.CreateKey(kUser, nullptr, "a", 0, false));
   const struct {
@@ -26,7 +26,7 @@ TEST(FileTreePermission, EverybodyMayAskForIt) {
   EXPECT_EQ(0x5Fu, permission);
 }
 
-TEST(FileTreePermission, OnlyTheOwnerAndTheAdministratorChangeIt) {
+TEST(TernaryRegistryPermission, OnlyTheOwnerAndTheAdministratorChangeIt) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.tree.CreateKey(kUser, nullptr, "a", 5, true));
   ASSERT_EQ(status::kOk, rig.CreateNumber("a", "n", 1));
@@ -47,7 +47,7 @@ TEST(FileTreePermission, OnlyTheOwnerAndTheAdministratorChangeIt) {
   EXPECT_EQ("000000000000a302ffff0000", rig.KeyNode(1).substr(0, 24));
 }
 
-TEST(FileTreePermission, AnOwnerWithoutAnyRightMayTakeThemBack) {
+TEST(TernaryRegistryPermission, AnOwnerWithoutAnyRightMayTakeThemBack) {
   FileTreeRig rig;
   KeyInfo info;
   ASSERT_EQ(status::kOk, rig.tree.CreateKey(kUser, nullptr, "a", 0, false));
@@ -63,7 +63,7 @@ TEST(FileTreePermission, AnOwnerWithoutAnyRightMayTakeThemBack) {
   EXPECT_EQ(0x10u, info.permission);
 }
 
-TEST(FileTreePermission, OnlyItsByteChanges) {
+TEST(TernaryRegistryPermission, OnlyItsByteChanges) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   rig.Patch(InKey(2, 0),
@@ -84,7 +84,7 @@ TEST(FileTreePermission, OnlyItsByteChanges) {
 }
 
 // It reads as a key that belongs to user 0 and gives no right; nothing is written for it.
-TEST(FileTreePermission, ANameWithoutAKeyHasPermissionZero) {
+TEST(TernaryRegistryPermission, ANameWithoutAKeyHasPermissionZero) {
   FileTreeRig rig;
   int anything = 0;
   ASSERT_EQ(status::kOk, rig.Create("ab"));
@@ -110,7 +110,7 @@ TEST(FileTreePermission, ANameWithoutAKeyHasPermissionZero) {
   EXPECT_EQ(rig.Contents(), before);
 }
 
-TEST(FileTreeRights, TheKeysBelowAreNotAsked) {
+TEST(TernaryRegistryRights, TheKeysBelowAreNotAsked) {
   FileTreeRig rig;
   const std::string backup = rig.dir / "backup";
   ASSERT_EQ(status::kOk, rig.tree.CreateKey(kUser, nullptr, "a", 0, false));
@@ -134,7 +134,7 @@ TEST(FileTreeRights, TheKeysBelowAreNotAsked) {
   EXPECT_EQ("0:", Listed(rig, ""));
 }
 
-TEST(FileTreeWatch, OnlyItsByteChanges) {
+TEST(TernaryRegistryWatch, OnlyItsByteChanges) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.tree.CreateKey(kUser, nullptr, "a", 7, true));
   ASSERT_EQ(status::kOk, rig.CreateNumber("a", "n", 1));
@@ -147,7 +147,7 @@ TEST(FileTreeWatch, OnlyItsByteChanges) {
   EXPECT_EQ(7u, number);
 }
 
-TEST(FileTreeWatch, NeedsTheRightToRead) {
+TEST(TernaryRegistryWatch, NeedsTheRightToRead) {
   ExpectToNeedTheRight(
       1, [](FileTreeRig&) {},
       [](TernaryRegistry& tree, unsigned int user) {

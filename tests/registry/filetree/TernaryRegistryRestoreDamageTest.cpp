@@ -27,7 +27,7 @@ void ExpectReplaced(FileTreeRig& rig, const std::string& backup) {
   EXPECT_EQ("0: v", ListedValues(rig, "a/y"));
 }
 
-TEST(FileTreeRestoreDamage, ALinkToAFreeNode) {
+TEST(TernaryRegistryRestoreDamage, ALinkToAFreeNode) {
   for (unsigned int link : kLinks) {
     SCOPED_TRACE(link);
     FileTreeRig rig;
@@ -39,7 +39,7 @@ TEST(FileTreeRestoreDamage, ALinkToAFreeNode) {
   }
 }
 
-TEST(FileTreeRestoreDamage, ALinkToAFreeKey) {
+TEST(TernaryRegistryRestoreDamage, ALinkToAFreeKey) {
   FileTreeRig rig;
   std::string backup;
   Prepare(rig, &backup);
@@ -47,7 +47,7 @@ TEST(FileTreeRestoreDamage, ALinkToAFreeKey) {
   ExpectReplaced(rig, backup);
 }
 
-TEST(FileTreeRestoreDamage, ALinkToAFreeValue) {
+TEST(TernaryRegistryRestoreDamage, ALinkToAFreeValue) {
   FileTreeRig rig;
   std::string backup;
   Prepare(rig, &backup);
@@ -63,7 +63,7 @@ void FreeTheNodeOfTheName(FileTreeRig& rig) {
   rig.Reopen();
 }
 
-TEST(FileTreeRestoreDamage, TheNodeOfTheNameIsFree) {
+TEST(TernaryRegistryRestoreDamage, TheNodeOfTheNameIsFree) {
   FileTreeRig rig;
   std::string backup;
   Prepare(rig, &backup);
@@ -72,7 +72,7 @@ TEST(FileTreeRestoreDamage, TheNodeOfTheNameIsFree) {
 }
 
 // "a/x" is in use itself; its new nodes would get the slot of "a" and lead away from it.
-TEST(FileTreeRestoreDamage, ANodeOnTheWayIsFree) {
+TEST(TernaryRegistryRestoreDamage, ANodeOnTheWayIsFree) {
   FileTreeRig rig;
   std::string backup;
   Prepare(rig, &backup);
@@ -84,7 +84,7 @@ TEST(FileTreeRestoreDamage, ANodeOnTheWayIsFree) {
 }
 
 // Links to a table that restoring appends.
-TEST(FileTreeRestoreDamage, ALinkIntoTheNextTable) {
+TEST(TernaryRegistryRestoreDamage, ALinkIntoTheNextTable) {
   FileTreeRig rig;
   std::string backup;
   Prepare(rig, &backup);

@@ -28,7 +28,7 @@ std::string LargeBackup() {
 }
 
 // A registry whose file is closed, and the backup in a file beside it.
-class FileTreeRestoreOnAFullDisk : public ::testing::Test {
+class TernaryRegistryRestoreFailuresTest : public ::testing::Test {
  protected:
   void SetUp() override {
     CreateTree(rig_, "a");
@@ -53,7 +53,7 @@ class FileTreeRestoreOnAFullDisk : public ::testing::Test {
   const std::string backup_ = rig_.dir / "backup";
 };
 
-TEST_F(FileTreeRestoreOnAFullDisk, NothingIsLostWhicheverKindCannotGrow) {
+TEST_F(TernaryRegistryRestoreFailuresTest, NothingIsLostWhicheverKindCannotGrow) {
   const std::string used = UsedSlots(rig_.path);
   const std::string before = SubtreeText(rig_, "");
   // Room for no table, for one of strings, of blocks too, and of values too.
@@ -75,7 +75,7 @@ TEST_F(FileTreeRestoreOnAFullDisk, NothingIsLostWhicheverKindCannotGrow) {
 }
 
 // Again and again, with the tables that are there already.
-TEST_F(FileTreeRestoreOnAFullDisk, SucceedsAsSoonAsThereIsRoom) {
+TEST_F(TernaryRegistryRestoreFailuresTest, SucceedsAsSoonAsThereIsRoom) {
   const std::string used = UsedSlots(rig_.path);
   const std::string before = SubtreeText(rig_, "");
   constexpr unsigned long kAll = kStrings + kBlocks + kValues + kKeys;

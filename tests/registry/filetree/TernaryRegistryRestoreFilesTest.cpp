@@ -28,7 +28,7 @@ void ExpectRefusedFile(FileTreeRig& rig, const std::string& file, unsigned int s
 
 // ---- arguments and keys
 
-TEST(FileTreeRestore, ANullArgumentIsRefused) {
+TEST(TernaryRegistryRestoreFiles, ANullArgumentIsRefused) {
   FileTreeRig rig;
   const std::string file = rig.dir / "b";
   PutFile(file, OneValue());
@@ -40,7 +40,7 @@ TEST(FileTreeRestore, ANullArgumentIsRefused) {
   EXPECT_EQ(rig.Contents(), before);
 }
 
-TEST(FileTreeRestore, AMissingKeyIsNotMade) {
+TEST(TernaryRegistryRestoreFiles, AMissingKeyIsNotMade) {
   FileTreeRig rig;
   for (const char* key : {"ab", "ac", "de"}) ASSERT_EQ(status::kOk, rig.Create(key));
   ASSERT_EQ(status::kOk, DeleteKey(rig, "de"));
@@ -59,7 +59,7 @@ TEST(FileTreeRestore, AMissingKeyIsNotMade) {
   EXPECT_EQ(rig.Contents(), before);
 }
 
-TEST(FileTreeRestore, WithoutAFileNobodyMayRestore) {
+TEST(TernaryRegistryRestoreFiles, WithoutAFileNobodyMayRestore) {
   TempDir folder;
   const std::string file = folder / "b";
   PutFile(file, OneValue());
@@ -69,7 +69,7 @@ TEST(FileTreeRestore, WithoutAFileNobodyMayRestore) {
 
 // ---- files
 
-TEST(FileTreeRestore, AFileThatCannotBeOpenedIsTold) {
+TEST(TernaryRegistryRestoreFiles, AFileThatCannotBeOpenedIsTold) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   for (const char* name : {"missing", "missing/b", ".", "a.rce/b"}) {
@@ -79,7 +79,7 @@ TEST(FileTreeRestore, AFileThatCannotBeOpenedIsTold) {
   EXPECT_FALSE(std::filesystem::exists(rig.dir / "missing"));
 }
 
-TEST(FileTreeRestore, NeverFromTheRegistryItself) {
+TEST(TernaryRegistryRestoreFiles, NeverFromTheRegistryItself) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   const std::string link = rig.dir / "symbolic";
@@ -93,14 +93,14 @@ TEST(FileTreeRestore, NeverFromTheRegistryItself) {
 }
 
 // It begins with 255, as if it were complete, and is no backup.
-TEST(FileTreeRestore, ARegistryFileIsNoBackup) {
+TEST(TernaryRegistryRestoreFiles, ARegistryFileIsNoBackup) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   std::filesystem::copy_file(rig.path, rig.dir / "copy");
   ExpectRefusedFile(rig, rig.dir / "copy", 59);
 }
 
-TEST(FileTreeRestore, AFileThatMayOnlyBeReadIsNotOpened) {
+TEST(TernaryRegistryRestoreFiles, AFileThatMayOnlyBeReadIsNotOpened) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   const std::string file = rig.dir / "b";
@@ -119,7 +119,7 @@ TEST(FileTreeRestore, AFileThatMayOnlyBeReadIsNotOpened) {
 
 // ---- the first byte
 
-TEST(FileTreeRestore, ABackupThatWasNeverCompletedIsRefused) {
+TEST(TernaryRegistryRestoreFiles, ABackupThatWasNeverCompletedIsRefused) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   std::string backup = OneValue();
@@ -130,7 +130,7 @@ TEST(FileTreeRestore, ABackupThatWasNeverCompletedIsRefused) {
   ExpectRefused(rig, "a", "", 5);
 }
 
-TEST(FileTreeRestore, EveryOtherFirstByteIsThatOfACompleteBackup) {
+TEST(TernaryRegistryRestoreFiles, EveryOtherFirstByteIsThatOfACompleteBackup) {
   for (const char* first : {"\x01", "\x02", "\x80", "\xFF"}) {
     FileTreeRig rig;
     ASSERT_EQ(status::kOk, rig.Create("a"));
@@ -139,7 +139,7 @@ TEST(FileTreeRestore, EveryOtherFirstByteIsThatOfACompleteBackup) {
   }
 }
 
-TEST(FileTreeRestore, WhatFollowsTheLastRecordDoesNotCount) {
+TEST(TernaryRegistryRestoreFiles, WhatFollowsTheLastRecordDoesNotCount) {
   for (const std::string& more : {std::string("x"), std::string(9000, '/'), OneValue()}) {
     FileTreeRig rig;
     ASSERT_EQ(status::kOk, rig.Create("a"));
@@ -150,7 +150,7 @@ TEST(FileTreeRestore, WhatFollowsTheLastRecordDoesNotCount) {
   }
 }
 
-TEST(FileTreeRestore, TheFileIsClosedAfterwards) {
+TEST(TernaryRegistryRestoreFiles, TheFileIsClosedAfterwards) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   EXPECT_EQ(status::kOk, RestoreBytes(rig, "a", OneValue()));
@@ -169,7 +169,7 @@ TEST(FileTreeRestore, TheFileIsClosedAfterwards) {
 // ---- room
 
 // More than half of the names that a file can have.
-TEST(FileTreeRestore, NeedsRoomBesideWhatIsThere) {
+TEST(TernaryRegistryRestoreFiles, NeedsRoomBesideWhatIsThere) {
   std::string backup = kComplete;
   constexpr unsigned int kNames = 6000;
   for (unsigned int i = 1; i < kNames; ++i) backup += NameRecord("k", 0, {0, 0, kSome, 0});

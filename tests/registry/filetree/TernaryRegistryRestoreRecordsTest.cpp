@@ -21,7 +21,7 @@ std::string SixKeys(unsigned int some) {
 
 // ---- ids
 
-TEST(FileTreeRestore, SlotsAreTakenInTheOrderOfTheFile) {
+TEST(TernaryRegistryRestoreRecords, SlotsAreTakenInTheOrderOfTheFile) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   EXPECT_EQ(status::kOk, RestoreBytes(rig, "a", SixKeys(kSome)));
@@ -50,7 +50,7 @@ TEST(FileTreeRestore, SlotsAreTakenInTheOrderOfTheFile) {
   ExpectSound(rig);
 }
 
-TEST(FileTreeRestore, TheSlotGivenBackLastIsTakenFirst) {
+TEST(TernaryRegistryRestoreRecords, TheSlotGivenBackLastIsTakenFirst) {
   FileTreeRig rig;
   for (const char* key : {"a", "b", "b/c", "b/d"}) ASSERT_EQ(status::kOk, rig.Create(key));
   ASSERT_EQ(status::kOk,
@@ -63,7 +63,7 @@ TEST(FileTreeRestore, TheSlotGivenBackLastIsTakenFirst) {
 }
 
 // Those of the backup may be in use for something else.
-TEST(FileTreeRestore, NoIdOfTheBackupIsFollowed) {
+TEST(TernaryRegistryRestoreRecords, NoIdOfTheBackupIsFollowed) {
   for (unsigned int id : {0x100u, 0x200u, 0x300u, 0x400u, 0x500u, 0x600u, 0x1u, 0xFFFFFFu}) {
     SCOPED_TRACE(id);
     FileTreeRig rig;
@@ -82,7 +82,7 @@ TEST(FileTreeRestore, NoIdOfTheBackupIsFollowed) {
   }
 }
 
-TEST(FileTreeRestore, TheOldSubtreeIsGivenBackAfterTheNewIsStored) {
+TEST(TernaryRegistryRestoreRecords, TheOldSubtreeIsGivenBackAfterTheNewIsStored) {
   FileTreeRig rig;
   for (const char* key : {"a", "a/b", "a/b/c"}) ASSERT_EQ(status::kOk, rig.Create(key));
   for (const char* name : {"1", "2"}) ASSERT_EQ(status::kOk, rig.CreateNumber("a/b", name, 1));
@@ -104,7 +104,7 @@ TEST(FileTreeRestore, TheOldSubtreeIsGivenBackAfterTheNewIsStored) {
 
 // ---- what is not taken as it is
 
-TEST(FileTreeRestore, TheNumberOfValuesIsThatOfTheRecords) {
+TEST(TernaryRegistryRestoreRecords, TheNumberOfValuesIsThatOfTheRecords) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   EXPECT_EQ(status::kOk, RestoreBytes(rig, "a",
@@ -121,7 +121,7 @@ TEST(FileTreeRestore, TheNumberOfValuesIsThatOfTheRecords) {
   ExpectSound(rig);
 }
 
-TEST(FileTreeRestore, WhatIsReservedIsZeroAfterwards) {
+TEST(TernaryRegistryRestoreRecords, WhatIsReservedIsZeroAfterwards) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   std::string name = NameRecord("bc", kSome);
@@ -148,7 +148,7 @@ TEST(FileTreeRestore, WhatIsReservedIsZeroAfterwards) {
   ExpectSound(rig);
 }
 
-TEST(FileTreeRestore, DataOfEveryLengthIsStored) {
+TEST(TernaryRegistryRestoreRecords, DataOfEveryLengthIsStored) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   for (unsigned int size : {0u, 1u, 63u, 64u, 65u, 128u, 1023u, 1024u}) {
@@ -165,7 +165,7 @@ TEST(FileTreeRestore, DataOfEveryLengthIsStored) {
   }
 }
 
-TEST(FileTreeRestore, AValueThatIsNotSetStaysUnset) {
+TEST(TernaryRegistryRestoreRecords, AValueThatIsNotSetStaysUnset) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   EXPECT_EQ(status::kOk,
@@ -181,7 +181,7 @@ TEST(FileTreeRestore, AValueThatIsNotSetStaysUnset) {
 // ---- with and without sub-keys
 
 // The numbers are ids whose bytes look like names, too.
-TEST(FileTreeRestore, KeysWithAnyNumberOfValuesAreToldFromSubKeys) {
+TEST(TernaryRegistryRestoreRecords, KeysWithAnyNumberOfValuesAreToldFromSubKeys) {
   for (unsigned int count : {0u, 1u, 47u, 97u, 300u}) {
     SCOPED_TRACE(count);
     FileTreeRig rig;
@@ -202,7 +202,7 @@ TEST(FileTreeRestore, KeysWithAnyNumberOfValuesAreToldFromSubKeys) {
   }
 }
 
-TEST(FileTreeRestore, SubKeysOfAnyNameAreToldFromAKey) {
+TEST(TernaryRegistryRestoreRecords, SubKeysOfAnyNameAreToldFromAKey) {
   for (int c = 1; c < 256; ++c) {
     if (c == '/') continue;
     SCOPED_TRACE(c);
@@ -222,7 +222,7 @@ TEST(FileTreeRestore, SubKeysOfAnyNameAreToldFromAKey) {
 
 // ---- growing, and failing on the way
 
-TEST(FileTreeRestore, TheFileGrowsAsNeeded) {
+TEST(TernaryRegistryRestoreRecords, TheFileGrowsAsNeeded) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   std::string backup = kComplete;
@@ -250,7 +250,7 @@ TEST(FileTreeRestore, TheFileGrowsAsNeeded) {
 }
 
 // A free list breaks off behind its first slots: what was taken comes back in the old order.
-TEST(FileTreeRestore, ARestoreThatFailsOnTheWayLeavesTheKeyAsItWas) {
+TEST(TernaryRegistryRestoreRecords, ARestoreThatFailsOnTheWayLeavesTheKeyAsItWas) {
   const struct {
     unsigned int table;
     unsigned int needed;  // slots

@@ -8,7 +8,7 @@ namespace {
 
 // ---- over the key that was backed up
 
-TEST(FileTreeRestore, OverItselfAKeyIsAsItWasBackedUp) {
+TEST(TernaryRegistryRestore, OverItselfAKeyIsAsItWasBackedUp) {
   FileTreeRig rig;
   CreateTree(rig, "a");
   CreateTree(rig, "z");
@@ -31,7 +31,7 @@ TEST(FileTreeRestore, OverItselfAKeyIsAsItWasBackedUp) {
   EXPECT_EQ("0 type 1: 7465787400", rig.Get("a/m/x/0123456789abcdefghijk", "text"));
 }
 
-TEST(FileTreeRestore, AgainAndAgainNothingIsLostButBlocks) {
+TEST(TernaryRegistryRestore, AgainAndAgainNothingIsLostButBlocks) {
   FileTreeRig rig;
   CreateTree(rig, "a");
   const std::string all = SubtreeText(rig, "");
@@ -50,7 +50,7 @@ TEST(FileTreeRestore, AgainAndAgainNothingIsLostButBlocks) {
   }
 }
 
-TEST(FileTreeRestore, ADeletedSubtreeComesBack) {
+TEST(TernaryRegistryRestore, ADeletedSubtreeComesBack) {
   FileTreeRig rig;
   CreateTree(rig, "a");
   const std::string all = SubtreeText(rig, "");
@@ -66,7 +66,7 @@ TEST(FileTreeRestore, ADeletedSubtreeComesBack) {
 
 // ---- over another key
 
-TEST(FileTreeRestore, EverythingButTheNameComesFromTheBackup) {
+TEST(TernaryRegistryRestore, EverythingButTheNameComesFromTheBackup) {
   FileTreeRig rig;
   CreateTree(rig, "a");
   for (const char* key : {"z", "z/m", "z/b", "z/y", "z/mm", "z/m/1", "z/m/1/2", "z/m/3"}) {
@@ -89,7 +89,7 @@ TEST(FileTreeRestore, EverythingButTheNameComesFromTheBackup) {
   ExpectSound(rig);
 }
 
-TEST(FileTreeRestore, TheNodeOfTheNameKeepsItsLinksToOthers) {
+TEST(TernaryRegistryRestore, TheNodeOfTheNameKeepsItsLinksToOthers) {
   FileTreeRig rig;
   for (const char* key : {"m", "f", "t", "mn", "m/x"}) ASSERT_EQ(status::kOk, rig.Create(key));
   ASSERT_EQ(rig.StringNode(2), Packed("0000106d 00030000 00040000 00050000 00060000 00020000"));
@@ -101,7 +101,7 @@ TEST(FileTreeRestore, TheNodeOfTheNameKeepsItsLinksToOthers) {
   ExpectSound(rig);
 }
 
-TEST(FileTreeRestore, ABackupWithoutSubKeysLeavesNone) {
+TEST(TernaryRegistryRestore, ABackupWithoutSubKeysLeavesNone) {
   FileTreeRig rig;
   CreateTree(rig, "a");
   ASSERT_EQ(status::kOk, rig.Create("b"));
@@ -115,7 +115,7 @@ TEST(FileTreeRestore, ABackupWithoutSubKeysLeavesNone) {
   ExpectSound(rig);
 }
 
-TEST(FileTreeRestore, AKeyIsRestoredBelowItself) {
+TEST(TernaryRegistryRestore, AKeyIsRestoredBelowItself) {
   FileTreeRig rig;
   CreateTree(rig, "a");
   const std::string before = SubtreeText(rig, "a");
@@ -130,7 +130,7 @@ TEST(FileTreeRestore, AKeyIsRestoredBelowItself) {
   ExpectSound(rig);
 }
 
-TEST(FileTreeRestore, SlashesAroundAPathMeanTheSameKey) {
+TEST(TernaryRegistryRestore, SlashesAroundAPathMeanTheSameKey) {
   for (const char* path : {"a", "/a", "a/", "/a/"}) {
     FileTreeRig rig;
     ASSERT_EQ(status::kOk, rig.Create("a"));
@@ -141,7 +141,7 @@ TEST(FileTreeRestore, SlashesAroundAPathMeanTheSameKey) {
   }
 }
 
-TEST(FileTreeRestore, ABackupIsCarriedToAnotherRegistry) {
+TEST(TernaryRegistryRestore, ABackupIsCarriedToAnotherRegistry) {
   std::string text;
   TempDir folder;
   const std::string file = folder / "b";
@@ -160,7 +160,7 @@ TEST(FileTreeRestore, ABackupIsCarriedToAnotherRegistry) {
 }
 
 // What cannot be reached below the key stays in use.
-TEST(FileTreeRestore, DamageBelowAKeyDoesNotKeepItFromBeingReplaced) {
+TEST(TernaryRegistryRestore, DamageBelowAKeyDoesNotKeepItFromBeingReplaced) {
   for (unsigned int link : {4u, 8u, 12u, 16u, 20u}) {
     for (unsigned int id : {0x300u, 0x200u, 0x100u, 0x1FFu, 0xEEEE00u, 0x5000u}) {
       SCOPED_TRACE(std::to_string(link) + " to " + std::to_string(id));
@@ -183,7 +183,7 @@ TEST(FileTreeRestore, DamageBelowAKeyDoesNotKeepItFromBeingReplaced) {
 
 // ---- the root
 
-TEST(FileTreeRestore, TheRootIsRestoredWithAllKeys) {
+TEST(TernaryRegistryRestore, TheRootIsRestoredWithAllKeys) {
   FileTreeRig rig;
   CreateTree(rig, "");
   ASSERT_EQ(status::kOk, rig.tree.SetDefaultValue(kAdmin, nullptr, "", 77, false));
@@ -204,7 +204,7 @@ TEST(FileTreeRestore, TheRootIsRestoredWithAllKeys) {
 }
 
 // The root is found without looking at the flag of its node.
-TEST(FileTreeRestore, TheNodeOfTheNameTellsThatAKeyEndsThere) {
+TEST(TernaryRegistryRestore, TheNodeOfTheNameTellsThatAKeyEndsThere) {
   FileTreeRig rig;
   rig.Patch(kStringArea + 40 + 2, "00");
   EXPECT_EQ(status::kOk, RestoreBytes(rig, "", kComplete + KeyRecord(0)));
@@ -212,7 +212,7 @@ TEST(FileTreeRestore, TheNodeOfTheNameTellsThatAKeyEndsThere) {
   ExpectSound(rig);
 }
 
-TEST(FileTreeRestore, ABackupOfTheRootBecomesAnOrdinaryKey) {
+TEST(TernaryRegistryRestore, ABackupOfTheRootBecomesAnOrdinaryKey) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   ASSERT_EQ(status::kOk, rig.Create("b"));
@@ -232,7 +232,7 @@ TEST(FileTreeRestore, ABackupOfTheRootBecomesAnOrdinaryKey) {
   EXPECT_EQ(0x5F, permission);
 }
 
-TEST(FileTreeRestore, ABackupOfAnOrdinaryKeyBecomesTheRoot) {
+TEST(TernaryRegistryRestore, ABackupOfAnOrdinaryKeyBecomesTheRoot) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.tree.CreateKey(kUser, nullptr, "a", 0x1234, true));
   ASSERT_EQ(status::kOk, rig.tree.CreateKey(kUser, nullptr, "a/b", 0, false));
@@ -255,7 +255,7 @@ TEST(FileTreeRestore, ABackupOfAnOrdinaryKeyBecomesTheRoot) {
 
 // ---- rights
 
-TEST(FileTreeRestore, NeedsTheRightToCreate) {
+TEST(TernaryRegistryRestore, NeedsTheRightToCreate) {
   TempDir folder;
   const std::string file = folder / "b";
   PutFile(file, kComplete + NameRecord("x", kSome) + KeyRecord(0) + KeyRecord(0));
@@ -266,7 +266,7 @@ TEST(FileTreeRestore, NeedsTheRightToCreate) {
       });
 }
 
-TEST(FileTreeRestore, TheRightsOfTheKeysBelowDoNotCount) {
+TEST(TernaryRegistryRestore, TheRightsOfTheKeysBelowDoNotCount) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.tree.CreateKey(kUser, nullptr, "a", 0, false));
   ASSERT_EQ(status::kOk, rig.Create("a/b"));
@@ -279,7 +279,7 @@ TEST(FileTreeRestore, TheRightsOfTheKeysBelowDoNotCount) {
   EXPECT_EQ(rig.KeyNode(4), Packed("00000000 0000 0f 00 ffff0000 00000000 0000000000000000"));
 }
 
-TEST(FileTreeRestore, AnybodyMayReplaceTheWholeRegistry) {
+TEST(TernaryRegistryRestore, AnybodyMayReplaceTheWholeRegistry) {
   FileTreeRig rig;
   CreateTree(rig, "a");
   std::string key = KeyRecord(0);

@@ -33,12 +33,12 @@ std::string Hit(FileTreeRig& rig, const char* path) {
   return text;
 }
 
-TEST(FileTreeSearch, AFreshDescriptorNamesNothing) {
+TEST(TernaryRegistrySearch, AFreshDescriptorNamesNothing) {
   EXPECT_EQ("0: node 0 key 0 position 0 cut -1 previous 0 directory 0 flags 0",
             Describe(0, Match()));
 }
 
-TEST(FileTreeSearch, TheEmptyPathIsTheRootKey) {
+TEST(TernaryRegistrySearch, TheEmptyPathIsTheRootKey) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("abc"));
   EXPECT_EQ("0: node 100 key 100", Hit(rig, ""));
@@ -46,7 +46,7 @@ TEST(FileTreeSearch, TheEmptyPathIsTheRootKey) {
   EXPECT_EQ("0: node 100 key 100", Hit(rig, nullptr));
 }
 
-TEST(FileTreeSearch, InAnEmptyTreeEveryNameHangsFromTheRootsChildLink) {
+TEST(TernaryRegistrySearch, InAnEmptyTreeEveryNameHangsFromTheRootsChildLink) {
   FileTreeRig rig;
   EXPECT_EQ("2: node 100 key 0 position 0 cut -1 previous 0 directory 100 flags 1",
             Search(rig, "x"));
@@ -58,7 +58,7 @@ TEST(FileTreeSearch, InAnEmptyTreeEveryNameHangsFromTheRootsChildLink) {
             Search(rig, "//"));
 }
 
-TEST(FileTreeSearch, APathThatLeavesASegmentTellsTheCut) {
+TEST(TernaryRegistrySearch, APathThatLeavesASegmentTellsTheCut) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("abcd"));  // one node, 200: segment "abc", split 'd'
   // The path ends inside the segment: the cut is the last character that matched.
@@ -82,7 +82,7 @@ TEST(FileTreeSearch, APathThatLeavesASegmentTellsTheCut) {
             Search(rig, "a/"));
 }
 
-TEST(FileTreeSearch, APathThatLeavesAtASplitCharacterHangsFromItsLowOrHighLink) {
+TEST(TernaryRegistrySearch, APathThatLeavesAtASplitCharacterHangsFromItsLowOrHighLink) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("abc"));
   EXPECT_EQ("2: node 200 key 0 position 2 cut -1 previous 100 directory 100 flags 0",
@@ -93,7 +93,7 @@ TEST(FileTreeSearch, APathThatLeavesAtASplitCharacterHangsFromItsLowOrHighLink) 
             Search(rig, "ab/"));
 }
 
-TEST(FileTreeSearch, ALongerNameHangsFromTheEqualLink) {
+TEST(TernaryRegistrySearch, ALongerNameHangsFromTheEqualLink) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("abc"));
   EXPECT_EQ("2: node 200 key 0 position 3 cut -1 previous 100 directory 100 flags 2",
@@ -105,7 +105,7 @@ TEST(FileTreeSearch, ALongerNameHangsFromTheEqualLink) {
             Search(rig, "abcx"));
 }
 
-TEST(FileTreeSearch, ANameThatEndsWithoutAKeyMissesAtItsNode) {
+TEST(TernaryRegistrySearch, ANameThatEndsWithoutAKeyMissesAtItsNode) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("ab"));
   ASSERT_EQ(status::kOk,
@@ -118,7 +118,7 @@ TEST(FileTreeSearch, ANameThatEndsWithoutAKeyMissesAtItsNode) {
             Search(rig, "b"));
 }
 
-TEST(FileTreeSearch, ASubKeyHangsFromTheChildLink) {
+TEST(TernaryRegistrySearch, ASubKeyHangsFromTheChildLink) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("abc"));
   EXPECT_EQ("2: node 200 key 0 position 4 cut -1 previous 100 directory 200 flags 3",
@@ -129,7 +129,7 @@ TEST(FileTreeSearch, ASubKeyHangsFromTheChildLink) {
             Search(rig, "abc//"));
 }
 
-TEST(FileTreeSearch, TheFlagsAreThoseOfTheLastNode) {
+TEST(TernaryRegistrySearch, TheFlagsAreThoseOfTheLastNode) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("abc"));
   ASSERT_EQ(status::kOk, rig.Create("abc/def"));  // 300 under 200: segment "de", split 'f'
@@ -145,7 +145,7 @@ TEST(FileTreeSearch, TheFlagsAreThoseOfTheLastNode) {
   EXPECT_EQ("0: node 300 key 300", Hit(rig, "/abc/def/"));
 }
 
-TEST(FileTreeSearch, ATrailingSlashNamesTheSameKey) {
+TEST(TernaryRegistrySearch, ATrailingSlashNamesTheSameKey) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   EXPECT_EQ("0: node 200 key 200", Hit(rig, "a/"));
@@ -154,7 +154,7 @@ TEST(FileTreeSearch, ATrailingSlashNamesTheSameKey) {
   EXPECT_EQ(status::kNotFound, rig.Find("//a"));
 }
 
-TEST(FileTreeSearch, ATrailingSlashFindsANameThatHasNoKey) {
+TEST(TernaryRegistrySearch, ATrailingSlashFindsANameThatHasNoKey) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("ab"));
   ASSERT_EQ(status::kOk, rig.Create("bc"));
@@ -162,7 +162,7 @@ TEST(FileTreeSearch, ATrailingSlashFindsANameThatHasNoKey) {
   EXPECT_EQ(status::kNotFound, rig.Find("a"));
 }
 
-TEST(FileTreeSearch, UpperAndLowerCaseAreDifferentNames) {
+TEST(TernaryRegistrySearch, UpperAndLowerCaseAreDifferentNames) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   EXPECT_EQ(status::kNotFound, rig.Find("A"));
@@ -171,7 +171,7 @@ TEST(FileTreeSearch, UpperAndLowerCaseAreDifferentNames) {
   EXPECT_EQ(0x300u, rig.KeyOf("A"));
 }
 
-TEST(FileTreeSearch, BytesFromHex80OnComeBeforeAllOthers) {
+TEST(TernaryRegistrySearch, BytesFromHex80OnComeBeforeAllOthers) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("m"));     // 200
   ASSERT_EQ(status::kOk, rig.Create("\x80"));  // 300, below 'm'
@@ -204,7 +204,7 @@ TEST(FileTreeSearch, BytesFromHex80OnComeBeforeAllOthers) {
   EXPECT_EQ(status::kNotFound, rig.Find("\x81"));
 }
 
-TEST(FileTreeSearch, SegmentsHoldAnyByteButTheSlash) {
+TEST(TernaryRegistrySearch, SegmentsHoldAnyByteButTheSlash) {
   FileTreeRig rig;
   std::string name;
   for (int c = 1; c < 256; ++c) {
@@ -217,7 +217,7 @@ TEST(FileTreeSearch, SegmentsHoldAnyByteButTheSlash) {
   EXPECT_EQ(status::kNotFound, rig.Find(name));
 }
 
-TEST(FileTreeSearch, AMissWritesNoIds) {
+TEST(TernaryRegistrySearch, AMissWritesNoIds) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   unsigned int node = 77;
@@ -231,7 +231,7 @@ TEST(FileTreeSearch, AMissWritesNoIds) {
 }
 
 // Any tree pointer but null starts the search at node 0, which is all zero.
-TEST(FileTreeSearch, WithATreePointerOnlyTheEmptyPathIsThere) {
+TEST(TernaryRegistrySearch, WithATreePointerOnlyTheEmptyPathIsThere) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   int anything = 0;
@@ -245,7 +245,7 @@ TEST(FileTreeSearch, WithATreePointerOnlyTheEmptyPathIsThere) {
   EXPECT_EQ(status::kExists, rig.tree.CreateKey(kAdmin, &anything, "", 0, false));
 }
 
-TEST(FileTreeSearch, NullPointersForResultsAreRefused) {
+TEST(TernaryRegistrySearch, NullPointersForResultsAreRefused) {
   FileTreeRig rig;
   unsigned int id = 0;
   EXPECT_EQ(status::kBadArgument, rig.tree.FindKey(nullptr, "", nullptr, &id));
@@ -253,7 +253,7 @@ TEST(FileTreeSearch, NullPointersForResultsAreRefused) {
   EXPECT_EQ(status::kBadArgument, rig.tree.FindKey(0x100u, "", nullptr));
 }
 
-TEST(FileTreeSearch, APathIsReadNoFurtherThanItsTerminator) {
+TEST(TernaryRegistrySearch, APathIsReadNoFurtherThanItsTerminator) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("abcdefghijklmnopqrst"));
   const std::string longest = "/abcdefghijklmnopqrst/";
@@ -269,7 +269,7 @@ TEST(FileTreeSearch, APathIsReadNoFurtherThanItsTerminator) {
   }
 }
 
-TEST(FileTreeSearch, TheLockIsFreeAfterEveryOutcome) {
+TEST(TernaryRegistrySearch, TheLockIsFreeAfterEveryOutcome) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("abc"));
   for (const char* path : {"", "abc", "abc/", "a", "abd", "abcd", "abc/d"}) {
@@ -278,7 +278,7 @@ TEST(FileTreeSearch, TheLockIsFreeAfterEveryOutcome) {
   }
 }
 
-TEST(FileTreeSearch, OwnerAdministratorAndOthersHaveTheirNibble) {
+TEST(TernaryRegistrySearch, OwnerAdministratorAndOthersHaveTheirNibble) {
   TernaryKeyNode key;
   key.setOwner(kUser);
   for (unsigned int permission = 0; permission < 256; ++permission) {
@@ -294,7 +294,7 @@ TEST(FileTreeSearch, OwnerAdministratorAndOthersHaveTheirNibble) {
   }
 }
 
-TEST(FileTreeSearch, OneOfTheRightsAskedForIsEnough) {
+TEST(TernaryRegistrySearch, OneOfTheRightsAskedForIsEnough) {
   TernaryKeyNode key;
   key.setOwner(kUser);
   key.setPermission(0x42);
@@ -305,7 +305,7 @@ TEST(FileTreeSearch, OneOfTheRightsAskedForIsEnough) {
   EXPECT_FALSE(TernaryRegistry::isPermissible(&key, kUser, 0));
 }
 
-TEST(FileTreeSearch, APermissionOf0FDeniesEverybodyElse) {
+TEST(TernaryRegistrySearch, APermissionOf0FDeniesEverybodyElse) {
   TernaryKeyNode key;
   key.setOwner(kUser);
   key.setPermission(0x0F);

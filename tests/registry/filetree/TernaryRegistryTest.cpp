@@ -48,7 +48,7 @@ std::string AnswersOf(TernaryRegistry& tree) {
 
 const char kAll1[] = "1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 1 ";
 
-TEST(FileTree, MakesAMissingFileWithARootKey) {
+TEST(TernaryRegistry, MakesAMissingFileWithARootKey) {
   TempDir dir;
   const std::string path = dir / "a.rce";
   TernaryRegistry tree(nullptr, nullptr);
@@ -58,7 +58,7 @@ TEST(FileTree, MakesAMissingFileWithARootKey) {
   EXPECT_EQ("0001000070280100", HexOf(FileBytes(path, 4180 + 28, 8)));  // root 100, 75888 bytes
 }
 
-TEST(FileTree, ARootKeyThatFindsNoRoomForItsNameTakesNoSlot) {
+TEST(TernaryRegistry, ARootKeyThatFindsNoRoomForItsNameTakesNoSlot) {
   TempDir dir;
   const std::string path = dir / "a.rce";
   TernaryFile store;
@@ -77,7 +77,7 @@ TEST(FileTree, ARootKeyThatFindsNoRoomForItsNameTakesNoSlot) {
   store.Finalize();
 }
 
-TEST(FileTree, OpensAnExistingFileAsItIs) {
+TEST(TernaryRegistry, OpensAnExistingFileAsItIs) {
   TempDir dir;
   const std::string path = dir / "a.rce";
   {
@@ -95,7 +95,7 @@ TEST(FileTree, OpensAnExistingFileAsItIs) {
   EXPECT_EQ(GetFile(path), before);
 }
 
-TEST(FileTree, AnotherProcessReadsWhatOneHasWritten) {
+TEST(TernaryRegistry, AnotherProcessReadsWhatOneHasWritten) {
   TempDir dir;
   const std::string path = dir / "a.rce";
   EXPECT_TRUE(InChild([&] {
@@ -113,7 +113,7 @@ TEST(FileTree, AnotherProcessReadsWhatOneHasWritten) {
   EXPECT_STREQ(value.text(), "written");
 }
 
-TEST(FileTree, ASecondOpeningStartsWithAFreeLock) {
+TEST(TernaryRegistry, ASecondOpeningStartsWithAFreeLock) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("ab"));
   ASSERT_EQ(status::kOk, rig.Create("a"));  // leaves a level of the lock
@@ -123,7 +123,7 @@ TEST(FileTree, ASecondOpeningStartsWithAFreeLock) {
   EXPECT_EQ(0x300u, rig.KeyOf("a"));
 }
 
-TEST(FileTree, AnswersNoRightBeforeItIsOpenedAndAfterItIsClosed) {
+TEST(TernaryRegistry, AnswersNoRightBeforeItIsOpenedAndAfterItIsClosed) {
   TernaryRegistry fresh(nullptr, nullptr);
   EXPECT_EQ(kAll1, AnswersOf(fresh));
   FileTreeRig rig;
@@ -133,7 +133,7 @@ TEST(FileTree, AnswersNoRightBeforeItIsOpenedAndAfterItIsClosed) {
   EXPECT_EQ(kAll1, AnswersOf(rig.tree));
 }
 
-TEST(FileTree, AFileThatIsNoRegistryIsLeftAlone) {
+TEST(TernaryRegistry, AFileThatIsNoRegistryIsLeftAlone) {
   TempDir dir;
   const std::string path = dir / "a.rce";
   for (const std::string& bytes : {std::string(), std::string("no registry"),
@@ -146,7 +146,7 @@ TEST(FileTree, AFileThatIsNoRegistryIsLeftAlone) {
   }
 }
 
-TEST(FileTree, AFileOfAnotherVersionIsLeftAlone) {
+TEST(TernaryRegistry, AFileOfAnotherVersionIsLeftAlone) {
   FileTreeRig rig;
   rig.tree.Finalize();
   for (unsigned int field : {0u, 4u, 8u, 12u}) {
@@ -160,7 +160,7 @@ TEST(FileTree, AFileOfAnotherVersionIsLeftAlone) {
   EXPECT_EQ(status::kOk, rig.tree.Initialize(rig.path.c_str()));
 }
 
-TEST(FileTree, APathThatCannotHoldAFileAnswersNoSpace) {
+TEST(TernaryRegistry, APathThatCannotHoldAFileAnswersNoSpace) {
   TempDir dir;
   TernaryRegistry tree(nullptr, nullptr);
   EXPECT_EQ(status::kNoSpace, tree.Initialize((dir / "missing/a.rce").c_str()));
@@ -169,7 +169,7 @@ TEST(FileTree, APathThatCannotHoldAFileAnswersNoSpace) {
   EXPECT_EQ(status::kOk, tree.Initialize((dir / "a.rce").c_str()));
 }
 
-TEST(FileTree, AFileThatCannotBeOpenedForWantOfADescriptorIsNotReplaced) {
+TEST(TernaryRegistry, AFileThatCannotBeOpenedForWantOfADescriptorIsNotReplaced) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   rig.tree.Finalize();
@@ -183,7 +183,7 @@ TEST(FileTree, AFileThatCannotBeOpenedForWantOfADescriptorIsNotReplaced) {
 }
 
 // Emptying takes no more than the right to write: a file that may not be read could be lost.
-TEST(FileTree, AFileThatMayNotBeOpenedIsNotReplaced) {
+TEST(TernaryRegistry, AFileThatMayNotBeOpenedIsNotReplaced) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   rig.tree.Finalize();
@@ -201,14 +201,14 @@ TEST(FileTree, AFileThatMayNotBeOpenedIsNotReplaced) {
   }
 }
 
-TEST(FileTree, ANullPathIsRefused) {
+TEST(TernaryRegistry, ANullPathIsRefused) {
   TernaryRegistry tree(nullptr, nullptr);
   EXPECT_EQ(status::kBadArgument, tree.Initialize(nullptr));
   EXPECT_EQ(kAll1, AnswersOf(tree));
 }
 
 // The store is on the heap: what frees it twice or not at all, the sanitizer tells.
-TEST(FileTree, FinalizeDestroysTheStoreItWasGiven) {
+TEST(TernaryRegistry, FinalizeDestroysTheStoreItWasGiven) {
   TempDir dir;
   const std::string path = dir / "a.rce";
   TernaryFile* store = new TernaryFile;
@@ -223,7 +223,7 @@ TEST(FileTree, FinalizeDestroysTheStoreItWasGiven) {
   EXPECT_EQ(kAll1, AnswersOf(tree));
 }
 
-TEST(FileTree, ATreeThatGoesWithoutFinalizeLeavesTheStoreItWasGiven) {
+TEST(TernaryRegistry, ATreeThatGoesWithoutFinalizeLeavesTheStoreItWasGiven) {
   TempDir folder;
   TernaryFile store;
   ASSERT_EQ(status::kOk, store.CreateRegistryFile((folder / "store.rce").c_str(), 65536));
@@ -236,7 +236,7 @@ TEST(FileTree, ATreeThatGoesWithoutFinalizeLeavesTheStoreItWasGiven) {
   store.Finalize();
 }
 
-TEST(FileTree, OpeningAgainLeavesTheFirstFile) {
+TEST(TernaryRegistry, OpeningAgainLeavesTheFirstFile) {
   TempDir folder;
   TernaryRegistry tree(nullptr, nullptr);
   ASSERT_EQ(status::kOk, tree.Initialize((folder / "first.rce").c_str()));
@@ -247,7 +247,7 @@ TEST(FileTree, OpeningAgainLeavesTheFirstFile) {
   EXPECT_TRUE(GetFile(folder / "first.rce") != GetFile(folder / "second.rce"));
 }
 
-TEST(FileTree, ASharedStoreOutlivesTheTree) {
+TEST(TernaryRegistry, ASharedStoreOutlivesTheTree) {
   TempDir dir;
   const std::string path = dir / "a.rce";
   TernaryFile store;
@@ -274,7 +274,7 @@ TEST(FileTree, ASharedStoreOutlivesTheTree) {
 }
 
 // The tree that is given a store makes its root; that it cannot does not fail the opening.
-TEST(FileTree, AStoreThatIsNotOpenFailsTheOperationsOnly) {
+TEST(TernaryRegistry, AStoreThatIsNotOpenFailsTheOperationsOnly) {
   TernaryFile store;
   TernaryRegistry tree(&store, nullptr);
   tree.ShareStore();
@@ -283,7 +283,7 @@ TEST(FileTree, AStoreThatIsNotOpenFailsTheOperationsOnly) {
   EXPECT_EQ(status::kInputOutput, tree.CreateRootKey());
 }
 
-TEST(FileTree, ClosesWithItsLockHeld) {
+TEST(TernaryRegistry, ClosesWithItsLockHeld) {
   {
     FileTreeRig rig;
     ASSERT_EQ(status::kOk, rig.Create("ab"));

@@ -5,7 +5,7 @@ namespace tamu::registry {
 
 namespace {
 
-TEST(FileTreeDamage, AFirstValueThatDoesNotExist) {
+TEST(TernaryRegistryValueDamage, AFirstValueThatDoesNotExist) {
   for (unsigned int bad : kBadIds) {
     SCOPED_TRACE(bad);
     FileTreeRig rig;
@@ -19,7 +19,7 @@ TEST(FileTreeDamage, AFirstValueThatDoesNotExist) {
   }
 }
 
-TEST(FileTreeDamage, ANextValueThatDoesNotExist) {
+TEST(TernaryRegistryValueDamage, ANextValueThatDoesNotExist) {
   for (unsigned int bad : kBadIds) {
     SCOPED_TRACE(bad);
     FileTreeRig rig;
@@ -32,7 +32,7 @@ TEST(FileTreeDamage, ANextValueThatDoesNotExist) {
   }
 }
 
-TEST(FileTreeDamage, AValueThatIsItsOwnNext) {
+TEST(TernaryRegistryValueDamage, AValueThatIsItsOwnNext) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.CreateNumber("", "w", 5));
   rig.PatchWord(InValue(1, 0), 0x100);
@@ -40,7 +40,7 @@ TEST(FileTreeDamage, AValueThatIsItsOwnNext) {
   EXPECT_EQ("0 type 0: 0500000000000000", rig.Get("", "w"));
 }
 
-TEST(FileTreeDamage, TwoValuesThatLeadToEachOther) {
+TEST(TernaryRegistryValueDamage, TwoValuesThatLeadToEachOther) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.CreateNumber("", "w", 5));
   ASSERT_EQ(status::kOk, rig.CreateNumber("", "x", 6));
@@ -50,7 +50,7 @@ TEST(FileTreeDamage, TwoValuesThatLeadToEachOther) {
   EXPECT_EQ("0 type 0: 0600000000000000", rig.Get("", "x"));
 }
 
-TEST(FileTreeDamage, AValueNameWithoutTerminator) {
+TEST(TernaryRegistryValueDamage, AValueNameWithoutTerminator) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.CreateNumber("", "older", 5));
   ASSERT_EQ(status::kOk, rig.CreateNumber("", "n", 6));
@@ -62,14 +62,14 @@ TEST(FileTreeDamage, AValueNameWithoutTerminator) {
   EXPECT_EQ("0 type 0: 0500000000000000", rig.Get("", "older"));
 }
 
-TEST(FileTreeDamage, ATypeThatDoesNotExist) {
+TEST(TernaryRegistryValueDamage, ATypeThatDoesNotExist) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.CreateNumber("", "n", 6));
   rig.Patch(InValue(1, 11), "5f");
   EXPECT_EQ("0 type 31: 0600000000000000", rig.Get("", "n"));
 }
 
-TEST(FileTreeDamage, ASizeThatIsTooLarge) {
+TEST(TernaryRegistryValueDamage, ASizeThatIsTooLarge) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.CreateNumber("", "n", 6));
   ASSERT_EQ(status::kOk, rig.CreateData("", "d", 1, Pattern(1024)));
@@ -79,7 +79,7 @@ TEST(FileTreeDamage, ASizeThatIsTooLarge) {
   EXPECT_EQ("59", rig.Get("", "d"));  // 16 blocks are all there is
 }
 
-TEST(FileTreeDamage, DataThatDoesNotExist) {
+TEST(TernaryRegistryValueDamage, DataThatDoesNotExist) {
   for (unsigned int bad : kBadIds) {
     SCOPED_TRACE(bad);
     FileTreeRig rig;
@@ -94,7 +94,7 @@ TEST(FileTreeDamage, DataThatDoesNotExist) {
   }
 }
 
-TEST(FileTreeDamage, DataOfASizeButNoBlock) {
+TEST(TernaryRegistryValueDamage, DataOfASizeButNoBlock) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.CreateData("", "v", 1, "abc"));
   rig.PatchWord(InValue(1, 44), 0);
@@ -103,7 +103,7 @@ TEST(FileTreeDamage, DataOfASizeButNoBlock) {
   EXPECT_EQ("0 type 1: 6e6577", rig.Get("", "v"));
 }
 
-TEST(FileTreeDamage, AChainOfBlocksThatIsNoValues) {
+TEST(TernaryRegistryValueDamage, AChainOfBlocksThatIsNoValues) {
   struct {
     unsigned int block;
     unsigned int next;

@@ -44,7 +44,7 @@ class FullDataRig {
   TernaryRegistry tree;
 };
 
-TEST(FileTreeValues, CreatingAtAFullStoreChangesNothing) {
+TEST(TernaryRegistryValueFailures, CreatingAtAFullStoreChangesNothing) {
   FullDataRig rig;
   ASSERT_EQ(0u, rig.Write(true, "old", 1, 64 * 3));
   const unsigned int values = rig.Values();
@@ -60,14 +60,14 @@ TEST(FileTreeValues, CreatingAtAFullStoreChangesNothing) {
 }
 
 // Of a number the blocks are of no use, and no failure.
-TEST(FileTreeValues, ANumberIsCreatedAtAFullStoreAllTheSame) {
+TEST(TernaryRegistryValueFailures, ANumberIsCreatedAtAFullStoreAllTheSame) {
   FullDataRig rig;
   ASSERT_EQ(0u, rig.Write(true, "old", 1, 64 * 4));
   EXPECT_EQ(0u, rig.Write(true, "n", 0, 8));
   EXPECT_EQ(rig.Get("n"), HexOf(Pattern(4)) + "00000000");
 }
 
-TEST(FileTreeValues, SettingAtAFullStoreKeepsTheOldValue) {
+TEST(TernaryRegistryValueFailures, SettingAtAFullStoreKeepsTheOldValue) {
   FullDataRig rig;
   ASSERT_EQ(0u, rig.Write(true, "big", 1, 64 * 2));
   ASSERT_EQ(0u, rig.Write(true, "other", 1, 64));
@@ -88,7 +88,7 @@ TEST(FileTreeValues, SettingAtAFullStoreKeepsTheOldValue) {
   EXPECT_EQ(0u, rig.Blocks());
 }
 
-TEST(FileTreeValues, WithoutRoomForAValueNothingIsChanged) {
+TEST(TernaryRegistryValueFailures, WithoutRoomForAValueNothingIsChanged) {
   SharedStore shared;
   TernaryFile& store = shared.store;
   TernaryRegistry& tree = shared.tree;
@@ -107,7 +107,7 @@ TEST(FileTreeValues, WithoutRoomForAValueNothingIsChanged) {
 }
 
 // The values before it stay.
-TEST(FileTreeValues, AValueThatCannotBeWrittenIsNotLinked) {
+TEST(TernaryRegistryValueFailures, AValueThatCannotBeWrittenIsNotLinked) {
   EXPECT_TRUE(InChild([] {
     FileTreeRig rig;
     if (rig.CreateNumber("", "old", 5) != 0) return false;
@@ -117,7 +117,7 @@ TEST(FileTreeValues, AValueThatCannotBeWrittenIsNotLinked) {
   }));
 }
 
-TEST(FileTreeValues, ADefaultValueThatCannotBeWrittenIsReported) {
+TEST(TernaryRegistryValueFailures, ADefaultValueThatCannotBeWrittenIsReported) {
   EXPECT_TRUE(InChild([] {
     FileTreeRig rig;
     LimitFileSize(kKeyArea);

@@ -68,7 +68,7 @@ const std::vector<Operation>& Operations() {
   return sAll;
 }
 
-TEST(FileTreeValues, EveryOperationAsksForItsRight) {
+TEST(TernaryRegistryValueRights, EveryOperationAsksForItsRight) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.tree.CreateKey(kUser, nullptr, "a", 1, true));
   for (unsigned int nibble : {0u, 1u, 2u, 4u, 8u, 15u}) {
@@ -95,7 +95,7 @@ TEST(FileTreeValues, EveryOperationAsksForItsRight) {
   }
 }
 
-TEST(FileTreeValues, EveryOperationMissesAMissingKey) {
+TEST(TernaryRegistryValueRights, EveryOperationMissesAMissingKey) {
   FileTreeRig rig;
   const std::string before = rig.Contents();
   for (const Operation& each : Operations()) {
@@ -104,7 +104,7 @@ TEST(FileTreeValues, EveryOperationMissesAMissingKey) {
   EXPECT_EQ(rig.Contents(), before);
 }
 
-TEST(FileTreeValues, ANameWithoutKeyGivesNobodyARight) {
+TEST(TernaryRegistryValueRights, ANameWithoutKeyGivesNobodyARight) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("ab"));
   ASSERT_EQ(status::kOk, rig.Create("bc"));
@@ -117,7 +117,7 @@ TEST(FileTreeValues, ANameWithoutKeyGivesNobodyARight) {
   EXPECT_EQ(rig.Contents(), before);
 }
 
-TEST(FileTreeValues, ANullPathIsTheRootKey) {
+TEST(TernaryRegistryValueRights, ANullPathIsTheRootKey) {
   FileTreeRig rig;
   for (const Operation& each : Operations()) {
     ASSERT_EQ(status::kOk, rig.CreateNumber("", "v", 1));
@@ -126,7 +126,7 @@ TEST(FileTreeValues, ANullPathIsTheRootKey) {
   }
 }
 
-TEST(FileTreeValues, WithATreePointerNobodyHasARight) {
+TEST(TernaryRegistryValueRights, WithATreePointerNobodyHasARight) {
   FileTreeRig rig;
   int anything = 0;
   ReadValue value;
@@ -136,7 +136,7 @@ TEST(FileTreeValues, WithATreePointerNobodyHasARight) {
   EXPECT_EQ(status::kNotFound, rig.tree.GetDefaultValue(kAdmin, &anything, "a", &number));
 }
 
-TEST(FileTreeValues, AnOrdinaryUserReadsAndCreatesInTheRootKeyOnly) {
+TEST(TernaryRegistryValueRights, AnOrdinaryUserReadsAndCreatesInTheRootKeyOnly) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.CreateNumber("", "v", 1));
   ASSERT_EQ(status::kOk, rig.tree.SetDefaultValue(kAdmin, nullptr, "", 5, false));
@@ -152,7 +152,7 @@ TEST(FileTreeValues, AnOrdinaryUserReadsAndCreatesInTheRootKeyOnly) {
   }
 }
 
-TEST(FileTreeValues, NullPointersAreRefused) {
+TEST(TernaryRegistryValueRights, NullPointersAreRefused) {
   FileTreeRig rig;
   TernaryRegistry& tree = rig.tree;
   char byte = 'x';

@@ -8,7 +8,7 @@ namespace {
 // 31 bytes of a name field behind its first byte.
 const std::string kNoMoreName(2 * 31, '0');
 
-TEST(FileTreeValues, TheNewestValueIsTheFirstOfItsKey) {
+TEST(TernaryRegistryValueWrites, TheNewestValueIsTheFirstOfItsKey) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.CreateNumber("", "a", 1));
   ASSERT_EQ(status::kOk, rig.CreateData("", "b", 2, "x"));
@@ -19,7 +19,7 @@ TEST(FileTreeValues, TheNewestValueIsTheFirstOfItsKey) {
   EXPECT_EQ(0u, rig.Word(kValueArea + 52 * 1));
 }
 
-TEST(FileTreeValues, AValueCreatedWithSizeZeroIsNotSet) {
+TEST(TernaryRegistryValueWrites, AValueCreatedWithSizeZeroIsNotSet) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.CreateData("", "n", 1, ""));
   EXPECT_EQ("53", rig.Get("", "n"));
@@ -33,7 +33,7 @@ TEST(FileTreeValues, AValueCreatedWithSizeZeroIsNotSet) {
   EXPECT_EQ("0 type 1: 78", rig.Get("", "next"));
 }
 
-TEST(FileTreeValues, SettingAValueToNothingLeavesItSet) {
+TEST(TernaryRegistryValueWrites, SettingAValueToNothingLeavesItSet) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.CreateData("", "n", 1, Pattern(200)));
   ASSERT_EQ(status::kOk, rig.SetData("", "n", 2, ""));
@@ -45,7 +45,7 @@ TEST(FileTreeValues, SettingAValueToNothingLeavesItSet) {
   EXPECT_EQ("0 type 1: 78", rig.Get("", "n"));
 }
 
-TEST(FileTreeValues, TypesAbove5AreRefusedAfterTheRights) {
+TEST(TernaryRegistryValueWrites, TypesAbove5AreRefusedAfterTheRights) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.tree.CreateKey(kUser, nullptr, "a", 0, false));
   ASSERT_EQ(status::kOk, rig.CreateData("a", "n", 5, "x"));
@@ -64,7 +64,7 @@ TEST(FileTreeValues, TypesAbove5AreRefusedAfterTheRights) {
   EXPECT_EQ(rig.Contents(), before);
 }
 
-TEST(FileTreeValues, ANumberCreatedFromAValueTakesBlocksThatNobodyFrees) {
+TEST(TernaryRegistryValueWrites, ANumberCreatedFromAValueTakesBlocksThatNobodyFrees) {
   FileTreeRig rig;
   const std::string bytes = "\x88\x77\x66\x55\x44\x33\x22\x11";
   ASSERT_EQ(status::kOk, rig.CreateData("", "n", 0, bytes));
@@ -82,7 +82,7 @@ TEST(FileTreeValues, ANumberCreatedFromAValueTakesBlocksThatNobodyFrees) {
   EXPECT_EQ(rig.FreeBlocks(), kUsableSlots - 2);
 }
 
-TEST(FileTreeValues, ANumberOfFewerBytesIsFilledWithZeros) {
+TEST(TernaryRegistryValueWrites, ANumberOfFewerBytesIsFilledWithZeros) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.CreateData("", "n", 0, "\x01\x02\x03"));
   EXPECT_EQ("08000040", rig.Hex(kValueArea + 52 + 8, 4));
@@ -92,7 +92,7 @@ TEST(FileTreeValues, ANumberOfFewerBytesIsFilledWithZeros) {
   EXPECT_EQ("3132333435363738", rig.Hex(kValueArea + 52 * 2 + 44, 8));
 }
 
-TEST(FileTreeValues, SettingANumberKeepsTheUpperHalfOfTheOldOne) {
+TEST(TernaryRegistryValueWrites, SettingANumberKeepsTheUpperHalfOfTheOldOne) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.CreateNumber("", "n", 0x1122334455667788));
   ASSERT_EQ(status::kOk, rig.SetData("", "n", 0, "\x01\x02\x03\x04\x05\x06\x07\x08"));
@@ -101,7 +101,7 @@ TEST(FileTreeValues, SettingANumberKeepsTheUpperHalfOfTheOldOne) {
   EXPECT_EQ(kUsableSlots, rig.FreeBlocks());
 }
 
-TEST(FileTreeValues, ANumberKeepsTheSizeItWasSetWith) {
+TEST(TernaryRegistryValueWrites, ANumberKeepsTheSizeItWasSetWith) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.CreateNumber("", "n", 0x1122334455667788));
   ASSERT_EQ(status::kOk, rig.SetData("", "n", 0, "\x34\x12"));
@@ -111,7 +111,7 @@ TEST(FileTreeValues, ANumberKeepsTheSizeItWasSetWith) {
   EXPECT_EQ("0 type 0: 01080f160000000000000000", rig.Get("", "n"));
 }
 
-TEST(FileTreeValues, SettingAnUnsetValueSetsIt) {
+TEST(TernaryRegistryValueWrites, SettingAnUnsetValueSetsIt) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.tree.CreateValue(kAdmin, nullptr, "", "n", 0, false));
   ASSERT_EQ(status::kOk, rig.SetData("", "n", 4, "abc"));
@@ -123,7 +123,7 @@ TEST(FileTreeValues, SettingAnUnsetValueSetsIt) {
   EXPECT_EQ("0 type 4: 616263", rig.Get("", "n"));
 }
 
-TEST(FileTreeValues, SetValueMissesAMissingName) {
+TEST(TernaryRegistryValueWrites, SetValueMissesAMissingName) {
   FileTreeRig rig;
   EXPECT_EQ(status::kNotFound, rig.SetData("", "n", 1, "x"));
   ASSERT_EQ(status::kOk, rig.CreateNumber("", "n", 1));
@@ -131,7 +131,7 @@ TEST(FileTreeValues, SetValueMissesAMissingName) {
   EXPECT_EQ(kUsableSlots, rig.FreeBlocks());
 }
 
-TEST(FileTreeValues, DeletingAValueKeepsItsBlocksInUse) {
+TEST(TernaryRegistryValueWrites, DeletingAValueKeepsItsBlocksInUse) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.CreateData("", "n", 1, Pattern(1024)));
   EXPECT_EQ(status::kOk, rig.Delete("", "n"));
@@ -139,7 +139,7 @@ TEST(FileTreeValues, DeletingAValueKeepsItsBlocksInUse) {
   EXPECT_EQ(kUsableSlots, rig.FreeValues());
 }
 
-TEST(FileTreeValues, DeletingTakesAValueOutOfTheChainWhereverItStands) {
+TEST(TernaryRegistryValueWrites, DeletingTakesAValueOutOfTheChainWhereverItStands) {
   FileTreeRig rig;
   for (const char* name : {"a", "b", "c", "d"})
     ASSERT_EQ(status::kOk, rig.CreateNumber("", name, 1));
@@ -163,7 +163,7 @@ TEST(FileTreeValues, DeletingTakesAValueOutOfTheChainWhereverItStands) {
   EXPECT_EQ(0x300u, rig.Word(kKeyArea + 24));  // the slot given back last
 }
 
-TEST(FileTreeValues, DeletingMissesWhatIsNotThere) {
+TEST(TernaryRegistryValueWrites, DeletingMissesWhatIsNotThere) {
   FileTreeRig rig;
   EXPECT_EQ(status::kNotFound, rig.Delete("", "n"));  // no values at all
   ASSERT_EQ(status::kOk, rig.CreateNumber("", "n", 1));
@@ -171,7 +171,7 @@ TEST(FileTreeValues, DeletingMissesWhatIsNotThere) {
   EXPECT_EQ("000100000100", rig.Hex(kKeyArea + 24, 6));
 }
 
-TEST(FileTreeValues, ACountThatIsZeroAlreadyIsNotLowered) {
+TEST(TernaryRegistryValueWrites, ACountThatIsZeroAlreadyIsNotLowered) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.CreateNumber("", "n", 1));
   rig.Patch(kKeyArea + 24 + 4, "0000");

@@ -7,7 +7,7 @@ namespace tamu::registry {
 
 namespace {
 
-TEST(FileTreeValues, BytesOfEverySizeComeBackAsTheyWere) {
+TEST(TernaryRegistryValues, BytesOfEverySizeComeBackAsTheyWere) {
   struct {
     unsigned int size;
     unsigned int blocks;
@@ -32,7 +32,7 @@ TEST(FileTreeValues, BytesOfEverySizeComeBackAsTheyWere) {
   }
 }
 
-TEST(FileTreeValues, EveryTypeOfDataComesBackWithItsNumber) {
+TEST(TernaryRegistryValues, EveryTypeOfDataComesBackWithItsNumber) {
   FileTreeRig rig;
   for (unsigned int type = 1; type <= 5; ++type) {
     const std::string name = std::to_string(type);
@@ -41,13 +41,13 @@ TEST(FileTreeValues, EveryTypeOfDataComesBackWithItsNumber) {
   }
 }
 
-TEST(FileTreeValues, ANumberIsReadAsItsLowHalf) {
+TEST(TernaryRegistryValues, ANumberIsReadAsItsLowHalf) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.CreateNumber("", "n", 0x1122334455667788));
   EXPECT_EQ("0 type 0: 8877665500000000", rig.Get("", "n"));
 }
 
-TEST(FileTreeValues, AValueThatIsNotSetHasNoData) {
+TEST(TernaryRegistryValues, AValueThatIsNotSetHasNoData) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.CreateData("", "empty", 1, ""));
   ASSERT_EQ(status::kOk, rig.tree.CreateValue(kAdmin, nullptr, "", "unset", 5, false));
@@ -59,7 +59,7 @@ TEST(FileTreeValues, AValueThatIsNotSetHasNoData) {
   EXPECT_EQ(77u, offset);
 }
 
-TEST(FileTreeValues, AFailedReadLeavesTheCallersValueAsItWas) {
+TEST(TernaryRegistryValues, AFailedReadLeavesTheCallersValueAsItWas) {
   FileTreeRig rig;
   int mine = 0;
   Value value = {4, 12, &mine};
@@ -72,7 +72,7 @@ TEST(FileTreeValues, AFailedReadLeavesTheCallersValueAsItWas) {
   EXPECT_EQ(value.data, &mine);
 }
 
-TEST(FileTreeValues, ALongNameIsFoundByItsFirst31Characters) {
+TEST(TernaryRegistryValues, ALongNameIsFoundByItsFirst31Characters) {
   FileTreeRig rig;
   const std::string name = "abcdefghijklmnopqrstuvwxyz0123456789ABCD";
   ASSERT_EQ(40u, name.size());
@@ -88,7 +88,7 @@ TEST(FileTreeValues, ALongNameIsFoundByItsFirst31Characters) {
   EXPECT_EQ(status::kOk, rig.Delete("", name.substr(0, 31)));
 }
 
-TEST(FileTreeValues, NamesAreComparedByteByByte) {
+TEST(TernaryRegistryValues, NamesAreComparedByteByByte) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.CreateNumber("", "name", 1));
   ASSERT_EQ(status::kOk, rig.CreateNumber("", "Name", 2));
@@ -102,7 +102,7 @@ TEST(FileTreeValues, NamesAreComparedByteByByte) {
   EXPECT_EQ("2", rig.Get("", "names"));
 }
 
-TEST(FileTreeValues, NewerValueHidesTheOlder) {
+TEST(TernaryRegistryValues, NewerValueHidesTheOlder) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   ASSERT_EQ(status::kOk, rig.CreateNumber("a", "n", 1));
@@ -119,7 +119,7 @@ TEST(FileTreeValues, NewerValueHidesTheOlder) {
   EXPECT_EQ("0 type 0: 0900000000000000", rig.Get("a", "other"));
 }
 
-TEST(FileTreeValues, FindValueHandsOutACopyOfTheRecord) {
+TEST(TernaryRegistryValues, FindValueHandsOutACopyOfTheRecord) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.CreateNumber("", "n", 5));
   unsigned int id = 77;
@@ -135,7 +135,7 @@ TEST(FileTreeValues, FindValueHandsOutACopyOfTheRecord) {
   EXPECT_EQ(2u, rig.tree.FindValue(0, "n", &id, record));  // key 0 has no values
 }
 
-TEST(FileTreeValues, TheDefaultValueIsNoNamedValue) {
+TEST(TernaryRegistryValues, TheDefaultValueIsNoNamedValue) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   unsigned long long number = 77;
@@ -152,7 +152,7 @@ TEST(FileTreeValues, TheDefaultValueIsNoNamedValue) {
   EXPECT_EQ(kUsableSlots, rig.FreeValues());
 }
 
-TEST(FileTreeValues, GetSetValueReadsTheLowHalfIntoTheCallersNumber) {
+TEST(TernaryRegistryValues, GetSetValueReadsTheLowHalfIntoTheCallersNumber) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.CreateNumber("", "n", 0x1122334455667788));
   unsigned long long number = 0xFFFFFFFFFFFFFFFF;
@@ -163,7 +163,7 @@ TEST(FileTreeValues, GetSetValueReadsTheLowHalfIntoTheCallersNumber) {
   EXPECT_EQ(0x6867666564636261u, number);
 }
 
-TEST(FileTreeValues, GetSetValueWritesTheLowHalf) {
+TEST(TernaryRegistryValues, GetSetValueWritesTheLowHalf) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.CreateNumber("", "n", 0x1122334455667788));
   unsigned long long number = 0xAABBCCDD01020304;
@@ -173,7 +173,7 @@ TEST(FileTreeValues, GetSetValueWritesTheLowHalf) {
   EXPECT_EQ("08000040", rig.Hex(kValueArea + 52 + 8, 4));
 }
 
-TEST(FileTreeValues, GetSetValueThatFailsLeavesTheNumberAsItWas) {
+TEST(TernaryRegistryValues, GetSetValueThatFailsLeavesTheNumberAsItWas) {
   FileTreeRig rig;
   unsigned long long number = 77;
   EXPECT_EQ(status::kNotFound, rig.tree.GetSetValue(kAdmin, nullptr, "", "n", &number, true));
@@ -184,7 +184,7 @@ TEST(FileTreeValues, GetSetValueThatFailsLeavesTheNumberAsItWas) {
   EXPECT_EQ(77u, number);
 }
 
-TEST(FileTreeValues, TheOffsetOfAValueIsWhereItsDataLiesInTheFile) {
+TEST(TernaryRegistryValues, TheOffsetOfAValueIsWhereItsDataLiesInTheFile) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.CreateNumber("", "n", 0x1122334455667788));
   ASSERT_EQ(status::kOk, rig.CreateData("", "first", 1, Pattern(100)));
@@ -201,7 +201,7 @@ TEST(FileTreeValues, TheOffsetOfAValueIsWhereItsDataLiesInTheFile) {
   EXPECT_EQ("68657265", rig.Hex(offset, 4));
 }
 
-TEST(FileTreeValues, AnEmptyValueThatIsSetHasNoOffset) {
+TEST(TernaryRegistryValues, AnEmptyValueThatIsSetHasNoOffset) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.CreateData("", "v", 1, "abc"));
   ASSERT_EQ(status::kOk, rig.SetData("", "v", 1, ""));
@@ -210,7 +210,7 @@ TEST(FileTreeValues, AnEmptyValueThatIsSetHasNoOffset) {
   EXPECT_EQ(77u, offset);
 }
 
-TEST(FileTreeValues, TheOffsetInALaterTableIsThatTables) {
+TEST(TernaryRegistryValues, TheOffsetInALaterTableIsThatTables) {
   FileTreeRig rig;
   while (rig.FreeValues() > 0) ASSERT_EQ(status::kOk, rig.CreateNumber("", "n", 1));
   ASSERT_EQ(status::kOk, rig.CreateNumber("", "last", 0x0A0B));

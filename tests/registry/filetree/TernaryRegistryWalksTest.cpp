@@ -10,7 +10,7 @@ constexpr unsigned int InNode(unsigned int slot, unsigned int field) {
   return kStringArea + 40 * slot + field;
 }
 
-TEST(FileTreeWalks, ReadNodeTreeListsTheLinksOfEveryNodeThatHasAny) {
+TEST(TernaryRegistryWalks, ReadNodeTreeListsTheLinksOfEveryNodeThatHasAny) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("ma"));    // 200: segment "m", split 'a', with key
   ASSERT_EQ(status::kOk, rig.Create("mb1"));   // 300, higher
@@ -25,7 +25,7 @@ TEST(FileTreeWalks, ReadNodeTreeListsTheLinksOfEveryNodeThatHasAny) {
   EXPECT_EQ(std::vector<unsigned int>(ids, ids + 9), expected);
 }
 
-TEST(FileTreeWalks, ReadNodeTreeFollowsEqualThenHighThenLow) {
+TEST(TernaryRegistryWalks, ReadNodeTreeFollowsEqualThenHighThenLow) {
   FileTreeRig rig;
   unsigned int node = 0;
   for (int i = 0; i < 8; ++i) ASSERT_EQ(status::kOk, rig.tree.CreateStringNode(0, "a", &node, 0));
@@ -47,7 +47,7 @@ TEST(FileTreeWalks, ReadNodeTreeFollowsEqualThenHighThenLow) {
   EXPECT_EQ(std::vector<unsigned int>(ids, ids + 12), expected);
 }
 
-TEST(FileTreeWalks, ReadNodeTreeTakesTheEqualLinkOfAKeyForNone) {
+TEST(TernaryRegistryWalks, ReadNodeTreeTakesTheEqualLinkOfAKeyForNone) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   ASSERT_EQ(status::kOk, rig.Create("ab"));  // 300 behind 200
@@ -57,7 +57,7 @@ TEST(FileTreeWalks, ReadNodeTreeTakesTheEqualLinkOfAKeyForNone) {
   EXPECT_EQ(0u, count);
 }
 
-TEST(FileTreeWalks, ReadNodeTreeNeedsRoomForThreeMore) {
+TEST(TernaryRegistryWalks, ReadNodeTreeNeedsRoomForThreeMore) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   unsigned int ids[3] = {7, 7, 7};
@@ -71,7 +71,7 @@ TEST(FileTreeWalks, ReadNodeTreeNeedsRoomForThreeMore) {
   EXPECT_EQ(21u, ids[0] + ids[1] + ids[2]);
 }
 
-TEST(FileTreeWalks, ReadNodeTreeEndsInACircle) {
+TEST(TernaryRegistryWalks, ReadNodeTreeEndsInACircle) {
   for (unsigned int field : {4u, 8u, 12u}) {
     FileTreeRig rig;
     unsigned int first = 0;
@@ -87,7 +87,7 @@ TEST(FileTreeWalks, ReadNodeTreeEndsInACircle) {
   }
 }
 
-TEST(FileTreeWalks, ReadNodeTreeStopsAtANodeThatDoesNotExist) {
+TEST(TernaryRegistryWalks, ReadNodeTreeStopsAtANodeThatDoesNotExist) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   rig.PatchWord(InNode(2, 4), 0x2C8);
@@ -97,7 +97,7 @@ TEST(FileTreeWalks, ReadNodeTreeStopsAtANodeThatDoesNotExist) {
   EXPECT_EQ(status::kInvalidFile, rig.tree.ReadNodeTree(60000u << 8, ids, &count, 9));
 }
 
-TEST(FileTreeWalks, NullPointersAreRefused) {
+TEST(TernaryRegistryWalks, NullPointersAreRefused) {
   FileTreeRig rig;
   unsigned int id = 0;
   EXPECT_EQ(status::kBadArgument, rig.tree.ReadNodeTree(0x100, nullptr, &id, 3));
@@ -109,9 +109,9 @@ TEST(FileTreeWalks, NullPointersAreRefused) {
 
 // Names as no creation leaves them: the root's high link leads to 200, a chain of 'a' and 'b' that
 // ends in a node of split character 0.
-class FileTreeSuffix : public ::testing::Test {
+class TernaryRegistrySuffixTest : public ::testing::Test {
  protected:
-  FileTreeSuffix() {
+  TernaryRegistrySuffixTest() {
     for (const char* name : {"a", "b", "", "x"}) {
       unsigned int node = 0;
       EXPECT_EQ(status::kOk, rig_.tree.CreateStringNode(0, name, &node, 0));
@@ -127,26 +127,26 @@ class FileTreeSuffix : public ::testing::Test {
   unsigned int next_ = 88;
 };
 
-TEST_F(FileTreeSuffix, ANameThatEndsIsToldWithItsLastBranch) {
+TEST_F(TernaryRegistrySuffixTest, ANameThatEndsIsToldWithItsLastBranch) {
   EXPECT_EQ(status::kOk, rig_.tree.FindSuffix("ab", &branch_, &next_));
   EXPECT_EQ(0x100u, branch_);
   EXPECT_EQ(0x200u, next_);
 }
 
-TEST_F(FileTreeSuffix, TheLastBranchIsTheDeepest) {
+TEST_F(TernaryRegistrySuffixTest, TheLastBranchIsTheDeepest) {
   rig_.PatchWord(InNode(2, 4), 0x500);
   EXPECT_EQ(status::kOk, rig_.tree.FindSuffix("ab", &branch_, &next_));
   EXPECT_EQ(0x200u, branch_);
   EXPECT_EQ(0x300u, next_);
 }
 
-TEST_F(FileTreeSuffix, ANameThatLeavesTheTreeIsNotThere) {
+TEST_F(TernaryRegistrySuffixTest, ANameThatLeavesTheTreeIsNotThere) {
   EXPECT_EQ(status::kNotFound, rig_.tree.FindSuffix("b", &branch_, &next_));
   EXPECT_EQ(status::kNotFound, rig_.tree.FindSuffix("ac", &branch_, &next_));
   EXPECT_EQ(status::kNotFound, rig_.tree.FindSuffix("", &branch_, &next_));
 }
 
-TEST_F(FileTreeSuffix, ASegmentMatchesOnlyAsFarAsASlash) {
+TEST_F(TernaryRegistrySuffixTest, ASegmentMatchesOnlyAsFarAsASlash) {
   rig_.Patch(InNode(2, 1), "02");
   rig_.Patch(InNode(2, 24), "6d2f");  // "m/"
   EXPECT_EQ(status::kOk, rig_.tree.FindSuffix("m", &branch_, &next_));
@@ -155,7 +155,7 @@ TEST_F(FileTreeSuffix, ASegmentMatchesOnlyAsFarAsASlash) {
   EXPECT_EQ(status::kNotFound, rig_.tree.FindSuffix("x", &branch_, &next_));
 }
 
-TEST_F(FileTreeSuffix, DamageIsReported) {
+TEST_F(TernaryRegistrySuffixTest, DamageIsReported) {
   rig_.PatchWord(InNode(1, 8), 0x100);  // a circle
   EXPECT_EQ(status::kInvalidFile, rig_.tree.FindSuffix("a", &branch_, &next_));
   rig_.PatchWord(InNode(1, 8), 0x2C8);
@@ -165,7 +165,7 @@ TEST_F(FileTreeSuffix, DamageIsReported) {
   EXPECT_EQ(status::kInvalidFile, rig_.tree.FindSuffix("a", &branch_, &next_));
 }
 
-TEST_F(FileTreeSuffix, WithoutAStartNodeNothingIsThere) {
+TEST_F(TernaryRegistrySuffixTest, WithoutAStartNodeNothingIsThere) {
   rig_.PatchWord(4180 + 28, 0);
   rig_.Reopen();
   EXPECT_EQ(status::kNotFound, rig_.tree.FindSuffix("ab", &branch_, &next_));

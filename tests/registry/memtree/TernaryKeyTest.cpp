@@ -9,7 +9,7 @@
 namespace tamu::registry {
 namespace {
 
-class LoadedKey : public ::testing::Test {
+class TernaryKeyTest : public ::testing::Test {
  protected:
   // Adds a value; the slots count up from 1.
   TernaryValue* Add(const char* name) {
@@ -39,7 +39,7 @@ class LoadedKey : public ::testing::Test {
   std::vector<std::unique_ptr<TernaryValue>> values_;
 };
 
-TEST_F(LoadedKey, HasNoValuesAtFirst) {
+TEST_F(TernaryKeyTest, HasNoValuesAtFirst) {
   EXPECT_EQ(0x200u, key.id);
   EXPECT_EQ(nullptr, key.firstValue);
   TernaryValue* found = nullptr;
@@ -50,7 +50,7 @@ TEST_F(LoadedKey, HasNoValuesAtFirst) {
   EXPECT_EQ(nullptr, before);
 }
 
-TEST_F(LoadedKey, TheValueAddedLastIsFoundFirst) {
+TEST_F(TernaryKeyTest, TheValueAddedLastIsFoundFirst) {
   Add("a");
   TernaryValue* older = Add("b");
   TernaryValue* newer = Add("b");
@@ -69,7 +69,7 @@ TEST_F(LoadedKey, TheValueAddedLastIsFoundFirst) {
   EXPECT_EQ(found, older) << "untouched";
 }
 
-TEST_F(LoadedKey, AValueIsTakenOutOfTheMiddle) {
+TEST_F(TernaryKeyTest, AValueIsTakenOutOfTheMiddle) {
   Add("a");
   TernaryValue* middle = Add("b");
   TernaryValue* first = Add("c");
@@ -87,7 +87,7 @@ TEST_F(LoadedKey, AValueIsTakenOutOfTheMiddle) {
   EXPECT_EQ("300 c", Values());
 }
 
-TEST_F(LoadedKey, TakingTheOnlyValueLeavesNone) {
+TEST_F(TernaryKeyTest, TakingTheOnlyValueLeavesNone) {
   Add("a");
   TernaryValue* removed = nullptr;
   TernaryValue* before = nullptr;
@@ -97,7 +97,7 @@ TEST_F(LoadedKey, TakingTheOnlyValueLeavesNone) {
   EXPECT_EQ(nullptr, key.firstValue);
 }
 
-TEST_F(LoadedKey, TheCountOfValuesWrapsAround) {
+TEST_F(TernaryKeyTest, TheCountOfValuesWrapsAround) {
   key.node->setValueCount(0xFFFF);
   Add("a");
   EXPECT_EQ(0u, key.node->valueCount());
@@ -107,7 +107,7 @@ TEST_F(LoadedKey, TheCountOfValuesWrapsAround) {
   EXPECT_EQ(0xFFFFu, key.node->valueCount());
 }
 
-TEST_F(LoadedKey, ADefaultValueIsSetAndTakenAway) {
+TEST_F(TernaryKeyTest, ADefaultValueIsSetAndTakenAway) {
   unsigned long long number = 5;
   EXPECT_FALSE(key.isDefaultValueSet());
   EXPECT_EQ(status::kNotFound, key.GetDefaultValue(&number));
@@ -122,7 +122,7 @@ TEST_F(LoadedKey, ADefaultValueIsSetAndTakenAway) {
   EXPECT_EQ(0x0102030405060708ull, key.node->defaultValue()) << "the stored number stays";
 }
 
-TEST_F(LoadedKey, TheOwnerAndTheAdministratorHaveTheLowNibble) {
+TEST_F(TernaryKeyTest, TheOwnerAndTheAdministratorHaveTheLowNibble) {
   key.node->setOwner(1000);
   key.node->setPermission(0x52);  // others 5, owner 2
   for (unsigned int right = 1; right <= 15; ++right) {

@@ -8,7 +8,7 @@
 namespace tamu::registry {
 namespace {
 
-class LoadedCreationFailures : public RootHandleTest {
+class TernaryKeyTreeCreationFailuresTest : public RootHandleTest {
  protected:
   // Closes and opens everything, with a change of the file between.
   void Damage(unsigned int offset, const std::string& hex) {
@@ -46,7 +46,7 @@ class LoadedCreationFailures : public RootHandleTest {
 
 // ---- no room
 
-TEST_F(LoadedCreationFailures, WithoutRoomForAKeyNothingIsChanged) {
+TEST_F(TernaryKeyTreeCreationFailuresTest, WithoutRoomForAKeyNothingIsChanged) {
   FillUp(NodeKind::kKey);
   CreateAll({"abc"});
   const std::string before = rig.Contents();
@@ -55,7 +55,7 @@ TEST_F(LoadedCreationFailures, WithoutRoomForAKeyNothingIsChanged) {
   EXPECT_EQ("2 strings, 2 keys", rig.Loaded());
 }
 
-TEST_F(LoadedCreationFailures, WithoutRoomForAKeyTheCutStays) {
+TEST_F(TernaryKeyTreeCreationFailuresTest, WithoutRoomForAKeyTheCutStays) {
   FillUp(NodeKind::kKey);
   CreateAll({"abc"});
   EXPECT_EQ(status::kLimit, Create("ab"));
@@ -63,7 +63,7 @@ TEST_F(LoadedCreationFailures, WithoutRoomForAKeyTheCutStays) {
   EXPECT_EQ(rig.StringNode(3), Packed("00010062 8*0 00020000 8*0 61 15*0"));
 }
 
-TEST_F(LoadedCreationFailures, WithoutRoomForACutNothingIsChanged) {
+TEST_F(TernaryKeyTreeCreationFailuresTest, WithoutRoomForACutNothingIsChanged) {
   FillUp(NodeKind::kString);
   CreateAll({"abc"});
   const std::string before = rig.Contents();
@@ -71,7 +71,7 @@ TEST_F(LoadedCreationFailures, WithoutRoomForACutNothingIsChanged) {
   EXPECT_TRUE(rig.Contents() == before);
 }
 
-TEST_F(LoadedCreationFailures, WithoutRoomForANameAllThatWasTakenIsGivenBack) {
+TEST_F(TernaryKeyTreeCreationFailuresTest, WithoutRoomForANameAllThatWasTakenIsGivenBack) {
   FillUp(NodeKind::kString);
   const SlotCounts before = CountSlots(rig.path);
   for (int i = 0; i < 3; ++i) EXPECT_EQ(status::kLimit, Create("abcdefghijklmnopqr"));
@@ -86,7 +86,7 @@ TEST_F(LoadedCreationFailures, WithoutRoomForANameAllThatWasTakenIsGivenBack) {
 // ---- damage
 
 // A segment of 17 characters.
-TEST_F(LoadedCreationFailures, WhatCouldNotBeLoadedIsNotCreatedAgain) {
+TEST_F(TernaryKeyTreeCreationFailuresTest, WhatCouldNotBeLoadedIsNotCreatedAgain) {
   CreateAll({"m", "a", "z", "mm", "m/x"});
   struct {
     unsigned int slot;
@@ -107,7 +107,7 @@ TEST_F(LoadedCreationFailures, WhatCouldNotBeLoadedIsNotCreatedAgain) {
   isSound = true;
 }
 
-TEST_F(LoadedCreationFailures, AKeyThatCouldNotBeLoadedIsNotReplaced) {
+TEST_F(TernaryKeyTreeCreationFailuresTest, AKeyThatCouldNotBeLoadedIsNotReplaced) {
   CreateAll({"a"});
   Damage(kStringArea + 40 * 2 + 20, "00c80000");
   const std::string before = rig.Contents();
@@ -118,7 +118,7 @@ TEST_F(LoadedCreationFailures, AKeyThatCouldNotBeLoadedIsNotReplaced) {
 }
 
 // Two links lead to one string, which is loaded for one of them.
-TEST_F(LoadedCreationFailures, AStringIsCutWhereItIsLoaded) {
+TEST_F(TernaryKeyTreeCreationFailuresTest, AStringIsCutWhereItIsLoaded) {
   CreateAll({"m", "axyz"});
   Damage(kStringArea + 40 * 2 + 12, "00030000");  // `equal` of "m" leads to the string of "axyz"
   EXPECT_EQ(status::kOk, Create("a123"));
@@ -133,7 +133,7 @@ TEST_F(LoadedCreationFailures, AStringIsCutWhereItIsLoaded) {
 
 // ---- handles
 
-TEST_F(LoadedCreationFailures, BelowAHandleWhoseKeyIsGoneNothingIsCreated) {
+TEST_F(TernaryKeyTreeCreationFailuresTest, BelowAHandleWhoseKeyIsGoneNothingIsCreated) {
   CreateAll({"a", "a/b"});
   TernaryHandle* handle = rig.Load("a");
   ASSERT_EQ(status::kOk, rig.loaded.DeleteKey(kAdmin, root, "a"));
@@ -147,7 +147,7 @@ TEST_F(LoadedCreationFailures, BelowAHandleWhoseKeyIsGoneNothingIsCreated) {
   EXPECT_EQ("a a/c", Stored());
 }
 
-TEST_F(LoadedCreationFailures, AnInnerHandleThatIsClosedLeavesTheKeyToTheOuter) {
+TEST_F(TernaryKeyTreeCreationFailuresTest, AnInnerHandleThatIsClosedLeavesTheKeyToTheOuter) {
   CreateAll({"a"});
   ASSERT_EQ(status::kOk, rig.loaded.CreateValue(kAdmin, root, "a", "n", 5, true));
   TernaryHandle* inner = rig.Load("a");
@@ -158,7 +158,7 @@ TEST_F(LoadedCreationFailures, AnInnerHandleThatIsClosedLeavesTheKeyToTheOuter) 
   EXPECT_EQ(status::kOk, Create("a/b"));
 }
 
-TEST_F(LoadedCreationFailures, AfterTheEndNothingIsCreated) {
+TEST_F(TernaryKeyTreeCreationFailuresTest, AfterTheEndNothingIsCreated) {
   rig.Close();
   isSound = false;
   TernaryKey* key = nullptr;
@@ -176,7 +176,7 @@ TEST_F(LoadedCreationFailures, AfterTheEndNothingIsCreated) {
 // ---- a string that somebody has locked by hand
 
 // What is there already cannot be seen until then.
-TEST_F(LoadedCreationFailures, WhoCreatesOnALockedLevelWaits) {
+TEST_F(TernaryKeyTreeCreationFailuresTest, WhoCreatesOnALockedLevelWaits) {
   CreateAll({"a", "a/b"});
   TernaryString* a = root->start->directory;
   ASSERT_EQ(status::kOk, a->Lock(root));
@@ -200,7 +200,7 @@ TEST_F(LoadedCreationFailures, WhoCreatesOnALockedLevelWaits) {
 }
 
 // The rights on the locked level are not asked for by a key further down.
-TEST_F(LoadedCreationFailures, WhoMayCreateBelowALockedLevelWaitsForIt) {
+TEST_F(TernaryKeyTreeCreationFailuresTest, WhoMayCreateBelowALockedLevelWaitsForIt) {
   CreateAll({"a"});
   ASSERT_EQ(status::kOk, rig.loaded.SetKeyPermission(kAdmin, root, "a", 0x4F));
   ASSERT_EQ(status::kOk, rig.loaded.CreateKey(kUser, root, "a/own", 0, false));
@@ -223,7 +223,7 @@ TEST_F(LoadedCreationFailures, WhoMayCreateBelowALockedLevelWaitsForIt) {
 }
 
 // Who waits for an empty level finds what was hung there meanwhile.
-TEST_F(LoadedCreationFailures, AKeyIsAddedBesideOneThatCameWhileItsCreatorWaited) {
+TEST_F(TernaryKeyTreeCreationFailuresTest, AKeyIsAddedBesideOneThatCameWhileItsCreatorWaited) {
   CreateAll({"a"});
   TernaryHandle* other = rig.Load("a");
   TernaryString* a = root->start->directory;
@@ -244,7 +244,7 @@ TEST_F(LoadedCreationFailures, AKeyIsAddedBesideOneThatCameWhileItsCreatorWaited
   }
 }
 
-TEST_F(LoadedCreationFailures, AKeyThatCameWhileItsCreatorWaitedIsThere) {
+TEST_F(TernaryKeyTreeCreationFailuresTest, AKeyThatCameWhileItsCreatorWaitedIsThere) {
   CreateAll({"a"});
   TernaryString* a = root->start->directory;
   ASSERT_EQ(status::kOk, a->Lock(root));
@@ -262,7 +262,7 @@ TEST_F(LoadedCreationFailures, AKeyThatCameWhileItsCreatorWaitedIsThere) {
 }
 
 // Neither the key nor its rights are what they were before the wait.
-TEST_F(LoadedCreationFailures, TheRightsAreLookedAtAgainAfterAWait) {
+TEST_F(TernaryKeyTreeCreationFailuresTest, TheRightsAreLookedAtAgainAfterAWait) {
   ASSERT_EQ(status::kOk, rig.loaded.CreateKey(kUser, root, "a", 0, false));
   TernaryString* a = root->start->directory;
   ASSERT_EQ(status::kOk, a->Lock(root));

@@ -109,7 +109,7 @@ std::vector<Attempt> CreateThroughAHandle(unsigned int seed) {
 }
 
 // They differ where a name ends at a branch: through a handle that is refused.
-TEST(LoadedCreationModel, BothTreesMakeTheSameKeys) {
+TEST(TernaryKeyTreeCreationModel, BothTreesMakeTheSameKeys) {
   unsigned int refused = 0;
   unsigned int made = 0;
   for (unsigned int seed = 1; seed <= 4; ++seed) {

@@ -4,9 +4,9 @@
 namespace tamu::registry {
 namespace {
 
-class LoadedPieces : public RootHandleTest {};
+class TernaryKeyTreeCreationPiecesTest : public RootHandleTest {};
 
-TEST_F(LoadedPieces, AKeyRecordHoldsWhatItWasMadeWith) {
+TEST_F(TernaryKeyTreeCreationPiecesTest, AKeyRecordHoldsWhatItWasMadeWith) {
   TernaryKey* key = nullptr;
   ASSERT_EQ(status::kOk, rig.loaded.CreateKeyNode(0, 0xA1B2C3D4, 0x5A, 3, true, key));
   EXPECT_EQ(0x200u, key->id);
@@ -26,7 +26,7 @@ TEST_F(LoadedPieces, AKeyRecordHoldsWhatItWasMadeWith) {
   delete key;
 }
 
-TEST_F(LoadedPieces, AnAddedKeyIsNobodysAndGivesNoRights) {
+TEST_F(TernaryKeyTreeCreationPiecesTest, AnAddedKeyIsNobodysAndGivesNoRights) {
   CreateAll({"abcx", "abdz"});  // string 3 is the branch "abc"
   TernaryString* branch = root->start->directory;
   ASSERT_EQ(0x300u, branch->id);
@@ -42,7 +42,7 @@ TEST_F(LoadedPieces, AnAddedKeyIsNobodysAndGivesNoRights) {
   EXPECT_EQ("abc abcx abdz", Stored());
 }
 
-TEST_F(LoadedPieces, AKeyIsAddedOnlyWhereThereIsNone) {
+TEST_F(TernaryKeyTreeCreationPiecesTest, AKeyIsAddedOnlyWhereThereIsNone) {
   CreateAll({"a"});
   const std::string before = rig.Contents();
   EXPECT_EQ(status::kExists, rig.loaded.AddKey(0, root->start, 9, true));
@@ -51,7 +51,7 @@ TEST_F(LoadedPieces, AKeyIsAddedOnlyWhereThereIsNone) {
   EXPECT_TRUE(rig.Contents() == before);
 }
 
-TEST_F(LoadedPieces, TheRootKeyIsMadeOnce) {
+TEST_F(TernaryKeyTreeCreationPiecesTest, TheRootKeyIsMadeOnce) {
   const std::string before = rig.Contents();
   EXPECT_EQ(status::kExists, rig.loaded.CreateRootKey());
   ASSERT_EQ(status::kOk, rig.Unload(root));
@@ -61,16 +61,16 @@ TEST_F(LoadedPieces, TheRootKeyIsMadeOnce) {
   root = rig.Load("");
 }
 
-class LoadedRootKey : public ::testing::Test {
+class TernaryKeyTreeRootKeyTest : public ::testing::Test {
  protected:
-  LoadedRootKey() { EXPECT_EQ(status::kOk, tree.Initialize(path.c_str())); }
+  TernaryKeyTreeRootKeyTest() { EXPECT_EQ(status::kOk, tree.Initialize(path.c_str())); }
 
   TempDir dir;
   const std::string path = dir / "a.rce";
   TernaryKeyTree tree{nullptr};
 };
 
-TEST_F(LoadedRootKey, AFileWithoutARootGetsOne) {
+TEST_F(TernaryKeyTreeRootKeyTest, AFileWithoutARootGetsOne) {
   void* handle = nullptr;
   EXPECT_EQ(status::kNotFound, tree.LoadKeyTree("", handle));
   ASSERT_EQ(status::kOk, tree.CreateRootKey());
@@ -85,7 +85,7 @@ TEST_F(LoadedRootKey, AFileWithoutARootGetsOne) {
 }
 
 // Its key is not marked as the root's, so that the keys below have its permission.
-TEST_F(LoadedRootKey, BelowItAKeyInheritsItsPermission) {
+TEST_F(TernaryKeyTreeRootKeyTest, BelowItAKeyInheritsItsPermission) {
   ASSERT_EQ(status::kOk, tree.CreateRootKey());
   void* handle = nullptr;
   ASSERT_EQ(status::kOk, tree.LoadKeyTree("", handle));
@@ -101,7 +101,7 @@ TEST_F(LoadedRootKey, BelowItAKeyInheritsItsPermission) {
   EXPECT_EQ(status::kOk, tree.CreateKey(kOther, handle, "b", 0, false));
 }
 
-TEST_F(LoadedRootKey, TheOtherTreeTakesItForTheRoot) {
+TEST_F(TernaryKeyTreeRootKeyTest, TheOtherTreeTakesItForTheRoot) {
   ASSERT_EQ(status::kOk, tree.CreateRootKey());
   tree.Finalize();
   TernaryRegistry file(nullptr, nullptr);

@@ -4,7 +4,7 @@
 namespace tamu::registry {
 namespace {
 
-class LoadedCreation : public RootHandleTest {
+class TernaryKeyTreeCreationTest : public RootHandleTest {
  protected:
   unsigned int CreateAs(unsigned int user, const char* path) {
     return rig.loaded.CreateKey(user, root, path, 0, false);
@@ -14,7 +14,7 @@ class LoadedCreation : public RootHandleTest {
   }
 };
 
-TEST_F(LoadedCreation, AKeyUnderTheRootIsItsOwnersAlone) {
+TEST_F(TernaryKeyTreeCreationTest, AKeyUnderTheRootIsItsOwnersAlone) {
   EXPECT_EQ(status::kOk, rig.loaded.CreateKey(0x01020304, root, "a", 0x1122334455667788, true));
   EXPECT_EQ(
       "0000000000000f01"
@@ -24,7 +24,7 @@ TEST_F(LoadedCreation, AKeyUnderTheRootIsItsOwnersAlone) {
 }
 
 // It is the parent's record that tells, wherever the key lies.
-TEST_F(LoadedCreation, BelowAKeyWithTheRootFlagAKeyIsItsOwnersAlone) {
+TEST_F(TernaryKeyTreeCreationTest, BelowAKeyWithTheRootFlagAKeyIsItsOwnersAlone) {
   CreateAll({"a"});
   TernaryKeyNode& node = *rig.KeyOf(root, "a")->node;
   node.setPermission(0xFF);
@@ -37,7 +37,7 @@ TEST_F(LoadedCreation, BelowAKeyWithTheRootFlagAKeyIsItsOwnersAlone) {
       rig.KeyNode(3));
 }
 
-TEST_F(LoadedCreation, PathsBeginAtTheHandlesKey) {
+TEST_F(TernaryKeyTreeCreationTest, PathsBeginAtTheHandlesKey) {
   CreateAll({"a", "a/b"});
   TernaryHandle* handle = rig.Load("a");
   EXPECT_EQ(status::kOk, CreateThrough(handle, "c"));
@@ -48,7 +48,7 @@ TEST_F(LoadedCreation, PathsBeginAtTheHandlesKey) {
   EXPECT_EQ(status::kExists, rig.loaded.CreateKey(kAdmin, handle, nullptr, 0, false));
 }
 
-TEST_F(LoadedCreation, WithoutAHandleNothingIsCreated) {
+TEST_F(TernaryKeyTreeCreationTest, WithoutAHandleNothingIsCreated) {
   const std::string before = rig.Contents();
   EXPECT_EQ(status::kBadArgument, rig.loaded.CreateKey(kAdmin, nullptr, "a", 0, false));
   EXPECT_EQ(status::kBadArgument, rig.loaded.CreateKey(kAdmin, nullptr, nullptr, 0, false));
@@ -56,7 +56,7 @@ TEST_F(LoadedCreation, WithoutAHandleNothingIsCreated) {
 }
 
 // A key that is refused costs nothing but the record that nothing leads to.
-TEST_F(LoadedCreation, AMissingParentGivesEverySlotBack) {
+TEST_F(TernaryKeyTreeCreationTest, AMissingParentGivesEverySlotBack) {
   const std::string tables = Tables();
   for (const char* path : {"a/b", "a/b/c", "a/", "abcdefghijklmnop/x", "abcdefghijklmnopq/x",
                            "abcdefghijklmnopqrstuvwxyzabcdefghijklmnopqrstuvwxyz/x"}) {
@@ -70,7 +70,7 @@ TEST_F(LoadedCreation, AMissingParentGivesEverySlotBack) {
 }
 
 // Neither slots nor room: the file does not grow.
-TEST_F(LoadedCreation, ARefusedCreationTakesNothing) {
+TEST_F(TernaryKeyTreeCreationTest, ARefusedCreationTakesNothing) {
   CreateAll({"a"});
   const std::string contents = rig.Contents();
   const std::string missing = std::string(8840, 'n') + "/y";
@@ -90,7 +90,7 @@ TEST_F(LoadedCreation, ARefusedCreationTakesNothing) {
   EXPECT_TRUE(rig.Contents() == contents);
 }
 
-TEST_F(LoadedCreation, AMissingParentInsideALongerNameLeavesTheCut) {
+TEST_F(TernaryKeyTreeCreationTest, AMissingParentInsideALongerNameLeavesTheCut) {
   CreateAll({"abcd"});
   EXPECT_EQ(status::kBadArgument, Create("abx/y"));
   EXPECT_EQ(rig.StringNode(2), Packed("00001064 16*0 00020000 16*0"));
@@ -102,7 +102,7 @@ TEST_F(LoadedCreation, AMissingParentInsideALongerNameLeavesTheCut) {
   EXPECT_EQ("abcd", Stored());
 }
 
-TEST_F(LoadedCreation, AParentThatWouldEndAtTheCutLeavesTheCutToo) {
+TEST_F(TernaryKeyTreeCreationTest, AParentThatWouldEndAtTheCutLeavesTheCutToo) {
   CreateAll({"abcd"});
   EXPECT_EQ(status::kBadArgument, Create("ab/y"));
   EXPECT_EQ(rig.StringNode(3), Packed("00020063 8*0 00020000 8*0 6162 14*0"));
@@ -110,7 +110,7 @@ TEST_F(LoadedCreation, AParentThatWouldEndAtTheCutLeavesTheCutToo) {
   EXPECT_EQ("abcd", Stored());
 }
 
-TEST_F(LoadedCreation, AnEmptyComponentIsNoName) {
+TEST_F(TernaryKeyTreeCreationTest, AnEmptyComponentIsNoName) {
   CreateAll({"a"});
   const std::string before = rig.Contents();
   for (const char* path : {"a//b", "a//", "//", "//a"})
@@ -118,7 +118,7 @@ TEST_F(LoadedCreation, AnEmptyComponentIsNoName) {
   EXPECT_TRUE(rig.Contents() == before);
 }
 
-TEST_F(LoadedCreation, AKeylessNameIsNoParentInEitherTree) {
+TEST_F(TernaryKeyTreeCreationTest, AKeylessNameIsNoParentInEitherTree) {
   CreateAll({"d", "ab", "bc"});  // the name "a" exists now, as a branch
   ASSERT_EQ(status::kOk, rig.loaded.DeleteKey(kAdmin, root, "d"));
   const std::string before = rig.Contents();
@@ -132,7 +132,7 @@ TEST_F(LoadedCreation, AKeylessNameIsNoParentInEitherTree) {
 }
 
 // Where others go on behind the name. Without a handle the key is made.
-TEST_F(LoadedCreation, ANameThatEndsAtABranchIsRefused) {
+TEST_F(TernaryKeyTreeCreationTest, ANameThatEndsAtABranchIsRefused) {
   CreateAll({"abcx", "abdz"});
   const std::string before = rig.Contents();
   EXPECT_EQ(status::kNoRight, Create("abc"));
@@ -146,7 +146,7 @@ TEST_F(LoadedCreation, ANameThatEndsAtABranchIsRefused) {
 }
 
 // The character at which an existing name is cut is not compared when it is the path's last.
-TEST_F(LoadedCreation, ACharacterThatDiffersAtTheEndIsTakenAsTheCut) {
+TEST_F(TernaryKeyTreeCreationTest, ACharacterThatDiffersAtTheEndIsTakenAsTheCut) {
   struct {
     const char* there;
     const char* asked;
@@ -170,7 +170,7 @@ TEST_F(LoadedCreation, ACharacterThatDiffersAtTheEndIsTakenAsTheCut) {
 }
 
 // An empty component, but the rest of the path is its last character.
-TEST_F(LoadedCreation, ASlashAtTheEndIsTakenAsTheCutToo) {
+TEST_F(TernaryKeyTreeCreationTest, ASlashAtTheEndIsTakenAsTheCutToo) {
   CreateAll({"a", "a/xyz"});
   EXPECT_EQ(status::kBadArgument, Create("a//b"));
   EXPECT_EQ("a a/xyz", Stored());
@@ -179,7 +179,7 @@ TEST_F(LoadedCreation, ASlashAtTheEndIsTakenAsTheCutToo) {
   EXPECT_EQ("a a/xyz b b/x b/xyz", Stored());
 }
 
-TEST_F(LoadedCreation, ADeletedNameIsCreatedWhereItWas) {
+TEST_F(TernaryKeyTreeCreationTest, ADeletedNameIsCreatedWhereItWas) {
   CreateAll({"abc", "abd", "abc/x"});
   EXPECT_EQ("4 4 0 0", UsedSlots(rig.path));
   for (const char* path : {"abd", "abc/x", "abc"}) {

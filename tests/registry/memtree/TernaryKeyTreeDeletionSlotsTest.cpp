@@ -5,7 +5,7 @@ namespace tamu::registry {
 
 namespace {
 
-class LoadedDeletionSlots : public LoadedWriting {
+class TernaryKeyTreeDeletionSlotsTest : public LoadedWriting {
  protected:
   // "a" with a sub-key on each side of "m": slots 2 to 7 of the string nodes and of the keys. The
   // values of "a/m" are 1 to 3, that of "a/f" 4, those of "a" 5 and 6.
@@ -28,7 +28,7 @@ class LoadedDeletionSlots : public LoadedWriting {
   }
 };
 
-TEST_F(LoadedDeletionSlots, SlotsComeBackInTheOrderOfTheTree) {
+TEST_F(TernaryKeyTreeDeletionSlotsTest, SlotsComeBackInTheOrderOfTheTree) {
   StartWithSixKeys();
   ASSERT_EQ(status::kOk, DeleteKey("a"));
   ExpectSixKeysGivenBack();
@@ -41,7 +41,7 @@ TEST_F(LoadedDeletionSlots, SlotsComeBackInTheOrderOfTheTree) {
   ExpectSound(rig.path);
 }
 
-TEST_F(LoadedDeletionSlots, ADeepTreeComesBackFromItsLeaves) {
+TEST_F(TernaryKeyTreeDeletionSlotsTest, ADeepTreeComesBackFromItsLeaves) {
   // 3 is "m", its lo 4 is "f" with a lo 5, an equal 6 and a child 7; its hi 8 is "t" with a
   // child 9.
   Start({"a", "a/m", "a/f", "a/b", "a/fg", "a/f/x", "a/t", "a/t/y"});
@@ -60,7 +60,7 @@ TEST_F(LoadedDeletionSlots, ADeepTreeComesBackFromItsLeaves) {
 
 // The handle's own key too, whose sub-keys are put away meanwhile. The node was written while it
 // was locked, and says so; nobody asks for that in a file.
-TEST_F(LoadedDeletionSlots, TheHandlesOwnKeyTakesItsSubKeysAlong) {
+TEST_F(TernaryKeyTreeDeletionSlotsTest, TheHandlesOwnKeyTakesItsSubKeysAlong) {
   StartWithSixKeys();
   TernaryHandle* handle = rig.Load("a");
   ASSERT_EQ(status::kOk, rig.loaded.DeleteKey(kAdmin, handle, ""));
@@ -83,7 +83,7 @@ TEST_F(LoadedDeletionSlots, TheHandlesOwnKeyTakesItsSubKeysAlong) {
   ExpectSound(rig.path);
 }
 
-TEST_F(LoadedDeletionSlots, AKeyWithoutSubKeysAndValuesIsDeleted) {
+TEST_F(TernaryKeyTreeDeletionSlotsTest, AKeyWithoutSubKeysAndValuesIsDeleted) {
   Start({"a", "b"});
   ASSERT_EQ(status::kOk, DeleteKey("b"));
   EXPECT_EQ("0: a", ListedKeys(root));
@@ -93,7 +93,7 @@ TEST_F(LoadedDeletionSlots, AKeyWithoutSubKeysAndValuesIsDeleted) {
   ExpectSound(rig.path);
 }
 
-TEST_F(LoadedDeletionSlots, ALongNameOfASubKeyComesBackWhole) {
+TEST_F(TernaryKeyTreeDeletionSlotsTest, ALongNameOfASubKeyComesBackWhole) {
   Start({"a"});
   ASSERT_EQ(status::kOk, CreateKey(("a/" + std::string(200, 'x')).c_str()));  // 12 nodes
   ASSERT_EQ(status::kOk, CreateKey(("a/" + std::string(50, 'x') + "y").c_str()));
@@ -103,7 +103,7 @@ TEST_F(LoadedDeletionSlots, ALongNameOfASubKeyComesBackWhole) {
   ExpectSound(rig.path);
 }
 
-TEST_F(LoadedDeletionSlots, KeysComeAndGoWithoutLoss) {
+TEST_F(TernaryKeyTreeDeletionSlotsTest, KeysComeAndGoWithoutLoss) {
   Start({"z"});
   for (unsigned int round = 0; round < 50; ++round) {
     for (const char* key : {"a", "a/m", "a/f", "a/t", "a/mn", "a/m/x"}) {
@@ -116,7 +116,7 @@ TEST_F(LoadedDeletionSlots, KeysComeAndGoWithoutLoss) {
   ExpectSound(rig.path);
 }
 
-TEST_F(LoadedDeletionSlots, KeysBelowComeBackInEveryTable) {
+TEST_F(TernaryKeyTreeDeletionSlotsTest, KeysBelowComeBackInEveryTable) {
   Start({"a"});
   for (char first = 'A'; first < 'A' + 20; ++first) {
     const std::string parent = std::string("a/") + first;
@@ -134,7 +134,7 @@ TEST_F(LoadedDeletionSlots, KeysBelowComeBackInEveryTable) {
   ExpectSound(rig.path);
 }
 
-TEST_F(LoadedDeletionSlots, AChainOf10000KeysIsDeletedOnASmallStack) {
+TEST_F(TernaryKeyTreeDeletionSlotsTest, AChainOf10000KeysIsDeletedOnASmallStack) {
   rig.Create({"top"});
   constexpr unsigned int kLevels = 10000;
   std::string backup(1, '\x01');

@@ -5,9 +5,9 @@ namespace tamu::registry {
 
 namespace {
 
-using LoadedDeletion = LoadedWriting;
+using TernaryKeyTreeDeletionTest = LoadedWriting;
 
-TEST_F(LoadedDeletion, TheNameStaysAndIsUsedAgain) {
+TEST_F(TernaryKeyTreeDeletionTest, TheNameStaysAndIsUsedAgain) {
   Start({"m", "f", "t", "m/x"});  // string nodes 2 to 5
   EXPECT_EQ(StringNode(2),
             "0000106d"                          // a key ends at "m"
@@ -41,7 +41,7 @@ TEST_F(LoadedDeletion, TheNameStaysAndIsUsedAgain) {
 }
 
 // So the name can be created again without a handle alone.
-TEST_F(LoadedDeletion, ANameThatOthersGoOnFromKeepsThem) {
+TEST_F(TernaryKeyTreeDeletionTest, ANameThatOthersGoOnFromKeepsThem) {
   Start({"m", "mn"});
   ASSERT_EQ(status::kOk, DeleteKey("m"));
   EXPECT_EQ(
@@ -77,14 +77,14 @@ std::string FileWithout(const char* key, bool throughHandle) {
   return rig.Contents();
 }
 
-TEST_F(LoadedDeletion, TheFileIsAsAfterDeletingWithoutAHandle) {
+TEST_F(TernaryKeyTreeDeletionTest, TheFileIsAsAfterDeletingWithoutAHandle) {
   for (const char* key : {"a", "a/m", "a/f", "a/mn", "a/m/x", "/b", "b/", "/a/m/"}) {
     EXPECT_TRUE(FileWithout(key, true) == FileWithout(key, false)) << key;
   }
 }
 
 // But for the mark of a node that was written while it was locked.
-TEST_F(LoadedDeletion, TheRootKeyGoesTheSameWay) {
+TEST_F(TernaryKeyTreeDeletionTest, TheRootKeyGoesTheSameWay) {
   for (const char* key : {"", "/"}) {
     std::string through = FileWithout(key, true);
     EXPECT_EQ('\x01', through[InString(1, 2)]);
@@ -93,7 +93,7 @@ TEST_F(LoadedDeletion, TheRootKeyGoesTheSameWay) {
   }
 }
 
-TEST_F(LoadedDeletion, WithoutItsKeyTheRootIsNotFound) {
+TEST_F(TernaryKeyTreeDeletionTest, WithoutItsKeyTheRootIsNotFound) {
   Start({"a"});
   ASSERT_EQ(status::kOk, DeleteKey(""));
   EXPECT_EQ("363 364 364 364", FreeSlots());
@@ -107,7 +107,7 @@ TEST_F(LoadedDeletion, WithoutItsKeyTheRootIsNotFound) {
   EXPECT_EQ(status::kNotFound, rig.TryToLoad("a"));
 }
 
-TEST_F(LoadedDeletion, TheBlocksOfItsValuesStayInUse) {
+TEST_F(TernaryKeyTreeDeletionTest, TheBlocksOfItsValuesStayInUse) {
   Start({"a", "a/b"});
   ASSERT_EQ(status::kOk, CreateData("a", "v", 1, Pattern(100)));  // blocks 1 and 2
   ASSERT_EQ(status::kOk, CreateData("a/b", "v", 1, "x"));         // block 3
@@ -122,7 +122,7 @@ TEST_F(LoadedDeletion, TheBlocksOfItsValuesStayInUse) {
 }
 
 // With all that hangs on it, in memory and in the file; but nothing leads there.
-TEST_F(LoadedDeletion, WhatAHandleNeedsStaysForIt) {
+TEST_F(TernaryKeyTreeDeletionTest, WhatAHandleNeedsStaysForIt) {
   Start({"a", "a/b", "a/b/c", "a/d", "x"});  // 2 to 6; d hangs on b
   for (const char* key : {"a", "a/b", "a/b/c"}) ASSERT_EQ(status::kOk, CreateNumber(key, "n", 5));
   TernaryHandle* handle = rig.Load("a/b");
@@ -144,14 +144,14 @@ TEST_F(LoadedDeletion, WhatAHandleNeedsStaysForIt) {
   EXPECT_EQ("", StructureFindings(rig.path));
 }
 
-TEST_F(LoadedDeletion, NeedsTheRightToDelete) {
+TEST_F(TernaryKeyTreeDeletionTest, NeedsTheRightToDelete) {
   ExpectLoadedToNeedTheRight(8, [](TernaryKeyTree& tree, unsigned int user, TernaryHandle* handle) {
     return tree.DeleteKey(user, handle, "a");
   });
 }
 
 // Not of what is above it or below it.
-TEST_F(LoadedDeletion, TheRightIsThatOfTheKeyItself) {
+TEST_F(TernaryKeyTreeDeletionTest, TheRightIsThatOfTheKeyItself) {
   Start({"a", "a/b", "a/b/c"});
   for (const char* key : {"", "a", "a/b/c"}) {
     ASSERT_EQ(status::kOk, rig.loaded.SetKeyPermission(kAdmin, root, key, 0x00));
@@ -164,7 +164,7 @@ TEST_F(LoadedDeletion, TheRightIsThatOfTheKeyItself) {
   EXPECT_EQ("0: a", ListedKeys(root));
 }
 
-TEST_F(LoadedDeletion, MissesAMissingKey) {
+TEST_F(TernaryKeyTreeDeletionTest, MissesAMissingKey) {
   Start({"a", "abc", "abd"});
   const std::string before = rig.Contents();
   for (const char* key : {"b", "ab", "ab/", "a/b", "abcd", "a//"}) {
@@ -174,7 +174,7 @@ TEST_F(LoadedDeletion, MissesAMissingKey) {
 }
 
 // A name without a key has nothing below it that anybody could reach.
-TEST_F(LoadedDeletion, BelowADeletedKeyNothingIsCreated) {
+TEST_F(TernaryKeyTreeDeletionTest, BelowADeletedKeyNothingIsCreated) {
   Start({"a", "a/b"});
   ASSERT_EQ(status::kOk, DeleteKey("a"));
   EXPECT_EQ(status::kNoRight, CreateKey("a/b"));
@@ -216,7 +216,7 @@ std::string Answers(LoadedTreeRig& rig, TernaryHandle* handle, const char* path)
   return text;
 }
 
-TEST_F(LoadedDeletion, AHandleWhoseKeyIsDeletedFindsNothing) {
+TEST_F(TernaryKeyTreeDeletionTest, AHandleWhoseKeyIsDeletedFindsNothing) {
   Start({"a", "a/b", "a/b/c", "x"});
   TernaryHandle* a = rig.Load("a");
   ASSERT_EQ(status::kOk, DeleteKey("a"));
@@ -237,7 +237,7 @@ TEST_F(LoadedDeletion, AHandleWhoseKeyIsDeletedFindsNothing) {
   ExpectSound(rig.path);
 }
 
-TEST_F(LoadedDeletion, AHandleWhoseKeyIsDeletedCanBeClosed) {
+TEST_F(TernaryKeyTreeDeletionTest, AHandleWhoseKeyIsDeletedCanBeClosed) {
   Start({"a", "a/b", "x"});
   TernaryHandle* a = rig.Load("a");
   ASSERT_EQ(status::kOk, rig.loaded.DeleteKey(kAdmin, a, ""));

@@ -6,9 +6,9 @@ namespace tamu::registry {
 
 namespace {
 
-using LoadedKeyWrites = LoadedWriting;
+using TernaryKeyTreeKeyWritesTest = LoadedWriting;
 
-TEST_F(LoadedKeyWrites, APermissionIsOneByteOfTheKey) {
+TEST_F(TernaryKeyTreeKeyWritesTest, APermissionIsOneByteOfTheKey) {
   Start({"a"});
   ASSERT_EQ(status::kOk, rig.loaded.SetKeyPermission(kAdmin, root, "a", 0xA5));
   EXPECT_EQ(
@@ -26,7 +26,7 @@ TEST_F(LoadedKeyWrites, APermissionIsOneByteOfTheKey) {
   EXPECT_EQ(0xA5, permission);
 }
 
-TEST_F(LoadedKeyWrites, ADefaultNeedsTheRightToModify) {
+TEST_F(TernaryKeyTreeKeyWritesTest, ADefaultNeedsTheRightToModify) {
   for (bool clear : {false, true}) {
     ExpectLoadedToNeedTheRight(
         2, [clear](TernaryKeyTree& tree, unsigned int user, TernaryHandle* handle) {
@@ -35,7 +35,7 @@ TEST_F(LoadedKeyWrites, ADefaultNeedsTheRightToModify) {
   }
 }
 
-TEST_F(LoadedKeyWrites, AWatchNeedsTheRightToRead) {
+TEST_F(TernaryKeyTreeKeyWritesTest, AWatchNeedsTheRightToRead) {
   ExpectLoadedToNeedTheRight(1, [](TernaryKeyTree& tree, unsigned int user, TernaryHandle* handle) {
     return tree.SetKeyWatch(user, handle, "a", 5);
   });
@@ -63,7 +63,7 @@ std::string Writes(TernaryKeyTree& tree, TernaryHandle* handle, const std::strin
   return text;
 }
 
-TEST_F(LoadedKeyWrites, AKeyIsReachedThroughAnyHandleAboveIt) {
+TEST_F(TernaryKeyTreeKeyWritesTest, AKeyIsReachedThroughAnyHandleAboveIt) {
   const struct {
     const char* handle;
     const char* path;
@@ -97,7 +97,7 @@ TEST_F(LoadedKeyWrites, AKeyIsReachedThroughAnyHandleAboveIt) {
   }
 }
 
-TEST_F(LoadedKeyWrites, WithoutAHandleNothingIsChanged) {
+TEST_F(TernaryKeyTreeKeyWritesTest, WithoutAHandleNothingIsChanged) {
   Start({"a"});
   ASSERT_EQ(status::kOk, CreateNumber("a", "n", 1));
   const std::string before = rig.Contents();
@@ -106,7 +106,7 @@ TEST_F(LoadedKeyWrites, WithoutAHandleNothingIsChanged) {
   EXPECT_TRUE(rig.Contents() == before);
 }
 
-TEST_F(LoadedKeyWrites, ATreeThatIsNotOpenChangesNothing) {
+TEST_F(TernaryKeyTreeKeyWritesTest, ATreeThatIsNotOpenChangesNothing) {
   Start({"a"});
   EXPECT_EQ("0 0 0 0 0 0 0 0 0 ", Writes(rig.loaded, root, "a"));
   TernaryKeyTree closed(nullptr);
@@ -119,7 +119,7 @@ TEST_F(LoadedKeyWrites, ATreeThatIsNotOpenChangesNothing) {
   EXPECT_EQ("1 1 1 1 1 1 1 1 1 ", Writes(closed, nullptr, "a"));
 }
 
-TEST_F(LoadedKeyWrites, AMissingKeyIsNotFound) {
+TEST_F(TernaryKeyTreeKeyWritesTest, AMissingKeyIsNotFound) {
   Start({"a", "abc", "abd"});
   const std::string before = SubtreeText(rig.path, "");
   for (const char* key : {"b", "ab", "ab/", "a/b", "abcd"}) {
@@ -129,7 +129,7 @@ TEST_F(LoadedKeyWrites, AMissingKeyIsNotFound) {
   ExpectSound(rig.path);
 }
 
-TEST_F(LoadedKeyWrites, WhatGoesWithoutAHandleAloneIsNotThere) {
+TEST_F(TernaryKeyTreeKeyWritesTest, WhatGoesWithoutAHandleAloneIsNotThere) {
   Start({"a"});
   ASSERT_EQ(status::kOk, CreateNumber("a", "n", 5));
   RegistryInterface& tree = rig.loaded;
@@ -163,7 +163,7 @@ bool WhereKeysCannotBeWritten(Check check) {
   });
 }
 
-TEST_F(LoadedKeyWrites, ADefaultThatCannotBeWrittenIsReportedAndTakenBack) {
+TEST_F(TernaryKeyTreeKeyWritesTest, ADefaultThatCannotBeWrittenIsReportedAndTakenBack) {
   EXPECT_TRUE(WhereKeysCannotBeWritten([](TernaryKeyTree& tree, TernaryHandle* handle) {
     unsigned long long number = 0;
     return tree.SetDefaultValue(kAdmin, handle, "a", 1, false) == 5 &&
@@ -171,7 +171,7 @@ TEST_F(LoadedKeyWrites, ADefaultThatCannotBeWrittenIsReportedAndTakenBack) {
   }));
 }
 
-TEST_F(LoadedKeyWrites, APermissionThatCannotBeWrittenIsReportedAndTakenBack) {
+TEST_F(TernaryKeyTreeKeyWritesTest, APermissionThatCannotBeWrittenIsReportedAndTakenBack) {
   EXPECT_TRUE(WhereKeysCannotBeWritten([](TernaryKeyTree& tree, TernaryHandle* handle) {
     unsigned char permission = 0;
     return tree.SetKeyPermission(kAdmin, handle, "a", 1) == 5 &&
@@ -179,7 +179,7 @@ TEST_F(LoadedKeyWrites, APermissionThatCannotBeWrittenIsReportedAndTakenBack) {
   }));
 }
 
-TEST_F(LoadedKeyWrites, AWatchThatCannotBeWrittenIsReportedAndTakenBack) {
+TEST_F(TernaryKeyTreeKeyWritesTest, AWatchThatCannotBeWrittenIsReportedAndTakenBack) {
   EXPECT_TRUE(WhereKeysCannotBeWritten([](TernaryKeyTree& tree, TernaryHandle* handle) {
     return tree.SetKeyWatch(kAdmin, handle, "a", 1) == 5 &&
            handle->start->directory->key->node->watch() == 0;

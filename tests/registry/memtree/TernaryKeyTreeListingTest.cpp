@@ -4,7 +4,7 @@
 namespace tamu::registry {
 namespace {
 
-class LoadedListing : public ::testing::Test {
+class TernaryKeyTreeListingTest : public ::testing::Test {
  protected:
   std::string Keys(const char* key, unsigned int index = 0, unsigned int flags = 0,
                    unsigned int capacity = 1000) {
@@ -18,7 +18,7 @@ class LoadedListing : public ::testing::Test {
   TernaryHandle* root = nullptr;
 };
 
-TEST_F(LoadedListing, GreaterNamesComeFirst) {
+TEST_F(TernaryKeyTreeListingTest, GreaterNamesComeFirst) {
   rig.Create({"m", "f", "t", "mn", "m/x", "m/x/y"});
   LoadAll();
   EXPECT_EQ("0: t f mn m/x/y m/x m", Keys(""));
@@ -33,7 +33,7 @@ TEST_F(LoadedListing, GreaterNamesComeFirst) {
   EXPECT_EQ("0: m", Keys(nullptr, 5));
 }
 
-TEST_F(LoadedListing, ThePathIsPutBeforeTheNamesAsItIs) {
+TEST_F(TernaryKeyTreeListingTest, ThePathIsPutBeforeTheNamesAsItIs) {
   rig.Create({"a", "a/b", "a/b/c"});
   LoadAll();
   EXPECT_EQ("0: ab/c ab", Keys("a", 0, 1));
@@ -41,7 +41,7 @@ TEST_F(LoadedListing, ThePathIsPutBeforeTheNamesAsItIs) {
   EXPECT_EQ("0: b/c b", Keys("a", 0, 2));
 }
 
-TEST_F(LoadedListing, NamesHaveAtMost63Characters) {
+TEST_F(TernaryKeyTreeListingTest, NamesHaveAtMost63Characters) {
   const std::string fits(63, 'n');
   rig.Create({"a", fits.c_str()});
   LoadAll();
@@ -55,7 +55,7 @@ TEST_F(LoadedListing, NamesHaveAtMost63Characters) {
   EXPECT_EQ("75:", Keys("", 5)) << "also one that is left out";
 }
 
-TEST_F(LoadedListing, ThePathAndTheSlashesCount) {
+TEST_F(TernaryKeyTreeListingTest, ThePathAndTheSlashesCount) {
   const std::string parent(60, 'p');
   rig.Create({parent.c_str()});
   ASSERT_EQ(status::kOk, rig.file->CreateKey(kAdmin, nullptr, (parent + "/ab").c_str(), 0, false));
@@ -72,7 +72,7 @@ TEST_F(LoadedListing, ThePathAndTheSlashesCount) {
   EXPECT_EQ(Keys(parent.c_str(), 0, 1), "0: " + parent + "abc " + parent + "ab");
 }
 
-TEST_F(LoadedListing, APathOf64CharactersIsTooLong) {
+TEST_F(TernaryKeyTreeListingTest, APathOf64CharactersIsTooLong) {
   const std::string name(64, 'q');
   rig.Create({name.c_str()});
   LoadAll();
@@ -81,7 +81,7 @@ TEST_F(LoadedListing, APathOf64CharactersIsTooLong) {
 }
 
 // Both trees list and count the same.
-TEST_F(LoadedListing, AgreesWithTheListOfTheFile) {
+TEST_F(TernaryKeyTreeListingTest, AgreesWithTheListOfTheFile) {
   unsigned int state = 1;
   std::vector<std::string> keys = {""};
   for (int i = 0; i < 200; ++i) {

@@ -4,7 +4,7 @@
 namespace tamu::registry {
 namespace {
 
-TEST(Loading, AKeyComesWithAllBelowIt) {
+TEST(TernaryKeyTreeLoading, AKeyComesWithAllBelowIt) {
   LoadedTreeRig rig;
   rig.Create({"a", "a/b", "a/b/c", "x"});
   TernaryHandle* handle = rig.Load("a");
@@ -20,7 +20,7 @@ TEST(Loading, AKeyComesWithAllBelowIt) {
   EXPECT_EQ(0, handle->waiterCount);
 }
 
-TEST(Loading, TheRootComesWithEverything) {
+TEST(TernaryKeyTreeLoading, TheRootComesWithEverything) {
   for (const char* root : {"", "/", static_cast<const char*>(nullptr)}) {
     LoadedTreeRig rig;
     rig.Create({"m", "f", "t", "mn", "m/x", "m/x/y"});
@@ -31,7 +31,7 @@ TEST(Loading, TheRootComesWithEverything) {
   }
 }
 
-TEST(Loading, NothingIsWritten) {
+TEST(TernaryKeyTreeLoading, NothingIsWritten) {
   LoadedTreeRig rig;
   rig.Create({"a", "a/b"});
   const std::string before = rig.Contents();
@@ -42,7 +42,7 @@ TEST(Loading, NothingIsWritten) {
   EXPECT_TRUE(rig.Contents() == before);
 }
 
-TEST(Loading, ValuesComeInTheOrderOfTheFileWithTheirData) {
+TEST(TernaryKeyTreeLoading, ValuesComeInTheOrderOfTheFileWithTheirData) {
   LoadedTreeRig rig;
   rig.Create({"a"});
   ASSERT_EQ(status::kOk, rig.CreateNumber("a", "n", 0x0102030405060708ull));
@@ -54,7 +54,7 @@ TEST(Loading, ValuesComeInTheOrderOfTheFileWithTheirData) {
             "long " + HexOf(Pattern(1024)) + ", none 53, d 616263, n 0807060504030201");
 }
 
-TEST(Loading, TheSameKeyTwiceIsOneString) {
+TEST(TernaryKeyTreeLoading, TheSameKeyTwiceIsOneString) {
   LoadedTreeRig rig;
   rig.Create({"a", "a/b"});
   TernaryHandle* one = rig.Load("a");
@@ -64,7 +64,7 @@ TEST(Loading, TheSameKeyTwiceIsOneString) {
   EXPECT_EQ(2u, one->start->loadCount);
 }
 
-TEST(Loading, WhatIsLoadedIsShared) {
+TEST(TernaryKeyTreeLoading, WhatIsLoadedIsShared) {
   LoadedTreeRig rig;
   rig.Create({"a", "a/b", "a/b/c", "a/d"});
   TernaryHandle* inner = rig.Load("a/b");
@@ -76,7 +76,7 @@ TEST(Loading, WhatIsLoadedIsShared) {
   EXPECT_EQ(rig.KeyOf(root, "a/b/c"), rig.KeyOf(inner, "c"));
 }
 
-TEST(Loading, AMissingKeyLeavesWhatIsLoaded) {
+TEST(TernaryKeyTreeLoading, AMissingKeyLeavesWhatIsLoaded) {
   LoadedTreeRig rig;
   rig.Create({"a", "a/b", "abc"});
   for (const char* key : {"x", "a/x", "a/b/c", "ab", "abcd", "abx", "a/bb", "abc/x", "//a"}) {
@@ -92,7 +92,7 @@ TEST(Loading, AMissingKeyLeavesWhatIsLoaded) {
   EXPECT_EQ(status::kOk, rig.Find(root, "abc"));
 }
 
-TEST(Loading, ANameWithoutAKeyIsNotLoaded) {
+TEST(TernaryKeyTreeLoading, ANameWithoutAKeyIsNotLoaded) {
   for (bool rootIsLoaded : {false, true}) {
     LoadedTreeRig rig;
     rig.Create({"d", "d/e", "a", "ab"});
@@ -107,7 +107,7 @@ TEST(Loading, ANameWithoutAKeyIsNotLoaded) {
   }
 }
 
-TEST(Loading, WithoutARootKeyThereIsNothing) {
+TEST(TernaryKeyTreeLoading, WithoutARootKeyThereIsNothing) {
   LoadedTreeRig rig;
   rig.Create({"a"});
   ASSERT_EQ(status::kOk, rig.Delete(""));
@@ -115,7 +115,7 @@ TEST(Loading, WithoutARootKeyThereIsNothing) {
   EXPECT_EQ(status::kNotFound, rig.TryToLoad("a"));
 }
 
-TEST(Loading, AFileWithoutStartNodeHasNoKeys) {
+TEST(TernaryKeyTreeLoading, AFileWithoutStartNodeHasNoKeys) {
   TempDir dir;
   TernaryKeyTree tree(nullptr);
   ASSERT_EQ(status::kOk, tree.Initialize((dir / "new").c_str()));
@@ -125,7 +125,7 @@ TEST(Loading, AFileWithoutStartNodeHasNoKeys) {
   EXPECT_EQ(nullptr, tree.GetStartString(0));
 }
 
-TEST(Loading, BeforeInitializeAndAfterFinalizeNothingIsLoaded) {
+TEST(TernaryKeyTreeLoading, BeforeInitializeAndAfterFinalizeNothingIsLoaded) {
   TernaryKeyTree tree(nullptr);
   void* handle = nullptr;
   EXPECT_EQ(status::kNoRight, tree.LoadKeyTree("", handle));
@@ -138,7 +138,7 @@ TEST(Loading, BeforeInitializeAndAfterFinalizeNothingIsLoaded) {
 
 // ---- damage
 
-TEST(LoadingDamage, AnImpossibleRunEndsTheWay) {
+TEST(TernaryKeyTreeLoading, AnImpossibleRunEndsTheWay) {
   LoadedTreeRig rig;
   rig.Create({"a", "a/b"});
   PatchFile(rig.path, InString(2, kSegmentLength), "\x11");
@@ -147,7 +147,7 @@ TEST(LoadingDamage, AnImpossibleRunEndsTheWay) {
   EXPECT_EQ(status::kInvalidFile, rig.TryToLoad(""));
 }
 
-TEST(LoadingDamage, BelowAKeyWhatCannotBeReadIsNotThere) {
+TEST(TernaryKeyTreeLoading, BelowAKeyWhatCannotBeReadIsNotThere) {
   LoadedTreeRig rig;
   rig.Create({"a", "a/m", "a/f", "a/t"});  // 300, its lower 400, its higher 500
   PatchFile(rig.path, InString(5, kSegmentLength), "\xFF");
@@ -156,7 +156,7 @@ TEST(LoadingDamage, BelowAKeyWhatCannotBeReadIsNotThere) {
   EXPECT_EQ(status::kOk, rig.Find(handle, ""));
 }
 
-TEST(LoadingDamage, LinksThatFormACircleEnd) {
+TEST(TernaryKeyTreeLoading, LinksThatFormACircleEnd) {
   for (unsigned int link : kLinks) {
     for (unsigned int to : {0x300u, 0x200u, 0x100u}) {
       LoadedTreeRig rig;
@@ -173,7 +173,7 @@ TEST(LoadingDamage, LinksThatFormACircleEnd) {
   }
 }
 
-TEST(LoadingDamage, ALinkThatLeadsToTheSameNodeTwiceLoadsItOnce) {
+TEST(TernaryKeyTreeLoading, ALinkThatLeadsToTheSameNodeTwiceLoadsItOnce) {
   LoadedTreeRig rig;
   rig.Create({"m", "m/b"});
   rig.PatchWord(InString(2, kLo), 0x300);  // its child, too
@@ -186,7 +186,7 @@ TEST(LoadingDamage, ALinkThatLeadsToTheSameNodeTwiceLoadsItOnce) {
   }
 }
 
-TEST(LoadingDamage, ANodeOnTheWayIsNotLoadedAgain) {
+TEST(TernaryKeyTreeLoading, ANodeOnTheWayIsNotLoadedAgain) {
   LoadedTreeRig rig;
   rig.Create({"m", "m/b"});
   rig.PatchWord(InString(3, kChild), 0x200);
@@ -197,7 +197,7 @@ TEST(LoadingDamage, ANodeOnTheWayIsNotLoadedAgain) {
   EXPECT_EQ(status::kNotFound, rig.Find(m, "b/m"));
 }
 
-TEST(LoadingDamage, AKeyThatTwoNamesShareIsLoadedOnce) {
+TEST(TernaryKeyTreeLoading, AKeyThatTwoNamesShareIsLoadedOnce) {
   LoadedTreeRig rig;
   rig.Create({"a", "b"});
   rig.PatchWord(InString(3, kKeyLink), 0x200);
@@ -208,7 +208,7 @@ TEST(LoadingDamage, AKeyThatTwoNamesShareIsLoadedOnce) {
 }
 
 // Of the root's key nothing is needed for others.
-TEST(LoadingDamage, TheRootsKeyKeepsNoOtherFromBeingLoaded) {
+TEST(TernaryKeyTreeLoading, TheRootsKeyKeepsNoOtherFromBeingLoaded) {
   LoadedTreeRig rig;
   rig.Create({"a"});
   ASSERT_EQ(status::kOk, rig.CreateNumber("", "n", 1));
@@ -218,7 +218,7 @@ TEST(LoadingDamage, TheRootsKeyKeepsNoOtherFromBeingLoaded) {
   EXPECT_EQ(status::kInvalidFile, rig.TryToLoad("/"));
 }
 
-TEST(LoadingDamage, ValuesThatFormACircleKeepTheKeyFromBeingLoaded) {
+TEST(TernaryKeyTreeLoading, ValuesThatFormACircleKeepTheKeyFromBeingLoaded) {
   LoadedTreeRig rig;
   rig.Create({"a"});
   ASSERT_EQ(status::kOk, rig.CreateNumber("a", "n", 1));
@@ -226,7 +226,7 @@ TEST(LoadingDamage, ValuesThatFormACircleKeepTheKeyFromBeingLoaded) {
   EXPECT_EQ(status::kInvalidFile, rig.TryToLoad("a"));
 }
 
-TEST(LoadingDamage, DataThatCannotBeReadIsZero) {
+TEST(TernaryKeyTreeLoading, DataThatCannotBeReadIsZero) {
   LoadedTreeRig rig;
   rig.Create({"a"});
   ASSERT_EQ(status::kOk, rig.CreateData("a", "lost", "abc"));

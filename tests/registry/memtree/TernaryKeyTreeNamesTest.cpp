@@ -9,7 +9,7 @@ const std::string kText = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJ";
 // The first node of a name of more than 17 characters of kText.
 const char kFirstOfMany[] = "00100071 8*0 00030000 8*0 6162636465666768696a6b6c6d6e6f70";
 
-class LoadedNames : public RootHandleTest {
+class TernaryKeyTreeNamesTest : public RootHandleTest {
  protected:
   // That the strings from slot 2 on have these records, and nothing more was taken.
   void ExpectNodes(std::initializer_list<const char*> nodes) {
@@ -29,39 +29,39 @@ class LoadedNames : public RootHandleTest {
   }
 };
 
-TEST_F(LoadedNames, ANameOfOneCharacterHasNoSegment) {
+TEST_F(TernaryKeyTreeNamesTest, ANameOfOneCharacterHasNoSegment) {
   ASSERT_EQ(status::kOk, Create("a"));
   ExpectNodes({"00001061 16*0 00020000 16*0"});
 }
 
-TEST_F(LoadedNames, ANameOf16CharactersHasASegmentOf15) {
+TEST_F(TernaryKeyTreeNamesTest, ANameOf16CharactersHasASegmentOf15) {
   ASSERT_EQ(status::kOk, Create(kText.substr(0, 16)));
   ExpectNodes({"000f1070 16*0 00020000 6162636465666768696a6b6c6d6e6f 1*0"});
 }
 
-TEST_F(LoadedNames, ANameOf17CharactersFillsANode) {
+TEST_F(TernaryKeyTreeNamesTest, ANameOf17CharactersFillsANode) {
   ASSERT_EQ(status::kOk, Create(kText.substr(0, 17)));
   ExpectNodes({"00101071 16*0 00020000 6162636465666768696a6b6c6d6e6f70"});
 }
 
-TEST_F(LoadedNames, ANameOf18CharactersEndsInANodeWithoutSegment) {
+TEST_F(TernaryKeyTreeNamesTest, ANameOf18CharactersEndsInANodeWithoutSegment) {
   ASSERT_EQ(status::kOk, Create(kText.substr(0, 18)));
   ExpectNodes({kFirstOfMany, "00001072 16*0 00020000 16*0"});
 }
 
-TEST_F(LoadedNames, ANameOf34CharactersFillsTwoNodes) {
+TEST_F(TernaryKeyTreeNamesTest, ANameOf34CharactersFillsTwoNodes) {
   ASSERT_EQ(status::kOk, Create(kText.substr(0, 34)));
   ExpectNodes({kFirstOfMany, "00101048 16*0 00020000 72737475767778797a41424344454647"});
 }
 
-TEST_F(LoadedNames, ANameOf35CharactersTakesThreeNodes) {
+TEST_F(TernaryKeyTreeNamesTest, ANameOf35CharactersTakesThreeNodes) {
   ASSERT_EQ(status::kOk, Create(kText.substr(0, 35)));
   ExpectNodes({kFirstOfMany, "00100048 8*0 00040000 8*0 72737475767778797a41424344454647",
                "00001049 16*0 00020000 16*0"});
 }
 
 // The file has the lock that the string had while it was written; whoever loads it forgets it.
-TEST_F(LoadedNames, TheOwnersRecordTellsOfTheLock) {
+TEST_F(TernaryKeyTreeNamesTest, TheOwnersRecordTellsOfTheLock) {
   EXPECT_EQ(rig.StringNode(1), Packed("00001000 16*0 00010000 16*0"));
   ASSERT_EQ(status::kOk, Create("a"));
   EXPECT_EQ(rig.StringNode(1), Packed("00001100 12*0 00020000 00010000 16*0"));
@@ -81,13 +81,13 @@ TEST_F(LoadedNames, TheOwnersRecordTellsOfTheLock) {
   EXPECT_EQ(rig.StringNode(2), Packed("00001061 8*0 00050000 00030000 00020000 16*0"));
 }
 
-TEST_F(LoadedNames, AShorterNameCutsTheLonger) {
+TEST_F(TernaryKeyTreeNamesTest, AShorterNameCutsTheLonger) {
   CreateAll({"abc", "ab"});
   ExpectNodes({"00001063 16*0 00020000 16*0", "00011062 8*0 00020000 4*0 00030000 61 15*0"});
   EXPECT_EQ(rig.StringNode(1), Packed("00001100 12*0 00030000 00010000 16*0"));
 }
 
-TEST_F(LoadedNames, ANameThatDiffersAtTheSplitCharacterCutsNothing) {
+TEST_F(TernaryKeyTreeNamesTest, ANameThatDiffersAtTheSplitCharacterCutsNothing) {
   CreateAll({"abc", "abd", "aba"});
   ExpectNodes({"00021063 00040000 00030000 8*0 00020000 6162 14*0", "00001064 16*0 00030000 16*0",
                "00001061 16*0 00040000 16*0"});
@@ -95,39 +95,39 @@ TEST_F(LoadedNames, ANameThatDiffersAtTheSplitCharacterCutsNothing) {
   EXPECT_EQ(StringOf("abc")->lower, StringOf("aba"));
 }
 
-TEST_F(LoadedNames, ALongerNameGoesOnBehindTheShorter) {
+TEST_F(TernaryKeyTreeNamesTest, ALongerNameGoesOnBehindTheShorter) {
   CreateAll({"ab", "abcd"});
   ExpectNodes({"00011062 8*0 00030000 4*0 00020000 61 15*0", "00011064 16*0 00030000 63 15*0"});
 }
 
 // Taken in this order: the upper part, the nodes of the name; each key has the next slot.
-TEST_F(LoadedNames, ANameThatBranchesOffCutsAndHangsBesideTheCut) {
+TEST_F(TernaryKeyTreeNamesTest, ANameThatBranchesOffCutsAndHangsBesideTheCut) {
   CreateAll({"abcdef", "abxyz", "abaaa"});
   ExpectNodes({"00021066 16*0 00020000 6465 14*0",
                "00020063 00050000 00040000 00020000 8*0 6162 14*0",
                "0002107a 16*0 00030000 7879 14*0", "00021061 16*0 00040000 6161 14*0"});
 }
 
-TEST_F(LoadedNames, TheTwoPartsOfABranchHaveNoKeyBetweenThem) {
+TEST_F(TernaryKeyTreeNamesTest, TheTwoPartsOfABranchHaveNoKeyBetweenThem) {
   CreateAll({"abcx", "abdz"});
   ExpectNodes({"00001078 16*0 00020000 16*0", "00020063 4*0 00040000 00020000 8*0 6162 14*0",
                "0001107a 16*0 00030000 64 15*0"});
 }
 
-TEST_F(LoadedNames, ACutAtTheFirstCharacterKeepsTheRestWhole) {
+TEST_F(TernaryKeyTreeNamesTest, ACutAtTheFirstCharacterKeepsTheRestWhole) {
   CreateAll({kText.substr(0, 17).c_str(), "b1"});
   ExpectNodes({"000f1071 16*0 00020000 62636465666768696a6b6c6d6e6f70 1*0",
                "00000061 4*0 00040000 00020000 24*0", "00011031 16*0 00030000 62 15*0"});
 }
 
-TEST_F(LoadedNames, ACutKeepsTheLinksOfTheLowerPart) {
+TEST_F(TernaryKeyTreeNamesTest, ACutKeepsTheLinksOfTheLowerPart) {
   CreateAll({"abc", "aba", "abe", "abcd", "abc/d", "a11"});
   EXPECT_EQ(rig.StringNode(7), Packed("00010062 00080000 4*0 00020000 8*0 61 15*0"));
   EXPECT_EQ(rig.StringNode(2),
             Packed("00001063 00030000 00040000 00050000 00060000 00020000 16*0"));
 }
 
-TEST_F(LoadedNames, ACutIsFoundUnderWhicheverLinkLedToIt) {
+TEST_F(TernaryKeyTreeNamesTest, ACutIsFoundUnderWhicheverLinkLedToIt) {
   CreateAll({"m", "cde", "xyz", "mnop", "m/qrs"});
   EXPECT_EQ(rig.StringNode(2),
             Packed("0000116d 00030000 00040000 00050000 00060000 00020000 16*0"));
@@ -136,7 +136,7 @@ TEST_F(LoadedNames, ACutIsFoundUnderWhicheverLinkLedToIt) {
             Packed("0000116d 00070000 00090000 000b0000 000d0000 00020000 16*0"));
 }
 
-TEST_F(LoadedNames, HighBytesHangBelowTheOthers) {
+TEST_F(TernaryKeyTreeNamesTest, HighBytesHangBelowTheOthers) {
   CreateAll({"m", "\xE4", "A", "\x80", "\xFF"});
   ExpectNodes({"0000106d 00030000 12*0 00020000 16*0",
                "000010e4 00050000 00040000 8*0 00030000 16*0",
@@ -144,7 +144,7 @@ TEST_F(LoadedNames, HighBytesHangBelowTheOthers) {
                "000010ff 16*0 00060000 16*0"});
 }
 
-TEST_F(LoadedNames, ANameWithoutAKeyEndsUnmarked) {
+TEST_F(TernaryKeyTreeNamesTest, ANameWithoutAKeyEndsUnmarked) {
   TernaryString* first = nullptr;
   ASSERT_EQ(status::kOk,
             rig.loaded.CreateStringNode(0, kText.substr(0, 18).c_str(), first, nullptr));
@@ -156,7 +156,7 @@ TEST_F(LoadedNames, ANameWithoutAKeyEndsUnmarked) {
   delete first;
 }
 
-TEST_F(LoadedNames, TheEmptyNameIsANodeWithoutCharacters) {
+TEST_F(TernaryKeyTreeNamesTest, TheEmptyNameIsANodeWithoutCharacters) {
   TernaryKey* key = nullptr;
   ASSERT_EQ(status::kOk, rig.loaded.CreateKeyNode(0, 0, 0, 0, false, key));
   TernaryString* first = nullptr;
@@ -167,7 +167,7 @@ TEST_F(LoadedNames, TheEmptyNameIsANodeWithoutCharacters) {
   delete key;
 }
 
-TEST_F(LoadedNames, ASlashIsNoPartOfANameAndGivesAllSlotsBack) {
+TEST_F(TernaryKeyTreeNamesTest, ASlashIsNoPartOfANameAndGivesAllSlotsBack) {
   const std::string before = Tables();
   for (size_t length : {0u, 1u, 16u, 17u, 18u, 34u, 35u}) {
     for (const char* end : {"/", "/x"}) {
@@ -183,7 +183,7 @@ TEST_F(LoadedNames, ASlashIsNoPartOfANameAndGivesAllSlotsBack) {
   EXPECT_EQ(status::kBadArgument, rig.loaded.CreateStringNode(0, nullptr, first, nullptr));
 }
 
-TEST_F(LoadedNames, NothingIsCutAtOrBehindASegmentsEnd) {
+TEST_F(TernaryKeyTreeNamesTest, NothingIsCutAtOrBehindASegmentsEnd) {
   CreateAll({"abc"});
   const std::string before = rig.Contents();
   for (unsigned int cut : {2u, 3u, 16u, 255u, 0xFFFFFFFFu}) {
@@ -195,7 +195,7 @@ TEST_F(LoadedNames, NothingIsCutAtOrBehindASegmentsEnd) {
   EXPECT_TRUE(rig.Contents() == before);
 }
 
-TEST_F(LoadedNames, AStringThatDoesNotHangThereIsNotCut) {
+TEST_F(TernaryKeyTreeNamesTest, AStringThatDoesNotHangThereIsNotCut) {
   CreateAll({"abc", "abc/def"});
   const std::string before = rig.Contents();
   TernaryString* below = StringOf("abc/def");
@@ -209,7 +209,7 @@ TEST_F(LoadedNames, AStringThatDoesNotHangThereIsNotCut) {
   EXPECT_TRUE(rig.Contents() == before);
 }
 
-TEST_F(LoadedNames, AStringThatIsLoadedElsewhereIsNotCut) {
+TEST_F(TernaryKeyTreeNamesTest, AStringThatIsLoadedElsewhereIsNotCut) {
   CreateAll({"m", "abc"});
   const std::string before = rig.Contents();
   TernaryString* m = StringOf("m");
@@ -222,7 +222,7 @@ TEST_F(LoadedNames, AStringThatIsLoadedElsewhereIsNotCut) {
   EXPECT_TRUE(rig.Contents() == before);
 }
 
-TEST_F(LoadedNames, WithoutAParentTheUpperPartBecomesTheRoot) {
+TEST_F(TernaryKeyTreeNamesTest, WithoutAParentTheUpperPartBecomesTheRoot) {
   CreateAll({"abc"});
   TernaryString* upper = nullptr;
   ASSERT_EQ(status::kOk, rig.loaded.SplitString(0, StringOf("abc"), 7, 1, nullptr, upper));
@@ -236,7 +236,7 @@ TEST_F(LoadedNames, WithoutAParentTheUpperPartBecomesTheRoot) {
   EXPECT_EQ(status::kOk, rig.loaded.File()->WriteNode(0, 0x100, root->start->node.get(), false));
 }
 
-TEST_F(LoadedNames, ACutFirstLevelKeepsTheRoot) {
+TEST_F(TernaryKeyTreeNamesTest, ACutFirstLevelKeepsTheRoot) {
   CreateAll({"abc", "abc/x"});
   for (const char* name : {"axyz", "b12"}) {
     ASSERT_EQ(status::kOk, Create(name)) << name;
@@ -246,7 +246,7 @@ TEST_F(LoadedNames, ACutFirstLevelKeepsTheRoot) {
   }
 }
 
-TEST_F(LoadedNames, AHandleOnACutStringGoesOn) {
+TEST_F(TernaryKeyTreeNamesTest, AHandleOnACutStringGoesOn) {
   CreateAll({"abcdef", "abcdef/x"});
   TernaryHandle* handle = rig.Load("abcdef");
   TernaryString* start = handle->start;
@@ -264,7 +264,7 @@ TEST_F(LoadedNames, AHandleOnACutStringGoesOn) {
 }
 
 // The other's change is written together with the lock that it has on the string.
-TEST_F(LoadedNames, ALockedStringIsCutWithItsLock) {
+TEST_F(TernaryKeyTreeNamesTest, ALockedStringIsCutWithItsLock) {
   CreateAll({"abc", "abc/x"});
   TernaryString* abc = StringOf("abc");
   ASSERT_EQ(status::kOk, abc->Lock(root));

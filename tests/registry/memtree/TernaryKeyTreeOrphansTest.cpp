@@ -11,9 +11,9 @@ namespace {
 
 // "a" with "b", "c" below that, and "d", which hangs on "b": the string nodes and keys 2 to 5. "x"
 // is 6. Each key has a number of its own name.
-class LoadedOrphans : public LoadedWriting {
+class TernaryKeyTreeOrphansTest : public LoadedWriting {
  protected:
-  LoadedOrphans() {
+  TernaryKeyTreeOrphansTest() {
     Start({"a", "a/b", "a/b/c", "a/d", "x"});
     for (const char* key : {"a", "a/b", "a/b/c", "a/d", "x"}) {
       EXPECT_EQ(status::kOk, CreateNumber(key, "n", 1)) << key;
@@ -51,7 +51,7 @@ class LoadedOrphans : public LoadedWriting {
 
 const char* const kOne = "type 0: 0100000000000000";
 
-TEST_F(LoadedOrphans, AnOpenKeyStaysUsable) {
+TEST_F(TernaryKeyTreeOrphansTest, AnOpenKeyStaysUsable) {
   TernaryHandle* b = rig.Load("a/b");
   ASSERT_EQ(status::kOk, DeleteKey("a"));
   EXPECT_EQ(kOne, Get(b, "", "n"));
@@ -70,7 +70,7 @@ TEST_F(LoadedOrphans, AnOpenKeyStaysUsable) {
 
 // Of a key beside an open one, which hangs on it, nothing comes back either; but of one that the
 // open one hangs on.
-TEST_F(LoadedOrphans, WhatAnOpenKeyHangsOnIsGivenBack) {
+TEST_F(TernaryKeyTreeOrphansTest, WhatAnOpenKeyHangsOnIsGivenBack) {
   TernaryHandle* d = rig.Load("a/d");
   const std::string before = StringNode(5) + rig.KeyNode(5) + ValueNode(4);
   ASSERT_EQ(status::kOk, DeleteKey("a"));
@@ -92,7 +92,7 @@ TEST_F(LoadedOrphans, WhatAnOpenKeyHangsOnIsGivenBack) {
   ExpectSoundTree();
 }
 
-TEST_F(LoadedOrphans, OfTwoHandlesOnAKeyEitherMayGoFirst) {
+TEST_F(TernaryKeyTreeOrphansTest, OfTwoHandlesOnAKeyEitherMayGoFirst) {
   TernaryHandle* one = rig.Load("a/b");
   TernaryHandle* two = rig.Load("a/b");
   TernaryHandle* three = rig.Load("a/b");
@@ -107,7 +107,7 @@ TEST_F(LoadedOrphans, OfTwoHandlesOnAKeyEitherMayGoFirst) {
 }
 
 // "d" hangs on "b", and "c" is below it.
-TEST_F(LoadedOrphans, HandlesOnSeveralKeysMayGoInAnyOrder) {
+TEST_F(TernaryKeyTreeOrphansTest, HandlesOnSeveralKeysMayGoInAnyOrder) {
   int order[] = {0, 1, 2};
   do {
     SCOPED_TRACE(std::to_string(order[0]) + std::to_string(order[1]) + std::to_string(order[2]));
@@ -127,7 +127,7 @@ TEST_F(LoadedOrphans, HandlesOnSeveralKeysMayGoInAnyOrder) {
 }
 
 // As above, but what leads to the open keys is given back: each stays for itself.
-TEST_F(LoadedOrphans, OpenKeysFarApartStayEachForItself) {
+TEST_F(TernaryKeyTreeOrphansTest, OpenKeysFarApartStayEachForItself) {
   for (bool firstGoesFirst : {true, false}) {
     TernaryHandle* c = rig.Load("a/b/c");
     TernaryHandle* d = rig.Load("a/d");
@@ -140,7 +140,7 @@ TEST_F(LoadedOrphans, OpenKeysFarApartStayEachForItself) {
   }
 }
 
-TEST_F(LoadedOrphans, AKeyDeletedThroughItsOwnHandleLeavesOpenOnesBelowToo) {
+TEST_F(TernaryKeyTreeOrphansTest, AKeyDeletedThroughItsOwnHandleLeavesOpenOnesBelowToo) {
   for (bool outerGoesFirst : {true, false}) {
     TernaryHandle* outer = rig.Load("a");
     TernaryHandle* inner = rig.Load("a/b");
@@ -156,7 +156,7 @@ TEST_F(LoadedOrphans, AKeyDeletedThroughItsOwnHandleLeavesOpenOnesBelowToo) {
   }
 }
 
-TEST_F(LoadedOrphans, WhatIsDeletedAlreadyMayBeDeletedFurther) {
+TEST_F(TernaryKeyTreeOrphansTest, WhatIsDeletedAlreadyMayBeDeletedFurther) {
   for (bool outerGoesFirst : {true, false}) {
     TernaryHandle* b = rig.Load("a/b");
     TernaryHandle* c = rig.Load("a/b/c");
@@ -173,7 +173,7 @@ TEST_F(LoadedOrphans, WhatIsDeletedAlreadyMayBeDeletedFurther) {
   }
 }
 
-TEST_F(LoadedOrphans, ANewKeyOfTheSameNameIsAnother) {
+TEST_F(TernaryKeyTreeOrphansTest, ANewKeyOfTheSameNameIsAnother) {
   TernaryHandle* old = rig.Load("a/b");
   ASSERT_EQ(status::kOk, DeleteKey("a"));
   for (const char* key : {"a", "a/b", "a/b/e"}) ASSERT_EQ(status::kOk, CreateKey(key)) << key;
@@ -196,7 +196,7 @@ TEST_F(LoadedOrphans, ANewKeyOfTheSameNameIsAnother) {
 }
 
 // The handle of a deleted key does not keep what is below the new one.
-TEST_F(LoadedOrphans, ANewKeyIsUnloadedWhileTheDeletedOneIsOpen) {
+TEST_F(TernaryKeyTreeOrphansTest, ANewKeyIsUnloadedWhileTheDeletedOneIsOpen) {
   TernaryHandle* old = rig.Load("a/b");
   ASSERT_EQ(status::kOk, DeleteKey("a"));
   for (const char* key : {"a", "a/b", "a/b/e", "a/b/e/f"})
@@ -214,7 +214,7 @@ TEST_F(LoadedOrphans, ANewKeyIsUnloadedWhileTheDeletedOneIsOpen) {
   root = rig.Load("");
 }
 
-TEST_F(LoadedOrphans, AllHandlesMayBeLeftOpen) {
+TEST_F(TernaryKeyTreeOrphansTest, AllHandlesMayBeLeftOpen) {
   rig.Load("a");
   rig.Load("a/b");
   TernaryHandle* c = rig.Load("a/b/c");
@@ -227,7 +227,7 @@ TEST_F(LoadedOrphans, AllHandlesMayBeLeftOpen) {
   EXPECT_EQ("0: x", ListedKeys(root));
 }
 
-TEST_F(LoadedOrphans, ALockedKeyStaysUntilItIsUnlockedAndClosed) {
+TEST_F(TernaryKeyTreeOrphansTest, ALockedKeyStaysUntilItIsUnlockedAndClosed) {
   TernaryHandle* b = rig.Load("a/b");
   ASSERT_EQ(status::kOk, b->start->Lock(b));
   ASSERT_EQ(status::kOk, DeleteKey("a"));
@@ -241,7 +241,7 @@ TEST_F(LoadedOrphans, ALockedKeyStaysUntilItIsUnlockedAndClosed) {
 }
 
 // Nobody has it open, but somebody is about to change what is below.
-TEST_F(LoadedOrphans, AKeyThatIsLockedThroughAnotherHandleStaysToo) {
+TEST_F(TernaryKeyTreeOrphansTest, AKeyThatIsLockedThroughAnotherHandleStaysToo) {
   ASSERT_EQ(status::kOk, CreateKey("a/b/c/e"));
   ASSERT_EQ(status::kOk, CreateNumber("a/b/c/e", "n", 1));
   TernaryHandle* e = rig.Load("a/b/c/e");
@@ -268,7 +268,7 @@ TEST_F(LoadedOrphans, AKeyThatIsLockedThroughAnotherHandleStaysToo) {
 }
 
 // What was put away does not come back when it is unlocked.
-TEST_F(LoadedOrphans, AKeyThatIsLockedItselfIsDeletedWithAllBelowIt) {
+TEST_F(TernaryKeyTreeOrphansTest, AKeyThatIsLockedItselfIsDeletedWithAllBelowIt) {
   TernaryHandle* a = rig.Load("a");
   ASSERT_EQ(status::kOk, a->start->Lock(a));
   ASSERT_EQ(status::kOk, DeleteKey("a"));
@@ -287,7 +287,7 @@ size_t HeapInUse() {
   return mallinfo2().uordblks;
 }
 
-TEST_F(LoadedOrphans, AgainAndAgainNothingGrowsInMemory) {
+TEST_F(TernaryKeyTreeOrphansTest, AgainAndAgainNothingGrowsInMemory) {
   ASSERT_EQ(status::kOk, DeleteKey("a"));
   size_t before = 0;
   for (unsigned int round = 0; round < 10000; ++round) {

@@ -4,7 +4,7 @@
 namespace tamu::registry {
 namespace {
 
-class LoadedReading : public ::testing::Test {
+class TernaryKeyTreeReadingTest : public ::testing::Test {
  protected:
   // A value as the administrator gets it, "0 type 1: 616263".
   std::string Get(const char* key, const char* name, unsigned int type = kValueTypeAny,
@@ -41,9 +41,7 @@ class LoadedReading : public ::testing::Test {
   TernaryHandle* root = nullptr;
 };
 
-using LoadedValues = LoadedReading;
-
-TEST_F(LoadedValues, AreReadWithAllTheirBytes) {
+TEST_F(TernaryKeyTreeReadingTest, AreReadWithAllTheirBytes) {
   rig.Create({"a", "a/b"});
   ASSERT_EQ(status::kOk, rig.CreateNumber("a/b", "n", 0x0102030405060708ull));
   ASSERT_EQ(status::kOk, rig.CreateData("a/b", "d", "abc"));
@@ -57,7 +55,7 @@ TEST_F(LoadedValues, AreReadWithAllTheirBytes) {
   EXPECT_EQ(status::kBadArgument, rig.loaded.GetValue(kAdmin, root, "a", nullptr, nullptr));
 }
 
-TEST_F(LoadedValues, AnotherTypeIsNotHandedOutAndNotReported) {
+TEST_F(TernaryKeyTreeReadingTest, AnotherTypeIsNotHandedOutAndNotReported) {
   rig.Create({"a"});
   ASSERT_EQ(status::kOk, rig.CreateData("a", "d", "abc"));
   LoadAll();
@@ -65,7 +63,7 @@ TEST_F(LoadedValues, AnotherTypeIsNotHandedOutAndNotReported) {
   for (unsigned int type : {0u, 2u, 3u, 5u}) EXPECT_EQ("0", Get("a", "d", type)) << type;
 }
 
-TEST_F(LoadedValues, TheNewerOfTwoIsRead) {
+TEST_F(TernaryKeyTreeReadingTest, TheNewerOfTwoIsRead) {
   rig.Create({"a"});
   ASSERT_EQ(status::kOk, rig.CreateData("a", "d", "old"));
   ASSERT_EQ(status::kOk, rig.CreateData("a", "d", "new"));
@@ -74,7 +72,7 @@ TEST_F(LoadedValues, TheNewerOfTwoIsRead) {
 }
 
 // 33548 is where the values' area begins, 52528 where the blocks' does.
-TEST_F(LoadedValues, TheOffsetOfDataCountsSlotsOf52Bytes) {
+TEST_F(TernaryKeyTreeReadingTest, TheOffsetOfDataCountsSlotsOf52Bytes) {
   rig.Create({"a"});
   ASSERT_EQ(status::kOk, rig.CreateNumber("a", "n", 5));           // slot 1
   ASSERT_EQ(status::kOk, rig.CreateData("a", "d", Pattern(100)));  // slot 2, blocks 1 and 2
@@ -88,7 +86,7 @@ TEST_F(LoadedValues, TheOffsetOfDataCountsSlotsOf52Bytes) {
   EXPECT_EQ("2 77", Offset("a", "missing"));
 }
 
-TEST_F(LoadedReading, ADefaultValueIsRead) {
+TEST_F(TernaryKeyTreeReadingTest, ADefaultValueIsRead) {
   ASSERT_EQ(status::kOk, rig.file->CreateKey(kAdmin, nullptr, "a", 7, true));
   rig.Create({"b"});
   LoadAll();
@@ -102,14 +100,14 @@ TEST_F(LoadedReading, ADefaultValueIsRead) {
 }
 
 // The user and the permission are told all the same, and the counts are 0.
-TEST_F(LoadedReading, WithoutTheRightToReadNothingIsCounted) {
+TEST_F(TernaryKeyTreeReadingTest, WithoutTheRightToReadNothingIsCounted) {
   rig.Create({"a", "a/b"});
   ASSERT_EQ(status::kOk, rig.CreateNumber("a", "n", 1));
   LoadAll();
   EXPECT_EQ("1: 99 0 0 0 0 2000 15", Counted("a", kOther));
 }
 
-TEST_F(LoadedReading, RightsAreAskedOfTheKeyItself) {
+TEST_F(TernaryKeyTreeReadingTest, RightsAreAskedOfTheKeyItself) {
   ASSERT_EQ(status::kOk, rig.file->CreateKey(kUser, nullptr, "a", 7, true));
   ASSERT_EQ(status::kOk, rig.CreateData("a", "d", "abc"));
   for (unsigned int rights = 0; rights < 16; ++rights) {
@@ -138,7 +136,7 @@ TEST_F(LoadedReading, RightsAreAskedOfTheKeyItself) {
   }
 }
 
-TEST_F(LoadedReading, WhatIsNeverThere) {
+TEST_F(TernaryKeyTreeReadingTest, WhatIsNeverThere) {
   unsigned long long number = 5;
   ChangeBuffer* buffer = nullptr;
   LoadAll();

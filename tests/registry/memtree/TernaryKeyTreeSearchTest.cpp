@@ -4,7 +4,7 @@
 namespace tamu::registry {
 namespace {
 
-class LoadedSearch : public ::testing::Test {
+class TernaryKeyTreeSearchTest : public ::testing::Test {
  protected:
   // The outcome, as "2 node 400 at 3 run -1 parent 200 owner 100 flags 2"; ids in hex.
   std::string Search(const char* path) {
@@ -20,17 +20,17 @@ class LoadedSearch : public ::testing::Test {
   LoadedTreeRig rig;
 };
 
-TEST_F(LoadedSearch, TheEmptyPathIsTheStart) {
+TEST_F(TernaryKeyTreeSearchTest, TheEmptyPathIsTheStart) {
   EXPECT_EQ("0 string 100 node 0 at 0 run -1 parent 100 owner 100 flags 0", Search(""));
   EXPECT_EQ("0 string 100 node 0 at 1 run -1 parent 100 owner 100 flags 0", Search("/"));
 }
 
-TEST_F(LoadedSearch, WithoutKeysItStopsAtTheEmptyDirectory) {
+TEST_F(TernaryKeyTreeSearchTest, WithoutKeysItStopsAtTheEmptyDirectory) {
   EXPECT_EQ("2 string 100 node 0 at 0 run -1 parent 0 owner 100 flags 1", Search("a"));
   EXPECT_EQ("2 string 100 node 0 at 1 run -1 parent 0 owner 100 flags 1", Search("/a"));
 }
 
-TEST_F(LoadedSearch, KeysAreFoundAtEveryDepth) {
+TEST_F(TernaryKeyTreeSearchTest, KeysAreFoundAtEveryDepth) {
   rig.Create({"abc", "abc/x", "abd"});
   rig.Load("");
   EXPECT_EQ("0 string 200", Search("abc").substr(0, 12));
@@ -42,7 +42,7 @@ TEST_F(LoadedSearch, KeysAreFoundAtEveryDepth) {
 }
 
 // "abc" and "xyz": runs "ab" and "xy".
-TEST_F(LoadedSearch, ARunIsCutWhereItParts) {
+TEST_F(TernaryKeyTreeSearchTest, ARunIsCutWhereItParts) {
   rig.Create({"abc"});
   rig.Load("");
   EXPECT_EQ("2 string 200 node 0 at 0 run 0 parent 100 owner 100 flags 0", Search("x"));
@@ -52,7 +52,7 @@ TEST_F(LoadedSearch, ARunIsCutWhereItParts) {
   EXPECT_EQ("2 string 200 node 0 at 0 run 1 parent 100 owner 100 flags 0", Search("a/b"));
 }
 
-TEST_F(LoadedSearch, AMissingLinkIsTold) {
+TEST_F(TernaryKeyTreeSearchTest, AMissingLinkIsTold) {
   rig.Create({"abc"});
   rig.Load("");
   EXPECT_EQ("2 string 200 node 0 at 2 run -1 parent 100 owner 100 flags 0", Search("aba"));
@@ -62,7 +62,7 @@ TEST_F(LoadedSearch, AMissingLinkIsTold) {
 }
 
 // What is in the file and not loaded is told by its id.
-TEST_F(LoadedSearch, WhatIsNotLoadedIsToldByItsId) {
+TEST_F(TernaryKeyTreeSearchTest, WhatIsNotLoadedIsToldByItsId) {
   rig.Create({"m", "a", "z", "mm", "m/x"});  // 200 and its links 300, 400, 500, 600
   EXPECT_EQ("2 string 100 node 200 at 0 run -1 parent 0 owner 100 flags 1", Search("a"));
   TernaryHandle* handle = rig.Load("m");
@@ -76,7 +76,7 @@ TEST_F(LoadedSearch, WhatIsNotLoadedIsToldByItsId) {
   EXPECT_EQ("2 string 200 node 500 at 1 run -1 parent 100 owner 100 flags 2", Search("m"));
 }
 
-TEST_F(LoadedSearch, ANameWithoutAKeyIsNotFound) {
+TEST_F(TernaryKeyTreeSearchTest, ANameWithoutAKeyIsNotFound) {
   rig.Create({"ab", "bc"});  // "a" and "b" are branches in a chain of single characters
   rig.Create({"abc"});
   ASSERT_EQ(status::kOk, rig.Delete("ab"));
@@ -87,7 +87,7 @@ TEST_F(LoadedSearch, ANameWithoutAKeyIsNotFound) {
   EXPECT_EQ(status::kOk, rig.Find(nullptr, "abc")) << "without a handle from the root";
 }
 
-TEST_F(LoadedSearch, HighBytesSortBelowTheOthers) {
+TEST_F(TernaryKeyTreeSearchTest, HighBytesSortBelowTheOthers) {
   rig.Create({"m", "\xE4", "A", "z"});
   TernaryHandle* root = rig.Load("");
   for (const char* key : {"m", "\xE4", "A", "z"})

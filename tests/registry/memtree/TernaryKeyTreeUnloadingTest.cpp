@@ -1,4 +1,4 @@
-// Unloading: what goes and what stays.
+// TernaryKeyTreeUnloadingTest: what goes and what stays.
 #include <random>
 #include <thread>
 
@@ -8,13 +8,13 @@
 namespace tamu::registry {
 namespace {
 
-class Unloading : public ::testing::Test {
+class TernaryKeyTreeUnloadingTest : public ::testing::Test {
  protected:
-  Unloading() { rig.Create({"a", "a/b", "a/b/c", "a/d", "x"}); }
+  TernaryKeyTreeUnloadingTest() { rig.Create({"a", "a/b", "a/b/c", "a/d", "x"}); }
   LoadedTreeRig rig;
 };
 
-TEST_F(Unloading, TheLastHandleTakesTheSubtreeAlong) {
+TEST_F(TernaryKeyTreeUnloadingTest, TheLastHandleTakesTheSubtreeAlong) {
   TernaryHandle* handle = rig.Load("a");
   EXPECT_EQ("5 strings, 5 keys", rig.Loaded());
   EXPECT_EQ(status::kOk, rig.Unload(handle));
@@ -24,14 +24,14 @@ TEST_F(Unloading, TheLastHandleTakesTheSubtreeAlong) {
   EXPECT_EQ("1 strings, 1 keys", rig.Loaded());
 }
 
-TEST_F(Unloading, TheRootGoesWhole) {
+TEST_F(TernaryKeyTreeUnloadingTest, TheRootGoesWhole) {
   TernaryHandle* handle = rig.Load("");
   EXPECT_EQ("6 strings, 6 keys", rig.Loaded());
   EXPECT_EQ(status::kOk, rig.Unload(handle));
   EXPECT_EQ("1 strings, 1 keys", rig.Loaded());
 }
 
-TEST_F(Unloading, OfTwoHandlesOnAKeyEitherMayGoFirst) {
+TEST_F(TernaryKeyTreeUnloadingTest, OfTwoHandlesOnAKeyEitherMayGoFirst) {
   for (const char* key : {"a", "a/b", ""}) {
     for (bool firstGoesFirst : {true, false}) {
       TernaryHandle* one = rig.Load(key);
@@ -48,7 +48,7 @@ TEST_F(Unloading, OfTwoHandlesOnAKeyEitherMayGoFirst) {
 }
 
 // The outer handle would take what is missing for not being there.
-TEST_F(Unloading, AnInnerHandleLeavesWhatAnOuterOneNeeds) {
+TEST_F(TernaryKeyTreeUnloadingTest, AnInnerHandleLeavesWhatAnOuterOneNeeds) {
   TernaryHandle* outer = rig.Load("a");
   TernaryHandle* inner = rig.Load("a/b");
   TernaryHandle* root = rig.Load("");
@@ -60,7 +60,7 @@ TEST_F(Unloading, AnInnerHandleLeavesWhatAnOuterOneNeeds) {
     EXPECT_EQ(status::kOk, rig.Find(root, key)) << key;
 }
 
-TEST_F(Unloading, AKeyWhoseNameOnlyBeginsAlikeIsNotBelow) {
+TEST_F(TernaryKeyTreeUnloadingTest, AKeyWhoseNameOnlyBeginsAlikeIsNotBelow) {
   rig.Create({"ab", "ab/x"});
   rig.Load("a");
   TernaryHandle* other = rig.Load("ab");
@@ -69,7 +69,7 @@ TEST_F(Unloading, AKeyWhoseNameOnlyBeginsAlikeIsNotBelow) {
   EXPECT_NE(rig.Loaded(), all);
 }
 
-TEST_F(Unloading, AnOuterHandleLeavesWhatAnInnerOneNeeds) {
+TEST_F(TernaryKeyTreeUnloadingTest, AnOuterHandleLeavesWhatAnInnerOneNeeds) {
   TernaryHandle* outer = rig.Load("a");
   TernaryHandle* inner = rig.Load("a/b");
   TernaryKey* c = rig.KeyOf(inner, "c");
@@ -82,7 +82,7 @@ TEST_F(Unloading, AnOuterHandleLeavesWhatAnInnerOneNeeds) {
   EXPECT_EQ(status::kOk, rig.Find(again, "d"));
 }
 
-TEST_F(Unloading, TheRootStaysWhileAnInnerHandleNeedsIt) {
+TEST_F(TernaryKeyTreeUnloadingTest, TheRootStaysWhileAnInnerHandleNeedsIt) {
   TernaryHandle* root = rig.Load("");
   TernaryHandle* inner = rig.Load("a/b");
   TernaryString* rootString = rig.Root();
@@ -97,7 +97,7 @@ TEST_F(Unloading, TheRootStaysWhileAnInnerHandleNeedsIt) {
   EXPECT_EQ(status::kOk, rig.Find(root, "a/b/c"));
 }
 
-TEST_F(Unloading, WithoutAHandleOnlyWhatNobodyNeedsGoes) {
+TEST_F(TernaryKeyTreeUnloadingTest, WithoutAHandleOnlyWhatNobodyNeedsGoes) {
   TernaryHandle* inner = rig.Load("a/b");
   EXPECT_EQ(status::kOk, rig.loaded.UnloadKeyTree(nullptr));
   EXPECT_EQ(status::kOk, rig.Find(inner, "c"));
@@ -110,7 +110,7 @@ TEST_F(Unloading, WithoutAHandleOnlyWhatNobodyNeedsGoes) {
   EXPECT_EQ(1u, root->start->loadCount);
 }
 
-TEST_F(Unloading, AHandleWithALockedStringIsBusy) {
+TEST_F(TernaryKeyTreeUnloadingTest, AHandleWithALockedStringIsBusy) {
   TernaryHandle* handle = rig.Load("a");
   ASSERT_EQ(status::kOk, handle->start->Lock(handle));
   EXPECT_EQ(status::kBusy, rig.Unload(handle));
@@ -119,7 +119,7 @@ TEST_F(Unloading, AHandleWithALockedStringIsBusy) {
   EXPECT_EQ(status::kOk, rig.Unload(handle));
 }
 
-TEST_F(Unloading, AHandleThatSomebodyWaitsWithIsBusy) {
+TEST_F(TernaryKeyTreeUnloadingTest, AHandleThatSomebodyWaitsWithIsBusy) {
   TernaryHandle* one = rig.Load("a");
   TernaryHandle* two = rig.Load("a");
   TernaryString* a = one->start;
@@ -140,7 +140,7 @@ TEST_F(Unloading, AHandleThatSomebodyWaitsWithIsBusy) {
   EXPECT_EQ(status::kOk, rig.Unload(one));
 }
 
-TEST_F(Unloading, ALockedStringStaysWithAllBelowIt) {
+TEST_F(TernaryKeyTreeUnloadingTest, ALockedStringStaysWithAllBelowIt) {
   TernaryHandle* handle = rig.Load("a");
   TernaryHandle* other = rig.Load("x");
   TernaryString* b = nullptr;
@@ -156,7 +156,7 @@ TEST_F(Unloading, ALockedStringStaysWithAllBelowIt) {
   EXPECT_EQ(rig.KeyOf(handle, "b"), key);
 }
 
-TEST_F(Unloading, AKeyWithTheRootFlagIsNotTheRoot) {
+TEST_F(TernaryKeyTreeUnloadingTest, AKeyWithTheRootFlagIsNotTheRoot) {
   PatchFile(rig.path, kKeyArea + 24 * 2 + 7, "\x02");
   TernaryHandle* handle = rig.Load("a");
   ASSERT_TRUE(handle->start->key->node->isRoot());
@@ -165,7 +165,7 @@ TEST_F(Unloading, AKeyWithTheRootFlagIsNotTheRoot) {
   EXPECT_EQ(status::kOk, rig.TryToLoad("a/b/c"));
 }
 
-TEST_F(Unloading, FinalizeFreesHandlesThatWereLeftOpen) {
+TEST_F(TernaryKeyTreeUnloadingTest, FinalizeFreesHandlesThatWereLeftOpen) {
   rig.Load("");
   rig.Load("a");
   TernaryHandle* handle = rig.Load("a/b");
@@ -173,7 +173,7 @@ TEST_F(Unloading, FinalizeFreesHandlesThatWereLeftOpen) {
   rig.Close();  // the leak checker tells what is forgotten
 }
 
-TEST_F(Unloading, AgainAndAgainTheSameIsLoaded) {
+TEST_F(TernaryKeyTreeUnloadingTest, AgainAndAgainTheSameIsLoaded) {
   for (int round = 0; round < 100; ++round) {
     TernaryHandle* a = rig.Load("a");
     TernaryHandle* root = rig.Load("");
@@ -234,7 +234,7 @@ TEST(RandomUnloading, EveryHandleHasWhatIsBelowIt) {
 }
 
 // Somebody has locked a key between two handles.
-TEST_F(Unloading, AHandleBelowALockedKeyIsNoticedToo) {
+TEST_F(TernaryKeyTreeUnloadingTest, AHandleBelowALockedKeyIsNoticedToo) {
   TernaryHandle* inner = rig.Load("a/b/c");
   TernaryHandle* middle = rig.Load("a/b");
   ASSERT_EQ(status::kOk, rig.Unload(middle));

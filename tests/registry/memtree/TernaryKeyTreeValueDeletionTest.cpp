@@ -5,7 +5,7 @@ namespace tamu::registry {
 
 namespace {
 
-using LoadedValueWrites = LoadedWriting;
+using TernaryKeyTreeValueDeletionTest = LoadedWriting;
 
 // The numbers "a" to "d" of the key "k", which are values 1 to 4, the newest first.
 void CreateFour(LoadedTreeRig& rig, TernaryHandle* root) {
@@ -14,7 +14,7 @@ void CreateFour(LoadedTreeRig& rig, TernaryHandle* root) {
   }
 }
 
-TEST_F(LoadedValueWrites, DeletingTheFirstWritesTheKey) {
+TEST_F(TernaryKeyTreeValueDeletionTest, DeletingTheFirstWritesTheKey) {
   Start({"k"});
   CreateFour(rig, root);
   ASSERT_EQ(status::kOk, DeleteValue("k", "d"));
@@ -31,7 +31,7 @@ TEST_F(LoadedValueWrites, DeletingTheFirstWritesTheKey) {
 }
 
 // The value before it, and not the key.
-TEST_F(LoadedValueWrites, DeletingAnotherWritesTheValueBeforeIt) {
+TEST_F(TernaryKeyTreeValueDeletionTest, DeletingAnotherWritesTheValueBeforeIt) {
   Start({"k"});
   CreateFour(rig, root);
   const std::string key = KeyNode(2);
@@ -55,7 +55,7 @@ TEST_F(LoadedValueWrites, DeletingAnotherWritesTheValueBeforeIt) {
   EXPECT_EQ(0x100u, Word(InKey(2, 0)));  // the slot given back last
 }
 
-TEST_F(LoadedValueWrites, DeletingAllLeavesAnEmptyKey) {
+TEST_F(TernaryKeyTreeValueDeletionTest, DeletingAllLeavesAnEmptyKey) {
   Start({"k"});
   CreateFour(rig, root);
   for (const char* name : {"d", "c", "b", "a"}) ASSERT_EQ(status::kOk, DeleteValue("k", name));
@@ -70,7 +70,7 @@ TEST_F(LoadedValueWrites, DeletingAllLeavesAnEmptyKey) {
   ExpectSound(rig.path);
 }
 
-TEST_F(LoadedValueWrites, TheStoredCountFollowsTheFirstValueAlone) {
+TEST_F(TernaryKeyTreeValueDeletionTest, TheStoredCountFollowsTheFirstValueAlone) {
   Start({"k"});
   CreateFour(rig, root);
   ASSERT_EQ(status::kOk, DeleteValue("k", "b"));
@@ -91,7 +91,7 @@ TEST_F(LoadedValueWrites, TheStoredCountFollowsTheFirstValueAlone) {
   EXPECT_EQ("0400", Hex(InKey(2, 4), 2));
 }
 
-TEST_F(LoadedValueWrites, TheCountIsRightWhenTheKeyIsWrittenNext) {
+TEST_F(TernaryKeyTreeValueDeletionTest, TheCountIsRightWhenTheKeyIsWrittenNext) {
   Start({"k"});
   CreateFour(rig, root);
   ASSERT_EQ(status::kOk, DeleteValue("k", "a"));
@@ -101,7 +101,7 @@ TEST_F(LoadedValueWrites, TheCountIsRightWhenTheKeyIsWrittenNext) {
   ExpectSound(rig.path);
 }
 
-TEST_F(LoadedValueWrites, DeletingAValueKeepsItsBlocksInUse) {
+TEST_F(TernaryKeyTreeValueDeletionTest, DeletingAValueKeepsItsBlocksInUse) {
   Start({"k"});
   ASSERT_EQ(status::kOk, CreateData("k", "n", 1, Pattern(1024)));
   const std::string blocks = Hex(kDataTable, 32 + 4 * 365) + Hex(kDataArea, 64 * 20);
@@ -112,7 +112,7 @@ TEST_F(LoadedValueWrites, DeletingAValueKeepsItsBlocksInUse) {
   EXPECT_EQ(0x1100u, Word(InValue(1, 44)));  // block 17
 }
 
-TEST_F(LoadedValueWrites, ANumberCreatedFromAValueTakesBlocksThatNobodyFrees) {
+TEST_F(TernaryKeyTreeValueDeletionTest, ANumberCreatedFromAValueTakesBlocksThatNobodyFrees) {
   Start({"k"});
   const std::string bytes = "\x88\x77\x66\x55\x44\x33\x22\x11";
   ASSERT_EQ(status::kOk, CreateData("k", "n", 0, bytes));
@@ -135,7 +135,7 @@ TEST_F(LoadedValueWrites, ANumberCreatedFromAValueTakesBlocksThatNobodyFrees) {
   EXPECT_EQ("362 363 364 346", FreeSlots());
 }
 
-TEST_F(LoadedValueWrites, ANameIsCutTo31Characters) {
+TEST_F(TernaryKeyTreeValueDeletionTest, ANameIsCutTo31Characters) {
   Start({"k"});
   const std::string name = "0123456789abcdefghijklmnopqrstuvwxyzABCD";  // 40 characters
   const std::string cut = name.substr(0, 31);
@@ -160,7 +160,7 @@ TEST_F(LoadedValueWrites, ANameIsCutTo31Characters) {
   ExpectSound(rig.path);
 }
 
-TEST_F(LoadedValueWrites, AnEmptyNameIsOneToo) {
+TEST_F(TernaryKeyTreeValueDeletionTest, AnEmptyNameIsOneToo) {
   Start({"k"});
   ASSERT_EQ(status::kOk, CreateNumber("k", "", 1));
   EXPECT_EQ(Hex(InValue(1, 12), 32), std::string(2 * 32, '0'));
@@ -171,7 +171,7 @@ TEST_F(LoadedValueWrites, AnEmptyNameIsOneToo) {
   EXPECT_EQ("2", GetEverywhere("k", ""));
 }
 
-TEST_F(LoadedValueWrites, NamesOfAnyBytesAreKept) {
+TEST_F(TernaryKeyTreeValueDeletionTest, NamesOfAnyBytesAreKept) {
   Start({"k"});
   ASSERT_EQ(status::kOk, CreateNumber("k", "\xff\x80/\x01", 1));
   EXPECT_EQ("ff802f010000", Hex(InValue(1, 12), 6));
@@ -179,7 +179,7 @@ TEST_F(LoadedValueWrites, NamesOfAnyBytesAreKept) {
 }
 
 // The 365th is the first of an appended table.
-TEST_F(LoadedValueWrites, ValuesGoOnInASecondTable) {
+TEST_F(TernaryKeyTreeValueDeletionTest, ValuesGoOnInASecondTable) {
   Start({"k"});
   for (unsigned int i = 1; i <= 366; ++i) {
     ASSERT_EQ(status::kOk, CreateNumber("k", std::to_string(i).c_str(), i)) << i;

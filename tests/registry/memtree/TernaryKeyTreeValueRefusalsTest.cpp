@@ -5,9 +5,9 @@ namespace tamu::registry {
 
 namespace {
 
-using LoadedValueWrites = LoadedWriting;
+using TernaryKeyTreeValueRefusalsTest = LoadedWriting;
 
-TEST_F(LoadedValueWrites, AnUnknownTypeChangesNothingAndIsNotReported) {
+TEST_F(TernaryKeyTreeValueRefusalsTest, AnUnknownTypeChangesNothingAndIsNotReported) {
   Start({"a"});
   ASSERT_EQ(status::kOk, CreateData("a", "n", 1, Pattern(100)));
   ASSERT_EQ(status::kOk, CreateNumber("a", "m", 7));
@@ -29,7 +29,7 @@ TEST_F(LoadedValueWrites, AnUnknownTypeChangesNothingAndIsNotReported) {
 }
 
 // The slot is given back, and no block was taken.
-TEST_F(LoadedValueWrites, NothingIsCreatedOfAnUnknownType) {
+TEST_F(TernaryKeyTreeValueRefusalsTest, NothingIsCreatedOfAnUnknownType) {
   Start({"a"});
   ASSERT_EQ(status::kOk, CreateNumber("a", "old", 7));
   const std::string before = rig.Contents();
@@ -48,7 +48,7 @@ TEST_F(LoadedValueWrites, NothingIsCreatedOfAnUnknownType) {
   EXPECT_EQ(0x200u, Word(InKey(2, 0)));
 }
 
-TEST_F(LoadedValueWrites, AnUnknownTypeIsRefusedAfterTheFileHasGrown) {
+TEST_F(TernaryKeyTreeValueRefusalsTest, AnUnknownTypeIsRefusedAfterTheFileHasGrown) {
   Start({"a"});
   for (unsigned int i = 0; i < 364; ++i) ASSERT_EQ(status::kOk, CreateNumber("a", "n", i));
   ASSERT_EQ(75888u, rig.Contents().size());
@@ -58,7 +58,7 @@ TEST_F(LoadedValueWrites, AnUnknownTypeIsRefusedAfterTheFileHasGrown) {
   ExpectSound(rig.path);
 }
 
-TEST_F(LoadedValueWrites, CreatingNeedsTheRightToCreate) {
+TEST_F(TernaryKeyTreeValueRefusalsTest, CreatingNeedsTheRightToCreate) {
   ExpectLoadedToNeedTheRight(4, [](TernaryKeyTree& tree, unsigned int user, TernaryHandle* handle) {
     return tree.CreateValue(user, handle, "a", "new", 1, true);
   });
@@ -69,7 +69,7 @@ TEST_F(LoadedValueWrites, CreatingNeedsTheRightToCreate) {
   });
 }
 
-TEST_F(LoadedValueWrites, SettingNeedsTheRightToModify) {
+TEST_F(TernaryKeyTreeValueRefusalsTest, SettingNeedsTheRightToModify) {
   ExpectLoadedToNeedTheRight(2, [](TernaryKeyTree& tree, unsigned int user, TernaryHandle* handle) {
     char byte = 'x';
     Value value = {1, 1, &byte};
@@ -77,14 +77,14 @@ TEST_F(LoadedValueWrites, SettingNeedsTheRightToModify) {
   });
 }
 
-TEST_F(LoadedValueWrites, DeletingNeedsTheRightToDelete) {
+TEST_F(TernaryKeyTreeValueRefusalsTest, DeletingNeedsTheRightToDelete) {
   ExpectLoadedToNeedTheRight(8, [](TernaryKeyTree& tree, unsigned int user, TernaryHandle* handle) {
     return tree.DeleteValue(user, handle, "a", "v");
   });
 }
 
 // Before the type and the name of the value.
-TEST_F(LoadedValueWrites, TheRightIsAskedForFirst) {
+TEST_F(TernaryKeyTreeValueRefusalsTest, TheRightIsAskedForFirst) {
   ASSERT_EQ(status::kOk, rig.file->CreateKey(kUser, nullptr, "a", 0, false));
   Start({});
   char byte = 'x';
@@ -96,7 +96,7 @@ TEST_F(LoadedValueWrites, TheRightIsAskedForFirst) {
   EXPECT_EQ(status::kNotFound, rig.loaded.DeleteValue(kUser, root, "a", "n"));
 }
 
-TEST_F(LoadedValueWrites, WhatIsMissingIsNotFound) {
+TEST_F(TernaryKeyTreeValueRefusalsTest, WhatIsMissingIsNotFound) {
   Start({"a", "a/abc"});
   ASSERT_EQ(status::kOk, CreateNumber("a", "n", 1));
   const std::string before = rig.Contents();
@@ -113,7 +113,7 @@ TEST_F(LoadedValueWrites, WhatIsMissingIsNotFound) {
   EXPECT_TRUE(rig.Contents() == before);
 }
 
-TEST_F(LoadedValueWrites, WhatMustBeFollowedMustBeThere) {
+TEST_F(TernaryKeyTreeValueRefusalsTest, WhatMustBeFollowedMustBeThere) {
   Start({"a"});
   ASSERT_EQ(status::kOk, CreateNumber("a", "n", 1));
   const std::string before = rig.Contents();
@@ -139,7 +139,7 @@ void FillBlocks(LoadedTreeRig& rig) {
   while (blocks.tableCount < 21) ASSERT_EQ(status::kOk, store.ExpandFile(&blocks, 64, 2));
 }
 
-TEST_F(LoadedValueWrites, DataThatFindsNoRoomChangesNothing) {
+TEST_F(TernaryKeyTreeValueRefusalsTest, DataThatFindsNoRoomChangesNothing) {
   Start({"a"});
   ASSERT_EQ(status::kOk, CreateData("a", "s", 1, Pattern(100)));
   ASSERT_EQ(status::kOk, CreateData("a", "o", 1, Pattern(30)));
@@ -163,7 +163,7 @@ TEST_F(LoadedValueWrites, DataThatFindsNoRoomChangesNothing) {
 }
 
 // Of a number the blocks are of no use.
-TEST_F(LoadedValueWrites, ANumberIsCreatedInAFullStoreAllTheSame) {
+TEST_F(TernaryKeyTreeValueRefusalsTest, ANumberIsCreatedInAFullStoreAllTheSame) {
   Start({"a"});
   FillBlocks(rig);
   ASSERT_EQ(status::kOk, CreateData("a", "n", 0, Pattern(65)));
@@ -171,7 +171,7 @@ TEST_F(LoadedValueWrites, ANumberIsCreatedInAFullStoreAllTheSame) {
   ExpectSound(rig.path);
 }
 
-TEST_F(LoadedValueWrites, WithoutRoomForAValueNothingIsChanged) {
+TEST_F(TernaryKeyTreeValueRefusalsTest, WithoutRoomForAValueNothingIsChanged) {
   Start({"a"});
   TernaryFile& store = *rig.loaded.File();
   TernaryNodeDescriptor& values = store.Descriptor(NodeKind::kValue);

@@ -5,9 +5,9 @@ namespace tamu::registry {
 
 namespace {
 
-using LoadedValueWrites = LoadedWriting;
+using TernaryKeyTreeValueWritesTest = LoadedWriting;
 
-TEST_F(LoadedValueWrites, DataOfAnySizeUpTo1024BytesIsKept) {
+TEST_F(TernaryKeyTreeValueWritesTest, DataOfAnySizeUpTo1024BytesIsKept) {
   Start({"a"});
   for (unsigned int size : {1u, 63u, 64u, 65u, 1023u, 1024u}) {
     SCOPED_TRACE(size);
@@ -20,7 +20,7 @@ TEST_F(LoadedValueWrites, DataOfAnySizeUpTo1024BytesIsKept) {
   ExpectSound(rig.path);
 }
 
-TEST_F(LoadedValueWrites, OfNoBytesNothingIsSet) {
+TEST_F(TernaryKeyTreeValueWritesTest, OfNoBytesNothingIsSet) {
   Start({"a"});
   const char* const kFlags[] = {"08000000", "00000021", "00000022",
                                 "00000023", "00000024", "00000025"};
@@ -43,7 +43,7 @@ TEST_F(LoadedValueWrites, OfNoBytesNothingIsSet) {
 }
 
 // Without a handle a value that is set to nothing stays set.
-TEST_F(LoadedValueWrites, SettingAValueToNothingLeavesItUnset) {
+TEST_F(TernaryKeyTreeValueWritesTest, SettingAValueToNothingLeavesItUnset) {
   const char* const kFlags[] = {"08000000", "00000021", "00000022",
                                 "00000023", "00000024", "00000025"};
   Start({"a"});
@@ -64,7 +64,7 @@ TEST_F(LoadedValueWrites, SettingAValueToNothingLeavesItUnset) {
   EXPECT_EQ("type 1: ", Get("a", "b"));
 }
 
-TEST_F(LoadedValueWrites, OfTwoValuesOfANameTheNewerCounts) {
+TEST_F(TernaryKeyTreeValueWritesTest, OfTwoValuesOfANameTheNewerCounts) {
   Start({"a"});
   ASSERT_EQ(status::kOk, CreateData("a", "n", 1, "old"));
   ASSERT_EQ(status::kOk, CreateNumber("a", "other", 5));
@@ -83,7 +83,7 @@ TEST_F(LoadedValueWrites, OfTwoValuesOfANameTheNewerCounts) {
   EXPECT_EQ("2", GetEverywhere("a", "n"));
 }
 
-TEST_F(LoadedValueWrites, ANumberOfFewerBytesIsFilledWithZeros) {
+TEST_F(TernaryKeyTreeValueWritesTest, ANumberOfFewerBytesIsFilledWithZeros) {
   Start({"a"});
   const char* const kStored[] = {"0000000000000000", "0100000000000000", "0108000000000000",
                                  "01080f0000000000", "01080f1600000000", "01080f161d000000",
@@ -109,7 +109,7 @@ TEST_F(LoadedValueWrites, ANumberOfFewerBytesIsFilledWithZeros) {
   EXPECT_EQ(Hex(InValue(9, 44), 8), kStored[0]);
 }
 
-TEST_F(LoadedValueWrites, OfANumberOfMoreBytesEightCount) {
+TEST_F(TernaryKeyTreeValueWritesTest, OfANumberOfMoreBytesEightCount) {
   Start({"a"});
   ASSERT_EQ(status::kOk, CreateData("a", "n", 0, Pattern(1000)));
   EXPECT_EQ("08000040", Hex(InValue(1, 8), 4));
@@ -121,7 +121,7 @@ TEST_F(LoadedValueWrites, OfANumberOfMoreBytesEightCount) {
 }
 
 // Without a handle the lower four bytes alone are replaced, and the size is the caller's.
-TEST_F(LoadedValueWrites, OfANumberAllEightBytesAreReplaced) {
+TEST_F(TernaryKeyTreeValueWritesTest, OfANumberAllEightBytesAreReplaced) {
   Start({"a"});
   ASSERT_EQ(status::kOk, CreateNumber("a", "n", 0x1122334455667788));
   ASSERT_EQ(status::kOk, SetData("a", "n", 0, "\x01\x02\x03\x04\x05\x06\x07\x08"));
@@ -143,7 +143,7 @@ TEST_F(LoadedValueWrites, OfANumberAllEightBytesAreReplaced) {
 }
 
 // A number that was set without a handle keeps the size it was given; it has no more than 8 bytes.
-TEST_F(LoadedValueWrites, ANumberThatIsSaidToBeLongIsReadWithZerosBehindIt) {
+TEST_F(TernaryKeyTreeValueWritesTest, ANumberThatIsSaidToBeLongIsReadWithZerosBehindIt) {
   Start({"k"});
   ASSERT_EQ(status::kOk, rig.CreateNumber("k", "v", 0x1122334455667788));
   std::string bytes = Pattern(1000);
@@ -156,7 +156,7 @@ TEST_F(LoadedValueWrites, ANumberThatIsSaidToBeLongIsReadWithZerosBehindIt) {
   EXPECT_EQ("type 0: 0500000000000000", GetEverywhere("k", "v"));
 }
 
-TEST_F(LoadedValueWrites, TheDataMayBeTheValuesOwn) {
+TEST_F(TernaryKeyTreeValueWritesTest, TheDataMayBeTheValuesOwn) {
   Start({"a"});
   ASSERT_EQ(status::kOk, CreateData("a", "d", 1, Pattern(200)));
   const TernaryValue* own = rig.KeyOf(root, "a")->firstValue;

@@ -22,9 +22,9 @@ struct ReadyHandle : TernaryHandle {
   }
 };
 
-class LoadedString : public ::testing::Test {
+class TernaryStringTest : public ::testing::Test {
  protected:
-  LoadedString() {
+  TernaryStringTest() {
     EXPECT_TRUE(treeLock.Create());
     for (unsigned int slot = 1; slot <= 4; ++slot) {
       strings.push_back(std::make_unique<TernaryString>(slot << 8, new TernaryStringNode));
@@ -49,7 +49,7 @@ class LoadedString : public ::testing::Test {
   std::vector<std::unique_ptr<TernaryString>> strings;
 };
 
-TEST_F(LoadedString, ForgetsTheLockThatItsRecordTellsOf) {
+TEST_F(TernaryStringTest, ForgetsTheLockThatItsRecordTellsOf) {
   TernaryStringNode* record = new TernaryStringNode;
   record->setFlags(0x31);
   const TernaryString string(0x500, record);
@@ -64,7 +64,7 @@ TEST_F(LoadedString, ForgetsTheLockThatItsRecordTellsOf) {
   EXPECT_EQ(nullptr, string.key);
 }
 
-TEST_F(LoadedString, ItsDirectoryIsSetWithTheIdInTheRecord) {
+TEST_F(TernaryStringTest, ItsDirectoryIsSetWithTheIdInTheRecord) {
   TernaryString& s = *strings[0];
   TernaryString* found = &s;
   EXPECT_EQ(0u, s.GetDirectory(found));
@@ -78,7 +78,7 @@ TEST_F(LoadedString, ItsDirectoryIsSetWithTheIdInTheRecord) {
   EXPECT_EQ(nullptr, s.directory);
 }
 
-TEST_F(LoadedString, WhileItIsLockedItsDirectoryIsAway) {
+TEST_F(TernaryStringTest, WhileItIsLockedItsDirectoryIsAway) {
   ReadyHandle handle(&treeLock);
   TernaryString& s = *strings[0];
   s.SetDirectory(strings[1].get());
@@ -102,7 +102,7 @@ TEST_F(LoadedString, WhileItIsLockedItsDirectoryIsAway) {
   EXPECT_EQ(status::kBadArgument, s.Unlock());
 }
 
-TEST_F(LoadedString, ADirectorySetWhileItIsLockedAppearsAfterwards) {
+TEST_F(TernaryStringTest, ADirectorySetWhileItIsLockedAppearsAfterwards) {
   ReadyHandle handle(&treeLock);
   TernaryString& s = *strings[0];
   ASSERT_EQ(status::kOk, s.Lock(&handle));
@@ -116,7 +116,7 @@ TEST_F(LoadedString, ADirectorySetWhileItIsLockedAppearsAfterwards) {
 }
 
 // The directory is in the file and was not loaded.
-TEST_F(LoadedString, TheIdOfADirectoryThatWasNeverLoadedStays) {
+TEST_F(TernaryStringTest, TheIdOfADirectoryThatWasNeverLoadedStays) {
   ReadyHandle handle(&treeLock);
   TernaryString& s = *strings[0];
   s.node->setChild(0x1234);
@@ -125,7 +125,7 @@ TEST_F(LoadedString, TheIdOfADirectoryThatWasNeverLoadedStays) {
   EXPECT_EQ(0x1234u, s.node->child());
 }
 
-TEST_F(LoadedString, TwoStringsLockedThroughOneHandleKeepTheirDirectories) {
+TEST_F(TernaryStringTest, TwoStringsLockedThroughOneHandleKeepTheirDirectories) {
   for (bool sameOrder : {true, false}) {
     ReadyHandle handle(&treeLock);
     TernaryString& a = *strings[0];
@@ -146,7 +146,7 @@ TEST_F(LoadedString, TwoStringsLockedThroughOneHandleKeepTheirDirectories) {
   }
 }
 
-TEST_F(LoadedString, ASecondThreadWaitsUntilTheStringIsUnlocked) {
+TEST_F(TernaryStringTest, ASecondThreadWaitsUntilTheStringIsUnlocked) {
   ReadyHandle one(&treeLock);
   ReadyHandle two(&treeLock);
   for (TernaryHandle* second :
@@ -173,7 +173,7 @@ TEST_F(LoadedString, ASecondThreadWaitsUntilTheStringIsUnlocked) {
   }
 }
 
-TEST_F(LoadedString, ThreeWaitersGetItOneAfterTheOther) {
+TEST_F(TernaryStringTest, ThreeWaitersGetItOneAfterTheOther) {
   ReadyHandle handle(&treeLock);
   TernaryString& s = *strings[0];
   ASSERT_EQ(status::kOk, s.Lock(&handle));
@@ -199,7 +199,7 @@ TEST_F(LoadedString, ThreeWaitersGetItOneAfterTheOther) {
 }
 
 // Who waits gives up the tree's lock, whatever levels it has, and has them again afterwards.
-TEST_F(LoadedString, AWaiterThatHoldsTheTreesLockDoesNotBlockIt) {
+TEST_F(TernaryStringTest, AWaiterThatHoldsTheTreesLockDoesNotBlockIt) {
   ReadyHandle handle(&treeLock);
   TernaryString& s = *strings[0];
   ASSERT_EQ(status::kOk, s.Lock(&handle));

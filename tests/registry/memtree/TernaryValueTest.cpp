@@ -37,7 +37,7 @@ struct Loaded {
   }
 };
 
-TEST(LoadedValue, BeginsWithTheBytesOfItsRecord) {
+TEST(TernaryValue, BeginsWithTheBytesOfItsRecord) {
   TernaryValueNode* record = new TernaryValueNode;
   record->setNumber(5);
   TernaryValue value(0x300, record);
@@ -51,7 +51,7 @@ TEST(LoadedValue, BeginsWithTheBytesOfItsRecord) {
   EXPECT_EQ(0u, value.GetDataId());
 }
 
-TEST(LoadedValue, WithoutARecordItCanBeDestroyed) {
+TEST(TernaryValue, WithoutARecordItCanBeDestroyed) {
   Value unused = {1, 2, &unused};
   TernaryValue value(&unused);
   EXPECT_EQ(6u, value.value.type);
@@ -59,7 +59,7 @@ TEST(LoadedValue, WithoutARecordItCanBeDestroyed) {
   EXPECT_EQ(nullptr, value.value.data);
 }
 
-TEST(LoadedValue, ANumberIsHeldInTheRecord) {
+TEST(TernaryValue, ANumberIsHeldInTheRecord) {
   Loaded loaded;
   ASSERT_EQ(status::kOk, loaded.Set("old", 1, "abc"));
   EXPECT_EQ(status::kOk, loaded.value.SetValue("n", 0x0102030405060708ull, true));
@@ -72,7 +72,7 @@ TEST(LoadedValue, ANumberIsHeldInTheRecord) {
   EXPECT_EQ("53", loaded.Get()) << "there, but not set";
 }
 
-TEST(LoadedValue, NamesAreCutTo31Characters) {
+TEST(TernaryValue, NamesAreCutTo31Characters) {
   Loaded loaded;
   EXPECT_EQ(status::kOk, loaded.value.SetValue(std::string(40, 'n').c_str(), 7, true));
   EXPECT_EQ(std::string(31, 'n'), loaded.Name());
@@ -82,7 +82,7 @@ TEST(LoadedValue, NamesAreCutTo31Characters) {
   EXPECT_EQ("short", loaded.Name());
 }
 
-TEST(LoadedValue, DataIsCopiedAndItsPlaceKept) {
+TEST(TernaryValue, DataIsCopiedAndItsPlaceKept) {
   Loaded loaded;
   for (unsigned int type = 1; type <= 5; ++type) {
     EXPECT_EQ(status::kOk, loaded.Set("v", type, "abcde", 0x1200));
@@ -97,7 +97,7 @@ TEST(LoadedValue, DataIsCopiedAndItsPlaceKept) {
   EXPECT_EQ("53", loaded.Get());
 }
 
-TEST(LoadedValue, ANumberTakesTheBytesThatThereAre) {
+TEST(TernaryValue, ANumberTakesTheBytesThatThereAre) {
   Loaded loaded;
   EXPECT_EQ(status::kOk, loaded.Set("n", 0, "\x01\x02"));
   EXPECT_EQ(loaded.Get(), std::string("0 type 0: \x01\x02\0\0\0\0\0\0", 18));
@@ -107,7 +107,7 @@ TEST(LoadedValue, ANumberTakesTheBytesThatThereAre) {
   EXPECT_EQ(0u, loaded.value.GetDataId());
 }
 
-TEST(LoadedValue, ATypeThatThereIsNotChangesNothing) {
+TEST(TernaryValue, ATypeThatThereIsNotChangesNothing) {
   Loaded loaded;
   ASSERT_EQ(status::kOk, loaded.Set("v", 1, "abc"));
   EXPECT_EQ(status::kNoData, loaded.Set("w", 6, "xyz"));
@@ -116,7 +116,7 @@ TEST(LoadedValue, ATypeThatThereIsNotChangesNothing) {
   EXPECT_EQ("0 type 1: abc", loaded.Get());
 }
 
-TEST(LoadedValue, DataMayComeFromTheValueItself) {
+TEST(TernaryValue, DataMayComeFromTheValueItself) {
   Loaded loaded;
   ASSERT_EQ(status::kOk, loaded.Set("v", 1, "abcdefghij"));
   Value own = {2, 4, loaded.value.data + 3};
@@ -130,7 +130,7 @@ TEST(LoadedValue, DataMayComeFromTheValueItself) {
   EXPECT_EQ(loaded.Get(), std::string("0 type 0: ef\0\0\0\0\0\0", 18));
 }
 
-TEST(LoadedValue, OnlyTheTypeAskedForIsHandedOut) {
+TEST(TernaryValue, OnlyTheTypeAskedForIsHandedOut) {
   Loaded loaded;
   ASSERT_EQ(status::kOk, loaded.Set("v", 1, "abc"));
   EXPECT_EQ("0 type 1: abc", loaded.Get(6));
@@ -139,7 +139,7 @@ TEST(LoadedValue, OnlyTheTypeAskedForIsHandedOut) {
 }
 
 // A record may tell a number to be longer than the eight bytes it has.
-TEST(LoadedValue, ANumberGivesNoMoreThanItsRecordHolds) {
+TEST(TernaryValue, ANumberGivesNoMoreThanItsRecordHolds) {
   Loaded loaded;
   ASSERT_EQ(status::kOk, loaded.value.SetValue("n", 5, true));
   loaded.value.node->setDataSize(1000);
@@ -149,7 +149,7 @@ TEST(LoadedValue, ANumberGivesNoMoreThanItsRecordHolds) {
   EXPECT_EQ(loaded.Get(), std::string("0 type 0: \x05\0", 12));
 }
 
-TEST(LoadedValue, DataThatWasNotLoadedIsZero) {
+TEST(TernaryValue, DataThatWasNotLoadedIsZero) {
   Loaded loaded;
   loaded.value.node->setSet(true);
   loaded.value.node->setInBlocks(true);

@@ -42,9 +42,9 @@ std::string Described(RegistryInterface& tree, void* handle, const std::string& 
   return text;
 }
 
-class Refresh : public ::testing::Test {
+class TreeRefreshTest : public ::testing::Test {
  protected:
-  Refresh() {
+  TreeRefreshTest() {
     rig.Create({"a", "a/b", "a/b/c", "a/net", "x"});
     EXPECT_EQ(status::kOk, rig.CreateData("a/b", "text", "old"));
   }
@@ -65,7 +65,7 @@ class Refresh : public ::testing::Test {
   LoadedTreeRig rig;
 };
 
-TEST_F(Refresh, EverythingIsSeenThroughHandlesThatWereOpen) {
+TEST_F(TreeRefreshTest, EverythingIsSeenThroughHandlesThatWereOpen) {
   TernaryHandle* handle = rig.Load("a");
   ASSERT_EQ(status::kOk, SetText("a/b", "text", "new"));
   rig.Create({"a/b/d", "a/ne"});  // cuts a name that is loaded
@@ -77,13 +77,13 @@ TEST_F(Refresh, EverythingIsSeenThroughHandlesThatWereOpen) {
   ExpectLikeTheFile(handle, "a");
 }
 
-TEST_F(Refresh, UntilSomebodyTellsThatTheFileHasChangedMemoryIsAsItWas) {
+TEST_F(TreeRefreshTest, UntilSomebodyTellsThatTheFileHasChangedMemoryIsAsItWas) {
   TernaryHandle* handle = rig.Load("a");
   ASSERT_EQ(status::kOk, SetText("a/b", "text", "new"));
   EXPECT_EQ(ValuesOf(handle, "b"), "text " + HexOf("old"));
 }
 
-TEST_F(Refresh, AHandleWhoseKeyIsGoneLeadsNowhere) {
+TEST_F(TreeRefreshTest, AHandleWhoseKeyIsGoneLeadsNowhere) {
   TernaryHandle* outer = rig.Load("a");
   TernaryHandle* inner = rig.Load("a/b");
   ASSERT_EQ(status::kOk, rig.Delete("a/b"));
@@ -102,7 +102,7 @@ TEST_F(Refresh, AHandleWhoseKeyIsGoneLeadsNowhere) {
   EXPECT_EQ(0u, rig.loaded.UnloadAll());
 }
 
-TEST_F(Refresh, AHandleWhoseKeyWasDeletedThroughAnotherLeadsNowhere) {
+TEST_F(TreeRefreshTest, AHandleWhoseKeyWasDeletedThroughAnotherLeadsNowhere) {
   TernaryHandle* outer = rig.Load("a");
   TernaryHandle* inner = rig.Load("a/b/c");
   ASSERT_EQ(status::kOk, rig.loaded.DeleteKey(kAdmin, outer, "b"));
@@ -112,7 +112,7 @@ TEST_F(Refresh, AHandleWhoseKeyWasDeletedThroughAnotherLeadsNowhere) {
   EXPECT_EQ(status::kOk, rig.Unload(inner));
 }
 
-TEST_F(Refresh, HandlesNeedWhatTheyHaveNeeded) {
+TEST_F(TreeRefreshTest, HandlesNeedWhatTheyHaveNeeded) {
   TernaryHandle* inner = rig.Load("a/b");
   TernaryHandle* outer = rig.Load("a");
   TernaryHandle* again = rig.Load("a/b");
@@ -130,7 +130,7 @@ TEST_F(Refresh, HandlesNeedWhatTheyHaveNeeded) {
   EXPECT_EQ(0u, rig.loaded.UnloadAll());
 }
 
-TEST_F(Refresh, WhatIsCreatedThroughAHandleAfterwardsIsSound) {
+TEST_F(TreeRefreshTest, WhatIsCreatedThroughAHandleAfterwardsIsSound) {
   TernaryHandle* handle = rig.Load("a");
   rig.Create({"a/ne", "a/nq"});
   rig.loaded.SetBehind();
@@ -139,7 +139,7 @@ TEST_F(Refresh, WhatIsCreatedThroughAHandleAfterwardsIsSound) {
   ExpectLikeTheFile(handle, "a");
 }
 
-TEST_F(Refresh, AStringThatIsLockedIsWaitedFor) {
+TEST_F(TreeRefreshTest, AStringThatIsLockedIsWaitedFor) {
   TernaryHandle* handle = rig.Load("a");
   TernaryHandle* other = rig.Load("x");
   handle->start->Lock(handle);
@@ -154,7 +154,7 @@ TEST_F(Refresh, AStringThatIsLockedIsWaitedFor) {
   EXPECT_EQ(status::kNotFound, rig.Find(handle, "b"));
 }
 
-TEST_F(Refresh, AListLoadsTheKeyThatHasChangedAndNoOther) {
+TEST_F(TreeRefreshTest, AListLoadsTheKeyThatHasChangedAndNoOther) {
   TernaryHandle* handle = rig.Load("a");
   const TernaryKey* other = rig.KeyOf(handle, "net");
   ASSERT_EQ(status::kOk, SetText("a/b", "text", "new"));
@@ -170,7 +170,7 @@ TEST_F(Refresh, AListLoadsTheKeyThatHasChangedAndNoOther) {
   EXPECT_EQ("", ValuesOf(handle, "net"));
 }
 
-TEST_F(Refresh, AListWithAKeyLoadsEverything) {
+TEST_F(TreeRefreshTest, AListWithAKeyLoadsEverything) {
   TernaryHandle* handle = rig.Load("a");
   rig.Create({"a/ne"});
   ASSERT_EQ(status::kOk, SetText("a/b", "text", "new"));
@@ -181,7 +181,7 @@ TEST_F(Refresh, AListWithAKeyLoadsEverything) {
   ExpectLikeTheFile(handle, "a");
 }
 
-TEST_F(Refresh, AListThatCannotBeFollowedNowIsFollowedByTheNextOperation) {
+TEST_F(TreeRefreshTest, AListThatCannotBeFollowedNowIsFollowedByTheNextOperation) {
   TernaryHandle* handle = rig.Load("a");
   TernaryHandle* other = rig.Load("x");
   handle->start->Lock(handle);
@@ -194,7 +194,7 @@ TEST_F(Refresh, AListThatCannotBeFollowedNowIsFollowedByTheNextOperation) {
   EXPECT_EQ(ValuesOf(handle, "b"), "text " + HexOf("new"));
 }
 
-TEST_F(Refresh, WithoutHandlesNothingStaysLoaded) {
+TEST_F(TreeRefreshTest, WithoutHandlesNothingStaysLoaded) {
   rig.Unload(rig.Load("a"));
   const unsigned int before = rig.loaded.GetStartString(0)->id;
   rig.loaded.SetBehind();
@@ -203,7 +203,7 @@ TEST_F(Refresh, WithoutHandlesNothingStaysLoaded) {
 }
 
 // Some steps of each round are told by a list, the others by the word that something has changed.
-TEST_F(Refresh, RandomChangesAreFollowed) {
+TEST_F(TreeRefreshTest, RandomChangesAreFollowed) {
   const unsigned int seed = 20406;
   std::mt19937 random(seed);
   const auto below = [&](unsigned int n) { return static_cast<unsigned int>(random() % n); };

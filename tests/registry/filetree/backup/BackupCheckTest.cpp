@@ -11,7 +11,7 @@ std::string Byte(unsigned int number) {
   return std::string(1, static_cast<char>(number));
 }
 
-class BackupFileContents : public ::testing::Test {
+class BackupCheckTest : public ::testing::Test {
  protected:
   void SetUp() override {
     for (const char* key : {"a", "a/b", "z"}) ASSERT_EQ(status::kOk, rig.Create(key));
@@ -30,7 +30,7 @@ class BackupFileContents : public ::testing::Test {
   FileTreeRig rig;
 };
 
-TEST_F(BackupFileContents, ThatOfThisTestIsAccepted) {
+TEST_F(BackupCheckTest, ThatOfThisTestIsAccepted) {
   ExpectAccepted(Sound());
   EXPECT_EQ("0: n v", ListedValues(rig, "a/bc/d"));
   EXPECT_EQ(rig.Get("a/bc/d", "v"), "0 type 2: " + HexOf(Pattern(100)));
@@ -39,7 +39,7 @@ TEST_F(BackupFileContents, ThatOfThisTestIsAccepted) {
 
 // ---- names
 
-TEST_F(BackupFileContents, ASegmentHasAtMost16Characters) {
+TEST_F(BackupCheckTest, ASegmentHasAtMost16Characters) {
   for (unsigned int name : {kFirstName, kSecondName}) {
     for (unsigned int length : {17u, 18u, 39u, 40u, 127u, 128u, 255u}) {
       ExpectImpossible(Changed(name + 1, Byte(length)));
@@ -51,7 +51,7 @@ TEST_F(BackupFileContents, ASegmentHasAtMost16Characters) {
   EXPECT_EQ(status::kOk, rig.Find("a/0123456789abcdefg"));
 }
 
-TEST_F(BackupFileContents, NoCharacterIsZero) {
+TEST_F(BackupCheckTest, NoCharacterIsZero) {
   ExpectImpossible(Changed(kFirstName + 24, Byte(0)));
   ExpectImpossible(Changed(kSecondName + 3, Byte(0)));
   ExpectImpossible(Changed(kFirstName + 1, Byte(2)));  // the segment's second, behind "b"
@@ -64,18 +64,18 @@ TEST_F(BackupFileContents, NoCharacterIsZero) {
   }
 }
 
-TEST_F(BackupFileContents, NoCharacterIsASlash) {
+TEST_F(BackupCheckTest, NoCharacterIsASlash) {
   ExpectImpossible(Changed(kFirstName + 24, "/"));
   ExpectImpossible(Changed(kFirstName + 3, "/"));
   ExpectImpossible(Changed(kSecondName + 3, "/"));
 }
 
-TEST_F(BackupFileContents, BytesBehindTheSegmentDoNotCount) {
+TEST_F(BackupCheckTest, BytesBehindTheSegmentDoNotCount) {
   ExpectAccepted(Changed(kFirstName + 25, "/" + std::string(14, '\0')));
   ExpectAccepted(Changed(kSecondName + 24, "//////////xxxxxx"));
 }
 
-TEST_F(BackupFileContents, AKeyGoesWithItsFlag) {
+TEST_F(BackupCheckTest, AKeyGoesWithItsFlag) {
   for (unsigned int name : {kFirstName, kSecondName}) {
     for (unsigned int flags : {0x00u, 0x01u, 0x20u, 0xEFu}) {
       ExpectImpossible(Changed(name + 2, Byte(flags)));
@@ -90,7 +90,7 @@ TEST_F(BackupFileContents, AKeyGoesWithItsFlag) {
 
 // ---- values
 
-TEST_F(BackupFileContents, ATypeIsAtMost5) {
+TEST_F(BackupCheckTest, ATypeIsAtMost5) {
   for (unsigned int value : {kNumber, kInBlocks, kOwnNumber}) {
     for (unsigned int type = 6; type <= 31; ++type) {
       for (unsigned int flags : {0x00u, 0x20u, 0x40u, 0x60u}) {
@@ -105,13 +105,13 @@ TEST_F(BackupFileContents, ATypeIsAtMost5) {
   }
 }
 
-TEST_F(BackupFileContents, ANumberIsNotInBlocks) {
+TEST_F(BackupCheckTest, ANumberIsNotInBlocks) {
   for (unsigned int value : {kNumber, kInBlocks, kOwnNumber}) {
     for (unsigned int flags : {0x20u, 0x60u}) ExpectImpossible(Changed(value + 11, Byte(flags)));
   }
 }
 
-TEST_F(BackupFileContents, AValueHasAtMost1024Bytes) {
+TEST_F(BackupCheckTest, AValueHasAtMost1024Bytes) {
   for (unsigned int value : {kNumber, kInBlocks, kOwnNumber}) {
     for (const char* size : {"0104", "ff04", "0080", "ffff"}) {
       ExpectImpossible(Changed(value + 8, BytesOfHex(size)));
@@ -127,7 +127,7 @@ TEST_F(BackupFileContents, AValueHasAtMost1024Bytes) {
 
 // ---- too short
 
-TEST_F(BackupFileContents, EveryRecordIsComplete) {
+TEST_F(BackupCheckTest, EveryRecordIsComplete) {
   for (unsigned int length :
        {0u, 1u, 2u, 4u, 5u, kSecondName - 1, kSecondName, kSecondKey, kNumber, kInBlocks,
         kInBlocks + 52, kInBlocks + 151, kOwnKey, kOwnNumber, kSoundLength - 1}) {
@@ -136,7 +136,7 @@ TEST_F(BackupFileContents, EveryRecordIsComplete) {
 }
 
 // A mark that something follows, where nothing does.
-TEST_F(BackupFileContents, WhatIsMarkedIsThere) {
+TEST_F(BackupCheckTest, WhatIsMarkedIsThere) {
   for (unsigned int link : {4u, 8u, 12u, 16u}) {
     const std::string backup = kComplete + NameRecord("b", 0) + KeyRecord(0);
     EXPECT_EQ(status::kOk, RestoreBytes(rig, "z", backup));
@@ -227,7 +227,7 @@ TEST(BackupFileRoom, AsManyNamesAsTheFileCanStillHaveAreRestored) {
   EXPECT_EQ("", StructureFindings(rig.path));
 }
 
-TEST_F(BackupFileContents, AChainOf100000NamesIsRefusedOnASmallStack) {
+TEST_F(BackupCheckTest, AChainOf100000NamesIsRefusedOnASmallStack) {
   for (unsigned int link : {4u, 8u, 12u, 16u}) {
     std::string backup = kComplete;
     std::string name = NameRecord("k", 0);
@@ -241,7 +241,7 @@ TEST_F(BackupFileContents, AChainOf100000NamesIsRefusedOnASmallStack) {
   }
 }
 
-TEST_F(BackupFileContents, AChainOf100000ValuesIsRefused) {
+TEST_F(BackupCheckTest, AChainOf100000ValuesIsRefused) {
   std::string backup = kComplete + KeyRecord(kSome);
   const std::string value = NumberRecord(kSome, "n", 5);
   for (unsigned int i = 0; i < 100000; ++i) backup += value;
