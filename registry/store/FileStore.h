@@ -87,6 +87,9 @@ class FileStore {
   // A StoreAccess is held by whoever uses these.
   const TableMap& Tables() const { return tables_; }
   TableMap& Tables() { return tables_; }
+  const TernaryHeader& Header() const { return tables_.Header(); }
+  TernaryNodeDescriptor& Descriptor(NodeKind kind) { return tables_.Descriptor(kind); }
+  const TernaryNodeDescriptor& Descriptor(NodeKind kind) const { return tables_.Descriptor(kind); }
   const StoreFile& Bytes() const { return file_; }
   StoreFile& Bytes() { return file_; }
   // False when the damage of the file keeps tables from being appended.

@@ -42,12 +42,6 @@ unsigned int ReadNew(FileStore& store, unsigned int id, Node*& node) {
 }
 
 template <class Node>
-unsigned int ReadInto(FileStore& store, unsigned int id, Node* node) {
-  if (node == nullptr) return status::kBadArgument;
-  return store.Look([&](StoreAccess& access) { return access.Read(id, node); });
-}
-
-template <class Node>
 unsigned int WriteAndRelease(FileStore& store, unsigned int id, Node* node, bool release) {
   if (node == nullptr) return status::kBadArgument;
   const Status result = InChange(store, [&](Changes& changes) { return changes.Write(id, *node); });
@@ -69,9 +63,9 @@ unsigned int AcquireNew(FileStore& store, NodeKind kind, unsigned int* id, Node*
 }
 
 template <class Node>
-unsigned int ReleaseAndFree(TernaryFile& store, NodeKind kind, unsigned int id, Node* node) {
+unsigned int ReleaseAndFree(FileStore& store, NodeKind kind, unsigned int id, Node* node) {
   delete node;
-  return store.ReleaseSlot(0, kind, id);
+  return InChange(store, [&](Changes& changes) { return changes.Release(kind, id); });
 }
 
 }  // namespace
@@ -208,18 +202,6 @@ unsigned int TernaryFile::ReadValueNode(unsigned int id, TernaryValueNode*& node
   return ReadNew(*this, id, node);
 }
 
-unsigned int TernaryFile::ReadNodeInBuffer(unsigned int id, TernaryStringNode* node) {
-  return ReadInto(*this, id, node);
-}
-
-unsigned int TernaryFile::ReadKeyNodeInBuffer(unsigned int id, TernaryKeyNode* node) {
-  return ReadInto(*this, id, node);
-}
-
-unsigned int TernaryFile::ReadValueNodeInBuffer(unsigned int id, TernaryValueNode* node) {
-  return ReadInto(*this, id, node);
-}
-
 unsigned int TernaryFile::WriteNode(unsigned int, unsigned int id, TernaryStringNode* node,
                                     bool release) {
   return WriteAndRelease(*this, id, node, release);
@@ -258,19 +240,6 @@ unsigned int TernaryFile::ReleaseKeyNode(unsigned int, unsigned int id, TernaryK
 
 unsigned int TernaryFile::ReleaseValueNode(unsigned int, unsigned int id, TernaryValueNode* node) {
   return ReleaseAndFree(*this, NodeKind::kValue, id, node);
-}
-
-unsigned int TernaryFile::AcquireSlot(unsigned int, NodeKind kind, unsigned int* id) {
-  if (id == nullptr) return status::kBadArgument;
-  return InChange(*this, [&](Changes& changes) { return changes.Take(kind, id); });
-}
-
-unsigned int TernaryFile::ReleaseSlot(unsigned int, NodeKind kind, unsigned int id) {
-  return InChange(*this, [&](Changes& changes) { return changes.Release(kind, id); });
-}
-
-unsigned int TernaryFile::Resolve(NodeKind kind, unsigned int id, unsigned int& offset) const {
-  return Tables().Resolve(kind, id, &offset);
 }
 
 unsigned int TernaryFile::WriteData(unsigned int, const void* data, unsigned int size,

@@ -57,9 +57,12 @@ class TernaryFile : public FileStore {
   unsigned int ReadNode(unsigned int id, TernaryStringNode*& node);
   unsigned int ReadKeyNode(unsigned int id, TernaryKeyNode*& node);
   unsigned int ReadValueNode(unsigned int id, TernaryValueNode*& node);
-  unsigned int ReadNodeInBuffer(unsigned int id, TernaryStringNode* node);
-  unsigned int ReadKeyNodeInBuffer(unsigned int id, TernaryKeyNode* node);
-  unsigned int ReadValueNodeInBuffer(unsigned int id, TernaryValueNode* node);
+  // Into the caller's record, of any of the three kinds.
+  template <class Node>
+  unsigned int ReadNodeInBuffer(unsigned int id, Node* node) {
+    if (node == nullptr) return status::kBadArgument;
+    return Look([&](StoreAccess& access) { return access.Read(id, node); });
+  }
   unsigned int WriteNode(unsigned int changes, unsigned int id, TernaryStringNode* node,
                          bool release);
   unsigned int WriteKeyNode(unsigned int changes, unsigned int id, TernaryKeyNode* node,
@@ -72,10 +75,6 @@ class TernaryFile : public FileStore {
   unsigned int ReleaseNode(unsigned int changes, unsigned int id, TernaryStringNode* node);
   unsigned int ReleaseKeyNode(unsigned int changes, unsigned int id, TernaryKeyNode* node);
   unsigned int ReleaseValueNode(unsigned int changes, unsigned int id, TernaryValueNode* node);
-  // The same without a record in memory.
-  unsigned int AcquireSlot(unsigned int changes, NodeKind kind, unsigned int* id);
-  unsigned int ReleaseSlot(unsigned int changes, NodeKind kind, unsigned int id);
-  unsigned int Resolve(NodeKind kind, unsigned int id, unsigned int& offset) const;
 
   // ---- value data
   // A block that cannot be written is not reported.
@@ -92,10 +91,6 @@ class TernaryFile : public FileStore {
   unsigned int GetRegistryInfo(RegistryInfo* info);
   unsigned int GetStartNode(char c);  // the id; the character is not used
   unsigned int SetStartNode(char c, unsigned int id);
-
-  const TernaryHeader& Header() const { return Tables().Header(); }
-  TernaryNodeDescriptor& Descriptor(NodeKind kind) { return Tables().Descriptor(kind); }
-  const TernaryNodeDescriptor& Descriptor(NodeKind kind) const { return Tables().Descriptor(kind); }
 
   static PCFile& file;  // the process's one open registry file
 };

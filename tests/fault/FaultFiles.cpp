@@ -5,6 +5,7 @@
 #include "registry/Registry.h"
 #include "registry/store/TernaryFile.h"
 #include "tests/platform/TestFiles.h"
+#include "tests/support/StoreCalls.h"
 #include "tests/support/StructureCheck.h"
 
 namespace status = tamu::registry::status;
@@ -40,7 +41,7 @@ std::string AlmostFullFile(const std::string& path) {
     const TernaryNodeDescriptor& descriptor = store.Descriptor(static_cast<NodeKind>(kind));
     while (descriptor.lastTable->freeCount() > left[kind]) {
       unsigned int id = 0;
-      if (store.AcquireSlot(0, static_cast<NodeKind>(kind), &id) != 0) return "";
+      if (AcquireSlot(store, static_cast<NodeKind>(kind), &id) != 0) return "";
     }
   }
   store.Finalize();

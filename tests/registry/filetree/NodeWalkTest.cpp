@@ -1,5 +1,6 @@
 #include "registry/filetree/NodeWalk.h"
 #include "tests/registry/filetree/FileTreeRig.h"
+#include "tests/support/StoreCalls.h"
 
 namespace tamu::registry {
 
@@ -12,7 +13,7 @@ class NodeWalkTest : public ::testing::Test {
     for (unsigned int i = 0; i < kNodes; ++i) {
       TernaryStringNode node;
       node.setSplitChar(static_cast<signed char>('A' + i));
-      EXPECT_EQ(status::kOk, store_.AcquireSlot(0, NodeKind::kString, &ids_[i]));
+      EXPECT_EQ(status::kOk, AcquireSlot(store_, NodeKind::kString, &ids_[i]));
       EXPECT_EQ(status::kOk, store_.WriteNode(0, ids_[i], &node, false));
     }
     EXPECT_EQ(0u, met_.Prepare(store_.Descriptor(NodeKind::kString)));
@@ -160,7 +161,7 @@ TEST_F(NodeWalkTest, DamageCountsAsAnEmptyLinkWhereItIsToBeSkipped) {
   Link('F', NodeLink::kHi, 'A');     // upwards
   Link('C', NodeLink::kLo, 0x101u);  // to no node
   Link('D', NodeLink::kEqual, 'F');  // a second time
-  ASSERT_EQ(status::kOk, store_.ReleaseSlot(0, NodeKind::kString, IdOf('G')));
+  ASSERT_EQ(status::kOk, ReleaseSlot(store_, NodeKind::kString, IdOf('G')));
   EXPECT_EQ("+A +B +F -F -B +C -C +D -D +E -E -A 0", WithoutDamage('A'));
 }
 

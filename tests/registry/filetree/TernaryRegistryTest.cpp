@@ -5,6 +5,7 @@
 
 #include "tests/platform/ChildProcess.h"
 #include "tests/registry/filetree/FileTreeRig.h"
+#include "tests/support/StoreCalls.h"
 
 namespace tamu::registry {
 
@@ -65,13 +66,13 @@ TEST(TernaryRegistry, ARootKeyThatFindsNoRoomForItsNameTakesNoSlot) {
   ASSERT_EQ(status::kOk, store.CreateRegistryFile(path.c_str(), 65536));
   ASSERT_EQ(status::kOk, store.Initialize(path.c_str()));
   unsigned int id = 0;
-  while (store.AcquireSlot(0, NodeKind::kString, &id) == 0) {
+  while (AcquireSlot(store, NodeKind::kString, &id) == 0) {
   }
   TernaryRegistry tree(nullptr, nullptr);
   tree.ShareStore(&store);
   EXPECT_EQ(status::kLimit, tree.CreateRootKey());
   EXPECT_EQ(0u, store.Descriptor(NodeKind::kKey).usedNodes);
-  EXPECT_EQ(status::kOk, store.AcquireSlot(0, NodeKind::kKey, &id));
+  EXPECT_EQ(status::kOk, AcquireSlot(store, NodeKind::kKey, &id));
   EXPECT_EQ(0x100u, id);
   tree.Finalize();
   store.Finalize();

@@ -1,6 +1,7 @@
 #include "registry/store/Changes.h"
 #include "tests/registry/store/RecordTesting.h"
 #include "tests/registry/store/StoreTesting.h"
+#include "tests/support/StoreCalls.h"
 
 namespace tamu::registry::storetests {
 namespace {
@@ -258,7 +259,7 @@ TEST_F(NestedChangesTest, AnOperationWithinAChangeIsAPartOfIt) {
   {
     Changes changes(store);
     TakeMany(NodeKind::kKey, 4);
-    ASSERT_EQ(status::kOk, store.ReleaseSlot(0, NodeKind::kString, 0x200));
+    ASSERT_EQ(status::kOk, ReleaseSlot(store, NodeKind::kString, 0x200));
   }
   EXPECT_TRUE(Bytes() == before);
 }

@@ -7,6 +7,7 @@
 #include "tests/platform/ChildProcess.h"
 #include "tests/platform/OpenDescriptors.h"
 #include "tests/registry/store/StoreTesting.h"
+#include "tests/support/StoreCalls.h"
 
 namespace status = tamu::registry::status;
 
@@ -99,10 +100,10 @@ const Operation kOperations[] = {
        delete node;
        return result;
      }},
-    {"ReadKeyNodeInBuffer",
+    {"ReadNodeInBuffer",
      [](TernaryFile& s) {
        TernaryKeyNode node;
-       return s.ReadKeyNodeInBuffer(0x100, &node);
+       return s.ReadNodeInBuffer(0x100, &node);
      }},
     {"WriteValueNode",
      [](TernaryFile& s) {
@@ -158,7 +159,7 @@ TEST_F(ProcessFileTest, AStoreWhoseFileWasReplacedAnswers5AndTouchesNeitherFile)
     EXPECT_TRUE(GetFile(otherPath) == before);
   }
   unsigned int id = 0;
-  EXPECT_EQ(status::kOk, other.AcquireSlot(0, NodeKind::kKey, &id));
+  EXPECT_EQ(status::kOk, AcquireSlot(other, NodeKind::kKey, &id));
   EXPECT_EQ(0x200u, id);
 }
 
@@ -167,14 +168,14 @@ TEST_F(ProcessFileTest, FinalizingAReplacedStoreLeavesTheOtherOpen) {
   EXPECT_EQ(status::kOk, store.Finalize());
   EXPECT_TRUE(TernaryFile::file.IsOpen());
   unsigned int id = 0;
-  EXPECT_EQ(status::kOk, other.AcquireSlot(0, NodeKind::kKey, &id));
+  EXPECT_EQ(status::kOk, AcquireSlot(other, NodeKind::kKey, &id));
 }
 
 TEST_F(ProcessFileTest, AReplacedStoreWorksAgainWhenItIsOpenedAnew) {
   ASSERT_EQ(status::kOk, other.Initialize(otherPath.c_str()));
   ASSERT_EQ(status::kOk, other.Finalize());
   unsigned int id = 0;
-  EXPECT_EQ(status::kInputOutput, store.AcquireSlot(0, NodeKind::kKey, &id));
+  EXPECT_EQ(status::kInputOutput, AcquireSlot(store, NodeKind::kKey, &id));
   EXPECT_EQ(status::kOk, store.Finalize());
   EXPECT_EQ(status::kOk, store.Initialize(path.c_str()));
   EXPECT_EQ(0x200u, Take(NodeKind::kKey));
@@ -207,7 +208,7 @@ TEST_F(ProcessFileTest, TheOlderStoreClosesTheFileOfItsPathToo) {
   EXPECT_EQ(status::kOk, store.Finalize());
   EXPECT_FALSE(TernaryFile::file.IsOpen());
   unsigned int id = 0;
-  EXPECT_EQ(status::kInputOutput, other.AcquireSlot(0, NodeKind::kKey, &id));
+  EXPECT_EQ(status::kInputOutput, AcquireSlot(other, NodeKind::kKey, &id));
 }
 
 TEST_F(ProcessFileTest, ThePathIsKeptAsACopy) {
@@ -215,7 +216,7 @@ TEST_F(ProcessFileTest, ThePathIsKeptAsACopy) {
   ASSERT_EQ(status::kOk, other.Initialize(text.data()));
   text.assign(text.size(), 'x');
   unsigned int id = 0;
-  EXPECT_EQ(status::kOk, other.AcquireSlot(0, NodeKind::kKey, &id));
+  EXPECT_EQ(status::kOk, AcquireSlot(other, NodeKind::kKey, &id));
   EXPECT_EQ(status::kOk, other.Finalize());
   EXPECT_FALSE(TernaryFile::file.IsOpen());
 }
@@ -225,7 +226,7 @@ TEST_F(ProcessFileTest, AStoreIsClosedWhenAnotherFileIsCreated) {
   const std::string before = Bytes();
   EXPECT_EQ(status::kOk, other.CreateRegistryFile((dir / "third.rce").c_str(), 0));
   unsigned int id = 0;
-  EXPECT_EQ(status::kInputOutput, store.AcquireSlot(0, NodeKind::kKey, &id));
+  EXPECT_EQ(status::kInputOutput, AcquireSlot(store, NodeKind::kKey, &id));
   EXPECT_TRUE(Bytes() == before);
 }
 
@@ -259,9 +260,9 @@ TEST_F(ProcessFileTest, AReplacedStoreStaysClosedWhenAThirdOpensItsPath) {
   TernaryFile third;
   ASSERT_EQ(status::kOk, third.Initialize(path.c_str()));
   unsigned int id = 0;
-  EXPECT_EQ(status::kInputOutput, store.AcquireSlot(0, NodeKind::kKey, &id));
+  EXPECT_EQ(status::kInputOutput, AcquireSlot(store, NodeKind::kKey, &id));
   EXPECT_EQ(status::kOk, store.Finalize());
-  EXPECT_EQ(status::kOk, third.AcquireSlot(0, NodeKind::kKey, &id));
+  EXPECT_EQ(status::kOk, AcquireSlot(third, NodeKind::kKey, &id));
   EXPECT_EQ(0x200u, id);
   third.Finalize();
 }
@@ -272,7 +273,7 @@ TEST_F(ProcessFileTest, TheSamePathToAnotherFileIsAnotherFile) {
   PutFile(path, before);
   ASSERT_EQ(status::kOk, other.Initialize(path.c_str()));
   unsigned int id = 0;
-  EXPECT_EQ(status::kInputOutput, store.AcquireSlot(0, NodeKind::kKey, &id));
+  EXPECT_EQ(status::kInputOutput, AcquireSlot(store, NodeKind::kKey, &id));
   EXPECT_TRUE(Bytes() == before);
 }
 
@@ -349,7 +350,7 @@ TEST_F(ProcessFileTest, AStoreThatFindsNothingElsewhereGivesItsOwnFileUp) {
   EXPECT_FALSE(TernaryFile::file.IsOpen());
   EXPECT_EQ(OpenDescriptors(), descriptors - 1);
   unsigned int id = 0;
-  EXPECT_EQ(status::kInputOutput, other.AcquireSlot(0, NodeKind::kKey, &id));
+  EXPECT_EQ(status::kInputOutput, AcquireSlot(other, NodeKind::kKey, &id));
 }
 
 // Two stores on one path go on together although one of them is opened again.

@@ -1,6 +1,7 @@
 // What the budget tells, compared with what the store answers when it is driven to its end.
 #include "registry/store/SlotBudget.h"
 #include "tests/registry/store/StoreTesting.h"
+#include "tests/support/StoreCalls.h"
 
 namespace status = tamu::registry::status;
 
@@ -92,7 +93,7 @@ TEST_F(SlotBudgetTest, EveryChainIsAnsweredAsTheStoreAnswersIt) {
 TEST_F(SlotBudgetTest, FreeSlotsOfOlderTablesDoNotCount) {
   const unsigned int first = Take(NodeKind::kValue);
   for (unsigned int i = 1; i < kMostSlots; ++i) ASSERT_NE(0u, Take(NodeKind::kValue));
-  ASSERT_EQ(status::kOk, store.ReleaseSlot(0, NodeKind::kValue, first));
+  ASSERT_EQ(status::kOk, ReleaseSlot(store, NodeKind::kValue, first));
   EXPECT_EQ("0, then 75", Exhaust(Budget(), NodeKind::kValue));
   EXPECT_EQ("0, then 75", ExhaustStore(NodeKind::kValue));
 }
@@ -100,7 +101,7 @@ TEST_F(SlotBudgetTest, FreeSlotsOfOlderTablesDoNotCount) {
 TEST_F(SlotBudgetTest, SlotsThatBecomeFreeInTheLastTableCount) {
   unsigned int ids[3] = {};
   for (unsigned int& id : ids) id = Take(NodeKind::kKey);
-  for (unsigned int id : ids) ASSERT_EQ(status::kOk, store.ReleaseSlot(0, NodeKind::kKey, id));
+  for (unsigned int id : ids) ASSERT_EQ(status::kOk, ReleaseSlot(store, NodeKind::kKey, id));
   EXPECT_EQ(Exhaust(Budget(), NodeKind::kKey), std::to_string(kMostSlots) + ", then 75");
 }
 

@@ -6,6 +6,7 @@
 #include "registry/store/StoreAccess.h"
 #include "tests/registry/store/RecordTesting.h"
 #include "tests/registry/store/StoreTesting.h"
+#include "tests/support/StoreCalls.h"
 
 namespace tamu::registry::storetests {
 namespace {
@@ -82,7 +83,7 @@ TEST_F(StoreAccessTest, AFailureLeavesTheRecordAsItWas) {
 
 TEST_F(StoreAccessTest, ASlotIsUsedOnceItIsHandedOut) {
   TakeMany(NodeKind::kValue, 2);
-  ASSERT_EQ(status::kOk, store.ReleaseSlot(0, NodeKind::kValue, 0x100));
+  ASSERT_EQ(status::kOk, ReleaseSlot(store, NodeKind::kValue, 0x100));
   const StoreAccess access(store);
   EXPECT_FALSE(access.IsUsed(NodeKind::kValue, 0x100));
   EXPECT_TRUE(access.IsUsed(NodeKind::kValue, 0x200));

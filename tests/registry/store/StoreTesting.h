@@ -8,6 +8,7 @@
 
 #include "registry/store/TernaryFile.h"
 #include "tests/platform/TestFiles.h"
+#include "tests/support/StoreCalls.h"
 
 namespace status = tamu::registry::status;
 
@@ -126,7 +127,7 @@ class StoreTest : public ::testing::Test {
     return Known();
   }
 
-  unsigned int Acquire(NodeKind kind, unsigned int* id) { return store.AcquireSlot(0, kind, id); }
+  unsigned int Acquire(NodeKind kind, unsigned int* id) { return AcquireSlot(store, kind, id); }
   // The id of the next slot; 0 when there is none.
   unsigned int Take(NodeKind kind) {
     unsigned int id = 0;

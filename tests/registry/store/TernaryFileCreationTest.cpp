@@ -2,6 +2,7 @@
 
 #include "tests/platform/ChildProcess.h"
 #include "tests/registry/store/StoreTesting.h"
+#include "tests/support/StoreCalls.h"
 
 namespace status = tamu::registry::status;
 
@@ -77,7 +78,7 @@ TEST(TernaryFileCreation, InAFileWithoutSlotsTheFirstAllocationExpands) {
     if (kind == 3) {
       result = store.WriteData(0, "x", 1, &id);
     } else {
-      result = store.AcquireSlot(0, kKinds[kind], &id);
+      result = AcquireSlot(store, kKinds[kind], &id);
     }
     EXPECT_EQ(0u, result);
     EXPECT_EQ(0x101u, id);
@@ -125,7 +126,7 @@ TEST(TernaryFileCreation, LeavesTheStoreClosed) {
   TernaryFile store;
   ASSERT_EQ(status::kOk, store.CreateRegistryFile(path.c_str(), 65536));
   unsigned int id = 0;
-  EXPECT_EQ(status::kInputOutput, store.AcquireSlot(0, NodeKind::kString, &id));
+  EXPECT_EQ(status::kInputOutput, AcquireSlot(store, NodeKind::kString, &id));
   unsigned int word = 0;
   EXPECT_EQ(status::kInputOutput, store.FileReadInteger(0, &word));
 }

@@ -4,6 +4,7 @@
 #include "tests/platform/ChildProcess.h"
 #include "tests/registry/store/StoreTesting.h"
 #include "tests/support/LengthLook.h"
+#include "tests/support/StoreCalls.h"
 
 namespace status = tamu::registry::status;
 
@@ -233,7 +234,7 @@ TEST_F(TernaryFileDataTest, BlocksThatAreGoneAnswer5) {
 TEST_F(TernaryFileDataTest, TellsItsCountsAndSizes) {
   TakeMany(NodeKind::kKey, 3);
   TakeMany(NodeKind::kValue, 365);
-  ASSERT_EQ(status::kOk, store.ReleaseSlot(0, NodeKind::kKey, 0x200));
+  ASSERT_EQ(status::kOk, ReleaseSlot(store, NodeKind::kKey, 0x200));
   RegistryInfo info;
   ASSERT_EQ(status::kOk, store.GetRegistryInfo(&info));
   EXPECT_EQ(1u, info.infoFormat);

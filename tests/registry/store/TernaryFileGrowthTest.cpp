@@ -1,5 +1,6 @@
 #include "tests/platform/ChildProcess.h"
 #include "tests/registry/store/StoreTesting.h"
+#include "tests/support/StoreCalls.h"
 
 namespace status = tamu::registry::status;
 
@@ -89,7 +90,7 @@ TEST_F(TernaryFileGrowthTest, DataGrowsWhenTheNewestTableHasTooFewBlocks) {
 
 TEST_F(TernaryFileGrowthTest, FreeSlotsOfOlderTablesStayFree) {
   TakeMany(NodeKind::kKey, 365);
-  EXPECT_EQ(status::kOk, store.ReleaseSlot(0, NodeKind::kKey, 0x500));
+  EXPECT_EQ(status::kOk, ReleaseSlot(store, NodeKind::kKey, 0x500));
   EXPECT_EQ(1u, FreeCount(1));
   EXPECT_EQ(5u, Entry(1, 0));
   EXPECT_EQ(0x201u, Take(NodeKind::kKey));
@@ -108,7 +109,7 @@ TEST_F(TernaryFileGrowthTest, A22ndTableIsRefusedAndNothingIsChanged) {
   EXPECT_EQ(status::kLimit, store.ExpandFile(&strings, 40, 500));
   EXPECT_TRUE(Bytes() == before);
   // The store goes on.
-  EXPECT_EQ(status::kOk, store.ReleaseSlot(0, NodeKind::kString, 0x1F314));
+  EXPECT_EQ(status::kOk, ReleaseSlot(store, NodeKind::kString, 0x1F314));
   EXPECT_EQ(0x1F314u, Take(NodeKind::kString));
   EXPECT_EQ(0x100u, Take(NodeKind::kKey));
 }
@@ -168,10 +169,10 @@ TEST_F(TernaryFileGrowthTest, AGrowthThatFailsAnywhereLeavesTheFileAsItWas) {
       unsigned int id = 0;
       TernaryStringNode node;
       return limited.Initialize(path.c_str()) == 0 &&
-             limited.AcquireSlot(0, NodeKind::kString, &id) == 5 && id == 0 &&
+             AcquireSlot(limited, NodeKind::kString, &id) == 5 && id == 0 &&
              limited.Descriptor(NodeKind::kString).tableCount == 1 &&
              limited.Header().fileSize() == 75888 &&
-             limited.AcquireSlot(0, NodeKind::kKey, &id) == 5 &&
+             AcquireSlot(limited, NodeKind::kKey, &id) == 5 &&
              limited.ReadNodeInBuffer(0x100, &node) == 5;
     }));
     ASSERT_TRUE(Bytes() == full);
@@ -181,7 +182,7 @@ TEST_F(TernaryFileGrowthTest, AGrowthThatFailsAnywhereLeavesTheFileAsItWas) {
     TernaryFile enough;
     unsigned int id = 0;
     return enough.Initialize(path.c_str()) == 0 &&
-           enough.AcquireSlot(0, NodeKind::kString, &id) == 0 && id == 0x101;
+           AcquireSlot(enough, NodeKind::kString, &id) == 0 && id == 0x101;
   }));
   ASSERT_EQ(status::kOk, store.Initialize(path.c_str()));
   EXPECT_EQ(97920u, Bytes().size());
@@ -204,9 +205,9 @@ TEST_F(TernaryFileGrowthTest, AFailedGrowthAfterAGoodOneKeepsTheGoodOne) {
     unsigned int id = 0;
     if (limited.Initialize(path.c_str()) != 0) return false;
     for (unsigned int i = 0; i < 499; ++i) {
-      if (limited.AcquireSlot(0, NodeKind::kString, &id) != 0) return false;
+      if (AcquireSlot(limited, NodeKind::kString, &id) != 0) return false;
     }
-    return id == 0x102 && limited.AcquireSlot(0, NodeKind::kKey, &id) == 5;
+    return id == 0x102 && AcquireSlot(limited, NodeKind::kKey, &id) == 5;
   }));
   EXPECT_EQ(Bytes().size(), 97920u + 22032);
   ASSERT_EQ(status::kOk, store.Initialize(path.c_str()));

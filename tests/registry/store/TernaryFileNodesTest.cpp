@@ -31,7 +31,7 @@ struct Keys {
     return s.ReadKeyNode(id, n);
   }
   static unsigned int ReadIn(TernaryFile& s, unsigned int id, Node* n) {
-    return s.ReadKeyNodeInBuffer(id, n);
+    return s.ReadNodeInBuffer(id, n);
   }
   static unsigned int Write(TernaryFile& s, unsigned int id, Node* n, bool release) {
     return s.WriteKeyNode(0, id, n, release);
@@ -51,7 +51,7 @@ struct Values {
     return s.ReadValueNode(id, n);
   }
   static unsigned int ReadIn(TernaryFile& s, unsigned int id, Node* n) {
-    return s.ReadValueNodeInBuffer(id, n);
+    return s.ReadNodeInBuffer(id, n);
   }
   static unsigned int Write(TernaryFile& s, unsigned int id, Node* n, bool release) {
     return s.WriteValueNode(0, id, n, release);

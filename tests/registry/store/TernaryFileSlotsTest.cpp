@@ -1,4 +1,5 @@
 #include "tests/registry/store/StoreTesting.h"
+#include "tests/support/StoreCalls.h"
 
 namespace status = tamu::registry::status;
 
@@ -15,7 +16,7 @@ class TernaryFileSlotsTest : public StoreTest {
     const unsigned int freeBefore = Table(kind)->freeCount();
     const unsigned int usedBefore = store.Descriptor(kind).usedNodes;
     EXPECT_EQ(status::kInvalidFile, store.ReleaseNodeId(0, id, Table(kind)));
-    EXPECT_EQ(status::kInvalidFile, store.ReleaseSlot(0, kind, id));
+    EXPECT_EQ(status::kInvalidFile, ReleaseSlot(store, kind, id));
     if (kind == NodeKind::kData) {
       EXPECT_EQ(status::kInvalidFile, store.DeleteData(0, id));
     }
@@ -54,8 +55,8 @@ TEST_F(TernaryFileSlotsTest, ANewFileHandsOutItsSlotsInAscendingOrder) {
 
 TEST_F(TernaryFileSlotsTest, TheSlotReleasedLastIsTakenNext) {
   TakeMany(NodeKind::kString, 5);
-  EXPECT_EQ(status::kOk, store.ReleaseSlot(0, NodeKind::kString, 0x100));
-  EXPECT_EQ(status::kOk, store.ReleaseSlot(0, NodeKind::kString, 0x400));
+  EXPECT_EQ(status::kOk, ReleaseSlot(store, NodeKind::kString, 0x100));
+  EXPECT_EQ(status::kOk, ReleaseSlot(store, NodeKind::kString, 0x400));
   EXPECT_EQ(4u, Entry(0, 0));
   EXPECT_EQ(1u, Entry(0, 4));
   EXPECT_EQ(6u, Entry(0, 1));
@@ -192,14 +193,14 @@ TEST_F(TernaryFileSlotsTest, ReleasingANodeTwiceIsRefused) {
   for (NodeKind kind : {NodeKind::kString, NodeKind::kKey, NodeKind::kValue}) {
     ASSERT_EQ(0x100u, Take(kind));
     ASSERT_EQ(0x200u, Take(kind));
-    ASSERT_EQ(status::kOk, store.ReleaseSlot(0, kind, 0x100));
+    ASSERT_EQ(status::kOk, ReleaseSlot(store, kind, 0x100));
     ExpectRefused(kind, 0x100);
   }
 }
 
 TEST_F(TernaryFileSlotsTest, ReleasingTheLastFreeSlotTwiceIsRefused) {
   TakeMany(NodeKind::kKey, 364);
-  ASSERT_EQ(status::kOk, store.ReleaseSlot(0, NodeKind::kKey, 0x16C00));
+  ASSERT_EQ(status::kOk, ReleaseSlot(store, NodeKind::kKey, 0x16C00));
   ExpectRefused(NodeKind::kKey, 0x16C00);
 }
 
@@ -207,7 +208,7 @@ TEST_F(TernaryFileSlotsTest, ReleasingTheLastFreeSlotTwiceIsRefused) {
 TEST_F(TernaryFileSlotsTest, ReleasingTwiceIsRefusedWhenTheHeadWasZero) {
   TakeMany(NodeKind::kKey, 364);
   ASSERT_EQ(status::kOk, store.FileWriteInteger(Table(NodeKind::kKey)->entriesOffset(), 0));
-  ASSERT_EQ(status::kOk, store.ReleaseSlot(0, NodeKind::kKey, 0x200));
+  ASSERT_EQ(status::kOk, ReleaseSlot(store, NodeKind::kKey, 0x200));
   ExpectRefused(NodeKind::kKey, 0x200);
   unsigned int id = 0;
   ASSERT_EQ(status::kOk, store.AcquireNodeId(0, &id, Table(NodeKind::kKey)));
@@ -226,7 +227,7 @@ TEST_F(TernaryFileSlotsTest, OnlySlotsThatWereTakenAreUsed) {
     for (unsigned int id : {0u, 1u, 0x101u, 0x16D00u, 0xFFFFFF00u, 0xFFFFFFFFu}) {
       EXPECT_FALSE(access.IsUsed(kind, id)) << id;
     }
-    ASSERT_EQ(status::kOk, store.ReleaseSlot(0, kind, 0x100));
+    ASSERT_EQ(status::kOk, ReleaseSlot(store, kind, 0x100));
     EXPECT_FALSE(access.IsUsed(kind, 0x100));
   }
 }
@@ -299,8 +300,9 @@ TEST_F(TernaryFileSlotsTest, NullPointersAndIdZeroAnswer22) {
   EXPECT_EQ(status::kBadArgument, store.AcquireNodeIndexes(0, &id, nullptr, 1));
   EXPECT_EQ(status::kBadArgument, store.ReleaseNodeId(0, 0x100, nullptr));
   EXPECT_EQ(status::kBadArgument, store.ReleaseNodeId(0, 0, table));
-  EXPECT_EQ(status::kBadArgument, Acquire(NodeKind::kKey, nullptr));
-  EXPECT_EQ(status::kBadArgument, store.ReleaseSlot(0, NodeKind::kKey, 0));
+  TernaryKeyNode* key = nullptr;
+  EXPECT_EQ(status::kBadArgument, store.AcquireKeyNode(0, nullptr, key));
+  EXPECT_EQ(status::kBadArgument, ReleaseSlot(store, NodeKind::kKey, 0));
   EXPECT_TRUE(Bytes() == before);
 }
 

@@ -46,8 +46,8 @@ TEST_F(TernaryFileTablesTest, ATwentySecondTableInTheFileDamagesTheKind) {
   EXPECT_EQ(status::kInvalidFile, Acquire(NodeKind::kKey, &id));
   EXPECT_TRUE(Bytes() == bytes);
   TernaryKeyNode key;
-  EXPECT_EQ(status::kOk, store.ReadKeyNodeInBuffer(0x114, &key));
-  EXPECT_EQ(status::kInvalidFile, store.ReadKeyNodeInBuffer(0x115, &key));
+  EXPECT_EQ(status::kOk, store.ReadNodeInBuffer(0x114, &key));
+  EXPECT_EQ(status::kInvalidFile, store.ReadNodeInBuffer(0x115, &key));
   EXPECT_EQ(0x100u, Take(NodeKind::kString));
 }
 
@@ -213,7 +213,7 @@ TEST_F(TernaryFileTablesTest, AFirstTableThatIsNowhereDamagesItsKind) {
     unsigned int id = 0;
     TernaryKeyNode key;
     EXPECT_EQ(status::kInvalidFile, Acquire(NodeKind::kKey, &id));
-    EXPECT_EQ(status::kInvalidFile, store.ReadKeyNodeInBuffer(0, &key));
+    EXPECT_EQ(status::kInvalidFile, store.ReadNodeInBuffer(0, &key));
     EXPECT_EQ(status::kInvalidFile, store.ReleaseKeyNode(0, 0x100, nullptr));
     EXPECT_FALSE(store.Descriptor(NodeKind::kString).damaged);
   }
@@ -222,24 +222,25 @@ TEST_F(TernaryFileTablesTest, AFirstTableThatIsNowhereDamagesItsKind) {
 TEST_F(TernaryFileTablesTest, AnIdLeadsToItsSlot) {
   GrowTo(NodeKind::kValue, 2);
   unsigned int offset = 0;
-  EXPECT_EQ(0u, store.Resolve(NodeKind::kString, 0x100, offset));
+  EXPECT_EQ(0u, store.Tables().Resolve(NodeKind::kString, 0x100, &offset));
   EXPECT_EQ(offset, 10188u + 40);
-  EXPECT_EQ(0u, store.Resolve(NodeKind::kKey, 0x16C00, offset));
+  EXPECT_EQ(0u, store.Tables().Resolve(NodeKind::kKey, 0x16C00, &offset));
   EXPECT_EQ(offset, 24788u + 364 * 24);
-  EXPECT_EQ(0u, store.Resolve(NodeKind::kData, 0x200, offset));
+  EXPECT_EQ(0u, store.Tables().Resolve(NodeKind::kData, 0x200, &offset));
   EXPECT_EQ(offset, 52528u + 128);
-  EXPECT_EQ(0u, store.Resolve(NodeKind::kValue, 0x300, offset));
+  EXPECT_EQ(0u, store.Tables().Resolve(NodeKind::kValue, 0x300, &offset));
   EXPECT_EQ(offset, 33548u + 3 * 52);
-  EXPECT_EQ(0u, store.Resolve(NodeKind::kValue, 0x201, offset));
+  EXPECT_EQ(0u, store.Tables().Resolve(NodeKind::kValue, 0x201, &offset));
   EXPECT_EQ(offset, 75888u + 44 + 2 * 52);
-  EXPECT_EQ(0u, store.Resolve(NodeKind::kValue, 0, offset));  // slot 0 of the newest table
+  EXPECT_EQ(0u,
+            store.Tables().Resolve(NodeKind::kValue, 0, &offset));  // slot 0 of the newest table
   EXPECT_EQ(offset, 75888u + 44);
 }
 
 TEST_F(TernaryFileTablesTest, AnIdWithoutTableOrSlotLeadsNowhere) {
   unsigned int offset = 4711;
   for (unsigned int id : {0x101u, 0x1C8u, 0x1FFu, 0x16D00u, 0xEA6000u, 0xFFFFFF00u, 0xFFFFFFFFu}) {
-    EXPECT_EQ(59u, store.Resolve(NodeKind::kString, id, offset)) << std::hex << id;
+    EXPECT_EQ(59u, store.Tables().Resolve(NodeKind::kString, id, &offset)) << std::hex << id;
   }
   EXPECT_EQ(4711u, offset);
 }

@@ -4,6 +4,7 @@
 #include "tests/platform/ChildProcess.h"
 #include "tests/platform/OpenDescriptors.h"
 #include "tests/registry/store/StoreTesting.h"
+#include "tests/support/StoreCalls.h"
 
 namespace status = tamu::registry::status;
 
@@ -43,7 +44,7 @@ TEST_F(TernaryFileTest, OpeningChangesNoByte) {
 
 TEST_F(TernaryFileTest, CountsTheSlotsInUseWhenOpening) {
   TakeMany(NodeKind::kKey, 5);
-  ASSERT_EQ(status::kOk, store.ReleaseSlot(0, NodeKind::kKey, 0x200));
+  ASSERT_EQ(status::kOk, ReleaseSlot(store, NodeKind::kKey, 0x200));
   ASSERT_EQ(status::kOk, store.Finalize());
   ASSERT_EQ(status::kOk, store.Initialize(path.c_str()));
   EXPECT_EQ(4u, store.Descriptor(NodeKind::kKey).usedNodes);
@@ -123,8 +124,8 @@ TEST_F(TernaryFileTest, AClosedStoreAnswers5) {
   EXPECT_EQ(status::kInputOutput, store.FileWriteInteger(84, 1));
   EXPECT_EQ(status::kInputOutput, store.ReadFromFile(0, 1, bytes));
   EXPECT_EQ(status::kInputOutput, store.WriteToFile(84, 1, &byte));
-  EXPECT_EQ(status::kInputOutput, store.AcquireSlot(0, NodeKind::kKey, &id));
-  EXPECT_EQ(status::kInputOutput, store.ReleaseSlot(0, NodeKind::kKey, 0x100));
+  EXPECT_EQ(status::kInputOutput, AcquireSlot(store, NodeKind::kKey, &id));
+  EXPECT_EQ(status::kInputOutput, ReleaseSlot(store, NodeKind::kKey, 0x100));
   EXPECT_EQ(status::kInputOutput, store.WriteData(0, &byte, 1, &id));
   EXPECT_EQ(status::kInputOutput, store.DeleteData(0, 0x100));
   EXPECT_EQ(5u, store.SetStartNode(0, 0x100));
@@ -193,7 +194,7 @@ TEST_F(TernaryFileTest, AHeaderWithAnyFieldWrongAnswers59AndIsClosed) {
     EXPECT_FALSE(TernaryFile::file.IsOpen());
     EXPECT_EQ(NextDescriptor(), descriptors);
     unsigned int id = 0;
-    EXPECT_EQ(status::kInputOutput, store.AcquireSlot(0, NodeKind::kString, &id));
+    EXPECT_EQ(status::kInputOutput, AcquireSlot(store, NodeKind::kString, &id));
     EXPECT_TRUE(Bytes() == bytes);
   }
   PutFile(path, good);

@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "tests/registry/store/StoreTesting.h"
+#include "tests/support/StoreCalls.h"
 
 namespace status = tamu::registry::status;
 
@@ -26,7 +27,7 @@ void Work(TernaryFile& store, unsigned int mark, Holdings& mine) {
   for (unsigned int round = 0; round < kRounds; ++round) {
     unsigned int ids[4] = {};
     for (unsigned int kind = 0; kind < 3; ++kind) {
-      if (store.AcquireSlot(0, kKinds[kind], &ids[kind]) != 0) ++mine.failures;
+      if (AcquireSlot(store, kKinds[kind], &ids[kind]) != 0) ++mine.failures;
     }
     TernaryStringNode node;
     node.setKeyNode(mark + round);
@@ -46,7 +47,7 @@ void Work(TernaryFile& store, unsigned int mark, Holdings& mine) {
     }
     if (round % 3 == 0) {
       for (unsigned int kind = 0; kind < 3; ++kind) {
-        if (store.ReleaseSlot(0, kKinds[kind], ids[kind]) != 0) ++mine.failures;
+        if (ReleaseSlot(store, kKinds[kind], ids[kind]) != 0) ++mine.failures;
       }
       if (store.DeleteData(0, ids[3]) != 0) ++mine.failures;
     } else {
