@@ -268,7 +268,8 @@ Status Changes::ReleaseDataIfSound(unsigned int id) {
 Status Changes::Grow(TernaryNodeDescriptor* descriptor, unsigned int recordSize,
                      unsigned int count) {
   StoreFile& file = store_.file_;
-  if (!file.IsOpen() || file.IsClosing() || file.IsBlocked() || store_.undo_.IsUnfinished()) {
+  if (!file.IsOpen() || ProcessFile::IsClosing() || file.IsBlocked() ||
+      store_.undo_.IsUnfinished()) {
     return status::kInputOutput;
   }
   if (descriptor->damaged || descriptor->lastTable == nullptr || !store_.MayGrow()) {

@@ -28,8 +28,8 @@ Status FileStore::Open(const char* path) {
 // here is no change that a process has died in: that is completed first.
 Status FileStore::Load(const char* path) {
   StopJournal();
-  file_.Watch(nullptr, 0);
-  file_.ForgetTorn();
+  file_.Others().Watch(nullptr, 0);
+  file_.Others().SetTorn(false);
   tables_.Clear();
   undo_.Clear();
   ProcessFile::Opening opening;
@@ -50,7 +50,7 @@ Status FileStore::Load(const char* path) {
 }
 
 void FileStore::Enter() {
-  file_.ForgetTorn();  // what a read before this scope has met
+  file_.Others().SetTorn(false);  // what a read before this scope has met
   file_.Refresh();
   if (locks_ > 0 || FollowOthers()) {
     if (locks_ > 0 && !undo_.IsEmpty()) FinishUndoing();
@@ -63,21 +63,21 @@ void FileStore::Enter() {
 
 // False when that takes the lock.
 bool FileStore::FollowOthers() {
-  file_.Watch(nullptr, 0);
+  file_.Others().Watch(nullptr, 0);
   if (!undo_.IsEmpty()) return false;
   if (!journal_.IsOn() || !file_.IsOpen()) return true;
   constexpr unsigned int kTries = 400;  // longer than a small change takes
   for (unsigned int i = 0; i < kTries; ++i) {
     const unsigned int sequence = journal_.Sequence();
     if (sequence % 2 != 0) continue;
-    file_.Watch(journal_.SequenceWord(), sequence);
+    file_.Others().Watch(journal_.SequenceWord(), sequence);
     if (sequence == known_) return true;
     const Status renewed = Renew();
-    if (!file_.IsTorn()) {
+    if (!file_.Others().IsTorn()) {
       if (renewed.IsOk()) known_ = sequence;
       return true;
     }
-    file_.ForgetTorn();
+    file_.Others().SetTorn(false);
   }
   return false;
 }
@@ -97,7 +97,7 @@ void FileStore::TakeLock() {
   if (locks_++ > 0 || !journal_.IsOn() || !file_.IsOpen()) return;
   Status result = journal_.Lock(file_);
   hasLock_ = result.IsOk();
-  file_.Watch(nullptr, 0);
+  file_.Others().Watch(nullptr, 0);
   if (hasLock_ && !journal_.IsOwing() && journal_.Sequence() != known_) result = Renew();
   file_.Block(!result.IsOk());
 }
@@ -108,14 +108,14 @@ void FileStore::GiveLock() {
   if (!hasLock_) return;
   hasLock_ = false;
   known_ = journal_.Unlock(file_);
-  file_.Watch(journal_.SequenceWord(), known_);
+  file_.Others().Watch(journal_.SequenceWord(), known_);
 }
 
 Status FileStore::Renew() {
   undo_.Clear();
   file_.Renew();
   if (tables_.Renew(file_)) return status::kOk;
-  if (file_.IsTorn()) return status::kInputOutput;
+  if (file_.Others().IsTorn()) return status::kInputOutput;
   tables_.Clear();
   return tables_.Load(file_);
 }
@@ -123,7 +123,7 @@ Status FileStore::Renew() {
 void FileStore::StopJournal() {
   if (hasLock_) journal_.Unlock(file_);
   hasLock_ = false;
-  file_.Watch(nullptr, 0);
+  file_.Others().Watch(nullptr, 0);
   journal_.Stop(file_);
 }
 
@@ -183,7 +183,7 @@ Status FileStore::ReadChanges(unsigned long long* after, ChangeList* changes) {
   ChangeFeed::Extent extent;
   result = Look([&](StoreAccess&) -> Status {
     extent = journal_.Feed().Look();
-    return file_.IsUnchanged() ? status::kOk : status::kInputOutput;
+    return file_.Others().IsUnchanged() ? status::kOk : status::kInputOutput;
   });
   changes->Clear();
   if (result.IsOk()) result = journal_.Feed().Read(extent, after, changes);

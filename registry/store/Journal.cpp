@@ -65,7 +65,7 @@ unsigned int Journal::Unlock(StoreFile& file) {
 
 Status Journal::Recover(StoreFile& file) {
   file.Renew();
-  file.Watch(nullptr, 0);
+  file.Others().Watch(nullptr, 0);
   BeginWriting();
   Words().Set(journal_word::kIsKnown, 0);
   const Status result = JournalRecovery(file).Complete(side_.Side());

@@ -24,7 +24,7 @@ class StoreAccess {
   StoreAccess(const StoreAccess&) = delete;
   StoreAccess& operator=(const StoreAccess&) = delete;
 
-  bool IsTorn() const { return isTorn_ || (!IsReader() && store_.file_.IsTorn()); }
+  bool IsTorn() const { return isTorn_ || (!IsReader() && store_.file_.Others().IsTorn()); }
   // True when no other scope of the thread is around this one.
   bool IsOutermost() const { return isOutermost_; }
 
@@ -74,7 +74,7 @@ class StoreAccess {
           isKnown ? known_ + offset : store_.file_.Mapped(offset, kRecordSize);
       if (mapped != nullptr) {
         std::memcpy(bytes, mapped, kRecordSize);
-        if (store_.file_.IsUnchanged()) return found;
+        if (store_.file_.Others().IsUnchanged()) return found;
         return Noted(status::kInputOutput);
       }
     }

@@ -30,10 +30,6 @@ bool StoreFile::IsOpen() const {
   return ProcessFile::IsOpen(generation_);
 }
 
-bool StoreFile::IsClosing() const {
-  return ProcessFile::IsClosing();
-}
-
 unsigned int StoreFile::Size() const {
   return file_.Size();
 }
@@ -66,24 +62,19 @@ Status StoreFile::WriteCommitted(unsigned int offset, unsigned int size, const v
   return status::kOk;
 }
 
-void StoreFile::Watch(const unsigned int* word, unsigned int value) {
-  watched_ = word;
-  expected_ = value;
-}
-
 Status StoreFile::Read(unsigned int offset, unsigned int size, void* buffer) const {
   const unsigned char* mapped = Mapped(offset, size);
   if (mapped != nullptr) {
     PCMem::Copy(buffer, mapped, size);
-    return IsUnchanged() ? status::kOk : status::kInputOutput;
+    return others_.IsUnchanged() ? status::kOk : status::kInputOutput;
   }
   if (isBlocked_) return status::kInputOutput;
   if (gathered_.IsEmpty() && ProcessFile::Readers().IsInside()) {
-    isTorn_.store(true, std::memory_order_relaxed);
+    others_.SetTorn(true);
     return status::kInputOutput;
   }
   const Status result = ReadStraight(offset, size, buffer);
-  if (!IsUnchanged()) return status::kInputOutput;
+  if (!others_.IsUnchanged()) return status::kInputOutput;
   if (!gathered_.IsEmpty() && result.IsOk()) {
     gathered_.Lay(offset, size, static_cast<unsigned char*>(buffer));
   }

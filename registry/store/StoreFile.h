@@ -1,12 +1,11 @@
 // The registry file as one store sees it.
 #pragma once
 
-#include <atomic>
 #include <utility>
 
-#include "platform/PCWord.h"
 #include "registry/base/Status.h"
 #include "registry/store/ChangeSet.h"
+#include "registry/store/ForeignWrites.h"
 #include "registry/store/ProcessFile.h"
 
 namespace tamu::registry {
@@ -31,15 +30,13 @@ class StoreFile {
   bool IsOpen() const;
   // After Open answered kCannotOpen.
   bool IsMissing() const { return missing_; }
-  // True while the file waits to be closed at the end of the operation (Abandon).
-  bool IsClosing() const;
   // As the system tells it, in bytes.
   unsigned int Size() const;
 
   // Exactly `size` bytes, or kInputOutput. A failed write may have written a part.
   Status Read(unsigned int offset, unsigned int size, void* buffer) const;
-  // The bytes that Read would give, to be copied at once, which counts if IsUnchanged then; null
-  // where it takes more than the mapping.
+  // The bytes that Read would give, to be copied at once, which counts if Others().IsUnchanged()
+  // then; null where it takes more than the mapping.
   const unsigned char* Mapped(unsigned int offset, unsigned int size) const {
     if (isBlocked_ || !ProcessFile::IsMapped(generation_)) return nullptr;
     const unsigned char* gathered = nullptr;
@@ -53,23 +50,13 @@ class StoreFile {
   // Writes `length` zero bytes where the last transfer has ended.
   Status WriteZero(unsigned int length);
 
-  // Another process may write the file while it is read here: whatever is read from now on was
-  // there while the word was `value`, or the read answers kInputOutput (IsTorn). Null: nobody does.
-  void Watch(const unsigned int* word, unsigned int value);
-  // True when a read has failed because the word had another value by then.
-  bool IsTorn() const { return isTorn_.load(std::memory_order_relaxed); }
-  void ForgetTorn() { isTorn_.store(false, std::memory_order_relaxed); }
-  // Tells, and remembers, whether what was read before the call was there at the same time.
-  bool IsUnchanged() const {
-    if (watched_ == nullptr || PCWord::LoadBehindReads(watched_) == expected_) return true;
-    isTorn_.store(true, std::memory_order_relaxed);
-    return false;
-  }
+  // Another process may write the file while it is read here: reads answer kInputOutput then.
+  ForeignWrites& Others() { return others_; }
+  const ForeignWrites& Others() const { return others_; }
   // True when reads of records need no lock but among ProcessFile::Readers: nothing is being
   // changed here, and the word has the value, or nobody else changes anything.
   bool IsSettled(bool isShared, unsigned int value) const {
-    const bool isWatched = isShared ? watched_ != nullptr && expected_ == value : true;
-    return isWatched && Mapped(0, 1) != nullptr && file_.IsFresh();
+    return (!isShared || others_.IsWatched(value)) && Mapped(0, 1) != nullptr && file_.IsFresh();
   }
   // From now on every read answers kInputOutput, or none does for this.
   void Block(bool isBlocked) { isBlocked_ = isBlocked; }
@@ -135,9 +122,7 @@ class StoreFile {
   bool isGathering_ = false;
   bool mayStore_ = false;
   unsigned int lowestStraight_ = kNowhere;
-  const unsigned int* watched_ = nullptr;
-  unsigned int expected_ = 0;  // value of the word
-  mutable std::atomic<bool> isTorn_{false};
+  ForeignWrites others_;
   bool isBlocked_ = false;
   unsigned int generation_ = 0;  // of the process's opening that is this object's; 0 = none
   bool missing_ = false;
