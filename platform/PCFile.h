@@ -8,7 +8,9 @@
 // once what this and other processes write. Not thread-safe: the owner serialises.
 class PCFile {
  public:
-  static constexpr int kReadWrite = 2;  // the mode that Create takes
+  // The modes that Create takes.
+  static constexpr int kRead = 1;
+  static constexpr int kReadWrite = 2;
 
   constexpr PCFile() = default;
   ~PCFile() { Destroy(); }
@@ -19,8 +21,9 @@ class PCFile {
   // that exists is emptied. Makes no directories.
   static int Make(const char* path);
 
-  // Opens an existing regular file for reading and writing at position 0; closes first what this
-  // object had open. Never makes or empties a file. The whole length found is protected (Protect).
+  // Opens an existing regular file for reading, or reading and writing, at position 0; closes first
+  // what this object had open. Never makes or empties a file. The whole length found is protected
+  // (Protect).
   int Create(const char* path, int mode);
   // Reads go to the system from the next Create on, never to a mapping: for files of a medium that
   // may be taken away, where a mapping would end the process.
@@ -40,6 +43,12 @@ class PCFile {
   // From now on, and until the file is closed, Store may put bytes into the mapping: only where
   // that can never fail, which depends on the file system.
   void AllowStores();
+  // Takes all bytes of the file into memory: from now on everything is read there, and written
+  // there within its length, until the copy is dropped. Fails when there is no memory for it, or it
+  // cannot be read.
+  int TakeCopy();
+  void DropCopy();
+  bool HasCopy() const { return mCopy != nullptr; }
   // As Write, within the file; without a system call that writes where stores are allowed.
   int Store(const void* data, unsigned int size);
   // Sets the position. Beyond the end succeeds; makes no system call.
@@ -60,13 +69,15 @@ class PCFile {
   unsigned int Position() const {
     return mPosition < 0xFFFFFFFF ? static_cast<unsigned int>(mPosition) : 0xFFFFFFFF;
   }
+  // Dates the last change of the file now.
+  void Touch();
   // Waits until what was written is on the disk, and the length.
   int Sync();
   // Moves the length that Truncate(0) must not cut.
   void Protect(unsigned int length) { mProtected = length; }
   // True when `path` leads to the file that is open here (symbolic links followed).
   bool SameFile(const char* path) const;
-  // True when both have the same file open, by whatever paths.
+  // True when both have the same file open in the same mode, by whatever paths.
   bool SameFile(const PCFile& other) const;
   // What tells the file that is open here from all others: 0 and 0 when it cannot be told.
   void Identity(unsigned long long* device, unsigned long long* number) const;
@@ -78,6 +89,8 @@ class PCFile {
   void Refresh();
   // True when Refresh would not ask the system now, since it has just done so.
   bool IsFresh() const;
+  // Changes every few milliseconds with Refresh.
+  unsigned long long LookedAt() const { return mLookedAt; }
   // Others have made the file longer, or shorter: reads go up to its end, and all of it is
   // protected.
   void Renew();
@@ -95,6 +108,7 @@ class PCFile {
   void DropMapping();
 
   int mFd = -1;
+  int mMode = 0;
   bool mDirect = false;                 // never mapped
   bool mStores = false;                 // into the mapping
   int mError = 0;                       // errno of the last Create, 0 = it succeeded
@@ -102,6 +116,7 @@ class PCFile {
   unsigned int mMapLength = 0;          // bytes that reads may take from mMap
   unsigned int mMapReserved = 0;        // bytes mapped
   const unsigned char* mMap = nullptr;  // null: no mapping; may be written to with mStores
+  unsigned char* mCopy = nullptr;       // owned, then mMap is the same
   unsigned long long mPosition = 0;
   unsigned long long mLookedAt = 0;  // posix::Tick, of the last look at the length
 };

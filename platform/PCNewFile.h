@@ -14,14 +14,14 @@ class PCNewFile {
   PCNewFile& operator=(const PCNewFile&) = delete;
 
   // Makes an empty file that is to be the one at `path`; symbolic links lead to where it is to be,
-  // also those that lead to nothing yet. It has mode 0666 less the umask, or owner, group and mode
+  // also those that lead to nothing yet. It has the mode less the umask, or owner, group and mode
   // of the regular file that is there. Where the folder takes no other file, or the system does not
   // give the owner, that file is emptied and written itself (IsInPlace). Fails when there is
   // something else, or a file that cannot be read and written. -1 when memory is short.
-  int Create(const char* path);
+  int Create(const char* path, unsigned int mode = 0666);
   // The same where nothing is at the path, or something came there a moment ago: GiveName leaves it
   // there.
-  int CreateNew(const char* path);
+  int CreateNew(const char* path, unsigned int mode = 0666);
   bool IsOpen() const { return mFd >= 0; }
   // Where to write the file. Null when it is not open.
   const char* Path() const { return IsOpen() ? mPaths + (mIsInPlace ? 0 : kPathSize) : nullptr; }
@@ -42,14 +42,14 @@ class PCNewFile {
  private:
   static constexpr unsigned int kPathSize = 4096;  // bytes, with the ending 0
 
-  int Begin(const char* path, int old);
+  int Begin(const char* path, int old, unsigned int mode);
   // Makes the file under its temporary name. `old`: the file that is there, or negative. Returns 0
   // or errno.
-  int Prepare(const char* path, int old);
+  int Prepare(const char* path, int old, unsigned int mode);
   // Follows the symbolic links from `path` to where the file is to be.
   bool FindPlace(const char* path);
   // Opens a new file under a temporary name. Returns its descriptor, or -errno.
-  int MakeTemporary();
+  int MakeTemporary(unsigned int mode);
   // Empties the file that is there; the descriptor is this object's then.
   bool WriteInPlace(const char* path, int old);
   // What had the name goes; a file that cannot be replaced gets the bytes of this one.

@@ -17,20 +17,24 @@ class PCSideFile {
   // holds its door (LeaveDoor). An existing one keeps its bytes. Fails for what is no regular file,
   // symbolic links included, and when the door cannot be had for some seconds.
   int Create(const char* path, const char* model);
+  // Opens an existing file for reading alone, and holds its door with others who do so. Fails when
+  // nothing is there, too; IsOpen tells then whether the door alone could not be had.
+  int Look(const char* path);
   bool IsOpen() const { return mFd >= 0 && mFork == PCFork::Count(); }
 
   // Places that an object holds until it gives them up or closes the file, or its process ends.
   enum class Holding { kNone, kShared, kAlone };
-  static constexpr unsigned int kDoor = 0;        // of one who opens or closes the file
-  static constexpr unsigned int kPresence = 1;    // shared by all who use the file
-  static constexpr unsigned int kFirstPlace = 2;  // free for any use
+  static constexpr unsigned int kDoor = 0;         // of one who opens or closes the file
+  static constexpr unsigned int kPresence = 1;     // shared by all who use the file
+  static constexpr unsigned int kFirstPlace = 2;   // free for any use, up to kAudience
+  static constexpr unsigned int kAudience = 4096;  // of those who wait, and can only read
   // Holds a place in this way instead of how it held it before. Fails at once when another object
   // keeps it from that; it is then held as before.
   int Hold(unsigned int place, Holding how);
   // True when another object holds the place.
   bool IsHeld(unsigned int place) const;
   // Waits for the door, for some seconds at most.
-  int EnterDoor();
+  int EnterDoor(Holding how = Holding::kAlone);
   void LeaveDoor() { Hold(kDoor, Holding::kNone); }
 
   // Current length; 0 when closed, 0xFFFFFFFF when it is longer.
@@ -46,7 +50,7 @@ class PCSideFile {
   // the process ends at any point. The file has that length (Resize). Null when there is no such
   // mapping. An earlier one goes.
   unsigned char* Map(unsigned int length);
-  // The same beside it, until the file is closed.
+  // The same beside it, until the file is closed; to be read only after Look.
   unsigned char* MapStart(unsigned int length);
   // Closes the file and removes it from its folder.
   void Remove();
@@ -62,6 +66,8 @@ class PCSideFile {
   static int BootId(unsigned char (&id)[16]);
   // True when something is at the path.
   static bool IsThere(const char* path);
+  // A number for what is at the path, as it is now: see posix::StateOf.
+  static unsigned long long StateOf(const char* path, bool* isYoung);
 
  private:
   int Open(const char* path, const char* model);
@@ -69,6 +75,7 @@ class PCSideFile {
   void DropStart();
 
   int mFd = -1;
+  bool mIsToRead = false;
   unsigned int mFork = 0;  // PCFork::Count when the file was opened
   char* mPath = nullptr;   // owned
   unsigned char* mMap = nullptr;

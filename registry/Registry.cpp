@@ -64,7 +64,8 @@ unsigned int Registry::Initialize(unsigned int) {
 unsigned int Registry::CheckFile() const {
   PCFile existing;
   existing.ReadDirectly();  // a mapping for a few bytes costs more than they
-  if (!existing.Create(path, PCFile::kReadWrite)) return status::kOk;
+  const int mode = options_.readOnly ? PCFile::kRead : PCFile::kReadWrite;
+  if (!existing.Create(path, mode)) return status::kOk;
   FileHeader header;
   const bool complete = existing.Read(header.bytes(), FileHeader::kSize) != 0;
   return complete && header.HasMagic() ? status::kOk : status::kInvalidFile;
@@ -86,6 +87,7 @@ unsigned int Registry::OpenTrees() {
     delete handles;
     delete fileTree;
     fileTree = nullptr;
+    if (opened == status::kNotFound) return opened;
     return opened == status::kBusy ? status::kNoSpace : status::kNoMemory;
   }
   const unsigned int result = CheckDurability();
@@ -108,7 +110,7 @@ unsigned int Registry::OpenTrees() {
 // What was asked for is had; who has asked for nothing is told.
 unsigned int Registry::CheckDurability() {
   const Durability had = keyTree->File()->EffectiveDurability();
-  if (had >= options_.durability) return status::kOk;
+  if (had >= options_.durability || options_.readOnly) return status::kOk;
   if (optionsGiven_) return status::kNoSpace;
   if (had != Durability::kNone) return status::kOk;
   constexpr int kLevel = 3;
@@ -121,6 +123,11 @@ unsigned int Registry::CheckDurability() {
 
 unsigned int Registry::SetOptions(const RegistryOptions& options) {
   if (instance != nullptr || options.durability > Durability::kPower) return status::kBadArgument;
+  constexpr unsigned int kLeastRights = 0600;
+  constexpr unsigned int kMostRights = 0666;
+  if ((options.fileMode & kLeastRights) != kLeastRights || (options.fileMode & ~kMostRights) != 0) {
+    return status::kBadArgument;
+  }
   if (options.sideFolder != nullptr && options.durability != Durability::kProcess) {
     return status::kBadArgument;
   }
@@ -284,7 +291,7 @@ void Registry::LetHandlesGo() {
 }
 
 unsigned int Registry::BeginTransaction() {
-  if (!IsReady()) return status::kNoRight;
+  if (!MayChange()) return status::kNoRight;
   return instance->IsWalkedHere() ? status::kBusy : instance->transaction.Begin();
 }
 

@@ -83,7 +83,8 @@ class YAX_API Registry {
   // Opens the file, after completing or dropping a change that a process has died in; makes a new
   // one of 75888 bytes when nothing is at the path. The argument is not used. On an object that is
   // initialised: 0.
-  // kInvalidFile: the file is too short or no registry; it is left alone. kNoMemory: no memory, or
+  // kInvalidFile: the file is too short or no registry; it is left alone. kNotFound: there is none,
+  // and it is to be read alone. kNoMemory: no memory, or
   // the file cannot be opened, made or used for another reason; it is left alone. kInputOutput: no
   // semaphore. kBadArgument: null path. kNoSpace: see SetOptions; or other
   // processes have the file open in a way that cannot be shared.
@@ -310,6 +311,8 @@ class YAX_API Registry {
 
   // True when operations can be served. This and what reaches the trees: RegistryRouting.cpp.
   YAX_LOCAL bool IsReady() const;
+  // The same of those that change something.
+  YAX_LOCAL bool MayChange() const;
   // True for what a process that was forked has got from the other one.
   YAX_LOCAL bool IsInherited() const;
   YAX_LOCAL unsigned int CheckFile() const;

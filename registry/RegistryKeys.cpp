@@ -5,7 +5,7 @@ namespace tamu::registry {
 
 unsigned int Registry::CreateKey(unsigned int handle, const char* keyPath,
                                  unsigned long long defaultValue) {
-  if (!IsReady()) return status::kNoRight;
+  if (!MayChange()) return status::kNoRight;
   return RouteChange(handle, ChangeKind::kKeyCreated, keyPath, nullptr,
                      [&](RegistryInterface& tree, void* treeHandle) {
                        return tree.CreateKey(userId, treeHandle, keyPath, defaultValue, true);
@@ -13,7 +13,7 @@ unsigned int Registry::CreateKey(unsigned int handle, const char* keyPath,
 }
 
 unsigned int Registry::CreateKey(unsigned int handle, const char* keyPath) {
-  if (!IsReady()) return status::kNoRight;
+  if (!MayChange()) return status::kNoRight;
   return RouteChange(handle, ChangeKind::kKeyCreated, keyPath, nullptr,
                      [&](RegistryInterface& tree, void* treeHandle) {
                        return tree.CreateKey(userId, treeHandle, keyPath, 0, false);
@@ -21,7 +21,7 @@ unsigned int Registry::CreateKey(unsigned int handle, const char* keyPath) {
 }
 
 unsigned int Registry::DeleteKey(unsigned int handle, const char* keyPath) {
-  if (!IsReady()) return status::kNoRight;
+  if (!MayChange()) return status::kNoRight;
   return RouteChange(handle, ChangeKind::kKeyDeleted, keyPath, nullptr,
                      [&](RegistryInterface& tree, void* treeHandle) {
                        return tree.DeleteKey(userId, treeHandle, keyPath);
@@ -47,7 +47,7 @@ unsigned int Registry::GetKeyPermission(unsigned int handle, const char* keyPath
 
 unsigned int Registry::SetKeyPermission(unsigned int handle, const char* keyPath,
                                         unsigned char permission) {
-  if (!IsReady()) return status::kNoRight;
+  if (!MayChange()) return status::kNoRight;
   if (keyPath == nullptr) return status::kBadArgument;
   return RouteChange(handle, ChangeKind::kRightsChanged, keyPath, nullptr,
                      [&](RegistryInterface& tree, void* treeHandle) {
@@ -56,7 +56,7 @@ unsigned int Registry::SetKeyPermission(unsigned int handle, const char* keyPath
 }
 
 unsigned int Registry::SetKeyWatch(unsigned int handle, const char* keyPath, unsigned char watch) {
-  if (!IsReady()) return status::kNoRight;
+  if (!MayChange()) return status::kNoRight;
   if (keyPath == nullptr) return status::kBadArgument;
   return RouteChange(handle, ChangeKind::kWatchChanged, keyPath, nullptr,
                      [&](RegistryInterface& tree, void* treeHandle) {
@@ -102,7 +102,7 @@ unsigned int Registry::BackupKey(unsigned int handle, const char* keyPath, const
 
 unsigned int Registry::RestoreKey(unsigned int handle, const char* keyPath,
                                   const char* backupFile) {
-  if (!IsReady()) return status::kNoRight;
+  if (!MayChange()) return status::kNoRight;
   if (keyPath == nullptr || backupFile == nullptr) return status::kBadArgument;
   return RouteChange(handle, ChangeKind::kKeyRestored, keyPath, nullptr,
                      [&](RegistryInterface& tree, void* treeHandle) {

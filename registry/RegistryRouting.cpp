@@ -11,6 +11,10 @@ bool Registry::IsReady() const {
   return keyTree != nullptr && fileTree != nullptr && instance != nullptr && !IsInherited();
 }
 
+bool Registry::MayChange() const {
+  return IsReady() && !keyTree->File()->IsReadOnly();
+}
+
 // Calls operation(tree, treeHandle) on the tree that `handle` leads to. The object is ready.
 unsigned int Registry::Route(unsigned int handle, const TreeOperation& operation) {
   if (instance->IsWalkedHere()) return status::kBusy;
@@ -94,7 +98,7 @@ unsigned int Registry::OnFile(bool argumentsGiven, const FileOperation& operatio
 
 unsigned int Registry::ChangeFile(bool argumentsGiven, ChangeKind kind, const char* keyPath,
                                   const char* valueName, const FileOperation& operation) {
-  if (!IsReady()) return status::kNoRight;
+  if (!MayChange()) return status::kNoRight;
   if (!argumentsGiven) return status::kBadArgument;
   return RouteChange(0, kind, keyPath, valueName,
                      [&](RegistryInterface&, void*) { return operation(*fileTree); });

@@ -42,7 +42,7 @@ unsigned int Registry::GetValue(unsigned int handle, const char* keyPath, const 
 
 unsigned int Registry::SetValue(unsigned int handle, const char* keyPath, const char* name,
                                 Value* value) {
-  if (!IsReady()) return status::kNoRight;
+  if (!MayChange()) return status::kNoRight;
   if (keyPath == nullptr || name == nullptr || value == nullptr || LacksData(*value)) {
     return status::kBadArgument;
   }
@@ -54,7 +54,7 @@ unsigned int Registry::SetValue(unsigned int handle, const char* keyPath, const 
 
 unsigned int Registry::CreateValue(unsigned int handle, const char* keyPath, const char* name,
                                    Value* value) {
-  if (!IsReady()) return status::kNoRight;
+  if (!MayChange()) return status::kNoRight;
   if (keyPath == nullptr || name == nullptr || name[0] == 0) return status::kBadArgument;
   if (value == nullptr) {
     return RouteChange(handle, ChangeKind::kValueCreated, keyPath, name,
@@ -78,7 +78,7 @@ unsigned int Registry::CreateValue(unsigned int handle, const char* keyPath, con
 }
 
 unsigned int Registry::DeleteValue(unsigned int handle, const char* keyPath, const char* name) {
-  if (!IsReady()) return status::kNoRight;
+  if (!MayChange()) return status::kNoRight;
   if (name == nullptr) return status::kBadArgument;
   return RouteChange(handle, ChangeKind::kValueDeleted, keyPath, name,
                      [&](RegistryInterface& tree, void* treeHandle) {
@@ -97,7 +97,7 @@ unsigned int Registry::GetDefaultValue(unsigned int handle, const char* keyPath,
 
 unsigned int Registry::SetDefaultValue(unsigned int handle, const char* keyPath,
                                        unsigned long long value) {
-  if (!IsReady()) return status::kNoRight;
+  if (!MayChange()) return status::kNoRight;
   if (keyPath == nullptr) return status::kBadArgument;
   return RouteChange(handle, ChangeKind::kDefaultChanged, keyPath, nullptr,
                      [&](RegistryInterface& tree, void* treeHandle) {

@@ -29,8 +29,9 @@ bool AllowWrites(const unsigned char* bytes, unsigned int size) {
   return mprotect(const_cast<unsigned char*>(bytes), size, PROT_READ | PROT_WRITE) == 0;
 }
 
-unsigned char* MapShared(int fd, unsigned int size) {
-  void* bytes = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
+unsigned char* MapShared(int fd, unsigned int size, bool mayWrite) {
+  const int access = mayWrite ? PROT_READ | PROT_WRITE : PROT_READ;
+  void* bytes = mmap(nullptr, size, access, MAP_SHARED, fd, 0);
   if (bytes == MAP_FAILED) return nullptr;
   madvise(bytes, size, MADV_DONTFORK);  // a child would keep the file open
   return static_cast<unsigned char*>(bytes);

@@ -10,9 +10,10 @@ namespace posix {
 const unsigned char* Map(int fd, unsigned int size);
 // Lets what Map returned for the same `size` be written to, too. False when it cannot be.
 bool AllowWrites(const unsigned char* bytes, unsigned int size);
-// Maps the first `size` bytes of a file of our own for reading and writing. The file has blocks of
-// the disk for all of them, and nobody makes it shorter. Null when it cannot be had.
-unsigned char* MapShared(int fd, unsigned int size);
+// Maps the first `size` bytes of a file of our own for reading, and for writing if that is wanted.
+// The file has blocks of the disk for all of them, and nobody makes it shorter. Null when it cannot
+// be had.
+unsigned char* MapShared(int fd, unsigned int size, bool mayWrite);
 // Gives back what Map or MapShared returned for the same `size`.
 void Unmap(const unsigned char* bytes, unsigned int size);
 

@@ -10,7 +10,7 @@ bool AllowWrites(const unsigned char*, unsigned int) {
   return false;
 }
 
-unsigned char* MapShared(int, unsigned int) {
+unsigned char* MapShared(int, unsigned int, bool) {
   return nullptr;
 }
 

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <new>
 #include <utility>
 
 #include "platform/posix/FileMapping.h"
@@ -63,8 +64,8 @@ int PCFile::Make(const char* path) {
 int PCFile::Create(const char* path, int mode) {
   Destroy();
   mError = EINVAL;
-  if (path == nullptr || mode != kReadWrite) return 0;
-  const int fd = posix::Open(path);
+  if (path == nullptr || (mode != kReadWrite && mode != kRead)) return 0;
+  const int fd = mode == kRead ? posix::OpenToRead(path, true) : posix::Open(path);
   if (fd < 0) {
     mError = -fd;
     return 0;
@@ -76,6 +77,7 @@ int PCFile::Create(const char* path, int mode) {
   }
   mError = 0;
   mFd = fd;
+  mMode = mode;
   mProtected = Saturate(static_cast<unsigned long long>(length));
   MapAnew(static_cast<unsigned long long>(length));
   return 1;
@@ -94,7 +96,7 @@ int PCFile::ReadSlowly(void* buffer, unsigned int size) {
   const unsigned long long end = mPosition + size;
   if (MappingCovers(end)) {
     std::memcpy(buffer, mMap + mPosition, size);
-  } else if (!ReadWhole(mFd, buffer, size, mPosition)) {
+  } else if (HasCopy() || !ReadWhole(mFd, buffer, size, mPosition)) {
     return 0;
   }
   mPosition = end;
@@ -104,6 +106,12 @@ int PCFile::ReadSlowly(void* buffer, unsigned int size) {
 int PCFile::Write(const void* data, unsigned int size) {
   if (!IsOpen()) return 0;
   if (size == 0) return 1;
+  if (HasCopy()) {
+    if (mPosition + size > mMapLength) return 0;
+    std::memcpy(mCopy + mPosition, data, size);
+    mPosition += size;
+    return 1;
+  }
   if (!WriteAll(mFd, data, size, mPosition)) return 0;
   mPosition += size;
   // The file now reaches to the position at least, and so may the reads.
@@ -115,6 +123,28 @@ int PCFile::Write(const void* data, unsigned int size) {
 
 void PCFile::AllowStores() {
   mStores = mMap != nullptr && posix::WritesInPlace(mFd) && posix::AllowWrites(mMap, mMapReserved);
+}
+
+int PCFile::TakeCopy() {
+  const long long length = IsOpen() ? posix::Length(mFd) : -1;
+  if (length < 0 || length >= kMaxUnsigned) return 0;
+  const unsigned int size = static_cast<unsigned int>(length);
+  unsigned char* copy = new (std::nothrow) unsigned char[size + 1];
+  if (copy == nullptr) return 0;
+  if (!ReadAll(mFd, copy, size, 0)) {
+    delete[] copy;
+    return 0;
+  }
+  DropMapping();
+  mCopy = copy;
+  mMap = copy;
+  mMapReserved = size;
+  mMapLength = size;
+  return 1;
+}
+
+void PCFile::DropCopy() {
+  if (HasCopy()) Renew();
 }
 
 // Somebody may have cut the file off: the length is asked before each store.
@@ -165,6 +195,7 @@ bool PCFile::Missing() const {
 }
 
 unsigned int PCFile::Size() const {
+  if (HasCopy()) return mMapLength;
   const long long length = IsOpen() ? posix::Length(mFd) : 0;
   return length < 0 ? 0 : Saturate(static_cast<unsigned long long>(length));
 }
@@ -173,12 +204,16 @@ int PCFile::Sync() {
   return IsOpen() && posix::SyncData(mFd) ? 1 : 0;
 }
 
+void PCFile::Touch() {
+  if (IsOpen()) posix::Touch(mFd);
+}
+
 bool PCFile::SameFile(const char* path) const {
   return IsOpen() && path != nullptr && posix::SameFile(mFd, path);
 }
 
 bool PCFile::SameFile(const PCFile& other) const {
-  return IsOpen() && other.IsOpen() && posix::SameFile(mFd, other.mFd);
+  return IsOpen() && other.IsOpen() && mMode == other.mMode && posix::SameFile(mFd, other.mFd);
 }
 
 void PCFile::Identity(unsigned long long* device, unsigned long long* number) const {
@@ -189,6 +224,7 @@ void PCFile::Identity(unsigned long long* device, unsigned long long* number) co
 
 void PCFile::Swap(PCFile& other) {
   std::swap(mFd, other.mFd);
+  std::swap(mMode, other.mMode);
   std::swap(mDirect, other.mDirect);
   std::swap(mStores, other.mStores);
   std::swap(mError, other.mError);
@@ -196,6 +232,7 @@ void PCFile::Swap(PCFile& other) {
   std::swap(mMapLength, other.mMapLength);
   std::swap(mMapReserved, other.mMapReserved);
   std::swap(mMap, other.mMap);
+  std::swap(mCopy, other.mCopy);
   std::swap(mPosition, other.mPosition);
   std::swap(mLookedAt, other.mLookedAt);
 }
@@ -214,6 +251,7 @@ bool PCFile::IsFresh() const {
 }
 
 void PCFile::LookAtLength() {
+  if (HasCopy()) return;
   const long long length = posix::Length(mFd);
   if (length >= static_cast<long long>(mMapLength)) return;
   mMapLength = length < 0 ? 0 : static_cast<unsigned int>(length);
@@ -224,7 +262,7 @@ void PCFile::Renew() {
   if (length < 0) return;
   mProtected = Saturate(static_cast<unsigned long long>(length));
   if (mMap == nullptr) return;
-  if (length > static_cast<long long>(mMapReserved)) {
+  if (HasCopy() || length > static_cast<long long>(mMapReserved)) {
     MapAnew(static_cast<unsigned long long>(length));
   } else {
     mMapLength = static_cast<unsigned int>(length);
@@ -232,7 +270,7 @@ void PCFile::Renew() {
 }
 
 bool PCFile::MappingCovers(unsigned long long end) {
-  if (mMap == nullptr) return false;
+  if (mMap == nullptr || HasCopy()) return false;
   const long long answer = posix::Length(mFd);
   if (answer < 0) return false;
   const unsigned long long length = static_cast<unsigned long long>(answer);
@@ -260,7 +298,9 @@ void PCFile::MapAnew(unsigned long long length) {
 }
 
 void PCFile::DropMapping() {
-  if (mMap != nullptr) posix::Unmap(mMap, mMapReserved);
+  if (mMap != nullptr && !HasCopy()) posix::Unmap(mMap, mMapReserved);
+  delete[] mCopy;
+  mCopy = nullptr;
   mMap = nullptr;
   mMapReserved = 0;
   mMapLength = 0;

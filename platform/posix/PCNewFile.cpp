@@ -31,11 +31,11 @@ void RemoveLeftBehind(const char* path) {
 
 // A new file that nobody takes for one that was left behind. Where there are no locks, nobody takes
 // any for one. Returns the descriptor, or -errno; -EEXIST: the name is somebody else's.
-int MakeHeld(const char* path) {
-  int fd = posix::MakeNew(path);
+int MakeHeld(const char* path, unsigned int mode) {
+  int fd = posix::MakeNew(path, mode);
   if (fd == -EEXIST) {
     RemoveLeftBehind(path);
-    fd = posix::MakeNew(path);
+    fd = posix::MakeNew(path, mode);
   }
   if (fd < 0) return fd;
   if (posix::TryLock(fd) != EWOULDBLOCK && posix::SameFile(fd, path)) return fd;
@@ -75,20 +75,20 @@ int MoveToNew(const char* from, const char* to) {
 
 }  // namespace
 
-int PCNewFile::Create(const char* path) {
+int PCNewFile::Create(const char* path, unsigned int mode) {
   Destroy();
   if (path == nullptr || *path == 0) return 0;
   const int old = posix::Open(path);
-  return old >= 0 || old == -ENOENT ? Begin(path, old) : 0;
+  return old >= 0 || old == -ENOENT ? Begin(path, old, mode) : 0;
 }
 
-int PCNewFile::CreateNew(const char* path) {
+int PCNewFile::CreateNew(const char* path, unsigned int mode) {
   Destroy();
-  return path != nullptr && *path != 0 ? Begin(path, -ENOENT) : 0;
+  return path != nullptr && *path != 0 ? Begin(path, -ENOENT, mode) : 0;
 }
 
-int PCNewFile::Begin(const char* path, int old) {
-  const int error = Prepare(path, old);
+int PCNewFile::Begin(const char* path, int old, unsigned int mode) {
+  const int error = Prepare(path, old, mode);
   if (error != 0 && old >= 0 && IsRefusal(error) && WriteInPlace(path, old)) return 1;
   if (old >= 0) posix::Close(old);
   if (error == 0) return 1;
@@ -98,14 +98,14 @@ int PCNewFile::Begin(const char* path, int old) {
 
 // Where the path does not lead to the file that it opens, it is one of the system's own, and the
 // file may have no name.
-int PCNewFile::Prepare(const char* path, int old) {
+int PCNewFile::Prepare(const char* path, int old, unsigned int mode) {
   mPaths = new (std::nothrow) char[2 * kPathSize];
   if (mPaths == nullptr) return ENOMEM;
   mReplaces = old >= 0;
   if (mReplaces && !posix::IsRegular(old)) return EINVAL;
   if (!FindPlace(path)) return ELOOP;
   if (mReplaces && !posix::SameFile(old, mPaths)) return EACCES;
-  const int made = MakeTemporary();
+  const int made = MakeTemporary(mode);
   if (made < 0) return -made;
   mFd = made;
   return mReplaces ? posix::CopyRights(mFd, mPaths) : 0;
@@ -124,7 +124,7 @@ bool PCNewFile::FindPlace(const char* path) {
   return error == EINVAL || error == ENOENT;  // no link, or nothing is there
 }
 
-int PCNewFile::MakeTemporary() {
+int PCNewFile::MakeTemporary(unsigned int mode) {
   const char* slash = std::strrchr(mPaths, '/');
   const size_t folder = slash == nullptr ? 0 : static_cast<size_t>(slash - mPaths) + 1;
   if (folder + sizeof kTemporaryName > kPathSize) return -ENAMETOOLONG;
@@ -136,7 +136,7 @@ int PCNewFile::MakeTemporary() {
   for (unsigned int i = 0; i < kTemporaryNames && made == -EEXIST; ++i) {
     digits[0] = static_cast<char>('0' + i / 10);
     digits[1] = static_cast<char>('0' + i % 10);
-    made = MakeHeld(temporary);
+    made = MakeHeld(temporary, mode);
   }
   return made;
 }

@@ -30,6 +30,22 @@ int PCSideFile::Create(const char* path, const char* model) {
   return 0;
 }
 
+int PCSideFile::Look(const char* path) {
+  for (unsigned int i = 0; i < kMostTries; ++i) {
+    Destroy();
+    mFd = posix::OpenToRead(path, false);
+    if (mFd < 0) return 0;
+    mIsToRead = true;
+    mFork = PCFork::Count();
+    PCFork::CloseInChild(mFd);
+    if (!posix::IsRegular(mFd)) break;
+    if (!EnterDoor(Holding::kShared)) return 0;
+    if (posix::SameFile(mFd, path)) return 1;
+  }
+  Destroy();
+  return 0;
+}
+
 int PCSideFile::Open(const char* path, const char* model) {
   const size_t size = std::strlen(path) + 1;
   mPath = new (std::nothrow) char[size];
@@ -55,9 +71,9 @@ bool PCSideFile::IsHeld(unsigned int place) const {
   return IsOpen() && posix::IsHeld(mFd, kPlaces + place);
 }
 
-int PCSideFile::EnterDoor() {
+int PCSideFile::EnterDoor(Holding how) {
   for (unsigned int i = 0; i < kDoorTries; ++i) {
-    const int held = posix::Hold(mFd, kPlaces + kDoor, posix::Holding::kAlone);
+    const int held = posix::Hold(mFd, kPlaces + kDoor, static_cast<posix::Holding>(how));
     if (held == 0) return 1;
     if (held != EAGAIN) return 0;
     posix::Pause(kDoorPause);
@@ -112,7 +128,7 @@ int PCSideFile::Resize(unsigned int length) {
 unsigned char* PCSideFile::Map(unsigned int length) {
   DropMapping();
   if (!IsOpen()) return nullptr;
-  mMap = posix::MapShared(mFd, length);
+  mMap = posix::MapShared(mFd, length, true);
   mMapLength = mMap != nullptr ? length : 0;
   return mMap;
 }
@@ -120,7 +136,7 @@ unsigned char* PCSideFile::Map(unsigned int length) {
 unsigned char* PCSideFile::MapStart(unsigned int length) {
   DropStart();
   if (!IsOpen()) return nullptr;
-  mStart = posix::MapShared(mFd, length);
+  mStart = posix::MapShared(mFd, length, !mIsToRead);
   mStartLength = mStart != nullptr ? length : 0;
   return mStart;
 }
@@ -139,6 +155,7 @@ void PCSideFile::Destroy() {
     posix::Close(mFd);
   }
   mFd = -1;
+  mIsToRead = false;
   delete[] mPath;
   mPath = nullptr;
 }
@@ -157,6 +174,10 @@ int PCSideFile::BootId(unsigned char (&id)[16]) {
 
 bool PCSideFile::IsThere(const char* path) {
   return access(path, F_OK) == 0;
+}
+
+unsigned long long PCSideFile::StateOf(const char* path, bool* isYoung) {
+  return path != nullptr ? posix::StateOf(path, isYoung) : 0;
 }
 
 void PCSideFile::DropMapping() {

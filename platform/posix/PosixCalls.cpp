@@ -18,6 +18,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <initializer_list>
 
 static_assert(sizeof(off_t) == 8, "offsets are 64 bits wide");
 
@@ -45,8 +46,8 @@ int MoveAboveStandardStreams(int fd) {
   return moved < 0 ? -error : moved;
 }
 
-int OpenWith(const char* path, int flags) {
-  const int fd = Retry([=] { return open(path, flags | kFlags, 0666); });
+int OpenWith(const char* path, int flags, unsigned int mode = 0666) {
+  const int fd = Retry([=] { return open(path, flags | kFlags, mode); });
   return fd < 0 ? -errno : MoveAboveStandardStreams(fd);
 }
 
@@ -54,6 +55,10 @@ int OpenWith(const char* path, int flags) {
 
 int Open(const char* path) {
   return OpenWith(path, O_RDWR);
+}
+
+int OpenToRead(const char* path, bool follows) {
+  return OpenWith(path, O_RDONLY | (follows ? 0 : O_NOFOLLOW));
 }
 
 int OpenEmpty(const char* path) {
@@ -64,8 +69,8 @@ int OpenOrMake(const char* path) {
   return OpenWith(path, O_RDWR | O_CREAT | O_NOFOLLOW);
 }
 
-int MakeNew(const char* path) {
-  return OpenWith(path, O_RDWR | O_CREAT | O_EXCL);
+int MakeNew(const char* path, unsigned int mode) {
+  return OpenWith(path, O_RDWR | O_CREAT | O_EXCL, mode);
 }
 
 // Not repeated: the descriptor is free even when the call was interrupted, and its number may
@@ -141,6 +146,33 @@ bool WritesInPlace(int fd) {
   if (Retry([&] { return fstatfs(fd, &system); }) != 0) return false;
   const unsigned int type = static_cast<unsigned int>(system.f_type);
   return type == kExt || type == kTmpfs;
+}
+
+// The dates are those of the last tick of the clock.
+unsigned long long StateOf(const char* path, bool* isYoung) {
+  constexpr long long kYoung = 50 * 1000 * 1000;  // ns
+  constexpr long long kSecond = 1000 * 1000 * 1000;
+  struct stat info;
+  if (Retry([&] { return stat(path, &info); }) != 0) return 0;
+  struct timespec now = {};
+  clock_gettime(CLOCK_REALTIME_COARSE, &now);
+  const long long age = (static_cast<long long>(now.tv_sec) - info.st_ctim.tv_sec) * kSecond +
+                        now.tv_nsec - info.st_ctim.tv_nsec;
+  if (age < kYoung && age > -kYoung) *isYoung = true;
+  unsigned long long state = 1;
+  for (const unsigned long long each :
+       {static_cast<unsigned long long>(info.st_dev), static_cast<unsigned long long>(info.st_ino),
+        static_cast<unsigned long long>(info.st_size),
+        static_cast<unsigned long long>(info.st_mtim.tv_sec * kSecond + info.st_mtim.tv_nsec),
+        static_cast<unsigned long long>(info.st_ctim.tv_sec * kSecond + info.st_ctim.tv_nsec)}) {
+    state = (state ^ each) * 0x9E3779B97F4A7C15;
+    state ^= state >> 29;
+  }
+  return state;
+}
+
+void Touch(int fd) {
+  futimens(fd, nullptr);
 }
 
 bool SyncData(int fd) {

@@ -10,6 +10,8 @@ namespace posix {
 // Opens an existing file for reading and writing; it never waits, whatever kind of file it is.
 // Returns the descriptor (never 0, 1 or 2; closed on exec), or -errno.
 int Open(const char* path);
+// The same for reading alone; `follows`: also what a symbolic link at the path leads to.
+int OpenToRead(const char* path, bool follows);
 // Opens the file for writing, made with mode 0666 less the umask where there is none, and empties
 // it. Returns as Open does.
 int OpenEmpty(const char* path);
@@ -17,9 +19,9 @@ int OpenEmpty(const char* path);
 // none; an existing one keeps its bytes. A symbolic link at the path is not followed. Returns as
 // Open does.
 int OpenOrMake(const char* path);
-// Makes a file for reading and writing at a path where nothing is, with mode 0666 less the umask.
+// Makes a file for reading and writing at a path where nothing is, with the mode less the umask.
 // Returns as Open does.
-int MakeNew(const char* path);
+int MakeNew(const char* path, unsigned int mode = 0666);
 // Closes the descriptor, which is gone afterwards in any case. False when the system reports that
 // something written before was lost.
 bool Close(int fd);
@@ -50,6 +52,12 @@ bool Allocate(int fd, unsigned int length);
 // True when the file system never needs more room to write over a part of a file that has its
 // blocks: what is stored into a mapping of such a file cannot fail for want of room.
 bool WritesInPlace(int fd);
+// Tells a number that is another one as soon as another file is at the path, or the file was
+// changed by a system call or a new mapping; 0: nothing is there. *isYoung becomes true where a
+// change that follows soon might not show.
+unsigned long long StateOf(const char* path, bool* isYoung);
+// Dates the last change of the file now.
+void Touch(int fd);
 // Waits until what was written to the file is on the disk, and its length.
 bool SyncData(int fd);
 

@@ -10,9 +10,16 @@ struct RegistryOptions {
   // behind it, 64 KiB as a rule. The last object on a path removes it.
   Durability durability = Durability::kProcess;
   // With kProcess, another folder for that file, in memory (/run) where the flash is to be spared;
-  // null: beside the registry. The same for all programs of a registry: who looks elsewhere does not
-  // see what a dead process has left. Only these programs may write there.
+  // null: beside the registry. The same for all programs of a registry: who looks elsewhere does
+  // not see what a dead process has left. Only these programs may write there.
   const char* sideFolder = nullptr;
+  // The file is only read, which a program may do that may write neither it nor its folder:
+  // whatever changes something answers kNoRight. A change that a dead process has left half done is
+  // shown as it will be completed. Nothing is made: Initialize answers kNotFound where there is no
+  // file.
+  bool readOnly = false;
+  // The rights of a file that is made, less the umask: 0600 at least, and none to execute.
+  unsigned int fileMode = 0644;
 };
 
 }  // namespace tamu::registry

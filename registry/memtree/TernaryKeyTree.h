@@ -178,7 +178,7 @@ class TernaryKeyTree : public StringOperations {
   unsigned int ChangeKey(unsigned int user, void* tree, const char* path, unsigned char rights,
                          const char* name, bool argumentsGiven, const KeyBody& body);
 
-  RegistryOptions options_{Durability::kNone, nullptr};
+  RegistryOptions options_{Durability::kNone};
 };
 
 }  // namespace tamu::registry

@@ -34,7 +34,8 @@ constexpr unsigned int Rounded(unsigned int size) {
 
 }  // namespace
 
-void ChangeFeed::Attach(const SharedWords& words) {
+void ChangeFeed::Attach(const SharedWords& words, bool mayWrite) {
+  mayWrite_ = mayWrite;
   delete[] own_;
   own_ = nullptr;
   words_ = words;
@@ -45,7 +46,7 @@ Status ChangeFeed::Provide() {
   own_ = new (std::nothrow) unsigned int[kJournalRecords / sizeof(unsigned int)]();
   if (own_ == nullptr) return status::kNoMemory;
   words_.Attach(reinterpret_cast<unsigned char*>(own_));
-  words_.Set(kSequenceHigh, PCWord::Date());
+  words_.Set(kSequenceHigh, PCWord::Date() - 1);  // less than in a journal that is set up later
   return status::kOk;
 }
 
@@ -68,6 +69,7 @@ bool ChangeFeed::IsWanted() const {
 }
 
 bool ChangeFeed::Ask() {
+  if (!mayWrite_) return true;
   if (!IsWanted()) return false;
   const unsigned int now = words_.Get(kSequence) | 1;
   if (now - words_.Get(kInterest) > kInterestFades) words_.Set(kInterest, now);
@@ -122,7 +124,7 @@ void ChangeFeed::WakeWaiters(const SharedWords& words) {
 const unsigned int* ChangeFeed::PrepareToWait(unsigned long long after, unsigned int* value) {
   if (Number() != after) return nullptr;
   *value = words_.Get(kSequence);
-  words_.Set(kWaiting, *value | 1);
+  if (mayWrite_) words_.Set(kWaiting, *value | 1);
   return *value / 2 == (after & 0x7FFFFFFF) ? words_.At(kSequence) : nullptr;
 }
 

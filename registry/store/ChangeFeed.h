@@ -19,7 +19,9 @@ class ChangeFeed {
   ChangeFeed& operator=(const ChangeFeed&) = delete;
 
   // Those of the journal; without them (SharedWords()) there are none until Provide.
-  void Attach(const SharedWords& words);
+  // `mayWrite` false: others alone write there, and see by PCSideFile::kAudience that somebody
+  // asks.
+  void Attach(const SharedWords& words, bool mayWrite = true);
   // Makes sure that there are words. kNoMemory.
   Status Provide();
   bool IsOn() const { return words_.IsAttached(); }
@@ -73,6 +75,7 @@ class ChangeFeed {
             unsigned int* bytes) const;
 
   SharedWords words_;
+  bool mayWrite_ = true;
   unsigned int* own_ = nullptr;
 };
 

@@ -84,6 +84,7 @@ void Changes::TellAlso(const Change& change) {
 }
 
 Status Changes::WriteBytes(unsigned int offset, unsigned int size, const void* data) {
+  if (store_.IsReadOnly()) return status::kNoRight;
   if (store_.undo_.IsUnfinished() || store_.file_.IsBlocked()) return status::kInputOutput;
   const Status remembered = store_.undo_.AddBytes(store_.file_, offset, size);
   return remembered.IsOk() ? store_.file_.Write(offset, size, data) : remembered;
@@ -268,6 +269,7 @@ Status Changes::ReleaseDataIfSound(unsigned int id) {
 Status Changes::Grow(TernaryNodeDescriptor* descriptor, unsigned int recordSize,
                      unsigned int count) {
   StoreFile& file = store_.file_;
+  if (store_.IsReadOnly()) return status::kNoRight;
   if (!file.IsOpen() || ProcessFile::IsClosing() || file.IsBlocked() ||
       store_.undo_.IsUnfinished()) {
     return status::kInputOutput;

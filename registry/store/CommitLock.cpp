@@ -20,6 +20,11 @@ bool CommitLock::Join(PCSideFile* side, const SharedWords& words) {
   return false;
 }
 
+bool CommitLock::IsHeld() const {
+  const unsigned int holder = words_.Get(journal_word::kLock) & ~kFlags;
+  return holder != 0 && side_->IsHeld(holder);
+}
+
 bool CommitLock::Take(bool* died) {
   unsigned int* const word = words_.At(journal_word::kLock);
   *died = false;

@@ -17,6 +17,13 @@ class CommitLock {
 
   // Gets a place. False when all are taken.
   bool Join(PCSideFile* side, const SharedWords& words);
+  // For who may not take it.
+  void Watch(PCSideFile* side, const SharedWords& words) {
+    side_ = side;
+    words_ = words;
+  }
+  // True when somebody has the lock who has not died.
+  bool IsHeld() const;
   // Waits for the lock, but not for ever: false after a minute. *died: its holder has died.
   bool Take(bool* died);
   void Give();
@@ -26,7 +33,7 @@ class CommitLock {
   static constexpr unsigned int kHasWaiters = 0x80000000;
   static constexpr unsigned int kIsPromised = 0x40000000;  // to one who has waited for long
   static constexpr unsigned int kFlags = kHasWaiters | kIsPromised;
-  static constexpr unsigned int kMostPlaces = 4096;
+  static constexpr unsigned int kMostPlaces = PCSideFile::kAudience;
 
   bool Wait(unsigned int* word, unsigned int held, unsigned int flags, bool* died);
 

@@ -1,5 +1,6 @@
 #include "registry/store/FileStore.h"
 
+#include "registry/format/ContentHash.h"
 #include "registry/format/FileHeader.h"
 #include "registry/store/JournalRecovery.h"
 #include "registry/store/ProcessFile.h"
@@ -16,7 +17,9 @@ Status FileStore::Open(const char* path) {
   if (!ProcessFile::Lock().IsCreated()) return status::kInputOutput;
   StoreAccess access(*this);
   const bool wasOpen = file_.IsOpen();
-  const Status result = Load(path);
+  Status result = status::kOk;
+  if (IsReadOnly() && !place_.Set(path, options_.sideFolder)) result = status::kNoMemory;
+  if (result.IsOk()) result = Load(path);
   if (result.IsOk()) return result;
   tables_.Clear();
   file_.Forget();
@@ -27,31 +30,81 @@ Status FileStore::Open(const char* path) {
 // Nothing of what is open is given up before the new file has all that is needed. What is read
 // here is no change that a process has died in: that is completed first.
 Status FileStore::Load(const char* path) {
+  isFollowed_ = false;
   StopJournal();
   file_.Others().Watch(nullptr, 0);
   file_.Others().SetTorn(false);
   tables_.Clear();
   undo_.Clear();
   ProcessFile::Opening opening;
-  Status result = file_.Open(opening, path);
+  bool isYoung = false;
+  if (IsReadOnly()) state_ = place_.State(&isYoung);
+  isStateSure_ = !isYoung;
+  Status result = file_.Open(opening, path, IsReadOnly() ? PCFile::kRead : PCFile::kReadWrite);
   if (result.IsOk()) result = journal_.Start(options_, path, file_);
   if (!result.IsOk()) return result;
   known_ = journal_.IsOn() ? journal_.Sequence() : 0;
+  isLoading_ = true;
   TakeLock();
   tables_.Clear();
   result = file_.IsBlocked() ? Status(status::kInputOutput) : tables_.Load(file_);
   GiveLock();
+  isLoading_ = false;
   if (!result.IsOk()) {
     StopJournal();
     return result;
   }
   opening.Keep();
+  isFollowed_ = journal_.IsOn();
+  if (IsReadOnly() && !isFollowed_) CountIfOther();
   return result;
+}
+
+unsigned int FileStore::VersionToRead() const {
+  if (isFollowed_) return journal_.Sequence();
+  static std::atomic<unsigned int> sCount{0};
+  bool isYoung = false;
+  const unsigned long long state = place_.State(&isYoung);
+  return isYoung ? ++sCount : static_cast<unsigned int>(state ^ state >> 32);
+}
+
+bool FileStore::IsPlaceSame(bool* isYoung) const {
+  return place_.State(isYoung) == state_;
+}
+
+// Opens the file anew where nobody tells of changes in a journal, and something is another than
+// before.
+void FileStore::FollowPlace() {
+  constexpr unsigned int kTries = 100;
+  if (!IsReadOnly() || isLoading_) return;
+  if (!file_.IsOpen() && (!isLost_ || ProcessFile::File().IsOpen())) return;
+  bool isYoung = false;
+  for (unsigned int i = 0; i < kTries && !journal_.IsOn(); ++i) {
+    if (isStateSure_ && IsPlaceSame(&isYoung)) return;
+    isLost_ = !Load(place_.Path()).IsOk();
+    if (isLost_) {
+      tables_.Clear();
+      file_.Forget();
+      ProcessFile::Close();
+      return;
+    }
+    if (!journal_.IsOn() && IsPlaceSame(&isYoung)) return;
+  }
+}
+
+// Of a file that is all in memory: counts a change where there is one.
+void FileStore::CountIfOther() {
+  const unsigned char* bytes = file_.Mapped(0, file_.KnownLength());
+  const unsigned long long hash =
+      bytes != nullptr ? ContentHash::Of(0, bytes, file_.KnownLength()) : 0;
+  if (hash != hash_) journal_.Feed().CountOwn(nullptr);
+  hash_ = hash;
 }
 
 void FileStore::Enter() {
   file_.Others().SetTorn(false);  // what a read before this scope has met
   file_.Refresh();
+  if (locks_ == 0) FollowPlace();
   if (locks_ > 0 || FollowOthers()) {
     if (locks_ > 0 && !undo_.IsEmpty()) FinishUndoing();
     return;
@@ -69,9 +122,10 @@ bool FileStore::FollowOthers() {
   constexpr unsigned int kTries = 400;  // longer than a small change takes
   for (unsigned int i = 0; i < kTries; ++i) {
     const unsigned int sequence = journal_.Sequence();
-    if (sequence % 2 != 0) continue;
+    if (sequence % 2 != 0 && !(sequence == known_ && file_.HasCopy())) continue;
     file_.Others().Watch(journal_.SequenceWord(), sequence);
     if (sequence == known_) return true;
+    file_.DropCopy();
     const Status renewed = Renew();
     if (!file_.Others().IsTorn()) {
       if (renewed.IsOk()) known_ = sequence;
@@ -84,6 +138,7 @@ bool FileStore::FollowOthers() {
 
 bool FileStore::IsSettled() const {
   const bool isShared = journal_.IsOn();
+  if (IsReadOnly() && !isShared) return false;
   if (isShared && (journal_.Sequence() != known_ || known_ % 2 != 0)) return false;
   return undo_.IsEmpty() && file_.IsSettled(isShared, known_);
 }
@@ -94,6 +149,7 @@ void FileStore::Leave() {
 }
 
 void FileStore::TakeLock() {
+  if (locks_ == 0) FollowPlace();
   if (locks_++ > 0 || !journal_.IsOn() || !file_.IsOpen()) return;
   Status result = journal_.Lock(file_);
   hasLock_ = result.IsOk();
@@ -113,7 +169,7 @@ void FileStore::GiveLock() {
 
 Status FileStore::Renew() {
   undo_.Clear();
-  file_.Renew();
+  if (!file_.HasCopy()) file_.Renew();
   if (tables_.Renew(file_)) return status::kOk;
   if (file_.Others().IsTorn()) return status::kInputOutput;
   tables_.Clear();
@@ -138,6 +194,10 @@ Status FileStore::Sync() {
 // The lock is held: the store is open.
 Status FileStore::AskForChanges() {
   ChangeFeed& feed = journal_.Feed();
+  if (IsReadOnly()) {
+    StoreAccess access(*this);  // follows others
+    journal_.Attend();
+  }
   const Status provided = feed.Provide();
   if (!provided.IsOk() || feed.Ask()) return provided;
   LockedAccess access(*this);
@@ -152,7 +212,7 @@ unsigned long long FileStore::ChangeNumber() {
 
 // Whoever has changed something may have died before he could wake anybody.
 Status FileStore::AwaitChange(unsigned long long* last, unsigned int milliseconds) {
-  constexpr unsigned int kLongest = 1000;
+  const unsigned int longest = IsReadOnly() ? 10 : 1000;  // nobody is told that one waits
   const unsigned int* word = nullptr;
   unsigned int value = 0;
   {
@@ -162,9 +222,11 @@ Status FileStore::AwaitChange(unsigned long long* last, unsigned int millisecond
     word = journal_.Feed().PrepareToWait(*last, &value);
   }
   if (word != nullptr && milliseconds > 0) {
-    PCWord::Wait(word, value, milliseconds < kLongest ? milliseconds : kLongest);
+    PCWord::Wait(word, value, milliseconds < longest ? milliseconds : longest);
   }
   PCMutexGuard guard(lock_);
+  const Status asked = AskForChanges();
+  if (!asked.IsOk()) return asked;
   const unsigned long long number = journal_.Feed().Number();
   if (number == *last) return status::kNoData;
   *last = number;
@@ -205,6 +267,7 @@ Status FileStore::OpenOrCreate(const char* path, bool* made) {
   if (made != nullptr) *made = false;
   Status result = Open(path);
   if (result != status::kCannotOpen) return result;
+  if (IsReadOnly()) return PathMissing() ? status::kNotFound : status::kCannotOpen;
   if (!PathMissing()) return status::kNoSpace;
   StoreAccess access(*this);
   ProcessFile::Opening opening;
@@ -242,7 +305,8 @@ Status FileStore::MakeFile(const char* path, unsigned int budget, bool* made) {
   StoreAccess access(*this);
   StopJournal();
   PCNewFile file;
-  const int begun = made == nullptr ? file.Create(path) : file.CreateNew(path);
+  const int begun = made == nullptr ? file.Create(path, options_.fileMode)
+                                    : file.CreateNew(path, options_.fileMode);
   if (begun < 0) return status::kNoMemory;
   if (begun == 0) return status::kNoSpace;
   // Nobody goes on with what has just been emptied.

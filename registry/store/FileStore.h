@@ -1,11 +1,14 @@
 // The one registry file below both key trees: opening and closing it.
 #pragma once
 
+#include <atomic>
+
 #include "platform/PCMutex.h"
 #include "platform/PCNewFile.h"
 #include "registry/base/FunctionRef.h"
 #include "registry/base/RegistryOptions.h"
 #include "registry/format/FileLayout.h"
+#include "registry/store/FilePlace.h"
 #include "registry/store/Journal.h"
 #include "registry/store/TableMap.h"
 #include "registry/store/UndoLog.h"
@@ -34,9 +37,9 @@ class FileStore {
   // An opening that fails closes what this store had open and leaves what another store has open.
   Status Open(const char* path);
   // Open; when nothing is at the path, makes a file of the default budget first. When several
-  // processes do so at once, one makes the file and all open it. kNoSpace: a file is there but
-  // cannot be opened (it is left alone), or none can be made. *made, if wanted, tells whether this
-  // store has made the file.
+  // processes do so at once, one makes the file and all open it. kNotFound: nothing is there, and
+  // it is to be read alone. kNoSpace: a file is there but cannot be opened (it is left alone), or
+  // none can be made. *made, if wanted, tells whether this store has made the file.
   Status OpenOrCreate(const char* path, bool* made = nullptr);
   // Makes a new, empty registry file and leaves it closed. It has its name when it is complete: an
   // existing file is there until then, and its owner and its mode stay. A file that appears where
@@ -61,11 +64,16 @@ class FileStore {
   // With a journal several processes may have the file open, and each sees what the others change.
   // An opening answers kBusy when others have it open and it cannot be shared with them: with
   // kNone, or when they have another file at the path.
-  Durability EffectiveDurability() const { return journal_.Mode(); }
+  Durability EffectiveDurability() const {
+    return IsReadOnly() && !isFollowed_ ? Durability::kNone : journal_.Mode();
+  }
   // True when other processes may change the file, too. Asked without any lock, like the version.
-  bool IsShared() const { return journal_.IsOn(); }
+  bool IsShared() const { return IsReadOnly() || journal_.IsOn(); }
+  bool IsReadOnly() const { return options_.readOnly; }
   // Another number for each change that is in a shared file.
-  unsigned int Version() const { return journal_.Sequence() & ~1u; }
+  unsigned int Version() const {
+    return IsReadOnly() ? VersionToRead() : journal_.Sequence() & ~1u;
+  }
   // Waits until all that was changed is on the disk. kInputOutput.
   Status Sync();
 
@@ -109,6 +117,10 @@ class FileStore {
   friend class HeldChange;
 
   Status Load(const char* path);
+  unsigned int VersionToRead() const;
+  void FollowPlace();
+  void CountIfOther();
+  bool IsPlaceSame(bool* isYoung) const;
   Status AskForChanges();
   // For the outermost scope of a thread. Enter: nothing that others have changed is unknown from
   // here on.
@@ -138,7 +150,15 @@ class FileStore {
   TableMap tables_;
   UndoLog undo_;
   Journal journal_;
-  RegistryOptions options_{Durability::kNone, nullptr};
+  RegistryOptions options_{Durability::kNone};
+  FilePlace place_;               // of a file that is only read
+  unsigned long long state_ = 0;  // of the place, when the file was opened the last time
+  unsigned long long hash_ = 0;   // of what was there
+  bool isStateSure_ = false;
+  bool isLoading_ = false;
+  bool isLost_ = false;  // it could not be opened anew
+  // Others have a journal for a file that is only read: from then on it stays.
+  std::atomic<bool> isFollowed_{false};
   ChangeNote* note_ = nullptr;
   unsigned int changes_ = 0;  // scopes of Changes that are open
   unsigned int known_ = 0;    // the journal's sequence that the tables are of

@@ -20,8 +20,11 @@ constexpr unsigned int Rounded(unsigned int size, unsigned int unit) {
 Status Journal::Start(const RegistryOptions& options, const char* registryPath, StoreFile& file) {
   isOwing_ = false;
   isBroken_ = false;
-  const Status result = side_.Open(options, registryPath, file);
-  if (IsOn()) feed_.Attach(Words());
+  const Status result = options.readOnly ? side_.Look(options, registryPath, file)
+                                         : side_.Open(options, registryPath, file);
+  if (IsOn()) feed_.Attach(Words(), !options.readOnly);
+  isAttending_ = false;
+  if (options.readOnly) return result;
   if (Mode() == Durability::kProcess) file.AllowStores();
   return result;
 }
@@ -35,6 +38,7 @@ bool Journal::IsLeft() const {
 
 // What this process owes itself is its own to undo, as long as nobody else has done it.
 Status Journal::Lock(StoreFile& file) {
+  if (side_.IsToRead()) return Freeze(file);
   bool died = false;
   if (!side_.Lock().Take(&died)) return status::kInputOutput;
   Status result = side_.Follow();
@@ -47,6 +51,7 @@ Status Journal::Lock(StoreFile& file) {
 
 // What was written beside a change, or not undone, is to be seen by the others, too.
 unsigned int Journal::Unlock(StoreFile& file) {
+  if (side_.IsToRead()) return frozen_;
   const unsigned int straight = file.TakeLowestStraight();
   if (straight != StoreFile::kNowhere) {
     if (straight < Words().Get(journal_word::kHashLength)) Words().Set(journal_word::kIsKnown, 0);
@@ -61,6 +66,42 @@ unsigned int Journal::Unlock(StoreFile& file) {
   side_.Lock().Give();
   ChangeFeed::WakeWaiters(Words());
   return sequence;
+}
+
+Status Journal::Freeze(StoreFile& file) {
+  constexpr unsigned int kPatience = 2000;  // ms
+  const unsigned long long start = PCWord::Now();
+  do {
+    const unsigned int sequence = Sequence();
+    if (file.HasCopy() && sequence == frozen_) return status::kOk;
+    const bool isToComplete = IsLeft() && !side_.Lock().IsHeld();
+    if (sequence % 2 == 0 || isToComplete) {
+      Status result = file.TakeCopy();
+      if (result.IsOk() && isToComplete) result = JournalRecovery(file).Complete(side_.Side());
+      if (PCWord::LoadBehindReads(SequenceWord()) == sequence) {
+        frozen_ = sequence;
+        if (!result.IsOk()) file.DropCopy();
+        return result;
+      }
+      file.DropCopy();
+    }
+    PCWord::Wait(SequenceWord(), sequence, 1);
+  } while (PCWord::Now() - start < kPatience);
+  return status::kInputOutput;
+}
+
+void Journal::Attend() {
+  if (isAttending_ || !IsOn() || !side_.IsToRead()) return;
+  isAttending_ = side_.Side().Hold(PCSideFile::kAudience, PCSideFile::Holding::kShared) != 0;
+}
+
+// Who waits for changes and may not write here cannot ask for them in the words.
+void Journal::ServeAudience(const StoreFile& file) {
+  if (file.LookedAt() != lookedAt_) {
+    lookedAt_ = file.LookedAt();
+    hasAudience_ = side_.Side().IsHeld(PCSideFile::kAudience);
+  }
+  if (hasAudience_ && !feed_.Ask()) feed_.Begin();
 }
 
 Status Journal::Recover(StoreFile& file) {
@@ -114,6 +155,7 @@ Status Journal::Commit(StoreFile& file, const ChangeNote* note) {
   }
   result = PutRecord(file, false);
   if (!result.IsOk()) return result;
+  ServeAudience(file);
   BeginWriting();
   feed_.Put(note);
   result = Apply(file);
@@ -334,7 +376,7 @@ void Journal::Stop(StoreFile& file) {
   const bool isKept = isOwing_ || IsLeft() ||
                       (Mode() == Durability::kPower && file.IsOpen() && !file.Sync().IsOk());
   feed_.Attach(SharedWords());
-  side_.Close(isKept);
+  side_.Close(isKept, file);
 }
 
 }  // namespace tamu::registry

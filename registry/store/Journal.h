@@ -23,11 +23,17 @@ class Journal {
   Durability Mode() const { return side_.Mode(); }
   bool IsOn() const { return side_.IsOpen(); }
   ChangeFeed& Feed() { return feed_; }
+  // Where the registry is only read: from now on those who change it tell in the feed what they do.
+  void Attend();
 
   // An even number that others see changed as soon as the registry has changed; odd while it is
   // being written, and after a change that has failed half-way. Read at any time.
   unsigned int Sequence() const { return side_.Words().Get(journal_word::kSequence); }
   const unsigned int* SequenceWord() const { return side_.Words().At(journal_word::kSequence); }
+  // Where the registry is only read, Lock takes a copy of the file instead, as it is while nobody
+  // writes it, or will be when what a dead process has left is completed. kInputOutput: that could
+  // not be had for a while.
+  //
   // Waits for the lock; what somebody has left who died with it is completed or dropped. The
   // sequence tells whether the registry has changed since. kInputOutput, kNoMemory, kNoSpace: it
   // cannot be had, or what was left cannot be completed; the lock is not held then.
@@ -56,6 +62,8 @@ class Journal {
   SharedWords& Words() { return side_.Words(); }
   bool IsLeft() const;
   Status Recover(StoreFile& file);
+  Status Freeze(StoreFile& file);
+  void ServeAudience(const StoreFile& file);
   void BeginWriting();
   void EndWriting();
   void Break();
@@ -76,7 +84,11 @@ class Journal {
   unsigned long long hash_ = 0;       // of the first length_ bytes of the file, while committing
   unsigned long long hashAfter_ = 0;  // of what is being committed
   unsigned int length_ = 0;
-  unsigned int owed_ = 0;  // the sequence since which this process owes an undoing
+  unsigned int owed_ = 0;            // the sequence since which this process owes an undoing
+  unsigned int frozen_ = 0;          // the sequence that the copy is of
+  unsigned long long lookedAt_ = 0;  // StoreFile::LookedAt, of the last look for an audience
+  bool hasAudience_ = false;
+  bool isAttending_ = false;
   bool isOwing_ = false;
   bool isBroken_ = false;
 };

@@ -28,6 +28,7 @@ Status JournalFile::Open(const RegistryOptions& options, const char* registryPat
 Status JournalFile::Begin(Durability mode, const char* folder, const char* registryPath,
                           StoreFile& file) {
   mode_ = mode;
+  isToRead_ = false;
   const Status result = Enter(folder, registryPath, file);
   if (!result.IsOk() || mode_ == Durability::kNone) {
     mode_ = Durability::kNone;
@@ -35,6 +36,40 @@ Status JournalFile::Begin(Durability mode, const char* folder, const char* regis
     return result;
   }
   side_.LeaveDoor();
+  return result;
+}
+
+Status JournalFile::Look(const RegistryOptions& options, const char* registryPath,
+                         StoreFile& file) {
+  mode_ = Durability::kNone;
+  isToRead_ = true;
+  Status result = file.TakeCopy();
+  if (result.IsOk()) result = LookIn(nullptr, registryPath, file);
+  if (result.IsOk() && !IsOpen() && options.sideFolder != nullptr) {
+    result = LookIn(options.sideFolder, registryPath, file);
+  }
+  if (IsOpen()) file.DropCopy();
+  return result;
+}
+
+// Those who have it open keep what they share for this one, too, from here on.
+Status JournalFile::LookIn(const char* folder, const char* registryPath, StoreFile& file) {
+  JournalPath path;
+  if (!path.Find(registryPath, folder)) return status::kOk;
+  Status result = status::kOk;
+  if (!side_.Look(path.Text())) {
+    if (side_.IsOpen()) result = status::kBusy;
+  } else if (!side_.IsHeld(PCSideFile::kPresence)) {
+    result = JournalRecovery(file).Complete(side_);
+  } else if (!Join(file)) {
+    result = status::kBusy;
+  }
+  if (!result.IsOk()) mode_ = Durability::kNone;
+  if (mode_ == Durability::kNone) {
+    side_.Destroy();
+  } else {
+    side_.LeaveDoor();
+  }
   return result;
 }
 
@@ -116,7 +151,10 @@ bool JournalFile::Join(const StoreFile& file) {
   mode_ = isForPower ? Durability::kPower : Durability::kProcess;
   size_ = side_.Size();
   words_.Attach(side_.MapStart(kWordsSize));
-  return words_.IsAttached() && IsOfRegistry(file) && MapRecords() && lock_.Join(&side_, words_);
+  if (!words_.IsAttached() || !IsOfRegistry(file)) return false;
+  if (!isToRead_) return MapRecords() && lock_.Join(&side_, words_);
+  lock_.Watch(&side_, words_);
+  return true;
 }
 
 void JournalFile::TellRegistry(const StoreFile& file) {
@@ -154,10 +192,11 @@ Status JournalFile::Follow() {
   return MapRecords() ? status::kOk : status::kNoSpace;
 }
 
-void JournalFile::Close(bool isKept) {
+void JournalFile::Close(bool isKept, StoreFile& file) {
   const bool isLast =
       side_.EnterDoor() && side_.Hold(PCSideFile::kPresence, Holding::kAlone) && !isKept;
   if (isLast) {
+    if (words_.Get(journal_word::kSequence) != 0) file.Touch();
     side_.Remove();
   } else {
     side_.Destroy();

@@ -23,8 +23,15 @@ class JournalFile {
   // open in a way that cannot be shared. kInputOutput, kNoMemory: what lies there cannot be
   // completed; it stays.
   Status Open(const RegistryOptions& options, const char* registryPath, StoreFile& file);
-  // Closes it; the last one removes it, unless it is kept.
-  void Close(bool isKept);
+  // Of a registry that is only read: joins those who have a journal, to see what they do. Where
+  // there are none, `file` gets a copy into which goes what they have left. kBusy: somebody has it
+  // who shares it with nobody; kNoMemory, kInputOutput.
+  Status Look(const RegistryOptions& options, const char* registryPath, StoreFile& file);
+  // Closes it; the last one removes it, unless it is kept, and dates the registry if it was
+  // changed.
+  void Close(bool isKept, StoreFile& file);
+  // After Look.
+  bool IsToRead() const { return isToRead_; }
   // False in a process that was forked.
   bool IsOpen() const { return mode_ != Durability::kNone && side_.IsOpen(); }
   Durability Mode() const { return IsOpen() ? mode_ : Durability::kNone; }
@@ -45,6 +52,7 @@ class JournalFile {
  private:
   Status Begin(Durability mode, const char* folder, const char* registryPath, StoreFile& file);
   Status Enter(const char* folder, const char* registryPath, StoreFile& file);
+  Status LookIn(const char* folder, const char* registryPath, StoreFile& file);
   Status SetUp(const char* path, StoreFile& file);
   bool WriteHeader();
   bool MapWords();
@@ -54,6 +62,7 @@ class JournalFile {
   bool MapRecords();
 
   Durability mode_ = Durability::kNone;
+  bool isToRead_ = false;
   PCSideFile side_;
   SharedWords words_;
   CommitLock lock_;

@@ -88,11 +88,12 @@ void ProcessFile::Opening::Exchange() {
   std::swap(sClosing, closing_);
 }
 
-unsigned int ProcessFile::Opening::Open(const char* path, unsigned int* generation, bool* missing) {
+unsigned int ProcessFile::Opening::Open(const char* path, int mode, unsigned int* generation,
+                                        bool* missing) {
   Close();
   char* copy = RCEString::Duplicate(path);
   if (copy == nullptr) return status::kNoMemory;
-  if (!File().Create(copy, PCFile::kReadWrite)) {
+  if (!File().Create(copy, mode)) {
     *missing = File().Missing();
     delete[] copy;
     return status::kCannotOpen;

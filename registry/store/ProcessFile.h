@@ -56,9 +56,9 @@ class ProcessFile::Opening {
   Opening& operator=(const Opening&) = delete;
 
   // Opens the file at `path`. A new generation starts, unless the very same file was open by the
-  // same path: its stores go on together. 0; kCannotOpen when it cannot be opened (*missing tells
-  // whether nothing is at the path); kNoMemory.
-  unsigned int Open(const char* path, unsigned int* generation, bool* missing);
+  // same path in the same mode, that of PCFile: its stores go on together. 0; kCannotOpen when it
+  // cannot be opened (*missing tells whether nothing is at the path); kNoMemory.
+  unsigned int Open(const char* path, int mode, unsigned int* generation, bool* missing);
   // What was opened stays, what was open before is closed.
   void Keep();
 

@@ -14,11 +14,11 @@ constexpr unsigned int kWordSize = 4;      // bytes
 
 StoreFile::StoreFile() : file_(ProcessFile::File()) {}
 
-Status StoreFile::Open(ProcessFile::Opening& opening, const char* path) {
+Status StoreFile::Open(ProcessFile::Opening& opening, const char* path, int mode) {
   generation_ = 0;
   missing_ = false;
   mayStore_ = false;
-  return opening.Open(path, &generation_, &missing_);
+  return opening.Open(path, mode, &generation_, &missing_);
 }
 
 void StoreFile::Close() {

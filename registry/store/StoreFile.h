@@ -20,9 +20,9 @@ class StoreFile {
   StoreFile(const StoreFile&) = delete;
   StoreFile& operator=(const StoreFile&) = delete;
 
-  // Opens the file at `path`. kCannotOpen: it cannot be opened (IsMissing tells whether nothing is
-  // at the path); kNoMemory.
-  Status Open(ProcessFile::Opening& opening, const char* path);
+  // Opens the file at `path` in a mode of PCFile. kCannotOpen: it cannot be opened (IsMissing tells
+  // whether nothing is at the path); kNoMemory.
+  Status Open(ProcessFile::Opening& opening, const char* path, int mode = PCFile::kReadWrite);
   // The file is not this object's any more; it stays open.
   void Forget() { generation_ = 0; }
   // Closes the file if it is this object's.
@@ -65,6 +65,17 @@ class StoreFile {
   void Renew() { file_.Renew(); }
   // Looks whether somebody has made it shorter.
   void Refresh() { file_.Refresh(); }
+  // Until the copy is dropped, all is as it is now, but for what is written into it: of a file that
+  // is only read. kNoMemory: it cannot be had.
+  Status TakeCopy() { return file_.TakeCopy() ? status::kOk : status::kNoMemory; }
+  void DropCopy() { file_.DropCopy(); }
+  bool HasCopy() const { return file_.HasCopy(); }
+  // Dates the last change of the file now, which what is stored into a mapping may not do.
+  void Touch() {
+    if (IsOpen()) file_.Touch();
+  }
+  // See PCFile.
+  unsigned long long LookedAt() const { return file_.LookedAt(); }
   void Identity(unsigned long long* device, unsigned long long* number) const {
     file_.Identity(device, number);
   }

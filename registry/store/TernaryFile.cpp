@@ -282,7 +282,8 @@ unsigned int TernaryFile::GetRegistryInfo(RegistryInfo* info) {
   filled.infoFlag = 1;
   // Nothing reads this word back; on 64-bit machines it is the low half of the address.
   const unsigned int address = static_cast<unsigned int>(reinterpret_cast<uintptr_t>(info));
-  const unsigned int result = FileWriteInteger(FileHeader::kReservedArea, address);
+  const unsigned int result =
+      IsReadOnly() ? status::kOk : FileWriteInteger(FileHeader::kReservedArea, address);
   if (result == status::kOk) *info = filled;
   return result;
 }

@@ -95,12 +95,41 @@ TEST(PCFile, CreateNeverMakesAFile) {
   EXPECT_EQ(-1, access((dir / "absent").c_str(), F_OK));
 }
 
-TEST(PCFile, CreateTakesOnlyTheReadWriteMode) {
+TEST(PCFile, CreateTakesTwoModes) {
   TempDir dir;
   PutFile(dir / "f", "abc");
   PCFile file;
-  for (int mode : {-1, 0, 1, 3, 6}) EXPECT_EQ(0, file.Create((dir / "f").c_str(), mode)) << mode;
+  for (int mode : {-1, 0, 3, 6}) EXPECT_EQ(0, file.Create((dir / "f").c_str(), mode)) << mode;
   EXPECT_FALSE(file.Missing());
+  EXPECT_EQ(1, file.Create((dir / "f").c_str(), PCFile::kRead));
+  char bytes[3] = {};
+  EXPECT_EQ(1, file.Read(bytes, 3));
+  EXPECT_EQ("abc", std::string(bytes, 3));
+  EXPECT_EQ(1, file.Seek(0));
+  EXPECT_EQ(0, file.Write("x", 1));
+  EXPECT_EQ(0, file.Create((dir / "absent").c_str(), PCFile::kRead));
+}
+
+TEST(PCFile, ACopyIsReadAndWrittenInMemoryUntilItIsDropped) {
+  TempDir dir;
+  PutFile(dir / "f", "abc");
+  PCFile file;
+  ASSERT_EQ(1, file.Create((dir / "f").c_str(), PCFile::kRead));
+  ASSERT_EQ(1, file.TakeCopy());
+  PutFile(dir / "f", "defgh");
+  EXPECT_EQ(3u, file.Size());
+  EXPECT_EQ(1, file.Seek(1));
+  EXPECT_EQ(1, file.Write("X", 1));
+  EXPECT_EQ(0, file.Write("YZ", 2));
+  EXPECT_EQ(1, file.Seek(0));
+  char bytes[5] = {};
+  EXPECT_EQ(0, file.Read(bytes, 4));
+  EXPECT_EQ(1, file.Read(bytes, 3));
+  EXPECT_EQ("aXc", std::string(bytes, 3));
+  file.DropCopy();
+  EXPECT_EQ(1, file.Seek(0));
+  EXPECT_EQ(1, file.Read(bytes, 5));
+  EXPECT_EQ("defgh", std::string(bytes, 5));
 }
 
 TEST(PCFile, CreateRefusesWhatIsNoRegularFileAndLeavesNothingOpen) {

@@ -192,6 +192,10 @@ int Open(const char* path) {
   return faults::Opened(open(path, O_RDWR | O_CLOEXEC), path);
 }
 
+int OpenToRead(const char* path, bool follows) {
+  return faults::Opened(open(path, O_RDONLY | O_CLOEXEC | (follows ? 0 : O_NOFOLLOW)), path);
+}
+
 int OpenEmpty(const char* path) {
   if (faults::Judge(path, false) == Verdict::kFail) return -ENOSPC;
   return faults::Opened(open(path, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666), path);
@@ -202,9 +206,9 @@ int OpenOrMake(const char* path) {
   return faults::Opened(open(path, O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0666), path);
 }
 
-int MakeNew(const char* path) {
+int MakeNew(const char* path, unsigned int mode) {
   if (faults::Judge(path, false) == Verdict::kFail) return -ENOSPC;
-  return faults::Opened(open(path, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666), path);
+  return faults::Opened(open(path, O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode), path);
 }
 
 bool Close(int fd) {
@@ -285,6 +289,14 @@ bool Allocate(int fd, unsigned int length) {
 bool WritesInPlace(int) {
   return false;
 }
+
+// No reader of these files waits for anything.
+unsigned long long StateOf(const char* path, bool* isYoung) {
+  *isYoung = true;
+  return access(path, F_OK) == 0 ? 1 : 0;
+}
+
+void Touch(int) {}
 
 bool SyncData(int fd) {
   return faults::Judge(faults::PathOf(fd), false) != Verdict::kFail;
