@@ -28,6 +28,12 @@ class PCSideFile {
   static constexpr unsigned int kPresence = 1;     // shared by all who use the file
   static constexpr unsigned int kFirstPlace = 2;   // free for any use, up to kAudience
   static constexpr unsigned int kAudience = 4096;  // of those who wait, and can only read
+  // The same for places of an existing file of somebody else, which is opened for nothing else, to
+  // be read if it is to be held with others. Fails when it cannot be opened.
+  int OpenToHold(const char* path, Holding how);
+  // False when another object keeps it from that; true also where there are no places.
+  bool MayHold(unsigned int place, Holding how);
+  void Identity(unsigned long long* device, unsigned long long* number) const;
   // Holds a place in this way instead of how it held it before. Fails at once when another object
   // keeps it from that; it is then held as before.
   int Hold(unsigned int place, Holding how);

@@ -61,6 +61,25 @@ int PCSideFile::Open(const char* path, const char* model) {
   return 1;
 }
 
+int PCSideFile::OpenToHold(const char* path, Holding how) {
+  Destroy();
+  mFd = how == Holding::kAlone ? posix::Open(path) : posix::OpenToRead(path, true);
+  if (mFd < 0) return 0;
+  mFork = PCFork::Count();
+  PCFork::CloseInChild(mFd);
+  return 1;
+}
+
+bool PCSideFile::MayHold(unsigned int place, Holding how) {
+  return !IsOpen() || posix::Hold(mFd, kPlaces + place, static_cast<posix::Holding>(how)) != EAGAIN;
+}
+
+void PCSideFile::Identity(unsigned long long* device, unsigned long long* number) const {
+  *device = 0;
+  *number = 0;
+  if (IsOpen()) posix::Identify(mFd, device, number);
+}
+
 int PCSideFile::Hold(unsigned int place, Holding how) {
   static_assert(static_cast<int>(posix::Holding::kAlone) == static_cast<int>(Holding::kAlone),
                 "the same ways");

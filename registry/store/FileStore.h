@@ -58,9 +58,13 @@ class FileStore {
 
   // For the next opening. What changes are asked to survive is had if it can be: else the file is
   // opened with kNone (EffectiveDurability). With kPower a file that is made is on the disk before
-  // it has its name, and the name before the answer. kNone at first. The texts of `options` are the
+  // it has its name, and the name before the answer. kNone at first, when nobody is kept away who
+  // opens the file with that, too. The texts of `options` are the
   // caller's, until the file is open.
-  void SetOptions(const RegistryOptions& options) { options_ = options; }
+  void SetOptions(const RegistryOptions& options) {
+    options_ = options;
+    journal_.BeginHolding();
+  }
   // With a journal several processes may have the file open, and each sees what the others change.
   // An opening answers kBusy when others have it open and it cannot be shared with them: with
   // kNone, or when they have another file at the path.

@@ -372,7 +372,7 @@ Status Journal::Sync(StoreFile& file) {
 
 // What somebody else has left, who has died meanwhile, is completed by the next opening.
 void Journal::Stop(StoreFile& file) {
-  if (!IsOn()) return;
+  if (!IsOn()) return side_.LetGo();
   const bool isKept = isOwing_ || IsLeft() ||
                       (Mode() == Durability::kPower && file.IsOpen() && !file.Sync().IsOk());
   feed_.Attach(SharedWords());

@@ -20,6 +20,8 @@ class Journal {
   // anew, or joins the processes that have it open. Mode tells what is had. kBusy, kInputOutput,
   // kNoMemory: see JournalFile::Open.
   Status Start(const RegistryOptions& options, const char* registryPath, StoreFile& file);
+  // From the next start on, see JournalFile.
+  void BeginHolding() { side_.BeginHolding(); }
   Durability Mode() const { return side_.Mode(); }
   bool IsOn() const { return side_.IsOpen(); }
   ChangeFeed& Feed() { return feed_; }

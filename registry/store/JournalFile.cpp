@@ -22,7 +22,35 @@ Status JournalFile::Open(const RegistryOptions& options, const char* registryPat
     const Status beside = Begin(Durability::kNone, nullptr, registryPath, file);
     if (!beside.IsOk()) return beside;
   }
-  return Begin(options.durability, options.sideFolder, registryPath, file);
+  return HoldFile(options.durability, registryPath,
+                  Begin(options.durability, options.sideFolder, registryPath, file));
+}
+
+// Whoever wants no journal has the registry alone.
+Status JournalFile::HoldFile(Durability wanted, const char* registryPath, Status opened) {
+  if (!opened.IsOk() || IsOpen()) return opened;
+  const bool isHeld =
+      wanted == Durability::kNone ? TakeAlone(registryPath) : MayShare(registryPath);
+  return isHeld ? opened : Status(status::kBusy);
+}
+
+bool JournalFile::MayShare(const char* registryPath) {
+  return !isHolding_ || hold_.Take(registryPath, false);
+}
+
+// Who has it for a moment, or is just closing it, is waited for.
+bool JournalFile::TakeAlone(const char* registryPath) {
+  constexpr unsigned int kTries = 100;
+  for (unsigned int i = 0; isHolding_ && i < kTries; ++i) {
+    if (hold_.Take(registryPath, true)) return true;
+    const unsigned int nothing = 0;
+    PCWord::Wait(&nothing, nothing, 1);
+  }
+  return !isHolding_;
+}
+
+void JournalFile::LetGo() {
+  hold_.Drop();
 }
 
 Status JournalFile::Begin(Durability mode, const char* folder, const char* registryPath,
@@ -48,7 +76,12 @@ Status JournalFile::Look(const RegistryOptions& options, const char* registryPat
   if (result.IsOk() && !IsOpen() && options.sideFolder != nullptr) {
     result = LookIn(options.sideFolder, registryPath, file);
   }
-  if (IsOpen()) file.DropCopy();
+  if (IsOpen()) {
+    file.DropCopy();
+  } else if (result.IsOk() && !MayShare(registryPath)) {
+    result = status::kBusy;  // somebody has it alone
+  }
+  hold_.Drop();
   return result;
 }
 
@@ -84,11 +117,20 @@ Status JournalFile::Enter(const char* folder, const char* registryPath, StoreFil
     return status::kOk;
   }
   if (!side_.Hold(PCSideFile::kPresence, Holding::kAlone)) {
-    return isWanted && Join(file) ? status::kOk : status::kBusy;
+    const bool isJoined = isWanted && MayShare(registryPath) && Join(file);
+    return isJoined ? status::kOk : status::kBusy;
+  }
+  // Others may have the registry by another path, or without a journal.
+  if (isWanted && !TakeAlone(registryPath)) {
+    if (side_.Size() == 0) side_.Remove();
+    return status::kBusy;
   }
   const Status completed = JournalRecovery(file).Complete(side_);
   if (!completed.IsOk()) return completed;
-  if (isWanted && SetUp(path.Text(), file).IsOk()) return completed;
+  if (isWanted && SetUp(path.Text(), file).IsOk()) {
+    hold_.Share();
+    return completed;
+  }
   side_.Remove();
   mode_ = Durability::kNone;
   return completed;
@@ -201,6 +243,7 @@ void JournalFile::Close(bool isKept, StoreFile& file) {
   } else {
     side_.Destroy();
   }
+  LetGo();
   mode_ = Durability::kNone;
   words_.Attach(nullptr);
   map_ = nullptr;

@@ -4,6 +4,7 @@
 #include "registry/base/Array.h"
 #include "registry/base/RegistryOptions.h"
 #include "registry/store/CommitLock.h"
+#include "registry/store/FileHold.h"
 #include "registry/store/StoreFile.h"
 
 namespace tamu::registry {
@@ -17,6 +18,8 @@ class JournalFile {
   JournalFile(const JournalFile&) = delete;
   JournalFile& operator=(const JournalFile&) = delete;
 
+  // From the next opening on other processes are kept from a registry that they cannot share.
+  void BeginHolding() { isHolding_ = true; }
   // Opens it beside the registry that `file` has open, or in the folder that the options name;
   // what lies there otherwise, or with kNone, is only completed and removed. Mode tells what is
   // had: that of who came first, kNone where no journal can be had. kBusy: others have the registry
@@ -32,6 +35,8 @@ class JournalFile {
   void Close(bool isKept, StoreFile& file);
   // After Look.
   bool IsToRead() const { return isToRead_; }
+  // Where it is not open: others may have the registry now.
+  void LetGo();
   // False in a process that was forked.
   bool IsOpen() const { return mode_ != Durability::kNone && side_.IsOpen(); }
   Durability Mode() const { return IsOpen() ? mode_ : Durability::kNone; }
@@ -51,6 +56,9 @@ class JournalFile {
 
  private:
   Status Begin(Durability mode, const char* folder, const char* registryPath, StoreFile& file);
+  bool TakeAlone(const char* registryPath);
+  bool MayShare(const char* registryPath);
+  Status HoldFile(Durability wanted, const char* registryPath, Status opened);
   Status Enter(const char* folder, const char* registryPath, StoreFile& file);
   Status LookIn(const char* folder, const char* registryPath, StoreFile& file);
   Status SetUp(const char* path, StoreFile& file);
@@ -66,6 +74,8 @@ class JournalFile {
   PCSideFile side_;
   SharedWords words_;
   CommitLock lock_;
+  FileHold hold_;
+  bool isHolding_ = false;
   unsigned char* map_ = nullptr;
   unsigned char* page_ = nullptr;  // in place of the mapping: nobody else can have the journal then
   unsigned int size_ = 0;
