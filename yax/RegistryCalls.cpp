@@ -25,27 +25,22 @@ PCMutex* OpeningLock() {
 
 bool gIsOpen = false;  // under the opening lock
 
-unsigned int ApplyOptions(const yax_options* options, Registry* registry) {
-  if (options == nullptr) return status::kOk;
-  if (options->size != sizeof *options) return status::kBadArgument;
-  if (options->user_name != nullptr) registry->SetCurrentUser(options->user_name);
-  tamu::registry::RegistryOptions asked;
-  switch (options->durability) {
+// kBadArgument for what is none of YAX_DURABILITY_; the usual one is kProcess.
+unsigned int ToDurability(unsigned int asked, Durability* durability) {
+  switch (asked) {
     case YAX_DURABILITY_USUAL:
+    case YAX_DURABILITY_PROCESS:
+      *durability = Durability::kProcess;
       return status::kOk;
     case YAX_DURABILITY_NONE:
-      asked.durability = Durability::kNone;
-      break;
-    case YAX_DURABILITY_PROCESS:
-      asked.durability = Durability::kProcess;
-      break;
+      *durability = Durability::kNone;
+      return status::kOk;
     case YAX_DURABILITY_POWER:
-      asked.durability = Durability::kPower;
-      break;
+      *durability = Durability::kPower;
+      return status::kOk;
     default:
       return status::kBadArgument;
   }
-  return registry->SetOptions(asked);
 }
 
 unsigned int Open(Registry* registry) {
@@ -55,6 +50,22 @@ unsigned int Open(Registry* registry) {
   if (registry->Flush() == status::kOk) return status::kOk;
   registry->Finalize();
   return status::kBusy;
+}
+
+unsigned int OpenWith(const yax_options& options, Registry* registry) {
+  if (options.size != sizeof options) return status::kBadArgument;
+  if (options.user_name != nullptr) registry->SetCurrentUser(options.user_name);
+  tamu::registry::RegistryOptions asked;
+  asked.readOnly = options.read_only != 0;
+  if (options.file_mode != 0) asked.fileMode = options.file_mode;
+  unsigned int result = ToDurability(options.durability, &asked.durability);
+  if (result == status::kOk) result = registry->SetOptions(asked);
+  if (result == status::kOk) result = Open(registry);
+  if (result != status::kNoSpace || options.durability != YAX_DURABILITY_USUAL) return result;
+  // No journal can be had.
+  asked.durability = Durability::kNone;
+  result = registry->SetOptions(asked);
+  return result == status::kOk ? Open(registry) : result;
 }
 
 }  // namespace
@@ -87,8 +98,8 @@ yax_status yax_open(const char* path, const yax_options* options, yax_registry**
   if (lock == nullptr || made == nullptr) return status::kNoMemory;
   PCMutexGuard guard(*lock);
   if (gIsOpen) return status::kBusy;
-  unsigned int result = ApplyOptions(options, &made->registry);
-  if (result == status::kOk) result = Open(&made->registry);
+  const unsigned int result =
+      options != nullptr ? OpenWith(*options, &made->registry) : Open(&made->registry);
   if (result != status::kOk) return result;
   gIsOpen = true;
   *registry = made.release();

@@ -28,6 +28,8 @@ struct Options {
   Durability durability = Durability::kUsual;
   unsigned user = YAX_ADMINISTRATOR;  // taken at its word
   std::string userName;               // counts instead, unless it is empty
+  bool readOnly = false;              // changes are YAX_NO_RIGHT; nothing is made: YAX_NOT_FOUND
+  unsigned fileMode = 0644;           // rights of a file that is made, less the umask
 };
 
 // An open registry file. A process has one open at a time.
@@ -39,6 +41,8 @@ class Registry {
     yax_options asked = YAX_OPTIONS_USUAL;
     asked.durability = static_cast<unsigned>(options.durability);
     asked.user = options.user;
+    asked.read_only = options.readOnly ? 1 : 0;
+    asked.file_mode = options.fileMode;
     asked.user_name = options.userName.empty() ? nullptr : options.userName.c_str();
     yax_registry* opened = nullptr;
     status_ = yax_open(path.c_str(), &asked, &opened);

@@ -56,11 +56,14 @@ typedef struct yax_options {
   unsigned durability;   /* one of the above; one that cannot be had is YAX_NO_SPACE */
   unsigned user;         /* the user's number, taken at its word */
   const char* user_name; /* or his name, which is hashed into a number; null: the number counts */
+  unsigned read_only;    /* 1: for a program that may not write the file: every change is
+                            YAX_NO_RIGHT, and nothing is made: YAX_NOT_FOUND */
+  unsigned file_mode;    /* rights of a file that is made, less the umask; 0: 0644 */
 } yax_options;
 
 /* What null stands for in yax_open; a beginning for options of one's own. */
 #define YAX_OPTIONS_USUAL \
-  { sizeof(yax_options), YAX_DURABILITY_USUAL, YAX_ADMINISTRATOR, NULL }
+  { sizeof(yax_options), YAX_DURABILITY_USUAL, YAX_ADMINISTRATOR, NULL, 0, 0 }
 
 /* Opens a registry file, made when nothing is at the path. *registry is the caller's, until
  * yax_close. A process has one registry open at a time: YAX_BUSY. YAX_INVALID_FILE: what is there

@@ -63,3 +63,15 @@ def test_every_status_has_an_exception_with_its_words(registry: yax.Registry) ->
 
 def test_the_library_tells_its_version() -> None:
     assert yax.version().count(".") == 2
+
+
+def test_a_reader_changes_nothing_and_makes_nothing(file: Path) -> None:
+    with yax.open(file, mode=0o600) as registry:
+        registry["k"]["n"] = 1
+    assert file.stat().st_mode & 0o777 == 0o600
+    with yax.open(file, read_only=True) as registry:
+        assert registry["k"]["n"] == 1
+        with pytest.raises(yax.NoRightError):
+            registry["k"]["n"] = 2
+    with pytest.raises(yax.NotFoundError):
+        yax.open(file.with_name("missing"), read_only=True)

@@ -20,6 +20,8 @@ class Options(ctypes.Structure):
         ("durability", c_uint),
         ("user", c_uint),
         ("user_name", c_char_p),
+        ("read_only", c_uint),
+        ("file_mode", c_uint),
     ]
 
 

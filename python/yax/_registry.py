@@ -331,10 +331,12 @@ class Registry:
         *,
         durability: Durability = Durability.USUAL,
         user: Union[int, str] = ADMINISTRATOR,
+        read_only: bool = False,
+        mode: int = 0o644,
     ) -> None:
         name = user.encode() if isinstance(user, str) else None
         number = ADMINISTRATOR if isinstance(user, str) else user
-        options = Options(ctypes.sizeof(Options), int(durability), number, name)
+        options = Options(ctypes.sizeof(Options), int(durability), number, name, int(read_only), mode)
         handle = ctypes.c_void_p()
         check(
             lib.yax_open(os.fsencode(path), ctypes.byref(options), ctypes.byref(handle)),
@@ -524,6 +526,12 @@ def open(
     *,
     durability: Durability = Durability.USUAL,
     user: Union[int, str] = ADMINISTRATOR,
+    read_only: bool = False,
+    mode: int = 0o644,
 ) -> Registry:
-    """Opens a registry file, which is made when nothing is at the path."""
-    return Registry(path, durability=durability, user=user)
+    """Opens a registry file, which is made when nothing is at the path, with the rights ``mode`` less the umask.
+
+    ``read_only`` is for a program that may not write the file: changes raise ``NoRightError``, and a file that is
+    missing ``NotFoundError``.
+    """
+    return Registry(path, durability=durability, user=user, read_only=read_only, mode=mode)

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <cstdint>
 #include <limits>
@@ -167,6 +168,34 @@ TEST_F(Settings, ABackupBringsABranchBack) {
   EXPECT_EQ(1, key.Get("n", 0));
   ASSERT_TRUE(key.Remove());
   EXPECT_EQ(Status(YAX_NOT_FOUND), key.Restore(folder / "backup"));
+}
+
+TEST_F(Settings, AReaderChangesNothingAndMakesNothing) {
+  ASSERT_TRUE(key.Set("n", 1));
+  Options options;
+  options.readOnly = true;
+  registry = Registry("");  // a process has one open at a time
+  registry = Registry(path, options);
+  ASSERT_TRUE(registry) << registry.status().text();
+  EXPECT_EQ(1, registry["k"].Get("n", 0));
+  EXPECT_EQ(Status(YAX_NO_RIGHT), registry["k"].Set("n", 2));
+  EXPECT_EQ(Status(YAX_NO_RIGHT), registry["other"].Make());
+  EXPECT_EQ(1, registry["k"].Get("n", 0));
+  registry = Registry("");
+  EXPECT_EQ(Status(YAX_NOT_FOUND), Registry(folder / "b.rce", options).status());
+}
+
+TEST_F(Settings, AFileThatIsMadeHasTheRightsAskedFor) {
+  const mode_t mask = umask(022);
+  Options options;
+  options.fileMode = 0660;
+  registry = Registry("");
+  registry = Registry(folder / "shared.rce", options);
+  umask(mask);
+  ASSERT_TRUE(registry) << registry.status().text();
+  struct stat info = {};
+  ASSERT_EQ(0, stat((folder / "shared.rce").c_str(), &info));
+  EXPECT_EQ(0640u, info.st_mode & 0777u);
 }
 
 TEST_F(Settings, KeysOutliveRegistriesAndMoves) {
