@@ -11,10 +11,15 @@ foreach(source IN LISTS sources)
   endif()
 endforeach()
 
-# Every test that a page or a source names is there.
+# Every test that a page or a source names is there, and every source has a suite of its own name.
 set(tests)
 foreach(source IN LISTS sources)
   file(READ ${ROOT}/tests/${source} text)
+  get_filename_component(name ${source} NAME_WE)
+  string(REGEX REPLACE "Test$" "" name ${name})
+  if(NOT text MATCHES "TEST(_F|_P)?\\(${name}(Test)?,")
+    message(SEND_ERROR "tests/${source} has no suite ${name} or ${name}Test")
+  endif()
   string(REGEX MATCHALL "TEST(_F|_P)?\\([A-Za-z0-9]+,[ \n]*[A-Za-z0-9]+\\)" found "${text}")
   list(APPEND tests ${found})
 endforeach()

@@ -29,7 +29,7 @@ size_t LinesOf(const std::string& text) {
 }
 
 // A folder with a sound registry and a backup of its key net.
-class YaxregHostileFiles : public ::testing::Test {
+class HostileFiles : public ::testing::Test {
  protected:
   void SetUp() override {
     {
@@ -150,7 +150,7 @@ class YaxregHostileFiles : public ::testing::Test {
 };
 
 // Otherwise the tests below would prove nothing.
-TEST_F(YaxregHostileFiles, AreTriedWithCallsThatWorkOnASoundFile) {
+TEST_F(HostileFiles, AreTriedWithCallsThatWorkOnASoundFile) {
   for (const yaxreg::Verb& verb : yaxreg::AllVerbs().verbs) {
     PutFile(file_, bytes_);
     const std::string name = verb.name;
@@ -161,43 +161,43 @@ TEST_F(YaxregHostileFiles, AreTriedWithCallsThatWorkOnASoundFile) {
   }
 }
 
-TEST_F(YaxregHostileFiles, AreMissing) {
+TEST_F(HostileFiles, AreMissing) {
   ExpectRefused(folder_ / "missing.rce", 4, 0);
 }
 
-TEST_F(YaxregHostileFiles, AreInAMissingFolder) {
+TEST_F(HostileFiles, AreInAMissingFolder) {
   const std::string file = folder_ / "none/missing.rce";
   ExpectRefused(file, 4, 4);
 }
 
-TEST_F(YaxregHostileFiles, AreFolders) {
+TEST_F(HostileFiles, AreFolders) {
   fs::create_directory(file_);
   ExpectRefused(file_, 4, 1);
 }
 
-TEST_F(YaxregHostileFiles, AreEmpty) {
+TEST_F(HostileFiles, AreEmpty) {
   ExpectNoRegistry("");
 }
 
-TEST_F(YaxregHostileFiles, AreZeros) {
+TEST_F(HostileFiles, AreZeros) {
   ExpectNoRegistry(std::string(75888, '\0'));
 }
 
-TEST_F(YaxregHostileFiles, AreTexts) {
+TEST_F(HostileFiles, AreTexts) {
   ExpectNoRegistry("[eth0]\nmtu=1500\n");
 }
 
-TEST_F(YaxregHostileFiles, AreTooLong) {
+TEST_F(HostileFiles, AreTooLong) {
   ExpectNoRegistry(bytes_ + std::string(3u << 20, '\0'));
 }
 
 // Nobody writes to it: who opened it to read would wait for ever.
-TEST_F(YaxregHostileFiles, ArePipes) {
+TEST_F(HostileFiles, ArePipes) {
   ASSERT_EQ(0, mkfifo(file_.c_str(), 0666));
   ExpectRefused(file_, 4, 1);
 }
 
-TEST_F(YaxregHostileFiles, AreCutOff) {
+TEST_F(HostileFiles, AreCutOff) {
   for (size_t size = kPage; size < bytes_.size(); size += kPage) {
     SCOPED_TRACE("cut off at " + std::to_string(size));
     ExpectLooks(bytes_.substr(0, size));
@@ -207,8 +207,7 @@ TEST_F(YaxregHostileFiles, AreCutOff) {
 }
 
 // Every 65th byte, so that records of all sizes are hit in different places.
-class YaxregHostileBytes : public YaxregHostileFiles,
-                           public ::testing::WithParamInterface<unsigned> {
+class HostileFilesByteByByte : public HostileFiles, public ::testing::WithParamInterface<unsigned> {
  protected:
   void ForEachChange(unsigned step, const std::function<void(const std::string&)>& look) {
     ASSERT_EQ(75888u, bytes_.size());
@@ -222,14 +221,14 @@ class YaxregHostileBytes : public YaxregHostileFiles,
   }
 };
 
-TEST_P(YaxregHostileBytes, AreLookedAtAndRepaired) {
+TEST_P(HostileFilesByteByByte, AreLookedAtAndRepaired) {
   ForEachChange(65, [&](const std::string& changed) {
     // Without its signature and version it is no registry file.
     if (changed.substr(0, 16) == bytes_.substr(0, 16)) ExpectLooks(changed);
   });
 }
 
-TEST_P(YaxregHostileBytes, AreChangedByNoVerbThatCrashes) {
+TEST_P(HostileFilesByteByByte, AreChangedByNoVerbThatCrashes) {
   ForEachChange(65 * 17, [&](const std::string& changed) {
     for (const yaxreg::Verb& verb : yaxreg::AllVerbs().verbs) {
       PutFile(file_, changed);
@@ -243,6 +242,6 @@ TEST_P(YaxregHostileBytes, AreChangedByNoVerbThatCrashes) {
   });
 }
 
-INSTANTIATE_TEST_SUITE_P(Eighths, YaxregHostileBytes, ::testing::Range(0u, 8u));
+INSTANTIATE_TEST_SUITE_P(Eighths, HostileFilesByteByByte, ::testing::Range(0u, 8u));
 
 }  // namespace

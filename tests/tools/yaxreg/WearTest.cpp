@@ -24,7 +24,7 @@ constexpr unsigned kSlots = 364 + 20 * 499;
 // Values of 16 blocks that fit: 22 into the first table, 31 into each other one.
 constexpr unsigned kLargeValues = 22 + 20 * 31;
 
-class YaxregWear : public ::testing::Test {
+class WearTest : public ::testing::Test {
  protected:
   // One repetition; 0 as long as it goes on.
   using Wear = std::function<unsigned int(Registry&, unsigned)>;
@@ -114,7 +114,7 @@ class YaxregWear : public ::testing::Test {
 };
 
 // The root, "k" and "kept" have taken three string nodes.
-TEST_F(YaxregWear, ByKeysBelowAMissingParentEndsWithoutStringNodes) {
+TEST_F(WearTest, ByKeysBelowAMissingParentEndsWithoutStringNodes) {
   EXPECT_EQ(kSlots - 3, PlayToTheEnd([](Registry& registry, unsigned) {
               const unsigned int result = registry.CreateKey(0, "missing/x");
               return result == status::kBadArgument ? status::kOk : result;
@@ -125,7 +125,7 @@ TEST_F(YaxregWear, ByKeysBelowAMissingParentEndsWithoutStringNodes) {
 }
 
 // The names of deleted keys stay: a new one takes one to three string nodes.
-TEST_F(YaxregWear, ByEverNewKeysEndsWithoutStringNodes) {
+TEST_F(WearTest, ByEverNewKeysEndsWithoutStringNodes) {
   const unsigned repetitions = PlayToTheEnd([](Registry& registry, unsigned i) {
     const std::string path = "k/" + std::to_string(100000 + 7919 * i % 1000000);
     const unsigned int result = registry.CreateKey(0, path.c_str());
@@ -139,7 +139,7 @@ TEST_F(YaxregWear, ByEverNewKeysEndsWithoutStringNodes) {
   ExpectCompactHelps();
 }
 
-TEST_F(YaxregWear, ByValuesThatComeAndGoEndsWithoutBlocks) {
+TEST_F(WearTest, ByValuesThatComeAndGoEndsWithoutBlocks) {
   EXPECT_EQ(kSlots - 2, PlayToTheEnd([](Registry& registry, unsigned) {
               const unsigned int result = Create(registry, "k", "v", 64);
               return result != status::kOk ? result : registry.DeleteValue(0, "k", "v");
@@ -150,7 +150,7 @@ TEST_F(YaxregWear, ByValuesThatComeAndGoEndsWithoutBlocks) {
 }
 
 // The three blocks that are left in each table are too few.
-TEST_F(YaxregWear, ByLargeValuesThatComeAndGoEndsWithoutBlocks) {
+TEST_F(WearTest, ByLargeValuesThatComeAndGoEndsWithoutBlocks) {
   EXPECT_EQ(kLargeValues, PlayToTheEnd([](Registry& registry, unsigned) {
               const unsigned int result = Create(registry, "k", "v", 1024);
               return result != status::kOk ? result : registry.DeleteValue(0, "k", "v");
@@ -160,7 +160,7 @@ TEST_F(YaxregWear, ByLargeValuesThatComeAndGoEndsWithoutBlocks) {
   ExpectCompactHelps();
 }
 
-TEST_F(YaxregWear, ByAKeyThatIsMadeAnewWithItsDataEndsWithoutBlocks) {
+TEST_F(WearTest, ByAKeyThatIsMadeAnewWithItsDataEndsWithoutBlocks) {
   EXPECT_EQ(kLargeValues, PlayToTheEnd([](Registry& registry, unsigned) {
               registry.CreateKey(0, "k");
               const unsigned int result = Create(registry, "k", "v", 1024);
@@ -171,7 +171,7 @@ TEST_F(YaxregWear, ByAKeyThatIsMadeAnewWithItsDataEndsWithoutBlocks) {
 }
 
 // They are all there: only deleting them helps.
-TEST_F(YaxregWear, ByValuesCreatedInsteadOfSetEndsWithoutValues) {
+TEST_F(WearTest, ByValuesCreatedInsteadOfSetEndsWithoutValues) {
   const unsigned long long number = 1;
   EXPECT_EQ(kSlots - 1, PlayToTheEnd([&](Registry& registry, unsigned) {
               auto value = tamu::registry::MakeValue(0, &number, sizeof number);
@@ -188,7 +188,7 @@ TEST_F(YaxregWear, ByValuesCreatedInsteadOfSetEndsWithoutValues) {
 }
 
 // The key is rewritten with all below it: two blocks of "text" each time.
-TEST_F(YaxregWear, ByImportingAnotherOwnerLosesTheBlocksBelow) {
+TEST_F(WearTest, ByImportingAnotherOwnerLosesTheBlocksBelow) {
   for (unsigned owner = 1; owner <= 5; ++owner) {
     const std::string document =
         "{\"keys\":[{\"path\":\"kept\",\"owner\":" + std::to_string(owner) + "}]}";
@@ -201,7 +201,7 @@ TEST_F(YaxregWear, ByImportingAnotherOwnerLosesTheBlocksBelow) {
 }
 
 // The root, "k" and "kept" have taken three string nodes, and a name that is counted up takes one.
-TEST_F(YaxregWear, ByNumberedKeysEndsWithoutStringNodes) {
+TEST_F(WearTest, ByNumberedKeysEndsWithoutStringNodes) {
   EXPECT_EQ(kSlots - 3, PlayToTheEnd([](Registry& registry, unsigned i) {
               const std::string path = std::to_string(i + 1);
               const unsigned int result = registry.CreateKey(0, path.c_str());
@@ -210,7 +210,7 @@ TEST_F(YaxregWear, ByNumberedKeysEndsWithoutStringNodes) {
 }
 
 // The slot of "kept" lies in the first table.
-TEST_F(YaxregWear, IsToldToBeSmallWhereCompactHardlyHelps) {
+TEST_F(WearTest, IsToldToBeSmallWhereCompactHardlyHelps) {
   const unsigned long long number = 1;
   PlayToTheEnd([&](Registry& registry, unsigned) {
     auto value = tamu::registry::MakeValue(0, &number, sizeof number);
@@ -223,7 +223,7 @@ TEST_F(YaxregWear, IsToldToBeSmallWhereCompactHardlyHelps) {
       << out;
 }
 
-TEST_F(YaxregWear, DoesNotComeFromSettingValues) {
+TEST_F(WearTest, DoesNotComeFromSettingValues) {
   Registry registry(file_.c_str(), tamu::registry::kAdministratorId);
   ASSERT_EQ(status::kOk, registry.Initialize());
   for (unsigned i = 0; i < 2000; ++i) {
@@ -236,7 +236,7 @@ TEST_F(YaxregWear, DoesNotComeFromSettingValues) {
 }
 
 // Tells what a single time costs, for those who count.
-TEST_F(YaxregWear, OfAMissingParentGrowsWithItsName) {
+TEST_F(WearTest, OfAMissingParentGrowsWithItsName) {
   Registry registry(file_.c_str(), tamu::registry::kAdministratorId);
   ASSERT_EQ(status::kOk, registry.Initialize());
   const unsigned before = Image().UseOf(NodeKind::kString).remaining;

@@ -7,7 +7,7 @@
 
 namespace {
 
-TEST(YaxregCommandLine, HelpNamesEveryVerb) {
+TEST(CommandLine, HelpNamesEveryVerb) {
   const Answer answer = Yaxreg({"--help"});
   EXPECT_EQ(0, answer.code);
   for (const yaxreg::Verb& verb : yaxreg::AllVerbs().verbs) {
@@ -16,7 +16,7 @@ TEST(YaxregCommandLine, HelpNamesEveryVerb) {
   }
 }
 
-TEST(YaxregCommandLine, EveryVerbHasHelpWithItsExample) {
+TEST(CommandLine, EveryVerbHasHelpWithItsExample) {
   for (const yaxreg::Verb& verb : yaxreg::AllVerbs().verbs) {
     std::vector<std::string> arguments;
     std::istringstream words(verb.name);
@@ -29,7 +29,7 @@ TEST(YaxregCommandLine, EveryVerbHasHelpWithItsExample) {
   }
 }
 
-TEST(YaxregCommandLine, WrongUsageIsOneLineAndExitCode2) {
+TEST(CommandLine, WrongUsageIsOneLineAndExitCode2) {
   for (const std::vector<std::string>& arguments : std::vector<std::vector<std::string>>{
            {}, {"nothing"}, {"tree"}, {"tree", "a", "b", "c"}, {"tree", "--typo", "a"}, {"comp"}}) {
     const Answer answer = Yaxreg(arguments);
@@ -39,7 +39,7 @@ TEST(YaxregCommandLine, WrongUsageIsOneLineAndExitCode2) {
   }
 }
 
-TEST(YaxregCommandLine, WordsTooManyAreToldAsTheyWereGiven) {
+TEST(CommandLine, WordsTooManyAreToldAsTheyWereGiven) {
   for (const std::vector<std::string>& arguments :
        std::vector<std::vector<std::string>>{{"tree", "a", "b", "c", "d\n\x9B"},
                                              {"tree", "--", "a", "b", "c", "d\n\x9B"},
@@ -53,7 +53,7 @@ TEST(YaxregCommandLine, WordsTooManyAreToldAsTheyWereGiven) {
             Yaxreg({"tree", "a", "--typo=x"}).err);
 }
 
-TEST(YaxregCommandLine, ErrorsAreOneLineWithoutControlCharacters) {
+TEST(CommandLine, ErrorsAreOneLineWithoutControlCharacters) {
   const std::string odd = "\033[2J\n\xC2\x9B\xFF";
   for (const std::vector<std::string>& arguments :
        std::vector<std::vector<std::string>>{{odd},
@@ -76,7 +76,7 @@ TEST(YaxregCommandLine, ErrorsAreOneLineWithoutControlCharacters) {
   }
 }
 
-TEST(YaxregCommandLine, ReasonsAreShownWithoutDoublingBackslashes) {
+TEST(CommandLine, ReasonsAreShownWithoutDoublingBackslashes) {
   std::istringstream in;
   std::ostringstream out;
   std::ostringstream err;
@@ -85,13 +85,13 @@ TEST(YaxregCommandLine, ReasonsAreShownWithoutDoublingBackslashes) {
   EXPECT_EQ("yaxreg: f\\\\\\x0a: p\\xff: \\a\\\\\\x0a\\xc2\\x9b\\\n", err.str());
 }
 
-TEST(YaxregCommandLine, HelpTellsHowToGiveWordsThatBeginWithADash) {
+TEST(CommandLine, HelpTellsHowToGiveWordsThatBeginWithADash) {
   const std::string words = "needs -- before it; options stand before that.";
   EXPECT_NE(std::string::npos, Yaxreg({"rights", "--help"}).out.find(words));
   EXPECT_NE(std::string::npos, Yaxreg({"comp", "verify", "--help"}).out.find(words));
 }
 
-class YaxregOptions : public ChangeRig {
+class CommandLineOptions : public ChangeRig {
  protected:
   // The text of the value after adding it with these words.
   std::string TextOf(const std::vector<std::string>& words) {
@@ -105,7 +105,7 @@ class YaxregOptions : public ChangeRig {
   }
 };
 
-TEST_F(YaxregOptions, TakeAnyValueBehindAnEqualsSign) {
+TEST_F(CommandLineOptions, TakeAnyValueBehindAnEqualsSign) {
   EXPECT_EQ("", TextOf({"--string="}));
   EXPECT_EQ("", TextOf({"--string=", "--json"}));
   EXPECT_EQ("", TextOf({"--json", "--string=", "--user=root"}));
@@ -115,14 +115,14 @@ TEST_F(YaxregOptions, TakeAnyValueBehindAnEqualsSign) {
   EXPECT_EQ("--", TextOf({"--string=--", "--json"}));
 }
 
-TEST_F(YaxregOptions, TakeTheNextWordWhateverItIs) {
+TEST_F(CommandLineOptions, TakeTheNextWordWhateverItIs) {
   EXPECT_EQ("", TextOf({"--string", "", "--json"}));
   EXPECT_EQ("--string=", TextOf({"--string", "--string="}));
   EXPECT_EQ("--json=x", TextOf({"--string", "--json=x"}));
   EXPECT_EQ("--", TextOf({"--string", "--", "--user=root"}));
 }
 
-TEST_F(YaxregOptions, TakeAValueInOneWordBehindOneLetter) {
+TEST_F(CommandLineOptions, TakeAValueInOneWordBehindOneLetter) {
   MakeKeys({"a", "a/b"});
   for (const std::vector<std::string>& words : std::vector<std::vector<std::string>>{
            {"-d", "1"}, {"-d1"}, {"-kd", "1"}, {"-kd1"}, {"--depth=1"}, {"--depth", "1"}}) {
@@ -136,14 +136,14 @@ TEST_F(YaxregOptions, TakeAValueInOneWordBehindOneLetter) {
             Yaxreg({"tree", file, "-kd", "--json=1"}).err.find("--depth takes a whole number"));
 }
 
-TEST_F(YaxregOptions, AreNoneBehindTwoDashes) {
+TEST_F(CommandLineOptions, AreNoneBehindTwoDashes) {
   ExpectDone("", {"mkkey", file, "--", "--json=x"});
   ExpectDone("", {"mkkey", "--user=root", file, "--", "--default=1"});
   EXPECT_EQ(std::vector<std::string>({"--default=1", "--json=x"}), Paths());
   EXPECT_FALSE(Key("--default=1").hasDefault);
 }
 
-TEST_F(YaxregOptions, ThatAreSwitchesTakeNoValue) {
+TEST_F(CommandLineOptions, ThatAreSwitchesTakeNoValue) {
   MakeKeys({"a"});
   for (const std::string option : {"--json", "--keys", "--help"}) {
     for (const std::string value : {"x", "true", "false", "1", "0", ""}) {
@@ -156,7 +156,7 @@ TEST_F(YaxregOptions, ThatAreSwitchesTakeNoValue) {
 }
 
 // A failure that nobody foresaw is one line, too.
-TEST_F(YaxregOptions, EndWithAnExceptionIfThereIsOne) {
+TEST_F(CommandLineOptions, EndWithAnExceptionIfThereIsOne) {
   class Thrower : public std::streambuf {
     int overflow(int) override { throw std::runtime_error("broken\n"); }
     std::streamsize xsputn(const char*, std::streamsize) override {

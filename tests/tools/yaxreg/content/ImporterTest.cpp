@@ -14,7 +14,7 @@ namespace yaxreg {
 
 namespace {
 
-class YaxregImporter : public ChangeRig {
+class ImporterTest : public ChangeRig {
  protected:
   // Changes a copy of the content by hand, and the file until it is the same. `strays`: keys that
   // are left beside the way.
@@ -54,7 +54,7 @@ class YaxregImporter : public ChangeRig {
   }
 };
 
-TEST_F(YaxregImporter, ChangesSingleFields) {
+TEST_F(ImporterTest, ChangesSingleFields) {
   MakeKeys({"net", "net/eth0"});
   ExpectChange([](Content* wanted) {
     ContentKey& key = At(wanted, "net");
@@ -68,7 +68,7 @@ TEST_F(YaxregImporter, ChangesSingleFields) {
 }
 
 // Rights are taken away from the administrator, too, as the owner; he can still do all of it.
-TEST_F(YaxregImporter, ChangesKeysWhoseRightsForbidIt) {
+TEST_F(ImporterTest, ChangesKeysWhoseRightsForbidIt) {
   MakeKeys({"net", "net/eth0"}, 1000);
   MakeValue("net/eth0", "mtu", 2, "abc");
   ExpectChange([](Content* wanted) {
@@ -86,7 +86,7 @@ TEST_F(YaxregImporter, ChangesKeysWhoseRightsForbidIt) {
   EXPECT_EQ(0, Decoded().keys[0].permission);
 }
 
-TEST_F(YaxregImporter, GivesAKeyAnotherOwnerAndKeepsWhatIsBelow) {
+TEST_F(ImporterTest, GivesAKeyAnotherOwnerAndKeepsWhatIsBelow) {
   MakeKeys({"net", "net/eth0", "net/eth0/deep", "other"}, 1000);
   MakeValue("net/eth0", "mtu", 2, "abc");
   MakeValue("net", "mtu", 2, "def");
@@ -98,7 +98,7 @@ TEST_F(YaxregImporter, GivesAKeyAnotherOwnerAndKeepsWhatIsBelow) {
   ExpectChange([](Content* wanted) { wanted->keys[0].owner = 8; });
 }
 
-TEST_F(YaxregImporter, TakesADefaultValueAway) {
+TEST_F(ImporterTest, TakesADefaultValueAway) {
   MakeKeys({"net", "net/eth0"});
   for (const bool isSet : {true, false}) {
     ExpectChange([&](Content* wanted) { At(wanted, "net").hasDefault = isSet; });
@@ -106,7 +106,7 @@ TEST_F(YaxregImporter, TakesADefaultValueAway) {
   }
 }
 
-TEST_F(YaxregImporter, MakesValuesThatTheLibraryHasNoOperationFor) {
+TEST_F(ImporterTest, MakesValuesThatTheLibraryHasNoOperationFor) {
   MakeKeys({"net"});
   ContentValue odd = NumberOf("odd", 0x1234);
   odd.size = 2;
@@ -123,7 +123,7 @@ TEST_F(YaxregImporter, MakesValuesThatTheLibraryHasNoOperationFor) {
 }
 
 // A value that is created anew loses its blocks for good.
-TEST_F(YaxregImporter, SetsValuesInPlace) {
+TEST_F(ImporterTest, SetsValuesInPlace) {
   MakeKeys({"net"});
   MakeValue("net", "v", 2, std::string(200, 'x'));
   MakeValue("net", "hidden", 2, "old");
@@ -138,7 +138,7 @@ TEST_F(YaxregImporter, SetsValuesInPlace) {
   EXPECT_EQ(before, BlocksInUse());
 }
 
-TEST_F(YaxregImporter, ReplacesHiddenValues) {
+TEST_F(ImporterTest, ReplacesHiddenValues) {
   MakeKeys({"net"});
   MakeValue("net", "v", 2, "one");
   MakeValue("net", "v", 2, "two");
@@ -152,13 +152,13 @@ TEST_F(YaxregImporter, ReplacesHiddenValues) {
   });
 }
 
-TEST_F(YaxregImporter, SetsAllBytesOfANumber) {
+TEST_F(ImporterTest, SetsAllBytesOfANumber) {
   MakeKeys({"net"});
   MakeValue("net", "n", 0, std::string(8, '\xFF'));
   ExpectChange([](Content* wanted) { At(wanted, "net").values[0].number = 0x0123456789ABCDEF; });
 }
 
-TEST_F(YaxregImporter, MakesExactlyTheKeysNextToSimilarOnes) {
+TEST_F(ImporterTest, MakesExactlyTheKeysNextToSimilarOnes) {
   MakeKeys({"display", "main", "abc"});
   ExpectChange(
       [](Content* wanted) {
@@ -169,7 +169,7 @@ TEST_F(YaxregImporter, MakesExactlyTheKeysNextToSimilarOnes) {
 }
 
 // One after the other they would take a backup each.
-TEST_F(YaxregImporter, MakesManyKeysAtOnce) {
+TEST_F(ImporterTest, MakesManyKeysAtOnce) {
   MakeKeys({"net"});
   ExpectChange([](Content* wanted) {
     for (unsigned int i = 0; i < 20; ++i) {
@@ -181,7 +181,7 @@ TEST_F(YaxregImporter, MakesManyKeysAtOnce) {
 }
 
 // What is new is made, and nothing that was there is written again.
-TEST_F(YaxregImporter, RewritesNothingForAFewNewKeys) {
+TEST_F(ImporterTest, RewritesNothingForAFewNewKeys) {
   MakeKeys({"net", "net/eth0", "other"});
   ExpectChange([](Content* wanted) {
     wanted->keys.push_back(KeyOf(2, "new", {NumberOf("n", 1)}));
@@ -192,7 +192,7 @@ TEST_F(YaxregImporter, RewritesNothingForAFewNewKeys) {
 
 // Each name has two values: numbers of 64 bits, texts, unset ones and those that are hidden change,
 // go and come, or stay as they are.
-TEST_F(YaxregImporter, ChangesManyValuesOfOneKey) {
+TEST_F(ImporterTest, ChangesManyValuesOfOneKey) {
   MakeKeys({"net", "net/eth0"});
   const auto fill = [](Content* wanted, unsigned long long first) {
     std::vector<ContentValue>& values = At(wanted, "net").values;
@@ -217,7 +217,7 @@ TEST_F(YaxregImporter, ChangesManyValuesOfOneKey) {
 }
 
 // 400 keys, each below the one before, with a number each.
-TEST_F(YaxregImporter, ChangesValuesAtEveryDepth) {
+TEST_F(ImporterTest, ChangesValuesAtEveryDepth) {
   ExpectChange([](Content* wanted) {
     for (unsigned int depth = 1; depth <= 400; ++depth) {
       wanted->keys.push_back(KeyOf(depth, "k", {NumberOf("n", depth)}));
@@ -232,7 +232,7 @@ TEST_F(YaxregImporter, ChangesValuesAtEveryDepth) {
 }
 
 // Of the key that does not fit in beside itself nothing is lost.
-TEST_F(YaxregImporter, TellsTheKeyThatHasNoRoomToBeRestored) {
+TEST_F(ImporterTest, TellsTheKeyThatHasNoRoomToBeRestored) {
   ExpectChange([](Content* wanted) {
     for (unsigned int i = 0; i < 5200; ++i) {
       wanted->keys.push_back(KeyOf(1, "k" + std::to_string(10000 + i)));
@@ -253,7 +253,7 @@ TEST_F(YaxregImporter, TellsTheKeyThatHasNoRoomToBeRestored) {
 }
 
 // 4,000 keys are there, 4,200 come: all of them do not fit beside those that are there.
-TEST_F(YaxregImporter, MakesManyKeysWhereThereIsNoRoomToReplaceAll) {
+TEST_F(ImporterTest, MakesManyKeysWhereThereIsNoRoomToReplaceAll) {
   std::vector<std::string> paths;
   for (unsigned int i = 0; i < 4000; ++i) paths.push_back("a" + std::to_string(10000 + i));
   MakeKeys(paths);

@@ -18,7 +18,7 @@ namespace yaxreg {
 
 namespace {
 
-class YaxregFileLock : public ChangeRig {
+class FileLockTest : public ChangeRig {
  protected:
   // Whether somebody else gets the lock of the file at once.
   static bool IsFree(const std::string& path) {
@@ -31,7 +31,7 @@ class YaxregFileLock : public ChangeRig {
   const std::string other = folder / "other.rce";
 };
 
-TEST_F(YaxregFileLock, IsHeldUntilTheEndOfTheScope) {
+TEST_F(FileLockTest, IsHeldUntilTheEndOfTheScope) {
   {
     FileLock lock;
     EXPECT_TRUE(IsFree(file));
@@ -44,7 +44,7 @@ TEST_F(YaxregFileLock, IsHeldUntilTheEndOfTheScope) {
   EXPECT_TRUE(IsFree(file));
 }
 
-TEST_F(YaxregFileLock, IsThatOfTheFileWhereALinkLeads) {
+TEST_F(FileLockTest, IsThatOfTheFileWhereALinkLeads) {
   ASSERT_EQ(0, symlink("device.rce", other.c_str()));
   FileLock lock;
   lock.Take(other);
@@ -52,7 +52,7 @@ TEST_F(YaxregFileLock, IsThatOfTheFileWhereALinkLeads) {
 }
 
 // As compact does while another call waits.
-TEST_F(YaxregFileLock, IsThatOfTheFileThatIsThereInTheEnd) {
+TEST_F(FileLockTest, IsThatOfTheFileThatIsThereInTheEnd) {
   PutFile(other, "new");
   int calls = 0;
   FileLock lock;
@@ -72,7 +72,7 @@ TEST_F(YaxregFileLock, IsThatOfTheFileThatIsThereInTheEnd) {
   EXPECT_FALSE(IsFree(file));
 }
 
-TEST_F(YaxregFileLock, TellsThatTheFileIsNotInItsPlaceAnyMore) {
+TEST_F(FileLockTest, TellsThatTheFileIsNotInItsPlaceAnyMore) {
   FileLock lock;
   EXPECT_TRUE(lock.IsInPlace());
   lock.Take(file);
@@ -84,7 +84,7 @@ TEST_F(YaxregFileLock, TellsThatTheFileIsNotInItsPlaceAnyMore) {
   EXPECT_TRUE(lock.IsInPlace());
 }
 
-TEST_F(YaxregFileLock, IsTakenOfRegularFilesThatCanBeOpenedOnly) {
+TEST_F(FileLockTest, IsTakenOfRegularFilesThatCanBeOpenedOnly) {
   ASSERT_EQ(0, mkfifo(other.c_str(), 0600));
   int calls = 0;
   const TakenOverCalls taken({[&](int) { return ++calls, 0; }, {}, {}});
@@ -96,7 +96,7 @@ TEST_F(YaxregFileLock, IsTakenOfRegularFilesThatCanBeOpenedOnly) {
   EXPECT_EQ(0, calls);
 }
 
-TEST_F(YaxregFileLock, IsTakenOfAFileThatMayOnlyBeRead) {
+TEST_F(FileLockTest, IsTakenOfAFileThatMayOnlyBeRead) {
   chmod((folder / ".").c_str(), 0755);
   chmod(file.c_str(), 0444);
   FileLock lock;
@@ -107,7 +107,7 @@ TEST_F(YaxregFileLock, IsTakenOfAFileThatMayOnlyBeRead) {
   EXPECT_FALSE(IsFree(file));
 }
 
-TEST_F(YaxregFileLock, IsTriedAgainWhenASignalHasComeAndNotMissedWhereThereAreNone) {
+TEST_F(FileLockTest, IsTriedAgainWhenASignalHasComeAndNotMissedWhereThereAreNone) {
   for (const int error : {EINTR, ENOLCK, EOPNOTSUPP}) {
     int calls = 0;
     const TakenOverCalls taken({[&](int) { return ++calls == 1 ? error : 0; }, {}, {}});
@@ -121,7 +121,7 @@ TEST_F(YaxregFileLock, IsTriedAgainWhenASignalHasComeAndNotMissedWhereThereAreNo
 // ---- what takes it
 
 // Another call makes its change while this one waits.
-TEST_F(YaxregFileLock, LetsAChangeBeMadeOfWhatTheOneBeforeHasLeft) {
+TEST_F(FileLockTest, LetsAChangeBeMadeOfWhatTheOneBeforeHasLeft) {
   MakeKeys({"net"});
   const std::vector<std::vector<std::string>> calls = {{"add", file, "net", "b", "--int", "2"},
                                                        {"set", file, "net", "a", "--int", "2"},
@@ -161,7 +161,7 @@ TEST_F(YaxregFileLock, LetsAChangeBeMadeOfWhatTheOneBeforeHasLeft) {
   }
 }
 
-TEST_F(YaxregFileLock, LetsAChangeBeMadeOfTheFileThatAnotherCallHasPutThere) {
+TEST_F(FileLockTest, LetsAChangeBeMadeOfTheFileThatAnotherCallHasPutThere) {
   MakeKeys({"net"});
   MakeValue("net", "gone", 2, "x");
   bool isFirst = true;
@@ -183,7 +183,7 @@ TEST_F(YaxregFileLock, LetsAChangeBeMadeOfTheFileThatAnotherCallHasPutThere) {
   EXPECT_EQ(1u, Value("net", "a").number);
 }
 
-TEST_F(YaxregFileLock, IsNotTakenByWhatOnlyLooks) {
+TEST_F(FileLockTest, IsNotTakenByWhatOnlyLooks) {
   MakeKeys({"net"});
   MakeValue("net", "a", 2, "x");
   int calls = 0;
@@ -208,7 +208,7 @@ TEST_F(YaxregFileLock, IsNotTakenByWhatOnlyLooks) {
   EXPECT_EQ(0, calls);
 }
 
-TEST_F(YaxregFileLock, KeepsEveryChangeOfCallsAtTheSameTime) {
+TEST_F(FileLockTest, KeepsEveryChangeOfCallsAtTheSameTime) {
   constexpr int kCalls = 40;
   MakeKeys({"net"});
   std::vector<pid_t> children;

@@ -17,7 +17,7 @@ namespace yaxreg {
 
 namespace {
 
-class YaxregHeldSignals : public ChangeRig {
+class HeldSignalsTest : public ChangeRig {
  protected:
   // The signal that ends a process which does this work; 0 when it comes to its end.
   template <class Work>
@@ -35,7 +35,7 @@ class YaxregHeldSignals : public ChangeRig {
   const std::string mark = folder / "mark";
 };
 
-TEST_F(YaxregHeldSignals, WaitUntilTheEndOfTheScope) {
+TEST_F(HeldSignalsTest, WaitUntilTheEndOfTheScope) {
   for (const int one : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) {
     unlink(mark.c_str());
     EXPECT_EQ(one, SignalThatEnds([&] {
@@ -47,7 +47,7 @@ TEST_F(YaxregHeldSignals, WaitUntilTheEndOfTheScope) {
   }
 }
 
-TEST_F(YaxregHeldSignals, WaitUntilTheEndOfTheLastScope) {
+TEST_F(HeldSignalsTest, WaitUntilTheEndOfTheLastScope) {
   EXPECT_EQ(SIGTERM, SignalThatEnds([&] {
               auto first = std::make_unique<HeldSignals>();
               auto second = std::make_unique<HeldSignals>();
@@ -60,7 +60,7 @@ TEST_F(YaxregHeldSignals, WaitUntilTheEndOfTheLastScope) {
   EXPECT_EQ("alive", GetFile(mark));
 }
 
-TEST_F(YaxregHeldSignals, AreNotHeldBeforeAndAfterwards) {
+TEST_F(HeldSignalsTest, AreNotHeldBeforeAndAfterwards) {
   EXPECT_EQ(SIGINT, SignalThatEnds([&] {
               { const HeldSignals held; }
               raise(SIGINT);
@@ -77,7 +77,7 @@ TEST_F(YaxregHeldSignals, AreNotHeldBeforeAndAfterwards) {
 
 // ---- where they are held
 
-TEST_F(YaxregHeldSignals, LeaveNoTemporaryFile) {
+TEST_F(HeldSignalsTest, LeaveNoTemporaryFile) {
   EXPECT_EQ(SIGINT, SignalThatEnds([&] {
               const TakenOverCalls taken({{}, [] { return raise(SIGINT); }, {}});
               WriteNewFile(mark, "new");
@@ -86,7 +86,7 @@ TEST_F(YaxregHeldSignals, LeaveNoTemporaryFile) {
   EXPECT_EQ(2u, FilesInFolder());
 }
 
-TEST_F(YaxregHeldSignals, LeaveNoTemporaryFolder) {
+TEST_F(HeldSignalsTest, LeaveNoTemporaryFolder) {
   EXPECT_EQ(SIGHUP, SignalThatEnds([&] {
               const TemporaryFolder made(file);
               PutFile(made.FileIn("x"), "x");
@@ -96,7 +96,7 @@ TEST_F(YaxregHeldSignals, LeaveNoTemporaryFolder) {
 }
 
 // The signal comes at the first moment at which the file is to change.
-TEST_F(YaxregHeldSignals, LeaveNoChangeHalfMade) {
+TEST_F(HeldSignalsTest, LeaveNoChangeHalfMade) {
   EXPECT_EQ(SIGTERM, SignalThatEnds([&] {
               std::istringstream in;
               std::ostringstream out;
@@ -113,7 +113,7 @@ TEST_F(YaxregHeldSignals, LeaveNoChangeHalfMade) {
 }
 
 // Who waits for another call can be stopped.
-TEST_F(YaxregHeldSignals, AreNotHeldWhileACallWaits) {
+TEST_F(HeldSignalsTest, AreNotHeldWhileACallWaits) {
   const std::string before = GetFile(file);
   for (const std::vector<std::string>& call :
        std::vector<std::vector<std::string>>{{"mkkey", file, "net"}, {"compact", file}}) {

@@ -341,7 +341,7 @@ const DamageCase kData[] = {
 INSTANTIATE_TEST_SUITE_P(Data, RegistryImageTree, ::testing::ValuesIn(kData), DamageName);
 
 // Two broken links: nobody knows which of the two lost subtrees belongs where.
-TEST(RegistryImageOrphans, AreBelowLostAndFound) {
+TEST(RegistryImageTree, OrphansAreBelowLostAndFound) {
   HandMadeFile file = SmallTree();
   file.PutWord(S(2) + 8, 0x16D00);   // "nfs"
   file.PutWord(S(3) + 16, 0x16D00);  // "net/eth"
@@ -363,7 +363,7 @@ TEST(RegistryImageOrphans, AreBelowLostAndFound) {
 }
 
 // The library leaves such when a key is deleted while it is open. They are content when asked for.
-TEST(RegistryImageOrphans, OfASoundTreeAreLeftOutUnlessAskedFor) {
+TEST(RegistryImageTree, OrphansOfASoundTreeAreLeftOutUnlessAskedFor) {
   HandMadeFile file = SmallTree();
   file.PutWord(S(3) + 16, 0);
   const yaxreg::RegistryImage image(file.bytes);

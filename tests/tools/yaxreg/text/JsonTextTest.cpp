@@ -10,28 +10,28 @@ namespace yaxreg {
 
 namespace {
 
-TEST(YaxregJsonText, WritesNoControlCharacterAsItIs) {
+TEST(JsonText, WritesNoControlCharacterAsItIs) {
   const std::string text = "\x01\x1F \x7E\x7F\xC2\x80\xC2\x9F\xC2\xA0\xC3\x80\xE0\xA2\x85";
   EXPECT_EQ("\"\\u0001\\u001f \x7E\\u007f\\u0080\\u009f\xC2\xA0\xC3\x80\xE0\xA2\x85\"",
             JsonDump(JsonText(text)));
   EXPECT_EQ(text, nlohmann::json::parse(JsonDump(JsonText(text))));
 }
 
-TEST(YaxregJsonText, IndentsADocument) {
+TEST(JsonText, IndentsADocument) {
   const nlohmann::ordered_json document = {{"b", "\x7F"}, {"a", JsonText("\xFF")}};
   EXPECT_EQ("{\"b\":\"\\u007f\",\"a\":{\"hex\":\"ff\"}}", JsonDump(document));
   EXPECT_EQ("{\n  \"b\": \"\\u007f\",\n  \"a\": {\n    \"hex\": \"ff\"\n  }\n}",
             JsonDump(document, 2));
 }
 
-TEST(YaxregJsonText, EscapesWhatJsonRequiresAndControlCharactersOnly) {
+TEST(JsonText, EscapesWhatJsonRequiresAndControlCharactersOnly) {
   EXPECT_EQ("\"a\\\"b\\\\c\\n\\u0001/\\u007f\xC3\xA4\"", TextJson("a\"b\\c\n\x01/\x7F\xC3\xA4"));
 }
 
-class YaxregJsonOutput : public ChangeRig {};
+class JsonTextOfVerbs : public ChangeRig {};
 
 // A terminal takes U+009B for the beginning of a command.
-TEST_F(YaxregJsonOutput, BringsNoControlCharacterToATerminal) {
+TEST_F(JsonTextOfVerbs, BringsNoControlCharacterToATerminal) {
   const std::string name = "\xC2\x9B\x7F";
   MakeKeys({name});
   MakeValue(name.c_str(), name.c_str(), 1, name + '\0');
@@ -54,7 +54,7 @@ TEST_F(YaxregJsonOutput, BringsNoControlCharacterToATerminal) {
   }
 }
 
-TEST_F(YaxregJsonOutput, IsReadWithAndWithoutEscapes) {
+TEST_F(JsonTextOfVerbs, IsReadWithAndWithoutEscapes) {
   for (const std::string name : {"\xC2\x9B\x7F", "\\u009b\\u007f", "\\u009B\\u007F"}) {
     ASSERT_EQ(0, Yaxreg({"import", file},
                         "{\"format\":\"yax-registry\",\"version\":1,\"keys\":["

@@ -4,20 +4,17 @@
 
 namespace {
 
-class AttributeRig : public ChangeRig {
+class AttributeVerbs : public ChangeRig {
  protected:
   void SetUp() override {
     ChangeRig::SetUp();
     MakeKeys({"net"}, 7);
   }
 };
-class YaxregDefault : public AttributeRig {};
-class YaxregRights : public AttributeRig {};
-class YaxregWatch : public AttributeRig {};
 
 // ---- default
 
-TEST_F(YaxregDefault, IsSetAndPrintedWithAllItsBits) {
+TEST_F(AttributeVerbs, DefaultIsSetAndPrintedWithAllItsBits) {
   ExpectFailure(1, ": net: no default value is set (status 53)\n", {"default", file, "net"});
   ExpectDone("", {"default", file, "/net/", "0xFFFFFFFFFFFFFFFE"});
   EXPECT_EQ(0xFFFFFFFFFFFFFFFEu, Key("net").defaultValue);
@@ -32,12 +29,12 @@ TEST_F(YaxregDefault, IsSetAndPrintedWithAllItsBits) {
   ExpectDone("0\n", {"default", file, "net"});
 }
 
-TEST_F(YaxregDefault, TellsProgramsWhetherItChanged) {
+TEST_F(AttributeVerbs, DefaultTellsProgramsWhetherItChanged) {
   ExpectDone("{\"changed\":true,\"path\":\"net\"}\n", {"default", file, "net", "0", "--json"});
   ExpectDone("{\"changed\":false,\"path\":\"net\"}\n", {"default", file, "net", "0", "--json"});
 }
 
-TEST_F(YaxregDefault, NeedsTheKeyAndTheRights) {
+TEST_F(AttributeVerbs, DefaultNeedsTheKeyAndTheRights) {
   ASSERT_EQ(0, Yaxreg({"default", file, "net", "5"}).code);
   ExpectFailure(1, "there is no such key (status 2)\n", {"default", file, "ne"});
   ExpectFailure(1, "there is no such key (status 2)\n", {"default", file, "ne", "1"});
@@ -50,7 +47,7 @@ TEST_F(YaxregDefault, NeedsTheKeyAndTheRights) {
   EXPECT_EQ(6u, Key("net").defaultValue);
 }
 
-TEST_F(YaxregDefault, RefusesWrongArguments) {
+TEST_F(AttributeVerbs, DefaultRefusesWrongArguments) {
   for (const char* const number : {"", "x", "1.5", "18446744073709551616"}) {
     ExpectFailure(2, "is no whole number of 64 bits\n", {"default", file, "net", number});
   }
@@ -58,7 +55,7 @@ TEST_F(YaxregDefault, RefusesWrongArguments) {
                 {"default", file, "net", "--user", "u", "--uid", "1"});
 }
 
-TEST_F(YaxregDefault, NeedsARegistryThatMayBeWrittenForAChange) {
+TEST_F(AttributeVerbs, DefaultNeedsARegistryThatMayBeWrittenForAChange) {
   ExpectNoRegistryFails("default", {"net"});
   ExpectNoRegistryFails("default", {"net", "1"});
   ExpectReadOnlyFails({"default", file, "net", "1"});
@@ -66,7 +63,7 @@ TEST_F(YaxregDefault, NeedsARegistryThatMayBeWrittenForAChange) {
 
 // ---- rights
 
-TEST_F(YaxregRights, ArePrintedWithTheOwner) {
+TEST_F(AttributeVerbs, RightsArePrintedWithTheOwner) {
   ExpectDone("owner 7, rights rwcd:---- (15)\n", {"rights", file, "net"});
   ExpectDone("owner administrator (65535), rights rwcd:r-c- (95)\n", {"rights", file, "/"});
   ExpectDone("{\"path\":\"net\",\"owner\":7,\"rights\":15,\"letters\":\"rwcd:----\"}\n",
@@ -74,7 +71,7 @@ TEST_F(YaxregRights, ArePrintedWithTheOwner) {
   ExpectDone("owner 7, rights rwcd:---- (15)\n", {"rights", file, "net", "--uid", "8"});
 }
 
-TEST_F(YaxregRights, AreSetAsLettersOrAsTheByte) {
+TEST_F(AttributeVerbs, RightsAreSetAsLettersOrAsTheByte) {
   ExpectDone("", {"rights", file, "net", "rwcd:r"});
   EXPECT_EQ(0x1F, Key("net").permission);
   ExpectDone("", {"rights", file, "net", "0x5A"});
@@ -87,7 +84,7 @@ TEST_F(YaxregRights, AreSetAsLettersOrAsTheByte) {
   EXPECT_EQ(0x1F, Key("").permission);
 }
 
-TEST_F(YaxregRights, AreTheOwnersToSet) {
+TEST_F(AttributeVerbs, RightsAreTheOwnersToSet) {
   ASSERT_EQ(0, Yaxreg({"rights", file, "net", "rwcd:rwcd"}).code);
   ExpectFailure(1, ": net: user 8 has no right to do this (status 1)\n",
                 {"rights", file, "net", "rwcd:r", "--uid", "8"});
@@ -95,14 +92,14 @@ TEST_F(YaxregRights, AreTheOwnersToSet) {
   ExpectFailure(1, "there is no such key (status 2)\n", {"rights", file, "nett"});
 }
 
-TEST_F(YaxregRights, RefuseWrongArguments) {
+TEST_F(AttributeVerbs, RightsRefuseWrongArguments) {
   for (const char* const rights : {"", "rwcd", "x:r", "256", "r:r:r"}) {
     ExpectFailure(2, "are no rights such as rwcd:r or 0x1F\n", {"rights", file, "net", rights});
   }
   ExpectFailure(2, "is no user id", {"rights", file, "net", "--uid", "u"});
 }
 
-TEST_F(YaxregRights, NeedARegistryThatMayBeWrittenForAChange) {
+TEST_F(AttributeVerbs, RightsNeedARegistryThatMayBeWrittenForAChange) {
   ExpectNoRegistryFails("rights", {"net"});
   ExpectNoRegistryFails("rights", {"net", "r:r"});
   ExpectReadOnlyFails({"rights", file, "net", "r:r"});
@@ -110,7 +107,7 @@ TEST_F(YaxregRights, NeedARegistryThatMayBeWrittenForAChange) {
 
 // ---- watch
 
-TEST_F(YaxregWatch, BitsAreSetAndPrinted) {
+TEST_F(AttributeVerbs, WatchBitsAreSetAndPrinted) {
   ExpectDone("0\n", {"watch", file, "net"});
   ExpectDone("", {"watch", file, "net", "0x3F"});
   EXPECT_EQ(63, Key("net").watch);
@@ -122,7 +119,7 @@ TEST_F(YaxregWatch, BitsAreSetAndPrinted) {
   EXPECT_EQ(0x0F, Key("net").permission);
 }
 
-TEST_F(YaxregWatch, NeedsTheKeyAndTheRightToRead) {
+TEST_F(AttributeVerbs, WatchNeedsTheKeyAndTheRightToRead) {
   ExpectFailure(1, "there is no such key (status 2)\n", {"watch", file, "n"});
   ExpectFailure(1, "there is no such key (status 2)\n", {"watch", file, "n", "1"});
   ExpectFailure(1, "user 8 has no right to do this (status 1)\n",
@@ -135,13 +132,13 @@ TEST_F(YaxregWatch, NeedsTheKeyAndTheRightToRead) {
   EXPECT_EQ(1, Key("net").watch);
 }
 
-TEST_F(YaxregWatch, RefusesWrongArguments) {
+TEST_F(AttributeVerbs, WatchRefusesWrongArguments) {
   for (const char* const bits : {"", "64", "-1", "x"}) {
     ExpectFailure(2, "is no number from 0 to 63\n", {"watch", file, "net", bits});
   }
 }
 
-TEST_F(YaxregWatch, NeedsARegistryThatMayBeWrittenForAChange) {
+TEST_F(AttributeVerbs, WatchNeedsARegistryThatMayBeWrittenForAChange) {
   ExpectNoRegistryFails("watch", {"net"});
   ExpectNoRegistryFails("watch", {"net", "1"});
   ExpectReadOnlyFails({"watch", file, "net", "1"});

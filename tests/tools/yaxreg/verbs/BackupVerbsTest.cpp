@@ -9,7 +9,7 @@ namespace status = tamu::registry::status;
 
 namespace {
 
-class BackupRig : public ChangeRig {
+class BackupVerbs : public ChangeRig {
  protected:
   void SetUp() override {
     ChangeRig::SetUp();
@@ -19,11 +19,10 @@ class BackupRig : public ChangeRig {
 
   const std::string backup = folder / "net.bak";
 };
-class YaxregBackup : public BackupRig {};
-class YaxregRestore : public BackupRig {
+class BackupVerbsRestore : public BackupVerbs {
  protected:
   void SetUp() override {
-    BackupRig::SetUp();
+    BackupVerbs::SetUp();
     ASSERT_EQ(0, Yaxreg({"backup", file, "net", backup}).code);
   }
 };
@@ -31,7 +30,7 @@ class YaxregRestore : public BackupRig {
 // ---- backup
 
 // A header byte, a string node, its key with the value's record and data, and the key itself.
-TEST_F(YaxregBackup, WritesTheKeyAndAllBelowIt) {
+TEST_F(BackupVerbs, BackupWritesTheKeyAndAllBelowIt) {
   const std::string before = GetFile(file);
   ExpectDone("", {"backup", file, "/net/", backup});
   const std::string bytes = GetFile(backup);
@@ -42,12 +41,12 @@ TEST_F(YaxregBackup, WritesTheKeyAndAllBelowIt) {
   EXPECT_EQ(2u, FilesInFolder());
 }
 
-TEST_F(YaxregBackup, TellsProgramsWhatItDid) {
+TEST_F(BackupVerbs, BackupTellsProgramsWhatItDid) {
   ExpectDone("{\"changed\":true,\"path\":\"\"}\n", {"backup", file, "", backup, "--json"});
   EXPECT_EQ(1u + 2 * 40 + 24 + 24 + 52 + 3 + 24, GetFile(backup).size());
 }
 
-TEST_F(YaxregBackup, ReplacesAFileOnlyByForce) {
+TEST_F(BackupVerbs, BackupReplacesAFileOnlyByForce) {
   PutFile(backup, "mine");
   ExpectFailure(1,
                 "yaxreg: " + backup + ": there is a file already; --force replaces it (status 17)",
@@ -60,7 +59,7 @@ TEST_F(YaxregBackup, ReplacesAFileOnlyByForce) {
   EXPECT_EQ(3u, FilesInFolder());
 }
 
-TEST_F(YaxregBackup, WritesAFileOfTheLongestName) {
+TEST_F(BackupVerbs, BackupWritesAFileOfTheLongestName) {
   const std::string longest = folder / std::string(255, 'b').c_str();
   ExpectDone("", {"backup", file, "net", longest});
   ExpectDone("", {"backup", "-f", file, "net", longest});
@@ -68,14 +67,14 @@ TEST_F(YaxregBackup, WritesAFileOfTheLongestName) {
   EXPECT_EQ(2u, FilesInFolder());
 }
 
-TEST_F(YaxregBackup, KeepsTheOldBackupWhenItFails) {
+TEST_F(BackupVerbs, BackupKeepsTheOldBackupWhenItFails) {
   PutFile(backup, "mine");
   ExpectFailure(1, "(status 2)", {"backup", "-f", file, "none", backup});
   EXPECT_EQ("mine", GetFile(backup));
   EXPECT_EQ(2u, FilesInFolder());
 }
 
-TEST_F(YaxregBackup, IsNeverWrittenOntoTheRegistry) {
+TEST_F(BackupVerbs, BackupIsNeverWrittenOntoTheRegistry) {
   const std::string other = folder / "other.rce";
   ASSERT_EQ(0, link(file.c_str(), other.c_str()));
   const std::string symbolic = folder / "symbolic.rce";
@@ -86,7 +85,7 @@ TEST_F(YaxregBackup, IsNeverWrittenOntoTheRegistry) {
   }
 }
 
-TEST_F(YaxregBackup, NeedsTheKeyTheRightAndAPlace) {
+TEST_F(BackupVerbs, BackupNeedsTheKeyTheRightAndAPlace) {
   ExpectFailure(1, "there is no such key (status 2)\n", {"backup", file, "ne", backup});
   ExpectFailure(1, "user 8 has no right to do this (status 1)\n",
                 {"backup", file, "net", backup, "--uid", "8"});
@@ -98,7 +97,7 @@ TEST_F(YaxregBackup, NeedsTheKeyTheRightAndAPlace) {
   ExpectDone("", {"backup", file, "net", backup, "--uid", "7"});
 }
 
-TEST_F(YaxregBackup, NeedsARegistryAndOnlyReadsIt) {
+TEST_F(BackupVerbs, BackupNeedsARegistryAndOnlyReadsIt) {
   ExpectNoRegistryFails("backup", {"net", backup});
   EXPECT_FALSE(std::filesystem::exists(backup));
   chmod(file.c_str(), 0444);
@@ -111,7 +110,7 @@ TEST_F(YaxregBackup, NeedsARegistryAndOnlyReadsIt) {
 }
 
 // The type of the value's record becomes one that there is not.
-TEST_F(YaxregBackup, WarnsThatTheFileIsDamaged) {
+TEST_F(BackupVerbs, BackupWarnsThatTheFileIsDamaged) {
   MakeKeys({"log"});
   std::string bytes = GetFile(file);
   bytes[33600 + 11] = '\x5F';
@@ -124,7 +123,7 @@ TEST_F(YaxregBackup, WarnsThatTheFileIsDamaged) {
 
 // ---- restore
 
-TEST_F(YaxregRestore, ReplacesTheKeyByTheBackup) {
+TEST_F(BackupVerbsRestore, ReplacesTheKeyByTheBackup) {
   MakeKeys({"other", "other/x"});
   MakeValue("net/eth0", "more", 2, "x");
   ExpectDone("", {"restore", file, "net", backup});
@@ -136,7 +135,7 @@ TEST_F(YaxregRestore, ReplacesTheKeyByTheBackup) {
   EXPECT_EQ(7u, Key("other").owner);
 }
 
-TEST_F(YaxregRestore, TakesABackupThatMayOnlyBeRead) {
+TEST_F(BackupVerbsRestore, TakesABackupThatMayOnlyBeRead) {
   chmod(backup.c_str(), 0444);
   chmod(file.c_str(), 0666);
   chmod((folder / ".").c_str(), 0755);
@@ -168,7 +167,7 @@ class TemporaryFilesIn {
   std::string before_;
 };
 
-TEST_F(YaxregRestore, WorksWithoutAFolderForTemporaryFiles) {
+TEST_F(BackupVerbsRestore, WorksWithoutAFolderForTemporaryFiles) {
   for (const std::string& path : {folder / "none", file}) {
     const TemporaryFilesIn environment(path);
     ExpectDone("", {"restore", file, "net", backup});
@@ -185,7 +184,7 @@ TEST_F(YaxregRestore, WorksWithoutAFolderForTemporaryFiles) {
   EXPECT_EQ(3u, FilesInFolder());
 }
 
-TEST_F(YaxregRestore, NeedsAFolderForTemporaryFiles) {
+TEST_F(BackupVerbsRestore, NeedsAFolderForTemporaryFiles) {
   chmod((folder / ".").c_str(), 0755);
   chmod(file.c_str(), 0666);
   const TemporaryFilesIn environment(folder / "none");
@@ -194,7 +193,7 @@ TEST_F(YaxregRestore, NeedsAFolderForTemporaryFiles) {
                 {"restore", file, "net", backup});
 }
 
-TEST_F(YaxregRestore, RefusesWhatIsNoBackup) {
+TEST_F(BackupVerbsRestore, RefusesWhatIsNoBackup) {
   const std::string good = GetFile(backup);
   for (size_t size = 0; size < good.size(); ++size) {
     PutFile(backup, good.substr(0, size));
@@ -211,14 +210,14 @@ TEST_F(YaxregRestore, RefusesWhatIsNoBackup) {
   ExpectFailure(3, "is no ", {"restore", file, "net", file});
 }
 
-TEST_F(YaxregRestore, NeedsTheBackup) {
+TEST_F(BackupVerbsRestore, NeedsTheBackup) {
   ExpectFailure(4, "yaxreg: " + (folder / "none") + ": cannot be opened: No such file",
                 {"restore", file, "net", folder / "none"});
   ExpectFailure(4, "Is a directory", {"restore", file, "net", folder / "."});
   ExpectFailure(4, "is no regular file", {"restore", file, "net", "/dev/null"});
 }
 
-TEST_F(YaxregRestore, NeedsTheKeyAndTheRight) {
+TEST_F(BackupVerbsRestore, NeedsTheKeyAndTheRight) {
   ExpectFailure(1, "there is no such key (status 2)\n", {"restore", file, "ne", backup});
   ExpectFailure(1, ": net: user 8 has no right to do this (status 1)\n",
                 {"restore", file, "net", backup, "--uid", "8"});
@@ -228,7 +227,7 @@ TEST_F(YaxregRestore, NeedsTheKeyAndTheRight) {
 }
 
 // 200 keys in a key; the registry takes them some fifty times.
-TEST_F(YaxregRestore, SaysThatThereIsNoRoom) {
+TEST_F(BackupVerbsRestore, SaysThatThereIsNoRoom) {
   std::vector<std::string> keys;
   for (int i = 100; i < 300; ++i) keys.push_back("net/" + std::to_string(i));
   MakeKeys(keys, 7);
@@ -249,7 +248,7 @@ TEST_F(YaxregRestore, SaysThatThereIsNoRoom) {
                 {"restore", file, "net", backup});
 }
 
-TEST_F(YaxregRestore, ChangesRegistriesThatMayBeWrittenOnly) {
+TEST_F(BackupVerbsRestore, ChangesRegistriesThatMayBeWrittenOnly) {
   ExpectNoRegistryFails("restore", {"net", backup});
   ExpectReadOnlyFails({"restore", file, "net", backup});
 }

@@ -18,7 +18,7 @@ std::string Document(const std::string& keys) {
   return "{\"format\":\"yax-registry\",\"version\":1,\"keys\":[" + keys + "]}";
 }
 
-class YaxregImport : public ChangeRig {
+class ImportVerb : public ChangeRig {
  protected:
   // Imports what changes something, and tells so: "1 key and 2 values".
   void ExpectChange(const std::string& document, const std::string& changed,
@@ -97,7 +97,7 @@ class YaxregImport : public ChangeRig {
 
 // ---- what is imported
 
-TEST_F(YaxregImport, TakesOverWhatExportWroteByteForByte) {
+TEST_F(ImportVerb, TakesOverWhatExportWroteByteForByte) {
   FillRichly();
   const std::string document = Export();
   EXPECT_NE(std::string::npos, document.find("\"17375506680932366216\"")) << document;
@@ -110,7 +110,7 @@ TEST_F(YaxregImport, TakesOverWhatExportWroteByteForByte) {
   EXPECT_EQ(2u, FilesInFolder());
 }
 
-TEST_F(YaxregImport, ChangesNothingTheSecondTime) {
+TEST_F(ImportVerb, ChangesNothingTheSecondTime) {
   FillRichly();
   const std::string document = Export();
   const std::string before = GetFile(file);
@@ -122,7 +122,7 @@ TEST_F(YaxregImport, ChangesNothingTheSecondTime) {
 }
 
 // A key counts once, whatever of it changes, and the values of a name do.
-TEST_F(YaxregImport, CountsWhatItChanges) {
+TEST_F(ImportVerb, CountsWhatItChanges) {
   const std::string document = Document(
       "{\"path\":\"\",\"values\":[{\"name\":\"v\",\"number\":1},{\"name\":\"v\",\"number\":2}]},"
       "{\"path\":\"k\",\"values\":[{\"name\":\"w\",\"number\":1}]}");
@@ -137,7 +137,7 @@ TEST_F(YaxregImport, CountsWhatItChanges) {
                "2 keys and 0 values");
 }
 
-TEST_F(YaxregImport, PutsADocumentBelowAKeyThatIsThereAndOneThatIsNot) {
+TEST_F(ImportVerb, PutsADocumentBelowAKeyThatIsThereAndOneThatIsNot) {
   FillRichly();
   const std::string document = Export("net");
   ExpectChange(document, "3 keys and 6 values", {"app"});
@@ -150,7 +150,7 @@ TEST_F(YaxregImport, PutsADocumentBelowAKeyThatIsThereAndOneThatIsNot) {
   EXPECT_EQ(65535u, Key("new").owner);
 }
 
-TEST_F(YaxregImport, LeavesWhatTheDocumentDoesNotTellOf) {
+TEST_F(ImportVerb, LeavesWhatTheDocumentDoesNotTellOf) {
   FillRichly();
   const std::string before = Export();
   ExpectChange(Document("{\"path\":\"net/eth0\",\"values\":[{\"name\":\"mtu\",\"number\":1500}]}"),
@@ -161,7 +161,7 @@ TEST_F(YaxregImport, LeavesWhatTheDocumentDoesNotTellOf) {
   EXPECT_EQ(expected, Export());
 }
 
-TEST_F(YaxregImport, WritesIntoAMissingFileANewRegistry) {
+TEST_F(ImportVerb, WritesIntoAMissingFileANewRegistry) {
   const std::string missing = folder / "missing.rce";
   const Answer answer = Yaxreg({"import", missing}, Document("{\"path\":\"k\"}"));
   EXPECT_EQ(0, answer.code) << answer.err;
@@ -171,7 +171,7 @@ TEST_F(YaxregImport, WritesIntoAMissingFileANewRegistry) {
 }
 
 // Creating "disk" next to "display" makes "disp" on the way, and "max" next to "main" makes "mai".
-TEST_F(YaxregImport, LeavesNoStrayKeysNextToSimilarNames) {
+TEST_F(ImportVerb, LeavesNoStrayKeysNextToSimilarNames) {
   MakeKeys({"display", "main"});
   ExpectChange(Document("{\"path\":\"disk/a\"},{\"path\":\"max\"}"), "3 keys and 0 values");
   const std::vector<std::string> expected = {"disk", "disk/a", "display", "main", "max"};
@@ -179,7 +179,7 @@ TEST_F(YaxregImport, LeavesNoStrayKeysNextToSimilarNames) {
 }
 
 // The library makes no such value, but restores it.
-TEST_F(YaxregImport, TakesOverValuesWithAnEmptyName) {
+TEST_F(ImportVerb, TakesOverValuesWithAnEmptyName) {
   MakeKeys({"net"});
   yaxreg::Content content = yaxreg::RegistryImage(GetFile(file)).content();
   content.keys[1].values = {TextOf("", "new"), NumberOf("", 7), NumberOf("mtu", 1500)};
@@ -200,7 +200,7 @@ TEST_F(YaxregImport, TakesOverValuesWithAnEmptyName) {
   EXPECT_EQ(2u, Key("net").values.size());
 }
 
-TEST_F(YaxregImport, GivesKeysToUsersByTheirNames) {
+TEST_F(ImportVerb, GivesKeysToUsersByTheirNames) {
   MakeKeys({"net"});
   ExpectChange(Document("{\"path\":\"net\",\"owner\":\"installer\"}"), "1 key and 0 values");
   EXPECT_EQ(3884477203u, Key("net").owner);
@@ -208,7 +208,7 @@ TEST_F(YaxregImport, GivesKeysToUsersByTheirNames) {
 }
 
 // Each waits for the one before, and takes over what that has left.
-TEST_F(YaxregImport, WaitsForOtherImportsIntoTheSameFile) {
+TEST_F(ImportVerb, WaitsForOtherImportsIntoTheSameFile) {
   MakeKeys({"net"});
   std::vector<pid_t> children;
   for (int child = 0; child < 4; ++child) {
@@ -238,7 +238,7 @@ TEST_F(YaxregImport, WaitsForOtherImportsIntoTheSameFile) {
 
 // ---- dry runs
 
-TEST_F(YaxregImport, ShowsWithDryRunWhatDiffShowsAfterwards) {
+TEST_F(ImportVerb, ShowsWithDryRunWhatDiffShowsAfterwards) {
   FillRichly();
   const std::string document = Document(
       "{\"path\":\"app\",\"owner\":5,\"default\":null,\"values\":["
@@ -262,7 +262,7 @@ TEST_F(YaxregImport, ShowsWithDryRunWhatDiffShowsAfterwards) {
   EXPECT_NE(std::string::npos, plain.out.find("- app/ (owner 1000)\n")) << plain.out;
 }
 
-TEST_F(YaxregImport, TellsWithDryRunWhatIsRewritten) {
+TEST_F(ImportVerb, TellsWithDryRunWhatIsRewritten) {
   MakeKeys({"net", "net/eth0", "net/eth0/deep", "app", "app/x", "own", "own/one"});
   const std::string document = Document(
       "{\"path\":\"net\",\"owner\":5},{\"path\":\"net/eth1\"},{\"path\":\"own\",\"owner\":6},"
@@ -285,7 +285,7 @@ TEST_F(YaxregImport, TellsWithDryRunWhatIsRewritten) {
 }
 
 // A folder that nobody may write into.
-TEST_F(YaxregImport, NeedsToWriteNothingWithDryRun) {
+TEST_F(ImportVerb, NeedsToWriteNothingWithDryRun) {
   chmod((folder / ".").c_str(), 0555);
   {
     const OrdinaryUser user;
@@ -298,7 +298,7 @@ TEST_F(YaxregImport, NeedsToWriteNothingWithDryRun) {
   chmod((folder / ".").c_str(), 0755);
 }
 
-TEST_F(YaxregImport, MakesNoFileWithDryRun) {
+TEST_F(ImportVerb, MakesNoFileWithDryRun) {
   const std::string missing = folder / "missing.rce";
   const std::string document = Document("{\"path\":\"k\",\"watch\":2}");
   const Answer answer = Yaxreg({"import", "-n", missing}, document);
@@ -311,7 +311,7 @@ TEST_F(YaxregImport, MakesNoFileWithDryRun) {
 
 // ---- what is refused
 
-TEST_F(YaxregImport, ChecksTheWholeDocumentBeforeTheFirstChange) {
+TEST_F(ImportVerb, ChecksTheWholeDocumentBeforeTheFirstChange) {
   const std::string good = "{\"path\":\"good\",\"values\":[{\"name\":\"v\",\"number\":1}]},";
   for (const char* bad :
        {"{\"path\":\"x\",\"owner\":4294967296}", "{\"path\":\"x\",\"rights\":256}",
@@ -329,19 +329,19 @@ TEST_F(YaxregImport, ChecksTheWholeDocumentBeforeTheFirstChange) {
   ExpectRefused(2, "{\"format\":\"other\",\"version\":1,\"keys\":[]}", "yaxreg: standard input: ");
 }
 
-TEST_F(YaxregImport, MakesNoFileForABadDocument) {
+TEST_F(ImportVerb, MakesNoFileForABadDocument) {
   const std::string missing = folder / "missing.rce";
   EXPECT_EQ(2, Yaxreg({"import", missing}, "{").code);
   EXPECT_EQ(1u, FilesInFolder());
 }
 
-TEST_F(YaxregImport, RefusesAPathWithAnEmptyName) {
+TEST_F(ImportVerb, RefusesAPathWithAnEmptyName) {
   for (const char* path : {"a//b", "//a", "a//", "//"}) {
     ExpectFailure(2, " has an empty name in it", {"import", file, path});
   }
 }
 
-TEST_F(YaxregImport, LeavesADamagedFileAlone) {
+TEST_F(ImportVerb, LeavesADamagedFileAlone) {
   FillRichly();
   std::string bytes = GetFile(file);
   bytes.replace(24836, 4, 4, '\xFF');  // the first value of the first key: one that cannot be
@@ -349,7 +349,7 @@ TEST_F(YaxregImport, LeavesADamagedFileAlone) {
   ExpectRefused(3, Document("{\"path\":\"k\"}"), ".rce: is damaged; yaxreg check tells how");
 }
 
-TEST_F(YaxregImport, LeavesWhatIsNoRegistryAlone) {
+TEST_F(ImportVerb, LeavesWhatIsNoRegistryAlone) {
   PutFile(file, "name=eth0\n");
   ExpectRefused(3, Document("{\"path\":\"k\"}"), "is no registry file (status 59)");
   const Answer answer = Yaxreg({"import", folder / "."}, Document("{\"path\":\"k\"}"));
@@ -357,7 +357,7 @@ TEST_F(YaxregImport, LeavesWhatIsNoRegistryAlone) {
   EXPECT_NE(std::string::npos, answer.err.find("directory")) << answer.err;
 }
 
-TEST_F(YaxregImport, NeedsToWriteOnlyWhenSomethingChanges) {
+TEST_F(ImportVerb, NeedsToWriteOnlyWhenSomethingChanges) {
   chmod((folder / ".").c_str(), 0777);
   chmod(file.c_str(), 0444);
   {
@@ -377,7 +377,7 @@ std::string Hex(size_t bytes) {
 }
 
 // All blocks are in use.
-class YaxregImportFull : public YaxregImport {
+class ImportVerbInAFullRegistry : public ImportVerb {
  protected:
   void SetUp() override {
     ChangeRig::SetUp();
@@ -394,7 +394,7 @@ class YaxregImportFull : public YaxregImport {
   }
 };
 
-TEST_F(YaxregImportFull, LosesNothingWhenAValueFindsNoRoom) {
+TEST_F(ImportVerbInAFullRegistry, LosesNothingWhenAValueFindsNoRoom) {
   ExpectRefused(
       1, Document("{\"path\":\"k\",\"values\":[{\"name\":\"a\",\"hex\":\"" + Hex(1024) + "\"}]}"),
       "k: the registry is full; yaxreg compact may help (status 75)");
@@ -408,7 +408,7 @@ TEST_F(YaxregImportFull, LosesNothingWhenAValueFindsNoRoom) {
                 "(status 75)");
 }
 
-TEST_F(YaxregImportFull, StillChangesWhatTakesNoBlocks) {
+TEST_F(ImportVerbInAFullRegistry, StillChangesWhatTakesNoBlocks) {
   const std::string before = Export("full");
   ExpectChange(Document("{\"path\":\"k\",\"watch\":5,\"default\":9,\"values\":["
                         "{\"name\":\"n\",\"number\":1}]},{\"path\":\"new\"}"),
@@ -421,7 +421,7 @@ TEST_F(YaxregImportFull, StillChangesWhatTakesNoBlocks) {
   EXPECT_EQ(before, Export("full"));
 }
 
-TEST_F(YaxregImportFull, TellsWithDryRunThatThereIsNoRoom) {
+TEST_F(ImportVerbInAFullRegistry, TellsWithDryRunThatThereIsNoRoom) {
   const std::string document =
       Document("{\"path\":\"k\",\"values\":[{\"name\":\"a\",\"hex\":\"" + Hex(1024) + "\"}]}");
   for (const char* option : {"-n", "--json"}) {
@@ -439,7 +439,7 @@ std::string ManyKeys(const std::string& above, unsigned int count) {
 }
 
 // Another owner needs room for all keys beside those that are there, of at most 10,344.
-TEST_F(YaxregImport, TellsThatAKeyCannotBeRewritten) {
+TEST_F(ImportVerb, TellsThatAKeyCannotBeRewritten) {
   EXPECT_EQ(0, Yaxreg({"import", file}, Document(ManyKeys("net/", 5200))).code);
   const std::string document = Document("{\"path\":\"net\",\"owner\":5}");
   const std::string why =
@@ -450,7 +450,7 @@ TEST_F(YaxregImport, TellsThatAKeyCannotBeRewritten) {
 }
 
 // 300 values of 16 blocks each are there twice then: 9,600 of 10,344 blocks. 1,600 are lost before.
-TEST_F(YaxregImport, TellsThatAKeyCanBeRewrittenWhenTheFileIsCompact) {
+TEST_F(ImportVerb, TellsThatAKeyCanBeRewrittenWhenTheFileIsCompact) {
   MakeKeys({"net", "other"});
   std::string values;
   for (unsigned int i = 0; i < 300; ++i) {
@@ -475,7 +475,7 @@ TEST_F(YaxregImport, TellsThatAKeyCanBeRewrittenWhenTheFileIsCompact) {
 
 // Two keys are given away: the second one has no room beside the first one, which leaves its slots
 // behind. Nothing was lost before.
-TEST_F(YaxregImport, TellsNotToCompactWhatIsCompact) {
+TEST_F(ImportVerb, TellsNotToCompactWhatIsCompact) {
   EXPECT_EQ(0, Yaxreg({"import", file}, Document(ManyKeys("a/", 3000))).code);
   EXPECT_EQ(0, Yaxreg({"import", file}, Document(ManyKeys("b/", 3000))).code);
   ASSERT_EQ(0, Yaxreg({"compact", file}).code);
@@ -485,7 +485,7 @@ TEST_F(YaxregImport, TellsNotToCompactWhatIsCompact) {
 }
 
 // More data blocks than there are.
-TEST_F(YaxregImport, TellsThatANewKeyHasNoRoom) {
+TEST_F(ImportVerb, TellsThatANewKeyHasNoRoom) {
   EXPECT_EQ(0, Yaxreg({"import", file}, Document(ManyKeys("net/", 5200))).code);
   std::string values = "{\"name\":\"0\",\"hex\":\"" + Hex(1024) + "\"}";
   for (unsigned int i = 1; i < 700; ++i) {
@@ -497,7 +497,7 @@ TEST_F(YaxregImport, TellsThatANewKeyHasNoRoom) {
 }
 
 // The file grows no more, as on a disk that is full: the blocks that are there are too few.
-TEST_F(YaxregImport, TellsADiskThatIsFull) {
+TEST_F(ImportVerb, TellsADiskThatIsFull) {
   MakeKeys({"k"});
   std::string values;
   for (unsigned int i = 0; i < 300; ++i) {
@@ -517,7 +517,7 @@ TEST_F(YaxregImport, TellsADiskThatIsFull) {
 }
 
 // The tables have places for 10,344 keys and as many values.
-TEST_F(YaxregImport, RefusesMoreThanARegistryHolds) {
+TEST_F(ImportVerb, RefusesMoreThanARegistryHolds) {
   MakeKeys({"mine"});
   const std::string keys = ManyKeys("", 10343);
   ExpectRefused(1, Document(keys), ".rce: has no room for so much (status 75)");

@@ -10,15 +10,14 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-class YaxregCreate : public ChangeRig {
+class KeyVerbsWithoutAFile : public ChangeRig {
   void SetUp() override {}
 };
-class YaxregMkkey : public ChangeRig {};
-class YaxregRmkey : public ChangeRig {};
+class KeyVerbs : public ChangeRig {};
 
 // ---- create
 
-TEST_F(YaxregCreate, MakesARegistryAndNothingElse) {
+TEST_F(KeyVerbsWithoutAFile, CreateMakesARegistryAndNothingElse) {
   ExpectDone("", {"create", file});
   EXPECT_EQ(75888u, GetFile(file).size());
   EXPECT_EQ(1u, FilesInFolder());
@@ -28,11 +27,11 @@ TEST_F(YaxregCreate, MakesARegistryAndNothingElse) {
   EXPECT_EQ(Names({"net"}), Paths());
 }
 
-TEST_F(YaxregCreate, TellsProgramsWhatItMade) {
+TEST_F(KeyVerbsWithoutAFile, CreateTellsProgramsWhatItMade) {
   ExpectDone("{\"changed\":true,\"file\":\"" + file + "\"}\n", {"create", file, "--json"});
 }
 
-TEST_F(YaxregCreate, LeavesAFileAlone) {
+TEST_F(KeyVerbsWithoutAFile, CreateLeavesAFileAlone) {
   PutFile(file, "mine");
   ExpectFailure(1, "yaxreg: " + file + ": there is a file already (status 17)\n", {"create", file});
   chmod((folder / ".").c_str(), 0755);
@@ -42,21 +41,21 @@ TEST_F(YaxregCreate, LeavesAFileAlone) {
   EXPECT_EQ(1u, FilesInFolder());
 }
 
-TEST_F(YaxregCreate, MakesNothingWhereALinkLeads) {
+TEST_F(KeyVerbsWithoutAFile, CreateMakesNothingWhereALinkLeads) {
   const std::string target = folder / "target";
   ASSERT_EQ(0, symlink(target.c_str(), file.c_str()));
   ExpectFailure(1, "(status 17)\n", {"create", file});
   EXPECT_EQ(1u, FilesInFolder());
 }
 
-TEST_F(YaxregCreate, MakesARegistryOfTheLongestName) {
+TEST_F(KeyVerbsWithoutAFile, CreateMakesARegistryOfTheLongestName) {
   const std::string longest = folder / std::string(255, 'n').c_str();
   ExpectDone("", {"create", longest});
   ExpectDone("", {"mkkey", longest, "net"});
   EXPECT_EQ(1u, FilesInFolder());
 }
 
-TEST_F(YaxregCreate, NeedsTheFolder) {
+TEST_F(KeyVerbsWithoutAFile, CreateNeedsTheFolder) {
   ExpectFailure(4, "cannot be made: No such file or directory\n",
                 {"create", folder / "none/device.rce"});
   chmod((folder / ".").c_str(), 0755);
@@ -67,7 +66,7 @@ TEST_F(YaxregCreate, NeedsTheFolder) {
 
 // ---- mkkey
 
-TEST_F(YaxregMkkey, CreatesAKeyWithoutDefaultValue) {
+TEST_F(KeyVerbs, MkkeyCreatesAKeyWithoutDefaultValue) {
   ExpectDone("", {"mkkey", file, "/net/"});
   EXPECT_EQ(Names({"net"}), Paths());
   EXPECT_FALSE(Key("net").hasDefault);
@@ -75,7 +74,7 @@ TEST_F(YaxregMkkey, CreatesAKeyWithoutDefaultValue) {
   EXPECT_EQ(0x0F, Key("net").permission);
 }
 
-TEST_F(YaxregMkkey, GivesItTheDefaultValueAndTheUser) {
+TEST_F(KeyVerbs, MkkeyGivesItTheDefaultValueAndTheUser) {
   ExpectDone("{\"changed\":true,\"path\":\"net\"}\n",
              {"mkkey", file, "net", "--default", "-2", "--user", "installer", "--json"});
   EXPECT_TRUE(Key("net").hasDefault);
@@ -90,7 +89,7 @@ struct Neighbours {
   const char* created;
 };
 
-TEST_F(YaxregMkkey, CreatesExactlyThisKeyWhateverItsNeighboursAre) {
+TEST_F(KeyVerbs, MkkeyCreatesExactlyThisKeyWhateverItsNeighboursAre) {
   const Neighbours cases[] = {{{"main"}, "max"},
                               {{"main", "mai"}, "max"},
                               {{"display"}, "disk"},
@@ -121,7 +120,7 @@ TEST_F(YaxregMkkey, CreatesExactlyThisKeyWhateverItsNeighboursAre) {
   }
 }
 
-TEST_F(YaxregMkkey, KeepsAKeyThatIsCalledAsAStrayOneWouldBe) {
+TEST_F(KeyVerbs, MkkeyKeepsAKeyThatIsCalledAsAStrayOneWouldBe) {
   MakeKeys({"main", "mai"}, 7);
   MakeValue("mai", "mtu", 2, "abc");
   ExpectDone("", {"mkkey", file, "max", "--default", "3"});
@@ -130,7 +129,7 @@ TEST_F(YaxregMkkey, KeepsAKeyThatIsCalledAsAStrayOneWouldBe) {
   EXPECT_EQ(3u, Key("max").defaultValue);
 }
 
-TEST_F(YaxregMkkey, LeavesNoStrayKeyWhereItsUserMayNotDelete) {
+TEST_F(KeyVerbs, MkkeyLeavesNoStrayKeyWhereItsUserMayNotDelete) {
   MakeKeys({"p", "p/main"}, 7);
   ASSERT_EQ(0, Yaxreg({"rights", file, "p", "rc:rc"}).code);
   ExpectDone("", {"mkkey", file, "p/max", "--uid", "9"});
@@ -139,7 +138,7 @@ TEST_F(YaxregMkkey, LeavesNoStrayKeyWhereItsUserMayNotDelete) {
   EXPECT_EQ(0x55, Key("p/max").permission);
 }
 
-TEST_F(YaxregMkkey, CreatesADeletedKeyAgain) {
+TEST_F(KeyVerbs, MkkeyCreatesADeletedKeyAgain) {
   MakeKeys({"main"});
   ASSERT_EQ(0, Yaxreg({"rmkey", file, "main"}).code);
   ExpectDone("", {"mkkey", file, "main"});
@@ -147,7 +146,7 @@ TEST_F(YaxregMkkey, CreatesADeletedKeyAgain) {
   EXPECT_EQ(Names({"main", "max"}), Paths());
 }
 
-TEST_F(YaxregMkkey, CreatesParentsWhenAsked) {
+TEST_F(KeyVerbs, MkkeyCreatesParentsWhenAsked) {
   MakeKeys({"n", "main"});
   ExpectDone("", {"mkkey", "-p", file, "max/main/x/y", "--default", "5"});
   EXPECT_EQ(Names({"main", "max", "max/main", "max/main/x", "max/main/x/y", "n"}), Paths());
@@ -155,7 +154,7 @@ TEST_F(YaxregMkkey, CreatesParentsWhenAsked) {
   EXPECT_FALSE(Key("max/main/x").hasDefault);
 }
 
-TEST_F(YaxregMkkey, GoesManyLevelsDeep) {
+TEST_F(KeyVerbs, MkkeyGoesManyLevelsDeep) {
   std::string path = "k";
   for (int i = 1; i < 1000; ++i) path += "/k";
   ExpectDone("", {"mkkey", "-p", file, path});
@@ -163,7 +162,7 @@ TEST_F(YaxregMkkey, GoesManyLevelsDeep) {
   EXPECT_EQ(path, Paths().back());
 }
 
-TEST_F(YaxregMkkey, RefusesAKeyThatExistsUnlessParentsAreCreated) {
+TEST_F(KeyVerbs, MkkeyRefusesAKeyThatExistsUnlessParentsAreCreated) {
   MakeKeys({"net", "net/eth0"});
   for (const char* const path : {"net", "net/eth0", "/net/", "", "/"}) {
     ExpectFailure(1, "the key exists already (status 17)\n", {"mkkey", file, path});
@@ -173,7 +172,7 @@ TEST_F(YaxregMkkey, RefusesAKeyThatExistsUnlessParentsAreCreated) {
              {"mkkey", "-p", file, "/net/eth0", "--json"});
 }
 
-TEST_F(YaxregMkkey, SetsTheDefaultValueOfAKeyThatExists) {
+TEST_F(KeyVerbs, MkkeySetsTheDefaultValueOfAKeyThatExists) {
   MakeKeys({"net"});
   ExpectDone("{\"changed\":true,\"path\":\"net\"}\n",
              {"mkkey", "-p", file, "net", "--default", "0", "--json"});
@@ -187,20 +186,20 @@ TEST_F(YaxregMkkey, SetsTheDefaultValueOfAKeyThatExists) {
                 {"mkkey", "-p", file, "net", "--default", "1", "--uid", "7"});
 }
 
-TEST_F(YaxregMkkey, NeedsTheParent) {
+TEST_F(KeyVerbs, MkkeyNeedsTheParent) {
   MakeKeys({"net"});
   ExpectFailure(1, ": ne/eth0: its parent does not exist; -p creates it (status 2)\n",
                 {"mkkey", file, "ne/eth0"});
   ExpectFailure(1, "(status 2)\n", {"mkkey", file, "net/a/b"});
 }
 
-TEST_F(YaxregMkkey, NeedsTheRightToCreate) {
+TEST_F(KeyVerbs, MkkeyNeedsTheRightToCreate) {
   MakeKeys({"net"});
   ExpectFailure(1, ": net/eth0: user 7 has no right to do this (status 1)\n",
                 {"mkkey", file, "net/eth0", "--uid", "7"});
 }
 
-TEST_F(YaxregMkkey, RefusesWrongArguments) {
+TEST_F(KeyVerbs, MkkeyRefusesWrongArguments) {
   for (const char* const path : {"a//b", "//a", "a//", "///"}) {
     ExpectFailure(2, "has an empty name in it\n", {"mkkey", "-p", file, path});
   }
@@ -214,7 +213,7 @@ TEST_F(YaxregMkkey, RefusesWrongArguments) {
   ExpectFailure(2, "PATH is required", {"mkkey", file});
 }
 
-TEST_F(YaxregMkkey, TakesKeysThatAreCalledAsVerbsOrAreNoText) {
+TEST_F(KeyVerbs, MkkeyTakesKeysThatAreCalledAsVerbsOrAreNoText) {
   for (const char* const path : {"get", "mkkey", "comp", "--", "\xFF\x01", "-x", "a=b", "[a]"}) {
     ExpectDone("", {"mkkey", file, "--", path});
     EXPECT_EQ(path, Key(path).name);
@@ -224,7 +223,7 @@ TEST_F(YaxregMkkey, TakesKeysThatAreCalledAsVerbsOrAreNoText) {
   ExpectFailure(1, ": \\xff\\x0a: the key exists already", {"mkkey", file, "\xFF\n"});
 }
 
-TEST_F(YaxregMkkey, SaysThatTheRegistryIsFull) {
+TEST_F(KeyVerbs, MkkeySaysThatTheRegistryIsFull) {
   {
     Registry registry(file.c_str(), tamu::registry::kAdministratorId);
     ASSERT_EQ(status::kOk, registry.Initialize());
@@ -246,10 +245,10 @@ TEST_F(YaxregMkkey, SaysThatTheRegistryIsFull) {
 
 // A name takes one string node for 17 bytes begun, and one to part from the name beside it. One
 // long name leaves three nodes.
-class YaxregMkkeyInAFullRegistry : public YaxregMkkey {
+class KeyVerbsInAFullRegistry : public KeyVerbs {
  protected:
   void SetUp() override {
-    YaxregMkkey::SetUp();
+    KeyVerbs::SetUp();
     MakeKeys({std::string(17 * (Left() - 3), 'n')});
     ASSERT_EQ(3u, Left());
   }
@@ -258,7 +257,7 @@ class YaxregMkkeyInAFullRegistry : public YaxregMkkey {
   }
 };
 
-TEST_F(YaxregMkkeyInAFullRegistry, MakesNoParentsWhenThereIsNoRoomForTheKey) {
+TEST_F(KeyVerbsInAFullRegistry, MkkeyMakesNoParentsWhenThereIsNoRoomForTheKey) {
   const std::string full = "the registry is full; yaxreg compact may help (status 75)\n";
   for (const std::string& path : {std::string("x/a/b/c/d"), "x/" + std::string(17 * 3 + 1, 'b'),
                                   "x/a/" + std::string(35, 'b'),
@@ -270,14 +269,14 @@ TEST_F(YaxregMkkeyInAFullRegistry, MakesNoParentsWhenThereIsNoRoomForTheKey) {
   ExpectFailure(1, full, {"mkkey", "-p", file, deep});
 }
 
-TEST_F(YaxregMkkeyInAFullRegistry, MakesWhatThereIsRoomFor) {
+TEST_F(KeyVerbsInAFullRegistry, MkkeyMakesWhatThereIsRoomFor) {
   ExpectDone("", {"mkkey", "-p", file, "x/" + std::string(17, 'b')});
   EXPECT_EQ(0u, Left());
   EXPECT_EQ(3u, Paths().size());
 }
 
 // What the first name needs is seen when the last one fails.
-TEST_F(YaxregMkkeyInAFullRegistry, DeletesTheParentsWhenTheKeyCannotBeMade) {
+TEST_F(KeyVerbsInAFullRegistry, MkkeyDeletesTheParentsWhenTheKeyCannotBeMade) {
   const Answer answer = Yaxreg({"mkkey", "-p", file, "x/a/b/c"});
   EXPECT_EQ(1, answer.code);
   EXPECT_NE(std::string::npos, answer.err.find("(status 75)\n")) << answer.err;
@@ -285,7 +284,7 @@ TEST_F(YaxregMkkeyInAFullRegistry, DeletesTheParentsWhenTheKeyCannotBeMade) {
 }
 
 // Spelled already, since it was deleted.
-TEST_F(YaxregMkkeyInAFullRegistry, MakesAKeyOfANameThatIsLeft) {
+TEST_F(KeyVerbsInAFullRegistry, MkkeyMakesAKeyOfANameThatIsLeft) {
   const std::string name(17 * 2, 'x');
   MakeKeys({name});
   ASSERT_EQ(0u, Left());
@@ -293,7 +292,7 @@ TEST_F(YaxregMkkeyInAFullRegistry, MakesAKeyOfANameThatIsLeft) {
   ExpectDone("", {"mkkey", "-p", file, name});
 }
 
-TEST_F(YaxregMkkeyInAFullRegistry, UsesTheLastNode) {
+TEST_F(KeyVerbsInAFullRegistry, MkkeyUsesTheLastNode) {
   ExpectDone("", {"mkkey", file, "x"});
   ExpectDone("", {"rmkey", file, "x"});
   ASSERT_LT(0u, Left());
@@ -301,7 +300,7 @@ TEST_F(YaxregMkkeyInAFullRegistry, UsesTheLastNode) {
   EXPECT_EQ(0u, Left());
 }
 
-TEST_F(YaxregMkkey, ChangesRegistriesThatMayBeWrittenOnly) {
+TEST_F(KeyVerbs, MkkeyChangesRegistriesThatMayBeWrittenOnly) {
   ExpectNoRegistryFails("mkkey", {"net"});
   ExpectNoRegistryFails("mkkey", {"-p", "net/eth0"});
   ExpectReadOnlyFails({"mkkey", file, "net"});
@@ -309,26 +308,26 @@ TEST_F(YaxregMkkey, ChangesRegistriesThatMayBeWrittenOnly) {
 
 // ---- rmkey
 
-TEST_F(YaxregRmkey, DeletesAKeyAndAllBelowIt) {
+TEST_F(KeyVerbs, RmkeyDeletesAKeyAndAllBelowIt) {
   MakeKeys({"net", "net/eth0", "net/eth0/ip", "network", "ne"});
   MakeValue("net/eth0", "mtu", 2, "abc");
   ExpectDone("", {"rmkey", file, "/net/"});
   EXPECT_EQ(Names({"ne", "network"}), Paths());
 }
 
-TEST_F(YaxregRmkey, TellsProgramsWhatItDid) {
+TEST_F(KeyVerbs, RmkeyTellsProgramsWhatItDid) {
   MakeKeys({"a", "a/b"});
   ExpectDone("{\"changed\":true,\"path\":\"a/b\"}\n", {"rmkey", file, "a/b", "--json"});
   EXPECT_EQ(Names({"a"}), Paths());
 }
 
-TEST_F(YaxregRmkey, RefusesTheRoot) {
+TEST_F(KeyVerbs, RmkeyRefusesTheRoot) {
   for (const char* const path : {"", "/"}) {
     ExpectFailure(2, "the root cannot be deleted", {"rmkey", file, path});
   }
 }
 
-TEST_F(YaxregRmkey, NeedsTheKeyAndTheRight) {
+TEST_F(KeyVerbs, RmkeyNeedsTheKeyAndTheRight) {
   MakeKeys({"main", "net"}, 7);
   for (const char* const path : {"mai", "ma", "maina", "main/x", "net//", "x"}) {
     ExpectFailure(1, "there is no such key (status 2)\n", {"rmkey", file, path});
@@ -338,7 +337,7 @@ TEST_F(YaxregRmkey, NeedsTheKeyAndTheRight) {
   ExpectDone("", {"rmkey", file, "net", "--uid", "7"});
 }
 
-TEST_F(YaxregRmkey, ChangesRegistriesThatMayBeWrittenOnly) {
+TEST_F(KeyVerbs, RmkeyChangesRegistriesThatMayBeWrittenOnly) {
   MakeKeys({"net"});
   ExpectNoRegistryFails("rmkey", {"net"});
   ExpectReadOnlyFails({"rmkey", file, "net"});

@@ -11,7 +11,7 @@ namespace {
 using processes::Worker;
 using tamu::registry::Durability;
 
-class YaxregMonitor : public ChangeRig {
+class MonitorVerb : public ChangeRig {
  protected:
   void SetUp() override {
     ChangeRig::SetUp();
@@ -50,7 +50,7 @@ std::vector<std::string> LinesOf(const std::string& text) {
   return lines;
 }
 
-TEST_F(YaxregMonitor, PrintsEveryChangeOnceAndInOrder) {
+TEST_F(MonitorVerb, PrintsEveryChangeOnceAndInOrder) {
   Worker writer = Changing([](Registry& registry, unsigned int i) {
     Put(registry, "net/eth0", "n" + std::to_string(i % 50), i);
     Put(registry, "other", "name", i);
@@ -73,7 +73,7 @@ TEST_F(YaxregMonitor, PrintsEveryChangeOnceAndInOrder) {
   }
 }
 
-TEST_F(YaxregMonitor, PrintsTheValuesOfOneName) {
+TEST_F(MonitorVerb, PrintsTheValuesOfOneName) {
   Worker writer = Changing([](Registry& registry, unsigned int) {
     Put(registry, "net/eth0", "other", 5);
     Put(registry, "net/eth0", "mtu", 1400);
@@ -90,7 +90,7 @@ TEST_F(YaxregMonitor, PrintsTheValuesOfOneName) {
   }
 }
 
-TEST_F(YaxregMonitor, PrintsWhatIsDoneToKeys) {
+TEST_F(MonitorVerb, PrintsWhatIsDoneToKeys) {
   Worker writer = Changing([](Registry& registry, unsigned int i) {
     if (i % 6 == 0) registry.MakeKey("net/new");
     if (i % 6 == 1) registry.SetDefaultValue(0, "net", i);
@@ -108,7 +108,7 @@ TEST_F(YaxregMonitor, PrintsWhatIsDoneToKeys) {
   }
 }
 
-TEST_F(YaxregMonitor, TellsProgramsMore) {
+TEST_F(MonitorVerb, TellsProgramsMore) {
   Worker writer =
       Changing([](Registry& registry, unsigned int i) { Put(registry, "net", "mtu", i % 2); });
   const Answer answer =
@@ -124,7 +124,7 @@ TEST_F(YaxregMonitor, TellsProgramsMore) {
       << answer.out;
 }
 
-TEST_F(YaxregMonitor, GoesOnWithAFileThatTakesThePlace) {
+TEST_F(MonitorVerb, GoesOnWithAFileThatTakesThePlace) {
   const std::string other = file + ".new";
   PutFile(other, GetFile(file));
   Worker program([&] {
@@ -137,7 +137,7 @@ TEST_F(YaxregMonitor, GoesOnWithAFileThatTakesThePlace) {
   EXPECT_EQ("(there were changes that are not known)\n", answer.out);
 }
 
-TEST_F(YaxregMonitor, EndsWhenTheTimeIsOver) {
+TEST_F(MonitorVerb, EndsWhenTheTimeIsOver) {
   ExpectDone("", {"monitor", file, "--timeout", "0"});
   ExpectDone("", {"monitor", file, "--count", "0"});
   const Answer answer = Yaxreg({"monitor", file, "--timeout", "0", "--count", "1"});
@@ -145,7 +145,7 @@ TEST_F(YaxregMonitor, EndsWhenTheTimeIsOver) {
   EXPECT_EQ("", answer.out + answer.err);
 }
 
-TEST_F(YaxregMonitor, RefusesWhatIsNoNumber) {
+TEST_F(MonitorVerb, RefusesWhatIsNoNumber) {
   EXPECT_EQ(2, Yaxreg({"monitor", file, "--timeout", "soon"}).code);
   EXPECT_EQ(2, Yaxreg({"monitor", file, "--count", "-1"}).code);
 }

@@ -14,9 +14,9 @@ namespace yaxreg {
 
 namespace {
 
-class YaxregSession : public ChangeRig {
+class SessionTest : public ChangeRig {
  protected:
-  YaxregSession() : call(in, out, err) { call.given = {{"FILE", file}, {"PATH", "net"}}; }
+  SessionTest() : call(in, out, err) { call.given = {{"FILE", file}, {"PATH", "net"}}; }
 
   // Puts a registry of the same content into the place of the file.
   void Replace() {
@@ -36,7 +36,7 @@ class YaxregSession : public ChangeRig {
   Invocation call;
 };
 
-TEST_F(YaxregSession, TellsThatAnotherProgramHasReplacedTheFile) {
+TEST_F(SessionTest, TellsThatAnotherProgramHasReplacedTheFile) {
   Session session(call);
   ASSERT_TRUE(session.OpenToChange());
   ASSERT_EQ(0u, session.registry().CreateKey(0, "net"));
@@ -47,7 +47,7 @@ TEST_F(YaxregSession, TellsThatAnotherProgramHasReplacedTheFile) {
 
 // A program that was killed while it made the file leaves one without a root key; the library makes
 // it when it opens the file.
-class YaxregRootless : public YaxregSession {
+class SessionWithoutARoot : public SessionTest {
  protected:
   void SetUp() override {
     tamu::registry::TernaryFile store;
@@ -55,28 +55,28 @@ class YaxregRootless : public YaxregSession {
   }
 };
 
-TEST_F(YaxregRootless, IsChangedLikeAnyOther) {
+TEST_F(SessionWithoutARoot, IsChangedLikeAnyOther) {
   Session session(call);
   ASSERT_TRUE(session.OpenToChange());
   EXPECT_FALSE(session.image().content().keys[0].isMadeUp);
 }
 
-TEST_F(YaxregRootless, TakesTheRootForAKeyThatIsThere) {
+TEST_F(SessionWithoutARoot, TakesTheRootForAKeyThatIsThere) {
   EXPECT_EQ(0, Yaxreg({"mkkey", "-p", file, "/"}).code);
 }
 
-TEST_F(YaxregRootless, TakesAValueOfTheRoot) {
+TEST_F(SessionWithoutARoot, TakesAValueOfTheRoot) {
   EXPECT_EQ(0, Yaxreg({"add", file, "/", "n", "--int", "1"}).code);
   EXPECT_EQ("1\n", Yaxreg({"get", file, "/", "n"}).out);
 }
 
-TEST_F(YaxregRootless, IsImportedInto) {
+TEST_F(SessionWithoutARoot, IsImportedInto) {
   const Answer answer = Yaxreg({"import", file}, R"({"keys":[{"path":"a","watch":3}]})");
   EXPECT_EQ(0, answer.code) << answer.err;
   EXPECT_EQ("3\n", Yaxreg({"watch", file, "a"}).out);
 }
 
-TEST_F(YaxregSession, TellsThatTheFileIsGone) {
+TEST_F(SessionTest, TellsThatTheFileIsGone) {
   Session session(call);
   ASSERT_TRUE(session.OpenToChange());
   ASSERT_EQ(0, std::remove(file.c_str()));
@@ -84,7 +84,7 @@ TEST_F(YaxregSession, TellsThatTheFileIsGone) {
   EXPECT_EQ("yaxreg: " + file + ": cannot be opened: No such file or directory\n", err.str());
 }
 
-TEST_F(YaxregSession, NeverCallsARegistryFullThatWasReplaced) {
+TEST_F(SessionTest, NeverCallsARegistryFullThatWasReplaced) {
   for (const unsigned int status : {28u, 75u}) {
     err.str("");
     Session session(call);
@@ -99,7 +99,7 @@ TEST_F(YaxregSession, NeverCallsARegistryFullThatWasReplaced) {
   }
 }
 
-TEST_F(YaxregSession, TellsThatAChangeIsNotInTheFile) {
+TEST_F(SessionTest, TellsThatAChangeIsNotInTheFile) {
   Session session(call);
   ASSERT_TRUE(session.OpenToLook());
   EXPECT_EQ(kFailed, session.FailUnseen());
@@ -109,7 +109,7 @@ TEST_F(YaxregSession, TellsThatAChangeIsNotInTheFile) {
 }
 
 // With 21 tables of a kind, it is the room that may have been too little.
-TEST_F(YaxregSession, TellsThatAFullRegistryMayBeWhyAChangeIsNotInTheFile) {
+TEST_F(SessionTest, TellsThatAFullRegistryMayBeWhyAChangeIsNotInTheFile) {
   {
     Registry registry(file.c_str(), tamu::registry::kAdministratorId);
     ASSERT_EQ(status::kOk, registry.Initialize());

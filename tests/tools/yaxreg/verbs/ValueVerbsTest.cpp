@@ -9,7 +9,7 @@ namespace {
 using std::string;
 using namespace std::string_literals;
 
-class ValueRig : public ChangeRig {
+class ValueVerbs : public ChangeRig {
  protected:
   void SetUp() override {
     ChangeRig::SetUp();
@@ -34,13 +34,10 @@ class ValueRig : public ChangeRig {
     }
   }
 };
-class YaxregSet : public ValueRig {};
-class YaxregAdd : public ValueRig {};
-class YaxregRm : public ValueRig {};
 
 // ---- set
 
-TEST_F(YaxregSet, StoresNumbersWithAllTheirBits) {
+TEST_F(ValueVerbs, SetStoresNumbersWithAllTheirBits) {
   MakeValue("net", "mtu", 0, "\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF"s);
   const struct {
     const char* text;
@@ -57,7 +54,7 @@ TEST_F(YaxregSet, StoresNumbersWithAllTheirBits) {
   }
 }
 
-TEST_F(YaxregSet, StoresTextsBytesAndFiles) {
+TEST_F(ValueVerbs, SetStoresTextsBytesAndFiles) {
   MakeValue("net", "v", 0, "\x01\0\0\0\0\0\0\0"s);
   ExpectDone("", {"set", file, "net", "v", "--string", "[a,b]"});
   EXPECT_EQ(1u, Value("net", "v").type);
@@ -78,14 +75,14 @@ TEST_F(YaxregSet, StoresTextsBytesAndFiles) {
   EXPECT_EQ("in\n\0"s, Value("net", "v").data);
 }
 
-TEST_F(YaxregSet, StoresNoBytesAsASetValue) {
+TEST_F(ValueVerbs, SetStoresNoBytesAsASetValue) {
   MakeValue("net", "v", 2, "abc");
   ExpectDone("", {"set", file, "net", "v", "--hex", ""});
   EXPECT_TRUE(Value("net", "v").isSet);
   EXPECT_EQ(0u, Value("net", "v").size);
 }
 
-TEST_F(YaxregSet, ChangesBetweenNumbersAndBytes) {
+TEST_F(ValueVerbs, SetChangesBetweenNumbersAndBytes) {
   MakeValue("net", "v", 2, string(200, 'a'));
   ExpectDone("", {"set", file, "net", "v", "--int", "0x0807060504030201"});
   EXPECT_EQ(0x0807060504030201u, Value("net", "v").number);
@@ -96,7 +93,7 @@ TEST_F(YaxregSet, ChangesBetweenNumbersAndBytes) {
   EXPECT_TRUE(yaxreg::RegistryImage(GetFile(file)).IsSound());
 }
 
-TEST_F(YaxregSet, ChangesTheNewestOfHiddenValuesAlone) {
+TEST_F(ValueVerbs, SetChangesTheNewestOfHiddenValuesAlone) {
   MakeValue("", "v", 2, "old");
   MakeValue("", "v", 2, "new");
   ExpectDone("", {"set", file, "/", "v", "--int", "1"});
@@ -106,7 +103,7 @@ TEST_F(YaxregSet, ChangesTheNewestOfHiddenValuesAlone) {
   EXPECT_EQ("old", root.values[1].data);
 }
 
-TEST_F(YaxregSet, TellsProgramsWhetherItChangedAnything) {
+TEST_F(ValueVerbs, SetTellsProgramsWhetherItChangedAnything) {
   MakeValue("net", "v", 2, "a");
   ExpectDone("{\"changed\":false,\"path\":\"net\"}\n",
              {"set", file, "net", "v", "--hex", "61", "--json"});
@@ -118,7 +115,7 @@ TEST_F(YaxregSet, TellsProgramsWhetherItChangedAnything) {
              {"set", file, "net", "v", "--int", "0", "--json"});
 }
 
-TEST_F(YaxregSet, NeedsTheValueAndTheRight) {
+TEST_F(ValueVerbs, SetNeedsTheValueAndTheRight) {
   MakeValue("net", "mtu", 2, "a");
   ExpectFailure(1, ": net: there is no value mt (status 2)\n",
                 {"set", file, "net", "mt", "--int", "1"});
@@ -134,7 +131,7 @@ TEST_F(YaxregSet, NeedsTheValueAndTheRight) {
   ExpectFailure(1, "user 65535 has no right", {"set", file, "net", "mtu", "--int", "3"});
 }
 
-TEST_F(YaxregSet, RefusesWrongArguments) {
+TEST_F(ValueVerbs, SetRefusesWrongArguments) {
   MakeValue("net", "v", 2, "a");
   const struct {
     const char* reason;
@@ -164,7 +161,7 @@ TEST_F(YaxregSet, RefusesWrongArguments) {
   ExpectFailure(2, "1 to 31 bytes", {"set", file, "net", string(32, 'a'), "--int", "1"});
 }
 
-TEST_F(YaxregSet, TakesAtMost1024Bytes) {
+TEST_F(ValueVerbs, SetTakesAtMost1024Bytes) {
   MakeValue("net", "v", 2, "a");
   const string most(1024, 'x');
   PutFile(folder / "most", most);
@@ -180,7 +177,7 @@ TEST_F(YaxregSet, TakesAtMost1024Bytes) {
                 {"set", file, "net", "v", "--file", folder / "none"});
 }
 
-TEST_F(YaxregSet, KeepsTheOldDataInAFullRegistry) {
+TEST_F(ValueVerbs, SetKeepsTheOldDataInAFullRegistry) {
   FillWithData();
   ExpectFailure(1, "the registry is full; yaxreg compact may help (status 75)",
                 {"set", file, "", "b0", "--hex", string(2 * 65, '0')});
@@ -190,7 +187,7 @@ TEST_F(YaxregSet, KeepsTheOldDataInAFullRegistry) {
 }
 
 // Its block lies in an old table, from which none is handed out again.
-TEST_F(YaxregSet, KeepsOldDataWhoseRoomIsNotHandedOutAgain) {
+TEST_F(ValueVerbs, SetKeepsOldDataWhoseRoomIsNotHandedOutAgain) {
   MakeValue("net", "v", 3, "abc");
   FillWithData();
   const string before = GetFile(file);
@@ -200,14 +197,14 @@ TEST_F(YaxregSet, KeepsOldDataWhoseRoomIsNotHandedOutAgain) {
   EXPECT_EQ("abc", Value("net", "v").data);
 }
 
-TEST_F(YaxregSet, ChangesRegistriesThatMayBeWrittenOnly) {
+TEST_F(ValueVerbs, SetChangesRegistriesThatMayBeWrittenOnly) {
   MakeValue("net", "v", 2, "a");
   ExpectNoRegistryFails("set", {"net", "v", "--int", "1"});
   ExpectReadOnlyFails({"set", file, "net", "v", "--int", "1"});
 }
 
 // What is free in a damaged file may be in use by another key.
-TEST_F(YaxregSet, RefusesADamagedFile) {
+TEST_F(ValueVerbs, SetRefusesADamagedFile) {
   MakeValue("net", "lost", 2, "a");
   MakeValue("net", "kept", 2, "b");
   string bytes = GetFile(file);
@@ -221,7 +218,7 @@ TEST_F(YaxregSet, RefusesADamagedFile) {
 
 // ---- add
 
-TEST_F(YaxregAdd, CreatesValuesOfAllTypes) {
+TEST_F(ValueVerbs, AddCreatesValuesOfAllTypes) {
   ExpectDone("", {"add", file, "net", "n", "--int", "0x123456789ABCDEF0"});
   EXPECT_EQ(0u, Value("net", "n").type);
   EXPECT_EQ(0x123456789ABCDEF0u, Value("net", "n").number);
@@ -239,7 +236,7 @@ TEST_F(YaxregAdd, CreatesValuesOfAllTypes) {
   EXPECT_EQ(2u, Value("net", "b").type);
 }
 
-TEST_F(YaxregAdd, CreatesValuesWithoutDataAndWithNoBytes) {
+TEST_F(ValueVerbs, AddCreatesValuesWithoutDataAndWithNoBytes) {
   ExpectDone("", {"add", file, "net", "number", "--unset"});
   EXPECT_EQ(0u, Value("net", "number").type);
   EXPECT_FALSE(Value("net", "number").isSet);
@@ -255,13 +252,13 @@ TEST_F(YaxregAdd, CreatesValuesWithoutDataAndWithNoBytes) {
   EXPECT_EQ(0u, Value("net", "empty").size);
 }
 
-TEST_F(YaxregAdd, NeedsTheRightToModifyForNoBytes) {
+TEST_F(ValueVerbs, AddNeedsTheRightToModifyForNoBytes) {
   ASSERT_EQ(0, Yaxreg({"rights", file, "net", "c:c"}).code);
   ExpectDone("", {"add", file, "net", "a", "--hex", "00", "--uid", "8"});
   ExpectFailure(1, "(status 1)\n", {"add", file, "net", "b", "--hex", "", "--uid", "8"});
 }
 
-TEST_F(YaxregAdd, HidesAnOlderValueOnlyWhenAsked) {
+TEST_F(ValueVerbs, AddHidesAnOlderValueOnlyWhenAsked) {
   MakeValue("net", "mtu", 2, "old");
   ExpectFailure(1, ": net: there is a value mtu already; set changes it, --hide hides it",
                 {"add", file, "net", "mtu", "--int", "1"});
@@ -272,7 +269,7 @@ TEST_F(YaxregAdd, HidesAnOlderValueOnlyWhenAsked) {
   EXPECT_EQ("old", net.values[1].data);
 }
 
-TEST_F(YaxregAdd, TakesNamesOf31BytesWhateverTheyAre) {
+TEST_F(ValueVerbs, AddTakesNamesOf31BytesWhateverTheyAre) {
   const string longest = string(29, 'n') + "\xFF\n";
   ExpectDone("{\"changed\":true,\"path\":\"net\"}\n",
              {"add", file, "net", longest, "--int", "1", "--json"});
@@ -284,7 +281,7 @@ TEST_F(YaxregAdd, TakesNamesOf31BytesWhateverTheyAre) {
   ExpectFailure(2, "is no type from 0 to 5", {"add", file, "net", "a", "--unset", "--type", "x"});
 }
 
-TEST_F(YaxregAdd, NeedsTheKeyAndTheRight) {
+TEST_F(ValueVerbs, AddNeedsTheKeyAndTheRight) {
   ExpectFailure(1, "there is no such key (status 2)\n", {"add", file, "x", "a", "--int", "1"});
   ExpectFailure(1, "user 8 has no right to do this (status 1)\n",
                 {"add", file, "net", "a", "--int", "1", "--uid", "8"});
@@ -292,7 +289,7 @@ TEST_F(YaxregAdd, NeedsTheKeyAndTheRight) {
   ExpectDone("", {"add", file, "/", "a", "--int", "1", "--user", "installer"});
 }
 
-TEST_F(YaxregAdd, SaysThatTheRegistryIsFull) {
+TEST_F(ValueVerbs, AddSaysThatTheRegistryIsFull) {
   FillWithData();
   ExpectFailure(1, ": net: the registry is full; yaxreg compact may help (status 75)\n",
                 {"add", file, "net", "a", "--hex", "00"});
@@ -301,14 +298,14 @@ TEST_F(YaxregAdd, SaysThatTheRegistryIsFull) {
   ExpectDone("", {"add", file, "net", "a", "--int", "1"});
 }
 
-TEST_F(YaxregAdd, ChangesRegistriesThatMayBeWrittenOnly) {
+TEST_F(ValueVerbs, AddChangesRegistriesThatMayBeWrittenOnly) {
   ExpectNoRegistryFails("add", {"net", "a", "--int", "1"});
   ExpectReadOnlyFails({"add", file, "net", "a", "--int", "1"});
 }
 
 // ---- rm
 
-TEST_F(YaxregRm, DeletesTheNewestValueOrAllOfTheName) {
+TEST_F(ValueVerbs, RmDeletesTheNewestValueOrAllOfTheName) {
   for (const char* const data : {"1", "2", "3"}) MakeValue("net", "v", 2, data);
   MakeValue("net", "vv", 2, "x");
   ExpectDone("", {"rm", file, "net", "v"});
@@ -319,7 +316,7 @@ TEST_F(YaxregRm, DeletesTheNewestValueOrAllOfTheName) {
   EXPECT_EQ("vv", net.values[0].name);
 }
 
-TEST_F(YaxregRm, NeedsTheValueAndTheRight) {
+TEST_F(ValueVerbs, RmNeedsTheValueAndTheRight) {
   MakeValue("net", "v", 2, "x");
   ExpectFailure(1, "there is no value w (status 2)\n", {"rm", file, "net", "w", "--all"});
   ExpectFailure(1, "there is no such key (status 2)\n", {"rm", file, "n", "v"});
@@ -331,7 +328,7 @@ TEST_F(YaxregRm, NeedsTheValueAndTheRight) {
   EXPECT_TRUE(Key("net").values.empty());
 }
 
-TEST_F(YaxregRm, ChangesRegistriesThatMayBeWrittenOnly) {
+TEST_F(ValueVerbs, RmChangesRegistriesThatMayBeWrittenOnly) {
   MakeValue("net", "v", 2, "x");
   ExpectNoRegistryFails("rm", {"net", "v"});
   ExpectReadOnlyFails({"rm", file, "net", "v"});
