@@ -3,10 +3,10 @@
 #include <new>
 
 #include "platform/PCWord.h"
+#include "registry/base/ChangeNote.h"
 #include "yax/CObjects.h"
 
 using tamu::registry::Change;
-using tamu::registry::ChangeKind;
 using tamu::registry::ChangeList;
 
 struct yax_watch {
@@ -23,24 +23,11 @@ using namespace yax;
 
 namespace {
 
-// True for a key and what is below it.
-bool IsWithin(const char* path, const char* key) {
-  const size_t length = std::strlen(key);
-  if (length == 0) return true;
-  return std::strncmp(path, key, length) == 0 && (path[length] == '\0' || path[length] == '/');
-}
-
-// What takes a key away, or brings it, does so to all below it.
-bool IsMeant(const Change& change, const char* key) {
-  if (IsWithin(change.keyPath, key)) return true;
-  return change.kind <= ChangeKind::kKeyRestored && IsWithin(key, change.keyPath);
-}
-
 // The next one that was read already; null when there is none.
 const Change* Told(yax_watch* watch) {
   while (watch->told < watch->changes.Count()) {
     const Change& change = watch->changes.At(watch->told++);
-    if (IsMeant(change, watch->path.get())) return &change;
+    if (Concerns(change, watch->path.get())) return &change;
   }
   return nullptr;
 }

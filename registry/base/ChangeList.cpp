@@ -1,5 +1,6 @@
 #include "registry/base/ChangeList.h"
 
+#include <cstring>
 #include <new>
 
 #include "platform/PCMem.h"
@@ -40,6 +41,17 @@ char* ChangePath::Write(char* place) const {
   place = Put(place, base_, baseLength_);
   if (isJoined_ != 0) *place++ = '/';
   return Put(place, path_, pathLength_);
+}
+
+bool IsWithin(const char* path, const char* key) {
+  const size_t length = std::strlen(key);
+  return length == 0 ||
+         (std::strncmp(path, key, length) == 0 && (path[length] == '\0' || path[length] == '/'));
+}
+
+bool Concerns(const Change& change, const char* key) {
+  return IsWithin(change.keyPath, key) ||
+         (change.kind <= ChangeKind::kKeyRestored && IsWithin(key, change.keyPath));
 }
 
 void ChangeList::Clear() {

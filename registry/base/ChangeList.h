@@ -10,12 +10,12 @@ enum class ChangeKind : unsigned char {
   kKeyCreated = 0,      // also with what it was given at once, by CopyKey or MoveKey
   kKeyDeleted = 1,      // with all below it
   kKeyRestored = 2,     // anything at the key and below it
-  kValueCreated = 3,    //
-  kValueSet = 4,        //
-  kValueDeleted = 5,    //
+  kValueCreated = 3,    // not set, or set at once
+  kValueSet = 4,        // to other data, or the same
+  kValueDeleted = 5,    // the newest of its name
   kDefaultChanged = 6,  // the key's default value
-  kRightsChanged = 7,   //
-  kWatchChanged = 8,    // its watch bits
+  kRightsChanged = 7,   // those of the key
+  kWatchChanged = 8,    // the key's watch bits
 };
 constexpr unsigned int kChangeKinds = 9;
 

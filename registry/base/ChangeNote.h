@@ -21,6 +21,13 @@ class ChangePath {
   unsigned int isJoined_;
 };
 
+// Whether a path is that of a key or of one below it.
+bool IsWithin(const char* path, const char* key);
+
+// Whether a change is one of a key or of what is below it. What creates, deletes or restores a key
+// does so to all below it.
+bool Concerns(const Change& change, const char* key);
+
 // The texts are the operation's, for as long as it runs.
 struct ChangeNote {
   const char* base = nullptr;  // the key that the paths start from; null: the root

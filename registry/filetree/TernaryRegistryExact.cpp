@@ -1,7 +1,7 @@
 // Keys and values exactly as they are told.
-#include <cstring>
 #include <memory>
 
+#include "registry/base/ChangeNote.h"
 #include "registry/base/RCEString.h"
 #include "registry/base/UserId.h"
 #include "registry/base/ValueCheck.h"
@@ -20,13 +20,6 @@ bool IsWholeName(const char* name) {
 
 const char* WithoutSlash(const char* path) {
   return path[0] == '/' ? path + 1 : path;
-}
-
-// Whether a path is that of a key or of one below it.
-bool IsWithin(const char* path, const char* key) {
-  const size_t length = std::strlen(key);
-  return length == 0 ||
-         (std::strncmp(path, key, length) == 0 && (path[length] == 0 || path[length] == '/'));
 }
 
 char* PathOf(const char* path, const char* name) {

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "registry/base/ChangeList.h"
+#include "registry/base/ChangeNote.h"
 #include "registry/base/RegistryStatus.h"
 
 namespace tamu::registry {
@@ -33,6 +33,29 @@ TEST(ChangeList, AreCutBack) {
   EXPECT_STREQ(list.At(39).keyPath, "k/39");
   EXPECT_EQ(status::kOk, list.Add(ChangeKind::kValueSet, "k", "next", "v"));
   EXPECT_STREQ(list.At(40).keyPath, "k/next");
+}
+
+TEST(ChangeList, ConcernAKeyAndWhatIsBelowIt) {
+  for (const ChangeKind kind : {ChangeKind::kKeyCreated, ChangeKind::kKeyRestored,
+                                ChangeKind::kValueCreated, ChangeKind::kWatchChanged}) {
+    for (const char* path : {"a/b", "a/b/c", "a/b/c/d"}) {
+      EXPECT_TRUE(Concerns({kind, path, ""}, "a/b")) << path;
+      EXPECT_TRUE(Concerns({kind, path, ""}, "")) << path;
+    }
+    for (const char* path : {"a/bc", "a/c", "b", "b/a/b", "A/b"}) {
+      EXPECT_FALSE(Concerns({kind, path, ""}, "a/b")) << path;
+    }
+  }
+}
+
+TEST(ChangeList, OfWholeKeysConcernAllBelowThem) {
+  for (unsigned int kind = 0; kind < kChangeKinds; ++kind) {
+    const bool isWhole = kind == 0 || kind == 1 || kind == 2;
+    for (const char* path : {"", "a"}) {
+      EXPECT_EQ(isWhole, Concerns({static_cast<ChangeKind>(kind), path, ""}, "a/b")) << kind;
+    }
+    EXPECT_FALSE(Concerns({static_cast<ChangeKind>(kind), "a/", ""}, "ab")) << kind;
+  }
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <memory>
 #include <ostream>
 
+#include "registry/base/ChangeNote.h"
 #include "tools/yaxreg/content/ContentJson.h"
 #include "tools/yaxreg/content/ValueText.h"
 #include "tools/yaxreg/image/SideFolder.h"
@@ -55,12 +56,6 @@ struct Identity {
     return now.number != 0 && (now.number != number || now.device != device);
   }
 };
-
-// True for a key and what is below it.
-bool IsWithin(const std::string& path, const std::string& key) {
-  return key.empty() || (path.compare(0, key.size(), key) == 0 &&
-                         (path.size() == key.size() || path[key.size()] == '/'));
-}
 
 bool IsOfValue(ChangeKind kind) {
   return kind == ChangeKind::kValueCreated || kind == ChangeKind::kValueSet ||
@@ -198,15 +193,13 @@ bool Monitor::Follow() {
   return true;
 }
 
-// What takes a key away, or brings it, does so to all below it.
+// What creates, deletes or restores the key itself does so to its values.
 bool Monitor::IsMeant(const Change& change) const {
-  const bool isWhole = change.kind == ChangeKind::kKeyCreated ||
-                       change.kind == ChangeKind::kKeyDeleted ||
-                       change.kind == ChangeKind::kKeyRestored;
-  const bool isIn = IsWithin(change.keyPath, key_) || (isWhole && IsWithin(key_, change.keyPath));
+  const bool isIn = tamu::registry::Concerns(change, key_.c_str());
   if (!isIn || !call_.Has("--value")) return isIn;
-  return isWhole ? IsWithin(key_, change.keyPath)
-                 : IsOfValue(change.kind) && change.valueName == call_.Text("--value");
+  if (IsOfValue(change.kind)) return change.valueName == call_.Text("--value");
+  return change.kind <= ChangeKind::kKeyRestored &&
+         tamu::registry::IsWithin(key_.c_str(), change.keyPath);
 }
 
 void Monitor::PrintLost() {
