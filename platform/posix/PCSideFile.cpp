@@ -13,7 +13,7 @@ namespace {
 
 constexpr unsigned long long kPlaces = 1ull << 40;  // where the places begin, far behind any byte
 constexpr unsigned int kMostTries = 100;
-constexpr unsigned int kDoorPause = 1000;  // microseconds
+constexpr unsigned int kPause = 1000;  // microseconds
 constexpr unsigned int kDoorTries = 10000;
 
 }  // namespace
@@ -90,12 +90,16 @@ bool PCSideFile::IsHeld(unsigned int place) const {
   return IsOpen() && posix::IsHeld(mFd, kPlaces + place);
 }
 
+void PCSideFile::Pause() {
+  posix::Pause(kPause);
+}
+
 int PCSideFile::EnterDoor(Holding how) {
   for (unsigned int i = 0; i < kDoorTries; ++i) {
     const int held = posix::Hold(mFd, kPlaces + kDoor, static_cast<posix::Holding>(how));
     if (held == 0) return 1;
     if (held != EAGAIN) return 0;
-    posix::Pause(kDoorPause);
+    Pause();
   }
   return 0;
 }

@@ -43,8 +43,7 @@ bool JournalFile::TakeAlone(const char* registryPath) {
   constexpr unsigned int kTries = 100;
   for (unsigned int i = 0; isHolding_ && i < kTries; ++i) {
     if (hold_.Take(registryPath, true)) return true;
-    const unsigned int nothing = 0;
-    PCWord::Wait(&nothing, nothing, 1);
+    PCSideFile::Pause();
   }
   return !isHolding_;
 }
