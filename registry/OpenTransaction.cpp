@@ -170,9 +170,8 @@ void OpenTransaction::GoBackTo(const Savepoint& savepoint) {
   DropLoaded();
   List<void*>& handles = *instance_.handles;
   for (unsigned int i = 1; i < handles.capacity; ++i) {
-    if (handles.isInvalidIndex(i)) continue;
-    auto* handle = static_cast<TernaryHandle*>(*handles.Get(i));
-    if (!handle->isHidden || handle->openedAt < savepoint.opened) continue;
+    TernaryHandle* const handle = instance_.Loaded(i);
+    if (handle == nullptr || !handle->isHidden || handle->openedAt < savepoint.opened) continue;
     handles.RemoveByIndex(i);
     instance_.keyTree->UnloadKeyTree(handle);
   }
@@ -206,25 +205,25 @@ void OpenTransaction::DropLoaded() {
   isLoadedBehind_ = false;
 }
 
-unsigned int OpenTransaction::FindHandle(unsigned int handle, void** tree) {
-  List<void*>& handles = *instance_.handles;
-  if (handles.isInvalidIndex(handle)) return status::kBadArgument;
-  auto* shared = static_cast<TernaryHandle*>(*handles.Get(handle));
+unsigned int OpenTransaction::FindHandle(unsigned int handle, TernaryHandle** loaded) {
+  TernaryHandle* const shared = instance_.Loaded(handle);
+  if (shared == nullptr) return status::kBadArgument;
   if (shared->counterpart == nullptr) {
     const bool hasKey =
         shared->start != nullptr ? !shared->start->isOrphan : shared->isHidden || shared->isAwaited;
     if (!hasKey) return status::kBadArgument;
-    void* loaded = nullptr;
-    const unsigned int result = instance_.keyTree->LoadKeyTree(shared->ownPath.get(), loaded);
+    void* tree = nullptr;
+    const unsigned int result = instance_.keyTree->LoadKeyTree(shared->ownPath.get(), tree);
     if (result != status::kOk) return result == status::kNotFound ? status::kBadArgument : result;
-    const unsigned int leftOut = static_cast<TernaryHandle*>(loaded)->leftOut;
+    auto* const mine = static_cast<TernaryHandle*>(tree);
+    const unsigned int leftOut = mine->leftOut;
     if (leftOut == status::kNoMemory || leftOut == status::kInputOutput) {
-      instance_.keyTree->UnloadKeyTree(loaded);
+      instance_.keyTree->UnloadKeyTree(mine);
       return leftOut;
     }
-    shared->counterpart = static_cast<TernaryHandle*>(loaded);
+    shared->counterpart = mine;
   }
-  *tree = shared->counterpart;
+  *loaded = shared->counterpart;
   return status::kOk;
 }
 
@@ -253,10 +252,9 @@ unsigned int OpenTransaction::OpenKey(const char* path, unsigned int* handle) {
 unsigned int OpenTransaction::CloseKey(unsigned int handle) {
   PCMutexGuard guard(instance_.operationLock);
   PCMutexGuard treeGuard(instance_.keyTree->TreeLock());
-  List<void*>& handles = *instance_.handles;
-  if (handles.isInvalidIndex(handle)) return status::kBadArgument;
-  auto* shared = static_cast<TernaryHandle*>(*handles.Get(handle));
-  handles.RemoveByIndex(handle);
+  TernaryHandle* const shared = instance_.Loaded(handle);
+  if (shared == nullptr) return status::kBadArgument;
+  instance_.handles->RemoveByIndex(handle);
   if (shared->counterpart != nullptr) {
     Scope scope(*this);
     // A scope may have dropped what was loaded.
@@ -264,7 +262,7 @@ unsigned int OpenTransaction::CloseKey(unsigned int handle) {
     shared->counterpart = nullptr;
   }
   const unsigned int result = instance_.keyTree->UnloadKeyTree(shared);
-  if (handles.count == 0) instance_.keyTree->UnloadKeyTree(nullptr);
+  if (instance_.handles->count == 0) instance_.keyTree->UnloadKeyTree(nullptr);
   return result;
 }
 
@@ -276,10 +274,7 @@ void OpenTransaction::Note(const ChangeNote& note, unsigned int handle, unsigned
     if (hasWritten) isAllNoted_ = false;  // a name that was cut stays so
     return;
   }
-  const char* base = nullptr;
-  if (handle != 0) {
-    base = static_cast<TernaryHandle*>(*instance_.handles->Get(handle))->ownPath.get();
-  }
+  const char* base = handle != 0 ? instance_.Loaded(handle)->ownPath.get() : nullptr;
   for (unsigned int i = 0; i < note.count; ++i) {
     const Change& change = note.changes[i];
     if (changes_.Add(change.kind, base, change.keyPath, change.valueName) != status::kOk) {

@@ -38,7 +38,7 @@ class OpenTransaction {
   unsigned int OpenKey(const char* path, unsigned int* handle);
   unsigned int CloseKey(unsigned int handle);
   // In a scope: the loaded key of a handle. kBadArgument, or why it cannot be loaded.
-  unsigned int FindHandle(unsigned int handle, void** tree);
+  unsigned int FindHandle(unsigned int handle, TernaryHandle** loaded);
   // After the scope of an operation that may have changed something since it was `before`.
   void Note(const ChangeNote& note, unsigned int handle, unsigned int result,
             const HeldChange::Mark& before);

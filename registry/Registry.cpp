@@ -266,14 +266,13 @@ unsigned int Registry::CloseKey(unsigned int handle) {
   PCMutexGuard guard(instance->operationLock);
   if (instance->transaction.IsMine()) return instance->transaction.CloseKey(handle);
   PCMutexGuard treeGuard(keyTree->TreeLock());
-  List<void*>& handles = *instance->handles;
-  if (handles.isInvalidIndex(handle)) return status::kBadArgument;
-  void* tree = *handles.Get(handle);
-  handles.RemoveByIndex(handle);
-  const unsigned int result = keyTree->UnloadKeyTree(tree);
+  TernaryHandle* const loaded = instance->Loaded(handle);
+  if (loaded == nullptr) return status::kBadArgument;
+  instance->handles->RemoveByIndex(handle);
+  const unsigned int result = keyTree->UnloadKeyTree(loaded);
   // With the last handle the strings on the way to the keys go too, so that what another process
   // has changed is read anew.
-  if (handles.count == 0) keyTree->UnloadKeyTree(nullptr);
+  if (instance->handles->count == 0) keyTree->UnloadKeyTree(nullptr);
   return result;
 }
 

@@ -12,6 +12,7 @@ namespace tamu::registry {
 class RegistryDaemon;
 class TernaryKeyTree;
 class TernaryRegistry;
+struct TernaryHandle;
 
 // Owns the trees and the handle table. The list of instances has no lock of its own: constructing,
 // initialising and finalising Registry objects is serialised by the caller.
@@ -53,6 +54,12 @@ class RegistryInstance {
   PCNotifier notifier;              // of ChangeDescriptor
   unsigned long long notified = 0;  // the change that it has told last; its thread's
 
+  // What an open handle leads to; null for one that is not open. The tree's lock is held, or the
+  // caller is one of its readers.
+  TernaryHandle* Loaded(unsigned int handle) const {
+    if (handles->isInvalidIndex(handle)) return nullptr;
+    return static_cast<TernaryHandle*>(*handles->Get(handle));
+  }
   // True for a visitor of Registry::Walk; asked before any lock is taken.
   bool IsWalkedHere() const { return operationLock.IsMine() && isWalked; }
 

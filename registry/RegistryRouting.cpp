@@ -43,10 +43,9 @@ unsigned int Registry::RouteLook(unsigned int handle, const TreeOperation& opera
 unsigned int Registry::RouteRead(unsigned int handle, const TreeOperation& operation) {
   if (handle != 0 && MayLook(handle)) {
     const PCReaders::Scope readers(keyTree->Readers(), keyTree->TreeLock());
-    if (readers.IsInside() && keyTree->IsReady() && !instance->handles->isInvalidIndex(handle)) {
-      void* const treeHandle = *instance->handles->Get(handle);
-      return operation(static_cast<RegistryInterface&>(*keyTree), treeHandle);
-    }
+    TernaryHandle* const loaded =
+        readers.IsInside() && keyTree->IsReady() ? instance->Loaded(handle) : nullptr;
+    if (loaded != nullptr) return operation(static_cast<RegistryInterface&>(*keyTree), loaded);
   }
   return RouteLook(handle, operation);
 }
@@ -58,10 +57,10 @@ unsigned int Registry::RouteInTransaction(unsigned int handle, const TreeOperati
   OperationScope scope(*this, handle);
   OpenTransaction::Scope open(transaction);
   if (handle == 0) return operation(static_cast<RegistryInterface&>(*fileTree), nullptr);
-  void* treeHandle = nullptr;
-  const unsigned int result = transaction.FindHandle(handle, &treeHandle);
+  TernaryHandle* loaded = nullptr;
+  const unsigned int result = transaction.FindHandle(handle, &loaded);
   if (result != status::kOk) return result;
-  return operation(static_cast<RegistryInterface&>(*keyTree), treeHandle);
+  return operation(static_cast<RegistryInterface&>(*keyTree), loaded);
 }
 
 // The same for an operation that changes something. What it is to others is noted.

@@ -181,7 +181,7 @@ Status ReadRecord(const StoreAccess& access, const TernaryValueNode& record, boo
 
 Status CopyContents(Changes& changes, unsigned int user, const Reached& from, const char* toPath) {
   Reached to;
-  Status result = ReachKey(changes, user, nullptr, toPath, kOpenToAll, &to);
+  Status result = ReachKey(changes, user, changes.StartNode(), toPath, kOpenToAll, &to);
   if (result.IsOk() && from.key.isDefaultSet()) {
     ChangeDefault(&to.key, from.key.defaultValue(), false);
     result = changes.Write(to.keyId, to.key);

@@ -67,10 +67,10 @@ Status SearchNodes(const StoreAccess& access, unsigned int startNode, const char
   return result.IsOk() ? SearchPath(cursor, path != nullptr ? path : "", match) : result;
 }
 
-Status ReachKey(const StoreAccess& access, unsigned int user, const void* tree, const char* path,
-                unsigned char rights, Reached* reached, SubtreeNodes* spare) {
+Status ReachKey(const StoreAccess& access, unsigned int user, unsigned int startNode,
+                const char* path, unsigned char rights, Reached* reached, SubtreeNodes* spare) {
   NodeMatch match;
-  Status result = SearchNodes(access, StartNodeOf(access, tree), path, &match, spare);
+  Status result = SearchNodes(access, startNode, path, &match, spare);
   if (!result.IsOk()) return result;
   reached->nodeId = match.node;
   reached->keyId = match.keyNode;

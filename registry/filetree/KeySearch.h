@@ -35,10 +35,11 @@ unsigned int StartNodeOf(const StoreAccess& access, const void* tree);
 // is left out of `spare`, if given. `match` must be as constructed.
 Status SearchNodes(const StoreAccess& access, unsigned int startNode, const char* path,
                    NodeMatch* match, SubtreeNodes* spare = nullptr);
-// Finds a key, reads it and checks the right. A name without key has one of user 0 that gives
-// nobody any right.
-Status ReachKey(const StoreAccess& access, unsigned int user, const void* tree, const char* path,
-                unsigned char rights, Reached* reached, SubtreeNodes* spare = nullptr);
+// Finds a key from a node, reads it and checks the right. A name without key has one of user 0 that
+// gives nobody any right.
+Status ReachKey(const StoreAccess& access, unsigned int user, unsigned int startNode,
+                const char* path, unsigned char rights, Reached* reached,
+                SubtreeNodes* spare = nullptr);
 // Finds the newest value of a name in the key that was reached. kNotFound; kCannotOpen: a value of
 // the chain cannot be read; kInvalidFile: the chain is a circle.
 Status ReachValue(const StoreAccess& access, const char* name, Reached* reached);

@@ -34,11 +34,11 @@ Status SubtreeNodes::CollectSubtree(unsigned int first) {
   return result;
 }
 
-Status SubtreeNodes::CollectKeyTree(unsigned int user, const void* tree, const char* path,
+Status SubtreeNodes::CollectKeyTree(unsigned int user, unsigned int startNode, const char* path,
                                     unsigned char rights, Reached* reached,
                                     TernaryStringNode* node) {
   Status result = Prepare();
-  if (result.IsOk()) result = ReachKey(access_, user, tree, path, rights, reached, this);
+  if (result.IsOk()) result = ReachKey(access_, user, startNode, path, rights, reached, this);
   if (result.IsOk()) result = access_.Read(reached->nodeId, node);
   if (!result.IsOk()) return result;
   if (CollectSubtree(node->child()) == status::kNoMemory) return status::kNoMemory;

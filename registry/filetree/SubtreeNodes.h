@@ -29,8 +29,8 @@ class SubtreeNodes {
   // Prepares, finds a key and what goes with it: itself and all that is below its string node,
   // *node. Damage does not keep it from being collected, what cannot be read is left out; the nodes
   // and keys on the way to it are spared, whatever leads there. The statuses of ReachKey.
-  Status CollectKeyTree(unsigned int user, const void* tree, const char* path, unsigned char rights,
-                        Reached* reached, TernaryStringNode* node);
+  Status CollectKeyTree(unsigned int user, unsigned int startNode, const char* path,
+                        unsigned char rights, Reached* reached, TernaryStringNode* node);
   // Collects a key and its values. kNoMemory.
   Status CollectKey(unsigned int keyNode);
   // Collects the values of a key, the newest first, up to the first that is damaged: then

@@ -18,7 +18,7 @@ unsigned int TernaryRegistry::OnKey(unsigned int user, const void* tree, const c
                                     const FunctionRef<Status(Scope&, Reached&)>& body) {
   return InStore<Scope>(argumentsGiven, [&](Scope& scope) -> Status {
     Reached reached;
-    const Status result = ReachKey(scope, user, tree, path, rights, &reached);
+    const Status result = ReachKey(scope, user, StartNodeOf(scope, tree), path, rights, &reached);
     return result.IsOk() ? body(scope, reached) : result;
   });
 }

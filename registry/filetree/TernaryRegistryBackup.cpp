@@ -13,7 +13,7 @@ unsigned int TernaryRegistry::BackupKeyTree(unsigned int user, void* tree, const
   if (path == nullptr || backupFile == nullptr) return status::kBadArgument;
   LockedAccess access(*file);
   Reached reached;
-  Status result = ReachKey(access, user, tree, path, kRead, &reached);
+  Status result = ReachKey(access, user, StartNodeOf(access, tree), path, kRead, &reached);
   if (!result.IsOk()) return result;
   // The backup would take the place of the registry.
   if (TernaryFile::file.SameFile(backupFile)) return status::kInputOutput;
@@ -44,7 +44,8 @@ unsigned int TernaryRegistry::RestoreKeyTree(unsigned int user, void* tree, cons
   Reached reached;
   TernaryStringNode after;
   SubtreeNodes old(changes);
-  Status result = old.CollectKeyTree(user, tree, path, kCreate, &reached, &after);
+  Status result =
+      old.CollectKeyTree(user, StartNodeOf(changes, tree), path, kCreate, &reached, &after);
   if (!result.IsOk()) return result;
   if (TernaryFile::file.SameFile(backupFile)) return status::kInputOutput;
   BackupFile stream;

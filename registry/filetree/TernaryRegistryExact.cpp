@@ -46,12 +46,13 @@ unsigned int TernaryRegistry::PutValue(unsigned int user, const char* path, cons
   }
   return InStore<Changes>(true, [&](Changes& changes) {
     Reached reached;
-    Status result = ReachKey(changes, user, nullptr, path, kOpenToAll, &reached);
+    Status result = ReachKey(changes, user, changes.StartNode(), path, kOpenToAll, &reached);
     if (withKey && result == status::kNotFound) {
       result = MakeExactKey(changes, user, path, true);
       changes.TellAs(ChangeKind::kKeyCreated, nullptr);
       changes.TellAlso({ChangeKind::kValueCreated, path, name});
-      if (result.IsOk()) result = ReachKey(changes, user, nullptr, path, kOpenToAll, &reached);
+      if (result.IsOk())
+        result = ReachKey(changes, user, changes.StartNode(), path, kOpenToAll, &reached);
     }
     if (result.IsOk() && reached.keyId == 0) result = status::kNotFound;  // a name without key
     if (result.IsOk()) result = PutValueOf(changes, user, name, value, &reached);
@@ -104,13 +105,13 @@ unsigned int TernaryRegistry::RemoveKey(unsigned int user, const char* path) {
   if (path[0] == 0) return status::kBadArgument;
   return InStore<Changes>(true, [&](Changes& changes) {
     Reached reached;
-    Status result = ReachKey(changes, user, nullptr, path, kDelete, &reached);
+    Status result = ReachKey(changes, user, changes.StartNode(), path, kDelete, &reached);
     if (!result.IsOk()) return result;
     result = ForBranch(kAdministratorId, path, [&](const char* name) -> Status {
       const std::unique_ptr<char[]> full(PathOf(path, name));
       if (full == nullptr) return status::kNoMemory;
       Reached key;
-      Status emptied = ReachKey(changes, user, nullptr, full.get(), kOpenToAll, &key);
+      Status emptied = ReachKey(changes, user, changes.StartNode(), full.get(), kOpenToAll, &key);
       if (emptied.IsOk()) emptied = ReleaseValues(changes, key);
       return emptied;
     });
@@ -132,7 +133,8 @@ unsigned int TernaryRegistry::CopyKey(unsigned int user, const char* path, const
       Status made = MakeExactKey(changes, user, to.get(), true);
       if (name != nullptr && made == status::kExists) made = status::kOk;  // as one above another
       Reached reached;
-      if (made.IsOk()) made = ReachKey(changes, user, nullptr, from.get(), kOpenToAll, &reached);
+      if (made.IsOk())
+        made = ReachKey(changes, user, changes.StartNode(), from.get(), kOpenToAll, &reached);
       return made.IsOk() ? CopyContents(changes, user, reached, to.get()) : made;
     });
     return result.IsOk() ? changes.End(result) : result;
@@ -147,12 +149,13 @@ unsigned int TernaryRegistry::MoveKey(unsigned int user, const char* path, const
   return InStore<Changes>(true, [&](Changes& changes) -> Status {
     Reached from;
     Reached to;
-    Status result = ReachKey(changes, user, nullptr, path, kDelete, &from);
+    Status result = ReachKey(changes, user, changes.StartNode(), path, kDelete, &from);
     if (result.IsOk() && from.keyId == 0) result = status::kNotFound;
     if (result.IsOk()) result = MakeExactKey(changes, user, newPath, true);
     // Making it may have cut the name of the other.
-    if (result.IsOk()) result = ReachKey(changes, user, nullptr, path, kDelete, &from);
-    if (result.IsOk()) result = ReachKey(changes, user, nullptr, newPath, kOpenToAll, &to);
+    if (result.IsOk()) result = ReachKey(changes, user, changes.StartNode(), path, kDelete, &from);
+    if (result.IsOk())
+      result = ReachKey(changes, user, changes.StartNode(), newPath, kOpenToAll, &to);
     TernaryStringNode fromNode;
     TernaryStringNode toNode;
     if (result.IsOk()) result = changes.Read(from.nodeId, &fromNode);

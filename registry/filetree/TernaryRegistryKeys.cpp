@@ -64,7 +64,8 @@ unsigned int TernaryRegistry::DeleteKey(unsigned int user, void* tree, const cha
     Reached reached;
     TernaryStringNode node;
     SubtreeNodes nodes(changes);
-    Status result = nodes.CollectKeyTree(user, tree, path, kDelete, &reached, &node);
+    Status result =
+        nodes.CollectKeyTree(user, StartNodeOf(changes, tree), path, kDelete, &reached, &node);
     if (!result.IsOk()) return result;
     result = changes.Write(reached.nodeId, WithoutKey(node));
     if (result.IsOk()) nodes.Release(changes).Ignore();  // what cannot be given back stays in use

@@ -31,7 +31,8 @@ unsigned char BitOf(ChangeKind kind) {
 
 unsigned char WatchOf(const StoreAccess& access, const char* path) {
   Reached reached;
-  const Status found = ReachKey(access, kAdministratorId, nullptr, path, kOpenToAll, &reached);
+  const Status found =
+      ReachKey(access, kAdministratorId, access.StartNode(), path, kOpenToAll, &reached);
   return found.IsOk() && reached.keyId != 0 ? reached.key.watch() : static_cast<unsigned char>(0);
 }
 
