@@ -175,27 +175,6 @@ class FileTreeRig {
   };
 };
 
-// A tree over a store that the test sees too.
-struct SharedStore {
-  SharedStore() {
-    EXPECT_EQ(status::kOk, store.CreateRegistryFile(path.c_str(), 65536));
-    EXPECT_EQ(status::kOk, store.Initialize(path.c_str()));
-    tree.ShareStore();
-    EXPECT_EQ(status::kOk, tree.Initialize(nullptr));
-  }
-  ~SharedStore() {
-    tree.Finalize();
-    store.Finalize();
-  }
-  SharedStore(const SharedStore&) = delete;
-  SharedStore& operator=(const SharedStore&) = delete;
-
-  TempDir dir;
-  std::string path = dir / "shared.rce";
-  TernaryFile store;
-  TernaryRegistry tree{&store, nullptr};
-};
-
 // Bytes that differ from their neighbours.
 inline std::string Pattern(unsigned int size) {
   std::string bytes;

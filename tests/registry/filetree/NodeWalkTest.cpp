@@ -1,5 +1,5 @@
 #include "registry/filetree/NodeWalk.h"
-#include "tests/registry/filetree/FileTreeRig.h"
+#include "tests/registry/filetree/SharedStore.h"
 #include "tests/support/StoreCalls.h"
 
 namespace tamu::registry {

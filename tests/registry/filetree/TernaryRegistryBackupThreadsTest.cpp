@@ -2,6 +2,7 @@
 #include <thread>
 
 #include "tests/registry/filetree/BackupTesting.h"
+#include "tests/registry/filetree/SharedStore.h"
 
 namespace tamu::registry {
 

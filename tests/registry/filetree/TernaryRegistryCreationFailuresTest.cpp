@@ -1,6 +1,6 @@
 // Creating keys in a store that is full or cannot be written.
 #include "tests/platform/ChildProcess.h"
-#include "tests/registry/filetree/FileTreeRig.h"
+#include "tests/registry/filetree/SharedStore.h"
 
 namespace tamu::registry {
 

@@ -1,5 +1,6 @@
 // Deleting keys: which slots come back, and in which order.
 #include "tests/registry/filetree/KeyTesting.h"
+#include "tests/registry/filetree/SharedStore.h"
 
 namespace tamu::registry {
 

@@ -2,6 +2,7 @@
 #include <vector>
 
 #include "tests/registry/filetree/DamagedFile.h"
+#include "tests/registry/filetree/SharedStore.h"
 
 namespace tamu::registry {
 

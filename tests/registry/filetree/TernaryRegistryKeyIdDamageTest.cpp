@@ -1,6 +1,7 @@
 // Ids that name nothing, chains of values that lead back, and files that cannot be read: listing
 // and counting tell of it, deleting takes what it can reach, and the free lists stay whole.
 #include "tests/registry/filetree/KeyDamage.h"
+#include "tests/registry/filetree/SharedStore.h"
 #include "tests/support/LengthLook.h"
 
 namespace tamu::registry {

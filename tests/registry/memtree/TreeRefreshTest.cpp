@@ -62,6 +62,47 @@ class TreeRefreshTest : public ::testing::Test {
     EXPECT_EQ(Described(rig.loaded, handle, ""), Described(*rig.file, nullptr, key)) << key;
   }
 
+  // Changes one of kKeys without a handle, and notes it.
+  void ChangeOne(std::mt19937& random, unsigned int round, ChangeList& changes) {
+    const auto below = [&](unsigned int n) { return static_cast<unsigned int>(random() % n); };
+    const char* key = kKeys[below(std::size(kKeys))];
+    const std::string name(1, static_cast<char>('p' + below(3)));
+    switch (below(7)) {
+      case 0:
+        rig.file->CreateKey(kAdmin, nullptr, key, 0, false);
+        Note(changes, ChangeKind::kKeyCreated, key);
+        break;
+      case 1:
+        if (below(4) != 0) break;
+        rig.file->DeleteKey(kAdmin, nullptr, key);
+        Note(changes, ChangeKind::kKeyDeleted, key);
+        break;
+      case 2:
+        rig.CreateData(key, name.c_str(), Pattern(1 + below(200)));
+        Note(changes, ChangeKind::kValueCreated, key, name.c_str());
+        break;
+      case 3:
+        SetText(key, name.c_str(), Pattern(1 + below(200)));
+        Note(changes, ChangeKind::kValueSet, key, name.c_str());
+        break;
+      case 4:
+        rig.file->DeleteValue(kAdmin, nullptr, key, name.c_str());
+        Note(changes, ChangeKind::kValueDeleted, key, name.c_str());
+        break;
+      case 5:
+        rig.file->SetDefaultValue(kAdmin, nullptr, key, round, false);
+        Note(changes, ChangeKind::kDefaultChanged, key);
+        break;
+      default:
+        rig.file->SetKeyPermission(kAdmin, nullptr, key,
+                                   static_cast<unsigned char>(below(16) * 16 + 15));
+        Note(changes, ChangeKind::kRightsChanged, key);
+        break;
+    }
+  }
+
+  static constexpr const char* kKeys[] = {"a",     "a/b",   "a/b/c", "a/net", "a/netx", "a/nq",
+                                          "a/b/d", "a/b/e", "x",     "x/y",   "x/yz",   "x/y/z"};
   LoadedTreeRig rig;
 };
 
@@ -207,13 +248,11 @@ TEST_F(TreeRefreshTest, RandomChangesAreFollowed) {
   const unsigned int seed = 20406;
   std::mt19937 random(seed);
   const auto below = [&](unsigned int n) { return static_cast<unsigned int>(random() % n); };
-  const char* const keys[] = {"a",     "a/b",   "a/b/c", "a/net", "a/netx", "a/nq",
-                              "a/b/d", "a/b/e", "x",     "x/y",   "x/yz",   "x/y/z"};
   std::vector<std::pair<TernaryHandle*, std::string>> handles;
   for (unsigned int round = 0; round < 400; ++round) {
     SCOPED_TRACE("seed " + std::to_string(seed) + ", round " + std::to_string(round));
     if (handles.size() < 4) {
-      const char* key = keys[below(std::size(keys))];
+      const char* key = kKeys[below(std::size(kKeys))];
       void* tree = nullptr;
       if (rig.loaded.LoadKeyTree(key, tree) == 0) {
         handles.emplace_back(static_cast<TernaryHandle*>(tree), key);
@@ -225,40 +264,7 @@ TEST_F(TreeRefreshTest, RandomChangesAreFollowed) {
     }
     ChangeList changes;
     for (unsigned int step = below(4); step > 0; --step) {
-      const char* key = keys[below(std::size(keys))];
-      const std::string name(1, static_cast<char>('p' + below(3)));
-      switch (below(7)) {
-        case 0:
-          rig.file->CreateKey(kAdmin, nullptr, key, 0, false);
-          Note(changes, ChangeKind::kKeyCreated, key);
-          break;
-        case 1:
-          if (below(4) != 0) break;
-          rig.file->DeleteKey(kAdmin, nullptr, key);
-          Note(changes, ChangeKind::kKeyDeleted, key);
-          break;
-        case 2:
-          rig.CreateData(key, name.c_str(), Pattern(1 + below(200)));
-          Note(changes, ChangeKind::kValueCreated, key, name.c_str());
-          break;
-        case 3:
-          SetText(key, name.c_str(), Pattern(1 + below(200)));
-          Note(changes, ChangeKind::kValueSet, key, name.c_str());
-          break;
-        case 4:
-          rig.file->DeleteValue(kAdmin, nullptr, key, name.c_str());
-          Note(changes, ChangeKind::kValueDeleted, key, name.c_str());
-          break;
-        case 5:
-          rig.file->SetDefaultValue(kAdmin, nullptr, key, round, false);
-          Note(changes, ChangeKind::kDefaultChanged, key);
-          break;
-        default:
-          rig.file->SetKeyPermission(kAdmin, nullptr, key,
-                                     static_cast<unsigned char>(below(16) * 16 + 15));
-          Note(changes, ChangeKind::kRightsChanged, key);
-          break;
-      }
+      ChangeOne(random, round, changes);
     }
     if (below(2) == 0) {
       rig.loaded.SetBehind();

@@ -1,5 +1,6 @@
 // What a backup may contain: whatever else is in a file, it is refused and the registry stays as it
 // is, byte by byte.
+#include "tests/registry/filetree/SharedStore.h"
 #include "tests/registry/filetree/SmallStack.h"
 #include "tests/registry/filetree/SoundBackup.h"
 

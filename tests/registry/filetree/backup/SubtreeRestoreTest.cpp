@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include "registry/filetree/backup/SubtreeRestore.h"
+#include "tests/registry/filetree/SharedStore.h"
 #include "tests/registry/filetree/SoundBackup.h"
 
 namespace tamu::registry {
