@@ -141,6 +141,13 @@ class RegistryReadOnly : public ::testing::Test {
     ASSERT_EQ(0u, registry.SetOptions(ToRead()));
     ASSERT_EQ(0u, registry.Initialize());
   }
+  // The same; the handle of "key".
+  static unsigned int OpenWithHandle(Registry& registry) {
+    Open(registry);
+    unsigned int handle = 0;
+    EXPECT_EQ(0u, registry.OpenKey("key", &handle));
+    return handle;
+  }
   // The value that the writer sets, through a handle or without.
   static unsigned int NumberIn(Registry& registry, unsigned int handle = 0) {
     unsigned int number = 0;
@@ -262,9 +269,7 @@ TEST_F(RegistryReadOnly, AHandleFollowsAWriter) {
   for (const Durability mode : SharedModes()) {
     SCOPED_TRACE("mode " + std::to_string(static_cast<int>(mode)));
     Registry registry(path.c_str(), kAdmin);
-    Open(registry);
-    unsigned int handle = 0;
-    ASSERT_EQ(0u, registry.OpenKey("key", &handle));
+    const unsigned int handle = OpenWithHandle(registry);
     unsigned int number = NumberIn(registry, handle);
     for (unsigned int round = 0; round < 3; ++round) {
       Writer writer(path, mode);
@@ -281,9 +286,7 @@ TEST_F(RegistryReadOnly, AHandleFollowsAWriter) {
 TEST_F(RegistryReadOnly, AWriterWhoHasComeAndGoneIsNoticed) {
   for (const Durability mode : SharedModes()) {
     Registry registry(path.c_str(), kAdmin);
-    Open(registry);
-    unsigned int handle = 0;
-    ASSERT_EQ(0u, registry.OpenKey("key", &handle));
+    const unsigned int handle = OpenWithHandle(registry);
     unsigned int number = NumberIn(registry, handle);
     for (unsigned int round = 0; round < 20; ++round) {
       if (round % 5 == 4) usleep(100000);  // the file is old when it is looked at
@@ -296,9 +299,7 @@ TEST_F(RegistryReadOnly, AWriterWhoHasComeAndGoneIsNoticed) {
 
 TEST_F(RegistryReadOnly, AnotherFileAtThePathIsNoticed) {
   Registry registry(path.c_str(), kAdmin);
-  Open(registry);
-  unsigned int handle = 0;
-  ASSERT_EQ(0u, registry.OpenKey("key", &handle));
+  const unsigned int handle = OpenWithHandle(registry);
   EXPECT_EQ(1u, NumberIn(registry, handle));
   unsigned long long number = registry.ChangeNumber();
   PutFile(dir / "other", before);
