@@ -3,35 +3,57 @@
 
 namespace tamu::registry {
 
+// On a machine of the same order a number is read and written as it is, which is small enough to be
+// a part of every caller.
+constexpr bool kIsFileOrder = __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__;
+
+template <class Number>
+inline Number GetNumber(const unsigned char* p) {
+  Number value = 0;
+  if constexpr (kIsFileOrder) {
+    __builtin_memcpy(&value, p, sizeof value);
+  } else {
+    for (unsigned int i = sizeof value; i > 0; --i) {
+      value = static_cast<Number>((value << 8) | p[i - 1]);
+    }
+  }
+  return value;
+}
+
+template <class Number>
+inline void PutNumber(unsigned char* p, Number value) {
+  if constexpr (kIsFileOrder) {
+    __builtin_memcpy(p, &value, sizeof value);
+  } else {
+    for (unsigned int i = 0; i < sizeof value; ++i) {
+      p[i] = static_cast<unsigned char>(value & 0xFF);
+      value = static_cast<Number>(value >> 8);
+    }
+  }
+}
+
 inline unsigned short GetU16(const unsigned char* p) {
-  return static_cast<unsigned short>(p[0] | (p[1] << 8));
+  return GetNumber<unsigned short>(p);
 }
 
 inline unsigned int GetU32(const unsigned char* p) {
-  return static_cast<unsigned int>(p[0]) | (static_cast<unsigned int>(p[1]) << 8) |
-         (static_cast<unsigned int>(p[2]) << 16) | (static_cast<unsigned int>(p[3]) << 24);
+  return GetNumber<unsigned int>(p);
 }
 
 inline unsigned long long GetU64(const unsigned char* p) {
-  return static_cast<unsigned long long>(GetU32(p)) |
-         (static_cast<unsigned long long>(GetU32(p + 4)) << 32);
+  return GetNumber<unsigned long long>(p);
 }
 
 inline void PutU16(unsigned char* p, unsigned short value) {
-  p[0] = static_cast<unsigned char>(value & 0xFF);
-  p[1] = static_cast<unsigned char>(value >> 8);
+  PutNumber(p, value);
 }
 
 inline void PutU32(unsigned char* p, unsigned int value) {
-  p[0] = static_cast<unsigned char>(value & 0xFF);
-  p[1] = static_cast<unsigned char>((value >> 8) & 0xFF);
-  p[2] = static_cast<unsigned char>((value >> 16) & 0xFF);
-  p[3] = static_cast<unsigned char>(value >> 24);
+  PutNumber(p, value);
 }
 
 inline void PutU64(unsigned char* p, unsigned long long value) {
-  PutU32(p, static_cast<unsigned int>(value & 0xFFFFFFFFu));
-  PutU32(p + 4, static_cast<unsigned int>(value >> 32));
+  PutNumber(p, value);
 }
 
 }  // namespace tamu::registry
