@@ -1,5 +1,6 @@
 #include "registry/store/TableMap.h"
 
+#include <algorithm>
 #include <new>
 #include <utility>
 
@@ -149,12 +150,17 @@ bool TableMap::OverlapsAnother(const NodeAllocationTable& table, unsigned int re
   const FileRange entries = TableRangeOf(table);
   const FileRange area = AreaRangeOf(table, recordSize);
   if (Overlap(entries, area)) return true;
+  const FileRange all = {std::min(entries.start, area.start), std::max(entries.end, area.end)};
   for (unsigned int k = 0; k < kNodeKinds; ++k) {
     for (unsigned int i = 0; i < descriptors_[k].tableCount; ++i) {
       const NodeAllocationTable& other = *descriptors_[k].tables[i];
+      const FileRange otherEntries = TableRangeOf(other);
       const FileRange otherArea = AreaRangeOf(other, RecordSizeOf(static_cast<NodeKind>(k)));
-      if (Overlap(entries, TableRangeOf(other)) || Overlap(entries, otherArea) ||
-          Overlap(area, TableRangeOf(other)) || Overlap(area, otherArea)) {
+      // As nearly always.
+      if (otherEntries.start >= all.end && otherArea.start >= all.end) continue;
+      if (otherEntries.end <= all.start && otherArea.end <= all.start) continue;
+      if (Overlap(entries, otherEntries) || Overlap(entries, otherArea) ||
+          Overlap(area, otherEntries) || Overlap(area, otherArea)) {
         return true;
       }
     }
