@@ -1,5 +1,6 @@
 #include "registry/base/NameList.h"
 
+#include <cstring>
 #include <functional>
 #include <new>
 
@@ -8,11 +9,22 @@
 
 namespace tamu::registry {
 
+namespace {
+
+// Of the name, of `most` bytes of it at most.
+unsigned int LengthAtMost(const char* name, unsigned int most) {
+  if (most == 0xFFFFFFFF) return static_cast<unsigned int>(std::strlen(name));
+  const void* const end = std::memchr(name, 0, most);
+  return end == nullptr ? most : static_cast<unsigned int>(static_cast<const char*>(end) - name);
+}
+
+}  // namespace
+
 NameList::NameList(unsigned int wanted) {
   constexpr unsigned int kMaxNames = 0x7FFFFFFFu / sizeof(unsigned long long);
   if (wanted == 0 || wanted > kMaxNames) return;
-  names = new (std::nothrow) char*[wanted]();
-  tags = new (std::nothrow) unsigned long long[wanted]();
+  names = new (std::nothrow) char*[wanted];
+  tags = new (std::nothrow) unsigned long long[wanted];
   if (names != nullptr && tags != nullptr) {
     capacity = wanted;
     return;
@@ -35,6 +47,7 @@ unsigned int NameList::AddName(char* name, unsigned long long tag) {
   names[count] = name;
   tags[count] = tag;
   ++count;
+  ++taken;
   return status::kOk;
 }
 
@@ -56,9 +69,8 @@ void NameList::FreeNewestBlock() {
   ::operator delete(newest);
 }
 
-// Each block is at least twice as large as the one before.
+// Makes a block that has room for `size` bytes. Each is at least twice as large as the one before.
 bool NameList::MakeRoom(unsigned int size) {
-  if (blocks_ != nullptr && blocks_->size - blocks_->used >= size) return true;
   constexpr unsigned int kFirst = 512;
   constexpr unsigned int kMost = 0x7FFFFFFF - sizeof(Block);
   unsigned int wanted = blocks_ != nullptr ? 2 * blocks_->size : kFirst;
@@ -71,25 +83,29 @@ bool NameList::MakeRoom(unsigned int size) {
 }
 
 unsigned int NameList::AddCopy(const char* name, unsigned int most) {
-  unsigned int length = 0;
-  while (length < most && name[length] != 0) ++length;
-  if (count < capacity && !MakeRoom(length + 1)) return status::kNoMemory;
-  const unsigned int result = AddName(nullptr, 0);
-  if (result != status::kOk) return result;
+  const unsigned int length = LengthAtMost(name, most);
+  if (capacity == 0) return status::kNoMemory;
+  if (count >= capacity) return status::kLimit;
+  const bool hasRoom = blocks_ != nullptr && blocks_->size - blocks_->used > length;
+  if (!hasRoom && !MakeRoom(length + 1)) return status::kNoMemory;
   char* const copy = blocks_->Bytes() + blocks_->used;
-  PCMem::Copy(copy, name, length);
+  std::memcpy(copy, name, length);
   copy[length] = 0;
   blocks_->used += length + 1;
-  names[count - 1] = copy;
-  return result;
+  names[count] = copy;
+  tags[count] = 0;
+  ++count;
+  return status::kOk;
 }
 
 // Copies were made in the order of the names.
 void NameList::CutTo(unsigned int first) {
+  if (first == 0 && taken == 0) count = 0;
   while (count > first) {
     char* const name = names[--count];
     if (!IsCopy(name)) {
       delete[] name;
+      --taken;
       continue;
     }
     while (!blocks_->Has(name)) FreeNewestBlock();

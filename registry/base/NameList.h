@@ -51,6 +51,7 @@ class YAX_API NameList {
   Block* blocks_ = nullptr;  // the newest
   unsigned int count = 0;
   unsigned int capacity = 0;  // names; fixed
+  unsigned int taken = 0;     // names that are no copies
   char** names = nullptr;
   unsigned long long* tags = nullptr;
 };
