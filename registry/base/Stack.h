@@ -16,7 +16,10 @@ class Stack {
     if (result == status::kOk) *items_[count_++] = item;
     return result;
   }
+  // Adds an element that is whatever was there before. Null without memory.
+  T* PushAny() { return items_.GrowTo(count_ + 1) == status::kOk ? items_[count_++] : nullptr; }
   // There must be one.
+  void Drop() { --count_; }
   T Pop() { return *items_[--count_]; }
   T& Top() { return *items_[count_ - 1]; }
   const T& Top() const { return *items_[count_ - 1]; }

@@ -7,6 +7,13 @@ namespace tamu::registry {
 
 namespace {
 
+// The walk of listings and counts, which do little else.
+class ListingWalk : public NodeWalk {
+ public:
+  ListingWalk(const StoreAccess& access, NodeSet& met) : NodeWalk(access, kListingOrder, met) {}
+  __attribute__((always_inline)) Status Next() { return Step(); }
+};
+
 // Where names of any length are spelt.
 class GrowingName {
  public:
@@ -14,6 +21,9 @@ class GrowingName {
 
   Status Reserve(unsigned int length) { return ReserveName(&buffer_, length); }
   void Put(unsigned int position, signed char c) { *buffer_[position] = static_cast<char>(c); }
+  void PutSegment(unsigned int position, const TernaryStringNode& node) {
+    node.CopySegment(buffer_[position]);
+  }
   Status End(unsigned int) { return status::kOk; }
   const char* Text() const { return buffer_.data; }
 
@@ -33,7 +43,7 @@ Status ListFrom(const StoreAccess& access, const TernaryStringNode& node, unsign
                 unsigned int position, ListingState* state) {
   NodeSet met;
   Status result = met.Prepare(access.Descriptor(NodeKind::kString));
-  NodeWalk walk(access, kListingOrder, met);
+  ListingWalk walk(access, met);
   if (result.IsOk()) result = walk.Start(node, id);
   if (!result.IsOk()) return result;
   GrowingName name(state->buffer);
@@ -42,15 +52,12 @@ Status ListFrom(const StoreAccess& access, const TernaryStringNode& node, unsign
 
 Status CountValuesOf(const StoreAccess& access, const TernaryKeyNode& key, NodeSet* met,
                      unsigned int* count) {
-  ValueWalk walk(access, key.firstValue(), met);
-  if (walk.IsOver()) return status::kOk;
-  Status result = walk.Read();
-  if (!result.IsOk()) return result;
-  ++*count;
-  for (walk.Advance(); !walk.IsOver(); walk.Advance()) {
-    ++*count;  // also when it cannot be read
-    result = walk.Read();
+  bool isFirst = true;
+  for (ValueWalk walk(access, key.firstValue(), met); !walk.IsOver(); walk.Advance()) {
+    const Status result = walk.Read();
+    if (result.IsOk() || !isFirst) ++*count;  // also one that cannot be read
     if (!result.IsOk()) return result;
+    isFirst = false;
   }
   return status::kOk;
 }
@@ -61,17 +68,18 @@ Status CountFrom(const StoreAccess& access, const TernaryStringNode& node, unsig
   NodeSet metValues;
   Status result = met.Prepare(access.Descriptor(NodeKind::kString));
   if (result.IsOk()) result = metValues.Prepare(access.Descriptor(NodeKind::kValue));
-  NodeWalk walk(access, kListingOrder, met);
+  ListingWalk walk(access, met);
   if (result.IsOk()) result = walk.Start(node, id);
   if (!result.IsOk()) return result;
-  return CountKeys(walk, depth, info, [&](const NodeWalk& at, bool* isKey, unsigned int* values) {
-    const unsigned int keyId = at.Node().keyNode();
-    if (keyId == 0) return Status(status::kOk);
-    *isKey = true;
-    TernaryKeyNode key;
-    const Status read = access.Read(keyId, &key);
-    return read.IsOk() ? CountValuesOf(access, key, &metValues, values) : read;
-  });
+  return CountKeys(walk, depth, info,
+                   [&](const ListingWalk& at, bool* isKey, unsigned int* values) {
+                     const unsigned int keyId = at.Node().keyNode();
+                     if (keyId == 0) return Status(status::kOk);
+                     *isKey = true;
+                     TernaryKeyNode key;
+                     const Status read = access.ReadHere(keyId, &key);
+                     return read.IsOk() ? CountValuesOf(access, key, &metValues, values) : read;
+                   });
 }
 
 }  // namespace tamu::registry

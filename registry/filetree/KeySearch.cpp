@@ -35,7 +35,7 @@ class NodeCursor {
       spare_->SpareKey(node_.keyNode());  // of the node before: the last one's key is found
       spare_->SpareNode(next);
     }
-    const Status result = access_.Read(next, &node_);
+    const Status result = access_.ReadHere(next, &node_);
     return result.IsOk() && !node_.HasValidSegment() ? Status(status::kInvalidFile) : result;
   }
   // With a slash a name without key counts, as key 0.
@@ -74,7 +74,7 @@ Status ReachKey(const StoreAccess& access, unsigned int user, unsigned int start
   if (!result.IsOk()) return result;
   reached->nodeId = match.node;
   reached->keyId = match.keyNode;
-  if (match.keyNode != 0) result = access.Read(match.keyNode, &reached->key);
+  if (match.keyNode != 0) result = access.ReadHere(match.keyNode, &reached->key);
   if (!result.IsOk()) return result;
   return IsAllowed(reached->key, user, rights) ? status::kOk : status::kNoRight;
 }
@@ -84,7 +84,7 @@ Status ReachValue(const StoreAccess& access, const char* name, Reached* reached)
   unsigned int id = reached->key.firstValue();
   for (unsigned int steps = 0; id != 0; ++steps) {
     if (steps >= limit) return status::kInvalidFile;
-    if (!access.Read(id, &reached->value).IsOk()) return status::kCannotOpen;
+    if (!access.ReadHere(id, &reached->value).IsOk()) return status::kCannotOpen;
     if (reached->value.hasName(name)) {
       reached->valueId = id;
       return status::kOk;

@@ -11,33 +11,15 @@ Status NodeWalk::Start(unsigned int id) {
 Status NodeWalk::Start(const TernaryStringNode& node, unsigned int id) {
   way_.Clear();
   if (id != 0 && !met_.Add(id)) return status::kInvalidFile;
-  Frame first;
-  first.node = node;
-  first.id = id;
+  top_ = way_.PushAny();
+  if (top_ == nullptr) return status::kNoMemory;
+  *top_ = {node, id, 0, 0, NodeLink::kLo};
   entered_ = true;
-  return way_.Push(first);
+  return status::kOk;
 }
 
 Status NodeWalk::Next() {
-  if (!entered_) way_.Pop();  // the node that was left is done
-  entered_ = false;
-  if (way_.IsEmpty()) return status::kOk;
-  Frame& top = way_.Top();
-  while (top.tried < kNodeLinks) {
-    Frame next;
-    next.via = order_[top.tried++];
-    next.id = LinkOf(top.node, next.via);
-    if (next.id == 0) continue;
-    if (damage_ == Damage::kSkipped && !access_.IsUsed(NodeKind::kString, next.id)) continue;
-    const Status result =
-        met_.Add(next.id) ? access_.Read(next.id, &next.node) : Status(status::kInvalidFile);
-    if (result.IsOk()) {
-      entered_ = true;
-      return way_.Push(next);
-    }
-    if (damage_ == Damage::kEndsWalk) return result;
-  }
-  return status::kOk;
+  return Step();
 }
 
 }  // namespace tamu::registry

@@ -33,39 +33,81 @@ class NodeWalk {
   Status Start(const TernaryStringNode& node, unsigned int id);
   // Goes on to the next visit. 0, kNoMemory or as told above.
   Status Next();
+  // The same, as a part of the code that it stands in.
+  __attribute__((always_inline)) Status Step();
 
   bool IsOver() const { return way_.IsEmpty(); }
   // Between Start and the end: the node visited, and on which of its two visits it is.
   bool IsEntered() const { return entered_; }
-  const TernaryStringNode& Node() const { return way_.Top().node; }
-  unsigned int Id() const { return way_.Top().id; }
+  const TernaryStringNode& Node() const { return top_->node; }
+  unsigned int Id() const { return top_->id; }
   // True when a key's name ends at the node.
   bool HasKey() const { return Node().hasKey(); }
   // True for the node that the walk started with.
   bool IsFirst() const { return way_.Count() == 1; }
   // The link that has led here, and the node it belongs to. Not for the first node.
-  NodeLink Via() const { return way_.Top().via; }
-  const TernaryStringNode& ParentNode() const { return way_.Below(1).node; }
+  NodeLink Via() const { return top_->via; }
+  const TernaryStringNode& ParentNode() const { return top_[-1].node; }
   // A number that the walk's user keeps with each node on the way down; 0 when it is entered.
-  unsigned int Mark() const { return way_.Top().mark; }
-  unsigned int ParentMark() const { return way_.Below(1).mark; }
-  void SetMark(unsigned int mark) { way_.Top().mark = mark; }
+  unsigned int Mark() const { return top_->mark; }
+  unsigned int ParentMark() const { return top_[-1].mark; }
+  void SetMark(unsigned int mark) { top_->mark = mark; }
 
  private:
   struct Frame {
     TernaryStringNode node;
-    unsigned int id = 0;
-    unsigned int mark = 0;
-    unsigned char tried = 0;  // links of the order that were followed
-    NodeLink via = NodeLink::kLo;
+    unsigned int id;
+    unsigned int mark;
+    unsigned char tried;  // links of the order that were followed
+    NodeLink via;
   };
+
+  __attribute__((always_inline)) Status Enter(unsigned int id, NodeLink via);
 
   const StoreAccess& access_;
   const NodeLink (&order_)[kNodeLinks];
   NodeSet& met_;
   const Damage damage_;
   Stack<Frame> way_;  // down to the node visited
+  Frame* top_ = nullptr;
   bool entered_ = false;
 };
+
+// Reads a node to where it stays until it is left.
+inline Status NodeWalk::Enter(unsigned int id, NodeLink via) {
+  if (damage_ == Damage::kSkipped && !access_.IsUsed(NodeKind::kString, id)) {
+    return status::kInvalidFile;
+  }
+  if (!met_.Add(id)) return status::kInvalidFile;
+  Frame* next = way_.PushAny();
+  if (next == nullptr) return status::kNoMemory;
+  next->id = id;
+  next->mark = 0;
+  next->tried = 0;
+  next->via = via;
+  const Status result = access_.ReadHere(id, &next->node);
+  if (!result.IsOk()) way_.Drop();
+  top_ = &way_.Top();
+  return result;
+}
+
+inline Status NodeWalk::Step() {
+  if (!entered_) {  // the node that was left is done
+    way_.Drop();
+    --top_;
+  }
+  entered_ = false;
+  if (way_.IsEmpty()) return status::kOk;
+  for (unsigned char i = top_->tried; i < kNodeLinks; ++i) {
+    const NodeLink via = order_[i];
+    const unsigned int id = LinkOf(top_->node, via);
+    if (id == 0) continue;
+    top_->tried = static_cast<unsigned char>(i + 1);
+    const Status result = Enter(id, via);
+    entered_ = result.IsOk();
+    if (entered_ || damage_ == Damage::kEndsWalk || result == status::kNoMemory) return result;
+  }
+  return status::kOk;
+}
 
 }  // namespace tamu::registry

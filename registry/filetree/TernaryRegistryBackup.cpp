@@ -12,6 +12,7 @@ unsigned int TernaryRegistry::BackupKeyTree(unsigned int user, void* tree, const
   if (file == nullptr) return status::kNoRight;
   if (path == nullptr || backupFile == nullptr) return status::kBadArgument;
   LockedAccess access(*file);
+  access.ExpectNoChange();
   Reached reached;
   Status result = ReachKey(access, user, StartNodeOf(access, tree), path, kRead, &reached);
   if (!result.IsOk()) return result;

@@ -12,7 +12,6 @@ class FileVisits {
  public:
   struct Place {
     TernaryStringNode node;
-    unsigned int id = 0;
   };
 
   FileVisits(const StoreAccess& access, const TernaryKeyNode& key) : access_(access), key_(key) {}
@@ -23,15 +22,15 @@ class FileVisits {
     return result.IsOk() ? Reach(id, place) : result;
   }
   const TernaryStringNode& NodeOf(const Place& place) const { return place.node; }
-  Status Follow(const Place& from, NodeLink link, Place* to) {
-    const unsigned int id = LinkOf(from.node, link);
-    return id != 0 ? Reach(id, to) : Status(status::kNotFound);
+  unsigned int TargetOf(const Place& from, NodeLink link) const { return LinkOf(from.node, link); }
+  Status Reach(unsigned int id, Place* place) {
+    return met_.Add(id) ? access_.ReadHere(id, &place->node) : Status(status::kInvalidFile);
   }
   Status ReadKey(const Place& place, bool* isKey) {
     *isKey = place.node.hasKey();
     if (!*isKey) return status::kOk;
     if (place.node.keyNode() == 0) return status::kInvalidFile;
-    return access_.Read(place.node.keyNode(), &key_);
+    return access_.ReadHere(place.node.keyNode(), &key_);
   }
   const TernaryKeyNode& Key() const { return key_; }
   template <class Visit>
@@ -48,10 +47,6 @@ class FileVisits {
   }
 
  private:
-  Status Reach(unsigned int id, Place* place) {
-    place->id = id;
-    return met_.Add(id) ? access_.Read(id, &place->node) : Status(status::kInvalidFile);
-  }
   Status ReadBlocks(const TernaryValueNode& record) {
     unsigned int size = record.dataSize();
     if (size > sizeof data_) return status::kInvalidFile;
@@ -72,6 +67,7 @@ class FileVisits {
 unsigned int TernaryRegistry::Walk(unsigned int user, void* tree, const char* path,
                                    WalkVisitor* visitor) {
   const auto walk = [&](LockedAccess& access, Reached& reached) {
+    access.ExpectNoChange();
     FileVisits visits(access, reached.key);
     FileVisits::Place first;
     const Status result = visits.Start(reached.nodeId, &first);

@@ -26,7 +26,7 @@ class ValueWalk {
   Status Read() {
     if (left_ == 0 || (met_ != nullptr && !met_->Add(id_))) return status::kInvalidFile;
     --left_;
-    return access_.Read(id_, &record_);
+    return access_.ReadHere(id_, &record_);
   }
   const TernaryValueNode& Record() const { return record_; }
   void Advance() { id_ = record_.nextValue(); }

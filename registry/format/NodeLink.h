@@ -5,21 +5,12 @@
 
 namespace tamu::registry {
 
+// In the order in which they are stored.
 enum class NodeLink : unsigned char { kLo, kHi, kEqual, kChild };
 
 // The link's id, 0 = none.
 inline unsigned int LinkOf(const TernaryStringNode& node, NodeLink link) {
-  switch (link) {
-    case NodeLink::kLo:
-      return node.lo();
-    case NodeLink::kHi:
-      return node.hi();
-    case NodeLink::kEqual:
-      return node.equal();
-    case NodeLink::kChild:
-      return node.child();
-  }
-  return 0;
+  return node.link(static_cast<unsigned int>(link));
 }
 void SetLink(TernaryStringNode* node, NodeLink link, unsigned int id);
 

@@ -1,6 +1,8 @@
 // A node of the search tree over key names: a run of characters and a split character.
 #pragma once
 
+#include <cstring>
+
 #include "registry/format/Codec.h"
 
 namespace tamu::registry {
@@ -50,6 +52,8 @@ class TernaryStringNode {
   void setEqual(unsigned int id) { PutU32(bytes_ + kOffEqual, id); }
   unsigned int child() const { return GetU32(bytes_ + kOffChild); }
   void setChild(unsigned int id) { PutU32(bytes_ + kOffChild, id); }
+  // The i-th of the four links above, in the order of their offsets.
+  unsigned int link(unsigned int i) const { return GetU32(bytes_ + kOffLo + kLinkSize * i); }
   unsigned int keyNode() const { return GetU32(bytes_ + kOffKeyNode); }
   void setKeyNode(unsigned int id) { PutU32(bytes_ + kOffKeyNode, id); }
   // Character i of the segment, i below kSegmentMax.
@@ -64,15 +68,18 @@ class TernaryStringNode {
   // so that a zero byte in a damaged segment never leads beyond it.
   bool MatchesSegment(const char* path, int* cut) const {
     const unsigned int length = segmentLength();
+    char c = path[0];
     for (unsigned int k = 0; k < length; ++k) {
-      const bool differs = path[k] == 0 || static_cast<signed char>(path[k]) != segment(k);
-      if (differs || path[k + 1] == 0) {
+      const bool differs = c == 0 || static_cast<signed char>(c) != segment(k);
+      if (differs || (c = path[k + 1]) == 0) {
         *cut = static_cast<int>(k);
         return false;
       }
     }
     return true;
   }
+  // Writes kSegmentMax characters, of which segmentLength() are the segment's.
+  void CopySegment(char* to) const { std::memcpy(to, bytes_ + kOffSegment, kSegmentMax); }
   void ClearReserved() { bytes_[kOffReserved] = 0; }
 
  private:
@@ -83,6 +90,7 @@ class TernaryStringNode {
   static constexpr unsigned int kOffLo = 4;
   static constexpr unsigned int kOffHi = 8;
   static constexpr unsigned int kOffEqual = 12;
+  static constexpr unsigned int kLinkSize = 4;
   static constexpr unsigned int kOffChild = 16;
   static constexpr unsigned int kOffKeyNode = 20;
   static constexpr unsigned int kOffSegment = 24;

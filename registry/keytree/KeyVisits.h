@@ -1,6 +1,8 @@
 // Visiting all keys and values in the order of their names, in both trees.
 #pragma once
 
+#include <cstring>
+
 #include "registry/base/Rights.h"
 #include "registry/base/Stack.h"
 #include "registry/base/Status.h"
@@ -16,7 +18,8 @@ namespace tamu::registry {
 // with the depth of the tree alone. The tree is seen through
 //   struct Place;                                    a node that was reached, plain data
 //   const TernaryStringNode& NodeOf(const Place&);
-//   Status Follow(const Place&, NodeLink, Place*);   kNotFound: the link is empty
+//   TargetOf(const Place&, NodeLink);                what the link leads to, 0 = nothing
+//   Status Reach(target, Place*);
 //   Status ReadKey(const Place&, bool* isKey);       the key that ends there, if one does
 //   const TernaryKeyNode& Key();                     as read last
 //   Status ForValues(visit);                         of that key, the newest first, as long as
@@ -46,10 +49,10 @@ class KeyVisits {
   enum class Stage : unsigned char { kLower, kKey, kBelow, kLonger, kHigher, kDone };
   struct Frame {
     Place place;
-    unsigned int end = 0;    // characters of the name before the split character
-    unsigned int depth = 0;  // of a key that ends here
-    Stage stage = Stage::kLower;
-    bool isSkipped = false;
+    unsigned int end;    // characters of the name before the split character
+    unsigned int depth;  // of a key that ends here
+    Stage stage;
+    bool isSkipped;
   };
 
   // What Enter and Step write behind a position: a segment, a split character, "/" and 0.
@@ -58,32 +61,34 @@ class KeyVisits {
     constexpr unsigned int kLongest = 0x7FFFFFFF - kMost;
     return position > kLongest ? status::kNoMemory : name_.GrowTo(position + kMost);
   }
+  // The names that a link leads to, from a position on.
   Status Enter(const Place& from, NodeLink link, unsigned int position, unsigned int depth) {
-    Frame next;
-    Status result = tree_.Follow(from, link, &next.place);
-    if (result == status::kNotFound) return status::kOk;
+    const auto target = tree_.TargetOf(from, link);
+    if (!target) return status::kOk;
+    Frame* next = way_.PushAny();  // `from` may be gone
+    Status result = next != nullptr ? tree_.Reach(target, &next->place) : Status(status::kNoMemory);
     if (!result.IsOk()) return result;
-    const TernaryStringNode& node = tree_.NodeOf(next.place);
+    const TernaryStringNode& node = tree_.NodeOf(next->place);
     if (!node.HasValidSegment()) return status::kInvalidFile;
     result = Reserve(position);
     if (!result.IsOk()) return result;
-    next.end = position + node.segmentLength();
-    next.depth = depth;
-    for (unsigned int k = 0; k < node.segmentLength(); ++k) {
-      *name_[position + k] = static_cast<char>(node.segment(k));
-    }
-    return way_.Push(next);
+    next->end = position + node.segmentLength();
+    next->depth = depth;
+    next->stage = Stage::kLower;
+    next->isSkipped = false;
+    node.CopySegment(name_[position]);
+    return result;
   }
   Status Step() {
     Frame& top = way_.Top();
     const unsigned int end = top.end;
     const Stage stage = top.stage;
     top.stage = static_cast<Stage>(static_cast<unsigned char>(stage) + 1);
-    *name_[end] = static_cast<char>(tree_.NodeOf(top.place).splitChar());
     switch (stage) {
       case Stage::kLower:
         return Enter(top.place, NodeLink::kLo, end, top.depth);
       case Stage::kKey:
+        *name_[end] = static_cast<char>(tree_.NodeOf(top.place).splitChar());
         return VisitPlace(&top);
       case Stage::kBelow:
         *name_[end + 1] = '/';
@@ -94,7 +99,7 @@ class KeyVisits {
       case Stage::kHigher:
         return Enter(top.place, NodeLink::kHi, end, top.depth);
       case Stage::kDone:
-        way_.Pop();
+        way_.Drop();
     }
     return status::kOk;
   }
@@ -123,7 +128,7 @@ class KeyVisits {
   Status VisitValue(const WalkedKey& key, const TernaryValueNode& record, const void* data,
                     bool* isSkipped) {
     char name[TernaryValueNode::kNameSize + 1];  // a damaged name may lack its terminator
-    for (unsigned int i = 0; i < TernaryValueNode::kNameSize; ++i) name[i] = record.name()[i];
+    std::memcpy(name, record.name(), TernaryValueNode::kNameSize);
     name[TernaryValueNode::kNameSize] = 0;
     WalkedValue value = {name, record.type(), record.isSet(), 0, nullptr};
     if (value.isSet && record.dataSize() > 0) {

@@ -22,6 +22,7 @@ inline Status AddName(NameList* names, unsigned int* skip, const char* name,
 // name. `name` is where a name is spelt, behind the `start` characters that are there already:
 //   Status Reserve(unsigned int length);            of what the next Puts write
 //   void Put(unsigned int position, signed char c);
+//   void PutSegment(unsigned int position, const TernaryStringNode& node);    any bytes behind it
 //   Status End(unsigned int position);              the name has all its characters before it
 //   const char* Text() const;
 template <class Walk, class Name>
@@ -41,13 +42,14 @@ Status ListNames(Walk& walk, Name& name, unsigned int start, unsigned int* skip,
         name.Put(p++, walk.ParentNode().splitChar());
       }
       if (below) name.Put(p++, '/');
-      for (unsigned int k = 0; k < node.segmentLength(); ++k) name.Put(p++, node.segment(k));
-      walk.SetMark(p);
+      name.PutSegment(p, node);
+      walk.SetMark(p + node.segmentLength());
     } else if (walk.HasKey()) {
-      name.Put(walk.Mark(), node.splitChar());
-      name.Put(walk.Mark() + 1, 0);
-      result = name.End(walk.Mark() + 2);
-      if (result.IsOk()) result = AddName(names, skip, name.Text());
+      const unsigned int end = walk.Mark();
+      name.Put(end, node.splitChar());
+      name.Put(end + 1, 0);
+      result = name.End(end + 2);
+      if (result.IsOk()) result = AddName(names, skip, name.Text(), end + 1);
     }
   }
   return result;

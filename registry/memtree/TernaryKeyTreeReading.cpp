@@ -53,6 +53,9 @@ class ShortName {
   void Put(unsigned int position, signed char c) {
     if (position < kSize) text_[position] = static_cast<char>(c);
   }
+  void PutSegment(unsigned int position, const TernaryStringNode& node) {
+    if (position < kSize) node.CopySegment(text_ + position);
+  }
   Status End(unsigned int position) const {
     return position > kSize ? status::kLimit : status::kOk;
   }
@@ -60,7 +63,7 @@ class ShortName {
   char* Bytes() { return text_; }
 
  private:
-  char text_[kSize] = {};
+  char text_[kSize + TernaryStringNode::kSegmentMax] = {};
 };
 
 void CountKeyValues(unsigned int* count, const TernaryKey& key) {

@@ -12,15 +12,18 @@ unsigned char sZeros[kValueDataMax];  // of data that could not be loaded
 class LoadedVisits {
  public:
   struct Place {
-    TernaryString* string = nullptr;
+    TernaryString* string;
   };
 
   explicit LoadedVisits(const TernaryKey& key) : key_(&key) {}
 
   const TernaryStringNode& NodeOf(const Place& place) const { return *place.string->node; }
-  Status Follow(const Place& from, NodeLink link, Place* to) const {
-    to->string = SlotOf(*from.string, link);
-    return to->string != nullptr ? status::kOk : status::kNotFound;
+  TernaryString* TargetOf(const Place& from, NodeLink link) const {
+    return SlotOf(*from.string, link);
+  }
+  Status Reach(TernaryString* target, Place* place) const {
+    place->string = target;
+    return status::kOk;
   }
   Status ReadKey(const Place& place, bool* isKey) {
     *isKey = place.string->key != nullptr;

@@ -11,16 +11,4 @@ unsigned int NodeSet::Prepare(const TernaryNodeDescriptor& descriptor) {
   return bits_.capacity >= size ? bits_.MemsetZero() : bits_.EnsureCapacity(size);
 }
 
-bool NodeSet::Add(unsigned int id) {
-  const unsigned int table = TableOf(id);
-  if (table >= tableCount_) return false;
-  if (SlotOf(id) >= firstBit_[table + 1] - firstBit_[table]) return false;
-  const unsigned int bit = firstBit_[table] + SlotOf(id);
-  unsigned char& byte = *bits_[bit / 8];
-  const unsigned char mask = static_cast<unsigned char>(1u << (bit % 8));
-  const bool isNew = (byte & mask) == 0;
-  byte = static_cast<unsigned char>(byte | mask);
-  return isNew;
-}
-
 }  // namespace tamu::registry

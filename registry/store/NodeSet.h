@@ -13,7 +13,18 @@ class NodeSet {
   // Makes room for all slots of the kind and forgets what was added. 0 or kNoMemory.
   unsigned int Prepare(const TernaryNodeDescriptor& descriptor);
   // Adds a node. False when it was added before, or names no slot.
-  bool Add(unsigned int id);
+  bool Add(unsigned int id) {
+    const unsigned int table = TableOf(id);
+    if (table >= tableCount_) return false;
+    const unsigned int first = firstBit_[table];
+    if (SlotOf(id) >= firstBit_[table + 1] - first) return false;
+    const unsigned int bit = first + SlotOf(id);
+    unsigned char& byte = *bits_[bit / 8];
+    const unsigned int mask = 1u << (bit % 8);
+    const bool isNew = (byte & mask) == 0;
+    byte = static_cast<unsigned char>(byte | mask);
+    return isNew;
+  }
 
  private:
   Array<unsigned char> bits_;

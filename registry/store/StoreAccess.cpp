@@ -10,8 +10,7 @@ namespace tamu::registry {
 StoreAccess::StoreAccess(FileStore& store, Sharing sharing)
     : store_(store), sharing_(sharing), isOutermost_(true) {
   if (IsReader()) {
-    knownLength_ = store_.file_.KnownLength();
-    known_ = store_.file_.Mapped(0, knownLength_);
+    Know();
     return;
   }
   store_.lock_.Take();
@@ -32,6 +31,30 @@ StoreAccess::~StoreAccess() {
   store_.lock_.Give();
 }
 
+void StoreAccess::Know() {
+  const unsigned int length = store_.file_.KnownLength();
+  known_ = store_.file_.Mapped(0, length);
+  if (known_ != nullptr && length > kDataBlockSize) knownEnd_ = length - kDataBlockSize;
+}
+
+template <NodeKind kind>
+Status StoreAccess::ReadAs(unsigned int id, void* bytes) const {
+  unsigned int offset = 0;
+  if (SlotOf(id) != 0 && Resolve(kind, id, &offset).IsOk()) {
+    constexpr unsigned int kRecordSize = RecordSizeOf(kind);
+    const unsigned char* mapped = Mapped(offset, kRecordSize);
+    if (mapped != nullptr) {
+      std::memcpy(bytes, mapped, kRecordSize);
+      if (store_.file_.Others().IsUnchanged()) return status::kOk;
+      return Noted(status::kInputOutput);
+    }
+  }
+  return ReadRecord(kind, id, bytes);
+}
+template Status StoreAccess::ReadAs<NodeKind::kString>(unsigned int, void*) const;
+template Status StoreAccess::ReadAs<NodeKind::kKey>(unsigned int, void*) const;
+template Status StoreAccess::ReadAs<NodeKind::kValue>(unsigned int, void*) const;
+
 Status StoreAccess::ReadRecord(NodeKind kind, unsigned int id, void* bytes) const {
   unsigned int offset = 0;
   const Status found = Resolve(kind, id, &offset);
@@ -46,10 +69,28 @@ bool StoreAccess::IsUsed(NodeKind kind, unsigned int id) const {
   return Noted(store_.file_.ReadInteger(offset, &entry)).IsOk() && entry == 0;
 }
 
+// A chain of one block, as most are.
+bool StoreAccess::ReadBlock(unsigned int id, void* buffer, unsigned int size) const {
+  unsigned int entryAt = 0;
+  unsigned int offset = 0;
+  if (!store_.tables_.ResolveEntry(NodeKind::kData, id, &entryAt).IsOk()) return false;
+  if (!Resolve(NodeKind::kData, id, &offset).IsOk()) return false;
+  const unsigned char* entry = Mapped(entryAt, NodeAllocationTable::kEntrySize);
+  if (entry == nullptr || GetU32(entry) != 0) return false;
+  const unsigned char* block = Mapped(offset, size);
+  if (block == nullptr) return false;
+  std::memcpy(buffer, block, size);
+  return true;
+}
+
 Status StoreAccess::ReadData(unsigned int id, void* buffer, unsigned int* size) const {
   if (size == nullptr) return status::kBadArgument;
   if (*size == 0) return status::kOk;
   if (buffer == nullptr) return status::kBadArgument;
+  if (*size <= kDataBlockSize && ReadBlock(id, buffer, *size)) {
+    const bool isSure = store_.file_.Others().IsUnchanged();
+    return Noted(isSure ? status::kOk : status::kInputOutput);
+  }
   if (!store_.file_.IsOpen()) return status::kInputOutput;
   BlockChain chain(store_.tables_);
   const Status found = Noted(chain.Follow(store_.file_, id));

@@ -40,6 +40,11 @@ class StoreAccess {
   Status Read(unsigned int id, TernaryValueNode* node) const {
     return ReadAs<NodeKind::kValue>(id, node->bytes());
   }
+  // The same as a part of the code that it stands in, for loops that do little else.
+  template <class Node>
+  __attribute__((always_inline)) Status ReadHere(unsigned int id, Node* node) const {
+    return ReadHereAs<KindOf(static_cast<const Node*>(nullptr))>(id, node->bytes());
+  }
   // The same for a record of any kind.
   Status ReadRecord(NodeKind kind, unsigned int id, void* bytes) const;
   // True when the slot of a string, key or value node was handed out and not given back: its entry
@@ -60,27 +65,34 @@ class StoreAccess {
 
  protected:
   const StoreFile& File() const { return store_.file_; }
+  // What is mapped stays so during the scope.
+  void Know();
 
  private:
-  // A search does little else: the size is known where it is compiled, and nothing is called.
+  static constexpr NodeKind KindOf(const TernaryStringNode*) { return NodeKind::kString; }
+  static constexpr NodeKind KindOf(const TernaryKeyNode*) { return NodeKind::kKey; }
+  static constexpr NodeKind KindOf(const TernaryValueNode*) { return NodeKind::kValue; }
   template <NodeKind kind>
-  Status ReadAs(unsigned int id, void* bytes) const {
-    unsigned int offset = 0;
-    const Status found = store_.tables_.Resolve(kind, id, &offset);
-    if (found.IsOk()) {
-      constexpr unsigned int kRecordSize = RecordSizeOf(kind);
-      const bool isKnown = offset < knownLength_ && knownLength_ - offset >= kRecordSize;
-      const unsigned char* mapped =
-          isKnown ? known_ + offset : store_.file_.Mapped(offset, kRecordSize);
-      if (mapped != nullptr) {
-        std::memcpy(bytes, mapped, kRecordSize);
-        if (store_.file_.Others().IsUnchanged()) return found;
-        return Noted(status::kInputOutput);
+  Status ReadAs(unsigned int id, void* bytes) const;
+  template <NodeKind kind>
+  __attribute__((always_inline)) Status ReadHereAs(unsigned int id, void* bytes) const {
+    const unsigned int table = TableOf(id);
+    if (table < kTablesMax) {
+      const TernaryNodeDescriptor::Area& area = Descriptor(kind).areas[table];
+      const unsigned int offset = area.offset + SlotOf(id) * RecordSizeOf(kind);
+      // Slot 0 is none of them.
+      if (SlotOf(id) - 1 < area.slots && offset < knownEnd_) {
+        std::memcpy(bytes, known_ + offset, RecordSizeOf(kind));
+        if (store_.file_.Others().IsUnchanged()) return status::kOk;
       }
     }
-    return ReadRecord(kind, id, bytes);
+    return ReadAs<kind>(id, bytes);
   }
-
+  // Of a record, or of a part of one.
+  const unsigned char* Mapped(unsigned int offset, unsigned int size) const {
+    return offset < knownEnd_ ? known_ + offset : store_.file_.Mapped(offset, size);
+  }
+  bool ReadBlock(unsigned int id, void* buffer, unsigned int size) const;
   bool IsReader() const { return sharing_ == Sharing::kReader; }
   // Of several readers each has its own torn reads.
   Status Noted(Status result) const {
@@ -92,15 +104,20 @@ class StoreAccess {
   Sharing sharing_;
   bool isOutermost_;
   mutable bool isTorn_ = false;
-  // Of a reader: what is mapped of the file, which stays so.
+  // What is mapped of the file, if it is known to stay so; a record that begins before the end is
+  // there as a whole.
   const unsigned char* known_ = nullptr;
-  unsigned int knownLength_ = 0;
+  unsigned int knownEnd_ = 0;
 };
 
 // The same, and no other process writes the file: for what takes long, or cannot be run again.
 class LockedAccess : public StoreAccess {
  public:
   explicit LockedAccess(FileStore& store) : StoreAccess(store, Sharing::kAlone) {}
+  // Nothing writes the file during the scope, as the caller says: reads look less.
+  void ExpectNoChange() {
+    if (!File().IsGathering()) Know();
+  }
 };
 
 }  // namespace tamu::registry

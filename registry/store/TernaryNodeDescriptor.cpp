@@ -21,6 +21,7 @@ void TernaryNodeDescriptor::Append(NodeAllocationTable* table) {
   if (firstTable == nullptr) firstTable = table;
   lastTable = table;
   tables[tableCount] = table;
+  areas[tableCount] = {table->areaOffset(), UsableIn(*table)};
   ++tableCount;
   usedNodes += UsedIn(*table);
   totalNodes += UsableIn(*table);
@@ -32,6 +33,7 @@ void TernaryNodeDescriptor::RemoveLast() {
   totalNodes -= UsableIn(*lastTable);
   delete lastTable;
   tables[tableCount] = nullptr;
+  areas[tableCount] = Area();
   lastTable = tables[tableCount - 1];
 }
 
@@ -39,6 +41,7 @@ void TernaryNodeDescriptor::Clear() {
   for (unsigned int i = 0; i < tableCount; ++i) {
     delete tables[i];
     tables[i] = nullptr;
+    areas[i] = Area();
   }
   firstTable = nullptr;
   lastTable = nullptr;
@@ -56,6 +59,7 @@ void TernaryNodeDescriptor::Swap(TernaryNodeDescriptor& other) {
   std::swap(usedNodes, other.usedNodes);
   std::swap(totalNodes, other.totalNodes);
   std::swap(tables, other.tables);
+  std::swap(areas, other.areas);
   std::swap(damaged, other.damaged);
 }
 

@@ -23,6 +23,12 @@ class TernaryNodeDescriptor {
   void Clear();
   void Swap(TernaryNodeDescriptor& other);
 
+  // Where the records of a table lie, which never changes.
+  struct Area {
+    unsigned int offset = 0;  // of slot 0 in the file
+    unsigned int slots = 0;   // usable: 1 to slots
+  };
+
   NodeAllocationTable* firstTable = nullptr;
   NodeAllocationTable* lastTable = nullptr;  // all allocations draw from this one
   unsigned int tableCount = 0;
@@ -30,6 +36,7 @@ class TernaryNodeDescriptor {
   unsigned int usedNodes = 0;                        // slots in use over all tables
   unsigned int totalNodes = 0;                       // usable slots over all tables
   NodeAllocationTable* tables[kTableCapacity] = {};  // owned; by table number
+  Area areas[kTableCapacity];                        // by table number; no slots without a table
   // The chain in the file goes on with a table that cannot be used. What is loaded works; a new
   // table would cut the rest off for good, so nothing is allocated.
   bool damaged = false;

@@ -1,5 +1,6 @@
 #include "registry/filetree/backup/SubtreeBackup.h"
 
+#include "platform/PCMem.h"
 #include "registry/base/Value.h"
 #include "registry/filetree/NodeWalk.h"
 #include "registry/filetree/ValueWalk.h"
@@ -48,9 +49,10 @@ Status SubtreeBackup::BackupValue(unsigned int keyNode) {
 // Exactly as many bytes as the record tells, so that the stream stays in step: what cannot be read
 // is zero. Test: TernaryRegistryBackupFailures.DataThatCannotBeReadInFullIsFilledWithZeros
 Status SubtreeBackup::WriteData(const TernaryValueNode& value) {
-  unsigned char data[kValueDataMax] = {};
+  unsigned char data[kValueDataMax];
   unsigned int size = value.dataSize();
-  store_.ReadData(data, &size, value.dataWord());  // all that there is
+  PCMem::Set(data, 0, size);
+  access_.ReadData(value.dataWord(), data, &size).Ignore();  // all that there is
   return stream_.Write(data, value.dataSize());
 }
 

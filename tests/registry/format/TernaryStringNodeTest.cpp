@@ -40,6 +40,10 @@ TEST(TernaryStringNode, GetsEveryFieldFromItsPlace) {
   EXPECT_EQ(0x8C8B8A89u, node.hi());
   EXPECT_EQ(0x908F8E8Du, node.equal());
   EXPECT_EQ(0x94939291u, node.child());
+  EXPECT_EQ(node.lo(), node.link(0));
+  EXPECT_EQ(node.hi(), node.link(1));
+  EXPECT_EQ(node.equal(), node.link(2));
+  EXPECT_EQ(node.child(), node.link(3));
   EXPECT_EQ(0x98979695u, node.keyNode());
   for (unsigned int i = 0; i < 16; ++i) EXPECT_EQ(node.segment(i), -103 + static_cast<int>(i));
 }

@@ -39,6 +39,29 @@ TEST(TernaryNodeDescriptor, CountsTheSlotsOfItsTables) {
   EXPECT_EQ(863u, descriptor.totalNodes);
 }
 
+TEST(TernaryNodeDescriptor, KnowsWhereTheRecordsOfItsTablesLie) {
+  TernaryNodeDescriptor descriptor;
+  NodeAllocationTable* first = Table(365, 300);
+  first->setAreaOffset(10188);
+  descriptor.Append(first);
+  NodeAllocationTable* second = Table(500, 499);
+  second->setAreaOffset(77920);
+  descriptor.Append(second);
+  EXPECT_EQ(10188u, descriptor.areas[0].offset);
+  EXPECT_EQ(364u, descriptor.areas[0].slots);
+  EXPECT_EQ(77920u, descriptor.areas[1].offset);
+  EXPECT_EQ(499u, descriptor.areas[1].slots);
+  TernaryNodeDescriptor other;
+  other.Swap(descriptor);
+  EXPECT_EQ(0u, descriptor.areas[1].slots);
+  EXPECT_EQ(499u, other.areas[1].slots);
+  other.RemoveLast();
+  EXPECT_EQ(0u, other.areas[1].slots);
+  EXPECT_EQ(364u, other.areas[0].slots);
+  other.Clear();
+  EXPECT_EQ(0u, other.areas[0].slots);
+}
+
 TEST(TernaryNodeDescriptor, ATableWithoutEntriesAddsNothing) {
   TernaryNodeDescriptor descriptor;
   descriptor.Append(Table(0, 0));
