@@ -9,6 +9,7 @@
 #include "registry/RegistryRouting.h"
 #include "registry/base/UserId.h"
 #include "registry/format/FileHeader.h"
+#include "registry/store/Rewriting.h"
 
 namespace tamu::registry {
 
@@ -218,6 +219,33 @@ unsigned int Registry::GetCurrentUserId(unsigned int* user) const {
 
 unsigned int Registry::Flush() {
   return IsReady() ? status::kOk : status::kNoRight;
+}
+
+unsigned int Registry::RewriteFile(FileRewriter& rewriter, ChangeKind kind) {
+  if (!IsReady() || userId != kAdministratorId) return status::kNoRight;
+  if (instance->IsWalkedHere()) return status::kBusy;
+  if (instance->transaction.IsMine()) return LookInTransaction(rewriter);
+  PCMutexGuard changeGuard(instance->changeLock);
+  PCMutexGuard guard(instance->operationLock);
+  PCMutexGuard treeGuard(keyTree->TreeLock());
+  ChangeNote note;
+  note.count = 1;
+  note.changes[0] = {kind, "", nullptr};
+  const StoreTelling telling(*keyTree->File(), &note);
+  instance->isWalked = true;
+  const Status result = Rewriting(*keyTree->File()).Run(rewriter);
+  instance->isWalked = false;
+  if (result.IsOk()) keyTree->SetBehind();
+  return result;
+}
+
+unsigned int Registry::LookInTransaction(FileRewriter& rewriter) {
+  PCMutexGuard guard(instance->operationLock);
+  OpenTransaction::Scope open(instance->transaction);
+  instance->isWalked = true;
+  const Status result = Rewriting(*keyTree->File()).Look(rewriter);
+  instance->isWalked = false;
+  return result;
 }
 
 unsigned int Registry::GetRegistryInfo(RegistryInfo* info) {

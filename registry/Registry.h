@@ -7,6 +7,7 @@
 
 #include "platform/Export.h"
 #include "registry/base/ChangeList.h"
+#include "registry/base/FileRewriter.h"
 #include "registry/base/KeyInfo.h"
 #include "registry/base/NameList.h"
 #include "registry/base/RCEString.h"
@@ -100,6 +101,15 @@ class YAX_API Registry {
   // Every change is in the file at once; there is nothing to flush. Does not ask the disk.
   unsigned int Flush();
   unsigned int GetRegistryInfo(RegistryInfo* info);
+  // Gives all bytes of the file to the rewriter, and the file those that it answers with, as one
+  // change: whoever has the file open goes on with the new content, and handles stay open (of a key
+  // that is not there any more they answer kBadArgument). Others wait with their changes meanwhile.
+  // `kind` is what they are told of the root key. The file gets shorter when the last program has
+  // closed it. The rewriter's operations on the registry answer kBusy. In a transaction of this
+  // thread it is given the file as it will be, and may only look: else kBusy. For the administrator
+  // alone: kNoRight for others, and for a change where the file is only read. kInvalidFile: what
+  // the rewriter gives is no sound registry; kNoSpace, kNoMemory, kInputOutput: all is as before.
+  unsigned int RewriteFile(FileRewriter& rewriter, ChangeKind kind = ChangeKind::kKeyRestored);
   // Change callbacks: kNotSupported.
   unsigned int RegisterCallback(unsigned char events, Callback* callback);
   unsigned int UnregisterCallback(Callback* callback);
@@ -315,6 +325,7 @@ class YAX_API Registry {
   YAX_LOCAL bool MayChange() const;
   // True for what a process that was forked has got from the other one.
   YAX_LOCAL bool IsInherited() const;
+  YAX_LOCAL unsigned int LookInTransaction(FileRewriter& rewriter);
   YAX_LOCAL unsigned int CheckFile() const;
   YAX_LOCAL unsigned int OpenTrees();
   YAX_LOCAL unsigned int CheckDurability();

@@ -17,6 +17,7 @@ enum class ChangeKind : unsigned {
   kDefaultChanged = YAX_DEFAULT_CHANGED,
   kRightsChanged = YAX_RIGHTS_CHANGED,
   kWatchBitsChanged = YAX_WATCH_BITS_CHANGED,
+  kCompacted = YAX_COMPACTED,
 };
 
 // The texts are the watch's, until it is asked for the next change.

@@ -20,7 +20,8 @@ enum {
   YAX_VALUE_DELETED = 5,
   YAX_DEFAULT_CHANGED = 6, /* the key's default value */
   YAX_RIGHTS_CHANGED = 7,
-  YAX_WATCH_BITS_CHANGED = 8
+  YAX_WATCH_BITS_CHANGED = 8,
+  YAX_COMPACTED = 9 /* the file, told at the root: keys and values are as before */
 };
 
 /* The texts are the watch's, until it is asked for the next change. */

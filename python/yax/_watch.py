@@ -28,6 +28,7 @@ class ChangeKind(enum.IntEnum):
     DEFAULT_CHANGED = 6
     RIGHTS_CHANGED = 7
     WATCH_BITS_CHANGED = 8
+    COMPACTED = 9
 
 
 class Change(NamedTuple):

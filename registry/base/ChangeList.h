@@ -16,8 +16,9 @@ enum class ChangeKind : unsigned char {
   kDefaultChanged = 6,  // the key's default value
   kRightsChanged = 7,   // those of the key
   kWatchChanged = 8,    // the key's watch bits
+  kCompacted = 9,       // the file, told at the root: keys and values are as before
 };
-constexpr unsigned int kChangeKinds = 9;
+constexpr unsigned int kChangeKinds = 10;
 
 // The texts are the list's, until it changes.
 struct Change {

@@ -18,6 +18,7 @@ unsigned char BitOf(ChangeKind kind) {
     case ChangeKind::kKeyDeleted:
       return kWatchKeys;
     case ChangeKind::kKeyRestored:
+    case ChangeKind::kCompacted:
       return kWatchRestored;
     case ChangeKind::kDefaultChanged:
       return kWatchDefault;

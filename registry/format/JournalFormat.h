@@ -61,10 +61,11 @@ constexpr unsigned int kInterest = 128;  // when somebody has asked for the chan
 constexpr unsigned int kWaiting = 132;   // when somebody has begun to wait for one
 constexpr unsigned int kFirst = 136;     // in the ring of changes: the oldest
 constexpr unsigned int kEnd = 140;       // in the ring: behind the newest
-constexpr unsigned int kFrom = 144;    // two words each: the ring holds all changes after this one
-constexpr unsigned int kLast = 152;    // up to this one
-constexpr unsigned int kNewest = 160;  // in the ring: the newest
-constexpr unsigned int kRing = 4096;   // where the ring lies
+constexpr unsigned int kFrom = 144;     // two words each: the ring holds all changes after this one
+constexpr unsigned int kLast = 152;     // up to this one
+constexpr unsigned int kNewest = 160;   // in the ring: the newest
+constexpr unsigned int kHasTail = 164;  // 1: the registry may be longer than its header tells
+constexpr unsigned int kRing = 4096;    // where the ring lies
 constexpr unsigned int kRingSize = kJournalRecords - kRing;  // bytes
 }  // namespace journal_word
 

@@ -119,6 +119,7 @@ class FileStore {
   friend class StoreAccess;
   friend class Changes;
   friend class HeldChange;
+  friend class Rewriting;
 
   Status Load(const char* path);
   unsigned int VersionToRead() const;

@@ -217,6 +217,8 @@ Status Journal::KnowContent(StoreFile& file) {
   if (!isKnown) {
     hash_ = 0;
     length_ = 0;
+    // An older record may hold what was there before the straight writes: it must not come again.
+    if (words.Get(journal_word::kNext) != kJournalRecords) words.Set(journal_word::kNext, 0);
   }
   words.Set(journal_word::kIsKnown, 0);
   const Status result = AddContent(file, length_, length);
@@ -372,7 +374,7 @@ Status Journal::Sync(StoreFile& file) {
 
 // What somebody else has left, who has died meanwhile, is completed by the next opening.
 void Journal::Stop(StoreFile& file) {
-  if (!IsOn()) return side_.LetGo();
+  if (!IsOn()) return side_.LetGo(file);
   const bool isKept = isOwing_ || IsLeft() ||
                       (Mode() == Durability::kPower && file.IsOpen() && !file.Sync().IsOk());
   feed_.Attach(SharedWords());

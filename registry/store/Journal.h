@@ -55,6 +55,8 @@ class Journal {
   bool IsBroken() const { return isBroken_; }
   // Waits until all that was committed is on the disk, in the file itself. kInputOutput.
   Status Sync(StoreFile& file);
+  // The registry has become shorter than its file, which is cut by the last one who has it open.
+  void LeaveTail() { side_.LeaveTail(); }
   // Writes what `file` has gathered and arranged. kInputOutput.
   static Status Apply(StoreFile& file);
   // Ends the journal. The last one removes it, unless something in it is still needed.

@@ -3,6 +3,8 @@
 #include <new>
 
 #include "platform/PCMem.h"
+#include "registry/format/FileLayout.h"
+#include "registry/format/TernaryHeader.h"
 #include "registry/store/JournalPath.h"
 #include "registry/store/JournalRecovery.h"
 
@@ -48,8 +50,15 @@ bool JournalFile::TakeAlone(const char* registryPath) {
   return !isHolding_;
 }
 
-void JournalFile::LetGo() {
+void JournalFile::LetGo(StoreFile& file) {
+  if (hasTail_) CutTail(file);
+  hasTail_ = false;
   hold_.Drop();
+}
+
+void JournalFile::LeaveTail() {
+  hasTail_ = !IsOpen();
+  if (IsOpen()) words_.Set(journal_word::kHasTail, 1);
 }
 
 Status JournalFile::Begin(Durability mode, const char* folder, const char* registryPath,
@@ -137,11 +146,13 @@ Status JournalFile::Enter(const char* folder, const char* registryPath, StoreFil
 
 // The old content goes first: nothing of it can be taken for a record of this journal.
 Status JournalFile::SetUp(const char* path, StoreFile& file) {
+  const bool hadTail = HadTail();
   if (!side_.Resize(0) || !side_.Resize(kJournalSize)) return status::kNoSpace;
   size_ = kJournalSize;
   if (!MapWords() || !WriteHeader()) return status::kNoSpace;
   words_.Set(journal_word::kNext, kJournalRecords);
   words_.Set(journal_word::kSize, size_);
+  words_.Set(journal_word::kHasTail, hadTail ? 1 : 0);
   // The changes go on with other numbers than those of an earlier journal.
   words_.Set(journal_word::kSequenceHigh, PCWord::Date());
   TellRegistry(file);
@@ -154,6 +165,15 @@ Status JournalFile::SetUp(const char* path, StoreFile& file) {
   if (!lock_.Join(&side_, words_)) return status::kNoSpace;
   if (page_ == nullptr) side_.Hold(PCSideFile::kPresence, Holding::kShared);
   return status::kOk;
+}
+
+// As a journal tells it that nobody has removed.
+bool JournalFile::HadTail() const {
+  JournalHeader header;
+  unsigned char word[4] = {};
+  return side_.Size() >= kJournalSize && side_.Read(0, header.bytes(), JournalHeader::kSize) &&
+         header.IsJournal() && side_.Read(journal_word::kHasTail, word, sizeof word) &&
+         GetU32(word) != 0;
 }
 
 bool JournalFile::WriteHeader() {
@@ -233,16 +253,29 @@ Status JournalFile::Follow() {
   return MapRecords() ? status::kOk : status::kNoSpace;
 }
 
+// Nobody else has the registry open.
+void JournalFile::CutTail(StoreFile& file) {
+  TernaryHeader header;
+  if (!file.Read(TernaryHeader::kFileOffset, TernaryHeader::kSize, header.bytes()).IsOk() ||
+      header.headerOffset() != TernaryHeader::kFileOffset ||
+      header.fileSize() < FileLayout::kTablesOffset) {
+    return;
+  }
+  file.Protect(header.fileSize());
+  file.CutBack();
+}
+
 void JournalFile::Close(bool isKept, StoreFile& file) {
   const bool isLast =
       side_.EnterDoor() && side_.Hold(PCSideFile::kPresence, Holding::kAlone) && !isKept;
   if (isLast) {
+    if (words_.Get(journal_word::kHasTail) != 0) CutTail(file);
     if (words_.Get(journal_word::kSequence) != 0) file.Touch();
     side_.Remove();
   } else {
     side_.Destroy();
   }
-  LetGo();
+  hold_.Drop();
   mode_ = Durability::kNone;
   words_.Attach(nullptr);
   map_ = nullptr;

@@ -36,7 +36,9 @@ class JournalFile {
   // After Look.
   bool IsToRead() const { return isToRead_; }
   // Where it is not open: others may have the registry now.
-  void LetGo();
+  void LetGo(StoreFile& file);
+  // The registry is shorter than its file: who closes it last cuts it.
+  void LeaveTail();
   // False in a process that was forked.
   bool IsOpen() const { return mode_ != Durability::kNone && side_.IsOpen(); }
   Durability Mode() const { return IsOpen() ? mode_ : Durability::kNone; }
@@ -62,12 +64,14 @@ class JournalFile {
   Status Enter(const char* folder, const char* registryPath, StoreFile& file);
   Status LookIn(const char* folder, const char* registryPath, StoreFile& file);
   Status SetUp(const char* path, StoreFile& file);
+  bool HadTail() const;
   bool WriteHeader();
   bool MapWords();
   bool Join(const StoreFile& file);
   void TellRegistry(const StoreFile& file);
   bool IsOfRegistry(const StoreFile& file) const;
   bool MapRecords();
+  static void CutTail(StoreFile& file);
 
   Durability mode_ = Durability::kNone;
   bool isToRead_ = false;
@@ -76,6 +80,7 @@ class JournalFile {
   CommitLock lock_;
   FileHold hold_;
   bool isHolding_ = false;
+  bool hasTail_ = false;  // without a journal
   unsigned char* map_ = nullptr;
   unsigned char* page_ = nullptr;  // in place of the mapping: nobody else can have the journal then
   unsigned int size_ = 0;

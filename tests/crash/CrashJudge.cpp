@@ -17,10 +17,6 @@ namespace {
 constexpr unsigned int kGoOnOneIn = 8;  // sound states
 constexpr long kMostTold = 20;          // findings
 
-bool BeginsWith(const std::string& text, const std::string& start) {
-  return text.compare(0, start.size(), start) == 0;
-}
-
 }  // namespace
 
 void CrashJudge::Look(const FolderImage& image, unsigned int step, const std::string& where) {
@@ -33,7 +29,7 @@ void CrashJudge::LookInto(const std::string& folder, unsigned int step, const st
   Complete(folder, step, &found);
   const bool isSound = Judge(step, where, found);
   if (!isSound || verdicts_.states % kGoOnOneIn != 0) return;
-  const bool isBefore = BeginsWith(found.file, expected_.Before(step).file);
+  const bool isBefore = found.file == expected_.Before(step).file;
   GoOn(folder, isBefore ? step : step + 1, where);
 }
 
@@ -66,9 +62,7 @@ void CrashJudge::Complete(const std::string& folder, unsigned int step, Registry
     found->tree = expected_.After(step).tree;
   } else {
     found->Decode(folder);
-    const bool isLonger = BeginsWith(found->file, expected_.Before(step).file) ||
-                          BeginsWith(found->file, expected_.After(step).file);
-    ++(isLonger ? verdicts_.longer : verdicts_.otherBytes);
+    ++verdicts_.otherBytes;
   }
 }
 

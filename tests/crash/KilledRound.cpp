@@ -37,6 +37,7 @@ std::string PathIn(const MemoryFolder& folder) {
 KilledRound::KilledRound(unsigned int seed, Durability durability, Verdicts* verdicts)
     : seed_(seed), durability_(durability), verdicts_(*verdicts), random_(seed) {
   const FolderImage start = Script::Random(seed, 0).start;
+  RewrittenBytes();  // before anything is open
   start.PutInto(killed_.path());
   start.PutInto(undisturbed_.path());
 }

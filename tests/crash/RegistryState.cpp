@@ -107,6 +107,13 @@ void RegistryState::Decode(const std::string& folder) {
 
 std::string MeaningfulBytes(std::string file) {
   if (file.size() > kStrayBytes + 4) file.replace(kStrayBytes, 4, 4, 0);
+  constexpr unsigned int kLengthAt = 4180 + 32;  // what lies behind that length is nothing's
+  if (file.size() < kLengthAt + 4) return file;
+  size_t length = 0;
+  for (unsigned int i = 4; i > 0; --i) {
+    length = length << 8 | static_cast<unsigned char>(file[kLengthAt + i - 1]);
+  }
+  if (length < file.size()) file.resize(length);
   return file;
 }
 

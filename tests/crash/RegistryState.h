@@ -24,7 +24,7 @@ struct RegistryState {
   std::map<std::string, std::string> others;  // files of the folder by name, the registry left out
 };
 
-// A registry's bytes, those without meaning as zero.
+// A registry's bytes up to its end, those without meaning as zero.
 std::string MeaningfulBytes(std::string file);
 
 // What is different in `found`, one line; empty for nothing. A journal must be gone. `tree` and

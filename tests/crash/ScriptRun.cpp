@@ -4,6 +4,22 @@ namespace crash {
 
 using tamu::registry::Value;
 
+namespace {
+
+class Replacement : public tamu::registry::FileRewriter {
+ public:
+  explicit Replacement(const std::string& bytes) : bytes_(bytes) {}
+  const void* Rewrite(const void*, unsigned int* size) override {
+    *size = static_cast<unsigned int>(bytes_.size());
+    return bytes_.data();
+  }
+
+ private:
+  const std::string& bytes_;
+};
+
+}  // namespace
+
 // An operation without a handle closes the handle.
 unsigned int ScriptRun::Handle(const Step& step) {
   if (!step.isThroughHandle) handle_ = 0;
@@ -57,6 +73,10 @@ unsigned int ScriptRun::Do(const Step& step) {
       return registry_.BackupKey(handle, step.path, file.c_str());
     case Step::kRestore:
       return registry_.RestoreKey(handle, step.path, file.c_str());
+    case Step::kRewrite: {
+      Replacement replacement(step.data);
+      return registry_.RewriteFile(replacement);
+    }
     case Step::kTransaction:
       return DoTransaction(step);
   }

@@ -1,6 +1,10 @@
 #include "tests/crash/Step.h"
 
+#include "registry/Registry.h"
+#include "registry/store/TernaryFile.h"
+#include "tests/crash/MemoryFolder.h"
 #include "tests/crash/Random.h"
+#include "tests/platform/TestFiles.h"
 
 namespace crash {
 
@@ -43,6 +47,7 @@ constexpr struct {
     {Step::kDeleteValue, "DeleteValue", 6},
     {Step::kBackup, "BackupKey", 4},
     {Step::kRestore, "RestoreKey", 4},
+    {Step::kRewrite, "RewriteFile", 2},
     {Step::kTransaction, "Transaction", 10},
 };
 
@@ -66,13 +71,18 @@ std::string DataOf(unsigned int size, Random& random) {
   return data;
 }
 
-// A backup is a file of its own, which no transaction takes back.
+// A backup is a file of its own, which no transaction takes back; the whole file is not rewritten
+// in one.
+bool MayBePart(Step::Action action) {
+  return action != Step::kTransaction && action != Step::kBackup && action != Step::kRewrite;
+}
+
 std::vector<Step> PartsOf(unsigned int seed, unsigned int index) {
   constexpr unsigned int kParts = 5;
   std::vector<Step> parts;
   for (unsigned int i = 0; parts.size() < kParts; ++i) {
     const Step part = StepOf(seed + 1, 6 + index * 64 + i);
-    if (part.action != Step::kTransaction && part.action != Step::kBackup) parts.push_back(part);
+    if (MayBePart(part.action)) parts.push_back(part);
   }
   return parts;
 }
@@ -81,7 +91,28 @@ bool IsOfFile(Step::Action action) {
   return action == Step::kBackup || action == Step::kRestore;
 }
 
+std::string MakeRewrittenBytes() {
+  using namespace tamu::registry;
+  const MemoryFolder folder;
+  const std::string path = folder.path() + "/registry";
+  constexpr unsigned int kBudget = 180 * 12;  // bytes: a dozen records of each kind
+  EXPECT_EQ(0u, TernaryFile().CreateRegistryFile(path.c_str(), kBudget));
+  Registry registry(path.c_str(), kAdministratorId);
+  EXPECT_EQ(0u, registry.Initialize());
+  for (const char* key : {"net", "zulu", "zulu/below"}) EXPECT_EQ(0u, registry.CreateKey(0, key));
+  const std::string data(100, 'r');
+  const Value value = MakeValue(3, data.data(), 100);
+  EXPECT_EQ(0u, registry.PutValue("zulu/below", "blob", value, false));
+  registry.Finalize();
+  return GetFile(path);
+}
+
 }  // namespace
+
+const std::string& RewrittenBytes() {
+  static const std::string bytes = MakeRewrittenBytes();
+  return bytes;
+}
 
 // The first steps make what the others need.
 Step StepOf(unsigned int seed, unsigned int index) {
@@ -90,7 +121,7 @@ Step StepOf(unsigned int seed, unsigned int index) {
   Step step = {};
   step.action = isFirst ? Step::kCreateKey : PickAction(random);
   step.isThroughHandle =
-      random.IsOneIn(2) && !IsOfFile(step.action) && step.action != Step::kTransaction;
+      random.IsOneIn(2) && step.action != Step::kRestore && MayBePart(step.action);
   step.path = isFirst ? kPaths[index] : random.Pick(kPaths);
   step.name = IsOfFile(step.action) ? random.Pick(kBackups) : random.Pick(kNames);
   step.type = random.Below(6);
@@ -98,6 +129,7 @@ Step StepOf(unsigned int seed, unsigned int index) {
   step.number = random.Number();
   if (step.action == Step::kSetPermission) step.number = random.Pick(kRights);
   if (step.action == Step::kSetWatch) step.number &= 0x3F;
+  if (step.action == Step::kRewrite) step.data = RewrittenBytes();
   if (step.action == Step::kTransaction) step.parts = PartsOf(seed, index);
   return step;
 }

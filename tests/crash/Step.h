@@ -18,6 +18,7 @@ struct Step {
     kDeleteValue,
     kBackup,  // to the file `name` in the registry's folder
     kRestore,
+    kRewrite,      // the whole file, which becomes `data`
     kTransaction,  // of the parts, cancelled when `number` is a multiple of 8
   };
   Action action;
@@ -36,6 +37,10 @@ struct Step {
 // of others, siblings that share one, keys that are missing or there already; data of no, one and
 // many blocks.
 Step StepOf(unsigned int seed, unsigned int index);
+
+// What a kRewrite puts there: a small registry with some of the names. Made by the first call, when
+// no registry is open.
+const std::string& RewrittenBytes();
 
 // For messages: "SetValue(net, ip, 64 bytes)".
 std::string Describe(const Step& step);

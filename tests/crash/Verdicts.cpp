@@ -8,9 +8,9 @@ namespace crash {
 
 void Verdicts::Print() const {
   std::printf(
-      "%u states, %u longer, %u with other bytes; %u damaged, %u backups, %u mixed, %u unopenable, "
+      "%u states, %u with other bytes; %u damaged, %u backups, %u mixed, %u unopenable, "
       "%u lost\n",
-      states, longer, otherBytes, damaged, backups, mixed, unopenable, lost);
+      states, otherBytes, damaged, backups, mixed, unopenable, lost);
 }
 
 void Verdicts::ExpectSound() const {

@@ -8,7 +8,6 @@ namespace crash {
 // All but the first two counts must be 0, and with a journal the third as well.
 struct Verdicts {
   unsigned int states = 0;
-  unsigned int longer = 0;      // the file has an unused end: it was about to grow
   unsigned int otherBytes = 0;  // sound, but the file has other bytes than before and after
   unsigned int damaged = 0;     // the content is right, but an owner, a watch or a list of slots is
                                 // not

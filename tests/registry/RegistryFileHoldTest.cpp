@@ -104,6 +104,22 @@ TEST_F(RegistryFileHold, AChildDoesNotKeepItForItsParent) {
 }
 
 // The journals of the two names would be two files.
+TEST_F(RegistryFileHold, AnotherFileAtThePathIsRefusedUntilTheOldOneIsClosed) {
+  const std::string other = dir / "other";
+  PutFile(other, GetFile(path));
+  Registry registry(path.c_str(), kAdmin);
+  ASSERT_EQ(0u, registry.Initialize());
+  const bool hasJournal = registry.EffectiveDurability() != Durability::kNone;
+  ASSERT_EQ(0, std::rename(other.c_str(), path.c_str()));
+  const RegistryOptions any = OptionsOf(modes.back());
+  EXPECT_EQ(hasJournal ? status::kNoSpace : 0u, OpenedElsewhere(path, any));
+  EXPECT_EQ(0u, registry.CreateKey(0, "in the old file"));
+  registry.Finalize();
+  EXPECT_EQ(0u, OpenedElsewhere(path, any));
+  ASSERT_EQ(0u, registry.Initialize());
+  EXPECT_EQ(status::kNotFound, registry.SetDefaultValue(0, "in the old file", 1));
+}
+
 TEST_F(RegistryFileHold, ASecondNameOfTheFileIsRefusedWhileTheFirstIsOpen) {
   const std::string second = dir / "second";
   const std::string symbolic = dir / "symbolic";

@@ -1,6 +1,5 @@
 // monitor: changes as they happen.
 #include <signal.h>
-#include <sys/stat.h>
 
 #include <chrono>
 #include <memory>
@@ -9,6 +8,7 @@
 #include "registry/base/ChangeNote.h"
 #include "tools/yaxreg/content/ContentJson.h"
 #include "tools/yaxreg/content/ValueText.h"
+#include "tools/yaxreg/image/FileIdentity.h"
 #include "tools/yaxreg/image/SideFolder.h"
 #include "tools/yaxreg/text/JsonText.h"
 #include "tools/yaxreg/text/Numbers.h"
@@ -41,22 +41,6 @@ bool IsToEnd() {
   return false;
 }
 
-// Which file has the name.
-struct Identity {
-  dev_t device = 0;
-  ino_t number = 0;
-  explicit Identity(const std::string& path) {
-    struct stat info;
-    if (stat(path.c_str(), &info) != 0) return;
-    device = info.st_dev;
-    number = info.st_ino;
-  }
-  // Nothing has the name at the moment where a file is being replaced.
-  bool IsOther(const Identity& now) const {
-    return now.number != 0 && (now.number != number || now.device != device);
-  }
-};
-
 bool IsOfValue(ChangeKind kind) {
   return kind == ChangeKind::kValueCreated || kind == ChangeKind::kValueSet ||
          kind == ChangeKind::kValueDeleted;
@@ -65,7 +49,8 @@ bool IsOfValue(ChangeKind kind) {
 const char* WordOf(ChangeKind kind) {
   static const char* const kWords[] = {"key created",   "key deleted", "key restored",
                                        "value created", "value set",   "value deleted",
-                                       "default set",   "rights set",  "watch bits set"};
+                                       "default set",   "rights set",  "watch bits set",
+                                       "compacted"};
   return kWords[static_cast<unsigned char>(kind)];
 }
 
@@ -114,7 +99,7 @@ class Monitor {
   const std::string key_;
   const unsigned int user_;
   std::unique_ptr<Registry> registry_;
-  Identity opened_{""};
+  FileIdentity opened_;
   unsigned long long number_ = 0;
   unsigned long long left_ = ~0ull;  // lines
   bool isTimed_ = false;
@@ -141,7 +126,7 @@ bool Monitor::TakeLimits() {
 
 bool Monitor::Open() {
   registry_ = std::make_unique<Registry>(file_.c_str(), user_);
-  opened_ = Identity(file_);
+  opened_ = FileIdentity(file_);
   UseSideFolder(*registry_);
   const unsigned int result = registry_->Initialize();
   if (result != status::kOk) {
@@ -166,7 +151,9 @@ ExitCode Monitor::Run() {
   const HeldSignals signals;
   if (!Open()) return kFailed;
   while (!IsOver()) {
-    if (opened_.IsOther(Identity(file_))) {
+    const FileIdentity now(file_);
+    // Nothing has the name at the moment where a file is being replaced.
+    if (now.IsFile() && now != opened_) {
       registry_.reset();
       if (!Open()) return kFailed;
       PrintLost();
@@ -246,6 +233,7 @@ std::string Monitor::TextOf(const Change& change) {
     case ChangeKind::kKeyRestored:
       return "restored";
     case ChangeKind::kWatchChanged:
+    case ChangeKind::kCompacted:
       return WordOf(change.kind);
     default:
       return "deleted";
