@@ -31,16 +31,8 @@ TakenOverCalls::~TakenOverCalls() {
   taken = SystemCalls();
 }
 
-// There is a struct flock as well.
-#pragma GCC diagnostic ignored "-Wshadow"
-
 // Functions of the program come before those of the C library.
 extern "C" {
-
-int flock(int fd, int operation) noexcept {
-  if (!MayGoOn(taken.flock, fd)) return -1;
-  return static_cast<int>(syscall(SYS_flock, fd, operation));
-}
 
 int link(const char* from, const char* to) noexcept {
   if (!MayGoOn(taken.link)) return -1;

@@ -6,7 +6,6 @@
 
 // What a call answers instead of asking the system: 0 to go on and ask it, else an error number.
 struct SystemCalls {
-  std::function<int(int fd)> flock;
   std::function<int()> link;
   std::function<int()> renameat2;
 };

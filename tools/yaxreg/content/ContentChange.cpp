@@ -8,6 +8,7 @@
 #include "tools/yaxreg/content/ContentDiff.h"
 #include "tools/yaxreg/content/Importer.h"
 #include "tools/yaxreg/image/FileBytes.h"
+#include "tools/yaxreg/image/Snapshot.h"
 
 namespace yaxreg {
 
@@ -37,9 +38,9 @@ void DeleteKeys(Registry& registry, const std::vector<std::string>& paths) {
   }
 }
 
-std::unique_ptr<RegistryImage> Decode(const std::string& file) {
+std::unique_ptr<RegistryImage> Decode(Registry& registry) {
   std::string bytes;
-  if (!ReadWholeFile(file, RegistryImage::kMaxSize, &bytes).isDone()) return nullptr;
+  if (TakeSnapshot(registry, &bytes) != status::kOk) return nullptr;
   return std::make_unique<RegistryImage>(std::move(bytes));
 }
 
@@ -56,20 +57,19 @@ bool FindUnchanged(const Content& changed, const Content& wanted, std::string* p
 
 }  // namespace
 
-ChangeOutcome ChangeContent(Registry& registry, const std::string& file, const Content& present,
-                            const Content& wanted, const std::string& backupFile) {
+ChangeOutcome ChangeContent(Registry& registry, const Content& present, const Content& wanted,
+                            const std::string& backupFile) {
   Importer importer(registry, present, wanted, backupFile);
   ChangeOutcome outcome;
   outcome.status = importer.Run();
   outcome.path = importer.path();
   outcome.rewritten = importer.rewritten();
   outcome.failedRestore = importer.failedRestore();
-  std::unique_ptr<RegistryImage> changed = Decode(file);
+  std::unique_ptr<RegistryImage> changed = Decode(registry);
   if (changed == nullptr) return {status::kInputOutput, ""};
   DeleteKeys(registry, StrayPaths(changed->content(), wanted));
   if (outcome.status != status::kOk) return outcome;
-  registry.Finalize();
-  changed = Decode(file);
+  changed = Decode(registry);
   if (changed == nullptr) return {status::kInputOutput, ""};
   if (FindUnchanged(changed->content(), wanted, &outcome.path)) outcome.status = status::kLimit;
   return outcome;
@@ -83,7 +83,7 @@ ChangeOutcome RehearseChange(const RegistryImage& image, const Content& wanted,
   const unsigned int opened = registry.Initialize();
   if (opened != status::kOk) return {opened, ""};
   const ChangeOutcome outcome =
-      ChangeContent(registry, copy, image.content(), wanted, folder.FileIn("backup"));
+      ChangeContent(registry, image.content(), wanted, folder.FileIn("backup"));
   registry.Finalize();
   unlink(copy.c_str());  // the change itself may need the room
   return outcome;

@@ -18,12 +18,11 @@ struct ChangeOutcome {
   size_t failedRestore = Content::kNone;  // of Importer
 };
 
-// Changes the registry, which is open as the administrator on `file` and holds `present`, closes
-// it, and makes sure that all of `wanted` is in it: the library does not report every change that
-// found no room. After a failure some of the changes may be there.
-ChangeOutcome ChangeContent(tamu::registry::Registry& registry, const std::string& file,
-                            const Content& present, const Content& wanted,
-                            const std::string& backupFile);
+// Changes the registry, which is open as the administrator and holds `present`, and makes sure that
+// all of `wanted` is in it: the library does not report every change that found no room. After a
+// failure some of the changes may have been made: the caller cancels its transaction.
+ChangeOutcome ChangeContent(tamu::registry::Registry& registry, const Content& present,
+                            const Content& wanted, const std::string& backupFile);
 
 // Makes the same changes in a copy of the file.
 ChangeOutcome RehearseChange(const RegistryImage& image, const Content& wanted,

@@ -85,11 +85,10 @@ constexpr char kJsonText[] =
     "of keys, the names of values and their data is left out.";
 
 constexpr char kNotes[] =
-    "Calls of yaxreg that change one file wait for each other. Other programs are not held off: "
-    "none may write the file while yaxreg changes it, and none may have it open while compact "
-    "works, since that puts a new file into the place of the old one; what a program writes into "
-    "the old one afterwards is lost. What is read while another program changes the file may be "
-    "half of a change.";
+    "Other programs may have the file open: what is read is the file as it is between two changes, "
+    "and what a call changes is one change, with which the others go on; they wait with their own "
+    "until it is made. compact and repair --in-place rewrite the file where it is. A program that "
+    "has it open without a journal shares it with nobody: status 28.";
 
 constexpr char kSeeAlso[] =
     "The pages of libYAX: docs/json.md (the JSON of all verbs), docs/behaviour.md (what may "

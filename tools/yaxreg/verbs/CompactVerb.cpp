@@ -3,15 +3,11 @@
 #include <nlohmann/json.hpp>
 #include <ostream>
 
-#include "registry/Registry.h"
-#include "tools/yaxreg/image/FileBytes.h"
-#include "tools/yaxreg/image/FileLock.h"
 #include "tools/yaxreg/image/ImageWriter.h"
 #include "tools/yaxreg/image/Kinds.h"
-#include "tools/yaxreg/image/SideFolder.h"
 #include "tools/yaxreg/text/JsonText.h"
 #include "tools/yaxreg/verbs/CommonArguments.h"
-#include "tools/yaxreg/verbs/Loading.h"
+#include "tools/yaxreg/verbs/Exchange.h"
 #include "tools/yaxreg/verbs/VerbTable.h"
 
 namespace yaxreg {
@@ -67,60 +63,48 @@ bool IsFaithful(const Content& content, const RegistryImage& after) {
          std::equal(content.keys.begin(), content.keys.end(), keys.begin(), keys.end(), isSame);
 }
 
-// The registry without what it has lost for good; null when that cannot be made.
-std::unique_ptr<RegistryImage> Rewrite(Invocation& call, const RegistryImage& before,
-                                       ExitCode* code) {
+// The registry without what it has lost for good.
+std::string Rewritten(Invocation& call, const RegistryImage& before, ExitCode* code) {
   Content content = before.content();
   for (ContentKey& key : content.keys) key.isMadeUp = false;  // it gets a record
   const ImageWriter writer(content, before.Tables(NodeKind::kString)[0].entries);
   if (writer.bytes().empty()) {
     *code = call.FailWithStatus(tamu::registry::status::kLimit, call.File(), "",
                                 "is full of keys and values");
-    return nullptr;
+    return "";
   }
-  auto after = std::make_unique<RegistryImage>(writer.bytes());
-  if (IsFaithful(content, *after)) return after;
+  if (IsFaithful(content, RegistryImage(writer.bytes()))) return writer.bytes();
   *code = call.Fail(kFailed, call.File(), "", "cannot be rewritten faithfully, nothing is done");
-  return nullptr;
+  return "";
 }
 
-// The file is replaced only while it holds what was read: a change that a program has died in is
-// completed in it before.
-std::unique_ptr<RegistryImage> LoadCompleted(Invocation& call, ExitCode* code) {
-  std::unique_ptr<RegistryImage> image = LoadImage(call, call.File(), code);
-  if (image == nullptr || !image->HasPendingChange()) return image;
-  tamu::registry::Registry completing(call.File().c_str(), tamu::registry::kAdministratorId);
-  UseSideFolder(completing);
-  completing.Initialize();
-  completing.Finalize();
-  return LoadImage(call, call.File(), code);
+std::string Compacted(Invocation& call, const RegistryImage& before, ExitCode* code) {
+  if (!before.IsComplete()) {
+    *code =
+        call.FailWithStatus(tamu::registry::status::kInvalidFile, call.File(), "",
+                            "is damaged, something would be lost; yaxreg repair saves the rest");
+    return "";
+  }
+  if (before.HasStrays() && !call.Has("--force")) {
+    *code = call.Fail(kNo, call.File(), "",
+                      "holds keys or values that nothing leads to, deleted while they were open or "
+                      "lost by damage; yaxreg repair saves them, --force drops them");
+    return "";
+  }
+  return Rewritten(call, before, code);
 }
 
 ExitCode RunCompact(Invocation& call) {
-  FileLock lock;
-  lock.Take(call.File());
-  ExitCode code = kDone;
-  const std::unique_ptr<RegistryImage> before = LoadCompleted(call, &code);
-  if (before == nullptr) return code;
-  if (!before->IsComplete()) {
-    return call.FailWithStatus(tamu::registry::status::kInvalidFile, call.File(), "",
-                               "is damaged, something would be lost; yaxreg repair saves the rest");
-  }
-  if (before->HasStrays() && !call.Has("--force")) {
-    return call.Fail(kNo, call.File(), "",
-                     "holds keys or values that nothing leads to, deleted while they were open or "
-                     "lost by damage; yaxreg repair saves them, --force drops them");
-  }
-  const std::unique_ptr<RegistryImage> after = Rewrite(call, *before, &code);
-  if (after == nullptr) return code;
-  if (before->bytes() != after->bytes()) {
-    const FileResult replaced = ReplaceFile(call.File(), before->bytes(), after->bytes());
-    if (!replaced.isDone()) return call.Fail(kFailed, call.File(), "", replaced.reason);
-  }
+  Exchange exchange(
+      call, Orphans::kIfDamaged, tamu::registry::ChangeKind::kCompacted,
+      [&](const RegistryImage& before, ExitCode* code) { return Compacted(call, before, code); });
+  const ExitCode code = exchange.Run();
+  if (code != kDone) return code;
+  const RegistryImage after(exchange.after());
   if (call.isJson()) {
-    PrintJson(call, *before, *after);
+    PrintJson(call, exchange.before(), after);
   } else {
-    PrintText(call, *before, *after);
+    PrintText(call, exchange.before(), after);
   }
   return kDone;
 }
@@ -131,12 +115,13 @@ Verb CompactVerb() {
   return {
       "compact",
       "Rewrite a file and win back the slots that wear has taken",
-      "Writes all keys and values into a new file and puts it into the place of the old one: "
+      "Writes all keys and values anew, in one change: "
       "owner, rights, default values, watch bits, unset and hidden values and the order of values "
       "stay. Slots that are leaked or stranded, and those of names without a key, can be handed "
       "out again. A registry that refuses changes with status 75 works again, unless it is full "
-      "of keys and values. No program may have the file open. A damaged file is refused, see "
-      "repair.",
+      "of keys and values. Programs that have the file open go on with it, and it gets shorter "
+      "when "
+      "the last of them has closed it. A damaged file is refused, see repair.",
       {kFile},
       {{"-f,--force", nullptr, "Drop keys and values that nothing leads to"}},
       "yaxreg compact device.rce",

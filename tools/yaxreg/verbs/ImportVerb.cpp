@@ -179,44 +179,46 @@ ExitCode EndOfImport(Invocation& call, const std::string& path, const ChangeCoun
   return kDone;
 }
 
-// A change that finds no room can lose what was there before, so the file is only touched when all
-// of them have succeeded elsewhere.
-ExitCode Apply(Invocation& call, Session& session, const Content& wanted) {
+// What finds no room is told by a rehearsal, before other programs have to wait. Where they have
+// changed the file since, the import is made for what is there now.
+ExitCode Apply(Invocation& call, Session& session, const ContentUpdate& update, Content* wanted,
+               ChangeCount* count) {
   const bool hasRoot = !session.image().content().keys[0].isMadeUp;
   if (!hasRoot && !(session.OpenToChange() && session.Close())) return session.code();
   const TemporaryFolder folder(call.File());
   ChangeOutcome outcome;
-  const ExitCode code = Rehearse(call, session, session.image(), wanted, folder, &outcome);
+  const ExitCode code = Rehearse(call, session, session.image(), *wanted, folder, &outcome);
   if (code != kDone) return code;
   const std::string rehearsed = session.image().bytes();
   if (!session.OpenToChange()) return session.code();
+  const Content& present = session.image().content();
   if (session.image().bytes() != rehearsed) {
-    return call.Fail(kFailed, call.File(), "",
-                     "was changed by another program meanwhile, nothing is done");
+    *wanted = MergedContent(present, session.path(), update);
+    *count = ChangeCount(present, *wanted);
   }
-  outcome = ChangeContent(session.registry(), call.File(), session.image().content(), wanted,
-                          folder.FileIn("backup"));
-  if (outcome.status == status::kOk) return kDone;
-  return FailChange(call, session, session.image(), wanted, outcome);
+  outcome = ChangeContent(session.registry(), present, *wanted, folder.FileIn("backup"));
+  if (outcome.status != status::kOk) {
+    return FailChange(call, session, session.image(), *wanted, outcome);
+  }
+  return session.Close() ? kDone : session.code();
 }
 
 ExitCode Import(Invocation& call, const ContentUpdate& update) {
-  const bool isDryRun = call.Has("--dry-run");
   Session session(call);
-  if (!isDryRun) session.Lock();
   if (!session.OpenToLook()) return session.code();
   if (!session.image().IsSound()) {
     return call.FailWithStatus(status::kInvalidFile, call.File(), "",
                                "is damaged; yaxreg check tells how to mend it");
   }
   const Content& present = session.image().content();
-  const Content wanted = MergedContent(present, session.path(), update);
-  if (isDryRun)
+  Content wanted = MergedContent(present, session.path(), update);
+  if (call.Has("--dry-run")) {
     return ShowChanges(call, session, session.image(), wanted, *MakeTemporaryFolder(call.File()));
+  }
   const std::string path = session.path();
-  const ChangeCount count(present, wanted);
+  ChangeCount count(present, wanted);
   if (count.keys + count.values > 0) {
-    const ExitCode code = Apply(call, session, wanted);
+    const ExitCode code = Apply(call, session, update, &wanted, &count);
     if (code != kDone) return code;
   }
   return EndOfImport(call, path, count);

@@ -3,6 +3,7 @@
 #include "registry/base/RegistryStatus.h"
 #include "tools/yaxreg/image/FileBytes.h"
 #include "tools/yaxreg/image/PendingChange.h"
+#include "tools/yaxreg/image/Snapshot.h"
 
 namespace yaxreg {
 
@@ -20,7 +21,20 @@ std::unique_ptr<RegistryImage> LoadImage(Invocation& call, const std::string& fi
     *code = call.Fail(kFailed, file, "", read.reason);
     return nullptr;
   }
-  const bool isCompleted = CompletePendingChange(file, &bytes);
+  bool isCompleted = CompletePendingChange(file, &bytes);
+  // Programs that share it may have changed it meanwhile. What the library refuses to open is taken
+  // as it was read.
+  std::string snapshot;
+  if (TakeSnapshot(file, &snapshot) && snapshot != bytes) {
+    bytes.swap(snapshot);
+    isCompleted = false;
+  }
+  return DecodeImage(call, file, std::move(bytes), code, orphans, isCompleted);
+}
+
+std::unique_ptr<RegistryImage> DecodeImage(Invocation& call, const std::string& file,
+                                           std::string bytes, ExitCode* code, Orphans orphans,
+                                           bool isCompleted) {
   auto image = std::make_unique<RegistryImage>(std::move(bytes), orphans, isCompleted);
   if (image->IsRegistry()) return image;
   *code = call.FailWithStatus(status::kInvalidFile, file, "", "is no registry file");

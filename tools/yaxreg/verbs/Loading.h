@@ -9,10 +9,16 @@
 
 namespace yaxreg {
 
-// Reads and decodes a file, a change completed that a program has died in. Null when it cannot be read or is no registry: the failure has been
+// Reads and decodes a file as it is between two changes of other programs; one that a program has
+// died in is completed. Null when it cannot be read or is no registry: the failure has been
 // printed, and *code tells how to end. A damaged file is no failure.
 std::unique_ptr<RegistryImage> LoadImage(Invocation& call, const std::string& file, ExitCode* code,
                                          Orphans orphans = Orphans::kIfDamaged);
+// The same of bytes that were read already.
+std::unique_ptr<RegistryImage> DecodeImage(Invocation& call, const std::string& file,
+                                           std::string bytes, ExitCode* code,
+                                           Orphans orphans = Orphans::kIfDamaged,
+                                           bool isCompleted = false);
 
 // Looks a key up for a verb. False when it is not there: the failure has been printed; *code is
 // kNo, or kDamaged when the file is damaged so that the key may have been lost.

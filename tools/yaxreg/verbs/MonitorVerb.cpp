@@ -47,10 +47,9 @@ bool IsOfValue(ChangeKind kind) {
 }
 
 const char* WordOf(ChangeKind kind) {
-  static const char* const kWords[] = {"key created",   "key deleted", "key restored",
-                                       "value created", "value set",   "value deleted",
-                                       "default set",   "rights set",  "watch bits set",
-                                       "compacted"};
+  static const char* const kWords[] = {
+      "key created",   "key deleted", "key restored", "value created",  "value set",
+      "value deleted", "default set", "rights set",   "watch bits set", "compacted"};
   return kWords[static_cast<unsigned char>(kind)];
 }
 

@@ -9,6 +9,7 @@
 #include "tools/yaxreg/text/JsonText.h"
 #include "tools/yaxreg/text/Numbers.h"
 #include "tools/yaxreg/verbs/CommonArguments.h"
+#include "tools/yaxreg/verbs/Exchange.h"
 #include "tools/yaxreg/verbs/FindingText.h"
 #include "tools/yaxreg/verbs/Loading.h"
 #include "tools/yaxreg/verbs/VerbTable.h"
@@ -45,11 +46,15 @@ Savings SavingsOf(const RegistryImage& image) {
   return savings;
 }
 
+std::string Target(const Invocation& call) {
+  return call.Has("--in-place") ? call.File() : call.Text("--output");
+}
+
 void PrintText(Invocation& call, const RegistryImage& image) {
   const Savings savings = SavingsOf(image);
   PrintFindings(call, image, Notes::kLeftOut);
   PrintFindingCounts(call, image);
-  call.out << Shown(call.Text("--output")) << ": " << savings.keys << " of "
+  call.out << Shown(Target(call)) << ": " << savings.keys << " of "
            << Counted(savings.keysInFile, "key") << " and " << savings.values << " of "
            << Counted(savings.valuesInFile, "value") << " saved";
   if (image.IsComplete()) {
@@ -65,7 +70,7 @@ void PrintJson(Invocation& call, const RegistryImage& image) {
   const Savings savings = SavingsOf(image);
   const FindingCounts counts = CountFindings(image);
   nlohmann::ordered_json document;
-  document["output"] = JsonText(call.Text("--output"));
+  document["output"] = JsonText(Target(call));
   document["complete"] = image.IsComplete();
   document["keys"] = savings.keys;
   document["keysInFile"] = savings.keysInFile;
@@ -84,31 +89,51 @@ std::string RepairedBytes(const RegistryImage& image) {
   return ImageWriter(content).bytes();
 }
 
+std::string Repaired(Invocation& call, const RegistryImage& image, ExitCode* code) {
+  const std::string bytes = RepairedBytes(image);
+  if (bytes.empty()) {
+    *code = call.FailWithStatus(status::kLimit, call.File(), "",
+                                "what can be read does not fit into one file");
+  }
+  return bytes;
+}
+
+ExitCode EndOfRepair(Invocation& call, const RegistryImage& image) {
+  if (call.isJson()) {
+    PrintJson(call, image);
+  } else {
+    PrintText(call, image);
+  }
+  return image.IsComplete() ? kDone : kDamaged;
+}
+
+ExitCode RepairInPlace(Invocation& call) {
+  Exchange exchange(
+      call, Orphans::kAlways, tamu::registry::ChangeKind::kKeyRestored,
+      [&](const RegistryImage& image, ExitCode* code) { return Repaired(call, image, code); });
+  const ExitCode code = exchange.Run();
+  return code == kDone ? EndOfRepair(call, exchange.before()) : code;
+}
+
 ExitCode RunRepair(Invocation& call) {
   const std::string output = call.Text("--output");
-  if (output.empty()) {
-    return call.Fail(kUsage, "", "", "--output is required; --help tells more");
+  if (output.empty() != call.Has("--in-place")) {
+    return call.Fail(kUsage, "", "",
+                     "either --output or --in-place is required; --help tells more");
   }
+  if (output.empty()) return RepairInPlace(call);
   ExitCode code = kDone;
   const std::unique_ptr<RegistryImage> image =
       LoadImage(call, call.File(), &code, Orphans::kAlways);
   if (image == nullptr) return code;
-  const std::string bytes = RepairedBytes(*image);
-  if (bytes.empty()) {
-    return call.FailWithStatus(status::kLimit, call.File(), "",
-                               "what can be read does not fit into one file");
-  }
+  const std::string bytes = Repaired(call, *image, &code);
+  if (bytes.empty()) return code;
   const FileResult written = WriteNewFile(output, bytes);
   if (written.exists) {
     return call.FailWithStatus(status::kExists, output, "", "there is a file already");
   }
   if (!written.isDone()) return call.Fail(kFailed, output, "", written.reason);
-  if (call.isJson()) {
-    PrintJson(call, *image);
-  } else {
-    PrintText(call, *image);
-  }
-  return image->IsComplete() ? kDone : kDamaged;
+  return EndOfRepair(call, *image);
 }
 
 }  // namespace
@@ -116,9 +141,11 @@ ExitCode RunRepair(Invocation& call) {
 Verb RepairVerb() {
   return {
       "repair",
-      "Save what is undamaged into a new file",
+      "Save what is undamaged",
       "Makes a new registry of every key and value that can be read from a damaged one, and lists "
-      "what could not be saved. The damaged file is only read. Keys and values that nothing leads "
+      "what could not be saved. With --output the damaged file is only read; with --in-place it "
+      "gets the new content, in one change, and programs that have it open go on with that. Keys "
+      "and values that nothing leads "
       "to any more are saved below a key lost+found, by the numbers of their records, such as "
       "(key 0x200). A part of a name that cannot be read is written as the number of its record, "
       "such as (0x500). The last line tells how many of the keys and "
@@ -126,7 +153,8 @@ Verb RepairVerb() {
       "may be too high where the tables are damaged. The exit code is 0 when everything was "
       "saved, 3 when something was not.",
       {kFile},
-      {{"-o,--output", "NEW", "REQUIRED. The file to make; it must not exist", true}},
+      {{"-o,--output", "NEW", "The file to make; it must not exist"},
+       {"-i,--in-place", nullptr, "Repair the file itself"}},
       "yaxreg repair device.rce -o saved.rce",
       RunRepair};
 }

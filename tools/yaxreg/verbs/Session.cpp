@@ -10,6 +10,7 @@
 #include "registry/format/RecordSize.h"
 #include "tools/yaxreg/image/Kinds.h"
 #include "tools/yaxreg/image/SideFolder.h"
+#include "tools/yaxreg/image/Snapshot.h"
 #include "tools/yaxreg/text/JsonText.h"
 #include "tools/yaxreg/text/Numbers.h"
 #include "tools/yaxreg/verbs/Loading.h"
@@ -17,6 +18,9 @@
 namespace yaxreg {
 
 namespace status = tamu::registry::status;
+using tamu::registry::Durability;
+using tamu::registry::Registry;
+using tamu::registry::RegistryOptions;
 
 namespace {
 
@@ -64,17 +68,29 @@ bool Session::OpenToLook() {
 }
 
 bool Session::LookAgain() {
-  image_ = LoadImage(call_, file_, &code_);
-  return image_ != nullptr && CheckInPlace();
-}
-
-void Session::Lock() {
-  lock_.Take(file_);
+  if (registry_ == nullptr) {
+    image_ = LoadImage(call_, file_, &code_);
+    return image_ != nullptr && CheckInPlace();
+  }
+  if (!CheckInPlace()) return false;
+  std::string bytes;
+  const unsigned int result = TakeSnapshot(*registry_, &bytes);
+  if (result != status::kOk) {
+    code_ = FailWithStatus(result);
+    return false;
+  }
+  image_ = DecodeImage(call_, file_, std::move(bytes), &code_);
+  return image_ != nullptr;
 }
 
 // The library goes on writing into the file that it has opened, wherever that is.
 bool Session::CheckInPlace() {
-  if (lock_.IsInPlace()) return true;
+  const FileIdentity now(file_);
+  if (!opened_.IsFile() || now == opened_) return true;
+  if (!now.IsFile()) {
+    LoadImage(call_, file_, &code_);
+    return false;
+  }
   code_ = call_.Fail(kFailed, file_, "",
                      "was replaced by another program meanwhile, the change may be lost");
   return false;
@@ -101,24 +117,64 @@ bool Session::CheckSound() {
   return false;
 }
 
-bool Session::OpenToChange() {
-  if (!ChooseUser()) return false;
-  Lock();
+// Where there is no journal, whoever has the file open to change it has it alone.
+unsigned int Session::OpenRegistry() {
+  constexpr int kTries = 500;
+  constexpr int kPause = 10000;  // microseconds
+  for (int i = 0;; ++i) {
+    opened_ = FileIdentity(file_);
+    registry_ = std::make_unique<Registry>(file_.c_str(), user_);
+    UseSideFolder(*registry_);
+    unsigned int opened = registry_->Initialize();
+    if (opened == status::kOk && registry_->EffectiveDurability() == Durability::kNone) {
+      registry_->Finalize();
+      RegistryOptions alone;
+      alone.durability = Durability::kNone;
+      registry_->SetOptions(alone);
+      opened = registry_->Initialize();
+    }
+    if (opened != status::kNoSpace || i == kTries) return opened;
+    usleep(kPause);
+  }
+}
+
+bool Session::BeginChange() {
+  const unsigned int begun = registry_->BeginTransaction();
   if (!signals_) signals_.emplace();
-  if (!LookAgain() || !CheckSound() || !CheckWritable()) return false;
-  registry_ = std::make_unique<tamu::registry::Registry>(file_.c_str(), user_);
-  UseSideFolder(*registry_);
-  const unsigned int opened = registry_->Initialize();
-  // The library has made the root key of a file that had none yet.
-  if (opened == status::kOk) return !image_->content().keys[0].isMadeUp || LookAgain();
-  code_ = call_.FailWithStatus(
-      opened, file_, "", opened == status::kNoMemory ? "the library cannot open the file" : "");
+  if (begun == status::kOk) return true;
+  code_ = FailWithStatus(begun);
+  return false;
+}
+
+// Beside a program that writes without a journal a sound file may look damaged for a moment.
+bool Session::OpenToChange() {
+  constexpr int kLooks = 5;
+  constexpr int kPause = 10000;  // microseconds
+  if (!ChooseUser()) return false;
+  for (int i = 0; i < kLooks; ++i) {
+    if (!LookAgain()) return false;
+    if (image_->IsSound()) break;
+    usleep(kPause);
+  }
+  if (!CheckSound() || !CheckWritable()) return false;
+  const unsigned int opened = OpenRegistry();
+  if (opened == status::kOk) return BeginChange() && LookAgain() && CheckSound();
+  registry_.reset();
+  code_ = call_.FailWithStatus(opened, file_, "",
+                               opened == status::kNoMemory ? "the library cannot open the file"
+                               : opened == status::kNoSpace
+                                   ? "another program has the file open and shares it with nobody"
+                                   : "");
   return false;
 }
 
 bool Session::Close() {
+  if (!LookAgain()) return false;
+  const unsigned int ended = registry_->EndTransaction();
   registry_.reset();
-  return LookAgain();
+  if (ended == status::kOk) return CheckInPlace();
+  code_ = FailWithStatus(ended);
+  return false;
 }
 
 const ContentKey* Session::Key() {

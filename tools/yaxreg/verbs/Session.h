@@ -8,7 +8,7 @@
 
 #include "registry/Registry.h"
 #include "tools/yaxreg/cli/Invocation.h"
-#include "tools/yaxreg/image/FileLock.h"
+#include "tools/yaxreg/image/FileIdentity.h"
 #include "tools/yaxreg/image/HeldSignals.h"
 #include "tools/yaxreg/image/RegistryImage.h"
 
@@ -17,7 +17,8 @@ namespace yaxreg {
 // Functions that answer false or null have printed the failure; code() then tells how to end.
 //
 // The file is decoded before it is changed, so that nothing is made where no registry is, and once
-// more afterwards, because the library does not report every change that found no room.
+// more before the end, because the library does not report every change that found no room. All
+// that a session changes is one transaction: it happens at Close, or not at all.
 class Session {
  public:
   explicit Session(Invocation& invocation);
@@ -25,16 +26,14 @@ class Session {
   // Decodes the file, and needs no more than to read it. The user is --user, --uid or the
   // administrator; users are taken at their word.
   bool OpenToLook();
-  // Takes the lock of the file (FileLock) ahead of OpenToChange, for what is decided by a look
-  // before: call it first. The lock is held until the end of the session.
-  void Lock();
-  // Takes the lock, decodes the file as it is then and opens it as a registry. A damaged one is
-  // refused. From here to the end of the session signals that would end the program wait.
+  // Opens the file as a registry, begins the change and decodes the file as it is then: other
+  // programs wait with their changes from here to Close. A damaged one is refused. From then on
+  // signals that would end the program wait for the end of the session.
   bool OpenToChange();
-  // Decodes the file as it is now. Fails when it is locked and has been replaced by another
-  // program.
+  // Decodes the file as it is now; within the change, as it will be. Fails when it was opened and
+  // has been replaced by another program.
   bool LookAgain();
-  // Closes the registry and decodes the file.
+  // Decodes the file as it is with the change, makes the change and closes the registry.
   bool Close();
 
   ExitCode code() const { return code_; }
@@ -67,6 +66,8 @@ class Session {
 
  private:
   bool ChooseUser();
+  unsigned int OpenRegistry();
+  bool BeginChange();
   bool CheckSound();
   bool CheckWritable();
   bool CheckInPlace();
@@ -76,7 +77,7 @@ class Session {
   std::string path_;
   unsigned int user_;
   ExitCode code_ = kDone;
-  FileLock lock_;
+  FileIdentity opened_;  // of the file that was opened to be changed
   std::optional<HeldSignals> signals_;
   std::unique_ptr<RegistryImage> image_;
   std::unique_ptr<tamu::registry::Registry> registry_;

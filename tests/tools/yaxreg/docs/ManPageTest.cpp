@@ -120,8 +120,16 @@ TEST(ManPage, TellsStatusesWithTheirWordsAndExitCodes) {
 TEST(ManPage, TellsValueTypesAndOptionsThatAreRequired) {
   const std::string page = yaxreg::ManPage(yaxreg::AllVerbs(), "1.2.3");
   ExpectIn(page, "\n.SH VALUE TYPES\n.TP\n\\fB0\\fR\nA whole number of 64 bits.\n");
-  ExpectIn(page, "\n\\fByaxreg repair\\fR \\fIFILE\\fR \\fB\\-\\-output\\fR \\fINEW\\fR\n.PP\n");
-  ExpectIn(page, "\nREQUIRED.\n");
+  yaxreg::VerbTable table = yaxreg::AllVerbs();
+  for (yaxreg::Verb& verb : table.verbs) {
+    if (verb.name == std::string("repair")) {
+      verb.options = {{"-o,--output", "NEW", "REQUIRED. The file to make", true}};
+    }
+  }
+  const std::string required = yaxreg::ManPage(table, "1.2.3");
+  ExpectIn(required,
+           "\n\\fByaxreg repair\\fR \\fIFILE\\fR \\fB\\-\\-output\\fR \\fINEW\\fR\n.PP\n");
+  ExpectIn(required, "\nREQUIRED.\n");
 }
 
 // A line that begins with a dot is a request; others of the page's own would be a mistake.

@@ -125,13 +125,13 @@ TEST_F(FileBytes, GivesANewFileTheModeOfEveryNewFile) {
 TEST_F(FileBytes, GivesANewFileItsNameAtTheEnd) {
   std::string present;
   {
-    const TakenOverCalls taken({{}, [&] { return present = GetFile(file), 0; }, {}});
+    const TakenOverCalls taken({[&] { return present = GetFile(file), 0; }, {}});
     EXPECT_TRUE(WriteNewFile(file, "new").isDone());
   }
   EXPECT_EQ("(cannot be read)", present);
   ASSERT_EQ(0, unlink(file.c_str()));
   {
-    const TakenOverCalls taken({{}, [&] { return PutFile(file, old), 0; }, {}});
+    const TakenOverCalls taken({[&] { return PutFile(file, old), 0; }, {}});
     EXPECT_TRUE(WriteNewFile(file, "new").exists);
   }
   EXPECT_EQ(old, GetFile(file));
@@ -142,7 +142,7 @@ TEST_F(FileBytes, WritesANewFileWhereThereAreNoLinks) {
   for (const int error : {EPERM, EOPNOTSUPP, ENOSYS, EMLINK}) {
     const auto fails = [&] { return error; };
     {
-      const TakenOverCalls taken({{}, fails, {}});
+      const TakenOverCalls taken({fails, {}});
       EXPECT_TRUE(WriteNewFile(file, "new").isDone());
       EXPECT_TRUE(WriteNewFile(file, "newer").exists);
     }
@@ -151,28 +151,28 @@ TEST_F(FileBytes, WritesANewFileWhereThereAreNoLinks) {
     ASSERT_EQ(0, unlink(file.c_str()));
     // Somebody is faster.
     {
-      const TakenOverCalls taken({{}, fails, [&] { return PutFile(file, old), 0; }});
+      const TakenOverCalls taken({fails, [&] { return PutFile(file, old), 0; }});
       EXPECT_TRUE(WriteNewFile(file, "new").exists);
     }
     EXPECT_EQ(old, GetFile(file));
     EXPECT_EQ("file ", Files());
     ASSERT_EQ(0, unlink(file.c_str()));
   }
-  const TakenOverCalls taken({{}, [] { return EACCES; }, {}});
+  const TakenOverCalls taken({[] { return EACCES; }, {}});
   EXPECT_EQ("cannot be made: Permission denied", WriteNewFile(file, "new").reason);
   EXPECT_EQ("", Files());
 }
 
 TEST_F(FileBytes, WritesANewFileWhereNothingButThatIsPossible) {
   for (const int error : {EINVAL, ENOSYS, EOPNOTSUPP}) {
-    const TakenOverCalls taken({{}, [] { return EPERM; }, [&] { return error; }});
+    const TakenOverCalls taken({[] { return EPERM; }, [&] { return error; }});
     EXPECT_TRUE(WriteNewFile(file, "new").isDone());
     EXPECT_EQ("new", GetFile(file));
     EXPECT_EQ("file ", Files());
     ASSERT_EQ(0, unlink(file.c_str()));
   }
   const TakenOverCalls taken(
-      {{}, [] { return EPERM; }, [&] { return PutFile(file, old), EINVAL; }});
+      {[] { return EPERM; }, [&] { return PutFile(file, old), EINVAL; }});
   EXPECT_TRUE(WriteNewFile(file, "new").exists);
   EXPECT_EQ(old, GetFile(file));
   EXPECT_EQ("file ", Files());
