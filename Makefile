@@ -75,10 +75,11 @@ check-all:
 
 crash:
 	@sh cmake/need-packages.sh $(TEST_NEEDS)
-	@$(call build,release) --target yax_crash_tests yax_kill_tests yax_process_tests
+	@$(call build,release) --target yax_crash_tests yax_kill_tests yax_process_tests yaxreg_tests
 	@YAX_CRASH_FULL=1 build/release/tests/yax_crash_tests
 	@YAX_CRASH_FULL=1 build/release/tests/yax_kill_tests
 	@YAX_CRASH_FULL=1 build/release/tests/yax_process_tests
+	@YAX_CRASH_FULL=1 build/release/tests/yaxreg_tests --gtest_filter='SharedTool.*'
 
 # dpkg-buildpackage starts a make of its own, too.
 packages:

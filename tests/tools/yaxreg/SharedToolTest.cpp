@@ -2,6 +2,8 @@
 #include <sstream>
 #include <vector>
 
+#include "tests/crash/CrashSize.h"
+#include "tests/crash/Random.h"
 #include "tests/platform/TestFiles.h"
 #include "tests/processes/SharedScript.h"
 #include "tests/processes/Worker.h"
@@ -116,15 +118,35 @@ TEST_F(SharedTool, LooksNeverSeeHalfOfAChange) {
 
 TEST_F(SharedTool, CompactingDisturbsNobody) {
   if (!isShared) return;  // such a file is for one program
+  const unsigned int operations = crash::Sized(3000, 100000);
   std::vector<Worker> workers;
-  workers.emplace_back([&] { return Work(0, false, 3000); });
-  workers.emplace_back([&] { return Work(1, true, 3000); });
-  workers.emplace_back([&] { return Work(2, true, 3000); });
-  workers.emplace_back([&] { return Repeat({"compact", file, "--force"}, 40); });
-  workers.emplace_back([&] { return Repeat({"repair", "-i", file}, 20); });
+  workers.emplace_back([&] { return Work(0, false, operations); });
+  workers.emplace_back([&] { return Work(1, true, operations); });
+  workers.emplace_back([&] { return Work(2, true, operations); });
+  workers.emplace_back([&] {
+    return Repeat({"compact", file, "--force"}, crash::Sized(40, 1000));
+  });
+  workers.emplace_back([&] { return Repeat({"repair", "-i", file}, crash::Sized(20, 500)); });
   for (Worker& each : workers) EXPECT_TRUE(each.EndsWell());
   EXPECT_EQ(0, Yaxreg({"compact", file, "--force"}).code);
   EXPECT_NE(std::string::npos, Yaxreg({"compact", file}).out.find("is compact already"));
+}
+
+// At any moment, again and again.
+TEST_F(SharedTool, ACompactionThatIsKilledLosesNothingAndDisturbsNobody) {
+  if (!isShared) return;  // such a file is for one program
+  const unsigned int operations = crash::Sized(3000, 100000);
+  std::vector<Worker> workers;
+  workers.emplace_back([&] { return Work(0, false, operations); });
+  workers.emplace_back([&] { return Work(1, true, operations); });
+  crash::Random random(7);
+  for (unsigned int kills = crash::Sized(60, 3000); kills > 0; --kills) {
+    Worker compacting([&] { return Repeat({"compact", file, "--force"}, 1000); });
+    usleep(random.Below(20000));
+    EXPECT_TRUE(compacting.Kill());
+  }
+  for (Worker& each : workers) EXPECT_TRUE(each.EndsWell());
+  EXPECT_EQ(0, Yaxreg({"compact", file, "--force"}).code);
 }
 
 TEST_F(SharedTool, AFileThatAProgramHasAloneIsLeftAlone) {
