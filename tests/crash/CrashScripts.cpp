@@ -46,6 +46,15 @@ Verdicts LookAtMaking(Durability durability, Crash crash, unsigned int states) {
   return verdicts;
 }
 
+Verdicts LookAtRewriting(Durability durability, Crash crash, unsigned int times) {
+  Verdicts verdicts;
+  for (unsigned int seed = 1; seed <= times; ++seed) {
+    LookAt(Script::Rewriting(), durability, crash, seed, &verdicts);
+  }
+  verdicts.Print();
+  return verdicts;
+}
+
 Verdicts LookAtLarge(Durability durability, Crash crash, unsigned int lookOneIn) {
   Verdicts verdicts;
   LookAt(Script::Large(), durability, crash, 1, &verdicts, lookOneIn);

@@ -15,6 +15,8 @@ enum class Crash {
 Verdicts LookAtRandom(Durability durability, Crash crash, unsigned int states);
 // The same of scripts that begin with the making of the file.
 Verdicts LookAtMaking(Durability durability, Crash crash, unsigned int states);
+// Of a file that is rewritten, so many times.
+Verdicts LookAtRewriting(Durability durability, Crash crash, unsigned int times);
 // Of changes of hundreds of kilobytes: one in so many states.
 Verdicts LookAtLarge(Durability durability, Crash crash, unsigned int lookOneIn);
 

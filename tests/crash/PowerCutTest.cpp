@@ -16,6 +16,10 @@ TEST(PowerCut, LeavesALargeChangeWholeOrNotAtAll) {
   LookAtLarge(Durability::kPower, Crash::kPowerCut, OneIn(4, 1)).ExpectSound();
 }
 
+TEST(PowerCut, LeavesARewrittenFileWholeOrNotAtAll) {
+  LookAtRewriting(Durability::kPower, Crash::kPowerCut, 1 + Sized(1, 50)).ExpectSound();
+}
+
 TEST(PowerCut, LeavesANewFileWholeOrNotAtAll) {
   LookAtMaking(Durability::kPower, Crash::kPowerCut, Sized(500, 10000)).ExpectSound();
 }

@@ -16,6 +16,10 @@ TEST(ProcessDeath, LeavesALargeChangeWholeOrNotAtAll) {
   LookAtLarge(Durability::kProcess, Crash::kDeath, OneIn(8, 1)).ExpectSound();
 }
 
+TEST(ProcessDeath, LeavesARewrittenFileWholeOrNotAtAll) {
+  LookAtRewriting(Durability::kProcess, Crash::kDeath, 1 + Sized(1, 10)).ExpectSound();
+}
+
 TEST(ProcessDeath, LeavesANewFileWholeOrNotAtAll) {
   LookAtMaking(Durability::kProcess, Crash::kDeath, Sized(500, 10000)).ExpectSound();
 }

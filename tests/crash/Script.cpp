@@ -80,6 +80,20 @@ Script Script::Large() {
            StepOn(Step::kDeleteKey, "zulu"), StepOn(Step::kCreateKey, "alpha")}};
 }
 
+Script Script::Rewriting() {
+  Step value = StepOn(Step::kCreateValue, "zulu");
+  value.type = 3;
+  value.data.assign(tamu::registry::kValueDataMax, 'v');
+  Step again = value;
+  again.path = "net";
+  Step rewrite = StepOn(Step::kRewrite, "");
+  rewrite.data = RewrittenBytes();
+  return {"rewriting",
+          SmallFile(),
+          {StepOn(Step::kCreateKey, "zulu"), value, rewrite, again,
+           StepOn(Step::kSetDefault, "net"), StepOn(Step::kDeleteKey, "zulu"), rewrite, again}};
+}
+
 std::string Script::NameOf(unsigned int step) const {
   const std::string number = name + ", step " + std::to_string(step);
   if (step == 0) return number + ", opening";

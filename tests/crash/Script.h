@@ -19,6 +19,8 @@ struct Script {
   static Script Making(unsigned int seed);
   // Puts back a key of many long values, again, and deletes it: hundreds of kilobytes at once.
   static Script Large();
+  // Rewrites a file that has grown, and grows again into what that has left.
+  static Script Rewriting();
 
   unsigned int count() const { return static_cast<unsigned int>(steps.size()); }
   // For messages.
