@@ -230,6 +230,24 @@ TEST_F(AllocationTest, LeaveTheKeyThatWasToBeReplaced) {
   EXPECT_STREQ(text.text(), "some text");
 }
 
+TEST_F(AllocationTest, LeaveTheFileThatWasToBeRewritten) {
+  struct Rewriter : FileRewriter {
+    const void* Rewrite(const void*, unsigned int* size) override {
+      *size = static_cast<unsigned int>(bytes.size());
+      return bytes.data();
+    }
+    std::string bytes;
+  } rewriter;
+  ASSERT_EQ(status::kOk, registry.SetDefaultValue(0, "a", 4711));
+  registry.Finalize();
+  rewriter.bytes = GetFile(path);
+  ASSERT_EQ(status::kOk, registry.Initialize());
+  FailEverywhere([&] { return registry.RewriteFile(rewriter); });
+  unsigned long long found = 0;
+  EXPECT_EQ(status::kOk, registry.GetDefaultValue(0, "a", &found));
+  EXPECT_EQ(4711u, found);
+}
+
 TEST_F(AllocationTest, LeaveTheKeyThatWasToLoseItsSubKeys) {
   ASSERT_EQ(status::kOk, registry.BackupKey(0, kKey, backup.c_str()));
   FailEverywhere([&] { return registry.RestoreKey(0, "a", backup.c_str()); });
