@@ -24,6 +24,7 @@ using tamu::registry::RegistryOptions;
 
 namespace {
 
+constexpr char kLost[] = "the file cannot be written, the change is lost";
 constexpr char kFull[] = "the registry is full; yaxreg compact may help";
 
 // Of "/" at the beginning and the end of a path, one each does not count.
@@ -75,10 +76,7 @@ bool Session::LookAgain() {
   if (!CheckInPlace()) return false;
   std::string bytes;
   const unsigned int result = TakeSnapshot(*registry_, &bytes);
-  if (result != status::kOk) {
-    code_ = FailWithStatus(result);
-    return false;
-  }
+  if (result != status::kOk) return FailLost(result);
   image_ = DecodeImage(call_, file_, std::move(bytes), &code_);
   return image_ != nullptr;
 }
@@ -172,8 +170,12 @@ bool Session::Close() {
   if (!LookAgain()) return false;
   const unsigned int ended = registry_->EndTransaction();
   registry_.reset();
-  if (ended == status::kOk) return CheckInPlace();
-  code_ = FailWithStatus(ended);
+  return ended == status::kOk ? CheckInPlace() : FailLost(ended);
+}
+
+// The library closes a file that it could not make longer.
+bool Session::FailLost(unsigned int result) {
+  code_ = FailWithStatus(result, result == status::kInputOutput ? kLost : "");
   return false;
 }
 
@@ -249,8 +251,7 @@ ExitCode Session::FailUnseen() {
   if (image_->IsComplete()) {
     const unsigned int unseen = UnseenStatus();
     const bool isFull = unseen == status::kLimit;
-    return FailWithStatus(unseen,
-                          isFull ? kFull : "the file cannot be written, the change is lost");
+    return FailWithStatus(unseen, isFull ? kFull : kLost);
   }
   return FailWithStatus(status::kInvalidFile,
                         "the file is damaged, the change is lost; yaxreg check tells more");

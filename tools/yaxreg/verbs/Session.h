@@ -71,6 +71,7 @@ class Session {
   bool CheckSound();
   bool CheckWritable();
   bool CheckInPlace();
+  bool FailLost(unsigned int result);
 
   Invocation& call_;
   std::string file_;
