@@ -122,7 +122,7 @@ bool FileStore::FollowOthers() {
   constexpr unsigned int kTries = 400;  // longer than a small change takes
   for (unsigned int i = 0; i < kTries; ++i) {
     const unsigned int sequence = journal_.Sequence();
-    if (sequence % 2 != 0 && !(sequence == known_ && file_.HasCopy())) continue;
+    if (sequence % 2 != 0 && !(sequence == known_ && file_.OfProcess().HasCopy())) continue;
     file_.Others().Watch(journal_.SequenceWord(), sequence);
     if (sequence == known_) return true;
     file_.DropCopy();
@@ -169,7 +169,7 @@ void FileStore::GiveLock() {
 
 Status FileStore::Renew() {
   undo_.Clear();
-  if (!file_.HasCopy()) file_.Renew();
+  if (!file_.OfProcess().HasCopy()) file_.Renew();
   if (tables_.Renew(file_)) return status::kOk;
   if (file_.Others().IsTorn()) return status::kInputOutput;
   tables_.Clear();

@@ -73,7 +73,7 @@ Status Journal::Freeze(StoreFile& file) {
   const unsigned long long start = PCWord::Now();
   do {
     const unsigned int sequence = Sequence();
-    if (file.HasCopy() && sequence == frozen_) return status::kOk;
+    if (file.OfProcess().HasCopy() && sequence == frozen_) return status::kOk;
     const bool isToComplete = IsLeft() && !side_.Lock().IsHeld();
     if (sequence % 2 == 0 || isToComplete) {
       Status result = file.TakeCopy();
@@ -97,8 +97,8 @@ void Journal::Attend() {
 
 // Who waits for changes and may not write here cannot ask for them in the words.
 void Journal::ServeAudience(const StoreFile& file) {
-  if (file.LookedAt() != lookedAt_) {
-    lookedAt_ = file.LookedAt();
+  if (file.OfProcess().LookedAt() != lookedAt_) {
+    lookedAt_ = file.OfProcess().LookedAt();
     hasAudience_ = side_.Side().IsHeld(PCSideFile::kAudience);
   }
   if (hasAudience_ && !feed_.Ask()) feed_.Begin();

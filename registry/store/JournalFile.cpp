@@ -129,10 +129,7 @@ Status JournalFile::Enter(const char* folder, const char* registryPath, StoreFil
     return isJoined ? status::kOk : status::kBusy;
   }
   // Others may have the registry by another path, or without a journal.
-  if (isWanted && !TakeAlone(registryPath)) {
-    if (side_.Size() == 0) side_.Remove();
-    return status::kBusy;
-  }
+  if (isWanted && !TakeAlone(registryPath)) return Refuse();
   const Status completed = JournalRecovery(file).Complete(side_);
   if (!completed.IsOk()) return completed;
   if (isWanted && SetUp(path.Text(), file).IsOk()) {
@@ -142,6 +139,18 @@ Status JournalFile::Enter(const char* folder, const char* registryPath, StoreFil
   side_.Remove();
   mode_ = Durability::kNone;
   return completed;
+}
+
+// Where no memory can be shared, others have no journal because of that.
+Status JournalFile::Refuse() {
+  if (side_.Size() > 0) return status::kBusy;
+  size_ = kJournalSize;
+  const bool isPossible = !side_.Resize(size_) || MapWords();
+  side_.Remove();
+  DropWords();
+  if (isPossible) return status::kBusy;
+  mode_ = Durability::kNone;
+  return status::kOk;
 }
 
 // The old content goes first: nothing of it can be taken for a record of this journal.
@@ -221,7 +230,7 @@ bool JournalFile::Join(const StoreFile& file) {
 void JournalFile::TellRegistry(const StoreFile& file) {
   unsigned long long device = 0;
   unsigned long long number = 0;
-  file.Identity(&device, &number);
+  file.OfProcess().Identity(&device, &number);
   words_.SetLong(journal_word::kDevice, device);
   words_.SetLong(journal_word::kFile, number);
 }
@@ -229,7 +238,7 @@ void JournalFile::TellRegistry(const StoreFile& file) {
 bool JournalFile::IsOfRegistry(const StoreFile& file) const {
   unsigned long long device = 0;
   unsigned long long number = 0;
-  file.Identity(&device, &number);
+  file.OfProcess().Identity(&device, &number);
   return words_.GetLong(journal_word::kDevice) == device &&
          words_.GetLong(journal_word::kFile) == number;
 }
@@ -277,6 +286,10 @@ void JournalFile::Close(bool isKept, StoreFile& file) {
   }
   hold_.Drop();
   mode_ = Durability::kNone;
+  DropWords();
+}
+
+void JournalFile::DropWords() {
   words_.Attach(nullptr);
   map_ = nullptr;
   delete[] page_;

@@ -64,6 +64,8 @@ class JournalFile {
   Status Enter(const char* folder, const char* registryPath, StoreFile& file);
   Status LookIn(const char* folder, const char* registryPath, StoreFile& file);
   Status SetUp(const char* path, StoreFile& file);
+  Status Refuse();
+  void DropWords();
   bool HadTail() const;
   bool WriteHeader();
   bool MapWords();

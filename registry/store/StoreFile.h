@@ -69,16 +69,12 @@ class StoreFile {
   // is only read. kNoMemory: it cannot be had.
   Status TakeCopy() { return file_.TakeCopy() ? status::kOk : status::kNoMemory; }
   void DropCopy() { file_.DropCopy(); }
-  bool HasCopy() const { return file_.HasCopy(); }
   // Dates the last change of the file now, which what is stored into a mapping may not do.
   void Touch() {
     if (IsOpen()) file_.Touch();
   }
-  // See PCFile.
-  unsigned long long LookedAt() const { return file_.LookedAt(); }
-  void Identity(unsigned long long* device, unsigned long long* number) const {
-    file_.Identity(device, number);
-  }
+  // What else is known of the file, while it is open.
+  const PCFile& OfProcess() const { return file_; }
 
   // From here on, what is written within the file is gathered and not in the file; reads of this
   // object see it.

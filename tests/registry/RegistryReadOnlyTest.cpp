@@ -460,6 +460,7 @@ TEST(RegistryFileMode, AFileHasTheRightsThatAreAskedForLessTheUmask) {
     Registry registry(path.c_str(), kAdmin);
     RegistryOptions options;
     options.fileMode = mode;
+    options.durability = PossibleModes()[1];
     EXPECT_EQ(0u, registry.SetOptions(options));
     EXPECT_EQ(0u, registry.Initialize());
     struct stat found = {};
