@@ -171,8 +171,7 @@ TEST_F(FileBytes, WritesANewFileWhereNothingButThatIsPossible) {
     EXPECT_EQ("file ", Files());
     ASSERT_EQ(0, unlink(file.c_str()));
   }
-  const TakenOverCalls taken(
-      {[] { return EPERM; }, [&] { return PutFile(file, old), EINVAL; }});
+  const TakenOverCalls taken({[] { return EPERM; }, [&] { return PutFile(file, old), EINVAL; }});
   EXPECT_TRUE(WriteNewFile(file, "new").exists);
   EXPECT_EQ(old, GetFile(file));
   EXPECT_EQ("file ", Files());
