@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "tools/yaxreg/image/FileBytes.h"
+#include "tools/yaxreg/image/FileIdentity.h"
 #include "tools/yaxreg/image/TemporaryFolder.h"
 #include "tools/yaxreg/verbs/CommonArguments.h"
 #include "tools/yaxreg/verbs/Session.h"
@@ -21,10 +22,8 @@ constexpr char kTooLarge[] = "is larger than any backup can be";
 
 // By whatever path, or as a second name of the same file.
 bool IsSameFile(const std::string& one, const std::string& other) {
-  struct stat first;
-  struct stat second;
-  if (stat(one.c_str(), &first) != 0 || stat(other.c_str(), &second) != 0) return false;
-  return first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+  const FileIdentity first(one);
+  return first.IsFile() && first == FileIdentity(other);
 }
 
 bool IsThere(const std::string& file) {

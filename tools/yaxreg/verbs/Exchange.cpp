@@ -11,12 +11,6 @@ using tamu::registry::Durability;
 using tamu::registry::Registry;
 using tamu::registry::RegistryOptions;
 
-namespace {
-
-constexpr char kHeldAlone[] = "another program has the file open and shares it with nobody";
-
-}  // namespace
-
 ExitCode Exchange::Run() {
   before_ = LoadImage(call_, call_.File(), &code_, orphans_);
   if (before_ == nullptr) return code_;

@@ -9,6 +9,9 @@
 
 namespace yaxreg {
 
+// Why a file cannot be opened to be changed that is there and sound (status 28).
+constexpr char kHeldAlone[] = "another program has the file open and shares it with nobody";
+
 // Reads and decodes a file as it is between two changes of other programs; one that a program has
 // died in is completed. Null when it cannot be read or is no registry: the failure has been
 // printed, and *code tells how to end. A damaged file is no failure.

@@ -159,10 +159,9 @@ bool Session::OpenToChange() {
   if (opened == status::kOk) return BeginChange() && LookAgain() && CheckSound();
   registry_.reset();
   code_ = call_.FailWithStatus(opened, file_, "",
-                               opened == status::kNoMemory ? "the library cannot open the file"
-                               : opened == status::kNoSpace
-                                   ? "another program has the file open and shares it with nobody"
-                                   : "");
+                               opened == status::kNoMemory  ? "the library cannot open the file"
+                               : opened == status::kNoSpace ? kHeldAlone
+                                                            : "");
   return false;
 }
 
