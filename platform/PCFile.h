@@ -1,6 +1,8 @@
 // A file that is read and written at any offset.
 #pragma once
 
+#include <atomic>
+
 #include "platform/Export.h"
 
 // Offsets and sizes are in bytes. Calls return 1 for success and 0 for failure. Reads are served
@@ -87,10 +89,11 @@ class PCFile {
   // that somebody else has cut off meanwhile; it may be up to 10 milliseconds since. Called at the
   // start of every operation on the file.
   void Refresh();
-  // True when Refresh would not ask the system now, since it has just done so.
+  // True when the file is mapped, and no shorter than what is mapped of it: the system is asked
+  // every few milliseconds. Threads may ask beside each other.
   bool IsFresh() const;
-  // Changes every few milliseconds with Refresh.
-  unsigned long long LookedAt() const { return mLookedAt; }
+  // Changes every few milliseconds with Refresh and IsFresh.
+  unsigned int LookedAt() const { return mLookedAt.load(std::memory_order_relaxed); }
   // Others have made the file longer, or shorter: reads go up to its end, and all of it is
   // protected.
   void Renew();
@@ -118,5 +121,5 @@ class PCFile {
   const unsigned char* mMap = nullptr;  // null: no mapping; may be written to with mStores
   unsigned char* mCopy = nullptr;       // owned, then mMap is the same
   unsigned long long mPosition = 0;
-  unsigned long long mLookedAt = 0;  // posix::Tick, of the last look at the length
+  mutable std::atomic<unsigned int> mLookedAt{0};  // posix::Tick, of the last look at the length
 };

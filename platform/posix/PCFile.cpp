@@ -234,20 +234,27 @@ void PCFile::Swap(PCFile& other) {
   std::swap(mMap, other.mMap);
   std::swap(mCopy, other.mCopy);
   std::swap(mPosition, other.mPosition);
-  std::swap(mLookedAt, other.mLookedAt);
+  mLookedAt.store(other.mLookedAt.exchange(LookedAt()));
 }
 
 // A system call costs as much as a fifth of an operation.
 void PCFile::Refresh() {
   if (mMap == nullptr) return;
-  const unsigned long long tick = posix::Tick();
-  if (tick == mLookedAt) return;
-  mLookedAt = tick;
+  const unsigned int tick = static_cast<unsigned int>(posix::Tick());
+  if (tick == LookedAt()) return;
+  mLookedAt.store(tick, std::memory_order_relaxed);
   LookAtLength();
 }
 
+// Who would take a lock for the look would stop all others until the last of them has had a
+// processor.
 bool PCFile::IsFresh() const {
-  return mMap != nullptr && posix::Tick() == mLookedAt;
+  if (mMap == nullptr) return false;
+  const unsigned int tick = static_cast<unsigned int>(posix::Tick());
+  if (tick == LookedAt()) return true;
+  if (!HasCopy() && posix::Length(mFd) < static_cast<long long>(mMapLength)) return false;
+  mLookedAt.store(tick, std::memory_order_relaxed);
+  return true;
 }
 
 void PCFile::LookAtLength() {

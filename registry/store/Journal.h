@@ -90,7 +90,7 @@ class Journal {
   unsigned int length_ = 0;
   unsigned int owed_ = 0;            // the sequence since which this process owes an undoing
   unsigned int frozen_ = 0;          // the sequence that the copy is of
-  unsigned long long lookedAt_ = 0;  // PCFile::LookedAt, of the last look for an audience
+  unsigned int lookedAt_ = 0;  // PCFile::LookedAt, of the last look for an audience
   bool hasAudience_ = false;
   bool isAttending_ = false;
   bool isOwing_ = false;

@@ -111,6 +111,25 @@ TEST_F(PCFileLength, ReadsFailCleanlyInAPartThatOthersCutOff) {
   EXPECT_EQ("content", ReadAt(4, 7));
 }
 
+// Whoever looks, and finds nothing new, has looked for all others.
+TEST_F(PCFileLength, IsFreshUntilSomebodyMakesItShorter) {
+  Start(std::string(100, 'a'));
+  mFile.Refresh();
+  const bool isMapped = mFile.ReadMapped(0, 1) != nullptr;
+  const unsigned int before = mFile.LookedAt();
+  WaitForTheNextLook();
+  EXPECT_EQ(isMapped, mFile.IsFresh());
+  EXPECT_EQ(isMapped, before != mFile.LookedAt());
+  CutByOthers(99);
+  WaitForTheNextLook();
+  EXPECT_FALSE(mFile.IsFresh());
+  mFile.Refresh();
+  EXPECT_EQ(std::string(99, 'a'), ReadAt(0, 99));
+  EXPECT_EQ("(no)", ReadAt(0, 100));
+  WaitForTheNextLook();
+  EXPECT_EQ(isMapped, mFile.IsFresh());
+}
+
 TEST_F(PCFileLength, ReadsFailCleanlyAfterTheFileWasMadeAnew) {
   Start(std::string(50000, 'a'));
   ASSERT_EQ(1, PCFile::Make(mPath.c_str()));

@@ -1,8 +1,12 @@
 // Threads that read beside each other, and beside one that changes what they read.
 #include <atomic>
+#include <chrono>
+#include <future>
 
+#include "registry/store/ProcessFile.h"
 #include "tests/registry/ManyThreads.h"
 #include "tests/registry/RegistryRig.h"
+#include "tests/support/LengthLook.h"
 
 namespace tamu::registry {
 
@@ -107,6 +111,28 @@ TEST_F(RegistryReadersTest, HandlesAreOpenedAndClosedBesideThoseThatReadThroughT
     if (thread == 0) isOver = true;
   });
   EXPECT_EQ(0u, wrong);
+}
+
+// Nor for one that has lost its processor in the middle, when it is time to look at the file's
+// length. Where nothing is mapped, every read takes the lock.
+TEST_F(RegistryReadersTest, AReaderWithoutAHandleWaitsForNoOther) {
+  const Watchdog watchdog("RegistryReaders");
+  ASSERT_EQ(0u, WrongReads(0));
+  std::future<unsigned int> other;
+  {
+    const PCReaders::Scope inside(ProcessFile::Readers(), ProcessFile::Lock());
+    ASSERT_TRUE(inside.IsInside());
+    const unsigned char* mapped = ProcessFile::File().ReadMapped(0, 1);
+    WaitForTheNextLook();
+    other = std::async(std::launch::async, [&] {
+      ReadValue value;
+      return registry.GetValue(0, "house/room", "text", &value);
+    });
+    if (mapped != nullptr) {
+      EXPECT_EQ(std::future_status::ready, other.wait_for(std::chrono::seconds(10)));
+    }
+  }
+  EXPECT_EQ(status::kOk, other.get());
 }
 
 TEST_F(RegistryReadersTest, WhoHoldsTheHandlesLetsNobodyReadMeanwhile) {
