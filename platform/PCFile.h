@@ -83,6 +83,8 @@ class PCFile {
   bool SameFile(const PCFile& other) const;
   // What tells the file that is open here from all others: 0 and 0 when it cannot be told.
   void Identity(unsigned long long* device, unsigned long long* number) const;
+  // True when other machines may have the file open, too.
+  bool IsOnNetwork() const;
   // Exchanges what the two objects have open, with their positions.
   void Swap(PCFile& other);
   // Looks at the length, so that reads up to the next Refresh do not touch a part of the mapping

@@ -222,6 +222,10 @@ void PCFile::Identity(unsigned long long* device, unsigned long long* number) co
   if (IsOpen()) posix::Identify(mFd, device, number);
 }
 
+bool PCFile::IsOnNetwork() const {
+  return IsOpen() && posix::IsOnNetwork(mFd);
+}
+
 void PCFile::Swap(PCFile& other) {
   std::swap(mFd, other.mFd);
   std::swap(mMode, other.mMode);

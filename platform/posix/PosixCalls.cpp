@@ -51,6 +51,13 @@ int OpenWith(const char* path, int flags, unsigned int mode = 0666) {
   return fd < 0 ? -errno : MoveAboveStandardStreams(fd);
 }
 
+// What the system calls its kind; 0 when it does not tell.
+unsigned int FileSystemOf(int fd) {
+  struct statfs system;
+  if (Retry([&] { return fstatfs(fd, &system); }) != 0) return 0;
+  return static_cast<unsigned int>(system.f_type);
+}
+
 }  // namespace
 
 int Open(const char* path) {
@@ -142,10 +149,29 @@ bool Allocate(int fd, unsigned int length) {
 bool WritesInPlace(int fd) {
   constexpr unsigned int kExt = 0xEF53;  // ext2, ext3, ext4
   constexpr unsigned int kTmpfs = 0x01021994;
-  struct statfs system;
-  if (Retry([&] { return fstatfs(fd, &system); }) != 0) return false;
-  const unsigned int type = static_cast<unsigned int>(system.f_type);
+  const unsigned int type = FileSystemOf(fd);
   return type == kExt || type == kTmpfs;
+}
+
+bool IsOnNetwork(int fd) {
+  static constexpr unsigned int kTypes[] = {
+      0x6969,  // NFS
+      0x517B,  // SMB, and two later ones
+      0xFE534D42, 0xFF534D42,
+      0x01021997,  // 9P
+      0x00C36400,  // Ceph
+      0x5346414F,  // AFS, two of them
+      0x6B414653,
+      0x73757245,  // Coda
+      0x01161970,  // GFS2
+      0x7461636F,  // OCFS2
+      0x0BD00BD0,  // Lustre
+  };
+  const unsigned int type = FileSystemOf(fd);
+  for (const unsigned int each : kTypes) {
+    if (each == type) return true;
+  }
+  return false;
 }
 
 // The dates are those of the last tick of the clock.

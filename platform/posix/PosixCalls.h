@@ -52,6 +52,9 @@ bool Allocate(int fd, unsigned int length);
 // True when the file system never needs more room to write over a part of a file that has its
 // blocks: what is stored into a mapping of such a file cannot fail for want of room.
 bool WritesInPlace(int fd);
+// True when the file is another machine's, or one that other machines may have open: their memory
+// is not shared with this one's.
+bool IsOnNetwork(int fd);
 // Tells a number that is another one as soon as another file is at the path, or the file was
 // changed by a system call or a new mapping; 0: nothing is there. *isYoung becomes true where a
 // change that follows soon might not show.

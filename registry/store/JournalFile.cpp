@@ -18,21 +18,17 @@ constexpr unsigned int kWordsSize = kJournalRecords;  // bytes, with the ring of
 
 }  // namespace
 
+// Whoever wants no journal has the registry alone.
 Status JournalFile::Open(const RegistryOptions& options, const char* registryPath,
                          StoreFile& file) {
   if (options.sideFolder != nullptr) {
     const Status beside = Begin(Durability::kNone, nullptr, registryPath, file);
     if (!beside.IsOk()) return beside;
   }
-  return HoldFile(options.durability, registryPath,
-                  Begin(options.durability, options.sideFolder, registryPath, file));
-}
-
-// Whoever wants no journal has the registry alone.
-Status JournalFile::HoldFile(Durability wanted, const char* registryPath, Status opened) {
+  const Status opened = Begin(options.durability, options.sideFolder, registryPath, file);
   if (!opened.IsOk() || IsOpen()) return opened;
-  const bool isHeld =
-      wanted == Durability::kNone ? TakeAlone(registryPath) : MayShare(registryPath);
+  const bool isAlone = options.durability == Durability::kNone || file.OfProcess().IsOnNetwork();
+  const bool isHeld = isAlone ? TakeAlone(registryPath) : MayShare(registryPath);
   return isHeld ? opened : Status(status::kBusy);
 }
 
@@ -129,7 +125,7 @@ Status JournalFile::Enter(const char* folder, const char* registryPath, StoreFil
     return isJoined ? status::kOk : status::kBusy;
   }
   // Others may have the registry by another path, or without a journal.
-  if (isWanted && !TakeAlone(registryPath)) return Refuse();
+  if (isWanted && !TakeAlone(registryPath)) return Refuse(file);
   const Status completed = JournalRecovery(file).Complete(side_);
   if (!completed.IsOk()) return completed;
   if (isWanted && SetUp(path.Text(), file).IsOk()) {
@@ -141,11 +137,12 @@ Status JournalFile::Enter(const char* folder, const char* registryPath, StoreFil
   return completed;
 }
 
-// Where no memory can be shared, others have no journal because of that.
-Status JournalFile::Refuse() {
+// Where no memory can be shared, others have no journal because of that. Unless they run on another
+// machine.
+Status JournalFile::Refuse(const StoreFile& file) {
   if (side_.Size() > 0) return status::kBusy;
   size_ = kJournalSize;
-  const bool isPossible = !side_.Resize(size_) || MapWords();
+  const bool isPossible = file.OfProcess().IsOnNetwork() || !side_.Resize(size_) || MapWords(file);
   side_.Remove();
   DropWords();
   if (isPossible) return status::kBusy;
@@ -158,7 +155,7 @@ Status JournalFile::SetUp(const char* path, StoreFile& file) {
   const bool hadTail = HadTail();
   if (!side_.Resize(0) || !side_.Resize(kJournalSize)) return status::kNoSpace;
   size_ = kJournalSize;
-  if (!MapWords() || !WriteHeader()) return status::kNoSpace;
+  if (!MapWords(file) || !WriteHeader()) return status::kNoSpace;
   words_.Set(journal_word::kNext, kJournalRecords);
   words_.Set(journal_word::kSize, size_);
   words_.Set(journal_word::kHasTail, hadTail ? 1 : 0);
@@ -197,9 +194,10 @@ bool JournalFile::WriteHeader() {
   return side_.Write(0, header.bytes(), JournalHeader::kSize);
 }
 
-// Without shared mappings the words are this process's own.
-bool JournalFile::MapWords() {
-  unsigned char* start = side_.MapStart(kWordsSize);
+// Without shared mappings the words are this process's own. Programs of other machines would not
+// see them either, wherever the journal lies.
+bool JournalFile::MapWords(const StoreFile& file) {
+  unsigned char* start = file.OfProcess().IsOnNetwork() ? nullptr : side_.MapStart(kWordsSize);
   if (start == nullptr && mode_ == Durability::kPower) {
     delete[] page_;
     page_ = new (std::nothrow) unsigned char[kWordsSize]();

@@ -60,15 +60,14 @@ class JournalFile {
   Status Begin(Durability mode, const char* folder, const char* registryPath, StoreFile& file);
   bool TakeAlone(const char* registryPath);
   bool MayShare(const char* registryPath);
-  Status HoldFile(Durability wanted, const char* registryPath, Status opened);
   Status Enter(const char* folder, const char* registryPath, StoreFile& file);
   Status LookIn(const char* folder, const char* registryPath, StoreFile& file);
   Status SetUp(const char* path, StoreFile& file);
-  Status Refuse();
+  Status Refuse(const StoreFile& file);
   void DropWords();
   bool HadTail() const;
   bool WriteHeader();
-  bool MapWords();
+  bool MapWords(const StoreFile& file);
   bool Join(const StoreFile& file);
   void TellRegistry(const StoreFile& file);
   bool IsOfRegistry(const StoreFile& file) const;

@@ -222,6 +222,10 @@ bool WritesInPlace(int) {
   return false;
 }
 
+bool IsOnNetwork(int) {
+  return false;
+}
+
 // The files are in memory: nothing waits.
 // No reader of these files waits for anything.
 unsigned long long StateOf(const char* path, bool* isYoung) {

@@ -35,6 +35,7 @@ bool sTearsAtByte = false;  // instead of in the middle
 unsigned int sTearByte = 0;
 unsigned int sTornSize = 0;
 std::map<posix::Moving, int> sRefused;   // errno of the moves that are refused
+bool sIsOnNetwork = false;
 int sLinkError = 0;                      // of the links; 0 = they are made
 std::map<int, std::string> sPaths;       // of the open descriptors
 std::map<std::string, DiskImage> sDisk;  // files with lost calls
@@ -129,6 +130,10 @@ void ArmTear(unsigned int number, unsigned int bytes) {
 
 void RefuseLinks(int error) {
   sLinkError = error;
+}
+
+void PretendNetwork(bool isPretended) {
+  sIsOnNetwork = isPretended;
 }
 
 void Disarm() {
@@ -288,6 +293,10 @@ bool Allocate(int fd, unsigned int length) {
 // Everything is written with a call.
 bool WritesInPlace(int) {
   return false;
+}
+
+bool IsOnNetwork(int) {
+  return faults::sIsOnNetwork;
 }
 
 // No reader of these files waits for anything.

@@ -28,6 +28,8 @@ void ArmTear(unsigned int number, unsigned int bytes);
 void RefuseMoves(posix::Moving how, int error);
 // Links do so.
 void RefuseLinks(int error);
+// Every file is on a file system that other machines have, or none is.
+void PretendNetwork(bool isPretended);
 // Nothing fails any more. Calls that were lost stay lost.
 void Disarm();
 // Calls counted since Arm.
