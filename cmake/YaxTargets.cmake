@@ -36,6 +36,12 @@ endfunction()
 function(yax_small_sources)
   set_source_files_properties(${ARGN} PROPERTIES COMPILE_OPTIONS "${yax_for_size}")
 endfunction()
+# What every change goes through: for size on 32-bit machines alone, where memory and flash are small.
+function(yax_lean_sources)
+  if(CMAKE_SIZEOF_VOID_P LESS 8)
+    yax_small_sources(${ARGN})
+  endif()
+endfunction()
 
 # Headers that clients get; paths from the root of the project, which they keep where they are installed.
 function(yax_public_headers)
