@@ -51,8 +51,9 @@ class PCFile {
   int TakeCopy();
   void DropCopy();
   bool HasCopy() const { return mCopy != nullptr; }
-  // As Write, within the file; without a system call that writes where stores are allowed.
-  int Store(const void* data, unsigned int size);
+  // As Write, within the file; without a system call that writes where stores are allowed. The
+  // length is asked of the system before, unless that was just done by another Store.
+  int Store(const void* data, unsigned int size, bool hasLooked = false);
   // Sets the position. Beyond the end succeeds; makes no system call.
   int Seek(unsigned int offset);
   // length > 0: makes the file that long. 0: cuts a grown file back to its protected length.

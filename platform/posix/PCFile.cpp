@@ -147,11 +147,11 @@ void PCFile::DropCopy() {
   if (HasCopy()) Renew();
 }
 
-// Somebody may have cut the file off: the length is asked before each store.
-int PCFile::Store(const void* data, unsigned int size) {
+// Somebody may have cut the file off.
+int PCFile::Store(const void* data, unsigned int size, bool hasLooked) {
   const unsigned long long end = mPosition + size;
   if (!mStores || end > mMapLength) return Write(data, size);
-  LookAtLength();
+  if (!hasLooked) LookAtLength();
   if (end > mMapLength) return Write(data, size);
   std::memcpy(const_cast<unsigned char*>(mMap) + mPosition, data, size);
   mPosition = end;

@@ -14,6 +14,7 @@ Changes::Changes(FileStore& store)
     : StoreAccess(store, Sharing::kAlone), store_(store), start_(store.undo_.Here()) {
   if (store_.changes_++ == 0 && store_.journal_.IsOn() && store_.undo_.IsEmpty()) {
     store_.file_.BeginGathering();
+    Know();
   }
 }
 

@@ -179,7 +179,9 @@ Status Journal::Commit(StoreFile& file, const ChangeNote* note) {
 // more than the bytes. Not so where the file ended on the first of the pages when it was gathered:
 // what a growth has put there since is not in the set.
 Status Journal::Apply(StoreFile& file) {
+  constexpr unsigned int kStores = 64;  // after one look at the length
   ChangeSet& set = file.Gathered();
+  unsigned int written = 0;
   unsigned char chunk[kChunk];
   unsigned int offset = 0;
   unsigned int size = 0;
@@ -196,13 +198,16 @@ Status Journal::Apply(StoreFile& file) {
       size += rest + page.end;
       continue;
     }
-    const Status result = size > 0 ? file.WriteCommitted(offset, size, chunk) : Status(status::kOk);
-    if (!result.IsOk()) return result;
+    if (size > 0) {
+      const Status result = file.WriteCommitted(offset, size, chunk, written++ % kStores == 0);
+      if (!result.IsOk()) return result;
+    }
     offset = page.Offset() + page.start;
     size = page.end - page.start;
     PCMem::Copy(chunk, page.after + page.start, size);
   }
-  return size > 0 ? file.WriteCommitted(offset, size, chunk) : Status(status::kOk);
+  return size > 0 ? file.WriteCommitted(offset, size, chunk, written % kStores == 0)
+                  : Status(status::kOk);
 }
 
 // The hash follows the changes; what was written beside them is read.

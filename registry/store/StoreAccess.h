@@ -65,7 +65,7 @@ class StoreAccess {
 
  protected:
   const StoreFile& File() const { return store_.file_; }
-  // What is mapped stays so during the scope.
+  // What is mapped stays so during the scope, or until something is gathered.
   void Know();
 
  private:
@@ -81,16 +81,20 @@ class StoreAccess {
       const TernaryNodeDescriptor::Area& area = Descriptor(kind).areas[table];
       const unsigned int offset = area.offset + SlotOf(id) * RecordSizeOf(kind);
       // Slot 0 is none of them.
-      if (SlotOf(id) - 1 < area.slots && offset < knownEnd_) {
+      if (SlotOf(id) - 1 < area.slots && IsKnown(offset)) {
         std::memcpy(bytes, known_ + offset, RecordSizeOf(kind));
         if (store_.file_.Others().IsUnchanged()) return status::kOk;
       }
     }
     return ReadAs<kind>(id, bytes);
   }
+  // What a change has gathered counts, not what is mapped.
+  bool IsKnown(unsigned int offset) const {
+    return offset < knownEnd_ && !store_.file_.HasGathered();
+  }
   // Of a record, or of a part of one.
   const unsigned char* Mapped(unsigned int offset, unsigned int size) const {
-    return offset < knownEnd_ ? known_ + offset : store_.file_.Mapped(offset, size);
+    return IsKnown(offset) ? known_ + offset : store_.file_.Mapped(offset, size);
   }
   bool ReadBlock(unsigned int id, void* buffer, unsigned int size) const;
   bool IsReader() const { return sharing_ == Sharing::kReader; }

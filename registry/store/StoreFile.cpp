@@ -56,9 +56,12 @@ void StoreFile::AllowStores() {
   mayStore_ = true;
 }
 
-Status StoreFile::WriteCommitted(unsigned int offset, unsigned int size, const void* data) {
+Status StoreFile::WriteCommitted(unsigned int offset, unsigned int size, const void* data,
+                                 bool isFirst) {
   if (!mayStore_) return WriteThrough(offset, size, data);
-  if (!IsOpen() || !file_.Seek(offset) || !file_.Store(data, size)) return status::kInputOutput;
+  if (!IsOpen() || !file_.Seek(offset) || !file_.Store(data, size, !isFirst)) {
+    return status::kInputOutput;
+  }
   return status::kOk;
 }
 

@@ -91,14 +91,15 @@ class StoreFile {
   }
   bool IsGathering() const { return isGathering_; }
   ChangeSet& Gathered() { return gathered_; }
+  bool HasGathered() const { return !gathered_.IsEmpty(); }
   // Straight from the file and to it. What is gathered of the bytes that are written follows them.
   Status ReadStraight(unsigned int offset, unsigned int size, void* buffer) const;
   Status WriteStraight(unsigned int offset, unsigned int size, const void* data);
   // From now on WriteCommitted may store into the mapping of the file, where that cannot fail; else
   // it is a system call, as it is until then.
   void AllowStores();
-  // What was gathered becomes a part of the file.
-  Status WriteCommitted(unsigned int offset, unsigned int size, const void* data);
+  // What was gathered becomes a part of the file. The first ones of a change look at its length.
+  Status WriteCommitted(unsigned int offset, unsigned int size, const void* data, bool isFirst);
   // The lowest offset that was written straight since it was taken the last time.
   static constexpr unsigned int kNowhere = 0xFFFFFFFF;
   unsigned int LowestStraight() const { return lowestStraight_; }
