@@ -9,6 +9,7 @@
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/types.h>
+#include <sys/uio.h>
 #include <sys/vfs.h>
 #include <time.h>
 #include <unistd.h>
@@ -56,6 +57,51 @@ unsigned int FileSystemOf(int fd) {
   struct statfs system;
   if (Retry([&] { return fstatfs(fd, &system); }) != 0) return 0;
   return static_cast<unsigned int>(system.f_type);
+}
+
+// The system is quick to take zeros, and finds blocks for them later; to find them at once, and to
+// let go of them with the file, takes several times as long.
+bool WriteZeros(int fd, unsigned int from, unsigned int end) {
+  constexpr unsigned int kChunks = 16;
+  unsigned char chunk[4096] = {};
+  struct iovec chunks[kChunks];
+  for (struct iovec& each : chunks) each = {chunk, sizeof chunk};
+  while (from < end) {
+    const unsigned int left = end - from;
+    const unsigned int count = left / sizeof chunk < kChunks ? left / sizeof chunk : kChunks;
+    chunks[0].iov_len = count > 0 ? sizeof chunk : left;
+    const ssize_t done = Retry([&] {
+      return pwritev(fd, chunks, count > 0 ? static_cast<int>(count) : 1, static_cast<off_t>(from));
+    });
+    if (done <= 0) return false;
+    from += static_cast<unsigned int>(done);
+  }
+  return true;
+}
+
+// In hexadecimal, with hyphens.
+bool ReadBootId(unsigned char (&id)[16]) {
+  char text[64] = {};
+  const int fd = open("/proc/sys/kernel/random/boot_id", O_RDONLY | O_CLOEXEC);
+  if (fd < 0) return false;
+  const ssize_t got = Retry([&] { return read(fd, text, sizeof text - 1); });
+  close(fd);
+  if (got < 36) return false;
+  unsigned int digits = 0;
+  for (const char* at = text; *at != 0 && digits < 32; ++at) {
+    unsigned int digit = 0;
+    if (*at >= '0' && *at <= '9') {
+      digit = static_cast<unsigned int>(*at - '0');
+    } else if (*at >= 'a' && *at <= 'f') {
+      digit = static_cast<unsigned int>(*at - 'a') + 10;
+    } else {
+      continue;
+    }
+    unsigned char& byte = id[digits / 2];
+    byte = static_cast<unsigned char>(digits % 2 == 0 ? digit << 4 : byte | digit);
+    ++digits;
+  }
+  return digits == 32;
 }
 
 }  // namespace
@@ -139,12 +185,6 @@ bool Truncate(int fd, unsigned int length) {
   return Retry([=] { return ftruncate(fd, static_cast<off_t>(length)); }) == 0;
 }
 
-bool Allocate(int fd, unsigned int length) {
-  int error = EINTR;
-  while (error == EINTR) error = posix_fallocate(fd, 0, static_cast<off_t>(length));
-  return error == 0;
-}
-
 // Not those that keep what was there: they write elsewhere and need room for it.
 bool WritesInPlace(int fd) {
   constexpr unsigned int kExt = 0xEF53;  // ext2, ext3, ext4
@@ -172,6 +212,16 @@ bool IsOnNetwork(int fd) {
     if (each == type) return true;
   }
   return false;
+}
+
+bool Allocate(int fd, unsigned int length) {
+  const long long now = Length(fd);
+  if (now >= 0 && now < static_cast<long long>(length) && WritesInPlace(fd)) {
+    return WriteZeros(fd, static_cast<unsigned int>(now), length);
+  }
+  int error = EINTR;
+  while (error == EINTR) error = posix_fallocate(fd, 0, static_cast<off_t>(length));
+  return error == 0;
 }
 
 // The dates are those of the last tick of the clock.
@@ -308,27 +358,11 @@ int LinkTarget(const char* path, char* target, unsigned int capacity) {
 
 // The text there is 36 characters, hexadecimal digits and hyphens.
 bool BootId(unsigned char (&id)[16]) {
-  char text[64] = {};
-  const int fd = open("/proc/sys/kernel/random/boot_id", O_RDONLY | O_CLOEXEC);
-  if (fd < 0) return false;
-  const ssize_t got = Retry([&] { return read(fd, text, sizeof text - 1); });
-  close(fd);
-  if (got < 36) return false;
-  unsigned int digits = 0;
-  for (const char* at = text; *at != 0 && digits < 32; ++at) {
-    unsigned int digit = 0;
-    if (*at >= '0' && *at <= '9') {
-      digit = static_cast<unsigned int>(*at - '0');
-    } else if (*at >= 'a' && *at <= 'f') {
-      digit = static_cast<unsigned int>(*at - 'a') + 10;
-    } else {
-      continue;
-    }
-    unsigned char& byte = id[digits / 2];
-    byte = static_cast<unsigned char>(digits % 2 == 0 ? digit << 4 : byte | digit);
-    ++digits;
-  }
-  return digits == 32;
+  static unsigned char sId[16];
+  static bool sIsKnown = false;
+  if (!sIsKnown) sIsKnown = ReadBootId(sId);
+  std::memcpy(id, sId, sizeof id);
+  return sIsKnown;
 }
 
 }  // namespace posix

@@ -107,7 +107,8 @@ bool RealPath(const char* path, char* real, unsigned int capacity);
 // by 0. Returns 0 or errno: EINVAL for what is no link, ENAMETOOLONG for more than `capacity`
 // bytes.
 int LinkTarget(const char* path, char* target, unsigned int capacity);
-// Writes the 16 bytes that the system has drawn when it was started.
+// Writes the 16 bytes that the system has drawn when it was started. Asks it once; one thread at a
+// time.
 bool BootId(unsigned char (&id)[16]);
 
 }  // namespace posix
