@@ -6,8 +6,9 @@
 #include "platform/Export.h"
 
 // Offsets and sizes are in bytes. Calls return 1 for success and 0 for failure. Reads are served
-// from a shared mapping of the file where one can be had, else by one positioned read; both see at
-// once what this and other processes write. Not thread-safe: the owner serialises.
+// from a shared mapping of the file where one can be had, but for the first ones, else by one
+// positioned read; both see at once what this and other processes write. Not thread-safe: the owner
+// serialises.
 class PCFile {
  public:
   // The modes that Create takes.
@@ -30,6 +31,8 @@ class PCFile {
   // Reads go to the system from the next Create on, never to a mapping: for files of a medium that
   // may be taken away, where a mapping would end the process.
   void ReadDirectly() { mDirect = true; }
+  // The file is mapped from now on, if it can be, and not after some more reads.
+  void MapNow();
   // Reads exactly `size` bytes at the position and moves it; fails when fewer are there (the
   // position then stays). size 0 succeeds.
   int Read(void* buffer, unsigned int size);
@@ -109,6 +112,7 @@ class PCFile {
   __attribute__((noinline)) int ReadSlowly(void* buffer, unsigned int size);
   // True when the mapping serves a read that ends at `end`; renews the mapping of a grown file.
   bool MappingCovers(unsigned long long end);
+  void Map();
   // Maps the file, which is `length` bytes long, in place of the mapping there was.
   void MapAnew(unsigned long long length);
   void DropMapping();
@@ -116,7 +120,9 @@ class PCFile {
   int mFd = -1;
   int mMode = 0;
   bool mDirect = false;                 // never mapped
+  bool mMayStore = false;               // as soon as there is a mapping
   bool mStores = false;                 // into the mapping
+  unsigned int mReadsUntilMapped = 0;   // 0: the mapping is there, or cannot be had
   int mError = 0;                       // errno of the last Create, 0 = it succeeded
   unsigned int mProtected = 0;          // bytes
   unsigned int mMapLength = 0;          // bytes that reads may take from mMap

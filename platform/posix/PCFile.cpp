@@ -13,6 +13,7 @@ namespace {
 constexpr unsigned int kMaxUnsigned = 0xFFFFFFFF;
 constexpr unsigned int kMaxMapped = 64u << 20;  // bytes; a longer file is read without a mapping
 constexpr unsigned int kMapSpare = 1u << 20;    // bytes mapped beyond the end, for the file to grow
+constexpr unsigned int kReadsUntilMapped = 100;  // a mapping costs as much as these
 
 unsigned int Saturate(unsigned long long length) {
   return length > kMaxUnsigned ? kMaxUnsigned : static_cast<unsigned int>(length);
@@ -79,8 +80,17 @@ int PCFile::Create(const char* path, int mode) {
   mFd = fd;
   mMode = mode;
   mProtected = Saturate(static_cast<unsigned long long>(length));
-  MapAnew(static_cast<unsigned long long>(length));
+  mReadsUntilMapped = kReadsUntilMapped;
   return 1;
+}
+
+void PCFile::Map() {
+  const long long length = posix::Length(mFd);
+  if (length >= 0) MapAnew(static_cast<unsigned long long>(length));
+}
+
+void PCFile::MapNow() {
+  if (mReadsUntilMapped > 0) Map();
 }
 
 int PCFile::Read(void* buffer, unsigned int size) {
@@ -94,6 +104,7 @@ int PCFile::Read(void* buffer, unsigned int size) {
 int PCFile::ReadSlowly(void* buffer, unsigned int size) {
   if (size == 0) return IsOpen() ? 1 : 0;
   const unsigned long long end = mPosition + size;
+  if (mReadsUntilMapped > 0 && --mReadsUntilMapped == 0) Map();
   if (MappingCovers(end)) {
     std::memcpy(buffer, mMap + mPosition, size);
   } else if (HasCopy() || !ReadWhole(mFd, buffer, size, mPosition)) {
@@ -122,6 +133,7 @@ int PCFile::Write(const void* data, unsigned int size) {
 }
 
 void PCFile::AllowStores() {
+  mMayStore = true;
   mStores = mMap != nullptr && posix::WritesInPlace(mFd) && posix::AllowWrites(mMap, mMapReserved);
 }
 
@@ -183,7 +195,9 @@ int PCFile::Destroy() {
   DropMapping();
   const int fd = mFd;
   mFd = -1;
+  mMayStore = false;
   mStores = false;
+  mReadsUntilMapped = 0;
   mProtected = 0;
   mPosition = 0;
   mLookedAt = 0;
@@ -230,7 +244,9 @@ void PCFile::Swap(PCFile& other) {
   std::swap(mFd, other.mFd);
   std::swap(mMode, other.mMode);
   std::swap(mDirect, other.mDirect);
+  std::swap(mMayStore, other.mMayStore);
   std::swap(mStores, other.mStores);
+  std::swap(mReadsUntilMapped, other.mReadsUntilMapped);
   std::swap(mError, other.mError);
   std::swap(mProtected, other.mProtected);
   std::swap(mMapLength, other.mMapLength);
@@ -243,7 +259,7 @@ void PCFile::Swap(PCFile& other) {
 
 // A system call costs as much as a fifth of an operation.
 void PCFile::Refresh() {
-  if (mMap == nullptr) return;
+  if (mMap == nullptr && mReadsUntilMapped == 0) return;
   const unsigned int tick = static_cast<unsigned int>(posix::Tick());
   if (tick == LookedAt()) return;
   mLookedAt.store(tick, std::memory_order_relaxed);
@@ -299,13 +315,14 @@ bool PCFile::MappingCovers(unsigned long long end) {
 // until the file is opened anew.
 void PCFile::MapAnew(unsigned long long length) {
   DropMapping();
+  mReadsUntilMapped = 0;
   if (mDirect || length > kMaxMapped) return;
   const unsigned int reserved = static_cast<unsigned int>(length) + kMapSpare;
   mMap = posix::Map(mFd, reserved);
   if (mMap == nullptr) return;
   mMapReserved = reserved;
   mMapLength = static_cast<unsigned int>(length);
-  if (mStores) AllowStores();
+  if (mMayStore) AllowStores();
 }
 
 void PCFile::DropMapping() {

@@ -118,8 +118,10 @@ class StoreAccess {
 class LockedAccess : public StoreAccess {
  public:
   explicit LockedAccess(FileStore& store) : StoreAccess(store, Sharing::kAlone) {}
-  // Nothing writes the file during the scope, as the caller says: reads look less.
+  // Nothing writes the file during the scope, as the caller says, and much is read: reads look
+  // less.
   void ExpectNoChange() {
+    File().MapNow();
     if (!File().IsGathering()) Know();
   }
 };

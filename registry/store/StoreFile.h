@@ -35,6 +35,8 @@ class StoreFile {
 
   // Exactly `size` bytes, or kInputOutput. A failed write may have written a part.
   Status Read(unsigned int offset, unsigned int size, void* buffer) const;
+  // Much is going to be read.
+  void MapNow() const { file_.MapNow(); }
   // The bytes that Read would give, to be copied at once, which counts if Others().IsUnchanged()
   // then; null where it takes more than the mapping.
   const unsigned char* Mapped(unsigned int offset, unsigned int size) const {

@@ -60,10 +60,12 @@ Status TableMap::LoadTable(const StoreFile& file, unsigned int offset,
 Status TableMap::LoadChain(const StoreFile& file, unsigned int offset,
                            TernaryNodeDescriptor* descriptor) {
   const unsigned int recordSize = RecordSizeOf(KindOf(descriptor));
+  const unsigned int realSize = file.KnownLength();
   do {
     NodeAllocationTable* table = nullptr;
     Status result = LoadTable(file, offset, table);
-    if (result.IsOk() && !IsPlausible(file, *table, offset, descriptor->tableCount, recordSize)) {
+    if (result.IsOk() &&
+        !IsPlausible(realSize, *table, offset, descriptor->tableCount, recordSize)) {
       result = status::kInvalidFile;
       delete table;
     }
@@ -170,10 +172,9 @@ bool TableMap::OverlapsAnother(const NodeAllocationTable& table, unsigned int re
 
 // A table is used only if it says where it lies and which one it is, and if it and its area lie
 // inside the file, both as the header and as the system tells its length, behind the headers.
-bool TableMap::IsPlausible(const StoreFile& file, const NodeAllocationTable& table,
+bool TableMap::IsPlausible(unsigned int realSize, const NodeAllocationTable& table,
                            unsigned int offset, unsigned int position,
                            unsigned int recordSize) const {
-  const unsigned int realSize = file.KnownLength();
   const unsigned long long end = realSize < header_.fileSize() ? realSize : header_.fileSize();
   const unsigned long long entries = table.entryCount();
   return position < TernaryNodeDescriptor::kTableCapacity && table.tableOffset() == offset &&

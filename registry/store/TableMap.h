@@ -68,7 +68,7 @@ class TableMap {
   void Follow(unsigned int offset, unsigned int size, const unsigned char* bytes);
 
  private:
-  bool IsPlausible(const StoreFile& file, const NodeAllocationTable& table, unsigned int offset,
+  bool IsPlausible(unsigned int realSize, const NodeAllocationTable& table, unsigned int offset,
                    unsigned int position, unsigned int recordSize) const;
   bool RenewChain(const StoreFile& file, TernaryNodeDescriptor* descriptor);
   bool OverlapsAnother(const NodeAllocationTable& table, unsigned int recordSize) const;

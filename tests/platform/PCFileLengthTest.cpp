@@ -22,6 +22,7 @@ class PCFileLength : public ::testing::Test {
   void Start(const std::string& bytes) {
     PutFile(mPath, bytes);
     ASSERT_EQ(1, mFile.Create(mPath.c_str(), 2));
+    mFile.MapNow();
   }
   // Changes the length through a descriptor of its own, as another process does.
   void CutByOthers(long long length) {

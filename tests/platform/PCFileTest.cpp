@@ -247,6 +247,7 @@ TEST(PCFile, StoresMoveThePositionAndShowInTheFileAndInReads) {
   PutFile(dir / "file", "0123456789");
   PCFile file;
   ASSERT_EQ(1, file.Create((dir / "file").c_str(), PCFile::kReadWrite));
+  file.MapNow();
   file.AllowStores();
   ASSERT_EQ(1, file.Seek(3));
   EXPECT_EQ(1, file.Store("abc", 3));
@@ -258,12 +259,36 @@ TEST(PCFile, StoresMoveThePositionAndShowInTheFileAndInReads) {
   EXPECT_EQ("012abc67xyz", GetFile(dir / "file"));
 }
 
+// A mapping costs more than a few reads by calls.
+TEST(PCFile, AFileIsMappedAfterManyReadsOrWhenItIsAskedFor) {
+  TempDir dir;
+  const std::string path = dir / "file";
+  PutFile(path, "0123456789");
+  PCFile asked;
+  ASSERT_EQ(1, asked.Create(path.c_str(), PCFile::kReadWrite));
+  asked.MapNow();
+  const bool isPossible = asked.ReadMapped(0, 1) != nullptr;
+  PCFile file;
+  ASSERT_EQ(1, file.Create(path.c_str(), PCFile::kReadWrite));
+  file.AllowStores();
+  EXPECT_EQ("34", ReadAt(file, 3, 2));
+  EXPECT_EQ(nullptr, file.ReadMapped(0, 1));
+  ASSERT_EQ(1, file.Seek(4));
+  EXPECT_EQ(1, file.Store("x", 1));
+  for (unsigned int i = 0; i < 200; ++i) ASSERT_EQ("3x5", ReadAt(file, 3, 3));
+  EXPECT_EQ(isPossible, file.ReadMapped(0, 1) != nullptr);
+  ASSERT_EQ(1, file.Seek(5));
+  EXPECT_EQ(1, file.Store("y", 1));
+  EXPECT_EQ("0123xy6789", GetFile(path));
+}
+
 TEST(PCFile, AStoreIntoAPartThatOthersHaveCutOffIsAWrite) {
   TempDir dir;
   const std::string path = dir / "file";
   PutFile(path, std::string(20000, 'a'));
   PCFile file;
   ASSERT_EQ(1, file.Create(path.c_str(), PCFile::kReadWrite));
+  file.MapNow();
   file.AllowStores();
   ASSERT_EQ(0, truncate(path.c_str(), 5));
   ASSERT_EQ(1, file.Seek(19000));
