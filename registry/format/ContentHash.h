@@ -14,8 +14,9 @@ class ContentHash {
     unsigned long long sum = 0;
     for (; size > 0 && offset % kWord != 0; --size, ++offset, ++bytes)
       sum += OfByte(offset, *bytes);
-    for (; size >= kWord; size -= kWord, offset += kWord, bytes += kWord) {
-      sum += GetU32(bytes) * WeightOf(offset / kWord);
+    unsigned long long seed = SeedOf(offset / kWord);
+    for (; size >= kWord; size -= kWord, offset += kWord, bytes += kWord, seed += kStep) {
+      sum += GetU32(bytes) * WeightFrom(seed);
     }
     for (; size > 0; --size, ++offset, ++bytes) sum += OfByte(offset, *bytes);
     return sum;
@@ -24,23 +25,25 @@ class ContentHash {
   static unsigned long long OfChange(unsigned int offset, const unsigned char* before,
                                      const unsigned char* after, unsigned int size) {
     unsigned long long sum = 0;
-    for (unsigned int i = 0; i < size; i += kWord) {
+    unsigned long long seed = SeedOf(offset / kWord);
+    for (unsigned int i = 0; i < size; i += kWord, seed += kStep) {
       const unsigned long long grown = GetU32(after + i);
-      sum += (grown - GetU32(before + i)) * WeightOf((offset + i) / kWord);
+      sum += (grown - GetU32(before + i)) * WeightFrom(seed);
     }
     return sum;
   }
 
  private:
-  static constexpr unsigned int kWord = 4;  // bytes
+  static constexpr unsigned int kWord = 4;                            // bytes
+  static constexpr unsigned long long kStep = 0x9E3779B97F4A7C15ull;  // from seed to seed
 
   static unsigned long long OfByte(unsigned int offset, unsigned char byte) {
     return (static_cast<unsigned long long>(byte) << (8 * (offset % kWord))) *
-           WeightOf(offset / kWord);
+           WeightFrom(SeedOf(offset / kWord));
   }
-  // Odd, and unlike those of its neighbours.
-  static unsigned long long WeightOf(unsigned int word) {
-    unsigned long long x = word * 0x9E3779B97F4A7C15ull + 0x9E3779B97F4A7C15ull;
+  static unsigned long long SeedOf(unsigned int word) { return (word + 1ull) * kStep; }
+  // The weight of the seed's word: odd, and unlike those of its neighbours.
+  static unsigned long long WeightFrom(unsigned long long x) {
     x = (x ^ (x >> 30)) * 0xBF58476D1CE4E5B9ull;
     return (x ^ (x >> 29)) | 1;
   }
