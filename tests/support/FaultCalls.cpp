@@ -34,7 +34,7 @@ unsigned int sStruck = 0;
 bool sTearsAtByte = false;  // instead of in the middle
 unsigned int sTearByte = 0;
 unsigned int sTornSize = 0;
-std::map<posix::Moving, int> sRefused;   // errno of the moves that are refused
+std::map<posix::Moving, int> sRefused;  // errno of the moves that are refused
 bool sIsOnNetwork = false;
 int sLinkError = 0;                      // of the links; 0 = they are made
 std::map<int, std::string> sPaths;       // of the open descriptors
