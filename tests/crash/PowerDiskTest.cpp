@@ -7,13 +7,13 @@
 namespace crash {
 namespace {
 
-constexpr unsigned int kDraws = 2000;
+constexpr unsigned int kManyDraws = 2000;
 
 // The bytes of the file at `name` in each of many draws, "(none)" where it is not there.
 std::set<std::string> Drawn(const PowerDisk& disk, const std::string& name) {
   Random random(1);
   std::set<std::string> found;
-  for (unsigned int i = 0; i < kDraws; ++i) {
+  for (unsigned int i = 0; i < kManyDraws; ++i) {
     const FolderImage image = disk.Draw(random);
     found.insert(image.names.count(name) != 0 ? image.BytesAt(name) : "(none)");
   }

@@ -15,7 +15,7 @@ using tamu::registry::Registry;
 namespace {
 
 constexpr unsigned int kMostNames = 1000;
-constexpr size_t kMostTold = 100;         // characters of a line
+constexpr size_t kLongestTold = 100;      // characters of a line
 constexpr unsigned int kStrayBytes = 84;  // four bytes from here on have no meaning
 
 void AddValues(Registry& registry, const char* path, std::string* text) {
@@ -60,7 +60,7 @@ std::string FirstLine(const std::string& expected, const std::string& found) {
   const size_t start = at == 0 ? 0 : expected.rfind('\n', at - 1) + 1;
   const auto line = [=](const std::string& text) {
     return start < text.size()
-               ? text.substr(start, std::min(text.find('\n', at) - start, kMostTold))
+               ? text.substr(start, std::min(text.find('\n', at) - start, kLongestTold))
                : "(end)";
   };
   return ::testing::PrintToString(line(found)) + " instead of " +

@@ -95,8 +95,8 @@ std::string MakeRewrittenBytes() {
   using namespace tamu::registry;
   const MemoryFolder folder;
   const std::string path = folder.path() + "/registry";
-  constexpr unsigned int kBudget = 180 * 12;  // bytes: a dozen records of each kind
-  EXPECT_EQ(0u, TernaryFile().CreateRegistryFile(path.c_str(), kBudget));
+  constexpr unsigned int kSmall = 180 * 12;  // bytes: a dozen records of each kind
+  EXPECT_EQ(0u, TernaryFile().CreateRegistryFile(path.c_str(), kSmall));
   Registry registry(path.c_str(), kAdministratorId);
   EXPECT_EQ(0u, registry.Initialize());
   for (const char* key : {"net", "zulu", "zulu/below"}) EXPECT_EQ(0u, registry.CreateKey(0, key));

@@ -66,7 +66,7 @@ class HandleWays {
   unsigned int own_ = 0;
 };
 
-struct Outcome {
+struct HandleOutcome {
   bool completed = false;    // the workload has fewer calls than the fault's number
   bool isKeyCutOff = false;  // the disk was gone in the midst of a key's creation
   KnownState known;
@@ -86,11 +86,11 @@ class RegistryHandleFaultTest : public ::testing::Test {
   void TearDown() override { faults::Disarm(); }
 
   // Runs the workload on a file that holds `base`. The file is closed afterwards.
-  Outcome RunWith(Mode mode, unsigned int number, const std::string& base) {
+  HandleOutcome RunWith(Mode mode, unsigned int number, const std::string& base) {
     std::filesystem::remove_all(folder_);
     std::filesystem::create_directory(folder_);
     PutFile(path_, base);
-    Outcome outcome;
+    HandleOutcome outcome;
     faults::Arm(mode, number);
     {
       Registry registry(path_.c_str(), faults::kUserId);
@@ -117,7 +117,7 @@ class RegistryHandleFaultTest : public ::testing::Test {
   // What is known after a step. A failed write is not always reported, and where the file was
   // closed because it could not grow, what is answered with 0 is in memory alone.
   static void Note(const Step& step, unsigned int status, Mode mode, unsigned int struckBefore,
-                   bool isWritten, Outcome* outcome) {
+                   bool isWritten, HandleOutcome* outcome) {
     const bool isStruck = faults::Struck() > struckBefore;
     if (mode == Mode::kLoseFrom && struckBefore > 0) return;  // nothing of it stays
     if (isStruck && struckBefore == 0 && mode != Mode::kFailOnce && step.action == Step::kKey) {
@@ -132,14 +132,14 @@ class RegistryHandleFaultTest : public ::testing::Test {
   }
 
   // Everything known is there. Returns how many names are gone that may be.
-  unsigned int ExpectKnown(Registry& registry, const Outcome& outcome) {
+  unsigned int ExpectKnown(Registry& registry, const HandleOutcome& outcome) {
     unsigned int gone = 0;
     EXPECT_EQ("", outcome.known.Differences(registry, DecodeTree(path_), &gone));
     return gone;
   }
 
   // The registry opens, is sound, holds what it must and goes on, through handles too.
-  void ExpectWhole(const Outcome& outcome) {
+  void ExpectWhole(const HandleOutcome& outcome) {
     if (hasJournal_) ExpectRecovery();
     EXPECT_EQ("", faults::GraveFindings(path_, outcome.Harmless()));
     Registry registry(path_.c_str(), faults::kUserId);
@@ -171,7 +171,7 @@ class RegistryHandleFaultTest : public ::testing::Test {
     unsigned int number = 0;
     for (bool completed = false; !completed; number += YAX_TEST_STRIDE) {
       SCOPED_TRACE(std::string(faults::Name(mode)) + ", call " + std::to_string(number));
-      const Outcome outcome = RunWith(mode, number, base);
+      const HandleOutcome outcome = RunWith(mode, number, base);
       ExpectWhole(outcome);
       completed = outcome.completed || faults::TooManyFailures();
     }
@@ -234,7 +234,7 @@ TEST_F(RegistryHandleFaultTest, AShortWriteMakesNoDifference) {
   const std::string expected = GetFile(path_);
   for (unsigned int number = 0;; ++number) {
     SCOPED_TRACE("call " + std::to_string(number));
-    const Outcome outcome = RunWith(Mode::kShortOnce, number, base);
+    const HandleOutcome outcome = RunWith(Mode::kShortOnce, number, base);
     ASSERT_TRUE(GetFile(path_) == expected);
     if (outcome.completed) break;
   }

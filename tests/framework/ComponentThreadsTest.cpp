@@ -11,7 +11,7 @@ using tamu::registry::Watchdog;
 
 namespace {
 
-constexpr YAX_GUID_ST kOwn = ClsidOf(1);
+constexpr YAX_GUID_ST kOwnClass = ClsidOf(1);
 constexpr const char* kFiles[] = {"sound", "second", "third", "fourth"};
 
 class ComponentThreads : public ComponentRig {
@@ -42,17 +42,18 @@ class ComponentThreads : public ComponentRig {
 
 TEST_F(ComponentThreads, OpenTheSameNewFileOnce) {
   const Watchdog watchdog("two threads load the same file");
-  Register(kOwn, "sound");
+  Register(kOwnClass, "sound");
   for (unsigned int round = 1; round <= 100; ++round) {
     void* handles[2] = {};
     unsigned int results[2] = {1, 1};
-    OnThreads(2, [&](unsigned int i) { results[i] = loader_->LoadComponent(kOwn, &handles[i]); });
+    OnThreads(2,
+              [&](unsigned int i) { results[i] = loader_->LoadComponent(kOwnClass, &handles[i]); });
     ASSERT_EQ(0u, results[0]) << round;
     ASSERT_EQ(0u, results[1]) << round;
     ASSERT_NE(nullptr, handles[0]) << round;
     ASSERT_EQ(handles[0], handles[1]) << round;
     ASSERT_EQ(Notes().opened, round);
-    ASSERT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
+    ASSERT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwnClass));
     ASSERT_FALSE(IsMapped(ComponentFile("sound"))) << round << ": opened twice";
   }
   EXPECT_EQ(100u, Notes().closed);
@@ -99,12 +100,12 @@ TEST_F(ComponentThreads, LoadDifferentFilesAtOnce) {
 
 TEST_F(ComponentThreads, UnloadWhileOthersAskForFactoriesAndObjects) {
   const Watchdog watchdog("a thread unloads what others use");
-  Register(kOwn, "sound");
+  Register(kOwnClass, "sound");
   constexpr unsigned int kRounds = 1500;
   std::atomic<unsigned int> users{3};
   OnThreads(4, [&](unsigned int i) {
     if (i == 0) {
-      while (users > 0) UnloadAndPause(kOwn);
+      while (users > 0) UnloadAndPause(kOwnClass);
       return;
     }
     for (unsigned int round = 0; round < kRounds; ++round) {
@@ -113,9 +114,9 @@ TEST_F(ComponentThreads, UnloadWhileOthersAskForFactoriesAndObjects) {
       void* factory = nullptr;
       void* object = nullptr;
       if (i != 1) {
-        Expect(yax_->GetComponentInstance(kOwn, IID_ITestObject, &object) == 0);
+        Expect(yax_->GetComponentInstance(kOwnClass, IID_ITestObject, &object) == 0);
       } else {
-        Expect(yax_->GetComponentFactory(kOwn, &factory) == 0);
+        Expect(yax_->GetComponentFactory(kOwnClass, &factory) == 0);
       }
       if (factory != nullptr) {
         Expect(static_cast<YAXComponentFactory*>(factory)->CreateObject(IID_ITestObject, &object) ==
@@ -132,27 +133,27 @@ TEST_F(ComponentThreads, UnloadWhileOthersAskForFactoriesAndObjects) {
   EXPECT_GE(Notes().closed, (kRounds - 1) / 10);
   EXPECT_EQ(Notes().factoriesMade, 3 * kRounds);
   EXPECT_EQ(Notes().factoriesGone, 3 * kRounds);
-  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
+  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwnClass));
   EXPECT_FALSE(IsMapped(ComponentFile("sound")));
   EXPECT_EQ(Notes().opened, Notes().closed);
 }
 
 TEST_F(ComponentThreads, UnloadWhileAnotherLoads) {
   const Watchdog watchdog("a thread unloads what another loads");
-  Register(kOwn, "sound");
+  Register(kOwnClass, "sound");
   constexpr unsigned int kRounds = 3000;
   OnThreads(2, [&](unsigned int i) {
     for (unsigned int round = 0; round < kRounds; ++round) {
       void* handle = nullptr;
       if (i == 0) {
-        Expect(loader_->LoadComponent(kOwn, &handle) == 0 && handle != nullptr);
+        Expect(loader_->LoadComponent(kOwnClass, &handle) == 0 && handle != nullptr);
       } else {
-        Unload(kOwn);
+        Unload(kOwnClass);
       }
     }
   });
   EXPECT_EQ(0u, surprises_);
-  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
+  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwnClass));
   EXPECT_FALSE(IsMapped(ComponentFile("sound"))) << "a reference to the file is lost";
   EXPECT_EQ(Notes().opened, Notes().closed);
 }
@@ -160,43 +161,43 @@ TEST_F(ComponentThreads, UnloadWhileAnotherLoads) {
 // Whoever holds a lock can rely on the component.
 TEST_F(ComponentThreads, LocksKeepAComponentThatOthersUnload) {
   const Watchdog watchdog("a thread locks what another unloads");
-  Register(kOwn, "sound");
+  Register(kOwnClass, "sound");
   std::atomic<bool> isOver{false};
   OnThreads(2, [&](unsigned int i) {
     if (i == 1) {
-      while (!isOver) UnloadAndPause(kOwn);
+      while (!isOver) UnloadAndPause(kOwnClass);
       return;
     }
     for (unsigned int round = 0; round < 1000; ++round) {
-      Expect(loader_->LockComponent(kOwn, 1) == 0);
+      Expect(loader_->LockComponent(kOwnClass, 1) == 0);
       void* object = nullptr;
-      Expect(yax_->GetComponentInstance(kOwn, IID_ITestObject, &object) == 0);
+      Expect(yax_->GetComponentInstance(kOwnClass, IID_ITestObject, &object) == 0);
       if (object == nullptr) continue;
       Expect(static_cast<ITestObject*>(object)->Answer() == 42);
       Expect(static_cast<ITestObject*>(object)->Release() == 0);
       const std::lock_guard<std::mutex> guard(drop_);  // as with a last reference
-      Expect(loader_->LockComponent(kOwn, 0) == 0);
+      Expect(loader_->LockComponent(kOwnClass, 0) == 0);
     }
     isOver = true;
   });
   EXPECT_EQ(0u, surprises_);
-  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
+  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwnClass));
   EXPECT_EQ(Notes().opened, Notes().closed);
 }
 
 // Its factory is not counted: nothing of the component is alive until it has made the object.
 TEST_F(ComponentThreads, MakeObjectsByAFactoryThatNobodyCountsWhileAnotherUnloads) {
   const Watchdog watchdog("a thread unloads what another makes objects of");
-  Register(kOwn, "static_factory");
+  Register(kOwnClass, "static_factory");
   std::atomic<bool> isOver{false};
   OnThreads(2, [&](unsigned int i) {
     if (i == 1) {
-      while (!isOver) UnloadAndPause(kOwn);
+      while (!isOver) UnloadAndPause(kOwnClass);
       return;
     }
     for (unsigned int round = 0; round < 5000; ++round) {
       void* object = nullptr;
-      Expect(yax_->GetComponentInstance(kOwn, IID_ITestObject, &object) == 0);
+      Expect(yax_->GetComponentInstance(kOwnClass, IID_ITestObject, &object) == 0);
       if (object == nullptr) continue;
       Expect(static_cast<ITestObject*>(object)->Answer() == 42);
       Drop(object);
@@ -205,25 +206,25 @@ TEST_F(ComponentThreads, MakeObjectsByAFactoryThatNobodyCountsWhileAnotherUnload
   });
   EXPECT_EQ(0u, surprises_);
   EXPECT_EQ(5000u, Notes().factoryReleases);
-  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
+  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwnClass));
   EXPECT_EQ(Notes().opened, Notes().closed);
 }
 
 TEST_F(ComponentThreads, OfAFactoryMayCallTheFrameworkWhenItEnds) {
   const Watchdog watchdog("a factory that ends waits for a thread");
-  Register(kOwn, "waits_for_thread");
+  Register(kOwnClass, "waits_for_thread");
   Register(ClsidOf(2), "sound");
   Notes().other = ClsidOf(2);
   void* object = nullptr;
-  ASSERT_EQ(yax_status::kOk, yax_->GetComponentInstance(kOwn, IID_ITestObject, &object));
+  ASSERT_EQ(yax_status::kOk, yax_->GetComponentInstance(kOwnClass, IID_ITestObject, &object));
   EXPECT_EQ(0u, Notes().answers[1]) << "the thread that it waited for";
   EXPECT_EQ(0u, static_cast<ITestObject*>(object)->Release());
   Notes().answers[1] = 1;
-  EXPECT_EQ(yax_status::kOk, loader_->LockComponent(kOwn, 1));
+  EXPECT_EQ(yax_status::kOk, loader_->LockComponent(kOwnClass, 1));
   EXPECT_EQ(0u, Notes().answers[1]);
   EXPECT_EQ(4u, Notes().factoriesGone);
-  EXPECT_EQ(yax_status::kOk, loader_->LockComponent(kOwn, 0));
-  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
+  EXPECT_EQ(yax_status::kOk, loader_->LockComponent(kOwnClass, 0));
+  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwnClass));
 }
 
 }  // namespace

@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr char kBegins[] = "3 *********** YAX ***********\n";
+constexpr char kFirstLine[] = "3 *********** YAX ***********\n";
 constexpr char kVariable[] = "YAX_DURABILITY";
 constexpr char kNone = '\0';
 constexpr char kProcess = '\1';
@@ -88,7 +88,7 @@ TEST_F(DurabilityChoice, AnotherWordIsToldAndIgnored) {
     PrintedMessages printed;
     EXPECT_EQ(Mode(), usual);
     EXPECT_EQ(0u, status);
-    const std::string expected = std::string(kBegins) + "3 YAX_DURABILITY is \"" + word +
+    const std::string expected = std::string(kFirstLine) + "3 YAX_DURABILITY is \"" + word +
                                  "\", not none, process or power: ignored\n";
     EXPECT_EQ(printed.Take().substr(0, expected.size()), expected);
   }

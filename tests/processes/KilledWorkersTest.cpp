@@ -27,7 +27,7 @@ std::string ContentOf(unsigned int step) {
   return std::to_string(step) + std::string(step * 37 % 400, static_cast<char>('a' + step % 26));
 }
 
-std::string NameOf(unsigned int step) {
+std::string NameOfStep(unsigned int step) {
   return "v" + std::to_string(step % kValues);
 }
 
@@ -37,13 +37,13 @@ unsigned int Put(Registry& registry, const std::string& key, unsigned int step) 
   value.type = 2;
   value.size = static_cast<unsigned int>(bytes.size());
   value.data = bytes.data();
-  return step <= kValues ? registry.CreateValue(0, key.c_str(), NameOf(step).c_str(), &value)
-                         : registry.SetValue(0, key.c_str(), NameOf(step).c_str(), &value);
+  return step <= kValues ? registry.CreateValue(0, key.c_str(), NameOfStep(step).c_str(), &value)
+                         : registry.SetValue(0, key.c_str(), NameOfStep(step).c_str(), &value);
 }
 
 bool Has(Registry& registry, const std::string& key, unsigned int step) {
   ReadValue value(2);
-  return registry.GetValue(0, key.c_str(), NameOf(step).c_str(), &value) == 0 &&
+  return registry.GetValue(0, key.c_str(), NameOfStep(step).c_str(), &value) == 0 &&
          std::string(static_cast<const char*>(value.data), value.size) == ContentOf(step);
 }
 

@@ -25,8 +25,9 @@ using tamu::registry::Value;
 constexpr char kUser[] = "user";
 constexpr unsigned int kWriters = 2;
 constexpr unsigned int kWatchers = 8;  // two in a process
-constexpr unsigned int kNames = 50;    // a change that comes twice, or not, has another one's name
-constexpr unsigned int kAhead = 60;    // a writer is of all watchers: the ring holds as many
+constexpr unsigned int kValueNames =
+    50;                              // a change that comes twice, or not, has another one's name
+constexpr unsigned int kAhead = 60;  // a writer is of all watchers: the ring holds as many
 
 // What the processes of a test have in common.
 struct Progress {
@@ -60,7 +61,7 @@ class Watchers : public ::testing::Test {
 };
 
 std::string NameOf(unsigned int number) {
-  return "name" + std::to_string(number % kNames);
+  return "name" + std::to_string(number % kValueNames);
 }
 
 bool Write(Registry& registry, unsigned int writer, unsigned int number) {
@@ -147,7 +148,7 @@ class Mirror {
  public:
   explicit Mirror(Registry& registry) : registry_(registry) { LookAtAll(); }
   void LookAtAll() {
-    for (unsigned int i = 0; i < kNames; ++i) Look(NameOf(i));
+    for (unsigned int i = 0; i < kValueNames; ++i) Look(NameOf(i));
   }
   void Look(const std::string& name) {
     ReadValue value;

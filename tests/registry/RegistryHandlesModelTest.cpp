@@ -9,8 +9,8 @@ namespace tamu::registry {
 
 namespace {
 
-constexpr unsigned int kBatches = 40;
-constexpr unsigned int kOperations = 250;  // in a batch
+constexpr unsigned int kHandleBatches = 40;
+constexpr unsigned int kHandleOperations = 250;  // in a batch
 
 class HandlesModelRun : private HandlesModelOperations {
  public:
@@ -19,9 +19,11 @@ class HandlesModelRun : private HandlesModelOperations {
   // Stops at the first operation that is answered differently.
   void Run() {
     StartOver();
-    for (unsigned int batch = 0; batch < kBatches && !::testing::Test::HasFailure(); ++batch) {
+    for (unsigned int batch = 0; batch < kHandleBatches && !::testing::Test::HasFailure();
+         ++batch) {
       if (!HasRoom()) StartOver();
-      for (unsigned int i = 0; i < kOperations && !::testing::Test::HasFailure(); ++i) DoOne();
+      for (unsigned int i = 0; i < kHandleOperations && !::testing::Test::HasFailure(); ++i)
+        DoOne();
       if (in_.OneIn(4)) OpenAnew();
       CheckFile();
     }

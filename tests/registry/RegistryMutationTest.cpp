@@ -14,7 +14,7 @@ using namespace tamu::registry;
 
 namespace {
 
-constexpr int kRounds = 600;  // per seed
+constexpr int kMutations = 600;  // per seed
 
 const char* const kKeys[] = {
     "",      "a",          "a/b",       "a/b/c",        "network/eth0",
@@ -161,7 +161,7 @@ void RunSeed(unsigned int seed) {
   std::mt19937 random(seed);
   const std::string path = folder / "mutated.rce";
   int openedRounds = 0;
-  for (int round = 0; round < kRounds; ++round) {
+  for (int round = 0; round < kMutations; ++round) {
     SCOPED_TRACE("seed " + std::to_string(seed) + " round " + std::to_string(round));
     std::string file = sound;
     Mutate(random, &file);
@@ -178,7 +178,7 @@ void RunSeed(unsigned int seed) {
     for (int i = 0; i < 20; ++i) ChangeSomething(registry, random);
     ReadEverything(registry);
   }
-  EXPECT_GT(openedRounds, kRounds / 2);
+  EXPECT_GT(openedRounds, kMutations / 2);
 }
 
 TEST(RegistryMutation, EveryOperationOnADamagedFileAnswers) {

@@ -51,13 +51,13 @@ class Unprivileged {
 };
 
 // Another process that has the registry open for writing, and does what it is told.
-class Writer {
+class WritingProcess {
  public:
-  Writer(const std::string& path, Durability mode)
+  WritingProcess(const std::string& path, Durability mode)
       : asked_(Pipe()), told_(Pipe()), worker_([&] { return Work(path, mode); }) {
     Await();
   }
-  ~Writer() {
+  ~WritingProcess() {
     EXPECT_EQ(1, write(asked_.second, "e", 1));
     EXPECT_TRUE(worker_.EndsWell());
     for (const int end : {asked_.first, asked_.second, told_.first, told_.second}) close(end);
@@ -251,7 +251,7 @@ TEST_F(RegistryReadOnly, EachOperationSeesWhatAWriterHasDone) {
     unsigned int number = NumberIn(registry);
     for (unsigned int round = 0; round < 3; ++round) {
       nobody.reset();
-      std::optional<Writer> writer(std::in_place, path, mode);
+      std::optional<WritingProcess> writer(std::in_place, path, mode);
       nobody.emplace();
       EXPECT_EQ(number, NumberIn(registry));
       for (unsigned int i = 0; i < 5; ++i) {
@@ -272,7 +272,7 @@ TEST_F(RegistryReadOnly, AHandleFollowsAWriter) {
     const unsigned int handle = OpenWithHandle(registry);
     unsigned int number = NumberIn(registry, handle);
     for (unsigned int round = 0; round < 3; ++round) {
-      Writer writer(path, mode);
+      WritingProcess writer(path, mode);
       EXPECT_EQ(number, NumberIn(registry, handle));
       for (unsigned int i = 0; i < 5; ++i) {
         writer.Set();
@@ -291,7 +291,7 @@ TEST_F(RegistryReadOnly, AWriterWhoHasComeAndGoneIsNoticed) {
     for (unsigned int round = 0; round < 20; ++round) {
       if (round % 5 == 4) usleep(100000);  // the file is old when it is looked at
       EXPECT_EQ(number, NumberIn(registry, handle));
-      Writer(path, mode).Set();
+      WritingProcess(path, mode).Set();
       EXPECT_EQ(++number, NumberIn(registry, handle));
     }
   }
@@ -340,7 +340,7 @@ TEST_F(RegistryReadOnly, NobodySeesHalfOfATransaction) {
   for (const Durability mode : SharedModes()) {
     Registry registry(path.c_str(), kAdmin);
     Open(registry);
-    Writer writer(path, mode);
+    WritingProcess writer(path, mode);
     writer.Hurry();
     unsigned int last = 0;
     for (unsigned int i = 0; i < 2000; ++i) {
@@ -404,7 +404,7 @@ TEST_F(RegistryReadOnly, AWriterWhoDiesBesideItIsNotWaitedFor) {
   for (const Durability mode : SharedModes()) {
     Registry registry(path.c_str(), kAdmin);
     Open(registry);
-    Writer writer(path, mode);
+    WritingProcess writer(path, mode);
     writer.Set();
     const unsigned int number = NumberIn(registry);
     PutSequence(journal, 101);  // as in a change, though nobody has the lock
@@ -421,7 +421,7 @@ TEST_F(RegistryReadOnly, ChangesAreWaitedForAndTold) {
     Open(registry);
     unsigned long long number = registry.ChangeNumber();
     EXPECT_EQ(status::kNoData, registry.WaitForChange(number, 1));
-    Writer writer(path, mode);
+    WritingProcess writer(path, mode);
     writer.Set();
     EXPECT_EQ(0u, registry.WaitForChange(number, 10000));
     ChangeList changes;

@@ -8,11 +8,10 @@
 #include "registry/RegistryInstance.h"
 #include "tests/platform/ChildProcess.h"
 #include "tests/platform/TestFiles.h"
+#include "tests/registry/Users.h"
 #include "tests/support/StructureCheck.h"
 
 namespace tamu::registry {
-
-constexpr unsigned int kAdmin = 65535;
 
 // A number as its first `width` little-endian bytes.
 inline std::string Little(unsigned long long number, unsigned int width) {

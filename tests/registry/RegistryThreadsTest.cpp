@@ -8,7 +8,7 @@ namespace tamu::registry {
 
 namespace {
 
-constexpr unsigned int kThreads = 8;
+constexpr unsigned int kWorkers = 8;
 constexpr unsigned int kKeys = 6;    // of a thread
 constexpr unsigned int kRounds = 8;  // of changes to each key
 
@@ -24,9 +24,9 @@ std::string Text(unsigned int thread, unsigned int round) {
 }
 
 // What one thread does: its keys are its own, the file and its tables everybody's.
-class Worker {
+class ThreadWorker {
  public:
-  Worker(Registry& registry, unsigned int thread) : registry_(registry), thread_(thread) {}
+  ThreadWorker(Registry& registry, unsigned int thread) : registry_(registry), thread_(thread) {}
 
   void Run() {
     Count(registry_.CreateKey(0, TopKey(thread_).c_str(), thread_), 0);
@@ -141,15 +141,15 @@ class RegistryThreadsTest : public OpenRegistryTest {};
 
 TEST_F(RegistryThreadsTest, EachThreadFindsWhatItHasWritten) {
   std::atomic<unsigned int> surprises{0};
-  OnThreads(kThreads, [&](unsigned int thread) {
-    Worker worker(registry, thread);
+  OnThreads(kWorkers, [&](unsigned int thread) {
+    ThreadWorker worker(registry, thread);
     worker.Run();
     surprises += worker.surprises();
   });
   EXPECT_EQ(0u, surprises);
   const std::map<std::string, DecodedKey> keys = DecodeTree(path);
-  EXPECT_EQ(keys.size(), 1 + kThreads * (1 + kKeys));
-  for (unsigned int thread = 0; thread < kThreads; ++thread) {
+  EXPECT_EQ(keys.size(), 1 + kWorkers * (1 + kKeys));
+  for (unsigned int thread = 0; thread < kWorkers; ++thread) {
     for (unsigned int key = 0; key < kKeys; ++key) {
       const DecodedKey& decoded = keys.at(SubKey(thread, key));
       EXPECT_EQ(kRounds, decoded.defaultValue);
@@ -163,7 +163,7 @@ TEST_F(RegistryThreadsTest, EachThreadFindsWhatItHasWritten) {
 TEST_F(RegistryThreadsTest, TheFileGrowsWhileAllThreadsCreate) {
   constexpr unsigned int kEach = 60;
   std::atomic<unsigned int> failures{0};
-  OnThreads(kThreads, [&](unsigned int thread) {
+  OnThreads(kWorkers, [&](unsigned int thread) {
     for (unsigned int i = 0; i < kEach; ++i) {
       const std::string key = TopKey(thread) + "-" + std::to_string(100 + i);
       ExactValue value(1, key);
@@ -173,17 +173,17 @@ TEST_F(RegistryThreadsTest, TheFileGrowsWhileAllThreadsCreate) {
   });
   EXPECT_EQ(0u, failures);
   const SlotCounts counts = CountSlots(path);
-  EXPECT_EQ(counts.keys.used, 1 + kThreads * kEach);
-  EXPECT_EQ(counts.keys.reachable, 1 + kThreads * kEach);
-  EXPECT_EQ(counts.values.reachable, kThreads * kEach);
-  EXPECT_EQ(counts.blocks.reachable, kThreads * kEach);
+  EXPECT_EQ(counts.keys.used, 1 + kWorkers * kEach);
+  EXPECT_EQ(counts.keys.reachable, 1 + kWorkers * kEach);
+  EXPECT_EQ(counts.values.reachable, kWorkers * kEach);
+  EXPECT_EQ(counts.blocks.reachable, kWorkers * kEach);
   EXPECT_EQ(2u, counts.keys.tables);
 }
 
 TEST_F(RegistryThreadsTest, OneThreadAloneCreatesAKeyThatAllWant) {
   std::atomic<unsigned int> created{0};
   std::atomic<unsigned int> refused{0};
-  OnThreads(kThreads, [&](unsigned int) {
+  OnThreads(kWorkers, [&](unsigned int) {
     for (unsigned int i = 0; i < 20; ++i) {
       const unsigned int result = registry.CreateKey(0, std::to_string(10 + i).c_str());
       if (result == 0) ++created;
@@ -191,13 +191,13 @@ TEST_F(RegistryThreadsTest, OneThreadAloneCreatesAKeyThatAllWant) {
     }
   });
   EXPECT_EQ(20u, created);
-  EXPECT_EQ(refused, 20 * (kThreads - 1));
+  EXPECT_EQ(refused, 20 * (kWorkers - 1));
 }
 
 TEST_F(RegistryThreadsTest, TheUserMayBeChangedWhileOthersWork) {
   ASSERT_EQ(status::kOk, registry.CreateKey(0, "key", 1));
   std::atomic<unsigned int> surprises{0};
-  OnThreads(kThreads, [&](unsigned int thread) {
+  OnThreads(kWorkers, [&](unsigned int thread) {
     for (unsigned int i = 0; i < 50; ++i) {
       if (thread == 0) registry.SetCurrentUserId(i % 2 == 0 ? 7 : kAdmin);
       unsigned long long number = 0;
@@ -210,18 +210,18 @@ TEST_F(RegistryThreadsTest, TheUserMayBeChangedWhileOthersWork) {
 
 TEST_F(RegistryThreadsTest, EachThreadCarriesItsKeysAwayAndBack) {
   std::atomic<unsigned int> surprises{0};
-  OnThreads(kThreads, [&](unsigned int thread) {
+  OnThreads(kWorkers, [&](unsigned int thread) {
     Carrier carrier(registry, thread, folder / "");
     carrier.Run();
     surprises += carrier.surprises();
   });
   EXPECT_EQ(0u, surprises);
   const std::map<std::string, DecodedKey> keys = DecodeTree(path);
-  EXPECT_EQ(keys.size(), 1 + kThreads * (1 + kKeys));
+  EXPECT_EQ(keys.size(), 1 + kWorkers * (1 + kKeys));
   const SlotCounts counts = CountSlots(path);
   EXPECT_EQ(counts.strings.used, counts.strings.reachable);
   EXPECT_EQ(counts.keys.used, counts.keys.reachable);
-  EXPECT_EQ(counts.values.used, kThreads * kKeys);
+  EXPECT_EQ(counts.values.used, kWorkers * kKeys);
 }
 
 // Whoever looks sees all of the subtree or nothing of it.
@@ -235,7 +235,7 @@ TEST_F(RegistryThreadsTest, ASubtreeIsNeverSeenInPart) {
   const std::string full = folder / "full";
   ASSERT_EQ(status::kOk, registry.BackupKey(0, "key", full.c_str()));
   std::atomic<unsigned int> surprises{0};
-  OnThreads(kThreads, [&](unsigned int thread) {
+  OnThreads(kWorkers, [&](unsigned int thread) {
     for (unsigned int i = 0; i < 40; ++i) {
       if (thread < 2) {
         const std::string& from = (i + thread) % 2 == 0 ? empty : full;

@@ -10,7 +10,7 @@
 namespace tamu::registry {
 namespace {
 
-constexpr unsigned int kRounds = 25;
+constexpr unsigned int kModelRounds = 25;
 constexpr unsigned int kTransactions = 40;  // in a round; five seeds
 
 struct Operation {
@@ -29,7 +29,7 @@ class TransactionRun {
   explicit TransactionRun(unsigned int seed) : in_(seed) {}
 
   void Run() {
-    for (unsigned int round = 0; round < kRounds && !::testing::Test::HasFailure(); ++round) {
+    for (unsigned int round = 0; round < kModelRounds && !::testing::Test::HasFailure(); ++round) {
       Start(modes_[in_.Below(static_cast<unsigned int>(modes_.size()))]);
       for (unsigned int i = 0; i < kTransactions && !::testing::Test::HasFailure(); ++i) {
         DoTransaction(0);

@@ -10,15 +10,15 @@ namespace tamu::registry {
 namespace {
 
 constexpr unsigned int kWriters = 3;
-constexpr unsigned int kRounds = 60;  // of a writer
+constexpr unsigned int kWrites = 60;  // of a writer
 constexpr unsigned int kValues = 4;
 
-const char* const kKeys[kValues] = {"one", "two", "two/three", "four"};
+const char* const kPaths[kValues] = {"one", "two", "two/three", "four"};
 
 class RegistryTransactionThreadsTest : public OpenRegistryTest {
  protected:
   RegistryTransactionThreadsTest() {
-    for (const char* key : kKeys) {
+    for (const char* key : kPaths) {
       EXPECT_EQ(status::kOk, registry.CreateKey(0, key, 0));
       ExactValue number(0, Little(0, 8));
       EXPECT_EQ(status::kOk, registry.CreateValue(0, key, "n", &number));
@@ -29,8 +29,8 @@ class RegistryTransactionThreadsTest : public OpenRegistryTest {
   void Write(unsigned int handle, unsigned int round) {
     Transaction transaction(registry);
     unsigned long long now = 0;
-    if (registry.GetDefaultValue(handle, kKeys[0], &now) != 0) return Surprise();
-    for (const char* key : kKeys) {
+    if (registry.GetDefaultValue(handle, kPaths[0], &now) != 0) return Surprise();
+    for (const char* key : kPaths) {
       ExactValue number(0, Little(now + 1, 8));
       if (registry.SetValue(handle, key, "n", &number) != 0) Surprise();
       if (registry.SetDefaultValue(handle, key, now + 1) != 0) Surprise();
@@ -47,8 +47,8 @@ class RegistryTransactionThreadsTest : public OpenRegistryTest {
   void Look(unsigned int handle) {
     registry.HoldHandles();
     unsigned long long first = 0;
-    if (registry.GetDefaultValue(handle, kKeys[0], &first) != 0) Surprise();
-    for (const char* key : kKeys) {
+    if (registry.GetDefaultValue(handle, kPaths[0], &first) != 0) Surprise();
+    for (const char* key : kPaths) {
       unsigned long long number = 0;
       if (registry.GetDefaultValue(handle, key, &number) != 0 || number != first) Surprise();
       ReadValue value;
@@ -65,7 +65,7 @@ class RegistryTransactionThreadsTest : public OpenRegistryTest {
     unsigned long long last = 0;
     for (unsigned int i = 0; i < 2 * kValues; ++i) {
       unsigned long long number = 0;
-      if (registry.GetDefaultValue(handle, kKeys[i % kValues], &number) != 0) Surprise();
+      if (registry.GetDefaultValue(handle, kPaths[i % kValues], &number) != 0) Surprise();
       if (number < last) Surprise();
       last = number;
     }
@@ -83,7 +83,7 @@ class RegistryTransactionThreadsTest : public OpenRegistryTest {
     std::atomic<unsigned int> writing{kWriters};
     for (unsigned int i = 0; i < kWriters; ++i) {
       threads.emplace_back([&, i] {
-        for (unsigned int round = 0; round < kRounds; ++round) Write(handle, round + i);
+        for (unsigned int round = 0; round < kWrites; ++round) Write(handle, round + i);
         --writing;
       });
     }

@@ -172,18 +172,18 @@ TEST(RegistryWatching, WaitingEndsWithTheNextChange) {
 // A wake-up that is lost would be noticed a second later only: the number of them is told.
 TEST(RegistryWatching, NoWakeUpIsLostBetweenTwoThreads) {
   InEveryMode([](Registry& registry) {
-    constexpr unsigned int kRounds = 300;
+    constexpr unsigned int kTurns = 300;
     std::atomic<unsigned int> seen{0};
     unsigned long long number = registry.ChangeNumber();
     std::thread watcher([&] {
-      for (unsigned int i = 0; i < kRounds; ++i) {
+      for (unsigned int i = 0; i < kTurns; ++i) {
         ASSERT_EQ(0u, registry.WaitForChange(number, Registry::kForever));
         ASSERT_EQ("value " + std::string(i == 0 ? "made" : "set") + "  name\n",
                   ChangesAfter(registry, &number));
         seen = i + 1;
       }
     });
-    for (unsigned int i = 0; i < kRounds; ++i) {
+    for (unsigned int i = 0; i < kTurns; ++i) {
       EXPECT_EQ(0u, Put(registry, "", "name", std::to_string(i)));
       while (seen <= i) std::this_thread::yield();
     }
@@ -195,10 +195,10 @@ TEST(RegistryWatching, WhoIsTooSlowIsToldToLookAtAll) {
   InEveryMode([](Registry& registry) {
     unsigned long long number = registry.ChangeNumber();
     unsigned long long middle = 0;
-    constexpr unsigned int kMany = 700;
-    for (unsigned int i = 0; i < kMany; ++i) {
+    constexpr unsigned int kTooMany = 700;
+    for (unsigned int i = 0; i < kTooMany; ++i) {
       ASSERT_EQ(0u, Put(registry, "key/of/some/length", "name", std::to_string(i)));
-      if (i + 3 == kMany) middle = registry.ChangeNumber();
+      if (i + 3 == kTooMany) middle = registry.ChangeNumber();
     }
     EXPECT_EQ("status 75", ChangesAfter(registry, &number));
     EXPECT_EQ(registry.ChangeNumber(), number);

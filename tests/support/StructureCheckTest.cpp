@@ -12,7 +12,7 @@ using tamu::registry::Registry;
 using tamu::registry::Value;
 
 // Places in a new registry file of 75888 bytes.
-constexpr unsigned kHeader = 4180;
+constexpr unsigned kHeaderAt = 4180;
 constexpr unsigned kStringTable = 4220;
 constexpr unsigned kKeyTable = 5712;
 constexpr unsigned kBlockTable = 8696;
@@ -75,7 +75,7 @@ class StructureCheckTest : public ::testing::Test {
               Little(0, 4) + Little(number, 4) + Little(0, 8) + Little(0, 8);
     bytes_.append(2 * recordSize, '\0');
     Put(last, offset);
-    Put(kHeader + 32, static_cast<unsigned>(bytes_.size()));
+    Put(kHeaderAt + 32, static_cast<unsigned>(bytes_.size()));
     return offset;
   }
 
@@ -249,17 +249,18 @@ INSTANTIATE_TEST_SUITE_P(
                       Damage{"file header: wrong version", 8, 3, 4},
                       Damage{"file header: wrong revision", 12, 2, 4},
                       Damage{"file header: reserved byte 83", 83, 1, 1},
-                      Damage{"header: reserved word at 0", kHeader, 1, 4},
-                      Damage{"header: wrong offset of itself", kHeader + 4, 4181, 4},
-                      Damage{"header: wrong version", kHeader + 8, 2, 4},
-                      Damage{"header: the file is shorter than it says", kHeader + 32, kEnd + 1, 4},
-                      Damage{"header: reserved word at 36", kHeader + 36, 1, 4}));
+                      Damage{"header: reserved word at 0", kHeaderAt, 1, 4},
+                      Damage{"header: wrong offset of itself", kHeaderAt + 4, 4181, 4},
+                      Damage{"header: wrong version", kHeaderAt + 8, 2, 4},
+                      Damage{"header: the file is shorter than it says", kHeaderAt + 32, kEnd + 1,
+                             4},
+                      Damage{"header: reserved word at 36", kHeaderAt + 36, 1, 4}));
 
 INSTANTIATE_TEST_SUITE_P(
     Tables, StructureDamageTest,
     ::testing::Values(
-        Damage{"string table 0: outside the file", kHeader + 12, 0, 4},
-        Damage{"key table 0: outside the file", kHeader + 16, 0xFFFFFFF0, 4},
+        Damage{"string table 0: outside the file", kHeaderAt + 12, 0, 4},
+        Damage{"key table 0: outside the file", kHeaderAt + 16, 0xFFFFFFF0, 4},
         Damage{"value table 1: outside the file", 7204, kEnd, 4},
         Damage{"string table 0: wrong offset of itself", kStringTable + 4, 4224, 4},
         Damage{"string table 0: wrong number", kStringTable + 20, 1, 1},
@@ -311,7 +312,7 @@ INSTANTIATE_TEST_SUITE_P(
                              4},
                       Damage{"string 0x301: there is no such slot", StringNode(2) + 8, 0x301, 4},
                       Damage{"string 0x1: there is no such slot", StringNode(2) + 8, 1, 4},
-                      Damage{"string 0x900: reached but free", kHeader + 28, 0x900, 4},
+                      Damage{"string 0x900: reached but free", kHeaderAt + 28, 0x900, 4},
                       Damage{"root string 0x100: has characters", StringNode(1) + 1, 1, 1},
                       Damage{"root string 0x100: has characters", StringNode(1) + 3, 'a', 1},
                       Damage{"root string 0x100: has neighbours", StringNode(1) + 8, 0x200, 4},

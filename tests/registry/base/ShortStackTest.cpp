@@ -5,27 +5,27 @@
 namespace tamu::registry {
 namespace {
 
-using Stack = ShortStack<unsigned int, 4>;
+using StackOfFour = ShortStack<unsigned int, 4>;
 
 // True when the element lies in the stack itself.
-bool IsInside(const Stack& stack, const unsigned int& element) {
+bool IsInside(const StackOfFour& stack, const unsigned int& element) {
   const char* start = reinterpret_cast<const char*>(&stack);
   const char* place = reinterpret_cast<const char*>(&element);
   return place >= start && place < start + sizeof stack;
 }
 
-void PushMany(Stack& stack, unsigned int count) {
+void PushMany(StackOfFour& stack, unsigned int count) {
   for (unsigned int i = 0; i < count; ++i) ASSERT_EQ(status::kOk, stack.Push(100 + i));
 }
 
 TEST(ShortStackTest, IsEmptyAtFirst) {
-  Stack stack;
+  StackOfFour stack;
   EXPECT_TRUE(stack.IsEmpty());
   EXPECT_EQ(0u, stack.Count());
 }
 
 TEST(ShortStackTest, TheTopIsWhatWasPushedLast) {
-  Stack stack;
+  StackOfFour stack;
   PushMany(stack, 3);
   EXPECT_FALSE(stack.IsEmpty());
   EXPECT_EQ(3u, stack.Count());
@@ -34,7 +34,7 @@ TEST(ShortStackTest, TheTopIsWhatWasPushedLast) {
 }
 
 TEST(ShortStackTest, AsManyAsAreShortLieInTheObjectItself) {
-  Stack stack;
+  StackOfFour stack;
   PushMany(stack, 4);
   EXPECT_TRUE(IsInside(stack, stack.Top()));
   ASSERT_EQ(status::kOk, stack.Push(104));
@@ -43,14 +43,14 @@ TEST(ShortStackTest, AsManyAsAreShortLieInTheObjectItself) {
 }
 
 TEST(ShortStackTest, GrowsOverAndOverWithoutLosingAnything) {
-  Stack stack;
+  StackOfFour stack;
   PushMany(stack, 1000);
   ASSERT_EQ(1000u, stack.Count());
   for (unsigned int i = 0; i < 1000; ++i) ASSERT_EQ(100 + i, stack[i]);
 }
 
 TEST(ShortStackTest, ExtendsByManyAtOnce) {
-  Stack stack;
+  StackOfFour stack;
   PushMany(stack, 3);
   ASSERT_EQ(status::kOk, stack.Extend(1));
   EXPECT_TRUE(IsInside(stack, stack.Top()));
@@ -62,7 +62,7 @@ TEST(ShortStackTest, ExtendsByManyAtOnce) {
 }
 
 TEST(ShortStackTest, CutKeepsWhatIsAtTheBottom) {
-  Stack stack;
+  StackOfFour stack;
   PushMany(stack, 9);
   stack.CutTo(2);
   EXPECT_EQ(2u, stack.Count());
@@ -74,7 +74,7 @@ TEST(ShortStackTest, CutKeepsWhatIsAtTheBottom) {
 }
 
 TEST(ShortStackTest, OnTheHeapElementsStayWhatTheyAreUntilItIsCleared) {
-  Stack stack;
+  StackOfFour stack;
   PushMany(stack, 3);
   ASSERT_EQ(status::kOk, stack.MoveToHeap());
   EXPECT_FALSE(IsInside(stack, stack[0]));
@@ -90,8 +90,8 @@ TEST(ShortStackTest, OnTheHeapElementsStayWhatTheyAreUntilItIsCleared) {
 }
 
 TEST(ShortStackTest, SwappedOnTheHeapItHasTheOthersElements) {
-  Stack heap;
-  Stack other;
+  StackOfFour heap;
+  StackOfFour other;
   ASSERT_EQ(status::kOk, heap.MoveToHeap());
   PushMany(heap, 2);
   other.Swap(heap);
@@ -102,8 +102,8 @@ TEST(ShortStackTest, SwappedOnTheHeapItHasTheOthersElements) {
 }
 
 TEST(ShortStackTest, SwappedBothHaveTheOthersElementsInThemselves) {
-  Stack longer;
-  Stack shorter;
+  StackOfFour longer;
+  StackOfFour shorter;
   PushMany(longer, 3);
   shorter.Push(7).Ignore();
   shorter.Swap(longer);
@@ -134,7 +134,7 @@ TEST(ShortStackTest, SwapsElementsOfManyBytes) {
 }
 
 TEST(ShortStackTest, ClearedIsAsNew) {
-  Stack stack;
+  StackOfFour stack;
   PushMany(stack, 9);
   stack.Clear();
   EXPECT_TRUE(stack.IsEmpty());
@@ -146,7 +146,7 @@ TEST(ShortStackTest, ClearedIsAsNew) {
 }
 
 TEST(ShortStackTest, WhatNoAllocationCanHoldIsRefused) {
-  Stack stack;
+  StackOfFour stack;
   PushMany(stack, 3);
   EXPECT_EQ(status::kNoMemory, stack.Extend(0x10000000));
   EXPECT_EQ(status::kNoMemory, stack.Extend(0xFFFFFFF0));

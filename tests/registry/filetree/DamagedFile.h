@@ -6,6 +6,16 @@
 
 namespace tamu::registry {
 
+// Where the fields of a string node lie.
+constexpr unsigned int kSegmentLength = 1;
+constexpr unsigned int kSplitChar = 3;
+constexpr unsigned int kLo = 4;
+constexpr unsigned int kHi = 8;
+constexpr unsigned int kEqual = 12;
+constexpr unsigned int kChild = 16;
+constexpr unsigned int kKeyLink = 20;
+constexpr unsigned int kSegment = 24;
+
 constexpr unsigned int InString(unsigned int slot, unsigned int field) {
   return kStringArea + 40 * slot + field;
 }

@@ -8,6 +8,7 @@
 
 #include "registry/filetree/TernaryRegistry.h"
 #include "tests/platform/TestFiles.h"
+#include "tests/registry/Users.h"
 
 namespace tamu::registry {
 
@@ -22,7 +23,6 @@ constexpr unsigned int kValueArea = 33548;
 constexpr unsigned int kDataArea = 52528;
 constexpr unsigned int kUsableSlots = 364;
 
-constexpr unsigned int kAdmin = 65535;
 constexpr unsigned int kUser = 1000;   // an ordinary user
 constexpr unsigned int kOther = 2000;  // another one
 

@@ -6,13 +6,6 @@
 
 namespace tamu::registry {
 
-// Where the fields of a string node lie.
-constexpr unsigned int kSegmentLength = 1;
-constexpr unsigned int kLo = 4;
-constexpr unsigned int kHi = 8;
-constexpr unsigned int kEqual = 12;
-constexpr unsigned int kChild = 16;
-constexpr unsigned int kKeyLink = 20;
 constexpr unsigned int kLinks[] = {kLo, kHi, kEqual, kChild};
 
 // What is listed and counted below a key, and that neither changes anything.

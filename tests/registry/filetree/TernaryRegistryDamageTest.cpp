@@ -9,16 +9,6 @@ namespace tamu::registry {
 
 namespace {
 
-// Where the fields of a string node lie.
-constexpr unsigned int kSegmentLength = 1;
-constexpr unsigned int kSplitChar = 3;
-constexpr unsigned int kLo = 4;
-constexpr unsigned int kHi = 8;
-constexpr unsigned int kEqual = 12;
-constexpr unsigned int kChild = 16;
-constexpr unsigned int kKeyLink = 20;
-constexpr unsigned int kSegment = 24;
-
 const char kAll59[] = "59 59 59 59 59 59 59 59 59 59 59 59 ";
 const char kAll5[] = "5 5 5 5 5 5 5 5 5 5 5 5 ";
 

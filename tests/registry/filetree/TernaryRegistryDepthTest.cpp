@@ -11,12 +11,12 @@ namespace {
 // Each level hangs from the one before, as CreateKey hangs it, without searching from the root
 // again.
 TEST(TernaryRegistryDepth, TenThousandLevelsAreCreatedAndFoundOnASmallStack) {
-  constexpr unsigned int kLevels = 10000;
+  constexpr unsigned int kDepth = 10000;
   SharedStore shared;
   TernaryFile& store = shared.store;
   TernaryRegistry& tree = shared.tree;
   unsigned int deepest = 0x100;
-  for (unsigned int level = 1; level < kLevels; ++level) {
+  for (unsigned int level = 1; level < kDepth; ++level) {
     unsigned int key = 0;
     unsigned int node = 0;
     ASSERT_EQ(status::kOk, tree.CreateKeyNode(0, kAdmin, 0x0F, 0, &key, false, false));
@@ -27,7 +27,7 @@ TEST(TernaryRegistryDepth, TenThousandLevelsAreCreatedAndFoundOnASmallStack) {
     ASSERT_EQ(status::kOk, store.WriteNode(0, deepest, &parent, false));
     deepest = node;
   }
-  const std::string above = Repeated("a/", kLevels - 1);
+  const std::string above = Repeated("a/", kDepth - 1);
   const std::string key = above + "a";
   std::vector<unsigned int> answers;
   OnSmallStack([&] {

@@ -171,8 +171,8 @@ TEST(TernaryRegistryRestoreFiles, TheFileIsClosedAfterwards) {
 // More than half of the names that a file can have.
 TEST(TernaryRegistryRestoreFiles, NeedsRoomBesideWhatIsThere) {
   std::string backup = kComplete;
-  constexpr unsigned int kNames = 6000;
-  for (unsigned int i = 1; i < kNames; ++i) backup += NameRecord("k", 0, {0, 0, kSome, 0});
+  constexpr unsigned int kManyNames = 6000;
+  for (unsigned int i = 1; i < kManyNames; ++i) backup += NameRecord("k", 0, {0, 0, kSome, 0});
   backup += NameRecord("k", kSome) + KeyRecord(0) + KeyRecord(kSome) + NumberRecord(0, "n", 5);
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));

@@ -226,13 +226,13 @@ TEST(TernaryRegistryRestoreRecords, TheFileGrowsAsNeeded) {
   FileTreeRig rig;
   ASSERT_EQ(status::kOk, rig.Create("a"));
   std::string backup = kComplete;
-  constexpr unsigned int kKeys = 400;
-  for (unsigned int i = 0; i < kKeys; ++i) {
+  constexpr unsigned int kManyKeys = 400;
+  for (unsigned int i = 0; i < kManyKeys; ++i) {
     NameLinks links;
-    if (i + 1 < kKeys) links.child = kSome;
+    if (i + 1 < kManyKeys) links.child = kSome;
     backup += NameRecord("k", kSome, links);
   }
-  for (unsigned int i = 0; i <= kKeys; ++i) {
+  for (unsigned int i = 0; i <= kManyKeys; ++i) {
     backup += KeyRecord(kSome, 1, i) + DataRecord(0, "v", Pattern(70));
   }
   EXPECT_EQ(status::kOk, RestoreBytes(rig, "a", backup));

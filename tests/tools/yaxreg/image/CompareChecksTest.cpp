@@ -20,7 +20,7 @@ namespace yaxreg {
 namespace {
 
 // A second table of values; names that part, go on and have keys below; long and unset data.
-std::string RichFile() {
+std::string ComparedFile() {
   std::vector<ContentValue> many;
   for (unsigned i = 0; i < 380; ++i) many.push_back(NumberOf("n" + std::to_string(i), i));
   ContentKey root = KeyOf(0, "", {NumberOf("n", 1)});
@@ -66,7 +66,7 @@ bool IsSoundFor(const std::string& path, size_t offset) {
 class CompareChecks : public ::testing::TestWithParam<unsigned> {};
 
 TEST_P(CompareChecks, AgreeOnBytesFromEndToEnd) {
-  const std::string bytes = RichFile();
+  const std::string bytes = ComparedFile();
   ASSERT_TRUE(RegistryImage(bytes).IsSound());
   const TempDir folder;
   const std::string path = folder / "r";
