@@ -10,7 +10,7 @@ class TopKey {
   // What is done about a key that is missing. kMakeSure: it is created without looking first.
   enum class Missing { kFail, kCreate, kMakeSure };
 
-  // Opens "YAX_ROOT" or "YAX_SYSTEM".
+  // Opens "YAX_ROOT" or "YAX_SYSTEM"; with kFail, any key.
   TopKey(tamu::registry::Registry& registry, const char* key, Missing missing);
   ~TopKey();
   TopKey(const TopKey&) = delete;

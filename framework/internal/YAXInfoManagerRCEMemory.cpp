@@ -18,6 +18,15 @@ struct KeyName {
   char text[YAXInfoManager::kGuidLength + 1] = {};
 };
 
+// The path of a component's key.
+struct KeyPath {
+  KeyPath(YAXInfoManager& manager, const YAX_GUID_ST& clsid) {
+    manager.ConvertGUID2String(&clsid, text);
+  }
+  // What is there stays in front.
+  char text[sizeof "YAX_ROOT/" + YAXInfoManager::kGuidLength] = "YAX_ROOT/";
+};
+
 constexpr char kItself[] = "/";  // the opened key
 
 }  // namespace
@@ -29,12 +38,12 @@ unsigned int YAXInfoManagerRCEMemory::WithTopKey(const char* key, TopKey::Missin
   return top.IsOpen() ? work(top) : yax_status::kRegistryFailed;
 }
 
+// Opening a key loads all that is below it: the others stay where they are.
 template <class Work>
-unsigned int YAXInfoManagerRCEMemory::WithComponent(const YAX_GUID_ST& clsid,
-                                                    TopKey::Missing missing, Work work) {
-  return WithTopKey(RegistryRecords::kComponentsKey, missing, [&](const TopKey& top) {
-    const KeyName name(*this, clsid);
-    RegistryRecords records(*registry_, top.Handle(), name.text);
+unsigned int YAXInfoManagerRCEMemory::WithComponent(const YAX_GUID_ST& clsid, Work work) {
+  const KeyPath path(*this, clsid);
+  return WithTopKey(path.text, TopKey::Missing::kFail, [&](const TopKey& component) {
+    RegistryRecords records(*registry_, component.Handle(), kItself);
     return work(records);
   });
 }
@@ -145,10 +154,14 @@ unsigned int YAXInfoManagerRCEMemory::SetComponentInfo(const YAX_GUID_ST& clsid,
   PCMutexGuard guard(Lock());
   if (info == nullptr) return yax_status::kBadArgument;
   return Change([&] {
-    return WithComponent(clsid, TopKey::Missing::kCreate, [&](RegistryRecords& records) {
-      return AsOneChange(
-          *registry_, [&] { return records.SetComponent(*info, RegistryRecords::Upper::kSign); });
-    });
+    return WithTopKey(RegistryRecords::kComponentsKey, TopKey::Missing::kCreate,
+                      [&](const TopKey& top) {
+                        const KeyName name(*this, clsid);
+                        RegistryRecords records(*registry_, top.Handle(), name.text);
+                        return AsOneChange(*registry_, [&] {
+                          return records.SetComponent(*info, RegistryRecords::Upper::kSign);
+                        });
+                      });
   });
 }
 
@@ -156,7 +169,7 @@ unsigned int YAXInfoManagerRCEMemory::GetComponentInfo(const YAX_GUID_ST& clsid,
                                                        YAX_COMPONENT_INFO_ST* info) {
   PCMutexGuard guard(Lock());
   if (info == nullptr) return yax_status::kBadArgument;
-  return WithComponent(clsid, TopKey::Missing::kFail,
+  return WithComponent(clsid,
                        [&](RegistryRecords& records) { return records.ReadComponent(info); });
 }
 
@@ -164,21 +177,20 @@ unsigned int YAXInfoManagerRCEMemory::GetComponentType(const YAX_GUID_ST& clsid,
                                                        YAX_COMPONENT_TYPE_ENUM* type) {
   PCMutexGuard guard(Lock());
   if (type == nullptr) return yax_status::kBadArgument;
-  return WithComponent(clsid, TopKey::Missing::kFail,
-                       [&](RegistryRecords& records) { return records.ReadType(type); });
+  return WithComponent(clsid, [&](RegistryRecords& records) { return records.ReadType(type); });
 }
 
 unsigned int YAXInfoManagerRCEMemory::GetComponentEntryFunc(const YAX_GUID_ST& clsid,
                                                             void** function) {
   PCMutexGuard guard(Lock());
   if (function == nullptr) return yax_status::kBadArgument;
-  return WithComponent(clsid, TopKey::Missing::kFail,
+  return WithComponent(clsid,
                        [&](RegistryRecords& records) { return records.ReadFunction(function); });
 }
 
 unsigned int YAXInfoManagerRCEMemory::GetComponentBinPath(const YAX_GUID_ST& clsid, char* path) {
   PCMutexGuard guard(Lock());
   if (path == nullptr) return yax_status::kBadArgument;
-  return WithComponent(clsid, TopKey::Missing::kFail,
+  return WithComponent(clsid,
                        [&](RegistryRecords& records) { return records.ReadBinaryPath(path); });
 }

@@ -5,10 +5,11 @@
 #include "framework/internal/TopKey.h"
 #include "framework/internal/YAXInfoManager.h"
 
-// Opens the top key for each operation, and flushes the registry after each change. Operations are
-// serialised by the store's lock, and keep other threads' operations from closing their handles.
-// Statuses as of YAXInfoManagerRCEFile. Every changing operation makes a missing top key, also one
-// that fails because the component is not registered; reading creates nothing.
+// Opens the top key, or to read a component its own, for each operation, and flushes the registry
+// after each change. Operations are serialised by the store's lock, and keep other threads'
+// operations from closing their handles. Statuses as of YAXInfoManagerRCEFile. Every changing
+// operation makes a missing top key, also one that fails because the component is not registered;
+// reading creates nothing.
 class YAXInfoManagerRCEMemory : public YAXInfoManager {
  public:
   // The registry stays the caller's.
@@ -33,9 +34,9 @@ class YAXInfoManagerRCEMemory : public YAXInfoManager {
   // Calls work(top key) with a top key open.
   template <class Work>
   unsigned int WithTopKey(const char* key, TopKey::Missing missing, Work work);
-  // Calls work(records) on the records of a component; `missing`: as of the top key.
+  // Calls work(records) on the records of a component, to be read.
   template <class Work>
-  unsigned int WithComponent(const YAX_GUID_ST& clsid, TopKey::Missing missing, Work work);
+  unsigned int WithComponent(const YAX_GUID_ST& clsid, Work work);
   unsigned int CreateComponent(unsigned int components, const YAX_GUID_ST& clsid,
                                const YAX_COMPONENT_INFO_ST& info);
   unsigned int CreateComponents(unsigned int components, YAX_COMPONENT_INFO_ST** infos);

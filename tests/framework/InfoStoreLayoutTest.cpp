@@ -1,4 +1,6 @@
 // The bytes of a component and of the system information in the file.
+#include <fstream>
+
 #include "framework/YAXStatus.h"
 #include "tests/framework/InfoStoreRig.h"
 
@@ -41,6 +43,26 @@ TYPED_TEST(InfoStoreLayout, ARegisteredComponentIsFourValuesOfItsKey) {
   EXPECT_EQ(0xAC295ADDu, tree.at("YAX_ROOT").owner);
   EXPECT_TRUE(tree.at("YAX_ROOT").values.empty());
   EXPECT_EQ(4u, tree.at(kClsidKey).values.size());
+}
+
+// Reading one component looks at no other.
+TYPED_TEST(InfoStoreLayout, ADamagedComponentDoesNotConcernOthers) {
+  const YAX_COMPONENT_INFO_ST info = Player();
+  YAX_GUID_ST other = kClsid;
+  ++other.Data1;
+  ASSERT_EQ(yax_status::kOk, this->store.RegisterComponent(kClsid, &info));
+  ASSERT_EQ(yax_status::kOk, this->store.RegisterComponent(other, &info));
+  const auto putNext = [&](unsigned int id) {  // of the newest value of the other one
+    std::fstream file(this->path, std::ios::in | std::ios::out | std::ios::binary);
+    file.seekp(kFirstValue + 7 * 52);
+    file << tamu::registry::Little(id, 4);
+  };
+  putNext(0x7FFF);
+  YAX_COMPONENT_INFO_ST read = {};
+  EXPECT_EQ(yax_status::kOk, this->store.GetComponentInfo(kClsid, &read));
+  EXPECT_EQ("Player", std::string(read.CompName));
+  EXPECT_EQ(yax_status::kRegistryFailed, this->store.GetComponentInfo(other, &read));
+  putNext(0x700);
 }
 
 TYPED_TEST(InfoStoreLayout, TheSystemInformationIsTwoValues) {
