@@ -16,17 +16,12 @@ unsigned int CYAX::LoadComponent(const YAX_GUID_ST& clsid, void** handle) {
     return yax_status::kOk;
   }
   YAX_COMPONENT_TYPE_ENUM type = YAX_COMPONENT_TYPE_FUNCTION;
-  unsigned int result = store_->GetComponentType(clsid, &type);
-  if (result != yax_status::kOk) return result;
-  if (type != YAX_COMPONENT_TYPE_BINARY) {
-    *handle = nullptr;
-    return yax_status::kOk;
-  }
-  char path[kYAXTextSize] = {};
-  result = store_->GetComponentBinPath(clsid, path);
+  char path[kYAXTextSize];
+  const unsigned int result = store_->GetComponentBinary(clsid, &type, path);
   if (result != yax_status::kOk) return result;
   *handle = nullptr;
-  return loader_->LoadBinary(clsid, path, handle);
+  return type == YAX_COMPONENT_TYPE_BINARY ? loader_->LoadBinary(clsid, path, handle)
+                                           : yax_status::kOk;
 }
 
 unsigned int CYAX::GetFuncAddress(const YAX_GUID_ST& clsid, void* handle, const char* symbol,

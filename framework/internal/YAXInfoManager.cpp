@@ -120,6 +120,13 @@ unsigned int YAXInfoManager::GetComponentBinPath(const YAX_GUID_ST& clsid, char*
   return result;
 }
 
+unsigned int YAXInfoManager::GetComponentBinary(const YAX_GUID_ST& clsid,
+                                                YAX_COMPONENT_TYPE_ENUM* type, char* path) {
+  const unsigned int result = GetComponentType(clsid, type);
+  const bool isBinary = result == yax_status::kOk && *type == YAX_COMPONENT_TYPE_BINARY;
+  return isBinary ? GetComponentBinPath(clsid, path) : result;
+}
+
 unsigned int YAXInfoManager::ConvertGUID2String(const YAX_GUID_ST* guid, char* text) {
   if (guid == nullptr || text == nullptr) return yax_status::kBadArgument;
   const unsigned char* d = guid->Data4;

@@ -42,6 +42,9 @@ class YAXInfoManager {
   // Its place in the table; with kNotRegistered, how many places were looked at. `index` may be
   // null.
   virtual unsigned int LookupComponent(const YAX_GUID_ST& clsid, unsigned int* index);
+  // Its type, and the path as well if it is a binary. Not for null.
+  virtual unsigned int GetComponentBinary(const YAX_GUID_ST& clsid, YAX_COMPONENT_TYPE_ENUM* type,
+                                          char* path);
 
   // Appends the text form, {XXXXXXXX-XXXX-XXXX-XXXX-XXXXXXXXXXXX}, to a text that has room for it.
   unsigned int ConvertGUID2String(const YAX_GUID_ST* guid, char* text);

@@ -194,3 +194,14 @@ unsigned int YAXInfoManagerRCEMemory::GetComponentBinPath(const YAX_GUID_ST& cls
   return WithComponent(clsid,
                        [&](RegistryRecords& records) { return records.ReadBinaryPath(path); });
 }
+
+unsigned int YAXInfoManagerRCEMemory::GetComponentBinary(const YAX_GUID_ST& clsid,
+                                                         YAX_COMPONENT_TYPE_ENUM* type,
+                                                         char* path) {
+  PCMutexGuard guard(Lock());
+  return WithComponent(clsid, [&](RegistryRecords& records) {
+    const unsigned int result = records.ReadType(type);
+    const bool isBinary = result == yax_status::kOk && *type == YAX_COMPONENT_TYPE_BINARY;
+    return isBinary ? records.ReadBinaryPath(path) : result;
+  });
+}

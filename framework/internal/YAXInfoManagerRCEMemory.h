@@ -29,6 +29,9 @@ class YAXInfoManagerRCEMemory : public YAXInfoManager {
   unsigned int GetComponentType(const YAX_GUID_ST& clsid, YAX_COMPONENT_TYPE_ENUM* type) override;
   unsigned int GetComponentEntryFunc(const YAX_GUID_ST& clsid, void** function) override;
   unsigned int GetComponentBinPath(const YAX_GUID_ST& clsid, char* path) override;
+  // Opens the component's key once.
+  unsigned int GetComponentBinary(const YAX_GUID_ST& clsid, YAX_COMPONENT_TYPE_ENUM* type,
+                                  char* path) override;
 
  private:
   // Calls work(top key) with a top key open.
