@@ -18,7 +18,9 @@ class PCSideFile {
   // symbolic links included, and when the door cannot be had for some seconds.
   int Create(const char* path, const char* model);
   // Opens an existing file for reading alone, and holds its door with others who do so. Fails when
-  // nothing is there, too; IsOpen tells then whether the door alone could not be had.
+  // nothing is there, too; IsOpen tells then whether the door alone could not be had. -1: it cannot
+  // be opened for now: the process has too many files open, or the path leads to another file each
+  // time.
   int Look(const char* path);
   bool IsOpen() const { return mFd >= 0 && mFork == PCFork::Count(); }
 
@@ -47,6 +49,8 @@ class PCSideFile {
 
   // Current length; 0 when closed, 0xFFFFFFFF when it is longer.
   unsigned int Size() const;
+  // Tells it as Size does. 0: it is closed, or the system does not know.
+  int GetSize(unsigned int* size) const;
   // Exactly `size` bytes.
   int Read(unsigned int offset, void* buffer, unsigned int size) const;
   int Write(unsigned int offset, const void* data, unsigned int size);

@@ -31,19 +31,23 @@ int PCSideFile::Create(const char* path, const char* model) {
 }
 
 int PCSideFile::Look(const char* path) {
+  int result = -1;
   for (unsigned int i = 0; i < kMostTries; ++i) {
     Destroy();
     mFd = posix::OpenToRead(path, false);
-    if (mFd < 0) return 0;
+    if (mFd < 0) return mFd == -EMFILE || mFd == -ENFILE || mFd == -ENOMEM ? -1 : 0;
     mIsToRead = true;
     mFork = PCFork::Count();
     PCFork::CloseInChild(mFd);
-    if (!posix::IsRegular(mFd)) break;
+    if (!posix::IsRegular(mFd)) {
+      result = 0;
+      break;
+    }
     if (!EnterDoor(Holding::kShared)) return 0;
     if (posix::SameFile(mFd, path)) return 1;
   }
   Destroy();
-  return 0;
+  return result;
 }
 
 int PCSideFile::Open(const char* path, const char* model) {
@@ -105,9 +109,16 @@ int PCSideFile::EnterDoor(Holding how) {
 }
 
 unsigned int PCSideFile::Size() const {
-  const long long length = IsOpen() ? posix::Length(mFd) : 0;
+  unsigned int size = 0;
+  GetSize(&size);
+  return size;
+}
+
+int PCSideFile::GetSize(unsigned int* size) const {
+  const long long length = IsOpen() ? posix::Length(mFd) : -1;
   if (length < 0) return 0;
-  return length > 0xFFFFFFFFLL ? 0xFFFFFFFF : static_cast<unsigned int>(length);
+  *size = length > 0xFFFFFFFFLL ? 0xFFFFFFFF : static_cast<unsigned int>(length);
+  return 1;
 }
 
 int PCSideFile::Read(unsigned int offset, void* buffer, unsigned int size) const {

@@ -8,9 +8,9 @@ namespace tamu::registry {
 namespace {
 
 // The machine has not been started again since the journal was made.
-bool IsOfThisStart(JournalHeader& header) {
+bool IsOfThisStart(JournalHeader& header, bool* isUnclear) {
   unsigned char id[JournalHeader::kBootIdSize] = {};
-  if (!PCSideFile::BootId(id)) return false;
+  *isUnclear = header.pending() != 0 && !PCSideFile::BootId(id);
   unsigned int same = 0;
   while (same < sizeof id && id[same] == header.bootId()[same]) ++same;
   return same == sizeof id;
@@ -27,7 +27,7 @@ JournalReader::JournalReader(const unsigned char* bytes, unsigned int size)
   mode_ = header.mode();
   if (mode_ == kPower) {
     next_ = kJournalRecords;
-  } else if (mode_ == kProcess && IsOfThisStart(header)) {
+  } else if (mode_ == kProcess && IsOfThisStart(header, &isUnclear_)) {
     next_ = header.pending();
   }
 }

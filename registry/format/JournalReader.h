@@ -18,6 +18,8 @@ class JournalReader {
   bool NextRange(unsigned int* offset, unsigned int* size, const unsigned char** content);
   // The records are made to be followed after a power cut.
   bool IsForPowerCuts() const { return mode_ == kPower; }
+  // There is a record, but the system does not tell whether it is of this start of the machine.
+  bool IsUnclear() const { return isUnclear_; }
 
  private:
   static constexpr unsigned int kProcess = 1;
@@ -33,6 +35,7 @@ class JournalReader {
   unsigned int rangesEnd_ = 0;
   unsigned int rangesLeft_ = 0;
   bool isFirst_ = true;
+  bool isUnclear_ = false;
   JournalRecord record_;
 };
 

@@ -94,7 +94,10 @@ Status JournalFile::LookIn(const char* folder, const char* registryPath, StoreFi
   JournalPath path;
   if (!path.Find(registryPath, folder)) return status::kOk;
   Status result = status::kOk;
-  if (!side_.Look(path.Text())) {
+  const int looked = side_.Look(path.Text());
+  if (looked < 0) {
+    result = status::kInputOutput;
+  } else if (looked == 0) {
     if (side_.IsOpen()) result = status::kBusy;
   } else if (!side_.IsHeld(PCSideFile::kPresence)) {
     result = JournalRecovery(file).Complete(side_);

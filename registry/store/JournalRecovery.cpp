@@ -6,7 +6,8 @@
 namespace tamu::registry {
 
 Status JournalRecovery::Complete(const PCSideFile& side) {
-  const unsigned int size = side.Size();
+  unsigned int size = 0;
+  if (!side.GetSize(&size)) return status::kInputOutput;
   const bool mayHoldRecords = size > kJournalRecords && size <= 2 * kJournalMax;
   return mayHoldRecords ? Recover(side, size) : Status(status::kOk);
 }
@@ -16,6 +17,7 @@ Status JournalRecovery::Recover(const PCSideFile& side, unsigned int size) {
   if (!result.IsOk()) return result;
   if (!side.Read(0, bytes_.data, size)) return status::kInputOutput;
   JournalReader reader(bytes_.data, size);
+  if (reader.IsUnclear()) return status::kInputOutput;
   if (!reader.Next()) return status::kOk;
   bool fits = true;
   file_.BeginGathering();
@@ -35,6 +37,7 @@ Status JournalRecovery::Gather(JournalReader& reader, bool* fits) {
     const unsigned char* content = nullptr;
     while (reader.NextRange(&offset, &size, &content)) {
       const unsigned int length = file_.KnownLength();
+      if (length == 0) return status::kInputOutput;  // the system does not tell it
       if (offset > length || size > length - offset) {
         *fits = false;
         return status::kOk;
@@ -49,7 +52,9 @@ Status JournalRecovery::Gather(JournalReader& reader, bool* fits) {
 // The registry is the one that the journal was made for if it becomes what the last record tells.
 Status JournalRecovery::Check(const JournalRecord& last, bool* fits) {
   constexpr unsigned int kMostBytes = 0xFFFF0000;
-  *fits = last.fileLength() <= file_.KnownLength() && last.fileLength() <= kMostBytes;
+  const unsigned int length = file_.KnownLength();
+  if (length == 0) return status::kInputOutput;
+  *fits = last.fileLength() <= length && last.fileLength() <= kMostBytes;
   if (!*fits) return status::kOk;
   constexpr unsigned int kChunk = 4096;  // bytes
   unsigned char chunk[kChunk];

@@ -29,6 +29,7 @@ enum class Verdict { kWork, kHalf, kFail };
 
 Mode sMode = Mode::kNone;
 unsigned int sNumber = 0;
+bool sCountsAll = false;
 unsigned int sCount = 0;
 unsigned int sStruck = 0;
 bool sTearsAtByte = false;  // instead of in the middle
@@ -88,6 +89,15 @@ Verdict Judge(const std::string& path, bool isWrite) {
   return verdict;
 }
 
+// The same for a call that changes nothing.
+Verdict JudgeLook(bool isRead = false) {
+  return sCountsAll ? Judge("", isRead) : Verdict::kWork;
+}
+
+bool RefusesLook() {
+  return JudgeLook() == Verdict::kFail;
+}
+
 // A call that changes two files: of this one, too, it is known what the disk holds.
 void KeepLost(const std::string& path) {
   const bool isLost = sMode == Mode::kLoseFrom && sCount >= sNumber;
@@ -111,11 +121,17 @@ void Arm(Mode mode, unsigned int number) {
   sNumber = number;
   sCount = 0;
   sStruck = 0;
+  sCountsAll = false;
   sTearsAtByte = false;
   sTornSize = 0;
   sRefused.clear();
   sLinkError = 0;
   sDisk.clear();
+}
+
+void ArmAll(Mode mode, unsigned int number) {
+  Arm(mode, number);
+  sCountsAll = true;
 }
 
 void RefuseMoves(posix::Moving how, int error) {
@@ -194,10 +210,12 @@ namespace posix {
 using faults::Verdict;
 
 int Open(const char* path) {
+  if (faults::RefusesLook()) return -EMFILE;
   return faults::Opened(open(path, O_RDWR | O_CLOEXEC), path);
 }
 
 int OpenToRead(const char* path, bool follows) {
+  if (faults::RefusesLook()) return -EMFILE;
   return faults::Opened(open(path, O_RDONLY | O_CLOEXEC | (follows ? 0 : O_NOFOLLOW)), path);
 }
 
@@ -227,6 +245,7 @@ bool IsRegular(int fd) {
 }
 
 long long Length(int fd) {
+  if (faults::RefusesLook()) return -1;
   return lseek(fd, 0, SEEK_END);
 }
 
@@ -237,6 +256,7 @@ unsigned long long Tick() {
 }
 
 bool SameFile(int fd, const char* path) {
+  if (faults::RefusesLook()) return false;
   struct stat here;
   struct stat there;
   if (fstat(fd, &here) != 0 || stat(path, &there) != 0) return false;
@@ -244,6 +264,7 @@ bool SameFile(int fd, const char* path) {
 }
 
 bool SameFile(int fd, int other) {
+  if (faults::RefusesLook()) return false;
   struct stat here;
   struct stat there;
   if (fstat(fd, &here) != 0 || fstat(other, &there) != 0) return false;
@@ -251,6 +272,7 @@ bool SameFile(int fd, int other) {
 }
 
 void Identify(int fd, unsigned long long* device, unsigned long long* number) {
+  if (faults::RefusesLook()) return;
   struct stat info;
   if (fstat(fd, &info) != 0) return;
   *device = info.st_dev;
@@ -258,6 +280,9 @@ void Identify(int fd, unsigned long long* device, unsigned long long* number) {
 }
 
 long PositionedRead(int fd, void* buffer, unsigned int size, unsigned long long offset) {
+  const Verdict verdict = faults::JudgeLook(true);
+  if (verdict == Verdict::kFail) return -1;
+  if (verdict == Verdict::kHalf && size > 1) size /= 2;
   return pread(fd, buffer, size, static_cast<off_t>(offset));
 }
 
@@ -312,10 +337,12 @@ bool SyncData(int fd) {
 }
 
 int TryLock(int fd) {
+  if (faults::RefusesLook()) return ENOLCK;
   return flock(fd, LOCK_EX | LOCK_NB) == 0 ? 0 : errno;
 }
 
 int Hold(int fd, unsigned long long offset, Holding how) {
+  if (faults::RefusesLook()) return ENOLCK;
   struct flock place = {};
   place.l_type = how == Holding::kNone ? F_UNLCK : how == Holding::kShared ? F_RDLCK : F_WRLCK;
   place.l_whence = SEEK_SET;
@@ -326,6 +353,7 @@ int Hold(int fd, unsigned long long offset, Holding how) {
 }
 
 bool IsHeld(int fd, unsigned long long offset) {
+  if (faults::RefusesLook()) return true;
   struct flock place = {};
   place.l_type = F_WRLCK;
   place.l_whence = SEEK_SET;
@@ -388,6 +416,7 @@ bool RealPath(const char* path, char* real, unsigned int capacity) {
 }
 
 int LinkTarget(const char* path, char* target, unsigned int capacity) {
+  if (faults::RefusesLook()) return EIO;
   const char* slash = std::strrchr(path, '/');
   size_t folder = slash == nullptr ? 0 : static_cast<size_t>(slash - path) + 1;
   if (folder >= capacity) return ENAMETOOLONG;
@@ -404,8 +433,25 @@ int LinkTarget(const char* path, char* target, unsigned int capacity) {
 }
 
 bool BootId(unsigned char (&id)[16]) {
+  if (faults::RefusesLook()) return false;
   std::memset(id, 7, sizeof id);
   return true;
 }
 
 }  // namespace posix
+
+// The linker sends the library's calls of posix::Map and posix::MapShared here (--wrap).
+const unsigned char* RealMap(int fd, unsigned int size) __asm__("__real__ZN5posix3MapEij");
+const unsigned char* FaultMap(int fd, unsigned int size) __asm__("__wrap__ZN5posix3MapEij");
+unsigned char* RealMapShared(int fd, unsigned int size,
+                             bool mayWrite) __asm__("__real__ZN5posix9MapSharedEijb");
+unsigned char* FaultMapShared(int fd, unsigned int size,
+                              bool mayWrite) __asm__("__wrap__ZN5posix9MapSharedEijb");
+
+const unsigned char* FaultMap(int fd, unsigned int size) {
+  return faults::RefusesLook() ? nullptr : RealMap(fd, size);
+}
+
+unsigned char* FaultMapShared(int fd, unsigned int size, bool mayWrite) {
+  return faults::RefusesLook() ? nullptr : RealMapShared(fd, size, mayWrite);
+}

@@ -1,7 +1,8 @@
 // System calls that fail when they are told to: linked in place of the real ones.
 //
 // The calls that change a file are counted: each write, each change of a length, each making or
-// emptying of a file. At one of them the fault strikes. Not thread-safe.
+// emptying of a file. At one of them the fault strikes. ArmAll counts those that only look or hold
+// as well. Not thread-safe.
 #pragma once
 
 #include <string>
@@ -22,6 +23,10 @@ enum class Mode {
 
 // Starts counting anew: the next call that changes a file has number 0.
 void Arm(Mode mode, unsigned int number);
+// The same with every call that may fail: openings, reads, lengths, locks and mappings, too, but
+// not what cannot fail for a file that is open (IsRegular, RealPath). For kNone, kFailOnce,
+// kFailFrom and kShortOnce.
+void ArmAll(Mode mode, unsigned int number);
 // kTearFrom, with the first `bytes` bytes written instead of half of them.
 void ArmTear(unsigned int number, unsigned int bytes);
 // Moves of this kind answer `error` and do nothing, as on another file system. Arm ends that.
