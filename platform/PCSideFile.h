@@ -41,8 +41,8 @@ class PCSideFile {
   int Hold(unsigned int place, Holding how);
   // True when another object holds the place.
   bool IsHeld(unsigned int place) const;
-  // Waits a millisecond: for who holds a place and is about to give it up.
-  static void Pause();
+  // Waits, a millisecond if nothing else is said: for who holds a place and is about to give it up.
+  static void Pause(unsigned int microseconds = 1000);
   // Waits for the door, for some seconds at most.
   int EnterDoor(Holding how = Holding::kAlone);
   void LeaveDoor() { Hold(kDoor, Holding::kNone); }

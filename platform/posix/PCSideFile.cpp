@@ -13,7 +13,6 @@ namespace {
 
 constexpr unsigned long long kPlaces = 1ull << 40;  // where the places begin, far behind any byte
 constexpr unsigned int kMostTries = 100;
-constexpr unsigned int kPause = 1000;  // microseconds
 constexpr unsigned int kDoorTries = 10000;
 
 }  // namespace
@@ -94,8 +93,8 @@ bool PCSideFile::IsHeld(unsigned int place) const {
   return IsOpen() && posix::IsHeld(mFd, kPlaces + place);
 }
 
-void PCSideFile::Pause() {
-  posix::Pause(kPause);
+void PCSideFile::Pause(unsigned int microseconds) {
+  posix::Pause(microseconds);
 }
 
 int PCSideFile::EnterDoor(Holding how) {

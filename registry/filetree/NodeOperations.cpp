@@ -13,8 +13,10 @@ template <class Scope>
 unsigned int NodeOperations::InStore(bool argumentsGiven, const FunctionRef<Status(Scope&)>& body) {
   if constexpr (std::is_same<Scope, StoreAccess>::value) {
     Status result = status::kOk;
-    const bool mayLook = file != nullptr && argumentsGiven && !lock_.IsOthers();
-    if (mayLook && file->LookBesideOthers(body, &result)) return result;
+    const bool mayLook = file != nullptr && argumentsGiven;
+    // Who has waited looks beside the others again: else each would wait for the one before.
+    if (mayLook && lock_.IsOthers()) PCMutexGuard waiting(lock_);
+    if (mayLook && !lock_.IsOthers() && file->LookBesideOthers(body, &result)) return result;
   }
   PCMutexGuard guard(lock_);
   if (file == nullptr) return status::kNoRight;

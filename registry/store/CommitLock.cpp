@@ -8,6 +8,7 @@ constexpr unsigned int kPatience = 60000;   // ms
 constexpr unsigned int kLookInterval = 10;  // ms between two looks whether the holder lives
 constexpr unsigned int kEnough = 2;         // ms of waiting, after which the lock is promised
 constexpr unsigned int kSpins = 100;
+constexpr unsigned int kGlance = 50;  // microseconds between two looks before that
 
 }  // namespace
 
@@ -25,6 +26,7 @@ bool CommitLock::IsHeld() const {
   return holder != 0 && side_->IsHeld(holder);
 }
 
+// To wake others takes longer than most changes: it is only done for who has waited for long.
 bool CommitLock::Take(bool* died) {
   unsigned int* const word = words_.At(journal_word::kLock);
   *died = false;
@@ -33,12 +35,14 @@ bool CommitLock::Take(bool* died) {
   }
   const unsigned long long start = PCWord::Now();
   for (unsigned long long waited = 0; waited < kPatience; waited = PCWord::Now() - start) {
-    const bool isPatient = waited < kEnough;
     const unsigned int held = PCWord::Load(word);
-    if (held == 0 || (!isPatient && (held & ~kFlags) == 0)) {
+    if (waited < kEnough) {
+      if (held == 0 && PCWord::Replace(word, 0, place_)) return true;
+      if (held != 0) PCSideFile::Pause(kGlance);
+    } else if ((held & ~kFlags) == 0) {
       // Others may be waiting, too.
       if (PCWord::Replace(word, held, place_ | kHasWaiters)) return true;
-    } else if (Wait(word, held, isPatient ? kHasWaiters : kFlags, died)) {
+    } else if (Wait(word, held, died)) {
       return true;
     }
   }
@@ -46,8 +50,8 @@ bool CommitLock::Take(bool* died) {
 }
 
 // True when the lock was taken from a holder that has died.
-bool CommitLock::Wait(unsigned int* word, unsigned int held, unsigned int flags, bool* died) {
-  const unsigned int marked = held | flags;
+bool CommitLock::Wait(unsigned int* word, unsigned int held, bool* died) {
+  const unsigned int marked = held | kFlags;
   if (held != marked && !PCWord::Replace(word, held, marked)) return false;
   const unsigned long long start = PCWord::Now();
   PCWord::Wait(word, marked, kLookInterval);

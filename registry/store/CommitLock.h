@@ -35,7 +35,7 @@ class CommitLock {
   static constexpr unsigned int kFlags = kHasWaiters | kIsPromised;
   static constexpr unsigned int kMostPlaces = PCSideFile::kAudience;
 
-  bool Wait(unsigned int* word, unsigned int held, unsigned int flags, bool* died);
+  bool Wait(unsigned int* word, unsigned int held, bool* died);
 
   PCSideFile* side_ = nullptr;
   SharedWords words_;
