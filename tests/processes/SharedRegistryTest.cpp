@@ -55,7 +55,7 @@ std::string WorkWithTwoThreads(const std::string& path, unsigned int process, bo
 TEST_F(SharedRegistry, EachProcessSeesWhatAllOthersHaveDone) {
   Prepare();
   constexpr unsigned int kProcesses = 8;
-  const unsigned int operations = crash::Sized(2000, 100000);
+  const unsigned int operations = crash::Sized(12500, 100000);
   std::vector<Worker> workers;
   for (unsigned int i = 0; i < kProcesses; ++i) {
     workers.emplace_back([&, i] { return WorkWithTwoThreads(path, i, i % 2 != 0, operations); });
@@ -109,7 +109,7 @@ TEST_F(SharedRegistry, AReaderBesideAWriterGetsNoWrongAnswer) {
   Registry registry(path.c_str(), kUser);
   ASSERT_EQ(status::kOk, registry.Initialize());
   SharedScript reader(registry, 2, false);
-  EXPECT_EQ("", reader.Look(crash::Sized(50000, 1000000)));
+  EXPECT_EQ("", reader.Look(crash::Sized(1000000, 1000000)));
   EXPECT_TRUE(writer.Kill());
 }
 
