@@ -1,8 +1,7 @@
 #include "framework/internal/YAXInfoManagerRCEFile.h"
 
-#include <cstdio>
-
 #include "framework/YAXStatus.h"
+#include "framework/internal/ComponentKeyPath.h"
 #include "framework/internal/DebugMessage.h"
 #include "framework/internal/FunctionTable.h"
 #include "framework/internal/OneChange.h"
@@ -66,11 +65,6 @@ bool Locks::TryAll() {
 
 }  // namespace
 
-YAXInfoManagerRCEFile::KeyPath::KeyPath(YAXInfoManager& manager, const YAX_GUID_ST& clsid) {
-  std::snprintf(text, sizeof text, "%s/", RegistryRecords::kComponentsKey);
-  manager.ConvertGUID2String(&clsid, text);
-}
-
 unsigned int YAXInfoManagerRCEFile::CreateTopKey(const char* key) {
   const unsigned int result = registry_->CreateKey(0, key);
   return result == status::kOk || result == status::kExists ? yax_status::kOk
@@ -107,7 +101,7 @@ unsigned int YAXInfoManagerRCEFile::CreateComponent(const YAX_GUID_ST& clsid,
                                                     RegistryRecords::Upper upper) {
   const unsigned int remembered = FunctionTable::Add(info.FactoryFn);
   if (remembered != yax_status::kOk) return remembered;
-  const KeyPath path(*this, clsid);
+  const ComponentKeyPath path(*this, clsid);
   return AsOneChange(*registry_, [&]() -> unsigned int {
     if (registry_->CreateKey(0, path.text) != status::kOk) return yax_status::kRegistryFailed;
     return Records(path.text).CreateComponent(info, upper);
@@ -144,7 +138,7 @@ unsigned int YAXInfoManagerRCEFile::RegisterComponent(const YAX_GUID_ST& clsid,
 unsigned int YAXInfoManagerRCEFile::UnregisterComponent(const YAX_GUID_ST& clsid) {
   const Locks locks(*registry_, Lock());
   return InOneCommit(*registry_, [&]() -> unsigned int {
-    const KeyPath path(*this, clsid);
+    const ComponentKeyPath path(*this, clsid);
     return StatusOf(registry_->DeleteKey(0, path.text));
   });
 }
@@ -154,7 +148,7 @@ unsigned int YAXInfoManagerRCEFile::SetComponentInfo(const YAX_GUID_ST& clsid,
   const Locks locks(*registry_, Lock());
   if (info == nullptr) return yax_status::kBadArgument;
   return AsOneChange(*registry_, [&]() -> unsigned int {
-    const KeyPath path(*this, clsid);
+    const ComponentKeyPath path(*this, clsid);
     return Records(path.text).SetComponent(*info, RegistryRecords::Upper::kSign);
   });
 }
@@ -163,7 +157,7 @@ unsigned int YAXInfoManagerRCEFile::GetComponentInfo(const YAX_GUID_ST& clsid,
                                                      YAX_COMPONENT_INFO_ST* info) {
   const Locks locks(*registry_, Lock());
   if (info == nullptr) return yax_status::kBadArgument;
-  const KeyPath path(*this, clsid);
+  const ComponentKeyPath path(*this, clsid);
   return Records(path.text).ReadComponent(info);
 }
 
@@ -171,7 +165,7 @@ unsigned int YAXInfoManagerRCEFile::GetComponentType(const YAX_GUID_ST& clsid,
                                                      YAX_COMPONENT_TYPE_ENUM* type) {
   const Locks locks(*registry_, Lock());
   if (type == nullptr) return yax_status::kBadArgument;
-  const KeyPath path(*this, clsid);
+  const ComponentKeyPath path(*this, clsid);
   return Records(path.text).ReadType(type);
 }
 
@@ -179,13 +173,13 @@ unsigned int YAXInfoManagerRCEFile::GetComponentEntryFunc(const YAX_GUID_ST& cls
                                                           void** function) {
   const Locks locks(*registry_, Lock());
   if (function == nullptr) return yax_status::kBadArgument;
-  const KeyPath path(*this, clsid);
+  const ComponentKeyPath path(*this, clsid);
   return Records(path.text).ReadFunction(function);
 }
 
 unsigned int YAXInfoManagerRCEFile::GetComponentBinPath(const YAX_GUID_ST& clsid, char* path) {
   const Locks locks(*registry_, Lock());
   if (path == nullptr) return yax_status::kBadArgument;
-  const KeyPath key(*this, clsid);
+  const ComponentKeyPath key(*this, clsid);
   return Records(key.text).ReadBinaryPath(path);
 }

@@ -31,12 +31,6 @@ class YAXInfoManagerRCEFile : public YAXInfoManager {
   unsigned int GetComponentBinPath(const YAX_GUID_ST& clsid, char* path) override;
 
  private:
-  // The path of a component's key.
-  struct KeyPath {
-    KeyPath(YAXInfoManager& manager, const YAX_GUID_ST& clsid);
-    char text[kYAXTextSize];
-  };
-
   unsigned int CreateTopKey(const char* key);
   unsigned int CreateComponent(const YAX_GUID_ST& clsid, const YAX_COMPONENT_INFO_ST& info,
                                RegistryRecords::Upper upper);

@@ -1,6 +1,7 @@
 #include "framework/internal/YAXInfoManagerRCEMemory.h"
 
 #include "framework/YAXStatus.h"
+#include "framework/internal/ComponentKeyPath.h"
 #include "framework/internal/DebugMessage.h"
 #include "framework/internal/FunctionTable.h"
 #include "framework/internal/OneChange.h"
@@ -18,15 +19,6 @@ struct KeyName {
   char text[YAXInfoManager::kGuidLength + 1] = {};
 };
 
-// The path of a component's key.
-struct KeyPath {
-  KeyPath(YAXInfoManager& manager, const YAX_GUID_ST& clsid) {
-    manager.ConvertGUID2String(&clsid, text);
-  }
-  // What is there stays in front.
-  char text[sizeof "YAX_ROOT/" + YAXInfoManager::kGuidLength] = "YAX_ROOT/";
-};
-
 constexpr char kItself[] = "/";  // the opened key
 
 }  // namespace
@@ -41,7 +33,7 @@ unsigned int YAXInfoManagerRCEMemory::WithTopKey(const char* key, TopKey::Missin
 // Opening a key loads all that is below it: the others stay where they are.
 template <class Work>
 unsigned int YAXInfoManagerRCEMemory::WithComponent(const YAX_GUID_ST& clsid, Work work) {
-  const KeyPath path(*this, clsid);
+  const ComponentKeyPath path(*this, clsid);
   return WithTopKey(path.text, TopKey::Missing::kFail, [&](const TopKey& component) {
     RegistryRecords records(*registry_, component.Handle(), kItself);
     return work(records);
