@@ -2,6 +2,7 @@
 #include "registry/Registry.h"
 #include "tests/allocation/CountedHeap.h"
 #include "tests/platform/TestFiles.h"
+#include "tests/support/GivenBytes.h"
 
 namespace tamu::registry {
 
@@ -231,16 +232,10 @@ TEST_F(AllocationTest, LeaveTheKeyThatWasToBeReplaced) {
 }
 
 TEST_F(AllocationTest, LeaveTheFileThatWasToBeRewritten) {
-  struct Rewriter : FileRewriter {
-    const void* Rewrite(const void*, unsigned int* size) override {
-      *size = static_cast<unsigned int>(bytes.size());
-      return bytes.data();
-    }
-    std::string bytes;
-  } rewriter;
   ASSERT_EQ(status::kOk, registry.SetDefaultValue(0, "a", 4711));
   registry.Finalize();
-  rewriter.bytes = GetFile(path);
+  const std::string bytes = GetFile(path);
+  GivenBytes rewriter(bytes);
   ASSERT_EQ(status::kOk, registry.Initialize());
   FailEverywhere([&] { return registry.RewriteFile(rewriter); });
   unsigned long long found = 0;

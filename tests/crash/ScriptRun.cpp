@@ -1,24 +1,10 @@
 #include "tests/crash/ScriptRun.h"
 
+#include "tests/support/GivenBytes.h"
+
 namespace crash {
 
 using tamu::registry::Value;
-
-namespace {
-
-class Replacement : public tamu::registry::FileRewriter {
- public:
-  explicit Replacement(const std::string& bytes) : bytes_(bytes) {}
-  const void* Rewrite(const void*, unsigned int* size) override {
-    *size = static_cast<unsigned int>(bytes_.size());
-    return bytes_.data();
-  }
-
- private:
-  const std::string& bytes_;
-};
-
-}  // namespace
 
 // An operation without a handle closes the handle.
 unsigned int ScriptRun::Handle(const Step& step) {
@@ -74,7 +60,7 @@ unsigned int ScriptRun::Do(const Step& step) {
     case Step::kRestore:
       return registry_.RestoreKey(handle, step.path, file.c_str());
     case Step::kRewrite: {
-      Replacement replacement(step.data);
+      GivenBytes replacement(step.data);
       return registry_.RewriteFile(replacement);
     }
     case Step::kTransaction:

@@ -7,6 +7,7 @@
 #include "tests/processes/Worker.h"
 #include "tests/registry/RegistryRig.h"
 #include "tests/support/FaultCalls.h"
+#include "tests/support/GivenBytes.h"
 #include "tests/support/JournalBytes.h"
 #include "tests/support/PossibleModes.h"
 
@@ -14,19 +15,6 @@ namespace tamu::registry {
 namespace {
 
 using faults::Mode;
-
-// The other content of a whole file.
-class OtherBytes : public FileRewriter {
- public:
-  explicit OtherBytes(const std::string& bytes) : bytes_(bytes) {}
-  const void* Rewrite(const void*, unsigned int* size) override {
-    *size = static_cast<unsigned int>(bytes_.size());
-    return bytes_.data();
-  }
-
- private:
-  const std::string& bytes_;
-};
 
 class EveryCallFaultTest : public ::testing::TestWithParam<Durability> {
  protected:
@@ -113,7 +101,7 @@ class EveryCallFaultTest : public ::testing::TestWithParam<Durability> {
       if (result == 0) result = ended;
     }
     Answered(registry, 4, result);
-    OtherBytes rewriter(rewritten);
+    GivenBytes rewriter(rewritten);
     Answered(registry, kRewritten, registry.RewriteFile(rewriter));
     ExpectFailure(Put(registry, 0, "k", 1000));
     const unsigned int deleted = registry.DeleteValue(0, "k", "text");

@@ -1,11 +1,8 @@
 // A registry on a file system that several machines have.
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include "registry/store/FileHold.h"
 #include "tests/fault/FaultFiles.h"
 #include "tests/registry/RegistryRig.h"
 #include "tests/support/FaultCalls.h"
+#include "tests/support/FileLocks.h"
 
 namespace tamu::registry {
 namespace {
@@ -25,25 +22,13 @@ class NetworkFileTest : public ::testing::Test {
   }
   // What an opening answers in another process: it knows no more of this one than another machine.
   unsigned int OpenedElsewhere(bool isToRead) {
-    const pid_t child = fork();
-    if (child == 0) {
+    return AnswerOfChild([&]() -> unsigned int {
       Registry registry(path.c_str(), kAdmin);
       RegistryOptions options;
       options.readOnly = isToRead;
       if (isToRead) registry.SetOptions(options);
       _exit(static_cast<int>(registry.Initialize()));
-    }
-    int ended = 0;
-    EXPECT_EQ(child, waitpid(child, &ended, 0));
-    return WIFEXITED(ended) ? static_cast<unsigned int>(WEXITSTATUS(ended)) : 255;
-  }
-  // Where the system has no locks of open files, nobody is refused.
-  bool HasLocks() {
-    FileHold hold;
-    return hold.Take(path.c_str(), true) && !InChild([&] {
-             FileHold other;
-             return other.Take(path.c_str(), true);
-           });
+    });
   }
 
   TempDir dir;
@@ -57,7 +42,7 @@ TEST_F(NetworkFileTest, IsForOneProcessAtATime) {
     ASSERT_EQ(status::kOk, registry.Initialize());
     EXPECT_EQ(Durability::kNone, registry.EffectiveDurability());
     EXPECT_EQ(status::kOk, registry.CreateKey(0, "key", 7));
-    const unsigned int refused = HasLocks() ? status::kNoSpace : status::kOk;
+    const unsigned int refused = HasFileLocks(path) ? status::kNoSpace : status::kOk;
     EXPECT_EQ(refused, OpenedElsewhere(false));
     EXPECT_EQ(refused, OpenedElsewhere(true));
   }
@@ -77,7 +62,7 @@ TEST_F(NetworkFileTest, CanSurviveAPowerCutForOneProcess) {
   ASSERT_EQ(status::kOk, Opened(registry, Durability::kPower));
   EXPECT_EQ(Durability::kPower, registry.EffectiveDurability());
   EXPECT_EQ(status::kOk, registry.CreateKey(0, "key", 7));
-  EXPECT_EQ(HasLocks() ? status::kNoSpace : status::kOk, OpenedElsewhere(false));
+  EXPECT_EQ(HasFileLocks(path) ? status::kNoSpace : status::kOk, OpenedElsewhere(false));
   registry.Finalize();
   EXPECT_EQ(status::kOk, OpenedElsewhere(false));
 }

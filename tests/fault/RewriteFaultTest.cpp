@@ -2,24 +2,13 @@
 #include "tests/fault/FaultFiles.h"
 #include "tests/registry/RegistryRig.h"
 #include "tests/support/FaultCalls.h"
+#include "tests/support/GivenBytes.h"
 #include "tests/support/PossibleModes.h"
 
 namespace tamu::registry {
 namespace {
 
 using faults::Mode;
-
-class Rewriter : public FileRewriter {
- public:
-  explicit Rewriter(const std::string& bytes) : bytes_(bytes) {}
-  const void* Rewrite(const void*, unsigned int* size) override {
-    *size = static_cast<unsigned int>(bytes_.size());
-    return bytes_.data();
-  }
-
- private:
-  const std::string& bytes_;
-};
 
 class RewriteFaultTest : public ::testing::TestWithParam<Durability> {
  protected:
@@ -67,7 +56,7 @@ class RewriteFaultTest : public ::testing::TestWithParam<Durability> {
         ASSERT_EQ(status::kOk, Open(registry));
         unsigned int handle = 0;
         ASSERT_EQ(status::kOk, registry.OpenKey("k", &handle));
-        Rewriter rewriter(to);
+        GivenBytes rewriter(to);
         faults::Arm(mode, call);
         result = registry.RewriteFile(rewriter);
         const bool isOver = faults::Count() <= call;

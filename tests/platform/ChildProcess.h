@@ -9,17 +9,24 @@
 #include <csignal>
 #include <cstdio>
 
-// True when `body` returned true in the child; false also when the child died.
+// What `body` returned in the child, up to 254; 255 when the child died.
 template <class Body>
-bool InChild(Body body) {
+unsigned int AnswerOfChild(Body body) {
+  constexpr unsigned int kDied = 255;
   std::fflush(stdout);
   const pid_t child = fork();
-  if (child < 0) return false;
-  if (child == 0) _exit(body() ? 0 : 1);
+  if (child < 0) return kDied;
+  if (child == 0) _exit(static_cast<int>(body()));
   int status = 0;
   while (waitpid(child, &status, 0) < 0) {
   }
-  return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+  return WIFEXITED(status) ? static_cast<unsigned int>(WEXITSTATUS(status)) : kDied;
+}
+
+// True when `body` returned true in the child; false also when the child died.
+template <class Body>
+bool InChild(Body body) {
+  return AnswerOfChild([&] { return body() ? 0u : 1u; }) == 0;
 }
 
 // Lets a child process run without the rights of the superuser.

@@ -1,8 +1,8 @@
 // Who may open a registry that others have open.
 #include <sys/stat.h>
 
-#include "registry/store/FileHold.h"
 #include "tests/registry/RegistryRig.h"
+#include "tests/support/FileLocks.h"
 #include "tests/support/PossibleModes.h"
 
 namespace tamu::registry {
@@ -22,23 +22,10 @@ unsigned int Opened(Registry& registry, const RegistryOptions& options) {
 
 // What an opening answers in another process.
 unsigned int OpenedElsewhere(const std::string& path, const RegistryOptions& options) {
-  const pid_t child = fork();
-  if (child == 0) {
+  return AnswerOfChild([&]() -> unsigned int {
     Registry registry(path.c_str(), kAdmin);
     _exit(static_cast<int>(Opened(registry, options)));
-  }
-  int ended = 0;
-  EXPECT_EQ(child, waitpid(child, &ended, 0));
-  return WIFEXITED(ended) ? static_cast<unsigned int>(WEXITSTATUS(ended)) : 255;
-}
-
-// Where the system has no such locks, nobody is refused.
-bool HasLocks(const std::string& path) {
-  FileHold hold;
-  return hold.Take(path.c_str(), true) && !InChild([&] {
-           FileHold other;
-           return other.Take(path.c_str(), true);
-         });
+  });
 }
 
 class RegistryFileHold : public ::testing::Test {
@@ -47,7 +34,7 @@ class RegistryFileHold : public ::testing::Test {
     Registry registry(path.c_str(), kAdmin);
     ASSERT_EQ(0u, registry.Initialize());
     registry.Finalize();
-    if (!HasLocks(path)) GTEST_SKIP() << "there are no locks of open files here";
+    if (!HasFileLocks(path)) GTEST_SKIP() << "there are no locks of open files here";
   }
 
   TempDir dir;
