@@ -107,6 +107,18 @@ completes() {
   is "$out" 1400
 }
 
+@test "takes key and value as one word, and patterns of both" {
+  answers 0 yaxreg set device.rce 'network/my eth:mtu' --int 1400
+  answers 0 yaxreg get device.rce '**:m*'
+  is "$out" 'network:mode = "static"
+network/my eth:mtu = 1400'
+  answers 0 yaxreg ls device.rce '*'
+  is "$out" 'network/:
+mode
+my eth/'
+  answers 1 yaxreg get device.rce '**:none'
+}
+
 @test "ends with 1 when there is no such key" {
   answers 1 yaxreg tree device.rce network/none
   is "$out" ''
@@ -349,6 +361,9 @@ completes() {
   completes 'network/my eth/' -- yaxreg set device.rce 'network/my\ e'
   completes mtu -- yaxreg get device.rce 'network/my\ eth' ''
   completes mode -- yaxreg get device.rce network ''
+  completes mode -- yaxreg get device.rce network : m
+  completes mtu -- yaxreg rm device.rce 'network/my\ eth' :
+  completes '' -- yaxreg tree device.rce network : m
   completes network/ -- yaxreg diff device.rce none.rce n
   completes network/ -- yaxreg tree 'a\ b' : c.rce n
   completes network/ -- yaxreg diff device.rce 'a\ b\:c.rce' n

@@ -108,13 +108,13 @@ _yaxreg_keys() {
   compopt -o filenames -o nospace 2>/dev/null || :
 }
 
-# Values of the key $2 of the registry file $1.
+# Values of the key $2 of the registry file $1; $3 is what comes before them in the word.
 _yaxreg_values() {
   local line
   while IFS= read -r line; do
     [[ $line == */ ]] && continue
     printf -v line %b "$line"
-    _yaxreg_argument "$line"
+    _yaxreg_argument "$3$line"
   done < <(_yaxreg_ls "$1" "$2")
   compopt -o filenames 2>/dev/null || :
 }
@@ -194,8 +194,14 @@ _yaxreg() {
   done
   case ${order[${#given[@]}]} in
     file) _yaxreg_files '' "$current" ;;
-    key) _yaxreg_keys "$file" "$current" ;;
-    value) _yaxreg_values "$file" "$key" ;;
+    key)
+      if [[ $current == *:* && ${order[${#given[@]} + 1]} == value ]]; then
+        _yaxreg_values "$file" "${current%:*}" "${current%:*}:"
+      else
+        _yaxreg_keys "$file" "$current"
+      fi
+      ;;
+    value) _yaxreg_values "$file" "$key" '' ;;
     verb) _yaxreg_list "$verbs" ;;
   esac
   [[ -n $dashed ]] && _yaxreg_reply --

@@ -23,6 +23,12 @@ constexpr char kDescription[] =
     "is ignored, and the empty path is the root. Changes are made as the administrator, unless an "
     "option tells a user, whose rights then count.";
 
+constexpr char kPlaces[] =
+    "Verbs of one value take key and value as two words, PATH NAME, or as one, PATH:NAME, which is "
+    "cut at its last colon. ls, get and find take patterns, too: * stands for any characters of "
+    "a name, ? for one, and ** alone for any number of names, also none; behind a backslash a "
+    "character stands for itself. A key or value that has such a name is taken before a pattern.";
+
 constexpr char kWords[] =
     "Options may stand anywhere before a word --; behind it all words are arguments. A name or "
     "other argument that begins with a dash, such as the name -x or the rights -:r, needs -- "
@@ -192,10 +198,10 @@ std::string Synopsis() {
 }
 
 std::string Description() {
-  return ".SH DESCRIPTION\n" + TroffParagraph(kDescription) + ".PP\n" + TroffParagraph(kWords) +
-         ".PP\n" + TroffParagraph(kOutput) + ".PP\n" + TroffParagraph(kSideFolder) + ".PP\n" +
-         TroffParagraph(kNames) + ".PP\nEvery verb has these options:\n" +
-         Entry(Bold("--json"), TroffParagraph(kJson)) +
+  return ".SH DESCRIPTION\n" + TroffParagraph(kDescription) + ".PP\n" + TroffParagraph(kPlaces) +
+         ".PP\n" + TroffParagraph(kWords) + ".PP\n" + TroffParagraph(kOutput) + ".PP\n" +
+         TroffParagraph(kSideFolder) + ".PP\n" + TroffParagraph(kNames) +
+         ".PP\nEvery verb has these options:\n" + Entry(Bold("--json"), TroffParagraph(kJson)) +
          Entry(Bold("-h") + ", " + Bold("--help"), Sentence("Print a short help"));
 }
 

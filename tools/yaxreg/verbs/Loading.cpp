@@ -51,6 +51,12 @@ bool FindKey(Invocation& call, const RegistryImage& image, const std::string& fi
   return false;
 }
 
+ExitCode FailWithoutMatch(Invocation& call, const RegistryImage& image) {
+  const ExitCode code = call.FailWithStatus(status::kNotFound, call.File(), call.Path(),
+                                            "nothing matches" + HintOf(image));
+  return image.IsComplete() ? code : kDamaged;
+}
+
 std::string HintOf(const RegistryImage& image) {
   if (image.IsComplete()) return "";
   return ", but the file is damaged, it may be lost; yaxreg check tells more";

@@ -28,6 +28,9 @@ std::unique_ptr<RegistryImage> DecodeImage(Invocation& call, const std::string& 
 bool FindKey(Invocation& call, const RegistryImage& image, const std::string& file,
              const std::string& path, size_t* key, ExitCode* code);
 
+// The same of a pattern that nothing matches: prints the failure and answers how to end.
+ExitCode FailWithoutMatch(Invocation& call, const RegistryImage& image);
+
 // What is to be said besides when something was not found: nothing, or that the file has lost
 // something.
 std::string HintOf(const RegistryImage& image);

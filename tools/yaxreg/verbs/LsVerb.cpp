@@ -4,6 +4,7 @@
 #include <ostream>
 
 #include "tools/yaxreg/content/ContentJson.h"
+#include "tools/yaxreg/content/PathPattern.h"
 #include "tools/yaxreg/content/ValueText.h"
 #include "tools/yaxreg/image/ValueOrder.h"
 #include "tools/yaxreg/text/JsonText.h"
@@ -149,21 +150,53 @@ void PrintJson(Invocation& call, const Listing& listing) {
     PrintKeyJson(call, listing, index, listing.isRecursive ? walk.Enter(key) : key.name);
     separator = ",\n";
   }
-  call.out << (listing.keys.empty() ? "]}\n" : "\n]}\n");
+  call.out << (listing.keys.empty() ? "]}" : "\n]}");
+}
+
+void PrintListing(Invocation& call, const Listing& listing) {
+  if (!listing.isRecursive) PrintValues(call, listing.content->keys[listing.top]);
+  PrintKeys(call, listing);
+}
+
+// Each key that a pattern matches under its own path.
+void PrintMatches(Invocation& call, const Content& content, const std::vector<size_t>& matches) {
+  const char* separator = "";
+  if (call.isJson()) call.out << "{\"matches\":[\n";
+  for (const size_t match : matches) {
+    if (!call.out) return;
+    const Listing listing = ListingOf(content, match, call.Has("--recursive"));
+    call.out << separator;
+    if (call.isJson()) {
+      PrintJson(call, listing);
+      separator = ",\n";
+      continue;
+    }
+    call.out << call.palette.key << Shown(content.PathOf(match)) << "/:" << call.palette.end
+             << '\n';
+    PrintListing(call, listing);
+    separator = "\n";
+  }
+  if (call.isJson()) call.out << "\n]}\n";
 }
 
 ExitCode RunLs(Invocation& call) {
   ExitCode code = kDone;
   const auto image = LoadImage(call, call.File(), &code);
   if (image == nullptr) return code;
-  size_t key = 0;
+  size_t key = image->content().Find(call.Path());
+  if (key == Content::kNone && HasWildcard(call.Path())) {
+    const std::vector<size_t> matches = PathPattern(call.Path()).Find(image->content());
+    if (matches.empty()) return FailWithoutMatch(call, *image);
+    PrintMatches(call, image->content(), matches);
+    return EndOfLook(call, *image, call.File());
+  }
   if (!FindKey(call, *image, call.File(), call.Path(), &key, &code)) return code;
   const Listing listing = ListingOf(image->content(), key, call.Has("--recursive"));
   if (call.isJson()) {
     PrintJson(call, listing);
+    call.out << '\n';
   } else {
-    if (!listing.isRecursive) PrintValues(call, image->content().keys[key]);
-    PrintKeys(call, listing);
+    PrintListing(call, listing);
   }
   return EndOfLook(call, *image, call.File());
 }
@@ -174,8 +207,9 @@ Verb LsVerb() {
   return {"ls",
           "List the values and keys of a key",
           "Lists the values of a key, sorted, and then the keys directly below it. Keys end in a "
-          "slash. A value that is hidden by a newer one of its name is listed with --long only.",
-          {kFile, kPath},
+          "slash. A value that is hidden by a newer one of its name is listed with --long only. Of "
+          "a pattern each key that matches is listed under its path.",
+          {kFile, kPathPattern},
           {{"-r,--recursive", nullptr, "List all keys below by their paths, and no values"},
            {"-l,--long", nullptr,
             "Tell owner, rights, default value and counts of keys, type, size and data of values"}},

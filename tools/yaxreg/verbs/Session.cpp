@@ -200,10 +200,14 @@ const ContentValue* Session::FindValue(const ContentKey& key, const std::string&
   return nullptr;
 }
 
-bool Session::HasRight(const ContentKey& key, unsigned char right) {
+bool Session::MayDo(const ContentKey& key, unsigned char right) const {
   const bool isOwner = user_ == key.owner || user_ == tamu::registry::kAdministratorId;
   const unsigned int rights = isOwner ? key.permission : key.permission >> 4;
-  if ((rights & right) != 0) return true;
+  return (rights & right) != 0;
+}
+
+bool Session::HasRight(const ContentKey& key, unsigned char right) {
+  if (MayDo(key, right)) return true;
   code_ = FailWithStatus(status::kNoRight);
   return false;
 }

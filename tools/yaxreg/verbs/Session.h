@@ -47,6 +47,8 @@ class Session {
   const ContentKey* Key();
   const ContentValue* FindValue(const ContentKey& key, const std::string& name);
   // Whether the user has the right on the key, as the library decides it.
+  bool MayDo(const ContentKey& key, unsigned char right) const;
+  // The same; false is a failure.
   bool HasRight(const ContentKey& key, unsigned char right);
 
   // A failure that is about the key, and one with a status of the library in words that help.

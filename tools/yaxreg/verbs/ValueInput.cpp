@@ -3,6 +3,7 @@
 #include <istream>
 
 #include "registry/base/Value.h"
+#include "tools/yaxreg/content/PathPattern.h"
 #include "tools/yaxreg/image/FileBytes.h"
 #include "tools/yaxreg/text/Numbers.h"
 
@@ -93,6 +94,9 @@ bool ValueInput::IsIn(const ContentValue& value) const {
 
 bool TakeValueName(Invocation& call, std::string* name, ExitCode* code) {
   *name = call.Text("NAME");
+  if (!call.Has("NAME") && !SplitPlace(call.Text("PATH"), &call.given["PATH"], name)) {
+    return FailUsage(call, "the name of the value is missing: PATH NAME, or PATH:NAME", code);
+  }
   if (!name->empty() && name->size() <= tamu::registry::kValueNameMax) return true;
   return FailUsage(call, "names of values have 1 to 31 bytes, not " + std::to_string(name->size()),
                    code);

@@ -19,8 +19,9 @@ struct ValueInput {
   bool IsIn(const ContentValue& value) const;
 };
 
-// The name of a value: false when it is empty or longer than 31 bytes. The failure has been
-// printed.
+// The name of a value: the argument NAME, or what is behind the last colon of PATH, which is the
+// key alone afterwards. False when it is empty or longer than 31 bytes, or there is none; the
+// failure has been printed.
 bool TakeValueName(Invocation& call, std::string* name, ExitCode* code);
 // Takes --int, --string, --hex, --file or --unset, and --type. False: the failure has been printed.
 bool TakeValueInput(Invocation& call, ValueInput* input, ExitCode* code);

@@ -177,7 +177,7 @@ Verb SetVerb() {
       "Gives a value that exists another type and data; numbers have 64 bits. Use add to create "
       "one. Data has at most 1024 bytes, which for --string are a text of at most 1023 bytes and "
       "its end.",
-      {kFile, kKeyPath, kValueName},
+      {kFile, kPlace, kValueName},
       {kInt, kString, kHex, kFromFile, kType, kUser, kUid},
       "yaxreg set device.rce network/eth0 mtu --int 1400",
       RunSet};
@@ -190,7 +190,7 @@ Verb AddVerb() {
       "Creates a value of a key. A value that exists is refused, because the new one would hide "
       "it; --hide creates it all the same. Names have at most 31 bytes, data at most 1024, which "
       "for --string are a text of at most 1023 bytes and its end.",
-      {kFile, kKeyPath, kValueName},
+      {kFile, kPlace, kValueName},
       {kInt,
        kString,
        kHex,
@@ -208,7 +208,7 @@ Verb RmVerb() {
   return {"rm",
           "Delete a value",
           "Deletes a value; one that it hid is seen again.",
-          {kFile, kKeyPath, kValueName},
+          {kFile, kPlace, kValueName},
           {{"-a,--all", nullptr, "Delete those that it hides, too"}, kUser, kUid},
           "yaxreg rm device.rce network/eth0 name",
           RunRm};

@@ -107,6 +107,10 @@ TEST(JsonPage, TellsWhatLookingVerbsPrint) {
   const ordered_json ls = JsonOf({"ls", file});
   EXPECT_EQ("\"path\", \"values\", \"keys\"", FieldsOf(ls));
   EXPECT_TRUE(PageTells("ls", "{\"path\", \"values\", \"keys\": [{" + FieldsOf(ls["keys"][0])));
+  EXPECT_TRUE(PageTells("ls", "{\"matches\": [...]}"));
+  EXPECT_EQ("\"matches\"", FieldsOf(JsonOf({"ls", file, "*"})));
+  EXPECT_TRUE(PageTells("get", "{\"values\": [...]}"));
+  EXPECT_EQ("\"values\"", FieldsOf(JsonOf({"get", file, "**:mtu"})));
   const ordered_json all = JsonOf({"ls", "-r", file});
   EXPECT_EQ("\"path\", \"keys\"", FieldsOf(all));
   EXPECT_EQ("path", all["keys"][0].begin().key());

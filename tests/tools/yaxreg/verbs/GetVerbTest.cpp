@@ -114,7 +114,56 @@ TEST_F(GetVerb, RefusesWrongArguments) {
   ExpectFailure(2, "only one of --raw and --json", {"get", file, "net", "a", "--raw", "--json"});
   ExpectFailure(2, "only one of --user and --uid",
                 {"get", file, "net", "a", "--uid", "7", "--user", "u"});
-  ExpectFailure(2, "NAME is required", {"get", file, "net"});
+  ExpectFailure(2, "the name of the value is missing: PATH NAME, or PATH:NAME\n",
+                {"get", file, "net"});
+}
+
+TEST_F(GetVerb, TakesTheValueBehindAColon) {
+  MakeKeys({"a:b"}, 7);
+  MakeValue("net", "mtu", 2, "a");
+  MakeValue("", "mtu", 2, "b");
+  MakeValue("a:b", "mtu", 2, "c");
+  MakeValue("net", "x:y", 2, "d");
+  ExpectDone("61\n", {"get", file, "net:mtu"});
+  ExpectDone("61\n", {"get", file, "/net/:mtu"});
+  ExpectDone("62\n", {"get", file, ":mtu"});
+  ExpectDone("63\n", {"get", file, "a:b:mtu"});
+  ExpectDone("64\n", {"get", file, "net", "x:y"});
+  ExpectDone("{\"path\":\"net\",\"name\":\"mtu\",\"type\":2,\"set\":true,\"hex\":\"61\"}\n",
+             {"get", file, "net:mtu", "--json"});
+  ExpectFailure(1, ": net: there is no value y (status 2)\n", {"get", file, "net:y"});
+  ExpectFailure(2, "names of values have 1 to 31 bytes, not 0\n", {"get", file, "net:"});
+}
+
+TEST_F(GetVerb, PrintsAllValuesThatMatchWithTheirPlaces) {
+  MakeKeys({"net/a", "net/b"}, 7);
+  MakeKeys({"own"}, 8);
+  MakeValue("net/a", "mtu", 0, "\xFE\xFF\xFF\xFF\xFF\xFF\xFF\xFF"s);
+  MakeValue("net/a", "mtu", 0, "\xDC\x05\0\0\0\0\0\0"s);
+  MakeValue("net/b", "mtu", 1, "x\n\0"s);
+  MakeValue("net/b", "unset", 2, "");
+  MakeValue("own", "mac", 2, "a");
+  ExpectDone("net/a:mtu = 1500\nnet/b:mtu = \"x\\x0a\"\n", {"get", file, "net/*:mtu"});
+  ExpectDone("own:mac = 61\n", {"get", file, "**:ma?"});
+  ExpectDone("own:mac = 61\n", {"get", file, "*:*", "--uid", "8"});
+  ExpectDone(
+      "{\"values\":[\n"
+      "{\"path\":\"net/a\",\"name\":\"mtu\",\"type\":0,\"set\":true,\"number\":1500},\n"
+      "{\"path\":\"net/b\",\"name\":\"mtu\",\"type\":1,\"set\":true,\"text\":\"x\\n\"}\n"
+      "]}\n",
+      {"get", file, "net/*:mtu", "--json"});
+  ExpectFailure(1, ": net/*: nothing matches (status 2)\n", {"get", file, "net/*:gone"});
+  ExpectFailure(2, "--raw is for one value\n", {"get", file, "net/*:mtu", "--raw"});
+  // Told as two words, both are names.
+  ExpectFailure(1, "there is no such key", {"get", file, "net/*", "mtu"});
+}
+
+TEST_F(GetVerb, TakesANameThatLooksLikeAPatternForTheNameFirst) {
+  ASSERT_EQ(0, Yaxreg({"mkkey", file, "*"}).code);
+  MakeValue("*", "v", 2, "a");
+  MakeValue("net", "v", 2, "b");
+  ExpectDone("61\n", {"get", file, "*:v"});
+  ExpectDone("net:v = 62\n", {"get", file, "n*:v"});
 }
 
 TEST_F(GetVerb, NeedsARegistryAndOnlyReadsIt) {

@@ -105,6 +105,23 @@ TEST(LsVerb, WritesPathsOfAllKeysBelowAsJson) {
   EXPECT_EQ(std::string::npos, answer.out.find("\"values\":")) << answer.out;
 }
 
+TEST(LsVerb, ListsEachKeyThatAPatternMatches) {
+  SampleFile sample;
+  EXPECT_EQ("network/:\neth/\nwlan/\n\nshop/:\n", PrintedBy({"ls", sample.path(), "*"}));
+  EXPECT_EQ("network/wlan/:\n", PrintedBy({"ls", sample.path(), "**/w*"}));
+  EXPECT_EQ("network/:\neth/\nwlan/\n", PrintedBy({"ls", "-r", sample.path(), "net????"}));
+  EXPECT_EQ(
+      "{\"matches\":[\n"
+      "{\"path\":\"shop\",\"values\":[],\"keys\":[]}\n"
+      "]}\n",
+      PrintedBy({"ls", "--json", sample.path(), "**/?ho?"}));
+  const Answer none = Yaxreg({"ls", sample.path(), "x*"});
+  EXPECT_EQ(1, none.code);
+  EXPECT_EQ("yaxreg: " + sample.path() + ": x*: nothing matches (status 2)\n", none.err);
+  EXPECT_EQ(0, Yaxreg({"mkkey", sample.path(), "*"}).code);
+  EXPECT_EQ("", PrintedBy({"ls", sample.path(), "*"}));
+}
+
 TEST(LsVerb, TellsAMissingKey) {
   const SampleFile sample;
   const Answer answer = Yaxreg({"ls", sample.path(), "networ"});
