@@ -124,6 +124,7 @@ unsigned int Registry::CheckDurability() {
 
 unsigned int Registry::SetOptions(const RegistryOptions& options) {
   if (instance != nullptr || options.durability > Durability::kPower) return status::kBadArgument;
+  if (options.space > SpacePolicy::kReuse) return status::kBadArgument;
   constexpr unsigned int kLeastRights = 0600;
   constexpr unsigned int kMostRights = 0666;
   if ((options.fileMode & kLeastRights) != kLeastRights || (options.fileMode & ~kMostRights) != 0) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "registry/base/Durability.h"
+#include "registry/base/SpacePolicy.h"
 
 namespace tamu::registry {
 
@@ -20,6 +21,8 @@ struct RegistryOptions {
   bool readOnly = false;
   // The rights of a file that is made, less the umask: 0600 at least, and none to execute.
   unsigned int fileMode = 0644;
+  // Where what is new goes in the file.
+  SpacePolicy space = SpacePolicy::kExact;
 };
 
 }  // namespace tamu::registry

@@ -52,26 +52,26 @@ bool Holds(const StoreAccess& access, const TernaryValueNode& record, const Valu
   return isSame;
 }
 
-// Fills the record of a value that has no blocks, and gives it those that it needs.
-Status FillData(Changes& changes, const char* name, const Value& value, TernaryValueNode* record) {
+// Fills the record of a value whose data lies there.
+void FillData(const char* name, const Value& value, unsigned int block, TernaryValueNode* record) {
   if (value.type == kValueTypeInteger) {
     FillRecord(record, name, LeadingBytes(value, TernaryValueNode::kInlineSize), true);
-    return status::kOk;
+    return;
   }
-  unsigned int block = 0;
-  const Status result = StoreNewData(changes, value, &block);
-  if (!result.IsOk()) return result;
   FillRecord(record, name, value, block);
   record->setSet(true);
-  return result;
 }
 
 Status CreateValueOf(Changes& changes, const char* name, const Value& value, Reached* reached) {
   unsigned int id = 0;
+  unsigned int block = 0;
   Status result = changes.Take(NodeKind::kValue, &id);
-  TernaryValueNode record;
-  if (result.IsOk()) result = FillData(changes, name, value, &record);
+  if (result.IsOk() && value.type != kValueTypeInteger) {
+    result = StoreNewData(changes, value, &block);
+  }
   if (!result.IsOk()) return result;
+  TernaryValueNode record;
+  FillData(name, value, block, &record);
   const unsigned int count = reached->key.valueCount();
   return LinkValue(changes, id, &record, reached->keyId, &reached->key,
                    count < 0xFFFF ? count + 1 : count);
@@ -80,15 +80,13 @@ Status CreateValueOf(Changes& changes, const char* name, const Value& value, Rea
 Status ReplaceValueOf(Changes& changes, const char* name, const Value& value, Reached* reached) {
   TernaryValueNode& record = reached->value;
   const unsigned int next = record.nextValue();
-  unsigned int none = 0;
-  const Value nothing = {kValueTypeInteger, 0, nullptr};
-  Status result = ExchangeData(changes, reached->valueId, &record, nothing, &none);
+  unsigned int block = 0;
+  const Status result = ExchangeData(changes, reached->valueId, &record, value, &block);
   if (!result.IsOk()) return result;
-  const TernaryValueNode before = record;
   TernaryValueNode after;
-  result = FillData(changes, name, value, &after);
+  FillData(name, value, block, &after);
   after.setNextValue(next);
-  return result.IsOk() ? ReplaceValueRecord(changes, reached->valueId, before, after) : result;
+  return ReplaceValueRecord(changes, reached->valueId, record, after);
 }
 
 }  // namespace

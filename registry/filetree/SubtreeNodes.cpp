@@ -60,6 +60,9 @@ Status SubtreeNodes::CollectValues(const TernaryKeyNode& key) {
     const bool used = access_.IsUsed(NodeKind::kValue, walk.Id());
     if (result.IsOk() && !used) result = status::kInvalidFile;
     if (result.IsOk()) result = slots_.Of(NodeKind::kValue).Push(walk.Id());
+    if (result.IsOk() && walk.Record().isInBlocks() && walk.Record().dataWord() != 0) {
+      result = slots_.Of(NodeKind::kData).Push(walk.Record().dataWord());
+    }
     if (!result.IsOk()) return result;
   }
   return status::kOk;
@@ -68,11 +71,14 @@ Status SubtreeNodes::CollectValues(const TernaryKeyNode& key) {
 Status SubtreeNodes::ReleaseAll(Changes& changes, NodeKind kind) {
   Status result = status::kOk;
   const Stack<unsigned int>& ids = slots_.Of(kind);
-  for (unsigned int i = 0; i < ids.Count(); ++i) result = changes.Release(kind, ids[i]);
+  for (unsigned int i = 0; i < ids.Count(); ++i) {
+    result = kind == NodeKind::kData ? changes.ReleaseData(ids[i]) : changes.Release(kind, ids[i]);
+  }
   return result;
 }
 
 Status SubtreeNodes::Release(Changes& changes) {
+  if (changes.ReusesSpace()) ReleaseAll(changes, NodeKind::kData).Ignore();
   ReleaseAll(changes, NodeKind::kValue).Ignore();  // what cannot be given back stays in use
   ReleaseAll(changes, NodeKind::kKey).Ignore();
   return ReleaseAll(changes, NodeKind::kString);

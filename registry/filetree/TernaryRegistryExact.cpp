@@ -7,6 +7,7 @@
 #include "registry/base/ValueCheck.h"
 #include "registry/filetree/ExactChanges.h"
 #include "registry/filetree/TernaryRegistry.h"
+#include "registry/keytree/NamePruning.h"
 
 namespace tamu::registry {
 
@@ -167,6 +168,7 @@ unsigned int TernaryRegistry::MoveKey(unsigned int user, const char* path, const
     result = changes.Write(from.nodeId, WithoutKey(fromNode));
     if (result.IsOk()) result = changes.Write(to.nodeId, toNode);
     if (result.IsOk()) result = changes.Release(NodeKind::kKey, to.keyId);
+    if (result.IsOk() && changes.ReusesSpace()) PruneNameIfSound(changes, path);
     return result.IsOk() ? changes.End(result) : result;
   });
 }

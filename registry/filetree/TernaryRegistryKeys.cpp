@@ -4,6 +4,7 @@
 #include "registry/filetree/NewKey.h"
 #include "registry/filetree/SubtreeNodes.h"
 #include "registry/filetree/TernaryRegistry.h"
+#include "registry/keytree/NamePruning.h"
 
 namespace tamu::registry {
 
@@ -69,6 +70,7 @@ unsigned int TernaryRegistry::DeleteKey(unsigned int user, void* tree, const cha
     if (!result.IsOk()) return result;
     result = changes.Write(reached.nodeId, WithoutKey(node));
     if (result.IsOk()) nodes.Release(changes).Ignore();  // what cannot be given back stays in use
+    if (result.IsOk() && changes.ReusesSpace()) PruneNameIfSound(changes, path);
     return changes.End(result);
   });
 }

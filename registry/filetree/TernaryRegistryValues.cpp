@@ -90,7 +90,8 @@ unsigned int TernaryRegistry::GetValue(unsigned int user, void* tree, const char
   return OnKey<StoreAccess>(user, tree, path, kRead, name != nullptr && value != nullptr, get);
 }
 
-// What leads to the value is written before its slot is given back. Its data blocks stay in use.
+// What leads to the value is written before it is given back; with SpacePolicy::kExact its data
+// blocks stay in use.
 // Test: TernaryRegistryValueWrites.DeletingAValueKeepsItsBlocksInUse
 unsigned int TernaryRegistry::DeleteValue(unsigned int user, void* tree, const char* path,
                                           const char* name) {
@@ -108,8 +109,7 @@ unsigned int TernaryRegistry::DeleteValue(unsigned int user, void* tree, const c
     }
     if (key.valueCount() > 0) key.setValueCount(key.valueCount() - 1u);
     if (result.IsOk()) result = changes.Write(reached.keyId, key);
-    // What cannot be given back stays in use.
-    if (result.IsOk()) changes.Release(NodeKind::kValue, reached.valueId).Ignore();
+    if (result.IsOk()) ReleaseValue(changes, reached.valueId, reached.value);
     return changes.End(result);
   };
   return OnKey<Changes>(user, tree, path, kDelete, name != nullptr, remove);

@@ -50,9 +50,9 @@ void FillRecord(TernaryValueNode* record, const char* name, const Value& value,
 
 Status StoreNewData(Changes& changes, const Value& value, unsigned int* dataId) {
   *dataId = 0;
-  if (value.size == 0) return status::kOk;
-  const Status stored = changes.StoreData(value.data, value.size, dataId);
   const bool isNumber = value.type == kValueTypeInteger;
+  if (value.size == 0 || (isNumber && changes.ReusesSpace())) return status::kOk;
+  const Status stored = changes.StoreData(value.data, value.size, dataId);
   return isNumber && stored == status::kLimit ? Status(status::kOk) : stored;
 }
 
@@ -81,6 +81,13 @@ Status ExchangeData(Changes& changes, unsigned int id, TernaryValueNode* record,
   }
   if (value.type == kValueTypeInteger || value.size == 0) return status::kOk;
   return changes.StoreData(value.data, value.size, dataId);
+}
+
+void ReleaseValue(Changes& changes, unsigned int id, const TernaryValueNode& record) {
+  if (changes.ReusesSpace() && record.isInBlocks()) {
+    changes.ReleaseData(record.dataWord()).Ignore();
+  }
+  changes.Release(NodeKind::kValue, id).Ignore();
 }
 
 Status LetGoOfBlocks(Changes& changes, unsigned int id, TernaryValueNode* record) {

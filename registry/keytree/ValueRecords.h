@@ -15,8 +15,8 @@ void FillRecord(TernaryValueNode* record, const char* name, unsigned long long n
 void FillRecord(TernaryValueNode* record, const char* name, const Value& value,
                 unsigned int dataId);
 
-// Stores the data of a new value; *dataId is 0 when there is none. The bytes of a number are stored
-// too, in blocks that nothing ever frees, and need not find room.
+// Stores the data of a new value; *dataId is 0 when there is none. With SpacePolicy::kExact the
+// bytes of a number are stored too, in blocks that nothing ever frees, and need not find room.
 // Test: TernaryRegistryValueWrites.ANumberCreatedFromAValueTakesBlocksThatNobodyFrees
 // Test: TernaryKeyTreeValueDeletionTest.ANumberCreatedFromAValueTakesBlocksThatNobodyFrees
 Status StoreNewData(Changes& changes, const Value& value, unsigned int* dataId);
@@ -24,6 +24,10 @@ Status StoreNewData(Changes& changes, const Value& value, unsigned int* dataId);
 // then the key.
 Status LinkValue(Changes& changes, unsigned int valueId, TernaryValueNode* value,
                  unsigned int keyId, TernaryKeyNode* key, unsigned int count);
+
+// Gives back the slot of a value that nothing leads to any more and, with SpacePolicy::kReuse, its
+// blocks; what cannot be given back stays in use.
+void ReleaseValue(Changes& changes, unsigned int id, const TernaryValueNode& record);
 
 // Gives back the blocks of a value and stores its new data, so that it takes them again, or writes
 // just these; *dataId is 0 for a number and without data. `record`, which is what the file has,

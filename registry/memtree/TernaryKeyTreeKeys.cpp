@@ -1,6 +1,9 @@
 // Creating, changing and deleting keys.
+#include "registry/base/RCEString.h"
 #include "registry/base/Rights.h"
+#include "registry/keytree/NamePruning.h"
 #include "registry/keytree/NodeNames.h"
+#include "registry/keytree/ValueRecords.h"
 #include "registry/memtree/LoadedObject.h"
 #include "registry/memtree/NameSplit.h"
 #include "registry/memtree/NewName.h"
@@ -11,29 +14,39 @@ namespace tamu::registry {
 
 namespace {
 
-// Gives back the slots of a key and its values; what cannot be given back stays in use. So do data
-// blocks, as when a value is deleted. Test:
+// Gives back the slots of a key and its values; what cannot be given back stays in use. With
+// SpacePolicy::kExact so do data blocks, as when a value is deleted. Test:
 // TernaryKeyTreeDeletionTest.TheBlocksOfItsValuesStayInUse
 void ReleaseKey(Changes& changes, const TernaryKey* key) {
   if (key == nullptr) return;
   for (const TernaryValue* value = key->firstValue; value != nullptr; value = value->next) {
-    changes.Release(NodeKind::kValue, value->id).Ignore();
+    ReleaseValue(changes, value->id, *value->node);
   }
   changes.Release(NodeKind::kKey, key->id).Ignore();
 }
 
-// The same for all that hangs on a string, but for what is in use.
+// The same for all that hangs on a string, but for what is in use; of that only what is being
+// changed stays with SpacePolicy::kReuse.
 void ReleaseSubtree(Changes& changes, TernaryString* string) {
   StringWalk walk(kStoredOrder);
   for (walk.Start(string); !walk.IsOver(); walk.Next()) {
     const TernaryString& s = walk.Current();
+    const bool stays = changes.ReusesSpace() ? s.isBusy() : s.isInUse();
     if (walk.IsEntered()) {
-      if (s.isInUse()) walk.SkipLinks();
-    } else if (!s.isInUse()) {
+      if (stays) walk.SkipLinks();
+    } else if (!stays) {
       ReleaseKey(changes, s.key);
       changes.Release(NodeKind::kString, s.id).Ignore();
     }
   }
+}
+
+void PruneNameOf(Changes& changes, const TernaryHandle& handle, const char* path) {
+  if (path != nullptr && path[0] == '/') ++path;
+  const bool isOwn = path == nullptr || path[0] == 0;
+  const std::unique_ptr<char[]> whole(isOwn ? RCEString::Duplicate(handle.ownPath.get())
+                                            : RCEString::Concate(handle.ownPath.get(), path, true));
+  if (whole != nullptr) PruneNameIfSound(changes, whole.get());
 }
 
 }  // namespace
@@ -139,6 +152,9 @@ unsigned int TernaryKeyTree::DeleteKey(unsigned int user, void* tree, const char
       ReleaseSubtree(changes, below);
       ReleaseKey(changes, s.key);
     }
+    if (result.IsOk() && changes.ReusesSpace()) {
+      PruneNameOf(changes, *static_cast<TernaryHandle*>(tree), path);
+    }
     result = changes.End(result);
     if (!result.IsOk()) return result;
     *s.node = after;
@@ -146,6 +162,8 @@ unsigned int TernaryKeyTree::DeleteKey(unsigned int user, void* tree, const char
     loaded_.RecursiveDeleteKeyTree(below);
     LoadedStrings::UnloadKey(s.key);
     s.key = nullptr;
+    // Names were joined or are gone, and so are keys, of which strings and handles tell otherwise.
+    if (changes.ReusesSpace()) loaded_.isBehind = true;
     return result;
   };
   return ChangeKey(user, tree, path, kRightDelete, nullptr, true, remove);

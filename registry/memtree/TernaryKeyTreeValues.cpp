@@ -113,9 +113,9 @@ unsigned int TernaryKeyTree::DeleteValue(unsigned int user, void* tree, const ch
       after.setValueCount(after.valueCount() - 1u);
       result = changes.Write(key.id, after);
     }
-    // Its data blocks stay in use, and so does its slot if that cannot be given back.
+    // With SpacePolicy::kExact its data blocks stay in use.
     // Test: TernaryKeyTreeValueDeletionTest.DeletingAValueKeepsItsBlocksInUse
-    if (result.IsOk()) changes.Release(NodeKind::kValue, found.value->id).Ignore();
+    if (result.IsOk()) ReleaseValue(changes, found.value->id, *found.value->node);
     result = changes.End(result);
     if (!result.IsOk()) return result;
     TernaryValue* removed = nullptr;

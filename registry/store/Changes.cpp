@@ -43,7 +43,7 @@ Status Changes::End(Status result) {
     case status::kInvalidFile:
       return result;
     default:
-      return Keep(result);
+      return result.IsOk() || !ReusesSpace() ? Keep(result) : result;
   }
 }
 
@@ -117,25 +117,51 @@ Status Changes::SetStartNode(unsigned int id) {
   return result;
 }
 
-Status Changes::Take(NodeKind kind, unsigned int* id) {
-  if (!store_.file_.IsOpen()) return status::kInputOutput;
-  TernaryNodeDescriptor& descriptor = store_.tables_.Descriptor(kind);
-  if (descriptor.damaged || descriptor.lastTable == nullptr) return status::kInvalidFile;
-  if (descriptor.lastTable->freeCount() == 0) {
-    const Status grown = Grow(&descriptor, RecordSizeOf(kind), kExpansionSlots);
-    if (!grown.IsOk()) return grown;
-  }
-  unsigned int slot = 0;
+// Takes slots of one table as a chain, and counts them.
+Status Changes::TakeFrom(NodeKind kind, NodeAllocationTable* table, unsigned int* slots,
+                         unsigned int count) {
   const Mark before = Here();
-  Status result = FreeList(*this, *descriptor.lastTable).Take(&slot, 1);
+  Status result = FreeList(*this, *table).Take(slots, count);
   if (!result.IsOk()) return result;
-  result = store_.undo_.AddUsed(kind, 1);
+  result = store_.undo_.AddUsed(kind, static_cast<int>(count));
   if (!result.IsOk()) {
     UndoTo(before);
     return result;
   }
-  ++descriptor.usedNodes;
-  *id = MakeNodeId(descriptor.lastTable->tableNumber(), slot);
+  store_.tables_.Descriptor(kind).usedNodes += count;
+  return result;
+}
+
+// The tables before the newest, the oldest first. One whose list is damaged gives nothing.
+bool Changes::TakeOlder(NodeKind kind, unsigned int* slots, unsigned int count,
+                        NodeAllocationTable** table) {
+  const TernaryNodeDescriptor& descriptor = Descriptor(kind);
+  for (unsigned int i = 0; i + 1 < descriptor.tableCount; ++i) {
+    *table = descriptor.tables[i];
+    if ((*table)->freeCount() >= count && TakeFrom(kind, *table, slots, count).IsOk()) return true;
+  }
+  return false;
+}
+
+Status Changes::TakeSlots(NodeKind kind, unsigned int* slots, unsigned int count,
+                          NodeAllocationTable** table) {
+  TernaryNodeDescriptor& descriptor = store_.tables_.Descriptor(kind);
+  if (descriptor.damaged || descriptor.lastTable == nullptr) return status::kInvalidFile;
+  if (count > descriptor.lastTable->freeCount()) {
+    if (ReusesSpace() && TakeOlder(kind, slots, count, table)) return status::kOk;
+    const Status grown = Grow(&descriptor, RecordSizeOf(kind), kExpansionSlots);
+    if (!grown.IsOk()) return grown;
+  }
+  *table = descriptor.lastTable;
+  return TakeFrom(kind, *table, slots, count);
+}
+
+Status Changes::Take(NodeKind kind, unsigned int* id) {
+  if (!store_.file_.IsOpen()) return status::kInputOutput;
+  NodeAllocationTable* table = nullptr;
+  unsigned int slot = 0;
+  const Status result = TakeSlots(kind, &slot, 1, &table);
+  if (result.IsOk()) *id = MakeNodeId(table->tableNumber(), slot);
   return result;
 }
 
@@ -167,28 +193,6 @@ Status Changes::GiveBack(NodeKind kind, unsigned int id, Status why) {
   return released.IsOk() ? why : released;
 }
 
-// Slots for a chain, and the table that they are of.
-Status Changes::TakeBlocks(unsigned int* slots, unsigned int count,
-                           const NodeAllocationTable*& table) {
-  TernaryNodeDescriptor& descriptor = store_.tables_.Descriptor(NodeKind::kData);
-  if (descriptor.damaged || descriptor.lastTable == nullptr) return status::kInvalidFile;
-  if (count > descriptor.lastTable->freeCount()) {
-    const Status grown = Grow(&descriptor, kDataBlockSize, kExpansionSlots);
-    if (!grown.IsOk()) return grown;
-  }
-  const Mark before = Here();
-  Status result = FreeList(*this, *descriptor.lastTable).Take(slots, count);
-  if (!result.IsOk()) return result;
-  result = store_.undo_.AddUsed(NodeKind::kData, static_cast<int>(count));
-  if (!result.IsOk()) {
-    UndoTo(before);
-    return result;
-  }
-  descriptor.usedNodes += count;
-  table = descriptor.lastTable;
-  return result;
-}
-
 // Consecutive blocks are written with one access. The last one is stored whole; its rest is zero,
 // never the caller's neighbouring memory. One that cannot be written keeps none of the others away.
 Status Changes::WriteBlocks(const NodeAllocationTable& table, const unsigned int* slots,
@@ -213,9 +217,9 @@ Status Changes::StoreBlocks(const void* data, unsigned int size, bool anyhow, un
   if (size > kValueDataMax) return status::kLimit;
   if (!store_.file_.IsOpen()) return status::kInputOutput;
   const unsigned int blocks = DataBlocksFor(size);
-  const NodeAllocationTable* table = nullptr;
+  NodeAllocationTable* table = nullptr;
   unsigned int slots[kDataBlocksMax];
-  Status result = TakeBlocks(slots, blocks, table);
+  Status result = TakeSlots(NodeKind::kData, slots, blocks, &table);
   if (!result.IsOk()) return result;
   result = WriteBlocks(*table, slots, blocks, data, size);
   if (result.IsOk() || anyhow) *id = MakeNodeId(table->tableNumber(), slots[0]);
@@ -240,13 +244,15 @@ Status Changes::OverwriteData(unsigned int id, const void* data, unsigned int si
   if (size == 0 || size > kValueDataMax || !store_.file_.IsOpen()) return status::kOk;
   const TernaryNodeDescriptor& descriptor = Descriptor(NodeKind::kData);
   BlockChain chain(store_.tables_);
+  if (!chain.Follow(store_.file_, id).IsOk() || chain.Count() != DataBlocksFor(size)) {
+    return status::kOk;
+  }
   unsigned int head = 0;
-  const bool isSame = !descriptor.damaged && chain.Follow(store_.file_, id).IsOk() &&
-                      chain.Table() == descriptor.lastTable &&
-                      chain.Count() == DataBlocksFor(size) &&
-                      chain.Count() <= descriptor.usedNodes &&
-                      ReadInteger(descriptor.lastTable->entriesOffset(), &head).IsOk() && head != 0;
-  if (!isSame) return status::kOk;
+  const bool comesOut = !descriptor.damaged && chain.Table() == descriptor.lastTable &&
+                        chain.Count() <= descriptor.usedNodes &&
+                        ReadInteger(descriptor.lastTable->entriesOffset(), &head).IsOk() &&
+                        head != 0;
+  if (!comesOut && !ReusesSpace()) return status::kOk;
   *isDone = true;
   return WriteBlocks(*chain.Table(), chain.Slots(), chain.Count(), data, size);
 }

@@ -18,9 +18,10 @@ class Changes : public StoreAccess {
   ~Changes();
 
   // Ends the change with an operation's answer, which it returns. What was written stays with a
-  // success and with a refusal, and is undone with a failure: of input or output, of memory, of
-  // room on the disk, of a damaged file. So it is when it cannot be made a part of the file: the
-  // answer is then kInputOutput, kNoSpace or kNoMemory. The last that is done with the change.
+  // success and, with SpacePolicy::kExact, with a refusal. It is undone with a failure: of input or
+  // output, of memory, of room on the disk, of a damaged file. So it is when it cannot be made a
+  // part of the file: the answer is then kInputOutput, kNoSpace or kNoMemory. The last that is done
+  // with the change.
   Status End(Status result);
   // The same; what was written stays, whatever the answer.
   Status Keep(Status result);
@@ -50,7 +51,9 @@ class Changes : public StoreAccess {
   // The id of the root string node. kInvalidFile: the header is damaged.
   Status SetStartNode(unsigned int id);
 
-  // Takes a slot, growing the file when the newest table is full. Nothing is written into it yet.
+  bool ReusesSpace() const { return store_.ReusesSpace(); }
+  // Takes a slot of the newest table or, with SpacePolicy::kReuse, of an older one when that is
+  // full; else the file grows. Nothing is written into it yet.
   // kLimit: the file has as many tables of the kind as there may be; kInvalidFile: the kind is
   // damaged; kNoSpace, kInputOutput, kNoMemory.
   Status Take(NodeKind kind, unsigned int* id);
@@ -65,7 +68,8 @@ class Changes : public StoreAccess {
   // The same, but a block that cannot be written is not reported.
   Status StoreDataAnyhow(const void* data, unsigned int size, unsigned int* id);
   // Writes data over that of the chain, if just these blocks would come out of giving the chain
-  // back and storing the data: then *isDone, and nothing else has changed.
+  // back and storing the data, or with SpacePolicy::kReuse if the data takes as many: then *isDone,
+  // and nothing else has changed.
   Status OverwriteData(unsigned int id, const void* data, unsigned int size, bool* isDone);
   // Gives a whole chain back. Id 0: nothing, 0. kInvalidFile, with nothing changed, for a damaged
   // chain: freeing one that is longer than any value's would free blocks of other values.
@@ -94,7 +98,12 @@ class Changes : public StoreAccess {
   Status StoreBlocks(const void* data, unsigned int size, bool anyhow, unsigned int* id);
   Status WriteBlocks(const NodeAllocationTable& table, const unsigned int* slots,
                      unsigned int count, const void* data, unsigned int size);
-  Status TakeBlocks(unsigned int* slots, unsigned int count, const NodeAllocationTable*& table);
+  Status TakeFrom(NodeKind kind, NodeAllocationTable* table, unsigned int* slots,
+                  unsigned int count);
+  Status TakeSlots(NodeKind kind, unsigned int* slots, unsigned int count,
+                   NodeAllocationTable** table);
+  bool TakeOlder(NodeKind kind, unsigned int* slots, unsigned int count,
+                 NodeAllocationTable** table);
   Status WriteNewTable(const NodeAllocationTable& table, unsigned int areaSize);
   Status LinkNewTable(NodeAllocationTable* last, const NodeAllocationTable& table,
                       unsigned int fileSize);

@@ -74,6 +74,7 @@ class FileStore {
   // True when other processes may change the file, too. Asked without any lock, like the version.
   bool IsShared() const { return IsReadOnly() || journal_.IsOn(); }
   bool IsReadOnly() const { return options_.readOnly; }
+  bool ReusesSpace() const { return options_.space == SpacePolicy::kReuse; }
   // Another number for each change that is in a shared file.
   unsigned int Version() const {
     return IsReadOnly() ? VersionToRead() : journal_.Sequence() & ~1u;

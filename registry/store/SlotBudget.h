@@ -7,8 +7,8 @@ namespace tamu::registry {
 
 // Reckons what a series of acquisitions would answer, without making them: a table is drawn from
 // until it has too few free slots, then another is appended, as long as there may be one more. Free
-// slots of older tables do not count. What only the acquisition itself can find out (a damaged free
-// list, a full disk) is not foreseen.
+// slots of older tables count with SpacePolicy::kReuse alone. What only the acquisition itself can
+// find out (a damaged free list, a full disk) is not foreseen.
 class SlotBudget {
  public:
   // An access to the store is held.
@@ -20,11 +20,15 @@ class SlotBudget {
  private:
   struct Kind {
     bool usable = false;
-    unsigned int freeSlots = 0;
+    unsigned int tables = 0;  // whose free slots are told below; the last is the newest
+    unsigned int freeSlots[kTablesMax] = {};
     unsigned int tablesLeft = 0;
   };
+  static bool TakeFrom(unsigned int* freeSlots, unsigned int count);
+
   Kind kinds_[kNodeKinds];
   bool mayGrow_;
+  bool reusesSpace_;
 };
 
 }  // namespace tamu::registry
