@@ -18,7 +18,7 @@ Expectation::Expectation(const Script& script) : script_(script) {
   const std::string path = folder.path() + "/" + kRegistryName;
   script_.start.PutInto(folder.path());
   Registry registry(path.c_str(), kUserId);
-  EXPECT_EQ(0u, Prepare(registry, Durability::kNone));
+  EXPECT_EQ(0u, Prepare(registry, Durability::kNone, script.space));
   EXPECT_EQ(status::kOk, registry.Initialize());
   std::vector<FolderImage> images = {FolderImage::Of(folder.path())};
   ScriptRun run(registry, folder.path());

@@ -65,7 +65,7 @@ void KilledRound::KillOneThat(bool onlyOpens) {
 // In the child, until it is killed.
 void KilledRound::Work(bool onlyOpens) {
   Registry registry(PathIn(killed_).c_str(), kUserId);
-  Prepare(registry, durability_);
+  Prepare(registry, durability_, PolicyOf(seed_));
   if (registry.Initialize() != 0) _exit(1);
   ScriptRun run(registry, killed_.path());
   for (unsigned int step = done_; !onlyOpens; ++step) {
@@ -77,7 +77,7 @@ void KilledRound::Work(bool onlyOpens) {
 
 void KilledRound::DoUndisturbed(unsigned int end) {
   Registry registry(PathIn(undisturbed_).c_str(), kUserId);
-  Prepare(registry, Durability::kNone);
+  Prepare(registry, Durability::kNone, PolicyOf(seed_));
   EXPECT_EQ(status::kOk, registry.Initialize());
   ScriptRun run(registry, undisturbed_.path());
   for (; done_ < end; ++done_) run.Do(StepOf(seed_, done_));

@@ -18,7 +18,7 @@ Recording::Recording(const Script& script, Durability durability) {
   const std::string path = folder.path() + "/" + kRegistryName;
   script.start.PutInto(folder.path());
   Registry registry(path.c_str(), kUserId);
-  EXPECT_EQ(0u, Prepare(registry, durability));
+  EXPECT_EQ(0u, Prepare(registry, durability, script.space));
   StartRecording(script.start);
   EXPECT_EQ(status::kOk, registry.Initialize());
   ScriptRun run(registry, folder.path());

@@ -64,12 +64,19 @@ Step StepOn(Step::Action action, const char* path) {
 
 }  // namespace
 
+SpacePolicy PolicyOf(unsigned int seed) {
+  return seed % 2 == 0 ? SpacePolicy::kReuse : SpacePolicy::kExact;
+}
+
 Script Script::Random(unsigned int seed, unsigned int count) {
-  return {"seed " + std::to_string(seed), SmallFile(), RandomSteps(seed, count)};
+  return {"seed " + std::to_string(seed), SmallFile(), RandomSteps(seed, count), PolicyOf(seed)};
 }
 
 Script Script::Making(unsigned int seed) {
-  return {"making, seed " + std::to_string(seed), {}, RandomSteps(seed, kStepsOfMaking)};
+  return {"making, seed " + std::to_string(seed),
+          {},
+          RandomSteps(seed, kStepsOfMaking),
+          PolicyOf(seed)};
 }
 
 Script Script::Large() {

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/crash/Durability.h"
 #include "tests/crash/FolderImage.h"
 #include "tests/crash/Step.h"
 
@@ -29,6 +30,10 @@ struct Script {
   std::string name;
   FolderImage start;
   std::vector<Step> steps;
+  SpacePolicy space = SpacePolicy::kExact;
 };
+
+// Every second seed's.
+SpacePolicy PolicyOf(unsigned int seed);
 
 }  // namespace crash

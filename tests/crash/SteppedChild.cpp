@@ -28,7 +28,7 @@ void SteppedChild::Work(const std::string& folder, const Script& script, Durabil
   if (ptrace(PTRACE_TRACEME, 0, nullptr, nullptr) != 0) _exit(1);
   const std::string path = folder + "/" + kRegistryName;
   Registry registry(path.c_str(), kUserId);
-  Prepare(registry, durability);
+  Prepare(registry, durability, script.space);
   ScriptRun run(registry, folder);
   raise(SIGSTOP);
   if (registry.Initialize() != 0) _exit(1);
