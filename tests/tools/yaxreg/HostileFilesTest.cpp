@@ -121,8 +121,9 @@ class HostileFiles : public ::testing::Test {
   void ExpectLooks(const std::string& bytes) {
     PutFile(file_, bytes);
     const std::vector<std::vector<std::string>> calls = {
-        {"check", file_}, {"tree", file_},       {"export", file_},      {"ls", "-r", "-l", file_},
-        {"stat", file_},  {"comp", "ls", file_}, {"diff", file_, sound_}};
+        {"check", file_},          {"tree", file_}, {"export", file_},
+        {"ls", "-r", "-l", file_}, {"stat", file_}, {"comp", "ls", file_},
+        {"diff", file_, sound_},   {"du", file_},   {"find", file_}};
     for (const std::vector<std::string>& call : calls) {
       const Answer answer = Yaxreg(call);
       const bool differs = call[0] == "diff" && answer.code == 1;

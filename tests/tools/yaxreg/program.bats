@@ -119,6 +119,17 @@ my eth/'
   answers 1 yaxreg get device.rce '**:none'
 }
 
+@test "finds keys and values, and what takes the most" {
+  answers 0 yaxreg find device.rce '**' --value 'stat*'
+  is "$out" network:mode
+  answers 1 yaxreg find device.rce --name none
+  is "$err" ''
+  answers 0 yaxreg du device.rce network
+  is "$out" '   bytes    keys  values  blocks  key
+     216       2       2       1  network/
+      76       1       1       0  network/my eth/'
+}
+
 @test "ends with 1 when there is no such key" {
   answers 1 yaxreg tree device.rce network/none
   is "$out" ''

@@ -91,6 +91,13 @@ std::vector<size_t> PathPattern::Find(const Content& content) const {
   return found;
 }
 
+std::vector<size_t> KeysAt(const Content& content, const std::string& path) {
+  const size_t key = content.Find(path);
+  if (key != Content::kNone) return {key};
+  if (!HasWildcard(path)) return {};
+  return PathPattern(path).Find(content);
+}
+
 bool SplitPlace(const std::string& place, std::string* path, std::string* name) {
   const size_t colon = place.rfind(':');
   if (colon == std::string::npos) return false;

@@ -32,6 +32,9 @@ class PathPattern {
   std::vector<std::string> components_;
 };
 
+// The key of that very path; if there is none, those that it matches as a pattern.
+std::vector<size_t> KeysAt(const Content& content, const std::string& path);
+
 // "path" and "name" of "path:name", cut at the last colon. False when there is no colon.
 bool SplitPlace(const std::string& place, std::string* path, std::string* name);
 

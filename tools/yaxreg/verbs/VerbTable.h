@@ -12,6 +12,8 @@ Verb CreateVerb();      // verbs/KeyVerbs.cpp
 Verb TreeVerb();        // verbs/TreeVerb.cpp
 Verb LsVerb();          // verbs/LsVerb.cpp
 Verb GetVerb();         // verbs/GetVerb.cpp
+Verb FindVerb();        // verbs/FindVerb.cpp
+Verb DuVerb();          // verbs/DuVerb.cpp
 Verb SetVerb();         // verbs/ValueVerbs.cpp
 Verb AddVerb();         // verbs/ValueVerbs.cpp
 Verb RmVerb();          // verbs/ValueVerbs.cpp

@@ -73,6 +73,14 @@ TEST_F(PathPatternOfKeys, TakesTwoStarsForAnyNumberOfLevels) {
   EXPECT_EQ("[net/eth0/net]", Found("net/**/**/net"));
 }
 
+TEST_F(PathPatternOfKeys, TakesAKeyOfThatVeryNameFirst) {
+  const Content content = ContentOf({KeyOf(0, ""), KeyOf(1, "*"), KeyOf(1, "a")});
+  EXPECT_EQ(std::vector<size_t>{1}, KeysAt(content, "*"));
+  EXPECT_EQ((std::vector<size_t>{1, 2}), KeysAt(content, "?"));
+  EXPECT_EQ(std::vector<size_t>{2}, KeysAt(content, "a*"));
+  EXPECT_TRUE(KeysAt(content, "b").empty());
+}
+
 TEST(PathPattern, CutsAPlaceAtItsLastColon) {
   std::string path;
   std::string name;

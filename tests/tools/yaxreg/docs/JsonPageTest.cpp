@@ -107,6 +107,11 @@ TEST(JsonPage, TellsWhatLookingVerbsPrint) {
   const ordered_json ls = JsonOf({"ls", file});
   EXPECT_EQ("\"path\", \"values\", \"keys\"", FieldsOf(ls));
   EXPECT_TRUE(PageTells("ls", "{\"path\", \"values\", \"keys\": [{" + FieldsOf(ls["keys"][0])));
+  const ordered_json du = JsonOf({"du", file});
+  EXPECT_TRUE(PageTells("du", "{\"keys\": [{" + FieldsOf(du["keys"][0])));
+  const ordered_json found = JsonOf({"find", file, "--name", "n*"});
+  EXPECT_TRUE(PageTells("find", "{\"found\": [{" + FieldsOf(found["found"][0])));
+  EXPECT_TRUE(PageTells("find", '{' + FieldsOf(found["found"][1])));
   EXPECT_TRUE(PageTells("ls", "{\"matches\": [...]}"));
   EXPECT_EQ("\"matches\"", FieldsOf(JsonOf({"ls", file, "*"})));
   EXPECT_TRUE(PageTells("get", "{\"values\": [...]}"));
