@@ -58,9 +58,17 @@ class HostileFiles : public ::testing::Test {
       begin = end + 1;
     }
     const std::map<std::string, std::string> texts = {
-        {"FILE", file},  {"FILE1", file},      {"FILE2", sound_},
-        {"PATH", "net"}, {"NAME", "mtu"},      {"NUMBER", "8"},
-        {"BITS", "3"},   {"RIGHTS", "rwcd:r"}, {"BACKUP", name == "backup" ? output_ : backup_}};
+        {"FILE", file},
+        {"FILE1", file},
+        {"FILE2", sound_},
+        {"PATH", "net"},
+        {"NAME", "mtu"},
+        {"NUMBER", "8"},
+        {"FROM", "net"},
+        {"TO", "copy"},
+        {"BITS", "3"},
+        {"RIGHTS", "rwcd:r"},
+        {"BACKUP", name == "backup" ? output_ : backup_}};
     for (const yaxreg::Argument& argument : verb.arguments) {
       const auto text = texts.find(argument.name);
       if (text == texts.end()) ADD_FAILURE() << "what is " << argument.name << " of " << name;
@@ -68,7 +76,8 @@ class HostileFiles : public ::testing::Test {
     }
     if (name == "mkkey") arguments.back() = "net/new";
     if (name == "add") arguments.back() = "new";
-    if (name == "set" || name == "add") arguments.insert(arguments.end(), {"--int", "8"});
+    if (name == "set" || name == "add" || name == "put")
+      arguments.insert(arguments.end(), {"--int", "8"});
     if (name == "monitor") arguments.insert(arguments.end(), {"--timeout", "0"});
     if (name == "repair") arguments.insert(arguments.end(), {"-o", output_});
     return arguments;

@@ -119,6 +119,28 @@ my eth/'
   answers 1 yaxreg get device.rce '**:none'
 }
 
+@test "puts, copies, moves and deletes in one call each" {
+  answers 0 yaxreg put device.rce new/key:v --string x
+  answers 0 yaxreg cp device.rce new/key new/copy
+  answers 0 yaxreg mv device.rce new/copy:v network:v
+  answers 0 yaxreg get device.rce '**:v'
+  is "$out" 'network:v = "x"
+new/key:v = "x"'
+  answers 1 yaxreg mv device.rce new network
+  is "$err" 'yaxreg: device.rce: network: the key exists already; --force replaces it (status 17)'
+  answers 0 yaxreg rm -f device.rce new/copy:v
+  answers 0 yaxreg rmkey -f device.rce new/none
+}
+
+@test "imports exactly what a document holds" {
+  yaxreg export device.rce >before.json
+  yaxreg put device.rce network/more:v --int 1
+  yaxreg put device.rce network:other --int 1
+  answers 0 yaxreg import --exact device.rce <before.json
+  is "$(yaxreg export device.rce)" "$(cat before.json)"
+  answers 0 yaxreg check --quiet device.rce
+}
+
 @test "finds keys and values, and what takes the most" {
   answers 0 yaxreg find device.rce '**' --value 'stat*'
   is "$out" network:mode
@@ -335,7 +357,7 @@ my eth/'
 @test "completes the options of a verb" {
   completes --depth -- yaxreg tree --d
   completes --root -- yaxreg comp verify device.rce --r
-  completes -a --all --user --uid --json --help '\--' -- yaxreg rm device.rce -
+  completes -a --all -f --force --user --uid --json --help '\--' -- yaxreg rm device.rce -
   completes '' -- yaxreg rm -- -
 }
 

@@ -17,7 +17,7 @@ using tamu::registry::Registry;
 
 namespace {
 
-// Keys that were made beside the way and that nobody wanted.
+// Keys that are not wanted, each with all below it: in what there was, or made beside the way.
 std::vector<std::string> StrayPaths(const Content& present, const Content& wanted) {
   std::vector<std::string> strays;
   CompareContents(present, 0, wanted, 0, [&](const Difference& difference) {
@@ -29,6 +29,22 @@ std::vector<std::string> StrayPaths(const Content& present, const Content& wante
     return true;
   });
   return strays;
+}
+
+// The keys that stay.
+Content KeptKeys(const Content& present, const Content& wanted) {
+  std::vector<bool> goes(present.keys.size());
+  CompareContents(present, 0, wanted, 0, [&](const Difference& difference) {
+    if (difference.second == nullptr) {
+      goes[static_cast<size_t>(difference.first - present.keys.data())] = true;
+    }
+    return true;
+  });
+  Content kept;
+  for (size_t key = 0; key < goes.size(); ++key) {
+    if (!goes[key]) kept.keys.push_back(present.keys[key]);
+  }
+  return kept;
 }
 
 void DeleteKeys(Registry& registry, const std::vector<std::string>& paths) {
@@ -59,7 +75,9 @@ bool FindUnchanged(const Content& changed, const Content& wanted, std::string* p
 
 ChangeOutcome ChangeContent(Registry& registry, const Content& present, const Content& wanted,
                             const std::string& backupFile) {
-  Importer importer(registry, present, wanted, backupFile);
+  DeleteKeys(registry, StrayPaths(present, wanted));
+  const Content kept = KeptKeys(present, wanted);
+  Importer importer(registry, kept, wanted, backupFile);
   ChangeOutcome outcome;
   outcome.status = importer.Run();
   outcome.path = importer.path();

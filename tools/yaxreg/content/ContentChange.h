@@ -19,8 +19,9 @@ struct ChangeOutcome {
 };
 
 // Changes the registry, which is open as the administrator and holds `present`, and makes sure that
-// all of `wanted` is in it: the library does not report every change that found no room. After a
-// failure some of the changes may have been made: the caller cancels its transaction.
+// `wanted` is in it and nothing else; keys that are not wanted are deleted first. The library does
+// not report every change that found no room. After a failure some of the changes may have been
+// made: the caller cancels its transaction.
 ChangeOutcome ChangeContent(tamu::registry::Registry& registry, const Content& present,
                             const Content& wanted, const std::string& backupFile);
 

@@ -1,6 +1,8 @@
 #include "tools/yaxreg/content/ContentMerge.h"
 
 #include <algorithm>
+#include <set>
+#include <string>
 #include <utility>
 
 #include "registry/base/UserId.h"
@@ -166,6 +168,37 @@ class Merger {
   std::vector<size_t> parents_;            // by depth: the last key of it in the result
 };
 
+// Leaves those values whose names are among the told ones.
+void KeepValues(const std::vector<ContentValue>& told, std::vector<ContentValue>* values) {
+  std::set<std::string> names;
+  for (const ContentValue& value : told) names.insert(value.name);
+  const auto isUntold = [&](const ContentValue& value) { return names.count(value.name) == 0; };
+  values->erase(std::remove_if(values->begin(), values->end(), isUntold), values->end());
+}
+
+// Takes the values away that the update does not tell, from the key `top` to before `end`, and
+// marks the keys that stay. Both sides have the same order.
+void DropUntold(const ContentUpdate& update, size_t top, size_t end, Content* content,
+                std::vector<bool>* stays) {
+  const std::vector<ContentValue> none;
+  std::vector<size_t> way;  // keys by depth below the top
+  PathWalk walk(content->keys[top].depth);
+  size_t next = 0;
+  for (size_t i = top; i < end; ++i) {
+    ContentKey& key = content->keys[i];
+    const std::string& path = walk.Enter(key);
+    way.resize(key.depth - content->keys[top].depth);
+    way.push_back(i);
+    const bool isTold = next < update.keys.size() && update.keys[next].path == path;
+    KeepValues(isTold ? update.keys[next].values : none, &key.values);
+    if (!isTold) continue;
+    ++next;
+    for (size_t depth = way.size(); depth-- > 0 && !(*stays)[way[depth]];) {
+      (*stays)[way[depth]] = true;
+    }
+  }
+}
+
 }  // namespace
 
 Content MergedContent(const Content& content, const std::string& base,
@@ -173,6 +206,49 @@ Content MergedContent(const Content& content, const std::string& base,
   Content merged = Merger(content).Run(Trimmed(base), update);
   merged.keys[0].isMadeUp = false;  // the library makes the root key where there is none
   return merged;
+}
+
+Content ExactContent(const Content& content, const std::string& base, const ContentUpdate& update) {
+  Content merged = MergedContent(content, base, update);
+  const size_t top = merged.Find(base);
+  if (top == Content::kNone) return merged;
+  const size_t end = merged.EndOf(top);
+  std::vector<bool> stays(merged.keys.size(), true);
+  std::fill(stays.begin() + static_cast<std::ptrdiff_t>(top) + 1,
+            stays.begin() + static_cast<std::ptrdiff_t>(end), false);
+  DropUntold(update, top, end, &merged, &stays);
+  Content exact;
+  for (size_t key = 0; key < merged.keys.size(); ++key) {
+    if (stays[key]) exact.keys.push_back(std::move(merged.keys[key]));
+  }
+  return exact;
+}
+
+Content ContentWithout(const Content& content, size_t key) {
+  Content rest = content;
+  const auto begin = rest.keys.begin();
+  rest.keys.erase(begin + static_cast<std::ptrdiff_t>(key),
+                  begin + static_cast<std::ptrdiff_t>(content.EndOf(key)));
+  return rest;
+}
+
+ContentUpdate UpdateOf(const Content& content, size_t key) {
+  ContentUpdate update;
+  PathWalk walk(content.keys[key].depth);
+  for (size_t i = key; i < content.EndOf(key); ++i) {
+    const ContentKey& one = content.keys[i];
+    KeyUpdate told;
+    told.path = walk.Enter(one);
+    told.owner = one.owner;
+    told.rights = one.permission;
+    told.watch = one.watch;
+    told.tellsDefault = true;
+    if (one.hasDefault) told.defaultValue = one.defaultValue;
+    told.tellsValues = true;
+    told.values = one.values;
+    update.keys.push_back(std::move(told));
+  }
+  return update;
 }
 
 }  // namespace yaxreg

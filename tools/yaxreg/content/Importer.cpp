@@ -34,7 +34,8 @@ bool IsPlain(const ContentValue& value) {
 bool HasPlainChanges(const ContentKey& present, const ContentKey& wanted) {
   if (present.values == wanted.values) return true;
   return VisitNames(present.values, wanted.values, [](const NamedValues& values) {
-    return values.AreSame() ||
+    if (values.AreSame()) return true;
+    return !values.name().empty() &&
            std::all_of(values.second.begin(), values.second.end(),
                        [](const ContentValue* value) { return IsPlain(*value); });
   });

@@ -194,8 +194,8 @@ _yaxreg() {
   done
   case ${order[${#given[@]}]} in
     file) _yaxreg_files '' "$current" ;;
-    key)
-      if [[ $current == *:* && ${order[${#given[@]} + 1]} == value ]]; then
+    key | place)
+      if [[ $current == *:* && "${order[*]:${#given[@]}:2}" == @(place*|*value) ]]; then
         _yaxreg_values "$file" "${current%:*}" "${current%:*}:"
       else
         _yaxreg_keys "$file" "$current"
@@ -235,6 +235,7 @@ std::string KindOf(const Argument& argument) {
   if (argument.isFile) return "file";
   const std::string name = argument.name;
   if (name == "PATH") return "key";
+  if (name == "FROM" || name == "TO") return "place";
   return name == "NAME" ? "value" : "other";
 }
 

@@ -18,6 +18,7 @@ constexpr Argument kPlace = {
     false};
 constexpr Argument kValueName = {"NAME", "The value, unless PATH tells it", false, false};
 
+constexpr Option kForce = {"-f,--force", nullptr, "It is fine when there is no such thing"};
 constexpr Option kUser = {"--user", "NAME", "Work as this user instead of the administrator"};
 constexpr Option kUid = {"--uid", "N", "The same by the user's number"};
 

@@ -41,6 +41,13 @@ bool ReadUpdate(Invocation& call, ContentUpdate* update, ExitCode* code) {
   return false;
 }
 
+// What the registry is to become. The path has no slash at either end.
+Content WantedContent(Invocation& call, const Content& present, const std::string& path,
+                      const ContentUpdate& update) {
+  if (call.Has("--exact")) return ExactContent(present, path, update);
+  return MergedContent(present, path, update);
+}
+
 // ---- what cannot be done
 
 // Why a key, whose owner, say, cannot be changed otherwise, was not restored.
@@ -142,7 +149,7 @@ ExitCode ShowNew(Invocation& call, const ContentUpdate& update) {
   }
   Session session(call);
   const RegistryImage empty(std::move(bytes));
-  const Content wanted = MergedContent(empty.content(), call.Path(), update);
+  const Content wanted = WantedContent(call, empty.content(), session.path(), update);
   return ShowChanges(call, session, empty, wanted, *folder);
 }
 
@@ -155,9 +162,9 @@ struct ChangeCount {
     CompareContents(present, 0, wanted, 0, [&](const Difference& difference) {
       if (difference.kind == DifferenceKind::kValue) {
         ++values;
-      } else if (difference.second != last) {
+      } else if ((difference.second != nullptr ? difference.second : difference.first) != last) {
         ++keys;
-        last = difference.second;
+        last = difference.second != nullptr ? difference.second : difference.first;
       }
       return true;
     });
@@ -193,7 +200,7 @@ ExitCode Apply(Invocation& call, Session& session, const ContentUpdate& update, 
   if (!session.OpenToChange()) return session.code();
   const Content& present = session.image().content();
   if (session.image().bytes() != rehearsed) {
-    *wanted = MergedContent(present, session.path(), update);
+    *wanted = WantedContent(call, present, session.path(), update);
     *count = ChangeCount(present, *wanted);
   }
   outcome = ChangeContent(session.registry(), present, *wanted, folder.FileIn("backup"));
@@ -211,7 +218,7 @@ ExitCode Import(Invocation& call, const ContentUpdate& update) {
                                "is damaged; yaxreg check tells how to mend it");
   }
   const Content& present = session.image().content();
-  Content wanted = MergedContent(present, session.path(), update);
+  Content wanted = WantedContent(call, present, session.path(), update);
   if (call.Has("--dry-run")) {
     return ShowChanges(call, session, session.image(), wanted, *MakeTemporaryFolder(call.File()));
   }
@@ -253,6 +260,9 @@ ExitCode RunImport(Invocation& call) {
   if (HasEmptyComponent(call.Path())) {
     return call.Fail(kUsage, "", "", Shown(call.Text("PATH")) + " has an empty name in it");
   }
+  if (call.Has("--exact") && call.Has("--merge")) {
+    return call.Fail(kUsage, "", "", "only one of --exact and --merge may be given");
+  }
   ContentUpdate update;
   ExitCode code = kDone;
   if (!ReadUpdate(call, &update, &code)) return code;
@@ -269,12 +279,16 @@ Verb ImportVerb() {
       "Take keys and values over from JSON",
       "Reads what export wrote, or the like, from the standard input and creates and changes keys "
       "until they are as it tells. What it does not tell of stays as it is: other keys, other "
-      "values, fields that are left out. All of the input is checked before the first change, and "
+      "values, fields that are left out. With --exact the keys and values below PATH that it does "
+      "not tell of are deleted; the key of PATH itself stays. All of the input is checked before "
+      "the first change, and "
       "a second import changes nothing. A file that does not exist is made. What is the same "
       "takes no room; another owner, a default value that is taken away, and many new keys "
       "rewrite a key with all keys below it, which uses slots up.",
       {kFile, kPath},
-      {{"-n,--dry-run", nullptr, "Only print what would change"}},
+      {{"--merge", nullptr, "Leave what the input does not tell of as it is, as without options"},
+       {"--exact", nullptr, "Delete keys and values below PATH that the input does not tell of"},
+       {"-n,--dry-run", nullptr, "Only print what would change"}},
       "yaxreg import device.rce network < network.json",
       RunImport};
 }

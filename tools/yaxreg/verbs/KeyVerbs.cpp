@@ -1,5 +1,4 @@
 // Whole registries and keys: created, deleted.
-#include <algorithm>
 #include <ostream>
 
 #include "tools/yaxreg/text/JsonText.h"
@@ -15,21 +14,6 @@ namespace yaxreg {
 namespace status = tamu::registry::status;
 
 namespace {
-
-// Takes the names of a key apart: "a" and "b" of "a/b", none of "".
-bool TakeNames(Invocation& call, const std::string& path, std::vector<std::string>* names,
-               ExitCode* code) {
-  for (size_t begin = 0; !path.empty() && begin <= path.size();) {
-    const size_t end = std::min(path.find('/', begin), path.size());
-    names->push_back(path.substr(begin, end - begin));
-    if (names->back().empty()) {
-      *code = call.Fail(kUsage, "", "", Shown(call.Text("PATH")) + " has an empty name in it");
-      return false;
-    }
-    begin = end + 1;
-  }
-  return true;
-}
 
 bool TakeDefault(Invocation& call, unsigned long long* number, ExitCode* code) {
   const std::string text = call.Text("--default");
@@ -107,7 +91,10 @@ ExitCode RunRmkey(Invocation& call) {
   if (session.path().empty()) {
     return call.Fail(kUsage, "", "", "the root cannot be deleted, only the keys below it");
   }
-  if (!session.OpenToChange() || session.Key() == nullptr) return session.code();
+  if (!session.OpenToChange()) return session.code();
+  const bool isAbsent = session.image().content().Find(session.path()) == Content::kNone;
+  if (isAbsent && call.Has("--force")) return session.EndOfChange(false);
+  if (session.Key() == nullptr) return session.code();
   const unsigned int result = session.registry().DeleteKey(0, session.path().c_str());
   if (result != status::kOk) return session.FailWithStatus(result);
   if (!session.Close()) return session.code();
@@ -148,7 +135,7 @@ Verb RmkeyVerb() {
       "Deletes a key, all keys below it and their values. The root is refused: a registry without "
       "it could never hold a key again.",
       {kFile, kKeyPath},
-      {kUser, kUid},
+      {kForce, kUser, kUid},
       "yaxreg rmkey device.rce network/eth1",
       RunRmkey};
 }

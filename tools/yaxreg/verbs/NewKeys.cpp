@@ -1,5 +1,7 @@
 #include "tools/yaxreg/verbs/NewKeys.h"
 
+#include <algorithm>
+
 #include "registry/format/TernaryStringNode.h"
 #include "tools/yaxreg/content/ExactKey.h"
 
@@ -21,6 +23,20 @@ size_t CountPresent(const Content& content, const std::vector<std::string>& name
 }
 
 }  // namespace
+
+bool TakeNames(Invocation& call, const std::string& path, std::vector<std::string>* names,
+               ExitCode* code) {
+  for (size_t begin = 0; !path.empty() && begin <= path.size();) {
+    const size_t end = std::min(path.find('/', begin), path.size());
+    names->push_back(path.substr(begin, end - begin));
+    if (names->back().empty()) {
+      *code = call.Fail(kUsage, "", "", Shown(call.Text("PATH")) + " has an empty name in it");
+      return false;
+    }
+    begin = end + 1;
+  }
+  return true;
+}
 
 NewKeys::NewKeys(Session& session, const std::vector<std::string>& names)
     : session_(session), names_(names), present_(0) {

@@ -8,6 +8,11 @@
 
 namespace yaxreg {
 
+// Takes the names of a key apart: "a" and "b" of "a/b", none of "". False: one is empty, the
+// failure has been printed.
+bool TakeNames(Invocation& call, const std::string& path, std::vector<std::string>* names,
+               ExitCode* code);
+
 // What the library makes beside the way (content/ExactKey.h) is a stray key.
 class NewKeys {
  public:

@@ -3,6 +3,7 @@
 
 #include "registry/format/Codec.h"
 #include "tools/yaxreg/verbs/CommonArguments.h"
+#include "tools/yaxreg/verbs/NewKeys.h"
 #include "tools/yaxreg/verbs/Session.h"
 #include "tools/yaxreg/verbs/ValueInput.h"
 #include "tools/yaxreg/verbs/VerbTable.h"
@@ -98,7 +99,50 @@ bool MayAdd(Session& session, const ContentKey& key, const ValueInput& input) {
   return !isSetAfterwards || session.HasRight(key, tamu::registry::kRightModify);
 }
 
+// ---- put
+
+// The key, made with its parents where it is missing.
+const ContentKey* MakeKey(Session& session, const std::vector<std::string>& names, ExitCode* code) {
+  NewKeys keys(session, names);
+  const bool isThere = keys.present() == names.size();
+  if (!isThere && !keys.MayFit()) {
+    *code = session.FailWithStatus(status::kLimit);
+    return nullptr;
+  }
+  unsigned int deleted = status::kOk;
+  unsigned int made = isThere ? status::kOk : keys.Create(nullptr);
+  if (made == status::kOk && !isThere && !keys.DeleteStrays(&deleted)) {
+    *code = session.code();
+    return nullptr;
+  }
+  if (made == status::kOk) made = deleted;
+  const ContentKey* const key = made == status::kOk ? session.Key() : nullptr;
+  if (key == nullptr) *code = made == status::kOk ? session.code() : session.FailWithStatus(made);
+  return key;
+}
+
+// Changes the value of the key, or creates it. *changes: it was not so before.
+ExitCode PutValue(Session& session, const ContentKey& key, const std::string& name,
+                  const ValueInput& input, bool* changes) {
+  const ContentValue* const value = key.FindValue(name);
+  *changes = value == nullptr || !input.IsIn(*value);
+  if (value == nullptr) {
+    if (!MayAdd(session, key, input)) return session.code();
+  } else if (!session.HasRight(key, tamu::registry::kRightModify)) {
+    return session.code();
+  }
+  const unsigned int result =
+      value == nullptr ? Create(session, name, input) : Store(session, name, input);
+  return result == status::kOk ? kDone : FailChange(session, result);
+}
+
 // ---- rm
+
+bool IsThere(const Session& session, const std::string& name) {
+  const Content& content = session.image().content();
+  const size_t key = content.Find(session.path());
+  return key != Content::kNone && content.keys[key].FindValue(name) != nullptr;
+}
 
 unsigned int Delete(Session& session, const std::string& name, size_t count) {
   unsigned int result = status::kOk;
@@ -150,12 +194,31 @@ ExitCode RunAdd(Invocation& call) {
   return isThere ? session.EndOfChange() : session.FailUnseen();
 }
 
+ExitCode RunPut(Invocation& call) {
+  std::string name;
+  ValueInput input;
+  std::vector<std::string> names;
+  ExitCode code = kDone;
+  if (!TakeValueName(call, &name, &code) || !TakeValueInput(call, &input, &code)) return code;
+  Session session(call);
+  if (!TakeNames(call, session.path(), &names, &code)) return code;
+  if (!session.OpenToChange()) return session.code();
+  const ContentKey* const key = MakeKey(session, names, &code);
+  if (key == nullptr) return code;
+  bool changes = false;
+  code = PutValue(session, *key, name, input, &changes);
+  if (code != kDone) return code;
+  if (!session.Close()) return session.code();
+  return IsStored(session, name, input) ? session.EndOfChange(changes) : session.FailUnseen();
+}
+
 ExitCode RunRm(Invocation& call) {
   std::string name;
   ExitCode code = kDone;
   if (!TakeValueName(call, &name, &code)) return code;
   Session session(call);
   if (!session.OpenToChange()) return session.code();
+  if (call.Has("--force") && !IsThere(session, name)) return session.EndOfChange(false);
   const ContentKey* const key = session.Key();
   if (key == nullptr || session.FindValue(*key, name) == nullptr) return session.code();
   const size_t before = CountOf(*key, name);
@@ -204,12 +267,25 @@ Verb AddVerb() {
       RunAdd};
 }
 
+Verb PutVerb() {
+  return {
+      "put",
+      "Create or change a value",
+      "Gives a key a value of this type and data, whether there is one of its name or not, and "
+      "makes the key with its parents where it is missing: all of it or nothing. Names and data "
+      "are limited as for add.",
+      {kFile, kPlace, kValueName},
+      {kInt, kString, kHex, kFromFile, kType, kUser, kUid},
+      "yaxreg put device.rce network/eth0:mtu --int 1400",
+      RunPut};
+}
+
 Verb RmVerb() {
   return {"rm",
           "Delete a value",
           "Deletes a value; one that it hid is seen again.",
           {kFile, kPlace, kValueName},
-          {{"-a,--all", nullptr, "Delete those that it hides, too"}, kUser, kUid},
+          {{"-a,--all", nullptr, "Delete those that it hides, too"}, kForce, kUser, kUid},
           "yaxreg rm device.rce network/eth0 name",
           RunRm};
 }

@@ -15,6 +15,9 @@ Verb GetVerb();         // verbs/GetVerb.cpp
 Verb FindVerb();        // verbs/FindVerb.cpp
 Verb DuVerb();          // verbs/DuVerb.cpp
 Verb SetVerb();         // verbs/ValueVerbs.cpp
+Verb PutVerb();         // verbs/ValueVerbs.cpp
+Verb CpVerb();          // verbs/CopyVerbs.cpp
+Verb MvVerb();          // verbs/CopyVerbs.cpp
 Verb AddVerb();         // verbs/ValueVerbs.cpp
 Verb RmVerb();          // verbs/ValueVerbs.cpp
 Verb MkkeyVerb();       // verbs/KeyVerbs.cpp

@@ -530,4 +530,51 @@ TEST_F(ImportVerb, RefusesMoreThanARegistryHolds) {
                 ".rce: has no room for so much (status 75)");
 }
 
+TEST_F(ImportVerb, DeletesWhatIsNotToldWhenItIsExact) {
+  MakeKeys({"net", "net/eth0", "net/eth0/old", "net/wlan", "other"});
+  MakeValue("net", "gone", 2, "a");
+  MakeValue("net/eth0", "kept", 2, "a");
+  MakeValue("net/eth0", "gone", 2, "a");
+  MakeValue("other", "v", 2, "a");
+  const std::string keys = Document(
+      "{\"path\":\"eth0\",\"values\":[{\"name\":\"kept\",\"hex\":\"62\"}]},{\"path\":\"a/b\"}");
+  const Answer shown = Yaxreg({"import", file, "net", "--exact", "--dry-run"}, keys);
+  EXPECT_NE(std::string::npos, shown.out.find("- net/wlan/\n")) << shown.out;
+  const Answer done = Yaxreg({"import", file, "net", "--exact"}, keys);
+  EXPECT_EQ("4 keys and 3 values changed\n", done.out) << done.err;
+  EXPECT_EQ((std::vector<std::string>{"net", "net/a", "net/a/b", "net/eth0", "other"}), Paths());
+  EXPECT_TRUE(Key("net").values.empty());
+  EXPECT_EQ("b", Value("net/eth0", "kept").data);
+  EXPECT_EQ(1u, Key("net/eth0").values.size());
+  EXPECT_EQ("a", Value("other", "v").data);
+  EXPECT_EQ("", StructureFindings(file));
+  EXPECT_EQ("", Yaxreg({"import", file, "net", "--exact"}, keys).out);
+}
+
+// Whoever may do what: the administrator works.
+TEST_F(ImportVerb, MakesARegistryEqualToAnotherOne) {
+  MakeKeys({"net", "net/eth0"}, 1000);
+  MakeValue("net/eth0", "mtu", 2, "a");
+  const std::string wanted = PrintedBy({"export", file});
+  MakeKeys({"net/eth0/closed", "more"}, 1000);
+  MakeValue("net/eth0/closed", "v", 2, "a");
+  for (const char* key : {"net/eth0/closed", "net/eth0", "net", ""}) {
+    ASSERT_EQ(0, Yaxreg({"rights", file, key, "0"}).code);
+  }
+  ASSERT_EQ(0, Yaxreg({"import", file, "--exact"}, wanted).code);
+  EXPECT_EQ(wanted, PrintedBy({"export", file}));
+  EXPECT_EQ("", StructureFindings(file));
+}
+
+TEST_F(ImportVerb, KeepsTheKeyItselfOfAnEmptyDocument) {
+  MakeKeys({"net", "net/eth0"});
+  MakeValue("net", "v", 2, "a");
+  EXPECT_EQ(0, Yaxreg({"import", file, "net", "--exact"}, Document("")).code);
+  EXPECT_EQ(std::vector<std::string>{"net"}, Paths());
+  EXPECT_TRUE(Key("net").values.empty());
+  EXPECT_EQ(0, Yaxreg({"import", file, "none", "--exact"}, Document("")).code);
+  EXPECT_EQ(std::vector<std::string>{"net"}, Paths());
+  EXPECT_EQ(2, Yaxreg({"import", file, "--exact", "--merge"}, Document("")).code);
+}
+
 }  // namespace

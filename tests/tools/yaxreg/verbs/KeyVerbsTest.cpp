@@ -343,4 +343,13 @@ TEST_F(KeyVerbs, RmkeyChangesRegistriesThatMayBeWrittenOnly) {
   ExpectReadOnlyFails({"rmkey", file, "net"});
 }
 
+TEST_F(KeyVerbs, RmkeyMindsNoMissingKeyWhenItIsForced) {
+  ExpectFailure(1, "there is no such key", {"rmkey", file, "gone/key"});
+  ExpectDone("", {"rmkey", "-f", file, "gone/key"});
+  MakeKeys({"net"});
+  ExpectDone("", {"rmkey", file, "net", "--force"});
+  EXPECT_TRUE(Paths().empty());
+  ExpectFailure(2, "the root cannot be deleted", {"rmkey", "-f", file, ""});
+}
+
 }  // namespace

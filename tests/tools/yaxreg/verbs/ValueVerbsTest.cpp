@@ -334,4 +334,45 @@ TEST_F(ValueVerbs, RmChangesRegistriesThatMayBeWrittenOnly) {
   ExpectReadOnlyFails({"rm", file, "net", "v"});
 }
 
+TEST_F(ValueVerbs, PutCreatesAndChangesAndMakesParents) {
+  ExpectDone("", {"put", file, "a/b/c:v", "--int", "-1"});
+  EXPECT_EQ(0xFFFFFFFFFFFFFFFFu, Value("a/b/c", "v").number);
+  ExpectDone("{\"changed\":true,\"path\":\"a/b/c\"}\n",
+             {"put", file, "a/b/c", "v", "--string", "x", "--json"});
+  EXPECT_EQ("x\0"s, Value("a/b/c", "v").data);
+  EXPECT_EQ(1u, Key("a/b/c").values.size());
+  ExpectDone("{\"changed\":false,\"path\":\"a/b/c\"}\n",
+             {"put", file, "a/b/c:v", "--string", "x", "--json"});
+  ExpectDone("", {"put", file, ":v", "--hex", ""});
+  EXPECT_TRUE(Value("", "v").isSet);
+}
+
+// A neighbour that is made beside the way is gone again.
+TEST_F(ValueVerbs, PutMakesExactlyTheKeyThatIsAskedFor) {
+  MakeKeys({"display"});
+  ExpectDone("", {"put", file, "disk:v", "--int", "1"});
+  EXPECT_EQ(1u, Value("disk", "v").number);
+  EXPECT_EQ(yaxreg::Content::kNone, Decoded().Find("disp"));
+}
+
+TEST_F(ValueVerbs, PutHonoursRights) {
+  MakeKeys({"theirs"}, 7);
+  ExpectFailure(1, "has no right", {"put", file, "theirs:v", "--int", "1", "--uid", "8"});
+  ExpectDone("", {"put", file, "theirs:v", "--int", "1", "--uid", "7"});
+  ExpectFailure(1, "has no right", {"put", file, "theirs/new:v", "--int", "1", "--uid", "8"});
+  ExpectFailure(2, "has an empty name in it", {"put", file, "a//b:v", "--int", "1"});
+  ExpectNoRegistryFails("put", {"a:v", "--int", "1"});
+}
+
+TEST_F(ValueVerbs, RmMindsNothingMissingWhenItIsForced) {
+  const std::string before = GetFile(file);
+  ExpectFailure(1, "there is no such key", {"rm", file, "gone:v"});
+  ExpectDone("", {"rm", "-f", file, "gone:v"});
+  ExpectDone("{\"changed\":false,\"path\":\"\"}\n", {"rm", "--force", file, ":gone", "--json"});
+  EXPECT_TRUE(before == GetFile(file));
+  ExpectDone("", {"put", file, ":v", "--int", "1"});
+  ExpectDone("", {"rm", "-f", file, ":v"});
+  EXPECT_TRUE(Key("").values.empty());
+}
+
 }  // namespace
