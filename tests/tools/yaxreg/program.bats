@@ -141,6 +141,20 @@ new/key:v = "x"'
   answers 0 yaxreg check --quiet device.rce
 }
 
+@test "applies what diff tells, and takes it back" {
+  cp device.rce other.rce
+  yaxreg put other.rce network/more:v --int 1
+  yaxreg rm other.rce network:mode
+  yaxreg diff --json device.rce other.rce >patch.json || true
+  answers 0 yaxreg import device.rce <patch.json
+  answers 0 yaxreg diff device.rce other.rce
+  answers 0 yaxreg import --reverse device.rce <patch.json
+  answers 0 yaxreg diff device.rce "$BATS_FILE_TMPDIR/sample.rce"
+  yaxreg set device.rce network:mode --string dhcp
+  answers 1 yaxreg import device.rce <patch.json
+  is "$err" 'yaxreg: device.rce: network: is not as the patch expects it'
+}
+
 @test "finds keys and values, and what takes the most" {
   answers 0 yaxreg find device.rce '**' --value 'stat*'
   is "$out" network:mode

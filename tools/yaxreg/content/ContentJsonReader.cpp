@@ -73,14 +73,17 @@ bool ReadContentJson(const std::string& json, ContentUpdate* update, std::string
   return SortKeys(handler.TakeKeys(), update, reason);
 }
 
+bool ReadJsonText(std::istream& in, std::string* json, std::string* reason) {
+  char piece[4096];
+  while (json->size() <= kMaxJsonSize && (in.read(piece, sizeof piece) || in.gcount() > 0)) {
+    json->append(piece, static_cast<size_t>(in.gcount()));
+  }
+  return !in.bad() || Refuse("cannot be read", reason);
+}
+
 bool ReadContentJson(std::istream& in, ContentUpdate* update, std::string* reason) {
   std::string json;
-  char piece[4096];
-  while (json.size() <= kMaxJsonSize && (in.read(piece, sizeof piece) || in.gcount() > 0)) {
-    json.append(piece, static_cast<size_t>(in.gcount()));
-  }
-  if (in.bad()) return Refuse("cannot be read", reason);
-  return ReadContentJson(json, update, reason);
+  return ReadJsonText(in, &json, reason) && ReadContentJson(json, update, reason);
 }
 
 }  // namespace yaxreg

@@ -35,6 +35,9 @@ constexpr size_t kMaxJsonSize = 64u << 20;  // bytes
 // of a name, so that whatever lies below a key follows it directly.
 bool IsPathBefore(const std::string& a, const std::string& b);
 
+// Takes what a stream holds, no more than one byte above the limit. False when reading fails.
+bool ReadJsonText(std::istream& in, std::string* json, std::string* reason);
+
 // Reads a document. Every field but the path of a key and the name of a value may be left out.
 // Numbers may be texts such as "42", "-1" or "0xFF", negative ones stand for their eight bytes;
 // rights may be letters such as "rwcd:r", an owner a user's name. A value without type is of type 0

@@ -48,7 +48,8 @@ Verb DiffVerb() {
       "diff",
       "Compare two registries",
       "Compares key by key and value by value, and prints what differs: - for what only the first "
-      "has, + for what only the second has. The exit code is 1 when they differ.",
+      "has, + for what only the second has. The exit code is 1 when they differ. What --json "
+      "prints import takes as a patch.",
       {{"FILE1", "The first registry file", true, true},
        {"FILE2", "The second registry file", true, true},
        {"PATH", "Compare only this key and what is below it", false, false}},

@@ -12,6 +12,7 @@
 #include "tools/yaxreg/content/ContentDiff.h"
 #include "tools/yaxreg/content/ContentJsonReader.h"
 #include "tools/yaxreg/content/ContentMerge.h"
+#include "tools/yaxreg/content/ContentPatch.h"
 #include "tools/yaxreg/content/RestoreRoom.h"
 #include "tools/yaxreg/image/FileBytes.h"
 #include "tools/yaxreg/image/HeldSignals.h"
@@ -34,18 +35,50 @@ bool IsAbsent(const std::string& file) {
   return lstat(file.c_str(), &found) != 0 && errno == ENOENT;
 }
 
-bool ReadUpdate(Invocation& call, ContentUpdate* update, ExitCode* code) {
-  std::string reason;
-  if (ReadContentJson(call.in, update, &reason)) return true;
+// A document of keys, or a patch, in the direction in which it is to be applied.
+struct ImportInput {
+  ContentUpdate update;
+  bool isPatch = false;
+  ContentPatches patches;
+};
+
+bool FailInput(Invocation& call, const std::string& reason, ExitCode* code) {
   *code = call.Fail(call.in.bad() ? kFailed : kUsage, "standard input", "", reason);
+  return false;
+}
+
+bool ReadInput(Invocation& call, ImportInput* input, ExitCode* code) {
+  std::string json;
+  std::string reason;
+  if (!ReadJsonText(call.in, &json, &reason)) return FailInput(call, reason, code);
+  input->isPatch = IsPatch(json);
+  const bool isTaken = input->isPatch ? ReadPatches(json, &input->patches, &reason)
+                                      : ReadContentJson(json, &input->update, &reason);
+  if (!isTaken) return FailInput(call, reason, code);
+  if (call.Has("--reverse") && !input->isPatch) {
+    return FailInput(call, "is no patch, which --reverse needs", code);
+  }
+  if (input->isPatch && (!call.Path().empty() || call.Has("--exact"))) {
+    return FailInput(call, "is a patch, which takes neither PATH nor --exact", code);
+  }
+  if (call.Has("--reverse")) std::swap(input->patches.forth, input->patches.back);
+  return true;
+}
+
+// Whether a patch is for what the registry holds. The failure has been printed.
+bool DoesFit(Invocation& call, const ImportInput& input, const Content& present, ExitCode* code) {
+  std::string path;
+  if (!input.isPatch || DoesPatchFit(present, input.patches, &path)) return true;
+  *code = call.Fail(kNo, call.File(), path, "is not as the patch expects it");
   return false;
 }
 
 // What the registry is to become. The path has no slash at either end.
 Content WantedContent(Invocation& call, const Content& present, const std::string& path,
-                      const ContentUpdate& update) {
-  if (call.Has("--exact")) return ExactContent(present, path, update);
-  return MergedContent(present, path, update);
+                      const ImportInput& input) {
+  if (input.isPatch) return PatchedContent(present, input.patches.forth);
+  if (call.Has("--exact")) return ExactContent(present, path, input.update);
+  return MergedContent(present, path, input.update);
 }
 
 // ---- what cannot be done
@@ -139,7 +172,7 @@ ExitCode ShowChanges(Invocation& call, Session& session, const RegistryImage& im
 }
 
 // The same for a file that is not there.
-ExitCode ShowNew(Invocation& call, const ContentUpdate& update) {
+ExitCode ShowNew(Invocation& call, const ImportInput& input) {
   const std::unique_ptr<TemporaryFolder> folder = MakeTemporaryFolder(call.File());
   if (!folder->isMade()) return call.Fail(kFailed, call.File(), "", folder->reason());
   std::string bytes;
@@ -149,7 +182,9 @@ ExitCode ShowNew(Invocation& call, const ContentUpdate& update) {
   }
   Session session(call);
   const RegistryImage empty(std::move(bytes));
-  const Content wanted = WantedContent(call, empty.content(), session.path(), update);
+  ExitCode code = kDone;
+  if (!DoesFit(call, input, empty.content(), &code)) return code;
+  const Content wanted = WantedContent(call, empty.content(), session.path(), input);
   return ShowChanges(call, session, empty, wanted, *folder);
 }
 
@@ -188,19 +223,20 @@ ExitCode EndOfImport(Invocation& call, const std::string& path, const ChangeCoun
 
 // What finds no room is told by a rehearsal, before other programs have to wait. Where they have
 // changed the file since, the import is made for what is there now.
-ExitCode Apply(Invocation& call, Session& session, const ContentUpdate& update, Content* wanted,
+ExitCode Apply(Invocation& call, Session& session, const ImportInput& input, Content* wanted,
                ChangeCount* count) {
   const bool hasRoot = !session.image().content().keys[0].isMadeUp;
   if (!hasRoot && !(session.OpenToChange() && session.Close())) return session.code();
   const TemporaryFolder folder(call.File());
   ChangeOutcome outcome;
-  const ExitCode code = Rehearse(call, session, session.image(), *wanted, folder, &outcome);
+  ExitCode code = Rehearse(call, session, session.image(), *wanted, folder, &outcome);
   if (code != kDone) return code;
   const std::string rehearsed = session.image().bytes();
   if (!session.OpenToChange()) return session.code();
   const Content& present = session.image().content();
   if (session.image().bytes() != rehearsed) {
-    *wanted = WantedContent(call, present, session.path(), update);
+    if (!DoesFit(call, input, present, &code)) return code;
+    *wanted = WantedContent(call, present, session.path(), input);
     *count = ChangeCount(present, *wanted);
   }
   outcome = ChangeContent(session.registry(), present, *wanted, folder.FileIn("backup"));
@@ -210,7 +246,7 @@ ExitCode Apply(Invocation& call, Session& session, const ContentUpdate& update, 
   return session.Close() ? kDone : session.code();
 }
 
-ExitCode Import(Invocation& call, const ContentUpdate& update) {
+ExitCode Import(Invocation& call, const ImportInput& input) {
   Session session(call);
   if (!session.OpenToLook()) return session.code();
   if (!session.image().IsSound()) {
@@ -218,14 +254,16 @@ ExitCode Import(Invocation& call, const ContentUpdate& update) {
                                "is damaged; yaxreg check tells how to mend it");
   }
   const Content& present = session.image().content();
-  Content wanted = WantedContent(call, present, session.path(), update);
+  ExitCode code = kDone;
+  if (!DoesFit(call, input, present, &code)) return code;
+  Content wanted = WantedContent(call, present, session.path(), input);
   if (call.Has("--dry-run")) {
     return ShowChanges(call, session, session.image(), wanted, *MakeTemporaryFolder(call.File()));
   }
   const std::string path = session.path();
   ChangeCount count(present, wanted);
   if (count.keys + count.values > 0) {
-    const ExitCode code = Apply(call, session, update, &wanted, &count);
+    code = Apply(call, session, input, &wanted, &count);
     if (code != kDone) return code;
   }
   return EndOfImport(call, path, count);
@@ -239,12 +277,12 @@ std::string BytesOf(const std::string& file) {
 
 // A file that was made for an import that then fails is removed, unless another call has changed
 // it.
-ExitCode ImportNew(Invocation& call, const ContentUpdate& update) {
+ExitCode ImportNew(Invocation& call, const ImportInput& input) {
   const HeldSignals signals;
   const ExitCode made = MakeNewRegistry(call);
   if (made != kDone) return made;
   const std::string empty = BytesOf(call.File());
-  const ExitCode code = Import(call, update);
+  const ExitCode code = Import(call, input);
   if (code != kDone && BytesOf(call.File()) == empty) unlink(call.File().c_str());
   return code;
 }
@@ -263,12 +301,12 @@ ExitCode RunImport(Invocation& call) {
   if (call.Has("--exact") && call.Has("--merge")) {
     return call.Fail(kUsage, "", "", "only one of --exact and --merge may be given");
   }
-  ContentUpdate update;
+  ImportInput input;
   ExitCode code = kDone;
-  if (!ReadUpdate(call, &update, &code)) return code;
-  if (!IsAbsent(call.File())) return Import(call, update);
-  if (call.Has("--dry-run")) return ShowNew(call, update);
-  return ImportNew(call, update);
+  if (!ReadInput(call, &input, &code)) return code;
+  if (!IsAbsent(call.File())) return Import(call, input);
+  if (call.Has("--dry-run")) return ShowNew(call, input);
+  return ImportNew(call, input);
 }
 
 }  // namespace
@@ -280,7 +318,10 @@ Verb ImportVerb() {
       "Reads what export wrote, or the like, from the standard input and creates and changes keys "
       "until they are as it tells. What it does not tell of stays as it is: other keys, other "
       "values, fields that are left out. With --exact the keys and values below PATH that it does "
-      "not tell of are deleted; the key of PATH itself stays. All of the input is checked before "
+      "not tell of are deleted; the key of PATH itself stays. What diff --json prints is a patch: "
+      "it makes the first "
+      "registry the second one, with --reverse the other way round, and is refused (1) where what "
+      "it changes is not as it expects. All of the input is checked before "
       "the first change, and "
       "a second import changes nothing. A file that does not exist is made. What is the same "
       "takes no room; another owner, a default value that is taken away, and many new keys "
@@ -288,6 +329,7 @@ Verb ImportVerb() {
       {kFile, kPath},
       {{"--merge", nullptr, "Leave what the input does not tell of as it is, as without options"},
        {"--exact", nullptr, "Delete keys and values below PATH that the input does not tell of"},
+       {"--reverse", nullptr, "Take a patch back"},
        {"-n,--dry-run", nullptr, "Only print what would change"}},
       "yaxreg import device.rce network < network.json",
       RunImport};
