@@ -57,6 +57,7 @@ unsigned int OpenWith(const yax_options& options, Registry* registry) {
   if (options.user_name != nullptr) registry->SetCurrentUser(options.user_name);
   tamu::registry::RegistryOptions asked;
   asked.readOnly = options.read_only != 0;
+  asked.space = tamu::registry::SpacePolicy::kReuse;
   if (options.file_mode != 0) asked.fileMode = options.file_mode;
   unsigned int result = ToDurability(options.durability, &asked.durability);
   if (result == status::kOk) result = registry->SetOptions(asked);

@@ -242,5 +242,19 @@ TEST(SettingsOpening, GivesWhatIsAskedForOrTellsWhyNot) {
   EXPECT_EQ(1, registry["mine"].Get("n", 0));
 }
 
+// 100 values of 1,000 bytes, which are set in turn, and keys that come and go.
+TEST_F(Settings, FilesDoNotWearOut) {
+  const auto nameOf = [](int i) { return "v" + std::to_string(i % 100); };
+  for (int i = 0; i < 2000; ++i) {
+    ASSERT_EQ(key.Set(nameOf(i).c_str(), std::string(900 + i % 7 * 20, 'd')), Status()) << i;
+  }
+  Key other = registry["others"];
+  for (int i = 0; i < 500; ++i) {
+    Key made = other["n" + std::to_string(i)];
+    ASSERT_EQ(made.Set("text", std::string(1000, 'd')), Status()) << i;
+    ASSERT_EQ(made.Remove(), Status()) << i;
+  }
+}
+
 }  // namespace
 }  // namespace yax

@@ -21,10 +21,13 @@ struct SlotUse {
   unsigned int reached = 0;   // the tree leads to them
   unsigned int leaked = 0;    // in use, but nothing leads to them
   unsigned int free = 0;      // on a free list, and not reached
-  unsigned int stranded = 0;  // of the free ones those in older tables, which are not handed out
-  // Slots that can still be handed out until the kind is full for good: what is free in the newest
-  // table, and what the tables bring that may still be appended.
+  // Of the free ones those in older tables, which are handed out with SpacePolicy::kReuse alone.
+  unsigned int stranded = 0;
+  // Slots that can still be handed out with kExact until the kind is full for good: what is free in
+  // the newest table, and what the tables bring that may still be appended.
   unsigned int remaining = 0;
+  // The same with kReuse, as the tool does it.
+  unsigned int room() const { return remaining + stranded; }
 };
 
 // What becomes of keys that are in use, but that nothing leads to: the library leaves such behind

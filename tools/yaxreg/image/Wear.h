@@ -16,7 +16,7 @@ struct Wear {
   unsigned int withoutKey = 0;  // of those in use: string nodes that only spell names without a key
   unsigned int leaked = 0;      // marked as in use, but nothing leads to them
   unsigned int free = 0;        // in the newest table
-  unsigned int stranded = 0;    // free in an older table: never handed out again
+  unsigned int stranded = 0;    // free in an older table: handed out with kReuse alone
   unsigned int left = 0;        // that can be handed out until changes are refused with status 75
   unsigned int tables = 0;      // of at most kTablesMax
   unsigned int ever = 0;        // slots with all tables, 10344

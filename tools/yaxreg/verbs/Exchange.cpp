@@ -29,6 +29,7 @@ bool Exchange::MayOpen() const {
 unsigned int Exchange::Open(Registry& registry, Durability durability) {
   RegistryOptions options;
   options.durability = durability;
+  options.space = tamu::registry::SpacePolicy::kReuse;
   if (durability == Durability::kProcess) options.sideFolder = SideFolder();
   registry.SetOptions(options);
   return registry.Initialize();

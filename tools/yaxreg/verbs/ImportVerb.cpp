@@ -108,7 +108,7 @@ ExitCode FailChange(Invocation& call, Session& session, const RegistryImage& ima
 bool IsTooMuch(const RegistryImage& image, const Content& wanted) {
   const auto room = [&](NodeKind kind) {
     const SlotUse use = image.UseOf(kind);
-    return size_t{use.reached} + use.remaining;
+    return size_t{use.reached} + use.room();
   };
   return wanted.keys.size() > room(NodeKind::kKey) || wanted.ValueCount() > room(NodeKind::kValue);
 }

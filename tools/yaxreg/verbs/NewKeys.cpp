@@ -55,8 +55,8 @@ bool NewKeys::MayFit() const {
   for (size_t i = present_ + 1; i < names_.size(); ++i) {
     nodes += (names_[i].size() + kNameBytesPerNode - 1) / kNameBytesPerNode;
   }
-  return names_.size() - present_ <= image.UseOf(NodeKind::kKey).remaining &&
-         nodes <= image.UseOf(NodeKind::kString).remaining;
+  return names_.size() - present_ <= image.UseOf(NodeKind::kKey).room() &&
+         nodes <= image.UseOf(NodeKind::kString).room();
 }
 
 unsigned int NewKeys::Create(const unsigned long long* defaultValue) {

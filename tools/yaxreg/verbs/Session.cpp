@@ -21,6 +21,7 @@ namespace status = tamu::registry::status;
 using tamu::registry::Durability;
 using tamu::registry::Registry;
 using tamu::registry::RegistryOptions;
+using tamu::registry::SpacePolicy;
 
 namespace {
 
@@ -115,22 +116,24 @@ bool Session::CheckSound() {
   return false;
 }
 
+unsigned int Session::OpenWith(Durability durability) {
+  RegistryOptions options;
+  options.durability = durability;
+  options.space = SpacePolicy::kReuse;
+  if (durability == Durability::kProcess) options.sideFolder = SideFolder();
+  opened_ = FileIdentity(file_);
+  registry_ = std::make_unique<Registry>(file_.c_str(), user_);
+  registry_->SetOptions(options);
+  return registry_->Initialize();
+}
+
 // Where there is no journal, whoever has the file open to change it has it alone.
 unsigned int Session::OpenRegistry() {
   constexpr int kTries = 500;
   constexpr int kPause = 10000;  // microseconds
   for (int i = 0;; ++i) {
-    opened_ = FileIdentity(file_);
-    registry_ = std::make_unique<Registry>(file_.c_str(), user_);
-    UseSideFolder(*registry_);
-    unsigned int opened = registry_->Initialize();
-    if (opened == status::kOk && registry_->EffectiveDurability() == Durability::kNone) {
-      registry_->Finalize();
-      RegistryOptions alone;
-      alone.durability = Durability::kNone;
-      registry_->SetOptions(alone);
-      opened = registry_->Initialize();
-    }
+    unsigned int opened = OpenWith(Durability::kProcess);
+    if (opened == status::kNoSpace && SideFolder() == nullptr) opened = OpenWith(Durability::kNone);
     if (opened != status::kNoSpace || i == kTries) return opened;
     usleep(kPause);
   }

@@ -68,6 +68,7 @@ class Session {
 
  private:
   bool ChooseUser();
+  unsigned int OpenWith(tamu::registry::Durability durability);
   unsigned int OpenRegistry();
   bool BeginChange();
   bool CheckSound();

@@ -253,7 +253,7 @@ class KeyVerbsInAFullRegistry : public KeyVerbs {
     ASSERT_EQ(3u, Left());
   }
   unsigned int Left() const {
-    return yaxreg::RegistryImage(GetFile(file)).UseOf(yaxreg::NodeKind::kString).remaining;
+    return yaxreg::RegistryImage(GetFile(file)).UseOf(yaxreg::NodeKind::kString).room();
   }
 };
 
@@ -295,8 +295,8 @@ TEST_F(KeyVerbsInAFullRegistry, MkkeyMakesAKeyOfANameThatIsLeft) {
 TEST_F(KeyVerbsInAFullRegistry, MkkeyUsesTheLastNode) {
   ExpectDone("", {"mkkey", file, "x"});
   ExpectDone("", {"rmkey", file, "x"});
-  ASSERT_LT(0u, Left());
-  ExpectDone("", {"mkkey", "-p", file, "x/" + std::string(17 * Left(), 'b')});
+  ASSERT_EQ(3u, Left());
+  ExpectDone("", {"mkkey", "-p", file, "x/" + std::string(17, 'b')});
   EXPECT_EQ(0u, Left());
 }
 
