@@ -45,6 +45,7 @@ class HostileFiles : public ::testing::Test {
       EXPECT_EQ(status::kOk, registry.Calls().SetDefaultValue(0, "net/wlan0", 7));
     }
     ASSERT_EQ(0, Yaxreg({"backup", sound_, "net", backup_}).code);
+    PutFile(commands_, "get net:mtu\n");
     bytes_ = GetFile(sound_);
   }
 
@@ -58,17 +59,12 @@ class HostileFiles : public ::testing::Test {
       begin = end + 1;
     }
     const std::map<std::string, std::string> texts = {
-        {"FILE", file},
-        {"FILE1", file},
-        {"FILE2", sound_},
-        {"PATH", "net"},
-        {"NAME", "mtu"},
-        {"NUMBER", "8"},
-        {"FROM", "net"},
-        {"TO", "copy"},
-        {"BITS", "3"},
-        {"RIGHTS", "rwcd:r"},
-        {"BACKUP", name == "backup" ? output_ : backup_}};
+        {"FILE", file},          {"FILE1", file},
+        {"FILE2", sound_},       {"PATH", "net"},
+        {"NAME", "mtu"},         {"NUMBER", "8"},
+        {"FROM", "net"},         {"TO", "copy"},
+        {"BITS", "3"},           {"RIGHTS", "rwcd:r"},
+        {"COMMANDS", commands_}, {"BACKUP", name == "backup" ? output_ : backup_}};
     for (const yaxreg::Argument& argument : verb.arguments) {
       const auto text = texts.find(argument.name);
       if (text == texts.end()) ADD_FAILURE() << "what is " << argument.name << " of " << name;
@@ -154,6 +150,7 @@ class HostileFiles : public ::testing::Test {
   TempDir folder_;
   const std::string sound_ = folder_ / "sound.rce";
   const std::string backup_ = folder_ / "net.bak";
+  const std::string commands_ = folder_ / "commands";
   const std::string file_ = folder_ / "hostile.rce";
   const std::string output_ = folder_ / "output";
   std::string bytes_;

@@ -155,6 +155,15 @@ new/key:v = "x"'
   is "$err" 'yaxreg: device.rce: network: is not as the patch expects it'
 }
 
+@test "runs a batch as one change" {
+  printf '%s\n' 'put network:a --int 1' "put 'network/my eth:b' --int 2" 'get network:a' >commands
+  answers 0 yaxreg batch device.rce commands
+  is "$out" 1
+  answers 1 yaxreg batch device.rce - <<<$'put network:c --int 1\nget network:none'
+  is "$err" 'yaxreg: line 2: device.rce: network: there is no value none (status 2)'
+  answers 1 yaxreg get device.rce network:c
+}
+
 @test "finds keys and values, and what takes the most" {
   answers 0 yaxreg find device.rce '**' --value 'stat*'
   is "$out" network:mode

@@ -84,18 +84,6 @@ void AddAllVerbs(const VerbTable& table, CLI::App* app, std::deque<Parsed>* pars
   }
 }
 
-// The verb that the first words name, and how many words; null if there is none.
-const Verb* FindVerb(const VerbTable& table, const std::vector<std::string>& words, size_t* count) {
-  for (const Verb& verb : table.verbs) {
-    const std::string name = verb.name;
-    const bool isInGroup = name.find(' ') != std::string::npos;
-    *count = isInGroup ? 2 : 1;
-    if (words.size() < *count) continue;
-    if (name == (isInGroup ? words[0] + ' ' + words[1] : words[0])) return &verb;
-  }
-  return nullptr;
-}
-
 // The first word when it is no verb and no group: CLI11 would only say that one is missing.
 std::string UnknownVerb(const VerbTable& table, const std::vector<std::string>& arguments) {
   if (arguments.empty() || arguments[0].empty() || arguments[0][0] == '-') return "";
@@ -185,6 +173,17 @@ ExitCode ParseAndRun(const VerbTable& table, Invocation& call, std::vector<std::
 
 }  // namespace
 
+const Verb* FindVerb(const VerbTable& table, const std::vector<std::string>& words, size_t* count) {
+  for (const Verb& verb : table.verbs) {
+    const std::string name = verb.name;
+    const bool isInGroup = name.find(' ') != std::string::npos;
+    *count = isInGroup ? 2 : 1;
+    if (words.size() < *count) continue;
+    if (name == (isInGroup ? words[0] + ' ' + words[1] : words[0])) return &verb;
+  }
+  return nullptr;
+}
+
 std::string LongName(const Option& option) {
   const std::string names = option.names;
   const size_t begin = names.find("--");
@@ -194,6 +193,11 @@ std::string LongName(const Option& option) {
 ExitCode RunYaxreg(const VerbTable& table, const std::vector<std::string>& arguments,
                    std::istream& in, std::ostream& out, std::ostream& err, OutputKind kind) {
   Invocation call(in, out, err, kind);
+  return RunCommand(table, arguments, call);
+}
+
+ExitCode RunCommand(const VerbTable& table, const std::vector<std::string>& arguments,
+                    Invocation& call) {
   try {
     const std::string unknown = UnknownVerb(table, arguments);
     if (!unknown.empty()) {

@@ -13,6 +13,13 @@ namespace yaxreg {
 ExitCode RunYaxreg(const VerbTable& table, const std::vector<std::string>& arguments,
                    std::istream& in, std::ostream& out, std::ostream& err, OutputKind kind);
 
+// The same for a call whose streams and batch are there.
+ExitCode RunCommand(const VerbTable& table, const std::vector<std::string>& arguments,
+                    Invocation& call);
+
+// The verb that the first words name, and how many words; null if there is none.
+const Verb* FindVerb(const VerbTable& table, const std::vector<std::string>& words, size_t* count);
+
 // "--long" of "-l,--long".
 std::string LongName(const Option& option);
 

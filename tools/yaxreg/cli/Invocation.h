@@ -10,6 +10,8 @@
 
 namespace yaxreg {
 
+struct Batch;
+
 // What the output is.
 enum class OutputKind {
   kPlain,            // a pipe or a file: gets what is stored as it is
@@ -63,6 +65,7 @@ class Invocation {
   const bool isTerminal;  // of `out`
   Palette palette;
   std::map<std::string, std::string> given;
+  const Batch* batch = nullptr;  // that the call is a command of; verbs/Batch.h
 };
 
 // The exit code that a status of the registry leads to: 1 for kNoRight, kNotFound, kExists,

@@ -38,6 +38,7 @@ struct Verb {
   std::vector<Option> options;  // --json comes with every verb
   const char* example;          // one command line that works, given the file
   ExitCode (*run)(Invocation& call);
+  bool isAlone = false;  // it is no command of a batch
 };
 
 // A group of verbs, "comp".

@@ -156,7 +156,8 @@ Verb BackupVerb() {
       {kFile, kKeyPath, {"BACKUP", "The backup file to make", true, true}},
       {{"-f,--force", nullptr, "Replace a backup file that exists"}, kUser, kUid},
       "yaxreg backup device.rce network network.bak",
-      RunBackup};
+      RunBackup,
+      true};
 }
 
 Verb RestoreVerb() {
@@ -167,7 +168,8 @@ Verb RestoreVerb() {
           {kFile, kKeyPath, {"BACKUP", "The backup file", true, true}},
           {kUser, kUid},
           "yaxreg restore device.rce network network.bak",
-          RunRestore};
+          RunRestore,
+          true};
 }
 
 }  // namespace yaxreg

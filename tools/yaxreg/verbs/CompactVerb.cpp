@@ -125,7 +125,8 @@ Verb CompactVerb() {
       {kFile},
       {{"-f,--force", nullptr, "Drop keys and values that nothing leads to"}},
       "yaxreg compact device.rce",
-      RunCompact};
+      RunCompact,
+      true};
 }
 
 }  // namespace yaxreg

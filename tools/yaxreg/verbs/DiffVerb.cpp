@@ -55,7 +55,8 @@ Verb DiffVerb() {
        {"PATH", "Compare only this key and what is below it", false, false}},
       {},
       "yaxreg diff device.rce copy.rce",
-      RunDiff};
+      RunDiff,
+      true};
 }
 
 }  // namespace yaxreg

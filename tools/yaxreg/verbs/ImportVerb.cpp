@@ -332,7 +332,8 @@ Verb ImportVerb() {
        {"--reverse", nullptr, "Take a patch back"},
        {"-n,--dry-run", nullptr, "Only print what would change"}},
       "yaxreg import device.rce network < network.json",
-      RunImport};
+      RunImport,
+      true};
 }
 
 }  // namespace yaxreg

@@ -111,7 +111,8 @@ Verb CreateVerb() {
           {kFile},
           {},
           "yaxreg create device.rce",
-          RunCreate};
+          RunCreate,
+          true};
 }
 
 Verb MkkeyVerb() {

@@ -4,6 +4,7 @@
 #include "tools/yaxreg/image/FileBytes.h"
 #include "tools/yaxreg/image/PendingChange.h"
 #include "tools/yaxreg/image/Snapshot.h"
+#include "tools/yaxreg/verbs/Batch.h"
 
 namespace yaxreg {
 
@@ -12,6 +13,12 @@ namespace status = tamu::registry::status;
 std::unique_ptr<RegistryImage> LoadImage(Invocation& call, const std::string& file, ExitCode* code,
                                          Orphans orphans) {
   std::string bytes;
+  if (call.batch != nullptr && call.batch->file == file) {
+    const unsigned int result = TakeSnapshot(*call.batch->registry, &bytes);
+    if (result == status::kOk) return DecodeImage(call, file, std::move(bytes), code, orphans);
+    *code = call.FailWithStatus(result, file, "");
+    return nullptr;
+  }
   const FileResult read = ReadWholeFile(file, RegistryImage::kMaxSize, &bytes);
   if (read.tooLarge) {
     *code = call.FailWithStatus(status::kInvalidFile, file, "", read.reason);

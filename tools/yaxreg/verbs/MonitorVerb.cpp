@@ -294,7 +294,8 @@ Verb MonitorVerb() {
        kUser,
        kUid},
       "yaxreg monitor device.rce network/eth0 --count 1 --timeout 0",
-      RunMonitor};
+      RunMonitor,
+      true};
 }
 
 }  // namespace yaxreg

@@ -156,7 +156,8 @@ Verb RepairVerb() {
       {{"-o,--output", "NEW", "The file to make; it must not exist"},
        {"-i,--in-place", nullptr, "Repair the file itself"}},
       "yaxreg repair device.rce -o saved.rce",
-      RunRepair};
+      RunRepair,
+      true};
 }
 
 }  // namespace yaxreg

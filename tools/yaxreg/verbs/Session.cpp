@@ -147,11 +147,20 @@ bool Session::BeginChange() {
   return false;
 }
 
+// The users of the commands may be different.
+bool Session::JoinBatch() {
+  const unsigned int result = call_.batch->registry->SetCurrentUserId(user_);
+  if (result == status::kOk) return LookAgain() && CheckSound();
+  code_ = FailWithStatus(result);
+  return false;
+}
+
 // Beside a program that writes without a journal a sound file may look damaged for a moment.
 bool Session::OpenToChange() {
   constexpr int kLooks = 5;
   constexpr int kPause = 10000;  // microseconds
   if (!ChooseUser()) return false;
+  if (call_.batch != nullptr) return JoinBatch();
   for (int i = 0; i < kLooks; ++i) {
     if (!LookAgain()) return false;
     if (image_->IsSound()) break;
@@ -170,6 +179,7 @@ bool Session::OpenToChange() {
 
 bool Session::Close() {
   if (!LookAgain()) return false;
+  if (call_.batch != nullptr) return true;
   const unsigned int ended = registry_->EndTransaction();
   registry_.reset();
   return ended == status::kOk ? CheckInPlace() : FailLost(ended);

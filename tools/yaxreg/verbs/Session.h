@@ -11,6 +11,7 @@
 #include "tools/yaxreg/image/FileIdentity.h"
 #include "tools/yaxreg/image/HeldSignals.h"
 #include "tools/yaxreg/image/RegistryImage.h"
+#include "tools/yaxreg/verbs/Batch.h"
 
 namespace yaxreg {
 
@@ -18,7 +19,8 @@ namespace yaxreg {
 //
 // The file is decoded before it is changed, so that nothing is made where no registry is, and once
 // more before the end, because the library does not report every change that found no room. All
-// that a session changes is one transaction: it happens at Close, or not at all.
+// that a session changes is one transaction: it happens at Close, or not at all. In a batch it is
+// part of the batch's.
 class Session {
  public:
   explicit Session(Invocation& invocation);
@@ -41,7 +43,9 @@ class Session {
   // The key of the call, without one "/" at its beginning and one at its end.
   const std::string& path() const { return path_; }
   const RegistryImage& image() const { return *image_; }
-  tamu::registry::Registry& registry() { return *registry_; }
+  tamu::registry::Registry& registry() {
+    return registry_ != nullptr ? *registry_ : *call_.batch->registry;
+  }
 
   // The key of the call, and a value of it, as the file was decoded last.
   const ContentKey* Key();
@@ -71,6 +75,7 @@ class Session {
   unsigned int OpenWith(tamu::registry::Durability durability);
   unsigned int OpenRegistry();
   bool BeginChange();
+  bool JoinBatch();
   bool CheckSound();
   bool CheckWritable();
   bool CheckInPlace();

@@ -5,11 +5,11 @@ namespace yaxreg {
 const VerbTable& AllVerbs() {
   static const VerbTable table = {
       {
-          CreateVerb(), TreeVerb(),    LsVerb(),      GetVerb(),    FindVerb(),       DuVerb(),
-          PutVerb(),    SetVerb(),     AddVerb(),     RmVerb(),     CpVerb(),         MvVerb(),
-          MkkeyVerb(),  RmkeyVerb(),   DefaultVerb(), RightsVerb(), WatchVerb(),      MonitorVerb(),
-          ExportVerb(), ImportVerb(),  DiffVerb(),    BackupVerb(), RestoreVerb(),    CheckVerb(),
-          RepairVerb(), CompactVerb(), StatVerb(),    CompLsVerb(), CompVerifyVerb(),
+          CreateVerb(), TreeVerb(),   LsVerb(),      GetVerb(),    FindVerb(),    DuVerb(),
+          PutVerb(),    SetVerb(),    AddVerb(),     RmVerb(),     CpVerb(),      MvVerb(),
+          MkkeyVerb(),  RmkeyVerb(),  DefaultVerb(), RightsVerb(), WatchVerb(),   MonitorVerb(),
+          ExportVerb(), ImportVerb(), DiffVerb(),    BackupVerb(), RestoreVerb(), BatchVerb(),
+          CheckVerb(),  RepairVerb(), CompactVerb(), StatVerb(),   CompLsVerb(),  CompVerifyVerb(),
       },
       {{"comp", "Look at the components that are registered"}}};
   return table;

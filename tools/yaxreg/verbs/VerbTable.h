@@ -31,6 +31,7 @@ Verb ImportVerb();      // verbs/ImportVerb.cpp
 Verb DiffVerb();        // verbs/DiffVerb.cpp
 Verb BackupVerb();      // verbs/BackupVerbs.cpp
 Verb RestoreVerb();     // verbs/BackupVerbs.cpp
+Verb BatchVerb();       // verbs/BatchVerb.cpp
 Verb CheckVerb();       // verbs/CheckVerb.cpp
 Verb RepairVerb();      // verbs/RepairVerb.cpp
 Verb CompactVerb();     // verbs/CompactVerb.cpp

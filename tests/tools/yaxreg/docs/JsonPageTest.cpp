@@ -155,6 +155,7 @@ TEST(JsonPage, TellsWhatChangingVerbsPrint) {
   ExpectTold("backup", JsonOf({"backup", file, "a", backup}));
   ExpectTold("restore", JsonOf({"restore", file, "a", backup}));
   ExpectTold("put", JsonOf({"put", file, "a:v", "--int", "3"}));
+  ExpectTold("batch", JsonOf({"batch", file}));
   ExpectTold("rm", JsonOf({"rm", file, "a", "v"}));
   ExpectTold("rmkey", JsonOf({"rmkey", file, "a"}));
   ExpectTold("compact", JsonOf({"compact", file}));
