@@ -12,6 +12,7 @@
 
 #include "tests/platform/TestFiles.h"
 #include "tests/support/StructureCheck.h"
+#include "tests/tools/yaxreg/ElfImage.h"
 #include "tests/tools/yaxreg/RegistryFile.h"
 #include "tests/tools/yaxreg/YaxregRig.h"
 #include "tools/yaxreg/verbs/VerbTable.h"
@@ -45,6 +46,7 @@ class HostileFiles : public ::testing::Test {
       EXPECT_EQ(status::kOk, registry.Calls().SetDefaultValue(0, "net/wlan0", 7));
     }
     ASSERT_EQ(0, Yaxreg({"backup", sound_, "net", backup_}).code);
+    PutFile(object_, ElfImage().Bytes());
     PutFile(commands_, "get net:mtu\n");
     bytes_ = GetFile(sound_);
   }
@@ -64,7 +66,8 @@ class HostileFiles : public ::testing::Test {
         {"NAME", "mtu"},         {"NUMBER", "8"},
         {"FROM", "net"},         {"TO", "copy"},
         {"BITS", "3"},           {"RIGHTS", "rwcd:r"},
-        {"COMMANDS", commands_}, {"BACKUP", name == "backup" ? output_ : backup_}};
+        {"COMMANDS", commands_}, {"ID", "{1FBF55FC-0F15-45CC-8F3F-DE86A5640CB5}"},
+        {"OBJECT", object_},     {"BACKUP", name == "backup" ? output_ : backup_}};
     for (const yaxreg::Argument& argument : verb.arguments) {
       const auto text = texts.find(argument.name);
       if (text == texts.end()) ADD_FAILURE() << "what is " << argument.name << " of " << name;
@@ -75,6 +78,8 @@ class HostileFiles : public ::testing::Test {
     if (name == "set" || name == "add" || name == "put")
       arguments.insert(arguments.end(), {"--int", "8"});
     if (name == "monitor") arguments.insert(arguments.end(), {"--timeout", "0"});
+    if (name == "comp add") arguments.insert(arguments.end(), {"-f", "--machine", "x86-64"});
+    if (name == "comp set") arguments.insert(arguments.end(), {"--name", "watch"});
     if (name == "repair") arguments.insert(arguments.end(), {"-o", output_});
     return arguments;
   }
@@ -150,6 +155,7 @@ class HostileFiles : public ::testing::Test {
   TempDir folder_;
   const std::string sound_ = folder_ / "sound.rce";
   const std::string backup_ = folder_ / "net.bak";
+  const std::string object_ = folder_ / "libclock.so";
   const std::string commands_ = folder_ / "commands";
   const std::string file_ = folder_ / "hostile.rce";
   const std::string output_ = folder_ / "output";

@@ -164,6 +164,16 @@ new/key:v = "x"'
   answers 1 yaxreg get device.rce network:c
 }
 
+@test "registers a component and takes it out" {
+  id={1FBF55FC-0F15-45CC-8F3F-DE86A5640CB5}
+  answers 1 yaxreg comp add device.rce $id "$PWD/commands"
+  yaxreg put device.rce "YAX_ROOT/$id:CompName" --string clock
+  answers 0 yaxreg comp set device.rce $id --name watch
+  is "$(yaxreg get device.rce "YAX_ROOT/$id:CompName")" watch
+  answers 0 yaxreg comp rm device.rce $id
+  answers 1 yaxreg comp rm device.rce $id
+}
+
 @test "finds keys and values, and what takes the most" {
   answers 0 yaxreg find device.rce '**' --value 'stat*'
   is "$out" network:mode
@@ -372,7 +382,7 @@ new/key:v = "x"'
 
 @test "completes verbs and the verbs below a group" {
   completes restore repair -- yaxreg re
-  completes ls verify -- yaxreg comp ''
+  completes ls verify add set rm -- yaxreg comp ''
   completes verify -- yaxreg comp v
   completes --help --version -- yaxreg -
 }

@@ -35,7 +35,20 @@ ComponentField NumberOf(const ContentKey& key, const std::string& name) {
   return field;
 }
 
-bool IsIdentifier(const std::string& name) {
+Component ComponentOf(const ContentKey& key) {
+  Component component;
+  component.identifier = key.name;
+  component.isIdentifier = IsComponentIdentifier(key.name);
+  component.name = TextOf(key, "CompName");
+  component.type = NumberOf(key, "Type");
+  component.function = NumberOf(key, "FactoryFn");
+  component.path = TextOf(key, "BinaryPath");
+  return component;
+}
+
+}  // namespace
+
+bool IsComponentIdentifier(const std::string& name) {
   const std::string pattern = "{00000000-0000-0000-0000-000000000000}";
   if (name.size() != pattern.size()) return false;
   for (size_t i = 0; i < pattern.size(); ++i) {
@@ -45,19 +58,6 @@ bool IsIdentifier(const std::string& name) {
   }
   return true;
 }
-
-Component ComponentOf(const ContentKey& key) {
-  Component component;
-  component.identifier = key.name;
-  component.isIdentifier = IsIdentifier(key.name);
-  component.name = TextOf(key, "CompName");
-  component.type = NumberOf(key, "Type");
-  component.function = NumberOf(key, "FactoryFn");
-  component.path = TextOf(key, "BinaryPath");
-  return component;
-}
-
-}  // namespace
 
 ComponentList ReadComponents(const Content& content) {
   ComponentList list;

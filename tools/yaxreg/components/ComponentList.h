@@ -43,6 +43,9 @@ struct ComponentList {
   bool IsSingleBinary() const { return isSingleBin.isThere() && isSingleBin.word() == 1; }
 };
 
+// "{1FBF55FC-0F15-45CC-8F3F-DE86A5640CB5}": in capitals and braces.
+bool IsComponentIdentifier(const std::string& name);
+
 // Empty where the registry tells of none.
 ComponentList ReadComponents(const Content& content);
 

@@ -37,6 +37,9 @@ Verb RepairVerb();      // verbs/RepairVerb.cpp
 Verb CompactVerb();     // verbs/CompactVerb.cpp
 Verb StatVerb();        // verbs/StatVerb.cpp
 Verb CompLsVerb();      // verbs/ComponentVerbs.cpp
+Verb CompAddVerb();     // verbs/ComponentChangeVerbs.cpp
+Verb CompSetVerb();     // verbs/ComponentChangeVerbs.cpp
+Verb CompRmVerb();      // verbs/ComponentChangeVerbs.cpp
 Verb CompVerifyVerb();  // verbs/ComponentVerbs.cpp
 
 }  // namespace yaxreg
