@@ -195,13 +195,16 @@ bool PCNewFile::ReplaceOnDisk() {
 }
 
 bool PCNewFile::CopyInPlace() const {
+  const long long length = posix::Length(mFd);
+  if (length < 0) return false;
   PCFile from;
   PCFile to;
   if (!from.Create(mPaths + kPathSize, PCFile::kReadWrite) || !PCFile::Make(mPaths)) return false;
   if (!to.Create(mPaths, PCFile::kReadWrite)) return false;
   char piece[1024];
-  for (unsigned int left = from.Size(); left > 0;) {
-    const unsigned int now = left < sizeof piece ? left : static_cast<unsigned int>(sizeof piece);
+  for (long long left = length; left > 0;) {
+    const long long most = sizeof piece;
+    const unsigned int now = static_cast<unsigned int>(left < most ? left : most);
     if (!from.Read(piece, now) || !to.Write(piece, now)) return false;
     left -= now;
   }

@@ -54,7 +54,9 @@ class MakingFaultTest : public ::testing::Test {
     }
     if (!making.old.empty()) PutFile(path, making.old);
     faults::Arm(mode, number);
-    if (!making.system.isOld) return;
+    if (making.system.isOld) RefuseNewNames();
+  }
+  static void RefuseNewNames() {
     faults::RefuseMoves(Moving::kNew, EINVAL);
     faults::RefuseMoves(Moving::kExchange, EINVAL);
   }
@@ -141,6 +143,24 @@ TEST_F(MakingFaultTest, OneCallThatFailsLeavesAllAsItWasAndNothingBeside) {
   }
 }
 
+// Openings, locks, lengths and looks at names fail, too.
+TEST_F(MakingFaultTest, ACallThatOnlyLooksLeavesTheOldFileOrTheWholeNewOne) {
+  for (const Making& making : AllMakings()) {
+    for (unsigned int number = 0; !HasFailure(); number += YAX_TEST_STRIDE) {
+      SCOPED_TRACE(NameOf(making, Mode::kFailOnce, number));
+      Prepare(making, Mode::kNone, 0);
+      faults::ArmAll(Mode::kFailOnce, number);
+      if (making.system.isOld) RefuseNewNames();
+      const unsigned int result = Make(making);
+      const bool isOver = faults::Struck() == 0;
+      faults::Disarm();
+      EXPECT_TRUE(IsWhole() || (result != 0 && IsOld(making))) << result;
+      ExpectTheNextMakingWorks(making);
+      if (isOver) break;
+    }
+  }
+}
+
 // Names that cannot be removed stay until the next making.
 TEST_F(MakingFaultTest, AllCallsThatFailFromOneOnLeaveTheFileAsItWas) {
   for (const Making& making : AllMakings()) {
@@ -214,6 +234,29 @@ TEST_F(MakingFaultTest, AFileThatCannotBeReplacedIsWrittenOver) {
     EXPECT_EQ(0u, Make({kSystems[0], durability, "old"}));
     EXPECT_TRUE(IsWhole());
     EXPECT_EQ("registry.rce ", NamesIn(dir / "."));
+  }
+}
+
+// While it is written over, it is neither the old one nor the new one.
+TEST_F(MakingFaultTest, AFileThatCannotBeWrittenOverEitherIsToldOf) {
+  for (const Durability durability : {Durability::kNone, Durability::kPower}) {
+    const Making making = {kSystems[0], durability, "old"};
+    unsigned int refused = 0;
+    for (unsigned int number = 0; !HasFailure(); number += YAX_TEST_STRIDE) {
+      SCOPED_TRACE(NameOf(making, Mode::kFailOnce, number));
+      Prepare(making, Mode::kNone, 0);
+      faults::ArmAll(Mode::kFailOnce, number);
+      faults::RefuseMoves(Moving::kReplace, EBUSY);
+      faults::RefuseMoves(Moving::kExchange, EBUSY);
+      const unsigned int result = Make(making);
+      const bool isOver = faults::Struck() == 0;
+      faults::Disarm();
+      if (result != 0) ++refused;
+      EXPECT_TRUE(result != 0 || IsWhole());
+      ExpectTheNextMakingWorks(making);
+      if (isOver) break;
+    }
+    EXPECT_GT(refused, 0u);
   }
 }
 
