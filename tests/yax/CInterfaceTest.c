@@ -397,6 +397,10 @@ static void NullPointersAreRefused(void) {
   CHECK_STATUS(YAX_BAD_ARGUMENT, yax_key_at(registry, NULL, &key));
   CHECK_STATUS(YAX_BAD_ARGUMENT, yax_key_at(registry, "k", NULL));
   CHECK_STATUS(YAX_BAD_ARGUMENT, yax_key_below(NULL, "k", &key));
+  CHECK_STATUS(YAX_BAD_ARGUMENT, yax_key_below(key, NULL, &key));
+  CHECK_STATUS(YAX_BAD_ARGUMENT, yax_key_below(key, "k", NULL));
+  CHECK_STATUS(YAX_BAD_ARGUMENT, yax_set_user(NULL, "user"));
+  CHECK_STATUS(YAX_BAD_ARGUMENT, yax_set_user_number(NULL, 1));
   CHECK_STATUS(YAX_BAD_ARGUMENT, yax_key_make(NULL));
   CHECK_STATUS(YAX_BAD_ARGUMENT, yax_key_exists(NULL));
   CHECK_STATUS(YAX_BAD_ARGUMENT, yax_key_remove(NULL));
@@ -419,6 +423,9 @@ static void NullPointersAreRefused(void) {
   CHECK_STATUS(YAX_BAD_ARGUMENT, yax_get_text(key, "n", NULL, 9, NULL));
   CHECK_STATUS(YAX_BAD_ARGUMENT, yax_value_exists(key, NULL, NULL));
   CHECK_STATUS(YAX_BAD_ARGUMENT, yax_remove_value(key, NULL));
+  CHECK_STATUS(YAX_BAD_ARGUMENT, yax_remove_value(NULL, "n"));
+  CHECK_STATUS(YAX_BAD_ARGUMENT, yax_get_data(NULL, "n", NULL, &number, sizeof number, NULL));
+  CHECK_STATUS(YAX_NOT_FOUND, yax_get_data(key, "n", NULL, &number, sizeof number, NULL));
   CHECK(yax_names_count(NULL) == 0 && yax_names_at(NULL, 0, NULL) == NULL);
   CHECK(strcmp(yax_key_path(NULL), "") == 0);
   CHECK(yax_durability(NULL) == YAX_DURABILITY_NONE);
@@ -481,6 +488,7 @@ static void ChangesAreTold(void) {
   CHECK(watch == NULL);
   yax_key_free(net);
   CHECK_STATUS(YAX_BAD_ARGUMENT, yax_watch_key(NULL, &watch));
+  CHECK_STATUS(YAX_BAD_ARGUMENT, yax_watch_key(net, NULL));
   CHECK_STATUS(YAX_BAD_ARGUMENT, yax_watch_next(NULL, 0, &change));
   CHECK(yax_change_descriptor(NULL) == -1);
   yax_watch_free(NULL);

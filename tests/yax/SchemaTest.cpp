@@ -57,6 +57,13 @@ TEST_F(SchemaTest, WhatDoesNotFitIsToldAndNothingIsMade) {
   EXPECT_EQ(9001, registry["net/eth0"].Get("mtu", 0));
 }
 
+TEST_F(SchemaTest, ANumberBelowTheLeastDoesNotFit) {
+  ASSERT_TRUE(registry["net/eth0"].Set("mtu", 575));
+  const Report report = Apply(registry, schema);
+  EXPECT_EQ(Status(YAX_RANGE), report.status);
+  EXPECT_EQ((Lines{"net/eth0 mtu: the number is outside the range"}), report.unfit);
+}
+
 TEST_F(SchemaTest, WhatIsTooMuchIsToldOnce) {
   ASSERT_TRUE(registry["net/eth0"].Set("speed", 100));
   ASSERT_TRUE(registry["other"].Set("n", 1));

@@ -1,12 +1,15 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "tests/platform/ChildProcess.h"
 #include "tests/platform/TestFiles.h"
 #include "yax/Settings.h"
 
@@ -33,6 +36,13 @@ class Settings : public ::testing::Test {
     const Result<T> read = key.Get<T>("v");
     ASSERT_TRUE(read) << read.status().text();
     EXPECT_EQ(*read, value);
+  }
+
+  // Of a value that is not there, and of a text.
+  template <class T>
+  void ExpectNone() {
+    EXPECT_EQ(Status(YAX_NOT_FOUND), key.Get<T>("missing").status());
+    EXPECT_EQ(Status(YAX_WRONG_TYPE), key.Get<T>("text").status());
   }
 
   TempDir folder;
@@ -119,6 +129,57 @@ TEST_F(Settings, WhatIsTooLongOrImpossibleIsRefused) {
   EXPECT_FALSE(key.Exists());
   EXPECT_EQ(registry["a//b"].Set("v", 1), Status(YAX_BAD_ARGUMENT));
   EXPECT_EQ(registry[std::string("a\0b", 3)].Make(), Status(YAX_BAD_ARGUMENT));
+}
+
+TEST_F(Settings, NoNameOrPathIsCutAtAZeroByte) {
+  const std::string name("n\0m", 3);
+  ASSERT_TRUE(key.Set("n", 1));
+  EXPECT_EQ(Status(YAX_BAD_ARGUMENT), key.Get<int>(name).status());
+  EXPECT_EQ(Status(YAX_BAD_ARGUMENT), key.Remove(name));
+  EXPECT_EQ(Status(YAX_BAD_ARGUMENT), key.CopyTo(name));
+  EXPECT_EQ(Status(YAX_BAD_ARGUMENT), key.MoveTo(name));
+  EXPECT_EQ("", key[name].path());
+  EXPECT_EQ(1, key.Get("n", 0));
+  EXPECT_EQ((std::vector<std::string>{"k"}), ListOf(registry.root().Branch()));
+}
+
+TEST_F(Settings, EveryTypeTellsWhatIsMissingOrAnother) {
+  ASSERT_TRUE(key.Set("text", "text"));
+  ExpectNone<bool>();
+  ExpectNone<short>();
+  ExpectNone<unsigned long>();
+  ExpectNone<Color>();
+  ExpectNone<Signed>();
+  ExpectNone<float>();
+  ExpectNone<double>();
+  ExpectNone<Bytes>();
+}
+
+TEST_F(Settings, RealNumbersWithoutEndAreKept) {
+  ExpectKept(std::numeric_limits<float>::infinity());
+  ExpectKept(-std::numeric_limits<double>::infinity());
+  ExpectKept(std::numeric_limits<float>::max());
+  ExpectKept(std::numeric_limits<double>::max());
+  ASSERT_TRUE(key.Set("v", std::numeric_limits<double>::quiet_NaN()));
+  EXPECT_TRUE(std::isnan(key.Get("v", 0.0)));
+}
+
+// Nothing is lost on the way to a text and back, and nothing else is taken for a number.
+TEST_F(Settings, OnlyAWholeNumberIsARealOne) {
+  for (const char* text : {"", " 1", "1 ", "x", "1,5", "1.5.", "0x", "+-1", "nothing"}) {
+    ASSERT_EQ(YAX_OK, yax_set_data(key.get(), "v", YAX_REAL, text, std::strlen(text) + 1));
+    EXPECT_EQ(Status(YAX_WRONG_TYPE), key.Get<double>("v").status()) << text;
+  }
+  const std::string digits(80, '1');
+  ASSERT_EQ(YAX_OK, yax_set_data(key.get(), "v", YAX_REAL, digits.c_str(), digits.size() + 1));
+  EXPECT_EQ(Status(YAX_WRONG_TYPE), key.Get<double>("v").status());
+}
+
+TEST_F(Settings, AKeyThatCannotBeListedIsNotWalked) {
+  int visited = 0;
+  const auto count = [&](const Key&) { ++visited; };
+  EXPECT_EQ(Status(YAX_NOT_FOUND), key.Walk(count));
+  EXPECT_EQ(0, visited);
 }
 
 TEST_F(Settings, KeysAreMadeOnTheWayAndListedInOrder) {
@@ -254,6 +315,27 @@ TEST_F(Settings, FilesDoNotWearOut) {
     ASSERT_EQ(made.Set("text", std::string(1000, 'd')), Status()) << i;
     ASSERT_EQ(made.Remove(), Status()) << i;
   }
+}
+
+// What is usual falls back to it; what is asked for does not.
+TEST(SettingsOpening, WhereNoJournalCanBeHadChangesGoStraight) {
+  if (geteuid() != 0) GTEST_SKIP() << "only the superuser can become somebody else";
+  TempDir folder;
+  const std::string path = folder / "a.rce";
+  ASSERT_TRUE(Registry(path));
+  ASSERT_EQ(0, chmod(path.c_str(), 0666));
+  ASSERT_EQ(0, chmod((folder / ".").c_str(), 0555));
+  EXPECT_TRUE(InChild([&] {
+    if (!DropRights()) return false;
+    Options options;
+    options.durability = Durability::kProcess;
+    if (Registry(path, options).status() != Status(YAX_NO_SPACE)) return false;
+    Registry registry(path);
+    return registry && registry.durability() == Durability::kNone && registry["k"].Set("n", 1) &&
+           registry["k"].Get("n", 0) == 1;
+  }));
+  ASSERT_EQ(0, chmod((folder / ".").c_str(), 0755));
+  EXPECT_EQ(1, Registry(path)["k"].Get("n", 0));
 }
 
 }  // namespace

@@ -74,6 +74,13 @@ TEST_F(TransactionTest, AClosedRegistryHasNone) {
   Transaction transaction(none);
   EXPECT_EQ(transaction.status(), Status(YAX_BAD_ARGUMENT));
   EXPECT_EQ(transaction.Commit(), Status(YAX_BAD_ARGUMENT));
+  bool isCalled = false;
+  const auto change = [&]() -> Status {
+    isCalled = true;
+    return YAX_OK;
+  };
+  EXPECT_EQ(Status(YAX_BAD_ARGUMENT), Atomically(none, change));
+  EXPECT_FALSE(isCalled);
 }
 
 TEST_F(TransactionTest, EachStepOfAMigrationIsDoneOnce) {
@@ -94,6 +101,13 @@ TEST_F(TransactionTest, EachStepOfAMigrationIsDoneOnce) {
   EXPECT_EQ(100000, key.Get("rate", 0));
   EXPECT_FALSE(key.Has("speed"));
   EXPECT_EQ(Migrate(registry, key, {first}), Status(YAX_RANGE));
+}
+
+TEST_F(TransactionTest, AVersionThatIsNoNumberStopsAMigration) {
+  ASSERT_TRUE(key.Set(kVersionName, "one"));
+  const auto step = [](Key& k) { return k.Set("speed", 100); };
+  EXPECT_EQ(Status(YAX_WRONG_TYPE), Migrate(registry, key, {step}));
+  EXPECT_FALSE(key.Has("speed"));
 }
 
 TEST_F(TransactionTest, AStepThatFailsLeavesNothingAndIsDoneNextTime) {
