@@ -27,7 +27,7 @@ class NetworkFileTest : public ::testing::Test {
       RegistryOptions options;
       options.readOnly = isToRead;
       if (isToRead) registry.SetOptions(options);
-      _exit(static_cast<int>(registry.Initialize()));
+      EndChild(static_cast<int>(registry.Initialize()));
     });
   }
 

@@ -222,7 +222,7 @@ TEST_F(SharedRegistry, AChildKeepsNothingOfAParentThatDies) {
     if (registry.Initialize() != 0) return std::string("no registry");
     if (fork() == 0) {
       sleep(5);
-      _exit(0);
+      EndChild(0);
     }
     return SharedScript(registry, 1, false).Run(1000000000);
   });

@@ -8,6 +8,8 @@
 #include <cstdio>
 #include <string>
 
+#include "tests/platform/ChildProcess.h"
+
 namespace processes {
 
 class Worker {
@@ -25,7 +27,7 @@ class Worker {
     if (pid_ != 0) return;
     const std::string wrong = work();
     if (!wrong.empty()) std::fprintf(stderr, "a process found: %s\n", wrong.c_str());
-    _exit(wrong.empty() ? 0 : 1);
+    EndChild(wrong.empty() ? 0 : 1);
   }
   ~Worker() {
     if (pid_ > 0) Kill();

@@ -24,7 +24,7 @@ unsigned int Opened(Registry& registry, const RegistryOptions& options) {
 unsigned int OpenedElsewhere(const std::string& path, const RegistryOptions& options) {
   return AnswerOfChild([&]() -> unsigned int {
     Registry registry(path.c_str(), kAdmin);
-    _exit(static_cast<int>(Opened(registry, options)));
+    EndChild(static_cast<int>(Opened(registry, options)));
   });
 }
 
@@ -81,7 +81,7 @@ TEST_F(RegistryFileHold, AChildDoesNotKeepItForItsParent) {
     char byte = 0;
     close(ends[1]);
     static_cast<void>(!read(ends[0], &byte, 1));
-    _exit(0);
+    EndChild(0);
   }
   registry.Finalize();
   EXPECT_EQ(0u, OpenedElsewhere(path, OptionsOf(Durability::kNone)));

@@ -4,6 +4,7 @@
 
 #include "registry/RegistryRouting.h"
 #include "registry/Transaction.h"
+#include "tests/platform/ChildProcess.h"
 #include "tests/registry/RegistryRig.h"
 #include "tests/support/PossibleModes.h"
 #include "tests/support/RegistryImage.h"
@@ -400,7 +401,7 @@ TEST_P(RegistryTransaction, AnotherProcessReadsTheStateBefore) {
       const char text = Text("a/b", "text")[0];
       if (write(answered[1], &text, 1) != 1) break;
     }
-    _exit(0);
+    EndChild(0);
   }
   const auto firstReadElsewhere = [&] {
     char text = 0;

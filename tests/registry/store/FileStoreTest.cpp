@@ -54,7 +54,7 @@ TEST(FileStore, TwoProcessesThatMakeTheSameFileAtOnceUseOne) {
     const std::string path = dir / std::to_string(round).c_str();
     const pid_t child = fork();
     ASSERT_GE(child, 0);
-    if (child == 0) _exit(MakeTogether(*shared, path, 200) ? 0 : 1);
+    if (child == 0) EndChild(MakeTogether(*shared, path, 200) ? 0 : 1);
     const bool isDone = MakeTogether(*shared, path, 100);
     int status = 0;
     ASSERT_EQ(waitpid(child, &status, 0), child);
