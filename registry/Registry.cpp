@@ -233,9 +233,8 @@ unsigned int Registry::RewriteFile(FileRewriter& rewriter, ChangeKind kind) {
   note.count = 1;
   note.changes[0] = {kind, "", nullptr};
   const StoreTelling telling(*keyTree->File(), &note);
-  instance->isWalked = true;
+  const RegistryInstance::WalkScope rewriting(*instance);
   const Status result = Rewriting(*keyTree->File()).Run(rewriter);
-  instance->isWalked = false;
   if (result.IsOk()) keyTree->SetBehind();
   return result;
 }
@@ -243,10 +242,8 @@ unsigned int Registry::RewriteFile(FileRewriter& rewriter, ChangeKind kind) {
 unsigned int Registry::LookInTransaction(FileRewriter& rewriter) {
   PCMutexGuard guard(instance->operationLock);
   OpenTransaction::Scope open(instance->transaction);
-  instance->isWalked = true;
-  const Status result = Rewriting(*keyTree->File()).Look(rewriter);
-  instance->isWalked = false;
-  return result;
+  const RegistryInstance::WalkScope looking(*instance);
+  return Rewriting(*keyTree->File()).Look(rewriter);
 }
 
 unsigned int Registry::GetRegistryInfo(RegistryInfo* info) {

@@ -36,8 +36,7 @@ class RegistryInstance {
   RegistryDaemon* daemon = nullptr;  // a third backend, never made
   List<void*>* handles = nullptr;
   unsigned int refCount = 1;
-  bool isWalked =
-      false;  // a visitor of Registry::Walk runs, in the thread that holds operationLock
+  bool isWalked = false;  // there is a WalkScope, of the thread that holds operationLock
   const unsigned int fork = PCFork::Count();  // of the process that has made it
   RegistryInstance* next = nullptr;
   RegistryInstance* prev = nullptr;  // not followed: it may name an instance that is gone
@@ -60,8 +59,19 @@ class RegistryInstance {
     if (handles->isInvalidIndex(handle)) return nullptr;
     return static_cast<TernaryHandle*>(*handles->Get(handle));
   }
-  // True for a visitor of Registry::Walk; asked before any lock is taken.
+  // True for a visitor or rewriter of a client; asked before any lock is taken.
   bool IsWalkedHere() const { return operationLock.IsMine() && isWalked; }
+  // While a visitor or rewriter runs: its thread holds operationLock and is refused what it asks.
+  class WalkScope {
+   public:
+    explicit WalkScope(RegistryInstance& walked) : walked_(walked) { walked_.isWalked = true; }
+    ~WalkScope() { walked_.isWalked = false; }
+    WalkScope(const WalkScope&) = delete;
+    WalkScope& operator=(const WalkScope&) = delete;
+
+   private:
+    RegistryInstance& walked_;
+  };
 
  private:
   RegistryInstance() = default;

@@ -85,10 +85,8 @@ unsigned int Registry::ListValues(unsigned int handle, const char* keyPath, unsi
 unsigned int Registry::Walk(unsigned int handle, const char* keyPath, WalkVisitor& visitor) {
   if (!IsReady()) return status::kNoRight;
   return Route(handle, [&](RegistryInterface& tree, void* treeHandle) {
-    instance->isWalked = true;
-    const unsigned int result = tree.Walk(userId, treeHandle, keyPath, &visitor);
-    instance->isWalked = false;
-    return result;
+    const RegistryInstance::WalkScope walking(*instance);
+    return tree.Walk(userId, treeHandle, keyPath, &visitor);
   });
 }
 

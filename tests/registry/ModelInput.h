@@ -104,4 +104,24 @@ class ModelInput {
   std::vector<std::string> paths_;
 };
 
+// A value to be created. The size of a number may be left at 0.
+struct NewValue {
+  explicit NewValue(ModelInput& in) : type(in.Type()), data(in.Data()) {
+    isUntold = type == 0 && data.empty();
+    if (isUntold) data = Little(in.Number(), 8);
+  }
+
+  unsigned int type;
+  std::string data;
+  bool isUntold;
+};
+
+// The same for a registry.
+class NewExactValue : public ExactValue {
+ public:
+  explicit NewExactValue(const NewValue& value) : ExactValue(value.type, value.data) {
+    if (value.isUntold) size = 0;
+  }
+};
+
 }  // namespace tamu::registry

@@ -123,14 +123,10 @@ class ModelRun {
           << Text("CreateValue unset", path, name);
       return;
     }
-    const unsigned int type = in_.Type();
-    std::string data = in_.Data();
-    const bool isUntold = type == 0 && data.empty();  // a number's size may be left at 0
-    if (isUntold) data = Little(in_.Number(), 8);
-    ExactValue value(type, data);
-    if (isUntold) value.size = 0;
+    const NewValue made(in_);
+    NewExactValue value(made);
     EXPECT_EQ(registry_->CreateValue(0, path.c_str(), name.c_str(), &value),
-              model_->CreateValue(user_, path, name, type, &data))
+              model_->CreateValue(user_, path, name, made.type, &made.data))
         << Text("CreateValue", path, name);
   }
 

@@ -47,14 +47,25 @@ class SharedTool : public ::testing::Test {
     return "";
   }
 
+  // Programs that change the file beside the test; the first of them without handles.
+  void StartPrograms(unsigned int count) {
+    const unsigned int operations = crash::Sized(3000, 100000);
+    for (unsigned int i = 0; i < count; ++i) {
+      workers.emplace_back([this, i, operations] { return Work(i, i > 0, operations); });
+    }
+  }
+  void ExpectAllEndWell() {
+    for (Worker& each : workers) EXPECT_TRUE(each.EndsWell());
+  }
+
   TempDir folder;
   const std::string file = folder / "registry";
   bool isShared = false;
+  std::vector<Worker> workers;
 };
 
 TEST_F(SharedTool, ChangesOfSeveralCallsAreAllThere) {
   constexpr unsigned int kCalls = 25;
-  std::vector<Worker> workers;
   for (unsigned int i = 0; i < 4; ++i) {
     const std::string key = "of" + std::to_string(i);
     workers.emplace_back([&]() -> std::string {
@@ -70,7 +81,7 @@ TEST_F(SharedTool, ChangesOfSeveralCallsAreAllThere) {
       return "";
     });
   }
-  for (Worker& each : workers) EXPECT_TRUE(each.EndsWell());
+  ExpectAllEndWell();
   for (unsigned int i = 0; i < 4; ++i) {
     const std::string key = "of" + std::to_string(i);
     EXPECT_EQ("24\n", Yaxreg({"default", file, key + "/in"}).out);
@@ -118,16 +129,12 @@ TEST_F(SharedTool, LooksNeverSeeHalfOfAChange) {
 
 TEST_F(SharedTool, CompactingDisturbsNobody) {
   if (!isShared) return;  // such a file is for one program
-  const unsigned int operations = crash::Sized(3000, 100000);
-  std::vector<Worker> workers;
-  workers.emplace_back([&] { return Work(0, false, operations); });
-  workers.emplace_back([&] { return Work(1, true, operations); });
-  workers.emplace_back([&] { return Work(2, true, operations); });
+  StartPrograms(3);
   workers.emplace_back([&] {
     return Repeat({"compact", file, "--force"}, crash::Sized(40, 1000));
   });
   workers.emplace_back([&] { return Repeat({"repair", "-i", file}, crash::Sized(20, 500)); });
-  for (Worker& each : workers) EXPECT_TRUE(each.EndsWell());
+  ExpectAllEndWell();
   EXPECT_EQ(0, Yaxreg({"compact", file, "--force"}).code);
   EXPECT_NE(std::string::npos, Yaxreg({"compact", file}).out.find("is compact already"));
 }
@@ -135,17 +142,14 @@ TEST_F(SharedTool, CompactingDisturbsNobody) {
 // At any moment, again and again.
 TEST_F(SharedTool, ACompactionThatIsKilledLosesNothingAndDisturbsNobody) {
   if (!isShared) return;  // such a file is for one program
-  const unsigned int operations = crash::Sized(3000, 100000);
-  std::vector<Worker> workers;
-  workers.emplace_back([&] { return Work(0, false, operations); });
-  workers.emplace_back([&] { return Work(1, true, operations); });
+  StartPrograms(2);
   crash::Random random(7);
   for (unsigned int kills = crash::Sized(60, 3000); kills > 0; --kills) {
     Worker compacting([&] { return Repeat({"compact", file, "--force"}, 1000); });
     usleep(random.Below(20000));
     EXPECT_TRUE(compacting.Kill());
   }
-  for (Worker& each : workers) EXPECT_TRUE(each.EndsWell());
+  ExpectAllEndWell();
   EXPECT_EQ(0, Yaxreg({"compact", file, "--force"}).code);
 }
 
