@@ -9,10 +9,9 @@ namespace yax {
 
 namespace {
 
+// Never empty.
 const char* PointOfLocale() {
-  const lconv* const locale = std::localeconv();
-  const bool isGiven = locale != nullptr && locale->decimal_point[0] != 0;
-  return isGiven ? locale->decimal_point : ".";
+  return std::localeconv()->decimal_point;
 }
 
 // Copies a text with one piece of it exchanged for another. False: it is too long.

@@ -301,10 +301,6 @@ int Link(const char* from, const char* to) {
   return link(from, to) == 0 ? 0 : errno;
 }
 
-bool Rename(const char* from, const char* to) {
-  return rename(from, to) == 0;
-}
-
 int Move(const char* from, const char* to, Moving how) {
   unsigned int flags = 0;
   if (how == Moving::kNew) flags = RENAME_NOREPLACE;

@@ -86,8 +86,6 @@ int CopyRights(int fd, const char* model);
 
 // Gives the file at `from` the name `to`, which nothing else may have. Returns 0 or errno.
 int Link(const char* from, const char* to);
-// Gives the file at `from` the name `to`; what had it goes.
-bool Rename(const char* from, const char* to);
 // How Move treats what has the name already.
 enum class Moving {
   kReplace,   // it goes

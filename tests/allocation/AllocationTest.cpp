@@ -114,6 +114,61 @@ TEST_F(Allocations, ThatFailInAnotherOpeningTakeNothingAway) {
   }
 }
 
+TEST_F(Allocations, ThatFailInAnOpeningToReadLeaveNothing) {
+  registry.Finalize();
+  const std::string path = folder / "counted.rce";
+  const std::string before = GetFile(path);
+  const std::string side = folder / ".";
+  RegistryOptions options;
+  options.readOnly = true;
+  options.sideFolder = side.c_str();
+  unsigned int failures = 0;
+  for (unsigned int nth = 1;; ++nth) {
+    SCOPED_TRACE("allocation " + std::to_string(nth));
+    const unsigned int live = heap::sLive;
+    bool isOver = false;
+    {
+      Registry reader(path.c_str(), kAdministratorId);
+      heap::sFailing = nth;
+      unsigned int result = reader.SetOptions(options);
+      if (result == status::kOk) result = reader.Initialize();
+      isOver = heap::sFailing > 0;
+      heap::sFailing = 0;
+      // It can do without a mapping, for one.
+      if (result != status::kOk) ++failures;
+      EXPECT_TRUE(result == status::kOk || result == status::kNoMemory ||
+                  (result == status::kInputOutput && !isOver))
+          << result;
+    }
+    EXPECT_EQ(live, heap::sLive);
+    EXPECT_TRUE(before == GetFile(path));
+    if (isOver) break;
+  }
+  EXPECT_GT(failures, 5u);
+}
+
+// Without a journal they are kept in memory, from when somebody asks.
+TEST_F(Allocations, ThatFailLeaveChangesUntold) {
+  registry.Finalize();
+  RegistryOptions options;
+  options.durability = Durability::kNone;
+  ASSERT_EQ(status::kOk, registry.SetOptions(options));
+  ASSERT_EQ(status::kOk, registry.Initialize());
+  heap::sFailing = 1;
+  EXPECT_EQ(0u, registry.ChangeNumber());
+  heap::sFailing = 1;
+  EXPECT_EQ(status::kNoMemory, registry.WaitForChange(0, 0));
+  heap::sFailing = 1;
+  unsigned long long latest = 0;
+  ChangeList changes;
+  EXPECT_EQ(status::kNoMemory, registry.ReadChanges(&latest, &changes));
+  EXPECT_EQ(0u, heap::sFailing);
+  latest = registry.ChangeNumber();
+  EXPECT_NE(0u, latest);
+  ASSERT_EQ(status::kOk, registry.SetDefaultValue(0, kKey, 9));
+  EXPECT_EQ(status::kOk, registry.WaitForChange(latest, 0));
+}
+
 // The whole-key operations with each of their allocations failing in turn.
 class AllocationTest : public Allocations {
  protected:

@@ -50,6 +50,21 @@ TEST_F(ChangesAllocationTest, ALongChangeGivesEverythingBack) {
   }
 }
 
+TEST_F(ChangesAllocationTest, AGrowthWithoutMemoryLeavesTheFileAsItWas) {
+  const std::string bytes = Bytes();
+  {
+    Changes changes(store);
+    unsigned int id = 0;
+    while (changes.Descriptor(NodeKind::kKey).lastTable->freeCount() > 0) {
+      ASSERT_EQ(status::kOk, changes.Take(NodeKind::kKey, &id));
+    }
+    heap::sFailing = 1;
+    EXPECT_EQ(status::kNoMemory, changes.Take(NodeKind::kKey, &id));
+    EXPECT_EQ(0u, heap::sFailing);
+  }
+  EXPECT_TRUE(bytes == Bytes());
+}
+
 TEST_F(ChangesAllocationTest, ALogThatCannotGrowEndsTheChange) {
   const std::string bytes = Bytes();
   const std::string known = Known();

@@ -282,13 +282,6 @@ int Link(const char* from, const char* to) {
   return 0;
 }
 
-bool Rename(const char* from, const char* to) {
-  crash::Begins();
-  if (rename(from, to) != 0) return false;
-  crash::ChangedName(Call::kRename, from, to);
-  return true;
-}
-
 int Move(const char* from, const char* to, Moving how) {
   crash::Begins();
   unsigned int flags = 0;

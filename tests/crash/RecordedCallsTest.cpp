@@ -47,7 +47,7 @@ TEST_F(RecordedCallsTest, ChangesAreRecordedInTheirOrder) {
   EXPECT_TRUE(posix::Close(fd));
   EXPECT_EQ(0, posix::Link(path.c_str(), other.c_str()));
   EXPECT_TRUE(posix::Remove(path.c_str()));
-  EXPECT_TRUE(posix::Rename(other.c_str(), path.c_str()));
+  EXPECT_EQ(0, posix::Move(other.c_str(), path.c_str(), posix::Moving::kReplace));
   EXPECT_TRUE(posix::SyncFolderOf(path.c_str()));
   EXPECT_EQ(
       "0 make 0 0 a \n0 write 0 2 abc \n0 sync 0 0  \n1 length 0 4  \n1 length 0 6  \n"

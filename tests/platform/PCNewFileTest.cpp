@@ -243,6 +243,45 @@ TEST(PCNewFile, AFileOfAnotherUserIsWrittenInPlace) {
   EXPECT_EQ("f ", NamesIn(dir / "."));
 }
 
+// A folder where each temporary name is somebody else's takes no other.
+TEST(PCNewFile, WithoutATemporaryNameNothingIsMade) {
+  TempDir dir;
+  PutFile(dir / "old", "old");
+  std::string names;
+  for (int i = 0; i < 100; ++i) {
+    const std::string name = std::string(".yax-new-") + (i < 10 ? "0" : "") + std::to_string(i);
+    ASSERT_EQ(0, mkdir((dir / name.c_str()).c_str(), 0755));
+    names += name + " ";
+  }
+  PCNewFile made;
+  EXPECT_EQ(0, made.Create((dir / "new").c_str()));
+  EXPECT_EQ(0, made.Create((dir / "old").c_str()));
+  EXPECT_EQ("old", GetFile(dir / "old"));
+  EXPECT_EQ(names + "old ", NamesIn(dir / "."));
+}
+
+TEST(PCNewFile, APathMayBeShortButNotTooLong) {
+  TempDir dir;
+  const std::string before = std::filesystem::current_path();
+  std::filesystem::current_path(dir / ".");
+  PCNewFile made;
+  EXPECT_EQ(1, made.Create("f"));
+  EXPECT_STREQ(".yax-new-00", made.Path());
+  EXPECT_TRUE(Fill(made, "new"));
+  EXPECT_EQ(1, made.GiveName(true));
+  made.Destroy();
+  EXPECT_EQ("f ", NamesIn("."));
+  std::string path;
+  while (path.size() < 4090) path += "./";
+  // A temporary name beside it would be too long.
+  EXPECT_EQ(0, made.CreateNew((path + "g").c_str()));
+  EXPECT_EQ(1, made.Create((path + "f").c_str()));
+  EXPECT_TRUE(made.IsInPlace());
+  EXPECT_EQ(0, made.CreateNew((path + "././././g").c_str()));
+  EXPECT_EQ("f ", NamesIn("."));
+  std::filesystem::current_path(before);
+}
+
 TEST(PCNewFile, AFileWithoutANameIsWrittenInPlace) {
   TempDir dir;
   PutFile(dir / "f", "a long old text");

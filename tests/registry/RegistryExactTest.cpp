@@ -316,6 +316,27 @@ TEST_F(RegistryExact, ACancelledTransactionTakesNothingOfOthersBack) {
   EXPECT_EQ(ReadWhole("k", "other"), "type 0: " + Little(2, 8));
 }
 
+TEST_F(RegistryExact, WhatIsMissingIsRefused) {
+  unsigned long long number = 1;
+  const Value value = Number(number);
+  ReadValue read;
+  ASSERT_EQ(status::kOk, PutNumber("key", "n", 1));
+  EXPECT_EQ(status::kBadArgument, registry.MakeKey(nullptr));
+  EXPECT_EQ(status::kBadArgument, registry.PutValue(nullptr, "n", value, true));
+  EXPECT_EQ(status::kBadArgument, registry.PutValue("key", nullptr, value, true));
+  EXPECT_EQ(status::kBadArgument, registry.ReadWholeValue(nullptr, "n", &read));
+  EXPECT_EQ(status::kBadArgument, registry.ReadWholeValue("key", nullptr, &read));
+  EXPECT_EQ(status::kBadArgument, registry.ReadWholeValue("key", "n", nullptr));
+  EXPECT_EQ(status::kBadArgument, registry.RemoveValue(nullptr, "n"));
+  EXPECT_EQ(status::kBadArgument, registry.RemoveValue("key", nullptr));
+  EXPECT_EQ(status::kBadArgument, registry.RemoveKey(nullptr));
+  EXPECT_EQ(status::kBadArgument, registry.CopyKey(nullptr, "other"));
+  EXPECT_EQ(status::kBadArgument, registry.CopyKey("key", nullptr));
+  EXPECT_EQ(status::kBadArgument, registry.MoveKey(nullptr, "other"));
+  EXPECT_EQ(status::kBadArgument, registry.MoveKey("key", nullptr));
+  EXPECT_EQ((std::set<std::string>{"key"}), Keys());
+}
+
 TEST_F(RegistryExact, WhatIsNotOpenAnswersNoRight) {
   registry.Finalize();
   unsigned long long number = 1;

@@ -393,6 +393,47 @@ TEST_F(RegistryReadOnly, WhatADeadProcessHasLeftIsShownAsItWillBe) {
   EXPECT_EQ(after, GetFile(path));
 }
 
+// Where the journals are told to be, as well as beside the registry.
+TEST_F(RegistryReadOnly, AJournalElsewhereIsSharedToo) {
+  if (SharedModes().empty()) GTEST_SKIP() << "there are no such journals here";
+  TempDir elsewhere;
+  ASSERT_EQ(0, chmod((elsewhere / "").c_str(), 0755));
+  const std::string side = elsewhere / ".";
+  RegistryOptions options;
+  options.sideFolder = side.c_str();
+  Registry writer(path.c_str(), kAdmin);
+  ASSERT_EQ(0u, writer.SetOptions(options));
+  ASSERT_EQ(0u, writer.Initialize());
+  ASSERT_EQ(Durability::kProcess, writer.EffectiveDurability());
+  EXPECT_EQ(0u, AnswerOfChild([&]() -> unsigned int {
+              Registry registry(path.c_str(), kAdmin);
+              options.readOnly = true;
+              if (!DropRights() || registry.SetOptions(options) != 0) return 1;
+              if (registry.Initialize() != 0) return 2;
+              return NumberIn(registry) == 1 ? 0 : 3;
+            }));
+  writer.Finalize();
+  EXPECT_EQ("", NamesIn(elsewhere / "."));
+}
+
+// Nobody has it open: the reader finds what is in the file, whichever folder it asks.
+TEST_F(RegistryReadOnly, AFolderWithoutJournalsIsFine) {
+  TempDir elsewhere;
+  const std::string side = elsewhere / ".";
+  RegistryOptions options = ToRead();
+  options.sideFolder = side.c_str();
+  Registry registry(path.c_str(), kAdmin);
+  ASSERT_EQ(0u, registry.SetOptions(options));
+  ASSERT_EQ(0u, registry.Initialize());
+  EXPECT_EQ(1u, NumberIn(registry));
+  std::string after = before;
+  after.replace(after.find("number"), 6, "NUMBER");
+  usleep(100 * 1000);  // what is as old as that is not looked at twice
+  PutFile(path, after);
+  EXPECT_EQ("type 0: " + Little(1, 8), Read(registry, "key", "NUMBER"));
+  EXPECT_EQ("", NamesIn(elsewhere / "."));
+}
+
 // The place in the journal where its processes look before and behind each read.
 void PutSequence(const std::string& journal, unsigned int value) {
   const int fd = open(journal.c_str(), O_RDWR);

@@ -381,11 +381,6 @@ int Link(const char* from, const char* to) {
   return link(from, to) == 0 ? 0 : errno;
 }
 
-bool Rename(const char* from, const char* to) {
-  if (faults::Judge(to, false) == Verdict::kFail) return false;
-  return rename(from, to) == 0;
-}
-
 // A name that goes is lost like what had the other.
 int Move(const char* from, const char* to, Moving how) {
   if (faults::sRefused.count(how) != 0) return faults::sRefused[how];

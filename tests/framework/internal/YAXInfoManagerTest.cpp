@@ -212,6 +212,25 @@ TEST(YAXInfoManager, TypeFunctionAndPathAreToldOneByOneWhateverTheType) {
   EXPECT_EQ(nullptr, function);
 }
 
+// Of a binary component alone the path is told with the type.
+TEST(YAXInfoManager, TypeAndPathAreToldAtOnce) {
+  YAXInfoManager store;
+  Components two(2);
+  two[1].Type = YAX_COMPONENT_TYPE_FUNCTION;
+  ASSERT_EQ(yax_status::kOk, store.RegisterAllComponent(two.Array()));
+  YAX_COMPONENT_TYPE_ENUM type = YAX_COMPONENT_TYPE_BINARY;
+  char path[kYAXTextSize] = "untouched";
+  EXPECT_EQ(yax_status::kOk, store.GetComponentBinary(GuidOf(2), &type, path));
+  EXPECT_EQ(YAX_COMPONENT_TYPE_FUNCTION, type);
+  EXPECT_STREQ("untouched", path);
+  EXPECT_EQ(yax_status::kOk, store.GetComponentBinary(GuidOf(1), &type, path));
+  EXPECT_EQ(YAX_COMPONENT_TYPE_BINARY, type);
+  EXPECT_STREQ("lib.so", path);
+  EXPECT_EQ(yax_status::kNotRegistered, store.GetComponentBinary(GuidOf(9), &type, path));
+  EXPECT_EQ(yax_status::kBadArgument, store.GetComponentBinary(GuidOf(1), nullptr, path));
+  EXPECT_EQ(yax_status::kBadArgument, store.GetComponentBinary(GuidOf(1), &type, nullptr));
+}
+
 TEST(YAXInfoManager, FieldsWithoutTerminatorAreToldWith255Characters) {
   YAXInfoManager store;
   YAX_COMPONENT_INFO_ST known = Player();
