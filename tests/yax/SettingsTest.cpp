@@ -307,7 +307,10 @@ TEST(SettingsOpening, GivesWhatIsAskedForOrTellsWhyNot) {
 TEST_F(Settings, FilesDoNotWearOut) {
   const auto nameOf = [](int i) { return "v" + std::to_string(i % 100); };
   for (int i = 0; i < 2000; ++i) {
-    ASSERT_EQ(key.Set(nameOf(i).c_str(), std::string(900 + i % 7 * 20, 'd')), Status()) << i;
+    ASSERT_EQ(
+        key.Set(nameOf(i).c_str(), std::string(900u + static_cast<unsigned>(i) % 7 * 20, 'd')),
+        Status())
+        << i;
   }
   Key other = registry["others"];
   for (int i = 0; i < 500; ++i) {
