@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "bench/peers/JoinedName.h"
-#include "bench/peers/Peer.h"
+#include "bench/peers/OrderedPeer.h"
 
 namespace tamu::bench {
 
@@ -21,7 +21,7 @@ std::string Under(char space, const char* text, size_t length) {
   return result;
 }
 
-class LevelDbPeer : public Peer, public Reader {
+class LevelDbPeer : public OrderedPeer<LevelDbPeer>, public Reader {
  public:
   void Open(const std::string& folder, Sync sync) override {
     leveldb::Options options;
@@ -53,21 +53,9 @@ class LevelDbPeer : public Peer, public Reader {
                    leveldb::Slice(typed.bytes(), typed.size())),
           "Put");
   }
-  void SetValue(const char* key, const char* name, unsigned int type, const void* data,
-                unsigned int size) override {
-    MakeValue(key, name, type, data, size);
-  }
   void RemoveValue(const char* key, const char* name) override {
     const JoinedName joined(key, name);
     Check(db_->Delete(write_, Under('v', joined.text(), joined.length())), "Delete");
-  }
-  void List(const char* key, bool, Names& names) override {
-    Visit(key, [&](const char* name, size_t length) { names.Add(name, length); });
-  }
-  unsigned int Count(const char* key) override {
-    unsigned int count = 0;
-    Visit(key, [&](const char*, size_t) { ++count; });
-    return count;
   }
   unsigned long long ReadAll() override {
     const std::unique_ptr<leveldb::Iterator> each(db_->NewIterator(leveldb::ReadOptions()));
@@ -94,6 +82,8 @@ class LevelDbPeer : public Peer, public Reader {
   }
 
  private:
+  friend OrderedPeer<LevelDbPeer>;
+
   class SharedReader : public Reader {
    public:
     explicit SharedReader(LevelDbPeer& peer) : peer_(peer) {}

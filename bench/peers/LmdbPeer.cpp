@@ -5,7 +5,7 @@
 #include <cstring>
 
 #include "bench/peers/JoinedName.h"
-#include "bench/peers/Peer.h"
+#include "bench/peers/OrderedPeer.h"
 
 namespace tamu::bench {
 
@@ -51,7 +51,7 @@ class LmdbReader : public Reader {
   MDB_txn* transaction_ = nullptr;
 };
 
-class LmdbPeer : public Peer {
+class LmdbPeer : public OrderedPeer<LmdbPeer> {
  public:
   explicit LmdbPeer(bool isMapped) : isMapped_(isMapped) {}
 
@@ -88,21 +88,9 @@ class LmdbPeer : public Peer {
     const TypedData typed(type, data, size);
     Put(values_, joined.text(), joined.length(), typed.bytes(), typed.size());
   }
-  void SetValue(const char* key, const char* name, unsigned int type, const void* data,
-                unsigned int size) override {
-    MakeValue(key, name, type, data, size);
-  }
   void RemoveValue(const char* key, const char* name) override {
     const JoinedName joined(key, name);
     Remove(values_, joined.text(), joined.length());
-  }
-  void List(const char* key, bool, Names& names) override {
-    Visit(key, [&](const char* name, size_t length) { names.Add(name, length); });
-  }
-  unsigned int Count(const char* key) override {
-    unsigned int count = 0;
-    Visit(key, [&](const char*, size_t) { ++count; });
-    return count;
   }
   unsigned long long ReadAll() override {
     MDB_cursor* cursor = nullptr;
@@ -128,6 +116,8 @@ class LmdbPeer : public Peer {
   }
 
  private:
+  friend OrderedPeer<LmdbPeer>;
+
   MDB_txn* Begin() {
     MDB_txn* transaction = nullptr;
     Check(mdb_txn_begin(env_, nullptr, 0, &transaction), "mdb_txn_begin");
