@@ -109,7 +109,7 @@ bench-peers:
 
 coverage: check-coverage
 	@sh cmake/need-packages.sh gcovr
-	@gcovr --delete --root . --filter framework/ --filter platform/ --filter registry/ --filter tools/ --filter yax/ \
+	@gcovr --delete --exclude-throw-branches --root . --filter framework/ --filter platform/ --filter registry/ --filter tools/ --filter yax/ \
 	  build/coverage
 
 format:
