@@ -101,6 +101,14 @@ unsigned int Registry::OpenTrees() {
   }
   fileTree->ShareStore(keyTree->File());
   fileTree->Initialize(path);  // operations report what is wrong
+  const unsigned int cared = CareForFile();
+  if (cared != status::kOk) {
+    delete fileTree;
+    keyTree->Finalize();
+    delete handles;
+    fileTree = nullptr;
+    return cared;
+  }
   instance->keyTree = keyTree;
   instance->fileTree = fileTree;
   instance->daemon = nullptr;

@@ -7,12 +7,14 @@
 
 #include "platform/Export.h"
 #include "registry/base/ChangeList.h"
+#include "registry/base/CheckResult.h"
 #include "registry/base/FileRewriter.h"
 #include "registry/base/KeyInfo.h"
 #include "registry/base/NameList.h"
 #include "registry/base/RCEString.h"
 #include "registry/base/RegistryInfo.h"
 #include "registry/base/RegistryOptions.h"
+#include "registry/base/RegistryRoom.h"
 #include "registry/base/RegistryStatus.h"
 #include "registry/base/Rights.h"
 #include "registry/base/UserId.h"
@@ -23,6 +25,7 @@
 namespace tamu::registry {
 
 class Callback;
+class FileStore;
 template <class Signature>
 class FunctionRef;
 class RegistryInstance;
@@ -110,6 +113,16 @@ class YAX_API Registry {
   // alone: kNoRight for others, and for a change where the file is only read. kInvalidFile: what
   // the rewriter gives is no sound registry; kNoSpace, kNoMemory, kInputOutput: all is as before.
   unsigned int RewriteFile(FileRewriter& rewriter, ChangeKind kind = ChangeKind::kKeyRestored);
+  // How much is left of each kind of records. Cheap.
+  unsigned int GetRoom(RegistryRoom* room);
+  // Looks at the structure of the whole file, and changes nothing: 0 also when it is damaged.
+  // kInputOutput, kNoMemory. Others wait with their changes meanwhile, some milliseconds.
+  unsigned int Check(CheckResult* result);
+  // Gives the file the same content in the lowest slots of fresh tables, as RewriteFile does. For
+  // the administrator alone. kInvalidFile: the file is damaged, and what is lost could not be saved
+  // any more; kLimit: no room as it comes; kBusy in a transaction of this thread; kNoSpace,
+  // kNoMemory, kInputOutput: all is as before.
+  unsigned int Compact();
   // Change callbacks: kNotSupported.
   unsigned int RegisterCallback(unsigned char events, Callback* callback);
   unsigned int UnregisterCallback(Callback* callback);
@@ -329,6 +342,8 @@ class YAX_API Registry {
   YAX_LOCAL unsigned int CheckFile() const;
   YAX_LOCAL unsigned int OpenTrees();
   YAX_LOCAL unsigned int CheckDurability();
+  YAX_LOCAL unsigned int CareForFile();
+  YAX_LOCAL unsigned int LookAtFile(const FunctionRef<unsigned int(FileStore&)>& look);
   YAX_LOCAL unsigned int DropHandles();
   YAX_LOCAL unsigned int Route(unsigned int handle, const TreeOperation& operation);
   YAX_LOCAL bool MayLook(unsigned int handle) const;

@@ -23,6 +23,12 @@ struct RegistryOptions {
   unsigned int fileMode = 0644;
   // Where what is new goes in the file.
   SpacePolicy space = SpacePolicy::kExact;
+  // Opening compacts the file (Registry::Compact) when fewer slots of a kind are left than that, if
+  // that can be done; 0: never.
+  unsigned int compactBelow = 0;
+  // Opening looks at all of the file (Registry::Check), and answers kInvalidFile when it is
+  // damaged, rather than each operation that meets the damage.
+  bool checkAtOpening = false;
 };
 
 }  // namespace tamu::registry
