@@ -96,7 +96,7 @@ class PatchMaker {
   std::vector<std::pair<std::string, std::string>> goneValues_;
 };
 
-bool Refuse(const std::string& why, std::string* reason) {
+bool RefusePatch(const std::string& why, std::string* reason) {
   *reason = why;
   return false;
 }
@@ -128,15 +128,15 @@ bool ReadPatches(const std::string& json, ContentPatches* patches, std::string* 
   const Json document = Json::parse(json, nullptr, false);
   const Json differences =
       document.is_object() && document.contains("differences") ? document["differences"] : Json();
-  if (!differences.is_array()) return Refuse("differences: is no list", reason);
+  if (!differences.is_array()) return RefusePatch("differences: is no list", reason);
   PatchMaker forth("second");
   PatchMaker back("first");
   for (size_t i = 0; i < differences.size(); ++i) {
     if (forth.Add(differences[i]) && back.Add(differences[i])) continue;
-    return Refuse("differences[" + std::to_string(i) + "]: is none that can be made", reason);
+    return RefusePatch("differences[" + std::to_string(i) + "]: is none that can be made", reason);
   }
   if (forth.Make(&patches->forth, reason) && back.Make(&patches->back, reason)) return true;
-  return Refuse("differences: " + *reason, reason);
+  return RefusePatch("differences: " + *reason, reason);
 }
 
 Content PatchedContent(const Content& content, const ContentPatch& patch) {
