@@ -4,6 +4,7 @@
 #include "registry/filetree/KeySearch.h"
 #include "registry/filetree/NodeWalk.h"
 #include "registry/filetree/SlotLists.h"
+#include "registry/store/Changes.h"
 
 namespace tamu::registry {
 
