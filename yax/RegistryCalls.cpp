@@ -119,6 +119,32 @@ yax_status yax_sync(yax_registry* registry) {
   return registry == nullptr ? status::kBadArgument : registry->registry.Sync();
 }
 
+yax_status yax_get_room(yax_registry* registry, yax_room* room) {
+  if (registry == nullptr || room == nullptr || room->size != sizeof *room) {
+    return status::kBadArgument;
+  }
+  tamu::registry::RegistryRoom had = {};
+  const unsigned int result = registry->registry.GetRoom(&had);
+  if (result != status::kOk) return result;
+  room->strings = {had.strings.inUse, had.strings.left};
+  room->keys = {had.keys.inUse, had.keys.left};
+  room->values = {had.values.inUse, had.values.left};
+  room->blocks = {had.blocks.inUse, had.blocks.left};
+  return result;
+}
+
+yax_status yax_check(yax_registry* registry, unsigned* condition) {
+  if (registry == nullptr || condition == nullptr) return status::kBadArgument;
+  tamu::registry::CheckResult checked = {};
+  const unsigned int result = registry->registry.Check(&checked);
+  if (result == status::kOk) *condition = static_cast<unsigned>(checked.condition);
+  return result;
+}
+
+yax_status yax_compact(yax_registry* registry) {
+  return registry == nullptr ? status::kBadArgument : registry->registry.Compact();
+}
+
 unsigned yax_durability(const yax_registry* registry) {
   if (registry == nullptr) return YAX_DURABILITY_NONE;
   switch (registry->registry.EffectiveDurability()) {

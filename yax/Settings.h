@@ -62,6 +62,24 @@ class Registry {
   Durability durability() const { return static_cast<Durability>(yax_durability(registry_.get())); }
   // Waits until everything that was acknowledged is on the disk.
   Status Sync() { return yax_sync(registry_.get()); }
+  // How much there is and how much more there can be. Cheap.
+  Result<yax_room> Room() {
+    yax_room room = {};
+    room.size = sizeof room;
+    const Status status = yax_get_room(registry_.get(), &room);
+    if (!status) return status;
+    return room;
+  }
+  // YAX_SOUND, YAX_WORN, YAX_DAMAGED or YAX_LOST, after a look at the whole file.
+  Result<unsigned> Check() {
+    unsigned condition = YAX_SOUND;
+    const Status status = yax_check(registry_.get(), &condition);
+    if (!status) return status;
+    return condition;
+  }
+  // The same content without unused space in between, as one change; others go on with the file.
+  // For the administrator.
+  Status Compact() { return yax_compact(registry_.get()); }
   // The user counts for all threads.
   Status SetUser(const std::string& name) { return yax_set_user(registry_.get(), name.c_str()); }
   Status SetUser(unsigned user) { return yax_set_user_number(registry_.get(), user); }

@@ -73,6 +73,35 @@ yax_status yax_open(const char* path, const yax_options* options, yax_registry**
 void yax_close(yax_registry* registry);
 /* Waits until everything that was acknowledged is on the disk. */
 yax_status yax_sync(yax_registry* registry);
+
+/* Records of a kind, and how many more there can be until YAX_LIMIT. */
+typedef struct yax_room_of {
+  unsigned used;
+  unsigned left;
+} yax_room_of;
+typedef struct yax_room {
+  size_t size;         /* sizeof(yax_room), the caller's to set */
+  yax_room_of strings; /* parts of the names of keys, up to 17 characters each */
+  yax_room_of keys;
+  yax_room_of values;
+  yax_room_of blocks; /* of 64 bytes of data each */
+} yax_room;
+/* Cheap. YAX_BAD_ARGUMENT: another size. */
+yax_status yax_get_room(yax_registry* registry, yax_room* room);
+
+/* What condition a file is in. */
+enum {
+  YAX_SOUND = 0,
+  YAX_WORN = 1,    /* sound, but space is taken up by nothing: yax_compact wins it back */
+  YAX_DAMAGED = 2, /* what meets the damage is YAX_INVALID_FILE; yaxreg repair saves the rest */
+  YAX_LOST = 3     /* not even the root key can be read */
+};
+/* Looks at the whole file and changes nothing; *condition is one of the above. */
+yax_status yax_check(yax_registry* registry, unsigned* condition);
+/* Gives the file the same content without unused space in between, as one change; whoever has it
+ * open goes on. For the administrator. YAX_INVALID_FILE: it is damaged and stays as it is; YAX_BUSY
+ * in a transaction of this thread. */
+yax_status yax_compact(yax_registry* registry);
 /* What changes survive: one of YAX_DURABILITY_, but not _USUAL. No status. */
 unsigned yax_durability(const yax_registry* registry);
 /* Another user counts from now on, for all threads. */

@@ -46,6 +46,23 @@ def test_durability_is_had_as_asked_for(file: Path) -> None:
             registry.sync()
 
 
+def test_a_file_is_looked_after(file: Path) -> None:
+    with yax.open(file) as registry:
+        before = registry.room()
+        registry["k"]["text"] = "x" * 100
+        room = registry.room()
+        assert room["keys"].used == before["keys"].used + 1
+        assert room["blocks"] == yax.RoomOf(before["blocks"].used + 2, before["blocks"].left - 2)
+        assert registry.condition() == yax.Condition.SOUND
+        registry.compact()
+        assert registry["k"]["text"] == "x" * 100
+        with registry.transaction(), pytest.raises(yax.BusyError):
+            registry.compact()
+        registry.set_user("guest")
+        with pytest.raises(yax.NoRightError):
+            registry.compact()
+
+
 def test_a_user_owns_what_he_makes(file: Path) -> None:
     with yax.open(file, user="installer") as registry:
         registry["mine"]["v"] = 1

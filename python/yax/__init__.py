@@ -24,7 +24,7 @@ from ._errors import (
     WrongTypeError,
     YaxError,
 )
-from ._registry import ADMINISTRATOR, Durability, Key, Registry, open, version
+from ._registry import ADMINISTRATOR, Condition, Durability, Key, Registry, RoomOf, open, version
 from ._schema import Report, Setting, Value
 from ._watch import Change, ChangeKind, Watch
 
@@ -34,6 +34,7 @@ __all__ = [
     "BusyError",
     "Change",
     "ChangeKind",
+    "Condition",
     "Durability",
     "ExistsError",
     "FileError",
@@ -46,6 +47,7 @@ __all__ = [
     "RangeError",
     "Registry",
     "Report",
+    "RoomOf",
     "Setting",
     "Status",
     "Value",

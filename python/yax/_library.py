@@ -25,6 +25,18 @@ class Options(ctypes.Structure):
     ]
 
 
+class RoomOf(ctypes.Structure):
+    """yax_room_of."""
+
+    _fields_ = [("used", c_uint), ("left", c_uint)]
+
+
+class Room(ctypes.Structure):
+    """yax_room."""
+
+    _fields_ = [("size", c_size_t), ("strings", RoomOf), ("keys", RoomOf), ("values", RoomOf), ("blocks", RoomOf)]
+
+
 class ChangeRecord(ctypes.Structure):
     """yax_change."""
 
@@ -42,6 +54,9 @@ _FUNCTIONS: List[Tuple[str, Any, List[Any]]] = [
     ("yax_open", c_uint, [c_char_p, POINTER(Options), _OUT]),
     ("yax_close", None, [c_void_p]),
     ("yax_sync", c_uint, [c_void_p]),
+    ("yax_get_room", c_uint, [c_void_p, POINTER(Room)]),
+    ("yax_check", c_uint, [c_void_p, POINTER(c_uint)]),
+    ("yax_compact", c_uint, [c_void_p]),
     ("yax_durability", c_uint, [c_void_p]),
     ("yax_set_user", c_uint, [c_void_p, c_char_p]),
     ("yax_set_user_number", c_uint, [c_void_p, c_uint]),

@@ -8,10 +8,25 @@ import enum
 import os
 import threading
 from types import TracebackType
-from typing import Any, Callable, Iterable, Iterator, List, MutableMapping, Optional, Sequence, Type, TypeVar, Union, cast
+from typing import (
+    Any,
+    Callable,
+    Dict,
+    Iterable,
+    Iterator,
+    List,
+    MutableMapping,
+    NamedTuple,
+    Optional,
+    Sequence,
+    Type,
+    TypeVar,
+    Union,
+    cast,
+)
 
 from ._errors import NotFoundError, NotSetError, Status, error_of
-from ._library import DATA_MAX, Options, check, lib
+from ._library import DATA_MAX, Options, Room, check, lib
 from ._schema import Report, Setting, Value
 from ._watch import Watch
 
@@ -22,6 +37,25 @@ ADMINISTRATOR = 65535
 
 _INTEGER, _TEXT, _REAL = 0, 1, 3
 _KIND_NAMES = {_INTEGER: "a number", _TEXT: "a text", 2: "bytes", _REAL: "a real number"}
+
+
+class Condition(enum.IntEnum):
+    """What condition a file is in."""
+
+    SOUND = 0
+    WORN = 1
+    """Sound, but space is taken up by nothing: ``compact`` wins it back."""
+    DAMAGED = 2
+    """What meets the damage raises ``InvalidFileError``; ``yaxreg repair`` saves the rest."""
+    LOST = 3
+    """Not even the root key can be read."""
+
+
+class RoomOf(NamedTuple):
+    """Records of a kind, and how many more there can be."""
+
+    used: int
+    left: int
 
 
 class Durability(enum.IntEnum):
@@ -512,6 +546,24 @@ class Registry:
     def sync(self) -> None:
         """Waits until everything that was changed is on the disk."""
         check(lib.yax_sync(self._handle), self._file)
+
+    def room(self) -> Dict[str, RoomOf]:
+        """How much there is, and how much more there can be until the file is full, by kind of record:
+        ``strings`` (parts of the names of keys), ``keys``, ``values`` and ``blocks`` (of 64 bytes of data)."""
+        room = Room(ctypes.sizeof(Room))
+        check(lib.yax_get_room(self._handle, ctypes.byref(room)), self._file)
+        kinds = {"strings": room.strings, "keys": room.keys, "values": room.values, "blocks": room.blocks}
+        return {kind: RoomOf(of.used, of.left) for kind, of in kinds.items()}
+
+    def condition(self) -> Condition:
+        """What condition the file is in, after a look at all of it."""
+        condition = ctypes.c_uint()
+        check(lib.yax_check(self._handle, ctypes.byref(condition)), self._file)
+        return Condition(condition.value)
+
+    def compact(self) -> None:
+        """Gives the file the same content without unused space in between; others go on with it."""
+        check(lib.yax_compact(self._handle), self._file)
 
     def set_user(self, user: Union[int, str]) -> None:
         """Another user counts from now on, for all threads."""

@@ -384,6 +384,36 @@ static void WhatIsNoRegistryIsLeftAlone(void) {
   CHECK(registry == NULL);
 }
 
+static void AFileIsLookedAfter(void) {
+  yax_registry *registry = OpenNew();
+  yax_key *key = KeyAt(registry, "k");
+  yax_room room;
+  unsigned condition = YAX_LOST;
+  room.size = sizeof room;
+  CHECK_STATUS(YAX_OK, yax_set_bytes(key, "v", "1234", 4));
+  CHECK_STATUS(YAX_OK, yax_get_room(registry, &room));
+  CHECK(room.keys.used == 2 && room.keys.left == 10342);
+  CHECK(room.strings.used == 2 && room.strings.left == 10342);
+  CHECK(room.values.used == 1 && room.values.left == 10343);
+  CHECK(room.blocks.used == 1 && room.blocks.left == 10343);
+  CHECK_STATUS(YAX_OK, yax_check(registry, &condition));
+  CHECK(condition == YAX_SOUND);
+  CHECK_STATUS(YAX_OK, yax_compact(registry));
+  CHECK_STATUS(YAX_OK, yax_get_room(registry, &room));
+  CHECK(room.values.used == 1);
+  room.size = 1;
+  CHECK_STATUS(YAX_BAD_ARGUMENT, yax_get_room(registry, &room));
+  CHECK_STATUS(YAX_BAD_ARGUMENT, yax_get_room(registry, NULL));
+  CHECK_STATUS(YAX_BAD_ARGUMENT, yax_get_room(NULL, &room));
+  CHECK_STATUS(YAX_BAD_ARGUMENT, yax_check(registry, NULL));
+  CHECK_STATUS(YAX_BAD_ARGUMENT, yax_check(NULL, &condition));
+  CHECK_STATUS(YAX_BAD_ARGUMENT, yax_compact(NULL));
+  CHECK_STATUS(YAX_OK, yax_set_user(registry, "guest"));
+  CHECK_STATUS(YAX_NO_RIGHT, yax_compact(registry));
+  yax_key_free(key);
+  yax_close(registry);
+}
+
 static void NullPointersAreRefused(void) {
   yax_registry *registry = OpenNew();
   yax_key *key = KeyAt(registry, "k");
@@ -556,6 +586,7 @@ int main(int count, char **arguments) {
   WhatIsAskedForIsHad();
   OneRegistryIsOpenAtATime();
   WhatIsNoRegistryIsLeftAlone();
+  AFileIsLookedAfter();
   NullPointersAreRefused();
   ATransactionHappensWholeOrNotAtAll();
   ChangesAreTold();

@@ -303,6 +303,22 @@ TEST(SettingsOpening, GivesWhatIsAskedForOrTellsWhyNot) {
   EXPECT_EQ(1, registry["mine"].Get("n", 0));
 }
 
+TEST_F(Settings, FilesAreLookedAfter) {
+  const Result<yax_room> before = registry.Room();
+  ASSERT_TRUE(before);
+  ASSERT_EQ(key.Set("text", std::string(100, 'x')), Status());
+  const Result<yax_room> room = registry.Room();
+  ASSERT_TRUE(room);
+  EXPECT_EQ(before->keys.used + 1, room->keys.used);
+  EXPECT_EQ(before->blocks.used + 2, room->blocks.used);
+  EXPECT_EQ(before->blocks.left - 2, room->blocks.left);
+  EXPECT_EQ(unsigned{YAX_SOUND}, registry.Check().value_or(YAX_LOST));
+  EXPECT_EQ(registry.Compact(), Status());
+  EXPECT_EQ(std::string(100, 'x'), key.Get<std::string>("text").value_or(""));
+  EXPECT_TRUE(registry.SetUser("guest"));
+  EXPECT_EQ(registry.Compact(), Status(YAX_NO_RIGHT));
+}
+
 // 100 values of 1,000 bytes, which are set in turn, and keys that come and go.
 TEST_F(Settings, FilesDoNotWearOut) {
   const auto nameOf = [](int i) { return "v" + std::to_string(i % 100); };
