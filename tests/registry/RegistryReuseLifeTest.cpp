@@ -1,4 +1,5 @@
-// A device's life with SpacePolicy::kReuse, compared with a model.
+// A device's life, compared with a model: with SpacePolicy::kReuse, and with kExact where opening
+// compacts the file.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -20,9 +21,10 @@ using ModelTree = std::map<std::string, ModelKey>;
 constexpr unsigned int kMostKeys = 300;
 constexpr unsigned int kMostValues = 700;
 
-class LifeWithReuse {
+template <SpacePolicy space>
+class Life {
  public:
-  explicit LifeWithReuse(unsigned int seed) : engine_(seed) {}
+  explicit Life(unsigned int seed) : engine_(seed) {}
 
   void Run() {
     Open();
@@ -31,23 +33,37 @@ class LifeWithReuse {
     for (unsigned int step = 0; step < steps && !::testing::Test::HasFailure(); ++step) {
       SCOPED_TRACE("step " + std::to_string(step));
       Step();
+      if (!kReuses && step % 500 == 0) Reopen();
+    }
+    if (!kReuses) {
+      EXPECT_EQ(status::kOk, registry_.Compact());
     }
     registry_.Finalize();
     Compare();
     Open();
     for (const char* key : {"plain", "exact"}) EXPECT_EQ(status::kOk, registry_.RemoveKey(key));
+    if (!kReuses) {
+      EXPECT_EQ(status::kOk, registry_.Compact());
+    }
     registry_.Finalize();
     EXPECT_EQ("1 1 0 0", UsedSlots(path_));
   }
 
  private:
+  static constexpr bool kReuses = space == SpacePolicy::kReuse;
+
+  void Reopen() {
+    registry_.Finalize();
+    Open();
+  }
   unsigned int Below(unsigned int n) {
     return std::uniform_int_distribution<unsigned int>(0, n - 1)(engine_);
   }
   void Open() {
     RegistryOptions options;
     options.durability = Durability::kNone;
-    options.space = SpacePolicy::kReuse;
+    options.space = space;
+    if (!kReuses) options.compactBelow = 6000;
     EXPECT_EQ(status::kOk, registry_.SetOptions(options));
     EXPECT_EQ(status::kOk, registry_.Initialize());
     handle_ = 0;
@@ -66,8 +82,7 @@ class LifeWithReuse {
       case 1:
         return Save();
       case 2:
-        registry_.Finalize();
-        return Open();
+        return Reopen();
       case 3:
         return handle_ == 0 ? UseHandle() : UseNone();
       default:
@@ -244,8 +259,15 @@ class LifeWithReuse {
   ModelTree saved_;
 };
 
+using LifeWithReuse = Life<SpacePolicy::kReuse>;
+using LifeWithCompaction = Life<SpacePolicy::kExact>;
+
 TEST(RegistryReuseLife, RandomChangesLeaveNothingBehind) {
   RunUnder<LifeWithReuse>(1);
+}
+
+TEST(RegistryReuseLife, CompactingAtOpeningKeepsAWornFileGoing) {
+  RunUnder<LifeWithCompaction>(1);
 }
 
 TEST(RegistryReuseLife, RandomChangesLeaveNothingBehindUnderANewSeed) {
