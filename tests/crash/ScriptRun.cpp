@@ -63,6 +63,8 @@ unsigned int ScriptRun::Do(const Step& step) {
       GivenBytes replacement(step.data);
       return registry_.RewriteFile(replacement);
     }
+    case Step::kCompact:
+      return registry_.Compact();
     case Step::kTransaction:
       return DoTransaction(step);
   }

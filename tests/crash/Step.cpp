@@ -48,6 +48,7 @@ constexpr struct {
     {Step::kBackup, "BackupKey", 4},
     {Step::kRestore, "RestoreKey", 4},
     {Step::kRewrite, "RewriteFile", 2},
+    {Step::kCompact, "Compact", 3},
     {Step::kTransaction, "Transaction", 10},
 };
 
@@ -71,10 +72,11 @@ std::string DataOf(unsigned int size, Random& random) {
   return data;
 }
 
-// A backup is a file of its own, which no transaction takes back; the whole file is not rewritten
-// in one.
+// A backup is a file of its own, which no transaction takes back; the whole file is neither
+// rewritten nor compacted in one.
 bool MayBePart(Step::Action action) {
-  return action != Step::kTransaction && action != Step::kBackup && action != Step::kRewrite;
+  return action != Step::kTransaction && action != Step::kBackup && action != Step::kRewrite &&
+         action != Step::kCompact;
 }
 
 std::vector<Step> PartsOf(unsigned int seed, unsigned int index) {

@@ -19,6 +19,7 @@ struct Step {
     kBackup,  // to the file `name` in the registry's folder
     kRestore,
     kRewrite,      // the whole file, which becomes `data`
+    kCompact,
     kTransaction,  // of the parts, cancelled when `number` is a multiple of 8
   };
   Action action;
