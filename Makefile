@@ -14,7 +14,7 @@
 #   make format         formats all sources
 #   make tidy           looks for defects with clang-tidy (.clang-tidy)
 #   make update-abi     takes the symbols that libYAX.so exports over into the kept list
-#   make update-pages   makes the kept manual page and completion of yaxreg anew
+#   make update-pages   makes the kept manual page and completions of yaxreg anew
 #   make clean          removes everything that was built
 
 JOBS ?= $(shell nproc)
@@ -24,7 +24,7 @@ BUILDS := clang aarch64
 NEEDS := g++ cmake
 TOOL_NEEDS := libcli11-dev nlohmann-json3-dev
 TEST_NEEDS := $(NEEDS) $(TOOL_NEEDS) googletest pkg-config bats bsdutils util-linux \
-  python3-pytest
+  file fish python3-pytest zsh
 NEEDS_i686 := g++-i686-linux-gnu
 NEEDS_clang := clang-14
 NEEDS_aarch64 := g++-aarch64-linux-gnu

@@ -7,7 +7,9 @@ set -eu
 
 have() {
   case "$1" in
-    bats | clang-format | clang-tidy | cmake | g++ | gcovr | make | pkg-config) command -v "$1" ;;
+    bats | clang-format | clang-tidy | cmake | file | fish | g++ | gcovr | make | pkg-config | zsh)
+      command -v "$1"
+      ;;
     bsdutils) command -v script ;;
     clang-14) command -v clang++-14 ;;
     debhelper) command -v dh ;;

@@ -4,7 +4,8 @@
 #   YAXREG_EMULATOR    words before it, of machines that are emulated
 #   YAXREG_VERSION     its version
 #   YAXREG_MAN         the manual page as built
-#   YAXREG_COMPLETION  the completion as built
+#   YAXREG_COMPLETION  the completion as built; those of other shells lie beside it, the file "magic"
+#                      in the folder above
 # Every test has a folder of its own, with "device.rce" in it.
 
 setup_file() {
@@ -461,4 +462,38 @@ new/key:v = "x"'
   completes '' -- yaxreg tree '`touch made`' ''
   completes '' -- yaxreg tree 'x"$(touch made)"'
   [ ! -e made ]
+}
+
+# fish_completes WORD... -- LINE: what fish offers.
+fish_completes() {
+  local expected=()
+  while [ "$1" != -- ]; do
+    expected+=("$1")
+    shift
+  done
+  answers 0 fish --no-config -c "source '$YAXREG_COMPLETION.fish'; complete -C '$2'"
+  is "$err" ''
+  is "$(printf '%s' "$out" | cut -f 1)" "$(printf '%s\n' "${expected[@]}")"
+}
+
+@test "completes in fish" {
+  export HOME=$BATS_TEST_TMPDIR
+  fish_completes get -- 'yaxreg ge'
+  fish_completes add ls rm set verify -- 'yaxreg comp '
+  fish_completes device.rce -- 'yaxreg tree dev'
+  fish_completes network/ -- 'yaxreg get device.rce '
+  fish_completes network/ -- 'yaxreg get --user x device.rce n'
+  fish_completes 'network/my eth/' -- 'yaxreg ls device.rce network/'
+  fish_completes mode -- 'yaxreg get device.rce network '
+  fish_completes --depth -- 'yaxreg tree device.rce --d'
+}
+
+@test "has a completion that zsh takes" {
+  answers 0 zsh -f -n "${YAXREG_COMPLETION%/*}/_yaxreg"
+  is "$err" ''
+}
+
+@test "has its files known by file" {
+  answers 0 file -b -m "${YAXREG_COMPLETION%/*/*}/magic" device.rce
+  is "$out" 'libYAX registry, format 2.1, 75888 bytes'
 }

@@ -1,10 +1,13 @@
-// yaxreg_docs: writes the manual page and the completion of yaxreg into the folder that keeps them.
+// yaxreg_docs: writes the manual page and the completions of yaxreg into the folder that keeps
+// them.
 #include <fstream>
 #include <iostream>
 #include <string>
 
 #include "tools/yaxreg/docs/Completion.h"
+#include "tools/yaxreg/docs/FishCompletion.h"
 #include "tools/yaxreg/docs/ManPage.h"
+#include "tools/yaxreg/docs/ZshCompletion.h"
 #include "tools/yaxreg/verbs/VerbTable.h"
 
 namespace {
@@ -29,6 +32,8 @@ int main(int argc, char** argv) {
   const yaxreg::VerbTable& table = yaxreg::AllVerbs();
   const bool written =
       Write(folder + "/yaxreg.1.in", yaxreg::ManPage(table, "@PROJECT_VERSION@")) &&
-      Write(folder + "/completions/yaxreg", yaxreg::BashCompletion(table));
+      Write(folder + "/completions/yaxreg", yaxreg::BashCompletion(table)) &&
+      Write(folder + "/completions/yaxreg.fish", yaxreg::FishCompletion(table)) &&
+      Write(folder + "/completions/_yaxreg", yaxreg::ZshCompletion(table));
   return written ? 0 : 1;
 }
