@@ -3,8 +3,8 @@
 
 #include <random>
 
-#include "registry/store/TernaryFile.h"
 #include "tests/registry/RegistryRig.h"
+#include "tests/support/NodeLinks.h"
 
 namespace tamu::registry {
 namespace {
@@ -75,17 +75,10 @@ class RegistryCare : public ::testing::Test {
     }
     return text;
   }
-  // Lets the root's node lead to a key that does not exist.
-  void Damage(unsigned int id, unsigned int child) {
+  // Lets the first name's node lead to names that are elsewhere.
+  void Damage(unsigned int child) {
     registry.Finalize();
-    TernaryFile store;
-    ASSERT_EQ(status::kOk, store.Open(path.c_str()));
-    Changes changes(store);
-    TernaryStringNode node;
-    ASSERT_EQ(status::kOk, changes.Read(id, &node));
-    node.setChild(child);
-    ASSERT_EQ(status::kOk, changes.Write(id, node));
-    ASSERT_EQ(status::kOk, changes.End(status::kOk));
+    PutLink(path, 0x200, NodeLink::kChild, child);
   }
 
   TempDir folder;
@@ -160,7 +153,7 @@ TEST_F(RegistryCare, LeakedSlotsAreWear) {
 
 TEST_F(RegistryCare, ADamagedFileIsToldAndStays) {
   MakeWorn();
-  Damage(0x200, 0x777700);
+  Damage(0x777700);
   const std::string before = GetFile(path);
   EXPECT_EQ(status::kOk, Open(Options()));
   EXPECT_EQ(FileCondition::kDamaged, Check().condition);
@@ -170,7 +163,7 @@ TEST_F(RegistryCare, ADamagedFileIsToldAndStays) {
 
 TEST_F(RegistryCare, ACircleIsDamage) {
   MakeWorn();
-  Damage(0x200, 0x200);
+  Damage(0x200);
   EXPECT_EQ(status::kOk, Open(Options()));
   EXPECT_EQ(FileCondition::kDamaged, Check().condition);
 }
@@ -190,7 +183,7 @@ TEST_F(RegistryCare, ADamagedFileIsNotOpenedWhereThatIsAskedFor) {
   RegistryOptions options = Options();
   options.checkAtOpening = true;
   EXPECT_EQ(status::kOk, Open(options));
-  Damage(0x200, 0x777700);
+  Damage(0x777700);
   EXPECT_EQ(status::kInvalidFile, Open(options));
   EXPECT_EQ(status::kNoRight, registry.CreateKey(0, "a"));
   EXPECT_EQ(status::kOk, Open(Options()));
@@ -292,7 +285,7 @@ TEST_F(RegistryCare, OpeningCompactsAFileThatIsNearlyFull) {
 
 TEST_F(RegistryCare, OpeningLeavesADamagedFileAsItIs) {
   MakeWorn();
-  Damage(0x200, 0x777700);
+  Damage(0x777700);
   const std::string before = GetFile(path);
   RegistryOptions options = Options();
   options.compactBelow = kMostSlots;

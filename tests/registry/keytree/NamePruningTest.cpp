@@ -3,8 +3,8 @@
 #include <vector>
 
 #include "registry/keytree/NamePruning.h"
-#include "registry/store/TernaryFile.h"
 #include "tests/registry/RegistryRig.h"
+#include "tests/support/NodeLinks.h"
 
 namespace tamu::registry {
 namespace {
@@ -39,17 +39,9 @@ class NamePruningTest : public ::testing::Test {
     for (const auto& key : DecodeTree(path)) keys += key.first + " ";
     return keys;
   }
-  // Gives a node another lo link.
   void SetLo(unsigned int id, unsigned int lo) {
     registry.Finalize();
-    TernaryFile store;
-    ASSERT_EQ(status::kOk, store.Open(path.c_str()));
-    Changes changes(store);
-    TernaryStringNode node;
-    ASSERT_EQ(status::kOk, changes.Read(id, &node));
-    node.setLo(lo);
-    ASSERT_EQ(status::kOk, changes.Write(id, node));
-    ASSERT_EQ(status::kOk, changes.End(status::kOk));
+    PutLink(path, id, NodeLink::kLo, lo);
   }
 
   TempDir folder;
