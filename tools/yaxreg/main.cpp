@@ -1,5 +1,6 @@
 // yaxreg: see, change, check, repair and move registry files.
 #include <signal.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -17,6 +18,15 @@ yaxreg::OutputKind KindOfOutput() {
   return coloured ? yaxreg::OutputKind::kColouredTerminal : yaxreg::OutputKind::kTerminal;
 }
 
+// Of a terminal; 0 for anything else.
+unsigned int ColumnsOfOutput() {
+  constexpr unsigned int kUsual = 80;
+  winsize size = {};
+  if (isatty(STDOUT_FILENO) == 0) return 0;
+  if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return kUsual;
+  return size.ws_col;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -25,5 +35,5 @@ int main(int argc, char** argv) {
   // A reader that has seen enough ends the program: changes are made before anything is printed.
   std::ios::sync_with_stdio(false);
   return yaxreg::RunYaxreg(yaxreg::AllVerbs(), {argv + 1, argv + argc}, std::cin, std::cout,
-                           std::cerr, KindOfOutput());
+                           std::cerr, KindOfOutput(), ColumnsOfOutput());
 }

@@ -497,3 +497,11 @@ fish_completes() {
   answers 0 file -b -m "${YAXREG_COMPLETION%/*/*}/magic" device.rce
   is "$out" 'libYAX registry, format 2.1, 75888 bytes'
 }
+
+@test "wraps its help at the width of the terminal" {
+  shown=$(script -qec 'stty cols 60; yaxreg batch --help' /dev/null </dev/null | tr -d '\r')
+  is "$(printf '%s\n' "$shown" | awk 'length > 60' | head -n 1)" ''
+  [[ $shown == *'without the words'* ]]
+  answers 0 yaxreg batch --help
+  [ -n "$(printf '%s\n' "$out" | awk 'length > 200')" ]
+}

@@ -5,9 +5,11 @@
 #include <deque>
 #include <exception>
 #include <new>
+#include <sstream>
 
 #include "tools/yaxreg/cli/OptionWords.h"
 #include "tools/yaxreg/cli/Version.h"
+#include "tools/yaxreg/text/WrappedText.h"
 
 namespace yaxreg {
 
@@ -159,7 +161,9 @@ ExitCode ParseAndRun(const VerbTable& table, Invocation& call, std::vector<std::
   try {
     app.parse(words);
   } catch (const CLI::Success& success) {  // --help, --version
-    app.exit(success, call.out, call.err);
+    std::ostringstream text;
+    app.exit(success, text, call.err);
+    call.out << Wrapped(text.str(), call.columns);
     return EndOfOutput(call, kDone);
   } catch (const CLI::ExtrasError&) {
     return FailExtras(call, app);
@@ -191,8 +195,10 @@ std::string LongName(const Option& option) {
 }
 
 ExitCode RunYaxreg(const VerbTable& table, const std::vector<std::string>& arguments,
-                   std::istream& in, std::ostream& out, std::ostream& err, OutputKind kind) {
+                   std::istream& in, std::ostream& out, std::ostream& err, OutputKind kind,
+                   unsigned int columns) {
   Invocation call(in, out, err, kind);
+  call.columns = columns;
   return RunCommand(table, arguments, call);
 }
 

@@ -9,9 +9,11 @@
 
 namespace yaxreg {
 
-// Runs one call of a verb of the table, arguments without the program's name. Throws nothing.
+// Runs one call of a verb of the table, arguments without the program's name; a help has lines of
+// at most so many columns, 0: of any length. Throws nothing.
 ExitCode RunYaxreg(const VerbTable& table, const std::vector<std::string>& arguments,
-                   std::istream& in, std::ostream& out, std::ostream& err, OutputKind kind);
+                   std::istream& in, std::ostream& out, std::ostream& err, OutputKind kind,
+                   unsigned int columns = 0);
 
 // The same for a call whose streams and batch are there.
 ExitCode RunCommand(const VerbTable& table, const std::vector<std::string>& arguments,

@@ -62,7 +62,8 @@ class Invocation {
   std::istream& in;
   std::ostream& out;
   std::ostream& err;
-  const bool isTerminal;  // of `out`
+  const bool isTerminal;     // of `out`
+  unsigned int columns = 0;  // of a terminal that `out` is; 0: lines of a help may have any length
   Palette palette;
   std::map<std::string, std::string> given;
   const Batch* batch = nullptr;  // that the call is a command of; verbs/Batch.h
