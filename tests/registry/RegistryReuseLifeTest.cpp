@@ -85,10 +85,22 @@ class Life {
         return Reopen();
       case 3:
         return handle_ == 0 ? UseHandle() : UseNone();
+      case 4:
+        EXPECT_EQ(status::kOk, registry_.Compact());
+        return;
+      case 5:
+      case 6:
+      case 7:
+        return Transaction();
       default:
-        break;
+        return Change();
     }
-    switch (Below(10)) {
+  }
+  void Change() {
+    switch (Below(12)) {
+      case 10:
+      case 11:
+        return ReadValue();
       case 0:
         return MakeKey();
       case 1:
@@ -101,6 +113,21 @@ class Life {
       default:
         return SetValue();
     }
+  }
+
+  // What was changed in it is there or not.
+  void Transaction() {
+    const ModelTree before = tree_;
+    EXPECT_EQ(status::kOk, registry_.BeginTransaction());
+    isInTransaction_ = true;
+    for (unsigned int i = Below(30); i > 0; --i) Change();
+    isInTransaction_ = false;
+    if (Below(2) == 0) {
+      EXPECT_EQ(status::kOk, registry_.EndTransaction());
+      return;
+    }
+    EXPECT_EQ(status::kOk, registry_.CancelTransaction());
+    tree_ = before;
   }
 
   unsigned int keys() const { return static_cast<unsigned int>(tree_.size()); }
@@ -141,7 +168,7 @@ class Life {
   // Exact operations are made without a handle.
   template <class Body>
   void UseNoneFor(const Body& body) {
-    const bool had = handle_ != 0;
+    const bool had = handle_ != 0 && !isInTransaction_;
     if (had) UseNone();
     body();
     if (had) UseHandle();
@@ -209,6 +236,15 @@ class Life {
                 registry_.SetValue(handle_, key->first.c_str(), value->first.c_str(), &data));
     }
   }
+  void ReadValue() {
+    ModelTree::iterator key;
+    ModelKey::iterator value;
+    if (!AnyValue(&key, &value)) return;
+    tamu::registry::ReadValue found;
+    EXPECT_EQ(status::kOk,
+              registry_.GetValue(handle_, key->first.c_str(), value->first.c_str(), &found));
+    EXPECT_EQ(value->second, BytesOf(found)) << key->first;
+  }
   void DeleteValue() {
     ModelTree::iterator key;
     ModelKey::iterator value;
@@ -254,6 +290,7 @@ class Life {
   const std::string backup_ = folder_ / "backup";
   Registry registry_{path_.c_str(), kAdmin};
   unsigned int handle_ = 0;
+  bool isInTransaction_ = false;
   std::mt19937 engine_;
   ModelTree tree_;
   ModelTree saved_;
