@@ -105,6 +105,7 @@ Status CompactFileOf(FileStore& store) {
 
 // Looks at the file as this thread sees it.
 unsigned int Registry::LookAtFile(const FunctionRef<unsigned int(FileStore&)>& look) {
+  if (instance->IsWalkedHere()) return status::kBusy;
   PCMutexGuard guard(instance->operationLock);
   if (!instance->transaction.IsMine()) return look(*keyTree->File());
   OpenTransaction::Scope open(instance->transaction);

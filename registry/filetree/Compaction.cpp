@@ -35,15 +35,15 @@ Status Compaction::Run() {
   return result.IsOk() ? CopyValues(&image) : result;
 }
 
-// A file that was made with another budget keeps it.
+// A file that was made with another budget keeps it, if its first tables are as they are made.
 unsigned int Compaction::FirstEntries() const {
-  unsigned int most = 0;
-  for (unsigned int i = 0; i < kNodeKinds; ++i) {
-    const unsigned int entries =
-        access_.Descriptor(static_cast<NodeKind>(i)).tables[0]->entryCount();
-    if (entries > most) most = entries;
+  const unsigned int entries = access_.Descriptor(NodeKind::kString).tables[0]->entryCount();
+  for (const NodeKind kind : {NodeKind::kKey, NodeKind::kValue, NodeKind::kData}) {
+    if (access_.Descriptor(kind).tables[0]->entryCount() != entries) {
+      return FileLayout(FileStore::kDefaultBudget).entryCount();
+    }
   }
-  return most;
+  return entries;
 }
 
 // Marks those that lead to a key, from the last on: each comes before those that it leads to.

@@ -272,6 +272,48 @@ TEST_F(RegistryCare, AFileThatHasGrownGetsItsTablesBack) {
   EXPECT_EQ("", StructureFindings(path));
 }
 
+// A table of keys with 100 entries instead of 365: what lies behind them belongs to nothing.
+TEST_F(RegistryCare, TablesThatAreNotAlikeBecomeThoseOfANewFile) {
+  MakeWorn();
+  registry.Finalize();
+  const std::string tree = Tree();
+  std::string bytes = GetFile(path);
+  unsigned char* const table = reinterpret_cast<unsigned char*>(
+      &bytes[FileLayout::OfEntries(365).tableOffset(NodeKind::kKey)]);
+  const unsigned int used = 364 - GetU32(table + 28);
+  PutU32(table + 12, 100);
+  PutU32(table + 28, 99 - used);
+  PutFile(path, bytes);
+  EXPECT_EQ(status::kOk, Open(Options()));
+  EXPECT_EQ(FileCondition::kWorn, Check().condition);
+  EXPECT_EQ(status::kOk, registry.Compact());
+  registry.Finalize();
+  EXPECT_EQ(tree, Tree());
+  EXPECT_EQ("", StructureFindings(path));
+  const std::string after = GetFile(path);
+  EXPECT_EQ(75888u, GetU32(reinterpret_cast<const unsigned char*>(&after[4180 + 32])));
+}
+
+TEST_F(RegistryCare, AVisitorIsRefused) {
+  class Visitor final : public WalkVisitor {
+   public:
+    explicit Visitor(Registry& walked) : registry(walked) {}
+    Then VisitKey(const WalkedKey&) override {
+      CheckResult result = {};
+      RegistryRoom room = {};
+      EXPECT_EQ(status::kBusy, registry.Check(&result));
+      EXPECT_EQ(status::kBusy, registry.GetRoom(&room));
+      EXPECT_EQ(status::kBusy, registry.Compact());
+      return Then::kStop;
+    }
+    Then VisitValue(const WalkedKey&, const WalkedValue&) override { return Then::kStop; }
+    Registry& registry;
+  };
+  EXPECT_EQ(status::kOk, Open(Options()));
+  Visitor visitor(registry);
+  EXPECT_EQ(status::kOk, registry.Walk(0, "", visitor));
+}
+
 TEST_F(RegistryCare, OpeningCompactsAFileThatIsNearlyFull) {
   MakeWorn();
   RegistryOptions options = Options();
