@@ -22,8 +22,9 @@ Status Compaction::Run() {
   for (unsigned int i = 0; result.IsOk() && i < kNodeKinds; ++i) {
     result = ids_[i].Prepare(access_.Descriptor(static_cast<NodeKind>(i)));
   }
+  if (!result.IsOk()) return result;
   FileImage image(FirstEntries());
-  if (result.IsOk()) result = ChooseStrings();
+  result = ChooseStrings();
   if (result.IsOk()) result = Number(&image);
   if (!result.IsOk()) return result;
   size_ = image.PlaceTables();

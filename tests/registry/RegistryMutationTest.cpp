@@ -133,7 +133,16 @@ void ChangeSomething(Registry& registry, std::mt19937& random) {
   std::string data(random() % 1024, 'x');
   Value value = {static_cast<unsigned int>(random() % 6), static_cast<unsigned int>(data.size()),
                  data.data()};
-  switch (random() % 6) {
+  switch (random() % 9) {
+    case 6:
+      ExpectKnown(registry.DeleteKey(0, key));
+      break;
+    case 7:
+      ExpectKnown(registry.MoveKey(key, "moved"));
+      break;
+    case 8:
+      ExpectKnown(registry.RemoveValue(key, name));
+      break;
     case 0:
       ExpectKnown(registry.CreateKey(0, key));
       break;
@@ -155,6 +164,20 @@ void ChangeSomething(Registry& registry, std::mt19937& random) {
   }
 }
 
+void CareForFile(Registry& registry) {
+  CheckResult result = {};
+  RegistryRoom room = {};
+  ExpectKnown(registry.GetRoom(&room));
+  const unsigned int checked = registry.Check(&result);
+  ExpectKnown(checked);
+  const unsigned int compacted = registry.Compact();
+  ExpectKnown(compacted);
+  // What is sound can be compacted, and nothing else is.
+  if (checked == status::kOk) {
+    EXPECT_EQ(result.condition < FileCondition::kDamaged, compacted == status::kOk) << compacted;
+  }
+}
+
 void RunSeed(unsigned int seed) {
   TempDir folder;
   const std::string sound = SoundFile(folder / "sound.rce");
@@ -167,6 +190,10 @@ void RunSeed(unsigned int seed) {
     Mutate(random, &file);
     PutFile(path, file);
     Registry registry(path.c_str(), kAdministratorId);
+    RegistryOptions options;
+    options.durability = Durability::kNone;
+    options.space = round % 2 == 0 ? SpacePolicy::kReuse : SpacePolicy::kExact;
+    EXPECT_EQ(status::kOk, registry.SetOptions(options));
     const unsigned int opened = registry.Initialize();
     ExpectKnown(opened);
     if (opened != 0) {
@@ -176,6 +203,8 @@ void RunSeed(unsigned int seed) {
     ++openedRounds;
     ReadEverything(registry);
     for (int i = 0; i < 20; ++i) ChangeSomething(registry, random);
+    ReadEverything(registry);
+    CareForFile(registry);
     ReadEverything(registry);
   }
   EXPECT_GT(openedRounds, kMutations / 2);
