@@ -19,4 +19,4 @@ PACKAGECONFIG ??= "tool"
 PACKAGECONFIG[tool] = "-DYAX_BUILD_TOOLS=ON,-DYAX_BUILD_TOOLS=OFF,cli11 nlohmann-json"
 
 PACKAGES =+ "yaxreg"
-FILES:yaxreg = "${bindir}/yaxreg ${datadir}/bash-completion"
+FILES:yaxreg = "${bindir}/yaxreg ${datadir}/bash-completion ${datadir}/fish ${datadir}/yaxreg ${datadir}/zsh"

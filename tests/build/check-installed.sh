@@ -4,7 +4,8 @@
 set -eu
 cd "$1"
 for file in include/yax/registry/Registry.h include/yax/framework/YAX.h bin/yaxreg \
-  share/man/man1/yaxreg.1 share/bash-completion/completions/yaxreg; do
+  share/man/man1/yaxreg.1 share/bash-completion/completions/yaxreg \
+  share/fish/vendor_completions.d/yaxreg.fish share/yaxreg/magic share/zsh/vendor-completions/_yaxreg; do
   [ -s "$file" ] || { echo "$1/$file is missing" >&2 && exit 1; }
 done
 for name in libYAX.so yax.pc YAXConfig.cmake; do
