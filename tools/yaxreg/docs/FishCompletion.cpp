@@ -1,6 +1,8 @@
 #include "tools/yaxreg/docs/FishCompletion.h"
 
 #include <set>
+#include <sstream>
+#include <vector>
 
 #include "tools/yaxreg/docs/Completion.h"
 
@@ -73,22 +75,22 @@ std::string Line(const std::string& condition, const std::string& rest) {
   return "complete -c yaxreg -n " + Quoted(condition) + " " + rest + "\n";
 }
 
-// " -s d -l depth" of "-d,--depth".
-std::string NamesOf(const Option& option) {
-  std::string names;
-  std::string all = option.names;
-  while (!all.empty()) {
-    const std::string name = all.substr(0, all.find(','));
-    all.erase(0, name.size() + 1);
-    names += name[1] == '-' ? " -l " + name.substr(2) : " -s " + name.substr(1);
-  }
+// "-d" and "--depth" of "-d,--depth".
+std::vector<std::string> NamesOf(const Option& option) {
+  std::vector<std::string> names;
+  std::istringstream all(option.names);
+  for (std::string name; std::getline(all, name, ',');) names.push_back(name);
   return names;
 }
 
 std::string OptionLine(const std::string& verb, const Option& option) {
-  std::string rest = NamesOf(option) + " -d " + Quoted(option.help);
+  std::string rest;
+  for (const std::string& name : NamesOf(option)) {
+    rest += name[1] == '-' ? "-l " + name.substr(2) + " " : "-s " + name.substr(1) + " ";
+  }
+  rest += "-d " + Quoted(option.help);
   if (option.value != nullptr) rest += TakesFile(option) ? " -r -F" : " -x";
-  return Line("__yaxreg_is " + verb, rest.substr(1));
+  return Line("__yaxreg_is " + verb, rest);
 }
 
 unsigned int WordsOf(const std::string& verb) {
@@ -124,11 +126,7 @@ std::string ValuedOptions(const VerbTable& table) {
   for (const Verb& verb : table.verbs) {
     for (const Option& option : verb.options) {
       if (option.value == nullptr) continue;
-      std::string all = option.names;
-      while (!all.empty()) {
-        names.insert(all.substr(0, all.find(',')));
-        all.erase(0, all.substr(0, all.find(',')).size() + 1);
-      }
+      for (const std::string& name : NamesOf(option)) names.insert(name);
     }
   }
   std::string list;
