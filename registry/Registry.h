@@ -118,10 +118,11 @@ class YAX_API Registry {
   // Looks at the structure of the whole file, and changes nothing: 0 also when it is damaged.
   // kInputOutput, kNoMemory. Others wait with their changes meanwhile, some milliseconds.
   unsigned int Check(CheckResult* result);
-  // Gives the file the same content in the lowest slots of fresh tables, as RewriteFile does. For
-  // the administrator alone. kInvalidFile: the file is damaged, and what is lost could not be saved
-  // any more; kLimit: no room as it comes; kBusy in a transaction of this thread; kNoSpace,
-  // kNoMemory, kInputOutput: all is as before.
+  // Gives the file the same content in the lowest slots of fresh tables, as RewriteFile does. What
+  // nothing leads to is thrown away, keys and values that yaxreg repair would save included
+  // (leaked, as Check tells). For the administrator alone. kInvalidFile: the file is damaged, and
+  // what is lost could not be saved any more; kLimit: no room as it comes; kBusy in a transaction
+  // of this thread; kNoSpace, kNoMemory, kInputOutput: all is as before.
   unsigned int Compact();
   // Change callbacks: kNotSupported.
   unsigned int RegisterCallback(unsigned char events, Callback* callback);

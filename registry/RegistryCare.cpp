@@ -63,7 +63,8 @@ CheckResult ResultOf(const FileStore& store, const FileSurvey& survey, Status st
 
 class Compactor : public FileRewriter {
  public:
-  explicit Compactor(FileStore& store) : access_(store), compaction_(access_, store) {}
+  Compactor(FileStore& store, Compaction::Strays strays)
+      : access_(store), compaction_(access_, store, strays) {}
 
   const void* Rewrite(const void*, unsigned int* size) override {
     result_ = compaction_.Run();
@@ -91,12 +92,12 @@ Status CheckFileOf(FileStore& store, CheckResult* result) {
 }
 
 // The tree's lock is held, if there may be others.
-Status CompactFileOf(FileStore& store) {
+Status CompactFileOf(FileStore& store, Compaction::Strays strays) {
   ChangeNote note;
   note.count = 1;
   note.changes[0] = {ChangeKind::kCompacted, "", nullptr};
   const StoreTelling telling(store, &note);
-  Compactor compactor(store);
+  Compactor compactor(store, strays);
   const Status result = Rewriting(store).Run(compactor);
   return compactor.Result().IsOk() ? result : compactor.Result();
 }
@@ -137,7 +138,7 @@ unsigned int Registry::Compact() {
   PCMutexGuard changeGuard(instance->changeLock);
   PCMutexGuard guard(instance->operationLock);
   PCMutexGuard treeGuard(keyTree->TreeLock());
-  const Status result = CompactFileOf(*keyTree->File());
+  const Status result = CompactFileOf(*keyTree->File(), Compaction::Strays::kLeftBehind);
   if (result.IsOk()) keyTree->SetBehind();
   return result;
 }
@@ -154,7 +155,9 @@ unsigned int Registry::CareForFile() {
     const LockedAccess access(file);
     isShort = IsShort(RoomOf(file), options_.compactBelow);
   }
-  if (isShort) CompactFileOf(file).Ignore();  // it goes on with the file as it is
+  // Else it goes on with the file as it is. What yaxreg repair could still save, nobody has asked
+  // to throw away.
+  if (isShort) CompactFileOf(file, Compaction::Strays::kRefused).Ignore();
   return status::kOk;
 }
 

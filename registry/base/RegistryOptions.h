@@ -24,7 +24,8 @@ struct RegistryOptions {
   // Where what is new goes in the file.
   SpacePolicy space = SpacePolicy::kExact;
   // Opening compacts the file (Registry::Compact) when fewer slots of a kind are left than that, if
-  // that can be done; 0: never.
+  // that can be done; 0: never. A file with keys or values that nothing leads to is left to yaxreg
+  // repair, which saves them.
   unsigned int compactBelow = 0;
   // Opening looks at all of the file (Registry::Check), and answers kInvalidFile when it is
   // damaged, rather than each operation that meets the damage.

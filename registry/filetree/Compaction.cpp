@@ -19,6 +19,9 @@ Status Compaction::Ids::Prepare(const TernaryNodeDescriptor& descriptor) {
 
 Status Compaction::Run() {
   Status result = survey_.Run();
+  if (result.IsOk() && strays_ == Strays::kRefused && survey_.HasStrays()) {
+    result = status::kInvalidFile;
+  }
   for (unsigned int i = 0; result.IsOk() && i < kNodeKinds; ++i) {
     result = ids_[i].Prepare(access_.Descriptor(static_cast<NodeKind>(i)));
   }

@@ -13,12 +13,15 @@ namespace tamu::registry {
 // are in use without reason. Counts of values become those that there are.
 class Compaction {
  public:
-  // Nobody writes the file meanwhile.
-  Compaction(const LockedAccess& access, const FileStore& store)
-      : access_(access), survey_(access, store) {}
+  enum class Strays { kLeftBehind, kRefused };
 
-  // kInvalidFile: the file is damaged, and what is lost could not be saved any more; kLimit: the
-  // data does not fit in the tables as it comes; kInputOutput, kNoMemory.
+  // Nobody writes the file meanwhile.
+  Compaction(const LockedAccess& access, const FileStore& store, Strays strays)
+      : access_(access), strays_(strays), survey_(access, store) {}
+
+  // kInvalidFile: the file is damaged, or holds strays (FileSurvey::HasStrays) that are not to be
+  // left behind, and what is lost could not be saved any more; kLimit: the data does not fit in the
+  // tables as it comes; kInputOutput, kNoMemory.
   Status Run();
   // The file, this object's.
   const unsigned char* Bytes() const { return bytes_.get(); }
@@ -47,6 +50,7 @@ class Compaction {
   Status CopyValues(FileImage* image);
 
   const LockedAccess& access_;
+  const Strays strays_;
   FileSurvey survey_;
   Ids ids_[kNodeKinds];
   std::unique_ptr<unsigned char[]> bytes_;

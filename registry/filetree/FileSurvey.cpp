@@ -46,6 +46,33 @@ Status FileSurvey::Meet(NodeKind kind, unsigned int id) {
   return met_.Of(kind).Push(id);
 }
 
+bool FileSurvey::HasStrays() {
+  return HasStraysOf(NodeKind::kKey) || HasStraysOf(NodeKind::kValue);
+}
+
+bool FileSurvey::HasStraysOf(NodeKind kind) {
+  const TernaryNodeDescriptor& descriptor = access_.Descriptor(kind);
+  if (descriptor.usedNodes == CountMet(kind)) return false;  // as nearly always
+  for (unsigned int table = 0; table < descriptor.tableCount; ++table) {
+    for (unsigned int slot = 1; slot < descriptor.tables[table]->entryCount(); ++slot) {
+      if (IsStray(kind, MakeNodeId(table, slot))) return true;
+    }
+  }
+  return false;
+}
+
+bool FileSurvey::IsStray(NodeKind kind, unsigned int id) {
+  unsigned char record[kDataBlockSize] = {};  // no record is longer
+  static_assert(RecordSizeOf(NodeKind::kKey) <= sizeof record &&
+                RecordSizeOf(NodeKind::kValue) <= sizeof record);
+  if (!access_.IsUsed(kind, id) || !SeenOf(kind).Add(id)) return false;
+  if (!access_.ReadRecord(kind, id, record).IsOk()) return false;
+  for (const unsigned char byte : record) {
+    if (byte != 0) return true;
+  }
+  return false;
+}
+
 Status FileSurvey::SurveyStrings() {
   if (access_.StartNode() == 0) return status::kInvalidFile;
   Status result = ahead_.Push(access_.StartNode());

@@ -22,6 +22,9 @@ class FileSurvey {
   Stack<unsigned int>& Met(NodeKind kind) { return met_.Of(kind); }
   // How many slots that takes.
   unsigned int CountMet(NodeKind kind) const { return counts_[static_cast<unsigned int>(kind)]; }
+  // True when keys or values are in use that the tree does not lead to, other than slots of zeros
+  // only: deleted while they were open, or lost. Asked once, of a file that is sound.
+  bool HasStrays();
 
  private:
   Status SurveyFreeList(NodeKind kind, const NodeAllocationTable& table);
@@ -31,6 +34,8 @@ class FileSurvey {
   Status SurveyValue(unsigned int id, TernaryValueNode* value);
   Status SurveyData(unsigned int id, unsigned int size);
   Status Meet(NodeKind kind, unsigned int id);
+  bool HasStraysOf(NodeKind kind);
+  bool IsStray(NodeKind kind, unsigned int id);
   NodeSet& SeenOf(NodeKind kind) { return seen_[static_cast<unsigned int>(kind)]; }
 
   const LockedAccess& access_;

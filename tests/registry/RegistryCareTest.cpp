@@ -325,6 +325,27 @@ TEST_F(RegistryCare, OpeningCompactsAFileThatIsNearlyFull) {
   EXPECT_EQ(FileCondition::kSound, Check().condition);
 }
 
+// A key that has lost its sub-keys: the file is sound, and they can still be saved.
+TEST_F(RegistryCare, OpeningThrowsNoStraysAway) {
+  EXPECT_EQ(status::kOk, Open(Options()));
+  EXPECT_EQ(status::kOk, registry.MakeKey("net/eth0"));
+  EXPECT_EQ(status::kOk, Create(0, "net/eth0", "address", "192.168.0.1"));
+  Damage(0);
+  const std::string before = GetFile(path);
+  RegistryOptions options = Options();
+  options.compactBelow = 2 * kMostSlots;
+  EXPECT_EQ(status::kOk, Open(options));
+  const CheckResult result = Check();
+  EXPECT_EQ(FileCondition::kWorn, result.condition);
+  EXPECT_EQ(1u, result.keys.leaked);
+  EXPECT_EQ(1u, result.values.leaked);
+  registry.Finalize();
+  EXPECT_EQ(before, GetFile(path));
+  EXPECT_EQ(status::kOk, Open(Options()));
+  EXPECT_EQ(status::kOk, registry.Compact());
+  EXPECT_EQ(FileCondition::kSound, Check().condition);
+}
+
 TEST_F(RegistryCare, OpeningLeavesADamagedFileAsItIs) {
   MakeWorn();
   Damage(0x777700);
