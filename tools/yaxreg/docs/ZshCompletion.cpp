@@ -40,7 +40,7 @@ _yaxreg_values() {
 _yaxreg "$@"
 )zsh";
 
-// For a text in single quotes within a specification: colons part that, brackets end its help.
+// For a text in single quotes within a word of _arguments: colons part that, brackets end a help.
 std::string Escaped(const std::string& text) {
   std::string escaped;
   for (const char c : text) {

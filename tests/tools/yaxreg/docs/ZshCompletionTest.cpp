@@ -28,7 +28,7 @@ TEST(ZshCompletion, KnowsEveryVerbAndEveryOption) {
   }
 }
 
-// A colon parts a specification, and a bracket ends its help.
+// A colon parts what _arguments is told of an option, and a bracket ends its help.
 TEST(ZshCompletion, EscapesTexts) {
   yaxreg::VerbTable table;
   table.verbs.push_back({"v", "a: 'b'", "", {}, {{"--o", "N", "[c]: d"}}, "", nullptr});
