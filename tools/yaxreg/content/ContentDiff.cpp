@@ -43,9 +43,11 @@ int OrderOf(const Side& first, const Side& second) {
 class Paths {
  public:
   explicit Paths(std::string prefix) : prefix_(std::move(prefix)) {}
-  void Enter(const Side& side) {
-    below_.resize(side.Depth());
-    if (side.Depth() > 0) below_[side.Depth() - 1] = &side.Front().name;
+  // `base`: the depth of the key that was given.
+  void Enter(const ContentKey& key, unsigned int base) {
+    const unsigned int depth = key.depth - base;
+    below_.resize(depth);
+    if (depth > 0) below_[depth - 1] = &key.name;
   }
   std::string Text() const {
     std::string path = prefix_;
@@ -122,20 +124,49 @@ std::string PrefixOf(const Content& first, size_t firstKey, const Content& secon
   return secondKey != Content::kNone ? second.PathOf(secondKey) : std::string();
 }
 
+unsigned int DepthOf(const Content& content, size_t key) {
+  return key == Content::kNone ? 0 : content.keys[key].depth;
+}
+
 }  // namespace
+
+void VisitKeyPairs(const Content& first, size_t firstKey, const Content& second, size_t secondKey,
+                   const KeyPairVisitor& visit) {
+  Side firstSide(first, firstKey);
+  Side secondSide(second, secondKey);
+  while (!firstSide.isAtEnd() || !secondSide.isAtEnd()) {
+    const int order = OrderOf(firstSide, secondSide);
+    const ContentKey* const firstNow = order <= 0 ? firstSide.Take() : nullptr;
+    const ContentKey* const secondNow = order >= 0 ? secondSide.Take() : nullptr;
+    if (!visit(firstNow, secondNow)) return;
+  }
+}
+
+bool AreSameKeys(const ContentKey& first, const ContentKey& second) {
+  bool isSame = true;
+  const Paths paths("");
+  const DifferenceVisitor visit = [&](const Difference&) {
+    isSame = false;
+    return false;
+  };
+  KeyComparison(&first, &second, paths, visit).Run();
+  return isSame;
+}
 
 void CompareContents(const Content& first, size_t firstKey, const Content& second, size_t secondKey,
                      const DifferenceVisitor& visit) {
-  Side firstSide(first, firstKey);
-  Side secondSide(second, secondKey);
   Paths paths(PrefixOf(first, firstKey, second, secondKey));
-  while (!firstSide.isAtEnd() || !secondSide.isAtEnd()) {
-    const int order = OrderOf(firstSide, secondSide);
-    paths.Enter(order <= 0 ? firstSide : secondSide);
-    const ContentKey* const firstNow = order <= 0 ? firstSide.Take() : nullptr;
-    const ContentKey* const secondNow = order >= 0 ? secondSide.Take() : nullptr;
-    if (!KeyComparison(firstNow, secondNow, paths, visit).Run()) return;
-  }
+  const unsigned int firstBase = DepthOf(first, firstKey);
+  const unsigned int secondBase = DepthOf(second, secondKey);
+  VisitKeyPairs(first, firstKey, second, secondKey,
+                [&](const ContentKey* firstNow, const ContentKey* secondNow) {
+                  if (firstNow != nullptr) {
+                    paths.Enter(*firstNow, firstBase);
+                  } else {
+                    paths.Enter(*secondNow, secondBase);
+                  }
+                  return KeyComparison(firstNow, secondNow, paths, visit).Run();
+                });
 }
 
 std::vector<Difference> DifferencesOf(const Content& first, size_t firstKey, const Content& second,

@@ -44,7 +44,17 @@ using DifferenceVisitor = std::function<bool(const Difference&)>;
 void CompareContents(const Content& first, size_t firstKey, const Content& second, size_t secondKey,
                      const DifferenceVisitor& visit);
 
-// The same as a list. The contents must live as long as the list.
+// Takes a key of both, null for a content that does not have it; false ends the visit.
+using KeyPairVisitor = std::function<bool(const ContentKey* firstKey, const ContentKey* secondKey)>;
+
+// Visits all keys that CompareContents compares, in that order.
+void VisitKeyPairs(const Content& first, size_t firstKey, const Content& second, size_t secondKey,
+                   const KeyPairVisitor& visit);
+
+// True when CompareContents finds no difference between two keys, whatever lies below them.
+bool AreSameKeys(const ContentKey& first, const ContentKey& second);
+
+// The differences as a list. The contents must live as long as the list.
 std::vector<Difference> DifferencesOf(const Content& first, size_t firstKey, const Content& second,
                                       size_t secondKey);
 bool AreSame(const Content& first, size_t firstKey, const Content& second, size_t secondKey);

@@ -28,12 +28,13 @@ bool TellsSize(const ContentValue& value) {
   return !value.isSet && value.data.empty() && value.size != 0;
 }
 
-void WriteKey(const ContentKey& key, const std::string& path, std::ostream& out) {
-  out << "{\"path\":" << TextJson(path);
+}  // namespace
+
+void WriteKeyFields(const ContentKey& key, std::ostream& out) {
   if (key.isMadeUp) {
-    out << ",\"missing\":true";
+    out << "\"missing\":true";
   } else {
-    out << ",\"owner\":" << std::to_string(key.owner)
+    out << "\"owner\":" << std::to_string(key.owner)
         << ",\"rights\":" << std::to_string(key.permission)
         << ",\"watch\":" << std::to_string(key.watch)
         << ",\"default\":" << (key.hasDefault ? JsonNumberText(key.defaultValue) : "null");
@@ -44,10 +45,8 @@ void WriteKey(const ContentKey& key, const std::string& path, std::ostream& out)
     out << before << ValueJson(*value);
     before = ",\n";
   }
-  out << (key.values.empty() ? "]}" : "\n]}");
+  out << (key.values.empty() ? "]" : "\n]");
 }
-
-}  // namespace
 
 std::string ValueJson(const ContentValue& value) {
   std::string json = "{\"name\":" + TextJson(value.name);
@@ -64,8 +63,9 @@ void WriteContentJson(const Content& content, size_t key, std::ostream& out) {
     const size_t end = content.EndOf(key);
     const char* before = "\n";
     for (size_t i = key; i < end && out; ++i) {
-      out << before;
-      WriteKey(content.keys[i], walk.Enter(content.keys[i]), out);
+      out << before << "{\"path\":" << TextJson(walk.Enter(content.keys[i])) << ',';
+      WriteKeyFields(content.keys[i], out);
+      out << '}';
       before = ",\n";
     }
   }

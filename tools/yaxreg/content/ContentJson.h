@@ -32,6 +32,10 @@ namespace yaxreg {
 //   hex     types 1 to 5: other data; when it is not set only if there is any
 std::string ValueJson(const ContentValue& value);
 
+// Writes the fields of a key but its path, from "owner" or "missing" to "values", between which
+// lines end; without braces.
+void WriteKeyFields(const ContentKey& key, std::ostream& out);
+
 // Writes a key and all below it, their paths relative to the key; a document without keys for
 // Content::kNone. Stops early when the stream fails.
 void WriteContentJson(const Content& content, size_t key, std::ostream& out);

@@ -57,7 +57,28 @@ std::string DrawLegend(const RegistryImage& image) {
   return svg;
 }
 
+// Part of the drawing as an element of its own, with what people hear who do not see it.
+std::string Element(const std::string& box, const std::string& label, const std::string& drawing) {
+  return "<svg viewBox=\"" + box + "\" role=\"img\" aria-label=\"" + label + "\">\n" + drawing +
+         "</svg>\n";
+}
+
 }  // namespace
+
+FileMapParts DrawFileMapParts(const RegistryImage& image) {
+  constexpr unsigned int kAbove = 34;  // of the strip: its heading
+  constexpr unsigned int kBelow = 56;  // its scale and its legend
+  FileMapParts parts;
+  const std::string strip = "30 " + Text(kStripTop - kAbove) + " " + Text(kWidth - 60) + " " +
+                            Text(kAbove + kStripHeight + kBelow);
+  parts.strip = Element(strip, "The file to scale", DrawStrip(image));
+  const std::string panel = "-2 -2 " + Text(kPanelWidth + 10) + " " + Text(kPanelHeight - 16);
+  for (const NodeKind kind : kAllKinds) {
+    parts.panels[static_cast<unsigned int>(kind)] =
+        Element(panel, "The slots of the " + KindNames(kind), DrawPanel(image, kind, 0, 0));
+  }
+  return parts;
+}
 
 std::string DrawFileMap(const RegistryImage& image, const std::string& title,
                         const std::string& subtitle) {

@@ -13,4 +13,12 @@ namespace yaxreg {
 std::string DrawFileMap(const RegistryImage& image, const std::string& title,
                         const std::string& subtitle);
 
+// The same as <svg> elements of a page, which brings the looks of their classes and tells what the
+// colours of the slots mean.
+struct FileMapParts {
+  std::string strip;
+  std::string panels[kNodeKinds];
+};
+FileMapParts DrawFileMapParts(const RegistryImage& image);
+
 }  // namespace yaxreg

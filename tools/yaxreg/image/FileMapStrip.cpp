@@ -2,10 +2,8 @@
 
 #include <algorithm>
 
-#include "registry/format/FileHeader.h"
-#include "registry/format/TableRanges.h"
-#include "registry/format/TernaryHeader.h"
 #include "tools/yaxreg/image/FileMapLook.h"
+#include "tools/yaxreg/image/FilePieces.h"
 #include "tools/yaxreg/image/Kinds.h"
 #include "tools/yaxreg/image/Svg.h"
 #include "tools/yaxreg/image/Wear.h"
@@ -14,44 +12,23 @@ namespace yaxreg {
 namespace filemap {
 
 using namespace draw;
-using tamu::registry::AreaRange;
-using tamu::registry::FileHeader;
-using tamu::registry::RecordSizeOf;
-using tamu::registry::TableRange;
-using tamu::registry::TernaryHeader;
 
 namespace {
 
 constexpr char kHeadColour[] = "#8a96a3";
 constexpr char kReservedColour[] = "#eceff2";
 
-struct Piece {
-  unsigned long long offset;
-  unsigned long long size;
-  std::string colour;
-  std::string name;
-};
-
-std::vector<Piece> PiecesOf(const RegistryImage& image) {
-  std::vector<Piece> pieces = {
-      {FileHeader::kOffset, FileHeader::kSize, kHeadColour, "file header"},
-      {FileHeader::kReservedArea, FileHeader::kReservedSize, kReservedColour, "reserved"},
-      {TernaryHeader::kFileOffset, TernaryHeader::kSize, kHeadColour, "header of the tables"}};
-  for (const NodeKind kind : kAllKinds) {
-    const KindLook look = LookOf(kind);
-    const std::vector<RegistryImage::Table>& tables = image.Tables(kind);
-    for (size_t i = 0; i < tables.size(); ++i) {
-      const std::string number = " " + Text(i) + " of " + KindNames(kind);
-      const unsigned long long table = TableRange(tables[i].offset, tables[i].entries).size();
-      const unsigned long long area =
-          AreaRange(tables[i].area, tables[i].entries, RecordSizeOf(kind)).size();
-      pieces.push_back({tables[i].offset, table, look.dark, "table" + number});
-      pieces.push_back({tables[i].area, area, look.colour, "area" + number});
-    }
+std::string ColourOf(const FilePiece& piece) {
+  switch (piece.part) {
+    case FilePart::kHeader:
+      return kHeadColour;
+    case FilePart::kTable:
+      return LookOf(piece.kind).dark;
+    case FilePart::kArea:
+      return LookOf(piece.kind).colour;
+    default:
+      return kReservedColour;
   }
-  std::sort(pieces.begin(), pieces.end(),
-            [](const Piece& a, const Piece& b) { return a.offset < b.offset; });
-  return pieces;
 }
 
 std::string DrawStripLegend() {
@@ -78,14 +55,14 @@ std::string DrawStrip(const RegistryImage& image) {
   const double width = kWidth - 2 * kMargin;
   std::string svg = Label(kMargin, kStripTop - 12, "h", "The file");
   svg += Box(kMargin, kStripTop, width, kStripHeight, ClassOf("f")) + "\n";
-  for (const Piece& piece : PiecesOf(image)) {
+  for (const FilePiece& piece : PiecesOf(image)) {
     const double offset = static_cast<double>(piece.offset);
     if (offset >= length) continue;
     const double size = std::min(static_cast<double>(piece.size), length - offset);
     svg += "<g><title>" + piece.name + ": " + Grouped(piece.size) + " bytes at " +
            Grouped(piece.offset) + "</title>" +
            Box(kMargin + offset / length * width, kStripTop, size / length * width, kStripHeight,
-               Fill(piece.colour)) +
+               Fill(ColourOf(piece))) +
            "</g>\n";
   }
   svg += Box(kMargin, kStripTop, width, kStripHeight, ClassOf("o")) + "\n";

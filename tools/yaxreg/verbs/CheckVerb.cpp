@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 #include <ostream>
 
+#include "tools/yaxreg/image/ImageJson.h"
 #include "tools/yaxreg/image/Kinds.h"
 #include "tools/yaxreg/text/JsonText.h"
 #include "tools/yaxreg/text/Numbers.h"

@@ -9,6 +9,7 @@
 #include <ostream>
 
 #include "tools/yaxreg/components/ComponentCheck.h"
+#include "tools/yaxreg/components/ComponentJson.h"
 #include "tools/yaxreg/components/ComponentList.h"
 #include "tools/yaxreg/text/JsonText.h"
 #include "tools/yaxreg/verbs/CommonArguments.h"
@@ -20,14 +21,6 @@ namespace yaxreg {
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-Json JsonOfText(const ComponentField& field) {
-  return field.isThere() ? JsonText(field.text) : Json();
-}
-
-Json JsonOfNumber(const ComponentField& field) {
-  return field.isThere() ? JsonNumber(field.number) : Json();
-}
 
 std::string TextOrProblem(const ComponentField& field) {
   return field.isThere() ? Shown(field.text) : field.problem;
@@ -52,31 +45,6 @@ std::string HowReached(const Component& component) {
   char address[16];
   std::snprintf(address, sizeof address, "0x%08x", component.function.word());
   return text + " at " + address;
-}
-
-Json ComponentJson(const Component& component) {
-  Json json = {
-      {"id", JsonText(component.identifier)},     {"name", JsonOfText(component.name)},
-      {"type", JsonOfNumber(component.type)},     {"factoryFn", JsonOfNumber(component.function)},
-      {"binaryPath", JsonOfText(component.path)}, {"problems", Json::array()}};
-  if (!component.isIdentifier) json["problems"].push_back("the key's name is no identifier");
-  for (const ComponentField* field :
-       {&component.name, &component.type, &component.function, &component.path}) {
-    if (!field->isThere()) json["problems"].push_back(field->problem);
-  }
-  return json;
-}
-
-void PrintListJson(const ComponentList& list, std::ostream& out) {
-  Json json = {{"system", nullptr}, {"components", Json::array()}};
-  if (list.hasSystem) {
-    json["system"] = {{"isSingleBin", JsonOfNumber(list.isSingleBin)},
-                      {"binDirectory", JsonOfText(list.binDirectory)}};
-  }
-  for (const Component& component : list.components) {
-    json["components"].push_back(ComponentJson(component));
-  }
-  out << JsonDump(json, 2) << '\n';
 }
 
 void PrintSystem(const ComponentList& list, std::ostream& out) {
@@ -120,10 +88,10 @@ const char* WordOf(const ComponentVerdict& verdict) {
 Json VerdictJson(const Verified& one) {
   const ComponentVerdict& verdict = one.verdict;
   Json json = {{"id", JsonText(one.component->identifier)},
-               {"name", JsonOfText(one.component->name)},
+               {"name", FieldJson(one.component->name)},
                {"result", WordOf(verdict)},
                {"inProgram", verdict.isInProgram},
-               {"binaryPath", JsonOfText(one.component->path)},
+               {"binaryPath", FieldJson(one.component->path)},
                {"file", verdict.file.empty() ? Json() : JsonText(verdict.file)},
                {"problems", verdict.problems},
                {"notes", verdict.notes}};
@@ -219,7 +187,7 @@ ExitCode RunCompLs(Invocation& call) {
   if (image == nullptr) return code;
   const ComponentList list = ReadComponents(image->content());
   if (call.isJson()) {
-    PrintListJson(list, call.out);
+    call.out << JsonDump(ComponentsJson(list), 2) << '\n';
   } else {
     PrintList(list, call.palette, call.out);
   }

@@ -1,12 +1,10 @@
-// Findings about a file and its wear, for people and for programs.
+// Findings about a file, for people.
 #pragma once
 
-#include <nlohmann/json_fwd.hpp>
-#include <string>
+#include <cstddef>
 
 #include "tools/yaxreg/cli/Invocation.h"
 #include "tools/yaxreg/image/RegistryImage.h"
-#include "tools/yaxreg/image/Wear.h"
 
 namespace yaxreg {
 
@@ -23,10 +21,5 @@ enum class Notes { kShown, kLeftOut };
 void PrintFindings(Invocation& call, const RegistryImage& image, Notes notes);
 // "2 findings of loss, 1 of damage", with its line end; nothing if there are none.
 void PrintFindingCounts(Invocation& call, const RegistryImage& image);
-
-// A list of {"severity", "path", "text"}; findings about the file have no path.
-nlohmann::ordered_json FindingsJson(const RegistryImage& image);
-// {"used", "withoutKey" (of string nodes only), "leaked", "free", "stranded", "left"}.
-nlohmann::ordered_json WearJson(const Wear& wear);
 
 }  // namespace yaxreg

@@ -5,6 +5,7 @@
 
 #include "registry/base/RegistryStatus.h"
 #include "tools/yaxreg/image/FileBytes.h"
+#include "tools/yaxreg/image/ImageJson.h"
 #include "tools/yaxreg/image/ImageWriter.h"
 #include "tools/yaxreg/text/JsonText.h"
 #include "tools/yaxreg/text/Numbers.h"

@@ -1,29 +1,25 @@
 // stat: how full and how worn a file is, in numbers and as a picture.
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <nlohmann/json.hpp>
 #include <ostream>
 
-#include "registry/base/RegistryStatus.h"
 #include "registry/format/RecordSize.h"
-#include "tools/yaxreg/image/FileBytes.h"
 #include "tools/yaxreg/image/FileMap.h"
+#include "tools/yaxreg/image/ImageJson.h"
 #include "tools/yaxreg/image/Kinds.h"
 #include "tools/yaxreg/text/JsonText.h"
 #include "tools/yaxreg/text/Numbers.h"
 #include "tools/yaxreg/verbs/CommonArguments.h"
 #include "tools/yaxreg/verbs/FindingText.h"
 #include "tools/yaxreg/verbs/Loading.h"
+#include "tools/yaxreg/verbs/OutputFile.h"
 #include "tools/yaxreg/verbs/VerbTable.h"
 
 namespace yaxreg {
 
 namespace {
-
-constexpr size_t kMaxOldMap = 64u << 20;  // bytes; our own maps have less than one megabyte
 
 struct KindFigures {
   Wear wear;
@@ -164,46 +160,13 @@ void PrintJson(const Figures& figures, const std::string& file, std::ostream& ou
 
 // ---- the map
 
-std::string BaseName(const std::string& path) {
-  return path.substr(path.rfind('/') + 1);
-}
-
-// True when both paths lead to one file.
-bool IsSameFile(const std::string& a, const std::string& b) {
-  struct stat first;
-  struct stat second;
-  return stat(a.c_str(), &first) == 0 && stat(b.c_str(), &second) == 0 &&
-         first.st_dev == second.st_dev && first.st_ino == second.st_ino;
-}
-
-// An older map, or a file that holds nothing: what may be replaced.
-bool IsReplaceable(const std::string& bytes) {
-  if (bytes.empty()) return true;
-  const size_t begin = bytes.find_first_not_of(" \t\r\n");
-  if (begin == std::string::npos) return false;
-  return bytes.compare(begin, 4, "<svg") == 0 || bytes.compare(begin, 5, "<?xml") == 0;
-}
-
-ExitCode WriteMap(Invocation& call, const std::string& path, const std::string& svg) {
-  FileResult written = WriteNewFile(path, svg);
-  if (written.exists) {
-    std::string old;
-    const FileResult read = ReadWholeFile(path, kMaxOldMap, &old);
-    if (!read.isDone() && !read.tooLarge) return call.Fail(kFailed, path, "", read.reason);
-    if (read.tooLarge || !IsReplaceable(old)) {
-      return call.FailWithStatus(tamu::registry::status::kExists, path, "",
-                                 "is there already and is no SVG file");
-    }
-    written = ReplaceFile(path, old, svg);
-  }
-  return written.isDone() ? kDone : call.Fail(kFailed, path, "", written.reason);
-}
-
 ExitCode DrawMap(Invocation& call, const RegistryImage& image, const Figures& figures) {
   if (!call.Has("--map")) return kDone;
   const std::string subtitle = Counted(figures.keys, "key") + ", " +
                                Counted(figures.values, "value") + "; " + RoomText(figures);
-  return WriteMap(call, call.Text("--map"), DrawFileMap(image, BaseName(call.File()), subtitle));
+  return WriteOutputFile(call, call.Text("--map"),
+                         DrawFileMap(image, BaseName(call.File()), subtitle),
+                         {"SVG file", {"<svg", "<?xml"}});
 }
 
 ExitCode RunStat(Invocation& call) {
