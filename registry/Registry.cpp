@@ -91,23 +91,18 @@ unsigned int Registry::OpenTrees() {
     if (opened == status::kNotFound) return opened;
     return opened == status::kBusy ? status::kNoSpace : status::kNoMemory;
   }
-  const unsigned int result = CheckDurability();
+  unsigned int result = CheckDurability();
+  if (result == status::kOk) {
+    fileTree->ShareStore(keyTree->File());
+    fileTree->Initialize(path);  // operations report what is wrong
+    result = CareForFile();
+  }
   if (result != status::kOk) {
+    delete fileTree;
     keyTree->Finalize();
     delete handles;
-    delete fileTree;
     fileTree = nullptr;
     return result;
-  }
-  fileTree->ShareStore(keyTree->File());
-  fileTree->Initialize(path);  // operations report what is wrong
-  const unsigned int cared = CareForFile();
-  if (cared != status::kOk) {
-    delete fileTree;
-    keyTree->Finalize();
-    delete handles;
-    fileTree = nullptr;
-    return cared;
   }
   instance->keyTree = keyTree;
   instance->fileTree = fileTree;

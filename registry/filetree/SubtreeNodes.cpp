@@ -60,8 +60,10 @@ Status SubtreeNodes::CollectValues(const TernaryKeyNode& key) {
     const bool used = access_.IsUsed(NodeKind::kValue, walk.Id());
     if (result.IsOk() && !used) result = status::kInvalidFile;
     if (result.IsOk()) result = slots_.Of(NodeKind::kValue).Push(walk.Id());
-    if (result.IsOk() && walk.Record().isInBlocks() && walk.Record().dataWord() != 0) {
-      result = slots_.Of(NodeKind::kData).Push(walk.Record().dataWord());
+    const TernaryValueNode& value = walk.Record();
+    const bool hasBlocks = value.isInBlocks() && value.dataWord() != 0;
+    if (result.IsOk() && hasBlocks && access_.ReusesSpace()) {
+      result = slots_.Of(NodeKind::kData).Push(value.dataWord());
     }
     if (!result.IsOk()) return result;
   }
@@ -78,7 +80,7 @@ Status SubtreeNodes::ReleaseAll(Changes& changes, NodeKind kind) {
 }
 
 Status SubtreeNodes::Release(Changes& changes) {
-  if (changes.ReusesSpace()) ReleaseAll(changes, NodeKind::kData).Ignore();
+  ReleaseAll(changes, NodeKind::kData).Ignore();
   ReleaseAll(changes, NodeKind::kValue).Ignore();  // what cannot be given back stays in use
   ReleaseAll(changes, NodeKind::kKey).Ignore();
   return ReleaseAll(changes, NodeKind::kString);

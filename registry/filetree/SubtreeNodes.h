@@ -11,7 +11,7 @@ namespace tamu::registry {
 // Collected before anything is changed, so that giving them back needs no memory and follows no
 // link that may have got another meaning meanwhile. What is damaged is left out: slots that are
 // free or do not exist, records that cannot be read, and whatever is met a second time. With
-// SpacePolicy::kExact data blocks stay in use.
+// SpacePolicy::kExact data blocks are not collected: they stay in use.
 class SubtreeNodes {
  public:
   explicit SubtreeNodes(const StoreAccess& access) : access_(access) {}

@@ -51,7 +51,6 @@ class Changes : public StoreAccess {
   // The id of the root string node. kInvalidFile: the header is damaged.
   Status SetStartNode(unsigned int id);
 
-  bool ReusesSpace() const { return store_.ReusesSpace(); }
   // Takes a slot of the newest table or, with SpacePolicy::kReuse, of an older one when that is
   // full; else the file grows. Nothing is written into it yet.
   // kLimit: the file has as many tables of the kind as there may be; kInvalidFile: the kind is

@@ -57,6 +57,8 @@ class StoreAccess {
   Status Resolve(NodeKind kind, unsigned int id, unsigned int* offset) const {
     return store_.tables_.Resolve(kind, id, offset);
   }
+  // SpacePolicy::kReuse.
+  bool ReusesSpace() const { return store_.ReusesSpace(); }
   // The id of the root string node, 0 when there is none.
   unsigned int StartNode() const { return store_.tables_.Header().startNode(); }
   const TernaryNodeDescriptor& Descriptor(NodeKind kind) const {

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <ostream>
 
+#include "registry/base/ChangeNote.h"
 #include "registry/base/Value.h"
 #include "tools/yaxreg/content/ContentDiff.h"
 #include "tools/yaxreg/content/ContentMerge.h"
@@ -15,6 +16,7 @@
 namespace yaxreg {
 
 namespace status = tamu::registry::status;
+using tamu::registry::IsWithin;
 
 namespace {
 
@@ -32,11 +34,6 @@ Place PlaceOf(const std::string& text) {
   if (!place.path.empty() && place.path.front() == '/') place.path.erase(0, 1);
   if (!place.path.empty() && place.path.back() == '/') place.path.pop_back();
   return place;
-}
-
-bool IsWithin(const std::string& path, const std::string& top) {
-  if (top.empty() || path == top) return true;
-  return path.compare(0, top.size() + 1, top + '/') == 0;
 }
 
 // A place where nothing can be.
@@ -64,8 +61,9 @@ std::string TakePlaces(Invocation& call, Place* from, Place* to) {
   }
   if (to->isValue) return "a key cannot become a value";
   if (from->path.empty()) return "the root cannot be put anywhere else";
-  if (IsWithin(to->path, from->path)) return "a key cannot be put into itself";
-  return IsWithin(from->path, to->path) ? "a key cannot replace one that it is in" : "";
+  if (IsWithin(to->path.c_str(), from->path.c_str())) return "a key cannot be put into itself";
+  return IsWithin(from->path.c_str(), to->path.c_str()) ? "a key cannot replace one that it is in"
+                                                        : "";
 }
 
 class Copy {
