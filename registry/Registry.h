@@ -113,10 +113,12 @@ class YAX_API Registry {
   // alone: kNoRight for others, and for a change where the file is only read. kInvalidFile: what
   // the rewriter gives is no sound registry; kNoSpace, kNoMemory, kInputOutput: all is as before.
   unsigned int RewriteFile(FileRewriter& rewriter, ChangeKind kind = ChangeKind::kKeyRestored);
-  // How much is left of each kind of records. Cheap.
+  // How much is left of each kind of records. Cheap, and does not wait for a transaction of another
+  // process.
   unsigned int GetRoom(RegistryRoom* room);
   // Looks at the structure of the whole file, and changes nothing: 0 also when it is damaged.
-  // kInputOutput, kNoMemory. Others wait with their changes meanwhile, some milliseconds.
+  // kInputOutput, kNoMemory. Waits for transactions of other processes; their changes wait for it,
+  // some milliseconds.
   unsigned int Check(CheckResult* result);
   // Gives the file the same content in the lowest slots of fresh tables, as RewriteFile does. What
   // nothing leads to is thrown away, keys and values that yaxreg repair would save included

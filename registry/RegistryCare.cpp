@@ -117,9 +117,10 @@ unsigned int Registry::GetRoom(RegistryRoom* room) {
   if (!IsReady()) return status::kNoRight;
   if (room == nullptr) return status::kBadArgument;
   return LookAtFile([&](FileStore& store) -> unsigned int {
-    const LockedAccess access(store);
-    *room = RoomOf(store);
-    return status::kOk;
+    return store.Look([&](StoreAccess&) -> Status {
+      *room = RoomOf(store);
+      return status::kOk;
+    });
   });
 }
 

@@ -1,4 +1,6 @@
 // Several changes as one.
+#include <poll.h>
+
 #include <future>
 #include <thread>
 
@@ -381,6 +383,51 @@ TEST_P(RegistryTransaction, ChangesOfOthersWait) {
   EXPECT_EQ(status::kOk, registry.EndTransaction());
   EXPECT_EQ("done", other.get());
   EXPECT_EQ("theirs", Text("a/b", "text"));
+}
+
+// It has the file open already; an opening waits.
+TEST_P(RegistryTransaction, AnotherProcessIsToldAtOnceHowMuchRoomThereIs) {
+  // For one process, as every mode is where files cannot be mapped.
+  if (GetParam() == Durability::kNone || PossibleModes().size() < 3) return;
+  int asked[2], answered[2];
+  ASSERT_EQ(0, pipe(asked));
+  ASSERT_EQ(0, pipe(answered));
+  registry.Finalize();
+  const pid_t child = fork();
+  if (child == 0) {
+    RegistryOptions options;
+    options.durability = GetParam();
+    registry.SetOptions(options);
+    registry.Initialize();
+    char byte = 0;
+    while (write(answered[1], &byte, 1) == 1 && read(asked[0], &byte, 1) == 1 && byte != 'x') {
+      RegistryRoom room = {};
+      registry.GetRoom(&room);
+      byte = static_cast<char>(room.keys.inUse);
+    }
+    EndChild(0);
+  }
+  const auto isAnswered = [&] {
+    constexpr int kMilliseconds = 5000;
+    pollfd answer = {answered[0], POLLIN, 0};
+    return poll(&answer, 1, kMilliseconds) == 1;
+  };
+  char byte = 0;
+  ASSERT_EQ(1, read(answered[0], &byte, 1));
+  Open();
+  RegistryRoom room = {};
+  EXPECT_EQ(status::kOk, registry.GetRoom(&room));
+  EXPECT_EQ(status::kOk, registry.BeginTransaction());
+  EXPECT_EQ(status::kOk, registry.MakeKey("more"));
+  EXPECT_EQ(1, write(asked[1], "?", 1));
+  EXPECT_TRUE(isAnswered());
+  EXPECT_EQ(status::kOk, registry.EndTransaction());
+  EXPECT_EQ(1, read(answered[0], &byte, 1));
+  EXPECT_EQ(room.keys.inUse, static_cast<unsigned int>(byte));
+  EXPECT_EQ(1, write(asked[1], "x", 1));
+  int status = 0;
+  EXPECT_EQ(waitpid(child, &status, 0), child);
+  for (const int end : {asked[0], asked[1], answered[0], answered[1]}) close(end);
 }
 
 // It has the file open already; an opening waits.
