@@ -1,6 +1,10 @@
 #include "registry/filetree/FileSurvey.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "registry/format/NodeLink.h"
+#include "registry/keytree/NodeNames.h"
 #include "registry/store/BlockChain.h"
 
 namespace tamu::registry {
@@ -25,7 +29,11 @@ Status FileSurvey::Run() {
     }
     if (!result.IsOk()) return result;
   }
-  return SurveyStrings();
+  const Status result = SurveyStrings();
+  if (!result.IsOk()) return result;
+  const bool isCut =
+      AnyLeaked(NodeKind::kString, [&](unsigned int id) { return LacksItsPlace(id); });
+  return isCut ? status::kInvalidFile : status::kOk;
 }
 
 Status FileSurvey::SurveyFreeList(NodeKind kind, const NodeAllocationTable& table) {
@@ -46,31 +54,41 @@ Status FileSurvey::Meet(NodeKind kind, unsigned int id) {
   return met_.Of(kind).Push(id);
 }
 
-bool FileSurvey::HasStrays() {
-  return HasStraysOf(NodeKind::kKey) || HasStraysOf(NodeKind::kValue);
-}
-
-bool FileSurvey::HasStraysOf(NodeKind kind) {
+bool FileSurvey::AnyLeaked(NodeKind kind,
+                           const FunctionRef<bool(unsigned int id)>& isLookedFor) const {
   const TernaryNodeDescriptor& descriptor = access_.Descriptor(kind);
   if (descriptor.usedNodes == CountMet(kind)) return false;  // as nearly always
   for (unsigned int table = 0; table < descriptor.tableCount; ++table) {
     for (unsigned int slot = 1; slot < descriptor.tables[table]->entryCount(); ++slot) {
-      if (IsStray(kind, MakeNodeId(table, slot))) return true;
+      const unsigned int id = MakeNodeId(table, slot);
+      if (access_.IsUsed(kind, id) && !IsSeen(kind, id) && isLookedFor(id)) return true;
     }
   }
   return false;
 }
 
-bool FileSurvey::IsStray(NodeKind kind, unsigned int id) {
-  unsigned char record[kDataBlockSize] = {};  // no record is longer
-  static_assert(RecordSizeOf(NodeKind::kKey) <= sizeof record &&
-                RecordSizeOf(NodeKind::kValue) <= sizeof record);
-  if (!access_.IsUsed(kind, id) || !SeenOf(kind).Add(id)) return false;
-  if (!access_.ReadRecord(kind, id, record).IsOk()) return false;
-  for (const unsigned char byte : record) {
-    if (byte != 0) return true;
-  }
-  return false;
+bool FileSurvey::HasStrays() const {
+  return HasStraysOf(NodeKind::kKey) || HasStraysOf(NodeKind::kValue);
+}
+
+bool FileSurvey::HasStraysOf(NodeKind kind) const {
+  return AnyLeaked(kind, [&](unsigned int id) {
+    unsigned char record[kDataBlockSize] = {};  // no record is longer
+    static_assert(RecordSizeOf(NodeKind::kKey) <= sizeof record &&
+                  RecordSizeOf(NodeKind::kValue) <= sizeof record);
+    if (!access_.ReadRecord(kind, id, record).IsOk()) return false;
+    const auto isSet = [](unsigned char byte) { return byte != 0; };
+    return std::any_of(std::begin(record), std::end(record), isSet);
+  });
+}
+
+// Nothing leads to the node, which is the beginning of a name that was met without it.
+bool FileSurvey::LacksItsPlace(unsigned int id) const {
+  TernaryStringNode upper, lower;
+  if (!access_.Read(id, &upper).IsOk()) return false;
+  const unsigned int lowerId = upper.equal();
+  return access_.IsUsed(NodeKind::kString, lowerId) && IsSeen(NodeKind::kString, lowerId) &&
+         access_.Read(lowerId, &lower).IsOk() && IsCutFrom(upper, lower, lowerId);
 }
 
 Status FileSurvey::SurveyStrings() {

@@ -13,9 +13,9 @@ class FileSurvey {
   // Nobody writes the file meanwhile.
   FileSurvey(const LockedAccess& access, const FileStore& store) : access_(access), store_(store) {}
 
-  // 0: the file is sound. kInvalidFile: a table or free list is damaged, or a record cannot be
-  // read, is free, is met twice or makes no sense; what was listed before stays. kInputOutput,
-  // kNoMemory.
+  // 0: the file is sound. kInvalidFile: a table or free list is damaged, a record cannot be read,
+  // is free, is met twice or makes no sense, or a name has lost its beginning (IsCutFrom); what was
+  // listed before stays. kInputOutput, kNoMemory.
   Status Run();
   // What the tree leads to, in the order in which it was met: a node before those that its links
   // lead to (lo, hi, equal, child); of data the first block of each value that has any.
@@ -23,8 +23,8 @@ class FileSurvey {
   // How many slots that takes.
   unsigned int CountMet(NodeKind kind) const { return counts_[static_cast<unsigned int>(kind)]; }
   // True when keys or values are in use that the tree does not lead to, other than slots of zeros
-  // only: deleted while they were open, or lost. Asked once, of a file that is sound.
-  bool HasStrays();
+  // only: deleted while they were open, or lost. Asked of a file that is sound.
+  bool HasStrays() const;
 
  private:
   Status SurveyFreeList(NodeKind kind, const NodeAllocationTable& table);
@@ -34,9 +34,14 @@ class FileSurvey {
   Status SurveyValue(unsigned int id, TernaryValueNode* value);
   Status SurveyData(unsigned int id, unsigned int size);
   Status Meet(NodeKind kind, unsigned int id);
-  bool HasStraysOf(NodeKind kind);
-  bool IsStray(NodeKind kind, unsigned int id);
+  // Asks for each slot in use that was not met until one is the one that is looked for.
+  bool AnyLeaked(NodeKind kind, const FunctionRef<bool(unsigned int id)>& isLookedFor) const;
+  bool HasStraysOf(NodeKind kind) const;
+  bool LacksItsPlace(unsigned int id) const;
   NodeSet& SeenOf(NodeKind kind) { return seen_[static_cast<unsigned int>(kind)]; }
+  bool IsSeen(NodeKind kind, unsigned int id) const {
+    return seen_[static_cast<unsigned int>(kind)].Has(id);
+  }
 
   const LockedAccess& access_;
   const FileStore& store_;

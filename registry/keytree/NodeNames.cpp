@@ -1,5 +1,7 @@
 #include "registry/keytree/NodeNames.h"
 
+#include <cstring>
+
 namespace tamu::registry {
 
 signed char FirstCharOf(const TernaryStringNode& node) {
@@ -35,6 +37,24 @@ TernaryStringNode LowerPart(const TernaryStringNode& node, unsigned int cut) {
   }
   lower.setSegmentLength(length);
   return lower;
+}
+
+bool IsCutFrom(const TernaryStringNode& upper, const TernaryStringNode& lower,
+               unsigned int lowerId) {
+  if (!upper.HasValidSegment() || !lower.HasValidSegment()) return false;
+  const unsigned int cut = upper.segmentLength();
+  if (cut + 1 + lower.segmentLength() > TernaryStringNode::kSegmentMax) return false;
+  TernaryStringNode whole = upper;
+  whole.setSegment(cut, upper.splitChar());
+  const TernaryStringNode made = UpperPart(whole, cut, lowerId);
+  if (std::memcmp(made.bytes(), upper.bytes(), TernaryStringNode::kSize) != 0) return false;
+  bool isSame = lower.segmentLength() > cut;
+  for (unsigned int i = 0; i <= cut; ++i) {
+    const signed char c = whole.segment(i);
+    if (c == 0 || c == '/') return false;
+    isSame = isSame && lower.segment(i) == c;
+  }
+  return !isSame;
 }
 
 bool FindLink(const TernaryStringNode& node, unsigned int id, NodeLink* link) {

@@ -22,6 +22,12 @@ TernaryStringNode UpperPart(const TernaryStringNode& node, unsigned int cut, uns
 // `node` without its first cut + 1 characters; the bytes behind the rest are zero.
 TernaryStringNode LowerPart(const TernaryStringNode& node, unsigned int cut);
 
+// `upper` is the part of a name before a cut, `lower`, of the id `lowerId`, has lost that part. Where
+// nothing leads to `upper`, its writer has died before it could put it into its place: the name
+// begins in the middle. False when `lower` begins as `upper` does: it may not be cut yet.
+bool IsCutFrom(const TernaryStringNode& upper, const TernaryStringNode& lower,
+               unsigned int lowerId);
+
 // The link of `node` that leads to `id`, looked for in kSplitOrder. False when there is none.
 bool FindLink(const TernaryStringNode& node, unsigned int id, NodeLink* link);
 // The link on which a new name is hung where a search stopped: at an empty child link, behind the

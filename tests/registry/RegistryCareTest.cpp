@@ -3,6 +3,7 @@
 
 #include <random>
 
+#include "registry/filetree/TernaryRegistry.h"
 #include "tests/registry/RegistryRig.h"
 #include "tests/support/NodeLinks.h"
 
@@ -195,6 +196,33 @@ TEST_F(RegistryCare, ANewFileIsOpenedWithEverythingAskedFor) {
   options.compactBelow = kMostSlots + 1;
   EXPECT_EQ(status::kOk, Open(options));
   EXPECT_EQ("1 1 0 0", UsedSlots(path));
+}
+
+// As a program does that dies between two writes of a file without a journal: of "temperature"
+// only what is behind "temp" and the character after it can be reached.
+TEST_F(RegistryCare, ANameThatHasLostItsBeginningIsDamage) {
+  RegistryOptions options = Options();
+  EXPECT_EQ(status::kOk, Open(options));
+  EXPECT_EQ(status::kOk, registry.MakeKey("temperature"));
+  EXPECT_EQ(status::kOk, registry.MakeKey("x"));
+  registry.Finalize();
+  {
+    TernaryRegistry tree(nullptr, nullptr);
+    ASSERT_EQ(status::kOk, tree.Initialize(path.c_str()));
+    unsigned int upper = 0;
+    // 0x400 is "x", and does not lead to the rest of "temperature".
+    EXPECT_EQ(status::kOk, tree.SplitNode(0, 0x200, 0, 3, 0x400, &upper));
+    EXPECT_EQ(0x500u, upper);
+  }
+  const std::string before = GetFile(path);
+  EXPECT_EQ(status::kOk, Open(options));
+  KeyInfo info;
+  EXPECT_EQ(status::kNotFound, registry.GetKeyInfo(0, "temperature", &info));
+  EXPECT_EQ(FileCondition::kDamaged, Check().condition);
+  EXPECT_EQ(status::kInvalidFile, registry.Compact());
+  options.checkAtOpening = true;
+  EXPECT_EQ(status::kInvalidFile, Open(options));
+  EXPECT_EQ(before, GetFile(path));
 }
 
 // What another reader of files finds sound, too, is never called damaged.

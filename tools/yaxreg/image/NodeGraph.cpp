@@ -1,9 +1,11 @@
 #include "tools/yaxreg/image/NodeGraph.h"
 
 #include "registry/format/TernaryKeyNode.h"
+#include "registry/keytree/NodeNames.h"
 
 namespace yaxreg {
 
+using tamu::registry::IsCutFrom;
 using tamu::registry::kNodeLinks;
 using tamu::registry::kStoredOrder;
 using tamu::registry::LinkOf;
@@ -28,6 +30,7 @@ NodeGraph::NodeGraph(RegistryImage& image)
     linksTo_.Count(root_);  // the header's
     Walk(root_);
   }
+  FindBeginnings();
   FindOrphans();
   if (broken_.size() == 1 && orphans_.size() == 1) Reattach();
 }
@@ -37,7 +40,23 @@ unsigned int NodeGraph::TargetOf(unsigned int id, NodeLink link) const {
   TernaryStringNode node;
   if (!IsUsable(id, link) || !image_.Read(NodeKind::kString, id, &node)) return 0;
   // Only the sub-keys' names are looked for behind the root.
-  return id == root_ && link != NodeLink::kChild ? 0 : LinkOf(node, link);
+  if (id == root_ && link != NodeLink::kChild) return 0;
+  const unsigned int target = LinkOf(node, link);
+  const auto found = beginnings_.find(target);
+  const bool isCut = found != beginnings_.end() && found->second != 0 && found->second != id;
+  return isCut ? found->second : target;
+}
+
+bool NodeGraph::IsPutBack(unsigned int id) const {
+  TernaryStringNode node;
+  if (beginnings_.empty() || !image_.Read(NodeKind::kString, id, &node)) return false;
+  const auto found = beginnings_.find(node.equal());
+  return found != beginnings_.end() && found->second == id;
+}
+
+bool NodeGraph::HasLostBeginning(unsigned int id) const {
+  const auto found = beginnings_.find(id);
+  return found != beginnings_.end() && found->second == 0;
 }
 
 bool NodeGraph::IsUsable(unsigned int id, NodeLink link) const {
@@ -153,6 +172,42 @@ std::vector<unsigned int> NodeGraph::LinksOf(unsigned int id) const {
   return links;
 }
 
+std::vector<unsigned int> NodeGraph::Strays() const {
+  std::vector<unsigned int> strays;
+  for (unsigned int table = 0; table < image_.Tables(NodeKind::kString).size(); ++table) {
+    for (unsigned int slot = 1; slot < image_.Tables(NodeKind::kString)[table].entries; ++slot) {
+      const unsigned int id = MakeNodeId(table, slot);
+      if (IsStray(id)) strays.push_back(id);
+    }
+  }
+  return strays;
+}
+
+void NodeGraph::FindBeginnings() {
+  for (const unsigned int id : Strays()) {
+    TernaryStringNode upper, lower;
+    image_.Read(NodeKind::kString, id, &upper);
+    const unsigned int target = upper.equal();
+    if (!image_.Read(NodeKind::kString, target, &lower) || !IsCutFrom(upper, lower, target) ||
+        !image_.IsReached(NodeKind::kString, target) ||
+        !image_.IsInUse(NodeKind::kString, target)) {
+      continue;
+    }
+    const bool isOnly = beginnings_.insert({target, id}).second;
+    if (!isOnly) beginnings_[target] = 0;
+  }
+  for (const auto& [lower, upper] : beginnings_) {
+    if (upper != 0) PutBack(upper, lower);
+  }
+}
+
+void NodeGraph::PutBack(unsigned int upper, unsigned int lower) {
+  state_[upper] = static_cast<unsigned char>(kEntered | kLeft | (state_[lower] & kLive));
+  linksTo_.Count(upper);
+  image_.MarkReached(NodeKind::kString, upper);
+  nodes_.push_back(upper);
+}
+
 void NodeGraph::FindOrphans() {
   SlotCounters reachedKeys(image_.Tables(NodeKind::kKey));
   for (const unsigned int id : nodes_) {
@@ -160,16 +215,11 @@ void NodeGraph::FindOrphans() {
     image_.Read(NodeKind::kString, id, &node);
     if (image_.HasSlot(NodeKind::kKey, node.keyNode())) reachedKeys.Count(node.keyNode());
   }
-  std::vector<unsigned int> strays;
+  const std::vector<unsigned int> strays = Strays();
   SlotCounters isLinked(image_.Tables(NodeKind::kString));
-  for (unsigned int table = 0; table < image_.Tables(NodeKind::kString).size(); ++table) {
-    for (unsigned int slot = 1; slot < image_.Tables(NodeKind::kString)[table].entries; ++slot) {
-      const unsigned int id = MakeNodeId(table, slot);
-      if (!IsStray(id)) continue;
-      strays.push_back(id);
-      for (const unsigned int target : LinksOf(id)) {
-        if (image_.HasSlot(NodeKind::kString, target)) isLinked.Count(target);
-      }
+  for (const unsigned int id : strays) {
+    for (const unsigned int target : LinksOf(id)) {
+      if (image_.HasSlot(NodeKind::kString, target)) isLinked.Count(target);
     }
   }
   SlotCounters seen(image_.Tables(NodeKind::kString));

@@ -1,6 +1,7 @@
 // The string nodes that the start node leads to, as a graph: in a damaged file they may be no tree.
 #pragma once
 
+#include <map>
 #include <vector>
 
 #include "registry/format/NodeLink.h"
@@ -29,6 +30,11 @@ class NodeGraph {
   bool IsMended(unsigned int id, NodeLink link) const {
     return mendedTarget_ != 0 && id == mended_.id && link == mended_.link;
   }
+  // Nothing that is stored leads to the node, the beginning of names whose rest was met without it:
+  // a program has died when it cut them in two. TargetOf leads to it again.
+  bool IsPutBack(unsigned int id) const;
+  // Names from the node on have lost their beginning, and which of several it was is not known.
+  bool HasLostBeginning(unsigned int id) const;
   // How many links lead to the node.
   unsigned int LinksTo(unsigned int id) const { return linksTo_[id]; }
   // The node leads to a key.
@@ -58,6 +64,9 @@ class NodeGraph {
   bool IsRoot(unsigned int id) const;
   unsigned int SearchRoot() const;
   void Walk(unsigned int from);
+  void FindBeginnings();
+  void PutBack(unsigned int upper, unsigned int lower);
+  std::vector<unsigned int> Strays() const;
   void FindOrphans();
   bool IsStray(unsigned int id) const;
   std::vector<unsigned int> LinksOf(unsigned int id) const;
@@ -75,6 +84,7 @@ class NodeGraph {
   std::vector<unsigned int> nodes_;
   std::vector<Step> steps_;
   std::vector<Place> broken_;  // links that lead nowhere, in a circle, or to a free slot
+  std::map<unsigned int, unsigned int> beginnings_;  // 0: there are several
   std::vector<unsigned int> orphans_;
   Place mended_ = {0, NodeLink::kLo};  // the one broken link, and the one orphan that it must have
   unsigned int mendedTarget_ = 0;      // led to

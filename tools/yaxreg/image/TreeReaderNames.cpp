@@ -48,6 +48,11 @@ void TreeReader::VisitNode(const Visit& visit, size_t parent, std::vector<Entry>
   FollowLink(NodeLink::kLo, visit, {0, before, above, isSplitReadable ? split : below}, parent);
   FollowLink(NodeLink::kHi, visit, {0, before, isSplitReadable ? split : above, below}, parent);
   const size_t whole = AddPiece(before, SplitOf(visit, node, parent));
+  if (graph_.IsPutBack(visit.id)) {
+    image_.Report(Severity::kLoss,
+                  "names that begin with this had lost it when a program died; it is put back",
+                  Below(parent, whole));
+  }
   FollowLink(NodeLink::kEqual, visit, {0, whole, kNoLower, kNoUpper}, parent);
   const bool hasKey = node.hasKey() || node.keyNode() != 0;
   if (hasKey || node.child() != 0) AddEntry(whole, visit.id, isOrdered, entries);
@@ -116,6 +121,11 @@ bool TreeReader::IsAcceptable(const Visit& visit, const TernaryStringNode& node,
   if (image_.IsFree(NodeKind::kString, visit.id)) {
     image_.Report(Severity::kLoss, name + " is on the free list: its names may have been deleted",
                   path);
+  }
+  if (graph_.HasLostBeginning(visit.id)) {
+    image_.Report(
+        Severity::kLoss,
+        "the beginning of names below it is lost: there are several that it may have been", path);
   }
   ReportLeftovers(visit.id, node, parent);
   return true;

@@ -149,7 +149,9 @@ Verb RepairVerb() {
       "and values that nothing leads "
       "to any more are saved below a key lost+found, by the numbers of their records, such as "
       "(key 0x200). A part of a name that cannot be read is written as the number of its record, "
-      "such as (0x500). The last line tells how many of the keys and "
+      "such as (0x500). The beginning of a name that was cut off when a program was killed without "
+      "a "
+      "journal is put back. The last line tells how many of the keys and "
       "values that the file holds were saved; what is only marked as in use counts, so the totals "
       "may be too high where the tables are damaged. The exit code is 0 when everything was "
       "saved, 3 when something was not.",

@@ -115,6 +115,71 @@ TEST(RegistryImageStrays, AreNotRecordsOfZerosOnly) {
   EXPECT_EQ("", FindingsText(image));
 }
 
+// A program that died between two writes has left "ture" of "temperature".
+HandMadeFile FileWithACutName() {
+  HandMadeFile file;
+  file.PutWord(4208, 0x100);
+  file.AddString("", '\0', 0x10, {0, 0, 0, 0x200, 0x100});
+  file.AddString("tur", 'e', 0x10, {0, 0, 0, 0x500, 0x200});
+  file.AddString("", '\0', 0, {0, 0, 0, 0, 0});
+  file.AddString("temper", 'a', 0, {0, 0, 0x200, 0, 0});
+  file.AddString("", 'x', 0x10, {0, 0, 0, 0, 0x300});
+  file.AddKey(0, 0, 0x5F, 0x02, 0xFFFF, 0);
+  file.AddKey(0, 0, 0x0F, 0, 1, 0);
+  file.AddKey(0, 0, 0x0F, 0, 2, 0);
+  return file;
+}
+
+TEST(RegistryImageStrays, PutTheBeginningOfANameBackThatWasCutOff) {
+  HandMadeFile file = FileWithACutName();
+  const RegistryImage image(file.bytes);
+  EXPECT_EQ(
+      "loss: /tempera: names that begin with this had lost it when a program died; it is put "
+      "back\n",
+      FindingsText(image));
+  EXPECT_EQ(
+      "/ ffff:5f\n"
+      "/temperature 1:0f\n"
+      "/temperature/x 2:0f\n",
+      ContentText(image.content()));
+  EXPECT_FALSE(image.IsComplete());
+}
+
+// What is unlike anything that a cut leaves behind changes no name.
+TEST(RegistryImageStrays, PutNothingBackThatIsNoBeginning) {
+  const auto expectNoFinding = [](HandMadeFile file) {
+    const RegistryImage image(file.bytes);
+    EXPECT_EQ("", FindingsText(image));
+    EXPECT_NE(Content::kNone, image.content().Find("ture/x"));
+  };
+  HandMadeFile file = FileWithACutName();
+  file.PutString(S(4), "temperaturetu", 'r', 0, {0, 0, 0x200, 0, 0});  // the whole has 17
+  expectNoFinding(file);
+  file = FileWithACutName();
+  file.PutWord(S(4) + 8, 0x500);  // a cut leaves its other links empty
+  expectNoFinding(file);
+  file = FileWithACutName();
+  file.PutString(S(4), "tu", 'r', 0, {0, 0, 0x200, 0, 0});  // the name may not be cut yet
+  file.PutBytes(S(4) + 26, std::string(14, '\0'));
+  expectNoFinding(file);
+  file = FileWithACutName();
+  file.PutByte(S(4) + 3, 0);
+  expectNoFinding(file);
+  file = FileWithACutName();
+  file.PutByte(S(4) + 26, '/');
+  expectNoFinding(file);
+}
+
+TEST(RegistryImageStrays, PutNothingBackWhereItMayHaveBeenAnother) {
+  HandMadeFile file = FileWithACutName();
+  file.PutString(S(3), "na", 'a', 0, {0, 0, 0x200, 0, 0});
+  const RegistryImage image(file.bytes);
+  EXPECT_EQ(
+      "loss: /: the beginning of names below it is lost: there are several that it may have been\n",
+      FindingsText(image));
+  EXPECT_NE(Content::kNone, image.content().Find("ture/x"));
+}
+
 TEST(RegistryImageStrays, GetAnotherNameWhereTheirsIsTaken) {
   const Content content =
       ContentOf({RegistryImage(HandMadeFile().bytes).content().keys[0], KeyOf(1, "a"),
