@@ -175,6 +175,13 @@ new/key:v = "x"'
   answers 1 yaxreg comp rm device.rce $id
 }
 
+@test "tells what is watched in words" {
+  answers 0 yaxreg watch device.rce network values,below
+  answers 0 yaxreg watch device.rce network
+  is "$out" '33: values are created, set or deleted; all that for the keys below, too'
+  answers 2 yaxreg watch device.rce network everything
+}
+
 @test "finds keys and values, and what takes the most" {
   answers 0 yaxreg find device.rce '**' --value 'stat*'
   is "$out" network:mode

@@ -4,6 +4,7 @@
 #include "tools/yaxreg/text/JsonText.h"
 #include "tools/yaxreg/text/Numbers.h"
 #include "tools/yaxreg/text/RightsText.h"
+#include "tools/yaxreg/text/WatchText.h"
 #include "tools/yaxreg/verbs/CommonArguments.h"
 #include "tools/yaxreg/verbs/Session.h"
 #include "tools/yaxreg/verbs/VerbTable.h"
@@ -13,8 +14,6 @@ namespace yaxreg {
 namespace status = tamu::registry::status;
 
 namespace {
-
-constexpr unsigned long long kMaxWatch = 63;
 
 ExitCode FailArgument(Invocation& call, const char* name, const char* what) {
   return call.Fail(kUsage, "", "", Shown(call.Text(name)) + " " + what);
@@ -64,11 +63,16 @@ ExitCode PrintWatch(Invocation& call) {
   if (!session.OpenToLook()) return session.code();
   const ContentKey* const key = session.Key();
   if (key == nullptr || !session.HasRight(*key, tamu::registry::kRightRead)) return session.code();
-  const std::string watch = std::to_string(key->watch);
   if (call.isJson()) {
-    BeginJson(call, session, "watch") << watch << "}\n";
+    BeginJson(call, session, "watch") << std::to_string(key->watch) << ",\"words\":[";
+    const char* separator = "\"";
+    for (const std::string& word : WatchWords(key->watch)) {
+      call.out << separator << word << '"';
+      separator = ",\"";
+    }
+    call.out << "]}\n";
   } else {
-    call.out << watch << "\n";
+    call.out << WatchText(key->watch) << "\n";
   }
   return session.EndOfLook();
 }
@@ -119,14 +123,15 @@ ExitCode RunRights(Invocation& call) {
 
 ExitCode RunWatch(Invocation& call) {
   if (!call.Has("BITS")) return PrintWatch(call);
-  unsigned long long bits = 0;
-  if (!ParseNumberUpTo(call.Text("BITS"), kMaxWatch, &bits)) {
-    return FailArgument(call, "BITS", "is no number from 0 to 63");
+  unsigned char bits = 0;
+  if (!ParseWatch(call.Text("BITS"), &bits)) {
+    return FailArgument(call, "BITS",
+                        "is no number from 0 to 63, and no words such as values,below");
   }
   return ChangeKey(
       call,
       [&](tamu::registry::Registry& registry, const char* path) {
-        return registry.SetKeyWatch(0, path, static_cast<unsigned char>(bits));
+        return registry.SetKeyWatch(0, path, bits);
       },
       [&](const ContentKey& key) { return key.watch == bits; });
 }
@@ -166,11 +171,14 @@ Verb WatchVerb() {
   return {
       "watch",
       "Print or set the watch bits of a key",
-      "Prints the six watch bits of a key as a number, or sets them: the sum of what programs are "
-      "told that ask for what is watched. 1: values are created, set or deleted; 2: the default "
-      "value is set; 4: keys directly below are created or deleted; 8: rights or watch bits are "
-      "set; 16: the key is restored; 32: all that for the keys below, too.",
-      {kFile, kKeyPath, {"BITS", "The new bits, 0 to 63", false, false}},
+      "Prints the six watch bits of a key, as a number and what each of them asks for, or sets "
+      "them: the sum of what programs are told that ask for what is watched, or the words for it. "
+      "1, values: values are created, set or deleted; 2, default: the default value is set; 4, "
+      "keys: keys directly below are created or deleted; 8, rights: rights or watch bits are set; "
+      "16, restored: the key is restored; 32, below: all that for the keys below, too.",
+      {kFile,
+       kKeyPath,
+       {"BITS", "The new bits, 0 to 63, or words such as values,below", false, false}},
       {kUser, kUid},
       "yaxreg watch device.rce network/eth0 3",
       RunWatch};

@@ -108,14 +108,22 @@ TEST_F(AttributeVerbs, RightsNeedARegistryThatMayBeWrittenForAChange) {
 // ---- watch
 
 TEST_F(AttributeVerbs, WatchBitsAreSetAndPrinted) {
-  ExpectDone("0\n", {"watch", file, "net"});
+  ExpectDone("0: nothing\n", {"watch", file, "net"});
   ExpectDone("", {"watch", file, "net", "0x3F"});
   EXPECT_EQ(63, Key("net").watch);
-  ExpectDone("63\n", {"watch", file, "net"});
+  ExpectDone(
+      "63: values are created, set or deleted; the default value is set; keys directly below are "
+      "created or deleted; rights or watch bits are set; the key is restored; all that for the "
+      "keys below, too\n",
+      {"watch", file, "net"});
+  ExpectDone("", {"watch", file, "net", "below,values"});
+  EXPECT_EQ(33, Key("net").watch);
   ExpectDone("", {"watch", file, "net", "5"});
-  ExpectDone("{\"path\":\"net\",\"watch\":5}\n", {"watch", file, "net", "--json"});
+  ExpectDone("{\"path\":\"net\",\"watch\":5,\"words\":[\"values\",\"keys\"]}\n",
+             {"watch", file, "net", "--json"});
   ExpectDone("{\"changed\":false,\"path\":\"net\"}\n", {"watch", file, "net", "5", "--json"});
   ExpectDone("{\"changed\":true,\"path\":\"net\"}\n", {"watch", file, "net", "0", "--json"});
+  ExpectDone("{\"path\":\"net\",\"watch\":0,\"words\":[]}\n", {"watch", file, "net", "--json"});
   EXPECT_EQ(0x0F, Key("net").permission);
 }
 
@@ -127,14 +135,15 @@ TEST_F(AttributeVerbs, WatchNeedsTheKeyAndTheRightToRead) {
   ExpectFailure(1, "user 8 has no right to do this (status 1)\n",
                 {"watch", file, "net", "1", "--uid", "8"});
   ASSERT_EQ(0, Yaxreg({"rights", file, "net", ":r"}).code);
-  ExpectDone("0\n", {"watch", file, "net", "--uid", "8"});
+  ExpectDone("0: nothing\n", {"watch", file, "net", "--uid", "8"});
   ExpectDone("", {"watch", file, "net", "1", "--uid", "8"});
   EXPECT_EQ(1, Key("net").watch);
 }
 
 TEST_F(AttributeVerbs, WatchRefusesWrongArguments) {
   for (const char* const bits : {"", "64", "-1", "x"}) {
-    ExpectFailure(2, "is no number from 0 to 63\n", {"watch", file, "net", bits});
+    ExpectFailure(2, "is no number from 0 to 63, and no words such as values,below\n",
+                  {"watch", file, "net", bits});
   }
 }
 

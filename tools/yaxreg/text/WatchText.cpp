@@ -1,0 +1,77 @@
+#include "tools/yaxreg/text/WatchText.h"
+
+#include <sstream>
+
+#include "registry/base/Watch.h"
+#include "tools/yaxreg/text/Numbers.h"
+
+namespace yaxreg {
+
+namespace {
+
+using namespace tamu::registry;
+
+constexpr unsigned int kAllBits = 63;
+
+struct Bit {
+  unsigned char bit;
+  const char* word;
+  const char* meaning;
+};
+
+constexpr Bit kBits[] = {
+    {kWatchValues, "values", "values are created, set or deleted"},
+    {kWatchDefault, "default", "the default value is set"},
+    {kWatchKeys, "keys", "keys directly below are created or deleted"},
+    {kWatchRights, "rights", "rights or watch bits are set"},
+    {kWatchRestored, "restored", "the key is restored"},
+    {kWatchBelow, "below", "all that for the keys below, too"},
+};
+
+unsigned char BitOf(const std::string& word) {
+  for (const Bit& bit : kBits) {
+    if (word == bit.word) return bit.bit;
+  }
+  return 0;
+}
+
+}  // namespace
+
+std::vector<std::string> WatchWords(unsigned char watch) {
+  std::vector<std::string> words;
+  for (const Bit& bit : kBits) {
+    if ((watch & bit.bit) != 0) words.emplace_back(bit.word);
+  }
+  return words;
+}
+
+std::string WatchText(unsigned char watch) {
+  std::string text = std::to_string(watch);
+  const char* separator = ": ";
+  for (const Bit& bit : kBits) {
+    if ((watch & bit.bit) == 0) continue;
+    text += separator;
+    text += bit.meaning;
+    separator = "; ";
+  }
+  return (watch & kAllBits) == 0 ? text + ": nothing" : text;
+}
+
+bool ParseWatch(const std::string& text, unsigned char* watch) {
+  unsigned long long number = 0;
+  if (ParseNumberUpTo(text, kAllBits, &number)) {
+    *watch = static_cast<unsigned char>(number);
+    return true;
+  }
+  if (text.empty() || text.back() == ',') return false;
+  unsigned int bits = 0;
+  std::istringstream words(text);
+  for (std::string word; std::getline(words, word, ',');) {
+    if (BitOf(word) == 0) return false;
+    bits |= BitOf(word);
+  }
+  *watch = static_cast<unsigned char>(bits);
+  return true;
+}
+
+}  // namespace yaxreg
