@@ -30,6 +30,10 @@ struct RegistryOptions {
   // Opening looks at all of the file (Registry::Check), and answers kInvalidFile when it is
   // damaged, rather than each operation that meets the damage.
   bool checkAtOpening = false;
+  // How long a change, or a transaction at its begin, waits for those of other processes, in
+  // milliseconds; then it answers kInputOutput, and nothing is done. So does opening, which answers
+  // kNoMemory then.
+  unsigned int waitAtMost = 60000;
 };
 
 }  // namespace tamu::registry

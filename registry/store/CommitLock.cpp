@@ -4,7 +4,6 @@ namespace tamu::registry {
 
 namespace {
 
-constexpr unsigned int kPatience = 60000;   // ms
 constexpr unsigned int kLookInterval = 10;  // ms between two looks whether the holder lives
 constexpr unsigned int kEnough = 2;         // ms of waiting, after which the lock is promised
 constexpr unsigned int kSpins = 100;
@@ -34,7 +33,7 @@ bool CommitLock::Take(bool* died) {
     if (PCWord::Load(word) == 0 && PCWord::Replace(word, 0, place_)) return true;
   }
   const unsigned long long start = PCWord::Now();
-  for (unsigned long long waited = 0; waited < kPatience; waited = PCWord::Now() - start) {
+  for (unsigned long long waited = 0; waited < patience_; waited = PCWord::Now() - start) {
     const unsigned int held = PCWord::Load(word);
     if (waited < kEnough) {
       if (held == 0 && PCWord::Replace(word, 0, place_)) return true;

@@ -24,7 +24,10 @@ class CommitLock {
   }
   // True when somebody has the lock who has not died.
   bool IsHeld() const;
-  // Waits for the lock, but not for ever: false after a minute. *died: its holder has died.
+  // How long Take waits, in milliseconds.
+  void SetPatience(unsigned int patience) { patience_ = patience; }
+  // Waits for the lock, but not for ever: false when the patience is over. *died: its holder has
+  // died.
   bool Take(bool* died);
   void Give();
 
@@ -40,6 +43,7 @@ class CommitLock {
   PCSideFile* side_ = nullptr;
   SharedWords words_;
   unsigned int place_ = 0;
+  unsigned int patience_ = 0;
 };
 
 }  // namespace tamu::registry

@@ -20,6 +20,7 @@ constexpr unsigned int Rounded(unsigned int size, unsigned int unit) {
 Status Journal::Start(const RegistryOptions& options, const char* registryPath, StoreFile& file) {
   isOwing_ = false;
   isBroken_ = false;
+  side_.Lock().SetPatience(options.waitAtMost);
   const Status result = options.readOnly ? side_.Look(options, registryPath, file)
                                          : side_.Open(options, registryPath, file);
   if (IsOn()) feed_.Attach(Words(), !options.readOnly);

@@ -133,6 +133,43 @@ TEST_F(SharedRegistry, AProcessThatChangesSomethingAllTheTimeKeepsNobodyAway) {
   EXPECT_TRUE(writer.Kill());
 }
 
+// Begins a transaction at the first word that it is sent, and ends it at the second.
+std::string KeepATransaction(const std::string& path, int answers, int words) {
+  char letter = 'b';
+  if (read(words, &letter, 1) != 1) return "no word";
+  Registry registry(path.c_str(), kUser);
+  if (registry.Initialize() != 0 || registry.BeginTransaction() != 0) return "no transaction";
+  if (write(answers, &letter, 1) != 1 || read(words, &letter, 1) != 1) return "no word";
+  return registry.EndTransaction() == 0 ? "" : "not ended";
+}
+
+TEST_F(SharedRegistry, AChangeWaitsNoLongerThanItIsToldTo) {
+  Prepare();
+  int answers[2] = {-1, -1};
+  int words[2] = {-1, -1};
+  ASSERT_EQ(0, pipe(answers));
+  ASSERT_EQ(0, pipe(words));
+  Worker keeper([&] { return KeepATransaction(path, answers[1], words[0]); });
+  {
+    Registry registry(path.c_str(), kUser);
+    RegistryOptions options;
+    options.waitAtMost = 20;
+    ASSERT_EQ(status::kOk, registry.SetOptions(options));
+    ASSERT_EQ(status::kOk, registry.Initialize());
+    char letter = 'b';
+    ASSERT_EQ(1, write(words[1], &letter, 1));
+    ASSERT_EQ(1, read(answers[0], &letter, 1));
+    EXPECT_EQ(status::kInputOutput, registry.BeginTransaction());
+    EXPECT_EQ(status::kInputOutput, registry.CreateKey(0, "late"));
+    unsigned char rights = 0;
+    EXPECT_EQ(status::kNotFound, registry.GetKeyPermission(0, "late", &rights));
+    ASSERT_EQ(1, write(words[1], &letter, 1));
+    EXPECT_TRUE(keeper.EndsWell());
+    EXPECT_EQ(status::kOk, registry.CreateKey(0, "late"));
+  }
+  for (const int end : {answers[0], answers[1], words[0], words[1]}) close(end);
+}
+
 TEST_F(SharedRegistry, ManyThatMakeTheSameFileMakeOne) {
   const unsigned int rounds = crash::Sized(40, 1000);
   for (unsigned int round = 0; round < rounds; ++round) {

@@ -182,6 +182,26 @@ new/key:v = "x"'
   answers 2 yaxreg watch device.rce network everything
 }
 
+@test "says that it waits, for whom, and no longer than it may" {
+  mkdir side
+  YAX_SIDE_FOLDER=$PWD/side yaxreg monitor device.rce >monitored &
+  monitor=$!
+  # Where no memory can be shared it ends at once.
+  for _ in {1..100}; do
+    [ -n "$(ls side)" ] || ! kill -0 $monitor && break
+    sleep 0.05
+  done
+  if kill -0 $monitor; then
+    answers 4 yaxreg put device.rce network:mtu --int 1 --timeout 2
+    [[ $err == 'yaxreg: device.rce: waiting for another program; '*' has it open'$'\n'* ]]
+    [[ $err == *'another program keeps the registry, waited for 2 seconds; '*' has it open' ]]
+    kill $monitor
+  fi
+  wait $monitor || true
+  answers 0 yaxreg put device.rce network:mtu --int 1 --timeout 2
+  is "$err" ''
+}
+
 @test "finds keys and values, and what takes the most" {
   answers 0 yaxreg find device.rce '**' --value 'stat*'
   is "$out" network:mode
@@ -398,7 +418,7 @@ new/key:v = "x"'
 @test "completes the options of a verb" {
   completes --depth -- yaxreg tree --d
   completes --root -- yaxreg comp verify device.rce --r
-  completes -a --all -f --force --user --uid --json --help '\--' -- yaxreg rm device.rce -
+  completes -a --all -f --force --user --uid --timeout --json --help '\--' -- yaxreg rm device.rce -
   completes '' -- yaxreg rm -- -
 }
 

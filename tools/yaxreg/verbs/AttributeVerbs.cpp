@@ -147,7 +147,7 @@ Verb DefaultVerb() {
       {kFile,
        kKeyPath,
        {"NUMBER", "The new default value, a whole number of 64 bits", false, false}},
-      {{"--signed", nullptr, "Print it as a signed number"}, kUser, kUid},
+      {{"--signed", nullptr, "Print it as a signed number"}, kUser, kUid, kTimeout},
       "yaxreg default device.rce network/eth0 7",
       RunDefault};
 }
@@ -162,7 +162,7 @@ Verb RightsVerb() {
       "means no rights for it, as in rwcd:r, rwcd: or :r. Or the byte itself is given, as in "
       "0x1F. Only the owner and the administrator may set them.",
       {kFile, kKeyPath, {"RIGHTS", "The new rights, such as rwcd:r or 0x1F", false, false}},
-      {kUser, kUid},
+      {kUser, kUid, kTimeout},
       "yaxreg rights device.rce network/eth0 rwcd:r",
       RunRights};
 }
@@ -179,7 +179,7 @@ Verb WatchVerb() {
       {kFile,
        kKeyPath,
        {"BITS", "The new bits, 0 to 63, or words such as values,below", false, false}},
-      {kUser, kUid},
+      {kUser, kUid, kTimeout},
       "yaxreg watch device.rce network/eth0 3",
       RunWatch};
 }

@@ -166,7 +166,7 @@ Verb RestoreVerb() {
           "Replaces a key and all below it by a backup. The key must exist; only its name stays. "
           "After a failure it is as it was.",
           {kFile, kKeyPath, {"BACKUP", "The backup file", true, true}},
-          {kUser, kUid},
+          {kUser, kUid, kTimeout},
           "yaxreg restore device.rce network network.bak",
           RunRestore,
           true};

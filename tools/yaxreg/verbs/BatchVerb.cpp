@@ -177,7 +177,7 @@ Verb BatchVerb() {
           "with its exit code, and nothing is changed. What commands print is printed at the end. "
           "Verbs that work on other files than the registry are no commands.",
           {kFile, {"COMMANDS", "The commands; the standard input if left out or -", false, true}},
-          {{"-n,--dry-run", nullptr, "Run them, but change nothing"}},
+          {{"-n,--dry-run", nullptr, "Run them, but change nothing"}, kTimeout},
           "yaxreg batch device.rce settings.txt",
           RunBatch,
           true};

@@ -123,7 +123,7 @@ Verb CompactVerb() {
       "when "
       "the last of them has closed it. A damaged file is refused, see repair.",
       {kFile},
-      {{"-f,--force", nullptr, "Drop keys and values that nothing leads to"}},
+      {{"-f,--force", nullptr, "Drop keys and values that nothing leads to"}, kTimeout},
       "yaxreg compact device.rce",
       RunCompact,
       true};

@@ -195,7 +195,8 @@ Verb CompAddVerb() {
       {{"--name", "NAME", "The component's name"},
        {"--root", "DIR", "Folder that stands for the device's root folder"},
        {"--machine", "NAME", "The machine that it must be for, as for comp verify"},
-       {"-f,--force", nullptr, "Replace a registration that is there"}},
+       {"-f,--force", nullptr, "Replace a registration that is there"},
+       kTimeout},
       "yaxreg comp add device.rce {1FBF55FC-0F15-45CC-8F3F-DE86A5640CB5} /usr/lib/libclock.so",
       RunCompAdd};
 }
@@ -207,7 +208,8 @@ Verb CompSetVerb() {
           "then looks at.",
           {kFile, kIdentifier},
           {{"--name", "NAME", "The component's name"},
-           {"--path", "FILE", "The shared object, by its path on the device"}},
+           {"--path", "FILE", "The shared object, by its path on the device"},
+           kTimeout},
           "yaxreg comp set device.rce {1FBF55FC-0F15-45CC-8F3F-DE86A5640CB5} --name clock",
           RunCompSet};
 }
@@ -217,7 +219,7 @@ Verb CompRmVerb() {
           "Take a component out of the registry",
           "Deletes the registration of a component, not its shared object.",
           {kFile, kIdentifier},
-          {kForce},
+          {kForce, kTimeout},
           "yaxreg comp rm device.rce {1FBF55FC-0F15-45CC-8F3F-DE86A5640CB5}",
           RunCompRm};
 }

@@ -178,7 +178,7 @@ Verb CpVerb() {
           "default values, or one value. Missing parents are made. All of it happens, or nothing. "
           "It is done as the administrator.",
           {kFile, kFrom, kTo},
-          {kReplace},
+          {kReplace, kTimeout},
           "yaxreg cp device.rce network/eth0 network/eth1",
           RunCp};
 }
@@ -189,7 +189,7 @@ Verb MvVerb() {
           "Does what cp does and deletes what was copied, as one change. A value goes with those "
           "that it hides, which are lost.",
           {kFile, kFrom, kTo},
-          {kReplace},
+          {kReplace, kTimeout},
           "yaxreg mv device.rce network/eth0:mtu network/eth0:size",
           RunMv};
 }

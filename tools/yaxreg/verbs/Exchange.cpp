@@ -1,5 +1,7 @@
 #include "tools/yaxreg/verbs/Exchange.h"
 
+#include <unistd.h>
+
 #include "tools/yaxreg/image/FileBytes.h"
 #include "tools/yaxreg/image/SideFolder.h"
 #include "tools/yaxreg/verbs/Loading.h"
@@ -12,11 +14,13 @@ using tamu::registry::Registry;
 using tamu::registry::RegistryOptions;
 
 ExitCode Exchange::Run() {
+  if (!waiting_.Take()) return kUsage;
   before_ = LoadImage(call_, call_.File(), &code_, orphans_);
   if (before_ == nullptr) return code_;
   after_ = make_(*before_, &code_);
   if (after_.empty() || after_ == before_->bytes()) return code_;
   std::unique_ptr<Registry> registry;
+  waiting_.Begin();
   if (OpenShared(&registry)) return RunShared(*registry);
   return Replace();
 }
@@ -29,6 +33,7 @@ bool Exchange::MayOpen() const {
 unsigned int Exchange::Open(Registry& registry, Durability durability) {
   RegistryOptions options;
   options.durability = durability;
+  options.waitAtMost = waiting_.Left(options.waitAtMost);
   options.space = tamu::registry::SpacePolicy::kReuse;
   if (durability == Durability::kProcess) options.sideFolder = SideFolder();
   registry.SetOptions(options);
@@ -36,22 +41,36 @@ unsigned int Exchange::Open(Registry& registry, Durability durability) {
 }
 
 // Alone on the file, the change is to survive a power cut; others have chosen what theirs survive.
-bool Exchange::OpenShared(std::unique_ptr<Registry>* registry) {
-  if (!MayOpen()) return false;
+unsigned int Exchange::TryToOpen(std::unique_ptr<Registry>* registry) {
+  unsigned int opened = status::kNoSpace;
   for (const Durability durability : {Durability::kPower, Durability::kProcess}) {
     if (durability == Durability::kPower && SideFolder() != nullptr) continue;
     *registry = std::make_unique<Registry>(call_.File().c_str(), tamu::registry::kAdministratorId);
-    const unsigned int opened = Open(**registry, durability);
-    if (opened == status::kOk) return true;
+    opened = Open(**registry, durability);
     if (opened != status::kNoSpace) break;
   }
-  registry->reset();
-  return false;
+  if (opened != status::kOk) registry->reset();
+  return opened;
+}
+
+// Where others do not share the file, it is waited for as long as the call is told to.
+bool Exchange::OpenShared(std::unique_ptr<Registry>* registry) {
+  constexpr int kPause = 10000;  // microseconds
+  if (!MayOpen()) return false;
+  unsigned int opened = TryToOpen(registry);
+  while (opened == status::kNoSpace && waiting_.Left(0) > 0) {
+    usleep(kPause);
+    opened = TryToOpen(registry);
+  }
+  return opened == status::kOk;
 }
 
 ExitCode Exchange::RunShared(Registry& registry) {
   const unsigned int result = registry.RewriteFile(*this, kind_);
   registry.Finalize();
+  waiting_.End();
+  const bool isTooLate = result == status::kInputOutput && !signals_ && waiting_.IsOver();
+  if (isTooLate) return waiting_.FailOver();
   if (code_ != kDone || result == status::kOk) return code_;
   return call_.FailWithStatus(result, call_.File(), "",
                               result == status::kNoSpace ? "the disk is full" : "");
@@ -59,6 +78,7 @@ ExitCode Exchange::RunShared(Registry& registry) {
 
 // Other programs may have changed it since it was looked at.
 const void* Exchange::Rewrite(const void* bytes, unsigned int* size) {
+  waiting_.End();
   signals_.emplace();
   std::string now(static_cast<const char*>(bytes), *size);
   if (now != before_->bytes()) {
@@ -74,7 +94,10 @@ const void* Exchange::Rewrite(const void* bytes, unsigned int* size) {
 // Nobody else has it meanwhile, if the library can open it at all.
 ExitCode Exchange::Replace() {
   Registry registry(call_.File().c_str(), tamu::registry::kAdministratorId);
-  if (MayOpen() && Open(registry, Durability::kNone) == status::kNoSpace) {
+  const bool isHeld = MayOpen() && Open(registry, Durability::kNone) == status::kNoSpace;
+  waiting_.End();
+  if (isHeld) {
+    if (waiting_.IsOver()) return waiting_.FailOver();
     return call_.FailWithStatus(status::kNoSpace, call_.File(), "", kHeldAlone);
   }
   signals_.emplace();

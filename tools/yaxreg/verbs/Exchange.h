@@ -10,6 +10,7 @@
 #include "tools/yaxreg/cli/Invocation.h"
 #include "tools/yaxreg/image/HeldSignals.h"
 #include "tools/yaxreg/image/RegistryImage.h"
+#include "tools/yaxreg/verbs/Waiting.h"
 
 namespace yaxreg {
 
@@ -22,7 +23,7 @@ class Exchange : private tamu::registry::FileRewriter {
   using Make = std::function<std::string(const RegistryImage&, ExitCode*)>;
 
   Exchange(Invocation& call, Orphans orphans, tamu::registry::ChangeKind kind, Make make)
-      : call_(call), orphans_(orphans), kind_(kind), make_(std::move(make)) {}
+      : call_(call), orphans_(orphans), kind_(kind), make_(std::move(make)), waiting_(call) {}
 
   // kDone, or a failure that has been printed. Signals that would end the program wait from the
   // moment on where the file is the call's, until the end of the object.
@@ -36,6 +37,7 @@ class Exchange : private tamu::registry::FileRewriter {
   unsigned int Open(tamu::registry::Registry& registry, tamu::registry::Durability durability);
   bool MayOpen() const;
   bool OpenShared(std::unique_ptr<tamu::registry::Registry>* registry);
+  unsigned int TryToOpen(std::unique_ptr<tamu::registry::Registry>* registry);
   ExitCode RunShared(tamu::registry::Registry& registry);
   ExitCode Replace();
 
@@ -44,6 +46,7 @@ class Exchange : private tamu::registry::FileRewriter {
   const tamu::registry::ChangeKind kind_;
   const Make make_;
   ExitCode code_ = kDone;
+  Waiting waiting_;
   std::optional<HeldSignals> signals_;
   std::unique_ptr<RegistryImage> before_;
   std::string after_;

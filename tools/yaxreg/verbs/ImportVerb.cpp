@@ -301,6 +301,7 @@ ExitCode RunImport(Invocation& call) {
   if (call.Has("--exact") && call.Has("--merge")) {
     return call.Fail(kUsage, "", "", "only one of --exact and --merge may be given");
   }
+  if (!Waiting(call).Take()) return kUsage;
   ImportInput input;
   ExitCode code = kDone;
   if (!ReadInput(call, &input, &code)) return code;
@@ -330,7 +331,8 @@ Verb ImportVerb() {
       {{"--merge", nullptr, "Leave what the input does not tell of as it is, as without options"},
        {"--exact", nullptr, "Delete keys and values below PATH that the input does not tell of"},
        {"--reverse", nullptr, "Take a patch back"},
-       {"-n,--dry-run", nullptr, "Only print what would change"}},
+       {"-n,--dry-run", nullptr, "Only print what would change"},
+       kTimeout},
       "yaxreg import device.rce network < network.json",
       RunImport,
       true};

@@ -124,7 +124,8 @@ Verb MkkeyVerb() {
           {{"-p,--parents", nullptr, "Create missing parents, too; a key that exists is fine"},
            {"--default", "NUMBER", "Its default value"},
            kUser,
-           kUid},
+           kUid,
+           kTimeout},
           "yaxreg mkkey -p device.rce network/eth0",
           RunMkkey};
 }
@@ -136,7 +137,7 @@ Verb RmkeyVerb() {
       "Deletes a key, all keys below it and their values. The root is refused: a registry without "
       "it could never hold a key again.",
       {kFile, kKeyPath},
-      {kForce, kUser, kUid},
+      {kForce, kUser, kUid, kTimeout},
       "yaxreg rmkey device.rce network/eth1",
       RunRmkey};
 }

@@ -157,7 +157,8 @@ Verb RepairVerb() {
       "saved, 3 when something was not.",
       {kFile},
       {{"-o,--output", "NEW", "The file to make; it must not exist"},
-       {"-i,--in-place", nullptr, "Repair the file itself"}},
+       {"-i,--in-place", nullptr, "Repair the file itself"},
+       kTimeout},
       "yaxreg repair device.rce -o saved.rce",
       RunRepair,
       true};

@@ -116,8 +116,9 @@ bool Session::CheckSound() {
   return false;
 }
 
-unsigned int Session::OpenWith(Durability durability) {
+unsigned int Session::OpenWith(Durability durability, const Waiting& waiting) {
   RegistryOptions options;
+  options.waitAtMost = waiting.Left(options.waitAtMost);
   options.durability = durability;
   options.space = SpacePolicy::kReuse;
   if (durability == Durability::kProcess) options.sideFolder = SideFolder();
@@ -128,22 +129,41 @@ unsigned int Session::OpenWith(Durability durability) {
 }
 
 // Where there is no journal, whoever has the file open to change it has it alone.
-unsigned int Session::OpenRegistry() {
+unsigned int Session::OpenRegistry(const Waiting& waiting) {
   constexpr int kTries = 500;
   constexpr int kPause = 10000;  // microseconds
   for (int i = 0;; ++i) {
-    unsigned int opened = OpenWith(Durability::kProcess);
-    if (opened == status::kNoSpace && SideFolder() == nullptr) opened = OpenWith(Durability::kNone);
-    if (opened != status::kNoSpace || i == kTries) return opened;
+    unsigned int opened = OpenWith(Durability::kProcess, waiting);
+    if (opened == status::kNoSpace && SideFolder() == nullptr) {
+      opened = OpenWith(Durability::kNone, waiting);
+    }
+    const bool isOver = waiting.IsLimited() ? waiting.IsOver() : i == kTries;
+    if (opened != status::kNoSpace || isOver) return opened;
     usleep(kPause);
   }
 }
 
-bool Session::BeginChange() {
+bool Session::BeginChange(Waiting& waiting) {
   const unsigned int begun = registry_->BeginTransaction();
+  waiting.End();
   if (!signals_) signals_.emplace();
   if (begun == status::kOk) return true;
-  code_ = FailWithStatus(begun);
+  const bool isTooLate = begun == status::kInputOutput && waiting.IsOver();
+  code_ = isTooLate ? waiting.FailOver() : FailWithStatus(begun);
+  return false;
+}
+
+bool Session::FailOpening(unsigned int opened, Waiting& waiting) {
+  registry_.reset();
+  waiting.End();
+  if (waiting.IsOver() && (opened == status::kNoSpace || waiting.IsHeldByOthers())) {
+    code_ = waiting.FailOver();
+    return false;
+  }
+  code_ = call_.FailWithStatus(opened, file_, "",
+                               opened == status::kNoMemory  ? "the library cannot open the file"
+                               : opened == status::kNoSpace ? kHeldAlone
+                                                            : "");
   return false;
 }
 
@@ -159,6 +179,11 @@ bool Session::JoinBatch() {
 bool Session::OpenToChange() {
   constexpr int kLooks = 5;
   constexpr int kPause = 10000;  // microseconds
+  Waiting waiting(call_);
+  if (!waiting.Take()) {
+    code_ = kUsage;
+    return false;
+  }
   if (!ChooseUser()) return false;
   if (call_.batch != nullptr) return JoinBatch();
   for (int i = 0; i < kLooks; ++i) {
@@ -167,14 +192,10 @@ bool Session::OpenToChange() {
     usleep(kPause);
   }
   if (!CheckSound() || !CheckWritable()) return false;
-  const unsigned int opened = OpenRegistry();
-  if (opened == status::kOk) return BeginChange() && LookAgain() && CheckSound();
-  registry_.reset();
-  code_ = call_.FailWithStatus(opened, file_, "",
-                               opened == status::kNoMemory  ? "the library cannot open the file"
-                               : opened == status::kNoSpace ? kHeldAlone
-                                                            : "");
-  return false;
+  waiting.Begin();
+  const unsigned int opened = OpenRegistry(waiting);
+  if (opened != status::kOk) return FailOpening(opened, waiting);
+  return BeginChange(waiting) && LookAgain() && CheckSound();
 }
 
 bool Session::Close() {

@@ -12,6 +12,7 @@
 #include "tools/yaxreg/image/HeldSignals.h"
 #include "tools/yaxreg/image/RegistryImage.h"
 #include "tools/yaxreg/verbs/Batch.h"
+#include "tools/yaxreg/verbs/Waiting.h"
 
 namespace yaxreg {
 
@@ -72,9 +73,10 @@ class Session {
 
  private:
   bool ChooseUser();
-  unsigned int OpenWith(tamu::registry::Durability durability);
-  unsigned int OpenRegistry();
-  bool BeginChange();
+  unsigned int OpenWith(tamu::registry::Durability durability, const Waiting& waiting);
+  unsigned int OpenRegistry(const Waiting& waiting);
+  bool BeginChange(Waiting& waiting);
+  bool FailOpening(unsigned int opened, Waiting& waiting);
   bool JoinBatch();
   bool CheckSound();
   bool CheckWritable();

@@ -241,7 +241,7 @@ Verb SetVerb() {
       "one. Data has at most 1024 bytes, which for --string are a text of at most 1023 bytes and "
       "its end.",
       {kFile, kPlace, kValueName},
-      {kInt, kString, kHex, kFromFile, kType, kUser, kUid},
+      {kInt, kString, kHex, kFromFile, kType, kUser, kUid, kTimeout},
       "yaxreg set device.rce network/eth0 mtu --int 1400",
       RunSet};
 }
@@ -262,7 +262,8 @@ Verb AddVerb() {
        kUnset,
        {"--hide", nullptr, "Create it though there is one of this name, which it then hides"},
        kUser,
-       kUid},
+       kUid,
+       kTimeout},
       "yaxreg add device.rce network/eth0 name --string uplink",
       RunAdd};
 }
@@ -275,7 +276,7 @@ Verb PutVerb() {
       "makes the key with its parents where it is missing: all of it or nothing. Names and data "
       "are limited as for add.",
       {kFile, kPlace, kValueName},
-      {kInt, kString, kHex, kFromFile, kType, kUser, kUid},
+      {kInt, kString, kHex, kFromFile, kType, kUser, kUid, kTimeout},
       "yaxreg put device.rce network/eth0:mtu --int 1400",
       RunPut};
 }
@@ -285,7 +286,7 @@ Verb RmVerb() {
           "Delete a value",
           "Deletes a value; one that it hid is seen again.",
           {kFile, kPlace, kValueName},
-          {{"-a,--all", nullptr, "Delete those that it hides, too"}, kForce, kUser, kUid},
+          {{"-a,--all", nullptr, "Delete those that it hides, too"}, kForce, kUser, kUid, kTimeout},
           "yaxreg rm device.rce network/eth0 name",
           RunRm};
 }

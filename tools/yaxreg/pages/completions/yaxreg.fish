@@ -103,6 +103,7 @@ complete -c yaxreg -n '__yaxreg_is put' -l file -d 'The bytes of a file; - is th
 complete -c yaxreg -n '__yaxreg_is put' -l type -d 'The type, 0 to 5: 0 with --int, 1 with --string, 2 otherwise, unless told' -x
 complete -c yaxreg -n '__yaxreg_is put' -l user -d 'Work as this user instead of the administrator' -x
 complete -c yaxreg -n '__yaxreg_is put' -l uid -d 'The same by the user\'s number' -x
+complete -c yaxreg -n '__yaxreg_is put' -l timeout -d 'Wait no longer for other programs' -x
 complete -c yaxreg -n '__yaxreg_is put' -l json -d 'Print JSON'
 complete -c yaxreg -n '__yaxreg_at 0' -a set -d 'Change a value'
 complete -c yaxreg -n '__yaxreg_at 0 set' -F
@@ -115,6 +116,7 @@ complete -c yaxreg -n '__yaxreg_is set' -l file -d 'The bytes of a file; - is th
 complete -c yaxreg -n '__yaxreg_is set' -l type -d 'The type, 0 to 5: 0 with --int, 1 with --string, 2 otherwise, unless told' -x
 complete -c yaxreg -n '__yaxreg_is set' -l user -d 'Work as this user instead of the administrator' -x
 complete -c yaxreg -n '__yaxreg_is set' -l uid -d 'The same by the user\'s number' -x
+complete -c yaxreg -n '__yaxreg_is set' -l timeout -d 'Wait no longer for other programs' -x
 complete -c yaxreg -n '__yaxreg_is set' -l json -d 'Print JSON'
 complete -c yaxreg -n '__yaxreg_at 0' -a add -d 'Create a value'
 complete -c yaxreg -n '__yaxreg_at 0 add' -F
@@ -129,6 +131,7 @@ complete -c yaxreg -n '__yaxreg_is add' -l unset -d 'No data: the value is there
 complete -c yaxreg -n '__yaxreg_is add' -l hide -d 'Create it though there is one of this name, which it then hides'
 complete -c yaxreg -n '__yaxreg_is add' -l user -d 'Work as this user instead of the administrator' -x
 complete -c yaxreg -n '__yaxreg_is add' -l uid -d 'The same by the user\'s number' -x
+complete -c yaxreg -n '__yaxreg_is add' -l timeout -d 'Wait no longer for other programs' -x
 complete -c yaxreg -n '__yaxreg_is add' -l json -d 'Print JSON'
 complete -c yaxreg -n '__yaxreg_at 0' -a rm -d 'Delete a value'
 complete -c yaxreg -n '__yaxreg_at 0 rm' -F
@@ -138,18 +141,21 @@ complete -c yaxreg -n '__yaxreg_is rm' -s a -l all -d 'Delete those that it hide
 complete -c yaxreg -n '__yaxreg_is rm' -s f -l force -d 'It is fine when there is no such thing'
 complete -c yaxreg -n '__yaxreg_is rm' -l user -d 'Work as this user instead of the administrator' -x
 complete -c yaxreg -n '__yaxreg_is rm' -l uid -d 'The same by the user\'s number' -x
+complete -c yaxreg -n '__yaxreg_is rm' -l timeout -d 'Wait no longer for other programs' -x
 complete -c yaxreg -n '__yaxreg_is rm' -l json -d 'Print JSON'
 complete -c yaxreg -n '__yaxreg_at 0' -a cp -d 'Copy a key or a value'
 complete -c yaxreg -n '__yaxreg_at 0 cp' -F
 complete -c yaxreg -n '__yaxreg_at 1 cp' -a '(__yaxreg_keys 1)'
 complete -c yaxreg -n '__yaxreg_at 2 cp' -a '(__yaxreg_keys 1)'
 complete -c yaxreg -n '__yaxreg_is cp' -s f -l force -d 'Replace what is there'
+complete -c yaxreg -n '__yaxreg_is cp' -l timeout -d 'Wait no longer for other programs' -x
 complete -c yaxreg -n '__yaxreg_is cp' -l json -d 'Print JSON'
 complete -c yaxreg -n '__yaxreg_at 0' -a mv -d 'Move or rename a key or a value'
 complete -c yaxreg -n '__yaxreg_at 0 mv' -F
 complete -c yaxreg -n '__yaxreg_at 1 mv' -a '(__yaxreg_keys 1)'
 complete -c yaxreg -n '__yaxreg_at 2 mv' -a '(__yaxreg_keys 1)'
 complete -c yaxreg -n '__yaxreg_is mv' -s f -l force -d 'Replace what is there'
+complete -c yaxreg -n '__yaxreg_is mv' -l timeout -d 'Wait no longer for other programs' -x
 complete -c yaxreg -n '__yaxreg_is mv' -l json -d 'Print JSON'
 complete -c yaxreg -n '__yaxreg_at 0' -a mkkey -d 'Create a key'
 complete -c yaxreg -n '__yaxreg_at 0 mkkey' -F
@@ -158,6 +164,7 @@ complete -c yaxreg -n '__yaxreg_is mkkey' -s p -l parents -d 'Create missing par
 complete -c yaxreg -n '__yaxreg_is mkkey' -l default -d 'Its default value' -x
 complete -c yaxreg -n '__yaxreg_is mkkey' -l user -d 'Work as this user instead of the administrator' -x
 complete -c yaxreg -n '__yaxreg_is mkkey' -l uid -d 'The same by the user\'s number' -x
+complete -c yaxreg -n '__yaxreg_is mkkey' -l timeout -d 'Wait no longer for other programs' -x
 complete -c yaxreg -n '__yaxreg_is mkkey' -l json -d 'Print JSON'
 complete -c yaxreg -n '__yaxreg_at 0' -a rmkey -d 'Delete a key'
 complete -c yaxreg -n '__yaxreg_at 0 rmkey' -F
@@ -165,6 +172,7 @@ complete -c yaxreg -n '__yaxreg_at 1 rmkey' -a '(__yaxreg_keys 1)'
 complete -c yaxreg -n '__yaxreg_is rmkey' -s f -l force -d 'It is fine when there is no such thing'
 complete -c yaxreg -n '__yaxreg_is rmkey' -l user -d 'Work as this user instead of the administrator' -x
 complete -c yaxreg -n '__yaxreg_is rmkey' -l uid -d 'The same by the user\'s number' -x
+complete -c yaxreg -n '__yaxreg_is rmkey' -l timeout -d 'Wait no longer for other programs' -x
 complete -c yaxreg -n '__yaxreg_is rmkey' -l json -d 'Print JSON'
 complete -c yaxreg -n '__yaxreg_at 0' -a default -d 'Print or set the default value of a key'
 complete -c yaxreg -n '__yaxreg_at 0 default' -F
@@ -172,18 +180,21 @@ complete -c yaxreg -n '__yaxreg_at 1 default' -a '(__yaxreg_keys 1)'
 complete -c yaxreg -n '__yaxreg_is default' -l signed -d 'Print it as a signed number'
 complete -c yaxreg -n '__yaxreg_is default' -l user -d 'Work as this user instead of the administrator' -x
 complete -c yaxreg -n '__yaxreg_is default' -l uid -d 'The same by the user\'s number' -x
+complete -c yaxreg -n '__yaxreg_is default' -l timeout -d 'Wait no longer for other programs' -x
 complete -c yaxreg -n '__yaxreg_is default' -l json -d 'Print JSON'
 complete -c yaxreg -n '__yaxreg_at 0' -a rights -d 'Print or set the rights on a key'
 complete -c yaxreg -n '__yaxreg_at 0 rights' -F
 complete -c yaxreg -n '__yaxreg_at 1 rights' -a '(__yaxreg_keys 1)'
 complete -c yaxreg -n '__yaxreg_is rights' -l user -d 'Work as this user instead of the administrator' -x
 complete -c yaxreg -n '__yaxreg_is rights' -l uid -d 'The same by the user\'s number' -x
+complete -c yaxreg -n '__yaxreg_is rights' -l timeout -d 'Wait no longer for other programs' -x
 complete -c yaxreg -n '__yaxreg_is rights' -l json -d 'Print JSON'
 complete -c yaxreg -n '__yaxreg_at 0' -a watch -d 'Print or set the watch bits of a key'
 complete -c yaxreg -n '__yaxreg_at 0 watch' -F
 complete -c yaxreg -n '__yaxreg_at 1 watch' -a '(__yaxreg_keys 1)'
 complete -c yaxreg -n '__yaxreg_is watch' -l user -d 'Work as this user instead of the administrator' -x
 complete -c yaxreg -n '__yaxreg_is watch' -l uid -d 'The same by the user\'s number' -x
+complete -c yaxreg -n '__yaxreg_is watch' -l timeout -d 'Wait no longer for other programs' -x
 complete -c yaxreg -n '__yaxreg_is watch' -l json -d 'Print JSON'
 complete -c yaxreg -n '__yaxreg_at 0' -a monitor -d 'Print changes as they happen'
 complete -c yaxreg -n '__yaxreg_at 0 monitor' -F
@@ -205,6 +216,7 @@ complete -c yaxreg -n '__yaxreg_is import' -l merge -d 'Leave what the input doe
 complete -c yaxreg -n '__yaxreg_is import' -l exact -d 'Delete keys and values below PATH that the input does not tell of'
 complete -c yaxreg -n '__yaxreg_is import' -l reverse -d 'Take a patch back'
 complete -c yaxreg -n '__yaxreg_is import' -s n -l dry-run -d 'Only print what would change'
+complete -c yaxreg -n '__yaxreg_is import' -l timeout -d 'Wait no longer for other programs' -x
 complete -c yaxreg -n '__yaxreg_is import' -l json -d 'Print JSON'
 complete -c yaxreg -n '__yaxreg_at 0' -a diff -d 'Compare two registries'
 complete -c yaxreg -n '__yaxreg_at 0 diff' -F
@@ -225,11 +237,13 @@ complete -c yaxreg -n '__yaxreg_at 1 restore' -a '(__yaxreg_keys 1)'
 complete -c yaxreg -n '__yaxreg_at 2 restore' -F
 complete -c yaxreg -n '__yaxreg_is restore' -l user -d 'Work as this user instead of the administrator' -x
 complete -c yaxreg -n '__yaxreg_is restore' -l uid -d 'The same by the user\'s number' -x
+complete -c yaxreg -n '__yaxreg_is restore' -l timeout -d 'Wait no longer for other programs' -x
 complete -c yaxreg -n '__yaxreg_is restore' -l json -d 'Print JSON'
 complete -c yaxreg -n '__yaxreg_at 0' -a batch -d 'Run commands as one change'
 complete -c yaxreg -n '__yaxreg_at 0 batch' -F
 complete -c yaxreg -n '__yaxreg_at 1 batch' -F
 complete -c yaxreg -n '__yaxreg_is batch' -s n -l dry-run -d 'Run them, but change nothing'
+complete -c yaxreg -n '__yaxreg_is batch' -l timeout -d 'Wait no longer for other programs' -x
 complete -c yaxreg -n '__yaxreg_is batch' -l json -d 'Print JSON'
 complete -c yaxreg -n '__yaxreg_at 0' -a check -d 'Look for damage and wear'
 complete -c yaxreg -n '__yaxreg_at 0 check' -F
@@ -241,10 +255,12 @@ complete -c yaxreg -n '__yaxreg_at 0' -a repair -d 'Save what is undamaged'
 complete -c yaxreg -n '__yaxreg_at 0 repair' -F
 complete -c yaxreg -n '__yaxreg_is repair' -s o -l output -d 'The file to make; it must not exist' -r -F
 complete -c yaxreg -n '__yaxreg_is repair' -s i -l in-place -d 'Repair the file itself'
+complete -c yaxreg -n '__yaxreg_is repair' -l timeout -d 'Wait no longer for other programs' -x
 complete -c yaxreg -n '__yaxreg_is repair' -l json -d 'Print JSON'
 complete -c yaxreg -n '__yaxreg_at 0' -a compact -d 'Rewrite a file and win back the slots that wear has taken'
 complete -c yaxreg -n '__yaxreg_at 0 compact' -F
 complete -c yaxreg -n '__yaxreg_is compact' -s f -l force -d 'Drop keys and values that nothing leads to'
+complete -c yaxreg -n '__yaxreg_is compact' -l timeout -d 'Wait no longer for other programs' -x
 complete -c yaxreg -n '__yaxreg_is compact' -l json -d 'Print JSON'
 complete -c yaxreg -n '__yaxreg_at 0' -a stat -d 'Tell how full and how worn a file is'
 complete -c yaxreg -n '__yaxreg_at 0 stat' -F
@@ -265,13 +281,16 @@ complete -c yaxreg -n '__yaxreg_is comp add' -l name -d 'The component\'s name' 
 complete -c yaxreg -n '__yaxreg_is comp add' -l root -d 'Folder that stands for the device\'s root folder' -r -F
 complete -c yaxreg -n '__yaxreg_is comp add' -l machine -d 'The machine that it must be for, as for comp verify' -x
 complete -c yaxreg -n '__yaxreg_is comp add' -s f -l force -d 'Replace a registration that is there'
+complete -c yaxreg -n '__yaxreg_is comp add' -l timeout -d 'Wait no longer for other programs' -x
 complete -c yaxreg -n '__yaxreg_is comp add' -l json -d 'Print JSON'
 complete -c yaxreg -n '__yaxreg_at 0 comp' -a set -d 'Change the registration of a component'
 complete -c yaxreg -n '__yaxreg_at 0 comp set' -F
 complete -c yaxreg -n '__yaxreg_is comp set' -l name -d 'The component\'s name' -x
 complete -c yaxreg -n '__yaxreg_is comp set' -l path -d 'The shared object, by its path on the device' -r -F
+complete -c yaxreg -n '__yaxreg_is comp set' -l timeout -d 'Wait no longer for other programs' -x
 complete -c yaxreg -n '__yaxreg_is comp set' -l json -d 'Print JSON'
 complete -c yaxreg -n '__yaxreg_at 0 comp' -a rm -d 'Take a component out of the registry'
 complete -c yaxreg -n '__yaxreg_at 0 comp rm' -F
 complete -c yaxreg -n '__yaxreg_is comp rm' -s f -l force -d 'It is fine when there is no such thing'
+complete -c yaxreg -n '__yaxreg_is comp rm' -l timeout -d 'Wait no longer for other programs' -x
 complete -c yaxreg -n '__yaxreg_is comp rm' -l json -d 'Print JSON'
