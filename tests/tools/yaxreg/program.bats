@@ -202,6 +202,16 @@ new/key:v = "x"'
   is "$err" ''
 }
 
+@test "tells owners by name" {
+  answers 0 yaxreg import device.rce <<<'{"keys":[{"path":"network/eth9","owner":1000}]}'
+  printf 'anna:x:1000:1000:Anna:/home/anna:/bin/sh\n' >users
+  answers 0 yaxreg export device.rce network/eth9 --users users
+  [[ $out == *'"owner":"anna"'* ]]
+  answers 0 yaxreg import copy.rce --users users <<<"$out"
+  [[ $(yaxreg rights copy.rce /) == 'owner 1000, '* ]]
+  answers 2 yaxreg import copy.rce --users users <<<'{"keys":[{"path":"","owner":"bert"}]}'
+}
+
 @test "finds keys and values, and what takes the most" {
   answers 0 yaxreg find device.rce '**' --value 'stat*'
   is "$out" network:mode

@@ -28,13 +28,18 @@ bool TellsSize(const ContentValue& value) {
   return !value.isSet && value.data.empty() && value.size != 0;
 }
 
+std::string OwnerJson(unsigned int owner, const UserNames* users) {
+  const std::string* const name = users == nullptr ? nullptr : users->NameOf(owner);
+  return name == nullptr ? std::to_string(owner) : TextJson(*name);
+}
+
 }  // namespace
 
-void WriteKeyFields(const ContentKey& key, std::ostream& out) {
+void WriteKeyFields(const ContentKey& key, std::ostream& out, const UserNames* users) {
   if (key.isMadeUp) {
     out << "\"missing\":true";
   } else {
-    out << "\"owner\":" << std::to_string(key.owner)
+    out << "\"owner\":" << OwnerJson(key.owner, users)
         << ",\"rights\":" << std::to_string(key.permission)
         << ",\"watch\":" << std::to_string(key.watch)
         << ",\"default\":" << (key.hasDefault ? JsonNumberText(key.defaultValue) : "null");
@@ -56,7 +61,8 @@ std::string ValueJson(const ContentValue& value) {
   return json + DataJson(value) + '}';
 }
 
-void WriteContentJson(const Content& content, size_t key, std::ostream& out) {
+void WriteContentJson(const Content& content, size_t key, std::ostream& out,
+                      const UserNames* users) {
   out << "{\"format\":\"yax-registry\",\"version\":1,\"keys\":[";
   if (key != Content::kNone) {
     PathWalk walk(content.keys[key].depth);
@@ -64,7 +70,7 @@ void WriteContentJson(const Content& content, size_t key, std::ostream& out) {
     const char* before = "\n";
     for (size_t i = key; i < end && out; ++i) {
       out << before << "{\"path\":" << TextJson(walk.Enter(content.keys[i])) << ',';
-      WriteKeyFields(content.keys[i], out);
+      WriteKeyFields(content.keys[i], out, users);
       out << '}';
       before = ",\n";
     }

@@ -16,6 +16,7 @@
 #include <iosfwd>
 #include <string>
 
+#include "tools/yaxreg/content/UserNames.h"
 #include "tools/yaxreg/image/Content.h"
 
 namespace yaxreg {
@@ -33,11 +34,12 @@ namespace yaxreg {
 std::string ValueJson(const ContentValue& value);
 
 // Writes the fields of a key but its path, from "owner" or "missing" to "values", between which
-// lines end; without braces.
-void WriteKeyFields(const ContentKey& key, std::ostream& out);
+// lines end; without braces. An owner whom `users` has is told by the name.
+void WriteKeyFields(const ContentKey& key, std::ostream& out, const UserNames* users = nullptr);
 
 // Writes a key and all below it, their paths relative to the key; a document without keys for
 // Content::kNone. Stops early when the stream fails.
-void WriteContentJson(const Content& content, size_t key, std::ostream& out);
+void WriteContentJson(const Content& content, size_t key, std::ostream& out,
+                      const UserNames* users = nullptr);
 
 }  // namespace yaxreg

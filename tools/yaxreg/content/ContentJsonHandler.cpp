@@ -280,7 +280,14 @@ bool ContentJsonHandler::TakeOwner(const std::string& text) {
   if (text.empty()) return FailWithKind();
   if (IsMadeOfDigits(text)) return TakeDigits(text);
   if (text.find('\0') != std::string::npos) return Fail("holds a zero byte");
-  key_.owner = tamu::registry::UserIdOf(text.c_str());
+  if (users_ == nullptr) {
+    key_.owner = tamu::registry::UserIdOf(text.c_str());
+    return true;
+  }
+  const unsigned int* const number = users_->NumberOf(text);
+  if (number == nullptr)
+    return Fail("the user " + Shown(text.substr(0, kShownName)) + " is not in the list");
+  key_.owner = *number;
   return true;
 }
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "tools/yaxreg/content/ContentJsonReader.h"
+#include "tools/yaxreg/content/UserNames.h"
 #include "tools/yaxreg/content/ValueFields.h"
 
 namespace yaxreg {
@@ -17,6 +18,9 @@ namespace yaxreg {
 // it does not matter how deep a document is.
 class ContentJsonHandler : public nlohmann::json_sax<nlohmann::json> {
  public:
+  // An owner's name must be one of `users`, if they are told.
+  explicit ContentJsonHandler(const UserNames* users = nullptr) : users_(users) {}
+
   // Hands the keys out, in the order of the document.
   std::vector<KeyUpdate> TakeKeys() { return std::move(keys_); }
   // Why parsing ended, with the position. Empty when the text is no JSON, from errorByte() on
@@ -102,6 +106,7 @@ class ContentJsonHandler : public nlohmann::json_sax<nlohmann::json> {
   // What is there is not what the field takes.
   bool FailWithKind();
 
+  const UserNames* users_;
   std::vector<Frame> frames_ = {Frame()};
   std::vector<KeyUpdate> keys_;
   KeyUpdate key_;

@@ -62,10 +62,11 @@ bool IsPathBefore(const std::string& a, const std::string& b) {
   return rank(a[i]) < rank(b[i]);
 }
 
-bool ReadContentJson(const std::string& json, ContentUpdate* update, std::string* reason) {
+bool ReadContentJson(const std::string& json, ContentUpdate* update, std::string* reason,
+                     const UserNames* users) {
   if (json.size() > kMaxJsonSize) return Refuse("has more than 64 MB", reason);
   if (IsBlank(json)) return Refuse("is empty", reason);
-  ContentJsonHandler handler;
+  ContentJsonHandler handler(users);
   if (!nlohmann::json::sax_parse(json, &handler)) {
     if (!handler.reason().empty()) return Refuse(handler.reason(), reason);
     return Refuse(LineOf(json, handler.errorByte()) + ": is no JSON", reason);

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/yaxreg/content/UserNames.h"
 #include "tools/yaxreg/image/Content.h"
 
 namespace yaxreg {
@@ -41,11 +42,13 @@ bool ReadJsonText(std::istream& in, std::string* json, std::string* reason);
 // Reads a document. Every field but the path of a key and the name of a value may be left out.
 // Numbers may be texts such as "42", "-1" or "0xFF", negative ones stand for their eight bytes;
 // rights may be letters such as "rwcd:r", an owner a user's name. A value without type is of type 0
-// with number, 1 with text, 2 with hex; text gets its zero byte with every type.
+// with number, 1 with text, 2 with hex; text gets its zero byte with every type. With `users` a
+// user's name must be one of theirs.
 //
 // False when anything in it is not understood or can be in no registry; *reason is then one line
 // that tells where and why, and *update is as it was.
-bool ReadContentJson(const std::string& json, ContentUpdate* update, std::string* reason);
+bool ReadContentJson(const std::string& json, ContentUpdate* update, std::string* reason,
+                     const UserNames* users = nullptr);
 // The same with what a stream holds; also false when reading fails, in.bad() then tells so.
 bool ReadContentJson(std::istream& in, ContentUpdate* update, std::string* reason);
 

@@ -50,11 +50,11 @@ class PatchMaker {
     return isField;
   }
 
-  bool Make(ContentPatch* patch, std::string* reason) {
+  bool Make(ContentPatch* patch, std::string* reason, const UserNames* users) {
     const Json document = {{"keys", keys_}};
     patch->goneKeys = goneKeys_;
     patch->goneValues = goneValues_;
-    return ReadContentJson(document.dump(), &patch->told, reason);
+    return ReadContentJson(document.dump(), &patch->told, reason, users);
   }
 
  private:
@@ -124,7 +124,8 @@ bool IsPatch(const std::string& json) {
   return document.is_object() && document.contains("differences");
 }
 
-bool ReadPatches(const std::string& json, ContentPatches* patches, std::string* reason) {
+bool ReadPatches(const std::string& json, ContentPatches* patches, std::string* reason,
+                 const UserNames* users) {
   const Json document = Json::parse(json, nullptr, false);
   const Json differences =
       document.is_object() && document.contains("differences") ? document["differences"] : Json();
@@ -135,7 +136,9 @@ bool ReadPatches(const std::string& json, ContentPatches* patches, std::string* 
     if (forth.Add(differences[i]) && back.Add(differences[i])) continue;
     return RefusePatch("differences[" + std::to_string(i) + "]: is none that can be made", reason);
   }
-  if (forth.Make(&patches->forth, reason) && back.Make(&patches->back, reason)) return true;
+  if (forth.Make(&patches->forth, reason, users) && back.Make(&patches->back, reason, users)) {
+    return true;
+  }
   return RefusePatch("differences: " + *reason, reason);
 }
 

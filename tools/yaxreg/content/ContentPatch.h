@@ -25,8 +25,9 @@ struct ContentPatches {
 
 // Whether the JSON is what diff prints, and no document of keys.
 bool IsPatch(const std::string& json);
-// False when something in it is not understood; *reason tells why.
-bool ReadPatches(const std::string& json, ContentPatches* patches, std::string* reason);
+// False when something in it is not understood; *reason tells why. `users` as for ReadContentJson.
+bool ReadPatches(const std::string& json, ContentPatches* patches, std::string* reason,
+                 const UserNames* users = nullptr);
 
 Content PatchedContent(const Content& content, const ContentPatch& patch);
 

@@ -20,6 +20,7 @@ constexpr Argument kValueName = {"NAME", "The value, unless PATH tells it", fals
 
 constexpr Option kForce = {"-f,--force", nullptr, "It is fine when there is no such thing"};
 constexpr Option kUser = {"--user", "NAME", "Work as this user instead of the administrator"};
+constexpr Option kUsers = {"--users", "FILE", "The names of users by their numbers"};
 constexpr Option kTimeout = {"--timeout", "SECONDS", "Wait no longer for other programs"};
 constexpr Option kUid = {"--uid", "N", "The same by the user's number"};
 

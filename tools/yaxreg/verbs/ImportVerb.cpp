@@ -22,6 +22,7 @@
 #include "tools/yaxreg/verbs/DifferenceText.h"
 #include "tools/yaxreg/verbs/NewRegistry.h"
 #include "tools/yaxreg/verbs/Session.h"
+#include "tools/yaxreg/verbs/UsersFile.h"
 #include "tools/yaxreg/verbs/VerbTable.h"
 
 namespace yaxreg {
@@ -48,12 +49,15 @@ bool FailInput(Invocation& call, const std::string& reason, ExitCode* code) {
 }
 
 bool ReadInput(Invocation& call, ImportInput* input, ExitCode* code) {
+  std::optional<UserNames> list;
+  if (!TakeUsers(call, &list, code)) return false;
+  const UserNames* const users = list ? &*list : nullptr;
   std::string json;
   std::string reason;
   if (!ReadJsonText(call.in, &json, &reason)) return FailInput(call, reason, code);
   input->isPatch = IsPatch(json);
-  const bool isTaken = input->isPatch ? ReadPatches(json, &input->patches, &reason)
-                                      : ReadContentJson(json, &input->update, &reason);
+  const bool isTaken = input->isPatch ? ReadPatches(json, &input->patches, &reason, users)
+                                      : ReadContentJson(json, &input->update, &reason, users);
   if (!isTaken) return FailInput(call, reason, code);
   if (call.Has("--reverse") && !input->isPatch) {
     return FailInput(call, "is no patch, which --reverse needs", code);
@@ -322,7 +326,8 @@ Verb ImportVerb() {
       "not tell of are deleted; the key of PATH itself stays. What diff --json prints is a patch: "
       "it makes the first "
       "registry the second one, with --reverse the other way round, and is refused (1) where what "
-      "it changes is not as it expects. All of the input is checked before "
+      "it changes is not as it expects. With --users the names of owners are those of the file, as "
+      "for export, and others are refused. All of the input is checked before "
       "the first change, and "
       "a second import changes nothing. A file that does not exist is made. What is the same "
       "takes no room; another owner, a default value that is taken away, and many new keys "
@@ -332,6 +337,7 @@ Verb ImportVerb() {
        {"--exact", nullptr, "Delete keys and values below PATH that the input does not tell of"},
        {"--reverse", nullptr, "Take a patch back"},
        {"-n,--dry-run", nullptr, "Only print what would change"},
+       kUsers,
        kTimeout},
       "yaxreg import device.rce network < network.json",
       RunImport,

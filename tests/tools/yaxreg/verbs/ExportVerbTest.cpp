@@ -116,6 +116,36 @@ TEST_F(ExportVerb, WritesWhatTheReaderTakes) {
   EXPECT_EQ(2u, update.keys[1].values.size());
 }
 
+TEST_F(ExportVerb, TellsOwnersByNameWhichImportTakesBack) {
+  {
+    RegistryFile registry(file_);  // of the user 1000
+    registry.AddKey("net");
+  }
+  const std::string users = folder_ / "users";
+  PutFile(users, "1000 anna\n");
+  const std::string document = Yaxreg({"export", file_, "--users", users}).out;
+  EXPECT_NE(std::string::npos, document.find("\"path\":\"net\",\"owner\":\"anna\",")) << document;
+  EXPECT_NE(std::string::npos, document.find("\"path\":\"\",\"owner\":65535,")) << document;
+  const std::string copy = folder_ / "copy.rce";
+  EXPECT_EQ(0, Yaxreg({"import", copy, "--users", users}, document).code);
+  EXPECT_EQ(Yaxreg({"export", file_}).out, Yaxreg({"export", copy}).out);
+  // Another device has another number for her.
+  PutFile(users, "anna:x:77:77::/:/bin/sh\n");
+  EXPECT_EQ(0, Yaxreg({"import", copy, "--users", users}, document).code);
+  EXPECT_EQ("owner 77, rights rwcd:---- (15)\n", Yaxreg({"rights", copy, "net"}).out);
+}
+
+TEST_F(ExportVerb, RefusesAListThatIsNone) {
+  { const RegistryFile registry(file_); }
+  const std::string users = folder_ / "users";
+  PutFile(users, "1 anna\n2 anna\n");
+  const Answer twice = Yaxreg({"export", file_, "--users", users});
+  EXPECT_EQ(2, twice.code);
+  EXPECT_EQ("yaxreg: " + users + ": line 2: anna has two numbers\n", twice.err);
+  EXPECT_EQ("", twice.out);
+  EXPECT_EQ(4, Yaxreg({"export", file_, "--users", folder_ / "absent"}).code);
+}
+
 TEST_F(ExportVerb, RefusesWhatIsNoRegistry) {
   PutFile(file_, "{}");
   const Answer answer = Yaxreg({"export", file_});

@@ -122,6 +122,19 @@ TEST_F(ImportVerb, ChangesNothingTheSecondTime) {
 }
 
 // A key counts once, whatever of it changes, and the values of a name do.
+TEST_F(ImportVerb, RefusesNamesThatTheListOfUsersDoesNotHave) {
+  const std::string users = folder / "users";
+  PutFile(users, "5 anna\n");
+  const std::string document =
+      Document(R"({"path":"a","owner":"anna"},{"path":"b","owner":"bert"})");
+  ExpectRefused(2, document, "standard input: keys[1].owner: the user bert is not in the list\n",
+                {"--users", users});
+  ExpectRefused(4, document, "absent: ", {"--users", folder / "absent"});
+  const std::string patch =
+      R"({"differences":[{"path":"","kind":"owner","first":65535,"second":"bert"}]})";
+  ExpectRefused(2, patch, "the user bert is not in the list\n", {"--users", users});
+}
+
 TEST_F(ImportVerb, CountsWhatItChanges) {
   const std::string document = Document(
       "{\"path\":\"\",\"values\":[{\"name\":\"v\",\"number\":1},{\"name\":\"v\",\"number\":2}]},"

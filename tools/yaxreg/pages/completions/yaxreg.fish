@@ -1,7 +1,7 @@
 # Completion of yaxreg for fish.
 # Made from the table of verbs, do not edit.
 
-set -g -- __yaxreg_valued --count --default --depth --file --hex --int --machine --map --min-left --name --output --owner --path --root --size --string --timeout --type --uid --user --value -d -o
+set -g -- __yaxreg_valued --count --default --depth --file --hex --int --machine --map --min-left --name --output --owner --path --root --size --string --timeout --type --uid --user --users --value -d -o
 
 # The verb and the arguments so far, without options and their values.
 function __yaxreg_given
@@ -208,6 +208,7 @@ complete -c yaxreg -n '__yaxreg_is monitor' -l json -d 'Print JSON'
 complete -c yaxreg -n '__yaxreg_at 0' -a export -d 'Write keys and values as JSON'
 complete -c yaxreg -n '__yaxreg_at 0 export' -F
 complete -c yaxreg -n '__yaxreg_at 1 export' -a '(__yaxreg_keys 1)'
+complete -c yaxreg -n '__yaxreg_is export' -l users -d 'The names of users by their numbers' -r -F
 complete -c yaxreg -n '__yaxreg_is export' -l json -d 'Print JSON'
 complete -c yaxreg -n '__yaxreg_at 0' -a import -d 'Take keys and values over from JSON'
 complete -c yaxreg -n '__yaxreg_at 0 import' -F
@@ -216,6 +217,7 @@ complete -c yaxreg -n '__yaxreg_is import' -l merge -d 'Leave what the input doe
 complete -c yaxreg -n '__yaxreg_is import' -l exact -d 'Delete keys and values below PATH that the input does not tell of'
 complete -c yaxreg -n '__yaxreg_is import' -l reverse -d 'Take a patch back'
 complete -c yaxreg -n '__yaxreg_is import' -s n -l dry-run -d 'Only print what would change'
+complete -c yaxreg -n '__yaxreg_is import' -l users -d 'The names of users by their numbers' -r -F
 complete -c yaxreg -n '__yaxreg_is import' -l timeout -d 'Wait no longer for other programs' -x
 complete -c yaxreg -n '__yaxreg_is import' -l json -d 'Print JSON'
 complete -c yaxreg -n '__yaxreg_at 0' -a diff -d 'Compare two registries'
