@@ -212,6 +212,14 @@ new/key:v = "x"'
   answers 2 yaxreg import copy.rce --users users <<<'{"keys":[{"path":"","owner":"bert"}]}'
 }
 
+@test "tries out what a device keeps, and leaves nothing" {
+  mkdir disk
+  answers 0 yaxreg selftest disk --time 0
+  [[ $out == '1 kills while something was changed: 0 mixed, '*'all is as promised' ]]
+  is "$(ls -A disk)" ''
+  answers 4 yaxreg selftest absent --time 0
+}
+
 @test "finds keys and values, and what takes the most" {
   answers 0 yaxreg find device.rce '**' --value 'stat*'
   is "$out" network:mode

@@ -13,6 +13,9 @@ class HeldSignals {
   ~HeldSignals();
   HeldSignals(const HeldSignals&) = delete;
   HeldSignals& operator=(const HeldSignals&) = delete;
+
+  // One of them is waiting.
+  static bool IsToEnd();
 };
 
 }  // namespace yaxreg

@@ -61,6 +61,13 @@ std::string JsonNumberText(unsigned long long number, bool isSigned) {
   return isExact ? text : '"' + text + '"';
 }
 
+std::string GroupedText(unsigned long long number) {
+  constexpr size_t kGroup = 3;
+  std::string text = std::to_string(number);
+  for (size_t i = text.size(); i > kGroup; i -= kGroup) text.insert(i - kGroup, ",");
+  return text;
+}
+
 std::string Counted(size_t count, const std::string& what) {
   return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }

@@ -20,6 +20,9 @@ std::string NumberText(unsigned long long number, bool isSigned = false);
 // The same for JSON: in quotation marks when it is not between -2^53 and 2^53.
 std::string JsonNumberText(unsigned long long number, bool isSigned = false);
 
+// "4,812".
+std::string GroupedText(unsigned long long number);
+
 // "1 key", "2 keys".
 std::string Counted(size_t count, const std::string& what);
 

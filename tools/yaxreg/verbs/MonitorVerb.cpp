@@ -1,6 +1,4 @@
 // monitor: changes as they happen.
-#include <signal.h>
-
 #include <chrono>
 #include <memory>
 #include <ostream>
@@ -30,16 +28,6 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr unsigned int kLookInterval = 200;  // ms between two looks at what else may have happened
-
-// SIGINT and the like, which a HeldSignals keeps back.
-bool IsToEnd() {
-  sigset_t pending;
-  if (sigpending(&pending) != 0) return false;
-  for (const int one : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) {
-    if (sigismember(&pending, one) == 1) return true;
-  }
-  return false;
-}
 
 bool IsOfValue(ChangeKind kind) {
   return kind == ChangeKind::kValueCreated || kind == ChangeKind::kValueSet ||
@@ -143,7 +131,7 @@ bool Monitor::Open() {
 }
 
 bool Monitor::IsOver() const {
-  return left_ == 0 || !call_.out || IsToEnd() || (isTimed_ && Clock::now() >= end_);
+  return left_ == 0 || !call_.out || HeldSignals::IsToEnd() || (isTimed_ && Clock::now() >= end_);
 }
 
 ExitCode Monitor::Run() {

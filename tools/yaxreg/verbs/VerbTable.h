@@ -36,6 +36,7 @@ Verb CheckVerb();       // verbs/CheckVerb.cpp
 Verb RepairVerb();      // verbs/RepairVerb.cpp
 Verb CompactVerb();     // verbs/CompactVerb.cpp
 Verb StatVerb();        // verbs/StatVerb.cpp
+Verb SelftestVerb();    // verbs/SelftestVerb.cpp
 Verb CompLsVerb();      // verbs/ComponentVerbs.cpp
 Verb CompAddVerb();     // verbs/ComponentChangeVerbs.cpp
 Verb CompSetVerb();     // verbs/ComponentChangeVerbs.cpp

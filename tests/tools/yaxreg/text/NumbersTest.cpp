@@ -11,6 +11,13 @@ using yaxreg::ParseNumberUpTo;
 
 constexpr unsigned long long kMax = 0xFFFFFFFFFFFFFFFF;
 
+TEST(Numbers, AreGroupedByThousands) {
+  EXPECT_EQ("0", yaxreg::GroupedText(0));
+  EXPECT_EQ("999", yaxreg::GroupedText(999));
+  EXPECT_EQ("4,812", yaxreg::GroupedText(4812));
+  EXPECT_EQ("18,446,744,073,709,551,615", yaxreg::GroupedText(0xFFFFFFFFFFFFFFFF));
+}
+
 TEST(Numbers, TakesDecimalHexadecimalAndSignedNumbers) {
   const struct {
     const char* text;

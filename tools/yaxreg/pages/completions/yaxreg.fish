@@ -1,7 +1,7 @@
 # Completion of yaxreg for fish.
 # Made from the table of verbs, do not edit.
 
-set -g -- __yaxreg_valued --count --default --depth --file --hex --int --machine --map --min-left --name --output --owner --path --root --size --string --timeout --type --uid --user --users --value -d -o
+set -g -- __yaxreg_valued --count --default --depth --file --hex --int --machine --map --min-left --name --output --owner --path --root --seed --size --string --time --timeout --type --uid --user --users --value -d -o
 
 # The verb and the arguments so far, without options and their values.
 function __yaxreg_given
@@ -268,6 +268,11 @@ complete -c yaxreg -n '__yaxreg_at 0' -a stat -d 'Tell how full and how worn a f
 complete -c yaxreg -n '__yaxreg_at 0 stat' -F
 complete -c yaxreg -n '__yaxreg_is stat' -l map -d 'Draw the file into an SVG file as well; of files that exist only an empty one and an SVG file are replaced' -r -F
 complete -c yaxreg -n '__yaxreg_is stat' -l json -d 'Print JSON'
+complete -c yaxreg -n '__yaxreg_at 0' -a selftest -d 'Try out whether this device keeps what is promised'
+complete -c yaxreg -n '__yaxreg_at 0 selftest' -F
+complete -c yaxreg -n '__yaxreg_is selftest' -l time -d 'How long, 10 if left out; each part has one round at least' -x
+complete -c yaxreg -n '__yaxreg_is selftest' -l seed -d 'Draw the same damage as a test before' -x
+complete -c yaxreg -n '__yaxreg_is selftest' -l json -d 'Print JSON'
 complete -c yaxreg -n '__yaxreg_at 0 comp' -a ls -d 'List the registered components'
 complete -c yaxreg -n '__yaxreg_at 0 comp ls' -F
 complete -c yaxreg -n '__yaxreg_is comp ls' -l json -d 'Print JSON'
