@@ -39,6 +39,7 @@ class EveryCallFaultTest : public ::testing::TestWithParam<Durability> {
     RegistryOptions options;
     options.durability = GetParam();
     options.readOnly = isToRead;
+    options.space = space;
     EXPECT_EQ(status::kOk, registry.SetOptions(options));
     return registry.Initialize();
   }
@@ -107,6 +108,31 @@ class EveryCallFaultTest : public ::testing::TestWithParam<Durability> {
     const unsigned int deleted = registry.DeleteValue(0, "k", "text");
     if (deleted != status::kNotFound) ExpectFailure(deleted);
   }
+  static void ExpectFailureOrMissing(unsigned int result) {
+    if (result != status::kNotFound && result != status::kExists) ExpectFailure(result);
+  }
+  void UseSpaceAgain(Registry& registry) {
+    ExpectFailure(Put(registry, 0, "k", 100));
+    ExpectFailureOrMissing(registry.CreateKey(0, "kept"));
+    ExpectFailureOrMissing(registry.CreateKey(0, "kettle"));
+    Answered(registry, 2, registry.SetDefaultValue(0, "k", 2));
+    ExpectFailureOrMissing(registry.DeleteKey(0, "kept"));
+    ExpectFailureOrMissing(registry.DeleteValue(0, "k", "text"));
+    ExpectFailureOrMissing(registry.DeleteKey(0, "kettle"));
+    ExpectFailure(registry.Compact());
+    ExpectNumber(registry);
+    RegistryRoom room = {};
+    ExpectFailure(registry.GetRoom(&room));
+    CheckResult result = {};
+    ExpectFailure(registry.Check(&result));
+    Answered(registry, 3, registry.SetDefaultValue(0, "k", 3));
+  }
+  void LiveLong() {
+    Registry registry(path.c_str(), kAdmin);
+    if (!IsOpened(Open(registry))) return;
+    ExpectNumber(registry);
+    UseSpaceAgain(registry);
+  }
   // Watches as well.
   void Live() {
     Registry registry(path.c_str(), kAdmin);
@@ -141,6 +167,9 @@ class EveryCallFaultTest : public ::testing::TestWithParam<Durability> {
       EXPECT_EQ(status::kOk, registry.GetDefaultValue(0, "k", &number));
       EXPECT_EQ(1u, known.count(number)) << number;
       EXPECT_EQ(status::kOk, registry.SetDefaultValue(0, "k", 7));
+      CheckResult result = {};
+      EXPECT_EQ(status::kOk, registry.Check(&result));
+      EXPECT_GT(FileCondition::kDamaged, result.condition);
     }
     EXPECT_EQ("", StructureFindings(path));
     EXPECT_EQ(names, NamesIn(folder / "."));
@@ -201,6 +230,7 @@ class EveryCallFaultTest : public ::testing::TestWithParam<Durability> {
 
   TempDir folder;
   const std::string path = folder / "registry";
+  SpacePolicy space = SpacePolicy::kExact;
   std::string start;
   std::string rewritten;
   std::set<unsigned long long> known;  // the numbers that the key may have
@@ -210,6 +240,14 @@ TEST_P(EveryCallFaultTest, KeepsWhatWasAcknowledged) {
   for (const Mode mode : Modes()) {
     FailEachCall(
         mode, "registry ", [this] { PutStart(); }, [this] { Live(); });
+  }
+}
+
+TEST_P(EveryCallFaultTest, KeepsWhatWasAcknowledgedWhereSpaceIsUsedAgain) {
+  space = SpacePolicy::kReuse;
+  for (const Mode mode : Modes()) {
+    FailEachCall(
+        mode, "registry ", [this] { PutStart(); }, [this] { LiveLong(); });
   }
 }
 
