@@ -144,5 +144,43 @@ TEST_F(NamePruningTest, ALinkThatLeadsNowhereStaysAsItIs) {
   EXPECT_EQ(2u, Strings());
 }
 
+// Every field of every string node is damaged in turn, and then a key deleted: no damage is added.
+TEST_F(NamePruningTest, NoDamageSpreads) {
+  const std::vector<std::string> keys = {"net", "nets", "network", std::string(40, 'b')};
+  Make(keys);
+  EXPECT_EQ(status::kOk, registry.MakeKey("network/x"));
+  registry.Finalize();
+  const std::string whole = GetFile(path);
+  const unsigned int last = Strings() << 8;
+  const auto damage = [&](unsigned int offset, unsigned int value, unsigned int width) {
+    std::string bytes = whole;
+    for (unsigned int i = 0; i < width; ++i) {
+      bytes[offset + i] = static_cast<char>(value >> 8 * i & 0xFF);
+    }
+    for (const std::string& key : keys) {
+      SCOPED_TRACE(std::to_string(offset) + " " + std::to_string(value) + " " + key);
+      PutFile(path, bytes);
+      const size_t before = CheckStructure(path).size();
+      Open();
+      registry.DeleteKey(0, key.c_str());
+      registry.Finalize();
+      EXPECT_GE(before, CheckStructure(path).size()) << StructureFindings(path);
+    }
+  };
+  constexpr unsigned int kStrings = 10188;  // where the records of a new file begin
+  constexpr unsigned int kLinks = 4;
+  for (unsigned int id = 0x100; id <= last; id += 0x100) {
+    const unsigned int at = kStrings + TernaryStringNode::kSize * (id >> 8);
+    for (unsigned int link = 0; link <= kLinks; ++link) {  // and the key
+      for (unsigned int to = 0; to <= last + 0x100; to += 0x100 * YAX_TEST_STRIDE) {
+        damage(at + 4 + 4 * link, to, 4);
+      }
+      damage(at + 4 + 4 * link, 0x777700, 4);
+    }
+    for (const unsigned int length : {0u, 16u, 17u}) damage(at + 1, length, 1);
+    for (const unsigned int flags : {0x00u, 0x10u}) damage(at + 2, flags, 1);
+  }
+}
+
 }  // namespace
 }  // namespace tamu::registry
