@@ -37,6 +37,7 @@ unsigned int sTearByte = 0;
 unsigned int sTornSize = 0;
 std::map<posix::Moving, int> sRefused;  // errno of the moves that are refused
 bool sIsOnNetwork = false;
+bool sRefusesMappings = false;
 int sLinkError = 0;                      // of the links; 0 = they are made
 std::map<int, std::string> sPaths;       // of the open descriptors
 std::map<std::string, DiskImage> sDisk;  // files with lost calls
@@ -142,6 +143,14 @@ void ArmTear(unsigned int number, unsigned int bytes) {
   Arm(Mode::kTearFrom, number);
   sTearsAtByte = true;
   sTearByte = bytes;
+}
+
+void RefuseMappings(bool areRefused) {
+  sRefusesMappings = areRefused;
+}
+
+bool IsMappingRefused() {
+  return sRefusesMappings || RefusesLook();
 }
 
 void RefuseLinks(int error) {
@@ -444,9 +453,9 @@ unsigned char* FaultMapShared(int fd, unsigned int size,
                               bool mayWrite) __asm__("__wrap__ZN5posix9MapSharedEijb");
 
 const unsigned char* FaultMap(int fd, unsigned int size) {
-  return faults::RefusesLook() ? nullptr : RealMap(fd, size);
+  return faults::IsMappingRefused() ? nullptr : RealMap(fd, size);
 }
 
 unsigned char* FaultMapShared(int fd, unsigned int size, bool mayWrite) {
-  return faults::RefusesLook() ? nullptr : RealMapShared(fd, size, mayWrite);
+  return faults::IsMappingRefused() ? nullptr : RealMapShared(fd, size, mayWrite);
 }

@@ -35,6 +35,8 @@ void RefuseMoves(posix::Moving how, int error);
 void RefuseLinks(int error);
 // Every file is on a file system that other machines have, or none is.
 void PretendNetwork(bool isPretended);
+// No file can be mapped, as where address space is used up, or all can.
+void RefuseMappings(bool areRefused);
 // Nothing fails any more. Calls that were lost stay lost.
 void Disarm();
 // Calls counted since Arm.
