@@ -141,6 +141,22 @@ class EveryCallFaultTest : public ::testing::TestWithParam<Durability> {
     ExpectNumber(registry);
     UseSpaceAgain(registry);
   }
+  // A transaction in a handle, of which the inner half is given up.
+  void EndWithAHandle(Registry& registry) {
+    unsigned int handle = 0;
+    if (registry.OpenKey("branch", &handle) != 0) return;
+    if (registry.BeginTransaction() == 0) {
+      ExpectFailureOrAbsence(registry.CreateKey(handle, "inside"));
+      ExpectFailureOrAbsence(registry.DeleteKey(handle, "max"));
+      if (registry.BeginTransaction() == 0) {
+        ExpectFailureOrAbsence(registry.DeleteKey(handle, "main"));
+        ExpectFailureOrAbsence(registry.SetDefaultValue(handle, "", 5));
+        ExpectFailure(registry.CancelTransaction());
+      }
+      ExpectFailure(registry.EndTransaction());
+    }
+    registry.CloseKey(handle);
+  }
   void LiveExactly() {
     Registry registry(path.c_str(), kAdmin);
     if (!IsOpened(Open(registry))) return;
@@ -156,6 +172,7 @@ class EveryCallFaultTest : public ::testing::TestWithParam<Durability> {
       ExpectFailure(registry.CancelTransaction());
     }
     if (begun == 0) ExpectFailure(registry.EndTransaction());
+    EndWithAHandle(registry);
     ExpectFailureOrAbsence(registry.RemoveValue("copy/main", "large"));
     ExpectFailureOrAbsence(registry.RemoveKey("branch"));
     ExpectFailureOrAbsence(registry.MoveKey("copy", "bra"));
@@ -230,10 +247,15 @@ class EveryCallFaultTest : public ::testing::TestWithParam<Durability> {
   }
   template <class Prepare, class Life>
   void FailEachCall(Mode mode, const char* names, Prepare prepare, Life life) {
+    FailCalls(mode, mode == Mode::kFailFrom ? 7 : 1, names, prepare,
+              life);  // such rounds take long
+  }
+  // Each call with a number that is a multiple of the step.
+  template <class Prepare, class Life>
+  void FailCalls(Mode mode, unsigned int step, const char* names, Prepare prepare, Life life) {
     prepare();
     life();
     const long open = OpenDescriptors();
-    const unsigned int step = mode == Mode::kFailFrom ? 7 : 1;  // such rounds take long
     for (unsigned int number = 0; !HasFailure(); number += step * YAX_TEST_STRIDE) {
       SCOPED_TRACE(std::string(faults::Name(mode)) + " " + std::to_string(number));
       prepare();
@@ -313,6 +335,8 @@ TEST_P(EveryCallFaultTest, KeepsWhatWasAcknowledgedWhereNothingIsMapped) {
   const auto prepare = [this] { PutStart(); };
   FailEachCall(Mode::kFailOnce, "registry ", prepare, [this] { LiveExactly(); });
   FailEachCall(Mode::kFailOnce, "registry ", prepare, [this] { LiveByHandle(); });
+  // It reads each slot of the file.
+  FailCalls(Mode::kFailOnce, 41, "registry ", prepare, [this] { LiveLong(); });
 }
 
 TEST_P(EveryCallFaultTest, OfAReaderChangesNothing) {
