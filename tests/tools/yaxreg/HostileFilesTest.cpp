@@ -59,6 +59,13 @@ class HostileFiles : public ::testing::Test {
     PutFile(object_, ElfImage().Bytes());
     PutFile(commands_, "get net:mtu\n");
     bytes_ = GetFile(sound_);
+    setenv("EDITOR", "sed -i s/1500/1501/", 1);
+    setenv("TMPDIR", (folder_ / ".").c_str(), 1);
+  }
+
+  void TearDown() override {
+    unsetenv("EDITOR");
+    unsetenv("TMPDIR");
   }
 
   // A call of the verb that changes something, on a sound file.

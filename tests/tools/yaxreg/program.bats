@@ -220,6 +220,17 @@ new/key:v = "x"'
   answers 4 yaxreg selftest absent --time 0
 }
 
+@test "edits a key in the user's editor" {
+  EDITOR='sed -i s/static/dynamic/' answers 0 yaxreg edit device.rce network
+  is "$out" '0 keys and 1 value changed'
+  is "$(yaxreg get device.rce network:mode)" dynamic
+  EDITOR=true answers 0 yaxreg edit device.rce network
+  is "$out" 'nothing is changed'
+  VISUAL='sed -i s/values/valuez/' TMPDIR=$PWD EDITOR=true answers 2 yaxreg edit device.rce network
+  [[ $err == *"; the document is kept in $PWD/yaxreg-"* ]]
+  grep -q dynamic yaxreg-*.json
+}
+
 @test "finds keys and values, and what takes the most" {
   answers 0 yaxreg find device.rce '**' --value 'stat*'
   is "$out" network:mode

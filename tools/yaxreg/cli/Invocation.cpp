@@ -52,7 +52,7 @@ std::string Invocation::Path() const {
 
 ExitCode Invocation::Fail(ExitCode code, const std::string& file, const std::string& path,
                           const std::string& reason) {
-  Warn(file, path, reason);
+  Warn(file, path, reason + failureNote);
   return code;
 }
 

@@ -66,6 +66,7 @@ class Invocation {
   unsigned int columns = 0;  // of a terminal that `out` is; 0: lines of a help may have any length
   Palette palette;
   std::map<std::string, std::string> given;
+  std::string failureNote;       // what Fail adds to its line, of this call
   const Batch* batch = nullptr;  // that the call is a command of; verbs/Batch.h
 };
 

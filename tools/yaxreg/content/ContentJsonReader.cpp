@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <istream>
+#include <iterator>
 #include <numeric>
 #include <string_view>
 
@@ -26,6 +27,29 @@ std::string LineOf(const std::string& json, size_t position) {
   const size_t column = before - (lineBegin == std::string_view::npos ? 0 : lineBegin + 1);
   return "line " + std::to_string(lines + 1) + ", column " + std::to_string(column + 1);
 }
+
+// Walks over a text and counts the lines that it has come to.
+class LineCounter {
+ public:
+  using iterator_category = std::input_iterator_tag;
+  using value_type = char;
+  using difference_type = std::ptrdiff_t;
+  using pointer = const char*;
+  using reference = const char&;
+
+  LineCounter(const char* place, size_t* lines) : place_(place), lines_(lines) {}
+  const char& operator*() const { return *place_; }
+  LineCounter& operator++() {
+    if (*place_++ == '\n') ++*lines_;
+    return *this;
+  }
+  bool operator==(const LineCounter& other) const { return place_ == other.place_; }
+  bool operator!=(const LineCounter& other) const { return place_ != other.place_; }
+
+ private:
+  const char* place_;
+  size_t* lines_;
+};
 
 // The keys in the order of Content. False when two have the same path.
 bool SortKeys(std::vector<KeyUpdate> keys, ContentUpdate* update, std::string* reason) {
@@ -63,13 +87,20 @@ bool IsPathBefore(const std::string& a, const std::string& b) {
 }
 
 bool ReadContentJson(const std::string& json, ContentUpdate* update, std::string* reason,
-                     const UserNames* users) {
+                     const UserNames* users, size_t* line) {
+  if (line != nullptr) *line = 0;
   if (json.size() > kMaxJsonSize) return Refuse("has more than 64 MB", reason);
   if (IsBlank(json)) return Refuse("is empty", reason);
   ContentJsonHandler handler(users);
-  if (!nlohmann::json::sax_parse(json, &handler)) {
-    if (!handler.reason().empty()) return Refuse(handler.reason(), reason);
-    return Refuse(LineOf(json, handler.errorByte()) + ": is no JSON", reason);
+  size_t lines = 1;
+  const LineCounter begin(json.data(), &lines);
+  const LineCounter end(json.data() + json.size(), nullptr);
+  if (!nlohmann::json::sax_parse(begin, end, &handler)) {
+    if (handler.reason().empty()) {
+      return Refuse(LineOf(json, handler.errorByte()) + ": is no JSON", reason);
+    }
+    if (line != nullptr) *line = lines;
+    return Refuse(handler.reason(), reason);
   }
   return SortKeys(handler.TakeKeys(), update, reason);
 }

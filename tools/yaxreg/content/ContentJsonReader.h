@@ -47,8 +47,9 @@ bool ReadJsonText(std::istream& in, std::string* json, std::string* reason);
 //
 // False when anything in it is not understood or can be in no registry; *reason is then one line
 // that tells where and why, and *update is as it was.
+// *line, if it is asked for: where that is, 0 if *reason tells it or it is nowhere.
 bool ReadContentJson(const std::string& json, ContentUpdate* update, std::string* reason,
-                     const UserNames* users = nullptr);
+                     const UserNames* users = nullptr, size_t* line = nullptr);
 // The same with what a stream holds; also false when reading fails, in.bad() then tells so.
 bool ReadContentJson(std::istream& in, ContentUpdate* update, std::string* reason);
 

@@ -18,6 +18,7 @@
 #include "tools/yaxreg/image/HeldSignals.h"
 #include "tools/yaxreg/text/JsonText.h"
 #include "tools/yaxreg/text/Numbers.h"
+#include "tools/yaxreg/verbs/ChangeCount.h"
 #include "tools/yaxreg/verbs/CommonArguments.h"
 #include "tools/yaxreg/verbs/DifferenceText.h"
 #include "tools/yaxreg/verbs/NewRegistry.h"
@@ -194,37 +195,6 @@ ExitCode ShowNew(Invocation& call, const ImportInput& input) {
 
 // ---- doing it
 
-// How many keys are changed themselves or new, and how many names have other values.
-struct ChangeCount {
-  ChangeCount(const Content& present, const Content& wanted) {
-    const ContentKey* last = nullptr;
-    CompareContents(present, 0, wanted, 0, [&](const Difference& difference) {
-      if (difference.kind == DifferenceKind::kValue) {
-        ++values;
-      } else if ((difference.second != nullptr ? difference.second : difference.first) != last) {
-        ++keys;
-        last = difference.second != nullptr ? difference.second : difference.first;
-      }
-      return true;
-    });
-  }
-  size_t keys = 0;
-  size_t values = 0;
-};
-
-ExitCode EndOfImport(Invocation& call, const std::string& path, const ChangeCount& count) {
-  const bool changed = count.keys + count.values > 0;
-  if (call.isJson()) {
-    call.out << "{\"changed\":" << (changed ? "true" : "false") << ",\"path\":" << TextJson(path)
-             << ",\"keys\":" << std::to_string(count.keys)
-             << ",\"values\":" << std::to_string(count.values) << "}\n";
-  } else if (changed) {
-    call.out << Counted(count.keys, "key") << " and " << Counted(count.values, "value")
-             << " changed\n";
-  }
-  return kDone;
-}
-
 // What finds no room is told by a rehearsal, before other programs have to wait. Where they have
 // changed the file since, the import is made for what is there now.
 ExitCode Apply(Invocation& call, Session& session, const ImportInput& input, Content* wanted,
@@ -266,11 +236,11 @@ ExitCode Import(Invocation& call, const ImportInput& input) {
   }
   const std::string path = session.path();
   ChangeCount count(present, wanted);
-  if (count.keys + count.values > 0) {
+  if (!count.IsZero()) {
     code = Apply(call, session, input, &wanted, &count);
     if (code != kDone) return code;
   }
-  return EndOfImport(call, path, count);
+  return EndOfCounted(call, path, count);
 }
 
 std::string BytesOf(const std::string& file) {

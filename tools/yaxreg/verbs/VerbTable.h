@@ -28,6 +28,7 @@ Verb WatchVerb();       // verbs/AttributeVerbs.cpp
 Verb MonitorVerb();     // verbs/MonitorVerb.cpp
 Verb ExportVerb();      // verbs/ExportVerb.cpp
 Verb ImportVerb();      // verbs/ImportVerb.cpp
+Verb EditVerb();        // verbs/EditVerb.cpp
 Verb DiffVerb();        // verbs/DiffVerb.cpp
 Verb BackupVerb();      // verbs/BackupVerbs.cpp
 Verb RestoreVerb();     // verbs/BackupVerbs.cpp

@@ -220,6 +220,12 @@ complete -c yaxreg -n '__yaxreg_is import' -s n -l dry-run -d 'Only print what w
 complete -c yaxreg -n '__yaxreg_is import' -l users -d 'The names of users by their numbers' -r -F
 complete -c yaxreg -n '__yaxreg_is import' -l timeout -d 'Wait no longer for other programs' -x
 complete -c yaxreg -n '__yaxreg_is import' -l json -d 'Print JSON'
+complete -c yaxreg -n '__yaxreg_at 0' -a edit -d 'Change a key in an editor'
+complete -c yaxreg -n '__yaxreg_at 0 edit' -F
+complete -c yaxreg -n '__yaxreg_at 1 edit' -a '(__yaxreg_keys 1)'
+complete -c yaxreg -n '__yaxreg_is edit' -l users -d 'The names of users by their numbers' -r -F
+complete -c yaxreg -n '__yaxreg_is edit' -l timeout -d 'Wait no longer for other programs' -x
+complete -c yaxreg -n '__yaxreg_is edit' -l json -d 'Print JSON'
 complete -c yaxreg -n '__yaxreg_at 0' -a diff -d 'Compare two registries'
 complete -c yaxreg -n '__yaxreg_at 0 diff' -F
 complete -c yaxreg -n '__yaxreg_at 1 diff' -F
