@@ -3,7 +3,7 @@
 #   framework -> registry -> filetree, memtree -> keytree -> store -> format -> base -> platform
 # The two trees never include each other; of the framework, what clients include knows nothing of internal/.
 # The interfaces in yax/ know the front end alone.
-# The command-line tool: main, docs -> verbs -> content, components, selftest -> image -> front end and store; all of them may
+# The command-line tool: main, docs -> verbs -> view, selftest -> content, components -> image -> front end and store; all may
 # use texts, and verbs, docs and main the command line, which knows no registry but its statuses.
 
 set(platform "^platform/[^/]+\\.h$")
@@ -46,8 +46,10 @@ function(allowed_includes file)
     set(patterns ${client} "^tools/yaxreg/(text|image|components)/")
   elseif(file MATCHES "^tools/yaxreg/selftest/")
     set(patterns ${client} "^tools/yaxreg/(text|image|selftest)/")
+  elseif(file MATCHES "^tools/yaxreg/view/")
+    set(patterns ${tool_registry} "^tools/yaxreg/(text|image|content|components|view)/")
   elseif(file MATCHES "^tools/yaxreg/verbs/")
-    set(patterns ${tool_registry} "^tools/yaxreg/(text|image|content|components|selftest|cli|verbs)/")
+    set(patterns ${tool_registry} "^tools/yaxreg/(text|image|content|components|selftest|view|cli|verbs)/")
   elseif(file MATCHES "^tools/yaxreg/docs/")
     set(patterns ${tool_text} "^tools/yaxreg/(components|cli|verbs|docs)/")
   elseif(file MATCHES "^tools/yaxreg/[^/]+$")

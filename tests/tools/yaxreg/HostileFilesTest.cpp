@@ -78,13 +78,21 @@ class HostileFiles : public ::testing::Test {
       begin = end + 1;
     }
     const std::map<std::string, std::string> texts = {
-        {"FILE", file},          {"FILE1", file},
-        {"FILE2", sound_},       {"PATH", "net"},
-        {"NAME", "mtu"},         {"NUMBER", "8"},
-        {"FROM", "net"},         {"TO", "copy"},
-        {"BITS", "3"},           {"RIGHTS", "rwcd:r"},
-        {"COMMANDS", commands_}, {"ID", "{1FBF55FC-0F15-45CC-8F3F-DE86A5640CB5}"},
-        {"OBJECT", object_},     {"BACKUP", name == "backup" ? output_ : backup_}};
+        {"FILE", file},
+        {"FILE1", file},
+        {"FILE2", sound_},
+        {"PATH", "net"},
+        {"NAME", "mtu"},
+        {"NUMBER", "8"},
+        {"FROM", "net"},
+        {"TO", "copy"},
+        {"BITS", "3"},
+        {"RIGHTS", "rwcd:r"},
+        {"COMMANDS", commands_},
+        {"ID", "{1FBF55FC-0F15-45CC-8F3F-DE86A5640CB5}"},
+        {"OBJECT", object_},
+        {"OTHER", sound_},
+        {"BACKUP", name == "backup" ? output_ : backup_}};
     for (const yaxreg::Argument& argument : verb.arguments) {
       const auto text = texts.find(argument.name);
       if (text == texts.end()) ADD_FAILURE() << "what is " << argument.name << " of " << name;
@@ -150,7 +158,8 @@ class HostileFiles : public ::testing::Test {
     const std::vector<std::vector<std::string>> calls = {
         {"check", file_},          {"tree", file_}, {"export", file_},
         {"ls", "-r", "-l", file_}, {"stat", file_}, {"comp", "ls", file_},
-        {"diff", file_, sound_},   {"du", file_},   {"find", file_}};
+        {"diff", file_, sound_},   {"du", file_},   {"find", file_},
+        {"view", file_, sound_}};
     for (const std::vector<std::string>& call : calls) {
       const Answer answer = Yaxreg(call);
       const bool differs = call[0] == "diff" && answer.code == 1;

@@ -242,6 +242,21 @@ new/key:v = "x"'
       76       1       1       0  network/my eth/'
 }
 
+@test "shows files as a page, damaged ones too" {
+  answers 0 yaxreg view device.rce
+  is "${out%%$'\n'*}" '<!doctype html>'
+  [[ $out == *'{"name":"mtu","type":0,"number":1500}'* && $out == *'</html>' ]]
+  cp device.rce other.rce
+  yaxreg rm other.rce 'network/my eth:mtu'
+  answers 0 yaxreg view device.rce other.rce -o page.html
+  is "$out$err" ''
+  grep -q '"change":"changed"' page.html
+  truncate -s 12000 other.rce
+  answers 3 yaxreg view device.rce other.rce
+  [[ $out == *'"severity":"loss"'* && $err == *other.rce* ]]
+  answers 4 sh -c 'yaxreg view device.rce > /dev/full'
+}
+
 @test "ends with 1 when there is no such key" {
   answers 1 yaxreg tree device.rce network/none
   is "$out" ''

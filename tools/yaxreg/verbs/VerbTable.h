@@ -37,6 +37,7 @@ Verb CheckVerb();       // verbs/CheckVerb.cpp
 Verb RepairVerb();      // verbs/RepairVerb.cpp
 Verb CompactVerb();     // verbs/CompactVerb.cpp
 Verb StatVerb();        // verbs/StatVerb.cpp
+Verb ViewVerb();        // verbs/ViewVerb.cpp
 Verb SelftestVerb();    // verbs/SelftestVerb.cpp
 Verb CompLsVerb();      // verbs/ComponentVerbs.cpp
 Verb CompAddVerb();     // verbs/ComponentChangeVerbs.cpp

@@ -144,6 +144,31 @@ TEST(JsonPage, TellsWhatCheckingVerbsPrint) {
   EXPECT_EQ(364, stat["kinds"]["key"]["used"].get<int>() + stat["kinds"]["key"]["free"].get<int>());
 }
 
+TEST(JsonPage, TellsWhatViewPrints) {
+  const SampleFile sample;
+  const TempDir folder;
+  HandMadeFile damaged = SmallTree();
+  damaged.PutWord(V(2) + 8, 0x66000005);  // the type of "port"
+  PutFile(folder / "damaged.rce", damaged.bytes);
+  const ordered_json view = JsonOf({"view", folder / "damaged.rce", sample.path()});
+  ExpectTold("view", view);
+  const ordered_json file = view["files"][0];
+  for (const auto& field : file.items()) EXPECT_TRUE(PageTells(field.key(), " ")) << field.key();
+  EXPECT_EQ("\"severity\", \"path\", \"text\", \"key\"", FieldsOf(file["findings"][0]));
+  const ordered_json check = JsonOf({"check", folder / "damaged.rce"});
+  EXPECT_EQ(FieldsOf(check["kinds"]["key"]) + ", \"slots\", \"ever\", \"tables\", \"maxTables\"",
+            FieldsOf(file["kinds"]["key"]));
+  EXPECT_EQ(JsonOf({"comp", "ls", folder / "damaged.rce"}), file["components"]);
+  EXPECT_TRUE(PageTells("pieces", '{' + FieldsOf(file["pieces"][0]) + '}'));
+  PutFile(folder / "changed.rce", GetFile(sample.path()));
+  EXPECT_EQ(0, Yaxreg({"watch", folder / "changed.rce", "network/eth", "1"}).code);
+  const ordered_json both = JsonOf({"view", sample.path(), folder / "changed.rce"});
+  const std::string fields = "\"owner\", \"rights\", \"watch\", \"default\", \"values\"";
+  EXPECT_EQ("\"depth\", \"name\", \"change\", " + fields + ", \"second\"",
+            FieldsOf(both["keys"][2]));
+  EXPECT_EQ(fields, FieldsOf(both["keys"][2]["second"]));
+}
+
 TEST(JsonPage, TellsWhatChangingVerbsPrint) {
   const TempDir folder;
   const std::string file = folder / "device.rce";

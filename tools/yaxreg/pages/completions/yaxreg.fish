@@ -274,6 +274,11 @@ complete -c yaxreg -n '__yaxreg_at 0' -a stat -d 'Tell how full and how worn a f
 complete -c yaxreg -n '__yaxreg_at 0 stat' -F
 complete -c yaxreg -n '__yaxreg_is stat' -l map -d 'Draw the file into an SVG file as well; of files that exist only an empty one and an SVG file are replaced' -r -F
 complete -c yaxreg -n '__yaxreg_is stat' -l json -d 'Print JSON'
+complete -c yaxreg -n '__yaxreg_at 0' -a view -d 'Show a file as a page for browsers'
+complete -c yaxreg -n '__yaxreg_at 0 view' -F
+complete -c yaxreg -n '__yaxreg_at 1 view' -F
+complete -c yaxreg -n '__yaxreg_is view' -s o -l output -d 'Write the page to this file instead of the standard output; of files that exist only an empty one and such a page are replaced' -x
+complete -c yaxreg -n '__yaxreg_is view' -l json -d 'Print JSON'
 complete -c yaxreg -n '__yaxreg_at 0' -a selftest -d 'Try out whether this device keeps what is promised'
 complete -c yaxreg -n '__yaxreg_at 0 selftest' -F
 complete -c yaxreg -n '__yaxreg_is selftest' -l time -d 'How long, 10 if left out; each part has one round at least' -x
