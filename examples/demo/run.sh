@@ -2,7 +2,7 @@
 # Tells in chapters what the library does: run.sh EXAMPLES [TOOL MAP]
 #   EXAMPLES  the folder of the example programs and components
 #   TOOL      the folder of yaxreg; without it the programs are run alone
-#   MAP       where the map of a file is drawn to
+#   MAP       where the map of a file is drawn to; a page of another one, device.html, is put beside it
 # Folders may be relative. NO_COLOR is obeyed.
 set -eu
 
@@ -117,4 +117,13 @@ show demo_use device.rce
 chapter "Several threads"
 show demo_threads device.rce
 
-printf '\n%sThat is libYAX.%s Read on in examples/%s\n' "$bold" "$plain" "${3:+, and open $3}"
+page=
+if [ -n "$map" ]; then
+  chapter "A file as a page: to browse, to search, and to see what differs"
+  show yaxreg view before.rce device.rce -o device.html
+  cp device.html "$(dirname "$map")/device.html"
+  page=$(dirname "$3")/device.html
+  tell "It needs no server and no network. Open it with a browser: xdg-open $page"
+fi
+
+printf '\n%sThat is libYAX.%s Read on in examples/%s\n' "$bold" "$plain" "${page:+, and open $3 and $page}"
