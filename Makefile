@@ -2,6 +2,7 @@
 #
 #   make demo           builds and runs the demonstration
 #   make test           builds and runs the tests
+#   make test-page      tries the page of yaxreg view in Chromium, which it installs
 #   make check-PRESET   the tests of another preset: debug asan tsan coverage i686 armhf portable; or what
 #                       is built to see that it can be: clang aarch64
 #   make check-all      all of these
@@ -41,7 +42,7 @@ RUN_tsan = $(RUN_SANITIZED)
 
 build = $(CMAKE) --preset $(1) && $(RUN_$(1)) $(CMAKE) --build --preset $(1) -j $(JOBS)
 
-.PHONY: help demo test packages reference crash bench bench-peers coverage check-all format tidy update-abi update-pages clean \
+.PHONY: help demo test test-page packages reference crash bench bench-peers coverage check-all format tidy update-abi update-pages clean \
   $(CHECKS:%=check-%) $(BUILDS:%=check-%)
 
 help:
@@ -57,6 +58,11 @@ demo:
 	@sh examples/demo/run.sh build/demo/examples build/demo/tools/yaxreg build/demo/house.svg
 
 test: check-release
+
+test-page:
+	@sh cmake/need-packages.sh $(TEST_NEEDS) chromium
+	@$(call build,release) --target yaxreg
+	@ctest --preset release -R 'Yaxreg\.PageWorksInABrowser' --no-tests=error --verbose
 
 $(CHECKS:%=check-%): check-%:
 	@sh cmake/need-packages.sh $(TEST_NEEDS) $(NEEDS_$*)

@@ -11,6 +11,7 @@ have() {
       command -v "$1"
       ;;
     bsdutils) command -v script ;;
+    chromium) command -v chromium || command -v chromium-browser ;;
     clang-14) command -v clang++-14 ;;
     debhelper) command -v dh ;;
     dh-python) command -v dh_python3 ;;

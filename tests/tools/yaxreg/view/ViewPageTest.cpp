@@ -6,6 +6,7 @@
 #include "tests/tools/yaxreg/ContentBuilder.h"
 #include "tests/tools/yaxreg/HandMadeFile.h"
 #include "tools/yaxreg/image/ImageWriter.h"
+#include "tools/yaxreg/text/WatchText.h"
 #include "tools/yaxreg/view/PageFiles.h"
 #include "tools/yaxreg/view/ViewPage.h"
 
@@ -53,6 +54,15 @@ TEST(ViewPage, HoldsTheSourcesOfThePageByteForByte) {
   const std::string page = PageOfFile("device.rce", SmallTree().bytes);
   EXPECT_EQ(1u, TimesIn(page, "<script>" + script + "</script>"));
   EXPECT_EQ(1u, TimesIn(page, "script-src '" + std::string(yaxreg::kPageScriptHash) + "'"));
+}
+
+TEST(ViewPage, TellsWatchBitsInTheWordsOfTheTool) {
+  const std::string script = yaxreg::PageScript();
+  for (unsigned int bit = 1; bit < 64; bit *= 2) {
+    const std::string text = yaxreg::WatchText(static_cast<unsigned char>(bit));
+    const std::string words = text.substr(text.find(": ") + 2);
+    EXPECT_EQ(1u, TimesIn(script, '\'' + words + '\'')) << words;
+  }
 }
 
 TEST(ViewPage, LetsNothingOutOfItsTexts) {

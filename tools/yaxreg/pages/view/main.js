@@ -110,8 +110,8 @@ class Page {
   }
 
   enterTree() {
-    this.tree.element.focus();
     if (this.tree.visible.length === 0) return;
+    this.tree.element.focus();
     if (this.tree.hits && !this.tree.hits[this.tree.chosen]) this.tree.choose(this.tree.visible[0]);
     this.tree.reveal();
   }

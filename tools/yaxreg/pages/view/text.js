@@ -131,7 +131,7 @@ function hexDump(bytes, width) {
 const kRights = ['read', 'modify', 'create', 'delete'];
 const kWatched = [
   'values are created, set or deleted', 'the default value is set', 'keys directly below are created or deleted',
-  'rights or watch bits are set', 'the key is restored from a backup', 'the same of all keys below'];
+  'rights or watch bits are set', 'the key is restored', 'all that for the keys below, too'];
 
 function wordsOf(bits, words) {
   return words.filter((word, bit) => (bits >> bit & 1) !== 0);
