@@ -1,5 +1,7 @@
 // What is to be told of the chosen key or value.
 
+const kDumpWidth = 580;  // px for sixteen bytes a line
+
 class Details {
   constructor(model, element, onGo) {
     this.model = model;
@@ -102,8 +104,8 @@ class Details {
     if (value.type === 0 || bytes.length === 0) return;
     const text = value.text !== undefined ? value.text : textOf(bytes);
     if (text !== null) this.element.append(make('h4', '', 'Text'), putText(make('pre', 'text'), text, '\n'));
-    const dump = make('pre');
-    dump.textContent = hexDump(bytes, matchMedia('(max-width: 520px)').matches ? 8 : 16);
+    const dump = make('pre', 'dump');
+    dump.textContent = hexDump(bytes, this.element.clientWidth < kDumpWidth ? 8 : 16);
     dump.tabIndex = 0;
     this.element.append(make('h4', '', 'Bytes'), dump);
   }

@@ -99,7 +99,7 @@ class Page {
 
   apply() {
     const hits = this.hits();
-    this.tree.setFilter(hits ? this.included(hits) : null, hits);
+    this.tree.setFilter(hits ? this.included(hits) : null, hits, this.search.value !== '');
     const count = hits ? hits.reduce((sum, hit) => sum + hit, 0) : 0;
     this.status.textContent = hits ? (count === 0 ? 'No hits' : counted(count, 'hit')) : '';
     if (hits && count > 0 && !hits[this.tree.chosen]) {

@@ -2,7 +2,9 @@
 // aria-activedescendant tells the chosen line, which is always there.
 
 const kMargin = 12;       // lines above and below those in sight that are there, too
-const kIndents = 14;      // levels that are indented; deeper ones tell their number
+const kIndents = 14;      // levels that are indented, of a narrow tree
+const kFewIndents = 6;    // fewer; deeper ones tell their number
+const kNarrow = 600;      // px
 const kTypeTime = 700;    // ms in which letters make one word
 
 class Tree {
@@ -15,6 +17,7 @@ class Tree {
     this.openBefore = null;    // what was open before a filter
     this.included = null;      // by line; null: all
     this.hits = null;
+    this.areMarked = false;
     this.chosen = 0;
     this.live = new Map();
     this.typed = '';
@@ -42,11 +45,12 @@ class Tree {
     });
   }
 
-  // Shows only what is in `included`; null: all. The keys on the way to hits are open.
-  setFilter(included, hits) {
+  // Shows only what is in `included`; null: all. The keys on the way to hits are open, and the hits marked if wanted.
+  setFilter(included, hits, areMarked) {
     if (included && !this.openBefore) this.openBefore = this.open;
     this.included = included;
     this.hits = hits;
+    this.areMarked = areMarked;
     if (included) {
       this.open = new Uint8Array(this.model.lines.length);
       for (let at = this.model.lines.length - 1; at > 0; --at) {
@@ -83,6 +87,7 @@ class Tree {
   // Lists what can be seen, and counts neighbours.
   arrange() {
     const lines = this.model.lines;
+    this.indents = this.element.clientWidth < kNarrow ? kFewIndents : kIndents;
     this.visible = [];
     this.place = new Int32Array(lines.length).fill(-1);
     this.position = new Int32Array(lines.length);
@@ -165,13 +170,13 @@ class Tree {
     row.setAttribute('aria-selected', at === this.chosen);
     if (line.isKey && this.hasChildren(at)) row.setAttribute('aria-expanded', this.open[at] === 1);
     if (line.change) row.classList.add(line.change);
-    if (this.hits && this.hits[at]) row.classList.add('hit');
+    if (this.areMarked && this.hits[at]) row.classList.add('hit');
     row.style.transform = 'translateY(' + this.place[at] * this.rowHeight + 'px)';
-    row.style.paddingLeft = 'calc(4px + ' + Math.min(line.depth, kIndents) + ' * var(--step))';
+    row.style.paddingLeft = 'calc(4px + ' + Math.min(line.depth, this.indents) + ' * var(--step))';
     const twisty = make('span', 'twisty');
     twisty.setAttribute('aria-hidden', 'true');
     row.append(twisty);
-    if (line.depth > kIndents) row.append(make('span', 'level', 'level ' + line.depth));
+    if (line.depth > this.indents) row.append(make('span', 'level', 'level ' + line.depth));
     this.fillRow(row, line);
     return row;
   }
