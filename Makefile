@@ -23,7 +23,7 @@ CHECKS := release debug asan tsan coverage i686 armhf portable
 BUILDS := clang aarch64
 
 NEEDS := g++ cmake
-TOOL_NEEDS := libcli11-dev nlohmann-json3-dev
+TOOL_NEEDS := libcli11-dev libedit-dev nlohmann-json3-dev
 TEST_NEEDS := $(NEEDS) $(TOOL_NEEDS) googletest pkg-config bats bsdutils util-linux \
   file fish python3-pytest zsh
 NEEDS_i686 := g++-i686-linux-gnu

@@ -28,6 +28,7 @@ have() {
     libsqlite3-dev) test -f /usr/include/sqlite3.h ;;
     libtdb-dev) test -f /usr/include/tdb.h ;;
     libcli11-dev) test -f /usr/include/CLI/CLI.hpp ;;
+    libedit-dev) test -f /usr/include/histedit.h ;;
     nlohmann-json3-dev) test -f /usr/include/nlohmann/json.hpp ;;
     python3-pytest) /usr/bin/python3 -c 'import pytest' 2>/dev/null ;;
     qemu-user-static) command -v qemu-arm-static ;;

@@ -15,8 +15,10 @@ inherit cmake pkgconfig
 
 EXTRA_OECMAKE = "-DYAX_BUILD_TESTS=OFF -DYAX_BUILD_BENCH=OFF -DYAX_BUILD_EXAMPLES=OFF"
 
-PACKAGECONFIG ??= "tool"
+PACKAGECONFIG ??= "tool lines"
 PACKAGECONFIG[tool] = "-DYAX_BUILD_TOOLS=ON,-DYAX_BUILD_TOOLS=OFF,cli11 nlohmann-json"
+# History and completion in yaxreg shell.
+PACKAGECONFIG[lines] = "-DYAX_LINE_EDITING=ON,-DYAX_LINE_EDITING=OFF,libedit"
 
 PACKAGES =+ "yaxreg"
 FILES:yaxreg = "${bindir}/yaxreg ${datadir}/bash-completion ${datadir}/fish ${datadir}/yaxreg ${datadir}/zsh"

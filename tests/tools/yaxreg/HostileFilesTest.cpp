@@ -110,8 +110,11 @@ class HostileFiles : public ::testing::Test {
   }
 
   Answer Run(const yaxreg::Verb& verb, const std::string& file) const {
-    return Yaxreg(ArgumentsFor(verb, file),
-                  "{\"keys\":[{\"path\":\"\",\"values\":[{\"name\":\"mtu\",\"number\":9}]}]}");
+    const bool isShell = std::string(verb.name) == "shell";
+    return Yaxreg(
+        ArgumentsFor(verb, file),
+        isShell ? "put net:mtu --int 8\n"
+                : "{\"keys\":[{\"path\":\"\",\"values\":[{\"name\":\"mtu\",\"number\":9}]}]}");
   }
 
   // The names of all files in the folder.

@@ -3,6 +3,7 @@
 #   YAXREG             the program
 #   YAXREG_EMULATOR    words before it, of machines that are emulated
 #   YAXREG_VERSION     its version
+#   YAXREG_LINES       the source that reads lines of a terminal
 #   YAXREG_MAN         the manual page as built
 #   YAXREG_COMPLETION  the completion as built; those of other shells lie beside it, the file "magic"
 #                      in the folder above
@@ -229,6 +230,20 @@ new/key:v = "x"'
   VISUAL='sed -i s/values/valuez/' TMPDIR=$PWD EDITOR=true answers 2 yaxreg edit device.rce network
   [[ $err == *"; the document is kept in $PWD/yaxreg-"* ]]
   grep -q dynamic yaxreg-*.json
+}
+
+@test "takes commands from a pipe and at a prompt" {
+  answers 1 yaxreg shell device.rce <<<$'put network:a --int 1\nget network:none\nget network:a # the last'
+  is "$out" 1
+  is "$err" 'yaxreg: device.rce: network: there is no value none (status 2)'
+  script -qec 'yaxreg shell device.rce' typed <<<$'get network:mode\nexit' >/dev/null
+  grep -q '^device.rce> ' typed
+  grep -q '^static' typed
+  [ "$YAXREG_LINES" = TerminalLinesEdited.cpp ] || return 0
+  # A tabulator completes what is typed, ^P goes back to the line before.
+  { sleep 0.5; printf 'ge\tnetw\t:mo\t\n'; sleep 0.5; printf 'ls\n'; sleep 0.5; printf '\020\020\n'; sleep 0.5
+    printf 'exit\n'; } | TERM=vt100 script -qec 'yaxreg shell device.rce' typed >/dev/null
+  is "$(grep -c '^static' typed)" 2
 }
 
 @test "finds keys and values, and what takes the most" {

@@ -8,6 +8,7 @@
 #include "tools/yaxreg/text/CommandWords.h"
 #include "tools/yaxreg/verbs/Batch.h"
 #include "tools/yaxreg/verbs/CommonArguments.h"
+#include "tools/yaxreg/verbs/RegistryCommand.h"
 #include "tools/yaxreg/verbs/Session.h"
 #include "tools/yaxreg/verbs/VerbTable.h"
 
@@ -40,24 +41,18 @@ bool ReadCommands(Invocation& call, std::string* text, ExitCode* code) {
   return false;
 }
 
-// The words of a command as yaxreg takes them: the registry follows the verb.
 bool MakeCommand(Invocation& call, const std::string& file, Command* command, ExitCode* code) {
-  size_t count = 0;
-  const Verb* const verb = FindVerb(AllVerbs(), command->words, &count);
+  const std::string first = command->words[0];
+  const Verb* const verb = AddRegistry(file, call.isJson(), &command->words);
   if (verb == nullptr) {
     *code = FailLine(call, command->line, kUsage,
-                     "there is no verb " + Shown(command->words[0]) + "; --help lists them");
+                     "there is no verb " + Shown(first) + "; --help lists them");
     return false;
   }
-  if (verb->isAlone) {
-    *code = FailLine(call, command->line, kUsage,
-                     std::string(verb->name) + " is no command of a batch");
-    return false;
-  }
-  auto place = command->words.begin() + static_cast<std::ptrdiff_t>(count);
-  place = command->words.insert(place, file);
-  if (call.isJson()) command->words.insert(place, "--json");
-  return true;
+  if (!verb->isAlone) return true;
+  *code =
+      FailLine(call, command->line, kUsage, std::string(verb->name) + " is no command of a batch");
+  return false;
 }
 
 bool TakeCommands(Invocation& call, const std::string& file, std::vector<Command>* commands,
@@ -107,11 +102,6 @@ class CommandRun {
   const std::string& output() const { return output_; }
 
  private:
-  static OutputKind KindOf(const Invocation& call) {
-    if (!call.isTerminal) return OutputKind::kPlain;
-    return *call.palette.end != 0 ? OutputKind::kColouredTerminal : OutputKind::kTerminal;
-  }
-
   void Add(std::string text) {
     if (!call_.isJson()) {
       output_ += text;
@@ -125,12 +115,6 @@ class CommandRun {
   const Batch& batch_;
   std::string output_;
 };
-
-// A word that begins with a dash would be taken for an option.
-std::string FileWord(const Invocation& call) {
-  const std::string file = call.File();
-  return file.compare(0, 1, "-") == 0 ? "./" + file : file;
-}
 
 ExitCode RunCommands(Invocation& call, Session& session, const std::vector<Command>& commands,
                      const std::string& file) {

@@ -33,6 +33,7 @@ Verb DiffVerb();        // verbs/DiffVerb.cpp
 Verb BackupVerb();      // verbs/BackupVerbs.cpp
 Verb RestoreVerb();     // verbs/BackupVerbs.cpp
 Verb BatchVerb();       // verbs/BatchVerb.cpp
+Verb ShellVerb();       // verbs/ShellVerb.cpp
 Verb CheckVerb();       // verbs/CheckVerb.cpp
 Verb RepairVerb();      // verbs/RepairVerb.cpp
 Verb CompactVerb();     // verbs/CompactVerb.cpp

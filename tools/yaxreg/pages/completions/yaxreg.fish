@@ -253,6 +253,9 @@ complete -c yaxreg -n '__yaxreg_at 1 batch' -F
 complete -c yaxreg -n '__yaxreg_is batch' -s n -l dry-run -d 'Run them, but change nothing'
 complete -c yaxreg -n '__yaxreg_is batch' -l timeout -d 'Wait no longer for other programs' -x
 complete -c yaxreg -n '__yaxreg_is batch' -l json -d 'Print JSON'
+complete -c yaxreg -n '__yaxreg_at 0' -a shell -d 'Take commands at a prompt'
+complete -c yaxreg -n '__yaxreg_at 0 shell' -F
+complete -c yaxreg -n '__yaxreg_is shell' -l json -d 'Print JSON'
 complete -c yaxreg -n '__yaxreg_at 0' -a check -d 'Look for damage and wear'
 complete -c yaxreg -n '__yaxreg_at 0 check' -F
 complete -c yaxreg -n '__yaxreg_is check' -s n -l names -d 'List the names that are left without a key, too'
