@@ -10,16 +10,16 @@ namespace yaxreg {
 
 namespace {
 
-constexpr char kBlanks[] = " \t\r";
+constexpr char kUserBlanks[] = " \t\r";
 constexpr unsigned long long kMostUsers = 0xFFFFFFFF;
 
-std::string Trimmed(const std::string& text) {
-  const size_t begin = text.find_first_not_of(kBlanks);
+std::string WithoutBlanks(const std::string& text) {
+  const size_t begin = text.find_first_not_of(kUserBlanks);
   if (begin == std::string::npos) return "";
-  return text.substr(begin, text.find_last_not_of(kBlanks) + 1 - begin);
+  return text.substr(begin, text.find_last_not_of(kUserBlanks) + 1 - begin);
 }
 
-bool TakeNumber(const std::string& text, unsigned int* number) {
+bool TakeUserNumber(const std::string& text, unsigned int* number) {
   unsigned long long taken = 0;
   if (!ParseNumberUpTo(text, kMostUsers, &taken)) return false;
   *number = static_cast<unsigned int>(taken);
@@ -31,20 +31,20 @@ bool TakeFields(const std::string& line, std::string* name, unsigned int* number
   const size_t first = line.find(':');
   const size_t second = line.find(':', first + 1);
   if (second == std::string::npos) return false;
-  *name = Trimmed(line.substr(0, first));
-  return TakeNumber(line.substr(second + 1, line.find(':', second + 1) - second - 1), number);
+  *name = WithoutBlanks(line.substr(0, first));
+  return TakeUserNumber(line.substr(second + 1, line.find(':', second + 1) - second - 1), number);
 }
 
 // "1000 anna" or "anna".
 bool TakeWords(const std::string& line, std::string* name, unsigned int* number) {
-  const size_t blank = line.find_first_of(kBlanks);
+  const size_t blank = line.find_first_of(kUserBlanks);
   if (blank == std::string::npos) {
     *name = line;
     *number = tamu::registry::UserIdOf(name->c_str());
     return true;
   }
-  *name = Trimmed(line.substr(blank));
-  return TakeNumber(line.substr(0, blank), number);
+  *name = WithoutBlanks(line.substr(blank));
+  return TakeUserNumber(line.substr(0, blank), number);
 }
 
 // Where an owner is told, digits are a number.
@@ -60,7 +60,7 @@ std::string UserNames::Add(const std::string& line) {
   unsigned int number = 0;
   const bool isTaken = line.find(':') != std::string::npos ? TakeFields(line, &name, &number)
                                                            : TakeWords(line, &name, &number);
-  const bool isWord = name.find_first_of(kBlanks) == std::string::npos;
+  const bool isWord = name.find_first_of(kUserBlanks) == std::string::npos;
   if (!isTaken || name.empty() || !isWord || !IsText(name) ||
       name.find('\0') != std::string::npos) {
     return "is neither NUMBER NAME nor NAME:x:NUMBER: nor NAME";
@@ -78,7 +78,7 @@ bool UserNames::Read(const std::string& text, std::string* reason) {
   size_t number = 0;
   for (std::string line; std::getline(lines, line);) {
     ++number;
-    line = Trimmed(line);
+    line = WithoutBlanks(line);
     if (line.empty() || line[0] == '#') continue;
     const std::string why = read.Add(line);
     if (why.empty()) continue;

@@ -9,8 +9,8 @@ namespace yaxreg {
 
 namespace {
 
-constexpr unsigned int kPatience = 60000;  // ms
-constexpr unsigned int kPause = 500;       // microseconds
+constexpr unsigned int kChildPatience = 60000;  // ms
+constexpr unsigned int kChildPause = 500;       // microseconds
 
 }  // namespace
 
@@ -38,10 +38,10 @@ bool ChildTask::HasEnded() {
 }
 
 int ChildTask::Wait(unsigned int patience) {
-  for (unsigned long long waited = 0;; waited += kPause) {
+  for (unsigned long long waited = 0;; waited += kChildPause) {
     if (Collect(WNOHANG)) return answer_;
     if (waited >= 1000ull * patience) break;
-    usleep(kPause);
+    usleep(kChildPause);
   }
   Kill();
   return kHung;
@@ -54,7 +54,7 @@ void ChildTask::Kill() {
 }
 
 int RunInChild(const std::function<int()>& work) {
-  return ChildTask(work).Wait(kPatience);
+  return ChildTask(work).Wait(kChildPatience);
 }
 
 }  // namespace yaxreg

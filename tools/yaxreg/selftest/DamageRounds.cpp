@@ -19,7 +19,7 @@ constexpr unsigned int kChanges = 40;    // that have made the content
 constexpr unsigned int kMostBytes = 16;  // that are changed
 constexpr unsigned int kSector = 512;    // bytes
 
-enum : int { kUsed = 0, kRefused = 10 };
+enum : int { kAnswerUsed = 0, kAnswerRefused = 10 };
 
 class Everything : public tamu::registry::WalkVisitor {
  public:
@@ -54,7 +54,7 @@ std::string Damaged(const TestPart& part, std::string bytes) {
 // What each of these answers does not matter.
 int UseAll(const std::string& file) {
   Registry registry(file.c_str(), tamu::registry::kAdministratorId);
-  if (OpenForTest(registry) != status::kOk) return kRefused;
+  if (OpenForTest(registry) != status::kOk) return kAnswerRefused;
   Everything all;
   registry.Walk(0, "", all);
   tamu::registry::CheckResult result;
@@ -66,7 +66,7 @@ int UseAll(const std::string& file) {
   registry.RemoveKey("network");
   registry.Compact();
   registry.Walk(0, "", all);
-  return kUsed;
+  return kAnswerUsed;
 }
 
 unsigned int MakeContent(const std::string& file) {
@@ -92,8 +92,8 @@ void RunDamageRounds(const TestPart& part) {
     if (!PutTestFile(part.file, Damaged(part, bytes))) break;
     ++counts.damages;
     const int answer = RunInChild([&] { return UseAll(part.file); });
-    if (answer == kRefused) ++counts.refused;
-    if (answer != kRefused && answer != kUsed) ++counts.crashes;
+    if (answer == kAnswerRefused) ++counts.refused;
+    if (answer != kAnswerRefused && answer != kAnswerUsed) ++counts.crashes;
   } while (!part.IsOver());
 }
 

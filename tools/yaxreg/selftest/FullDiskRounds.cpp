@@ -23,7 +23,7 @@ constexpr unsigned int kMostRoom = 40000;    // bytes that the file may grow by
 constexpr unsigned int kMostChanges = 2000;  // of a round
 
 // What a process of a round answers.
-enum : int { kRefused = 0, kFailed, kNotFull };
+enum : int { kWasRefused = 0, kWasMixed, kWasNotFull };
 
 std::string FillOf(unsigned int number) {
   return "fill/" + std::to_string(number);
@@ -60,24 +60,24 @@ bool IsClosed(Registry& registry) {
 int GrowUntilRefused(const std::string& file, unsigned int room, SharedNumbers& shared) {
   const rlimit limit = {room, room};
   signal(SIGXFSZ, SIG_IGN);
-  if (setrlimit(RLIMIT_FSIZE, &limit) != 0) return kNotFull;
+  if (setrlimit(RLIMIT_FSIZE, &limit) != 0) return kWasNotFull;
   Registry registry(file.c_str(), tamu::registry::kAdministratorId);
-  if (OpenForTest(registry) != status::kOk) return kRefused;
+  if (OpenForTest(registry) != status::kOk) return kWasRefused;
   for (unsigned int number = 1; number <= kMostChanges; ++number) {
     if (GrowOnce(registry, number) != status::kOk) {
-      return IsClosed(registry) || IsAsOf(registry, number - 1) ? kRefused : kFailed;
+      return IsClosed(registry) || IsAsOf(registry, number - 1) ? kWasRefused : kWasMixed;
     }
     shared[0] = number;
   }
-  return kNotFull;
+  return kWasNotFull;
 }
 
 // With room again.
 int LookAndGoOn(const std::string& file, unsigned int number) {
   Registry registry(file.c_str(), tamu::registry::kAdministratorId);
-  if (OpenForTest(registry) != status::kOk || !IsAsOf(registry, number)) return kFailed;
-  return GrowOnce(registry, number + 1) == status::kOk && IsAsOf(registry, number + 1) ? kRefused
-                                                                                       : kFailed;
+  if (OpenForTest(registry) != status::kOk || !IsAsOf(registry, number)) return kWasMixed;
+  return GrowOnce(registry, number + 1) == status::kOk && IsAsOf(registry, number + 1) ? kWasRefused
+                                                                                       : kWasMixed;
 }
 
 }  // namespace
@@ -91,11 +91,11 @@ void RunFullDiskRounds(const TestPart& part) {
     if (!shared.AreThere() || !PutTestFile(part.file, bytes)) break;
     const unsigned int room = static_cast<unsigned int>(bytes.size()) + part.Draw(kMostRoom);
     const int grown = RunInChild([&] { return GrowUntilRefused(part.file, room, shared); });
-    if (grown == kNotFull) break;
+    if (grown == kWasNotFull) break;
     ++counts.fullDisks;
     const unsigned int number = shared[0];
-    const bool isKept =
-        grown == kRefused && RunInChild([&] { return LookAndGoOn(part.file, number); }) == kRefused;
+    const bool isKept = grown == kWasRefused &&
+                        RunInChild([&] { return LookAndGoOn(part.file, number); }) == kWasRefused;
     if (!isKept) ++counts.mixedByFullDisks;
   } while (!part.IsOver());
 }

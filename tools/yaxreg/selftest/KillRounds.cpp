@@ -14,9 +14,9 @@ using tamu::registry::Registry;
 
 namespace {
 
-constexpr unsigned int kLongest = 3000;  // microseconds until the kill
-constexpr unsigned int kPause = 100;     // microseconds
-constexpr unsigned int kTries = 300000;  // pauses until a change must have been made
+constexpr unsigned int kLongestDelay = 3000;  // microseconds until the kill
+constexpr unsigned int kKillPause = 100;      // microseconds
+constexpr unsigned int kKillTries = 300000;   // pauses until a change must have been made
 
 // Of the numbers that the processes share.
 enum : unsigned int { kFirst, kAcknowledged };
@@ -37,10 +37,10 @@ int ChangeForEver(const std::string& file, Durability durability, SharedNumbers&
 
 // Until it has made a change. False: it has ended, or makes none.
 bool AwaitChange(ChildTask& child, SharedNumbers& shared) {
-  for (unsigned int i = 0; i < kTries; ++i) {
+  for (unsigned int i = 0; i < kKillTries; ++i) {
     if (shared[kAcknowledged] != shared[kFirst]) return true;
     if (child.HasEnded()) return false;
-    usleep(kPause);
+    usleep(kKillPause);
   }
   return false;
 }
@@ -56,7 +56,7 @@ void RunKillRounds(const TestPart& part) {
     if (!shared.AreThere()) break;
     ChildTask child([&] { return ChangeForEver(part.file, durability, shared); });
     const bool hasBegun = AwaitChange(child, shared);
-    usleep(part.Draw(kLongest));
+    usleep(part.Draw(kLongestDelay));
     if (!hasBegun || child.HasEnded()) {
       ++counts.stuck;
       break;

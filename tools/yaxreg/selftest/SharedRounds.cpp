@@ -17,7 +17,8 @@ using tamu::registry::Transaction;
 namespace {
 
 constexpr unsigned int kWriters = 3;
-constexpr unsigned int kPatience = 90000;  // ms; who waits for the others gives up after a minute
+constexpr unsigned int kSharedPatience =
+    90000;  // ms; who waits for the others gives up after a minute
 
 // The numbers of the writers, and that of torn looks behind them.
 constexpr unsigned int kTorn = kWriters;
@@ -43,7 +44,7 @@ bool LookOnce(Registry& registry, SharedNumbers& shared) {
   return state != TestContent::State::kUnreadable;
 }
 
-int Work(const TestPart& part, unsigned int process, SharedNumbers& shared) {
+int WorkBesideOthers(const TestPart& part, unsigned int process, SharedNumbers& shared) {
   Registry registry(part.file.c_str(), tamu::registry::kAdministratorId);
   if (OpenForTest(registry) != status::kOk) return 1;
   do {
@@ -65,11 +66,12 @@ void RunSharedRounds(const TestPart& part) {
   if (!counts.hasJournal || !shared.AreThere()) return;
   std::deque<ChildTask> children;
   for (unsigned int i = 0; i <= kWriters; ++i) {
-    children.emplace_back([&, i] { return Work(part, i, shared); });
+    children.emplace_back([&, i] { return WorkBesideOthers(part, i, shared); });
   }
   const auto left =
       std::chrono::duration_cast<std::chrono::milliseconds>(part.end - SelfTestClock::now());
-  const auto patience = static_cast<unsigned int>(std::max<long long>(left.count(), 0)) + kPatience;
+  const auto patience =
+      static_cast<unsigned int>(std::max<long long>(left.count(), 0)) + kSharedPatience;
   for (ChildTask& child : children) counts.stuck += child.Wait(patience) == 0 ? 0 : 1;
   unsigned int made = 0;
   for (unsigned int i = 0; i < kWriters; ++i) made += shared[i];

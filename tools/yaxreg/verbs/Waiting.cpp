@@ -12,15 +12,15 @@ namespace yaxreg {
 
 namespace {
 
-constexpr unsigned long long kLongest = 1000000;  // seconds
-constexpr std::chrono::seconds kPatience(1);      // before a wait is told
+constexpr unsigned long long kLongestWait = 1000000;  // seconds
+constexpr std::chrono::seconds kSilence(1);           // before a wait is told
 
 }  // namespace
 
 bool Waiting::Take() {
   unsigned long long seconds = 0;
   isLimited_ = call_.Has("--timeout");
-  if (isLimited_ && !ParseNumberUpTo(call_.Text("--timeout"), kLongest, &seconds)) {
+  if (isLimited_ && !ParseNumberUpTo(call_.Text("--timeout"), kLongestWait, &seconds)) {
     call_.Fail(kUsage, "", "",
                "--timeout: " + Shown(call_.Text("--timeout")) + " is no number of seconds");
     return false;
@@ -57,7 +57,7 @@ void Waiting::End() {
 // The other thread prints nothing meanwhile.
 void Waiting::Tell() {
   std::unique_lock<std::mutex> lock(mutex_);
-  if (changed_.wait_for(lock, kPatience, [this] { return !isWaiting_; })) return;
+  if (changed_.wait_for(lock, kSilence, [this] { return !isWaiting_; })) return;
   call_.Warn(call_.File(), "", "waiting for another program" + HoldersText());
 }
 
