@@ -12,10 +12,10 @@ using tamu::registry::Transaction;
 
 namespace {
 
-constexpr const char* kKeys[] = {"network", "network/eth0", "shop", "shop/till", "clock"};
-constexpr char kNumber[] = "number";
-constexpr char kText[] = "text";
-constexpr char kMarks[] = "marks";
+constexpr const char* kTestKeys[] = {"network", "network/eth0", "shop", "shop/till", "clock"};
+constexpr char kNumberName[] = "number";
+constexpr char kTextName[] = "text";
+constexpr char kMarksKey[] = "marks";
 
 // Its length changes with the number, so that blocks are taken and given back.
 std::string TextOf(unsigned int number) {
@@ -27,7 +27,7 @@ std::string TextOf(unsigned int number) {
 }
 
 std::string MarkOf(unsigned int number) {
-  return std::string(kMarks) + '/' + std::to_string(number);
+  return std::string(kMarksKey) + '/' + std::to_string(number);
 }
 
 }  // namespace
@@ -36,12 +36,13 @@ unsigned int TestContent::WriteValues(unsigned int number) {
   unsigned char bytes[8] = {};
   for (unsigned int i = 0; i < 4; ++i) bytes[i] = static_cast<unsigned char>(number >> 8 * i);
   const std::string text = TextOf(number);
-  for (const char* const key : kKeys) {
+  for (const char* const key : kTestKeys) {
     const unsigned int result = registry_.PutValue(
-        key, kNumber, tamu::registry::MakeValue(tamu::registry::kValueTypeInteger, bytes, 8), true);
+        key, kNumberName, tamu::registry::MakeValue(tamu::registry::kValueTypeInteger, bytes, 8),
+        true);
     if (result != status::kOk) return result;
     const unsigned int written =
-        registry_.PutValue(key, kText, tamu::registry::TextValue(text.c_str()), true);
+        registry_.PutValue(key, kTextName, tamu::registry::TextValue(text.c_str()), true);
     if (written != status::kOk) return written;
   }
   return status::kOk;
@@ -49,7 +50,7 @@ unsigned int TestContent::WriteValues(unsigned int number) {
 
 // A key that is made and deleted with each change.
 unsigned int TestContent::MoveMark(unsigned int number) {
-  const unsigned int removed = registry_.RemoveKey(kMarks);
+  const unsigned int removed = registry_.RemoveKey(kMarksKey);
   if (removed != status::kOk && removed != status::kNotFound) return removed;
   return registry_.MakeKey(MarkOf(number).c_str());
 }
@@ -72,15 +73,16 @@ bool TestContent::HasMark(unsigned int number, bool* isThere) {
 TestContent::State TestContent::Read(unsigned int* number) {
   bool isFirst = true;
   ReadValue value;
-  for (const char* const key : kKeys) {
+  for (const char* const key : kTestKeys) {
     value.Reset();
-    if (registry_.ReadWholeValue(key, kNumber, &value) != status::kOk) return State::kUnreadable;
+    if (registry_.ReadWholeValue(key, kNumberName, &value) != status::kOk)
+      return State::kUnreadable;
     const unsigned int found = static_cast<unsigned int>(value.number());
     if (isFirst) *number = found;
     isFirst = false;
     if (found != *number) return State::kMixed;
     value.Reset();
-    if (registry_.ReadWholeValue(key, kText, &value) != status::kOk) return State::kUnreadable;
+    if (registry_.ReadWholeValue(key, kTextName, &value) != status::kOk) return State::kUnreadable;
     if (value.text() == nullptr || TextOf(*number) != value.text()) return State::kMixed;
   }
   bool isThere = false;

@@ -9,27 +9,25 @@ namespace yaxreg {
 
 namespace {
 
-using namespace tamu::registry;
+constexpr unsigned int kAllWatchBits = 63;
 
-constexpr unsigned int kAllBits = 63;
-
-struct Bit {
+struct WatchMeaning {
   unsigned char bit;
   const char* word;
   const char* meaning;
 };
 
-constexpr Bit kBits[] = {
-    {kWatchValues, "values", "values are created, set or deleted"},
-    {kWatchDefault, "default", "the default value is set"},
-    {kWatchKeys, "keys", "keys directly below are created or deleted"},
-    {kWatchRights, "rights", "rights or watch bits are set"},
-    {kWatchRestored, "restored", "the key is restored"},
-    {kWatchBelow, "below", "all that for the keys below, too"},
+constexpr WatchMeaning kWatchMeanings[] = {
+    {tamu::registry::kWatchValues, "values", "values are created, set or deleted"},
+    {tamu::registry::kWatchDefault, "default", "the default value is set"},
+    {tamu::registry::kWatchKeys, "keys", "keys directly below are created or deleted"},
+    {tamu::registry::kWatchRights, "rights", "rights or watch bits are set"},
+    {tamu::registry::kWatchRestored, "restored", "the key is restored"},
+    {tamu::registry::kWatchBelow, "below", "all that for the keys below, too"},
 };
 
-unsigned char BitOf(const std::string& word) {
-  for (const Bit& bit : kBits) {
+unsigned char WatchBitOf(const std::string& word) {
+  for (const WatchMeaning& bit : kWatchMeanings) {
     if (word == bit.word) return bit.bit;
   }
   return 0;
@@ -39,7 +37,7 @@ unsigned char BitOf(const std::string& word) {
 
 std::vector<std::string> WatchWords(unsigned char watch) {
   std::vector<std::string> words;
-  for (const Bit& bit : kBits) {
+  for (const WatchMeaning& bit : kWatchMeanings) {
     if ((watch & bit.bit) != 0) words.emplace_back(bit.word);
   }
   return words;
@@ -48,18 +46,18 @@ std::vector<std::string> WatchWords(unsigned char watch) {
 std::string WatchText(unsigned char watch) {
   std::string text = std::to_string(watch);
   const char* separator = ": ";
-  for (const Bit& bit : kBits) {
+  for (const WatchMeaning& bit : kWatchMeanings) {
     if ((watch & bit.bit) == 0) continue;
     text += separator;
     text += bit.meaning;
     separator = "; ";
   }
-  return (watch & kAllBits) == 0 ? text + ": nothing" : text;
+  return (watch & kAllWatchBits) == 0 ? text + ": nothing" : text;
 }
 
 bool ParseWatch(const std::string& text, unsigned char* watch) {
   unsigned long long number = 0;
-  if (ParseNumberUpTo(text, kAllBits, &number)) {
+  if (ParseNumberUpTo(text, kAllWatchBits, &number)) {
     *watch = static_cast<unsigned char>(number);
     return true;
   }
@@ -67,8 +65,8 @@ bool ParseWatch(const std::string& text, unsigned char* watch) {
   unsigned int bits = 0;
   std::istringstream words(text);
   for (std::string word; std::getline(words, word, ',');) {
-    if (BitOf(word) == 0) return false;
-    bits |= BitOf(word);
+    if (WatchBitOf(word) == 0) return false;
+    bits |= WatchBitOf(word);
   }
   *watch = static_cast<unsigned char>(bits);
   return true;
