@@ -68,8 +68,8 @@ ExitCode Edit::EditDocument(const std::string& document) {
   const bool isEdited = file.Edit(&edited, &reason);
   if (isEdited && edited == document) return EndUnchanged();
   file.Keep(true);
-  call_.failureNote = "; the document is kept in " + Shown(file.path());
-  if (!isEdited) return call_.Fail(kFailed, "", "", Shown(reason));
+  if (file.IsThere()) call_.failureNote = "; the document is kept in " + Shown(file.path());
+  if (!isEdited) return call_.Fail(kFailed, file.path(), "", Shown(reason));
   ContentUpdate update;
   size_t line = 0;
   if (!ReadContentJson(edited, &update, &reason, Users(), &line)) {

@@ -65,6 +65,10 @@ EditedFile::~EditedFile() {
   if (!isKept_) unlink(path_.c_str());
 }
 
+bool EditedFile::IsThere() const {
+  return access(path_.c_str(), F_OK) == 0;
+}
+
 bool EditedFile::Edit(std::string* text, std::string* reason) {
   const std::string editor = Editor();
   // The editor gets the user's signals meanwhile, this program none.

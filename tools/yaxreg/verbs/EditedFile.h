@@ -20,6 +20,8 @@ class EditedFile {
   // Runs the editor that VISUAL or EDITOR tells, else vi, on the file, and reads what is in it
   // then. False: the editor cannot be run, or says that it has failed; *reason tells it.
   bool Edit(std::string* text, std::string* reason);
+  // The editor may have removed it.
+  bool IsThere() const;
   void Keep(bool isKept) { isKept_ = isKept; }
 
  private:

@@ -87,7 +87,7 @@ TEST_F(EditVerb, KeepsADocumentWithMistakesAndTellsTheLine) {
   UseEditor("sed -i '6s/\"type\":1/\"type\":9/'");
   ExpectKept(2, "line 6: keys[1].values[0].type: must be from 0 to 5");
   UseEditor("false");
-  ExpectKept(4, "the editor false has failed");
+  ExpectKept(4, ".json: the editor false has failed");
   UseEditor("printf '' >");
   ExpectKept(2, "is empty");
 }
@@ -110,6 +110,11 @@ TEST_F(EditVerb, RefusesAKeyThatSomebodyElseHasChangedMeanwhile) {
   UseEditor("cp " + theirs + " " + file + "; sed -i s/theirs/mine/");
   EXPECT_EQ("0 keys and 1 value changed\n", Yaxreg({"edit", file, "net"}).out);
   EXPECT_EQ("1\n", Yaxreg({"get", file, "shop:open"}).out);
+}
+
+TEST_F(EditVerb, TellsOfNoDocumentThatTheEditorHasRemoved) {
+  UseEditor("rm");
+  ExpectFailure(4, ".json: cannot be opened: No such file or directory\n", {"edit", file, "net"});
 }
 
 TEST_F(EditVerb, NeedsTheKeyAndASoundRegistry) {
