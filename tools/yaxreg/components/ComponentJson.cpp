@@ -6,9 +6,9 @@
 
 namespace yaxreg {
 
-using Json = nlohmann::ordered_json;
-
 namespace {
+
+using Json = nlohmann::ordered_json;
 
 Json NumberJson(const ComponentField& field) {
   return field.isThere() ? JsonNumber(field.number) : Json();
@@ -29,11 +29,11 @@ Json ComponentJson(const Component& component) {
 
 }  // namespace
 
-Json FieldJson(const ComponentField& field) {
+nlohmann::ordered_json FieldJson(const ComponentField& field) {
   return field.isThere() ? JsonText(field.text) : Json();
 }
 
-Json ComponentsJson(const ComponentList& list) {
+nlohmann::ordered_json ComponentsJson(const ComponentList& list) {
   Json json = {{"system", nullptr}, {"components", Json::array()}};
   if (list.hasSystem) {
     json["system"] = {{"isSingleBin", NumberJson(list.isSingleBin)},

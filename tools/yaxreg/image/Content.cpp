@@ -50,6 +50,12 @@ std::string Content::PathOf(size_t key) const {
   return path;
 }
 
+size_t Content::KeyCount() const {
+  size_t count = 0;
+  for (const ContentKey& key : keys) count += key.isMadeUp ? 0 : 1;
+  return count;
+}
+
 size_t Content::ValueCount() const {
   size_t count = 0;
   for (const ContentKey& key : keys) count += key.values.size();

@@ -61,7 +61,9 @@ struct Content {
   // The path of a key, "" for the root. Takes time in proportion to the index: use a PathWalk to
   // visit many.
   std::string PathOf(size_t key) const;
-  // How many values all keys have, and how many keys lie below `key`.
+  // How many keys there are without those that are made up, how many values all keys have, and how
+  // many keys lie below `key`.
+  size_t KeyCount() const;
   size_t ValueCount() const;
   size_t KeysBelow(size_t key) const { return EndOf(key) - key - 1; }
 };

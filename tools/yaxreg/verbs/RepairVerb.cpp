@@ -37,7 +37,7 @@ size_t RecordsOf(const RegistryImage& image, NodeKind kind) {
 
 Savings SavingsOf(const RegistryImage& image) {
   Savings savings;
-  for (const ContentKey& key : image.content().keys) savings.keys += key.isMadeUp ? 0 : 1;
+  savings.keys = image.content().KeyCount();
   savings.values = image.content().ValueCount();
   savings.keysInFile = savings.keys;
   savings.valuesInFile = savings.values;

@@ -1,5 +1,4 @@
 // stat: how full and how worn a file is, in numbers and as a picture.
-#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <nlohmann/json.hpp>
@@ -34,11 +33,6 @@ struct Figures {
   unsigned int moreKeys = 0;              // typical ones that still fit
   NodeKind fullFirst = NodeKind::kValue;  // the kind that is full then
 };
-
-size_t CountKeys(const Content& content) {
-  return static_cast<size_t>(std::count_if(content.keys.begin(), content.keys.end(),
-                                           [](const ContentKey& key) { return !key.isMadeUp; }));
-}
 
 // The slots that the keys there are take; names without a key are none of theirs.
 double TakenByKeys(const Figures& figures, const Wear& wear) {
@@ -75,7 +69,7 @@ void EstimateRoom(Figures* figures) {
 Figures FiguresOf(const RegistryImage& image) {
   Figures figures;
   figures.bytes = image.bytes().size();
-  figures.keys = CountKeys(image.content());
+  figures.keys = image.content().KeyCount();
   figures.values = image.content().ValueCount();
   for (const NodeKind kind : kAllKinds) {
     figures.kinds[static_cast<unsigned int>(kind)].wear = WearOf(image, kind);

@@ -95,12 +95,6 @@ Json PiecesJson(const RegistryImage& image) {
   return list;
 }
 
-size_t CountKeys(const Content& content) {
-  size_t count = 0;
-  for (const ContentKey& key : content.keys) count += key.isMadeUp ? 0 : 1;
-  return count;
-}
-
 Json FileJson(const ViewedFile& file, const std::vector<size_t>& places) {
   const RegistryImage& image = *file.image;
   Json json;
@@ -109,7 +103,7 @@ Json FileJson(const ViewedFile& file, const std::vector<size_t>& places) {
   json["sound"] = image.IsSound();
   json["complete"] = image.IsComplete();
   json["pendingChange"] = image.HasPendingChange();
-  json["keyCount"] = CountKeys(image.content());
+  json["keyCount"] = image.content().KeyCount();
   json["valueCount"] = image.content().ValueCount();
   json["findings"] = MarkedFindings(image, places);
   json["kinds"] = KindsJson(image);
