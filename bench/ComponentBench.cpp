@@ -15,7 +15,7 @@ using tamu::registry::BenchFile;
 
 // Ends the program unless the status is 0.
 void CheckFramework(unsigned int status, const char* what) {
-  if (status == yax_status::kOk) return;
+  if (status == yax_framework::kOk) return;
   std::fprintf(stderr, "%s: %s (%X)\n", what, YAXStatusText(status), status);
   std::exit(1);
 }

@@ -12,27 +12,27 @@ unsigned int SetYAXDurability(unsigned int durability) {
 }
 
 unsigned int CreateYAX(const char* registryPath) {
-  if (CYAX::mspCYAX != nullptr) return yax_status::kOk;
+  if (CYAX::mspCYAX != nullptr) return yax_framework::kOk;
   CYAX* made = new (std::nothrow) CYAX;
-  if (made == nullptr) return yax_status::kNoMemory;
+  if (made == nullptr) return yax_framework::kNoMemory;
   PrintDebugMessage(__LINE__, "*********** YAX ***********");
   const unsigned int result = made->Initialize(registryPath);
-  if (result != yax_status::kOk) {
+  if (result != yax_framework::kOk) {
     made->Release();
     return result;
   }
   CYAX::mspCYAX = made;
-  return yax_status::kOk;
+  return yax_framework::kOk;
 }
 
 unsigned int GetYAXInstance(const YAX_GUID_ST& iid, void** out) {
   CYAX* framework = CYAX::mspCYAX;
-  return framework != nullptr ? framework->GetInterface(iid, out) : yax_status::kNoFramework;
+  return framework != nullptr ? framework->GetInterface(iid, out) : yax_framework::kNoFramework;
 }
 
 // Views that were not given back keep the object; it is not found any more.
 unsigned int DestroyYAX() {
   CYAX* framework = CYAX::mspCYAX.exchange(nullptr);
   if (framework != nullptr) framework->Release();
-  return yax_status::kOk;
+  return yax_framework::kOk;
 }

@@ -26,12 +26,12 @@ class Counted : public Interface {
   Counted& operator=(const Counted&) = delete;
 
   unsigned int GetInterface(const YAX_GUID_ST& wanted, void** out) override {
-    if (out == nullptr) return yax_status::kBadArgument;
+    if (out == nullptr) return yax_framework::kBadArgument;
     const bool known = wanted == iid || wanted == IID_IYAXCompBase;
     *out = known ? static_cast<Interface*>(this) : nullptr;
-    if (!known) return yax_status::kNoInterface;
+    if (!known) return yax_framework::kNoInterface;
     AddRef();
-    return yax_status::kOk;
+    return yax_framework::kOk;
   }
   unsigned int AddRef() override { return ++references_; }
   unsigned int Release() override {
@@ -47,7 +47,7 @@ class Counted : public Interface {
 // Gives away the one reference to a new object: as the interface that is asked for, or not at all.
 template <class Object>
 unsigned int HandOut(Object* object, const YAX_GUID_ST& iid, void** out) {
-  if (object == nullptr) return yax_status::kNoMemory;
+  if (object == nullptr) return yax_framework::kNoMemory;
   const unsigned int result = object->GetInterface(iid, out);
   object->Release();
   return result;
@@ -58,7 +58,7 @@ template <class Object>
 class Factory : public Counted<YAXComponentFactory, IID_YAXComponentFactory> {
  public:
   unsigned int CreateObject(const YAX_GUID_ST& iid, void** out) override {
-    if (out == nullptr) return yax_status::kBadArgument;
+    if (out == nullptr) return yax_framework::kBadArgument;
     *out = nullptr;
     return HandOut(new (std::nothrow) Object, iid, out);
   }
@@ -66,12 +66,12 @@ class Factory : public Counted<YAXComponentFactory, IID_YAXComponentFactory> {
   unsigned int LockBinary(unsigned int lock) override {
     if (lock != 0) {
       ++locks;
-      return yax_status::kOk;
+      return yax_framework::kOk;
     }
     unsigned int before = locks;
     while (before > 0 && !locks.compare_exchange_weak(before, before - 1)) {
     }
-    return before > 0 ? yax_status::kOk : yax_status::kUnspecified;
+    return before > 0 ? yax_framework::kOk : yax_framework::kUnspecified;
   }
 };
 
@@ -79,9 +79,9 @@ class Factory : public Counted<YAXComponentFactory, IID_YAXComponentFactory> {
 template <class Object>
 unsigned int GetFactory(const YAX_GUID_ST& own, const YAX_GUID_ST& clsid, const YAX_GUID_ST& iid,
                         void** factory) {
-  if (factory == nullptr) return yax_status::kBadArgument;
+  if (factory == nullptr) return yax_framework::kBadArgument;
   *factory = nullptr;
-  if (clsid != own) return yax_status::kNotRegistered;
+  if (clsid != own) return yax_framework::kNotRegistered;
   return HandOut(new (std::nothrow) Factory<Object>, iid, factory);
 }
 

@@ -4,7 +4,7 @@
 #include "platform/Export.h"
 
 // Part of the binary interface, never renumber.
-namespace yax_status {
+namespace yax_framework {
 
 constexpr unsigned int kOk = 0;
 constexpr unsigned int kNotProvided = 0xE0000002;    // the plain information store does not do it
@@ -20,7 +20,7 @@ constexpr unsigned int kRegistryFailed = 0xE000000D;  // an operation of the reg
 constexpr unsigned int kNoEntry = 0xE000000F;         // no entry function
 constexpr unsigned int kUnspecified = 0xE0000010;     // no lock; a factory call gave no factory
 
-}  // namespace yax_status
+}  // namespace yax_framework
 
 // A few words about a status of the framework, or of the registry (those below 0xE0000000). Never
 // null; the text is the library's.

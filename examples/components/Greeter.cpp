@@ -9,10 +9,10 @@ namespace {
 class Greeter : public yax_component::Counted<IGreeter, IID_IGreeter> {
  public:
   unsigned int Greet(const char* name, char* text, unsigned int size) override {
-    if (name == nullptr || text == nullptr) return yax_status::kBadArgument;
+    if (name == nullptr || text == nullptr) return yax_framework::kBadArgument;
     ++greetings_;
     std::snprintf(text, size, "Hello, %s (greeting %u)", name, greetings_);
-    return yax_status::kOk;
+    return yax_framework::kOk;
   }
 
  private:

@@ -14,12 +14,12 @@ class Thermometer final : public IThermometer {
   Thermometer() { ++sObjects; }
 
   unsigned int GetInterface(const YAX_GUID_ST& iid, void** out) override {
-    if (out == nullptr) return yax_status::kBadArgument;
+    if (out == nullptr) return yax_framework::kBadArgument;
     const bool known = iid == IID_IThermometer || iid == IID_IYAXCompBase;
     *out = known ? static_cast<IThermometer*>(this) : nullptr;
-    if (!known) return yax_status::kNoInterface;
+    if (!known) return yax_framework::kNoInterface;
     AddRef();
-    return yax_status::kOk;
+    return yax_framework::kOk;
   }
   unsigned int AddRef() override { return ++references_; }
   unsigned int Release() override {
@@ -28,13 +28,13 @@ class Thermometer final : public IThermometer {
     return left;
   }
   unsigned int GetTemperature(int* milliDegrees) override {
-    if (milliDegrees == nullptr) return yax_status::kBadArgument;
+    if (milliDegrees == nullptr) return yax_framework::kBadArgument;
     *milliDegrees = kReading + offset_;
-    return yax_status::kOk;
+    return yax_framework::kOk;
   }
   unsigned int SetOffset(int milliDegrees) override {
     offset_ = milliDegrees;
-    return yax_status::kOk;
+    return yax_framework::kOk;
   }
 
  private:
@@ -50,12 +50,12 @@ class ThermometerFactory final : public YAXComponentFactory {
   ThermometerFactory() { ++sObjects; }
 
   unsigned int GetInterface(const YAX_GUID_ST& iid, void** out) override {
-    if (out == nullptr) return yax_status::kBadArgument;
+    if (out == nullptr) return yax_framework::kBadArgument;
     const bool known = iid == IID_YAXComponentFactory || iid == IID_IYAXCompBase;
     *out = known ? static_cast<YAXComponentFactory*>(this) : nullptr;
-    if (!known) return yax_status::kNoInterface;
+    if (!known) return yax_framework::kNoInterface;
     AddRef();
-    return yax_status::kOk;
+    return yax_framework::kOk;
   }
   unsigned int AddRef() override { return ++references_; }
   unsigned int Release() override {
@@ -65,7 +65,7 @@ class ThermometerFactory final : public YAXComponentFactory {
   }
   unsigned int CreateObject(const YAX_GUID_ST& iid, void** out) override {
     Thermometer* made = new (std::nothrow) Thermometer;
-    if (made == nullptr) return yax_status::kNoMemory;
+    if (made == nullptr) return yax_framework::kNoMemory;
     const unsigned int result = made->GetInterface(iid, out);
     made->Release();  // the caller has a reference of its own now, or the object goes
     return result;
@@ -73,12 +73,12 @@ class ThermometerFactory final : public YAXComponentFactory {
   unsigned int LockBinary(unsigned int lock) override {
     if (lock != 0) {
       ++sLocks;
-      return yax_status::kOk;
+      return yax_framework::kOk;
     }
     unsigned int before = sLocks;
     while (before > 0 && !sLocks.compare_exchange_weak(before, before - 1)) {
     }
-    return before > 0 ? yax_status::kOk : yax_status::kUnspecified;
+    return before > 0 ? yax_framework::kOk : yax_framework::kUnspecified;
   }
 
  private:
@@ -91,9 +91,9 @@ class ThermometerFactory final : public YAXComponentFactory {
 
 extern "C" YAX_API unsigned int EntryFn_getFactory(const YAX_GUID_ST& clsid, const YAX_GUID_ST& iid,
                                                    void** factory) {
-  if (clsid != CLSID_Thermometer) return yax_status::kNotRegistered;
+  if (clsid != CLSID_Thermometer) return yax_framework::kNotRegistered;
   ThermometerFactory* made = new (std::nothrow) ThermometerFactory;
-  if (made == nullptr) return yax_status::kNoMemory;
+  if (made == nullptr) return yax_framework::kNoMemory;
   const unsigned int result = made->GetInterface(iid, factory);
   made->Release();
   return result;

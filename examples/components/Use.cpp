@@ -63,7 +63,7 @@ void UseThermometer() {
     int milliDegrees = 0;
     Check(thermometer->GetTemperature(&milliDegrees), "GetTemperature");
     std::printf("it tells %.1f degrees\n", milliDegrees / 1000.0);
-    Check(loader->UnloadComponent(CLSID_Thermometer), "UnloadComponent", yax_status::kInUse);
+    Check(loader->UnloadComponent(CLSID_Thermometer), "UnloadComponent", yax_framework::kInUse);
     Tell("to be unloaded while the object lives:", file, true);
   }
   Check(loader->UnloadComponent(CLSID_Thermometer), "UnloadComponent");
@@ -75,7 +75,7 @@ void UseGreeter() {
   const char* file = "libgreeter.so";
   const Held<IYAXDynamicLoad> loader(View(IID_IYAXDynamicLoad));
   Check(loader->LockComponent(CLSID_Greeter, 1), "LockComponent");
-  Check(loader->UnloadComponent(CLSID_Greeter), "UnloadComponent", yax_status::kInUse);
+  Check(loader->UnloadComponent(CLSID_Greeter), "UnloadComponent", yax_framework::kInUse);
   Tell("another one is kept by a lock:", file, true);
   {
     const Held<IGreeter> greeter(Make(CLSID_Greeter, IID_IGreeter));

@@ -23,16 +23,17 @@ constexpr char kUser[] = "adminstrator";  // its hash owns the keys: never corre
 std::atomic<CYAX*> CYAX::mspCYAX{nullptr};
 
 unsigned int CYAX::Initialize(const char* registryPath) {
-  if (lock_.Create() == 0) return yax_status::kUnspecified;
+  if (lock_.Create() == 0) return yax_framework::kUnspecified;
   registry_ =
       new (std::nothrow) Registry(registryPath != nullptr ? registryPath : kDefaultRegistry, kUser);
-  if (registry_ == nullptr) return yax_status::kNoMemory;
+  if (registry_ == nullptr) return yax_framework::kNoMemory;
   DurabilityChoice::Ask(*registry_);
-  if (registry_->Initialize(1) != tamu::registry::status::kOk) return yax_status::kRegistryFailed;
+  if (registry_->Initialize(1) != tamu::registry::status::kOk)
+    return yax_framework::kRegistryFailed;
   store_ = new (std::nothrow) YAXInfoManagerRCEMemory(registry_);
-  if (store_ == nullptr) return yax_status::kNoMemory;
+  if (store_ == nullptr) return yax_framework::kNoMemory;
   loader_ = new (std::nothrow) YAXLoadManager;
-  return loader_ != nullptr ? loader_->Initialize() : yax_status::kNoMemory;
+  return loader_ != nullptr ? loader_->Initialize() : yax_framework::kNoMemory;
 }
 
 void CYAX::Deinitialize() {
@@ -56,15 +57,15 @@ CYAX::~CYAX() {
 }
 
 unsigned int CYAX::GetInterface(const YAX_GUID_ST& iid, void** out) {
-  if (out == nullptr) return yax_status::kBadArgument;
+  if (out == nullptr) return yax_framework::kBadArgument;
   *out = nullptr;
   if (iid == IID_IYAXCompBase || iid == IID_IYAX) *out = static_cast<IYAX*>(this);
   if (iid == IID_IYAXRegistry) *out = static_cast<IYAXRegistry*>(this);
   if (iid == IID_IYAXInfoManager) *out = static_cast<IYAXInfoManager*>(this);
   if (iid == IID_IYAXDynamicLoad) *out = static_cast<IYAXDynamicLoad*>(this);
-  if (*out == nullptr) return yax_status::kNoInterface;
+  if (*out == nullptr) return yax_framework::kNoInterface;
   AddRef();
-  return yax_status::kOk;
+  return yax_framework::kOk;
 }
 
 unsigned int CYAX::SetSystemInfo(YAX_SYSTEM_INFO_ST* info) {

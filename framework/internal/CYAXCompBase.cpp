@@ -9,12 +9,12 @@ CYAXCompBase::CYAXCompBase() {
 }
 
 unsigned int CYAXCompBase::GetInterface(const YAX_GUID_ST& iid, void** out) {
-  if (out == nullptr) return yax_status::kBadArgument;
+  if (out == nullptr) return yax_framework::kBadArgument;
   *out = nullptr;
-  if (iid != IID_IYAXCompBase) return yax_status::kNoInterface;
+  if (iid != IID_IYAXCompBase) return yax_framework::kNoInterface;
   *out = static_cast<IYAXCompBase*>(this);
   AddRef();
-  return yax_status::kOk;
+  return yax_framework::kOk;
 }
 
 unsigned int CYAXCompBase::AddRef() {

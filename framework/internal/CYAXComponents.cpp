@@ -10,18 +10,18 @@
 #include "framework/internal/YAXLoadManager.h"
 
 unsigned int CYAX::LoadComponent(const YAX_GUID_ST& clsid, void** handle) {
-  if (handle == nullptr) return yax_status::kBadArgument;
+  if (handle == nullptr) return yax_framework::kBadArgument;
   if (store_->IsSysSingleBinary() == 1) {
     *handle = nullptr;
-    return yax_status::kOk;
+    return yax_framework::kOk;
   }
   YAX_COMPONENT_TYPE_ENUM type = YAX_COMPONENT_TYPE_FUNCTION;
   char path[kYAXTextSize];
   const unsigned int result = store_->GetComponentBinary(clsid, &type, path);
-  if (result != yax_status::kOk) return result;
+  if (result != yax_framework::kOk) return result;
   *handle = nullptr;
   return type == YAX_COMPONENT_TYPE_BINARY ? loader_->LoadBinary(clsid, path, handle)
-                                           : yax_status::kOk;
+                                           : yax_framework::kOk;
 }
 
 unsigned int CYAX::GetFuncAddress(const YAX_GUID_ST& clsid, void* handle, const char* symbol,
@@ -42,7 +42,7 @@ thread_local YAXLoadManager::Entered* tKept = nullptr;
 // nobody has entered; and before its function runs, which may call back. With the lock held no
 // other thread asks or closes: what is refused here, this thread is closing.
 unsigned int CYAX::GetComponentFactory(const YAX_GUID_ST& clsid, void** factory) {
-  if (factory == nullptr) return yax_status::kBadArgument;
+  if (factory == nullptr) return yax_framework::kBadArgument;
   YAXLoadManager::Entered* const kept = std::exchange(tKept, nullptr);  // not for calls back
   void* handle = nullptr;
   const unsigned int closings = loader_->Closings();
@@ -50,20 +50,21 @@ unsigned int CYAX::GetComponentFactory(const YAX_GUID_ST& clsid, void** factory)
   PCMutexGuard guard(lock_);
   // Nobody unloads anything from here on. Somebody may have done so since, and the handle may stand
   // for another shared object now.
-  if (result == yax_status::kOk && handle != nullptr && loader_->Closings() != closings) {
+  if (result == yax_framework::kOk && handle != nullptr && loader_->Closings() != closings) {
     handle = nullptr;
     result = LoadComponent(clsid, &handle);
   }
   YAXLoadManager::Entered entered;
-  if (result == yax_status::kOk && !loader_->Enter(handle, &entered)) result = yax_status::kInUse;
-  if (result != yax_status::kOk) {
+  if (result == yax_framework::kOk && !loader_->Enter(handle, &entered))
+    result = yax_framework::kInUse;
+  if (result != yax_framework::kOk) {
     PrintDebugMessage(__LINE__,
                       "[CYAX::GetComponentFactory] Error while getting loading component...");
     return result;
   }
   void* entry = nullptr;
   result = GetFuncAddress(clsid, handle, "EntryFn_getFactory", &entry);
-  if (result != yax_status::kOk) {
+  if (result != yax_framework::kOk) {
     PrintDebugMessage(__LINE__,
                       "[CYAX::GetComponentFactory] Error while getting function address...");
     return result;
@@ -86,31 +87,31 @@ unsigned int CYAX::OnFactory(const YAX_GUID_ST& clsid, Operation operation) {
   unsigned int result = GetComponentFactory(clsid, &made);
   tKept = before;
   YAXComponentFactory* factory = static_cast<YAXComponentFactory*>(made);
-  if (result == yax_status::kOk) result = operation(factory);
+  if (result == yax_framework::kOk) result = operation(factory);
   if (factory != nullptr) factory->Release();
   return result;
 }
 
 unsigned int CYAX::GetComponentInstance(const YAX_GUID_ST& clsid, const YAX_GUID_ST& iid,
                                         void** out) {
-  if (out == nullptr) return yax_status::kBadArgument;
+  if (out == nullptr) return yax_framework::kBadArgument;
   return OnFactory(clsid, [&](YAXComponentFactory* factory) {
     *out = nullptr;
-    return factory != nullptr ? factory->CreateObject(iid, out) : yax_status::kUnspecified;
+    return factory != nullptr ? factory->CreateObject(iid, out) : yax_framework::kUnspecified;
   });
 }
 
 unsigned int CYAX::LockComponent(const YAX_GUID_ST& clsid, unsigned int lock) {
   return OnFactory(clsid, [&](YAXComponentFactory* factory) {
-    return factory != nullptr ? factory->LockBinary(lock) : yax_status::kUnspecified;
+    return factory != nullptr ? factory->LockBinary(lock) : yax_framework::kUnspecified;
   });
 }
 
 unsigned int CYAX::UnloadComponent(const YAX_GUID_ST& clsid) {
-  if (store_->IsSysSingleBinary() == 1) return yax_status::kOk;
+  if (store_->IsSysSingleBinary() == 1) return yax_framework::kOk;
   YAX_COMPONENT_TYPE_ENUM type = YAX_COMPONENT_TYPE_FUNCTION;
   const unsigned int result = store_->GetComponentType(clsid, &type);
-  if (result != yax_status::kOk || type != YAX_COMPONENT_TYPE_BINARY) return result;
+  if (result != yax_framework::kOk || type != YAX_COMPONENT_TYPE_BINARY) return result;
   PCMutexGuard guard(lock_);
   return loader_->UnloadBinary(clsid);
 }

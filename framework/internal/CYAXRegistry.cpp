@@ -35,8 +35,8 @@ unsigned int AppendTags(const NameList& names, PCList* list) {
   unsigned long long tags[kListedMost] = {};
   const unsigned int count = names.Count();
   for (unsigned int i = 0; i < count; ++i) names.GetName(count - 1 - i, &tags[i]);
-  return list->AddCopies(tags, sizeof tags[0], count) != 0 ? yax_status::kOk
-                                                           : yax_status::kNoMemory;
+  return list->AddCopies(tags, sizeof tags[0], count) != 0 ? yax_framework::kOk
+                                                           : yax_framework::kNoMemory;
 }
 
 }  // namespace
@@ -44,8 +44,8 @@ unsigned int AppendTags(const NameList& names, PCList* list) {
 // Calls operation() when there is a registry and the arguments are there.
 template <class Operation>
 unsigned int CYAX::OnRegistry(bool argumentsThere, Operation operation) {
-  if (registry_ == nullptr) return yax_status::kNoFramework;
-  return argumentsThere ? operation() : yax_status::kBadArgument;
+  if (registry_ == nullptr) return yax_framework::kNoFramework;
+  return argumentsThere ? operation() : yax_framework::kBadArgument;
 }
 
 unsigned int CYAX::OpenKey(const char* path, unsigned int* handle, unsigned int mode) {
@@ -74,7 +74,7 @@ unsigned int CYAX::ListKeys(unsigned int handle, const char* path, unsigned int 
     NameList names(kListedMost);
     const unsigned int result = registry_->ListKeys(handle, path, index, count, &names, flags);
     return result == tamu::registry::status::kOk ? AppendTags(names, list)
-                                                 : yax_status::kRegistryFailed;
+                                                 : yax_framework::kRegistryFailed;
   });
 }
 
@@ -84,7 +84,7 @@ unsigned int CYAX::ListValues(unsigned int handle, const char* path, unsigned in
     NameList names(kListedMost);
     const unsigned int result = registry_->ListValues(handle, path, index, count, &names);
     return result == tamu::registry::status::kOk ? AppendTags(names, list)
-                                                 : yax_status::kRegistryFailed;
+                                                 : yax_framework::kRegistryFailed;
   });
 }
 
@@ -117,9 +117,9 @@ unsigned int CYAX::GetValue(unsigned int handle, const char* path, const char* n
                                  : MakeValue(tamu::registry::kValueTypeAny, nullptr, 0);
     Value value = request;
     const unsigned int result = registry_->GetValue(handle, path, name, &value);
-    if (result != tamu::registry::status::kOk) return yax_status::kRegistryFailed;
-    if (value.data == nullptr) return yax_status::kRegistryFailed;
-    unsigned int answer = yax_status::kBadArgument;  // too small
+    if (result != tamu::registry::status::kOk) return yax_framework::kRegistryFailed;
+    if (value.data == nullptr) return yax_framework::kRegistryFailed;
+    unsigned int answer = yax_framework::kBadArgument;  // too small
     if (*size >= value.size) {
       *size = value.size;
       unsigned int word = 0;
@@ -129,7 +129,7 @@ unsigned int CYAX::GetValue(unsigned int handle, const char* path, const char* n
         std::memcpy(&word, value.data, value.size < sizeof word ? value.size : sizeof word);
         std::memcpy(data, &word, sizeof word);
       }
-      answer = yax_status::kOk;
+      answer = yax_framework::kOk;
     }
     if (value.data != request.data) FreeValueData(value);
     return answer;
@@ -150,13 +150,13 @@ unsigned int CYAX::GetKeyInfo(unsigned int handle, const char* path, unsigned in
   return OnRegistry(there, [&] {
     KeyInfo info = KeyInfo();
     const unsigned int result = registry_->GetKeyInfo(handle, path, &info);
-    if (result != tamu::registry::status::kOk) return yax_status::kRegistryFailed;
+    if (result != tamu::registry::status::kOk) return yax_framework::kRegistryFailed;
     *first = info.reserved;
     *subKeyCount = info.subKeyCount;
     *totalKeyCount = info.totalKeyCount;
     *valueCount = info.valueCount;
     *totalValueCount = info.totalValueCount;
-    return yax_status::kOk;
+    return yax_framework::kOk;
   });
 }
 

@@ -22,9 +22,9 @@ constexpr const char* kWords[] = {"none", "process", "power"};
 unsigned int DurabilityChoice::sChosen = YAX_DURABILITY_DEFAULT;
 
 unsigned int DurabilityChoice::Set(unsigned int durability) {
-  if (durability > YAX_DURABILITY_DEFAULT) return yax_status::kBadArgument;
+  if (durability > YAX_DURABILITY_DEFAULT) return yax_framework::kBadArgument;
   sChosen = durability;
-  return yax_status::kOk;
+  return yax_framework::kOk;
 }
 
 void DurabilityChoice::Ask(Registry& registry) {

@@ -9,7 +9,7 @@ class Registry;
 // YAX_DURABILITY names. A word that it does not know is told and ignored.
 class DurabilityChoice {
  public:
-  // yax_status::kBadArgument for a number that is no choice.
+  // yax_framework::kBadArgument for a number that is no choice.
   static unsigned int Set(unsigned int durability);
   // Asks `registry`, which is not initialised yet, for what was chosen, if anything was.
   static void Ask(tamu::registry::Registry& registry);

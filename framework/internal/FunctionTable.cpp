@@ -25,18 +25,18 @@ unsigned int FunctionTable::WordOf(YAX_FACTORY_FN function) {
 }
 
 unsigned int FunctionTable::Add(YAX_FACTORY_FN function) {
-  if (kAddressesFit || function == nullptr) return yax_status::kOk;
+  if (kAddressesFit || function == nullptr) return yax_framework::kOk;
   const std::lock_guard<std::mutex> guard(sLock);
   const unsigned int word = WordOf(function);
   for (Entry* entry = sFirst; entry != nullptr; entry = entry->next) {
     if (WordOf(entry->function) != word) continue;
     entry->function = function;  // another library may lie where an older one was
-    return yax_status::kOk;
+    return yax_framework::kOk;
   }
   Entry* entry = new (std::nothrow) Entry{function, sFirst};
-  if (entry == nullptr) return yax_status::kNoMemory;
+  if (entry == nullptr) return yax_framework::kNoMemory;
   sFirst = entry;
-  return yax_status::kOk;
+  return yax_framework::kOk;
 }
 
 YAX_FACTORY_FN FunctionTable::Find(unsigned int word) {

@@ -12,12 +12,12 @@ unsigned int InTransaction(tamu::registry::Registry& registry, const RegistryWor
   tamu::registry::Transaction transaction(registry);
   // A registry that is not open answers to each operation in its own way.
   if (transaction.Begun() != status::kOk && transaction.Begun() != status::kNoRight) {
-    return yax_status::kRegistryFailed;
+    return yax_framework::kRegistryFailed;
   }
   const unsigned int result = work();
-  const bool stays = staysAnyhow || result == yax_status::kOk;
+  const bool stays = staysAnyhow || result == yax_framework::kOk;
   if (transaction.Begun() != status::kOk || !stays) return result;
-  return transaction.Commit() == status::kOk ? result : yax_status::kRegistryFailed;
+  return transaction.Commit() == status::kOk ? result : yax_framework::kRegistryFailed;
 }
 
 }  // namespace

@@ -47,17 +47,18 @@ unsigned int RegistryRecords::WriteNumber(Write write, const char* name,
 unsigned int RegistryRecords::WriteComponent(Write write, const YAX_COMPONENT_INFO_ST& info,
                                              Upper upper) {
   unsigned int result = WriteText(write, "CompName", info.CompName);
-  if (result == yax_status::kOk) result = WriteNumber(write, "Type", info.Type);
-  if (result == yax_status::kOk) {
+  if (result == yax_framework::kOk) result = WriteNumber(write, "Type", info.Type);
+  if (result == yax_framework::kOk) {
     result = WriteNumber(write, "FactoryFn", StoredFunction(info.FactoryFn, upper));
   }
-  if (result == yax_status::kOk) result = WriteText(write, "BinaryPath", info.BinaryPath);
+  if (result == yax_framework::kOk) result = WriteText(write, "BinaryPath", info.BinaryPath);
   return result;
 }
 
 unsigned int RegistryRecords::WriteSystem(Write write, const YAX_SYSTEM_INFO_ST& info) {
   const unsigned int result = WriteText(write, "BinDirectory", info.BinDirectory);
-  return result == yax_status::kOk ? WriteNumber(write, "isSingleBin", info.isSingleBin) : result;
+  return result == yax_framework::kOk ? WriteNumber(write, "isSingleBin", info.isSingleBin)
+                                      : result;
 }
 
 unsigned int RegistryRecords::CreateComponent(const YAX_COMPONENT_INFO_ST& info, Upper upper) {
@@ -66,7 +67,7 @@ unsigned int RegistryRecords::CreateComponent(const YAX_COMPONENT_INFO_ST& info,
 
 unsigned int RegistryRecords::SetComponent(const YAX_COMPONENT_INFO_ST& info, Upper upper) {
   const unsigned int remembered = FunctionTable::Add(info.FactoryFn);
-  if (remembered != yax_status::kOk) return remembered;
+  if (remembered != yax_framework::kOk) return remembered;
   return WriteComponent(&Registry::SetValue, info, upper);
 }
 
@@ -82,30 +83,30 @@ unsigned int RegistryRecords::SetSystem(const YAX_SYSTEM_INFO_ST& info) {
 unsigned int RegistryRecords::ReadText(const char* name, char* field) {
   Value value = MakeValue(tamu::registry::kValueTypeString, nullptr, 0);
   const unsigned int result = StatusOf(registry_.GetValue(handle_, path_, name, &value));
-  if (result != yax_status::kOk) return result;
+  if (result != yax_framework::kOk) return result;
   if (value.data != nullptr) {
     PutText(field, static_cast<const char*>(value.data), value.size);
   } else {
     field[0] = 0;
   }
   FreeValueData(value);
-  return yax_status::kOk;
+  return yax_framework::kOk;
 }
 
 // The first four bytes, as far as there are any.
 unsigned int RegistryRecords::ReadWord(const char* name, unsigned int* word) {
   tamu::registry::ReadValue value;
   const unsigned int result = StatusOf(registry_.GetValue(handle_, path_, name, &value));
-  if (result == yax_status::kOk) *word = static_cast<unsigned int>(value.number());
+  if (result == yax_framework::kOk) *word = static_cast<unsigned int>(value.number());
   return result;
 }
 
 unsigned int RegistryRecords::ReadComponent(YAX_COMPONENT_INFO_ST* info) {
   unsigned int result = ReadText("CompName", info->CompName);
-  if (result == yax_status::kOk) result = ReadType(&info->Type);
+  if (result == yax_framework::kOk) result = ReadType(&info->Type);
   unsigned int word = 0;
-  if (result == yax_status::kOk) result = ReadWord("FactoryFn", &word);
-  if (result == yax_status::kOk) {
+  if (result == yax_framework::kOk) result = ReadWord("FactoryFn", &word);
+  if (result == yax_framework::kOk) {
     info->FactoryFn = FunctionTable::Find(word);
     result = ReadBinaryPath(info->BinaryPath);
   }
@@ -114,22 +115,22 @@ unsigned int RegistryRecords::ReadComponent(YAX_COMPONENT_INFO_ST* info) {
 
 unsigned int RegistryRecords::ReadSystem(YAX_SYSTEM_INFO_ST* info) {
   const unsigned int result = ReadText("BinDirectory", info->BinDirectory);
-  return result == yax_status::kOk ? ReadSingleBin(&info->isSingleBin) : result;
+  return result == yax_framework::kOk ? ReadSingleBin(&info->isSingleBin) : result;
 }
 
 unsigned int RegistryRecords::ReadType(YAX_COMPONENT_TYPE_ENUM* type) {
   unsigned int word = 0;
   const unsigned int result = ReadWord("Type", &word);
-  if (result == yax_status::kOk) *type = static_cast<YAX_COMPONENT_TYPE_ENUM>(word);
+  if (result == yax_framework::kOk) *type = static_cast<YAX_COMPONENT_TYPE_ENUM>(word);
   return result;
 }
 
 unsigned int RegistryRecords::ReadFunction(void** function) {
   unsigned int word = 0;
   const unsigned int result = ReadWord("FactoryFn", &word);
-  if (result != yax_status::kOk) return result;
+  if (result != yax_framework::kOk) return result;
   *function = reinterpret_cast<void*>(FunctionTable::Find(word));
-  return *function != nullptr ? yax_status::kOk : yax_status::kNoEntry;
+  return *function != nullptr ? yax_framework::kOk : yax_framework::kNoEntry;
 }
 
 unsigned int RegistryRecords::ReadBinaryPath(char* path) {

@@ -5,6 +5,6 @@
 #include "registry/base/RegistryStatus.h"
 
 inline unsigned int StatusOf(unsigned int registryStatus) {
-  return registryStatus == tamu::registry::status::kOk ? yax_status::kOk
-                                                       : yax_status::kRegistryFailed;
+  return registryStatus == tamu::registry::status::kOk ? yax_framework::kOk
+                                                       : yax_framework::kRegistryFailed;
 }

@@ -67,24 +67,24 @@ bool Locks::TryAll() {
 
 unsigned int YAXInfoManagerRCEFile::CreateTopKey(const char* key) {
   const unsigned int result = registry_->CreateKey(0, key);
-  return result == status::kOk || result == status::kExists ? yax_status::kOk
-                                                            : yax_status::kRegistryFailed;
+  return result == status::kOk || result == status::kExists ? yax_framework::kOk
+                                                            : yax_framework::kRegistryFailed;
 }
 
 unsigned int YAXInfoManagerRCEFile::SetSystemInfo(YAX_SYSTEM_INFO_ST* info) {
   const Locks locks(*registry_, Lock());
-  if (info == nullptr) return yax_status::kBadArgument;
+  if (info == nullptr) return yax_framework::kBadArgument;
   return AsOneChange(*registry_, [&]() -> unsigned int {
     const unsigned int created = registry_->CreateKey(0, RegistryRecords::kSystemKey);
     RegistryRecords records = Records(RegistryRecords::kSystemKey);
     if (created == status::kOk) return records.CreateSystem(*info);
-    return created == status::kExists ? records.SetSystem(*info) : yax_status::kRegistryFailed;
+    return created == status::kExists ? records.SetSystem(*info) : yax_framework::kRegistryFailed;
   });
 }
 
 unsigned int YAXInfoManagerRCEFile::GetSystemInfo(YAX_SYSTEM_INFO_ST* info) {
   const Locks locks(*registry_, Lock());
-  if (info == nullptr) return yax_status::kBadArgument;
+  if (info == nullptr) return yax_framework::kBadArgument;
   return Records(RegistryRecords::kSystemKey).ReadSystem(info);
 }
 
@@ -92,7 +92,7 @@ unsigned int YAXInfoManagerRCEFile::IsSysSingleBinary() {
   const Locks locks(*registry_, Lock());
   unsigned int isSingleBin = 0;
   const unsigned int result = Records(RegistryRecords::kSystemKey).ReadSingleBin(&isSingleBin);
-  return result == yax_status::kOk ? isSingleBin : 0;
+  return result == yax_framework::kOk ? isSingleBin : 0;
 }
 
 // The component's key must be new.
@@ -100,25 +100,25 @@ unsigned int YAXInfoManagerRCEFile::CreateComponent(const YAX_GUID_ST& clsid,
                                                     const YAX_COMPONENT_INFO_ST& info,
                                                     RegistryRecords::Upper upper) {
   const unsigned int remembered = FunctionTable::Add(info.FactoryFn);
-  if (remembered != yax_status::kOk) return remembered;
+  if (remembered != yax_framework::kOk) return remembered;
   const ComponentKeyPath path(*this, clsid);
   return AsOneChange(*registry_, [&]() -> unsigned int {
-    if (registry_->CreateKey(0, path.text) != status::kOk) return yax_status::kRegistryFailed;
+    if (registry_->CreateKey(0, path.text) != status::kOk) return yax_framework::kRegistryFailed;
     return Records(path.text).CreateComponent(info, upper);
   });
 }
 
 unsigned int YAXInfoManagerRCEFile::RegisterAllComponent(YAX_COMPONENT_INFO_ST** components) {
   const Locks locks(*registry_, Lock());
-  if (components == nullptr) return yax_status::kBadArgument;
+  if (components == nullptr) return yax_framework::kBadArgument;
   return InOneCommit(*registry_, [&]() -> unsigned int {
     unsigned int result = CreateTopKey(RegistryRecords::kComponentsKey);
     unsigned int count = 0;
-    for (; result == yax_status::kOk && *components != nullptr; ++components) {
+    for (; result == yax_framework::kOk && *components != nullptr; ++components) {
       const YAX_COMPONENT_INFO_ST& info = **components;
       if (info.pGuid == nullptr) break;
       result = CreateComponent(*info.pGuid, info, RegistryRecords::Upper::kZero);
-      if (result == yax_status::kOk) PrintDebugMessage(__LINE__, "Index Count = %d", ++count);
+      if (result == yax_framework::kOk) PrintDebugMessage(__LINE__, "Index Count = %d", ++count);
     }
     return result;
   });
@@ -127,10 +127,10 @@ unsigned int YAXInfoManagerRCEFile::RegisterAllComponent(YAX_COMPONENT_INFO_ST**
 unsigned int YAXInfoManagerRCEFile::RegisterComponent(const YAX_GUID_ST& clsid,
                                                       const YAX_COMPONENT_INFO_ST* info) {
   const Locks locks(*registry_, Lock());
-  if (info == nullptr) return yax_status::kBadArgument;
+  if (info == nullptr) return yax_framework::kBadArgument;
   return InOneCommit(*registry_, [&]() -> unsigned int {
     const unsigned int result = CreateTopKey(RegistryRecords::kComponentsKey);
-    if (result != yax_status::kOk) return result;
+    if (result != yax_framework::kOk) return result;
     return CreateComponent(clsid, *info, RegistryRecords::Upper::kSign);
   });
 }
@@ -146,7 +146,7 @@ unsigned int YAXInfoManagerRCEFile::UnregisterComponent(const YAX_GUID_ST& clsid
 unsigned int YAXInfoManagerRCEFile::SetComponentInfo(const YAX_GUID_ST& clsid,
                                                      const YAX_COMPONENT_INFO_ST* info) {
   const Locks locks(*registry_, Lock());
-  if (info == nullptr) return yax_status::kBadArgument;
+  if (info == nullptr) return yax_framework::kBadArgument;
   return AsOneChange(*registry_, [&]() -> unsigned int {
     const ComponentKeyPath path(*this, clsid);
     return Records(path.text).SetComponent(*info, RegistryRecords::Upper::kSign);
@@ -156,7 +156,7 @@ unsigned int YAXInfoManagerRCEFile::SetComponentInfo(const YAX_GUID_ST& clsid,
 unsigned int YAXInfoManagerRCEFile::GetComponentInfo(const YAX_GUID_ST& clsid,
                                                      YAX_COMPONENT_INFO_ST* info) {
   const Locks locks(*registry_, Lock());
-  if (info == nullptr) return yax_status::kBadArgument;
+  if (info == nullptr) return yax_framework::kBadArgument;
   const ComponentKeyPath path(*this, clsid);
   return Records(path.text).ReadComponent(info);
 }
@@ -164,7 +164,7 @@ unsigned int YAXInfoManagerRCEFile::GetComponentInfo(const YAX_GUID_ST& clsid,
 unsigned int YAXInfoManagerRCEFile::GetComponentType(const YAX_GUID_ST& clsid,
                                                      YAX_COMPONENT_TYPE_ENUM* type) {
   const Locks locks(*registry_, Lock());
-  if (type == nullptr) return yax_status::kBadArgument;
+  if (type == nullptr) return yax_framework::kBadArgument;
   const ComponentKeyPath path(*this, clsid);
   return Records(path.text).ReadType(type);
 }
@@ -172,14 +172,14 @@ unsigned int YAXInfoManagerRCEFile::GetComponentType(const YAX_GUID_ST& clsid,
 unsigned int YAXInfoManagerRCEFile::GetComponentEntryFunc(const YAX_GUID_ST& clsid,
                                                           void** function) {
   const Locks locks(*registry_, Lock());
-  if (function == nullptr) return yax_status::kBadArgument;
+  if (function == nullptr) return yax_framework::kBadArgument;
   const ComponentKeyPath path(*this, clsid);
   return Records(path.text).ReadFunction(function);
 }
 
 unsigned int YAXInfoManagerRCEFile::GetComponentBinPath(const YAX_GUID_ST& clsid, char* path) {
   const Locks locks(*registry_, Lock());
-  if (path == nullptr) return yax_status::kBadArgument;
+  if (path == nullptr) return yax_framework::kBadArgument;
   const ComponentKeyPath key(*this, clsid);
   return Records(key.text).ReadBinaryPath(path);
 }

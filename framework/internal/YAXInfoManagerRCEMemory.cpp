@@ -27,7 +27,7 @@ template <class Work>
 unsigned int YAXInfoManagerRCEMemory::WithTopKey(const char* key, TopKey::Missing missing,
                                                  Work work) {
   const TopKey top(*registry_, key, missing);
-  return top.IsOpen() ? work(top) : yax_status::kRegistryFailed;
+  return top.IsOpen() ? work(top) : yax_framework::kRegistryFailed;
 }
 
 // Opening a key loads all that is below it: the others stay where they are.
@@ -44,13 +44,13 @@ unsigned int YAXInfoManagerRCEMemory::WithComponent(const YAX_GUID_ST& clsid, Wo
 template <class Work>
 unsigned int YAXInfoManagerRCEMemory::Change(Work work) {
   const unsigned int result = InOneCommit(*registry_, work);
-  if (result == yax_status::kOk) registry_->Flush();
+  if (result == yax_framework::kOk) registry_->Flush();
   return result;
 }
 
 unsigned int YAXInfoManagerRCEMemory::SetSystemInfo(YAX_SYSTEM_INFO_ST* info) {
   PCMutexGuard guard(Lock());
-  if (info == nullptr) return yax_status::kBadArgument;
+  if (info == nullptr) return yax_framework::kBadArgument;
   return Change([&] {
     return WithTopKey(
         RegistryRecords::kSystemKey, TopKey::Missing::kCreate, [&](const TopKey& top) {
@@ -64,7 +64,7 @@ unsigned int YAXInfoManagerRCEMemory::SetSystemInfo(YAX_SYSTEM_INFO_ST* info) {
 
 unsigned int YAXInfoManagerRCEMemory::GetSystemInfo(YAX_SYSTEM_INFO_ST* info) {
   PCMutexGuard guard(Lock());
-  if (info == nullptr) return yax_status::kBadArgument;
+  if (info == nullptr) return yax_framework::kBadArgument;
   return WithTopKey(RegistryRecords::kSystemKey, TopKey::Missing::kFail, [&](const TopKey& top) {
     return RegistryRecords(*registry_, top.Handle(), kItself).ReadSystem(info);
   });
@@ -77,7 +77,7 @@ unsigned int YAXInfoManagerRCEMemory::IsSysSingleBinary() {
       WithTopKey(RegistryRecords::kSystemKey, TopKey::Missing::kFail, [&](const TopKey& top) {
         return RegistryRecords(*registry_, top.Handle(), kItself).ReadSingleBin(&isSingleBin);
       });
-  return result == yax_status::kOk ? isSingleBin : 0;
+  return result == yax_framework::kOk ? isSingleBin : 0;
 }
 
 // The component's key must be new.
@@ -85,11 +85,11 @@ unsigned int YAXInfoManagerRCEMemory::CreateComponent(unsigned int components,
                                                       const YAX_GUID_ST& clsid,
                                                       const YAX_COMPONENT_INFO_ST& info) {
   const unsigned int remembered = FunctionTable::Add(info.FactoryFn);
-  if (remembered != yax_status::kOk) return remembered;
+  if (remembered != yax_framework::kOk) return remembered;
   const KeyName name(*this, clsid);
   return AsOneChange(*registry_, [&]() -> unsigned int {
     if (registry_->CreateKey(components, name.text) != status::kOk) {
-      return yax_status::kRegistryFailed;
+      return yax_framework::kRegistryFailed;
     }
     return RegistryRecords(*registry_, components, name.text)
         .CreateComponent(info, RegistryRecords::Upper::kSign);
@@ -101,17 +101,17 @@ unsigned int YAXInfoManagerRCEMemory::CreateComponents(unsigned int components,
   unsigned int count = 0;
   for (; *infos != nullptr; ++infos) {
     const YAX_COMPONENT_INFO_ST& info = **infos;
-    if (info.pGuid == nullptr) return yax_status::kBadArgument;
+    if (info.pGuid == nullptr) return yax_framework::kBadArgument;
     const unsigned int result = CreateComponent(components, *info.pGuid, info);
-    if (result != yax_status::kOk) return result;
+    if (result != yax_framework::kOk) return result;
     PrintDebugMessage(__LINE__, "Count = %d", ++count);
   }
-  return yax_status::kOk;
+  return yax_framework::kOk;
 }
 
 unsigned int YAXInfoManagerRCEMemory::RegisterAllComponent(YAX_COMPONENT_INFO_ST** components) {
   PCMutexGuard guard(Lock());
-  if (components == nullptr) return yax_status::kBadArgument;
+  if (components == nullptr) return yax_framework::kBadArgument;
   return Change([&] {
     return WithTopKey(
         RegistryRecords::kComponentsKey, TopKey::Missing::kMakeSure,
@@ -122,7 +122,7 @@ unsigned int YAXInfoManagerRCEMemory::RegisterAllComponent(YAX_COMPONENT_INFO_ST
 unsigned int YAXInfoManagerRCEMemory::RegisterComponent(const YAX_GUID_ST& clsid,
                                                         const YAX_COMPONENT_INFO_ST* info) {
   PCMutexGuard guard(Lock());
-  if (info == nullptr) return yax_status::kBadArgument;
+  if (info == nullptr) return yax_framework::kBadArgument;
   return Change([&] {
     return WithTopKey(
         RegistryRecords::kComponentsKey, TopKey::Missing::kCreate,
@@ -144,7 +144,7 @@ unsigned int YAXInfoManagerRCEMemory::UnregisterComponent(const YAX_GUID_ST& cls
 unsigned int YAXInfoManagerRCEMemory::SetComponentInfo(const YAX_GUID_ST& clsid,
                                                        const YAX_COMPONENT_INFO_ST* info) {
   PCMutexGuard guard(Lock());
-  if (info == nullptr) return yax_status::kBadArgument;
+  if (info == nullptr) return yax_framework::kBadArgument;
   return Change([&] {
     return WithTopKey(RegistryRecords::kComponentsKey, TopKey::Missing::kCreate,
                       [&](const TopKey& top) {
@@ -160,7 +160,7 @@ unsigned int YAXInfoManagerRCEMemory::SetComponentInfo(const YAX_GUID_ST& clsid,
 unsigned int YAXInfoManagerRCEMemory::GetComponentInfo(const YAX_GUID_ST& clsid,
                                                        YAX_COMPONENT_INFO_ST* info) {
   PCMutexGuard guard(Lock());
-  if (info == nullptr) return yax_status::kBadArgument;
+  if (info == nullptr) return yax_framework::kBadArgument;
   return WithComponent(clsid,
                        [&](RegistryRecords& records) { return records.ReadComponent(info); });
 }
@@ -168,21 +168,21 @@ unsigned int YAXInfoManagerRCEMemory::GetComponentInfo(const YAX_GUID_ST& clsid,
 unsigned int YAXInfoManagerRCEMemory::GetComponentType(const YAX_GUID_ST& clsid,
                                                        YAX_COMPONENT_TYPE_ENUM* type) {
   PCMutexGuard guard(Lock());
-  if (type == nullptr) return yax_status::kBadArgument;
+  if (type == nullptr) return yax_framework::kBadArgument;
   return WithComponent(clsid, [&](RegistryRecords& records) { return records.ReadType(type); });
 }
 
 unsigned int YAXInfoManagerRCEMemory::GetComponentEntryFunc(const YAX_GUID_ST& clsid,
                                                             void** function) {
   PCMutexGuard guard(Lock());
-  if (function == nullptr) return yax_status::kBadArgument;
+  if (function == nullptr) return yax_framework::kBadArgument;
   return WithComponent(clsid,
                        [&](RegistryRecords& records) { return records.ReadFunction(function); });
 }
 
 unsigned int YAXInfoManagerRCEMemory::GetComponentBinPath(const YAX_GUID_ST& clsid, char* path) {
   PCMutexGuard guard(Lock());
-  if (path == nullptr) return yax_status::kBadArgument;
+  if (path == nullptr) return yax_framework::kBadArgument;
   return WithComponent(clsid,
                        [&](RegistryRecords& records) { return records.ReadBinaryPath(path); });
 }
@@ -193,7 +193,7 @@ unsigned int YAXInfoManagerRCEMemory::GetComponentBinary(const YAX_GUID_ST& clsi
   PCMutexGuard guard(Lock());
   return WithComponent(clsid, [&](RegistryRecords& records) {
     const unsigned int result = records.ReadType(type);
-    const bool isBinary = result == yax_status::kOk && *type == YAX_COMPONENT_TYPE_BINARY;
+    const bool isBinary = result == yax_framework::kOk && *type == YAX_COMPONENT_TYPE_BINARY;
     return isBinary ? records.ReadBinaryPath(path) : result;
   });
 }

@@ -43,7 +43,7 @@ class ListLock {
 }  // namespace
 
 unsigned int YAXLoadManager::Initialize() {
-  return list_.Create() != 0 ? yax_status::kOk : yax_status::kNoMemory;
+  return list_.Create() != 0 ? yax_framework::kOk : yax_framework::kNoMemory;
 }
 
 void YAXLoadManager::Deinitialize() {
@@ -192,18 +192,18 @@ void YAXLoadManager::DeleteHandle(void* handle) {
 // get it. Two threads may open a new file at the same time: the list is not held meanwhile, because
 // code of the shared object runs. The one that comes second gives its handle back.
 unsigned int YAXLoadManager::LoadBinary(const YAX_GUID_ST& clsid, const char* path, void** handle) {
-  if (handle == nullptr || path == nullptr) return yax_status::kBadArgument;
-  if (FindHandle(path, handle) != 0) return yax_status::kOk;
+  if (handle == nullptr || path == nullptr) return yax_framework::kBadArgument;
+  if (FindHandle(path, handle) != 0) return yax_framework::kOk;
   void* opened = dlopen(path, RTLD_NOW);
   if (opened == nullptr) {
     const char* reason = dlerror();  // NOLINT(concurrency-mt-unsafe): each thread has its own
     PrintDebugMessage(__LINE__, "[YAXLoadManager::LoadBinary] dlopen error, %s.",
                       reason != nullptr ? reason : "");
-    return yax_status::kCannotLoad;
+    return yax_framework::kCannotLoad;
   }
   if (opened == tClosing) {
     dlclose(opened);
-    return yax_status::kCannotLoad;
+    return yax_framework::kCannotLoad;
   }
   void* recorded = nullptr;
   bool added = false;
@@ -215,12 +215,12 @@ unsigned int YAXLoadManager::LoadBinary(const YAX_GUID_ST& clsid, const char* pa
   }
   *handle = recorded != nullptr ? recorded : opened;
   if (recorded != nullptr || isExtra) dlclose(opened);
-  return recorded != nullptr || added ? yax_status::kOk : yax_status::kNoMemory;
+  return recorded != nullptr || added ? yax_framework::kOk : yax_framework::kNoMemory;
 }
 
 unsigned int YAXLoadManager::GetProcAddr(void* handle, const char* symbol, void** address) {
   *address = dlsym(handle, symbol);
-  return *address != nullptr ? yax_status::kOk : yax_status::kNoEntry;
+  return *address != nullptr ? yax_framework::kOk : yax_framework::kNoEntry;
 }
 
 // What the component answers when it is asked whether it may be closed. It may call back: unloading
@@ -228,9 +228,9 @@ unsigned int YAXLoadManager::GetProcAddr(void* handle, const char* symbol, void*
 unsigned int YAXLoadManager::AskToUnload(void* handle) {
   void* address = nullptr;
   const unsigned int result = GetProcAddr(handle, "EntryFn_canUnloadNow", &address);
-  if (result != yax_status::kOk) return result;
+  if (result != yax_framework::kOk) return result;
   const bool agrees = reinterpret_cast<unsigned int (*)()>(address)() == 0;
-  return agrees ? yax_status::kOk : yax_status::kInUse;
+  return agrees ? yax_framework::kOk : yax_framework::kInUse;
 }
 
 // A thread that loads the same file meanwhile opens it anew: it never gets a handle that is closed.
@@ -242,10 +242,10 @@ unsigned int YAXLoadManager::Close(void* handle) {
   tClosing = before;
   if (!isClosed) {
     MarkClosing(handle, false);
-    return yax_status::kCannotClose;
+    return yax_framework::kCannotClose;
   }
   DeleteClosing(handle);
-  return yax_status::kOk;
+  return yax_framework::kOk;
 }
 
 // The first record of the component that is not known to be of no use for it; the caller asks it.
@@ -259,11 +259,11 @@ unsigned int YAXLoadManager::FindToUnload(const YAX_GUID_ST& clsid, void** handl
     if (candidate.cannotBeAsked) cannotBeAsked = true;
     return !candidate.cannotBeAsked;
   });
-  if (record == nullptr) return cannotBeAsked ? yax_status::kNoEntry : yax_status::kOk;
-  if (record->asker != nullptr || record->entered > 0) return yax_status::kInUse;
+  if (record == nullptr) return cannotBeAsked ? yax_framework::kNoEntry : yax_framework::kOk;
+  if (record->asker != nullptr || record->entered > 0) return yax_framework::kInUse;
   *handle = record->handle;
   MarkAsked(*handle, &tThread);
-  return yax_status::kOk;
+  return yax_framework::kOk;
 }
 
 // A file that cannot be asked stays open, and leaves the way to those of the same component that
@@ -273,13 +273,13 @@ unsigned int YAXLoadManager::UnloadBinary(const YAX_GUID_ST& clsid) {
   while (true) {
     void* handle = nullptr;
     const unsigned int found = FindToUnload(clsid, &handle);
-    if (found != yax_status::kOk || handle == nullptr) return found;
+    if (found != yax_framework::kOk || handle == nullptr) return found;
     const unsigned int result = AskToUnload(handle);
-    if (result == yax_status::kOk) return Close(handle);
+    if (result == yax_framework::kOk) return Close(handle);
     ForEachOf(handle, [result](Record& record) {
       record.asker = nullptr;
-      if (result == yax_status::kNoEntry) record.cannotBeAsked = true;
+      if (result == yax_framework::kNoEntry) record.cannotBeAsked = true;
     });
-    if (result != yax_status::kNoEntry) return result;
+    if (result != yax_framework::kNoEntry) return result;
   }
 }

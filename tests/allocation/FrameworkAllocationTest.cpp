@@ -47,14 +47,14 @@ class FrameworkAllocationTest : public ::testing::Test {
   // The framework is there and counts; ends it.
   static void ExpectWorks() {
     void* view = nullptr;
-    ASSERT_EQ(yax_status::kOk, GetYAXInstance(IID_IYAXRegistry, &view));
+    ASSERT_EQ(yax_framework::kOk, GetYAXInstance(IID_IYAXRegistry, &view));
     IYAXRegistry* registry = static_cast<IYAXRegistry*>(view);
     EXPECT_EQ(status::kOk, registry->CreateKey(0, "key"));
     EXPECT_EQ(status::kOk, registry->DeleteKey(0, "key"));
     EXPECT_EQ(3u, registry->AddRef());
     EXPECT_EQ(2u, registry->Release());
     EXPECT_EQ(1u, registry->Release());
-    EXPECT_EQ(yax_status::kOk, DestroyYAX());
+    EXPECT_EQ(yax_framework::kOk, DestroyYAX());
     EXPECT_FALSE(IsThere());
   }
 
@@ -66,7 +66,7 @@ class FrameworkAllocationTest : public ::testing::Test {
 };
 
 TEST_F(FrameworkAllocationTest, WithoutAnObjectNothingIsPrinted) {
-  EXPECT_EQ(yax_status::kNoMemory, CreateWithout(kObject));
+  EXPECT_EQ(yax_framework::kNoMemory, CreateWithout(kObject));
   EXPECT_EQ("", text);
   EXPECT_FALSE(IsThere());
 }
@@ -113,7 +113,7 @@ TEST_F(FrameworkAllocationTest, AMessageThatCannotBeMadeIsNotPrinted) {
 }
 
 TEST_F(FrameworkAllocationTest, WithoutARegistryThereIsNoFramework) {
-  EXPECT_EQ(yax_status::kNoMemory, CreateWithout(kRegistry));
+  EXPECT_EQ(yax_framework::kNoMemory, CreateWithout(kRegistry));
   EXPECT_EQ(text, std::string(kBegins) + kEnds);
   EXPECT_FALSE(IsThere());
   EXPECT_FALSE(std::filesystem::exists(path));
@@ -134,7 +134,7 @@ class FrameworkFailures : public FrameworkAllocationTest,
       EXPECT_EQ(0u, laterFailures);
       ++registryFailures;
     } else {
-      EXPECT_EQ(yax_status::kNoMemory, result);
+      EXPECT_EQ(yax_framework::kNoMemory, result);
       ++laterFailures;
     }
   }
@@ -145,7 +145,7 @@ class FrameworkFailures : public FrameworkAllocationTest,
 };
 
 TEST_P(FrameworkFailures, NoneThatFailsLeavesAnythingBehind) {
-  ASSERT_EQ(yax_status::kOk, CreateYAX(path.c_str()));  // what the process takes once
+  ASSERT_EQ(yax_framework::kOk, CreateYAX(path.c_str()));  // what the process takes once
   ExpectWorks();
   const std::string bytes = GetFile(path);
   const int descriptor = NextDescriptor();
@@ -158,7 +158,7 @@ TEST_P(FrameworkFailures, NoneThatFailsLeavesAnythingBehind) {
       Failed(result);
       EXPECT_EQ(nullptr, tamu::registry::RegistryInstance::sFirstInstance);
       EXPECT_TRUE(GetFile(path) == bytes);
-      ASSERT_EQ(yax_status::kOk, CreateYAX(path.c_str()));
+      ASSERT_EQ(yax_framework::kOk, CreateYAX(path.c_str()));
     }
     ExpectWorks();
     ForgetTexts();
@@ -185,7 +185,7 @@ TEST_F(FrameworkAllocationTest, AFileThatIsNotThereYetIsMadeByTheNextAttempt) {
     DestroyYAX();
     std::error_code absent;
     if (std::filesystem::file_size(path, absent) == 0) std::filesystem::remove(path);
-    ASSERT_EQ(yax_status::kOk, CreateYAX(path.c_str()));
+    ASSERT_EQ(yax_framework::kOk, CreateYAX(path.c_str()));
     ExpectWorks();
     if (isOver) break;
   }
@@ -193,9 +193,9 @@ TEST_F(FrameworkAllocationTest, AFileThatIsNotThereYetIsMadeByTheNextAttempt) {
 }
 
 TEST_F(FrameworkAllocationTest, AListingWithoutMemoryLeavesTheListAsItWas) {
-  ASSERT_EQ(yax_status::kOk, CreateYAX(path.c_str()));
+  ASSERT_EQ(yax_framework::kOk, CreateYAX(path.c_str()));
   void* view = nullptr;
-  ASSERT_EQ(yax_status::kOk, GetYAXInstance(IID_IYAXRegistry, &view));
+  ASSERT_EQ(yax_framework::kOk, GetYAXInstance(IID_IYAXRegistry, &view));
   IYAXRegistry* registry = static_cast<IYAXRegistry*>(view);
   for (const char* key : {"key", "key/a", "key/b", "key/c"}) {
     ASSERT_EQ(status::kOk, registry->CreateKey(0, key));
@@ -229,13 +229,13 @@ TEST_F(FrameworkAllocationTest, AListingWithoutMemoryLeavesTheListAsItWas) {
       if (result == 0xE0000003) {
         ++listFailures;
       } else {
-        EXPECT_EQ(yax_status::kRegistryFailed, result);  // the registry's own
+        EXPECT_EQ(yax_framework::kRegistryFailed, result);  // the registry's own
       }
     }
     EXPECT_EQ(3u, listFailures);
   }
   registry->Release();
-  EXPECT_EQ(yax_status::kOk, DestroyYAX());
+  EXPECT_EQ(yax_framework::kOk, DestroyYAX());
 }
 
 }  // namespace

@@ -27,7 +27,7 @@ class WatchedYAX : public CYAX {
     // Another thread could be as quick.
     if (unloads > 0) {
       --unloads;
-      EXPECT_EQ(yax_status::kOk, UnloadComponent(clsid));
+      EXPECT_EQ(yax_framework::kOk, UnloadComponent(clsid));
       if (unregisters) UnregisterComponent(clsid);
     }
     return result;
@@ -61,10 +61,10 @@ class CYAXComponentCallsTest : public ::testing::Test {
     info.Type = YAX_COMPONENT_TYPE_BINARY;
     info.FactoryFn = Give;
     std::strncpy(info.BinaryPath, ComponentFile("sound").c_str(), sizeof info.BinaryPath - 1);
-    EXPECT_EQ(yax_status::kOk, yax_->RegisterComponent(kOwn, &info));
+    EXPECT_EQ(yax_framework::kOk, yax_->RegisterComponent(kOwn, &info));
     const std::string file = ComponentFile("static_factory");
     std::strncpy(info.BinaryPath, file.c_str(), sizeof info.BinaryPath - 1);
-    EXPECT_EQ(yax_status::kOk, yax_->RegisterComponent(kStatic, &info));
+    EXPECT_EQ(yax_framework::kOk, yax_->RegisterComponent(kStatic, &info));
   }
   ~CYAXComponentCallsTest() override { yax_->Release(); }
 
@@ -78,26 +78,27 @@ class CYAXComponentCallsTest : public ::testing::Test {
 
 TEST_F(CYAXComponentCallsTest, AnAddressIsThatOfTheSymbolOrOfTheRegisteredFunction) {
   void* handle = nullptr;
-  ASSERT_EQ(yax_status::kOk, yax_->LoadComponent(kOwn, &handle));
+  ASSERT_EQ(yax_framework::kOk, yax_->LoadComponent(kOwn, &handle));
   void* address = nullptr;
-  EXPECT_EQ(yax_status::kOk, yax_->GetFuncAddress(kOwn, handle, "EntryFn_canUnloadNow", &address));
+  EXPECT_EQ(yax_framework::kOk,
+            yax_->GetFuncAddress(kOwn, handle, "EntryFn_canUnloadNow", &address));
   EXPECT_EQ(address, dlsym(handle, "EntryFn_canUnloadNow"));
-  EXPECT_EQ(yax_status::kOk,
+  EXPECT_EQ(yax_framework::kOk,
             yax_->GetFuncAddress(kUnknown, handle, "EntryFn_getFactory", &address));
   EXPECT_EQ(address, dlsym(handle, "EntryFn_getFactory")) << "the handle's";
-  EXPECT_EQ(yax_status::kNoEntry, yax_->GetFuncAddress(kOwn, handle, "nothing", &address));
+  EXPECT_EQ(yax_framework::kNoEntry, yax_->GetFuncAddress(kOwn, handle, "nothing", &address));
   EXPECT_EQ(nullptr, address);
   for (const char* symbol : {"nothing", static_cast<const char*>(nullptr)}) {
-    EXPECT_EQ(yax_status::kOk, yax_->GetFuncAddress(kOwn, nullptr, symbol, &address));
+    EXPECT_EQ(yax_framework::kOk, yax_->GetFuncAddress(kOwn, nullptr, symbol, &address));
     EXPECT_EQ(address, reinterpret_cast<void*>(Give));
   }
-  EXPECT_EQ(yax_status::kRegistryFailed,
+  EXPECT_EQ(yax_framework::kRegistryFailed,
             yax_->GetFuncAddress(kUnknown, nullptr, "EntryFn_getFactory", &address));
 }
 
 TEST_F(CYAXComponentCallsTest, AFactoryIsAskedForAfterLoading) {
   void* out = nullptr;
-  ASSERT_EQ(yax_status::kOk, yax_->GetComponentFactory(kOwn, &out));
+  ASSERT_EQ(yax_framework::kOk, yax_->GetComponentFactory(kOwn, &out));
   Drop(out);
   EXPECT_EQ(1u, yax_->loads);
   EXPECT_EQ(nullptr, yax_->handleBefore);
@@ -116,26 +117,26 @@ TEST_F(CYAXComponentCallsTest, AFailureToLoadIsHandedOn) {
 
 TEST_F(CYAXComponentCallsTest, ObjectsAndLocksAreAskedOfTheFactory) {
   void* out = this;
-  ASSERT_EQ(yax_status::kOk, yax_->GetComponentInstance(kOwn, IID_IYAXCompBase, &out));
+  ASSERT_EQ(yax_framework::kOk, yax_->GetComponentInstance(kOwn, IID_IYAXCompBase, &out));
   EXPECT_EQ(1u, yax_->factories);
   EXPECT_EQ(nullptr, yax_->factoryBefore);
   Drop(out);
-  EXPECT_EQ(yax_status::kOk, yax_->LockComponent(kOwn, 1));
+  EXPECT_EQ(yax_framework::kOk, yax_->LockComponent(kOwn, 1));
   EXPECT_EQ(2u, yax_->factories);
   EXPECT_EQ(nullptr, yax_->factoryBefore);
-  EXPECT_EQ(yax_status::kOk, yax_->LockComponent(kOwn, 0));
+  EXPECT_EQ(yax_framework::kOk, yax_->LockComponent(kOwn, 0));
   yax_->givesNone = true;
   out = this;
-  EXPECT_EQ(yax_status::kUnspecified, yax_->GetComponentInstance(kOwn, IID_IYAXCompBase, &out));
+  EXPECT_EQ(yax_framework::kUnspecified, yax_->GetComponentInstance(kOwn, IID_IYAXCompBase, &out));
   EXPECT_EQ(nullptr, out);
-  EXPECT_EQ(yax_status::kUnspecified, yax_->LockComponent(kOwn, 1));
+  EXPECT_EQ(yax_framework::kUnspecified, yax_->LockComponent(kOwn, 1));
 }
 
 TEST_F(CYAXComponentCallsTest, WhatIsUnloadedBeforeItIsAskedIsLoadedAgain) {
   PrintedMessages printed;
   yax_->unloads = 1;
   void* out = nullptr;
-  ASSERT_EQ(yax_status::kOk, yax_->GetComponentFactory(kOwn, &out));
+  ASSERT_EQ(yax_framework::kOk, yax_->GetComponentFactory(kOwn, &out));
   ASSERT_NE(nullptr, out);
   EXPECT_EQ(2u, yax_->loads);
   EXPECT_EQ(nullptr, yax_->handleBefore);
@@ -150,7 +151,7 @@ TEST_F(CYAXComponentCallsTest, WhatCannotBeLoadedAgainIsAFailureToLoad) {
   yax_->unloads = 1;
   yax_->unregisters = true;
   void* out = this;
-  EXPECT_EQ(yax_status::kRegistryFailed, yax_->GetComponentFactory(kOwn, &out));
+  EXPECT_EQ(yax_framework::kRegistryFailed, yax_->GetComponentFactory(kOwn, &out));
   EXPECT_EQ(out, this);
   EXPECT_EQ(2u, yax_->loads);
   EXPECT_EQ("3 [CYAX::GetComponentFactory] Error while getting loading component...\n",
@@ -162,22 +163,22 @@ TEST_F(CYAXComponentCallsTest, WhatCannotBeLoadedAgainIsAFailureToLoad) {
 TEST_F(CYAXComponentCallsTest, AnObjectIsMadeByAFactoryThatNobodyCountsWhileAnotherUnloads) {
   yax_->unloadsAfter = true;
   void* out = nullptr;
-  ASSERT_EQ(yax_status::kOk, yax_->GetComponentInstance(kStatic, IID_IYAXCompBase, &out));
-  EXPECT_EQ(yax_status::kInUse, yax_->unloadResult);
+  ASSERT_EQ(yax_framework::kOk, yax_->GetComponentInstance(kStatic, IID_IYAXCompBase, &out));
+  EXPECT_EQ(yax_framework::kInUse, yax_->unloadResult);
   EXPECT_EQ(1u, Notes().factoryReleases);
   EXPECT_EQ(0u, Notes().closed);
   Drop(out);
-  EXPECT_EQ(yax_status::kOk, yax_->UnloadComponent(kStatic));
+  EXPECT_EQ(yax_framework::kOk, yax_->UnloadComponent(kStatic));
   EXPECT_FALSE(IsMapped(ComponentFile("static_factory")));
 }
 
 TEST_F(CYAXComponentCallsTest, ALockIsTakenByAFactoryThatNobodyCountsWhileAnotherUnloads) {
   yax_->unloadsAfter = true;
-  ASSERT_EQ(yax_status::kOk, yax_->LockComponent(kStatic, 1));
-  EXPECT_EQ(yax_status::kInUse, yax_->unloadResult);
-  EXPECT_EQ(yax_status::kInUse, yax_->UnloadComponent(kStatic)) << "it is locked";
-  ASSERT_EQ(yax_status::kOk, yax_->LockComponent(kStatic, 0));
-  EXPECT_EQ(yax_status::kOk, yax_->UnloadComponent(kStatic));
+  ASSERT_EQ(yax_framework::kOk, yax_->LockComponent(kStatic, 1));
+  EXPECT_EQ(yax_framework::kInUse, yax_->unloadResult);
+  EXPECT_EQ(yax_framework::kInUse, yax_->UnloadComponent(kStatic)) << "it is locked";
+  ASSERT_EQ(yax_framework::kOk, yax_->LockComponent(kStatic, 0));
+  EXPECT_EQ(yax_framework::kOk, yax_->UnloadComponent(kStatic));
   EXPECT_FALSE(IsMapped(ComponentFile("static_factory")));
 }
 
@@ -185,11 +186,11 @@ TEST_F(CYAXComponentCallsTest, ALockIsTakenByAFactoryThatNobodyCountsWhileAnothe
 TEST_F(CYAXComponentCallsTest, AFactoryThatNobodyCountsKeepsNothingOpenForAClient) {
   yax_->unloadsAfter = true;
   void* out = nullptr;
-  ASSERT_EQ(yax_status::kOk, yax_->GetComponentFactory(kStatic, &out));
+  ASSERT_EQ(yax_framework::kOk, yax_->GetComponentFactory(kStatic, &out));
   EXPECT_EQ(0u, yax_->unloadResult);
   EXPECT_EQ(1u, Notes().closed);
   yax_->unloadsAfter = false;
-  ASSERT_EQ(yax_status::kOk, yax_->GetComponentInstance(kStatic, IID_IYAXCompBase, &out))
+  ASSERT_EQ(yax_framework::kOk, yax_->GetComponentInstance(kStatic, IID_IYAXCompBase, &out))
       << "loaded anew";
   Drop(out);
 }

@@ -51,9 +51,9 @@ class FrameworkForeignValues : public CYAXRegistryValuesTest {
       ASSERT_EQ(0u, registry.Initialize());
       change(registry);
     }
-    ASSERT_EQ(yax_status::kOk, CreateYAX(path.c_str()));
+    ASSERT_EQ(yax_framework::kOk, CreateYAX(path.c_str()));
     void* view = nullptr;
-    ASSERT_EQ(yax_status::kOk, GetYAXInstance(IID_IYAXRegistry, &view));
+    ASSERT_EQ(yax_framework::kOk, GetYAXInstance(IID_IYAXRegistry, &view));
     yax = static_cast<IYAXRegistry*>(view);
   }
 };
@@ -66,16 +66,16 @@ TEST_F(FrameworkRegistry, ValuesNeedAllPointers) {
   char data[8] = "#######";
   unsigned int size = sizeof data;
   for (auto type : {kInteger, kString}) {
-    EXPECT_EQ(yax_status::kBadArgument, yax->CreateValue(0, nullptr, "n", type, data));
-    EXPECT_EQ(yax_status::kBadArgument, yax->CreateValue(0, "key", nullptr, type, data));
-    EXPECT_EQ(yax_status::kBadArgument, yax->CreateValue(0, "key", "n", type, nullptr));
-    EXPECT_EQ(yax_status::kBadArgument, yax->SetValue(0, nullptr, "n", type, data));
-    EXPECT_EQ(yax_status::kBadArgument, yax->SetValue(0, "key", nullptr, type, data));
-    EXPECT_EQ(yax_status::kBadArgument, yax->SetValue(0, "key", "n", type, nullptr));
-    EXPECT_EQ(yax_status::kBadArgument, yax->GetValue(0, nullptr, "n", type, data, &size));
-    EXPECT_EQ(yax_status::kBadArgument, yax->GetValue(0, "key", nullptr, type, data, &size));
-    EXPECT_EQ(yax_status::kBadArgument, yax->GetValue(0, "key", "n", type, nullptr, &size));
-    EXPECT_EQ(yax_status::kBadArgument, yax->GetValue(0, "key", "n", type, data, nullptr));
+    EXPECT_EQ(yax_framework::kBadArgument, yax->CreateValue(0, nullptr, "n", type, data));
+    EXPECT_EQ(yax_framework::kBadArgument, yax->CreateValue(0, "key", nullptr, type, data));
+    EXPECT_EQ(yax_framework::kBadArgument, yax->CreateValue(0, "key", "n", type, nullptr));
+    EXPECT_EQ(yax_framework::kBadArgument, yax->SetValue(0, nullptr, "n", type, data));
+    EXPECT_EQ(yax_framework::kBadArgument, yax->SetValue(0, "key", nullptr, type, data));
+    EXPECT_EQ(yax_framework::kBadArgument, yax->SetValue(0, "key", "n", type, nullptr));
+    EXPECT_EQ(yax_framework::kBadArgument, yax->GetValue(0, nullptr, "n", type, data, &size));
+    EXPECT_EQ(yax_framework::kBadArgument, yax->GetValue(0, "key", nullptr, type, data, &size));
+    EXPECT_EQ(yax_framework::kBadArgument, yax->GetValue(0, "key", "n", type, nullptr, &size));
+    EXPECT_EQ(yax_framework::kBadArgument, yax->GetValue(0, "key", "n", type, data, nullptr));
   }
   EXPECT_EQ(8u, size);
   EXPECT_EQ(Content(), before);
@@ -88,9 +88,9 @@ TEST_F(FrameworkRegistry, UnknownTypesAreRefused) {
   unsigned int size = sizeof data;
   for (unsigned int number : {2u, 4u, 6u, 0xFFFFFFFFu}) {
     const auto type = static_cast<YAX_REG_DATA_TYPE_ENUM>(number);
-    EXPECT_EQ(yax_status::kBadArgument, yax->CreateValue(0, "key", "m", type, data));
-    EXPECT_EQ(yax_status::kBadArgument, yax->SetValue(0, "key", "n", type, data));
-    EXPECT_EQ(yax_status::kBadArgument, yax->GetValue(0, "key", "n", type, data, &size));
+    EXPECT_EQ(yax_framework::kBadArgument, yax->CreateValue(0, "key", "m", type, data));
+    EXPECT_EQ(yax_framework::kBadArgument, yax->SetValue(0, "key", "n", type, data));
+    EXPECT_EQ(yax_framework::kBadArgument, yax->GetValue(0, "key", "n", type, data, &size));
   }
   EXPECT_EQ(8u, size);
   EXPECT_EQ(Content(), before);
@@ -101,13 +101,14 @@ TEST_F(FrameworkRegistry, WhatTheRegistryRefusesIsOneFailure) {
   const unsigned long long number = 5;
   const std::string tooLong(1024, 'x');
   unsigned int size = 8, word = 7;
-  EXPECT_EQ(yax_status::kRegistryFailed, yax->CreateValue(0, "missing", "n", kInteger, &number));
-  EXPECT_EQ(yax_status::kRegistryFailed, yax->CreateValue(0, "key", "", kInteger, &number));
-  EXPECT_EQ(yax_status::kRegistryFailed, yax->CreateValue(0, "key", "n", kString, tooLong.c_str()));
-  EXPECT_EQ(yax_status::kRegistryFailed, yax->SetValue(0, "key", "n", kInteger, &number));
-  EXPECT_EQ(yax_status::kRegistryFailed, yax->GetValue(0, "key", "n", kInteger, &word, &size));
-  EXPECT_EQ(yax_status::kRegistryFailed, yax->DeleteValue(0, "key", "n"));
-  EXPECT_EQ(yax_status::kRegistryFailed, yax->GetValue(99, "", "n", kInteger, &word, &size));
+  EXPECT_EQ(yax_framework::kRegistryFailed, yax->CreateValue(0, "missing", "n", kInteger, &number));
+  EXPECT_EQ(yax_framework::kRegistryFailed, yax->CreateValue(0, "key", "", kInteger, &number));
+  EXPECT_EQ(yax_framework::kRegistryFailed,
+            yax->CreateValue(0, "key", "n", kString, tooLong.c_str()));
+  EXPECT_EQ(yax_framework::kRegistryFailed, yax->SetValue(0, "key", "n", kInteger, &number));
+  EXPECT_EQ(yax_framework::kRegistryFailed, yax->GetValue(0, "key", "n", kInteger, &word, &size));
+  EXPECT_EQ(yax_framework::kRegistryFailed, yax->DeleteValue(0, "key", "n"));
+  EXPECT_EQ(yax_framework::kRegistryFailed, yax->GetValue(99, "", "n", kInteger, &word, &size));
   EXPECT_EQ(8u, size);
   EXPECT_EQ(7u, word);
 }

@@ -39,7 +39,7 @@ class ComponentFunctions : public ComponentRig {
   void ExpectMadeHere(const YAX_GUID_ST& clsid) {
     gAsked = {};
     void* out = nullptr;
-    ASSERT_EQ(yax_status::kOk, yax_->GetComponentInstance(clsid, IID_ITestObject, &out));
+    ASSERT_EQ(yax_framework::kOk, yax_->GetComponentInstance(clsid, IID_ITestObject, &out));
     EXPECT_TRUE(gAsked == clsid);
     EXPECT_EQ(42u, static_cast<ITestObject*>(out)->Answer());
     static_cast<ITestObject*>(out)->Release();
@@ -58,14 +58,14 @@ class ComponentFunctions : public ComponentRig {
 TEST_F(ComponentFunctions, AreCalledAndNothingIsLoaded) {
   Register(kOwn, sound_, GiveHere, YAX_COMPONENT_TYPE_FUNCTION);
   void* handle = this;
-  EXPECT_EQ(yax_status::kOk, loader_->LoadComponent(kOwn, &handle));
+  EXPECT_EQ(yax_framework::kOk, loader_->LoadComponent(kOwn, &handle));
   EXPECT_EQ(nullptr, handle);
   ExpectMadeHere(kOwn);
   EXPECT_EQ(1u, Notes().factoriesMade);
   EXPECT_EQ(1u, Notes().factoryReleases);
-  EXPECT_EQ(yax_status::kOk, loader_->LockComponent(kOwn, 1));
-  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn)) << "nobody is asked";
-  EXPECT_EQ(yax_status::kOk, loader_->LockComponent(kOwn, 0));
+  EXPECT_EQ(yax_framework::kOk, loader_->LockComponent(kOwn, 1));
+  EXPECT_EQ(yax_framework::kOk, loader_->UnloadComponent(kOwn)) << "nobody is asked";
+  EXPECT_EQ(yax_framework::kOk, loader_->LockComponent(kOwn, 0));
   EXPECT_EQ(0u, Notes().asked);
   EXPECT_FALSE(IsMapped(sound_));
 }
@@ -73,19 +73,19 @@ TEST_F(ComponentFunctions, AreCalledAndNothingIsLoaded) {
 TEST_F(ComponentFunctions, AreCalledForEveryTypeButOne) {
   Register(kOwn, sound_, GiveHere, 2);
   void* handle = this;
-  EXPECT_EQ(yax_status::kOk, loader_->LoadComponent(kOwn, &handle));
+  EXPECT_EQ(yax_framework::kOk, loader_->LoadComponent(kOwn, &handle));
   EXPECT_EQ(nullptr, handle);
   ExpectMadeHere(kOwn);
   Register(kOther, sound_, GiveHere, 0xFFFFFFFF);
   ExpectMadeHere(kOther);
-  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOther));
+  EXPECT_EQ(yax_framework::kOk, loader_->UnloadComponent(kOther));
   EXPECT_FALSE(IsMapped(sound_));
 }
 
 TEST_F(ComponentFunctions, AreNotCalledForAComponentInASharedObject) {
   Register(kOwn, sound_, GiveHere, YAX_COMPONENT_TYPE_BINARY);
   void* out = nullptr;
-  ASSERT_EQ(yax_status::kOk, yax_->GetComponentInstance(kOwn, IID_ITestObject, &out));
+  ASSERT_EQ(yax_framework::kOk, yax_->GetComponentInstance(kOwn, IID_ITestObject, &out));
   EXPECT_TRUE(gAsked == YAX_GUID_ST());
   static_cast<ITestObject*>(out)->Release();
 }
@@ -109,7 +109,7 @@ TEST_F(ComponentFunctions, CanBeSetAnew) {
   Register(kOwn, "", nullptr, YAX_COMPONENT_TYPE_FUNCTION);
   YAX_COMPONENT_INFO_ST info = {};
   info.FactoryFn = GiveHere;
-  EXPECT_EQ(yax_status::kOk, manager_->SetComponentInfo(kOwn, &info));
+  EXPECT_EQ(yax_framework::kOk, manager_->SetComponentInfo(kOwn, &info));
   ExpectMadeHere(kOwn);
 }
 
@@ -131,9 +131,9 @@ TEST_F(ComponentFunctions, ASingleBinaryLoadsAndUnloadsNothing) {
   SetSystem(1);
   for (const YAX_GUID_ST& clsid : {kOwn, kUnknown}) {
     void* handle = this;
-    EXPECT_EQ(yax_status::kOk, loader_->LoadComponent(clsid, &handle));
+    EXPECT_EQ(yax_framework::kOk, loader_->LoadComponent(clsid, &handle));
     EXPECT_EQ(nullptr, handle);
-    EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(clsid));
+    EXPECT_EQ(yax_framework::kOk, loader_->UnloadComponent(clsid));
   }
   EXPECT_EQ(0u, Notes().asked);
   EXPECT_TRUE(IsMapped(sound_));
@@ -144,7 +144,7 @@ TEST_F(ComponentFunctions, OnlyOneMeansASingleBinary) {
   for (const unsigned int isSingleBin : {0u, 2u, 0x101u, 0xFFFFFFFFu}) {
     SetSystem(isSingleBin);
     EXPECT_NE(nullptr, Load(kOwn)) << isSingleBin;
-    EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
+    EXPECT_EQ(yax_framework::kOk, loader_->UnloadComponent(kOwn));
     EXPECT_FALSE(IsMapped(sound_)) << isSingleBin;
   }
 }
@@ -170,7 +170,7 @@ TEST(ComponentFunctionsOfAnotherProcess, AreNotCalledWhereTheyCanBeTold) {
   void* out = nullptr;
   const unsigned int result = yax->GetComponentInstance(kOwn, IID_ITestObject, &out);
   if (sizeof(void*) == 8) {
-    EXPECT_EQ(yax_status::kNoEntry, result);
+    EXPECT_EQ(yax_framework::kNoEntry, result);
     EXPECT_EQ(kNoAddress, printed.Take());
     EXPECT_EQ(nullptr, out);
     return;

@@ -18,7 +18,7 @@ class View {
  public:
   explicit View(const YAX_GUID_ST& iid) {
     void* view = nullptr;
-    EXPECT_EQ(yax_status::kOk, GetYAXInstance(iid, &view));
+    EXPECT_EQ(yax_framework::kOk, GetYAXInstance(iid, &view));
     view_ = static_cast<Interface*>(view);
   }
   ~View() { view_->Release(); }
@@ -34,9 +34,9 @@ class View {
 class Framework {
  public:
   explicit Framework(const std::string& path) {
-    EXPECT_EQ(yax_status::kOk, CreateYAX(path.c_str()));
+    EXPECT_EQ(yax_framework::kOk, CreateYAX(path.c_str()));
   }
-  ~Framework() { EXPECT_EQ(yax_status::kOk, DestroyYAX()); }
+  ~Framework() { EXPECT_EQ(yax_framework::kOk, DestroyYAX()); }
   Framework(const Framework&) = delete;
   Framework& operator=(const Framework&) = delete;
 };
@@ -51,7 +51,7 @@ class ComponentRig : public ::testing::Test {
     info.Type = static_cast<YAX_COMPONENT_TYPE_ENUM>(type);
     info.FactoryFn = function;
     std::strncpy(info.BinaryPath, path.c_str(), sizeof info.BinaryPath - 1);
-    EXPECT_EQ(yax_status::kOk, manager_->RegisterComponent(clsid, &info));
+    EXPECT_EQ(yax_framework::kOk, manager_->RegisterComponent(clsid, &info));
   }
   // A component in a shared object of components/.
   void Register(const YAX_GUID_ST& clsid, const char* name) {
@@ -61,12 +61,12 @@ class ComponentRig : public ::testing::Test {
     YAX_SYSTEM_INFO_ST info = {};
     info.isSingleBin = isSingleBin;
     std::strncpy(info.BinDirectory, folder, sizeof info.BinDirectory - 1);
-    EXPECT_EQ(yax_status::kOk, manager_->SetSystemInfo(&info));
+    EXPECT_EQ(yax_framework::kOk, manager_->SetSystemInfo(&info));
   }
   // The handle; null also when it fails.
   void* Load(const YAX_GUID_ST& clsid) {
     void* handle = nullptr;
-    EXPECT_EQ(yax_status::kOk, loader_->LoadComponent(clsid, &handle));
+    EXPECT_EQ(yax_framework::kOk, loader_->LoadComponent(clsid, &handle));
     return handle;
   }
 

@@ -53,7 +53,7 @@ TEST_F(ComponentThreads, OpenTheSameNewFileOnce) {
     ASSERT_NE(nullptr, handles[0]) << round;
     ASSERT_EQ(handles[0], handles[1]) << round;
     ASSERT_EQ(Notes().opened, round);
-    ASSERT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwnClass));
+    ASSERT_EQ(yax_framework::kOk, loader_->UnloadComponent(kOwnClass));
     ASSERT_FALSE(IsMapped(ComponentFile("sound"))) << round << ": opened twice";
   }
   EXPECT_EQ(100u, Notes().closed);
@@ -133,7 +133,7 @@ TEST_F(ComponentThreads, UnloadWhileOthersAskForFactoriesAndObjects) {
   EXPECT_GE(Notes().closed, (kRounds - 1) / 10);
   EXPECT_EQ(Notes().factoriesMade, 3 * kRounds);
   EXPECT_EQ(Notes().factoriesGone, 3 * kRounds);
-  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwnClass));
+  EXPECT_EQ(yax_framework::kOk, loader_->UnloadComponent(kOwnClass));
   EXPECT_FALSE(IsMapped(ComponentFile("sound")));
   EXPECT_EQ(Notes().opened, Notes().closed);
 }
@@ -153,7 +153,7 @@ TEST_F(ComponentThreads, UnloadWhileAnotherLoads) {
     }
   });
   EXPECT_EQ(0u, surprises_);
-  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwnClass));
+  EXPECT_EQ(yax_framework::kOk, loader_->UnloadComponent(kOwnClass));
   EXPECT_FALSE(IsMapped(ComponentFile("sound"))) << "a reference to the file is lost";
   EXPECT_EQ(Notes().opened, Notes().closed);
 }
@@ -181,7 +181,7 @@ TEST_F(ComponentThreads, LocksKeepAComponentThatOthersUnload) {
     isOver = true;
   });
   EXPECT_EQ(0u, surprises_);
-  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwnClass));
+  EXPECT_EQ(yax_framework::kOk, loader_->UnloadComponent(kOwnClass));
   EXPECT_EQ(Notes().opened, Notes().closed);
 }
 
@@ -206,7 +206,7 @@ TEST_F(ComponentThreads, MakeObjectsByAFactoryThatNobodyCountsWhileAnotherUnload
   });
   EXPECT_EQ(0u, surprises_);
   EXPECT_EQ(5000u, Notes().factoryReleases);
-  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwnClass));
+  EXPECT_EQ(yax_framework::kOk, loader_->UnloadComponent(kOwnClass));
   EXPECT_EQ(Notes().opened, Notes().closed);
 }
 
@@ -216,15 +216,15 @@ TEST_F(ComponentThreads, OfAFactoryMayCallTheFrameworkWhenItEnds) {
   Register(ClsidOf(2), "sound");
   Notes().other = ClsidOf(2);
   void* object = nullptr;
-  ASSERT_EQ(yax_status::kOk, yax_->GetComponentInstance(kOwnClass, IID_ITestObject, &object));
+  ASSERT_EQ(yax_framework::kOk, yax_->GetComponentInstance(kOwnClass, IID_ITestObject, &object));
   EXPECT_EQ(0u, Notes().answers[1]) << "the thread that it waited for";
   EXPECT_EQ(0u, static_cast<ITestObject*>(object)->Release());
   Notes().answers[1] = 1;
-  EXPECT_EQ(yax_status::kOk, loader_->LockComponent(kOwnClass, 1));
+  EXPECT_EQ(yax_framework::kOk, loader_->LockComponent(kOwnClass, 1));
   EXPECT_EQ(0u, Notes().answers[1]);
   EXPECT_EQ(4u, Notes().factoriesGone);
-  EXPECT_EQ(yax_status::kOk, loader_->LockComponent(kOwnClass, 0));
-  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwnClass));
+  EXPECT_EQ(yax_framework::kOk, loader_->LockComponent(kOwnClass, 0));
+  EXPECT_EQ(yax_framework::kOk, loader_->UnloadComponent(kOwnClass));
 }
 
 }  // namespace

@@ -60,13 +60,13 @@ TEST_F(DurabilityChoice, AModeThatCannotBeHadIsRefused) {
   EXPECT_EQ(status, usual == kProcess ? 0u : 0xE000000Du);
   std::filesystem::create_directory(path + ".journal");
   SetYAXDurability(YAX_DURABILITY_POWER);
-  EXPECT_EQ(yax_status::kRegistryFailed, CreateYAX(path.c_str()));
+  EXPECT_EQ(yax_framework::kRegistryFailed, CreateYAX(path.c_str()));
 }
 
 TEST_F(DurabilityChoice, ANumberThatIsNoModeIsRefused) {
-  EXPECT_EQ(yax_status::kOk, SetYAXDurability(YAX_DURABILITY_POWER));
-  EXPECT_EQ(yax_status::kBadArgument, SetYAXDurability(4));
-  EXPECT_EQ(yax_status::kBadArgument, SetYAXDurability(0xFFFFFFFF));
+  EXPECT_EQ(yax_framework::kOk, SetYAXDurability(YAX_DURABILITY_POWER));
+  EXPECT_EQ(yax_framework::kBadArgument, SetYAXDurability(4));
+  EXPECT_EQ(yax_framework::kBadArgument, SetYAXDurability(0xFFFFFFFF));
   EXPECT_EQ(kPower, Mode());
 }
 

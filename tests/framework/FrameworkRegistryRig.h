@@ -9,9 +9,9 @@
 class FrameworkRegistry : public ::testing::Test {
  protected:
   FrameworkRegistry() {
-    EXPECT_EQ(yax_status::kOk, CreateYAX(path.c_str()));
+    EXPECT_EQ(yax_framework::kOk, CreateYAX(path.c_str()));
     void* view = nullptr;
-    EXPECT_EQ(yax_status::kOk, GetYAXInstance(IID_IYAXRegistry, &view));
+    EXPECT_EQ(yax_framework::kOk, GetYAXInstance(IID_IYAXRegistry, &view));
     yax = static_cast<IYAXRegistry*>(view);
     EXPECT_EQ(0u, yax->CreateKey(0, "key"));
   }

@@ -12,7 +12,7 @@ class InfoStoreFields : public InfoStoreTest<Store> {
  protected:
   InfoStoreFields() {
     const YAX_COMPONENT_INFO_ST info = Player();
-    EXPECT_EQ(yax_status::kOk, this->store.RegisterComponent(kClsid, &info));
+    EXPECT_EQ(yax_framework::kOk, this->store.RegisterComponent(kClsid, &info));
   }
   // The name as it is read into a field full of something else; the byte behind it included.
   std::string ReadName() {
@@ -29,7 +29,7 @@ TYPED_TEST(InfoStoreFields, ATextIsWrittenWithAtMost255CharactersAndATerminator)
     YAX_COMPONENT_INFO_ST info = Player();
     FillField(info.CompName, std::string(length, 'n'));
     FillField(info.BinaryPath, std::string(length, 'p'));
-    EXPECT_EQ(yax_status::kOk, this->store.SetComponentInfo(kClsid, &info));
+    EXPECT_EQ(yax_framework::kOk, this->store.SetComponentInfo(kClsid, &info));
     const unsigned int kept = length < 256 ? length : 255;
     EXPECT_EQ(this->Stored(kClsidKey, "CompName"), "type 1: " + std::string(kept, 'n') + '\0');
     EXPECT_EQ(this->Stored(kClsidKey, "BinaryPath"), "type 1: " + std::string(kept, 'p') + '\0');
@@ -40,9 +40,9 @@ TYPED_TEST(InfoStoreFields, ATextIsWrittenWithAtMost255CharactersAndATerminator)
 TYPED_TEST(InfoStoreFields, AFolderIsWrittenWithAtMost255CharactersAndATerminator) {
   YAX_SYSTEM_INFO_ST info = SystemOf(1, "");
   FillField(info.BinDirectory, std::string(256, 'd'));
-  EXPECT_EQ(yax_status::kOk, this->store.SetSystemInfo(&info));
+  EXPECT_EQ(yax_framework::kOk, this->store.SetSystemInfo(&info));
   EXPECT_EQ(this->Stored("YAX_SYSTEM", "BinDirectory"), "type 1: " + std::string(255, 'd') + '\0');
-  EXPECT_EQ(yax_status::kOk, this->store.GetSystemInfo(&info));
+  EXPECT_EQ(yax_framework::kOk, this->store.GetSystemInfo(&info));
   EXPECT_EQ(FieldOf(info.BinDirectory), std::string(255, 'd') + '\0');
 }
 
@@ -54,7 +54,7 @@ TYPED_TEST(InfoStoreFields, OfALongTextTheFieldHolds255Characters) {
   this->Put(kClsidKey, "BinaryPath", 1, std::string(1024, 'y'));
   char binary[kYAXTextSize + 1];
   std::memset(binary, '#', sizeof binary);
-  EXPECT_EQ(yax_status::kOk, this->store.GetComponentBinPath(kClsid, binary));
+  EXPECT_EQ(yax_framework::kOk, this->store.GetComponentBinPath(kClsid, binary));
   EXPECT_EQ(std::string(binary, sizeof binary), std::string(255, 'y') + '\0' + '#');
 }
 
@@ -66,10 +66,10 @@ TYPED_TEST(InfoStoreFields, ATextWithoutTerminatorGetsOne) {
 TYPED_TEST(InfoStoreFields, OfANumberTheBytesThatThereAreCount) {
   this->Put(kClsidKey, "Type", 1, "\1\2");
   YAX_COMPONENT_TYPE_ENUM type = YAX_COMPONENT_TYPE_FUNCTION;
-  EXPECT_EQ(yax_status::kOk, this->store.GetComponentType(kClsid, &type));
+  EXPECT_EQ(yax_framework::kOk, this->store.GetComponentType(kClsid, &type));
   EXPECT_EQ(0x0201u, type) << "two bytes of a text";
   this->Put(kClsidKey, "Type", 2, "\1\2\3\4\5\6\7\x8\x9");
-  EXPECT_EQ(yax_status::kOk, this->store.GetComponentType(kClsid, &type));
+  EXPECT_EQ(yax_framework::kOk, this->store.GetComponentType(kClsid, &type));
   EXPECT_EQ(0x04030201u, type) << "the first four of nine";
 }
 
@@ -95,13 +95,13 @@ TEST_F(InfoStoreFileFields, AValueThatIsNotSetCannotBeRead) {
     ASSERT_EQ(0u, registry.CreateValue(0, kClsidKey, name, nullptr));
   }
   YAX_COMPONENT_INFO_ST info = {};
-  EXPECT_EQ(yax_status::kRegistryFailed, store.GetComponentInfo(kClsid, &info));
+  EXPECT_EQ(yax_framework::kRegistryFailed, store.GetComponentInfo(kClsid, &info));
   YAX_COMPONENT_TYPE_ENUM type = YAX_COMPONENT_TYPE_BINARY;
-  EXPECT_EQ(yax_status::kRegistryFailed, store.GetComponentType(kClsid, &type));
+  EXPECT_EQ(yax_framework::kRegistryFailed, store.GetComponentType(kClsid, &type));
   void* function = nullptr;
-  EXPECT_EQ(yax_status::kRegistryFailed, store.GetComponentEntryFunc(kClsid, &function));
+  EXPECT_EQ(yax_framework::kRegistryFailed, store.GetComponentEntryFunc(kClsid, &function));
   char binary[kYAXTextSize];
-  EXPECT_EQ(yax_status::kRegistryFailed, store.GetComponentBinPath(kClsid, binary));
+  EXPECT_EQ(yax_framework::kRegistryFailed, store.GetComponentBinPath(kClsid, binary));
 }
 
 TEST_F(InfoStoreMemoryFields, AValueThatIsNotSetIsEmptyOrZero) {
@@ -109,13 +109,13 @@ TEST_F(InfoStoreMemoryFields, AValueThatIsNotSetIsEmptyOrZero) {
     ASSERT_EQ(0u, registry.CreateValue(0, kClsidKey, name, nullptr));
   }
   YAX_COMPONENT_INFO_ST info = Player();
-  EXPECT_EQ(yax_status::kOk, store.GetComponentInfo(kClsid, &info));
+  EXPECT_EQ(yax_framework::kOk, store.GetComponentInfo(kClsid, &info));
   EXPECT_STREQ(info.CompName, "");
   EXPECT_EQ(0u, info.Type);
   EXPECT_EQ(nullptr, info.FactoryFn);
   EXPECT_STREQ(info.BinaryPath, "");
   void* function = &info;
-  EXPECT_EQ(yax_status::kNoEntry, store.GetComponentEntryFunc(kClsid, &function));
+  EXPECT_EQ(yax_framework::kNoEntry, store.GetComponentEntryFunc(kClsid, &function));
   EXPECT_EQ(nullptr, function);
 }
 

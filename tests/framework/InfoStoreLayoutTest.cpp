@@ -25,7 +25,7 @@ constexpr unsigned int kFirstBlock = 52592;
 
 TYPED_TEST(InfoStoreLayout, ARegisteredComponentIsFourValuesOfItsKey) {
   const YAX_COMPONENT_INFO_ST info = Player();
-  ASSERT_EQ(yax_status::kOk, this->store.RegisterComponent(kClsid, &info));
+  ASSERT_EQ(yax_framework::kOk, this->store.RegisterComponent(kClsid, &info));
   const auto part = [&](size_t offset, size_t count) {
     return tamu::registry::FilePart(this->path, offset, count);
   };
@@ -50,8 +50,8 @@ TYPED_TEST(InfoStoreLayout, ADamagedComponentDoesNotConcernOthers) {
   const YAX_COMPONENT_INFO_ST info = Player();
   YAX_GUID_ST other = kClsid;
   ++other.Data1;
-  ASSERT_EQ(yax_status::kOk, this->store.RegisterComponent(kClsid, &info));
-  ASSERT_EQ(yax_status::kOk, this->store.RegisterComponent(other, &info));
+  ASSERT_EQ(yax_framework::kOk, this->store.RegisterComponent(kClsid, &info));
+  ASSERT_EQ(yax_framework::kOk, this->store.RegisterComponent(other, &info));
   const auto putNext = [&](unsigned int id) {  // of the newest value of the other one
     std::fstream file(this->path, std::ios::in | std::ios::out | std::ios::binary);
     file.seekp(kFirstValue + 7 * 52);
@@ -59,15 +59,15 @@ TYPED_TEST(InfoStoreLayout, ADamagedComponentDoesNotConcernOthers) {
   };
   putNext(0x7FFF);
   YAX_COMPONENT_INFO_ST read = {};
-  EXPECT_EQ(yax_status::kOk, this->store.GetComponentInfo(kClsid, &read));
+  EXPECT_EQ(yax_framework::kOk, this->store.GetComponentInfo(kClsid, &read));
   EXPECT_EQ("Player", std::string(read.CompName));
-  EXPECT_EQ(yax_status::kRegistryFailed, this->store.GetComponentInfo(other, &read));
+  EXPECT_EQ(yax_framework::kRegistryFailed, this->store.GetComponentInfo(other, &read));
   putNext(0x700);
 }
 
 TYPED_TEST(InfoStoreLayout, TheSystemInformationIsTwoValues) {
   YAX_SYSTEM_INFO_ST info = SystemOf(0x80000001, "/usr/lib");
-  ASSERT_EQ(yax_status::kOk, this->store.SetSystemInfo(&info));
+  ASSERT_EQ(yax_framework::kOk, this->store.SetSystemInfo(&info));
   EXPECT_EQ(tamu::registry::FilePart(this->path, kFirstValue, 52),
             Record(0, 9, 0x61, "BinDirectory", "\0\1\0\0\0\0\0\0"s));
   EXPECT_EQ(tamu::registry::FilePart(this->path, kFirstValue + 52, 52),
@@ -79,22 +79,22 @@ TYPED_TEST(InfoStoreLayout, TheSystemInformationIsTwoValues) {
 TYPED_TEST(InfoStoreLayout, ATypeIsStoredWithoutASign) {
   YAX_COMPONENT_INFO_ST info = Player();
   info.Type = static_cast<YAX_COMPONENT_TYPE_ENUM>(0xFFFFFFFE);
-  ASSERT_EQ(yax_status::kOk, this->store.RegisterComponent(kClsid, &info));
+  ASSERT_EQ(yax_framework::kOk, this->store.RegisterComponent(kClsid, &info));
   EXPECT_EQ("type 0: \xFE\xFF\xFF\xFF\0\0\0\0"s, this->Stored(kClsidKey, "Type"));
   YAX_COMPONENT_TYPE_ENUM type = YAX_COMPONENT_TYPE_FUNCTION;
-  EXPECT_EQ(yax_status::kOk, this->store.GetComponentType(kClsid, &type));
+  EXPECT_EQ(yax_framework::kOk, this->store.GetComponentType(kClsid, &type));
   EXPECT_EQ(0xFFFFFFFE, type);
 }
 
 TYPED_TEST(InfoStoreLayout, TheUpperHalfOfAFunctionIsItsSign) {
   YAX_COMPONENT_INFO_ST info = ComponentOf("", 0, 0x7FFFFFF0, "");
-  ASSERT_EQ(yax_status::kOk, this->store.RegisterComponent(GuidOf(1), &info));
+  ASSERT_EQ(yax_framework::kOk, this->store.RegisterComponent(GuidOf(1), &info));
   EXPECT_EQ("type 0: \xF0\xFF\xFF\x7F\0\0\0\0"s, this->Stored(KeyOf(GuidOf(1)), "FactoryFn"));
   info.FactoryFn = FunctionAt(0x80000000);
-  ASSERT_EQ(yax_status::kOk, this->store.RegisterComponent(GuidOf(2), &info));
+  ASSERT_EQ(yax_framework::kOk, this->store.RegisterComponent(GuidOf(2), &info));
   EXPECT_EQ("type 0: \0\0\0\x80\xFF\xFF\xFF\xFF"s, this->Stored(KeyOf(GuidOf(2)), "FactoryFn"));
   info.FactoryFn = nullptr;
-  ASSERT_EQ(yax_status::kOk, this->store.RegisterComponent(GuidOf(3), &info));
+  ASSERT_EQ(yax_framework::kOk, this->store.RegisterComponent(GuidOf(3), &info));
   EXPECT_EQ("type 0: \0\0\0\0\0\0\0\0"s, this->Stored(KeyOf(GuidOf(3)), "FactoryFn"));
 }
 

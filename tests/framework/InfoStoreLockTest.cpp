@@ -51,7 +51,7 @@ TYPED_TEST(InfoStoreLock, AThreadThatHoldsTheLockUsesTheStoreAndOthersWait) {
   YAX_SYSTEM_INFO_ST system = SystemOf(1, "/lib");
   PCMutex& lock = *CYAXIMMutex::mspMutex;
   lock.Take();
-  ASSERT_EQ(yax_status::kOk, this->store.SetSystemInfo(&system));
+  ASSERT_EQ(yax_framework::kOk, this->store.SetSystemInfo(&system));
   std::atomic<bool> begins{false}, isOver{false};
   std::thread other([&] {
     begins = true;
@@ -60,11 +60,11 @@ TYPED_TEST(InfoStoreLock, AThreadThatHoldsTheLockUsesTheStoreAndOthersWait) {
   });
   while (!begins) std::this_thread::yield();
   for (int i = 0; i < 50; ++i) {
-    EXPECT_EQ(yax_status::kOk, this->store.GetSystemInfo(&system));
+    EXPECT_EQ(yax_framework::kOk, this->store.GetSystemInfo(&system));
     EXPECT_FALSE(isOver) << "it did not wait";
   }
   system.isSingleBin = 0;
-  EXPECT_EQ(yax_status::kOk, this->store.SetSystemInfo(&system));
+  EXPECT_EQ(yax_framework::kOk, this->store.SetSystemInfo(&system));
   lock.Give();
   other.join();
 }

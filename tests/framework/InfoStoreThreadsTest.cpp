@@ -16,11 +16,11 @@ using tamu::registry::Watchdog;
 class FrameworkThreads : public ::testing::Test {
  protected:
   FrameworkThreads() {
-    EXPECT_EQ(yax_status::kOk, CreateYAX(path.c_str()));
+    EXPECT_EQ(yax_framework::kOk, CreateYAX(path.c_str()));
     void* view = nullptr;
-    EXPECT_EQ(yax_status::kOk, GetYAXInstance(IID_IYAXRegistry, &view));
+    EXPECT_EQ(yax_framework::kOk, GetYAXInstance(IID_IYAXRegistry, &view));
     registry = static_cast<IYAXRegistry*>(view);
-    EXPECT_EQ(yax_status::kOk, GetYAXInstance(IID_IYAXInfoManager, &view));
+    EXPECT_EQ(yax_framework::kOk, GetYAXInstance(IID_IYAXInfoManager, &view));
     manager = static_cast<IYAXInfoManager*>(view);
     EXPECT_EQ(0u, registry->CreateKey(0, "app"));
     EXPECT_EQ(0u, registry->CreateValue(0, "app", "text", YAX_REG_DATA_TYPE_STRING, "mine"));
@@ -120,7 +120,7 @@ TEST(InfoStoreThreads, AStoreWorksWhileNewerOnesComeAndGo) {
   ASSERT_EQ(0u, registry.Initialize());
   YAXInfoManagerRCEMemory store(&registry);
   YAX_SYSTEM_INFO_ST first = SystemOf(1, "/lib");
-  ASSERT_EQ(yax_status::kOk, store.SetSystemInfo(&first));
+  ASSERT_EQ(yax_framework::kOk, store.SetSystemInfo(&first));
   Watchdog watchdog("stores that come and go");
   std::atomic<unsigned int> surprises{0};
   OnThreads(3, [&](unsigned int thread) {

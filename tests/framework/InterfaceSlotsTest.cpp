@@ -71,14 +71,14 @@ class InterfaceSlots : public ::testing::Test {
  protected:
   void SetUp() override {
     gFactory = ToldFactory();
-    ASSERT_EQ(yax_status::kOk, independent::CreateYAX((folder / "registry").c_str()));
+    ASSERT_EQ(yax_framework::kOk, independent::CreateYAX((folder / "registry").c_str()));
   }
   ~InterfaceSlots() override { independent::DestroyYAX(); }
 
   template <class Interface>
   static Interface& View(const Guid& iid) {
     void* view = nullptr;
-    EXPECT_EQ(yax_status::kOk, independent::GetYAXInstance(iid, &view));
+    EXPECT_EQ(yax_framework::kOk, independent::GetYAXInstance(iid, &view));
     return *static_cast<Interface*>(view);
   }
   // The framework object's own table.
@@ -88,22 +88,22 @@ class InterfaceSlots : public ::testing::Test {
   void RegisterComponents() {
     independent::Info& info = View<independent::Info>(independent::kInfoInterface);
     const independent::ComponentInfo inProgram = Describe(kInProgram, "in program");
-    EXPECT_EQ(yax_status::kOk, info.RegisterComponent(kInProgram, &inProgram));
+    EXPECT_EQ(yax_framework::kOk, info.RegisterComponent(kInProgram, &inProgram));
     independent::ComponentInfo adder = Describe(kAdder, "adder");
     adder.type = 1;
     std::strncpy(adder.path, YAX_INDEPENDENT_COMPONENT, sizeof adder.path - 1);
-    EXPECT_EQ(yax_status::kOk, info.RegisterComponent(kAdder, &adder));
+    EXPECT_EQ(yax_framework::kOk, info.RegisterComponent(kAdder, &adder));
     info.Release();
   }
 
   template <class Slots>
   void CheckRootSlots(Slots& view) {
     void* out = this;
-    EXPECT_EQ(yax_status::kNoInterface, view.GetInterface(kUnknown, &out));
+    EXPECT_EQ(yax_framework::kNoInterface, view.GetInterface(kUnknown, &out));
     EXPECT_EQ(nullptr, out);
     EXPECT_EQ(3u, view.AddRef());
     EXPECT_EQ(2u, view.Release());
-    EXPECT_EQ(yax_status::kOk, view.GetInterface(independent::kRootInterface, &out));
+    EXPECT_EQ(yax_framework::kOk, view.GetInterface(independent::kRootInterface, &out));
     EXPECT_EQ(2u, static_cast<independent::Root*>(out)->Release());
   }
   template <class Slots>
@@ -126,7 +126,7 @@ class InterfaceSlots : public ::testing::Test {
 template <class Slots>
 void InterfaceSlots::CheckFrameworkSlots(Slots& view) {
   void* made = nullptr;
-  EXPECT_EQ(yax_status::kOk, view.GetComponentFactory(kInProgram, &made));
+  EXPECT_EQ(yax_framework::kOk, view.GetComponentFactory(kInProgram, &made));
   EXPECT_EQ(made, &gFactory);
   EXPECT_EQ(1u, gFactory.references);
   made = nullptr;
@@ -202,42 +202,42 @@ void InterfaceSlots::CheckInfoSlots(Slots& view) {
   independent::SystemInfo read = {};
   EXPECT_EQ(kFailed, view.GetSystemInfo(&read));
   independent::SystemInfo system = {2, "somewhere"};
-  EXPECT_EQ(yax_status::kOk, view.SetSystemInfo(&system));
-  EXPECT_EQ(yax_status::kOk, view.GetSystemInfo(&read));
+  EXPECT_EQ(yax_framework::kOk, view.SetSystemInfo(&system));
+  EXPECT_EQ(yax_framework::kOk, view.GetSystemInfo(&read));
   EXPECT_EQ(2u, read.isSingleBinary);
   EXPECT_STREQ(read.folder, "somewhere");
 
   independent::ComponentInfo first = Describe(kInProgram, "first");
   independent::ComponentInfo* all[] = {&first, nullptr};
   printed.Take();
-  EXPECT_EQ(yax_status::kOk, view.RegisterAllComponent(all));
+  EXPECT_EQ(yax_framework::kOk, view.RegisterAllComponent(all));
   EXPECT_EQ("3 Count = 1\n", printed.Take());
   EXPECT_EQ(kFailed, view.RegisterComponent(kInProgram, &first));
   const independent::ComponentInfo second = Describe(kUnknown, "second");
   EXPECT_EQ(kFailed, view.SetComponentInfo(kUnknown, &second));
-  EXPECT_EQ(yax_status::kOk, view.RegisterComponent(kUnknown, &second));
+  EXPECT_EQ(yax_framework::kOk, view.RegisterComponent(kUnknown, &second));
   EXPECT_EQ("", printed.Take());
   const independent::ComponentInfo third = Describe(kUnknown, "third");
-  EXPECT_EQ(yax_status::kOk, view.SetComponentInfo(kUnknown, &third));
+  EXPECT_EQ(yax_framework::kOk, view.SetComponentInfo(kUnknown, &third));
   independent::ComponentInfo info = {};
-  EXPECT_EQ(yax_status::kOk, view.GetComponentInfo(kUnknown, &info));
+  EXPECT_EQ(yax_framework::kOk, view.GetComponentInfo(kUnknown, &info));
   EXPECT_STREQ(info.name, "third");
-  EXPECT_EQ(yax_status::kOk, view.UnregisterComponent(kUnknown));
+  EXPECT_EQ(yax_framework::kOk, view.UnregisterComponent(kUnknown));
   EXPECT_EQ(kFailed, view.GetComponentInfo(kUnknown, &info));
-  EXPECT_EQ(yax_status::kOk, view.UnregisterComponent(kInProgram));
+  EXPECT_EQ(yax_framework::kOk, view.UnregisterComponent(kInProgram));
 }
 
 template <class Slots>
 void InterfaceSlots::CheckLoadSlots(Slots& view) {
   void* handle = nullptr;
-  EXPECT_EQ(yax_status::kOk, view.LoadComponent(kAdder, &handle));
+  EXPECT_EQ(yax_framework::kOk, view.LoadComponent(kAdder, &handle));
   void* same = dlopen(YAX_INDEPENDENT_COMPONENT, RTLD_NOW | RTLD_NOLOAD);
   EXPECT_NE(nullptr, same);
   EXPECT_EQ(handle, same);
   if (same != nullptr) dlclose(same);
   EXPECT_EQ(0x66u, view.LockComponent(kInProgram, 5));
   EXPECT_EQ(5u, gFactory.locked);
-  EXPECT_EQ(yax_status::kOk, view.UnloadComponent(kAdder));
+  EXPECT_EQ(yax_framework::kOk, view.UnloadComponent(kAdder));
   EXPECT_EQ(nullptr, dlopen(YAX_INDEPENDENT_COMPONENT, RTLD_NOW | RTLD_NOLOAD));
 }
 
@@ -293,7 +293,7 @@ TEST_F(InterfaceSlots, OfTheObjectItselfAreAllOfThemAndTheDestructor) {
   delete &object;
   EXPECT_EQ("3 *********** ~YAX ***********\n", printed.Take());
   void* view = nullptr;
-  EXPECT_EQ(yax_status::kNoFramework,
+  EXPECT_EQ(yax_framework::kNoFramework,
             independent::GetYAXInstance(independent::kRootInterface, &view));
 }
 
@@ -302,7 +302,7 @@ TEST_F(InterfaceSlots, AnotherIdentifierOfTheFrameworkIsThatOfItsRoot) {
   independent::Object& object = Table();
   EXPECT_EQ(static_cast<void*>(&root), static_cast<void*>(&object));
   void* view = this;
-  EXPECT_EQ(yax_status::kNoInterface,
+  EXPECT_EQ(yax_framework::kNoInterface,
             independent::GetYAXInstance(independent::kFactoryInterface, &view));
   EXPECT_EQ(nullptr, view);
   EXPECT_EQ(2u, root.Release());

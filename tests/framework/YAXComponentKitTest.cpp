@@ -60,7 +60,7 @@ TEST_F(YAXComponentKitTest, AFactoryComesWithOneReferenceAndKeepsTheComponent) {
 TEST_F(YAXComponentKitTest, AnObjectComesWithOneReferenceAndKeepsTheComponent) {
   YAXComponentFactory* factory = Factory();
   void* made = nullptr;
-  EXPECT_EQ(yax_status::kOk, factory->CreateObject(IID_ITally, &made));
+  EXPECT_EQ(yax_framework::kOk, factory->CreateObject(IID_ITally, &made));
   EXPECT_EQ(0u, factory->Release());
   ITally* tally = static_cast<ITally*>(made);
   EXPECT_NE(0u, canUnload());
@@ -77,7 +77,7 @@ TEST_F(YAXComponentKitTest, EachObjectIsANewOne) {
   ITally* tallies[2] = {};
   for (ITally*& tally : tallies) {
     void* made = nullptr;
-    EXPECT_EQ(yax_status::kOk, factory->CreateObject(IID_ITally, &made));
+    EXPECT_EQ(yax_framework::kOk, factory->CreateObject(IID_ITally, &made));
     tally = static_cast<ITally*>(made);
     EXPECT_EQ(1u, tally->Count());
   }
@@ -90,26 +90,26 @@ TEST_F(YAXComponentKitTest, EachObjectIsANewOne) {
 
 TEST_F(YAXComponentKitTest, LocksKeepTheComponentAndAreCounted) {
   YAXComponentFactory* factory = Factory();
-  EXPECT_EQ(yax_status::kUnspecified, factory->LockBinary(0));  // there is none
-  EXPECT_EQ(yax_status::kOk, factory->LockBinary(1));
-  EXPECT_EQ(yax_status::kOk, factory->LockBinary(77));
+  EXPECT_EQ(yax_framework::kUnspecified, factory->LockBinary(0));  // there is none
+  EXPECT_EQ(yax_framework::kOk, factory->LockBinary(1));
+  EXPECT_EQ(yax_framework::kOk, factory->LockBinary(77));
   EXPECT_EQ(0u, factory->Release());
   EXPECT_NE(0u, canUnload());
   factory = Factory();
-  EXPECT_EQ(yax_status::kOk, factory->LockBinary(0));
-  EXPECT_EQ(yax_status::kOk, factory->LockBinary(0));
-  EXPECT_EQ(yax_status::kUnspecified, factory->LockBinary(0));
+  EXPECT_EQ(yax_framework::kOk, factory->LockBinary(0));
+  EXPECT_EQ(yax_framework::kOk, factory->LockBinary(0));
+  EXPECT_EQ(yax_framework::kUnspecified, factory->LockBinary(0));
   EXPECT_EQ(0u, factory->Release());
 }
 
 TEST_F(YAXComponentKitTest, ObjectsAreNotTakenForLocks) {
   YAXComponentFactory* factory = Factory();
   void* made = nullptr;
-  EXPECT_EQ(yax_status::kOk, factory->CreateObject(IID_ITally, &made));
-  EXPECT_EQ(yax_status::kUnspecified, factory->LockBinary(0));
-  EXPECT_EQ(yax_status::kOk, factory->LockBinary(1));
-  EXPECT_EQ(yax_status::kOk, factory->LockBinary(0));
-  EXPECT_EQ(yax_status::kUnspecified, factory->LockBinary(0));
+  EXPECT_EQ(yax_framework::kOk, factory->CreateObject(IID_ITally, &made));
+  EXPECT_EQ(yax_framework::kUnspecified, factory->LockBinary(0));
+  EXPECT_EQ(yax_framework::kOk, factory->LockBinary(1));
+  EXPECT_EQ(yax_framework::kOk, factory->LockBinary(0));
+  EXPECT_EQ(yax_framework::kUnspecified, factory->LockBinary(0));
   EXPECT_EQ(0u, factory->Release());
   EXPECT_NE(0u, canUnload());
   EXPECT_EQ(0u, static_cast<ITally*>(made)->Release());
@@ -118,16 +118,16 @@ TEST_F(YAXComponentKitTest, ObjectsAreNotTakenForLocks) {
 TEST_F(YAXComponentKitTest, InterfacesLeadToTheObjectAndItsRoot) {
   YAXComponentFactory* factory = Factory();
   void* made = nullptr;
-  EXPECT_EQ(yax_status::kOk, factory->CreateObject(IID_IYAXCompBase, &made));
+  EXPECT_EQ(yax_framework::kOk, factory->CreateObject(IID_IYAXCompBase, &made));
   IYAXCompBase* root = static_cast<IYAXCompBase*>(made);
   void* view = nullptr;
-  EXPECT_EQ(yax_status::kOk, root->GetInterface(IID_ITally, &view));
+  EXPECT_EQ(yax_framework::kOk, root->GetInterface(IID_ITally, &view));
   EXPECT_EQ(1u, static_cast<ITally*>(view)->Count());
   EXPECT_EQ(1u, static_cast<ITally*>(view)->Release());
   EXPECT_EQ(0u, root->Release());
-  EXPECT_EQ(yax_status::kOk, factory->GetInterface(IID_IYAXCompBase, &view));
+  EXPECT_EQ(yax_framework::kOk, factory->GetInterface(IID_IYAXCompBase, &view));
   EXPECT_EQ(1u, static_cast<IYAXCompBase*>(view)->Release());
-  EXPECT_EQ(yax_status::kOk, factory->GetInterface(IID_YAXComponentFactory, &view));
+  EXPECT_EQ(yax_framework::kOk, factory->GetInterface(IID_YAXComponentFactory, &view));
   EXPECT_EQ(1u, static_cast<YAXComponentFactory*>(view)->Release());
   EXPECT_EQ(0u, factory->Release());
 }
@@ -135,43 +135,43 @@ TEST_F(YAXComponentKitTest, InterfacesLeadToTheObjectAndItsRoot) {
 TEST_F(YAXComponentKitTest, UnknownInterfacesGiveNothingAndLeaveNothing) {
   YAXComponentFactory* factory = Factory();
   void* out = this;
-  EXPECT_EQ(yax_status::kNoInterface, factory->CreateObject(IID_IYAX, &out));
+  EXPECT_EQ(yax_framework::kNoInterface, factory->CreateObject(IID_IYAX, &out));
   EXPECT_EQ(nullptr, out);
-  EXPECT_EQ(yax_status::kBadArgument, factory->CreateObject(IID_ITally, nullptr));
+  EXPECT_EQ(yax_framework::kBadArgument, factory->CreateObject(IID_ITally, nullptr));
   out = this;
-  EXPECT_EQ(yax_status::kNoInterface, factory->GetInterface(IID_ITally, &out));
+  EXPECT_EQ(yax_framework::kNoInterface, factory->GetInterface(IID_ITally, &out));
   EXPECT_EQ(nullptr, out);
-  EXPECT_EQ(yax_status::kBadArgument, factory->GetInterface(IID_YAXComponentFactory, nullptr));
+  EXPECT_EQ(yax_framework::kBadArgument, factory->GetInterface(IID_YAXComponentFactory, nullptr));
   EXPECT_EQ(0u, factory->Release());
   EXPECT_EQ(0u, canUnload());
 }
 
 TEST_F(YAXComponentKitTest, TheEntryAnswersForItsOwnComponentOnly) {
   void* out = this;
-  EXPECT_EQ(yax_status::kNotRegistered, getFactory(IID_ITally, IID_YAXComponentFactory, &out));
+  EXPECT_EQ(yax_framework::kNotRegistered, getFactory(IID_ITally, IID_YAXComponentFactory, &out));
   EXPECT_EQ(nullptr, out);
   out = this;
-  EXPECT_EQ(yax_status::kNoInterface, getFactory(CLSID_Tally, IID_ITally, &out));
+  EXPECT_EQ(yax_framework::kNoInterface, getFactory(CLSID_Tally, IID_ITally, &out));
   EXPECT_EQ(nullptr, out);
-  EXPECT_EQ(yax_status::kBadArgument, getFactory(CLSID_Tally, IID_YAXComponentFactory, nullptr));
+  EXPECT_EQ(yax_framework::kBadArgument, getFactory(CLSID_Tally, IID_YAXComponentFactory, nullptr));
 }
 
 // The same through the framework.
 class ComponentKitInFramework : public ::testing::Test {
  protected:
   void SetUp() override {
-    ASSERT_EQ(yax_status::kOk, CreateYAX((folder / "registry").c_str()));
+    ASSERT_EQ(yax_framework::kOk, CreateYAX((folder / "registry").c_str()));
     void* view = nullptr;
-    ASSERT_EQ(yax_status::kOk, GetYAXInstance(IID_IYAXInfoManager, &view));
+    ASSERT_EQ(yax_framework::kOk, GetYAXInstance(IID_IYAXInfoManager, &view));
     IYAXInfoManager* manager = static_cast<IYAXInfoManager*>(view);
     YAX_COMPONENT_INFO_ST info = {};
     info.Type = YAX_COMPONENT_TYPE_BINARY;
     std::strncpy(info.BinaryPath, YAX_KIT_COMPONENT, sizeof info.BinaryPath - 1);
-    EXPECT_EQ(yax_status::kOk, manager->RegisterComponent(CLSID_Tally, &info));
+    EXPECT_EQ(yax_framework::kOk, manager->RegisterComponent(CLSID_Tally, &info));
     manager->Release();
-    ASSERT_EQ(yax_status::kOk, GetYAXInstance(IID_IYAX, &view));
+    ASSERT_EQ(yax_framework::kOk, GetYAXInstance(IID_IYAX, &view));
     yax = static_cast<IYAX*>(view);
-    ASSERT_EQ(yax_status::kOk, GetYAXInstance(IID_IYAXDynamicLoad, &view));
+    ASSERT_EQ(yax_framework::kOk, GetYAXInstance(IID_IYAXDynamicLoad, &view));
     loader = static_cast<IYAXDynamicLoad*>(view);
   }
   ~ComponentKitInFramework() override {
@@ -190,24 +190,24 @@ TEST_F(ComponentKitInFramework, IsUnmappedWhenTheLastObjectIsGone) {
   // Loaded anew, it counts from the beginning.
   for (int round = 0; round < 2; ++round) {
     void* made = nullptr;
-    ASSERT_EQ(yax_status::kOk, yax->GetComponentInstance(CLSID_Tally, IID_ITally, &made));
+    ASSERT_EQ(yax_framework::kOk, yax->GetComponentInstance(CLSID_Tally, IID_ITally, &made));
     ITally* tally = static_cast<ITally*>(made);
     EXPECT_EQ(1u, tally->Count());
-    EXPECT_EQ(yax_status::kInUse, loader->UnloadComponent(CLSID_Tally));
+    EXPECT_EQ(yax_framework::kInUse, loader->UnloadComponent(CLSID_Tally));
     EXPECT_EQ(2u, tally->Count());
     EXPECT_EQ(0u, tally->Release());
-    EXPECT_EQ(yax_status::kOk, loader->UnloadComponent(CLSID_Tally));
+    EXPECT_EQ(yax_framework::kOk, loader->UnloadComponent(CLSID_Tally));
     ExpectUnmapped();
   }
 }
 
 TEST_F(ComponentKitInFramework, IsUnmappedWhenTheLastLockIsGone) {
-  EXPECT_EQ(yax_status::kOk, loader->LockComponent(CLSID_Tally, 1));
-  EXPECT_EQ(yax_status::kOk, loader->LockComponent(CLSID_Tally, 1));
-  EXPECT_EQ(yax_status::kOk, loader->LockComponent(CLSID_Tally, 0));
-  EXPECT_EQ(yax_status::kInUse, loader->UnloadComponent(CLSID_Tally));
-  EXPECT_EQ(yax_status::kOk, loader->LockComponent(CLSID_Tally, 0));
-  EXPECT_EQ(yax_status::kOk, loader->UnloadComponent(CLSID_Tally));
+  EXPECT_EQ(yax_framework::kOk, loader->LockComponent(CLSID_Tally, 1));
+  EXPECT_EQ(yax_framework::kOk, loader->LockComponent(CLSID_Tally, 1));
+  EXPECT_EQ(yax_framework::kOk, loader->LockComponent(CLSID_Tally, 0));
+  EXPECT_EQ(yax_framework::kInUse, loader->UnloadComponent(CLSID_Tally));
+  EXPECT_EQ(yax_framework::kOk, loader->LockComponent(CLSID_Tally, 0));
+  EXPECT_EQ(yax_framework::kOk, loader->UnloadComponent(CLSID_Tally));
   ExpectUnmapped();
 }
 

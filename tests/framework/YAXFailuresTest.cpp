@@ -15,25 +15,25 @@ constexpr char kBeginsAndEnds[] = "3 *********** YAX ***********\n3 *********** 
 void ExpectNotMade(const std::string& path) {
   PrintedMessages printed;
   const int descriptor = NextDescriptor();
-  EXPECT_EQ(yax_status::kRegistryFailed, CreateYAX(path.c_str()));
+  EXPECT_EQ(yax_framework::kRegistryFailed, CreateYAX(path.c_str()));
   EXPECT_EQ(kBeginsAndEnds, printed.Take());
   void* view = nullptr;
-  EXPECT_EQ(yax_status::kNoFramework, GetYAXInstance(IID_IYAX, &view));
-  EXPECT_EQ(yax_status::kOk, DestroyYAX());
+  EXPECT_EQ(yax_framework::kNoFramework, GetYAXInstance(IID_IYAX, &view));
+  EXPECT_EQ(yax_framework::kOk, DestroyYAX());
   EXPECT_EQ("", printed.Take());
   EXPECT_EQ(NextDescriptor(), descriptor);
 }
 
 // A framework on the path works, and ends.
 void ExpectMade(const std::string& path) {
-  ASSERT_EQ(yax_status::kOk, CreateYAX(path.c_str()));
+  ASSERT_EQ(yax_framework::kOk, CreateYAX(path.c_str()));
   void* view = nullptr;
-  ASSERT_EQ(yax_status::kOk, GetYAXInstance(IID_IYAXRegistry, &view));
+  ASSERT_EQ(yax_framework::kOk, GetYAXInstance(IID_IYAXRegistry, &view));
   IYAXRegistry* registry = static_cast<IYAXRegistry*>(view);
   EXPECT_EQ(0u, registry->CreateKey(0, "key"));
   EXPECT_EQ(0u, registry->DeleteKey(0, "key"));
   EXPECT_EQ(1u, registry->Release());
-  EXPECT_EQ(yax_status::kOk, DestroyYAX());
+  EXPECT_EQ(yax_framework::kOk, DestroyYAX());
 }
 
 class YAXFailures : public ::testing::Test {
@@ -109,9 +109,9 @@ TEST_F(YAXFailures, NoDescriptorLeft) {
 
 TEST_F(YAXFailures, LeaveAnOlderFrameworkAlone) {
   PutFile(path, "no registry");
-  ASSERT_EQ(yax_status::kOk, CreateYAX((folder / "first").c_str()));
+  ASSERT_EQ(yax_framework::kOk, CreateYAX((folder / "first").c_str()));
   void* view = nullptr;
-  ASSERT_EQ(yax_status::kOk, GetYAXInstance(IID_IYAXRegistry, &view));
+  ASSERT_EQ(yax_framework::kOk, GetYAXInstance(IID_IYAXRegistry, &view));
   IYAXRegistry* first = static_cast<IYAXRegistry*>(view);
   DestroyYAX();
   ExpectNotMade(path);

@@ -14,16 +14,16 @@ struct Named {
 };
 
 constexpr Named kAll[] = {
-    {yax_status::kNotProvided, 0xE0000002},   {yax_status::kNoMemory, 0xE0000003},
-    {yax_status::kNotRegistered, 0xE0000004}, {yax_status::kNoFramework, 0xE0000005},
-    {yax_status::kNoInterface, 0xE0000007},   {yax_status::kBadArgument, 0xE0000008},
-    {yax_status::kCannotLoad, 0xE0000009},    {yax_status::kCannotClose, 0xE000000A},
-    {yax_status::kInUse, 0xE000000B},         {yax_status::kRegistryFailed, 0xE000000D},
-    {yax_status::kNoEntry, 0xE000000F},       {yax_status::kUnspecified, 0xE0000010},
+    {yax_framework::kNotProvided, 0xE0000002},   {yax_framework::kNoMemory, 0xE0000003},
+    {yax_framework::kNotRegistered, 0xE0000004}, {yax_framework::kNoFramework, 0xE0000005},
+    {yax_framework::kNoInterface, 0xE0000007},   {yax_framework::kBadArgument, 0xE0000008},
+    {yax_framework::kCannotLoad, 0xE0000009},    {yax_framework::kCannotClose, 0xE000000A},
+    {yax_framework::kInUse, 0xE000000B},         {yax_framework::kRegistryFailed, 0xE000000D},
+    {yax_framework::kNoEntry, 0xE000000F},       {yax_framework::kUnspecified, 0xE0000010},
 };
 
 TEST(YAXStatus, HasFixedValues) {
-  EXPECT_EQ(yax_status::kOk, 0u);
+  EXPECT_EQ(yax_framework::kOk, 0u);
   for (const Named& named : kAll) EXPECT_EQ(named.status, named.value);
 }
 

@@ -26,15 +26,15 @@ IYAXRegistry* RegistryView() {
 class YAXTest : public ::testing::Test {
  protected:
   ~YAXTest() override {
-    EXPECT_EQ(yax_status::kOk, DestroyYAX());
+    EXPECT_EQ(yax_framework::kOk, DestroyYAX());
     ExpectNoFramework();
   }
   static void ExpectNoFramework() {
     void* view = nullptr;
-    EXPECT_EQ(yax_status::kNoFramework, GetYAXInstance(IID_IYAX, &view));
+    EXPECT_EQ(yax_framework::kNoFramework, GetYAXInstance(IID_IYAX, &view));
     EXPECT_EQ(nullptr, view);
   }
-  void Create() { ASSERT_EQ(yax_status::kOk, CreateYAX(path.c_str())); }
+  void Create() { ASSERT_EQ(yax_framework::kOk, CreateYAX(path.c_str())); }
 
   TempDir folder;
   const std::string path = folder / "registry";
@@ -43,12 +43,12 @@ class YAXTest : public ::testing::Test {
 
 TEST_F(YAXTest, BeforeAndAfterThereIsNoFramework) {
   ExpectNoFramework();
-  EXPECT_EQ(yax_status::kNoFramework, GetYAXInstance(IID_IYAX, nullptr));
-  EXPECT_EQ(yax_status::kOk, DestroyYAX());
+  EXPECT_EQ(yax_framework::kNoFramework, GetYAXInstance(IID_IYAX, nullptr));
+  EXPECT_EQ(yax_framework::kOk, DestroyYAX());
   Create();
-  EXPECT_EQ(yax_status::kOk, DestroyYAX());
+  EXPECT_EQ(yax_framework::kOk, DestroyYAX());
   ExpectNoFramework();
-  EXPECT_EQ(yax_status::kOk, DestroyYAX());
+  EXPECT_EQ(yax_framework::kOk, DestroyYAX());
 }
 
 TEST_F(YAXTest, TheBeginningAndTheEndAreTold) {
@@ -81,10 +81,10 @@ TEST_F(YAXTest, ASecondFrameworkIsNotMade) {
   const std::string bytes = GetFile(path);
   printed.Take();
   const std::string other = folder / "other";
-  EXPECT_EQ(yax_status::kOk, CreateYAX(other.c_str()));
-  EXPECT_EQ(yax_status::kOk, CreateYAX(path.c_str()));
-  EXPECT_EQ(yax_status::kOk, CreateYAX(nullptr));
-  EXPECT_EQ(yax_status::kOk, CreateYAX((folder / "absent/registry").c_str()));
+  EXPECT_EQ(yax_framework::kOk, CreateYAX(other.c_str()));
+  EXPECT_EQ(yax_framework::kOk, CreateYAX(path.c_str()));
+  EXPECT_EQ(yax_framework::kOk, CreateYAX(nullptr));
+  EXPECT_EQ(yax_framework::kOk, CreateYAX((folder / "absent/registry").c_str()));
   EXPECT_EQ("", printed.Take());
   EXPECT_FALSE(std::filesystem::exists(other));
   EXPECT_EQ(GetFile(path), bytes);
@@ -110,9 +110,9 @@ TEST_F(YAXTest, EachViewCountsOnTheOneObject) {
     EXPECT_EQ(view->AddRef(), ++count);
     // Each leads to every other.
     void* other = nullptr;
-    EXPECT_EQ(yax_status::kOk, view->GetInterface(IID_IYAXDynamicLoad, &other));
+    EXPECT_EQ(yax_framework::kOk, view->GetInterface(IID_IYAXDynamicLoad, &other));
     EXPECT_EQ(other, views[4]);
-    EXPECT_EQ(yax_status::kOk, view->GetInterface(IID_IYAXCompBase, &other));
+    EXPECT_EQ(yax_framework::kOk, view->GetInterface(IID_IYAXCompBase, &other));
     EXPECT_EQ(other, views[0]);
     count += 2;
   }
@@ -132,11 +132,11 @@ TEST_F(YAXTest, UnknownInterfacesGiveNothing) {
   nearly.Data1 ^= 0x80000000;
   for (const YAX_GUID_ST& iid : {IID_YAXComponentFactory, nearly, YAX_GUID_ST()}) {
     void* view = this;
-    EXPECT_EQ(yax_status::kNoInterface, GetYAXInstance(iid, &view));
+    EXPECT_EQ(yax_framework::kNoInterface, GetYAXInstance(iid, &view));
     EXPECT_EQ(nullptr, view);
   }
-  EXPECT_EQ(yax_status::kBadArgument, GetYAXInstance(IID_IYAX, nullptr));
-  EXPECT_EQ(yax_status::kBadArgument, GetYAXInstance(IID_YAXComponentFactory, nullptr));
+  EXPECT_EQ(yax_framework::kBadArgument, GetYAXInstance(IID_IYAX, nullptr));
+  EXPECT_EQ(yax_framework::kBadArgument, GetYAXInstance(IID_YAXComponentFactory, nullptr));
   IYAX* view = ViewOf<IYAX>(IID_IYAX);
   EXPECT_EQ(1u, view->Release());  // none of them added a reference
 }
@@ -145,18 +145,18 @@ TEST_F(YAXTest, LivesAsLongAsAView) {
   Create();
   IYAXRegistry* view = RegistryView();
   printed.Take();
-  EXPECT_EQ(yax_status::kOk, DestroyYAX());
+  EXPECT_EQ(yax_framework::kOk, DestroyYAX());
   ExpectNoFramework();
   EXPECT_EQ("", printed.Take());
   EXPECT_EQ(0u, view->CreateKey(0, "late"));
   void* other = nullptr;
-  EXPECT_EQ(yax_status::kOk, view->GetInterface(IID_IYAX, &other));
+  EXPECT_EQ(yax_framework::kOk, view->GetInterface(IID_IYAX, &other));
   EXPECT_EQ(1u, static_cast<IYAX*>(other)->Release());
   EXPECT_EQ(0u, view->Release());
   EXPECT_EQ(kEnds, printed.Take());
   Create();
   view = RegistryView();
-  EXPECT_EQ(yax_status::kRegistryFailed, view->CreateKey(0, "late"));  // it is there
+  EXPECT_EQ(yax_framework::kRegistryFailed, view->CreateKey(0, "late"));  // it is there
   view->Release();
 }
 
@@ -164,11 +164,11 @@ TEST_F(YAXTest, AnOldFrameworkEndsBesideANewOne) {
   Create();
   IYAXRegistry* old = RegistryView();
   DestroyYAX();
-  ASSERT_EQ(yax_status::kOk, CreateYAX((folder / "second").c_str()));
+  ASSERT_EQ(yax_framework::kOk, CreateYAX((folder / "second").c_str()));
   IYAXRegistry* young = RegistryView();
   ASSERT_NE(nullptr, young);
   EXPECT_NE(young, old);
-  EXPECT_EQ(yax_status::kRegistryFailed,
+  EXPECT_EQ(yax_framework::kRegistryFailed,
             old->CreateKey(0, "old"));  // the process works on one file
   EXPECT_EQ(0u, young->CreateKey(0, "young"));
   printed.Take();
@@ -195,20 +195,20 @@ class TwoFrameworksOnOneFile : public YAXTest {
     second = RegistryView();
     ASSERT_NE(nullptr, second);
     unsigned int handle = 0;
-    EXPECT_EQ(yax_status::kRegistryFailed, second->OpenKey("kept", &handle, 0));
-    EXPECT_EQ(yax_status::kRegistryFailed, second->CreateKey(0, "lost"));
+    EXPECT_EQ(yax_framework::kRegistryFailed, second->OpenKey("kept", &handle, 0));
+    EXPECT_EQ(yax_framework::kRegistryFailed, second->CreateKey(0, "lost"));
     EXPECT_EQ(1u, second->Flush());
     IYAXInfoManager* manager = ViewOf<IYAXInfoManager>(IID_IYAXInfoManager);
     YAX_SYSTEM_INFO_ST system = {};
-    EXPECT_EQ(yax_status::kRegistryFailed, manager->SetSystemInfo(&system));
-    EXPECT_EQ(yax_status::kRegistryFailed, manager->GetSystemInfo(&system));
+    EXPECT_EQ(yax_framework::kRegistryFailed, manager->SetSystemInfo(&system));
+    EXPECT_EQ(yax_framework::kRegistryFailed, manager->GetSystemInfo(&system));
     manager->Release();
     EXPECT_EQ(0u, first->CreateKey(0, "kept/too"));
   }
   void ExpectKept() {
     Create();
     IYAXRegistry* view = RegistryView();
-    EXPECT_EQ(yax_status::kRegistryFailed, view->CreateKey(0, "kept/too"));
+    EXPECT_EQ(yax_framework::kRegistryFailed, view->CreateKey(0, "kept/too"));
     EXPECT_EQ(0u, view->CreateKey(0, "lost"));
     view->Release();
   }
@@ -234,7 +234,7 @@ TEST_F(TwoFrameworksOnOneFile, EndInTheOtherOrder) {
 
 TEST_F(YAXTest, TheCallersTextIsNotNeededAfterwards) {
   std::string text = path;
-  ASSERT_EQ(yax_status::kOk, CreateYAX(text.c_str()));
+  ASSERT_EQ(yax_framework::kOk, CreateYAX(text.c_str()));
   text.assign(text.size(), 'x');
   text = std::string();
   IYAXRegistry* view = RegistryView();
@@ -257,7 +257,7 @@ TEST_F(YAXTest, WithoutAPathTheFileIsInTheWorkingFolder) {
     if (view != nullptr) view->Release();
     return DestroyYAX() == 0 && works;
   }));
-  ASSERT_EQ(yax_status::kOk, CreateYAX((folder / "yax.rce").c_str()));
+  ASSERT_EQ(yax_framework::kOk, CreateYAX((folder / "yax.rce").c_str()));
   IYAXRegistry* view = RegistryView();
   EXPECT_EQ(0u, view->DeleteKey(0, "key"));
   view->Release();
@@ -273,9 +273,9 @@ TEST_F(YAXTest, NothingIsRegisteredAtTheBeginning) {
   Create();
   IYAXInfoManager* view = ViewOf<IYAXInfoManager>(IID_IYAXInfoManager);
   YAX_SYSTEM_INFO_ST system = {};
-  EXPECT_EQ(yax_status::kRegistryFailed, view->GetSystemInfo(&system));
+  EXPECT_EQ(yax_framework::kRegistryFailed, view->GetSystemInfo(&system));
   YAX_COMPONENT_INFO_ST info = {};
-  EXPECT_EQ(yax_status::kRegistryFailed, view->GetComponentInfo(IID_IYAX, &info));
+  EXPECT_EQ(yax_framework::kRegistryFailed, view->GetComponentInfo(IID_IYAX, &info));
   view->Release();
   DestroyYAX();
   // But for four bytes without a meaning.
@@ -287,13 +287,13 @@ TEST_F(YAXTest, WhatWasStoredIsThereTheNextTime) {
   Create();
   IYAXInfoManager* view = ViewOf<IYAXInfoManager>(IID_IYAXInfoManager);
   YAX_SYSTEM_INFO_ST system = {7, "components"};
-  EXPECT_EQ(yax_status::kOk, view->SetSystemInfo(&system));
+  EXPECT_EQ(yax_framework::kOk, view->SetSystemInfo(&system));
   view->Release();
   DestroyYAX();
   Create();
   view = ViewOf<IYAXInfoManager>(IID_IYAXInfoManager);
   YAX_SYSTEM_INFO_ST read = {};
-  EXPECT_EQ(yax_status::kOk, view->GetSystemInfo(&read));
+  EXPECT_EQ(yax_framework::kOk, view->GetSystemInfo(&read));
   EXPECT_EQ(7u, read.isSingleBin);
   EXPECT_STREQ(read.BinDirectory, "components");
   view->Release();

@@ -6,7 +6,7 @@ namespace {
 struct LoadsAgain {
   ~LoadsAgain() {
     void* loader = nullptr;
-    if (GetYAXInstance(IID_IYAXDynamicLoad, &loader) != yax_status::kOk) return;
+    if (GetYAXInstance(IID_IYAXDynamicLoad, &loader) != yax_framework::kOk) return;
     void* handle = nullptr;
     Notes().answers[0] =
         static_cast<IYAXDynamicLoad*>(loader)->LoadComponent(Notes().self, &handle);

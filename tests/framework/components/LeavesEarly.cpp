@@ -6,7 +6,7 @@ namespace {
 
 void UnloadItself(unsigned int call) {
   void* loader = nullptr;
-  if (GetYAXInstance(IID_IYAXDynamicLoad, &loader) != yax_status::kOk) return;
+  if (GetYAXInstance(IID_IYAXDynamicLoad, &loader) != yax_framework::kOk) return;
   Notes().answers[call] = static_cast<IYAXDynamicLoad*>(loader)->UnloadComponent(Notes().self);
   static_cast<IYAXDynamicLoad*>(loader)->Release();
 }

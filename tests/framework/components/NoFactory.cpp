@@ -3,7 +3,7 @@
 
 unsigned int EntryFn_getFactory(const YAX_GUID_ST&, const YAX_GUID_ST&, void**) {
   ++Notes().entered;
-  return yax_status::kOk;
+  return yax_framework::kOk;
 }
 
 unsigned int EntryFn_canUnloadNow() {

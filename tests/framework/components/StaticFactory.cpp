@@ -15,7 +15,7 @@ class StaticFactory : public YAXComponentFactory {
  public:
   unsigned int GetInterface(const YAX_GUID_ST&, void** out) override {
     *out = this;
-    return yax_status::kOk;
+    return yax_framework::kOk;
   }
   unsigned int AddRef() override { return 1; }
   unsigned int Release() override {
@@ -27,7 +27,7 @@ class StaticFactory : public YAXComponentFactory {
   }
   unsigned int LockBinary(unsigned int lock) override {
     lock != 0 ? ++yax_component::locks : --yax_component::locks;
-    return yax_status::kOk;
+    return yax_framework::kOk;
   }
 } factory;
 
@@ -35,7 +35,7 @@ class StaticFactory : public YAXComponentFactory {
 
 unsigned int EntryFn_getFactory(const YAX_GUID_ST&, const YAX_GUID_ST&, void** out) {
   *out = static_cast<YAXComponentFactory*>(&factory);
-  return yax_status::kOk;
+  return yax_framework::kOk;
 }
 
 unsigned int EntryFn_canUnloadNow() {

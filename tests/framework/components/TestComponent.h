@@ -44,9 +44,9 @@ class TestFactory : public yax_component::Factory<TestObject> {
 template <class MadeFactory>
 unsigned int GiveFactory(const YAX_GUID_ST& iid, void** factory) {
   ++Notes().entered;
-  if (iid != IID_YAXComponentFactory) return yax_status::kNoInterface;
+  if (iid != IID_YAXComponentFactory) return yax_framework::kNoInterface;
   *factory = static_cast<YAXComponentFactory*>(new MadeFactory);
-  return yax_status::kOk;
+  return yax_framework::kOk;
 }
 
 // What EntryFn_canUnloadNow answers.

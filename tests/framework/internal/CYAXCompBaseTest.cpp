@@ -35,7 +35,7 @@ TEST(CYAXCompBase, BeginsWithOneReference) {
 TEST(CYAXCompBase, GivesItselfWithAReferenceAsTheRootInterface) {
   Thing* thing = new Thing;
   void* view = nullptr;
-  EXPECT_EQ(yax_status::kOk, thing->GetInterface(IID_IYAXCompBase, &view));
+  EXPECT_EQ(yax_framework::kOk, thing->GetInterface(IID_IYAXCompBase, &view));
   EXPECT_EQ(view, static_cast<IYAXCompBase*>(thing));
   EXPECT_EQ(1u, static_cast<IYAXCompBase*>(view)->Release());
   EXPECT_EQ(0u, gEnded);
@@ -49,7 +49,7 @@ TEST(CYAXCompBase, KnowsNoOtherInterface) {
   for (const YAX_GUID_ST& iid : {IID_IYAX, IID_IYAXRegistry, IID_IYAXInfoManager,
                                  IID_IYAXDynamicLoad, IID_YAXComponentFactory, nearly}) {
     void* view = thing;
-    EXPECT_EQ(yax_status::kNoInterface, thing->GetInterface(iid, &view));
+    EXPECT_EQ(yax_framework::kNoInterface, thing->GetInterface(iid, &view));
     EXPECT_EQ(nullptr, view);
   }
   EXPECT_EQ(0u, thing->Release());
@@ -57,8 +57,8 @@ TEST(CYAXCompBase, KnowsNoOtherInterface) {
 
 TEST(CYAXCompBase, RefusesToGiveAnInterfaceNowhere) {
   Thing* thing = new Thing;
-  EXPECT_EQ(yax_status::kBadArgument, thing->GetInterface(IID_IYAXCompBase, nullptr));
-  EXPECT_EQ(yax_status::kBadArgument, thing->GetInterface(IID_IYAX, nullptr));
+  EXPECT_EQ(yax_framework::kBadArgument, thing->GetInterface(IID_IYAXCompBase, nullptr));
+  EXPECT_EQ(yax_framework::kBadArgument, thing->GetInterface(IID_IYAX, nullptr));
   EXPECT_EQ(0u, thing->Release());
 }
 
@@ -84,7 +84,7 @@ TEST(CYAXCompBase, HasItsDestructorBehindRelease) {
   asm volatile("" : "+r"(thing) : : "memory");
   independent::CountedObject* table = static_cast<independent::CountedObject*>(thing);
   void* view = nullptr;
-  EXPECT_EQ(yax_status::kOk, table->GetInterface(independent::kRootInterface, &view));
+  EXPECT_EQ(yax_framework::kOk, table->GetInterface(independent::kRootInterface, &view));
   EXPECT_EQ(view, thing);
   EXPECT_EQ(3u, table->AddRef());
   EXPECT_EQ(2u, table->Release());

@@ -47,20 +47,21 @@ TEST_F(CYAXComponentsTest, AreLoadedOnceAndUnloaded) {
   EXPECT_EQ(Load(kOwn), handle);
   EXPECT_EQ(Load(kOwn), handle);
   EXPECT_EQ(1u, Notes().opened);
-  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn)) << "once, however often it was loaded";
+  EXPECT_EQ(yax_framework::kOk, loader_->UnloadComponent(kOwn))
+      << "once, however often it was loaded";
   EXPECT_EQ(1u, Notes().closed);
   EXPECT_FALSE(IsMapped(sound_));
-  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
+  EXPECT_EQ(yax_framework::kOk, loader_->UnloadComponent(kOwn));
   EXPECT_NE(nullptr, Load(kOwn));
   EXPECT_EQ(2u, Notes().opened);
 }
 
 TEST_F(CYAXComponentsTest, ANullHandleIsRefusedBeforeAnythingElse) {
   Register(kOwn, "sound");
-  EXPECT_EQ(yax_status::kBadArgument, loader_->LoadComponent(kOwn, nullptr));
-  EXPECT_EQ(yax_status::kBadArgument, loader_->LoadComponent(kUnknown, nullptr));
+  EXPECT_EQ(yax_framework::kBadArgument, loader_->LoadComponent(kOwn, nullptr));
+  EXPECT_EQ(yax_framework::kBadArgument, loader_->LoadComponent(kUnknown, nullptr));
   SetSystem(1);
-  EXPECT_EQ(yax_status::kBadArgument, loader_->LoadComponent(kOwn, nullptr));
+  EXPECT_EQ(yax_framework::kBadArgument, loader_->LoadComponent(kOwn, nullptr));
   EXPECT_FALSE(IsMapped(sound_));
 }
 
@@ -68,8 +69,8 @@ TEST_F(CYAXComponentsTest, NullPlacesForTheOutcomeAreRefusedBeforeAnythingElse) 
   Register(kOwn, "sound");
   PrintedMessages printed;
   for (const YAX_GUID_ST& clsid : {kOwn, kUnknown}) {
-    EXPECT_EQ(yax_status::kBadArgument, yax_->GetComponentFactory(clsid, nullptr));
-    EXPECT_EQ(yax_status::kBadArgument,
+    EXPECT_EQ(yax_framework::kBadArgument, yax_->GetComponentFactory(clsid, nullptr));
+    EXPECT_EQ(yax_framework::kBadArgument,
               yax_->GetComponentInstance(clsid, IID_ITestObject, nullptr));
   }
   EXPECT_EQ("", printed.Take());
@@ -80,9 +81,9 @@ TEST_F(CYAXComponentsTest, ThatAreNotRegisteredAreRefused) {
   for (const bool isKeyThere : {false, true}) {
     if (isKeyThere) Register(kOwn, "sound");
     void* handle = untouched_;
-    EXPECT_EQ(yax_status::kRegistryFailed, loader_->LoadComponent(kUnknown, &handle));
+    EXPECT_EQ(yax_framework::kRegistryFailed, loader_->LoadComponent(kUnknown, &handle));
     EXPECT_EQ(handle, untouched_);
-    EXPECT_EQ(yax_status::kRegistryFailed, loader_->UnloadComponent(kUnknown));
+    EXPECT_EQ(yax_framework::kRegistryFailed, loader_->UnloadComponent(kUnknown));
     ExpectNoFactory(kUnknown, 0xE000000D, kNotLoaded);
   }
 }
@@ -91,12 +92,12 @@ TEST_F(CYAXComponentsTest, WithoutTheirFileAreNotLoaded) {
   Register(kOwn, "missing");
   PrintedMessages printed;
   void* handle = untouched_;
-  EXPECT_EQ(yax_status::kCannotLoad, loader_->LoadComponent(kOwn, &handle));
+  EXPECT_EQ(yax_framework::kCannotLoad, loader_->LoadComponent(kOwn, &handle));
   EXPECT_EQ(nullptr, handle);
   const std::string reason = printed.Take();
   EXPECT_EQ(0u, reason.rfind("3 [YAXLoadManager::LoadBinary] dlopen error, ", 0)) << reason;
   ExpectNoFactory(kOwn, 0xE0000009, reason + kNotLoaded);
-  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn)) << "nothing to unload";
+  EXPECT_EQ(yax_framework::kOk, loader_->UnloadComponent(kOwn)) << "nothing to unload";
 }
 
 TEST_F(CYAXComponentsTest, AreFoundWhereTheyWereRegisteredWhateverTheFolder) {
@@ -105,7 +106,7 @@ TEST_F(CYAXComponentsTest, AreFoundWhereTheyWereRegisteredWhateverTheFolder) {
   for (const std::string& binDirectory : {folder_ / "", folder_ / "."}) {
     SetSystem(0, binDirectory.c_str());
     void* handle = nullptr;
-    EXPECT_EQ(yax_status::kCannotLoad, loader_->LoadComponent(kOwn, &handle));
+    EXPECT_EQ(yax_framework::kCannotLoad, loader_->LoadComponent(kOwn, &handle));
   }
   Register(kOther, "sound");
   SetSystem(0, "/nowhere");
@@ -118,17 +119,17 @@ TEST_F(CYAXComponentsTest, OfOneFileShareIt) {
   void* handle = Load(kOwn);
   EXPECT_EQ(Load(kOther), handle);
   EXPECT_EQ(1u, Notes().opened);
-  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOther));
+  EXPECT_EQ(yax_framework::kOk, loader_->UnloadComponent(kOther));
   EXPECT_TRUE(IsMapped(sound_));
-  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
+  EXPECT_EQ(yax_framework::kOk, loader_->UnloadComponent(kOwn));
   EXPECT_FALSE(IsMapped(sound_));
 }
 
 TEST_F(CYAXComponentsTest, ThatWereUnregisteredStayLoaded) {
   Register(kOwn, "sound");
   Load(kOwn);
-  EXPECT_EQ(yax_status::kOk, manager_->UnregisterComponent(kOwn));
-  EXPECT_EQ(yax_status::kRegistryFailed, loader_->UnloadComponent(kOwn));
+  EXPECT_EQ(yax_framework::kOk, manager_->UnregisterComponent(kOwn));
+  EXPECT_EQ(yax_framework::kRegistryFailed, loader_->UnloadComponent(kOwn));
   EXPECT_TRUE(IsMapped(sound_));
 }
 
@@ -137,33 +138,34 @@ TEST_F(CYAXComponentsTest, ThatRefuseStayLoaded) {
   Register(kOwn, "refusing");
   void* handle = Load(kOwn);
   Notes().refusal = 1;
-  EXPECT_EQ(yax_status::kInUse, loader_->UnloadComponent(kOwn));
+  EXPECT_EQ(yax_framework::kInUse, loader_->UnloadComponent(kOwn));
   EXPECT_TRUE(IsMapped(file));
   EXPECT_EQ(Load(kOwn), handle);
   Notes().refusal = 0;
-  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
+  EXPECT_EQ(yax_framework::kOk, loader_->UnloadComponent(kOwn));
   EXPECT_FALSE(IsMapped(file));
 }
 
 TEST_F(CYAXComponentsTest, ThatCannotBeAskedStayLoaded) {
   Register(kOwn, "no_unload_entry");
   Load(kOwn);
-  EXPECT_EQ(yax_status::kNoEntry, loader_->UnloadComponent(kOwn));
+  EXPECT_EQ(yax_framework::kNoEntry, loader_->UnloadComponent(kOwn));
   EXPECT_TRUE(IsMapped(ComponentFile("no_unload_entry")));
 }
 
 TEST_F(CYAXComponentsTest, RegisteredWithAWrongPathFirstAreUnloadedAllTheSame) {
   Register(kOwn, "no_unload_entry");
   Load(kOwn);
-  EXPECT_EQ(yax_status::kNoEntry, loader_->UnloadComponent(kOwn));
+  EXPECT_EQ(yax_framework::kNoEntry, loader_->UnloadComponent(kOwn));
   YAX_COMPONENT_INFO_ST info = {};
   info.Type = YAX_COMPONENT_TYPE_BINARY;
   std::strcpy(info.BinaryPath, sound_.c_str());
-  ASSERT_EQ(yax_status::kOk, manager_->SetComponentInfo(kOwn, &info));
+  ASSERT_EQ(yax_framework::kOk, manager_->SetComponentInfo(kOwn, &info));
   Load(kOwn);
-  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
+  EXPECT_EQ(yax_framework::kOk, loader_->UnloadComponent(kOwn));
   EXPECT_FALSE(IsMapped(sound_));
-  EXPECT_EQ(yax_status::kNoEntry, loader_->UnloadComponent(kOwn)) << "the wrong one is still there";
+  EXPECT_EQ(yax_framework::kNoEntry, loader_->UnloadComponent(kOwn))
+      << "the wrong one is still there";
 }
 
 TEST(ComponentsAtTheEnd, StayMappedWhenTheFrameworkEnds) {
@@ -177,8 +179,8 @@ TEST(ComponentsAtTheEnd, StayMappedWhenTheFrameworkEnds) {
     YAX_COMPONENT_INFO_ST info = {};
     info.Type = YAX_COMPONENT_TYPE_BINARY;
     std::strcpy(info.BinaryPath, ComponentFile("sound").c_str());
-    ASSERT_EQ(yax_status::kOk, manager->RegisterComponent(kOwn, &info));
-    ASSERT_EQ(yax_status::kOk, yax->GetComponentInstance(kOwn, IID_ITestObject, &object));
+    ASSERT_EQ(yax_framework::kOk, manager->RegisterComponent(kOwn, &info));
+    ASSERT_EQ(yax_framework::kOk, yax->GetComponentInstance(kOwn, IID_ITestObject, &object));
   }
   EXPECT_EQ(0u, Notes().closed);
   EXPECT_TRUE(IsMapped(ComponentFile("sound")));
@@ -192,43 +194,43 @@ TEST_F(CYAXComponentsTest, GiveTheirFactory) {
   Register(kOwn, "sound");
   PrintedMessages printed;
   void* made = untouched_;
-  ASSERT_EQ(yax_status::kOk, yax_->GetComponentFactory(kOwn, &made));
+  ASSERT_EQ(yax_framework::kOk, yax_->GetComponentFactory(kOwn, &made));
   EXPECT_EQ("", printed.Take());
   YAXComponentFactory* factory = static_cast<YAXComponentFactory*>(made);
   EXPECT_EQ(1u, Notes().factoriesMade);
   EXPECT_EQ(0u, Notes().factoryReleases) << "the caller's";
   void* object = nullptr;
-  EXPECT_EQ(yax_status::kOk, factory->CreateObject(IID_ITestObject, &object));
+  EXPECT_EQ(yax_framework::kOk, factory->CreateObject(IID_ITestObject, &object));
   EXPECT_EQ(0u, static_cast<ITestObject*>(object)->Release());
-  EXPECT_EQ(yax_status::kInUse, loader_->UnloadComponent(kOwn)) << "the factory lives";
+  EXPECT_EQ(yax_framework::kInUse, loader_->UnloadComponent(kOwn)) << "the factory lives";
   EXPECT_EQ(0u, factory->Release());
   EXPECT_EQ(1u, Notes().factoriesGone);
-  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
+  EXPECT_EQ(yax_framework::kOk, loader_->UnloadComponent(kOwn));
 }
 
 TEST_F(CYAXComponentsTest, GiveObjectsAndReleaseTheFactoryOnce) {
   Register(kOwn, "sound");
   void* out = untouched_;
-  ASSERT_EQ(yax_status::kOk, yax_->GetComponentInstance(kOwn, IID_ITestObject, &out));
+  ASSERT_EQ(yax_framework::kOk, yax_->GetComponentInstance(kOwn, IID_ITestObject, &out));
   EXPECT_EQ(1u, Notes().factoriesMade);
   EXPECT_EQ(1u, Notes().factoryReleases);
   EXPECT_EQ(1u, Notes().factoriesGone);
   ITestObject* object = static_cast<ITestObject*>(out);
   EXPECT_EQ(42u, object->Answer());
-  EXPECT_EQ(yax_status::kInUse, loader_->UnloadComponent(kOwn)) << "the object lives";
+  EXPECT_EQ(yax_framework::kInUse, loader_->UnloadComponent(kOwn)) << "the object lives";
   EXPECT_EQ(0u, object->Release()) << "handed on as it is";
   EXPECT_TRUE(IsMapped(sound_)) << "nothing is unloaded by itself";
-  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
+  EXPECT_EQ(yax_framework::kOk, loader_->UnloadComponent(kOwn));
   EXPECT_FALSE(IsMapped(sound_));
 }
 
 TEST_F(CYAXComponentsTest, DoNotGiveInterfacesTheyDoNotHave) {
   Register(kOwn, "sound");
   void* out = untouched_;
-  EXPECT_EQ(yax_status::kNoInterface, yax_->GetComponentInstance(kOwn, IID_IYAX, &out));
+  EXPECT_EQ(yax_framework::kNoInterface, yax_->GetComponentInstance(kOwn, IID_IYAX, &out));
   EXPECT_EQ(nullptr, out);
   EXPECT_EQ(1u, Notes().factoryReleases);
-  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
+  EXPECT_EQ(yax_framework::kOk, loader_->UnloadComponent(kOwn));
 }
 
 TEST_F(CYAXComponentsTest, ThatFailToCreateHaveTheirFactoryReleasedOnce) {
@@ -241,19 +243,19 @@ TEST_F(CYAXComponentsTest, ThatFailToCreateHaveTheirFactoryReleasedOnce) {
   EXPECT_EQ(2u, Notes().factoriesMade);
   EXPECT_EQ(2u, Notes().factoryReleases);
   EXPECT_EQ(2u, Notes().factoriesGone);
-  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
+  EXPECT_EQ(yax_framework::kOk, loader_->UnloadComponent(kOwn));
 }
 
 TEST_F(CYAXComponentsTest, ThatSaySoWithoutAFactoryGiveNothing) {
   Register(kOwn, "no_factory");
   void* out = untouched_;
-  EXPECT_EQ(yax_status::kOk, yax_->GetComponentFactory(kOwn, &out));
+  EXPECT_EQ(yax_framework::kOk, yax_->GetComponentFactory(kOwn, &out));
   EXPECT_EQ(nullptr, out);
   out = untouched_;
-  EXPECT_EQ(yax_status::kUnspecified, yax_->GetComponentInstance(kOwn, IID_ITestObject, &out));
+  EXPECT_EQ(yax_framework::kUnspecified, yax_->GetComponentInstance(kOwn, IID_ITestObject, &out));
   EXPECT_EQ(nullptr, out);
-  EXPECT_EQ(yax_status::kUnspecified, loader_->LockComponent(kOwn, 1));
-  EXPECT_EQ(yax_status::kUnspecified, loader_->LockComponent(kOwn, 0));
+  EXPECT_EQ(yax_framework::kUnspecified, loader_->LockComponent(kOwn, 1));
+  EXPECT_EQ(yax_framework::kUnspecified, loader_->LockComponent(kOwn, 0));
   EXPECT_EQ(4u, Notes().entered);
 }
 
@@ -270,14 +272,14 @@ TEST_F(CYAXComponentsTest, ThatFailWithAFactoryHaveItReleasedOnce) {
   EXPECT_EQ("", printed.Take()) << "the component's own failure";
   ASSERT_EQ(0xE0000099u, yax_->GetComponentFactory(kOwn, &out));
   EXPECT_EQ(0u, static_cast<YAXComponentFactory*>(out)->Release()) << "the caller's";
-  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
+  EXPECT_EQ(yax_framework::kOk, loader_->UnloadComponent(kOwn));
 }
 
 TEST_F(CYAXComponentsTest, WithoutAFactoryEntryStayLoaded) {
   Register(kOwn, "no_factory_entry");
   ExpectNoFactory(kOwn, 0xE000000F, kNoAddress);
   EXPECT_TRUE(IsMapped(ComponentFile("no_factory_entry")));
-  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
+  EXPECT_EQ(yax_framework::kOk, loader_->UnloadComponent(kOwn));
   EXPECT_FALSE(IsMapped(ComponentFile("no_factory_entry")));
 }
 
@@ -285,24 +287,25 @@ TEST_F(CYAXComponentsTest, WithoutAFactoryEntryStayLoaded) {
 
 TEST_F(CYAXComponentsTest, ThatAreLockedStayLoaded) {
   Register(kOwn, "sound");
-  EXPECT_EQ(yax_status::kOk, loader_->LockComponent(kOwn, 7)) << "loads it";
+  EXPECT_EQ(yax_framework::kOk, loader_->LockComponent(kOwn, 7)) << "loads it";
   EXPECT_EQ(7u, Notes().lastLock) << "handed on as it is";
-  EXPECT_EQ(yax_status::kOk, loader_->LockComponent(kOwn, 1));
+  EXPECT_EQ(yax_framework::kOk, loader_->LockComponent(kOwn, 1));
   EXPECT_EQ(2u, Notes().factoryReleases);
-  EXPECT_EQ(yax_status::kInUse, loader_->UnloadComponent(kOwn));
-  EXPECT_EQ(yax_status::kOk, loader_->LockComponent(kOwn, 0));
-  EXPECT_EQ(yax_status::kInUse, loader_->UnloadComponent(kOwn));
-  EXPECT_EQ(yax_status::kOk, loader_->LockComponent(kOwn, 0));
+  EXPECT_EQ(yax_framework::kInUse, loader_->UnloadComponent(kOwn));
+  EXPECT_EQ(yax_framework::kOk, loader_->LockComponent(kOwn, 0));
+  EXPECT_EQ(yax_framework::kInUse, loader_->UnloadComponent(kOwn));
+  EXPECT_EQ(yax_framework::kOk, loader_->LockComponent(kOwn, 0));
   EXPECT_EQ(0u, Notes().lastLock);
-  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
+  EXPECT_EQ(yax_framework::kOk, loader_->UnloadComponent(kOwn));
   EXPECT_FALSE(IsMapped(sound_));
 }
 
 TEST_F(CYAXComponentsTest, AreLoadedToTakeALockBack) {
   Register(kOwn, "sound");
-  EXPECT_EQ(yax_status::kUnspecified, loader_->LockComponent(kOwn, 0)) << "the component's answer";
+  EXPECT_EQ(yax_framework::kUnspecified, loader_->LockComponent(kOwn, 0))
+      << "the component's answer";
   EXPECT_TRUE(IsMapped(sound_));
-  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
+  EXPECT_EQ(yax_framework::kOk, loader_->UnloadComponent(kOwn));
 }
 
 // ---- calls back
@@ -312,13 +315,13 @@ TEST_F(CYAXComponentsTest, CallTheFrameworkFromTheirEntry) {
   Register(kOther, "sound");
   Notes().other = kOther;
   void* out = nullptr;
-  ASSERT_EQ(yax_status::kOk, yax_->GetComponentInstance(kOwn, IID_ITestObject, &out));
+  ASSERT_EQ(yax_framework::kOk, yax_->GetComponentInstance(kOwn, IID_ITestObject, &out));
   const unsigned int expected[] = {0, 0, 0, 0, 0xE000000B, 0};
   for (unsigned int i = 0; i < 6; ++i) EXPECT_EQ(Notes().answers[i], expected[i]) << i;
   EXPECT_EQ(1u, Notes().closed) << "the other one";
   EXPECT_TRUE(IsMapped(ComponentFile("calls_back"))) << "not while its code runs";
   static_cast<ITestObject*>(out)->Release();
-  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
+  EXPECT_EQ(yax_framework::kOk, loader_->UnloadComponent(kOwn));
 }
 
 TEST_F(CYAXComponentsTest, CannotUnloadAnotherOfTheSameFileWhileTheyAreAsked) {
@@ -329,9 +332,9 @@ TEST_F(CYAXComponentsTest, CannotUnloadAnotherOfTheSameFileWhileTheyAreAsked) {
   Register(kOther, link, nullptr, YAX_COMPONENT_TYPE_BINARY);
   Notes().self = kOther;
   ASSERT_EQ(Load(kOther), Load(kOwn));
-  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
+  EXPECT_EQ(yax_framework::kOk, loader_->UnloadComponent(kOwn));
   EXPECT_EQ(1u, Notes().asked);
-  EXPECT_EQ(yax_status::kInUse, Notes().answers[1]);
+  EXPECT_EQ(yax_framework::kInUse, Notes().answers[1]);
   EXPECT_FALSE(IsMapped(file));
 }
 
@@ -340,13 +343,13 @@ TEST_F(CYAXComponentsTest, AreNotUnloadedWhileTheFrameworkCallsTheirFactory) {
   Register(kOwn, "leaves_early");
   Notes().self = kOwn;
   void* out = nullptr;
-  ASSERT_EQ(yax_status::kOk, yax_->GetComponentInstance(kOwn, IID_ITestObject, &out));
+  ASSERT_EQ(yax_framework::kOk, yax_->GetComponentInstance(kOwn, IID_ITestObject, &out));
   static_cast<ITestObject*>(out)->Release();
-  EXPECT_EQ(yax_status::kOk, loader_->LockComponent(kOwn, 1));
+  EXPECT_EQ(yax_framework::kOk, loader_->LockComponent(kOwn, 1));
   for (unsigned int call = 0; call < 3; ++call) {
-    EXPECT_EQ(yax_status::kInUse, Notes().answers[call]) << call;
+    EXPECT_EQ(yax_framework::kInUse, Notes().answers[call]) << call;
   }
-  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
+  EXPECT_EQ(yax_framework::kOk, loader_->UnloadComponent(kOwn));
   EXPECT_FALSE(IsMapped(ComponentFile("leaves_early")));
 }
 
@@ -354,14 +357,14 @@ TEST_F(CYAXComponentsTest, AreNotLoadedByThemselvesWhileTheyAreClosed) {
   Register(kOwn, "comes_back");
   Notes().self = kOwn;
   Load(kOwn);
-  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
-  EXPECT_EQ(yax_status::kCannotLoad, Notes().answers[0]);
+  EXPECT_EQ(yax_framework::kOk, loader_->UnloadComponent(kOwn));
+  EXPECT_EQ(yax_framework::kCannotLoad, Notes().answers[0]);
   EXPECT_FALSE(IsMapped(ComponentFile("comes_back")));
   void* out = nullptr;
-  ASSERT_EQ(yax_status::kOk, yax_->GetComponentInstance(kOwn, IID_ITestObject, &out))
+  ASSERT_EQ(yax_framework::kOk, yax_->GetComponentInstance(kOwn, IID_ITestObject, &out))
       << "loaded anew";
   static_cast<ITestObject*>(out)->Release();
-  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
+  EXPECT_EQ(yax_framework::kOk, loader_->UnloadComponent(kOwn));
 }
 
 TEST_F(CYAXComponentsTest, CannotUnloadThemselvesWhileTheyAreAsked) {
@@ -371,15 +374,15 @@ TEST_F(CYAXComponentsTest, CannotUnloadThemselvesWhileTheyAreAsked) {
   Load(kOwn);
   Notes().refusal = 1;
   for (unsigned int time = 1; time <= 2; ++time) {
-    EXPECT_EQ(yax_status::kInUse, loader_->UnloadComponent(kOwn));
+    EXPECT_EQ(yax_framework::kInUse, loader_->UnloadComponent(kOwn));
     EXPECT_EQ(Notes().asked, time) << "once each time";
-    EXPECT_EQ(yax_status::kInUse, Notes().answers[1]);
+    EXPECT_EQ(yax_framework::kInUse, Notes().answers[1]);
     EXPECT_TRUE(IsMapped(file));
   }
   Notes().refusal = 0;
-  EXPECT_EQ(yax_status::kOk, loader_->UnloadComponent(kOwn));
+  EXPECT_EQ(yax_framework::kOk, loader_->UnloadComponent(kOwn));
   EXPECT_EQ(3u, Notes().asked);
-  EXPECT_EQ(yax_status::kInUse, Notes().answers[1]);
+  EXPECT_EQ(yax_framework::kInUse, Notes().answers[1]);
   EXPECT_FALSE(IsMapped(file));
 }
 

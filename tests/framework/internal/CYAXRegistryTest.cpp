@@ -31,34 +31,34 @@ TEST(FrameworkWithoutRegistry, AnswersNoOperation) {
   unsigned int n = 4;
   char text[4] = "";
   constexpr auto unknown = static_cast<YAX_REG_DATA_TYPE_ENUM>(2);
-  EXPECT_EQ(yax_status::kNoFramework, yax->OpenKey("", &n, 0));
-  EXPECT_EQ(yax_status::kNoFramework, yax->OpenKey(nullptr, nullptr, 0));
-  EXPECT_EQ(yax_status::kNoFramework, yax->CloseKey(1));
-  EXPECT_EQ(yax_status::kNoFramework, yax->CreateKey(0, "key"));
-  EXPECT_EQ(yax_status::kNoFramework, yax->CreateKey(0, nullptr));
-  EXPECT_EQ(yax_status::kNoFramework, yax->DeleteKey(0, "key"));
-  EXPECT_EQ(yax_status::kNoFramework, yax->DeleteKey(0, nullptr));
-  EXPECT_EQ(yax_status::kNoFramework, yax->ListKeys(0, "", 0, 0, &list, 0));
-  EXPECT_EQ(yax_status::kNoFramework, yax->ListKeys(0, nullptr, 0, 0, nullptr, 0));
-  EXPECT_EQ(yax_status::kNoFramework, yax->ListValues(0, "", 0, 0, &list));
-  EXPECT_EQ(yax_status::kNoFramework, yax->ListValues(0, nullptr, 0, 0, nullptr));
-  EXPECT_EQ(yax_status::kNoFramework, yax->CreateValue(0, "", "n", kString, ""));
-  EXPECT_EQ(yax_status::kNoFramework, yax->CreateValue(0, nullptr, nullptr, unknown, nullptr));
-  EXPECT_EQ(yax_status::kNoFramework, yax->SetValue(0, "", "n", kString, ""));
-  EXPECT_EQ(yax_status::kNoFramework, yax->SetValue(0, nullptr, nullptr, unknown, nullptr));
-  EXPECT_EQ(yax_status::kNoFramework, yax->GetValue(0, "", "n", kString, text, &n));
-  EXPECT_EQ(yax_status::kNoFramework,
+  EXPECT_EQ(yax_framework::kNoFramework, yax->OpenKey("", &n, 0));
+  EXPECT_EQ(yax_framework::kNoFramework, yax->OpenKey(nullptr, nullptr, 0));
+  EXPECT_EQ(yax_framework::kNoFramework, yax->CloseKey(1));
+  EXPECT_EQ(yax_framework::kNoFramework, yax->CreateKey(0, "key"));
+  EXPECT_EQ(yax_framework::kNoFramework, yax->CreateKey(0, nullptr));
+  EXPECT_EQ(yax_framework::kNoFramework, yax->DeleteKey(0, "key"));
+  EXPECT_EQ(yax_framework::kNoFramework, yax->DeleteKey(0, nullptr));
+  EXPECT_EQ(yax_framework::kNoFramework, yax->ListKeys(0, "", 0, 0, &list, 0));
+  EXPECT_EQ(yax_framework::kNoFramework, yax->ListKeys(0, nullptr, 0, 0, nullptr, 0));
+  EXPECT_EQ(yax_framework::kNoFramework, yax->ListValues(0, "", 0, 0, &list));
+  EXPECT_EQ(yax_framework::kNoFramework, yax->ListValues(0, nullptr, 0, 0, nullptr));
+  EXPECT_EQ(yax_framework::kNoFramework, yax->CreateValue(0, "", "n", kString, ""));
+  EXPECT_EQ(yax_framework::kNoFramework, yax->CreateValue(0, nullptr, nullptr, unknown, nullptr));
+  EXPECT_EQ(yax_framework::kNoFramework, yax->SetValue(0, "", "n", kString, ""));
+  EXPECT_EQ(yax_framework::kNoFramework, yax->SetValue(0, nullptr, nullptr, unknown, nullptr));
+  EXPECT_EQ(yax_framework::kNoFramework, yax->GetValue(0, "", "n", kString, text, &n));
+  EXPECT_EQ(yax_framework::kNoFramework,
             yax->GetValue(0, nullptr, nullptr, unknown, nullptr, nullptr));
-  EXPECT_EQ(yax_status::kNoFramework, yax->DeleteValue(0, "", "n"));
-  EXPECT_EQ(yax_status::kNoFramework, yax->DeleteValue(0, nullptr, nullptr));
-  EXPECT_EQ(yax_status::kNoFramework, yax->GetKeyInfo(0, "", &n, &n, &n, &n, &n));
-  EXPECT_EQ(yax_status::kNoFramework,
+  EXPECT_EQ(yax_framework::kNoFramework, yax->DeleteValue(0, "", "n"));
+  EXPECT_EQ(yax_framework::kNoFramework, yax->DeleteValue(0, nullptr, nullptr));
+  EXPECT_EQ(yax_framework::kNoFramework, yax->GetKeyInfo(0, "", &n, &n, &n, &n, &n));
+  EXPECT_EQ(yax_framework::kNoFramework,
             yax->GetKeyInfo(0, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr));
-  EXPECT_EQ(yax_status::kNoFramework, yax->Flush());
-  EXPECT_EQ(yax_status::kNoFramework, yax->BackupKey(0, "", "file"));
-  EXPECT_EQ(yax_status::kNoFramework, yax->BackupKey(0, nullptr, nullptr));
-  EXPECT_EQ(yax_status::kNoFramework, yax->RestoreKey(0, "", "file"));
-  EXPECT_EQ(yax_status::kNoFramework, yax->RestoreKey(0, nullptr, nullptr));
+  EXPECT_EQ(yax_framework::kNoFramework, yax->Flush());
+  EXPECT_EQ(yax_framework::kNoFramework, yax->BackupKey(0, "", "file"));
+  EXPECT_EQ(yax_framework::kNoFramework, yax->BackupKey(0, nullptr, nullptr));
+  EXPECT_EQ(yax_framework::kNoFramework, yax->RestoreKey(0, "", "file"));
+  EXPECT_EQ(yax_framework::kNoFramework, yax->RestoreKey(0, nullptr, nullptr));
   EXPECT_EQ(4u, n);
 }
 
@@ -69,21 +69,21 @@ TEST_F(CYAXRegistryTest, NullPointersAreRefused) {
   unsigned int n = 4;
   const std::string before = Content();
   for (unsigned int handle : {0u, 9u}) {
-    EXPECT_EQ(yax_status::kBadArgument, yax->CreateKey(handle, nullptr));
-    EXPECT_EQ(yax_status::kBadArgument, yax->DeleteKey(handle, nullptr));
-    EXPECT_EQ(yax_status::kBadArgument, yax->DeleteValue(handle, nullptr, "n"));
-    EXPECT_EQ(yax_status::kBadArgument, yax->DeleteValue(handle, "key", nullptr));
-    EXPECT_EQ(yax_status::kBadArgument, yax->ListKeys(handle, nullptr, 0, 0, &list, 0));
-    EXPECT_EQ(yax_status::kBadArgument, yax->ListKeys(handle, "", 0, 0, nullptr, 0));
-    EXPECT_EQ(yax_status::kBadArgument, yax->ListValues(handle, nullptr, 0, 0, &list));
-    EXPECT_EQ(yax_status::kBadArgument, yax->ListValues(handle, "", 0, 0, nullptr));
-    EXPECT_EQ(yax_status::kBadArgument, yax->BackupKey(handle, nullptr, "file"));
-    EXPECT_EQ(yax_status::kBadArgument, yax->BackupKey(handle, "", nullptr));
-    EXPECT_EQ(yax_status::kBadArgument, yax->RestoreKey(handle, nullptr, "file"));
-    EXPECT_EQ(yax_status::kBadArgument, yax->RestoreKey(handle, "", nullptr));
+    EXPECT_EQ(yax_framework::kBadArgument, yax->CreateKey(handle, nullptr));
+    EXPECT_EQ(yax_framework::kBadArgument, yax->DeleteKey(handle, nullptr));
+    EXPECT_EQ(yax_framework::kBadArgument, yax->DeleteValue(handle, nullptr, "n"));
+    EXPECT_EQ(yax_framework::kBadArgument, yax->DeleteValue(handle, "key", nullptr));
+    EXPECT_EQ(yax_framework::kBadArgument, yax->ListKeys(handle, nullptr, 0, 0, &list, 0));
+    EXPECT_EQ(yax_framework::kBadArgument, yax->ListKeys(handle, "", 0, 0, nullptr, 0));
+    EXPECT_EQ(yax_framework::kBadArgument, yax->ListValues(handle, nullptr, 0, 0, &list));
+    EXPECT_EQ(yax_framework::kBadArgument, yax->ListValues(handle, "", 0, 0, nullptr));
+    EXPECT_EQ(yax_framework::kBadArgument, yax->BackupKey(handle, nullptr, "file"));
+    EXPECT_EQ(yax_framework::kBadArgument, yax->BackupKey(handle, "", nullptr));
+    EXPECT_EQ(yax_framework::kBadArgument, yax->RestoreKey(handle, nullptr, "file"));
+    EXPECT_EQ(yax_framework::kBadArgument, yax->RestoreKey(handle, "", nullptr));
   }
-  EXPECT_EQ(yax_status::kBadArgument, yax->OpenKey(nullptr, &n, 0));
-  EXPECT_EQ(yax_status::kBadArgument, yax->OpenKey("", nullptr, 0));
+  EXPECT_EQ(yax_framework::kBadArgument, yax->OpenKey(nullptr, &n, 0));
+  EXPECT_EQ(yax_framework::kBadArgument, yax->OpenKey("", nullptr, 0));
   EXPECT_EQ(4u, n);
   EXPECT_EQ(0u, list.Count());
   EXPECT_EQ(Content(), before);
@@ -94,22 +94,22 @@ TEST_F(CYAXRegistryTest, KeyInformationNeedsAllFivePlaces) {
   for (unsigned int missing = 0; missing < 5; ++missing) {
     unsigned int* out[5];
     for (unsigned int i = 0; i < 5; ++i) out[i] = i == missing ? nullptr : &n[i];
-    EXPECT_EQ(yax_status::kBadArgument,
+    EXPECT_EQ(yax_framework::kBadArgument,
               yax->GetKeyInfo(0, "key", out[0], out[1], out[2], out[3], out[4]));
   }
-  EXPECT_EQ(yax_status::kBadArgument,
+  EXPECT_EQ(yax_framework::kBadArgument,
             yax->GetKeyInfo(0, nullptr, &n[0], &n[1], &n[2], &n[3], &n[4]));
   for (unsigned int number : n) EXPECT_EQ(7u, number);
 }
 
 TEST_F(CYAXRegistryTest, AListThatWasNeverMadeIsRefused) {
   PCList list;
-  EXPECT_EQ(yax_status::kBadArgument, yax->ListKeys(0, "", 0, 0, &list, 0));
-  EXPECT_EQ(yax_status::kBadArgument, yax->ListValues(0, "key", 0, 0, &list));
+  EXPECT_EQ(yax_framework::kBadArgument, yax->ListKeys(0, "", 0, 0, &list, 0));
+  EXPECT_EQ(yax_framework::kBadArgument, yax->ListValues(0, "key", 0, 0, &list));
   ASSERT_EQ(1, list.Create());
   EXPECT_EQ(0u, yax->ListKeys(0, "", 0, 0, &list, 0));
   list.Destroy();
-  EXPECT_EQ(yax_status::kBadArgument, yax->ListKeys(0, "", 0, 0, &list, 0))
+  EXPECT_EQ(yax_framework::kBadArgument, yax->ListKeys(0, "", 0, 0, &list, 0))
       << "nor one that is gone";
 }
 
@@ -121,25 +121,25 @@ TEST_F(CYAXRegistryTest, AKeyIsMadeWithTheDefaultValueZero) {
   EXPECT_EQ(0xAC295ADDu, key.owner);
   EXPECT_EQ(1u, key.flags & 1u) << "it is set";
   EXPECT_EQ(0u, key.defaultValue);
-  EXPECT_EQ(yax_status::kRegistryFailed, yax->CreateKey(0, "key/below")) << "exists";
-  EXPECT_EQ(yax_status::kRegistryFailed, yax->CreateKey(0, "no/parent"));
+  EXPECT_EQ(yax_framework::kRegistryFailed, yax->CreateKey(0, "key/below")) << "exists";
+  EXPECT_EQ(yax_framework::kRegistryFailed, yax->CreateKey(0, "no/parent"));
   EXPECT_EQ(0u, yax->DeleteKey(0, "key/below"));
   EXPECT_EQ(0u, Tree().count("key/below"));
-  EXPECT_EQ(yax_status::kRegistryFailed, yax->DeleteKey(0, "key/below"));
+  EXPECT_EQ(yax_framework::kRegistryFailed, yax->DeleteKey(0, "key/below"));
 }
 
 TEST_F(CYAXRegistryTest, AHandleNamesItsKeyUntilItIsClosed) {
   unsigned int handle = 99;
-  EXPECT_EQ(yax_status::kRegistryFailed, yax->OpenKey("missing", &handle, 0));
+  EXPECT_EQ(yax_framework::kRegistryFailed, yax->OpenKey("missing", &handle, 0));
   EXPECT_EQ(99u, handle);
   ASSERT_EQ(0u, yax->OpenKey("key", &handle, 0));
   EXPECT_EQ(0u, yax->CreateKey(handle, "below"));
   EXPECT_EQ(1u, Tree().count("key/below"));
   EXPECT_EQ(0u, yax->DeleteKey(handle, "below"));
   EXPECT_EQ(0u, yax->CloseKey(handle));
-  EXPECT_EQ(yax_status::kRegistryFailed, yax->CloseKey(handle));
-  EXPECT_EQ(yax_status::kRegistryFailed, yax->CloseKey(0));
-  EXPECT_EQ(yax_status::kRegistryFailed, yax->CreateKey(handle, "below"));
+  EXPECT_EQ(yax_framework::kRegistryFailed, yax->CloseKey(handle));
+  EXPECT_EQ(yax_framework::kRegistryFailed, yax->CloseKey(0));
+  EXPECT_EQ(yax_framework::kRegistryFailed, yax->CreateKey(handle, "below"));
 }
 
 TEST_F(CYAXRegistryTest, TheModeOfOpeningDoesNotMatter) {
@@ -154,8 +154,8 @@ TEST_F(CYAXRegistryTest, TheModeOfOpeningDoesNotMatter) {
 // The framework's user is an ordinary one.
 TEST_F(CYAXRegistryTest, TheUserMayNotDeleteTheRoot) {
   const std::string before = Content();
-  EXPECT_EQ(yax_status::kRegistryFailed, yax->DeleteKey(0, ""));
-  EXPECT_EQ(yax_status::kRegistryFailed, yax->SetValue(0, "", "n", kString, "x"));
+  EXPECT_EQ(yax_framework::kRegistryFailed, yax->DeleteKey(0, ""));
+  EXPECT_EQ(yax_framework::kRegistryFailed, yax->SetValue(0, "", "n", kString, "x"));
   EXPECT_EQ(Content(), before);
 }
 
@@ -198,8 +198,8 @@ TEST_F(CYAXRegistryTest, AKeyWithoutSubKeysListsNothing) {
   ASSERT_EQ(1, list.Add(&before, PCList::AtEnd));
   EXPECT_EQ(0u, yax->ListKeys(0, "key", 0, 0, &list, 0));
   EXPECT_EQ(Elements(list), (std::vector<unsigned long long>{5}));
-  EXPECT_EQ(yax_status::kRegistryFailed, yax->ListKeys(0, "missing", 0, 0, &list, 0));
-  EXPECT_EQ(yax_status::kRegistryFailed, yax->ListValues(0, "key", 0, 0, &list))
+  EXPECT_EQ(yax_framework::kRegistryFailed, yax->ListKeys(0, "missing", 0, 0, &list, 0));
+  EXPECT_EQ(yax_framework::kRegistryFailed, yax->ListValues(0, "key", 0, 0, &list))
       << "a key without values";
   EXPECT_EQ(Elements(list), (std::vector<unsigned long long>{5}));
 }
@@ -224,8 +224,8 @@ TEST_F(CYAXRegistryTest, SixtyFourNamesAreListedAndNoMore) {
     const char* at = handle == 0 ? "key" : "";
     PCList list;
     ASSERT_EQ(1, list.Create());
-    EXPECT_EQ(yax_status::kRegistryFailed, yax->ListKeys(handle, at, 0, 0, &list, 0));
-    EXPECT_EQ(yax_status::kRegistryFailed, yax->ListValues(handle, at, 0, 0, &list));
+    EXPECT_EQ(yax_framework::kRegistryFailed, yax->ListKeys(handle, at, 0, 0, &list, 0));
+    EXPECT_EQ(yax_framework::kRegistryFailed, yax->ListValues(handle, at, 0, 0, &list));
     EXPECT_EQ(0u, list.Count()) << "what fitted is not there";
     EXPECT_EQ(0u, yax->ListKeys(handle, at, 1, 0, &list, 0));
     EXPECT_EQ(64u, list.Count());
@@ -253,7 +253,7 @@ TEST_F(CYAXRegistryTest, KeyInformationIsZeroAndFourCounts) {
     EXPECT_EQ(5u, n[4]) << "values of it and below";
   }
   unsigned int n[5] = {7, 7, 7, 7, 7};
-  EXPECT_EQ(yax_status::kRegistryFailed,
+  EXPECT_EQ(yax_framework::kRegistryFailed,
             yax->GetKeyInfo(0, "missing", &n[0], &n[1], &n[2], &n[3], &n[4]));
   for (unsigned int number : n) EXPECT_EQ(7u, number);
 }
@@ -291,13 +291,13 @@ TEST_F(CYAXRegistryTest, WhatIsBackedUpIsRestored) {
 // The first object on a file has its operations, for a second one they fail.
 TEST_F(CYAXRegistryTest, ASecondFrameworkOnTheFileHasNoOperations) {
   DestroyYAX();
-  ASSERT_EQ(yax_status::kOk, CreateYAX(path.c_str()));
+  ASSERT_EQ(yax_framework::kOk, CreateYAX(path.c_str()));
   void* view = nullptr;
-  ASSERT_EQ(yax_status::kOk, GetYAXInstance(IID_IYAXRegistry, &view));
+  ASSERT_EQ(yax_framework::kOk, GetYAXInstance(IID_IYAXRegistry, &view));
   auto* second = static_cast<IYAXRegistry*>(view);
   unsigned int handle = 0;
-  EXPECT_EQ(yax_status::kRegistryFailed, second->CreateKey(0, "other"));
-  EXPECT_EQ(yax_status::kRegistryFailed, second->OpenKey("key", &handle, 0));
+  EXPECT_EQ(yax_framework::kRegistryFailed, second->CreateKey(0, "other"));
+  EXPECT_EQ(yax_framework::kRegistryFailed, second->OpenKey("key", &handle, 0));
   EXPECT_EQ(1u, second->Flush()) << "the registry's own status";
   EXPECT_EQ(0u, yax->CreateKey(0, "other"));
   second->Release();

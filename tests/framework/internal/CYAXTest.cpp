@@ -24,7 +24,7 @@ TEST_F(CYAXTest, AnObjectWithoutParts) {
   PrintedMessages printed;
   CYAX* made = new CYAX;
   EXPECT_EQ("", printed.Take());
-  EXPECT_EQ(yax_status::kNoFramework, made->Flush());  // no registry yet
+  EXPECT_EQ(yax_framework::kNoFramework, made->Flush());  // no registry yet
   EXPECT_EQ(2u, made->AddRef());
   EXPECT_EQ(1u, made->Release());
   EXPECT_EQ(0u, made->Release());
@@ -37,7 +37,7 @@ TEST_F(CYAXTest, IsNotFoundUntilItIsMadeWhole) {
   EXPECT_EQ(nullptr, CYAX::mspCYAX);
   EXPECT_EQ(0u, made->Flush());
   EXPECT_EQ(0u, made->Release());
-  EXPECT_EQ(yax_status::kOk, CreateYAX(path.c_str()));
+  EXPECT_EQ(yax_framework::kOk, CreateYAX(path.c_str()));
   EXPECT_NE(nullptr, CYAX::mspCYAX);
   DestroyYAX();
   EXPECT_EQ(nullptr, CYAX::mspCYAX);
@@ -47,10 +47,10 @@ TEST_F(CYAXTest, GivesItsPartsBackOnceOnly) {
   CYAX* made = new CYAX;
   EXPECT_EQ(0u, made->Initialize(path.c_str()));
   void* handle = nullptr;
-  EXPECT_EQ(yax_status::kRegistryFailed, made->LoadComponent(IID_IYAX, &handle));
+  EXPECT_EQ(yax_framework::kRegistryFailed, made->LoadComponent(IID_IYAX, &handle));
   for (int i = 0; i < 2; ++i) {
     made->Deinitialize();
-    EXPECT_EQ(yax_status::kNoFramework, made->Flush());
+    EXPECT_EQ(yax_framework::kNoFramework, made->Flush());
   }
   EXPECT_EQ(nullptr, tamu::registry::RegistryInstance::sFirstInstance);
   // Everything can be made anew.
@@ -73,7 +73,7 @@ TEST_F(CYAXTest, ShowsEachViewOfTheOneObject) {
   unsigned int count = 1;
   for (const auto& each : views) {
     void* view = nullptr;
-    EXPECT_EQ(yax_status::kOk, made->GetInterface(each.iid, &view));
+    EXPECT_EQ(yax_framework::kOk, made->GetInterface(each.iid, &view));
     EXPECT_EQ(view, each.view);
     EXPECT_EQ(static_cast<IYAXCompBase*>(view)->AddRef(), ++count + 1);
     EXPECT_EQ(static_cast<IYAXCompBase*>(view)->Release(), count);
@@ -102,7 +102,7 @@ TEST_F(CYAXTest, EndsThroughItsCountedBaseToo) {
   CYAX* made = new CYAX;
   EXPECT_EQ(2u, static_cast<CYAXCompBase*>(made)->AddRef());
   void* view = nullptr;
-  EXPECT_EQ(yax_status::kOk,
+  EXPECT_EQ(yax_framework::kOk,
             static_cast<CYAXCompBase*>(made)->GetInterface(IID_IYAXRegistry, &view));
   EXPECT_EQ(view, static_cast<IYAXRegistry*>(made));
   EXPECT_EQ(2u, made->Release());
@@ -155,16 +155,16 @@ TEST_F(FrameworkUser, MayReadTheRootAndCreateBelowIt) {
 }
 
 TEST_F(FrameworkUser, MayNotChangeTheRoot) {
-  EXPECT_EQ(yax_status::kRegistryFailed,
+  EXPECT_EQ(yax_framework::kRegistryFailed,
             framework->SetValue(0, "", "number", YAX_REG_DATA_TYPE_INTEGER, &nine));
-  EXPECT_EQ(yax_status::kRegistryFailed, framework->DeleteValue(0, "", "number"));
-  EXPECT_EQ(yax_status::kRegistryFailed, framework->DeleteKey(0, ""));
+  EXPECT_EQ(yax_framework::kRegistryFailed, framework->DeleteValue(0, "", "number"));
+  EXPECT_EQ(yax_framework::kRegistryFailed, framework->DeleteKey(0, ""));
   EXPECT_EQ(5u, DecodeTree(path)[""].values.at(0).number);
 }
 
 TEST_F(FrameworkUser, MayNotDeleteOrChangeAnotherUsersKey) {
-  EXPECT_EQ(yax_status::kRegistryFailed, framework->DeleteKey(0, "others"));
-  EXPECT_EQ(yax_status::kRegistryFailed,
+  EXPECT_EQ(yax_framework::kRegistryFailed, framework->DeleteKey(0, "others"));
+  EXPECT_EQ(yax_framework::kRegistryFailed,
             framework->SetValue(0, "others", "number", YAX_REG_DATA_TYPE_INTEGER, &nine));
   EXPECT_EQ(5u, DecodeTree(path)["others"].values.at(0).number);
 }

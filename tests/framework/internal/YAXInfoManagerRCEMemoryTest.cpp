@@ -32,7 +32,7 @@ TEST_F(YAXInfoManagerRCEMemoryTest, AnArrayEndsWithAFailureAtARecordWithoutIdent
   Components components(3);
   components[1].pGuid = nullptr;
   PrintedMessages messages;
-  EXPECT_EQ(yax_status::kBadArgument, store.RegisterAllComponent(components.Array()));
+  EXPECT_EQ(yax_framework::kBadArgument, store.RegisterAllComponent(components.Array()));
   EXPECT_EQ("3 Count = 1\n", messages.Take());
   EXPECT_EQ(0u, OpenHandles());
   EXPECT_TRUE(HasKey(KeyOf(GuidOf(1))));
@@ -42,51 +42,51 @@ TEST_F(YAXInfoManagerRCEMemoryTest, AnArrayEndsWithAFailureAtARecordWithoutIdent
 TEST_F(YAXInfoManagerRCEMemoryTest, CountsTheComponentsOfAnArray) {
   Components components(3);
   PrintedMessages messages;
-  ASSERT_EQ(yax_status::kOk, store.RegisterAllComponent(components.Array()));
+  ASSERT_EQ(yax_framework::kOk, store.RegisterAllComponent(components.Array()));
   EXPECT_EQ("3 Count = 1\n3 Count = 2\n3 Count = 3\n", messages.Take());
 }
 
 TEST_F(YAXInfoManagerRCEMemoryTest, AComponentThatFailedIsNotCounted) {
   Components components(2);
-  ASSERT_EQ(yax_status::kOk, store.RegisterComponent(GuidOf(2), &components[1]));
+  ASSERT_EQ(yax_framework::kOk, store.RegisterComponent(GuidOf(2), &components[1]));
   PrintedMessages messages;
-  EXPECT_EQ(yax_status::kRegistryFailed, store.RegisterAllComponent(components.Array()));
+  EXPECT_EQ(yax_framework::kRegistryFailed, store.RegisterAllComponent(components.Array()));
   EXPECT_EQ("3 Count = 1\n", messages.Take());
 }
 
 TEST_F(YAXInfoManagerRCEMemoryTest, AnArrayStoresFunctionsWithTheirSign) {
   YAX_COMPONENT_INFO_ST info = Player();
   YAX_COMPONENT_INFO_ST* array[] = {&info, nullptr};
-  ASSERT_EQ(yax_status::kOk, store.RegisterAllComponent(array));
+  ASSERT_EQ(yax_framework::kOk, store.RegisterAllComponent(array));
   EXPECT_EQ("type 0: \x50\x34\x12\x80\xFF\xFF\xFF\xFF"s, Stored(kClsidKey, "FactoryFn"));
 }
 
 TEST_F(YAXInfoManagerRCEMemoryTest, SettingAFunctionWritesBothHalves) {
   YAX_COMPONENT_INFO_ST info = Player();
-  ASSERT_EQ(yax_status::kOk, store.RegisterComponent(kClsid, &info));
+  ASSERT_EQ(yax_framework::kOk, store.RegisterComponent(kClsid, &info));
   info.FactoryFn = FunctionAt(0x00ABCDE0);
-  ASSERT_EQ(yax_status::kOk, store.SetComponentInfo(kClsid, &info));
+  ASSERT_EQ(yax_framework::kOk, store.SetComponentInfo(kClsid, &info));
   EXPECT_EQ("type 0: \xE0\xCD\xAB\0\0\0\0\0"s, Stored(kClsidKey, "FactoryFn"));
   info.FactoryFn = FunctionAt(0x80000010);
-  ASSERT_EQ(yax_status::kOk, store.SetComponentInfo(kClsid, &info));
+  ASSERT_EQ(yax_framework::kOk, store.SetComponentInfo(kClsid, &info));
   EXPECT_EQ("type 0: \x10\0\0\x80\xFF\xFF\xFF\xFF"s, Stored(kClsidKey, "FactoryFn"));
 }
 
 // Also when there is nothing to change.
 TEST_F(YAXInfoManagerRCEMemoryTest, EveryChangeMakesTheComponentsKey) {
   const YAX_COMPONENT_INFO_ST info = Player();
-  EXPECT_EQ(yax_status::kRegistryFailed, store.SetComponentInfo(kClsid, &info));
+  EXPECT_EQ(yax_framework::kRegistryFailed, store.SetComponentInfo(kClsid, &info));
   EXPECT_TRUE(HasKey("YAX_ROOT"));
   EXPECT_EQ(2u, DecodeTree(path).size()) << "the root and the key";
   EXPECT_EQ(0u, OpenHandles());
   const std::string before = FileContent(path);
-  EXPECT_EQ(yax_status::kRegistryFailed, store.SetComponentInfo(kClsid, &info));
-  EXPECT_EQ(yax_status::kRegistryFailed, store.UnregisterComponent(kClsid));
+  EXPECT_EQ(yax_framework::kRegistryFailed, store.SetComponentInfo(kClsid, &info));
+  EXPECT_EQ(yax_framework::kRegistryFailed, store.UnregisterComponent(kClsid));
   EXPECT_EQ(FileContent(path), before) << "it is there";
 }
 
 TEST_F(YAXInfoManagerRCEMemoryTest, UnregisteringOnANewFileMakesTheComponentsKey) {
-  EXPECT_EQ(yax_status::kRegistryFailed, store.UnregisterComponent(kClsid));
+  EXPECT_EQ(yax_framework::kRegistryFailed, store.UnregisterComponent(kClsid));
   EXPECT_TRUE(HasKey("YAX_ROOT"));
   EXPECT_EQ(2u, DecodeTree(path).size()) << "the root and the key";
   EXPECT_EQ(0u, OpenHandles());
@@ -99,31 +99,32 @@ TEST_F(YAXInfoManagerRCEMemoryTest, ClosesWhatItOpens) {
   const YAX_COMPONENT_INFO_ST player = Player();
   YAX_COMPONENT_INFO_ST info = {};
   YAX_SYSTEM_INFO_ST system = SystemOf(1, "");
-  EXPECT_EQ(yax_status::kRegistryFailed, store.GetSystemInfo(&system));
+  EXPECT_EQ(yax_framework::kRegistryFailed, store.GetSystemInfo(&system));
   EXPECT_EQ(1u, OpenHandles()) << "there is no such key";
-  EXPECT_EQ(yax_status::kOk, store.SetSystemInfo(&system));
+  EXPECT_EQ(yax_framework::kOk, store.SetSystemInfo(&system));
   EXPECT_EQ(1u, OpenHandles()) << "the key is new";
-  EXPECT_EQ(yax_status::kOk, store.SetSystemInfo(&system));
-  EXPECT_EQ(yax_status::kOk, store.GetSystemInfo(&system));
+  EXPECT_EQ(yax_framework::kOk, store.SetSystemInfo(&system));
+  EXPECT_EQ(yax_framework::kOk, store.GetSystemInfo(&system));
   EXPECT_EQ(1u, store.IsSysSingleBinary());
   EXPECT_EQ(1u, OpenHandles());
-  EXPECT_EQ(yax_status::kOk, store.RegisterComponent(kClsid, &player));
-  EXPECT_EQ(yax_status::kRegistryFailed, store.RegisterComponent(kClsid, &player));
+  EXPECT_EQ(yax_framework::kOk, store.RegisterComponent(kClsid, &player));
+  EXPECT_EQ(yax_framework::kRegistryFailed, store.RegisterComponent(kClsid, &player));
   EXPECT_EQ(1u, OpenHandles());
-  EXPECT_EQ(yax_status::kOk, store.SetComponentInfo(kClsid, &player));
-  EXPECT_EQ(yax_status::kOk, store.GetComponentInfo(kClsid, &info));
-  EXPECT_EQ(yax_status::kRegistryFailed, store.GetComponentInfo(GuidOf(1), &info));
-  EXPECT_EQ(yax_status::kOk, store.UnregisterComponent(kClsid));
-  EXPECT_EQ(yax_status::kRegistryFailed, store.UnregisterComponent(kClsid));
+  EXPECT_EQ(yax_framework::kOk, store.SetComponentInfo(kClsid, &player));
+  EXPECT_EQ(yax_framework::kOk, store.GetComponentInfo(kClsid, &info));
+  EXPECT_EQ(yax_framework::kRegistryFailed, store.GetComponentInfo(GuidOf(1), &info));
+  EXPECT_EQ(yax_framework::kOk, store.UnregisterComponent(kClsid));
+  EXPECT_EQ(yax_framework::kRegistryFailed, store.UnregisterComponent(kClsid));
   EXPECT_EQ(1u, OpenHandles());
 }
 
 // A program that only asks never runs out of handles.
 TEST_F(YAXInfoManagerRCEMemoryTest, ThousandsOfQuestionsNeedNoMoreHandlesThanOne) {
   const YAX_COMPONENT_INFO_ST player = Player();
-  ASSERT_EQ(yax_status::kOk, store.RegisterComponent(kClsid, &player));
+  ASSERT_EQ(yax_framework::kOk, store.RegisterComponent(kClsid, &player));
   YAX_COMPONENT_TYPE_ENUM type = YAX_COMPONENT_TYPE_FUNCTION;
-  for (int i = 0; i < 2000; ++i) ASSERT_EQ(yax_status::kOk, store.GetComponentType(kClsid, &type));
+  for (int i = 0; i < 2000; ++i)
+    ASSERT_EQ(yax_framework::kOk, store.GetComponentType(kClsid, &type));
   unsigned int handle = 0;
   ASSERT_EQ(0u, registry.OpenKey("", &handle));
   EXPECT_LT(handle, 50u) << "the table did not grow";
@@ -134,10 +135,10 @@ TEST_F(YAXInfoManagerRCEMemoryTest, ThousandsOfQuestionsNeedNoMoreHandlesThanOne
 TEST_F(YAXInfoManagerRCEMemoryTest, AClientsHandleSurvivesRegistering) {
   const unsigned int app = OpenApp();
   Components components(40);
-  ASSERT_EQ(yax_status::kOk, store.RegisterAllComponent(components.Array()));
+  ASSERT_EQ(yax_framework::kOk, store.RegisterAllComponent(components.Array()));
   YAX_SYSTEM_INFO_ST system = SystemOf(1, "/lib");
-  ASSERT_EQ(yax_status::kOk, store.SetSystemInfo(&system));
-  ASSERT_EQ(yax_status::kOk, store.UnregisterComponent(GuidOf(7)));
+  ASSERT_EQ(yax_framework::kOk, store.SetSystemInfo(&system));
+  ASSERT_EQ(yax_framework::kOk, store.UnregisterComponent(GuidOf(7)));
   tamu::registry::ExactValue text(1, "mine\0"s);
   EXPECT_EQ(0u, registry.CreateValue(app, "", "name", &text));
   EXPECT_EQ(0u, registry.CreateKey(app, "below", 5));
@@ -153,18 +154,18 @@ TEST_F(YAXInfoManagerRCEMemoryTest, AClientsHandleSurvivesRegistering) {
 // Changes through the client's handle and the store's are one.
 TEST_F(YAXInfoManagerRCEMemoryTest, AClientsHandleOnTheComponentsSeesTheNewOnes) {
   YAX_COMPONENT_INFO_ST info = Player();
-  ASSERT_EQ(yax_status::kOk, store.RegisterComponent(GuidOf(1), &info));
+  ASSERT_EQ(yax_framework::kOk, store.RegisterComponent(GuidOf(1), &info));
   unsigned int handle = 0;
   ASSERT_EQ(0u, registry.OpenKey("YAX_ROOT", &handle));
-  ASSERT_EQ(yax_status::kOk, store.RegisterComponent(kClsid, &info));
+  ASSERT_EQ(yax_framework::kOk, store.RegisterComponent(kClsid, &info));
   tamu::registry::ReadValue value;
   EXPECT_EQ(0u, registry.GetValue(handle, kClsidText, "CompName", &value));
   EXPECT_STREQ(value.text(), "Player");
   tamu::registry::ExactValue other(1, "Other\0"s);
   EXPECT_EQ(0u, registry.SetValue(handle, kClsidText, "CompName", &other));
-  EXPECT_EQ(yax_status::kOk, store.GetComponentInfo(kClsid, &info));
+  EXPECT_EQ(yax_framework::kOk, store.GetComponentInfo(kClsid, &info));
   EXPECT_STREQ(info.CompName, "Other");
-  EXPECT_EQ(yax_status::kOk, store.UnregisterComponent(kClsid));
+  EXPECT_EQ(yax_framework::kOk, store.UnregisterComponent(kClsid));
   EXPECT_EQ(2u, registry.GetValue(handle, kClsidText, "CompName", &value));
 }
 
@@ -175,14 +176,14 @@ TEST_F(YAXInfoManagerRCEMemoryTest, AFailingRegistryIsReportedByEveryOperation) 
   YAX_COMPONENT_INFO_ST info = Player();
   YAX_COMPONENT_INFO_ST* array[] = {&info, nullptr};
   YAX_SYSTEM_INFO_ST system = SystemOf(1, "");
-  EXPECT_EQ(yax_status::kRegistryFailed, store.SetSystemInfo(&system));
-  EXPECT_EQ(yax_status::kRegistryFailed, store.GetSystemInfo(&system));
+  EXPECT_EQ(yax_framework::kRegistryFailed, store.SetSystemInfo(&system));
+  EXPECT_EQ(yax_framework::kRegistryFailed, store.GetSystemInfo(&system));
   EXPECT_EQ(0u, store.IsSysSingleBinary());
-  EXPECT_EQ(yax_status::kRegistryFailed, store.RegisterAllComponent(array));
-  EXPECT_EQ(yax_status::kRegistryFailed, store.RegisterComponent(kClsid, &info));
-  EXPECT_EQ(yax_status::kRegistryFailed, store.UnregisterComponent(kClsid));
-  EXPECT_EQ(yax_status::kRegistryFailed, store.SetComponentInfo(kClsid, &info));
-  EXPECT_EQ(yax_status::kRegistryFailed, store.GetComponentInfo(kClsid, &info));
+  EXPECT_EQ(yax_framework::kRegistryFailed, store.RegisterAllComponent(array));
+  EXPECT_EQ(yax_framework::kRegistryFailed, store.RegisterComponent(kClsid, &info));
+  EXPECT_EQ(yax_framework::kRegistryFailed, store.UnregisterComponent(kClsid));
+  EXPECT_EQ(yax_framework::kRegistryFailed, store.SetComponentInfo(kClsid, &info));
+  EXPECT_EQ(yax_framework::kRegistryFailed, store.GetComponentInfo(kClsid, &info));
 }
 
 // Whoever may not create there.
@@ -194,9 +195,9 @@ TEST_F(YAXInfoManagerRCEMemoryTest, ATopKeyThatCannotBeMadeIsAFailure) {
   YAX_COMPONENT_INFO_ST info = Player();
   YAX_COMPONENT_INFO_ST* array[] = {&info, nullptr};
   YAX_SYSTEM_INFO_ST system = SystemOf(1, "");
-  EXPECT_EQ(yax_status::kRegistryFailed, store.SetSystemInfo(&system));
-  EXPECT_EQ(yax_status::kRegistryFailed, store.RegisterAllComponent(array));
-  EXPECT_EQ(yax_status::kRegistryFailed, store.RegisterComponent(kClsid, &info));
+  EXPECT_EQ(yax_framework::kRegistryFailed, store.SetSystemInfo(&system));
+  EXPECT_EQ(yax_framework::kRegistryFailed, store.RegisterAllComponent(array));
+  EXPECT_EQ(yax_framework::kRegistryFailed, store.RegisterComponent(kClsid, &info));
   EXPECT_EQ(0u, OpenHandles());
   EXPECT_EQ(FileContent(path), before);
 }
@@ -207,23 +208,23 @@ TEST_F(YAXInfoManagerRCEMemoryTest, WorksOnWhenANewerStoreIsGone) {
   {
     YAXInfoManagerRCEMemory newer(&registry);
     YAX_SYSTEM_INFO_ST info = SystemOf(1, "/lib");
-    EXPECT_EQ(yax_status::kOk, newer.SetSystemInfo(&info));
+    EXPECT_EQ(yax_framework::kOk, newer.SetSystemInfo(&info));
   }
   YAX_SYSTEM_INFO_ST info = {};
-  EXPECT_EQ(yax_status::kOk, store.GetSystemInfo(&info));
+  EXPECT_EQ(yax_framework::kOk, store.GetSystemInfo(&info));
   EXPECT_STREQ(info.BinDirectory, "/lib");
-  EXPECT_EQ(yax_status::kOk, store.SetSystemInfo(&info));
+  EXPECT_EQ(yax_framework::kOk, store.SetSystemInfo(&info));
 }
 
 TEST_F(YAXInfoManagerRCEMemoryTest, BothKindsOfStoresReadTheSame) {
   YAXInfoManagerRCEFile file(&registry);
   YAX_COMPONENT_INFO_ST info = Player();
-  ASSERT_EQ(yax_status::kOk, file.RegisterComponent(kClsid, &info));
+  ASSERT_EQ(yax_framework::kOk, file.RegisterComponent(kClsid, &info));
   info = {};
-  EXPECT_EQ(yax_status::kOk, store.GetComponentInfo(kClsid, &info));
+  EXPECT_EQ(yax_framework::kOk, store.GetComponentInfo(kClsid, &info));
   EXPECT_EQ(info.FactoryFn, Player().FactoryFn);
-  ASSERT_EQ(yax_status::kOk, store.RegisterComponent(GuidOf(1), &info));
-  EXPECT_EQ(yax_status::kOk, file.GetComponentInfo(GuidOf(1), &info));
+  ASSERT_EQ(yax_framework::kOk, store.RegisterComponent(GuidOf(1), &info));
+  EXPECT_EQ(yax_framework::kOk, file.GetComponentInfo(GuidOf(1), &info));
   EXPECT_STREQ(info.CompName, "Player");
 }
 
@@ -233,16 +234,16 @@ TEST(FrameworkInfoStore, AComponentIsFoundByTheNextFramework) {
   TempDir folder;
   const std::string path = folder / "registry";
   for (int round = 0; round < 2; ++round) {
-    ASSERT_EQ(yax_status::kOk, CreateYAX(path.c_str()));
+    ASSERT_EQ(yax_framework::kOk, CreateYAX(path.c_str()));
     void* view = nullptr;
-    ASSERT_EQ(yax_status::kOk, GetYAXInstance(IID_IYAXInfoManager, &view));
+    ASSERT_EQ(yax_framework::kOk, GetYAXInstance(IID_IYAXInfoManager, &view));
     auto* manager = static_cast<IYAXInfoManager*>(view);
     YAX_COMPONENT_INFO_ST info = Player();
     if (round == 0) {
-      EXPECT_EQ(yax_status::kOk, manager->RegisterComponent(kClsid, &info));
+      EXPECT_EQ(yax_framework::kOk, manager->RegisterComponent(kClsid, &info));
     } else {
       info = {};
-      EXPECT_EQ(yax_status::kOk, manager->GetComponentInfo(kClsid, &info));
+      EXPECT_EQ(yax_framework::kOk, manager->GetComponentInfo(kClsid, &info));
       EXPECT_STREQ(info.CompName, "Player");
       EXPECT_STREQ(info.BinaryPath, "libplayer.so");
     }
@@ -255,28 +256,28 @@ TEST(FrameworkInfoStore, AComponentIsFoundByTheNextFramework) {
 TEST(FrameworkInfoStore, EveryOperationIsTheStores) {
   TempDir folder;
   const std::string path = folder / "registry";
-  ASSERT_EQ(yax_status::kOk, CreateYAX(path.c_str()));
+  ASSERT_EQ(yax_framework::kOk, CreateYAX(path.c_str()));
   void* view = nullptr;
-  ASSERT_EQ(yax_status::kOk, GetYAXInstance(IID_IYAXInfoManager, &view));
+  ASSERT_EQ(yax_framework::kOk, GetYAXInstance(IID_IYAXInfoManager, &view));
   auto* manager = static_cast<IYAXInfoManager*>(view);
   YAX_SYSTEM_INFO_ST system = SystemOf(3, "/lib");
   YAX_COMPONENT_INFO_ST info = Player();
   Components components(2);
-  EXPECT_EQ(yax_status::kBadArgument, manager->SetSystemInfo(nullptr));
-  EXPECT_EQ(yax_status::kRegistryFailed, manager->GetSystemInfo(&system));
-  EXPECT_EQ(yax_status::kOk, manager->SetSystemInfo(&system));
-  EXPECT_EQ(yax_status::kOk, manager->GetSystemInfo(&system));
-  EXPECT_EQ(yax_status::kBadArgument, manager->RegisterAllComponent(nullptr));
-  EXPECT_EQ(yax_status::kOk, manager->RegisterAllComponent(components.Array()));
-  EXPECT_EQ(yax_status::kOk, manager->RegisterComponent(kClsid, &info));
-  EXPECT_EQ(yax_status::kRegistryFailed, manager->RegisterComponent(kClsid, &info));
+  EXPECT_EQ(yax_framework::kBadArgument, manager->SetSystemInfo(nullptr));
+  EXPECT_EQ(yax_framework::kRegistryFailed, manager->GetSystemInfo(&system));
+  EXPECT_EQ(yax_framework::kOk, manager->SetSystemInfo(&system));
+  EXPECT_EQ(yax_framework::kOk, manager->GetSystemInfo(&system));
+  EXPECT_EQ(yax_framework::kBadArgument, manager->RegisterAllComponent(nullptr));
+  EXPECT_EQ(yax_framework::kOk, manager->RegisterAllComponent(components.Array()));
+  EXPECT_EQ(yax_framework::kOk, manager->RegisterComponent(kClsid, &info));
+  EXPECT_EQ(yax_framework::kRegistryFailed, manager->RegisterComponent(kClsid, &info));
   info = ComponentOf("Changed", 0, 0x10, "");
-  EXPECT_EQ(yax_status::kOk, manager->SetComponentInfo(kClsid, &info));
+  EXPECT_EQ(yax_framework::kOk, manager->SetComponentInfo(kClsid, &info));
   info = {};
-  EXPECT_EQ(yax_status::kOk, manager->GetComponentInfo(kClsid, &info));
+  EXPECT_EQ(yax_framework::kOk, manager->GetComponentInfo(kClsid, &info));
   EXPECT_STREQ(info.CompName, "Changed");
-  EXPECT_EQ(yax_status::kOk, manager->UnregisterComponent(kClsid));
-  EXPECT_EQ(yax_status::kRegistryFailed, manager->GetComponentInfo(kClsid, &info));
+  EXPECT_EQ(yax_framework::kOk, manager->UnregisterComponent(kClsid));
+  EXPECT_EQ(yax_framework::kRegistryFailed, manager->GetComponentInfo(kClsid, &info));
   EXPECT_EQ("", StructureFindings(path));
   const std::map<std::string, DecodedKey> tree = DecodeTree(path);
   EXPECT_EQ(tree.size(), 1u + 2 + 2);

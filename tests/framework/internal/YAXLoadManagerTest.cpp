@@ -21,7 +21,7 @@ class YAXLoadManagerTest : public ::testing::Test {
   // Null when it cannot be opened.
   void* Load(const YAX_GUID_ST& clsid, const std::string& path) {
     void* handle = nullptr;
-    EXPECT_EQ(yax_status::kOk, manager_.LoadBinary(clsid, path.c_str(), &handle)) << path;
+    EXPECT_EQ(yax_framework::kOk, manager_.LoadBinary(clsid, path.c_str(), &handle)) << path;
     return handle;
   }
   // Null when there is none.
@@ -54,10 +54,10 @@ class YAXLoadManagerTest : public ::testing::Test {
 
 TEST_F(YAXLoadManagerTest, NullArgumentsAreRefusedAndTheHandleStays) {
   void* handle = one_;
-  EXPECT_EQ(yax_status::kBadArgument, manager_.LoadBinary(kFirst, nullptr, &handle));
+  EXPECT_EQ(yax_framework::kBadArgument, manager_.LoadBinary(kFirst, nullptr, &handle));
   EXPECT_EQ(handle, one_);
-  EXPECT_EQ(yax_status::kBadArgument, manager_.LoadBinary(kFirst, sound_.c_str(), nullptr));
-  EXPECT_EQ(yax_status::kBadArgument, manager_.LoadBinary(kFirst, nullptr, nullptr));
+  EXPECT_EQ(yax_framework::kBadArgument, manager_.LoadBinary(kFirst, sound_.c_str(), nullptr));
+  EXPECT_EQ(yax_framework::kBadArgument, manager_.LoadBinary(kFirst, nullptr, nullptr));
   EXPECT_FALSE(IsMapped(sound_));
 }
 
@@ -65,7 +65,7 @@ TEST_F(YAXLoadManagerTest, AFileThatIsNotThereIsToldWithTheReason) {
   PrintedMessages printed;
   const std::string missing = ComponentFile("missing");
   void* handle = one_;
-  EXPECT_EQ(yax_status::kCannotLoad, manager_.LoadBinary(kFirst, missing.c_str(), &handle));
+  EXPECT_EQ(yax_framework::kCannotLoad, manager_.LoadBinary(kFirst, missing.c_str(), &handle));
   EXPECT_EQ(nullptr, handle);
   const std::string text = printed.Take();
   const std::string begin = "3 [YAXLoadManager::LoadBinary] dlopen error, ";
@@ -79,7 +79,7 @@ TEST_F(YAXLoadManagerTest, AFileThatIsNotThereIsToldWithTheReason) {
 
 TEST_F(YAXLoadManagerTest, AllSymbolsMustBeFoundAtOnce) {
   void* handle = one_;
-  EXPECT_EQ(yax_status::kCannotLoad,
+  EXPECT_EQ(yax_framework::kCannotLoad,
             manager_.LoadBinary(kFirst, ComponentFile("unresolved").c_str(), &handle));
   EXPECT_EQ(nullptr, handle);
 }
@@ -104,10 +104,10 @@ TEST_F(YAXLoadManagerTest, AFileIsOpenedOnceForTwoComponents) {
 TEST_F(YAXLoadManagerTest, OnlyTheComponentThatOpenedAFileClosesIt) {
   Load(kFirst, sound_);
   Load(kSecond, sound_);
-  EXPECT_EQ(yax_status::kOk, manager_.UnloadBinary(kSecond));
+  EXPECT_EQ(yax_framework::kOk, manager_.UnloadBinary(kSecond));
   EXPECT_EQ(0u, Notes().asked);
   EXPECT_TRUE(IsMapped(sound_));
-  EXPECT_EQ(yax_status::kOk, manager_.UnloadBinary(kFirst));
+  EXPECT_EQ(yax_framework::kOk, manager_.UnloadBinary(kFirst));
   EXPECT_EQ(1u, Notes().asked);
   EXPECT_EQ(1u, Notes().closed);
   EXPECT_FALSE(IsMapped(sound_));
@@ -120,17 +120,17 @@ TEST_F(YAXLoadManagerTest, TwoFilesOfOneComponentAreClosedInTurn) {
   const std::string second = ComponentFile("second");
   Load(kFirst, sound_);
   EXPECT_NE(Load(kFirst, second), Found(kFirst));
-  EXPECT_EQ(yax_status::kOk, manager_.UnloadBinary(kFirst));
+  EXPECT_EQ(yax_framework::kOk, manager_.UnloadBinary(kFirst));
   EXPECT_FALSE(IsMapped(sound_));
   EXPECT_TRUE(IsMapped(second));
-  EXPECT_EQ(yax_status::kOk, manager_.UnloadBinary(kFirst));
+  EXPECT_EQ(yax_framework::kOk, manager_.UnloadBinary(kFirst));
   EXPECT_FALSE(IsMapped(second));
 }
 
 TEST_F(YAXLoadManagerTest, AClosedFileIsOpenedAnew) {
   Load(kFirst, sound_);
-  EXPECT_EQ(yax_status::kOk, manager_.UnloadBinary(kFirst));
-  EXPECT_EQ(yax_status::kOk, manager_.UnloadBinary(kFirst)) << "nothing to unload";
+  EXPECT_EQ(yax_framework::kOk, manager_.UnloadBinary(kFirst));
+  EXPECT_EQ(yax_framework::kOk, manager_.UnloadBinary(kFirst)) << "nothing to unload";
   void* handle = Load(kSecond, sound_);
   EXPECT_EQ(2u, Notes().opened);
   EXPECT_EQ(nullptr, Found(kFirst));
@@ -138,9 +138,9 @@ TEST_F(YAXLoadManagerTest, AClosedFileIsOpenedAnew) {
 }
 
 TEST_F(YAXLoadManagerTest, UnloadingWhatWasNeverLoadedSucceeds) {
-  EXPECT_EQ(yax_status::kOk, manager_.UnloadBinary(kFirst));
+  EXPECT_EQ(yax_framework::kOk, manager_.UnloadBinary(kFirst));
   Load(kFirst, sound_);
-  EXPECT_EQ(yax_status::kOk, manager_.UnloadBinary(kSecond));
+  EXPECT_EQ(yax_framework::kOk, manager_.UnloadBinary(kSecond));
   EXPECT_TRUE(IsMapped(sound_));
 }
 
@@ -150,21 +150,21 @@ TEST_F(YAXLoadManagerTest, AComponentThatRefusesStaysAndIsAskedAgain) {
   unsigned int asked = 0;
   for (const unsigned int answer : {1u, 2u, 0x80000000u, 0xFFFFFFFFu}) {
     Notes().refusal = answer;
-    EXPECT_EQ(yax_status::kInUse, manager_.UnloadBinary(kFirst)) << answer;
+    EXPECT_EQ(yax_framework::kInUse, manager_.UnloadBinary(kFirst)) << answer;
     EXPECT_EQ(Notes().asked, ++asked);
     EXPECT_TRUE(IsMapped(refusing));
     EXPECT_EQ(Load(kFirst, refusing), handle);
   }
   Notes().refusal = 0;
-  EXPECT_EQ(yax_status::kOk, manager_.UnloadBinary(kFirst));
+  EXPECT_EQ(yax_framework::kOk, manager_.UnloadBinary(kFirst));
   EXPECT_FALSE(IsMapped(refusing));
 }
 
 TEST_F(YAXLoadManagerTest, AComponentThatCannotBeAskedStays) {
   const std::string file = ComponentFile("no_unload_entry");
   void* handle = Load(kFirst, file);
-  EXPECT_EQ(yax_status::kNoEntry, manager_.UnloadBinary(kFirst));
-  EXPECT_EQ(yax_status::kNoEntry, manager_.UnloadBinary(kFirst));
+  EXPECT_EQ(yax_framework::kNoEntry, manager_.UnloadBinary(kFirst));
+  EXPECT_EQ(yax_framework::kNoEntry, manager_.UnloadBinary(kFirst));
   EXPECT_TRUE(IsMapped(file));
   EXPECT_EQ(Found(kFirst), handle);
 }
@@ -177,12 +177,12 @@ TEST_F(YAXLoadManagerTest, AFileThatCannotBeAskedLeavesTheComponentsOthersToBeCl
   for (const bool wasAsked : {false, true}) {
     Load(kFirst, sound_);
     Load(kFirst, second);
-    EXPECT_EQ(yax_status::kOk, manager_.UnloadBinary(kFirst)) << wasAsked;
+    EXPECT_EQ(yax_framework::kOk, manager_.UnloadBinary(kFirst)) << wasAsked;
     EXPECT_FALSE(IsMapped(sound_));
     EXPECT_TRUE(IsMapped(second)) << "one at a time";
-    EXPECT_EQ(yax_status::kOk, manager_.UnloadBinary(kFirst));
+    EXPECT_EQ(yax_framework::kOk, manager_.UnloadBinary(kFirst));
     EXPECT_FALSE(IsMapped(second));
-    EXPECT_EQ(yax_status::kNoEntry, manager_.UnloadBinary(kFirst)) << "what is left";
+    EXPECT_EQ(yax_framework::kNoEntry, manager_.UnloadBinary(kFirst)) << "what is left";
     EXPECT_EQ(Found(kFirst), handle);
   }
   EXPECT_TRUE(IsMapped(file));
@@ -197,7 +197,7 @@ TEST_F(YAXLoadManagerTest, AFileThatCannotBeClosedIsTriedAgain) {
   ASSERT_EQ(0, dlclose(leanedOn));
   ASSERT_NE(0, dlclose(leanedOn));
   for (unsigned int time = 1; time <= 2; ++time) {
-    EXPECT_EQ(yax_status::kCannotClose, manager_.UnloadBinary(kFirst));
+    EXPECT_EQ(yax_framework::kCannotClose, manager_.UnloadBinary(kFirst));
     EXPECT_EQ(Notes().asked, time);
     EXPECT_EQ(Found(kFirst), leanedOn);
     EXPECT_EQ(Found("leaned on"), leanedOn);
@@ -212,7 +212,7 @@ TEST_F(YAXLoadManagerTest, ASymbolIsFoundOrTheAddressIsNull) {
   EXPECT_EQ(address, dlsym(handle, "EntryFn_canUnloadNow"));
   EXPECT_NE(nullptr, address);
   address = one_;
-  EXPECT_EQ(yax_status::kNoEntry, manager_.GetProcAddr(handle, "EntryFn_canUnloadNo", &address));
+  EXPECT_EQ(yax_framework::kNoEntry, manager_.GetProcAddr(handle, "EntryFn_canUnloadNo", &address));
   EXPECT_EQ(nullptr, address);
 }
 
@@ -234,7 +234,7 @@ TEST_F(YAXLoadManagerTest, AFileIsOpenedEvenIfItCannotBeRemembered) {
   YAXLoadManager manager;  // has no list to remember it in
   void* handle = nullptr;
   EXPECT_EQ(0, manager.AddHandle(kFirst, "path", one_));
-  EXPECT_EQ(yax_status::kNoMemory, manager.LoadBinary(kFirst, sound_.c_str(), &handle));
+  EXPECT_EQ(yax_framework::kNoMemory, manager.LoadBinary(kFirst, sound_.c_str(), &handle));
   EXPECT_NE(nullptr, handle);
   EXPECT_TRUE(IsMapped(sound_));
   manager.Deinitialize();
@@ -251,14 +251,14 @@ TEST_F(YAXLoadManagerTest, WhatWasEnteredIsNotClosed) {
     {
       YAXLoadManager::Entered second;
       ASSERT_TRUE(manager_.Enter(handle, &second));
-      EXPECT_EQ(yax_status::kInUse, manager_.UnloadBinary(kFirst));
+      EXPECT_EQ(yax_framework::kInUse, manager_.UnloadBinary(kFirst));
       EXPECT_EQ(0u, Notes().asked);
-      EXPECT_EQ(yax_status::kOk, manager_.UnloadBinary(kSecond)) << "not entered";
+      EXPECT_EQ(yax_framework::kOk, manager_.UnloadBinary(kSecond)) << "not entered";
     }
-    EXPECT_EQ(yax_status::kInUse, manager_.UnloadBinary(kFirst)) << "once more";
+    EXPECT_EQ(yax_framework::kInUse, manager_.UnloadBinary(kFirst)) << "once more";
     EXPECT_TRUE(IsMapped(sound_));
   }
-  EXPECT_EQ(yax_status::kOk, manager_.UnloadBinary(kFirst));
+  EXPECT_EQ(yax_framework::kOk, manager_.UnloadBinary(kFirst));
   EXPECT_FALSE(IsMapped(sound_));
 }
 
@@ -270,10 +270,10 @@ TEST_F(YAXLoadManagerTest, WhatWasEnteredIsLeftOnceWhoeverHasItThen) {
     ASSERT_TRUE(manager_.Enter(handle, &entered));
     kept = std::move(entered);
   }
-  EXPECT_EQ(yax_status::kInUse, manager_.UnloadBinary(kFirst)) << "moved, not left";
+  EXPECT_EQ(yax_framework::kInUse, manager_.UnloadBinary(kFirst)) << "moved, not left";
   ASSERT_TRUE(manager_.Enter(handle, &kept)) << "leaves what it had";
   kept = YAXLoadManager::Entered();
-  EXPECT_EQ(yax_status::kOk, manager_.UnloadBinary(kFirst));
+  EXPECT_EQ(yax_framework::kOk, manager_.UnloadBinary(kFirst));
   EXPECT_FALSE(IsMapped(sound_));
 }
 
@@ -281,14 +281,14 @@ TEST_F(YAXLoadManagerTest, NothingIsEnteredWithoutAHandle) {
   Load(kFirst, sound_);
   YAXLoadManager::Entered entered;
   EXPECT_TRUE(manager_.Enter(nullptr, &entered));
-  EXPECT_EQ(yax_status::kOk, manager_.UnloadBinary(kFirst));
+  EXPECT_EQ(yax_framework::kOk, manager_.UnloadBinary(kFirst));
 }
 
 TEST_F(YAXLoadManagerTest, WhatIsNotOpenIsNotEntered) {
   YAXLoadManager::Entered entered;
   EXPECT_FALSE(manager_.Enter(one_, &entered));
   void* handle = Load(kFirst, sound_);
-  EXPECT_EQ(yax_status::kOk, manager_.UnloadBinary(kFirst));
+  EXPECT_EQ(yax_framework::kOk, manager_.UnloadBinary(kFirst));
   EXPECT_FALSE(manager_.Enter(handle, &entered));
 }
 
@@ -306,7 +306,7 @@ TEST_F(YAXLoadManagerTest, WhatIsAskedWhetherItMayBeClosedIsEnteredByTheAskingTh
     }).join();
   };
   Notes().refusal = 1;
-  EXPECT_EQ(yax_status::kInUse, manager_.UnloadBinary(kFirst));
+  EXPECT_EQ(yax_framework::kInUse, manager_.UnloadBinary(kFirst));
   EXPECT_TRUE(byAsker);
   EXPECT_FALSE(byOther);
   Notes().whenAsked = nullptr;
@@ -315,7 +315,7 @@ TEST_F(YAXLoadManagerTest, WhatIsAskedWhetherItMayBeClosedIsEnteredByTheAskingTh
     EXPECT_TRUE(manager_.Enter(handle, &entered)) << "it has refused";
   }
   Notes().refusal = 0;
-  EXPECT_EQ(yax_status::kOk, manager_.UnloadBinary(kFirst));
+  EXPECT_EQ(yax_framework::kOk, manager_.UnloadBinary(kFirst));
 }
 
 // The dynamic linker gives the same handle for two paths to one file.
@@ -329,17 +329,17 @@ TEST_F(YAXLoadManagerTest, WhatIsLoadedByAnotherPathWhileItWasEnteredCanBeEntere
   {
     YAXLoadManager::Entered entered;
     ASSERT_TRUE(manager_.Enter(handle, &entered));
-    EXPECT_EQ(yax_status::kInUse, manager_.UnloadBinary(kSecond));
+    EXPECT_EQ(yax_framework::kInUse, manager_.UnloadBinary(kSecond));
   }
-  EXPECT_EQ(yax_status::kOk, manager_.UnloadBinary(kSecond));
+  EXPECT_EQ(yax_framework::kOk, manager_.UnloadBinary(kSecond));
 }
 
 TEST_F(YAXLoadManagerTest, AFileThatWasLoadedByTwoPathsIsClosedAtOnce) {
   void* handle = Load(kFirst, sound_);
   ASSERT_EQ(Load(kSecond, PathOfLength(sound_, 255)), handle);
-  EXPECT_EQ(yax_status::kOk, manager_.UnloadBinary(kSecond));
+  EXPECT_EQ(yax_framework::kOk, manager_.UnloadBinary(kSecond));
   EXPECT_FALSE(IsMapped(sound_));
-  EXPECT_EQ(yax_status::kOk, manager_.UnloadBinary(kFirst)) << "nothing is left of it";
+  EXPECT_EQ(yax_framework::kOk, manager_.UnloadBinary(kFirst)) << "nothing is left of it";
 }
 
 TEST_F(YAXLoadManagerTest, CountsWhatItCloses) {
@@ -347,13 +347,13 @@ TEST_F(YAXLoadManagerTest, CountsWhatItCloses) {
   Load(kFirst, ComponentFile("refusing"));
   Load(kSecond, sound_);
   Notes().refusal = 1;
-  EXPECT_EQ(yax_status::kInUse, manager_.UnloadBinary(kFirst));
-  EXPECT_EQ(yax_status::kOk, manager_.UnloadBinary(kThird));
+  EXPECT_EQ(yax_framework::kInUse, manager_.UnloadBinary(kFirst));
+  EXPECT_EQ(yax_framework::kOk, manager_.UnloadBinary(kThird));
   EXPECT_EQ(manager_.Closings(), before) << "nothing was closed";
-  EXPECT_EQ(yax_status::kOk, manager_.UnloadBinary(kSecond));
+  EXPECT_EQ(yax_framework::kOk, manager_.UnloadBinary(kSecond));
   EXPECT_EQ(manager_.Closings(), before + 1);
   Notes().refusal = 0;
-  EXPECT_EQ(yax_status::kOk, manager_.UnloadBinary(kFirst));
+  EXPECT_EQ(yax_framework::kOk, manager_.UnloadBinary(kFirst));
   EXPECT_EQ(manager_.Closings(), before + 2);
 }
 
@@ -369,7 +369,8 @@ TEST_F(YAXLoadManagerTest, ThePathsBeginningIsEnough) {
   EXPECT_EQ(nullptr, Found("/lib/ab.so.10"));
   EXPECT_EQ(nullptr, Found("lib/ab.so.1"));
   void* handle = nullptr;
-  EXPECT_EQ(yax_status::kOk, manager_.LoadBinary(kThird, "/lib/a", &handle)) << "nothing is opened";
+  EXPECT_EQ(yax_framework::kOk, manager_.LoadBinary(kThird, "/lib/a", &handle))
+      << "nothing is opened";
   EXPECT_EQ(handle, one_);
   EXPECT_EQ(nullptr, Found(kThird));
 }
@@ -380,8 +381,8 @@ TEST_F(YAXLoadManagerTest, TheEmptyPathFindsTheFirstFile) {
   void* second = Load(kSecond, ComponentFile("second"));
   EXPECT_EQ(Found(""), handle);
   EXPECT_EQ(Load(kThird, ""), handle);
-  EXPECT_EQ(yax_status::kOk, manager_.UnloadBinary(kThird));
-  EXPECT_EQ(yax_status::kOk, manager_.UnloadBinary(kFirst));
+  EXPECT_EQ(yax_framework::kOk, manager_.UnloadBinary(kThird));
+  EXPECT_EQ(yax_framework::kOk, manager_.UnloadBinary(kFirst));
   EXPECT_EQ(Load(kThird, ""), second);
 }
 
@@ -441,7 +442,7 @@ TEST_F(YAXLoadManagerTest, AFileWithAPathOf255CharactersIsFoundAgain) {
   void* handle = Load(kFirst, path);
   EXPECT_EQ(Load(kSecond, path), handle);
   EXPECT_EQ(nullptr, Found(kSecond));
-  EXPECT_EQ(yax_status::kOk, manager_.UnloadBinary(kFirst));
+  EXPECT_EQ(yax_framework::kOk, manager_.UnloadBinary(kFirst));
   EXPECT_FALSE(IsMapped(sound_));
 }
 
