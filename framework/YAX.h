@@ -14,20 +14,21 @@
 #include "platform/Export.h"
 
 // What a change in the framework's registry survives: the modes of registry/base/Durability.h.
-enum YAX_DURABILITY : unsigned int {
-  YAX_DURABILITY_NONE = 0,
-  YAX_DURABILITY_PROCESS = 1,
-  YAX_DURABILITY_POWER = 2,
-  YAX_DURABILITY_DEFAULT = 3,  // what the environment variable YAX_DURABILITY names, if it is set
+enum YAX_FRAMEWORK_DURABILITY : unsigned int {
+  YAX_FRAMEWORK_DURABILITY_NONE = 0,
+  YAX_FRAMEWORK_DURABILITY_PROCESS = 1,
+  YAX_FRAMEWORK_DURABILITY_POWER = 2,
+  // What the environment variable YAX_DURABILITY names, if it is set.
+  YAX_FRAMEWORK_DURABILITY_DEFAULT = 3,
 };
 
 extern "C" {
 
-// Chooses a YAX_DURABILITY for the frameworks that CreateYAX makes from now on; it comes before the
-// environment variable YAX_DURABILITY (none, process, power; another word is told by a debug
-// message and ignored). With one of them, CreateYAX answers kRegistryFailed where the mode cannot
-// be had; without, the mode is PROCESS where it can be had and else NONE. kBadArgument for another
-// number. For one thread at a time, as CreateYAX.
+// Chooses a YAX_FRAMEWORK_DURABILITY for the frameworks that CreateYAX makes from now on; it comes
+// before the environment variable YAX_DURABILITY (none, process, power; another word is told by a
+// debug message and ignored). With one of them, CreateYAX answers kRegistryFailed where the mode
+// cannot be had; without, the mode is PROCESS where it can be had and else NONE. kBadArgument for
+// another number. For one thread at a time, as CreateYAX.
 YAX_API unsigned int SetYAXDurability(unsigned int durability);
 // Makes the framework on a registry file; null: "yax.rce" in the working directory. When there is
 // one already, answers 0 and leaves it as it is. kRegistryFailed: the file cannot be opened or

@@ -1,6 +1,7 @@
 // Opening and closing registries.
 #include <new>
 
+#include "framework/YAXStatus.h"
 #include "platform/PCMutex.h"
 #include "registry/base/UserId.h"
 #include "yax/CObjects.h"
@@ -84,7 +85,7 @@ void LetGo(yax_registry* registry) {
 using namespace yax;
 
 const char* yax_status_text(yax_status status) {
-  return tamu::registry::StatusText(status);
+  return YAXStatusText(status);
 }
 
 const char* yax_version() {

@@ -32,7 +32,7 @@ enum {
   YAX_WRONG_TYPE = 79    /* the value has another type */
 };
 
-/* A status in words; never null, and static. */
+/* A status, or one of the component framework, in words; never null, and static. */
 const char* yax_status_text(yax_status status);
 /* The version of the library, "0.1.0"; static. */
 const char* yax_version(void);

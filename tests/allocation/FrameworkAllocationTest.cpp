@@ -72,7 +72,7 @@ TEST_F(FrameworkAllocationTest, WithoutAnObjectNothingIsPrinted) {
 }
 
 TEST_F(FrameworkAllocationTest, WithoutTheCountsSemaphoreTheObjectIsMade) {
-  const ChosenDurability withoutJournal(YAX_DURABILITY_NONE);
+  const ChosenDurability withoutJournal(YAX_FRAMEWORK_DURABILITY_NONE);
   EXPECT_EQ(0u, CreateWithout(kGuard));
   EXPECT_EQ(text, std::string(kUncounted) + kBegins);
   ExpectWorks();
@@ -106,7 +106,7 @@ TEST_F(FrameworkAllocationTest, WithoutItsSemaphoreTheCountServesTwoThreadsAllTh
 }
 
 TEST_F(FrameworkAllocationTest, AMessageThatCannotBeMadeIsNotPrinted) {
-  const ChosenDurability withoutJournal(YAX_DURABILITY_NONE);
+  const ChosenDurability withoutJournal(YAX_FRAMEWORK_DURABILITY_NONE);
   EXPECT_EQ(0u, CreateWithout(kMessage));
   EXPECT_EQ("", text);
   ExpectWorks();
@@ -122,13 +122,14 @@ TEST_F(FrameworkAllocationTest, WithoutARegistryThereIsNoFramework) {
 // With a framework that its message of a missing journal does not concern, and with what every
 // program gets.
 class FrameworkFailures : public FrameworkAllocationTest,
-                          public ::testing::WithParamInterface<YAX_DURABILITY> {
+                          public ::testing::WithParamInterface<YAX_FRAMEWORK_DURABILITY> {
  protected:
   // The registry's own failures come first, then those of the parts behind it.
   void Failed(unsigned int result) {
     EXPECT_EQ(0u, text.rfind(kBegins, 0));
     EXPECT_EQ(text.find(kEnds), text.size() - (sizeof kEnds - 1));
-    EXPECT_TRUE(GetParam() != YAX_DURABILITY_NONE || text == std::string(kBegins) + kEnds) << text;
+    EXPECT_TRUE(GetParam() != YAX_FRAMEWORK_DURABILITY_NONE || text == std::string(kBegins) + kEnds)
+        << text;
     EXPECT_FALSE(IsThere());
     if (result == 0xE000000D) {
       EXPECT_EQ(0u, laterFailures);
@@ -171,7 +172,8 @@ TEST_P(FrameworkFailures, NoneThatFailsLeavesAnythingBehind) {
 }
 
 INSTANTIATE_TEST_SUITE_P(, FrameworkFailures,
-                         ::testing::Values(YAX_DURABILITY_NONE, YAX_DURABILITY_DEFAULT));
+                         ::testing::Values(YAX_FRAMEWORK_DURABILITY_NONE,
+                                           YAX_FRAMEWORK_DURABILITY_DEFAULT));
 
 // Whatever the failure leaves of the file, the next framework on it works, or it is empty.
 TEST_F(FrameworkAllocationTest, AFileThatIsNotThereYetIsMadeByTheNextAttempt) {

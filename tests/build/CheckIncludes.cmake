@@ -2,7 +2,7 @@
 # Includes of our own headers point one way, folder by folder; nothing below knows of what is above:
 #   framework -> registry -> filetree, memtree -> keytree -> store -> format -> base -> platform
 # The two trees never include each other; of the framework, what clients include knows nothing of internal/.
-# The interfaces in yax/ know the front end alone.
+# The interfaces in yax/ know the front end, and of the framework what clients include.
 # The command-line tool: main, docs -> verbs -> view, selftest -> content, components -> image -> front end and store; all may
 # use texts, and verbs, docs and main the command line, which knows no registry but its statuses.
 
@@ -33,7 +33,7 @@ function(allowed_includes file)
   elseif(file MATCHES "^framework/")
     set(patterns ${client} "^framework/")
   elseif(file MATCHES "^yax/")
-    set(patterns ${client} "^yax/")
+    set(patterns ${client} "^framework/[^/]+\\.h$" "^yax/")
   elseif(file MATCHES "^tools/yaxreg/text/")
     set(patterns ${tool_text})
   elseif(file MATCHES "^tools/yaxreg/cli/")

@@ -18,7 +18,7 @@ class DurabilityChoice : public ::testing::Test {
   ~DurabilityChoice() override {
     DestroyYAX();
     unsetenv(kVariable);
-    SetYAXDurability(YAX_DURABILITY_DEFAULT);
+    SetYAXDurability(YAX_FRAMEWORK_DURABILITY_DEFAULT);
   }
   // The mode of the framework that is made now: its journal tells it, and kNone has none.
   char Mode() {
@@ -44,27 +44,27 @@ class DurabilityChoice : public ::testing::Test {
 };
 
 TEST_F(DurabilityChoice, TheProgramChooses) {
-  SetYAXDurability(YAX_DURABILITY_NONE);
+  SetYAXDurability(YAX_FRAMEWORK_DURABILITY_NONE);
   EXPECT_EQ(kNone, Mode());
   EXPECT_EQ(0u, status);
-  SetYAXDurability(YAX_DURABILITY_POWER);
+  SetYAXDurability(YAX_FRAMEWORK_DURABILITY_POWER);
   EXPECT_EQ(kPower, Mode());
   EXPECT_EQ(0u, status);
-  SetYAXDurability(YAX_DURABILITY_DEFAULT);
+  SetYAXDurability(YAX_FRAMEWORK_DURABILITY_DEFAULT);
   EXPECT_EQ(Mode(), usual);
 }
 
 TEST_F(DurabilityChoice, AModeThatCannotBeHadIsRefused) {
-  SetYAXDurability(YAX_DURABILITY_PROCESS);
+  SetYAXDurability(YAX_FRAMEWORK_DURABILITY_PROCESS);
   EXPECT_EQ(Mode(), usual);
   EXPECT_EQ(status, usual == kProcess ? 0u : 0xE000000Du);
   std::filesystem::create_directory(path + ".journal");
-  SetYAXDurability(YAX_DURABILITY_POWER);
+  SetYAXDurability(YAX_FRAMEWORK_DURABILITY_POWER);
   EXPECT_EQ(yax_framework::kRegistryFailed, CreateYAX(path.c_str()));
 }
 
 TEST_F(DurabilityChoice, ANumberThatIsNoModeIsRefused) {
-  EXPECT_EQ(yax_framework::kOk, SetYAXDurability(YAX_DURABILITY_POWER));
+  EXPECT_EQ(yax_framework::kOk, SetYAXDurability(YAX_FRAMEWORK_DURABILITY_POWER));
   EXPECT_EQ(yax_framework::kBadArgument, SetYAXDurability(4));
   EXPECT_EQ(yax_framework::kBadArgument, SetYAXDurability(0xFFFFFFFF));
   EXPECT_EQ(kPower, Mode());
@@ -78,7 +78,7 @@ TEST_F(DurabilityChoice, TheEnvironmentChoosesWhereTheProgramDoesNot) {
   setenv(kVariable, "process", 1);
   EXPECT_EQ(Mode(), usual);
   EXPECT_EQ(status, usual == kProcess ? 0u : 0xE000000Du);
-  SetYAXDurability(YAX_DURABILITY_POWER);
+  SetYAXDurability(YAX_FRAMEWORK_DURABILITY_POWER);
   EXPECT_EQ(kPower, Mode());
 }
 

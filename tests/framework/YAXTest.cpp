@@ -52,7 +52,7 @@ TEST_F(YAXTest, BeforeAndAfterThereIsNoFramework) {
 }
 
 TEST_F(YAXTest, TheBeginningAndTheEndAreTold) {
-  const ChosenDurability withoutJournal(YAX_DURABILITY_NONE);
+  const ChosenDurability withoutJournal(YAX_FRAMEWORK_DURABILITY_NONE);
   Create();
   EXPECT_EQ(kBegins, printed.Take());
   DestroyYAX();
@@ -62,7 +62,7 @@ TEST_F(YAXTest, TheBeginningAndTheEndAreTold) {
 }
 
 TEST_F(YAXTest, MessagesNameNoSource) {
-  const ChosenDurability withoutJournal(YAX_DURABILITY_NONE);
+  const ChosenDurability withoutJournal(YAX_FRAMEWORK_DURABILITY_NONE);
   const std::string log = folder / "log";
   EXPECT_TRUE(InChild([&] {
     CVekforTamu::SetSink(nullptr);
