@@ -385,89 +385,82 @@ TEST_P(RegistryTransaction, ChangesOfOthersWait) {
   EXPECT_EQ("theirs", Text("a/b", "text"));
 }
 
-// It has the file open already; an opening waits.
+// Another process that has the file open already, since an opening waits; it answers with a
+// character what it is asked.
+class AnsweringProcess {
+ public:
+  template <class Prepare, class Answer>
+  AnsweringProcess(Prepare prepare, Answer answer) {
+    EXPECT_EQ(0, pipe(asked_));
+    EXPECT_EQ(0, pipe(answered_));
+    child_ = fork();
+    if (child_ != 0) return;
+    prepare();
+    for (char byte = 0; read(asked_[0], &byte, 1) == 1 && byte != 'x';) {
+      const char told = answer();
+      if (write(answered_[1], &told, 1) != 1) break;
+    }
+    EndChild(0);
+  }
+  ~AnsweringProcess() {
+    int status = 0;
+    EXPECT_EQ(1, write(asked_[1], "x", 1));
+    EXPECT_EQ(child_, waitpid(child_, &status, 0));
+    for (const int end : {asked_[0], asked_[1], answered_[0], answered_[1]}) close(end);
+  }
+  AnsweringProcess(const AnsweringProcess&) = delete;
+  AnsweringProcess& operator=(const AnsweringProcess&) = delete;
+
+  // 0 when it does not answer for some seconds.
+  char Ask() {
+    constexpr int kMilliseconds = 10000;
+    EXPECT_EQ(1, write(asked_[1], "?", 1));
+    pollfd answer = {answered_[0], POLLIN, 0};
+    char told = 0;
+    if (poll(&answer, 1, kMilliseconds) != 1) return 0;
+    EXPECT_EQ(1, read(answered_[0], &told, 1));
+    return told;
+  }
+
+ private:
+  int asked_[2] = {};
+  int answered_[2] = {};
+  pid_t child_ = -1;
+};
+
 TEST_P(RegistryTransaction, AnotherProcessIsToldAtOnceHowMuchRoomThereIs) {
   // For one process, as every mode is where files cannot be mapped.
   if (GetParam() == Durability::kNone || PossibleModes().size() < 3) return;
-  int asked[2], answered[2];
-  ASSERT_EQ(0, pipe(asked));
-  ASSERT_EQ(0, pipe(answered));
-  registry.Finalize();
-  const pid_t child = fork();
-  if (child == 0) {
-    RegistryOptions options;
-    options.durability = GetParam();
-    registry.SetOptions(options);
-    registry.Initialize();
-    char byte = 0;
-    while (write(answered[1], &byte, 1) == 1 && read(asked[0], &byte, 1) == 1 && byte != 'x') {
-      RegistryRoom room = {};
-      registry.GetRoom(&room);
-      byte = static_cast<char>(room.keys.inUse);
-    }
-    EndChild(0);
-  }
-  const auto isAnswered = [&] {
-    constexpr int kMilliseconds = 5000;
-    pollfd answer = {answered[0], POLLIN, 0};
-    return poll(&answer, 1, kMilliseconds) == 1;
+  const auto keysInUse = [&] {
+    RegistryRoom room = {};
+    registry.GetRoom(&room);
+    return static_cast<char>(room.keys.inUse);
   };
-  char byte = 0;
-  ASSERT_EQ(1, read(answered[0], &byte, 1));
+  registry.Finalize();
+  AnsweringProcess other([&] { Open(); }, keysInUse);
+  EXPECT_NE(0, other.Ask());
   Open();
-  RegistryRoom room = {};
-  EXPECT_EQ(status::kOk, registry.GetRoom(&room));
+  const char before = keysInUse();
   EXPECT_EQ(status::kOk, registry.BeginTransaction());
   EXPECT_EQ(status::kOk, registry.MakeKey("more"));
-  EXPECT_EQ(1, write(asked[1], "?", 1));
-  EXPECT_TRUE(isAnswered());
+  EXPECT_EQ(before, other.Ask());
   EXPECT_EQ(status::kOk, registry.EndTransaction());
-  EXPECT_EQ(1, read(answered[0], &byte, 1));
-  EXPECT_EQ(room.keys.inUse, static_cast<unsigned int>(byte));
-  EXPECT_EQ(1, write(asked[1], "x", 1));
-  int status = 0;
-  EXPECT_EQ(waitpid(child, &status, 0), child);
-  for (const int end : {asked[0], asked[1], answered[0], answered[1]}) close(end);
+  EXPECT_EQ(before + 1, other.Ask());
 }
 
-// It has the file open already; an opening waits.
 TEST_P(RegistryTransaction, AnotherProcessReadsTheStateBefore) {
   // For one process, as every mode is where files cannot be mapped.
   if (GetParam() == Durability::kNone || PossibleModes().size() < 3) return;
-  int asked[2], answered[2];
-  ASSERT_EQ(0, pipe(asked));
-  ASSERT_EQ(0, pipe(answered));
   registry.Finalize();
-  const pid_t child = fork();
-  if (child == 0) {
-    RegistryOptions options;
-    options.durability = GetParam();
-    registry.SetOptions(options);
-    registry.Initialize();
-    for (char byte = 0; read(asked[0], &byte, 1) == 1 && byte != 'x';) {
-      const char text = Text("a/b", "text")[0];
-      if (write(answered[1], &text, 1) != 1) break;
-    }
-    EndChild(0);
-  }
-  const auto firstReadElsewhere = [&] {
-    char text = 0;
-    EXPECT_EQ(1, write(asked[1], "?", 1));
-    EXPECT_EQ(1, read(answered[0], &text, 1));
-    return text;
-  };
-  EXPECT_EQ('o', firstReadElsewhere());
+  AnsweringProcess other([&] { Open(); }, [&] { return Text("a/b", "text")[0]; });
+  EXPECT_EQ('o', other.Ask());
   Open();
   EXPECT_EQ(status::kOk, registry.BeginTransaction());
   EXPECT_EQ(status::kOk, SetText(0, "a/b", "text", "new"));
-  EXPECT_EQ('o', firstReadElsewhere());
+  EXPECT_EQ('o', other.Ask());
   EXPECT_EQ("new", Text("a/b", "text"));
   EXPECT_EQ(status::kOk, registry.EndTransaction());
-  EXPECT_EQ('n', firstReadElsewhere());
-  EXPECT_EQ(1, write(asked[1], "x", 1));
-  int status = 0;
-  EXPECT_EQ(waitpid(child, &status, 0), child);
-  for (const int end : {asked[0], asked[1], answered[0], answered[1]}) close(end);
+  EXPECT_EQ('n', other.Ask());
 }
 
 // The key's name is the beginning of another: the thread keeps a lock, and nothing else.
