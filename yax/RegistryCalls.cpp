@@ -1,4 +1,6 @@
 // Opening and closing registries.
+#include <cstddef>
+#include <cstring>
 #include <new>
 
 #include "framework/YAXStatus.h"
@@ -53,13 +55,26 @@ unsigned int Open(Registry* registry) {
   return status::kBusy;
 }
 
-unsigned int OpenWith(const yax_options& options, Registry* registry) {
-  if (options.size != sizeof options) return status::kBadArgument;
+// Fields that the program does not know yet are 0.
+unsigned int TakeOptions(const yax_options& given, yax_options* options) {
+  constexpr size_t kFirst = offsetof(yax_options, side_folder);  // of the first version
+  if (given.size < kFirst || given.size > sizeof given) return status::kBadArgument;
+  std::memcpy(options, &given, given.size);
+  return status::kOk;
+}
+
+unsigned int OpenWith(const yax_options& given, Registry* registry) {
+  yax_options options = {};
+  if (TakeOptions(given, &options) != status::kOk) return status::kBadArgument;
   if (options.user_name != nullptr) registry->SetCurrentUser(options.user_name);
   tamu::registry::RegistryOptions asked;
   asked.readOnly = options.read_only != 0;
   asked.space = tamu::registry::SpacePolicy::kReuse;
   if (options.file_mode != 0) asked.fileMode = options.file_mode;
+  asked.sideFolder = options.side_folder;
+  asked.compactBelow = options.compact_below;
+  asked.checkAtOpening = options.check_at_opening != 0;
+  if (options.wait_at_most != 0) asked.waitAtMost = options.wait_at_most;
   unsigned int result = ToDurability(options.durability, &asked.durability);
   if (result == status::kOk) result = registry->SetOptions(asked);
   if (result == status::kOk) result = Open(registry);

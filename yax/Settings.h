@@ -30,6 +30,12 @@ struct Options {
   std::string userName;               // counts instead, unless it is empty
   bool readOnly = false;              // changes are YAX_NO_RIGHT; nothing is made: YAX_NOT_FOUND
   unsigned fileMode = 0644;           // rights of a file that is made, less the umask
+  // A folder in memory for the file that kProcess keeps, the same for all programs; empty: beside
+  // the registry.
+  std::string sideFolder;
+  unsigned compactBelow = 0;    // compacts at opening when fewer slots of a kind are left
+  bool checkAtOpening = false;  // a damaged file is YAX_INVALID_FILE at once
+  unsigned waitAtMost = 60000;  // milliseconds that a change waits for those of other processes
 };
 
 // An open registry file. A process has one open at a time.
@@ -44,6 +50,10 @@ class Registry {
     asked.read_only = options.readOnly ? 1 : 0;
     asked.file_mode = options.fileMode;
     asked.user_name = options.userName.empty() ? nullptr : options.userName.c_str();
+    asked.side_folder = options.sideFolder.empty() ? nullptr : options.sideFolder.c_str();
+    asked.compact_below = options.compactBelow;
+    asked.check_at_opening = options.checkAtOpening ? 1 : 0;
+    asked.wait_at_most = options.waitAtMost;
     yax_registry* opened = nullptr;
     status_ = yax_open(path.c_str(), &asked, &opened);
     registry_.reset(opened);

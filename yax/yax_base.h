@@ -52,18 +52,25 @@ enum {
 #define YAX_ADMINISTRATOR 65535u /* the user who has the owner's rights everywhere */
 
 typedef struct yax_options {
-  size_t size;           /* sizeof(yax_options) */
+  size_t size;           /* sizeof(yax_options), by which programs built before a field are known */
   unsigned durability;   /* one of the above; one that cannot be had is YAX_NO_SPACE */
   unsigned user;         /* the user's number, taken at its word */
   const char* user_name; /* or his name, which is hashed into a number; null: the number counts */
   unsigned read_only;    /* 1: for a program that may not write the file: every change is
                             YAX_NO_RIGHT, and nothing is made: YAX_NOT_FOUND */
   unsigned file_mode;    /* rights of a file that is made, less the umask; 0: 0644 */
+  const char* side_folder;   /* a folder in memory for the file that _PROCESS keeps beside the
+                                registry, the same for all programs; null: beside it */
+  unsigned compact_below;    /* compacts at opening (yax_compact) when fewer slots of a kind are
+                                left; 0: never */
+  unsigned check_at_opening; /* 1: a damaged file (yax_check) is YAX_INVALID_FILE at once */
+  unsigned wait_at_most;     /* milliseconds that a change waits for those of other processes,
+                                before it is YAX_INPUT_OUTPUT; 0: a minute */
 } yax_options;
 
 /* What null stands for in yax_open; a beginning for options of one's own. */
 #define YAX_OPTIONS_USUAL \
-  { sizeof(yax_options), YAX_DURABILITY_USUAL, YAX_ADMINISTRATOR, NULL, 0, 0 }
+  { sizeof(yax_options), YAX_DURABILITY_USUAL, YAX_ADMINISTRATOR, NULL, 0, 0, NULL, 0, 0, 0 }
 
 /* Opens a registry file, made when nothing is at the path. *registry is the caller's, until
  * yax_close. A process has one registry open at a time: YAX_BUSY. YAX_INVALID_FILE: what is there

@@ -46,6 +46,29 @@ def test_durability_is_had_as_asked_for(file: Path) -> None:
             registry.sync()
 
 
+def test_opening_looks_after_a_file(file: Path, tmp_path: Path) -> None:
+    with yax.open(file) as registry:
+        for name in ("gone", "kept"):
+            registry[name]["text"] = "x" * 200
+        del registry["gone"]
+    before = file.read_bytes()
+    with yax.open(file, check_at_opening=True, wait_at_most=0.5):
+        pass
+    assert file.read_bytes() == before
+    with yax.open(file, compact_below=20000) as registry:
+        assert registry["kept"]["text"] == "x" * 200
+    assert file.read_bytes() != before
+    side = tmp_path / "side"
+    side.mkdir()
+    with yax.open(file, side_folder=side):
+        assert [entry.name for entry in side.iterdir()]
+    damaged = bytearray(file.read_bytes())
+    damaged[10188 + 40 + 16 : 10188 + 40 + 20] = b"\0\x77\x77\0"
+    file.write_bytes(damaged)
+    with pytest.raises(yax.InvalidFileError):
+        yax.open(file, check_at_opening=True)
+
+
 def test_a_file_is_looked_after(file: Path) -> None:
     with yax.open(file) as registry:
         before = registry.room()

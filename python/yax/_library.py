@@ -22,6 +22,10 @@ class Options(ctypes.Structure):
         ("user_name", c_char_p),
         ("read_only", c_uint),
         ("file_mode", c_uint),
+        ("side_folder", c_char_p),
+        ("compact_below", c_uint),
+        ("check_at_opening", c_uint),
+        ("wait_at_most", c_uint),
     ]
 
 

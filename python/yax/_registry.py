@@ -353,7 +353,7 @@ class Key(MutableMapping[str, Value]):
 
 
 class Registry:
-    """An open registry file. A process has one open at a time; any thread may use it.
+    """An open registry file. A process has one open at a time; any thread may use it. ``open`` tells of the options.
 
     >>> registry["network/eth0"]
     <yax.Key 'network/eth0'>
@@ -367,10 +367,25 @@ class Registry:
         user: Union[int, str] = ADMINISTRATOR,
         read_only: bool = False,
         mode: int = 0o644,
+        side_folder: Union[str, "os.PathLike[str]", None] = None,
+        compact_below: int = 0,
+        check_at_opening: bool = False,
+        wait_at_most: float = 60,
     ) -> None:
         name = user.encode() if isinstance(user, str) else None
         number = ADMINISTRATOR if isinstance(user, str) else user
-        options = Options(ctypes.sizeof(Options), int(durability), number, name, int(read_only), mode)
+        options = Options(
+            size=ctypes.sizeof(Options),
+            durability=int(durability),
+            user=number,
+            user_name=name,
+            read_only=int(read_only),
+            file_mode=mode,
+            side_folder=None if side_folder is None else os.fsencode(side_folder),
+            compact_below=compact_below,
+            check_at_opening=int(check_at_opening),
+            wait_at_most=max(1, round(wait_at_most * 1000)),
+        )
         handle = ctypes.c_void_p()
         check(
             lib.yax_open(os.fsencode(path), ctypes.byref(options), ctypes.byref(handle)),
@@ -580,10 +595,27 @@ def open(
     user: Union[int, str] = ADMINISTRATOR,
     read_only: bool = False,
     mode: int = 0o644,
+    side_folder: Union[str, "os.PathLike[str]", None] = None,
+    compact_below: int = 0,
+    check_at_opening: bool = False,
+    wait_at_most: float = 60,
 ) -> Registry:
     """Opens a registry file, which is made when nothing is at the path, with the rights ``mode`` less the umask.
 
     ``read_only`` is for a program that may not write the file: changes raise ``NoRightError``, and a file that is
-    missing ``NotFoundError``.
+    missing ``NotFoundError``. ``side_folder`` is a folder in memory for the file that the usual mode keeps beside
+    the registry, the same for all programs. ``compact_below`` compacts when fewer slots of a kind are left, and
+    ``check_at_opening`` refuses a damaged file at once. A change waits ``wait_at_most`` seconds for those of other
+    processes.
     """
-    return Registry(path, durability=durability, user=user, read_only=read_only, mode=mode)
+    return Registry(
+        path,
+        durability=durability,
+        user=user,
+        read_only=read_only,
+        mode=mode,
+        side_folder=side_folder,
+        compact_below=compact_below,
+        check_at_opening=check_at_opening,
+        wait_at_most=wait_at_most,
+    )

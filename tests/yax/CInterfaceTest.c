@@ -3,6 +3,7 @@
 #include "yax/yax.h"
 
 #include <pthread.h>
+#include <stddef.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -356,7 +357,14 @@ static void WhatIsAskedForIsHad(void) {
   options.durability = YAX_DURABILITY_USUAL;
   options.size = 1;
   CHECK_STATUS(YAX_BAD_ARGUMENT, yax_open(file, &options, &registry));
+  options.size = sizeof options + 1;
+  CHECK_STATUS(YAX_BAD_ARGUMENT, yax_open(file, &options, &registry));
   CHECK(registry == NULL);
+  /* A program that was built when there were no more fields than these. */
+  options.size = offsetof(yax_options, side_folder);
+  options.side_folder = "nowhere/at/all";
+  CHECK_STATUS(YAX_OK, yax_open(file, &options, &registry));
+  yax_close(registry);
 }
 
 static void OneRegistryIsOpenAtATime(void) {
