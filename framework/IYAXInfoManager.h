@@ -10,6 +10,7 @@
 // Operations that change something first make the key if it is missing, even if they then fail.
 class IYAXInfoManager : public IYAXCompBase {
  public:
+  // What the registry keeps of the system as a whole.
   virtual unsigned int SetSystemInfo(YAX_SYSTEM_INFO_ST* info) = 0;
   virtual unsigned int GetSystemInfo(YAX_SYSTEM_INFO_ST* info) = 0;
   // Registers the components of an array that ends with a null pointer, in order; what was

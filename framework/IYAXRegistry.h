@@ -14,6 +14,7 @@
 // and RestoreKey, which answer its statuses (registry/base/RegistryStatus.h).
 class IYAXRegistry : public IYAXCompBase {
  public:
+  // A handle on a key, which is to be closed.
   virtual unsigned int OpenKey(const char* path, unsigned int* handle, unsigned int mode) = 0;
   virtual unsigned int CloseKey(unsigned int handle) = 0;
   // With default value 0.

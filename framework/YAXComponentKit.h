@@ -25,6 +25,7 @@ class Counted : public Interface {
   Counted(const Counted&) = delete;
   Counted& operator=(const Counted&) = delete;
 
+  // As IYAXCompBase tells.
   unsigned int GetInterface(const YAX_GUID_ST& wanted, void** out) override {
     if (out == nullptr) return yax_framework::kBadArgument;
     const bool known = wanted == iid || wanted == IID_IYAXCompBase;
@@ -33,6 +34,7 @@ class Counted : public Interface {
     AddRef();
     return yax_framework::kOk;
   }
+  // As IYAXCompBase tells.
   unsigned int AddRef() override { return ++references_; }
   unsigned int Release() override {
     const unsigned int left = --references_;

@@ -27,10 +27,10 @@ typedef unsigned int (*YAX_FACTORY_FN)(const YAX_GUID_ST& clsid, const YAX_GUID_
 
 // What the framework knows of a component.
 struct YAX_COMPONENT_INFO_ST {
-  const YAX_GUID_ST* pGuid;  // its class identifier, the caller's
-  char CompName[kYAXTextSize];
-  unsigned int Reserved;  // not stored
-  YAX_COMPONENT_TYPE_ENUM Type;
+  const YAX_GUID_ST* pGuid;       // its class identifier, the caller's
+  char CompName[kYAXTextSize];    // for people
+  unsigned int Reserved;          // not stored
+  YAX_COMPONENT_TYPE_ENUM Type;   // which of the two below counts
   YAX_FACTORY_FN FactoryFn;       // for components in the running program; to be set at each start
   char BinaryPath[kYAXTextSize];  // as dlopen takes it
 };

@@ -6,7 +6,7 @@
 // Part of the binary interface, never renumber.
 namespace yax_framework {
 
-constexpr unsigned int kOk = 0;
+constexpr unsigned int kOk = 0;                      // success
 constexpr unsigned int kNotProvided = 0xE0000002;    // the plain information store does not do it
 constexpr unsigned int kNoMemory = 0xE0000003;       // memory could not be obtained
 constexpr unsigned int kNotRegistered = 0xE0000004;  // the component does not know the identifier

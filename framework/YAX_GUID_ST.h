@@ -3,9 +3,9 @@
 
 // Part of the binary interface: 16 bytes, the groups in the machine's (little-endian) order.
 struct YAX_GUID_ST {
-  unsigned int Data1;
-  unsigned short Data2;
-  unsigned short Data3;
+  unsigned int Data1;      // the first group of its usual text
+  unsigned short Data2;    // the second
+  unsigned short Data3;    // the third
   unsigned char Data4[8];  // the last two groups, byte by byte
 };
 static_assert(sizeof(YAX_GUID_ST) == 16, "part of the binary interface");

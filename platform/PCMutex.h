@@ -62,6 +62,7 @@ class YAX_API PCMutex {
 // Holds one level of a lock for a scope.
 class PCMutexGuard {
  public:
+  // Waits for the lock.
   explicit PCMutexGuard(PCMutex& lock) : mLock(&lock) { lock.Take(); }
   ~PCMutexGuard() {
     if (mLock != nullptr) mLock->Give();

@@ -16,6 +16,7 @@ class YAX_API VekMessage {
   VekMessage(const VekMessage&) = delete;
   VekMessage& operator=(const VekMessage&) = delete;
 
+  // What it was made of; the texts are cut to their capacities.
   const char* Text() const { return mText; }
   const char* File() const { return mFile; }
   int Line() const { return mLine; }

@@ -9,6 +9,7 @@ namespace tamu::registry {
 // called. All three are called by one thread.
 class Transaction {
  public:
+  // Begun() tells how that went.
   explicit Transaction(Registry& registry)
       : registry_(registry), begun_(registry.BeginTransaction()), isOpen_(begun_ == status::kOk) {}
   ~Transaction() { Cancel(); }

@@ -26,18 +26,22 @@ class Component {
   Component() = default;
   // Takes over a reference, as GetInterface gives one; null: none.
   explicit Component(void* reference) : object_(static_cast<Interface*>(reference)) {}
+  // One more reference to the same object.
   Component(const Component& other) : object_(other.object_) {
     if (object_ != nullptr) object_->AddRef();
   }
+  // Takes the reference of the other, which has none then.
   Component(Component&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
   ~Component() {
     if (object_ != nullptr) object_->Release();
   }
+  // The object that it had loses a reference.
   Component& operator=(Component other) noexcept {
     std::swap(object_, other.object_);
     return *this;
   }
 
+  // Whether there is an object, and where; null: none.
   explicit operator bool() const { return object_ != nullptr; }
   Interface* get() const { return object_; }
   // Only of an object that is there.
@@ -56,6 +60,7 @@ class Component {
     if (!status.ok()) return status;
     return Component<Other>(seen);
   }
+  // The interface tells its identifier.
   template <class Other>
   Result<Component<Other>> As() const {
     return As<Other>(InterfaceOf<Other>());

@@ -18,7 +18,7 @@ namespace yax {
 
 // What the registry tells of a component in a shared object.
 struct Registration {
-  std::string name;
+  std::string name;  // for people
   std::string path;  // as dlopen takes it
 };
 
@@ -47,6 +47,7 @@ class Framework {
     if (isMade_) DestroyYAX();
   }
 
+  // Whether there is a framework, and why not.
   explicit operator bool() const { return status_.ok(); }
   Status status() const { return status_; }
 
@@ -62,6 +63,7 @@ class Framework {
     const Status changed = manager_->SetComponentInfo(clsid, &info);
     return changed.ok() ? changed : Status(manager_->RegisterComponent(clsid, &info));
   }
+  // Takes the description out of the registry. kRegistryFailed: there is none.
   Status Unregister(const YAX_GUID_ST& clsid) {
     return status_.ok() ? manager_->UnregisterComponent(clsid) : yax_framework::kNoFramework;
   }

@@ -42,6 +42,7 @@ class Key {
   T Get(const std::string& name, T fallback) const {
     return Get<T>(name).value_or(std::move(fallback));
   }
+  // The same for a text.
   std::string Get(const std::string& name, const char* fallback) const {
     return Get<std::string>(name).value_or(fallback);
   }
@@ -51,9 +52,11 @@ class Key {
     if (HasZero(name)) return YAX_BAD_ARGUMENT;
     return Stored<StoredAs<T>>::Write(key_.get(), name.c_str(), value);
   }
+  // Whether there is a value of that name, set or not.
   bool Has(const std::string& name) const {
     return !HasZero(name) && yax_value_exists(key_.get(), name.c_str(), nullptr) == YAX_OK;
   }
+  // Deletes a value. YAX_NOT_FOUND: there is none.
   Status Remove(const std::string& name) {
     return HasZero(name) ? Status(YAX_BAD_ARGUMENT)
                          : Status(yax_remove_value(key_.get(), name.c_str()));
@@ -61,6 +64,7 @@ class Key {
 
   // ---- the key itself
 
+  // Whether there is such a key.
   bool Exists() const { return yax_key_exists(key_.get()) == YAX_OK; }
   // Makes it, and those above it; one that is there is fine, too.
   Status Make() {
@@ -74,10 +78,13 @@ class Key {
     return HasZero(newPath) ? Status(YAX_BAD_ARGUMENT)
                             : Status(yax_key_copy(key_.get(), newPath.c_str()));
   }
+  // The same, and the old key is gone.
   Status MoveTo(const std::string& newPath) {
     return HasZero(newPath) ? Status(YAX_BAD_ARGUMENT)
                             : Status(yax_key_move(key_.get(), newPath.c_str()));
   }
+  // The key with all below it, to a file that is made or replaced, and back: what there was is
+  // replaced then.
   Status BackUp(const std::string& file) const { return yax_key_backup(key_.get(), file.c_str()); }
   Status Restore(const std::string& file) { return yax_key_restore(key_.get(), file.c_str()); }
 
@@ -85,7 +92,7 @@ class Key {
 
   Names Children() const { return List(yax_key_children); }  // the keys right below
   Names Branch() const { return List(yax_key_branch); }      // all below: "a", "a/b"
-  Names Values() const { return List(yax_key_values); }
+  Names Values() const { return List(yax_key_values); }      // the key's own
   // Calls visit(Key) for this key and all below it, a key before those below it.
   template <class Visit>
   Status Walk(Visit visit) const {

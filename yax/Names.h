@@ -44,10 +44,14 @@ class Names {
   // Takes a list over.
   Names(yax_names* names, Status status) : names_(names), status_(status) {}
 
+  // Why there is nothing; success otherwise.
   Status status() const { return status_; }
+  // How many names there are.
   std::size_t size() const { return yax_names_count(names_.get()); }
   bool empty() const { return size() == 0; }
+  // The name at an index below size().
   std::string_view operator[](std::size_t index) const { return *Iterator(names_.get(), index); }
+  // For loops over all names.
   Iterator begin() const { return {names_.get(), 0}; }
   Iterator end() const { return {names_.get(), size()}; }
 

@@ -31,7 +31,9 @@ class Default {
   Default(std::string text) : type_(YAX_TEXT), text_(std::move(text)) {}
   Default(Bytes bytes) : type_(YAX_BYTES), bytes_(std::move(bytes)) {}
 
+  // Its stored type: YAX_INTEGER, YAX_REAL, YAX_TEXT or YAX_BYTES.
   unsigned type() const { return type_; }
+  // Sets the value of that name to it.
   Status Write(Key& key, const std::string& name) const {
     if (type_ == YAX_INTEGER) return key.Set(name, number_);
     if (type_ == YAX_REAL) return key.Set(name, real_);
@@ -46,19 +48,21 @@ class Default {
   Bytes bytes_;
 };
 
+// A value that there is to be.
 struct Setting {
-  std::string key;  // its path
-  std::string name;
-  Default value;
+  std::string key;                                                // its path
+  std::string name;                                               // of the value
+  Default value;                                                  // the first one, and the type
   std::int64_t least = std::numeric_limits<std::int64_t>::min();  // of an integer
-  std::int64_t most = std::numeric_limits<std::int64_t>::max();
+  std::int64_t most = std::numeric_limits<std::int64_t>::max();   // likewise
 };
 
+// All settings of a program.
 using Schema = std::vector<Setting>;
 
 // What Apply has found and done, a line each: key, value and reason.
 struct Report {
-  Status status;
+  Status status;                   // of the whole
   std::vector<std::string> made;   // were missing
   std::vector<std::string> unfit;  // have another type or are out of range
   std::vector<std::string> extra;  // values of the schema's keys that it does not know

@@ -17,6 +17,7 @@
 
 namespace yax {
 
+// What a change survives once it was acknowledged.
 enum class Durability : unsigned {
   kUsual = YAX_DURABILITY_USUAL,      // kProcess where that can be had, else kNone
   kNone = YAX_DURABILITY_NONE,        // a process that dies in a change may leave a part of it
@@ -24,12 +25,13 @@ enum class Durability : unsigned {
   kPower = YAX_DURABILITY_POWER,      // so does a power cut, and what was acknowledged is there
 };
 
+// How a registry is opened.
 struct Options {
-  Durability durability = Durability::kUsual;
-  unsigned user = YAX_ADMINISTRATOR;  // taken at its word
-  std::string userName;               // counts instead, unless it is empty
-  bool readOnly = false;              // changes are YAX_NO_RIGHT; nothing is made: YAX_NOT_FOUND
-  unsigned fileMode = 0644;           // rights of a file that is made, less the umask
+  Durability durability = Durability::kUsual;  // of changes
+  unsigned user = YAX_ADMINISTRATOR;           // taken at its word
+  std::string userName;                        // counts instead, unless it is empty
+  bool readOnly = false;     // changes are YAX_NO_RIGHT; nothing is made: YAX_NOT_FOUND
+  unsigned fileMode = 0644;  // rights of a file that is made, less the umask
   // A folder in memory for the file that kProcess keeps, the same for all programs; empty: beside
   // the registry.
   std::string sideFolder;
@@ -59,6 +61,7 @@ class Registry {
     registry_.reset(opened);
   }
 
+  // Whether it is open, and why not.
   explicit operator bool() const { return status_.ok(); }
   Status status() const { return status_; }
   // The key of a path, "" for the root; nothing is looked up.

@@ -23,6 +23,7 @@
 
 namespace yax {
 
+// Data of its own kind.
 using Bytes = std::vector<unsigned char>;
 
 // The double whose shortest text is that of a float: 0.1 for 0.1f.

@@ -13,6 +13,7 @@ namespace yax {
 // nest, then the outermost decides. It must end before the registry does.
 class Transaction {
  public:
+  // Waits for those of others, if there are any.
   explicit Transaction(Registry& registry) {
     yax_transaction* begun = nullptr;
     status_ = yax_begin(registry.get(), &begun);

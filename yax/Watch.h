@@ -7,6 +7,7 @@
 
 namespace yax {
 
+// What was done to a key or value.
 enum class ChangeKind : unsigned {
   kKeyCreated = YAX_KEY_CREATED,
   kKeyDeleted = YAX_KEY_DELETED,    // with all below it
@@ -22,7 +23,7 @@ enum class ChangeKind : unsigned {
 
 // The texts are the watch's, until it is asked for the next change.
 struct Change {
-  ChangeKind kind;
+  ChangeKind kind;        // what was done
   std::string_view path;  // of the key, from the root; "" is the root
   std::string_view name;  // of the value; "" where none is concerned
 };
@@ -35,8 +36,10 @@ struct Change {
 // For one thread at a time.
 class Watch {
  public:
+  // As long as it takes.
   static constexpr std::chrono::milliseconds kForever{YAX_FOREVER};
 
+  // status() tells how that went.
   explicit Watch(const Key& key) {
     yax_watch* watch = nullptr;
     status_ = yax_watch_key(key.get(), &watch);

@@ -51,6 +51,7 @@ enum {
 
 #define YAX_ADMINISTRATOR 65535u /* the user who has the owner's rights everywhere */
 
+/* How a registry is opened. */
 typedef struct yax_options {
   size_t size;           /* sizeof(yax_options), by which programs built before a field are known */
   unsigned durability;   /* one of the above; one that cannot be had is YAX_NO_SPACE */
@@ -83,15 +84,16 @@ yax_status yax_sync(yax_registry* registry);
 
 /* Records of a kind, and how many more there can be until YAX_LIMIT. */
 typedef struct yax_room_of {
-  unsigned used;
-  unsigned left;
+  unsigned used; /* there are so many */
+  unsigned left; /* and there can be so many more */
 } yax_room_of;
+/* The room of a whole file. */
 typedef struct yax_room {
   size_t size;         /* sizeof(yax_room), the caller's to set */
   yax_room_of strings; /* parts of the names of keys, up to 17 characters each */
-  yax_room_of keys;
-  yax_room_of values;
-  yax_room_of blocks; /* of 64 bytes of data each */
+  yax_room_of keys;    /* the root among them */
+  yax_room_of values;  /* of all keys */
+  yax_room_of blocks;  /* of 64 bytes of data each */
 } yax_room;
 /* Cheap. YAX_BAD_ARGUMENT: another size. */
 yax_status yax_get_room(yax_registry* registry, yax_room* room);

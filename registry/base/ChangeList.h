@@ -18,11 +18,11 @@ enum class ChangeKind : unsigned char {
   kWatchChanged = 8,    // the key's watch bits
   kCompacted = 9,       // the file, told at the root: keys and values are as before
 };
-constexpr unsigned int kChangeKinds = 10;
+constexpr unsigned int kChangeKinds = 10;  // how many there are
 
 // The texts are the list's, until it changes.
 struct Change {
-  ChangeKind kind;
+  ChangeKind kind;        // what was done
   const char* keyPath;    // from the root, without a "/" before it; "" is the root
   const char* valueName;  // "" where no value is concerned
 };

@@ -19,11 +19,11 @@ struct CheckResult {
     unsigned int leaked;   // in use, but nothing leads to them; 0 where that is not known
   };
 
-  FileCondition condition;
-  Kind strings;
-  Kind keys;
-  Kind values;
-  Kind blocks;
+  FileCondition condition;  // of the file as a whole
+  Kind strings;             // parts of the names of keys
+  Kind keys;                // the root among them
+  Kind values;              // of all keys
+  Kind blocks;              // of 64 bytes of a value's data each
 };
 
 }  // namespace tamu::registry

@@ -31,6 +31,7 @@ class YAX_API NameList {
   // Drops the names from `first` on, and what memory only they needed.
   void CutTo(unsigned int first);
 
+  // How many names there are, and may be.
   unsigned int Count() const { return count; }
   unsigned int Capacity() const { return capacity; }
 

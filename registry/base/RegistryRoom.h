@@ -12,9 +12,9 @@ struct RegistryRoom {
   };
 
   Kind strings;  // parts of the names of keys, up to 17 characters each
-  Kind keys;
-  Kind values;
-  Kind blocks;  // of 64 bytes of a value's data each; those of a value lie in one table of 499
+  Kind keys;     // the root among them
+  Kind values;   // of all keys
+  Kind blocks;   // of 64 bytes of a value's data each; those of a value lie in one table of 499
 };
 
 }  // namespace tamu::registry

@@ -49,6 +49,7 @@ inline void FreeValueData(Value& value) {
 // into the caller's own.
 class ReadValue : public Value {
  public:
+  // Asks for a type, or for any.
   explicit ReadValue(unsigned int requestedType = kValueTypeAny)
       : Value{requestedType, 0, nullptr}, requestedType_(requestedType) {}
   ~ReadValue() { FreeValueData(*this); }
@@ -60,6 +61,7 @@ class ReadValue : public Value {
     FreeValueData(*this);
     type = requestedType_;
   }
+  // The data as bytes; null when nothing is read.
   const unsigned char* bytes() const { return static_cast<const unsigned char*>(data); }
   // The data as text; null when it does not end in a terminator.
   const char* text() const {

@@ -17,21 +17,23 @@ struct WalkedKey {
 
 // A value. Name and data are good until the visit is over.
 struct WalkedValue {
-  const char* name;
+  const char* name;   // at most 31 characters
   unsigned int type;  // kValueType...
-  bool isSet;
+  bool isSet;         // else it has no data
   unsigned int size;  // bytes at data; 0 when it is not set
   const void* data;   // a number has all its eight bytes. Null when the size is 0
 };
 
 class WalkVisitor {
  public:
+  // What the walk does after a visit.
   enum class Then {
     kGoOn,
     kSkip,  // nothing more of this key: neither values nor sub-keys
     kStop,  // nothing more at all
   };
 
+  // Each key before its values and sub-keys, each value of it.
   virtual Then VisitKey(const WalkedKey& key) = 0;
   virtual Then VisitValue(const WalkedKey& key, const WalkedValue& value) = 0;
 
