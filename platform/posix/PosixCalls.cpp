@@ -79,10 +79,16 @@ bool WriteZeros(int fd, unsigned int from, unsigned int end) {
   return true;
 }
 
+// To the owner and group of another file.
+bool GiveTo(int fd, const struct stat& model) {
+  return Retry([&] { return fchown(fd, model.st_uid, model.st_gid); }) == 0;
+}
+
 // In hexadecimal, with hyphens.
 bool ReadBootId(unsigned char (&id)[16]) {
   char text[64] = {};
-  const int fd = open("/proc/sys/kernel/random/boot_id", O_RDONLY | O_CLOEXEC);
+  const int fd =
+      Retry([] { return open("/proc/sys/kernel/random/boot_id", O_RDONLY | O_CLOEXEC); });
   if (fd < 0) return false;
   const ssize_t got = Retry([&] { return read(fd, text, sizeof text - 1); });
   close(fd);
@@ -168,7 +174,7 @@ bool SameFile(int fd, int other) {
 
 void Identify(int fd, unsigned long long* device, unsigned long long* number) {
   struct stat info;
-  if (fstat(fd, &info) != 0) return;
+  if (Retry([&] { return fstat(fd, &info); }) != 0) return;
   *device = info.st_dev;
   *number = info.st_ino;
 }
@@ -285,15 +291,14 @@ void Pause(unsigned int microseconds) {
 void TakeRightsOf(int fd, const char* model) {
   struct stat info;
   if (Retry([&] { return stat(model, &info); }) != 0) return;
-  if (fchown(fd, info.st_uid, info.st_gid) != 0)
-    return;  // somebody else's: the umask's rights stay
+  if (!GiveTo(fd, info)) return;  // somebody else's: the umask's rights stay
   static_cast<void>(Retry([&] { return fchmod(fd, info.st_mode & 0666); }));
 }
 
 int CopyRights(int fd, const char* model) {
   struct stat info;
   if (Retry([&] { return stat(model, &info); }) != 0) return errno;
-  if (fchown(fd, info.st_uid, info.st_gid) != 0) return errno;
+  if (!GiveTo(fd, info)) return errno;
   return Retry([&] { return fchmod(fd, info.st_mode & 07777); }) == 0 ? 0 : errno;
 }
 
@@ -320,7 +325,8 @@ bool SyncFolderOf(const char* path) {
   if (length >= sizeof folder) return false;
   std::memcpy(folder, path, length);
   folder[length] = 0;
-  const int fd = open(length == 0 ? "." : folder, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  const char* const name = length == 0 ? "." : folder;
+  const int fd = Retry([=] { return open(name, O_RDONLY | O_DIRECTORY | O_CLOEXEC); });
   if (fd < 0) return false;
   const bool synced = Retry([=] { return fsync(fd); }) == 0;
   close(fd);
