@@ -11,7 +11,7 @@ namespace tamu::registry {
 
 class HandlesModelChoices {
  protected:
-  explicit HandlesModelChoices(unsigned int seed) : in_(seed) {}
+  explicit HandlesModelChoices(ModelInput input) : in_(std::move(input)) {}
 
   static constexpr unsigned int kBackups = 2;
   static constexpr unsigned int kMostHandles = 7;

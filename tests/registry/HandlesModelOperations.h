@@ -8,7 +8,7 @@ namespace tamu::registry {
 
 class HandlesModelOperations : public HandlesModelValues {
  public:
-  explicit HandlesModelOperations(unsigned int seed) : HandlesModelValues(seed) {}
+  explicit HandlesModelOperations(ModelInput input) : HandlesModelValues(std::move(input)) {}
 
   // Of whatever kind, by whichever user, and with whichever handle; before it handles may be opened
   // and closed.

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <algorithm>
+#include <functional>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/registry/RegistryRig.h"
@@ -12,9 +14,17 @@ namespace tamu::registry {
 
 class ModelInput {
  public:
-  explicit ModelInput(unsigned int seed) : random_(seed) {}
+  // Answers a number below its argument, or any of 32 bits with 0.
+  using Source = std::function<unsigned int(unsigned int)>;
 
-  unsigned int Below(unsigned int limit) { return static_cast<unsigned int>(random_() % limit); }
+  // The same numbers under the same seed.
+  explicit ModelInput(unsigned int seed)
+      : draw_([random = std::mt19937(seed)](unsigned int limit) mutable {
+          return static_cast<unsigned int>(limit == 0 ? random() : random() % limit);
+        }) {}
+  explicit ModelInput(Source draw) : draw_(std::move(draw)) {}
+
+  unsigned int Below(unsigned int limit) { return draw_(limit); }
   bool OneIn(unsigned int times) { return Below(times) == 0; }
 
   // ---- names and paths
@@ -55,8 +65,8 @@ class ModelInput {
   unsigned int Type() { return OneIn(30) ? 6 + Below(3) : Below(6); }
 
   unsigned long long Number() {
-    const unsigned long long high = random_();
-    return high << 32 | static_cast<unsigned long long>(random_());
+    const unsigned long long high = draw_(0);
+    return high << 32 | static_cast<unsigned long long>(draw_(0));
   }
 
   // ---- users and rights
@@ -99,7 +109,7 @@ class ModelInput {
     return paths_.empty() ? "" : paths_[Below(static_cast<unsigned int>(paths_.size()))];
   }
 
-  std::mt19937 random_;
+  Source draw_;
   std::vector<std::string> names_;  // components tried so far
   std::vector<std::string> paths_;
 };

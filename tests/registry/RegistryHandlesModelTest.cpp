@@ -1,9 +1,8 @@
 // Random operations with and without handles, on a registry and on a model of it: every answer must
 // agree, and after each batch the file, while handles are open, must be what operations without
 // handles leave. One seed is new in every run; YAX_TEST_SEED runs that one alone again.
-#include "tests/registry/HandlesModelOperations.h"
+#include "tests/registry/HandlesModelRun.h"
 #include "tests/registry/ModelSeeds.h"
-#include "tests/registry/TreeText.h"
 
 namespace tamu::registry {
 
@@ -12,91 +11,28 @@ namespace {
 constexpr unsigned int kHandleBatches = 40;
 constexpr unsigned int kHandleOperations = 250;  // in a batch
 
-class HandlesModelRun : private HandlesModelOperations {
+class SeededHandlesRun {
  public:
-  explicit HandlesModelRun(unsigned int seed) : HandlesModelOperations(seed) {}
-
-  // Stops at the first operation that is answered differently.
+  explicit SeededHandlesRun(unsigned int seed) : run_(ModelInput(seed)) {}
   void Run() {
-    StartOver();
-    for (unsigned int batch = 0; batch < kHandleBatches && !::testing::Test::HasFailure();
-         ++batch) {
-      if (!HasRoom()) StartOver();
-      for (unsigned int i = 0; i < kHandleOperations && !::testing::Test::HasFailure(); ++i)
-        DoOne();
-      if (in_.OneIn(4)) OpenAnew();
-      CheckFile();
-    }
+    run_.Run(kHandleBatches, kHandleOperations, [] { return true; });
   }
 
  private:
-  void OpenAnew() {
-    if (registry_ != nullptr && in_.OneIn(2)) {
-      registry_->Finalize();
-    } else {
-      registry_.reset();
-      registry_ = std::make_unique<Registry>(path_.c_str(), kAdmin);
-    }
-    ASSERT_EQ(status::kOk, registry_->Initialize());
-    handles_->Reopen();
-  }
-
-  // With a new file; the backups are kept.
-  void StartOver() {
-    registry_.reset();
-    std::filesystem::remove(path_);
-    model_ = std::make_unique<ModelRegistry>();
-    handles_ = std::make_unique<ModelHandles>(model_.get());
-    OpenAnew();
-  }
-
-  // ---- the file, which handles may be open on
-
-  // "key node 0x100: counts 3 values, has 2" without the node; of other findings all.
-  std::vector<std::string> Findings() const {
-    std::vector<std::string> findings;
-    for (const std::string& finding : CheckStructure(path_)) {
-      const size_t counts = finding.find("counts ");
-      findings.push_back(counts != std::string::npos ? finding.substr(counts) : finding);
-    }
-    std::sort(findings.begin(), findings.end());
-    return findings;
-  }
-
-  // Deleting a value through a handle leaves the count in the file as it was, unless it was the
-  // newest. Nothing else may be wrong with the file.
-  void CheckFile() {
-    EXPECT_EQ(Findings(), model_->WrongCounts());
-    EXPECT_EQ(Describe(DecodeTree(path_)), Describe(model_->Tree()));
-    const SlotCounts counts = CountSlots(path_);
-    const ModelCounts expected = model_->Counts();
-    const ModelCounts lost = handles_->Lost();
-    EXPECT_EQ(counts.strings.reachable, expected.strings);
-    EXPECT_EQ(counts.strings.used, expected.strings + lost.strings + model_->lostStringNodes());
-    EXPECT_EQ(counts.keys.reachable, expected.keys);
-    EXPECT_EQ(counts.keys.used, expected.keys + lost.keys);
-    EXPECT_EQ(counts.values.reachable, expected.values);
-    EXPECT_EQ(counts.values.used, expected.values + lost.values);
-    EXPECT_EQ(counts.blocks.reachable, expected.blocks);
-    EXPECT_EQ(counts.blocks.used, expected.blocks + lost.blocks + model_->lostBlocks());
-    RegistryInfo info = {};
-    EXPECT_EQ(status::kOk, registry_->GetRegistryInfo(&info));
-    EXPECT_EQ(info.keyCount, counts.keys.used);
-    EXPECT_EQ(info.valueCount, counts.values.used);
-  }
+  HandlesModelRun run_;
 };
 
 class RegistryHandlesModelTest : public ::testing::TestWithParam<unsigned int> {};
 
 TEST_P(RegistryHandlesModelTest, AgreesUnderAFixedSeed) {
   if (GivenSeed() != nullptr) GTEST_SKIP() << "only the given seed is run";
-  RunUnder<HandlesModelRun>(GetParam());
+  RunUnder<SeededHandlesRun>(GetParam());
 }
 
 INSTANTIATE_TEST_SUITE_P(Seeds, RegistryHandlesModelTest, ::testing::Values(1u, 2u, 3u, 4u));
 
 TEST(RegistryHandlesModel, AgreesUnderANewSeed) {
-  RunUnderANewSeed<HandlesModelRun>();
+  RunUnderANewSeed<SeededHandlesRun>();
 }
 
 }  // namespace
