@@ -92,11 +92,7 @@ unsigned int Registry::OpenTrees() {
     return opened == status::kBusy ? status::kNoSpace : status::kNoMemory;
   }
   unsigned int result = CheckDurability();
-  if (result == status::kOk) {
-    fileTree->ShareStore(keyTree->File());
-    fileTree->Initialize(path);  // operations report what is wrong
-    result = CareForFile();
-  }
+  if (result == status::kOk) result = OpenFileTree();
   if (result != status::kOk) {
     delete fileTree;
     keyTree->Finalize();
@@ -109,6 +105,20 @@ unsigned int Registry::OpenTrees() {
   instance->daemon = nullptr;
   instance->handles = handles;
   return status::kOk;
+}
+
+// A file in which nothing is, as it is made, gets its root key first. Any other that is damaged
+// stays as it is, where a look at it is asked for: one that has lost its root would get another
+// one.
+unsigned int Registry::OpenFileTree() {
+  const bool isEmpty = IsEmpty();
+  unsigned int result = isEmpty ? status::kOk : CheckAtOpening();
+  if (result != status::kOk) return result;
+  fileTree->ShareStore(keyTree->File());
+  fileTree->Initialize(path);  // operations report what is wrong
+  if (isEmpty) result = CheckAtOpening();
+  if (result == status::kOk) CareForFile();
+  return result;
 }
 
 // What was asked for is had; who has asked for nothing is told.

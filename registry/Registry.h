@@ -345,7 +345,10 @@ class YAX_API Registry {
   YAX_LOCAL unsigned int CheckFile() const;
   YAX_LOCAL unsigned int OpenTrees();
   YAX_LOCAL unsigned int CheckDurability();
-  YAX_LOCAL unsigned int CareForFile();
+  YAX_LOCAL unsigned int OpenFileTree();
+  YAX_LOCAL bool IsEmpty();
+  YAX_LOCAL unsigned int CheckAtOpening();
+  YAX_LOCAL void CareForFile();
   YAX_LOCAL unsigned int LookAtFile(const FunctionRef<unsigned int(FileStore&)>& look);
   YAX_LOCAL unsigned int DropHandles();
   YAX_LOCAL unsigned int Route(unsigned int handle, const TreeOperation& operation);

@@ -144,13 +144,22 @@ unsigned int Registry::Compact() {
   return result;
 }
 
-unsigned int Registry::CareForFile() {
+bool Registry::IsEmpty() {
+  const TernaryFile& file = *keyTree->File();
+  const LockedAccess access(*keyTree->File());
+  return file.Descriptor(NodeKind::kString).usedNodes == 0 &&
+         file.Descriptor(NodeKind::kKey).usedNodes == 0 &&
+         file.Descriptor(NodeKind::kValue).usedNodes == 0 &&
+         file.Descriptor(NodeKind::kData).usedNodes == 0;
+}
+
+unsigned int Registry::CheckAtOpening() {
+  return options_.checkAtOpening ? CheckFileOf(*keyTree->File(), nullptr) : Status(status::kOk);
+}
+
+void Registry::CareForFile() {
   TernaryFile& file = *keyTree->File();
-  if (options_.checkAtOpening) {
-    const Status checked = CheckFileOf(file, nullptr);
-    if (!checked.IsOk()) return checked;
-  }
-  if (options_.compactBelow == 0 || options_.readOnly) return status::kOk;
+  if (options_.compactBelow == 0 || options_.readOnly) return;
   bool isShort = false;
   {
     const LockedAccess access(file);
@@ -159,7 +168,6 @@ unsigned int Registry::CareForFile() {
   // Else it goes on with the file as it is. What yaxreg repair could still save, nobody has asked
   // to throw away.
   if (isShort) CompactFileOf(file, Compaction::Strays::kRefused).Ignore();
-  return status::kOk;
 }
 
 }  // namespace tamu::registry

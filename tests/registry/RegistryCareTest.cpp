@@ -190,6 +190,19 @@ TEST_F(RegistryCare, ADamagedFileIsNotOpenedWhereThatIsAskedFor) {
   EXPECT_EQ(status::kOk, Open(Options()));
 }
 
+// Who is not told gets a registry with a new root key, and what was there is lost.
+TEST_F(RegistryCare, AFileWithoutARootStaysAsItIsWhereALookIsAskedFor) {
+  MakeWorn();
+  registry.Finalize();
+  std::string bytes = GetFile(path);
+  PutU32(reinterpret_cast<unsigned char*>(&bytes[4180 + 28]), 0);
+  PutFile(path, bytes);
+  RegistryOptions options = Options();
+  options.checkAtOpening = true;
+  EXPECT_EQ(status::kInvalidFile, Open(options));
+  EXPECT_TRUE(bytes == GetFile(path));
+}
+
 TEST_F(RegistryCare, ANewFileIsOpenedWithEverythingAskedFor) {
   RegistryOptions options = Options();
   options.checkAtOpening = true;
