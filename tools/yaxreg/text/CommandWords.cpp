@@ -38,7 +38,13 @@ bool TakeWord(const std::string& line, size_t* place, std::string* word) {
 
 }  // namespace
 
-bool SplitCommandWords(const std::string& line, std::vector<std::string>* words) {
+bool SplitCommandWords(const std::string& line, std::vector<std::string>* words,
+                       std::string* reason) {
+  const bool hasZero = line.find('\0') != std::string::npos;
+  if (reason != nullptr) {
+    *reason = hasZero ? "a zero byte is in the line" : "a quotation mark or backslash has no end";
+  }
+  if (hasZero) return false;
   for (size_t place = 0; place < line.size();) {
     if (IsBlank(line[place])) {
       ++place;

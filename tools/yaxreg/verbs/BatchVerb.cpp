@@ -63,8 +63,9 @@ bool TakeCommands(Invocation& call, const std::string& file, std::vector<Command
   size_t number = 0;
   for (std::string line; std::getline(lines, line);) {
     Command command = {++number, {}};
-    if (!SplitCommandWords(line, &command.words)) {
-      *code = FailLine(call, number, kUsage, "a quotation mark or backslash has no end");
+    std::string reason;
+    if (!SplitCommandWords(line, &command.words, &reason)) {
+      *code = FailLine(call, number, kUsage, reason);
       return false;
     }
     if (command.words.empty()) continue;

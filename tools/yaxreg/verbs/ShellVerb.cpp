@@ -109,9 +109,8 @@ class Shell {
 
 ExitCode Shell::Run(const std::string& line) {
   std::vector<std::string> words;
-  if (!SplitCommandWords(line, &words)) {
-    return call_.Fail(kUsage, "", "", "a quotation mark or backslash has no end");
-  }
+  std::string reason;
+  if (!SplitCommandWords(line, &words, &reason)) return call_.Fail(kUsage, "", "", reason);
   if (words.empty()) return kDone;
   isOver_ = words[0] == "exit" || words[0] == "quit";
   if (isOver_) return kDone;

@@ -54,6 +54,8 @@ TEST_F(BatchVerb, ChangesNothingWhenACommandFails) {
 TEST_F(BatchVerb, RefusesWhatIsNoCommandBeforeTheFirstOne) {
   ExpectEnd(2, "line 2: there is no verb nonsense; --help lists them", "put a:b --int 1\nnonsense");
   ExpectEnd(2, "line 1: a quotation mark or backslash has no end", "put 'a:b --int 1");
+  // Behind which the path would end.
+  ExpectEnd(2, "line 1: a zero byte is in the line", string("mkkey a\0b", 9));
   for (const string verb :
        {"create", "import", "monitor", "backup", "restore", "compact", "repair", "batch", "diff"}) {
     ExpectEnd(2, "line 1: " + verb + " is no command of a batch", verb);
