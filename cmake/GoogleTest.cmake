@@ -1,5 +1,7 @@
 # GoogleTest, compiled from its sources for the target at hand (Debian's package googletest).
 
+include_guard(GLOBAL)
+
 set(YAX_GOOGLETEST_DIR /usr/src/googletest/googletest CACHE PATH "Sources of GoogleTest")
 if(NOT EXISTS ${YAX_GOOGLETEST_DIR}/src/gtest-all.cc)
   message(FATAL_ERROR "The tests need the sources of GoogleTest: install the package googletest or "
