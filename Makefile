@@ -8,6 +8,8 @@
 #   make check-all      all of these
 #   make coverage       the tests, then how much of each source they reach
 #   make crash          the tests of crashes in full size, which takes about an hour
+#   make fuzz           hostile inputs, a minute for each harness of fuzz/: TARGET=NAME for one, TIME=SECONDS
+#   make soak           everything at once for an hour: processes, threads, kills, compaction: TIME=SECONDS
 #   make bench          builds and runs the benchmarks
 #   make bench-peers    measures the library beside other stores, and writes docs/performance.md
 #   make packages       builds Debian's packages, looks at them with lintian and tries them
@@ -28,6 +30,7 @@ TEST_NEEDS := $(NEEDS) $(TOOL_NEEDS) googletest pkg-config bats bsdutils util-li
   file fish python3-pytest zsh
 NEEDS_i686 := g++-i686-linux-gnu
 NEEDS_clang := clang-14
+NEEDS_fuzz := clang-14
 NEEDS_aarch64 := g++-aarch64-linux-gnu
 NEEDS_armhf := g++-arm-linux-gnueabihf qemu-user-static
 
@@ -39,10 +42,11 @@ FIXED_ADDRESSES := setarch $(shell uname -m) -R
 RUN_SANITIZED = $(shell $(FIXED_ADDRESSES) true 2>/dev/null && echo $(FIXED_ADDRESSES))
 RUN_asan = $(RUN_SANITIZED)
 RUN_tsan = $(RUN_SANITIZED)
+RUN_fuzz = $(RUN_SANITIZED)
 
 build = $(CMAKE) --preset $(1) && $(RUN_$(1)) $(CMAKE) --build --preset $(1) -j $(JOBS)
 
-.PHONY: help demo test test-page packages reference crash bench bench-peers coverage check-all format tidy update-abi update-pages clean \
+.PHONY: help demo test test-page packages reference crash fuzz soak bench bench-peers coverage check-all format tidy update-abi update-pages clean \
   $(CHECKS:%=check-%) $(BUILDS:%=check-%)
 
 help:
@@ -87,6 +91,20 @@ crash:
 	@YAX_CRASH_FULL=1 build/release/tests/yax_process_tests
 	@YAX_CRASH_FULL=1 build/release/tests/yaxreg_tests --gtest_filter='SharedTool.*'
 
+FUZZ_TARGETS := BackupFile Batches Calls Components Documents Faults Operations Patterns RegistryFile SharedObjects \
+  SideFile Transactions
+fuzz: TIME = 60
+fuzz:
+	@sh cmake/need-packages.sh $(NEEDS) $(TOOL_NEEDS) googletest $(NEEDS_fuzz)
+	@$(call build,fuzz) --target fuzz_harnesses
+	@sh fuzz/run.sh build/fuzz/fuzz tests/data/corpus $(TIME) $(or $(TARGET),$(FUZZ_TARGETS))
+
+soak: TIME = 3600
+soak:
+	@sh cmake/need-packages.sh $(TEST_NEEDS)
+	@$(call build,release) --target yax_process_tests yaxreg_tests yaxreg
+	@sh tests/processes/soak.sh build/release $(TIME)
+
 # dpkg-buildpackage starts a make of its own, too.
 packages:
 	@sh cmake/need-packages.sh $(NEEDS) $(TOOL_NEEDS) dpkg-dev debhelper dh-python lintian \
@@ -120,7 +138,7 @@ coverage: check-coverage
 
 format:
 	@sh cmake/need-packages.sh clang-format
-	@find bench examples framework platform registry tests tools yax -name '*.h' -o -name '*.cpp' | xargs clang-format -i
+	@find bench examples framework fuzz platform registry tests tools yax -name '*.h' -o -name '*.cpp' | xargs clang-format -i
 
 # The sources that the release preset compiles; tests are left to the compilers' warnings.
 tidy:
