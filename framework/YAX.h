@@ -32,7 +32,7 @@ extern "C" {
 YAX_API unsigned int SetYAXDurability(unsigned int durability);
 // Makes the framework on a registry file; null: "yax.rce" in the working directory. When there is
 // one already, answers 0 and leaves it as it is. kRegistryFailed: the file cannot be opened or
-// made; kNoMemory; kUnspecified: no lock. Creating, getting and destroying the framework is for one
+// made; kNoMemory. Creating, getting and destroying the framework is for one
 // thread at a time.
 YAX_API unsigned int CreateYAX(const char* registryPath);
 // A view of the framework, to be given back by Release; its operations are for any thread.

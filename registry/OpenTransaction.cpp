@@ -50,7 +50,6 @@ bool OpenTransaction::MayUseFileTree() const {
 }
 
 Status OpenTransaction::Open() {
-  if (!ListLock().IsCreated()) return status::kInputOutput;
   PCMutexGuard guard(instance_.operationLock);
   const Status result = held_.Begin(*instance_.keyTree->File());
   if (!result.IsOk()) return result;

@@ -23,12 +23,13 @@ RegistryInstance* RegistryInstance::Make(const char* path) {
   RegistryInstance* instance = new (std::nothrow) RegistryInstance;
   if (instance == nullptr) return nullptr;
   instance->path = RCEString::Duplicate(path);
-  if (instance->path != nullptr && instance->operationLock.Create() &&
-      instance->changeLock.Create()) {
-    return instance;
+  if (instance->path == nullptr) {
+    delete instance;
+    return nullptr;
   }
-  delete instance;
-  return nullptr;
+  instance->operationLock.Create();
+  instance->changeLock.Create();
+  return instance;
 }
 
 RegistryInstance* RegistryInstance::CreateInstance(const char* path) {

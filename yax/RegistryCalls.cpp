@@ -17,13 +17,11 @@ using tamu::registry::Durability;
 
 // Opening and closing are for one thread at a time. Never destroyed: a registry may be closed while
 // the process ends.
-PCMutex* OpeningLock() {
-  static PCMutex* const lock = [] {
-    PCMutex* made = new (std::nothrow) PCMutex;
-    if (made != nullptr) made->Create();
-    return made;
-  }();
-  return lock;
+PCMutex& OpeningLock() {
+  static PCMutex sLock;
+  static const int sCreated = sLock.Create();
+  static_cast<void>(sCreated);
+  return sLock;
 }
 
 bool gIsOpen = false;  // under the opening lock
@@ -109,11 +107,10 @@ const char* yax_version() {
 
 yax_status yax_open(const char* path, const yax_options* options, yax_registry** registry) {
   if (path == nullptr || registry == nullptr) return status::kBadArgument;
-  PCMutex* const lock = OpeningLock();
   const unsigned int user = options != nullptr ? options->user : YAX_ADMINISTRATOR;
   std::unique_ptr<yax_registry> made(new (std::nothrow) yax_registry(path, user));
-  if (lock == nullptr || made == nullptr) return status::kNoMemory;
-  PCMutexGuard guard(*lock);
+  if (made == nullptr) return status::kNoMemory;
+  PCMutexGuard guard(OpeningLock());
   if (gIsOpen) return status::kBusy;
   const unsigned int result =
       options != nullptr ? OpenWith(*options, &made->registry) : Open(&made->registry);
@@ -125,7 +122,7 @@ yax_status yax_open(const char* path, const yax_options* options, yax_registry**
 
 void yax_close(yax_registry* registry) {
   if (registry == nullptr) return;
-  PCMutexGuard guard(*OpeningLock());
+  PCMutexGuard guard(OpeningLock());
   registry->registry.Finalize();
   gIsOpen = false;
   LetGo(registry);

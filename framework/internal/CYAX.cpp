@@ -23,7 +23,7 @@ constexpr char kUser[] = "adminstrator";  // its hash owns the keys: never corre
 std::atomic<CYAX*> CYAX::mspCYAX{nullptr};
 
 unsigned int CYAX::Initialize(const char* registryPath) {
-  if (lock_.Create() == 0) return yax_framework::kUnspecified;
+  lock_.Create();
   registry_ =
       new (std::nothrow) Registry(registryPath != nullptr ? registryPath : kDefaultRegistry, kUser);
   if (registry_ == nullptr) return yax_framework::kNoMemory;

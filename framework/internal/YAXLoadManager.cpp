@@ -43,7 +43,8 @@ class ListLock {
 }  // namespace
 
 unsigned int YAXLoadManager::Initialize() {
-  return list_.Create() != 0 ? yax_framework::kOk : yax_framework::kNoMemory;
+  list_.Create();
+  return yax_framework::kOk;
 }
 
 void YAXLoadManager::Deinitialize() {

@@ -33,7 +33,7 @@ template unsigned int TernaryRegistry::OnKey(unsigned int, const void*, const ch
                                              bool, const FunctionRef<Status(Changes&, Reached&)>&);
 
 unsigned int TernaryRegistry::Initialize(const char* path) {
-  if (!lock_.Create()) return status::kInputOutput;
+  lock_.Create();
   if (owner_ == StoreOwner::kMade) DropStore();
   if (file == nullptr) {
     const unsigned int result = OpenStore(path);

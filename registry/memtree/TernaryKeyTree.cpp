@@ -39,11 +39,8 @@ unsigned int TernaryKeyTree::ChangeKey(unsigned int user, void* tree, const char
 
 unsigned int TernaryKeyTree::Initialize(const char* path) {
   CloseFile();
-  if (!spareLock.Create()) return status::kInputOutput;
-  if (!treeLock.Create()) {
-    spareLock.Destroy();
-    return status::kInputOutput;
-  }
+  spareLock.Create();
+  treeLock.Create();
   file.reset(new (std::nothrow) TernaryFile);
   if (file == nullptr) {
     spareLock.Destroy();

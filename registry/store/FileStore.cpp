@@ -13,8 +13,7 @@ FileStore::~FileStore() = default;
 
 Status FileStore::Open(const char* path) {
   if (path == nullptr) return status::kBadArgument;
-  if (!lock_.IsCreated() && !lock_.Create()) return status::kInputOutput;
-  if (!ProcessFile::Lock().IsCreated()) return status::kInputOutput;
+  if (!lock_.IsCreated()) lock_.Create();
   StoreAccess access(*this);
   const bool wasOpen = file_.IsOpen();
   Status result = status::kOk;
