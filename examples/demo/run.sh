@@ -25,7 +25,7 @@ trap finish EXIT
 trap 'exit 1' HUP INT TERM
 cd "$folder"
 
-bold= dim= accent= plain= pause=0
+bold='' dim='' accent='' plain='' pause=0
 if [ -t 1 ] && [ "${TERM:-dumb}" != dumb ]; then
   pause=1
   if [ -z "${NO_COLOR:-}" ]; then
