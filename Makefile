@@ -6,7 +6,7 @@
 #   make check-PRESET   the tests of another preset: debug asan tsan coverage i686 armhf portable; or what
 #                       is built to see that it can be: clang aarch64
 #   make check-all      all of these
-#   make coverage       the tests, then how much of each source they reach
+#   make coverage       the tests, then how much of each folder they reach, and what they do not that is not listed
 #   make crash          the tests of crashes in full size, which takes about an hour
 #   make fuzz           hostile inputs, a minute for each harness of fuzz/: TARGET=NAME for one, TIME=SECONDS
 #   make soak           everything at once for an hour: processes, threads, kills, compaction: TIME=SECONDS
@@ -135,7 +135,8 @@ bench-peers:
 coverage: check-coverage
 	@sh cmake/need-packages.sh gcovr
 	@gcovr --delete --exclude-throw-branches --root . --filter framework/ --filter platform/ --filter registry/ --filter tools/ --filter yax/ \
-	  build/coverage
+	  --json build/coverage/coverage.json build/coverage >build/coverage/coverage.txt
+	@python3 tests/coverage/report.py build/coverage/coverage.json tests/coverage/not-reached.txt
 
 format:
 	@sh cmake/need-packages.sh clang-format
