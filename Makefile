@@ -135,7 +135,7 @@ bench-peers:
 coverage: check-coverage
 	@sh cmake/need-packages.sh gcovr
 	@gcovr --delete --exclude-throw-branches --root . --filter framework/ --filter platform/ --filter registry/ --filter tools/ --filter yax/ \
-	  --json build/coverage/coverage.json build/coverage >build/coverage/coverage.txt
+	  --json build/coverage/coverage.json --txt build/coverage/coverage.txt build/coverage
 	@python3 tests/coverage/report.py build/coverage/coverage.json tests/coverage/not-reached.txt
 
 format:
