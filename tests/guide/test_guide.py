@@ -63,3 +63,10 @@ def test_the_index_leads_to_every_page() -> None:
     for page in PAGES:
         if page.name != "README.md":
             assert f"({page.name})" in index
+
+
+@pytest.mark.parametrize("language, limit", [("cpp", 60), ("python", 40), ("c", 120)])
+def test_the_settings_program_stays_short(language: str, limit: int) -> None:
+    page = ROOT / "docs" / "guide" / "settings-program.md"
+    programs = [code for written, code, _ in pairs(page) if written == language]
+    assert [code.count("\n") < limit for code in programs] == [True]
