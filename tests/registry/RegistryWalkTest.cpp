@@ -163,6 +163,16 @@ TEST_P(RegistryWalk, OperationsOfTheVisitorAreRefused) {
       ++answers;
     }
     EXPECT_EQ(status::kBusy, handle != 0 ? registry_.CloseKey(handle) : status::kBusy);
+    EXPECT_EQ(status::kBusy, registry_.BeginTransaction());
+    EXPECT_EQ(status::kBusy, registry_.EndTransaction());
+    EXPECT_EQ(status::kBusy, registry_.CancelTransaction());
+    unsigned long long number = 0;
+    ChangeList changes;
+    EXPECT_EQ(status::kBusy, registry_.WaitForChange(number, 0));
+    EXPECT_EQ(status::kBusy, registry_.ReadChanges(&number, &changes));
+    RegistryInterface* tree = nullptr;
+    void* treeHandle = nullptr;
+    EXPECT_EQ(status::kBusy, registry_.GetKeyTree(0, tree, treeHandle));
   });
   EXPECT_EQ(status::kOk, registry_.Walk(handle, "a", diary_));
   EXPECT_EQ("[]\n", diary_.Text());
