@@ -12,7 +12,7 @@
 
 #include "tests/platform/TestFiles.h"
 #include "tests/support/StructureCheck.h"
-#include "tests/tools/yaxreg/ElfImage.h"
+#include "tests/support/ElfImage.h"
 #include "tests/tools/yaxreg/RegistryFile.h"
 #include "tests/tools/yaxreg/YaxregRig.h"
 #include "tools/yaxreg/verbs/VerbTable.h"

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/yaxreg/components/ElfMachine.h"
+#include "tools/yaxreg/components/MachineNames.h"
 
 namespace yaxreg {
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "tools/yaxreg/components/ElfMachine.h"
+#include "tools/yaxreg/components/MachineNames.h"
 
 namespace yaxreg {
 

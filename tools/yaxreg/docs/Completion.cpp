@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <initializer_list>
 
-#include "tools/yaxreg/components/ElfMachine.h"
+#include "tools/yaxreg/components/MachineNames.h"
 
 namespace yaxreg {
 

@@ -105,7 +105,7 @@ ContentUpdate UpdateWith(std::vector<ContentValue> values) {
 // The shared object must be one that could be loaded. Without a machine that of this tool, for
 // another device any.
 bool CheckObject(Invocation& call, ExitCode* code) {
-  ElfMachine machine = OwnMachine();
+  ElfMachine machine = yax_elf::OwnMachine();
   if (call.Has("--machine") && !FindMachine(call.Text("--machine"), &machine)) {
     *code = call.Fail(
         kUsage, "", "",

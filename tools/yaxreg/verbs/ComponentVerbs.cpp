@@ -127,7 +127,7 @@ void PrintVerdict(const Verified& one, size_t width, const Palette& palette, std
 // The machine that was told, or the own one; null if it is left to the first shared object. False
 // when there is no such machine: the failure has been printed.
 bool ChooseMachine(Invocation& call, ElfMachine* machine, bool* isKnown) {
-  *machine = OwnMachine();
+  *machine = yax_elf::OwnMachine();
   *isKnown = !call.Has("--root");
   if (!call.Has("--machine")) return true;
   *isKnown = true;

@@ -2,7 +2,7 @@
 
 #include "tests/support/StructureCheck.h"
 #include "tests/tools/yaxreg/ChangeRig.h"
-#include "tests/tools/yaxreg/ElfImage.h"
+#include "tests/support/ElfImage.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <filesystem>
 
 #include "tests/platform/TestFiles.h"
-#include "tests/tools/yaxreg/ElfImage.h"
+#include "tests/support/ElfImage.h"
 #include "tests/tools/yaxreg/RegistryFile.h"
 #include "tests/tools/yaxreg/YaxregRig.h"
 

@@ -1,31 +1,36 @@
-// Reads what a shared object tells of itself: its machine and the functions that it exports.
+// Reads what a shared object tells of itself: its machine, the functions that it exports, its
+// notes.
 #pragma once
 
-#include <functional>
-#include <string>
-#include <vector>
+#include <cstddef>
 
-#include "tools/yaxreg/components/ElfMachine.h"
+#include "framework/elf/ElfMachine.h"
 
-namespace yaxreg {
+namespace yax_elf {
 
 // The bytes of a file, of which only those are read that are needed.
-struct ElfBytes {
-  unsigned long long length = 0;
-  // Reads `size` bytes, which lie inside of `length`. False when they cannot be read.
-  std::function<bool(unsigned long long offset, size_t size, unsigned char* to)> read;
+class ElfSource {
+ public:
+  // Reads `size` bytes, which lie inside of length(). False when they cannot be read.
+  virtual bool Read(unsigned long long offset, std::size_t size, unsigned char* to) const = 0;
+  virtual unsigned long long length() const = 0;
+
+ protected:
+  ~ElfSource() = default;
 };
 
 // An ELF file of 32 or 64 bits, in either byte order. Whatever is in the bytes, every offset and
-// count is checked before it is used, and a few kilobytes are kept in memory at most.
-class ElfFile {
+// count is checked before it is used. Nothing is allocated; a call needs some 10 KiB of stack at
+// most.
+class ElfReader {
  public:
-  // Reads the headers. Not longer than `bytes` lives.
-  explicit ElfFile(const ElfBytes& bytes);
+  // Reads the headers. Not longer than `source` lives.
+  explicit ElfReader(const ElfSource& source);
 
   // What is wrong with it as a shared object, in words: it is no ELF file, cut off, a program.
   // Empty when nothing is.
-  const std::string& problem() const { return problem_; }
+  const char* problem() const { return problem_; }
+  bool IsGood() const { return problem_[0] == '\0'; }
   // True when its machine is known, whatever the problem.
   bool HasMachine() const { return hasMachine_; }
   const ElfMachine& machine() const { return machine_; }
@@ -33,11 +38,20 @@ class ElfFile {
   // Bytes that should be there could not be read.
   bool hasReadFailed() const { return hasReadFailed_; }
 
-  // Looks for functions that it exports: defined, global or weak, of default or protected
-  // visibility. By name, false where there is none. Empty when the table of symbols is damaged.
-  std::vector<bool> FindFunctions(const std::vector<std::string>& names);
+  // Looks for `count` functions that it exports: defined, global or weak, of default or protected
+  // visibility. found[i] tells of names[i], each at most kMaxName characters long. False when the
+  // table of symbols is damaged.
+  static constexpr std::size_t kMaxName = 63;
+  bool FindFunctions(const char* const* names, unsigned int count, bool* found);
+  // The first note of a name and type: copies `room` bytes of it at most. Answers its size, 0 when
+  // there is none.
+  unsigned int FindNote(const char* name, unsigned int type, unsigned char* to, unsigned int room);
+  // A number of the file, in its order of bytes.
+  unsigned long long Number(const unsigned char* at, unsigned int size) const;
 
  private:
+  static constexpr unsigned int kMaxSegments = 32;  // that matter; a dozen are usual
+  static constexpr unsigned int kMaxPlaces = 64;    // at which names may lie among the strings
   // A part of the file that lies inside of it.
   struct Part {
     unsigned long long offset = 0;
@@ -46,6 +60,7 @@ class ElfFile {
   struct Segment {
     unsigned int type = 0;
     unsigned long long address = 0;
+    unsigned long long alignment = 0;
     Part part;
   };
   // What the dynamic segment tells: addresses, 0 for none.
@@ -62,21 +77,23 @@ class ElfFile {
     Part symbols;
     Part strings;
   };
-  // Where a string lies in the table of strings, and which of the names it is.
-  struct NamePlace {
-    unsigned long long offset;
-    size_t name;
+  // Where names lie in the table of strings, and which of them.
+  struct Places {
+    unsigned int count = 0;
+    unsigned long long offsets[kMaxPlaces];
+    unsigned int names[kMaxPlaces];
   };
+  struct Note;
 
-  bool Read(unsigned long long offset, size_t size, unsigned char* to);
+  bool Read(unsigned long long offset, std::size_t size, unsigned char* to);
   bool IsInside(unsigned long long offset, unsigned long long size) const;
-  unsigned long long Number(const unsigned char* at, unsigned int size) const;
   unsigned long long Word(const unsigned char* at) const {
     return Number(at, machine_.is64 ? 8 : 4);
   }
   unsigned int SymbolSize() const { return machine_.is64 ? 24 : 16; }
 
-  std::string ReadHeader();
+  const char* ReadHeader();
+  const char* ProblemOfType() const;
   bool ReadSegments();
   bool ReadSegment(unsigned long long offset, Segment* segment);
   void ReadDynamic();
@@ -92,12 +109,13 @@ class ElfFile {
   bool CountByGnuHash(unsigned long long* count);
   bool LastOfBuckets(Part buckets, unsigned long long* last);
 
-  bool FindNames(const Part& strings, const std::vector<std::string>& names,
-                 std::vector<NamePlace>* places);
+  bool FindNames(const Part& strings, const char* const* names, unsigned int count, Places* places);
+  bool FindSymbols(const Part& symbols, const Places& places, bool* found);
   bool IsExportedFunction(const unsigned char* symbol) const;
+  bool ReadNote(const Segment& segment, unsigned long long at, Note* note);
 
-  const ElfBytes& bytes_;
-  std::string problem_;
+  const ElfSource& source_;
+  const char* problem_ = "";
   bool hasMachine_ = false;
   bool hasReadFailed_ = false;
   ElfMachine machine_;
@@ -108,9 +126,10 @@ class ElfFile {
   unsigned int segmentCount_ = 0;
   unsigned int sectionSize_ = 0;
   unsigned int sectionCount_ = 0;
-  std::vector<Segment> segments_;  // those that are loaded, and the dynamic one
+  unsigned int keptSegments_ = 0;
+  Segment segments_[kMaxSegments];  // those that are loaded, the dynamic one, and those of notes
   bool hasDynamic_ = false;
   Dynamic dynamic_;
 };
 
-}  // namespace yaxreg
+}  // namespace yax_elf

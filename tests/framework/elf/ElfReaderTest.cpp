@@ -3,46 +3,35 @@
 #include <algorithm>
 #include <cstring>
 
-#include "tests/tools/yaxreg/ElfImage.h"
-#include "tools/yaxreg/components/ElfFile.h"
+#include "tests/support/ElfImage.h"
 
 namespace {
 
-using yaxreg::ElfBytes;
-using yaxreg::ElfFile;
-
-// Bytes in memory; asking for others than are there fails the test.
-ElfBytes BytesOf(const std::string& image) {
-  ElfBytes bytes;
-  bytes.length = image.size();
-  bytes.read = [&image](unsigned long long offset, size_t size, unsigned char* to) {
-    const bool isInside = offset <= image.size() && size <= image.size() - offset;
-    EXPECT_TRUE(isInside) << offset << " " << size;
-    if (isInside && size > 0) std::memcpy(to, image.data() + offset, size);
-    return isInside;
-  };
-  return bytes;
-}
+using yax_elf::ElfReader;
 
 // "1" and "0" for each name, "?" when the symbols cannot be read.
-std::string Found(const ElfImage& image, const std::vector<std::string>& names = {
-                                             "EntryFn_getFactory", "EntryFn_canUnloadNow"}) {
-  const std::string bytes = image.Bytes();
-  const ElfBytes source = BytesOf(bytes);
-  ElfFile file(source);
-  EXPECT_EQ("", file.problem());
-  const std::vector<bool> found = file.FindFunctions(names);
+std::string FoundIn(ElfReader& file, const std::vector<const char*>& names) {
+  bool found[16];
+  if (!file.FindFunctions(names.data(), static_cast<unsigned int>(names.size()), found)) return "?";
   std::string text;
-  for (const bool one : found) text += one ? '1' : '0';
-  return text.empty() ? "?" : text;
+  for (size_t i = 0; i < names.size(); ++i) text += found[i] ? '1' : '0';
+  return text;
+}
+
+std::string Found(const ElfImage& image, const std::vector<const char*>& names = {
+                                             "EntryFn_getFactory", "EntryFn_canUnloadNow"}) {
+  const ElfBytes source(image.Bytes());
+  ElfReader file(source);
+  EXPECT_STREQ("", file.problem());
+  return FoundIn(file, names);
 }
 
 std::string ProblemOf(const std::string& bytes) {
-  const ElfBytes source = BytesOf(bytes);
-  return ElfFile(source).problem();
+  const ElfBytes source(bytes);
+  return ElfReader(source).problem();
 }
 
-TEST(ElfFile, FindsFunctionsOfEveryWidthOrderAndTable) {
+TEST(ElfReader, FindsFunctionsOfEveryWidthOrderAndTable) {
   for (const auto count :
        {ElfImage::Count::kHash, ElfImage::Count::kGnuHash, ElfImage::Count::kSections}) {
     for (const bool is64 : {false, true}) {
@@ -59,23 +48,22 @@ TEST(ElfFile, FindsFunctionsOfEveryWidthOrderAndTable) {
   }
 }
 
-TEST(ElfFile, TellsTheMachine) {
+TEST(ElfReader, TellsTheMachine) {
   ElfImage image;
   image.is64 = false;
   image.isBigEndian = true;
   image.machine = 8;
-  const std::string bytes = image.Bytes();
-  const ElfBytes source = BytesOf(bytes);
-  const ElfFile file(source);
+  const ElfBytes source(image.Bytes());
+  const ElfReader file(source);
   EXPECT_TRUE(file.HasMachine());
-  EXPECT_EQ("mips", MachineName(file.machine()));
+  EXPECT_EQ(8u, file.machine().number);
+  EXPECT_FALSE(file.machine().is64);
+  EXPECT_TRUE(file.machine().isBigEndian);
+  EXPECT_FALSE(yax_elf::OwnMachine().Fits(file.machine()));
   EXPECT_EQ(3u, file.type());
-  yaxreg::ElfMachine unknown;
-  unknown.number = 999;
-  EXPECT_EQ("machine 999 (32 bit, little-endian)", MachineName(unknown));
 }
 
-TEST(ElfFile, TakesOnlyWhatIsDefinedAndExported) {
+TEST(ElfReader, TakesOnlyWhatIsDefinedAndExported) {
   struct Case {
     ElfSymbol symbol;
     const char* found;
@@ -103,18 +91,20 @@ TEST(ElfFile, TakesOnlyWhatIsDefinedAndExported) {
 }
 
 // Their names and records take several pieces, at whose ends some of them lie.
-TEST(ElfFile, FindsEachOfThousandsOfSymbols) {
+TEST(ElfReader, FindsEachOfThousandsOfSymbols) {
   ElfImage image;
   image.count = ElfImage::Count::kGnuHash;
   image.symbols.clear();
   std::vector<std::string> names;
   for (int i = 0; i < 3500; ++i) names.push_back("symbol" + std::to_string(i));
   for (const std::string& name : names) image.symbols.push_back({name});
-  EXPECT_EQ(std::string(3500, '1'), Found(image, names));
+  for (size_t i = 0; i < names.size(); i += 250) {
+    EXPECT_EQ("11", Found(image, {names[i].c_str(), names[i + 249].c_str()})) << i;
+  }
   EXPECT_EQ("00", Found(image, {"symbol", "symbol3500"}));
 }
 
-TEST(ElfFile, RefusesWhatIsNoSharedObject) {
+TEST(ElfReader, RefusesWhatIsNoSharedObject) {
   EXPECT_EQ("is no ELF file", ProblemOf(""));
   EXPECT_EQ("is no ELF file", ProblemOf("#!/bin/sh\nexit 0 # a script of some length\n"));
   ElfImage image;
@@ -130,40 +120,35 @@ TEST(ElfFile, RefusesWhatIsNoSharedObject) {
   EXPECT_EQ("is a program, no shared object", ProblemOf(image.Bytes()));
 }
 
-TEST(ElfFile, SurvivesEveryLength) {
+TEST(ElfReader, SurvivesEveryLength) {
   for (const auto count :
        {ElfImage::Count::kHash, ElfImage::Count::kGnuHash, ElfImage::Count::kSections}) {
     ElfImage image;
     image.count = count;
     const std::string whole = image.Bytes();
     for (size_t length = 0; length < whole.size(); ++length) {
-      const std::string bytes = whole.substr(0, length);
-      const ElfBytes source = BytesOf(bytes);
-      ElfFile file(source);
-      const bool isGood =
-          file.problem().empty() && !file.FindFunctions({"EntryFn_getFactory"}).empty();
-      EXPECT_FALSE(isGood) << length;
+      const ElfBytes source(whole.substr(0, length));
+      ElfReader file(source);
+      EXPECT_FALSE(file.IsGood() && FoundIn(file, {"EntryFn_getFactory"}) != "?") << length;
     }
   }
 }
 
-TEST(ElfFile, SurvivesEveryValueOfEveryByte) {
+TEST(ElfReader, SurvivesEveryValueOfEveryByte) {
   for (const auto count :
        {ElfImage::Count::kHash, ElfImage::Count::kGnuHash, ElfImage::Count::kSections}) {
     for (const bool is64 : {false, true}) {
       ElfImage image;
       image.is64 = is64;
       image.count = count;
-      std::string bytes = image.Bytes();
-      const ElfBytes source = BytesOf(bytes);
-      for (char& byte : bytes) {
+      ElfBytes source(image.Bytes());
+      for (char& byte : source.image) {
         const char before = byte;
         for (int value = 0; value < 256; ++value) {
           byte = static_cast<char>(value);
-          ElfFile file(source);
+          ElfReader file(source);
+          EXPECT_EQ(1u, FoundIn(file, {"EntryFn_getFactory"}).size());
           EXPECT_FALSE(file.hasReadFailed());
-          const size_t found = file.FindFunctions({"EntryFn_getFactory"}).size();
-          EXPECT_LE(found, 1u);
         }
         byte = before;
       }
@@ -171,25 +156,31 @@ TEST(ElfFile, SurvivesEveryValueOfEveryByte) {
   }
 }
 
-// Finds a function in a file of 2 TB that begins with these bytes and holds zeros then: "1", "0",
-// or
-// "?" when the symbols cannot be read. *read: how many bytes were asked for.
-std::string FoundInSparse(const std::string& begin, unsigned long long* read) {
-  ElfBytes source;
-  source.length = 1ull << 41;
-  source.read = [&](unsigned long long offset, size_t size, unsigned char* to) {
-    *read += size;
-    if (*read > 1u << 27) return false;  // much more than there should be
+// A file of 2 TB that begins with these bytes and holds zeros then.
+struct SparseBytes : yax_elf::ElfSource {
+  bool Read(unsigned long long offset, std::size_t size, unsigned char* to) const override {
+    read += size;
+    if (read > 1u << 27) return false;  // much more than there should be
     std::memset(to, 0, size);
     if (offset >= begin.size()) return true;
     const size_t at = static_cast<size_t>(offset);
     std::memcpy(to, begin.data() + at, std::min(size, begin.size() - at));
     return true;
-  };
-  ElfFile file(source);
-  EXPECT_EQ("", file.problem());
-  const std::vector<bool> found = file.FindFunctions({"EntryFn_getFactory"});
-  return found.empty() ? "?" : found[0] ? "1" : "0";
+  }
+  unsigned long long length() const override { return 1ull << 41; }
+
+  std::string begin;
+  mutable unsigned long long read = 0;  // how many bytes were asked for
+};
+
+std::string FoundInSparse(const std::string& begin, unsigned long long* read) {
+  SparseBytes source;
+  source.begin = begin;
+  ElfReader file(source);
+  EXPECT_STREQ("", file.problem());
+  const std::string found = FoundIn(file, {"EntryFn_getFactory"});
+  *read = source.read;
+  return found;
 }
 
 void PutNumber(std::string* bytes, size_t at, unsigned long long number, unsigned int size) {
@@ -197,7 +188,7 @@ void PutNumber(std::string* bytes, size_t at, unsigned long long number, unsigne
 }
 
 // The tables of symbols and of strings are the last sections but one and the last one.
-TEST(ElfFile, ReadsNoTableThatIsLargerThanAnySharedObjectHas) {
+TEST(ElfReader, ReadsNoTableThatIsLargerThanAnySharedObjectHas) {
   ElfImage image;
   image.count = ElfImage::Count::kSections;
   const std::string whole = image.Bytes();
@@ -214,7 +205,7 @@ TEST(ElfFile, ReadsNoTableThatIsLargerThanAnySharedObjectHas) {
 }
 
 // 4294967280 buckets, in a segment that has room for them.
-TEST(ElfFile, ReadsNoHashTableThatIsLargerEither) {
+TEST(ElfReader, ReadsNoHashTableThatIsLargerEither) {
   ElfImage image;
   image.count = ElfImage::Count::kGnuHash;
   std::string bytes = image.Bytes();
@@ -225,11 +216,69 @@ TEST(ElfFile, ReadsNoHashTableThatIsLargerEither) {
   EXPECT_LT(read, 10000u);
 }
 
-TEST(ElfFile, SaysWhenItCannotBeRead) {
-  ElfBytes bytes;
-  bytes.length = 1000;
-  bytes.read = [](unsigned long long, size_t, unsigned char*) { return false; };
-  EXPECT_TRUE(ElfFile(bytes).hasReadFailed());
+std::string NoteIn(const ElfImage& image, const char* name, unsigned int type) {
+  const ElfBytes source(image.Bytes());
+  ElfReader file(source);
+  EXPECT_STREQ("", file.problem());
+  unsigned char data[8] = {};
+  const unsigned int size = file.FindNote(name, type, data, sizeof data);
+  return std::to_string(size) + std::string(reinterpret_cast<char*>(data), sizeof data).c_str();
+}
+
+TEST(ElfReader, FindsNotesOfEveryWidthOrderAndAlignment) {
+  for (const unsigned int alignment : {4u, 8u}) {
+    for (const bool is64 : {false, true}) {
+      for (const bool isBigEndian : {false, true}) {
+        ElfImage image;
+        image.is64 = is64;
+        image.isBigEndian = isBigEndian;
+        image.noteAlignment = alignment;
+        image.notes = image.Note("GNU", 5, "other") + image.Note("SomeLongerName", 3, "long") +
+                      image.Note("", 3, "") + image.Note("GNU", 3, "abc") +
+                      image.Note("YAX", 1, "0123456789");
+        EXPECT_EQ("3abc", NoteIn(image, "GNU", 3));
+        EXPECT_EQ("1001234567", NoteIn(image, "YAX", 1));
+        EXPECT_EQ("0", NoteIn(image, "YAX", 2));
+        EXPECT_EQ("0", NoteIn(image, "SomeLongerName", 3));
+      }
+    }
+  }
+}
+
+TEST(ElfReader, SurvivesNotesThatDoNotHoldWhatTheySay) {
+  ElfImage image;
+  const std::string good = image.Note("GNU", 3, "abcdefgh");
+  for (size_t at = 0; at < 12; ++at) {
+    for (int value = 0; value < 256; ++value) {
+      std::string note = good;
+      note[at] = static_cast<char>(value);
+      image.notes = note;
+      NoteIn(image, "GNU", 3);
+      image.notes = note + good;
+      NoteIn(image, "YAX", 3);
+    }
+  }
+  for (size_t length = 1; length < good.size(); ++length) {
+    image.notes = good.substr(0, length);
+    EXPECT_EQ("0", NoteIn(image, "GNU", 3)) << length;
+  }
+}
+
+TEST(ElfReader, LooksAtNoMoreNotesThanAnySharedObjectHas) {
+  ElfImage image;
+  for (int i = 0; i < 1000; ++i) image.notes += image.Note("", 0, "");
+  image.notes += image.Note("GNU", 3, "abc");
+  EXPECT_EQ("0", NoteIn(image, "GNU", 3));
+}
+
+struct UnreadableBytes : yax_elf::ElfSource {
+  bool Read(unsigned long long, std::size_t, unsigned char*) const override { return false; }
+  unsigned long long length() const override { return 1000; }
+};
+
+TEST(ElfReader, SaysWhenItCannotBeRead) {
+  const UnreadableBytes bytes;
+  EXPECT_TRUE(ElfReader(bytes).hasReadFailed());
 }
 
 }  // namespace

@@ -1,8 +1,29 @@
 // Builds small shared objects as bytes, for any machine.
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <cstring>
 #include <string>
 #include <vector>
+
+#include "framework/elf/ElfReader.h"
+
+// Bytes in memory; asking for others than are there fails the test.
+struct ElfBytes : yax_elf::ElfSource {
+  explicit ElfBytes(std::string text) : image(std::move(text)) {}
+  bool Read(unsigned long long offset, std::size_t size, unsigned char* to) const override {
+    ++reads;
+    const bool isInside = offset <= image.size() && size <= image.size() - offset;
+    EXPECT_TRUE(isInside) << offset << " " << size;
+    if (isInside && size > 0) std::memcpy(to, image.data() + offset, size);
+    return isInside;
+  }
+  unsigned long long length() const override { return image.size(); }
+
+  std::string image;
+  mutable std::size_t reads = 0;
+};
 
 struct ElfSymbol {
   std::string name;
@@ -23,8 +44,11 @@ struct ElfImage {
   unsigned long long flags1 = 0;
   Count count = Count::kHash;
   std::vector<ElfSymbol> symbols = {{"EntryFn_getFactory"}, {"EntryFn_canUnloadNow"}};
+  std::string notes;  // as Note makes them, in a segment of their own; empty: none
+  unsigned int noteAlignment = 4;
 
   std::string Bytes() const;
+  std::string Note(const std::string& name, unsigned int kind, const std::string& data) const;
 
  private:
   static constexpr unsigned int kLoaded = 0x10000;  // the address of the file's first byte
@@ -43,7 +67,7 @@ struct ElfImage {
   std::string Symbols() const;
   std::string HashTable() const;
   std::string Header(unsigned long long sections) const;
-  std::string Segment(unsigned int kind, size_t offset, size_t size) const;
+  std::string Segment(unsigned int kind, size_t offset, size_t size, unsigned int alignment) const;
   std::string Section(unsigned int kind, size_t offset, size_t size, unsigned int link) const;
 };
 
@@ -89,15 +113,27 @@ inline std::string ElfImage::Header(unsigned long long sections) const {
   bytes.resize(16, 0);
   bytes += Half(type) + Half(machine) + Word(1) + Address(0);
   bytes += Address(is64 ? 64 : 52) + Address(sections) + Word(0) + Half(is64 ? 64 : 52);
-  bytes += Half(is64 ? 56 : 32) + Half(2) + Half(is64 ? 64 : 40);
+  bytes += Half(is64 ? 56 : 32) + Half(notes.empty() ? 2 : 3) + Half(is64 ? 64 : 40);
   return bytes + Half(sections != 0 ? 3 : 0) + Half(0);
 }
 
-inline std::string ElfImage::Segment(unsigned int kind, size_t offset, size_t size) const {
+inline std::string ElfImage::Note(const std::string& name, unsigned int kind,
+                                  const std::string& data) const {
+  const size_t step = noteAlignment == 8 ? 8 : 4;
+  std::string bytes = Word(static_cast<unsigned int>(name.size() + 1)) +
+                      Word(static_cast<unsigned int>(data.size())) + Word(kind) + name + '\0';
+  bytes.resize((bytes.size() + step - 1) / step * step, 0);
+  bytes += data;
+  bytes.resize((bytes.size() + step - 1) / step * step, 0);
+  return bytes;
+}
+
+inline std::string ElfImage::Segment(unsigned int kind, size_t offset, size_t size,
+                                     unsigned int alignment) const {
   const std::string place = Address(offset) + Address(kLoaded + offset) + Address(kLoaded + offset);
   const std::string sizes = Address(size) + Address(size);
-  return is64 ? Word(kind) + Word(5) + place + sizes + Address(8)
-              : Word(kind) + place + sizes + Word(5) + Address(4);
+  return is64 ? Word(kind) + Word(5) + place + sizes + Address(alignment)
+              : Word(kind) + place + sizes + Word(5) + Address(alignment);
 }
 
 inline std::string ElfImage::Section(unsigned int kind, size_t offset, size_t size,
@@ -112,7 +148,8 @@ inline std::string ElfImage::Bytes() const {
   std::string strings = Strings();
   const size_t used = strings.size();
   strings.resize((used + 7) / 8 * 8, 0);
-  const size_t head = is64 ? 64 + 2 * 56 : 56 + 2 * 32;  // with four bytes more, to be aligned
+  const size_t segments = notes.empty() ? 2 : 3;
+  const size_t head = is64 ? 64 + segments * 56 : 56 + segments * 32;  // four more, to be aligned
   const size_t tableAt = head + hash.size();
   const size_t stringsAt = tableAt + table.size();
   const size_t dynamicAt = stringsAt + strings.size();
@@ -123,11 +160,13 @@ inline std::string ElfImage::Bytes() const {
     dynamic += Address(6) + Address(kLoaded + tableAt);
   }
   dynamic += Address(0x6ffffffb) + Address(flags1) + Address(0) + Address(0);
-  const size_t end = dynamicAt + dynamic.size();
+  const size_t notesAt = dynamicAt + dynamic.size();
+  const size_t end = notesAt + notes.size();
   std::string bytes = Header(count == Count::kSections ? end : 0);
-  bytes += Segment(1, 0, end) + Segment(2, dynamicAt, dynamic.size());
+  bytes += Segment(1, 0, end, 8) + Segment(2, dynamicAt, dynamic.size(), 8);
+  if (!notes.empty()) bytes += Segment(4, notesAt, notes.size(), noteAlignment);
   bytes.resize(head, 0);
-  bytes += hash + table + strings + dynamic;
+  bytes += hash + table + strings + dynamic + notes;
   if (count == Count::kSections) {
     bytes += Section(0, 0, 0, 0) + Section(11, tableAt, table.size(), 2) +
              Section(3, stringsAt, used, 0);

@@ -1,10 +1,10 @@
-#include "tools/yaxreg/components/ElfFile.h"
+#include "framework/elf/ElfReader.h"
 
 #include <elf.h>
 
 #include <cstring>
 
-namespace yaxreg {
+namespace yax_elf {
 
 namespace {
 
@@ -16,34 +16,39 @@ constexpr unsigned int kSegmentSize64 = 56;
 constexpr unsigned int kMaxDynamicEntries = 4096;        // some dozen are usual
 constexpr unsigned long long kFlagProgram = 0x08000000;  // in DT_FLAGS_1: a program, not a library
 constexpr unsigned long long kTagMipsSymbols = 0x70000011;
+constexpr char kCutOff[] = "is cut off or damaged";
+constexpr char kProgram[] = "is a program, no shared object";
 
 }  // namespace
 
-ElfFile::ElfFile(const ElfBytes& bytes) : bytes_(bytes) {
+ElfReader::ElfReader(const ElfSource& source) : source_(source) {
   problem_ = ReadHeader();
-  if (!problem_.empty()) return;
-  if (type_ == ET_REL) problem_ = "is an object file, no shared object";
-  if (type_ == ET_EXEC) problem_ = "is a program, no shared object";
-  if (type_ == ET_CORE) problem_ = "is a core dump, no shared object";
-  if (problem_.empty() && type_ != ET_DYN) problem_ = "is no shared object";
-  if (problem_.empty() && !ReadSegments()) problem_ = "is cut off or damaged";
-  if (!problem_.empty()) return;
+  if (IsGood()) problem_ = ProblemOfType();
+  if (IsGood() && !ReadSegments()) problem_ = kCutOff;
+  if (!IsGood()) return;
   ReadDynamic();
-  if ((dynamic_.flags & kFlagProgram) != 0) problem_ = "is a program, no shared object";
+  if ((dynamic_.flags & kFlagProgram) != 0) problem_ = kProgram;
 }
 
-bool ElfFile::IsInside(unsigned long long offset, unsigned long long size) const {
-  return offset <= bytes_.length && size <= bytes_.length - offset;
+const char* ElfReader::ProblemOfType() const {
+  if (type_ == ET_REL) return "is an object file, no shared object";
+  if (type_ == ET_EXEC) return kProgram;
+  if (type_ == ET_CORE) return "is a core dump, no shared object";
+  return type_ == ET_DYN ? "" : "is no shared object";
 }
 
-bool ElfFile::Read(unsigned long long offset, size_t size, unsigned char* to) {
+bool ElfReader::IsInside(unsigned long long offset, unsigned long long size) const {
+  return offset <= source_.length() && size <= source_.length() - offset;
+}
+
+bool ElfReader::Read(unsigned long long offset, std::size_t size, unsigned char* to) {
   if (!IsInside(offset, size)) return false;
-  if (bytes_.read(offset, size, to)) return true;
+  if (source_.Read(offset, size, to)) return true;
   hasReadFailed_ = true;
   return false;
 }
 
-unsigned long long ElfFile::Number(const unsigned char* at, unsigned int size) const {
+unsigned long long ElfReader::Number(const unsigned char* at, unsigned int size) const {
   unsigned long long number = 0;
   for (unsigned int i = 0; i < size; ++i) {
     number = number << 8 | at[machine_.isBigEndian ? i : size - 1 - i];
@@ -52,7 +57,7 @@ unsigned long long ElfFile::Number(const unsigned char* at, unsigned int size) c
 }
 
 // Answers the problem.
-std::string ElfFile::ReadHeader() {
+const char* ElfReader::ReadHeader() {
   unsigned char header[kHeaderSize64] = {};
   if (!Read(0, kIdentSize, header) || std::memcmp(header, ELFMAG, SELFMAG) != 0) {
     return "is no ELF file";
@@ -66,7 +71,7 @@ std::string ElfFile::ReadHeader() {
   machine_.is64 = width == ELFCLASS64;
   machine_.isBigEndian = order == ELFDATA2MSB;
   if (!Read(0, machine_.is64 ? kHeaderSize64 : kHeaderSize32, header)) {
-    return "is cut off or damaged";
+    return kCutOff;
   }
   type_ = static_cast<unsigned int>(Number(header + 16, 2));
   machine_.number = static_cast<unsigned int>(Number(header + 18, 2));
@@ -81,32 +86,35 @@ std::string ElfFile::ReadHeader() {
   return "";
 }
 
-bool ElfFile::ReadSegments() {
+bool ElfReader::ReadSegments() {
   if (segmentCount_ == 0) return true;
   if (segmentSize_ != (machine_.is64 ? kSegmentSize64 : kSegmentSize32)) return false;
   if (!IsInside(segmentsOffset_, 1ull * segmentCount_ * segmentSize_)) return false;
   for (unsigned int i = 0; i < segmentCount_; ++i) {
     Segment segment;
     if (!ReadSegment(segmentsOffset_ + 1ull * i * segmentSize_, &segment)) return false;
-    if (segment.type != PT_LOAD && segment.type != PT_DYNAMIC) continue;
+    if (segment.type != PT_LOAD && segment.type != PT_DYNAMIC && segment.type != PT_NOTE) continue;
     if (!IsInside(segment.part.offset, segment.part.size)) return false;
-    segments_.push_back(segment);
+    if (keptSegments_ == kMaxSegments) return false;
+    segments_[keptSegments_++] = segment;
   }
   return true;
 }
 
-bool ElfFile::ReadSegment(unsigned long long offset, Segment* segment) {
+bool ElfReader::ReadSegment(unsigned long long offset, Segment* segment) {
   unsigned char record[kSegmentSize64];
   if (!Read(offset, segmentSize_, record)) return false;
   segment->type = static_cast<unsigned int>(Number(record, 4));
   segment->part.offset = Word(record + (machine_.is64 ? 8 : 4));
   segment->address = Word(record + (machine_.is64 ? 16 : 8));
   segment->part.size = Word(record + (machine_.is64 ? 32 : 16));
+  segment->alignment = Word(record + (machine_.is64 ? 48 : 28));
   return true;
 }
 
-void ElfFile::ReadDynamic() {
-  for (const Segment& segment : segments_) {
+void ElfReader::ReadDynamic() {
+  for (unsigned int i = 0; i < keptSegments_; ++i) {
+    const Segment& segment = segments_[i];
     if (segment.type != PT_DYNAMIC) continue;
     hasDynamic_ = true;
     const unsigned int word = machine_.is64 ? 8 : 4;
@@ -121,7 +129,7 @@ void ElfFile::ReadDynamic() {
   }
 }
 
-void ElfFile::TakeDynamicEntry(unsigned long long tag, unsigned long long value) {
+void ElfReader::TakeDynamicEntry(unsigned long long tag, unsigned long long value) {
   if (tag == DT_SYMTAB) dynamic_.symbols = value;
   if (tag == DT_STRTAB) dynamic_.strings = value;
   if (tag == DT_STRSZ) dynamic_.stringsSize = value;
@@ -132,8 +140,9 @@ void ElfFile::TakeDynamicEntry(unsigned long long tag, unsigned long long value)
 }
 
 // The part of the file from an address on, to the end of its segment.
-bool ElfFile::PartAt(unsigned long long address, Part* part) const {
-  for (const Segment& segment : segments_) {
+bool ElfReader::PartAt(unsigned long long address, Part* part) const {
+  for (unsigned int i = 0; i < keptSegments_; ++i) {
+    const Segment& segment = segments_[i];
     if (segment.type != PT_LOAD || address < segment.address) continue;
     const unsigned long long within = address - segment.address;
     if (within >= segment.part.size) continue;
@@ -144,4 +153,4 @@ bool ElfFile::PartAt(unsigned long long address, Part* part) const {
   return false;
 }
 
-}  // namespace yaxreg
+}  // namespace yax_elf

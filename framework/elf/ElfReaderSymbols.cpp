@@ -1,18 +1,18 @@
 #include <elf.h>
 
 #include <algorithm>
+#include <cstring>
 
-#include "tools/yaxreg/components/ElfFile.h"
+#include "framework/elf/ElfReader.h"
 
-namespace yaxreg {
+namespace yax_elf {
 
 namespace {
 
 // Bytes of a table. Larger ones than any shared object has are not read: a sparse file can claim
 // terabytes.
 constexpr unsigned long long kMaxTable = 64u << 20;
-constexpr size_t kPiece = 16384;     // bytes read at once
-constexpr size_t kMaxPlaces = 4096;  // at which the names may lie in the table of strings
+constexpr std::size_t kPiece = 3072;  // bytes read at once: whole symbols of either size
 constexpr unsigned int kMachineAlpha = 0x9026;
 constexpr unsigned int kSectionSize32 = 40;
 constexpr unsigned int kSectionSize64 = 64;
@@ -20,34 +20,37 @@ constexpr unsigned int kSectionSize64 = 64;
 }  // namespace
 
 // The strings are searched for the names first, so that only numbers have to be compared for each
-// symbol. Compilers let a name share the end of a longer one, and a damaged file may have it often.
-std::vector<bool> ElfFile::FindFunctions(const std::vector<std::string>& names) {
-  std::vector<bool> found;
+// symbol. Compilers let a name share the end of a longer one; of a damaged file that has it more
+// often than kMaxPlaces, the others are not seen.
+bool ElfReader::FindFunctions(const char* const* names, unsigned int count, bool* found) {
+  for (unsigned int i = 0; i < count; ++i) found[i] = false;
   Tables tables;
-  std::vector<NamePlace> places;
-  if (!FindTables(&tables) || tables.symbols.size > kMaxTable || tables.strings.size > kMaxTable ||
-      !FindNames(tables.strings, names, &places)) {
-    return found;
-  }
-  found.resize(names.size());
-  std::vector<unsigned char> piece(kPiece / SymbolSize() * SymbolSize());
-  const unsigned long long end = tables.symbols.size / SymbolSize() * SymbolSize();
-  for (unsigned long long at = 0; at < end; at += piece.size()) {
-    piece.resize(static_cast<size_t>(std::min<unsigned long long>(piece.size(), end - at)));
-    if (!Read(tables.symbols.offset + at, piece.size(), piece.data())) return {};
-    for (size_t i = 0; i < piece.size(); i += SymbolSize()) {
-      if (!IsExportedFunction(&piece[i])) continue;
-      const unsigned long long name = Number(&piece[i], 4);
-      auto place = std::lower_bound(
-          places.begin(), places.end(), name,
-          [](const NamePlace& one, unsigned long long offset) { return one.offset < offset; });
-      if (place != places.end() && place->offset == name) found[place->name] = true;
-    }
-  }
-  return found;
+  Places places;
+  return FindTables(&tables) && tables.symbols.size <= kMaxTable &&
+         tables.strings.size <= kMaxTable && FindNames(tables.strings, names, count, &places) &&
+         FindSymbols(tables.symbols, places, found);
 }
 
-bool ElfFile::IsExportedFunction(const unsigned char* symbol) const {
+bool ElfReader::FindSymbols(const Part& symbols, const Places& places, bool* found) {
+  static_assert(kPiece % 24 == 0 && kPiece % 16 == 0, "whole symbols");
+  unsigned char piece[kPiece];
+  const unsigned long long end = symbols.size / SymbolSize() * SymbolSize();
+  for (unsigned long long at = 0; at < end; at += kPiece) {
+    const std::size_t size =
+        static_cast<std::size_t>(std::min<unsigned long long>(kPiece, end - at));
+    if (!Read(symbols.offset + at, size, piece)) return false;
+    for (std::size_t i = 0; i < size; i += SymbolSize()) {
+      if (!IsExportedFunction(&piece[i])) continue;
+      const unsigned long long name = Number(&piece[i], 4);
+      for (unsigned int place = 0; place < places.count; ++place) {
+        if (places.offsets[place] == name) found[places.names[place]] = true;
+      }
+    }
+  }
+  return true;
+}
+
+bool ElfReader::IsExportedFunction(const unsigned char* symbol) const {
   const unsigned int info = symbol[machine_.is64 ? 4 : 12];
   const unsigned int visibility = symbol[machine_.is64 ? 5 : 13] & 0x03u;
   const unsigned int section =
@@ -59,37 +62,35 @@ bool ElfFile::IsExportedFunction(const unsigned char* symbol) const {
          (visibility == STV_DEFAULT || visibility == STV_PROTECTED);
 }
 
-// Fills the places in the order of their offsets.
-bool ElfFile::FindNames(const Part& strings, const std::vector<std::string>& names,
-                        std::vector<NamePlace>* places) {
-  size_t overlap = 0;
-  for (const std::string& name : names) overlap = std::max(overlap, name.size());
-  std::string piece;
+// Each piece is read with the beginning of the next one, in which a name may end.
+bool ElfReader::FindNames(const Part& strings, const char* const* names, unsigned int count,
+                          Places* places) {
+  char piece[kPiece + kMaxName];
   for (unsigned long long at = 0; at < strings.size; at += kPiece) {
-    piece.resize(
-        static_cast<size_t>(std::min<unsigned long long>(kPiece + overlap, strings.size - at)));
-    if (!Read(strings.offset + at, piece.size(), reinterpret_cast<unsigned char*>(&piece[0]))) {
-      return false;
-    }
-    for (size_t i = 0; i < names.size(); ++i) {
-      const std::string wanted(names[i].c_str(), names[i].size() + 1);
-      for (size_t where = piece.find(wanted); where < kPiece && places->size() < kMaxPlaces;
-           where = piece.find(wanted, where + 1)) {
-        places->push_back({at + where, i});
+    const std::size_t size =
+        static_cast<std::size_t>(std::min<unsigned long long>(sizeof piece, strings.size - at));
+    if (!Read(strings.offset + at, size, reinterpret_cast<unsigned char*>(piece))) return false;
+    for (unsigned int i = 0; i < count; ++i) {
+      const std::size_t length = std::strlen(names[i]) + 1;
+      for (std::size_t from = 0; from < size && places->count < kMaxPlaces; ++from) {
+        const void* where = memmem(piece + from, size - from, names[i], length);
+        if (where == nullptr) break;
+        from = static_cast<std::size_t>(static_cast<const char*>(where) - piece);
+        if (from >= kPiece) break;
+        places->offsets[places->count] = at + from;
+        places->names[places->count++] = i;
       }
     }
   }
-  std::sort(places->begin(), places->end(),
-            [](const NamePlace& a, const NamePlace& b) { return a.offset < b.offset; });
   return true;
 }
 
 // What a loader uses comes first; section headers may have been stripped.
-bool ElfFile::FindTables(Tables* tables) {
+bool ElfReader::FindTables(Tables* tables) {
   return (hasDynamic_ && DynamicTables(tables)) || SectionTables(tables);
 }
 
-bool ElfFile::DynamicTables(Tables* tables) {
+bool ElfReader::DynamicTables(Tables* tables) {
   unsigned long long count = 0;
   if (!PartAt(dynamic_.symbols, &tables->symbols) || !PartAt(dynamic_.strings, &tables->strings) ||
       !CountSymbols(&count)) {
@@ -102,7 +103,7 @@ bool ElfFile::DynamicTables(Tables* tables) {
   return true;
 }
 
-bool ElfFile::CountSymbols(unsigned long long* count) {
+bool ElfReader::CountSymbols(unsigned long long* count) {
   if (dynamic_.gnuHash != 0) return CountByGnuHash(count);
   if (dynamic_.hash != 0) return CountByHash(count);
   *count = dynamic_.mipsSymbols;
@@ -110,7 +111,7 @@ bool ElfFile::CountSymbols(unsigned long long* count) {
 }
 
 // The table's second number; two machines have numbers of 64 bits there.
-bool ElfFile::CountByHash(unsigned long long* count) {
+bool ElfReader::CountByHash(unsigned long long* count) {
   const bool isWide =
       machine_.is64 && (machine_.number == EM_S390 || machine_.number == kMachineAlpha);
   const unsigned int size = isWide ? 8 : 4;
@@ -123,7 +124,7 @@ bool ElfFile::CountByHash(unsigned long long* count) {
 }
 
 // This table does not tell the count: the symbols end with the last one of the last bucket.
-bool ElfFile::CountByGnuHash(unsigned long long* count) {
+bool ElfReader::CountByGnuHash(unsigned long long* count) {
   Part table;
   unsigned char head[16];
   if (!PartAt(dynamic_.gnuHash, &table) || table.size < sizeof head) return false;
@@ -141,10 +142,10 @@ bool ElfFile::CountByGnuHash(unsigned long long* count) {
   }
   unsigned char piece[1024];
   for (unsigned long long at = before + (buckets + last - first) * 4; at < table.size;) {
-    const size_t size =
-        static_cast<size_t>(std::min<unsigned long long>(sizeof piece, (table.size - at) / 4 * 4));
+    const std::size_t size = static_cast<std::size_t>(
+        std::min<unsigned long long>(sizeof piece, (table.size - at) / 4 * 4));
     if (size == 0 || !Read(table.offset + at, size, piece)) return false;
-    for (size_t i = 0; i < size; i += 4, ++last) {
+    for (std::size_t i = 0; i < size; i += 4, ++last) {
       if ((Number(piece + i, 4) & 1) == 0) continue;
       *count = last + 1;
       return true;
@@ -154,18 +155,18 @@ bool ElfFile::CountByGnuHash(unsigned long long* count) {
   return false;
 }
 
-bool ElfFile::LastOfBuckets(Part buckets, unsigned long long* last) {
+bool ElfReader::LastOfBuckets(Part buckets, unsigned long long* last) {
   unsigned char piece[4096];
   for (unsigned long long at = 0; at < buckets.size; at += sizeof piece) {
-    const size_t size =
-        static_cast<size_t>(std::min<unsigned long long>(sizeof piece, buckets.size - at));
+    const std::size_t size =
+        static_cast<std::size_t>(std::min<unsigned long long>(sizeof piece, buckets.size - at));
     if (!Read(buckets.offset + at, size, piece)) return false;
-    for (size_t i = 0; i + 4 <= size; i += 4) *last = std::max(*last, Number(piece + i, 4));
+    for (std::size_t i = 0; i + 4 <= size; i += 4) *last = std::max(*last, Number(piece + i, 4));
   }
   return true;
 }
 
-bool ElfFile::SectionTables(Tables* tables) {
+bool ElfReader::SectionTables(Tables* tables) {
   if (sectionSize_ != (machine_.is64 ? kSectionSize64 : kSectionSize32)) return false;
   for (unsigned int i = 0; i < sectionCount_; ++i) {
     unsigned int type = 0;
@@ -180,8 +181,8 @@ bool ElfFile::SectionTables(Tables* tables) {
   return false;
 }
 
-bool ElfFile::ReadSection(unsigned long long index, unsigned int* type, unsigned int* link,
-                          Part* part) {
+bool ElfReader::ReadSection(unsigned long long index, unsigned int* type, unsigned int* link,
+                            Part* part) {
   unsigned char record[kSectionSize64];
   const unsigned long long within = index * sectionSize_;
   if (!IsInside(sectionsOffset_, within) || !Read(sectionsOffset_ + within, sectionSize_, record)) {
@@ -194,4 +195,4 @@ bool ElfFile::ReadSection(unsigned long long index, unsigned int* type, unsigned
   return true;
 }
 
-}  // namespace yaxreg
+}  // namespace yax_elf
