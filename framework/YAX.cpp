@@ -6,6 +6,11 @@
 #include "framework/internal/CYAX.h"
 #include "framework/internal/DebugMessage.h"
 #include "framework/internal/DurabilityChoice.h"
+#include "framework/internal/Reason.h"
+
+const char* YAXReason() {
+  return Reason();
+}
 
 unsigned int SetYAXDurability(unsigned int durability) {
   return DurabilityChoice::Set(durability);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "framework/IYAX.h"
+#include "framework/IYAXCatalogue.h"
 #include "framework/IYAXCompBase.h"
 #include "framework/IYAXDynamicLoad.h"
 #include "framework/IYAXInfoManager.h"
@@ -41,6 +42,11 @@ YAX_API unsigned int GetYAXInstance(const YAX_GUID_ST& iid, void** out);
 // Drops the reference that CreateYAX took. The framework ends with the last view that is given
 // back; shared objects that are still open stay mapped. Returns 0.
 YAX_API unsigned int DestroyYAX();
+
+// Why the last call of this thread that was to open a component's binary, or to compare it with its
+// offer, has answered kCannotLoad: "has 16384 bytes, and 15960 are registered", or what the loader
+// says. Never null; "" when it did not. Good until the thread's next such call.
+YAX_API const char* YAXReason();
 
 // The contract of a component in a shared object: it exports both functions.
 //   unsigned int EntryFn_getFactory(const YAX_GUID_ST& clsid, const YAX_GUID_ST& iid, void** out);

@@ -5,6 +5,7 @@
 #include <new>
 
 #include "framework/YAX.h"
+#include "framework/YAXComponentNote.h"
 
 // All of this is hidden: every shared object has its own counts, and can be unloaded.
 #pragma GCC visibility push(hidden)

@@ -35,6 +35,20 @@ struct YAX_COMPONENT_INFO_ST {
   char BinaryPath[kYAXTextSize];  // as dlopen takes it
 };
 
+constexpr unsigned int kYAXInterfaceMax = 64;  // identifiers that a component tells of
+constexpr unsigned int kYAXBuildIdMax = 64;    // bytes
+
+// What a component offers, and in which binary. A field that is 0 is not known.
+struct YAX_COMPONENT_OFFER_ST {
+  unsigned int version;                      // of the component; newer ones have greater numbers
+  unsigned int interfaceCount;               // of those below
+  unsigned long long binarySize;             // bytes of its shared object
+  unsigned int buildIdSize;                  // of the one below
+  unsigned int reserved;                     // 0
+  unsigned char buildId[kYAXBuildIdMax];     // what the linker has put into the shared object
+  YAX_GUID_ST interfaces[kYAXInterfaceMax];  // that its objects have, besides the root one
+};
+
 // The type of a registry value in IYAXRegistry; other types are refused.
 enum YAX_REG_DATA_TYPE_ENUM : unsigned int {
   YAX_REG_DATA_TYPE_INTEGER = 0,  // written from 8 bytes, read into 4
@@ -42,5 +56,6 @@ enum YAX_REG_DATA_TYPE_ENUM : unsigned int {
 };
 
 static_assert(sizeof(YAX_SYSTEM_INFO_ST) == 260, "part of the binary interface");
+static_assert(sizeof(YAX_COMPONENT_OFFER_ST) == 1112, "part of the binary interface");
 static_assert(sizeof(void*) != 4 || sizeof(YAX_COMPONENT_INFO_ST) == 528,
               "part of the binary interface");

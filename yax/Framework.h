@@ -11,6 +11,7 @@
 
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include "yax/Component.h"
 
@@ -36,6 +37,7 @@ class Framework {
     }
     if (status_.ok()) status_ = Take(IID_IYAXInfoManager, &manager_);
     if (status_.ok()) status_ = Take(IID_IYAXDynamicLoad, &loader_);
+    if (status_.ok()) status_ = Take(IID_IYAXCatalogue, &catalogue_);
   }
   Framework(const Framework&) = delete;
   Framework& operator=(const Framework&) = delete;
@@ -44,6 +46,7 @@ class Framework {
     yax_.Reset();
     manager_.Reset();
     loader_.Reset();
+    catalogue_.Reset();
     if (isMade_) DestroyYAX();
   }
 
@@ -51,8 +54,9 @@ class Framework {
   explicit operator bool() const { return status_.ok(); }
   Status status() const { return status_; }
 
-  // Describes a component in a shared object, anew when it is registered already. kBadArgument: a
-  // text above 255 bytes. kRegistryFailed.
+  // Describes a component in a shared object, anew when it is registered already. Where its source
+  // has YAX_COMPONENT_OFFERS, what it offers is kept, too, and no other binary is loaded at that
+  // path until it is registered again. kBadArgument: a text above 255 bytes. kRegistryFailed.
   Status Register(const YAX_GUID_ST& clsid, const Registration& registration) {
     YAX_COMPONENT_INFO_ST info = {};
     info.Type = YAX_COMPONENT_TYPE_BINARY;
@@ -60,12 +64,20 @@ class Framework {
       return yax_framework::kBadArgument;
     }
     if (!status_.ok()) return yax_framework::kNoFramework;
-    const Status changed = manager_->SetComponentInfo(clsid, &info);
-    return changed.ok() ? changed : Status(manager_->RegisterComponent(clsid, &info));
+    catalogue_->SetOffer(clsid, nullptr);  // of the old one; there need be none
+    Status done = manager_->SetComponentInfo(clsid, &info);
+    if (!done.ok()) done = manager_->RegisterComponent(clsid, &info);
+    YAX_COMPONENT_OFFER_ST offer = {};
+    const bool isThere = std::strchr(info.BinaryPath, '/') != nullptr &&
+                         catalogue_->ReadOffer(info.BinaryPath, &offer) == yax_framework::kOk;
+    if (!done.ok() || !isThere || offer.version == 0) return done;
+    return catalogue_->SetOffer(clsid, &offer);
   }
   // Takes the description out of the registry. kRegistryFailed: there is none.
   Status Unregister(const YAX_GUID_ST& clsid) {
-    return status_.ok() ? manager_->UnregisterComponent(clsid) : yax_framework::kNoFramework;
+    if (!status_.ok()) return yax_framework::kNoFramework;
+    catalogue_->SetOffer(clsid, nullptr);  // gives its place in the file back
+    return manager_->UnregisterComponent(clsid);
   }
   // What the registry tells; kRegistryFailed: nothing.
   Result<Registration> Find(const YAX_GUID_ST& clsid) const {
@@ -75,6 +87,39 @@ class Framework {
     if (!found.ok()) return found;
     return Registration{info.CompName, info.BinaryPath};
   }
+  // What the registry keeps of what it offers; all 0 where nothing is kept.
+  Result<YAX_COMPONENT_OFFER_ST> Offer(const YAX_GUID_ST& clsid) const {
+    YAX_COMPONENT_OFFER_ST offer = {};
+    if (!status_.ok()) return Status(yax_framework::kNoFramework);
+    const Status found = catalogue_->GetOffer(clsid, &offer);
+    if (!found.ok()) return found;
+    return offer;
+  }
+  // Keeps it, whoever has found it out.
+  Status SetOffer(const YAX_GUID_ST& clsid, const YAX_COMPONENT_OFFER_ST& offer) {
+    return status_.ok() ? catalogue_->SetOffer(clsid, &offer) : yax_framework::kNoFramework;
+  }
+  // The components that offer an interface, the newest version first. None is opened.
+  Result<std::vector<YAX_GUID_ST>> FindAll(const YAX_GUID_ST& iid) const {
+    if (!status_.ok()) return Status(yax_framework::kNoFramework);
+    std::vector<YAX_GUID_ST> found(16);
+    for (unsigned int count = 0;; found.resize(count)) {
+      const unsigned int room = static_cast<unsigned int>(found.size());
+      const Status done = catalogue_->FindComponents(iid, found.data(), room, &count);
+      if (!done.ok()) return done;
+      if (count > room) continue;
+      found.resize(count);
+      return found;
+    }
+  }
+  // Compares the component's binary with what it offers, without opening it. kCannotLoad: it is
+  // another one, or not there; Reason() says more.
+  Status Check(const YAX_GUID_ST& clsid) const {
+    return status_.ok() ? catalogue_->CheckComponent(clsid) : yax_framework::kNoFramework;
+  }
+  // Why this thread's last Load or Check answered kCannotLoad; "" when it did not.
+  static const char* Reason() { return YAXReason(); }
+
   // Closes the component's shared object. kInUse: an object, factory or lock of it is left.
   Status Unload(const YAX_GUID_ST& clsid) {
     return status_.ok() ? loader_->UnloadComponent(clsid) : yax_framework::kNoFramework;
@@ -111,6 +156,7 @@ class Framework {
   Status status_;
   Component<IYAXInfoManager> manager_;
   Component<IYAXDynamicLoad> loader_;
+  Component<IYAXCatalogue> catalogue_;
 };
 
 // Framework::Load, as Load<IClock>(framework, CLSID_Clock) where the interface has a kInterface.

@@ -5,6 +5,7 @@
 
 #include "framework/YAXInterfaceIds.h"
 #include "framework/YAXStatus.h"
+#include "framework/internal/ComponentOffers.h"
 #include "framework/internal/DebugMessage.h"
 #include "framework/internal/DurabilityChoice.h"
 #include "framework/internal/YAXInfoManagerRCEMemory.h"
@@ -32,11 +33,15 @@ unsigned int CYAX::Initialize(const char* registryPath) {
     return yax_framework::kRegistryFailed;
   store_ = new (std::nothrow) YAXInfoManagerRCEMemory(registry_);
   if (store_ == nullptr) return yax_framework::kNoMemory;
+  offers_ = new (std::nothrow) ComponentOffers(*registry_, *store_);
+  if (offers_ == nullptr) return yax_framework::kNoMemory;
   loader_ = new (std::nothrow) YAXLoadManager;
   return loader_ != nullptr ? loader_->Initialize() : yax_framework::kNoMemory;
 }
 
 void CYAX::Deinitialize() {
+  delete offers_;
+  offers_ = nullptr;
   delete store_;
   store_ = nullptr;
   if (loader_ != nullptr) loader_->Deinitialize();
@@ -63,6 +68,7 @@ unsigned int CYAX::GetInterface(const YAX_GUID_ST& iid, void** out) {
   if (iid == IID_IYAXRegistry) *out = static_cast<IYAXRegistry*>(this);
   if (iid == IID_IYAXInfoManager) *out = static_cast<IYAXInfoManager*>(this);
   if (iid == IID_IYAXDynamicLoad) *out = static_cast<IYAXDynamicLoad*>(this);
+  if (iid == IID_IYAXCatalogue) *out = static_cast<IYAXCatalogue*>(&catalogue_);
   if (*out == nullptr) return yax_framework::kNoInterface;
   AddRef();
   return yax_framework::kOk;

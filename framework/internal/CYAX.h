@@ -7,6 +7,7 @@
 #include "framework/IYAXDynamicLoad.h"
 #include "framework/IYAXInfoManager.h"
 #include "framework/IYAXRegistry.h"
+#include "framework/internal/CYAXCatalogue.h"
 #include "framework/internal/CYAXCompBase.h"
 #include "platform/PCMutex.h"
 
@@ -86,6 +87,11 @@ class CYAX : public IYAX,
   unsigned int GetFuncAddress(const YAX_GUID_ST& clsid, void* handle, const char* symbol,
                               void** address);
 
+  // What IYAXCatalogue stands on.
+  ComponentOffers& Offers() { return *offers_; }
+  // Compares the component's binary with its offer. kCannotLoad, with the reason told.
+  unsigned int CheckBinary(const YAX_GUID_ST& clsid);
+
   static std::atomic<CYAX*> mspCYAX;  // the one that GetYAXInstance answers for
 
  private:
@@ -93,9 +99,12 @@ class CYAX : public IYAX,
   unsigned int OnRegistry(bool argumentsThere, Operation operation);
   template <class Operation>
   unsigned int OnFactory(const YAX_GUID_ST& clsid, Operation operation);
+  unsigned int CheckBinary(const YAX_GUID_ST& clsid, const char* path);
 
   YAXLoadManager* loader_ = nullptr;
   YAXInfoManager* store_ = nullptr;
   tamu::registry::Registry* registry_ = nullptr;
   PCMutex lock_;  // over the component operations
+  ComponentOffers* offers_ = nullptr;
+  CYAXCatalogue catalogue_{*this};
 };

@@ -1,15 +1,48 @@
 // From a component's identifier to its factory and objects.
+#include <cstring>
 #include <utility>
 
 #include "framework/YAXComponentFactory.h"
 #include "framework/YAXInterfaceIds.h"
 #include "framework/YAXStatus.h"
 #include "framework/internal/CYAX.h"
+#include "framework/internal/ComponentBinary.h"
+#include "framework/internal/ComponentOffers.h"
 #include "framework/internal/DebugMessage.h"
+#include "framework/internal/Reason.h"
 #include "framework/internal/YAXInfoManager.h"
 #include "framework/internal/YAXLoadManager.h"
 
+namespace {
+
+bool IsEmpty(const YAX_COMPONENT_OFFER_ST& offer) {
+  return offer.version == 0 && offer.interfaceCount == 0 && offer.binarySize == 0 &&
+         offer.buildIdSize == 0;
+}
+
+}  // namespace
+
+// Where the offer cannot be read, opening the binary tells what is the matter. A name without
+// folder is looked for by the loader alone.
+unsigned int CYAX::CheckBinary(const YAX_GUID_ST& clsid, const char* path) {
+  YAX_COMPONENT_OFFER_ST offer;
+  if (offers_->Get(clsid, &offer) != yax_framework::kOk || IsEmpty(offer))
+    return yax_framework::kOk;
+  return std::strchr(path, '/') != nullptr ? ComponentBinary::Compare(path, offer)
+                                           : yax_framework::kOk;
+}
+
+unsigned int CYAX::CheckBinary(const YAX_GUID_ST& clsid) {
+  YAX_COMPONENT_TYPE_ENUM type = YAX_COMPONENT_TYPE_FUNCTION;
+  char path[kYAXTextSize];
+  const unsigned int result = store_->GetComponentBinary(clsid, &type, path);
+  const bool isBinary = result == yax_framework::kOk && type == YAX_COMPONENT_TYPE_BINARY;
+  return isBinary ? CheckBinary(clsid, path) : result;
+}
+
+// What is open already was looked at then.
 unsigned int CYAX::LoadComponent(const YAX_GUID_ST& clsid, void** handle) {
+  ForgetReason();
   if (handle == nullptr) return yax_framework::kBadArgument;
   if (store_->IsSysSingleBinary() == 1) {
     *handle = nullptr;
@@ -20,8 +53,11 @@ unsigned int CYAX::LoadComponent(const YAX_GUID_ST& clsid, void** handle) {
   const unsigned int result = store_->GetComponentBinary(clsid, &type, path);
   if (result != yax_framework::kOk) return result;
   *handle = nullptr;
-  return type == YAX_COMPONENT_TYPE_BINARY ? loader_->LoadBinary(clsid, path, handle)
-                                           : yax_framework::kOk;
+  if (type != YAX_COMPONENT_TYPE_BINARY || loader_->FindHandle(path, handle) != 0) {
+    return yax_framework::kOk;
+  }
+  const unsigned int fits = CheckBinary(clsid, path);
+  return fits == yax_framework::kOk ? loader_->LoadBinary(clsid, path, handle) : fits;
 }
 
 unsigned int CYAX::GetFuncAddress(const YAX_GUID_ST& clsid, void* handle, const char* symbol,

@@ -8,6 +8,7 @@
 #include "framework/YAXRecords.h"
 #include "framework/YAXStatus.h"
 #include "framework/internal/DebugMessage.h"
+#include "framework/internal/Reason.h"
 
 // An open shared object.
 struct YAXLoadManager::Record {
@@ -200,6 +201,7 @@ unsigned int YAXLoadManager::LoadBinary(const YAX_GUID_ST& clsid, const char* pa
     const char* reason = dlerror();  // NOLINT(concurrency-mt-unsafe): each thread has its own
     PrintDebugMessage(__LINE__, "[YAXLoadManager::LoadBinary] dlopen error, %s.",
                       reason != nullptr ? reason : "");
+    TellReason("%s", reason != nullptr ? reason : "");
     return yax_framework::kCannotLoad;
   }
   if (opened == tClosing) {

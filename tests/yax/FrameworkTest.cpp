@@ -91,6 +91,127 @@ TEST_F(FrameworkTest, RegistersAnewWhatIsRegistered) {
   EXPECT_EQ(Status(yax_framework::kRegistryFailed), framework.Find(CLSID_Tally).status());
 }
 
+TEST_F(FrameworkTest, KeepsWhatTheSourceOfAComponentOffers) {
+  const Result<YAX_COMPONENT_OFFER_ST> offer = framework.Offer(CLSID_Tally);
+  ASSERT_TRUE(offer.ok());
+  EXPECT_EQ(7u, offer->version);
+  ASSERT_EQ(2u, offer->interfaceCount);
+  EXPECT_TRUE(IID_ITally == offer->interfaces[0]);
+  EXPECT_TRUE(IID_Other == offer->interfaces[1]);
+  EXPECT_EQ(GetFile(YAX_KIT_COMPONENT).size(), offer->binarySize);
+  EXPECT_LE(8u, offer->buildIdSize);
+  EXPECT_TRUE(framework.Register(CLSID_Tally, {"tally", "other.so"}).ok());
+  EXPECT_EQ(0u, framework.Offer(CLSID_Tally)->version);
+  EXPECT_TRUE(framework.Register(CLSID_Tally, {"tally", YAX_KIT_COMPONENT}).ok());
+  EXPECT_TRUE(framework.Unregister(CLSID_Tally).ok());
+  EXPECT_EQ(Status(yax_framework::kRegistryFailed), framework.Offer(CLSID_Tally).status());
+}
+
+TEST_F(FrameworkTest, FindsAllThatOfferAnInterface) {
+  Result<std::vector<YAX_GUID_ST>> found = framework.FindAll(IID_ITally);
+  ASSERT_TRUE(found.ok());
+  ASSERT_EQ(1u, found->size());
+  EXPECT_TRUE(CLSID_Tally == found->front());
+  EXPECT_TRUE(framework.FindAll(kNobody)->empty());
+  YAX_COMPONENT_OFFER_ST offer = *framework.Offer(CLSID_Tally);
+  for (unsigned int i = 0; i < 40; ++i) {
+    YAX_GUID_ST clsid = kNobody;
+    clsid.Data1 = i;
+    offer.version = 100 + i;
+    EXPECT_TRUE(framework.Register(clsid, {"newer", YAX_KIT_COMPONENT}).ok());
+    EXPECT_TRUE(framework.SetOffer(clsid, offer).ok());
+  }
+  found = framework.FindAll(IID_ITally);
+  ASSERT_EQ(41u, found->size());
+  EXPECT_EQ(39u, found->front().Data1);
+  EXPECT_TRUE(CLSID_Tally == found->back());
+}
+
+// Where a component lies is a file that another one takes the place of.
+class ChangedBinaryTest : public FrameworkTest {
+ protected:
+  ChangedBinaryTest() {
+    Replace(good);
+    EXPECT_TRUE(framework.Register(CLSID_Tally, {"tally", path}).ok());
+  }
+  void Replace(const std::string& bytes) {
+    PutFile(path + ".new", bytes);
+    std::filesystem::rename(path + ".new", path);
+  }
+  // Why it is not loaded; "" when it is.
+  std::string Refusal() {
+    const Status checked = framework.Check(CLSID_Tally);
+    EXPECT_EQ(checked.ok(), std::string(framework.Reason()).empty());
+    const Status loaded = framework.Load<ITally>(CLSID_Tally, IID_ITally).status();
+    EXPECT_EQ(checked, loaded);
+    if (!loaded.ok()) {
+      EXPECT_EQ(Status(yax_framework::kCannotLoad), loaded);
+    }
+    const std::string reason = framework.Reason();
+    EXPECT_TRUE(framework.Unload(CLSID_Tally).ok());
+    return reason;
+  }
+
+  const std::string path = folder / "libtally.so";
+  const std::string good = GetFile(YAX_KIT_COMPONENT);
+};
+
+TEST_F(ChangedBinaryTest, IsRefusedWithTheReason) {
+  EXPECT_EQ("", Refusal());
+  Replace(good + "x");
+  EXPECT_EQ("has " + std::to_string(good.size() + 1) + " bytes, and " +
+                std::to_string(good.size()) + " are registered",
+            Refusal());
+  std::string bytes = good;
+  const YAX_COMPONENT_OFFER_ST offer = *framework.Offer(CLSID_Tally);
+  const std::string buildId(reinterpret_cast<const char*>(offer.buildId), offer.buildIdSize);
+  ++bytes[bytes.find(buildId)];
+  Replace(bytes);
+  EXPECT_EQ("has another build id than is registered", Refusal());
+  bytes = good;
+  bytes[18] = 2;  // e_machine, in either order of bytes
+  bytes[19] = 2;
+  Replace(bytes);
+  EXPECT_EQ("is built for another machine", Refusal());
+  Replace(good.substr(0, good.size() / 4));
+  EXPECT_EQ("is cut off or damaged", Refusal());
+  Replace("#!/bin/sh\nexit 0\n");
+  EXPECT_EQ("is no ELF file", Refusal());
+  std::filesystem::remove(path);
+  EXPECT_EQ("is not there, or may not be read", Refusal());
+  std::filesystem::create_directory(path);
+  EXPECT_EQ("is no regular file", Refusal());
+  std::filesystem::remove(path);
+  Replace(good);
+  EXPECT_EQ("", Refusal());
+}
+
+TEST_F(ChangedBinaryTest, MustHaveTheEntryFunction) {
+  std::string bytes = good;
+  for (size_t at = bytes.find("EntryFn_getFactory"); at != std::string::npos;
+       at = bytes.find("EntryFn_getFactory")) {
+    bytes[at] = 'X';
+  }
+  Replace(bytes);
+  EXPECT_EQ("does not export EntryFn_getFactory", Refusal());
+}
+
+TEST_F(ChangedBinaryTest, IsWelcomeOnceItIsRegistered) {
+  Replace(good + "x");
+  EXPECT_FALSE(framework.Check(CLSID_Tally).ok());
+  EXPECT_TRUE(framework.Register(CLSID_Tally, {"tally", path}).ok());
+  EXPECT_EQ("", Refusal());
+}
+
+TEST_F(ChangedBinaryTest, IsLoadedAsItIsWhereNothingIsKeptOfIt) {
+  EXPECT_TRUE(framework.SetOffer(CLSID_Tally, {}).ok());
+  Replace(good + "x");
+  EXPECT_EQ("", Refusal());
+  Replace("no shared object");
+  EXPECT_EQ(Status(yax_framework::kCannotLoad), Load<ICounter>(framework, CLSID_Tally).status());
+  EXPECT_NE(std::string::npos, std::string(framework.Reason()).find(path));  // the loader's words
+}
+
 TEST_F(FrameworkTest, RefusesTextsThatWouldBeCut) {
   const std::string most(255, 'x');
   EXPECT_TRUE(framework.Register(kNobody, {most, most}).ok());
@@ -131,6 +252,10 @@ TEST(FrameworkFailureTest, WithoutAFileNothingIsAnsweredButThat) {
   EXPECT_EQ(none, framework.Unregister(CLSID_Tally));
   EXPECT_EQ(none, framework.Find(CLSID_Tally).status());
   EXPECT_EQ(none, framework.Unload(CLSID_Tally));
+  EXPECT_EQ(none, framework.Offer(CLSID_Tally).status());
+  EXPECT_EQ(none, framework.SetOffer(CLSID_Tally, {}));
+  EXPECT_EQ(none, framework.FindAll(IID_ITally).status());
+  EXPECT_EQ(none, framework.Check(CLSID_Tally));
   EXPECT_EQ(none, Load<ICounter>(framework, CLSID_Tally).status());
 }
 

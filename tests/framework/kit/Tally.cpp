@@ -16,3 +16,4 @@ class Tally : public yax_component::Counted<ITally, IID_ITally> {
 }  // namespace
 
 YAX_COMPONENT(CLSID_Tally, Tally)
+YAX_COMPONENT_OFFERS(7, IID_ITally, IID_Other)
