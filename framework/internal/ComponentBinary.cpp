@@ -1,20 +1,18 @@
 #include "framework/internal/ComponentBinary.h"
 
-#include <algorithm>
 #include <cstring>
 
-#include "framework/YAXComponentNote.h"
 #include "framework/YAXStatus.h"
+#include "framework/elf/ComponentNotes.h"
 #include "framework/elf/ElfFile.h"
 #include "framework/internal/Reason.h"
 
+using yax_elf::ComponentNotes;
 using yax_elf::ElfFile;
 using yax_elf::ElfReader;
 
 namespace {
 
-constexpr char kBuildIdName[] = "GNU";
-constexpr unsigned int kBuildIdType = 3;
 constexpr char kCannotRead[] = "cannot be read";
 
 // What is wrong with it as a component, whatever is registered of it; "" when nothing is.
@@ -34,29 +32,16 @@ const char* ProblemOf(const ElfFile& file, ElfReader& elf) {
   return found[0] ? "" : "does not export EntryFn_getFactory";
 }
 
-YAX_GUID_ST GuidAt(const ElfReader& elf, const unsigned char* at) {
-  YAX_GUID_ST guid;
-  guid.Data1 = static_cast<unsigned int>(elf.Number(at, 4));
-  guid.Data2 = static_cast<unsigned short>(elf.Number(at + 4, 2));
-  guid.Data3 = static_cast<unsigned short>(elf.Number(at + 6, 2));
-  std::memcpy(guid.Data4, at + 8, sizeof guid.Data4);
-  return guid;
-}
-
 void ReadNotes(ElfReader& elf, YAX_COMPONENT_OFFER_ST* offer) {
-  offer->buildIdSize = std::min(
-      kYAXBuildIdMax, elf.FindNote(kBuildIdName, kBuildIdType, offer->buildId, kYAXBuildIdMax));
-  constexpr unsigned int kHead = 4;  // the version
-  unsigned char note[kHead + kYAXInterfaceMax * sizeof(YAX_GUID_ST)];
-  const unsigned int size = std::min<unsigned int>(
-      sizeof note,
-      elf.FindNote(yax_component::kNoteName, yax_component::kNoteType, note, sizeof note));
-  if (size < kHead) return;
-  offer->version = static_cast<unsigned int>(elf.Number(note, kHead));
-  offer->interfaceCount = (size - kHead) / static_cast<unsigned int>(sizeof(YAX_GUID_ST));
-  for (unsigned int i = 0; i < offer->interfaceCount; ++i) {
-    offer->interfaces[i] = GuidAt(elf, note + kHead + i * sizeof(YAX_GUID_ST));
-  }
+  static_assert(ComponentNotes::kMaxInterfaces == kYAXInterfaceMax, "all fit");
+  static_assert(ComponentNotes::kMaxBuildId == kYAXBuildIdMax, "it fits");
+  ComponentNotes notes;
+  ReadComponentNotes(elf, &notes);
+  offer->version = notes.version;
+  offer->interfaceCount = notes.interfaceCount;
+  std::memcpy(offer->interfaces, notes.interfaces, sizeof offer->interfaces);
+  offer->buildIdSize = notes.buildIdSize;
+  std::memcpy(offer->buildId, notes.buildId, sizeof offer->buildId);
 }
 
 }  // namespace

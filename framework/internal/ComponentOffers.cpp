@@ -5,6 +5,7 @@
 #include <new>
 
 #include "framework/YAXStatus.h"
+#include "framework/elf/GuidBytes.h"
 #include "framework/internal/ComponentKeyPath.h"
 #include "framework/internal/OneChange.h"
 #include "framework/internal/RegistryResult.h"
@@ -19,6 +20,9 @@ using tamu::registry::Registry;
 using tamu::registry::Value;
 using tamu::registry::WalkedKey;
 using tamu::registry::WalkedValue;
+using yax_elf::GuidOf;
+using yax_elf::kGuidBytes;
+using yax_elf::PutGuid;
 
 namespace {
 
@@ -28,29 +32,6 @@ constexpr char kInterfaces[] = "Interfaces";
 constexpr char kBuildId[] = "BuildId";
 constexpr char kItself[] = "/";  // the opened key
 constexpr unsigned int kBytesType = 2;
-constexpr unsigned int kGuidBytes = 16;
-
-// In the order of its text.
-void PutGuid(unsigned char* to, const YAX_GUID_ST& guid) {
-  for (unsigned int i = 0; i < 4; ++i)
-    to[i] = static_cast<unsigned char>(guid.Data1 >> (24 - 8 * i));
-  for (unsigned int i = 0; i < 2; ++i) {
-    to[4 + i] = static_cast<unsigned char>(guid.Data2 >> (8 - 8 * i));
-    to[6 + i] = static_cast<unsigned char>(guid.Data3 >> (8 - 8 * i));
-  }
-  std::memcpy(to + 8, guid.Data4, sizeof guid.Data4);
-}
-
-YAX_GUID_ST GuidOf(const unsigned char* bytes) {
-  YAX_GUID_ST guid;
-  guid.Data1 = static_cast<unsigned int>(bytes[0]) << 24 |
-               static_cast<unsigned int>(bytes[1]) << 16 |
-               static_cast<unsigned int>(bytes[2]) << 8 | bytes[3];
-  guid.Data2 = static_cast<unsigned short>(bytes[4] << 8 | bytes[5]);
-  guid.Data3 = static_cast<unsigned short>(bytes[6] << 8 | bytes[7]);
-  std::memcpy(guid.Data4, bytes + 8, sizeof guid.Data4);
-  return guid;
-}
 
 // The values of a key that is open.
 class OfferValues {

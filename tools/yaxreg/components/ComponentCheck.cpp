@@ -11,6 +11,17 @@ void CheckText(const ComponentField& field, const char* name, ComponentVerdict* 
                               " are used");
 }
 
+// As the framework does before it opens the file.
+void CompareWithOffer(const ComponentOffer& offer, const ComponentOffer& binary,
+                      ComponentVerdict* verdict) {
+  if (offer.binarySize != 0 && offer.binarySize != binary.binarySize) {
+    verdict->problems.push_back("has " + std::to_string(binary.binarySize) + " bytes, and " +
+                                std::to_string(offer.binarySize) + " are registered");
+  } else if (!offer.buildId.empty() && offer.buildId != binary.buildId) {
+    verdict->problems.emplace_back("has another build id than is registered");
+  }
+}
+
 // What is needed is a problem, what is not is a note.
 void CheckField(const ComponentField& field, bool isNeeded, ComponentVerdict* verdict) {
   if (field.isThere()) return;
@@ -64,6 +75,7 @@ void ComponentCheck::VerifyBinary(const Component& component, ComponentVerdict* 
     verdict->isUnreadable = found.state == SharedObject::State::kUnreadable;
     return;
   }
+  CompareWithOffer(component.offer, found.binary, verdict);
   if (!found.canBeAsked) {
     verdict->notes.emplace_back("it cannot be unloaded, it does not export EntryFn_canUnloadNow");
   }

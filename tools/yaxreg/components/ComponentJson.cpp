@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "tools/yaxreg/text/ByteText.h"
 #include "tools/yaxreg/text/JsonText.h"
 
 namespace yaxreg {
@@ -15,10 +16,16 @@ Json NumberJson(const ComponentField& field) {
 }
 
 Json ComponentJson(const Component& component) {
-  Json json = {
-      {"id", JsonText(component.identifier)},    {"name", FieldJson(component.name)},
-      {"type", NumberJson(component.type)},      {"factoryFn", NumberJson(component.function)},
-      {"binaryPath", FieldJson(component.path)}, {"problems", Json::array()}};
+  Json json = {{"id", JsonText(component.identifier)},
+               {"name", FieldJson(component.name)},
+               {"type", NumberJson(component.type)},
+               {"factoryFn", NumberJson(component.function)},
+               {"binaryPath", FieldJson(component.path)},
+               {"version", component.offer.version},
+               {"interfaces", component.offer.InterfaceNames()},
+               {"binarySize", JsonNumber(component.offer.binarySize)},
+               {"buildId", ToHex(component.offer.buildId)},
+               {"problems", Json::array()}};
   if (!component.isIdentifier) json["problems"].push_back("the key's name is no identifier");
   for (const ComponentField* field :
        {&component.name, &component.type, &component.function, &component.path}) {

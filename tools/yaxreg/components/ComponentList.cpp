@@ -1,5 +1,8 @@
 #include "tools/yaxreg/components/ComponentList.h"
 
+#include <algorithm>
+#include <cctype>
+
 #include "registry/base/Value.h"
 
 namespace yaxreg {
@@ -43,6 +46,7 @@ Component ComponentOf(const ContentKey& key) {
   component.type = NumberOf(key, "Type");
   component.function = NumberOf(key, "FactoryFn");
   component.path = TextOf(key, "BinaryPath");
+  component.offer = OfferOf(key);
   return component;
 }
 
@@ -57,6 +61,24 @@ bool IsComponentIdentifier(const std::string& name) {
     if (pattern[i] == '0' ? !isDigit : c != pattern[i]) return false;
   }
   return true;
+}
+
+std::string IdentifierOf(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+  if (!text.empty() && text.front() != '{') text = '{' + text + '}';
+  return IsComponentIdentifier(text) ? text : "";
+}
+
+void ComponentList::KeepThoseWith(const std::string& interface) {
+  components.erase(std::remove_if(components.begin(), components.end(),
+                                  [&](const Component& one) {
+                                    return !one.isIdentifier || !one.offer.Offers(interface);
+                                  }),
+                   components.end());
+  std::stable_sort(
+      components.begin(), components.end(),
+      [](const Component& a, const Component& b) { return a.offer.version > b.offer.version; });
 }
 
 ComponentList ReadComponents(const Content& content) {

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/yaxreg/components/ComponentOffer.h"
 #include "tools/yaxreg/image/Content.h"
 
 namespace yaxreg {
@@ -28,6 +29,7 @@ struct Component {
   ComponentField type;
   ComponentField function;
   ComponentField path;
+  ComponentOffer offer;
 
   // In a shared object of its own; every other number stands for the running program.
   bool isBinary() const { return type.isThere() && type.word() == 1; }
@@ -39,12 +41,18 @@ struct ComponentList {
   ComponentField binDirectory;
   std::vector<Component> components;  // in the order of the keys
 
+  // Leaves those that offer an interface, of 16 bytes: the newest version first.
+  void KeepThoseWith(const std::string& interface);
   // Nothing is ever loaded.
   bool IsSingleBinary() const { return isSingleBin.isThere() && isSingleBin.word() == 1; }
 };
 
 // "{1FBF55FC-0F15-45CC-8F3F-DE86A5640CB5}": in capitals and braces.
 bool IsComponentIdentifier(const std::string& name);
+
+// An identifier that a user writes, in capitals and braces, as the framework spells it; "" when it
+// is none.
+std::string IdentifierOf(std::string text);
 
 // Empty where the registry tells of none.
 ComponentList ReadComponents(const Content& content);

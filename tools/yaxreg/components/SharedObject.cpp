@@ -29,7 +29,7 @@ SharedObject Unreadable(const std::string& reason) {
   return result;
 }
 
-SharedObject ExamineSymbols(ElfReader& elf) {
+SharedObject ExamineSymbols(ElfReader& elf, unsigned long long length) {
   const char* const names[] = {kFactory, kCanUnload};
   bool found[2];
   const bool isRead = elf.FindFunctions(names, 2, found);
@@ -39,6 +39,12 @@ SharedObject ExamineSymbols(ElfReader& elf) {
   SharedObject result;
   result.machine = elf.machine();
   result.canBeAsked = found[1];
+  yax_elf::ComponentNotes notes;
+  ReadComponentNotes(elf, &notes);
+  if (elf.hasReadFailed()) return Unreadable(std::strerror(EIO));
+  result.offer = OfferOf(notes, length);
+  result.binary.binarySize = length;
+  result.binary.buildId.assign(reinterpret_cast<const char*>(notes.buildId), notes.buildIdSize);
   return result;
 }
 
@@ -64,7 +70,7 @@ SharedObject ExamineSharedObject(const std::string& file, const ElfMachine* mach
     other.isOther = true;
     return other;
   }
-  return elf.IsGood() ? ExamineSymbols(elf) : Wrong(elf.problem());
+  return elf.IsGood() ? ExamineSymbols(elf, opened.length()) : Wrong(elf.problem());
 }
 
 }  // namespace yaxreg

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "tools/yaxreg/components/ComponentOffer.h"
 #include "tools/yaxreg/components/MachineNames.h"
 
 namespace yaxreg {
@@ -20,6 +21,8 @@ struct SharedObject {
   bool isOther = false;     // wrong, because it is built for another machine
   bool canBeAsked = false;  // it can be unloaded: it has the entry function that is asked before
   ElfMachine machine;       // known when it is good
+  ComponentOffer offer;     // what it says of itself, likewise
+  ComponentOffer binary;    // its size and build id alone, likewise
 };
 
 // The state that an error (of errno) of looking for a file stands for, with its words.

@@ -1,17 +1,21 @@
 // comp add, comp set and comp rm: components are registered without a program.
 #include <algorithm>
-#include <cctype>
+#include <climits>
 #include <ostream>
+#include <sstream>
 
 #include "registry/base/Value.h"
 #include "tools/yaxreg/components/ComponentList.h"
+#include "tools/yaxreg/components/ComponentOffer.h"
 #include "tools/yaxreg/components/DeviceFiles.h"
 #include "tools/yaxreg/components/SharedObject.h"
 #include "tools/yaxreg/content/ContentDiff.h"
 #include "tools/yaxreg/content/ContentMerge.h"
 #include "tools/yaxreg/text/JsonText.h"
+#include "tools/yaxreg/text/Numbers.h"
 #include "tools/yaxreg/verbs/Applying.h"
 #include "tools/yaxreg/verbs/CommonArguments.h"
+#include "tools/yaxreg/verbs/ComponentArguments.h"
 #include "tools/yaxreg/verbs/Session.h"
 #include "tools/yaxreg/verbs/VerbTable.h"
 
@@ -24,22 +28,11 @@ namespace {
 constexpr char kComponents[] = "YAX_ROOT/";
 constexpr unsigned long long kBinary = 1;  // the type of a component in a shared object
 
-// In capitals and braces, as the framework spells it; "" when it is none.
-std::string IdentifierOf(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(),
-                 [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
-  if (!text.empty() && text.front() != '{') text = '{' + text + '}';
-  return IsComponentIdentifier(text) ? text : "";
-}
-
-bool TakeIdentifier(Invocation& call, std::string* key, ExitCode* code) {
-  const std::string identifier = IdentifierOf(call.Text("ID"));
+bool TakeKey(Invocation& call, std::string* key, ExitCode* code) {
+  std::string identifier;
+  const bool isGood = TakeIdentifier(call, call.Text("ID"), &identifier, code);
   *key = kComponents + identifier;
-  if (!identifier.empty()) return true;
-  *code = call.Fail(
-      kUsage, "", "",
-      Shown(call.Text("ID")) + " is no identifier such as {1FBF55FC-0F15-45CC-8F3F-DE86A5640CB5}");
-  return false;
+  return isGood;
 }
 
 bool CheckTexts(Invocation& call, ExitCode* code) {
@@ -54,23 +47,29 @@ bool CheckTexts(Invocation& call, ExitCode* code) {
   return true;
 }
 
-ContentValue NumberValue(const char* name, unsigned long long number) {
-  ContentValue value;
-  value.name = name;
-  value.isSet = true;
-  value.size = ContentValue::kNumberSize;
-  value.number = number;
-  return value;
+ContentValue TextValue(const char* name, const std::string& text) {
+  return DataValue(name, tamu::registry::kValueTypeString, text + '\0');
 }
 
-ContentValue TextValue(const char* name, const std::string& text) {
-  ContentValue value;
-  value.name = name;
-  value.type = tamu::registry::kValueTypeString;
-  value.isSet = true;
-  value.data = text + '\0';
-  value.size = static_cast<unsigned int>(value.data.size());
-  return value;
+// Takes --offers, a version and the identifiers of interfaces with commas between them, or none.
+bool TakeOffer(Invocation& call, ComponentOffer* offer, ExitCode* code) {
+  std::istringstream parts(call.Text("--offers"));
+  std::string part;
+  std::getline(parts, part, ',');
+  if (part == "none" && parts.eof()) return true;
+  unsigned long long version = 0;
+  bool isGood = ParseNumberUpTo(part, UINT_MAX, &version) && version > 0;
+  offer->version = static_cast<unsigned int>(version);
+  while (isGood && std::getline(parts, part, ',')) {
+    const std::string identifier = IdentifierOf(part);
+    isGood = !identifier.empty();
+    offer->interfaces += IdentifierBytes(identifier);
+  }
+  if (isGood && offer->interfaces.size() <= tamu::registry::kValueDataMax) return true;
+  *code = call.Fail(kUsage, "", "",
+                    "--offers: " + Shown(call.Text("--offers")) +
+                        " is no version above 0 with at most 64 identifiers behind it, nor none");
+  return false;
 }
 
 // "clock" of "/usr/lib/libclock.so.1".
@@ -103,8 +102,8 @@ ContentUpdate UpdateWith(std::vector<ContentValue> values) {
 }
 
 // The shared object must be one that could be loaded. Without a machine that of this tool, for
-// another device any.
-bool CheckObject(Invocation& call, ExitCode* code) {
+// another device any. *offer is what it says of itself.
+bool CheckObject(Invocation& call, ComponentOffer* offer, ExitCode* code) {
   ElfMachine machine = yax_elf::OwnMachine();
   if (call.Has("--machine") && !FindMachine(call.Text("--machine"), &machine)) {
     *code = call.Fail(
@@ -118,19 +117,42 @@ bool CheckObject(Invocation& call, ExitCode* code) {
   const int error = DeviceFiles(call.Text("--root")).Locate(object, &file);
   const SharedObject found =
       error != 0 ? AfterError(error) : ExamineSharedObject(file, isKnown ? &machine : nullptr);
+  *offer = found.offer;
   if (found.state == SharedObject::State::kGood) return true;
   const bool isUnreadable = found.state == SharedObject::State::kUnreadable;
   *code = call.Fail(isUnreadable ? kFailed : kNo, object, "", found.problem);
   return false;
 }
 
+// The content with these values in a component's key, and no other offer than this one.
+Content ContentWithOffer(Content content, const std::string& key, std::vector<ContentValue> values,
+                         const ComponentOffer& offer) {
+  const size_t found = content.Find(key);
+  if (found != Content::kNone) {
+    std::vector<ContentValue>& old = content.keys[found].values;
+    const std::vector<std::string>& names = OfferValueNames();
+    old.erase(std::remove_if(old.begin(), old.end(),
+                             [&](const ContentValue& value) {
+                               return std::find(names.begin(), names.end(), value.name) !=
+                                      names.end();
+                             }),
+              old.end());
+  }
+  for (ContentValue& value : ValuesOf(offer)) values.push_back(std::move(value));
+  return MergedContent(content, key, UpdateWith(std::move(values)));
+}
+
 ExitCode RunCompAdd(Invocation& call) {
   std::string key;
   ExitCode code = kDone;
-  if (!TakeIdentifier(call, &key, &code) || !CheckTexts(call, &code)) return code;
+  ComponentOffer offer;
+  ComponentOffer told;
+  if (!TakeKey(call, &key, &code) || !CheckTexts(call, &code)) return code;
+  if (call.Has("--offers") && !TakeOffer(call, &told, &code)) return code;
   Session session(call);
   if (!session.OpenToChange()) return session.code();
-  if (!CheckObject(call, &code)) return code;
+  if (!CheckObject(call, &offer, &code)) return code;
+  if (call.Has("--offers")) offer = told;
   const Content& present = session.image().content();
   if (present.Find(key) != Content::kNone && !call.Has("--force")) {
     return call.FailWithStatus(status::kExists, call.File(), key,
@@ -138,36 +160,42 @@ ExitCode RunCompAdd(Invocation& call) {
   }
   const std::string object = call.Text("OBJECT");
   const std::string name = call.Has("--name") ? call.Text("--name") : NameOf(object);
-  const ContentUpdate update =
-      UpdateWith({TextValue("CompName", name), NumberValue("Type", kBinary),
-                  NumberValue("FactoryFn", 0), TextValue("BinaryPath", object)});
-  return Change(call, session, key, MergedContent(present, key, update));
+  std::vector<ContentValue> values = {TextValue("CompName", name), NumberValue("Type", kBinary),
+                                      NumberValue("FactoryFn", 0), TextValue("BinaryPath", object)};
+  return Change(call, session, key, ContentWithOffer(present, key, std::move(values), offer));
 }
 
 ExitCode RunCompSet(Invocation& call) {
   std::string key;
   ExitCode code = kDone;
-  if (!TakeIdentifier(call, &key, &code) || !CheckTexts(call, &code)) return code;
+  if (!TakeKey(call, &key, &code) || !CheckTexts(call, &code)) return code;
   std::vector<ContentValue> values;
   if (call.Has("--name")) values.push_back(TextValue("CompName", call.Text("--name")));
   if (call.Has("--path")) {
     values.push_back(NumberValue("Type", kBinary));
     values.push_back(TextValue("BinaryPath", call.Text("--path")));
   }
-  if (values.empty()) return call.Fail(kUsage, "", "", "--name or --path is needed");
+  ComponentOffer told;
+  if (call.Has("--offers") && !TakeOffer(call, &told, &code)) return code;
+  const bool isOffer = call.Has("--offers") || call.Has("--path");
+  if (values.empty() && !isOffer) {
+    return call.Fail(kUsage, "", "", "--name, --path or --offers is needed");
+  }
   Session session(call);
   if (!session.OpenToChange()) return session.code();
   const Content& present = session.image().content();
   if (present.Find(key) == Content::kNone) {
     return call.FailWithStatus(status::kNotFound, call.File(), key, "there is no such component");
   }
-  return Change(call, session, key, MergedContent(present, key, UpdateWith(values)));
+  const Content wanted = isOffer ? ContentWithOffer(present, key, std::move(values), told)
+                                 : MergedContent(present, key, UpdateWith(std::move(values)));
+  return Change(call, session, key, wanted);
 }
 
 ExitCode RunCompRm(Invocation& call) {
   std::string key;
   ExitCode code = kDone;
-  if (!TakeIdentifier(call, &key, &code)) return code;
+  if (!TakeKey(call, &key, &code)) return code;
   Session session(call);
   if (!session.OpenToChange()) return session.code();
   const Content& present = session.image().content();
@@ -179,6 +207,8 @@ ExitCode RunCompRm(Invocation& call) {
   return Change(call, session, key, ContentWithout(present, found));
 }
 
+constexpr Option kOffers = {"--offers", "VERSION,ID,...",
+                            "Its version and the interfaces that it has, or none"};
 constexpr Argument kIdentifier = {"ID", "The identifier, with or without braces", true, false};
 
 }  // namespace
@@ -190,11 +220,13 @@ Verb CompAddVerb() {
       "Registers the component of a shared object, as an image is built, without running it. "
       "OBJECT is stored as the device will find it; the file is looked at, and refused (1) "
       "when it could not be loaded. The name is that of the file, without lib and .so, unless "
-      "told. What the identifier is only its maker knows.",
+      "told. What the identifier is only its maker knows. What the shared object says that it "
+      "offers is kept with its size and build id, and programs then refuse any other file there.",
       {kFile, kIdentifier, {"OBJECT", "The shared object, by its path on the device", true, true}},
       {{"--name", "NAME", "The component's name"},
        {"--root", "DIR", "Folder that stands for the device's root folder"},
        {"--machine", "NAME", "The machine that it must be for, as for comp verify"},
+       kOffers,
        {"-f,--force", nullptr, "Replace a registration that is there"},
        kTimeout},
       "yaxreg comp add device.rce {1FBF55FC-0F15-45CC-8F3F-DE86A5640CB5} /usr/lib/libclock.so",
@@ -205,10 +237,12 @@ Verb CompSetVerb() {
   return {"comp set",
           "Change the registration of a component",
           "Gives a component that is registered another name or shared object, which comp verify "
-          "then looks at.",
+          "then looks at, or tells what it offers. With another shared object only that is kept "
+          "of what it offers which is told here; comp add --force asks the shared object itself.",
           {kFile, kIdentifier},
           {{"--name", "NAME", "The component's name"},
            {"--path", "FILE", "The shared object, by its path on the device"},
+           kOffers,
            kTimeout},
           "yaxreg comp set device.rce {1FBF55FC-0F15-45CC-8F3F-DE86A5640CB5} --name clock",
           RunCompSet};

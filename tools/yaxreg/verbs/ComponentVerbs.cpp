@@ -13,6 +13,7 @@
 #include "tools/yaxreg/components/ComponentList.h"
 #include "tools/yaxreg/text/JsonText.h"
 #include "tools/yaxreg/verbs/CommonArguments.h"
+#include "tools/yaxreg/verbs/ComponentArguments.h"
 #include "tools/yaxreg/verbs/Loading.h"
 #include "tools/yaxreg/verbs/VerbTable.h"
 
@@ -37,7 +38,11 @@ size_t NameWidth(const ComponentList& list) {
 
 std::string HowReached(const Component& component) {
   if (!component.type.isThere()) return component.type.problem;
-  if (component.isBinary()) return TextOrProblem(component.path);
+  if (component.isBinary()) {
+    const std::string path = TextOrProblem(component.path);
+    const unsigned int version = component.offer.version;
+    return version != 0 ? path + " (version " + std::to_string(version) + ")" : path;
+  }
   std::string text = "in the program";
   if (component.type.word() != 0) text += " (type " + std::to_string(component.type.word()) + ")";
   if (!component.function.isThere()) return text + ", " + component.function.problem;
@@ -59,8 +64,6 @@ void PrintSystem(const ComponentList& list, std::ostream& out) {
 }
 
 void PrintList(const ComponentList& list, const Palette& palette, std::ostream& out) {
-  PrintSystem(list, out);
-  if (list.components.empty()) out << "no components are registered\n";
   const size_t width = NameWidth(list);
   for (const Component& component : list.components) {
     const char* colour = component.isIdentifier ? palette.faint : palette.bad;
@@ -183,12 +186,23 @@ ExitCode EndOfVerify(Invocation& call, const std::string& file, const std::vecto
 
 ExitCode RunCompLs(Invocation& call) {
   ExitCode code = kDone;
+  std::string interface;
+  if (call.Has("--interface") &&
+      !TakeIdentifier(call, call.Text("--interface"), &interface, &code)) {
+    return code;
+  }
   const std::unique_ptr<RegistryImage> image = LoadImage(call, call.File(), &code);
   if (image == nullptr) return code;
-  const ComponentList list = ReadComponents(image->content());
+  ComponentList list = ReadComponents(image->content());
+  if (!interface.empty()) list.KeepThoseWith(IdentifierBytes(interface));
   if (call.isJson()) {
     call.out << JsonDump(ComponentsJson(list), 2) << '\n';
   } else {
+    if (interface.empty()) PrintSystem(list, call.out);
+    if (list.components.empty()) {
+      call.out << (interface.empty() ? "no components are registered\n"
+                                     : "no component offers that interface\n");
+    }
     PrintList(list, call.palette, call.out);
   }
   return EndOfLook(call, *image, call.File());
@@ -220,7 +234,7 @@ Verb CompLsVerb() {
           "List the registered components",
           "Lists the components that are registered, with their names and how they are reached.",
           {kFile},
-          {},
+          {{"--interface", "ID", "Those alone that offer the interface, the newest version first"}},
           "yaxreg comp ls device.rce",
           RunCompLs};
 }
@@ -230,7 +244,9 @@ Verb CompVerifyVerb() {
       "comp verify",
       "Check the shared objects of the components",
       "Looks whether the shared object of each component is there, is built for the right machine "
-      "and has the entry function. The files are only read, nothing is loaded. The exit code is 1 "
+      "and has the entry function, and is the one that was registered where the component tells "
+      "what it "
+      "offers. The files are only read, nothing is loaded. The exit code is 1 "
       "when something is wrong.",
       {kFile},
       {{"--root", "DIR", "Folder that stands for the device's root folder"},

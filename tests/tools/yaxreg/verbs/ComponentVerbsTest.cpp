@@ -107,6 +107,10 @@ TEST(ComponentVerbs, ListsComponentsAndTheSystem) {
                        "      \"type\": 1,\n"
                        "      \"factoryFn\": 0,\n"
                        "      \"binaryPath\": \"/lib/libclock.so\",\n"
+                       "      \"version\": 0,\n"
+                       "      \"interfaces\": [],\n"
+                       "      \"binarySize\": 0,\n"
+                       "      \"buildId\": \"\",\n"
                        "      \"problems\": []\n"
                        "    },\n"))
       << json.out;

@@ -1,7 +1,7 @@
 # Completion of yaxreg for fish.
 # Made from the table of verbs, do not edit.
 
-set -g -- __yaxreg_valued --count --default --depth --file --hex --int --machine --map --min-left --name --output --owner --path --root --seed --size --string --time --timeout --type --uid --user --users --value -d -o
+set -g -- __yaxreg_valued --count --default --depth --file --hex --int --interface --machine --map --min-left --name --offers --output --owner --path --root --seed --size --string --time --timeout --type --uid --user --users --value -d -o
 
 # The verb and the arguments so far, without options and their values.
 function __yaxreg_given
@@ -289,6 +289,7 @@ complete -c yaxreg -n '__yaxreg_is selftest' -l seed -d 'Draw the same damage as
 complete -c yaxreg -n '__yaxreg_is selftest' -l json -d 'Print JSON'
 complete -c yaxreg -n '__yaxreg_at 0 comp' -a ls -d 'List the registered components'
 complete -c yaxreg -n '__yaxreg_at 0 comp ls' -F
+complete -c yaxreg -n '__yaxreg_is comp ls' -l interface -d 'Those alone that offer the interface, the newest version first' -x
 complete -c yaxreg -n '__yaxreg_is comp ls' -l json -d 'Print JSON'
 complete -c yaxreg -n '__yaxreg_at 0 comp' -a verify -d 'Check the shared objects of the components'
 complete -c yaxreg -n '__yaxreg_at 0 comp verify' -F
@@ -301,6 +302,7 @@ complete -c yaxreg -n '__yaxreg_at 2 comp add' -F
 complete -c yaxreg -n '__yaxreg_is comp add' -l name -d 'The component\'s name' -x
 complete -c yaxreg -n '__yaxreg_is comp add' -l root -d 'Folder that stands for the device\'s root folder' -r -F
 complete -c yaxreg -n '__yaxreg_is comp add' -l machine -d 'The machine that it must be for, as for comp verify' -x
+complete -c yaxreg -n '__yaxreg_is comp add' -l offers -d 'Its version and the interfaces that it has, or none' -x
 complete -c yaxreg -n '__yaxreg_is comp add' -s f -l force -d 'Replace a registration that is there'
 complete -c yaxreg -n '__yaxreg_is comp add' -l timeout -d 'Wait no longer for other programs' -x
 complete -c yaxreg -n '__yaxreg_is comp add' -l json -d 'Print JSON'
@@ -308,6 +310,7 @@ complete -c yaxreg -n '__yaxreg_at 0 comp' -a set -d 'Change the registration of
 complete -c yaxreg -n '__yaxreg_at 0 comp set' -F
 complete -c yaxreg -n '__yaxreg_is comp set' -l name -d 'The component\'s name' -x
 complete -c yaxreg -n '__yaxreg_is comp set' -l path -d 'The shared object, by its path on the device' -r -F
+complete -c yaxreg -n '__yaxreg_is comp set' -l offers -d 'Its version and the interfaces that it has, or none' -x
 complete -c yaxreg -n '__yaxreg_is comp set' -l timeout -d 'Wait no longer for other programs' -x
 complete -c yaxreg -n '__yaxreg_is comp set' -l json -d 'Print JSON'
 complete -c yaxreg -n '__yaxreg_at 0 comp' -a rm -d 'Take a component out of the registry'
