@@ -29,6 +29,14 @@ class IYAXCatalogue : public IYAXCompBase {
   // YAXReason: it is another one. 0 also without an offer, and for a path without "/", which only
   // the loader finds.
   virtual unsigned int CheckComponent(const YAX_GUID_ST& clsid) = 0;
+  // Calls the function for all that happens from now on through this framework, by any thread (what
+  // is taken back with SetOffer is no event): in
+  // that thread, when it has happened. It may call the framework, but must not wait for a thread
+  // that does. kNoMemory: there are kYAXListenerMax already.
+  virtual unsigned int AddListener(YAX_COMPONENT_LISTENER_FN listener, void* context) = 0;
+  // No call begins any more; one that another thread has begun may go on. kBadArgument: there is no
+  // such one.
+  virtual unsigned int RemoveListener(YAX_COMPONENT_LISTENER_FN listener, void* context) = 0;
 
  protected:
   ~IYAXCatalogue() = default;

@@ -1,6 +1,8 @@
 // The entry points.
 #include "framework/YAX.h"
 
+#include <cstdio>
+#include <cstdlib>
 #include <new>
 
 #include "framework/internal/CYAX.h"
@@ -38,6 +40,13 @@ unsigned int GetYAXInstance(const YAX_GUID_ST& iid, void** out) {
 // Views that were not given back keep the object; it is not found any more.
 unsigned int DestroyYAX() {
   CYAX* framework = CYAX::mspCYAX.exchange(nullptr);
-  if (framework != nullptr) framework->Release();
+  if (framework == nullptr) return yax_framework::kOk;
+  const char* wish = std::getenv("YAX_REPORT");  // NOLINT(concurrency-mt-unsafe)
+  const bool isReported = wish != nullptr && *wish != '\0';
+  if (isReported) framework->ReportUse();
+  const unsigned int left = framework->Release();
+  if (isReported && left > 0) {
+    std::fprintf(stderr, "YAX: views of the framework that were not given back: %u\n", left);
+  }
   return yax_framework::kOk;
 }

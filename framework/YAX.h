@@ -40,17 +40,22 @@ YAX_API unsigned int CreateYAX(const char* registryPath);
 // kNoFramework and kBadArgument (*out as it was), kNoInterface (*out null).
 YAX_API unsigned int GetYAXInstance(const YAX_GUID_ST& iid, void** out);
 // Drops the reference that CreateYAX took. The framework ends with the last view that is given
-// back; shared objects that are still open stay mapped. Returns 0.
+// back; shared objects that are still open stay mapped. Returns 0. With the environment variable
+// YAX_REPORT (anything but the empty text), it first tells on standard error which components are
+// still in use, and then how many views of the framework were not given back.
 YAX_API unsigned int DestroyYAX();
 
-// Why the last call of this thread that was to open a component's binary, or to compare it with its
-// offer, has answered kCannotLoad: "has 16384 bytes, and 15960 are registered", or what the loader
-// says. Never null; "" when it did not. Good until the thread's next such call.
+// Why the last call of this thread that was to open a component's binary, to compare it with its
+// offer or to unload it has answered kCannotLoad or kInUse: "has 16384 bytes, and 15960 are
+// registered", what the loader says, or "objects and factories that are left: 2, locks: 0". Never
+// null; "" when it did not. Good until the thread's next such call.
 YAX_API const char* YAXReason();
 
 // The contract of a component in a shared object: it exports both functions.
 //   unsigned int EntryFn_getFactory(const YAX_GUID_ST& clsid, const YAX_GUID_ST& iid, void** out);
 //   unsigned int EntryFn_canUnloadNow();
+// and may export a third, which tells what of it is left when it is not to be unloaded:
+//   void EntryFn_getUse(unsigned int* objectsAndFactories, unsigned int* locks);
 // The first gives a YAXComponentFactory (YAX_FACTORY_FN); the second answers 0 when none of the
 // component's objects, factories and locks is left, so that the shared object may be closed. Both
 // run under the framework's lock, the factory's operations do not; while the framework calls any of

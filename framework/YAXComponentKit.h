@@ -91,7 +91,7 @@ unsigned int GetFactory(const YAX_GUID_ST& own, const YAX_GUID_ST& clsid, const 
 }  // namespace yax_component
 #pragma GCC visibility pop
 
-// The two entry functions of a shared object with one component: its identifier and its class,
+// The entry functions of a shared object with one component: its identifier and its class,
 // which has a constructor without arguments that does not throw. Once, in one source.
 #define YAX_COMPONENT(CLSID, OBJECT)                                                           \
   extern "C" YAX_API unsigned int EntryFn_getFactory(const YAX_GUID_ST& clsid,                 \
@@ -100,4 +100,8 @@ unsigned int GetFactory(const YAX_GUID_ST& own, const YAX_GUID_ST& clsid, const 
   }                                                                                            \
   extern "C" YAX_API unsigned int EntryFn_canUnloadNow() {                                     \
     return yax_component::objects == 0 && yax_component::locks == 0 ? 0 : 1;                   \
+  }                                                                                            \
+  extern "C" YAX_API void EntryFn_getUse(unsigned int* objects, unsigned int* locks) {         \
+    *objects = yax_component::objects;                                                         \
+    *locks = yax_component::locks;                                                             \
   }

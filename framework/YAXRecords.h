@@ -37,6 +37,7 @@ struct YAX_COMPONENT_INFO_ST {
 
 constexpr unsigned int kYAXInterfaceMax = 64;  // identifiers that a component tells of
 constexpr unsigned int kYAXBuildIdMax = 64;    // bytes
+constexpr unsigned int kYAXListenerMax = 8;    // of a framework at a time
 
 // What a component offers, and in which binary. A field that is 0 is not known.
 struct YAX_COMPONENT_OFFER_ST {
@@ -48,6 +49,18 @@ struct YAX_COMPONENT_OFFER_ST {
   unsigned char buildId[kYAXBuildIdMax];     // what the linker has put into the shared object
   YAX_GUID_ST interfaces[kYAXInterfaceMax];  // that its objects have, besides the root one
 };
+
+// What happens to a component.
+enum YAX_COMPONENT_EVENT_ENUM : unsigned int {
+  YAX_COMPONENT_REGISTERED = 0,    // or what is kept of it was changed
+  YAX_COMPONENT_UNREGISTERED = 1,  // what is open of it stays so
+  YAX_COMPONENT_LOADED = 2,        // its shared object was opened
+  YAX_COMPONENT_UNLOADED = 3       // its shared object was closed
+};
+
+// Told of it, with the pointer that was given with the function.
+typedef void (*YAX_COMPONENT_LISTENER_FN)(void* context, YAX_COMPONENT_EVENT_ENUM event,
+                                          const YAX_GUID_ST& clsid);
 
 // The type of a registry value in IYAXRegistry; other types are refused.
 enum YAX_REG_DATA_TYPE_ENUM : unsigned int {

@@ -10,6 +10,8 @@
 #pragma once
 
 #include <cstring>
+#include <functional>
+#include <list>
 #include <string>
 #include <vector>
 
@@ -43,6 +45,7 @@ class Framework {
   Framework& operator=(const Framework&) = delete;
   // The framework ends; objects of components stay until they are released.
   ~Framework() {
+    for (Heard& heard : heard_) catalogue_->RemoveListener(Hear, &heard);
     yax_.Reset();
     manager_.Reset();
     loader_.Reset();
@@ -117,10 +120,25 @@ class Framework {
   Status Check(const YAX_GUID_ST& clsid) const {
     return status_.ok() ? catalogue_->CheckComponent(clsid) : yax_framework::kNoFramework;
   }
-  // Why this thread's last Load or Check answered kCannotLoad; "" when it did not.
+  // Why this thread's last Load or Check answered kCannotLoad, or Unload kInUse; "" when it did
+  // not.
   static const char* Reason() { return YAXReason(); }
 
-  // Closes the component's shared object. kInUse: an object, factory or lock of it is left.
+  // What is called for an event.
+  using Heard = std::function<void(YAX_COMPONENT_EVENT_ENUM event, const YAX_GUID_ST& clsid)>;
+  // Calls it for what happens to components in this process from now on until the end of this
+  // object, in the thread that has done it. It may use the framework, but must not wait for a
+  // thread that does. kNoMemory: kYAXListenerMax are called already.
+  Status Listen(Heard heard) {
+    if (!status_.ok()) return yax_framework::kNoFramework;
+    heard_.push_back(std::move(heard));
+    const Status added = catalogue_->AddListener(Hear, &heard_.back());
+    if (!added.ok()) heard_.pop_back();
+    return added;
+  }
+
+  // Closes the component's shared object. kInUse: an object, factory or lock of it is left, and
+  // Reason() tells how many.
   Status Unload(const YAX_GUID_ST& clsid) {
     return status_.ok() ? loader_->UnloadComponent(clsid) : yax_framework::kNoFramework;
   }
@@ -145,6 +163,9 @@ class Framework {
     *view = Component<View>(status.ok() ? taken : nullptr);
     return status;
   }
+  static void Hear(void* heard, YAX_COMPONENT_EVENT_ENUM event, const YAX_GUID_ST& clsid) {
+    (*static_cast<Heard*>(heard))(event, clsid);
+  }
   static bool Put(const std::string& text, char (&place)[kYAXTextSize]) {
     if (text.size() >= kYAXTextSize) return false;
     std::memcpy(place, text.c_str(), text.size() + 1);
@@ -157,6 +178,7 @@ class Framework {
   Component<IYAXInfoManager> manager_;
   Component<IYAXDynamicLoad> loader_;
   Component<IYAXCatalogue> catalogue_;
+  std::list<Heard> heard_;  // whose places stay
 };
 
 // Framework::Load, as Load<IClock>(framework, CLSID_Clock) where the interface has a kInterface.

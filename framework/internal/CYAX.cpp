@@ -82,20 +82,31 @@ unsigned int CYAX::GetSystemInfo(YAX_SYSTEM_INFO_ST* info) {
   return store_->GetSystemInfo(info);
 }
 
+// A failure is nothing to tell.
+unsigned int CYAX::Told(unsigned int result, YAX_COMPONENT_EVENT_ENUM event,
+                        const YAX_GUID_ST& clsid) {
+  if (result == yax_framework::kOk) listeners_.Tell(event, clsid);
+  return result;
+}
+
 unsigned int CYAX::RegisterAllComponent(YAX_COMPONENT_INFO_ST** components) {
-  return store_->RegisterAllComponent(components);
+  const unsigned int result = store_->RegisterAllComponent(components);
+  for (; result == yax_framework::kOk && *components != nullptr; ++components) {
+    listeners_.Tell(YAX_COMPONENT_REGISTERED, *(*components)->pGuid);
+  }
+  return result;
 }
 
 unsigned int CYAX::RegisterComponent(const YAX_GUID_ST& clsid, const YAX_COMPONENT_INFO_ST* info) {
-  return store_->RegisterComponent(clsid, info);
+  return Told(store_->RegisterComponent(clsid, info), YAX_COMPONENT_REGISTERED, clsid);
 }
 
 unsigned int CYAX::UnregisterComponent(const YAX_GUID_ST& clsid) {
-  return store_->UnregisterComponent(clsid);
+  return Told(store_->UnregisterComponent(clsid), YAX_COMPONENT_UNREGISTERED, clsid);
 }
 
 unsigned int CYAX::SetComponentInfo(const YAX_GUID_ST& clsid, const YAX_COMPONENT_INFO_ST* info) {
-  return store_->SetComponentInfo(clsid, info);
+  return Told(store_->SetComponentInfo(clsid, info), YAX_COMPONENT_REGISTERED, clsid);
 }
 
 unsigned int CYAX::GetComponentInfo(const YAX_GUID_ST& clsid, YAX_COMPONENT_INFO_ST* info) {

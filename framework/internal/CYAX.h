@@ -9,6 +9,7 @@
 #include "framework/IYAXRegistry.h"
 #include "framework/internal/CYAXCatalogue.h"
 #include "framework/internal/CYAXCompBase.h"
+#include "framework/internal/ComponentListeners.h"
 #include "platform/PCMutex.h"
 
 class YAXInfoManager;
@@ -82,6 +83,8 @@ class CYAX : public IYAX,
   // failure is given back by the destructor.
   unsigned int Initialize(const char* registryPath);
   void Deinitialize();
+  // Prints what of components is left, to standard error.
+  void ReportUse();
   // The address of a function of a loaded component; with a null handle the function that the
   // component was registered with.
   unsigned int GetFuncAddress(const YAX_GUID_ST& clsid, void* handle, const char* symbol,
@@ -89,6 +92,7 @@ class CYAX : public IYAX,
 
   // What IYAXCatalogue stands on.
   ComponentOffers& Offers() { return *offers_; }
+  ComponentListeners& Listeners() { return listeners_; }
   // Compares the component's binary with its offer. kCannotLoad, with the reason told.
   unsigned int CheckBinary(const YAX_GUID_ST& clsid);
 
@@ -99,7 +103,9 @@ class CYAX : public IYAX,
   unsigned int OnRegistry(bool argumentsThere, Operation operation);
   template <class Operation>
   unsigned int OnFactory(const YAX_GUID_ST& clsid, Operation operation);
+  class Announcement;
   unsigned int CheckBinary(const YAX_GUID_ST& clsid, const char* path);
+  unsigned int Told(unsigned int result, YAX_COMPONENT_EVENT_ENUM event, const YAX_GUID_ST& clsid);
 
   YAXLoadManager* loader_ = nullptr;
   YAXInfoManager* store_ = nullptr;
@@ -107,4 +113,5 @@ class CYAX : public IYAX,
   PCMutex lock_;  // over the component operations
   ComponentOffers* offers_ = nullptr;
   CYAXCatalogue catalogue_{*this};
+  ComponentListeners listeners_;
 };

@@ -26,7 +26,12 @@ unsigned int CYAXCatalogue::ReadOffer(const char* path, YAX_COMPONENT_OFFER_ST* 
 
 unsigned int CYAXCatalogue::SetOffer(const YAX_GUID_ST& clsid,
                                      const YAX_COMPONENT_OFFER_ST* offer) {
-  return framework_.Offers().Set(clsid, offer != nullptr ? *offer : YAX_COMPONENT_OFFER_ST{});
+  const unsigned int result =
+      framework_.Offers().Set(clsid, offer != nullptr ? *offer : YAX_COMPONENT_OFFER_ST{});
+  if (offer != nullptr && result == yax_framework::kOk) {
+    framework_.Listeners().Tell(YAX_COMPONENT_REGISTERED, clsid);
+  }
+  return result;
 }
 
 unsigned int CYAXCatalogue::GetOffer(const YAX_GUID_ST& clsid, YAX_COMPONENT_OFFER_ST* offer) {
@@ -42,4 +47,12 @@ unsigned int CYAXCatalogue::FindComponents(const YAX_GUID_ST& iid, YAX_GUID_ST* 
 unsigned int CYAXCatalogue::CheckComponent(const YAX_GUID_ST& clsid) {
   ForgetReason();
   return framework_.CheckBinary(clsid);
+}
+
+unsigned int CYAXCatalogue::AddListener(YAX_COMPONENT_LISTENER_FN listener, void* context) {
+  return framework_.Listeners().Add(listener, context);
+}
+
+unsigned int CYAXCatalogue::RemoveListener(YAX_COMPONENT_LISTENER_FN listener, void* context) {
+  return framework_.Listeners().Remove(listener, context);
 }

@@ -23,6 +23,8 @@ class CYAXCatalogue : public IYAXCatalogue {
   unsigned int FindComponents(const YAX_GUID_ST& iid, YAX_GUID_ST* clsids, unsigned int room,
                               unsigned int* count) override;
   unsigned int CheckComponent(const YAX_GUID_ST& clsid) override;
+  unsigned int AddListener(YAX_COMPONENT_LISTENER_FN listener, void* context) override;
+  unsigned int RemoveListener(YAX_COMPONENT_LISTENER_FN listener, void* context) override;
 
  private:
   CYAX& framework_;

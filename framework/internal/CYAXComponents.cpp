@@ -1,4 +1,5 @@
 // From a component's identifier to its factory and objects.
+#include <cstdio>
 #include <cstring>
 #include <utility>
 
@@ -40,8 +41,41 @@ unsigned int CYAX::CheckBinary(const YAX_GUID_ST& clsid) {
   return isBinary ? CheckBinary(clsid, path) : result;
 }
 
+namespace {
+
+// Where GetComponentFactory, which calls LoadComponent in this thread, keeps that the shared object
+// was opened; null for other callers.
+thread_local bool* tOpened = nullptr;
+
+}  // namespace
+
+// Loads a component, and tells so when its scope ends; declared before what the listeners must not
+// find locked.
+class CYAX::Announcement {
+ public:
+  Announcement(CYAX& framework, const YAX_GUID_ST& clsid) : framework_(framework), clsid_(clsid) {}
+  ~Announcement() {
+    if (isOpened_) framework_.listeners_.Tell(YAX_COMPONENT_LOADED, clsid_);
+  }
+  Announcement(const Announcement&) = delete;
+  Announcement& operator=(const Announcement&) = delete;
+
+  unsigned int Load(void** handle) {
+    tOpened = &isOpened_;
+    const unsigned int result = framework_.LoadComponent(clsid_, handle);
+    tOpened = nullptr;
+    return result;
+  }
+
+ private:
+  CYAX& framework_;
+  const YAX_GUID_ST& clsid_;
+  bool isOpened_ = false;
+};
+
 // What is open already was looked at then.
 unsigned int CYAX::LoadComponent(const YAX_GUID_ST& clsid, void** handle) {
+  bool* const told = std::exchange(tOpened, nullptr);  // not for calls back
   ForgetReason();
   if (handle == nullptr) return yax_framework::kBadArgument;
   if (store_->IsSysSingleBinary() == 1) {
@@ -50,14 +84,18 @@ unsigned int CYAX::LoadComponent(const YAX_GUID_ST& clsid, void** handle) {
   }
   YAX_COMPONENT_TYPE_ENUM type = YAX_COMPONENT_TYPE_FUNCTION;
   char path[kYAXTextSize];
-  const unsigned int result = store_->GetComponentBinary(clsid, &type, path);
+  unsigned int result = store_->GetComponentBinary(clsid, &type, path);
   if (result != yax_framework::kOk) return result;
   *handle = nullptr;
   if (type != YAX_COMPONENT_TYPE_BINARY || loader_->FindHandle(path, handle) != 0) {
     return yax_framework::kOk;
   }
-  const unsigned int fits = CheckBinary(clsid, path);
-  return fits == yax_framework::kOk ? loader_->LoadBinary(clsid, path, handle) : fits;
+  bool isOpened = false;
+  result = CheckBinary(clsid, path);
+  if (result == yax_framework::kOk) result = loader_->LoadBinary(clsid, path, handle, &isOpened);
+  if (isOpened && told != nullptr) *told = true;
+  if (isOpened && told == nullptr) listeners_.Tell(YAX_COMPONENT_LOADED, clsid);
+  return result;
 }
 
 unsigned int CYAX::GetFuncAddress(const YAX_GUID_ST& clsid, void* handle, const char* symbol,
@@ -81,14 +119,15 @@ unsigned int CYAX::GetComponentFactory(const YAX_GUID_ST& clsid, void** factory)
   if (factory == nullptr) return yax_framework::kBadArgument;
   YAXLoadManager::Entered* const kept = std::exchange(tKept, nullptr);  // not for calls back
   void* handle = nullptr;
+  Announcement announcement(*this, clsid);
   const unsigned int closings = loader_->Closings();
-  unsigned int result = LoadComponent(clsid, &handle);
+  unsigned int result = announcement.Load(&handle);
   PCMutexGuard guard(lock_);
   // Nobody unloads anything from here on. Somebody may have done so since, and the handle may stand
   // for another shared object now.
   if (result == yax_framework::kOk && handle != nullptr && loader_->Closings() != closings) {
     handle = nullptr;
-    result = LoadComponent(clsid, &handle);
+    result = announcement.Load(&handle);
   }
   YAXLoadManager::Entered entered;
   if (result == yax_framework::kOk && !loader_->Enter(handle, &entered))
@@ -144,10 +183,27 @@ unsigned int CYAX::LockComponent(const YAX_GUID_ST& clsid, unsigned int lock) {
 }
 
 unsigned int CYAX::UnloadComponent(const YAX_GUID_ST& clsid) {
+  ForgetReason();
   if (store_->IsSysSingleBinary() == 1) return yax_framework::kOk;
   YAX_COMPONENT_TYPE_ENUM type = YAX_COMPONENT_TYPE_FUNCTION;
-  const unsigned int result = store_->GetComponentType(clsid, &type);
+  unsigned int result = store_->GetComponentType(clsid, &type);
   if (result != yax_framework::kOk || type != YAX_COMPONENT_TYPE_BINARY) return result;
-  PCMutexGuard guard(lock_);
-  return loader_->UnloadBinary(clsid);
+  bool isClosed = false;
+  {
+    PCMutexGuard guard(lock_);
+    result = loader_->UnloadBinary(clsid, &isClosed);
+  }
+  if (isClosed) listeners_.Tell(YAX_COMPONENT_UNLOADED, clsid);
+  return result;
+}
+
+void CYAX::ReportUse() {
+  YAXLoadManager::Open open;
+  for (unsigned int i = 0; loader_->GetOpen(i, &open); ++i) {
+    char left[YAXLoadManager::kUseSize];
+    if (!loader_->DescribeUse(open.handle, left)) continue;
+    char name[YAXInfoManager::kGuidLength + 1] = "";
+    store_->ConvertGUID2String(&open.clsid, name);
+    std::fprintf(stderr, "YAX: component %s in %s is still in use: %s\n", name, open.path, left);
+  }
 }

@@ -2,10 +2,10 @@
 
 #include <dlfcn.h>
 
+#include <cstdio>
 #include <cstring>
 #include <new>
 
-#include "framework/YAXRecords.h"
 #include "framework/YAXStatus.h"
 #include "framework/internal/DebugMessage.h"
 #include "framework/internal/Reason.h"
@@ -193,7 +193,8 @@ void YAXLoadManager::DeleteHandle(void* handle) {
 // A destructor of a static object may load what is being closed, in the same thread: it must not
 // get it. Two threads may open a new file at the same time: the list is not held meanwhile, because
 // code of the shared object runs. The one that comes second gives its handle back.
-unsigned int YAXLoadManager::LoadBinary(const YAX_GUID_ST& clsid, const char* path, void** handle) {
+unsigned int YAXLoadManager::LoadBinary(const YAX_GUID_ST& clsid, const char* path, void** handle,
+                                        bool* isOpened) {
   if (handle == nullptr || path == nullptr) return yax_framework::kBadArgument;
   if (FindHandle(path, handle) != 0) return yax_framework::kOk;
   void* opened = dlopen(path, RTLD_NOW);
@@ -216,6 +217,7 @@ unsigned int YAXLoadManager::LoadBinary(const YAX_GUID_ST& clsid, const char* pa
     isExtra = Find([&](const Record& record) { return record.handle == opened; }) != nullptr;
     if (FindHandle(path, &recorded) == 0) added = AddHandle(clsid, path, opened) != 0;
   }
+  if (isOpened != nullptr && added && !isExtra) *isOpened = true;
   *handle = recorded != nullptr ? recorded : opened;
   if (recorded != nullptr || isExtra) dlclose(opened);
   return recorded != nullptr || added ? yax_framework::kOk : yax_framework::kNoMemory;
@@ -232,8 +234,45 @@ unsigned int YAXLoadManager::AskToUnload(void* handle) {
   void* address = nullptr;
   const unsigned int result = GetProcAddr(handle, "EntryFn_canUnloadNow", &address);
   if (result != yax_framework::kOk) return result;
-  const bool agrees = reinterpret_cast<unsigned int (*)()>(address)() == 0;
-  return agrees ? yax_framework::kOk : yax_framework::kInUse;
+  if (reinterpret_cast<unsigned int (*)()>(address)() == 0) return yax_framework::kOk;
+  char left[kUseSize];
+  TellReason("%s", CountUse(handle, left) ? left : "it does not agree");
+  return yax_framework::kInUse;
+}
+
+// False where it does not tell its counts; the text is empty when they are 0.
+bool YAXLoadManager::CountUse(void* handle, char (&text)[kUseSize]) {
+  text[0] = '\0';
+  void* address = nullptr;
+  if (GetProcAddr(handle, "EntryFn_getUse", &address) != yax_framework::kOk) return false;
+  unsigned int objects = 0;
+  unsigned int locks = 0;
+  reinterpret_cast<void (*)(unsigned int*, unsigned int*)>(address)(&objects, &locks);
+  if (objects != 0 || locks != 0) {
+    std::snprintf(text, sizeof text, "objects and factories that are left: %u, locks: %u", objects,
+                  locks);
+  }
+  return true;
+}
+
+bool YAXLoadManager::DescribeUse(void* handle, char (&text)[kUseSize]) {
+  if (CountUse(handle, text)) return text[0] != '\0';
+  void* address = nullptr;
+  if (GetProcAddr(handle, "EntryFn_canUnloadNow", &address) != yax_framework::kOk) return false;
+  if (reinterpret_cast<unsigned int (*)()>(address)() == 0) return false;
+  std::snprintf(text, sizeof text, "something of it is left");
+  return true;
+}
+
+bool YAXLoadManager::GetOpen(unsigned int index, Open* open) {
+  const ListLock lock(list_);
+  unsigned int place = 0;
+  const Record* record = Find([&](const Record&) { return place++ == index; });
+  if (record == nullptr) return false;
+  open->clsid = record->clsid;
+  open->handle = record->handle;
+  std::memcpy(open->path, record->path, sizeof open->path);
+  return true;
 }
 
 // A thread that loads the same file meanwhile opens it anew: it never gets a handle that is closed.
@@ -263,7 +302,14 @@ unsigned int YAXLoadManager::FindToUnload(const YAX_GUID_ST& clsid, void** handl
     return !candidate.cannotBeAsked;
   });
   if (record == nullptr) return cannotBeAsked ? yax_framework::kNoEntry : yax_framework::kOk;
-  if (record->asker != nullptr || record->entered > 0) return yax_framework::kInUse;
+  if (record->asker != nullptr || record->entered > 0) {
+    if (record->asker != nullptr) {
+      TellReason("it is being unloaded already");
+    } else {
+      TellReason("calls of the framework that are in it: %u", record->entered);
+    }
+    return yax_framework::kInUse;
+  }
   *handle = record->handle;
   MarkAsked(*handle, &tThread);
   return yax_framework::kOk;
@@ -272,13 +318,17 @@ unsigned int YAXLoadManager::FindToUnload(const YAX_GUID_ST& clsid, void** handl
 // A file that cannot be asked stays open, and leaves the way to those of the same component that
 // can. The list is not held while the dynamic linker is called: it may be loading a file whose
 // static objects want the list.
-unsigned int YAXLoadManager::UnloadBinary(const YAX_GUID_ST& clsid) {
+unsigned int YAXLoadManager::UnloadBinary(const YAX_GUID_ST& clsid, bool* isClosed) {
   while (true) {
     void* handle = nullptr;
     const unsigned int found = FindToUnload(clsid, &handle);
     if (found != yax_framework::kOk || handle == nullptr) return found;
     const unsigned int result = AskToUnload(handle);
-    if (result == yax_framework::kOk) return Close(handle);
+    if (result == yax_framework::kOk) {
+      const unsigned int closing = Close(handle);
+      if (isClosed != nullptr && closing == yax_framework::kOk) *isClosed = true;
+      return closing;
+    }
     ForEachOf(handle, [result](Record& record) {
       record.asker = nullptr;
       if (result == yax_framework::kNoEntry) record.cannotBeAsked = true;

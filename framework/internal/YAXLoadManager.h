@@ -3,7 +3,7 @@
 
 #include <utility>
 
-#include "framework/YAX_GUID_ST.h"
+#include "framework/YAXRecords.h"
 #include "platform/PCList.h"
 
 // Remembers for which component each shared object was opened; each is opened once. Operations are
@@ -37,13 +37,28 @@ class YAXLoadManager {
   // The handle of a shared object, opened now or before. A path that is the beginning of that of an
   // open one finds that one. kBadArgument for null arguments, kCannotLoad; kNoMemory: it is open,
   // *handle is set, but it cannot be unloaded.
-  unsigned int LoadBinary(const YAX_GUID_ST& clsid, const char* path, void** handle);
+  // *opened becomes true when nobody had it open; it may be null.
+  unsigned int LoadBinary(const YAX_GUID_ST& clsid, const char* path, void** handle,
+                          bool* opened = nullptr);
   // kNoEntry with *address null.
   unsigned int GetProcAddr(void* handle, const char* symbol, void** address);
   // Closes the first shared object that was opened for this component and can be asked, if it
   // agrees. 0 when none was opened. kNoEntry: none can be asked; kInUse: it does not agree, is
-  // being unloaded already, or is entered; kCannotClose: it may be tried again.
-  unsigned int UnloadBinary(const YAX_GUID_ST& clsid);
+  // being unloaded already, or is entered; kCannotClose: it may be tried again. The reason is
+  // told. *closed becomes true when one was closed; it may be null.
+  unsigned int UnloadBinary(const YAX_GUID_ST& clsid, bool* closed = nullptr);
+
+  // An open shared object, for which component and by which path it was opened.
+  struct Open {
+    YAX_GUID_ST clsid;
+    void* handle;
+    char path[kYAXTextSize];
+  };
+  // The one at a place of the list, in the order in which they were opened. False behind the last.
+  bool GetOpen(unsigned int index, Open* open);
+  // What of a shared object is in use, as it tells itself, in words. False: nothing.
+  static constexpr unsigned int kUseSize = 96;
+  bool DescribeUse(void* handle, char (&text)[kUseSize]);
 
   // 1, or 0 when there is no memory. Of the path 255 characters are kept.
   int AddHandle(const YAX_GUID_ST& clsid, const char* path, void* handle);
@@ -68,6 +83,7 @@ class YAXLoadManager {
   unsigned int FindToUnload(const YAX_GUID_ST& clsid, void** handle);
   void Leave(void* handle);
   unsigned int AskToUnload(void* handle);
+  bool CountUse(void* handle, char (&text)[kUseSize]);
   unsigned int Close(void* handle);
   void MarkAsked(void* handle, const void* asker);
   void MarkClosing(void* handle, bool closing);

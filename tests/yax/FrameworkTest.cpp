@@ -127,6 +127,109 @@ TEST_F(FrameworkTest, FindsAllThatOfferAnInterface) {
   EXPECT_TRUE(CLSID_Tally == found->back());
 }
 
+TEST_F(FrameworkTest, TellsWhatHappensToComponents) {
+  std::string heard;
+  EXPECT_TRUE(framework
+                  .Listen([&](YAX_COMPONENT_EVENT_ENUM event, const YAX_GUID_ST& clsid) {
+                    heard += std::to_string(event) + (clsid == CLSID_Tally ? "t " : "n ");
+                  })
+                  .ok());
+  EXPECT_TRUE(framework.Register(kNobody, {"nobody", "none"}).ok());
+  EXPECT_TRUE(framework.Register(kNobody, {"other", "none"}).ok());
+  EXPECT_FALSE(Load<ICounter>(framework, kNobody).ok());
+  EXPECT_EQ("0n 0n ", heard);
+  heard.clear();
+  EXPECT_TRUE(Load<ICounter>(framework, CLSID_Tally).ok());
+  EXPECT_TRUE(Load<ICounter>(framework, CLSID_Tally).ok());
+  EXPECT_EQ("2t ", heard);
+  EXPECT_TRUE(framework.Unload(CLSID_Tally).ok());
+  EXPECT_TRUE(framework.Unload(CLSID_Tally).ok());  // which is done already
+  EXPECT_TRUE(framework.Unregister(kNobody).ok());
+  EXPECT_FALSE(framework.Unregister(kNobody).ok());
+  EXPECT_EQ("2t 3t 1n ", heard);
+}
+
+TEST_F(FrameworkTest, HearsOfEventsWhenTheyHaveHappened) {
+  std::string found;
+  EXPECT_TRUE(framework
+                  .Listen([&](YAX_COMPONENT_EVENT_ENUM event, const YAX_GUID_ST& clsid) {
+                    found += std::to_string(event) +
+                             (framework.Find(clsid).ok()
+                                  ? std::to_string(framework.Offer(clsid)->version)
+                                  : "-") +
+                             " ";
+                    if (event == YAX_COMPONENT_UNLOADED) Load<ICounter>(framework, clsid).ok();
+                  })
+                  .ok());
+  EXPECT_TRUE(framework.Register(CLSID_Tally, {"tally", YAX_KIT_COMPONENT}).ok());
+  EXPECT_EQ("00 07 ", found);
+  found.clear();
+  EXPECT_TRUE(Load<ICounter>(framework, CLSID_Tally).ok());
+  EXPECT_TRUE(framework.Unload(CLSID_Tally).ok());
+  EXPECT_EQ("27 37 27 ", found);
+  EXPECT_TRUE(framework.Unregister(CLSID_Tally).ok());
+  EXPECT_EQ("27 37 27 1- ", found);
+}
+
+TEST_F(FrameworkTest, HasRoomForSoManyListenersUntilItsEnd) {
+  unsigned int heard = 0;
+  const auto count = [&](YAX_COMPONENT_EVENT_ENUM, const YAX_GUID_ST&) { ++heard; };
+  {
+    Framework second(folder / "elsewhere.rce");
+    for (unsigned int i = 0; i < kYAXListenerMax; ++i) EXPECT_TRUE(second.Listen(count).ok());
+    EXPECT_EQ(Status(yax_framework::kNoMemory), framework.Listen(count));
+    EXPECT_TRUE(framework.Register(kNobody, {"nobody", "none"}).ok());
+    EXPECT_EQ(kYAXListenerMax, heard);
+  }
+  EXPECT_TRUE(framework.Register(kNobody, {"nobody", "none"}).ok());
+  EXPECT_EQ(kYAXListenerMax, heard);
+  EXPECT_TRUE(framework.Listen(count).ok());
+}
+
+TEST_F(FrameworkTest, SaysWhatKeepsAComponentLoaded) {
+  const Component<ITally> first = *framework.Load<ITally>(CLSID_Tally, IID_ITally);
+  {
+    const Component<ITally> second = *framework.Load<ITally>(CLSID_Tally, IID_ITally);
+    EXPECT_EQ(Status(yax_framework::kInUse), framework.Unload(CLSID_Tally));
+    EXPECT_STREQ("objects and factories that are left: 2, locks: 0", framework.Reason());
+  }
+  EXPECT_EQ(Status(yax_framework::kInUse), framework.Unload(CLSID_Tally));
+  EXPECT_STREQ("objects and factories that are left: 1, locks: 0", framework.Reason());
+}
+
+// What is printed when the framework ends while an object of the component, and a view of it, are
+// held or not.
+std::string ReportOfEnd(bool isHeld) {
+  const TempDir folder;
+  Component<ITally> tally;
+  Component<IYAX> view;
+  ::testing::internal::CaptureStderr();
+  {
+    Framework framework(folder / "device.rce");
+    EXPECT_TRUE(framework.Register(CLSID_Tally, {"tally", YAX_KIT_COMPONENT}).ok());
+    Result<Component<ITally>> made = framework.Load<ITally>(CLSID_Tally, IID_ITally);
+    EXPECT_TRUE(made.ok());
+    if (isHeld) {
+      tally = *made;
+      void* taken = nullptr;
+      EXPECT_EQ(yax_framework::kOk, GetYAXInstance(IID_IYAX, &taken));
+      view = Component<IYAX>(taken);
+    }
+  }
+  return ::testing::internal::GetCapturedStderr();
+}
+
+TEST(FrameworkReportTest, NamesWhatWasNeverReleasedWhereThatIsAskedFor) {
+  EXPECT_EQ("", ReportOfEnd(true));
+  setenv("YAX_REPORT", "1", 1);
+  EXPECT_EQ("", ReportOfEnd(false));
+  EXPECT_EQ("YAX: component {7A117A11-0001-4000-8000-000000000001} in " YAX_KIT_COMPONENT
+            " is still in use: objects and factories that are left: 1, locks: 0\n"
+            "YAX: views of the framework that were not given back: 1\n",
+            ReportOfEnd(true));
+  unsetenv("YAX_REPORT");
+}
+
 // Where a component lies is a file that another one takes the place of.
 class ChangedBinaryTest : public FrameworkTest {
  protected:
@@ -256,6 +359,7 @@ TEST(FrameworkFailureTest, WithoutAFileNothingIsAnsweredButThat) {
   EXPECT_EQ(none, framework.SetOffer(CLSID_Tally, {}));
   EXPECT_EQ(none, framework.FindAll(IID_ITally).status());
   EXPECT_EQ(none, framework.Check(CLSID_Tally));
+  EXPECT_EQ(none, framework.Listen([](YAX_COMPONENT_EVENT_ENUM, const YAX_GUID_ST&) {}));
   EXPECT_EQ(none, Load<ICounter>(framework, CLSID_Tally).status());
 }
 

@@ -3,6 +3,7 @@
 #include <thread>
 
 #include "framework/YAXStatus.h"
+#include "framework/internal/Reason.h"
 #include "framework/internal/YAXLoadManager.h"
 #include "tests/framework/ComponentFiles.h"
 #include "tests/framework/PrintedMessages.h"
@@ -152,12 +153,61 @@ TEST_F(YAXLoadManagerTest, AComponentThatRefusesStaysAndIsAskedAgain) {
     Notes().refusal = answer;
     EXPECT_EQ(yax_framework::kInUse, manager_.UnloadBinary(kFirst)) << answer;
     EXPECT_EQ(Notes().asked, ++asked);
+    EXPECT_STREQ("it does not agree", Reason());
     EXPECT_TRUE(IsMapped(refusing));
     EXPECT_EQ(Load(kFirst, refusing), handle);
   }
   Notes().refusal = 0;
   EXPECT_EQ(yax_framework::kOk, manager_.UnloadBinary(kFirst));
   EXPECT_FALSE(IsMapped(refusing));
+}
+
+TEST_F(YAXLoadManagerTest, SaysWhoIsInAComponentThatIsNotUnloaded) {
+  void* handle = Load(kFirst, sound_);
+  YAXLoadManager::Entered first;
+  YAXLoadManager::Entered second;
+  ASSERT_TRUE(manager_.Enter(handle, &first));
+  ASSERT_TRUE(manager_.Enter(handle, &second));
+  EXPECT_EQ(yax_framework::kInUse, manager_.UnloadBinary(kFirst));
+  EXPECT_STREQ("calls of the framework that are in it: 2", Reason());
+}
+
+TEST_F(YAXLoadManagerTest, TellsWhatIsOpenAndWhetherItIsInUse) {
+  YAXLoadManager::Open open;
+  EXPECT_FALSE(manager_.GetOpen(0, &open));
+  void* handle = Load(kFirst, sound_);
+  const std::string refusing = ComponentFile("refusing");
+  void* other = Load(kSecond, refusing);
+  ASSERT_TRUE(manager_.GetOpen(0, &open));
+  EXPECT_EQ(handle, open.handle);
+  ASSERT_TRUE(manager_.GetOpen(1, &open));
+  EXPECT_EQ(other, open.handle);
+  EXPECT_EQ(refusing, open.path);
+  EXPECT_TRUE(kSecond == open.clsid);
+  EXPECT_FALSE(manager_.GetOpen(2, &open));
+  char left[YAXLoadManager::kUseSize];
+  Notes().refusal = 0;
+  EXPECT_FALSE(manager_.DescribeUse(other, left));
+  Notes().refusal = 1;
+  EXPECT_TRUE(manager_.DescribeUse(other, left));
+  EXPECT_STREQ("something of it is left", left);
+  Notes().refusal = 0;
+  EXPECT_FALSE(manager_.DescribeUse(Load(kThird, ComponentFile("no_unload_entry")), left));
+}
+
+TEST_F(YAXLoadManagerTest, SaysWhetherAnythingWasOpenedOrClosed) {
+  bool isOpened = false;
+  bool isClosed = false;
+  void* handle = nullptr;
+  EXPECT_EQ(yax_framework::kOk, manager_.LoadBinary(kFirst, sound_.c_str(), &handle, &isOpened));
+  EXPECT_TRUE(isOpened);
+  isOpened = false;
+  EXPECT_EQ(yax_framework::kOk, manager_.LoadBinary(kSecond, sound_.c_str(), &handle, &isOpened));
+  EXPECT_FALSE(isOpened);
+  EXPECT_EQ(yax_framework::kOk, manager_.UnloadBinary(kSecond, &isClosed));
+  EXPECT_FALSE(isClosed);
+  EXPECT_EQ(yax_framework::kOk, manager_.UnloadBinary(kFirst, &isClosed));
+  EXPECT_TRUE(isClosed);
 }
 
 TEST_F(YAXLoadManagerTest, AComponentThatCannotBeAskedStays) {
