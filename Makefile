@@ -13,6 +13,7 @@
 #   make bench          builds and runs the benchmarks
 #   make bench-peers    measures the library beside other stores, and writes docs/performance.md
 #   make packages       builds Debian's packages, looks at them with lintian and tries them
+#   make test-packages  installs them into a clean system and tries them there
 #   make reference      makes the reference of the public headers, a warning is an error
 #   make format         formats all sources
 #   make tidy           looks for defects with clang-tidy (.clang-tidy)
@@ -47,7 +48,7 @@ RUN_fuzz = $(RUN_SANITIZED)
 
 build = $(CMAKE) --preset $(1) && $(RUN_$(1)) $(CMAKE) --build --preset $(1) -j $(JOBS)
 
-.PHONY: help demo test test-page packages reference crash fuzz soak bench bench-peers coverage check-all format tidy lint update-abi update-pages clean \
+.PHONY: help demo test test-page packages test-packages reference crash fuzz soak bench bench-peers coverage check-all format tidy lint update-abi update-pages clean \
   $(CHECKS:%=check-%) $(BUILDS:%=check-%)
 
 help:
@@ -113,6 +114,12 @@ packages:
 	@env -u MAKEFLAGS -u MFLAGS -u MAKELEVEL JOBS=$(JOBS) \
 	  sh cmake/run-quietly.sh build/packages.log "Building the packages" sh packaging/make-packages.sh build/packages
 	@tail -n 1 build/packages.log
+
+test-packages: packages
+	@sh cmake/need-packages.sh debootstrap
+	@sh cmake/run-quietly.sh build/test-packages.log "Installing the packages into a clean system" \
+	  sh packaging/test-packages.sh build/packages
+	@tail -n 1 build/test-packages.log
 
 reference:
 	@sh cmake/need-packages.sh doxygen

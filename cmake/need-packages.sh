@@ -14,6 +14,7 @@ have() {
     chromium) command -v chromium || command -v chromium-browser ;;
     clang-14) command -v clang++-14 ;;
     debhelper) command -v dh ;;
+    debootstrap) command -v debootstrap ;;
     dh-python) command -v dh_python3 ;;
     doxygen) command -v doxygen ;;
     dpkg-dev) command -v dpkg-buildflags ;;
