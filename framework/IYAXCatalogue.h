@@ -22,6 +22,7 @@ class IYAXCatalogue : public IYAXCompBase {
   virtual unsigned int GetOffer(const YAX_GUID_ST& clsid, YAX_COMPONENT_OFFER_ST* offer) = 0;
   // The components that offer an interface: the newest version first, those of one version in the
   // order of their identifiers. *count: how many there are; the first `room` of them are written.
+  // What damage or lack of memory keeps from being read is not found.
   virtual unsigned int FindComponents(const YAX_GUID_ST& iid, YAX_GUID_ST* clsids,
                                       unsigned int room, unsigned int* count) = 0;
   // Compares a component's binary with its offer, as is done before it is opened: it is there, for

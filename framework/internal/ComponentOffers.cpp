@@ -238,7 +238,11 @@ unsigned int ComponentOffers::Find(const YAX_GUID_ST& iid, YAX_GUID_ST* clsids, 
   {
     PCMutexGuard guard(lock_);
     const TopKey top(registry_, RegistryRecords::kComponentsKey, TopKey::Missing::kFail);
-    if (top.IsOpen()) result = StatusOf(registry_.Walk(top.Handle(), kItself, search));
+    if (top.IsOpen()) {
+      result = StatusOf(registry_.Walk(top.Handle(), kItself, search));
+    } else if (!top.IsMissing()) {
+      result = yax_framework::kRegistryFailed;
+    }
   }
   search.End();
   if (result == yax_framework::kOk) {

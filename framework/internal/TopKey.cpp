@@ -5,9 +5,10 @@ namespace status = tamu::registry::status;
 TopKey::TopKey(tamu::registry::Registry& registry, const char* key, Missing missing)
     : registry_(registry) {
   registry_.HoldHandles();
-  const bool isThere =
-      missing != Missing::kMakeSure && registry_.OpenKey(key, &key_, 0) == status::kOk;
-  if (!isThere && missing != Missing::kFail) Create(key);
+  const unsigned int found =
+      missing != Missing::kMakeSure ? registry_.OpenKey(key, &key_, 0) : status::kNotFound;
+  if (found != status::kOk && missing != Missing::kFail) Create(key);
+  isMissing_ = found == status::kNotFound && key_ == 0;
 }
 
 TopKey::~TopKey() {

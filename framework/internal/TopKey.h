@@ -17,6 +17,8 @@ class TopKey {
   TopKey& operator=(const TopKey&) = delete;
 
   bool IsOpen() const { return key_ != 0; }
+  // It is not open because there is no such key.
+  bool IsMissing() const { return isMissing_; }
   unsigned int Handle() const { return key_; }
   // True when the key was made now.
   bool IsNew() const { return isNew_; }
@@ -28,4 +30,5 @@ class TopKey {
   unsigned int root_ = 0;
   unsigned int key_ = 0;
   bool isNew_ = false;
+  bool isMissing_ = false;
 };

@@ -194,6 +194,57 @@ TEST_F(FrameworkAllocationTest, AFileThatIsNotThereYetIsMadeByTheNextAttempt) {
   EXPECT_GT(failures, 10u);
 }
 
+// An offer is kept whole or not at all.
+TEST_F(FrameworkAllocationTest, WithoutMemoryAnOfferStaysAsItWas) {
+  ASSERT_EQ(yax_framework::kOk, CreateYAX(path.c_str()));
+  void* view = nullptr;
+  ASSERT_EQ(yax_framework::kOk, GetYAXInstance(IID_IYAXInfoManager, &view));
+  IYAXInfoManager* manager = static_cast<IYAXInfoManager*>(view);
+  ASSERT_EQ(yax_framework::kOk, GetYAXInstance(IID_IYAXCatalogue, &view));
+  IYAXCatalogue* catalogue = static_cast<IYAXCatalogue*>(view);
+  const YAX_GUID_ST clsid = {1, 2, 3, {4, 5, 6, 7, 8, 9, 10, 11}};
+  YAX_COMPONENT_INFO_ST info = {};
+  ASSERT_EQ(yax_framework::kOk, manager->RegisterComponent(clsid, &info));
+  YAX_COMPONENT_OFFER_ST offer = {};
+  offer.interfaceCount = 1;
+  offer.interfaces[0] = clsid;
+  unsigned int version = 0;
+  unsigned int searchesFailed = 0;
+  unsigned int registryFailures = 0;
+  unsigned int lastFound = 0;
+  for (unsigned int nth = 1, over = 0; over < 2; ++nth) {
+    SCOPED_TRACE("allocation " + std::to_string(nth));
+    offer.version = version + 1;
+    offer.binarySize = offer.buildIdSize = version % 2 + 1;
+    heap::sFailing = nth;
+    const unsigned int result = catalogue->SetOffer(clsid, &offer);
+    over = heap::sFailing > 0 ? 1 : 0;
+    heap::sFailing = 0;
+    if (result == yax_framework::kOk) version = offer.version;
+    YAX_COMPONENT_OFFER_ST kept = {};
+    ASSERT_EQ(yax_framework::kOk, catalogue->GetOffer(clsid, &kept));
+    EXPECT_EQ(version, kept.version);
+    EXPECT_EQ(version == 0 ? 0u : (version - 1) % 2 + 1, kept.buildIdSize);
+    YAX_GUID_ST found = {};
+    unsigned int count = 9;
+    heap::sFailing = nth;
+    const unsigned int searched = catalogue->FindComponents(clsid, &found, 1, &count);
+    over += heap::sFailing > 0 ? 1 : 0;
+    heap::sFailing = 0;
+    if (searched == yax_framework::kNoMemory) ++searchesFailed;
+    if (searched == yax_framework::kRegistryFailed) ++registryFailures;
+    EXPECT_GE(searched == yax_framework::kOk && version > 0 ? 1u : 0u, count);
+    lastFound = count;
+  }
+  EXPECT_LT(0u, version);
+  EXPECT_EQ(1u, searchesFailed);
+  EXPECT_LT(5u, registryFailures);  // rather than "there are none"
+  EXPECT_EQ(1u, lastFound);
+  catalogue->Release();
+  manager->Release();
+  EXPECT_EQ(yax_framework::kOk, DestroyYAX());
+}
+
 TEST_F(FrameworkAllocationTest, AListingWithoutMemoryLeavesTheListAsItWas) {
   ASSERT_EQ(yax_framework::kOk, CreateYAX(path.c_str()));
   void* view = nullptr;
