@@ -1,4 +1,5 @@
 // Bytes that are taken for a shared object: each read lies inside of them, and is answered.
+#include "framework/elf/ComponentNotes.h"
 #include "fuzz/support/Harness.h"
 #include "gtest/gtest.h"
 #include "tests/support/ElfImage.h"
@@ -14,8 +15,8 @@ void RunSharedObjects(Bytes& in) {
   const char* const names[] = {"EntryFn_getFactory", "EntryFn_canUnloadNow"};
   bool found[2];
   file.FindFunctions(names, 2, found);
-  unsigned char note[64];
-  file.FindNote("GNU", 3, note, sizeof note);
+  yax_elf::ComponentNotes notes;
+  ReadComponentNotes(file, &notes);
   EXPECT_FALSE(file.hasReadFailed());
   // However large it says that its tables are.
   EXPECT_LE(bytes.reads, 1000 + 8 * bytes.length());

@@ -10,7 +10,7 @@ namespace yax_elf {
 namespace {
 
 constexpr unsigned int kHead = 12;        // bytes before a note's name
-constexpr unsigned int kMaxNotes = 256;   // of a segment; some five are usual
+constexpr unsigned int kMaxNotes = 256;   // of a file; some five are usual
 constexpr unsigned int kMaxNoteName = 8;  // characters of the names that are looked for
 
 }  // namespace
@@ -44,11 +44,12 @@ bool ElfReader::ReadNote(const Segment& segment, unsigned long long at, Note* no
 
 unsigned int ElfReader::FindNote(const char* name, unsigned int type, unsigned char* to,
                                  unsigned int room) {
+  unsigned int count = 0;
   for (unsigned int i = 0; i < keptSegments_; ++i) {
     const Segment& segment = segments_[i];
     if (segment.type != PT_NOTE) continue;
     Note note;
-    for (unsigned int count = 0; count < kMaxNotes && ReadNote(segment, note.end, &note); ++count) {
+    for (; count < kMaxNotes && ReadNote(segment, note.end, &note); ++count) {
       if (note.type != type || std::strcmp(note.name, name) != 0) continue;
       return Read(note.data, std::min(note.size, room), to) ? note.size : 0;
     }
