@@ -15,7 +15,8 @@ struct RightsCall {
   yax_status (*run)(yax_key* key, const std::string& folder);
 };
 
-yax_status FreeNames(yax_status status, yax_names* names) {
+// By reference: the call that makes the names may come after the argument has been taken.
+yax_status FreeNames(yax_status status, yax_names*& names) {
   yax_names_free(names);
   return status;
 }
