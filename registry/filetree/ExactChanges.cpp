@@ -53,7 +53,7 @@ bool Holds(const StoreAccess& access, const TernaryValueNode& record, const Valu
 }
 
 // Fills the record of a value whose data lies there.
-void FillData(const char* name, const Value& value, unsigned int block, TernaryValueNode* record) {
+void FillData(const char* name, const Value& value, DataId block, TernaryValueNode* record) {
   if (value.type == kValueTypeInteger) {
     FillRecord(record, name, LeadingBytes(value, TernaryValueNode::kInlineSize), true);
     return;
@@ -63,9 +63,9 @@ void FillData(const char* name, const Value& value, unsigned int block, TernaryV
 }
 
 Status CreateValueOf(Changes& changes, const char* name, const Value& value, Reached* reached) {
-  unsigned int id = 0;
-  unsigned int block = 0;
-  Status result = changes.Take(NodeKind::kValue, &id);
+  ValueId id;
+  DataId block = 0;
+  Status result = changes.Take(&id);
   if (result.IsOk() && value.type != kValueTypeInteger) {
     result = StoreNewData(changes, value, &block);
   }
@@ -80,7 +80,7 @@ Status CreateValueOf(Changes& changes, const char* name, const Value& value, Rea
 Status ReplaceValueOf(Changes& changes, const char* name, const Value& value, Reached* reached) {
   TernaryValueNode& record = reached->value;
   const unsigned int next = record.nextValue();
-  unsigned int block = 0;
+  DataId block = 0;
   const Status result = ExchangeData(changes, reached->valueId, &record, value, &block);
   if (!result.IsOk()) return result;
   TernaryValueNode after;
@@ -123,9 +123,9 @@ Status PutValueOf(Changes& changes, unsigned int user, const char* name, const V
 }
 
 Status RemoveReached(Changes& changes, Reached* reached) {
-  unsigned int none = 0;
+  DataId none;
   const Value nothing = {kValueTypeInteger, 0, nullptr};
-  const unsigned int next = reached->value.nextValue();
+  const ValueId next = reached->value.nextValue();
   Status result = ExchangeData(changes, reached->valueId, &reached->value, nothing, &none);
   TernaryKeyNode& key = reached->key;
   if (result.IsOk() && reached->beforeId != 0) {
@@ -138,13 +138,13 @@ Status RemoveReached(Changes& changes, Reached* reached) {
   }
   if (key.valueCount() > 0) key.setValueCount(key.valueCount() - 1u);
   if (result.IsOk()) result = changes.Write(reached->keyId, key);
-  return result.IsOk() ? changes.Release(NodeKind::kValue, reached->valueId) : result;
+  return result.IsOk() ? changes.Release(reached->valueId) : result;
 }
 
 Status ReleaseValues(Changes& changes, const Reached& key) {
   Reached rest = key;
   Status result = status::kOk;
-  for (unsigned int id = rest.key.firstValue(); result.IsOk() && id != 0;) {
+  for (ValueId id = rest.key.firstValue(); result.IsOk() && id != 0;) {
     rest.valueId = id;
     result = changes.Read(id, &rest.value);
     if (result.IsOk()) result = RemoveReached(changes, &rest);

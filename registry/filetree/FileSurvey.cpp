@@ -83,11 +83,11 @@ bool FileSurvey::HasStraysOf(NodeKind kind) const {
 }
 
 // Nothing leads to the node, which is the beginning of a name that was met without it.
-bool FileSurvey::LacksItsPlace(unsigned int id) const {
+bool FileSurvey::LacksItsPlace(StringId id) const {
   TernaryStringNode upper, lower;
   if (!access_.Read(id, &upper).IsOk()) return false;
-  const unsigned int lowerId = upper.equal();
-  return access_.IsUsed(NodeKind::kString, lowerId) && IsSeen(NodeKind::kString, lowerId) &&
+  const StringId lowerId = upper.equal();
+  return access_.IsUsed(lowerId) && IsSeen(NodeKind::kString, lowerId) &&
          access_.Read(lowerId, &lower).IsOk() && IsCutFrom(upper, lower, lowerId);
 }
 
@@ -98,7 +98,7 @@ Status FileSurvey::SurveyStrings() {
   return result;
 }
 
-Status FileSurvey::SurveyString(unsigned int id) {
+Status FileSurvey::SurveyString(StringId id) {
   TernaryStringNode node;
   Status result = Meet(NodeKind::kString, id);
   if (result.IsOk()) result = access_.Read(id, &node);
@@ -110,7 +110,7 @@ Status FileSurvey::SurveyString(unsigned int id) {
   return result;
 }
 
-Status FileSurvey::SurveyKey(unsigned int id) {
+Status FileSurvey::SurveyKey(KeyId id) {
   TernaryKeyNode key;
   Status result = Meet(NodeKind::kKey, id);
   if (result.IsOk()) result = access_.Read(id, &key);
@@ -121,14 +121,14 @@ Status FileSurvey::SurveyKey(unsigned int id) {
   return result;
 }
 
-Status FileSurvey::SurveyValue(unsigned int id, TernaryValueNode* value) {
+Status FileSurvey::SurveyValue(ValueId id, TernaryValueNode* value) {
   Status result = Meet(NodeKind::kValue, id);
   if (result.IsOk()) result = access_.Read(id, value);
   if (!result.IsOk() || !value->isInBlocks() || value->dataWord() == 0) return result;
   return SurveyData(value->dataWord(), value->dataSize());
 }
 
-Status FileSurvey::SurveyData(unsigned int id, unsigned int size) {
+Status FileSurvey::SurveyData(DataId id, unsigned int size) {
   BlockChain chain(store_.Tables());
   const Status result = chain.Follow(store_.Bytes(), id);
   if (!result.IsOk()) return result;

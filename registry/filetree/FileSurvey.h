@@ -29,15 +29,15 @@ class FileSurvey {
  private:
   Status SurveyFreeList(NodeKind kind, const NodeAllocationTable& table);
   Status SurveyStrings();
-  Status SurveyString(unsigned int id);
-  Status SurveyKey(unsigned int id);
-  Status SurveyValue(unsigned int id, TernaryValueNode* value);
-  Status SurveyData(unsigned int id, unsigned int size);
+  Status SurveyString(StringId id);
+  Status SurveyKey(KeyId id);
+  Status SurveyValue(ValueId id, TernaryValueNode* value);
+  Status SurveyData(DataId id, unsigned int size);
   Status Meet(NodeKind kind, unsigned int id);
   // Asks for each slot in use that was not met until one is the one that is looked for.
   bool AnyLeaked(NodeKind kind, const FunctionRef<bool(unsigned int id)>& isLookedFor) const;
   bool HasStraysOf(NodeKind kind) const;
-  bool LacksItsPlace(unsigned int id) const;
+  bool LacksItsPlace(StringId id) const;
   NodeSet& SeenOf(NodeKind kind) { return seen_[static_cast<unsigned int>(kind)]; }
   bool IsSeen(NodeKind kind, unsigned int id) const {
     return seen_[static_cast<unsigned int>(kind)].Has(id);

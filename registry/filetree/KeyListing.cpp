@@ -39,7 +39,7 @@ Status ReserveName(Array<char>* buffer, unsigned int length) {
   return buffer->GrowTo(length);
 }
 
-Status ListFrom(const StoreAccess& access, const TernaryStringNode& node, unsigned int id,
+Status ListFrom(const StoreAccess& access, const TernaryStringNode& node, StringId id,
                 unsigned int position, ListingState* state) {
   NodeSet met;
   Status result = met.Prepare(access.Descriptor(NodeKind::kString));
@@ -62,7 +62,7 @@ Status CountValuesOf(const StoreAccess& access, const TernaryKeyNode& key, NodeS
   return status::kOk;
 }
 
-Status CountFrom(const StoreAccess& access, const TernaryStringNode& node, unsigned int id,
+Status CountFrom(const StoreAccess& access, const TernaryStringNode& node, StringId id,
                  unsigned int depth, KeyInfo* info) {
   NodeSet met;
   NodeSet metValues;
@@ -73,7 +73,7 @@ Status CountFrom(const StoreAccess& access, const TernaryStringNode& node, unsig
   if (!result.IsOk()) return result;
   return CountKeys(walk, depth, info,
                    [&](const ListingWalk& at, bool* isKey, unsigned int* values) {
-                     const unsigned int keyId = at.Node().keyNode();
+                     const KeyId keyId = at.Node().keyNode();
                      if (keyId == 0) return Status(status::kOk);
                      *isKey = true;
                      TernaryKeyNode key;

@@ -15,7 +15,7 @@ class NodeCursor {
         spare_(spare),
         stepsLeft_(access.Descriptor(NodeKind::kString).totalNodes + 1) {}
 
-  Status Start(unsigned int id) {
+  Status Start(StringId id) {
     match_.directory = id;
     const Status result = access_.Read(id, &node_);
     if (!result.IsOk()) return result;
@@ -25,7 +25,7 @@ class NodeCursor {
   }
   const TernaryStringNode& Node() const { return node_; }
   Status Follow(NodeLink link) {
-    const unsigned int next = LinkOf(node_, link);
+    const StringId next = LinkOf(node_, link);
     if (next == 0) return status::kNotFound;
     // More steps than there are nodes: the links form a circle.
     if (stepsLeft_-- == 0) return status::kInvalidFile;
@@ -56,19 +56,19 @@ class NodeCursor {
 
 }  // namespace
 
-unsigned int StartNodeOf(const StoreAccess& access, const void* tree) {
-  return tree == nullptr ? access.StartNode() : 0;
+StringId StartNodeOf(const StoreAccess& access, const void* tree) {
+  return tree == nullptr ? access.StartNode() : StringId();
 }
 
-Status SearchNodes(const StoreAccess& access, unsigned int startNode, const char* path,
+Status SearchNodes(const StoreAccess& access, StringId startNode, const char* path,
                    NodeMatch* match, SubtreeNodes* spare) {
   NodeCursor cursor(access, match, spare);
   const Status result = cursor.Start(startNode);
   return result.IsOk() ? SearchPath(cursor, path != nullptr ? path : "", match) : result;
 }
 
-Status ReachKey(const StoreAccess& access, unsigned int user, unsigned int startNode,
-                const char* path, unsigned char rights, Reached* reached, SubtreeNodes* spare) {
+Status ReachKey(const StoreAccess& access, unsigned int user, StringId startNode, const char* path,
+                unsigned char rights, Reached* reached, SubtreeNodes* spare) {
   NodeMatch match;
   Status result = SearchNodes(access, startNode, path, &match, spare);
   if (!result.IsOk()) return result;
@@ -81,7 +81,7 @@ Status ReachKey(const StoreAccess& access, unsigned int user, unsigned int start
 
 Status ReachValue(const StoreAccess& access, const char* name, Reached* reached) {
   const unsigned int limit = access.Descriptor(NodeKind::kValue).totalNodes;
-  unsigned int id = reached->key.firstValue();
+  ValueId id = reached->key.firstValue();
   for (unsigned int steps = 0; id != 0; ++steps) {
     if (steps >= limit) return status::kInvalidFile;
     if (!access.ReadHere(id, &reached->value).IsOk()) return status::kCannotOpen;

@@ -13,33 +13,32 @@ class SubtreeNodes;
 // kMatchChild the missing part hangs from its child link, with kMatchEqual from its equal link, or
 // at the path's end the key is its own.
 struct NodeMatch : PathMatch {
-  unsigned int node = 0;       // found: where the key ends. Missed: where the search stopped
-  unsigned int keyNode = 0;    // found: the key; 0 for a name without key ("a/")
-  unsigned int previous = 0;   // the node whose link led to node; 0 at the start node
-  unsigned int directory = 0;  // the node at which the parent key of the last component ends
+  StringId node = 0;       // found: where the key ends. Missed: where the search stopped
+  KeyId keyNode = 0;       // found: the key; 0 for a name without key ("a/")
+  StringId previous = 0;   // the node whose link led to node; 0 at the start node
+  StringId directory = 0;  // the node at which the parent key of the last component ends
 };
 
 // A key, and one of its values, as read from the file.
 struct Reached {
-  unsigned int nodeId = 0;  // where the name ends
-  unsigned int keyId = 0;   // 0: a name without a key
+  StringId nodeId = 0;  // where the name ends
+  KeyId keyId = 0;      // 0: a name without a key
   TernaryKeyNode key;
-  unsigned int valueId = 0;
+  ValueId valueId = 0;
   TernaryValueNode value;
-  unsigned int beforeId = 0;  // the value before it in the key's chain, 0 for the first
+  ValueId beforeId = 0;  // the value before it in the key's chain, 0 for the first
 };
 
 // The root string node; 0 for the subtrees of others, which are not in the file.
-unsigned int StartNodeOf(const StoreAccess& access, const void* tree);
+StringId StartNodeOf(const StoreAccess& access, const void* tree);
 // Searches from a node. kNotFound: `match` tells where the path left the tree. What is on the way
 // is left out of `spare`, if given. `match` must be as constructed.
-Status SearchNodes(const StoreAccess& access, unsigned int startNode, const char* path,
+Status SearchNodes(const StoreAccess& access, StringId startNode, const char* path,
                    NodeMatch* match, SubtreeNodes* spare = nullptr);
 // Finds a key from a node, reads it and checks the right. A name without key has one of user 0 that
 // gives nobody any right.
-Status ReachKey(const StoreAccess& access, unsigned int user, unsigned int startNode,
-                const char* path, unsigned char rights, Reached* reached,
-                SubtreeNodes* spare = nullptr);
+Status ReachKey(const StoreAccess& access, unsigned int user, StringId startNode, const char* path,
+                unsigned char rights, Reached* reached, SubtreeNodes* spare = nullptr);
 // Finds the newest value of a name in the key that was reached. kNotFound; kCannotOpen: a value of
 // the chain cannot be read; kInvalidFile: the chain is a circle.
 Status ReachValue(const StoreAccess& access, const char* name, Reached* reached);

@@ -9,11 +9,11 @@ namespace {
 
 // Hangs the rest of a name, with the key at its end, where the search has stopped. The slot of the
 // key is given back when the name is refused.
-Status HangName(Changes& changes, const NodeMatch& match, unsigned int target, const char* name,
-                unsigned int keyId) {
-  unsigned int first = 0;
+Status HangName(Changes& changes, const NodeMatch& match, StringId target, const char* name,
+                KeyId keyId) {
+  StringId first = 0;
   Status result = StoreName(changes, name, &first, keyId);
-  if (!result.IsOk()) return changes.GiveBack(NodeKind::kKey, keyId, result);
+  if (!result.IsOk()) return changes.GiveBack(keyId, result);
   TernaryStringNode node;
   TernaryStringNode firstNode;
   result = changes.Read(target, &node);
@@ -30,7 +30,7 @@ const char* BehindExactCut(signed char atCut, const char* rest, unsigned int cut
   return rest + cut + (endsThere ? 1 : 0);
 }
 
-Status EndNameAt(Changes& changes, unsigned int target, unsigned int keyId) {
+Status EndNameAt(Changes& changes, StringId target, KeyId keyId) {
   TernaryStringNode node;
   const Status result = changes.Read(target, &node);
   if (!result.IsOk()) return result;
@@ -40,14 +40,14 @@ Status EndNameAt(Changes& changes, unsigned int target, unsigned int keyId) {
 
 }  // namespace
 
-Status StoreNewKey(Changes& changes, const TernaryKeyNode& key, unsigned int* id) {
-  const Status result = changes.Take(NodeKind::kKey, id);
+Status StoreNewKey(Changes& changes, const TernaryKeyNode& key, KeyId* id) {
+  const Status result = changes.Take(id);
   return result.IsOk() ? changes.Write(*id, key) : result;
 }
 
-Status StoreName(Changes& changes, const char* name, unsigned int* firstNode, unsigned int keyId) {
-  unsigned int first = 0;
-  const Status result = WriteName(changes, name, keyId, [&](unsigned int id, const auto&) {
+Status StoreName(Changes& changes, const char* name, StringId* firstNode, KeyId keyId) {
+  StringId first = 0;
+  const Status result = WriteName(changes, name, keyId, [&](StringId id, const auto&) {
     if (first == 0) first = id;
     return Status(status::kOk);
   });
@@ -56,8 +56,8 @@ Status StoreName(Changes& changes, const char* name, unsigned int* firstNode, un
   return result;
 }
 
-Status CutNode(Changes& changes, unsigned int node, unsigned int cut, unsigned int previous,
-               unsigned int* upper) {
+Status CutNode(Changes& changes, StringId node, unsigned int cut, StringId previous,
+               StringId* upper) {
   TernaryStringNode whole;
   Status result = changes.Read(node, &whole);
   if (!result.IsOk()) return result;
@@ -83,7 +83,7 @@ Status CutNode(Changes& changes, unsigned int node, unsigned int cut, unsigned i
 
 Status StoreKeyAt(Changes& changes, const NodeMatch& match, const char* path,
                   const TernaryKeyNode& key, NewNameRule rule, bool* atNode) {
-  unsigned int target = match.node;
+  StringId target = match.node;
   const char* rest = path + match.position;
   Status result = status::kOk;
   if (match.splitIndex >= 0) {
@@ -99,7 +99,7 @@ Status StoreKeyAt(Changes& changes, const NodeMatch& match, const char* path,
       rest = BehindCut(rest, cut);
     }
   }
-  unsigned int id = 0;
+  KeyId id = 0;
   result = StoreNewKey(changes, key, &id);
   if (!result.IsOk()) return result;
   *atNode = rest[0] == 0;

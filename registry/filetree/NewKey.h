@@ -7,15 +7,15 @@
 namespace tamu::registry {
 
 // Writes a key into a slot of its own.
-Status StoreNewKey(Changes& changes, const TernaryKeyNode& key, unsigned int* id);
+Status StoreNewKey(Changes& changes, const TernaryKeyNode& key, KeyId* id);
 // Writes the string nodes of a name; the key, unless it is 0, ends at the last. kBadArgument for a
 // "/" in the name: *firstNode is 0 and the nodes taken before it stay taken.
 // Test: TernaryRegistryCreation.AMissingParentCostsAStringNode
-Status StoreName(Changes& changes, const char* name, unsigned int* firstNode, unsigned int keyId);
+Status StoreName(Changes& changes, const char* name, StringId* firstNode, KeyId keyId);
 // Cuts the segment of a node at `cut` and puts a new node above it, *upper, under `previous`.
 // kNoData when there is nothing to cut (*upper is then the node).
-Status CutNode(Changes& changes, unsigned int node, unsigned int cut, unsigned int previous,
-               unsigned int* upper);
+Status CutNode(Changes& changes, StringId node, unsigned int cut, StringId previous,
+               StringId* upper);
 // Which name a new key gets whose last character is the first that differs from a stored one.
 enum class NewNameRule : unsigned char {
   kTaken,  // the stored one's (BehindCut)

@@ -43,7 +43,10 @@ unsigned int NodeOperations::FindKey(unsigned int startNode, const char* path,
 unsigned int NodeOperations::CreateStringNode(unsigned int, const char* name,
                                               unsigned int* firstNode, unsigned int keyNode) {
   return InStore<Changes>(name != nullptr && firstNode != nullptr, [&](Changes& changes) {
-    return changes.End(StoreName(changes, name, firstNode, keyNode));
+    StringId first;
+    const Status result = StoreName(changes, name, &first, keyNode);
+    if (result.IsOk() || result == status::kBadArgument) *firstNode = first;
+    return changes.End(result);
   });
 }
 
@@ -51,7 +54,10 @@ unsigned int NodeOperations::SplitNode(unsigned int, unsigned int node, unsigned
                                        unsigned int cut, unsigned int previous,
                                        unsigned int* upper) {
   return InStore<Changes>(upper != nullptr, [&](Changes& changes) {
-    return changes.End(CutNode(changes, node, cut, previous, upper));
+    StringId cutAt;
+    const Status result = CutNode(changes, node, cut, previous, &cutAt);
+    if (result.IsOk() || result == status::kNoData) *upper = cutAt;
+    return changes.End(result);
   });
 }
 
@@ -62,7 +68,7 @@ unsigned int NodeOperations::CreateKeyNode(unsigned int, unsigned int owner,
   return InStore<Changes>(keyNode != nullptr, [&](Changes& changes) {
     TernaryKeyNode key = NewKeyRecord(owner, permission, defaultValue, defaultSet);
     key.setRoot(root);
-    unsigned int id = 0;
+    KeyId id;
     const Status result = StoreNewKey(changes, key, &id);
     if (result.IsOk()) *keyNode = id;
     return changes.End(result);
@@ -94,7 +100,7 @@ unsigned int NodeOperations::DeleteAllValues(unsigned int, unsigned int keyNode)
     SubtreeNodes values(changes);
     Status result = changes.Read(keyNode, &key);
     // The record of a free slot may lead to values of others.
-    const bool used = changes.IsUsed(NodeKind::kKey, keyNode);
+    const bool used = changes.IsUsed(KeyId(keyNode));
     if (result.IsOk() && key.firstValue() != 0 && !used) result = status::kInvalidFile;
     if (result.IsOk()) result = values.Prepare();
     if (result.IsOk()) result = values.CollectValues(key);
@@ -113,7 +119,7 @@ unsigned int NodeOperations::DeleteSingleKey(unsigned int, unsigned int keyNode)
     if (key.firstValue() != 0 && DeleteAllValues(0, keyNode) == status::kNoMemory) {
       return status::kNoMemory;
     }
-    return changes.Keep(changes.Release(NodeKind::kKey, keyNode));
+    return changes.Keep(changes.Release(KeyId(keyNode)));
   });
 }
 
@@ -173,14 +179,14 @@ unsigned int NodeOperations::ReadNodeTree(unsigned int node, unsigned int* ids, 
     result = access.Read(id, &nodeBuffer);
     if (result != status::kOk) return result;
     if (*count > capacity || capacity - *count < 3) return status::kLimit;
-    const unsigned int equal = nodeBuffer.hasKey() ? 0 : nodeBuffer.equal();
-    const unsigned int hi = nodeBuffer.hi();
-    const unsigned int lo = nodeBuffer.lo();
+    const StringId equal = nodeBuffer.hasKey() ? StringId() : nodeBuffer.equal();
+    const StringId hi = nodeBuffer.hi();
+    const StringId lo = nodeBuffer.lo();
     if (equal == 0 && hi == 0 && lo == 0) continue;
     ids[(*count)++] = equal;
     ids[(*count)++] = hi;
     ids[(*count)++] = lo;
-    for (const unsigned int next : {lo, hi, equal}) {
+    for (const StringId next : {lo, hi, equal}) {
       if (next != 0 && result == status::kOk) result = open.Push(next);
     }
   }
@@ -193,9 +199,9 @@ unsigned int NodeOperations::FindSuffix(const char* path, unsigned int* lastBran
   if (file == nullptr) return status::kNoRight;
   if (path == nullptr || lastBranch == nullptr || next == nullptr) return status::kBadArgument;
   LockedAccess access(*file);
-  unsigned int id = access.StartNode();
-  unsigned int branch = 0;
-  unsigned int behindBranch = 0;
+  StringId id = access.StartNode();
+  StringId branch;
+  StringId behindBranch;
   const unsigned int limit = file->Descriptor(NodeKind::kString).totalNodes + 1;
   for (unsigned int steps = 0; id != 0 && steps < limit; ++steps) {
     TernaryStringNode node;

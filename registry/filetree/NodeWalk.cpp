@@ -2,13 +2,13 @@
 
 namespace tamu::registry {
 
-Status NodeWalk::Start(unsigned int id) {
+Status NodeWalk::Start(StringId id) {
   TernaryStringNode node;
   const Status result = access_.Read(id, &node);
   return result.IsOk() ? Start(node, id) : result;
 }
 
-Status NodeWalk::Start(const TernaryStringNode& node, unsigned int id) {
+Status NodeWalk::Start(const TernaryStringNode& node, StringId id) {
   way_.Clear();
   if (id != 0 && !met_.Add(id)) return status::kInvalidFile;
   top_ = way_.PushAny();

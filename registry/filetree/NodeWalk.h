@@ -28,9 +28,9 @@ class NodeWalk {
       : access_(access), order_(order), met_(met), damage_(damage) {}
 
   // Reads the first node and enters it.
-  Status Start(unsigned int id);
+  Status Start(StringId id);
   // Enters a node that was read already; `id` may be 0 when it is not known.
-  Status Start(const TernaryStringNode& node, unsigned int id);
+  Status Start(const TernaryStringNode& node, StringId id);
   // Goes on to the next visit. 0, kNoMemory or as told above.
   Status Next();
   // The same, as a part of the code that it stands in.
@@ -40,7 +40,7 @@ class NodeWalk {
   // Between Start and the end: the node visited, and on which of its two visits it is.
   bool IsEntered() const { return entered_; }
   const TernaryStringNode& Node() const { return top_->node; }
-  unsigned int Id() const { return top_->id; }
+  StringId Id() const { return top_->id; }
   // True when a key's name ends at the node.
   bool HasKey() const { return Node().hasKey(); }
   // True for the node that the walk started with.
@@ -56,13 +56,13 @@ class NodeWalk {
  private:
   struct Frame {
     TernaryStringNode node;
-    unsigned int id;
+    StringId id;
     unsigned int mark;
     unsigned char tried;  // links of the order that were followed
     NodeLink via;
   };
 
-  __attribute__((always_inline)) Status Enter(unsigned int id, NodeLink via);
+  __attribute__((always_inline)) Status Enter(StringId id, NodeLink via);
 
   const StoreAccess& access_;
   const NodeLink (&order_)[kNodeLinks];
@@ -74,8 +74,8 @@ class NodeWalk {
 };
 
 // Reads a node to where it stays until it is left.
-inline Status NodeWalk::Enter(unsigned int id, NodeLink via) {
-  if (damage_ == Damage::kSkipped && !access_.IsUsed(NodeKind::kString, id)) {
+inline Status NodeWalk::Enter(StringId id, NodeLink via) {
+  if (damage_ == Damage::kSkipped && !access_.IsUsed(id)) {
     return status::kInvalidFile;
   }
   if (!met_.Add(id)) return status::kInvalidFile;
@@ -100,7 +100,7 @@ inline Status NodeWalk::Step() {
   if (way_.IsEmpty()) return status::kOk;
   for (unsigned char i = top_->tried; i < kNodeLinks; ++i) {
     const NodeLink via = order_[i];
-    const unsigned int id = LinkOf(top_->node, via);
+    const StringId id = LinkOf(top_->node, via);
     if (id == 0) continue;
     top_->tried = static_cast<unsigned char>(i + 1);
     const Status result = Enter(id, via);

@@ -11,17 +11,17 @@ Status SubtreeNodes::Prepare() {
   return result;
 }
 
-void SubtreeNodes::SpareNode(unsigned int id) {
-  allUsed_ = access_.IsUsed(NodeKind::kString, id) && allUsed_;
+void SubtreeNodes::SpareNode(StringId id) {
+  allUsed_ = access_.IsUsed(id) && allUsed_;
   metNodes_.Add(id);
 }
 
-Status SubtreeNodes::CollectSubtree(unsigned int first) {
+Status SubtreeNodes::CollectSubtree(StringId first) {
   if (first == 0) return status::kOk;
   TernaryStringNode node;
   Status result = access_.Read(first, &node);
   if (!result.IsOk()) return result;
-  if (!access_.IsUsed(NodeKind::kString, first)) return status::kInvalidFile;
+  if (!access_.IsUsed(first)) return status::kInvalidFile;
   NodeWalk walk(access_, kStoredOrder, metNodes_, NodeWalk::Damage::kSkipped);
   result = walk.Start(node, first);
   while (result.IsOk() && !walk.IsOver()) {
@@ -34,7 +34,7 @@ Status SubtreeNodes::CollectSubtree(unsigned int first) {
   return result;
 }
 
-Status SubtreeNodes::CollectKeyTree(unsigned int user, unsigned int startNode, const char* path,
+Status SubtreeNodes::CollectKeyTree(unsigned int user, StringId startNode, const char* path,
                                     unsigned char rights, Reached* reached,
                                     TernaryStringNode* node) {
   Status result = Prepare();
@@ -45,9 +45,9 @@ Status SubtreeNodes::CollectKeyTree(unsigned int user, unsigned int startNode, c
   return CollectKey(reached->keyId);
 }
 
-Status SubtreeNodes::CollectKey(unsigned int keyNode) {
+Status SubtreeNodes::CollectKey(KeyId keyNode) {
   TernaryKeyNode key;
-  if (!access_.IsUsed(NodeKind::kKey, keyNode) || !metKeys_.Add(keyNode)) return status::kOk;
+  if (!access_.IsUsed(keyNode) || !metKeys_.Add(keyNode)) return status::kOk;
   if (!access_.Read(keyNode, &key).IsOk()) return status::kOk;
   if (CollectValues(key) == status::kNoMemory) return status::kNoMemory;
   return slots_.Of(NodeKind::kKey).Push(keyNode);
@@ -57,7 +57,7 @@ Status SubtreeNodes::CollectValues(const TernaryKeyNode& key) {
   ValueWalk walk(access_, key.firstValue(), &metValues_);
   for (; !walk.IsOver(); walk.Advance()) {
     Status result = walk.Read();
-    const bool used = access_.IsUsed(NodeKind::kValue, walk.Id());
+    const bool used = access_.IsUsed(walk.Id());
     if (result.IsOk() && !used) result = status::kInvalidFile;
     if (result.IsOk()) result = slots_.Of(NodeKind::kValue).Push(walk.Id());
     const TernaryValueNode& value = walk.Record();

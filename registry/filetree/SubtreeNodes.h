@@ -19,21 +19,21 @@ class SubtreeNodes {
   // kNoMemory. Before anything else.
   Status Prepare();
   // Leaves a string node out, or a key, when the collection comes to it.
-  void SpareNode(unsigned int id);
-  void SpareKey(unsigned int id) { metKeys_.Add(id); }
+  void SpareNode(StringId id);
+  void SpareKey(KeyId id) { metKeys_.Add(id); }
   // False when a node that was spared is free: the next to take a slot may get it.
   bool AreSparedUsed() const { return allUsed_; }
   // Collects the string nodes reached from `first` (0: none) and the keys on them: every node after
   // all that its lo, hi, equal and child links lead to. kNoMemory; kInvalidFile when `first` is
   // damaged, or the status of reading it.
-  Status CollectSubtree(unsigned int first);
+  Status CollectSubtree(StringId first);
   // Prepares, finds a key and what goes with it: itself and all that is below its string node,
   // *node. Damage does not keep it from being collected, what cannot be read is left out; the nodes
   // and keys on the way to it are spared, whatever leads there. The statuses of ReachKey.
-  Status CollectKeyTree(unsigned int user, unsigned int startNode, const char* path,
+  Status CollectKeyTree(unsigned int user, StringId startNode, const char* path,
                         unsigned char rights, Reached* reached, TernaryStringNode* node);
   // Collects a key and its values. kNoMemory.
-  Status CollectKey(unsigned int keyNode);
+  Status CollectKey(KeyId keyNode);
   // Collects the values of a key, the newest first, up to the first that is damaged: then
   // kInvalidFile, or the status of reading it. kNoMemory.
   Status CollectValues(const TernaryKeyNode& key);

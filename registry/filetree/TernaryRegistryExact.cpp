@@ -167,7 +167,7 @@ unsigned int TernaryRegistry::MoveKey(unsigned int user, const char* path, const
     changes.TellAlso({ChangeKind::kKeyCreated, newPath, nullptr});
     result = changes.Write(from.nodeId, WithoutKey(fromNode));
     if (result.IsOk()) result = changes.Write(to.nodeId, toNode);
-    if (result.IsOk()) result = changes.Release(NodeKind::kKey, to.keyId);
+    if (result.IsOk()) result = changes.Release(to.keyId);
     if (result.IsOk() && changes.ReusesSpace()) PruneNameIfSound(changes, path);
     return result.IsOk() ? changes.End(result) : result;
   });

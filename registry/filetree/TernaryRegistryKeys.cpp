@@ -27,12 +27,12 @@ unsigned int TernaryRegistry::CreateRootKey() {
     TernaryKeyNode root =
         NewKeyRecord(TernaryKeyNode::kRootOwner, TernaryKeyNode::kRootPermission, 0, false);
     root.setRoot(true);
-    unsigned int key = 0;
-    unsigned int node = 0;
+    KeyId key;
+    StringId node;
     Status result = StoreNewKey(changes, root, &key);
     if (!result.IsOk()) return changes.End(result);
     result = StoreName(changes, "", &node, key);
-    if (!result.IsOk()) return changes.End(changes.GiveBack(NodeKind::kKey, key, result));
+    if (!result.IsOk()) return changes.End(changes.GiveBack(key, result));
     return changes.End(changes.SetStartNode(node));
   });
 }
@@ -95,7 +95,7 @@ unsigned int TernaryRegistry::ListKeys(unsigned int user, void* tree, const char
     TernaryStringNode node;
     result = access.Read(reached.nodeId, &node);
     if (!result.IsOk() || node.child() == 0) return result;
-    const unsigned int first = node.child();
+    const StringId first = node.child();
     result = access.Read(first, &node);
     return result.IsOk() ? ListFrom(access, node, first, state.start, &state) : result;
   };
@@ -114,7 +114,7 @@ unsigned int TernaryRegistry::GetKeyInfo(unsigned int user, void* tree, const ch
     filled.userId = user;
     filled.permission = reached.key.permission();
     if (node.child() != 0) {
-      const unsigned int first = node.child();
+      const StringId first = node.child();
       result = access.Read(first, &node);
       if (result.IsOk()) result = CountFrom(access, node, first, 0, &filled);
       if (!result.IsOk()) return result;

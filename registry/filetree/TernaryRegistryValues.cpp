@@ -20,8 +20,8 @@ Status LinkNewValue(Changes& changes, Reached* reached) {
 
 Status ReplaceData(Changes& changes, const Value& value, Reached* reached) {
   TernaryValueNode& record = reached->value;
-  const unsigned int valueId = reached->valueId;
-  unsigned int block = 0;
+  const ValueId valueId = reached->valueId;
+  DataId block = 0;
   const Status stored = ExchangeData(changes, valueId, &record, value, &block);
   if (!stored.IsOk()) return stored;
   const TernaryValueNode before = record;
@@ -31,7 +31,8 @@ Status ReplaceData(Changes& changes, const Value& value, Reached* reached) {
   record.setDataSize(value.size);
   // Of a number only the low half is written: the upper half of an older one stays.
   // Test: TernaryRegistryValueWrites.SettingANumberKeepsTheUpperHalfOfTheOldOne
-  record.setDataWord(isNumber ? static_cast<unsigned int>(LeadingBytes(value, 4)) : block);
+  record.setDataWord(block);
+  if (isNumber) record.setDataWord(static_cast<unsigned int>(LeadingBytes(value, 4)));
   record.setSet(true);
   return ReplaceValueRecord(changes, valueId, before, record);
 }
@@ -43,12 +44,12 @@ unsigned int TernaryRegistry::CreateValue(unsigned int user, void* tree, const c
   if (IsTooLarge(value)) return status::kLimit;
   const auto create = [&](Changes& changes, Reached& reached) -> Status {
     if (value->type > kValueTypeMax) return status::kNoData;
-    Status result = changes.Take(NodeKind::kValue, &reached.valueId);
+    Status result = changes.Take(&reached.valueId);
     if (!result.IsOk()) return changes.End(result);
-    unsigned int block = 0;
+    DataId block = 0;
     result = StoreNewData(changes, *value, &block);
     if (!result.IsOk()) {
-      return changes.End(changes.GiveBack(NodeKind::kValue, reached.valueId, result));
+      return changes.End(changes.GiveBack(reached.valueId, result));
     }
     FillRecord(&reached.value, name, *value, block);
     return changes.End(LinkNewValue(changes, &reached));
@@ -61,7 +62,7 @@ unsigned int TernaryRegistry::CreateValue(unsigned int user, void* tree, const c
 unsigned int TernaryRegistry::CreateValue(unsigned int user, void* tree, const char* path,
                                           const char* name, unsigned long long number, bool set) {
   const auto create = [&](Changes& changes, Reached& reached) {
-    const Status result = changes.Take(NodeKind::kValue, &reached.valueId);
+    const Status result = changes.Take(&reached.valueId);
     if (!result.IsOk()) return changes.End(result);
     FillRecord(&reached.value, name, number, set);
     return changes.End(LinkNewValue(changes, &reached));

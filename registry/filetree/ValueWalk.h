@@ -13,14 +13,14 @@ class ValueWalk {
  public:
   // `first` is the id of the chain's first value, 0 for none. With `met`, which has room for the
   // store's value nodes, chains that run together are found over several walks.
-  ValueWalk(const StoreAccess& access, unsigned int first, NodeSet* met = nullptr)
+  ValueWalk(const StoreAccess& access, ValueId first, NodeSet* met = nullptr)
       : access_(access),
         id_(first),
         left_(access.Descriptor(NodeKind::kValue).totalNodes),
         met_(met) {}
 
   bool IsOver() const { return id_ == 0; }
-  unsigned int Id() const { return id_; }
+  ValueId Id() const { return id_; }
   // Reads the value that the walk has come to. kInvalidFile: there are more than the file can have,
   // the links form a circle, or the value was met before. Else the statuses of a read.
   Status Read() {
@@ -34,7 +34,7 @@ class ValueWalk {
  private:
   const StoreAccess& access_;
   TernaryValueNode record_;
-  unsigned int id_;
+  ValueId id_;
   unsigned int left_;  // reads
   NodeSet* met_;
 };

@@ -2,7 +2,7 @@
 
 namespace tamu::registry {
 
-void SetLink(TernaryStringNode* node, NodeLink link, unsigned int id) {
+void SetLink(TernaryStringNode* node, NodeLink link, StringId id) {
   switch (link) {
     case NodeLink::kLo:
       node->setLo(id);

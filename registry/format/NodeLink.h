@@ -9,10 +9,10 @@ namespace tamu::registry {
 enum class NodeLink : unsigned char { kLo, kHi, kEqual, kChild };
 
 // The link's id, 0 = none.
-inline unsigned int LinkOf(const TernaryStringNode& node, NodeLink link) {
+inline StringId LinkOf(const TernaryStringNode& node, NodeLink link) {
   return node.link(static_cast<unsigned int>(link));
 }
-void SetLink(TernaryStringNode* node, NodeLink link, unsigned int id);
+void SetLink(TernaryStringNode* node, NodeLink link, StringId id);
 
 constexpr unsigned int kNodeLinks = 4;
 // The order in which subtrees are backed up, restored, unloaded and given back.

@@ -33,8 +33,8 @@ class TernaryHeader {
   void setFirstTable(NodeKind kind, unsigned int offset) {
     PutU32(bytes_ + OffTable(kind), offset);
   }
-  unsigned int startNode() const { return GetU32(bytes_ + kOffStartNode); }
-  void setStartNode(unsigned int id) { PutU32(bytes_ + kOffStartNode, id); }
+  StringId startNode() const { return GetU32(bytes_ + kOffStartNode); }
+  void setStartNode(StringId id) { PutU32(bytes_ + kOffStartNode, id); }
   unsigned int fileSize() const { return GetU32(bytes_ + kOffFileSize); }
   void setFileSize(unsigned int size) { PutU32(bytes_ + kOffFileSize, size); }
 

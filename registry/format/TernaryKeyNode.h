@@ -3,6 +3,7 @@
 
 #include "registry/base/UserId.h"
 #include "registry/format/Codec.h"
+#include "registry/format/NodeId.h"
 
 namespace tamu::registry {
 
@@ -16,6 +17,8 @@ namespace tamu::registry {
 // |     16 |   u64 | defaultValue, meaningful with kFlagDefaultSet                          |
 class TernaryKeyNode {
  public:
+  using Id = KeyId;
+
   static constexpr unsigned int kSize = 24;               // bytes
   static constexpr unsigned char kFlagDefaultSet = 0x01;  // stored
   static constexpr unsigned char kFlagRoot = 0x02;        // stored
@@ -27,8 +30,8 @@ class TernaryKeyNode {
   unsigned char* bytes() { return bytes_; }
   const unsigned char* bytes() const { return bytes_; }
 
-  unsigned int firstValue() const { return GetU32(bytes_ + kOffFirstValue); }
-  void setFirstValue(unsigned int id) { PutU32(bytes_ + kOffFirstValue, id); }
+  ValueId firstValue() const { return GetU32(bytes_ + kOffFirstValue); }
+  void setFirstValue(ValueId id) { PutU32(bytes_ + kOffFirstValue, id); }
   unsigned short valueCount() const { return GetU16(bytes_ + kOffValueCount); }
   void setValueCount(unsigned int count) {
     PutU16(bytes_ + kOffValueCount, static_cast<unsigned short>(count));

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "registry/format/Codec.h"
+#include "registry/format/NodeId.h"
 
 namespace tamu::registry {
 
@@ -22,6 +23,8 @@ namespace tamu::registry {
 // segmentLength comes from a file: check HasValidSegment before using the segment.
 class TernaryStringNode {
  public:
+  using Id = StringId;
+
   static constexpr unsigned int kSize = 40;            // bytes
   static constexpr unsigned int kSegmentMax = 16;      // characters
   static constexpr unsigned char kFlagKey = 0x10;      // stored: a key name ends at splitChar
@@ -44,18 +47,18 @@ class TernaryStringNode {
   }
   signed char splitChar() const { return static_cast<signed char>(bytes_[kOffSplitChar]); }
   void setSplitChar(signed char c) { bytes_[kOffSplitChar] = static_cast<unsigned char>(c); }
-  unsigned int lo() const { return GetU32(bytes_ + kOffLo); }
-  void setLo(unsigned int id) { PutU32(bytes_ + kOffLo, id); }
-  unsigned int hi() const { return GetU32(bytes_ + kOffHi); }
-  void setHi(unsigned int id) { PutU32(bytes_ + kOffHi, id); }
-  unsigned int equal() const { return GetU32(bytes_ + kOffEqual); }
-  void setEqual(unsigned int id) { PutU32(bytes_ + kOffEqual, id); }
-  unsigned int child() const { return GetU32(bytes_ + kOffChild); }
-  void setChild(unsigned int id) { PutU32(bytes_ + kOffChild, id); }
+  StringId lo() const { return GetU32(bytes_ + kOffLo); }
+  void setLo(StringId id) { PutU32(bytes_ + kOffLo, id); }
+  StringId hi() const { return GetU32(bytes_ + kOffHi); }
+  void setHi(StringId id) { PutU32(bytes_ + kOffHi, id); }
+  StringId equal() const { return GetU32(bytes_ + kOffEqual); }
+  void setEqual(StringId id) { PutU32(bytes_ + kOffEqual, id); }
+  StringId child() const { return GetU32(bytes_ + kOffChild); }
+  void setChild(StringId id) { PutU32(bytes_ + kOffChild, id); }
   // The i-th of the four links above, in the order of their offsets.
-  unsigned int link(unsigned int i) const { return GetU32(bytes_ + kOffLo + kLinkSize * i); }
-  unsigned int keyNode() const { return GetU32(bytes_ + kOffKeyNode); }
-  void setKeyNode(unsigned int id) { PutU32(bytes_ + kOffKeyNode, id); }
+  StringId link(unsigned int i) const { return GetU32(bytes_ + kOffLo + kLinkSize * i); }
+  KeyId keyNode() const { return GetU32(bytes_ + kOffKeyNode); }
+  void setKeyNode(KeyId id) { PutU32(bytes_ + kOffKeyNode, id); }
   // Character i of the segment, i below kSegmentMax.
   signed char segment(unsigned int i) const {
     return static_cast<signed char>(bytes_[kOffSegment + i]);

@@ -3,6 +3,7 @@
 
 #include "registry/base/Value.h"
 #include "registry/format/Codec.h"
+#include "registry/format/NodeId.h"
 
 namespace tamu::registry {
 
@@ -16,6 +17,8 @@ namespace tamu::registry {
 // |     44 |     8 | data: a number inline; else bytes 44-47 the first data block's id |
 class TernaryValueNode {
  public:
+  using Id = ValueId;
+
   static constexpr unsigned int kSize = 52;                     // bytes
   static constexpr unsigned int kNameSize = kValueNameMax + 1;  // bytes, terminator included
   static constexpr unsigned int kInlineSize = 8;                // bytes of a number
@@ -27,8 +30,8 @@ class TernaryValueNode {
   unsigned char* bytes() { return bytes_; }
   const unsigned char* bytes() const { return bytes_; }
 
-  unsigned int nextValue() const { return GetU32(bytes_ + kOffNextValue); }
-  void setNextValue(unsigned int id) { PutU32(bytes_ + kOffNextValue, id); }
+  ValueId nextValue() const { return GetU32(bytes_ + kOffNextValue); }
+  void setNextValue(ValueId id) { PutU32(bytes_ + kOffNextValue, id); }
   unsigned int dataSize() const { return GetU16(bytes_ + kOffDataSize); }
   void setDataSize(unsigned int size) {
     PutU16(bytes_ + kOffDataSize, static_cast<unsigned short>(size));

@@ -40,7 +40,7 @@ inline void ChangeDefault(TernaryKeyNode* key, unsigned long long number, bool c
 }
 
 // Lets a name end at a node, with a key unless its id is 0.
-inline void EndName(TernaryStringNode* node, unsigned int keyId) {
+inline void EndName(TernaryStringNode* node, KeyId keyId) {
   node->setKeyNode(keyId);
   node->setHasKey(keyId != 0);
 }

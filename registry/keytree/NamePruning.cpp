@@ -13,10 +13,10 @@ class NameWay {
   explicit NameWay(const StoreAccess& access)
       : access_(access), stepsLeft_(access.Descriptor(NodeKind::kString).totalNodes + 1) {}
 
-  Status Start(unsigned int id) { return Go(id); }
+  Status Start(StringId id) { return Go(id); }
   const TernaryStringNode& Node() const { return node_; }
   Status Follow(NodeLink link) {
-    const unsigned int next = LinkOf(node_, link);
+    const StringId next = LinkOf(node_, link);
     if (next == 0) return status::kNotFound;
     if (stepsLeft_-- == 0) return status::kInvalidFile;
     return Go(next);
@@ -25,9 +25,9 @@ class NameWay {
   void Pass() {}
 
   unsigned int Count() const { return ids_.Count(); }
-  unsigned int Pop() { return ids_.Pop(); }
-  unsigned int Last() const { return ids_.Top(); }
-  bool Has(unsigned int id) const {
+  StringId Pop() { return ids_.Pop(); }
+  StringId Last() const { return ids_.Top(); }
+  bool Has(StringId id) const {
     for (unsigned int i = 0; i < ids_.Count(); ++i) {
       if (ids_[i] == id) return true;
     }
@@ -35,7 +35,7 @@ class NameWay {
   }
 
  private:
-  Status Go(unsigned int id) {
+  Status Go(StringId id) {
     Status result = access_.Read(id, &node_);
     if (result.IsOk() && !node_.HasValidSegment()) result = status::kInvalidFile;
     if (result.IsOk()) result = ids_.Push(id);
@@ -45,7 +45,7 @@ class NameWay {
   const StoreAccess& access_;
   unsigned int stepsLeft_;
   TernaryStringNode node_;
-  Stack<unsigned int> ids_;
+  Stack<StringId> ids_;
 };
 
 // How many of lo, hi and equal lead on; *link is the last of them.
@@ -81,9 +81,9 @@ bool JoinNodes(const TernaryStringNode& upper, NodeLink link, const TernaryStrin
 }
 
 // With one write the node becomes the one that it leads to.
-Status JoinWithNext(Changes& changes, const NameWay& way, unsigned int id,
+Status JoinWithNext(Changes& changes, const NameWay& way, StringId id,
                     const TernaryStringNode& node, NodeLink link) {
-  const unsigned int nextId = LinkOf(node, link);
+  const StringId nextId = LinkOf(node, link);
   if (nextId == id || way.Has(nextId)) return status::kInvalidFile;
   TernaryStringNode next;
   Status result = changes.Read(nextId, &next);
@@ -92,10 +92,10 @@ Status JoinWithNext(Changes& changes, const NameWay& way, unsigned int id,
   TernaryStringNode joined;
   if (!JoinNodes(node, link, next, &joined)) return result;
   result = changes.Write(id, joined);
-  return result.IsOk() ? changes.Release(NodeKind::kString, nextId) : result;
+  return result.IsOk() ? changes.Release(nextId) : result;
 }
 
-Status CutOff(Changes& changes, unsigned int aboveId, unsigned int id) {
+Status CutOff(Changes& changes, StringId aboveId, StringId id) {
   TernaryStringNode above;
   Status result = changes.Read(aboveId, &above);
   NodeLink link = NodeLink::kEqual;
@@ -104,7 +104,7 @@ Status CutOff(Changes& changes, unsigned int aboveId, unsigned int id) {
   SetLink(&above, link, 0);
   if (FindLink(above, id, &link)) return status::kInvalidFile;
   result = changes.Write(aboveId, above);
-  return result.IsOk() ? changes.Release(NodeKind::kString, id) : result;
+  return result.IsOk() ? changes.Release(id) : result;
 }
 
 }  // namespace
@@ -116,7 +116,7 @@ Status PruneName(Changes& changes, const char* path) {
   if (result.IsOk()) result = SearchPath(way, path != nullptr ? path : "", &match);
   // The root's node stays.
   while (result.IsOk() && way.Count() > 1) {
-    const unsigned int id = way.Pop();
+    const StringId id = way.Pop();
     if (way.Has(id)) return status::kInvalidFile;
     TernaryStringNode node;
     result = changes.Read(id, &node);

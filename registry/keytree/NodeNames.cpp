@@ -20,7 +20,7 @@ unsigned int TakeName(TernaryStringNode* node, const char* name) {
   return count;
 }
 
-TernaryStringNode UpperPart(const TernaryStringNode& node, unsigned int cut, unsigned int nodeId) {
+TernaryStringNode UpperPart(const TernaryStringNode& node, unsigned int cut, StringId nodeId) {
   TernaryStringNode upper;
   for (unsigned int i = 0; i < cut; ++i) upper.setSegment(i, node.segment(i));
   upper.setSegmentLength(cut);
@@ -39,8 +39,7 @@ TernaryStringNode LowerPart(const TernaryStringNode& node, unsigned int cut) {
   return lower;
 }
 
-bool IsCutFrom(const TernaryStringNode& upper, const TernaryStringNode& lower,
-               unsigned int lowerId) {
+bool IsCutFrom(const TernaryStringNode& upper, const TernaryStringNode& lower, StringId lowerId) {
   if (!upper.HasValidSegment() || !lower.HasValidSegment()) return false;
   const unsigned int cut = upper.segmentLength();
   if (cut + 1 + lower.segmentLength() > TernaryStringNode::kSegmentMax) return false;
@@ -57,7 +56,7 @@ bool IsCutFrom(const TernaryStringNode& upper, const TernaryStringNode& lower,
   return !isSame;
 }
 
-bool FindLink(const TernaryStringNode& node, unsigned int id, NodeLink* link) {
+bool FindLink(const TernaryStringNode& node, StringId id, NodeLink* link) {
   for (const NodeLink candidate : kSplitOrder) {
     if (LinkOf(node, candidate) != id) continue;
     *link = candidate;
@@ -73,9 +72,9 @@ NodeLink LinkForName(const TernaryStringNode& node, const PathMatch& match,
   return node.splitChar() >= FirstCharOf(first) ? NodeLink::kLo : NodeLink::kHi;
 }
 
-Status WriteCut(Changes& changes, unsigned int id, const TernaryStringNode& node, unsigned int cut,
+Status WriteCut(Changes& changes, StringId id, const TernaryStringNode& node, unsigned int cut,
                 CutName* parts) {
-  Status result = changes.Take(NodeKind::kString, &parts->upperId);
+  Status result = changes.Take(&parts->upperId);
   parts->upper = UpperPart(node, cut, id);
   parts->lower = LowerPart(node, cut);
   if (result.IsOk()) result = changes.Write(parts->upperId, parts->upper);

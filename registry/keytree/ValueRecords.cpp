@@ -32,8 +32,7 @@ void FillRecord(TernaryValueNode* record, const char* name, unsigned long long n
   record->setNumber(number);
 }
 
-void FillRecord(TernaryValueNode* record, const char* name, const Value& value,
-                unsigned int dataId) {
+void FillRecord(TernaryValueNode* record, const char* name, const Value& value, DataId dataId) {
   if (value.type == kValueTypeInteger) {
     // Read first: they may be the record's own bytes.
     const unsigned long long number = LeadingBytes(value, TernaryValueNode::kInlineSize);
@@ -48,7 +47,7 @@ void FillRecord(TernaryValueNode* record, const char* name, const Value& value,
   record->setDataWord(dataId);
 }
 
-Status StoreNewData(Changes& changes, const Value& value, unsigned int* dataId) {
+Status StoreNewData(Changes& changes, const Value& value, DataId* dataId) {
   *dataId = 0;
   const bool isNumber = value.type == kValueTypeInteger;
   if (value.size == 0 || (isNumber && changes.ReusesSpace())) return status::kOk;
@@ -56,8 +55,8 @@ Status StoreNewData(Changes& changes, const Value& value, unsigned int* dataId) 
   return isNumber && stored == status::kLimit ? Status(status::kOk) : stored;
 }
 
-Status LinkValue(Changes& changes, unsigned int valueId, TernaryValueNode* value,
-                 unsigned int keyId, TernaryKeyNode* key, unsigned int count) {
+Status LinkValue(Changes& changes, ValueId valueId, TernaryValueNode* value, KeyId keyId,
+                 TernaryKeyNode* key, unsigned int count) {
   value->setNextValue(key->firstValue());
   key->setFirstValue(valueId);
   key->setValueCount(count);
@@ -65,11 +64,11 @@ Status LinkValue(Changes& changes, unsigned int valueId, TernaryValueNode* value
   return result.IsOk() ? changes.Write(keyId, *key) : result;
 }
 
-Status ExchangeData(Changes& changes, unsigned int id, TernaryValueNode* record, const Value& value,
-                    unsigned int* dataId) {
+Status ExchangeData(Changes& changes, ValueId id, TernaryValueNode* record, const Value& value,
+                    DataId* dataId) {
   *dataId = 0;
   if (record->isInBlocks() && record->dataWord() != 0) {
-    const unsigned int block = record->dataWord();
+    const DataId block = record->dataWord();
     Status result = LetGoOfBlocks(changes, id, record);
     bool isDone = false;
     if (result.IsOk() && value.type != kValueTypeInteger) {
@@ -83,14 +82,14 @@ Status ExchangeData(Changes& changes, unsigned int id, TernaryValueNode* record,
   return changes.StoreData(value.data, value.size, dataId);
 }
 
-void ReleaseValue(Changes& changes, unsigned int id, const TernaryValueNode& record) {
+void ReleaseValue(Changes& changes, ValueId id, const TernaryValueNode& record) {
   if (changes.ReusesSpace() && record.isInBlocks()) {
     changes.ReleaseData(record.dataWord()).Ignore();
   }
-  changes.Release(NodeKind::kValue, id).Ignore();
+  changes.Release(id).Ignore();
 }
 
-Status LetGoOfBlocks(Changes& changes, unsigned int id, TernaryValueNode* record) {
+Status LetGoOfBlocks(Changes& changes, ValueId id, TernaryValueNode* record) {
   const TernaryValueNode unset = Unset(*record);
   const Status result = changes.Write(id, unset);
   if (result.IsOk()) *record = unset;
@@ -99,7 +98,7 @@ Status LetGoOfBlocks(Changes& changes, unsigned int id, TernaryValueNode* record
 
 // The word of data in blocks is there before the flags tell of it: a second write changes these
 // alone.
-Status ReplaceValueRecord(Changes& changes, unsigned int id, const TernaryValueNode& before,
+Status ReplaceValueRecord(Changes& changes, ValueId id, const TernaryValueNode& before,
                           const TernaryValueNode& after) {
   Status result = status::kOk;
   if (after.isInBlocks() && after.dataWord() != before.dataWord()) {

@@ -12,29 +12,28 @@ unsigned long long LeadingBytes(const Value& value, unsigned int width);
 void FillRecord(TernaryValueNode* record, const char* name, unsigned long long number, bool isSet);
 // Gives a record name, type and size of a value; `dataId` is where its data lies. Data of size 0 is
 // not set. A number is taken from the first eight bytes, as far as there are any.
-void FillRecord(TernaryValueNode* record, const char* name, const Value& value,
-                unsigned int dataId);
+void FillRecord(TernaryValueNode* record, const char* name, const Value& value, DataId dataId);
 
 // Stores the data of a new value; *dataId is 0 when there is none. With SpacePolicy::kExact the
 // bytes of a number are stored too, in blocks that nothing ever frees, and need not find room.
 // Test: TernaryRegistryValueWrites.ANumberCreatedFromAValueTakesBlocksThatNobodyFrees
 // Test: TernaryKeyTreeValueDeletionTest.ANumberCreatedFromAValueTakesBlocksThatNobodyFrees
-Status StoreNewData(Changes& changes, const Value& value, unsigned int* dataId);
+Status StoreNewData(Changes& changes, const Value& value, DataId* dataId);
 // Puts a new value before the others of a key, which has `count` of them then: writes the value,
 // then the key.
-Status LinkValue(Changes& changes, unsigned int valueId, TernaryValueNode* value,
-                 unsigned int keyId, TernaryKeyNode* key, unsigned int count);
+Status LinkValue(Changes& changes, ValueId valueId, TernaryValueNode* value, KeyId keyId,
+                 TernaryKeyNode* key, unsigned int count);
 
 // Gives back the slot of a value that nothing leads to any more and, with SpacePolicy::kReuse, its
 // blocks; what cannot be given back stays in use.
-void ReleaseValue(Changes& changes, unsigned int id, const TernaryValueNode& record);
+void ReleaseValue(Changes& changes, ValueId id, const TernaryValueNode& record);
 
 // Gives back the blocks of a value and stores its new data, so that it takes them again, or writes
 // just these; *dataId is 0 for a number and without data. `record`, which is what the file has,
 // lets go of its blocks first: whatever happens from then on, it never leads to blocks of another
 // value.
-Status ExchangeData(Changes& changes, unsigned int id, TernaryValueNode* record, const Value& value,
-                    unsigned int* dataId);
+Status ExchangeData(Changes& changes, ValueId id, TernaryValueNode* record, const Value& value,
+                    DataId* dataId);
 
 // A write may be cut short anywhere, and a record is written from its beginning on, the flags
 // before the word that leads to the data. These two see to it that the record in the file never
@@ -44,11 +43,11 @@ Status ExchangeData(Changes& changes, unsigned int id, TernaryValueNode* record,
 // Makes a value one that is not set and has no blocks: in `record`, which is what the file has, and
 // in the file, where a single byte changes. The word stays. The status of the write; `record` is
 // then as it was.
-Status LetGoOfBlocks(Changes& changes, unsigned int id, TernaryValueNode* record);
+Status LetGoOfBlocks(Changes& changes, ValueId id, TernaryValueNode* record);
 
 // Writes `after` over `before`, which is what the file has; the blocks of `before` were let go of,
 // or could not be.
-Status ReplaceValueRecord(Changes& changes, unsigned int id, const TernaryValueNode& before,
+Status ReplaceValueRecord(Changes& changes, ValueId id, const TernaryValueNode& before,
                           const TernaryValueNode& after);
 
 }  // namespace tamu::registry

@@ -12,7 +12,7 @@ namespace tamu::registry {
 // Makes the object of a record: a TernaryString, TernaryKey or TernaryValue, which owns a copy.
 // kNoMemory.
 template <class Object, class Record>
-Status MakeLoaded(unsigned int id, const Record& record, std::unique_ptr<Object>* object) {
+Status MakeLoaded(typename Record::Id id, const Record& record, std::unique_ptr<Object>* object) {
   std::unique_ptr<Record> copy(new (std::nothrow) Record(record));
   if (copy == nullptr) return status::kNoMemory;
   object->reset(new (std::nothrow) Object(id, copy.get()));
@@ -23,17 +23,16 @@ Status MakeLoaded(unsigned int id, const Record& record, std::unique_ptr<Object>
 
 // Takes a slot and makes an object for it. The record is not written yet.
 template <class Object, class Record>
-Status TakeLoaded(Changes& changes, NodeKind kind, const Record& record,
-                  std::unique_ptr<Object>* object) {
-  unsigned int id = 0;
-  const Status result = changes.Take(kind, &id);
+Status TakeLoaded(Changes& changes, const Record& record, std::unique_ptr<Object>* object) {
+  typename Record::Id id;
+  const Status result = changes.Take(&id);
   return result.IsOk() ? MakeLoaded(id, record, object) : result;
 }
 
 // Writes a new key into a slot of its own.
 inline Status StoreNewKey(Changes& changes, const TernaryKeyNode& record,
                           std::unique_ptr<TernaryKey>* key) {
-  const Status result = TakeLoaded(changes, NodeKind::kKey, record, key);
+  const Status result = TakeLoaded(changes, record, key);
   return result.IsOk() ? changes.Write((*key)->id, record) : result;
 }
 

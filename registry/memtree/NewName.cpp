@@ -38,8 +38,8 @@ NewName::~NewName() {
 Status NewName::Write(Changes& changes, const char* name, TernaryKey* key) {
   TernaryString** end = &first_;
   TernaryString* last = nullptr;
-  const unsigned int keyId = key != nullptr ? key->id : 0;
-  const auto made = [&](unsigned int id, const TernaryStringNode& node) {
+  const KeyId keyId = key != nullptr ? key->id : KeyId();
+  const auto made = [&](StringId id, const TernaryStringNode& node) {
     std::unique_ptr<TernaryString> string;
     const Status result = MakeLoaded(id, node, &string);
     if (!result.IsOk()) return result;

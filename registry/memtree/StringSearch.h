@@ -9,7 +9,7 @@ namespace tamu::registry {
 // Where a search found a key, or where the path left what is loaded.
 struct StringMatch : PathMatch {
   TernaryString* string = nullptr;    // found, or where the search stopped
-  unsigned int nodeId = 0;            // missed: what it wanted to follow, as the record has it,
+  StringId nodeId = 0;                // missed: what it wanted to follow, as the record has it,
   NodeLink link = NodeLink::kChild;   // over which link
   TernaryString* previous = nullptr;  // visited before `string`
   TernaryString* owner = nullptr;     // whose directory holds the level reached

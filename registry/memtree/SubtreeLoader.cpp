@@ -66,11 +66,11 @@ void SubtreeLoader::AddFrom(TernaryString* string) {
   }
 }
 
-Status SubtreeLoader::ReadTernaryString(unsigned int id, TernaryString*& string) {
+Status SubtreeLoader::ReadTernaryString(StringId id, TernaryString*& string) {
   TernaryStringNode record;
   Status result = access_.Read(id, &record);
   if (!result.IsOk()) return result;
-  if (!record.HasValidSegment() || !access_.IsUsed(NodeKind::kString, id)) {
+  if (!record.HasValidSegment() || !access_.IsUsed(id)) {
     return status::kInvalidFile;
   }
   std::unique_ptr<TernaryString> made;
@@ -80,13 +80,13 @@ Status SubtreeLoader::ReadTernaryString(unsigned int id, TernaryString*& string)
 }
 
 // Fills a link of a string that is not loaded yet.
-Status SubtreeLoader::LoadLink(unsigned int id, TernaryString*& slot) {
+Status SubtreeLoader::LoadLink(StringId id, TernaryString*& slot) {
   if (id == 0 || slot != nullptr) return status::kOk;
   return strings_.Add(id) ? ReadTernaryString(id, slot) : Status(status::kInvalidFile);
 }
 
-Status SubtreeLoader::LoadKey(unsigned int id, TernaryKey*& key) {
-  if (!keys_.Add(id) || !access_.IsUsed(NodeKind::kKey, id)) return status::kInvalidFile;
+Status SubtreeLoader::LoadKey(KeyId id, TernaryKey*& key) {
+  if (!keys_.Add(id) || !access_.IsUsed(id)) return status::kInvalidFile;
   TernaryKeyNode record;
   Status result = access_.Read(id, &record);
   if (!result.IsOk()) return result;
@@ -98,8 +98,8 @@ Status SubtreeLoader::LoadKey(unsigned int id, TernaryKey*& key) {
 }
 
 // Data that cannot be read is zero: the other values are there all the same.
-Status SubtreeLoader::LoadValue(unsigned int id, TernaryValue*& value) {
-  if (!access_.IsUsed(NodeKind::kValue, id)) return status::kInvalidFile;
+Status SubtreeLoader::LoadValue(ValueId id, TernaryValue*& value) {
+  if (!access_.IsUsed(id)) return status::kInvalidFile;
   TernaryValueNode record;
   Status result = access_.Read(id, &record);
   if (!result.IsOk()) return result;
@@ -118,7 +118,7 @@ Status SubtreeLoader::LoadValue(unsigned int id, TernaryValue*& value) {
 Status SubtreeLoader::LoadValues(TernaryKey* key) {
   TernaryValue** end = &key->firstValue;
   unsigned int left = access_.Descriptor(NodeKind::kValue).totalNodes;
-  for (unsigned int id = key->node->firstValue(); id != 0;) {
+  for (ValueId id = key->node->firstValue(); id != 0;) {
     const bool circle = left-- == 0 || !values_.Add(id);
     const Status result = circle ? Status(status::kInvalidFile) : LoadValue(id, *end);
     if (!result.IsOk()) {
@@ -141,23 +141,23 @@ Status SubtreeLoader::LoadRootKey() {
   Status result = Prepare();
   if (!result.IsOk()) return result;
   if (loaded_.start == nullptr) {
-    const unsigned int id = access_.StartNode();
+    const StringId id = access_.StartNode();
     if (id == 0) return status::kNotFound;
     result = LoadLink(id, loaded_.start);
     if (!result.IsOk()) return result;
   }
-  const unsigned int keyId = loaded_.start->node->keyNode();
+  const KeyId keyId = loaded_.start->node->keyNode();
   return keyId != 0 ? LoadKey(keyId, loaded_.start->key) : Status(status::kOk);
 }
 
 // Loads the strings of the rest of a path while it follows them; the first has the id `id`.
 class SubtreeLoader::LoadingCursor {
  public:
-  LoadingCursor(SubtreeLoader& loader, unsigned int id) : loader_(loader), firstId_(id) {}
+  LoadingCursor(SubtreeLoader& loader, StringId id) : loader_(loader), firstId_(id) {}
 
   const TernaryStringNode& Node() const { return *last->node; }
   Status Follow(NodeLink link) {
-    const unsigned int id = last == nullptr ? firstId_ : LinkOf(Node(), link);
+    const StringId id = last == nullptr ? firstId_ : LinkOf(Node(), link);
     TernaryString*& slot = last == nullptr ? first : SlotOf(*last, link);
     if (id == 0) return status::kNotFound;
     const Status result = loader_.LoadLink(id, slot);
@@ -172,7 +172,7 @@ class SubtreeLoader::LoadingCursor {
 
  private:
   SubtreeLoader& loader_;
-  const unsigned int firstId_;
+  const StringId firstId_;
 };
 
 // Loads what is missing of the strings along a path. Afterwards they hang in the tree, or nothing
@@ -249,7 +249,7 @@ Status SubtreeLoader::LoadKeyTree(const char* path, TernaryString*& string) {
     result = Prepare();
   }
   if (!result.IsOk()) return result;
-  const unsigned int keyId = string->node->keyNode();
+  const KeyId keyId = string->node->keyNode();
   if (string->key == nullptr) {
     result = keyId != 0 ? LoadKey(keyId, string->key) : Status(status::kNotFound);
     if (!result.IsOk()) return result;

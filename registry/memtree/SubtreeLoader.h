@@ -47,11 +47,11 @@ class SubtreeLoader {
 
   Status Prepare();
   void AddFrom(TernaryString* string);
-  Status ReadTernaryString(unsigned int id, TernaryString*& string);
-  Status LoadLink(unsigned int id, TernaryString*& slot);
-  Status LoadKey(unsigned int id, TernaryKey*& key);
+  Status ReadTernaryString(StringId id, TernaryString*& string);
+  Status LoadLink(StringId id, TernaryString*& slot);
+  Status LoadKey(KeyId id, TernaryKey*& key);
   Status LoadValues(TernaryKey* key);
-  Status LoadValue(unsigned int id, TernaryValue*& value);
+  Status LoadValue(ValueId id, TernaryValue*& value);
   Status LoadKeyPath(const char* path, TernaryString*& string);
   Status RecursiveLoadKeyTree(TernaryString* first);
   Status LoadBelow(TernaryString* string);

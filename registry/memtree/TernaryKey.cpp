@@ -47,7 +47,7 @@ unsigned int TernaryKey::RemoveValue(const char* name, TernaryValue*& removed,
     found = found->next;
   }
   if (found == nullptr) return status::kNotFound;
-  const unsigned int nextId = found->next != nullptr ? found->next->id : 0;
+  const ValueId nextId = found->next != nullptr ? found->next->id : ValueId();
   if (before != nullptr) {
     before->next = found->next;
     before->node->setNextValue(nextId);

@@ -14,7 +14,7 @@ namespace tamu::registry {
 class TernaryKey {
  public:
   // `record` was made by new and becomes this object's.
-  TernaryKey(unsigned int keyId, TernaryKeyNode* record) : id(keyId), node(record) {}
+  TernaryKey(KeyId keyId, TernaryKeyNode* record) : id(keyId), node(record) {}
   TernaryKey(const TernaryKey&) = delete;
   TernaryKey& operator=(const TernaryKey&) = delete;
 
@@ -36,7 +36,7 @@ class TernaryKey {
   // low nibble, everybody else those of the high one.
   bool isPermissible(unsigned int user, unsigned char rights) const;
 
-  unsigned int id;
+  KeyId id;
   std::unique_ptr<TernaryKeyNode> node;
   TernaryValue* firstValue = nullptr;  // the newest
 };

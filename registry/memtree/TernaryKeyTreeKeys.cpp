@@ -22,7 +22,7 @@ void ReleaseKey(Changes& changes, const TernaryKey* key) {
   for (const TernaryValue* value = key->firstValue; value != nullptr; value = value->next) {
     ReleaseValue(changes, value->id, *value->node);
   }
-  changes.Release(NodeKind::kKey, key->id).Ignore();
+  changes.Release(key->id).Ignore();
 }
 
 // The same for all that hangs on a string, but for what is in use; of that only what is being
@@ -36,7 +36,7 @@ void ReleaseSubtree(Changes& changes, TernaryString* string) {
       if (stays) walk.SkipLinks();
     } else if (!stays) {
       ReleaseKey(changes, s.key);
-      changes.Release(NodeKind::kString, s.id).Ignore();
+      changes.Release(s.id).Ignore();
     }
   }
 }

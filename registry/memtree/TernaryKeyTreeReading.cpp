@@ -109,7 +109,8 @@ unsigned int TernaryKeyTree::GetValueOffset(unsigned int user, void* tree, const
     const TernaryValue& value = *found.value;
     if (!value.node->isSet()) return status::kNoData;
     const bool inBlocks = value.node->isInBlocks();
-    const unsigned int id = inBlocks ? value.GetDataId() : value.id;
+    unsigned int id = value.id;
+    if (inBlocks) id = value.GetDataId();
     LockedAccess access(*file);
     unsigned int start = 0;
     const Status result =

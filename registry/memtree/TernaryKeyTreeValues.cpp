@@ -29,15 +29,15 @@ unsigned int TernaryKeyTree::CreateValue(unsigned int user, void* tree, const ch
   const auto create = [&](const Found& found) {
     Changes changes(*file);
     std::unique_ptr<TernaryValue> made;
-    Status result = TakeLoaded(changes, NodeKind::kValue, TernaryValueNode(), &made);
+    Status result = TakeLoaded(changes, TernaryValueNode(), &made);
     if (!result.IsOk()) return changes.End(result);
     // A value that is refused gives its slot back; a file that has grown for it stays so.
     // Test: TernaryKeyTreeValueRefusalsTest.AnUnknownTypeIsRefusedAfterTheFileHasGrown
     result = made->SetValue(name, value, 0);
     if (!result.IsOk()) {
-      return changes.End(changes.GiveBack(NodeKind::kValue, made->id, result));
+      return changes.End(changes.GiveBack(made->id, result));
     }
-    unsigned int block = 0;
+    DataId block = 0;
     result = StoreNewData(changes, *value, &block);
     if (!result.IsOk()) return result;
     if (made->node->isInBlocks()) made->node->setDataWord(block);
@@ -52,7 +52,7 @@ unsigned int TernaryKeyTree::CreateValue(unsigned int user, void* tree, const ch
   const auto create = [&](const Found& found) {
     Changes changes(*file);
     std::unique_ptr<TernaryValue> made;
-    const Status result = TakeLoaded(changes, NodeKind::kValue, TernaryValueNode(), &made);
+    const Status result = TakeLoaded(changes, TernaryValueNode(), &made);
     if (!result.IsOk()) return changes.End(result);
     made->SetValue(name, number, isSet);
     return LinkNewValue(changes, found.key, std::move(made));
@@ -80,7 +80,7 @@ Status TernaryKeyTree::ReplaceData(TernaryValue& target, const char* name, const
   if (!result.IsOk()) return result;
   Changes changes(*file);
   TernaryValueNode before = *target.node;
-  unsigned int block = 0;
+  DataId block = 0;
   result = ExchangeData(changes, target.id, &before, value, &block);
   if (!result.IsOk()) return result;
   if (copy->isInBlocks()) copy->setDataWord(block);
@@ -100,7 +100,7 @@ unsigned int TernaryKeyTree::DeleteValue(unsigned int user, void* tree, const ch
     for (TernaryValue* value = key.firstValue; value != found.value; value = value->next) {
       before = value;
     }
-    const unsigned int nextId = found.value->next != nullptr ? found.value->next->id : 0;
+    const ValueId nextId = found.value->next != nullptr ? found.value->next->id : ValueId();
     Changes changes(*file);
     Status result = status::kOk;
     if (before != nullptr) {

@@ -2,7 +2,7 @@
 
 namespace tamu::registry {
 
-TernaryString::TernaryString(unsigned int nodeId, TernaryStringNode* record)
+TernaryString::TernaryString(StringId nodeId, TernaryStringNode* record)
     : id(nodeId),
       node(record),
       isComplete(false),
@@ -30,7 +30,7 @@ unsigned int TernaryString::SetDirectory(TernaryString* dir) {
   } else {
     directory = dir;
   }
-  node->setChild(dir != nullptr ? dir->id : 0);
+  node->setChild(dir != nullptr ? dir->id : StringId());
   return status::kOk;
 }
 
@@ -68,7 +68,7 @@ unsigned int TernaryString::Unlock() {
   if (handle == nullptr) return status::kBadArgument;
   PCMutexGuard guard(*handle->treeLock);
   directory = parked;
-  if (directoryKnown_) node->setChild(directory != nullptr ? directory->id : 0);
+  if (directoryKnown_) node->setChild(directory != nullptr ? directory->id : StringId());
   if (handle->parkedDirectory == parked) handle->parkedDirectory = nullptr;
   parked = nullptr;
   setFlag(TernaryStringNode::kFlagLocked, false);

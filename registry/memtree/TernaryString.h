@@ -18,7 +18,7 @@ namespace tamu::registry {
 class TernaryString {
  public:
   // `record` was made by new and becomes this object's; a lock that it tells of is forgotten.
-  TernaryString(unsigned int nodeId, TernaryStringNode* record);
+  TernaryString(StringId nodeId, TernaryStringNode* record);
   TernaryString(const TernaryString&) = delete;
   TernaryString& operator=(const TernaryString&) = delete;
 
@@ -46,7 +46,7 @@ class TernaryString {
   TernaryString* equal = nullptr;
   TernaryString* directory = nullptr;  // the first of the sub-keys' names
   TernaryKey* key = nullptr;
-  unsigned int id;
+  StringId id;
   unsigned int loadCount = 0;  // handles that start here
   std::unique_ptr<TernaryStringNode> node;
   TernaryHandle* lockHandle = nullptr;  // through which it is locked

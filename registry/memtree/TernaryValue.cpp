@@ -8,7 +8,7 @@
 
 namespace tamu::registry {
 
-TernaryValue::TernaryValue(unsigned int valueId, TernaryValueNode* record)
+TernaryValue::TernaryValue(ValueId valueId, TernaryValueNode* record)
     : id(valueId), node(record), data(record->data()) {}
 
 TernaryValue::TernaryValue(Value*) {}
@@ -25,7 +25,7 @@ unsigned int TernaryValue::SetValue(const char* name, unsigned long long number,
 }
 
 // The data may be this value's own: it is copied before that is given up.
-unsigned int TernaryValue::SetValue(const char* name, const Value* v, unsigned int dataId) {
+unsigned int TernaryValue::SetValue(const char* name, const Value* v, DataId dataId) {
   if (v->type > kValueTypeMax) return status::kNoData;
   unsigned char* bytes = nullptr;
   if (v->type != kValueTypeInteger) {
@@ -78,7 +78,7 @@ void TernaryValue::DeleteData() {
   data = nullptr;
 }
 
-unsigned int TernaryValue::GetDataId() const {
+DataId TernaryValue::GetDataId() const {
   return node->isInBlocks() ? node->dataWord() : 0;
 }
 

@@ -15,7 +15,7 @@ class TernaryValue {
  public:
   // `record` was made by new and becomes this object's. Data in blocks is not there yet
   // (CreateData).
-  TernaryValue(unsigned int valueId, TernaryValueNode* record);
+  TernaryValue(ValueId valueId, TernaryValueNode* record);
   // Without a record: nothing but destroying it is of use.
   explicit TernaryValue(Value* unused);
   ~TernaryValue();
@@ -27,7 +27,7 @@ class TernaryValue {
   // Takes over type, size and a copy of the data; `dataId` is where it lies in the file. A number
   // is taken from the first eight bytes, as far as there are any. kNoData for a type above 5,
   // kNoMemory; nothing is changed then. v->data may lie in this value.
-  unsigned int SetValue(const char* name, const Value* v, unsigned int dataId);
+  unsigned int SetValue(const char* name, const Value* v, DataId dataId);
   // Hands out a new copy of the data, the caller's. kNoData: not set; kBadArgument: out->type is
   // neither kValueTypeAny nor the stored type; kNoMemory.
   unsigned int GetValue(Value* out) const;
@@ -39,10 +39,10 @@ class TernaryValue {
   // Frees the data, if it is this object's own.
   void DeleteData();
   // The id of the first data block; 0 when the data is not in blocks.
-  unsigned int GetDataId() const;
+  DataId GetDataId() const;
 
   TernaryValue* next = nullptr;  // the key's next older value
-  unsigned int id = 0;
+  ValueId id = 0;
   // Not used; all values have the same, which takes no room.
   static constexpr Value value = {kValueTypeAny, 0, nullptr};
   std::unique_ptr<TernaryValueNode> node;

@@ -4,7 +4,7 @@
 
 namespace tamu::registry {
 
-Status BlockChain::Follow(const StoreFile& file, unsigned int id) {
+Status BlockChain::Follow(const StoreFile& file, DataId id) {
   table_ = id != 0 ? tables_.Find(NodeKind::kData, id) : nullptr;
   if (table_ == nullptr) return status::kInvalidFile;
   return MeasureChain(file, *table_, SlotOf(id), kDataBlocksMax, &count_, slots_);

@@ -13,7 +13,7 @@ class BlockChain {
 
   // Follows the chain that starts at `id`. kInvalidFile: there is none, it is damaged, or longer
   // than any value's; kInputOutput.
-  Status Follow(const StoreFile& file, unsigned int id);
+  Status Follow(const StoreFile& file, DataId id);
   // Reads up to *size bytes; *size becomes the bytes read. kInputOutput.
   Status Read(const StoreFile& file, void* buffer, unsigned int* size) const;
   // Of a chain that was followed.

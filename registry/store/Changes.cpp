@@ -107,7 +107,7 @@ Status Changes::WriteRecord(NodeKind kind, unsigned int id, const void* bytes) {
   return store_.file_.IsOpen() ? found : Status(status::kInputOutput);
 }
 
-Status Changes::SetStartNode(unsigned int id) {
+Status Changes::SetStartNode(StringId id) {
   if (!store_.tables_.IsHeaderInPlace()) return status::kInvalidFile;
   TernaryHeader header = store_.tables_.Header();
   header.setStartNode(id);
@@ -188,11 +188,6 @@ Status Changes::Release(NodeKind kind, unsigned int id) {
   return result;
 }
 
-Status Changes::GiveBack(NodeKind kind, unsigned int id, Status why) {
-  const Status released = Release(kind, id);
-  return released.IsOk() ? why : released;
-}
-
 // Consecutive blocks are written with one access. The last one is stored whole; its rest is zero,
 // never the caller's neighbouring memory. One that cannot be written keeps none of the others away.
 Status Changes::WriteBlocks(const NodeAllocationTable& table, const unsigned int* slots,
@@ -211,7 +206,7 @@ Status Changes::WriteBlocks(const NodeAllocationTable& table, const unsigned int
   return result;
 }
 
-Status Changes::StoreBlocks(const void* data, unsigned int size, bool anyhow, unsigned int* id) {
+Status Changes::StoreBlocks(const void* data, unsigned int size, bool anyhow, DataId* id) {
   *id = 0;
   if (size == 0 || data == nullptr) return status::kBadArgument;
   if (size > kValueDataMax) return status::kLimit;
@@ -226,20 +221,20 @@ Status Changes::StoreBlocks(const void* data, unsigned int size, bool anyhow, un
   return anyhow ? Status(status::kOk) : result;
 }
 
-Status Changes::StoreData(const void* data, unsigned int size, unsigned int* id) {
+Status Changes::StoreData(const void* data, unsigned int size, DataId* id) {
   const Mark before = Here();
   const Status result = StoreBlocks(data, size, false, id);
   if (!result.IsOk()) UndoTo(before);
   return result;
 }
 
-Status Changes::StoreDataAnyhow(const void* data, unsigned int size, unsigned int* id) {
+Status Changes::StoreDataAnyhow(const void* data, unsigned int size, DataId* id) {
   return StoreBlocks(data, size, true, id);
 }
 
 // The list of free blocks hands out what it got last. A list whose head is damaged does not come
 // out of giving and taking as it was, and neither does a count that is too low.
-Status Changes::OverwriteData(unsigned int id, const void* data, unsigned int size, bool* isDone) {
+Status Changes::OverwriteData(DataId id, const void* data, unsigned int size, bool* isDone) {
   *isDone = false;
   if (size == 0 || size > kValueDataMax || !store_.file_.IsOpen()) return status::kOk;
   const TernaryNodeDescriptor& descriptor = Descriptor(NodeKind::kData);
@@ -257,7 +252,7 @@ Status Changes::OverwriteData(unsigned int id, const void* data, unsigned int si
   return WriteBlocks(*chain.Table(), chain.Slots(), chain.Count(), data, size);
 }
 
-Status Changes::ReleaseData(unsigned int id) {
+Status Changes::ReleaseData(DataId id) {
   if (id == 0) return status::kOk;
   if (!store_.file_.IsOpen()) return status::kInputOutput;
   BlockChain chain(store_.tables_);
@@ -265,7 +260,7 @@ Status Changes::ReleaseData(unsigned int id) {
   return found.IsOk() ? Release(NodeKind::kData, id) : found;
 }
 
-Status Changes::ReleaseDataIfSound(unsigned int id) {
+Status Changes::ReleaseDataIfSound(DataId id) {
   const Status result = ReleaseData(id);
   return result == status::kInvalidFile ? Status(status::kOk) : result;
 }

@@ -38,43 +38,58 @@ class Changes : public StoreAccess {
 
   // Writes a record. kBadArgument for id 0; kInvalidFile: the id names no slot that is handed out;
   // kInputOutput: a part may be written; kNoMemory: nothing is.
-  Status Write(unsigned int id, const TernaryStringNode& node) {
+  Status Write(StringId id, const TernaryStringNode& node) {
     return WriteRecord(NodeKind::kString, id, node.bytes());
   }
-  Status Write(unsigned int id, const TernaryKeyNode& node) {
+  Status Write(KeyId id, const TernaryKeyNode& node) {
     return WriteRecord(NodeKind::kKey, id, node.bytes());
   }
-  Status Write(unsigned int id, const TernaryValueNode& node) {
+  Status Write(ValueId id, const TernaryValueNode& node) {
     return WriteRecord(NodeKind::kValue, id, node.bytes());
   }
   Status WriteRecord(NodeKind kind, unsigned int id, const void* bytes);
   // The id of the root string node. kInvalidFile: the header is damaged.
-  Status SetStartNode(unsigned int id);
+  Status SetStartNode(StringId id);
 
   // Takes a slot of the newest table or, with SpacePolicy::kReuse, of an older one when that is
   // full; else the file grows. Nothing is written into it yet.
   // kLimit: the file has as many tables of the kind as there may be; kInvalidFile: the kind is
   // damaged; kNoSpace, kInputOutput, kNoMemory.
   Status Take(NodeKind kind, unsigned int* id);
+  template <NodeKind kind>
+  Status Take(NodeIdOf<kind>* id) {
+    unsigned int taken = *id;
+    const Status result = Take(kind, &taken);
+    *id = taken;
+    return result;
+  }
   // Gives a slot back, or of data the whole chain that starts there; it is handed out next.
   // kBadArgument for id 0; kInvalidFile with nothing changed when it is free already, or damaged.
   Status Release(NodeKind kind, unsigned int id);
+  template <NodeKind kind>
+  Status Release(NodeIdOf<kind> id) {
+    return Release(kind, id);
+  }
   // Gives back a slot that was taken in vain. The result is `why`, or the status of Release.
-  Status GiveBack(NodeKind kind, unsigned int id, Status why);
+  template <NodeKind kind>
+  Status GiveBack(NodeIdOf<kind> id, Status why) {
+    const Status released = Release(id);
+    return released.IsOk() ? why : released;
+  }
   // Stores 1 to 1024 bytes in a new chain of blocks; *id is its first block, 0 after a failure.
   // kBadArgument for size 0, kLimit above 1024, and the statuses of Take.
-  Status StoreData(const void* data, unsigned int size, unsigned int* id);
+  Status StoreData(const void* data, unsigned int size, DataId* id);
   // The same, but a block that cannot be written is not reported.
-  Status StoreDataAnyhow(const void* data, unsigned int size, unsigned int* id);
+  Status StoreDataAnyhow(const void* data, unsigned int size, DataId* id);
   // Writes data over that of the chain, if just these blocks would come out of giving the chain
   // back and storing the data, or with SpacePolicy::kReuse if the data takes as many: then *isDone,
   // and nothing else has changed.
-  Status OverwriteData(unsigned int id, const void* data, unsigned int size, bool* isDone);
+  Status OverwriteData(DataId id, const void* data, unsigned int size, bool* isDone);
   // Gives a whole chain back. Id 0: nothing, 0. kInvalidFile, with nothing changed, for a damaged
   // chain: freeing one that is longer than any value's would free blocks of other values.
-  Status ReleaseData(unsigned int id);
+  Status ReleaseData(DataId id);
   // The same, but a damaged chain stays as it is, with 0.
-  Status ReleaseDataIfSound(unsigned int id);
+  Status ReleaseDataIfSound(DataId id);
   // Appends a table of `count` entries and its area at the end of the file. kLimit, kInvalidFile as
   // above; kNoSpace, kInputOutput, kNoMemory: the file is then cut back and closed when the
   // operation is over, everything in it as before.
@@ -94,7 +109,7 @@ class Changes : public StoreAccess {
   // Goes on with a change that is counted already, as far as it was written after the mark.
   Changes(FileStore& store, const Mark& start);
   Status Commit(const ChangeNote* note);
-  Status StoreBlocks(const void* data, unsigned int size, bool anyhow, unsigned int* id);
+  Status StoreBlocks(const void* data, unsigned int size, bool anyhow, DataId* id);
   Status WriteBlocks(const NodeAllocationTable& table, const unsigned int* slots,
                      unsigned int count, const void* data, unsigned int size);
   Status TakeFrom(NodeKind kind, NodeAllocationTable* table, unsigned int* slots,

@@ -70,7 +70,7 @@ bool StoreAccess::IsUsed(NodeKind kind, unsigned int id) const {
 }
 
 // A chain of one block, as most are.
-bool StoreAccess::ReadBlock(unsigned int id, void* buffer, unsigned int size) const {
+bool StoreAccess::ReadBlock(DataId id, void* buffer, unsigned int size) const {
   unsigned int entryAt = 0;
   unsigned int offset = 0;
   if (!store_.tables_.ResolveEntry(NodeKind::kData, id, &entryAt).IsOk()) return false;
@@ -83,7 +83,7 @@ bool StoreAccess::ReadBlock(unsigned int id, void* buffer, unsigned int size) co
   return true;
 }
 
-Status StoreAccess::ReadData(unsigned int id, void* buffer, unsigned int* size) const {
+Status StoreAccess::ReadData(DataId id, void* buffer, unsigned int* size) const {
   if (size == nullptr) return status::kBadArgument;
   if (*size == 0) return status::kOk;
   if (buffer == nullptr) return status::kBadArgument;

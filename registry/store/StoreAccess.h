@@ -31,28 +31,32 @@ class StoreAccess {
   // Reads a record into the caller's, which a failure leaves as it was. Id 0 reads slot 0 of the
   // newest table, which is never handed out and all zero. kInvalidFile: the id names no slot;
   // kInputOutput.
-  Status Read(unsigned int id, TernaryStringNode* node) const {
+  Status Read(StringId id, TernaryStringNode* node) const {
     return ReadAs<NodeKind::kString>(id, node->bytes());
   }
-  Status Read(unsigned int id, TernaryKeyNode* node) const {
+  Status Read(KeyId id, TernaryKeyNode* node) const {
     return ReadAs<NodeKind::kKey>(id, node->bytes());
   }
-  Status Read(unsigned int id, TernaryValueNode* node) const {
+  Status Read(ValueId id, TernaryValueNode* node) const {
     return ReadAs<NodeKind::kValue>(id, node->bytes());
   }
   // The same as a part of the code that it stands in, for loops that do little else.
   template <class Node>
-  __attribute__((always_inline)) Status ReadHere(unsigned int id, Node* node) const {
-    return ReadHereAs<KindOf(static_cast<const Node*>(nullptr))>(id, node->bytes());
+  __attribute__((always_inline)) Status ReadHere(typename Node::Id id, Node* node) const {
+    return ReadHereAs<Node::Id::kKind>(id, node->bytes());
   }
   // The same for a record of any kind.
   Status ReadRecord(NodeKind kind, unsigned int id, void* bytes) const;
   // True when the slot of a string, key or value node was handed out and not given back: its entry
   // in the table is 0, and a free slot's never is. False for an id that names no slot.
   bool IsUsed(NodeKind kind, unsigned int id) const;
+  template <NodeKind kind>
+  bool IsUsed(NodeIdOf<kind> id) const {
+    return IsUsed(kind, id);
+  }
   // Reads up to *size bytes of a chain of data blocks; *size becomes the bytes read. *size 0
   // answers 0 for any id. kInvalidFile for a damaged chain or id 0, kInputOutput.
-  Status ReadData(unsigned int id, void* buffer, unsigned int* size) const;
+  Status ReadData(DataId id, void* buffer, unsigned int* size) const;
   // Where a record, or a block of data, lies in the file. kInvalidFile when the id names no slot.
   Status Resolve(NodeKind kind, unsigned int id, unsigned int* offset) const {
     return store_.tables_.Resolve(kind, id, offset);
@@ -60,7 +64,7 @@ class StoreAccess {
   // SpacePolicy::kReuse.
   bool ReusesSpace() const { return store_.ReusesSpace(); }
   // The id of the root string node, 0 when there is none.
-  unsigned int StartNode() const { return store_.tables_.Header().startNode(); }
+  StringId StartNode() const { return store_.tables_.Header().startNode(); }
   const TernaryNodeDescriptor& Descriptor(NodeKind kind) const {
     return store_.tables_.Descriptor(kind);
   }
@@ -71,9 +75,6 @@ class StoreAccess {
   void Know();
 
  private:
-  static constexpr NodeKind KindOf(const TernaryStringNode*) { return NodeKind::kString; }
-  static constexpr NodeKind KindOf(const TernaryKeyNode*) { return NodeKind::kKey; }
-  static constexpr NodeKind KindOf(const TernaryValueNode*) { return NodeKind::kValue; }
   template <NodeKind kind>
   Status ReadAs(unsigned int id, void* bytes) const;
   template <NodeKind kind>
@@ -98,7 +99,7 @@ class StoreAccess {
   const unsigned char* Mapped(unsigned int offset, unsigned int size) const {
     return IsKnown(offset) ? known_ + offset : store_.file_.Mapped(offset, size);
   }
-  bool ReadBlock(unsigned int id, void* buffer, unsigned int size) const;
+  bool ReadBlock(DataId id, void* buffer, unsigned int size) const;
   bool IsReader() const { return sharing_ == Sharing::kReader; }
   // Of several readers each has its own torn reads.
   Status Noted(Status result) const {

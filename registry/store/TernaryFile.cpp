@@ -245,13 +245,23 @@ unsigned int TernaryFile::ReleaseValueNode(unsigned int, unsigned int id, Ternar
 unsigned int TernaryFile::WriteData(unsigned int, const void* data, unsigned int size,
                                     unsigned int* id) {
   if (id == nullptr) return status::kBadArgument;
-  return InChange(*this, [&](Changes& changes) { return changes.StoreDataAnyhow(data, size, id); });
+  return InChange(*this, [&](Changes& changes) {
+    DataId first;
+    const Status result = changes.StoreDataAnyhow(data, size, &first);
+    *id = first;
+    return result;
+  });
 }
 
 unsigned int TernaryFile::StoreData(unsigned int, const void* data, unsigned int size,
                                     unsigned int* id) {
   if (id == nullptr) return status::kBadArgument;
-  return InChange(*this, [&](Changes& changes) { return changes.StoreData(data, size, id); });
+  return InChange(*this, [&](Changes& changes) {
+    DataId first;
+    const Status result = changes.StoreData(data, size, &first);
+    *id = first;
+    return result;
+  });
 }
 
 unsigned int TernaryFile::ReadData(void* buffer, unsigned int* size, unsigned int id) {

@@ -34,7 +34,8 @@ class ChangesFaultTest : public StoreTest {
     if (result.IsOk()) result = changes.Write(id, Numbered<TernaryStringNode>());
     if (result.IsOk()) result = changes.Release(NodeKind::kString, 0x500);
     if (result.IsOk()) result = changes.ReleaseData(data);
-    if (result.IsOk()) result = changes.StoreData(std::string(100, 'e').data(), 100, &id);
+    DataId stored;
+    if (result.IsOk()) result = changes.StoreData(std::string(100, 'e').data(), 100, &stored);
     if (result.IsOk()) result = changes.SetStartNode(0x200);
     return result;
   }

@@ -13,7 +13,7 @@ Status SubtreeBackup::Prepare() {
   return metValues_.Prepare(store_.Descriptor(NodeKind::kValue));
 }
 
-Status SubtreeBackup::RecursiveBackupKeyTree(unsigned int stringNode) {
+Status SubtreeBackup::RecursiveBackupKeyTree(StringId stringNode) {
   NodeWalk walk(access_, kStoredOrder, metNodes_);
   Status result = walk.Start(stringNode);
   while (result.IsOk() && !walk.IsOver()) {
@@ -28,7 +28,7 @@ Status SubtreeBackup::RecursiveBackupKeyTree(unsigned int stringNode) {
   return result;
 }
 
-Status SubtreeBackup::BackupValue(unsigned int keyNode) {
+Status SubtreeBackup::BackupValue(KeyId keyNode) {
   TernaryKeyNode key;
   Status result = access_.Read(keyNode, &key);
   if (result.IsOk()) result = stream_.Write(key.bytes(), TernaryKeyNode::kSize);

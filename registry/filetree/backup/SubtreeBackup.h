@@ -19,9 +19,9 @@ class SubtreeBackup {
   // kNoMemory.
   Status Prepare();
   // A string node, what its lo, hi, equal and child links lead to, then the key on it.
-  Status RecursiveBackupKeyTree(unsigned int stringNode);
+  Status RecursiveBackupKeyTree(StringId stringNode);
   // A key and its values, each directly followed by its data if that lies in blocks.
-  Status BackupValue(unsigned int keyNode);
+  Status BackupValue(KeyId keyNode);
 
  private:
   Status WriteData(const TernaryValueNode& value);

@@ -8,7 +8,7 @@ Status SubtreeRestore::Restore(const BackupContents& contents, bool asRoot) {
   for (unsigned int i = 0; i < kNodeKinds; ++i) left_[i] = contents.records[i];
   Status result = status::kOk;
   if (contents.hasSubKeys) result = RecursiveRestoreKeyTree(&child_);
-  if (result.IsOk()) result = Take(NodeKind::kKey, &key_);
+  if (result.IsOk()) result = Take(&key_);
   return result.IsOk() ? RestoreKey(key_, asRoot) : result;
 }
 
@@ -20,18 +20,14 @@ bool SubtreeRestore::WasChecked(NodeKind kind) {
   return true;
 }
 
-Status SubtreeRestore::Take(NodeKind kind, unsigned int* id) {
-  return WasChecked(kind) ? changes_.Take(kind, id) : Status(status::kInvalidFile);
-}
-
-Status SubtreeRestore::StoreData(const void* data, unsigned int size, unsigned int* id) {
+Status SubtreeRestore::StoreData(const void* data, unsigned int size, DataId* id) {
   return WasChecked(NodeKind::kData) ? changes_.StoreData(data, size, id)
                                      : Status(status::kInvalidFile);
 }
 
 // Slots are taken in the order of the records: a string node before what its links lead to, its key
 // after that.
-Status SubtreeRestore::RecursiveRestoreKeyTree(unsigned int* first) {
+Status SubtreeRestore::RecursiveRestoreKeyTree(StringId* first) {
   Status result = Enter();
   if (result.IsOk()) *first = way_.Top().id;
   while (result.IsOk() && !way_.IsEmpty()) {
@@ -50,7 +46,7 @@ Status SubtreeRestore::RecursiveRestoreKeyTree(unsigned int* first) {
 // Takes a slot for the next record and reads it.
 Status SubtreeRestore::Enter() {
   Frame next;
-  Status result = Take(NodeKind::kString, &next.id);
+  Status result = Take(&next.id);
   if (result.IsOk()) result = ReadStringRecord(stream_, &next.node, &next.following);
   if (result.IsOk()) result = way_.Push(next);
   return result;
@@ -60,8 +56,8 @@ Status SubtreeRestore::Enter() {
 Status SubtreeRestore::Leave() {
   Frame top = way_.Pop();
   if (top.following.HasKey()) {
-    unsigned int keyId = 0;
-    Status result = Take(NodeKind::kKey, &keyId);
+    KeyId keyId;
+    Status result = Take(&keyId);
     if (result.IsOk()) result = RestoreKey(keyId, false);
     if (!result.IsOk()) return result;
     top.node.setKeyNode(keyId);
@@ -69,7 +65,7 @@ Status SubtreeRestore::Leave() {
   return changes_.Write(top.id, top.node);
 }
 
-Status SubtreeRestore::RestoreKey(unsigned int keyId, bool asRoot) {
+Status SubtreeRestore::RestoreKey(KeyId keyId, bool asRoot) {
   TernaryKeyNode key;
   bool hasValues = false;
   Status result = ReadKeyRecord(stream_, &key, &hasValues);
@@ -83,16 +79,16 @@ Status SubtreeRestore::RestoreKey(unsigned int keyId, bool asRoot) {
 // written when its successor's id is known.
 Status SubtreeRestore::RestoreValues(TernaryKeyNode* key) {
   constexpr unsigned int kMostCounted = 0xFFFF;
-  unsigned int id = 0;
-  Status result = Take(NodeKind::kValue, &id);
+  ValueId id;
+  Status result = Take(&id);
   if (!result.IsOk()) return result;
   key->setFirstValue(id);
   for (unsigned int count = 1; id != 0; ++count) {
     TernaryValueNode value;
     bool hasNext = false;
-    unsigned int nextId = 0;
+    ValueId nextId;
     result = RestoreValueRecord(&value, &hasNext);
-    if (result.IsOk() && hasNext) result = Take(NodeKind::kValue, &nextId);
+    if (result.IsOk() && hasNext) result = Take(&nextId);
     if (!result.IsOk()) return result;
     value.setNextValue(nextId);
     result = changes_.Write(id, value);
@@ -109,7 +105,7 @@ Status SubtreeRestore::RestoreValueRecord(TernaryValueNode* value, bool* hasNext
   Status result = ReadValueRecord(stream_, value, hasNext, &size);
   if (!result.IsOk() || size == 0) return result;
   unsigned char data[kValueDataMax];
-  unsigned int block = 0;
+  DataId block;
   result = stream_.Read(data, size);
   if (result.IsOk()) result = StoreData(data, size, &block);
   value->setDataWord(block);

@@ -18,32 +18,35 @@ class SubtreeRestore {
   // Restores all that the check has found. `asRoot`: the key becomes the root key.
   Status Restore(const BackupContents& contents, bool asRoot);
   // The first node of the sub-keys' names (0: there are none) and the key.
-  unsigned int Child() const { return child_; }
-  unsigned int Key() const { return key_; }
+  StringId Child() const { return child_; }
+  KeyId Key() const { return key_; }
 
  private:
   struct Frame {
     TernaryStringNode node;
-    unsigned int id = 0;
+    StringId id;
     FollowingRecords following;
   };
 
-  Status RecursiveRestoreKeyTree(unsigned int* first);
+  Status RecursiveRestoreKeyTree(StringId* first);
   Status Enter();
   Status Leave();
-  Status RestoreKey(unsigned int keyId, bool asRoot);
+  Status RestoreKey(KeyId keyId, bool asRoot);
   Status RestoreValues(TernaryKeyNode* key);
   Status RestoreValueRecord(TernaryValueNode* value, bool* hasNext);
   bool WasChecked(NodeKind kind);
-  Status Take(NodeKind kind, unsigned int* id);
-  Status StoreData(const void* data, unsigned int size, unsigned int* id);
+  template <NodeKind kind>
+  Status Take(NodeIdOf<kind>* id) {
+    return WasChecked(kind) ? changes_.Take(id) : Status(status::kInvalidFile);
+  }
+  Status StoreData(const void* data, unsigned int size, DataId* id);
 
   Changes& changes_;
   BackupFile& stream_;
   unsigned int left_[kNodeKinds] = {};  // what the check has found and was not restored yet
   Stack<Frame> way_;                    // down to the node that is restored
-  unsigned int child_ = 0;
-  unsigned int key_ = 0;
+  StringId child_;
+  KeyId key_;
 };
 
 }  // namespace tamu::registry

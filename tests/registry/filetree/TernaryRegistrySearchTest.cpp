@@ -11,10 +11,10 @@ typedef TernaryRegistry::KeyMatchDescriptor Match;
 // All that a search reports, the ids in hex.
 std::string Describe(unsigned int result, const Match& match) {
   char text[160];
-  std::snprintf(text, sizeof text,
-                "%u: node %x key %x position %u cut %d previous %x directory %x flags %x", result,
-                match.node, match.keyNode, match.position, match.splitIndex, match.previous,
-                match.directory, static_cast<unsigned int>(match.flags));
+  std::snprintf(
+      text, sizeof text, "%u: node %x key %x position %u cut %d previous %x directory %x flags %x",
+      result, unsigned{match.node}, unsigned{match.keyNode}, match.position, match.splitIndex,
+      unsigned{match.previous}, unsigned{match.directory}, static_cast<unsigned int>(match.flags));
   return text;
 }
 
@@ -29,7 +29,8 @@ std::string Hit(FileTreeRig& rig, const char* path) {
   Match match;
   const unsigned int result = rig.tree.FindKey(0x100u, path, &match);
   char text[64];
-  std::snprintf(text, sizeof text, "%u: node %x key %x", result, match.node, match.keyNode);
+  std::snprintf(text, sizeof text, "%u: node %x key %x", result, unsigned{match.node},
+                unsigned{match.keyNode});
   return text;
 }
 

@@ -16,7 +16,7 @@ class NameSplitTest : public storetests::StoreTest {
     StoreTest::SetUp();
     Changes changes(store);
     for (std::unique_ptr<TernaryString>* each : {&parent, &string}) {
-      ASSERT_EQ(status::kOk, TakeLoaded(changes, NodeKind::kString, TernaryStringNode(), each));
+      ASSERT_EQ(status::kOk, TakeLoaded(changes, TernaryStringNode(), each));
     }
     parent->node->setSplitChar('p');
     for (unsigned int i = 0; i < 4; ++i) string->node->setSegment(i, "abcd"[i]);

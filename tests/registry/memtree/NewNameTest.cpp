@@ -26,7 +26,7 @@ class NewNameTest : public storetests::StoreTest {
 TEST_F(NewNameTest, AnObjectIsTakenAndNotWritten) {
   Changes changes(store);
   std::unique_ptr<TernaryString> string;
-  ASSERT_EQ(status::kOk, TakeLoaded(changes, NodeKind::kString, TernaryStringNode(), &string));
+  ASSERT_EQ(status::kOk, TakeLoaded(changes, TernaryStringNode(), &string));
   EXPECT_EQ(0x100u, string->id);
   EXPECT_EQ(storetests::Hex(TernaryStringNode()), storetests::Hex(*string->node));
   EXPECT_EQ(storetests::Hex(TernaryStringNode()), Record(1));

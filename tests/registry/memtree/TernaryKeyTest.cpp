@@ -28,7 +28,7 @@ class TernaryKeyTest : public ::testing::Test {
       EXPECT_EQ(value->id, nextId);
       nextId = value->node->nextValue();
       char id[16];
-      std::snprintf(id, sizeof id, "%x ", value->id);
+      std::snprintf(id, sizeof id, "%x ", unsigned{value->id});
       text += (text.empty() ? "" : ", ") + std::string(id) + value->node->name();
     }
     EXPECT_EQ(0u, nextId);

@@ -11,10 +11,11 @@ class TernaryKeyTreeSearchTest : public ::testing::Test {
     TernaryKeyTree::KeyMatchDescriptor match;
     const unsigned int result = TernaryKeyTree::FindKey(rig.Root(), path, &match);
     char text[120];
+    const StringId before = match.previous != nullptr ? match.previous->id : StringId();
     std::snprintf(text, sizeof text,
                   "%u string %x node %x at %u run %d parent %x owner %x flags %x", result,
-                  match.string->id, match.nodeId, match.position, match.splitIndex,
-                  match.previous != nullptr ? match.previous->id : 0, match.owner->id, match.flags);
+                  unsigned{match.string->id}, unsigned{match.nodeId}, match.position,
+                  match.splitIndex, unsigned{before}, unsigned{match.owner->id}, match.flags);
     return text;
   }
   LoadedTreeRig rig;

@@ -356,8 +356,9 @@ TEST_F(ChangesTest, NothingIsChangedWhenNoFileIsOpen) {
     EXPECT_EQ(status::kInputOutput, changes.Take(NodeKind::kKey, &id));
     EXPECT_EQ(0x5555u, id);
     EXPECT_EQ(status::kInputOutput, changes.Release(NodeKind::kString, 0x100));
-    EXPECT_EQ(status::kInputOutput, changes.StoreData("x", 1, &id));
-    EXPECT_EQ(0u, id);
+    DataId data = 0x5555;
+    EXPECT_EQ(status::kInputOutput, changes.StoreData("x", 1, &data));
+    EXPECT_EQ(0u, data);
     EXPECT_EQ(status::kInputOutput, changes.ReleaseData(0x100));
     EXPECT_EQ(status::kInputOutput,
               changes.Grow(&store.Descriptor(NodeKind::kKey), 24, kExpansionSlots));
@@ -371,7 +372,7 @@ TEST_F(ChangesTest, StoresDataInBlocksOfWhichTheLastIsFilledWithZeros) {
   std::string expected = Bytes();
   {
     Changes changes(store);
-    unsigned int id = 0;
+    DataId id;
     ASSERT_EQ(status::kOk, changes.StoreData(std::string(70, 'd').data(), 70, &id));
     EXPECT_EQ(0x100u, id);
     EXPECT_EQ(2u, store.Descriptor(NodeKind::kData).usedNodes);
@@ -388,7 +389,7 @@ TEST_F(ChangesTest, RefusesDataOfNoSizeAndOfTooMuch) {
   const std::string before = Bytes();
   const std::string data(1025, 'd');
   Changes changes(store);
-  unsigned int id = 0x5555;
+  DataId id = 0x5555;
   EXPECT_EQ(status::kBadArgument, changes.StoreData(data.data(), 0, &id));
   EXPECT_EQ(0u, id);
   EXPECT_EQ(status::kLimit, changes.StoreData(data.data(), 1025, &id));
@@ -418,7 +419,7 @@ class OverwrittenDataTest : public StoreTest {
     Changes changes(store);
     for (unsigned int size : {64u, 200u, 1024u}) {
       const std::string text(size, 'x');
-      unsigned int id = 0;
+      DataId id;
       ASSERT_EQ(status::kOk, changes.StoreData(text.data(), size, &id));
       ids.push_back(id);
     }
@@ -435,7 +436,7 @@ class OverwrittenDataTest : public StoreTest {
   }
   unsigned int StoreAnew(unsigned int id, const std::string& text) {
     Changes changes(store);
-    unsigned int stored = 0;
+    DataId stored;
     EXPECT_EQ(status::kOk, changes.ReleaseData(id));
     EXPECT_EQ(status::kOk,
               changes.StoreData(text.data(), static_cast<unsigned int>(text.size()), &stored));
