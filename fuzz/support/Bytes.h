@@ -25,7 +25,8 @@ class Bytes {
 
   // A text of at most so many bytes, whose length stands before it.
   std::string Text(unsigned int most) {
-    const size_t length = std::min<size_t>(Below(most + 1), static_cast<size_t>(end_ - at_));
+    const size_t wanted = Below(most + 1);  // first: it moves on
+    const size_t length = std::min(wanted, static_cast<size_t>(end_ - at_));
     const std::string text(reinterpret_cast<const char*>(at_), length);
     at_ += length;
     return text;
