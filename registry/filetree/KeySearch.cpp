@@ -69,12 +69,24 @@ Status SearchNodes(const StoreAccess& access, StringId startNode, const char* pa
 
 Status ReachKey(const StoreAccess& access, unsigned int user, StringId startNode, const char* path,
                 unsigned char rights, Reached* reached, SubtreeNodes* spare) {
-  NodeMatch match;
-  Status result = SearchNodes(access, startNode, path, &match, spare);
-  if (!result.IsOk()) return result;
-  reached->nodeId = match.node;
-  reached->keyId = match.keyNode;
-  if (match.keyNode != 0) result = access.ReadHere(match.keyNode, &reached->key);
+  // Who wants to know what is on the way has to go there. Test:
+  // RegistryPathsOfFilesTest.WhatIsOnTheWayToADeletedKeyStaysThoughTheWayWasKnown
+  const PathMemo::Question question(spare == nullptr ? access.Paths() : nullptr,
+                                    access.Descriptor(NodeKind::kKey).usedNodes, startNode, path);
+  PathMemo::Place place;
+  Status result = status::kOk;
+  if (question.Find(&place)) {
+    reached->nodeId = static_cast<unsigned int>(place.end);
+    reached->keyId = static_cast<unsigned int>(place.extra);
+  } else {
+    NodeMatch match;
+    result = SearchNodes(access, startNode, path, &match, spare);
+    if (!result.IsOk()) return result;
+    question.Keep(match.node, match.keyNode);
+    reached->nodeId = match.node;
+    reached->keyId = match.keyNode;
+  }
+  if (reached->keyId != 0) result = access.ReadHere(reached->keyId, &reached->key);
   if (!result.IsOk()) return result;
   return IsAllowed(reached->key, user, rights) ? status::kOk : status::kNoRight;
 }

@@ -152,6 +152,7 @@ void LoadedStrings::AddOrphan(TernaryString* string) {
 
 // Test: TernaryKeyTreeDeletionTest.WhatAHandleNeedsStaysForIt
 void LoadedStrings::RecursiveDeleteKeyTree(TernaryString* string) {
+  TernaryString::ForgetPaths();  // of those that stay
   StringWalk walk(kStoredOrder);
   for (walk.Start(string); !walk.IsOver(); walk.Next()) {
     TernaryString& s = walk.Current();

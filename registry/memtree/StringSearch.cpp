@@ -54,4 +54,25 @@ Status SearchStrings(TernaryString* start, const char* path, StringMatch* match)
   return SearchPath(cursor, path != nullptr ? path : "", match);
 }
 
+Status ReachString(TernaryString* start, const char* path, TernaryString** string,
+                   TernaryString** owner) {
+  const PathMemo::Question question(TernaryString::Paths(), TernaryString::Count(),
+                                    reinterpret_cast<std::uintptr_t>(start), path);
+  PathMemo::Place place;
+  if (question.Find(&place)) {
+    *string = reinterpret_cast<TernaryString*>(place.end);
+    *owner = reinterpret_cast<TernaryString*>(place.extra);
+    if ((*string)->key != nullptr) return status::kOk;
+  }
+  StringMatch match;
+  const Status result = SearchStrings(start, path, &match);
+  if (!result.IsOk()) return result;
+  if (match.string->key == nullptr) return status::kNotFound;
+  *string = match.string;
+  *owner = match.owner;
+  question.Keep(reinterpret_cast<std::uintptr_t>(match.string),
+                reinterpret_cast<std::uintptr_t>(match.owner));
+  return result;
+}
+
 }  // namespace tamu::registry

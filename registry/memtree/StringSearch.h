@@ -20,4 +20,9 @@ struct StringMatch : PathMatch {
 // Searches from `start`, in memory alone. 0 or kNotFound. `match` must be as constructed.
 Status SearchStrings(TernaryString* start, const char* path, StringMatch* match);
 
+// Finds the key of a path, and the string whose directory holds its level; in memory alone, and
+// without a walk if the path was searched lately. 0 or kNotFound.
+Status ReachString(TernaryString* start, const char* path, TernaryString** string,
+                   TernaryString** owner);
+
 }  // namespace tamu::registry

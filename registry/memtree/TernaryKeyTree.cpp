@@ -90,15 +90,11 @@ Status TernaryKeyTree::Reach(unsigned int user, void* tree, const char* path, un
   TernaryString* start =
       tree != nullptr ? static_cast<TernaryHandle*>(tree)->start : GetStartString(0);
   if (start == nullptr) return tree != nullptr ? status::kBadArgument : status::kNotFound;
-  StringMatch match;
-  const Status result = SearchStrings(start, path, &match);
+  const Status result = ReachString(start, path, &found->string, &found->owner);
   if (!result.IsOk()) return result;
-  TernaryKey* key = match.string->key;
-  if (key == nullptr) return status::kNotFound;
+  TernaryKey* key = found->string->key;
   if (!IsAllowed(*key->node, user, rights)) return status::kNoRight;
-  found->string = match.string;
   found->key = key;
-  found->owner = match.owner;
   if (name == nullptr) return status::kOk;
   return key->FindValue(name, found->value);
 }

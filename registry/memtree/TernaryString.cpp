@@ -1,6 +1,28 @@
 #include "registry/memtree/TernaryString.h"
 
+#include "registry/store/Immortal.h"
+
 namespace tamu::registry {
+
+namespace {
+
+Immortal<PathMemo> sPaths;
+std::atomic<unsigned int> sCount{0};
+std::atomic<unsigned int> sLocked{0};
+
+}  // namespace
+
+PathMemo* TernaryString::Paths() {
+  return sLocked.load(std::memory_order_relaxed) == 0 ? &sPaths.value : nullptr;
+}
+
+void TernaryString::ForgetPaths() {
+  sPaths.value.Forget();
+}
+
+unsigned int TernaryString::Count() {
+  return sCount.load(std::memory_order_relaxed);
+}
 
 TernaryString::TernaryString(StringId nodeId, TernaryStringNode* record)
     : id(nodeId),
@@ -11,6 +33,13 @@ TernaryString::TernaryString(StringId nodeId, TernaryStringNode* record)
       directoryKnown_(false) {
   setFlag(TernaryStringNode::kFlagLocked, false);
   setFlag(TernaryStringNode::kFlagWaiters, false);
+  ++sCount;
+}
+
+TernaryString::~TernaryString() {
+  --sCount;
+  if (lockHandle != nullptr) --sLocked;
+  ForgetPaths();
 }
 
 void TernaryString::setFlag(unsigned char flag, bool on) {
@@ -57,6 +86,7 @@ unsigned int TernaryString::Lock(TernaryHandle* handle) {
   directoryKnown_ = directory != nullptr;
   directory = nullptr;
   lockHandle = handle;
+  ++sLocked;
   ++handle->lockedStrings;
   setFlag(TernaryStringNode::kFlagLocked, true);
   return status::kOk;
@@ -77,6 +107,7 @@ unsigned int TernaryString::Unlock() {
     for (; handle->waiterCount > 0; --handle->waiterCount) handle->ack.Take();
   }
   lockHandle = nullptr;
+  --sLocked;
   --handle->lockedStrings;
   return status::kOk;
 }

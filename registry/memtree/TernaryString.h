@@ -6,6 +6,7 @@
 #include "registry/format/TernaryStringNode.h"
 #include "registry/memtree/TernaryHandle.h"
 #include "registry/memtree/TernaryKey.h"
+#include "registry/store/PathMemo.h"
 
 namespace tamu::registry {
 
@@ -19,6 +20,7 @@ class TernaryString {
  public:
   // `record` was made by new and becomes this object's; a lock that it tells of is forgotten.
   TernaryString(StringId nodeId, TernaryStringNode* record);
+  ~TernaryString();
   TernaryString(const TernaryString&) = delete;
   TernaryString& operator=(const TernaryString&) = delete;
 
@@ -36,6 +38,12 @@ class TernaryString {
   unsigned int Unlock();
 
   // True when somebody has locked it or waits to: it must not be destroyed.
+  // Of all strings: from where a path starts to where it ends, and to the owner of its last level.
+  // Null while any string is locked, and hides what is below.
+  static PathMemo* Paths();
+  // For whoever takes strings out of a tree and does not free them: paths may lead elsewhere.
+  static void ForgetPaths();
+  static unsigned int Count();  // about how many there are
   bool isBusy() const { return isLocked() || waiting > 0; }
   // True when a handle starts here, or the string is busy: it must stay with all that it leads to.
   bool isInUse() const { return loadCount != 0 || isBusy(); }

@@ -34,6 +34,11 @@ Changes::~Changes() {
   if (store_.journal_.IsBroken()) store_.file_.Abandon();
 }
 
+bool Changes::UndoTo(const Mark& mark) {
+  if (store_.undo_.Here().entries != mark.entries) ForgetPaths();
+  return store_.undo_.UndoTo(mark, store_.file_, store_.tables_);
+}
+
 Status Changes::End(Status result) {
   switch (result) {
     case status::kInputOutput:
@@ -101,6 +106,7 @@ Status Changes::WriteInteger(unsigned int offset, unsigned int value) {
 Status Changes::WriteRecord(NodeKind kind, unsigned int id, const void* bytes) {
   if (id == 0) return status::kBadArgument;
   if (SlotOf(id) == 0) return status::kInvalidFile;
+  if (kind == NodeKind::kString) ForgetPaths();
   unsigned int offset = 0;
   const Status found = Resolve(kind, id, &offset);
   if (found.IsOk()) return WriteBytes(offset, RecordSizeOf(kind), bytes);

@@ -34,7 +34,7 @@ class Changes : public StoreAccess {
   Mark Here() const { return store_.undo_.Here(); }
   // False when that cannot be written now: it will be as soon as it can, even if the change is
   // kept, and until then every write answers kInputOutput.
-  bool UndoTo(const Mark& mark) { return store_.undo_.UndoTo(mark, store_.file_, store_.tables_); }
+  bool UndoTo(const Mark& mark);
 
   // Writes a record. kBadArgument for id 0; kInvalidFile: the id names no slot that is handed out;
   // kInputOutput: a part may be written; kNoMemory: nothing is.
@@ -101,6 +101,8 @@ class Changes : public StoreAccess {
   }
   Status WriteInteger(unsigned int offset, unsigned int value);
   Status WriteBytes(unsigned int offset, unsigned int size, const void* data);
+  // Bytes that may be those of string nodes are written.
+  void ForgetPaths() { store_.ForgetPaths(); }
   const StoreFile& Bytes() const { return store_.file_; }
 
  private:

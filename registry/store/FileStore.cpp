@@ -29,6 +29,7 @@ Status FileStore::Open(const char* path) {
 // Nothing of what is open is given up before the new file has all that is needed. What is read
 // here is no change that a process has died in: that is completed first.
 Status FileStore::Load(const char* path) {
+  ForgetPaths();
   isFollowed_ = false;
   StopJournal();
   file_.Others().Watch(nullptr, 0);
@@ -100,6 +101,14 @@ void FileStore::CountIfOther() {
   hash_ = hash;
 }
 
+PathMemo* FileStore::Paths() const {
+  return journal_.IsOn() ? &ProcessFile::Paths() : nullptr;
+}
+
+void FileStore::ForgetPaths() {
+  ProcessFile::Paths().Forget();
+}
+
 void FileStore::Enter() {
   file_.Others().SetTorn(false);  // what a read before this scope has met
   file_.Refresh();
@@ -152,6 +161,7 @@ void FileStore::TakeLock() {
   if (locks_++ > 0 || !journal_.IsOn() || !file_.IsOpen()) return;
   Status result = journal_.Lock(file_);
   hasLock_ = result.IsOk();
+  if (IsReadOnly()) ForgetPaths();  // a copy may be what is read now
   file_.Others().Watch(nullptr, 0);
   if (hasLock_ && !journal_.IsOwing() && journal_.Sequence() != known_) result = Renew();
   file_.Block(!result.IsOk());
@@ -167,6 +177,7 @@ void FileStore::GiveLock() {
 }
 
 Status FileStore::Renew() {
+  ForgetPaths();
   undo_.Clear();
   if (!file_.OfProcess().HasCopy()) file_.Renew();
   if (tables_.Renew(file_)) return status::kOk;
@@ -253,6 +264,7 @@ Status FileStore::ReadChanges(unsigned long long* after, ChangeList* changes) {
 }
 
 void FileStore::FinishUndoing() {
+  ForgetPaths();
   if (!file_.IsOpen()) {
     undo_.Clear();
   } else if (undo_.Finish(file_, tables_)) {

@@ -128,6 +128,9 @@ class FileStore {
   void CountIfOther();
   bool IsPlaceSame(bool* isYoung) const;
   Status AskForChanges();
+  PathMemo* Paths() const;
+  // Paths may lead elsewhere from here on.
+  void ForgetPaths();
   // For the outermost scope of a thread. Enter: nothing that others have changed is unknown from
   // here on.
   void Enter();

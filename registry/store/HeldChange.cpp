@@ -25,6 +25,7 @@ Status HeldChange::Begin(FileStore& store) {
 }
 
 void HeldChange::Exchange() {
+  if (!undo_.IsEmpty() || !store_->undo_.IsEmpty()) store_->ForgetPaths();
   store_->tables_.Swap(tables_);
   store_->undo_.Swap(undo_);
   store_->file_.ExchangeGathered(gathered_, isGathering_);

@@ -15,6 +15,7 @@ namespace {
 Immortal<PCFile> sFile;
 Immortal<PCMutex> sLock;
 Immortal<PCReaders> sReaders;
+Immortal<PathMemo> sPaths;
 
 int MakeLock() {
   sLock.value.Admit(&sReaders.value);
@@ -37,6 +38,10 @@ PCMutex& ProcessFile::Lock() {
 
 PCReaders& ProcessFile::Readers() {
   return sReaders.value;
+}
+
+PathMemo& ProcessFile::Paths() {
+  return sPaths.value;
 }
 
 PCFile& ProcessFile::File() {

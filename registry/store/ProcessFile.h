@@ -4,6 +4,7 @@
 #include "platform/PCFile.h"
 #include "platform/PCMutex.h"
 #include "platform/PCReaders.h"
+#include "registry/store/PathMemo.h"
 
 namespace tamu::registry {
 
@@ -19,6 +20,8 @@ class ProcessFile {
   // Those who only look at the file and at what stores know of it, beside each other.
   static PCReaders& Readers();
   static PCFile& File();
+  // Of the file that is open: from the root's string node to the ids of string and key.
+  static PathMemo& Paths();
 
   // In a process that was forked: the other one goes on with the file, this one without any.
   static void StartAnew();

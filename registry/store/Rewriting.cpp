@@ -13,6 +13,7 @@ Status Rewriting::Run(FileRewriter& rewriter) {
   if (!result.IsOk() || bytes == nullptr) return changes.Keep(result);
   if (store_.IsReadOnly()) return status::kNoRight;
   TableMap tables;
+  changes.ForgetPaths();
   result = Put(changes, bytes, size);
   if (result.IsOk()) result = Load(&tables, size);
   result = changes.End(result);

@@ -61,6 +61,8 @@ class StoreAccess {
   Status Resolve(NodeKind kind, unsigned int id, unsigned int* offset) const {
     return store_.tables_.Resolve(kind, id, offset);
   }
+  // What is known of the paths from the root. Null where nobody tells when others change the file.
+  PathMemo* Paths() const { return store_.Paths(); }
   // SpacePolicy::kReuse.
   bool ReusesSpace() const { return store_.ReusesSpace(); }
   // The id of the root string node, 0 when there is none.

@@ -22,6 +22,7 @@ unsigned int InChange(FileStore& store, Part part) {
 // leave a part there.
 Status WriteAnywhere(FileStore& store, Changes& changes, unsigned int offset, unsigned int size,
                      const void* data) {
+  changes.ForgetPaths();
   const Status result = changes.WriteBytes(offset, size, data);
   if (result != status::kInputOutput) return result;
   const unsigned long long end = offset + static_cast<unsigned long long>(size);
@@ -105,6 +106,7 @@ unsigned int TernaryFile::FileWriteInteger(unsigned int offset, unsigned int val
 
 unsigned int TernaryFile::FileFillSequence(unsigned int offset, unsigned int, unsigned int first,
                                            unsigned int count) {
+  Changes(*this).ForgetPaths();
   LockedAccess access(*this);
   return Bytes().WriteSequence(offset, first, count);
 }

@@ -77,6 +77,31 @@ TEST_F(TernaryKeyTreeSearchTest, WhatIsNotLoadedIsToldByItsId) {
   EXPECT_EQ("2 string 200 node 500 at 1 run -1 parent 100 owner 100 flags 2", Search("m"));
 }
 
+// What was found before counts for nothing.
+TEST_F(TernaryKeyTreeSearchTest, BelowALockedStringNothingIsFound) {
+  rig.Create({"a", "a/b"});
+  TernaryHandle* handle = rig.Load("");
+  TernaryString* string = nullptr;
+  TernaryKey* key = nullptr;
+  TernaryString* owner = nullptr;
+  EXPECT_EQ(status::kOk, rig.Find(handle, "a/b"));
+  EXPECT_EQ(status::kOk, rig.loaded.FindKey(handle, "a", string, key, owner));
+  ASSERT_EQ(status::kOk, string->Lock(handle));
+  EXPECT_EQ(status::kNotFound, rig.Find(handle, "a/b"));
+  ASSERT_EQ(status::kOk, string->Unlock());
+  EXPECT_EQ(status::kOk, rig.Find(handle, "a/b"));
+}
+
+TEST_F(TernaryKeyTreeSearchTest, AKeyThatIsNotLoadedAnyMoreIsNotFound) {
+  rig.Create({"a", "a/b"});
+  TernaryHandle* root = rig.Load("");
+  rig.Load("a/b");
+  EXPECT_EQ(status::kOk, rig.Find(nullptr, "a"));
+  EXPECT_EQ(status::kOk, rig.Unload(root));
+  EXPECT_EQ(status::kNotFound, rig.Find(nullptr, "a"));
+  EXPECT_EQ(status::kOk, rig.Find(nullptr, "a/b"));
+}
+
 TEST_F(TernaryKeyTreeSearchTest, ANameWithoutAKeyIsNotFound) {
   rig.Create({"ab", "bc"});  // "a" and "b" are branches in a chain of single characters
   rig.Create({"abc"});

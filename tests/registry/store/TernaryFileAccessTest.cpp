@@ -30,6 +30,29 @@ TEST_F(TernaryFileAccessTest, TransfersExactlyTheBytesAskedFor) {
   EXPECT_EQ(std::string(in, in + 5), std::string("\x09\x80\0\xFF\x09", 5));
 }
 
+// What is written by its offset may be where a path leads.
+TEST_F(TernaryFileAccessTest, AfterWritesByOffsetNoPathIsKnown) {
+  RegistryOptions options;
+  options.durability = Durability::kProcess;
+  TernaryFile shared;
+  shared.SetOptions(options);
+  ASSERT_EQ(status::kOk, shared.Open(path.c_str()));
+  const auto isKnownBehind = [&](const auto& operation) {
+    PathMemo* const memo = StoreAccess(shared).Paths();
+    PathMemo::Question(memo, 10, 1, "house").Keep(2, 3);
+    EXPECT_EQ(status::kOk, operation());
+    PathMemo::Place place;
+    return PathMemo::Question(memo, 10, 1, "house").Find(&place);
+  };
+  const unsigned char bytes[4] = {};
+  unsigned int number = 0;
+  EXPECT_TRUE(isKnownBehind([&] { return shared.FileReadInteger(100, &number); }));
+  EXPECT_FALSE(isKnownBehind([&] { return shared.WriteToFile(100, 4, bytes); }));
+  EXPECT_FALSE(isKnownBehind([&] { return shared.WriteChanges(0, 100, 4, bytes); }));
+  EXPECT_FALSE(isKnownBehind([&] { return shared.FileWriteInteger(100, 0); }));
+  EXPECT_FALSE(isKnownBehind([&] { return shared.FileFillSequence(100, 0, 1, 1); }));
+}
+
 TEST_F(TernaryFileAccessTest, ReadingBeyondTheEndAnswers5) {
   unsigned int value = 77;
   EXPECT_EQ(status::kOk, store.FileReadInteger(75884, &value));
