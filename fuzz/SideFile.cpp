@@ -15,7 +15,8 @@ using namespace tamu::registry;
 
 constexpr unsigned int kPatience = 10;  // milliseconds
 
-// A journal with records as the input tells, or any bytes.
+// A journal with records as the input tells, or any bytes. Each choice is a statement of its own:
+// in which order a call's arguments are evaluated differs between compilers.
 std::string Left(Bytes& in, const std::string& file) {
   using namespace journal_bytes;
   const unsigned int kind = in.Below(4);
@@ -24,16 +25,19 @@ std::string Left(Bytes& in, const std::string& file) {
   for (unsigned int records = 1 + in.Below(3); records > 0; --records) {
     std::string text = in.Text(64);
     text.resize((text.size() + 3) / 4 * 4);
-    std::string record = RecordOf(in.Below(76000), text, file, in.Below(4));
+    const unsigned int place = in.Below(76000);
+    std::string record = RecordOf(place, text, file, in.Below(4));
     for (unsigned int changes = in.Below(3); changes > 0; --changes) {
-      Put32(&record, 4 * in.Below(static_cast<unsigned int>(record.size() / 4)), in.Below(0));
+      const unsigned int word = in.Below(static_cast<unsigned int>(record.size() / 4));
+      Put32(&record, 4 * word, in.Below(0));
     }
     if (kind != 0) record = Sealed(record);
     if (journal.empty()) journal = kind == 0 ? ProcessJournal("") : Head(2);
     journal += record;
   }
   for (unsigned int changes = in.Below(4); changes > 0; --changes) {
-    Put32(&journal, 4 * in.Below(60), in.Below(2) != 0 ? in.Below(0) : in.Below(3));
+    const unsigned int word = in.Below(60);
+    Put32(&journal, 4 * word, in.Below(2) != 0 ? in.Below(0) : in.Below(3));
   }
   return journal;
 }
