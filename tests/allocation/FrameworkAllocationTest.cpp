@@ -1,9 +1,13 @@
 // Making the framework with each of its allocations failing in turn.
 #include <pthread.h>
 
+#include <cstdint>
+
 #include "framework/YAX.h"
 #include "framework/YAXStatus.h"
 #include "framework/internal/CYAXCompBase.h"
+#include "framework/internal/FunctionTable.h"
+#include "platform/PCList.h"
 #include "registry/RegistryInstance.h"
 #include "tests/allocation/CountedHeap.h"
 #include "tests/framework/ChosenDurability.h"
@@ -289,6 +293,32 @@ TEST_F(FrameworkAllocationTest, AListingWithoutMemoryLeavesTheListAsItWas) {
   }
   registry->Release();
   EXPECT_EQ(yax_framework::kOk, DestroyYAX());
+}
+
+TEST_F(FrameworkAllocationTest, AFunctionThatCannotBeKeptIsRefused) {
+  const auto function = reinterpret_cast<YAX_FACTORY_FN>(std::uintptr_t{0x12345678});
+  const unsigned int word = FunctionTable::WordOf(function);
+  if (sizeof(function) == sizeof word) GTEST_SKIP() << "addresses are kept whole";
+  heap::sFailing = 1;
+  EXPECT_EQ(yax_framework::kNoMemory, FunctionTable::Add(function));
+  EXPECT_EQ(0u, heap::sFailing);
+  EXPECT_EQ(nullptr, FunctionTable::Find(word));
+}
+
+TEST_F(FrameworkAllocationTest, AListKeepsWhatItHasWhenThereIsNoRoomForMore) {
+  PCList list;
+  ASSERT_EQ(1, list.Create());
+  int element = 7;
+  const unsigned long long number = 8;
+  ASSERT_EQ(1, list.Add(&element, PCList::AtEnd));
+  heap::sFailing = 1;
+  EXPECT_EQ(0, list.Add(&element, PCList::AtEnd));
+  heap::sFailing = 1;
+  EXPECT_EQ(0, list.Add(&number, PCList::AtFront));
+  EXPECT_EQ(0u, heap::sFailing);
+  EXPECT_EQ(1u, list.Count());
+  ASSERT_EQ(1, list.Seek(0, PCList::First));
+  EXPECT_EQ(&element, list.Data());
 }
 
 }  // namespace

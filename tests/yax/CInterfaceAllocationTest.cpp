@@ -119,5 +119,16 @@ TEST_F(CInterfaceAllocationTest, AWatchIsMadeOrNot) {
   EXPECT_LE(2u, failed);
 }
 
+TEST_F(CInterfaceAllocationTest, ATransactionIsBegunOrNot) {
+  const unsigned int failed = FailEverywhere([this] {
+    yax_transaction* transaction = nullptr;
+    const yax_status result = yax_begin(registry, &transaction);
+    EXPECT_EQ(result == YAX_OK, transaction != nullptr);
+    yax_cancel(transaction);
+    return result;
+  });
+  EXPECT_LE(1u, failed);
+}
+
 }  // namespace
 }  // namespace yax

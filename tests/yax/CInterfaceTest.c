@@ -147,6 +147,8 @@ static void TextsHaveALength(void) {
   CHECK_STATUS(YAX_OK, yax_set_text(key, "t", "", 0));
   CHECK_STATUS(YAX_OK, yax_get_text(key, "t", text, 1, &length));
   CHECK(length == 0 && text[0] == 0);
+  CHECK_STATUS(YAX_OK, yax_get_data(key, "t", NULL, text, sizeof text, &length));
+  CHECK(length == 1 && text[0] == 0);
   memset(large, 'x', sizeof large);
   CHECK_STATUS(YAX_OK, yax_set_text(key, "t", large, 1023));
   CHECK_STATUS(YAX_OK, yax_get_text(key, "t", text, sizeof text, NULL));
@@ -518,6 +520,7 @@ static void ChangesAreTold(void) {
   CHECK_STATUS(YAX_OK, yax_watch_next(watch, 60000, &change));
   CHECK(change.kind == YAX_VALUE_CREATED && strcmp(change.name, "mtu") == 0);
   CHECK_STATUS(YAX_NO_DATA, yax_watch_next(watch, 1, &change));
+  CHECK_STATUS(YAX_BAD_ARGUMENT, yax_watch_next(watch, 0, NULL));
   yax_close(registry);
   CHECK_STATUS(YAX_NO_RIGHT, yax_watch_next(watch, 0, &change));
   yax_watch_free(watch);

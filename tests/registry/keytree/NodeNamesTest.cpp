@@ -72,6 +72,36 @@ TEST(NodeNames, ATakenNameLeavesLinksAndFlags) {
       Hex(node));
 }
 
+// Whatever is not exactly what a cut leaves is somebody else's name.
+TEST(NodeNames, APartIsKnownByWhatItWasCutFrom) {
+  constexpr StringId kLower = 7;
+  TernaryStringNode name;
+  ASSERT_EQ(8u, TakeName(&name, "abcdefgh"));
+  for (unsigned int cut = 0; cut < 7; ++cut) {
+    const TernaryStringNode upper = UpperPart(name, cut, kLower);
+    const TernaryStringNode lower = LowerPart(name, cut);
+    EXPECT_TRUE(IsCutFrom(upper, lower, kLower)) << cut;
+    EXPECT_FALSE(IsCutFrom(upper, lower, kLower + 1)) << cut;
+    EXPECT_FALSE(IsCutFrom(upper, name, kLower)) << cut;  // still whole
+    TernaryStringNode broken = lower;
+    broken.setSegmentLength(TernaryStringNode::kSegmentMax + 1);
+    EXPECT_FALSE(IsCutFrom(upper, broken, kLower)) << cut;
+    broken.setSegmentLength(TernaryStringNode::kSegmentMax - cut);  // no room for both
+    EXPECT_FALSE(IsCutFrom(upper, broken, kLower)) << cut;
+    broken = upper;
+    broken.setSegmentLength(TernaryStringNode::kSegmentMax + 1);
+    EXPECT_FALSE(IsCutFrom(broken, lower, kLower)) << cut;
+    broken = upper;
+    broken.setFlags(TernaryStringNode::kFlagKey);
+    EXPECT_FALSE(IsCutFrom(broken, lower, kLower)) << cut;
+    for (const char c : {'\0', '/'}) {
+      broken = upper;
+      broken.setSplitChar(static_cast<signed char>(c));
+      EXPECT_FALSE(IsCutFrom(broken, lower, kLower)) << cut;
+    }
+  }
+}
+
 TEST(NodeNames, TheFirstCharacterIsOfTheSegmentIfThereIsOne) {
   TernaryStringNode node;
   node.setSplitChar('s');

@@ -52,6 +52,7 @@ TEST(RegistryInterface, EveryOperationOfTheBaseIsNotSupported) {
   EXPECT_EQ(kNo, 37u);
   EXPECT_EQ(kNo, base.Initialize("p"));
   EXPECT_EQ(kNo, base.Finalize());
+  EXPECT_EQ(kNo, base.Walk(1, tree, "p", nullptr));
   EXPECT_EQ(kNo, base.CreateKey(1, tree, "p", 0, false));
   EXPECT_EQ(kNo, base.DeleteKey(1, tree, "p"));
   EXPECT_EQ(kNo, base.FindKey(1, tree, "p", 0));
