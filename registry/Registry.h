@@ -303,8 +303,8 @@ class YAX_API Registry {
   // Makes a key of exactly this path, with the keys above it where they are missing; without
   // `withParents` that is kBadArgument, as an empty component always is. No default value. Right:
   // create on the last key that is there, else kNoRight. kExists: it is there, as the root always
-  // is. After a refusal or a failure those that were made above it are gone again, and the file is
-  // as it was. Test: RegistryExact.ParentsAreMadeWhenAskedForAndRefusalsTakeNothing
+  // is. After a refusal those that were made above it are gone again, and the file is as it was.
+  // Test: RegistryExact.ParentsAreMadeWhenAskedForAndRefusalsTakeNothing
   unsigned int MakeKey(const char* keyPath, bool withParents = true);
   // Creates a value or gives it another type and data; one that holds just that is not written
   // again. All 64 bits of a number count, whose size must be 8. Rights: create; modify.
