@@ -30,9 +30,10 @@ unsigned int Mix(unsigned int hash, std::uintptr_t word) {
 
 // After so many changes that the ages start over, nothing may be left that looks young.
 void PathMemo::Forget() {
-  if (age_.fetch_add(1, std::memory_order_relaxed) != 0xFFFFFFFF) return;
+  constexpr unsigned int kMost = 0xFFFFFFFE;
+  if (forgotten_.fetch_add(1, std::memory_order_relaxed) + 1 < kMost) return;
   for (Entry& entry : entries_) entry.age.store(0, std::memory_order_relaxed);
-  age_.store(1, std::memory_order_relaxed);
+  forgotten_.store(0, std::memory_order_relaxed);
 }
 
 PathMemo::Question::Question(PathMemo* memo, unsigned int keys, std::uintptr_t start,
@@ -41,7 +42,7 @@ PathMemo::Question::Question(PathMemo* memo, unsigned int keys, std::uintptr_t s
   const size_t length = strnlen(path, kPathMax);
   if (length == 0 || length == kPathMax) return;
   memo_ = memo;
-  age_ = memo->age_.load(std::memory_order_relaxed);
+  age_ = memo->forgotten_.load(std::memory_order_relaxed) + 1;
   mask_ = EntriesFor(keys) - 1;
   start_ = start;
   std::memcpy(path_, path, length);

@@ -49,7 +49,8 @@ class PathMemo {
   };
   static_assert(sizeof(Entry) == kLine, "each entry is one fetch");
 
-  std::atomic<unsigned int> age_{1};  // of what holds now
+  // All zero at first: in static storage it takes no room in the library's file.
+  std::atomic<unsigned int> forgotten_{0};  // how often; one less than the age of what holds now
   Entry entries_[kEntries];
 };
 
