@@ -84,15 +84,23 @@ bool NameList::MakeRoom(unsigned int size) {
 
 unsigned int NameList::AddCopy(const char* name, unsigned int most) {
   const unsigned int length = LengthAtMost(name, most);
-  if (capacity == 0) return status::kNoMemory;
-  if (count >= capacity) return status::kLimit;
-  const bool hasRoom = blocks_ != nullptr && blocks_->size - blocks_->used > length;
-  if (!hasRoom && !MakeRoom(length + 1)) return status::kNoMemory;
-  char* const copy = blocks_->Bytes() + blocks_->used;
+  char* copy = nullptr;
+  const unsigned int result = AddSpace(length, 0, &copy);
+  if (result != status::kOk) return result;
   std::memcpy(copy, name, length);
   copy[length] = 0;
+  return result;
+}
+
+unsigned int NameList::AddSpace(unsigned int length, unsigned int slack, char** place) {
+  if (capacity == 0) return status::kNoMemory;
+  if (count >= capacity) return status::kLimit;
+  const unsigned int size = length + 1 + slack;
+  const bool hasRoom = blocks_ != nullptr && blocks_->size - blocks_->used >= size;
+  if (!hasRoom && !MakeRoom(size)) return status::kNoMemory;
+  *place = blocks_->Bytes() + blocks_->used;
   blocks_->used += length + 1;
-  names[count] = copy;
+  names[count] = *place;
   tags[count] = 0;
   ++count;
   return status::kOk;

@@ -24,6 +24,10 @@ class YAX_API NameList {
   unsigned int AddName(char* name, unsigned long long tag);
   // Appends a copy of the name, of `most` bytes of it at most, with tag 0. kNoMemory, kLimit.
   unsigned int AddCopy(const char* name, unsigned int most = 0xFFFFFFFF);
+  // Appends a name with tag 0 whose `length` characters and terminator the caller writes to *place,
+  // before anything else is done with the list; up to `slack` bytes behind them may be written
+  // over, too. kNoMemory, kLimit: there is no name.
+  YAX_LOCAL unsigned int AddSpace(unsigned int length, unsigned int slack, char** place);
   // The name at `index`, which stays the list's, and its tag (unless `tag` is null). Null for an
   // index beyond the last name; the tag is then untouched.
   char* GetName(unsigned int index, unsigned long long* tag) const;

@@ -66,6 +66,7 @@ class ShortStack : public ShortStackMemory {
     return result;
   }
   // There must be one.
+  T& Top() { return Items()[count_ - 1]; }
   const T& Top() const { return Items()[count_ - 1]; }
   // The i-th from the bottom.
   T& operator[](unsigned int i) { return Items()[i]; }

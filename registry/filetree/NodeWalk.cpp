@@ -9,10 +9,10 @@ Status NodeWalk::Start(StringId id) {
 }
 
 Status NodeWalk::Start(const TernaryStringNode& node, StringId id) {
-  way_.Clear();
+  way_.CutTo(0);
   if (id != 0 && !met_.Add(id)) return status::kInvalidFile;
-  top_ = way_.PushAny();
-  if (top_ == nullptr) return status::kNoMemory;
+  if (!way_.Extend(1).IsOk()) return status::kNoMemory;
+  top_ = &way_.Top();
   *top_ = {node, id, 0, 0, NodeLink::kLo};
   entered_ = true;
   return status::kOk;

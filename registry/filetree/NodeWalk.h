@@ -1,7 +1,7 @@
 // A walk over the string nodes of a subtree.
 #pragma once
 
-#include "registry/base/Stack.h"
+#include "registry/base/ShortStack.h"
 #include "registry/format/NodeLink.h"
 #include "registry/store/NodeSet.h"
 #include "registry/store/StoreAccess.h"
@@ -68,7 +68,9 @@ class NodeWalk {
   const NodeLink (&order_)[kNodeLinks];
   NodeSet& met_;
   const Damage damage_;
-  Stack<Frame> way_;  // down to the node visited
+  static constexpr unsigned int kShort = 16;
+
+  ShortStack<Frame, kShort> way_;  // down to the node visited
   Frame* top_ = nullptr;
   bool entered_ = false;
 };
@@ -79,21 +81,21 @@ inline Status NodeWalk::Enter(StringId id, NodeLink via) {
     return status::kInvalidFile;
   }
   if (!met_.Add(id)) return status::kInvalidFile;
-  Frame* next = way_.PushAny();
-  if (next == nullptr) return status::kNoMemory;
+  if (!way_.Extend(1).IsOk()) return status::kNoMemory;
+  Frame* const next = &way_.Top();
   next->id = id;
   next->mark = 0;
   next->tried = 0;
   next->via = via;
   const Status result = access_.ReadHere(id, &next->node);
-  if (!result.IsOk()) way_.Drop();
+  if (!result.IsOk()) way_.CutTo(way_.Count() - 1);
   top_ = &way_.Top();
   return result;
 }
 
 inline Status NodeWalk::Step() {
   if (!entered_) {  // the node that was left is done
-    way_.Drop();
+    way_.CutTo(way_.Count() - 1);
     --top_;
   }
   entered_ = false;

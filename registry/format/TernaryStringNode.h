@@ -81,11 +81,17 @@ class TernaryStringNode {
     }
     return true;
   }
-  // Writes kSegmentMax characters, of which segmentLength() are the segment's.
-  void CopySegment(char* to) const { std::memcpy(to, bytes_ + kOffSegment, kSegmentMax); }
+  // Writes kSegmentMax characters, of which segmentLength() are the segment's. In halves: the bytes
+  // of a record that was just copied cannot be had at once where two of its parts meet.
+  void CopySegment(char* to) const {
+    std::memcpy(to, bytes_ + kOffSegment, kHalf);
+    std::memcpy(to + kHalf, bytes_ + kOffSegment + kHalf, kHalf);
+  }
   void ClearReserved() { bytes_[kOffReserved] = 0; }
 
  private:
+  static constexpr unsigned int kHalf = kSegmentMax / 2;
+
   static constexpr unsigned int kOffReserved = 0;
   static constexpr unsigned int kOffSegmentLength = 1;
   static constexpr unsigned int kOffFlags = 2;

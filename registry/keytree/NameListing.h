@@ -1,6 +1,8 @@
 // Walks over the names below a key, in both trees.
 #pragma once
 
+#include <cstring>
+
 #include "registry/base/KeyInfo.h"
 #include "registry/base/NameList.h"
 #include "registry/base/Status.h"
@@ -15,6 +17,22 @@ inline Status AddName(NameList* names, unsigned int* skip, const char* name,
   if (*skip == 0) return names->AddCopy(name, most);
   --*skip;
   return status::kOk;
+}
+
+// Adds a name of which a node has the last characters: its segment begins at `begin`, before which
+// the others are spelt.
+template <class Name>
+Status AddNodeName(NameList* names, const Name& name, unsigned int begin,
+                   const TernaryStringNode& node) {
+  char* place = nullptr;
+  const unsigned int length = begin + node.segmentLength() + 1;
+  const Status result = names->AddSpace(length, TernaryStringNode::kSegmentMax, &place);
+  if (!result.IsOk()) return result;
+  std::memcpy(place, name.Text(), begin);
+  node.CopySegment(place + begin);
+  place[length - 1] = static_cast<char>(node.splitChar());
+  place[length] = 0;
+  return result;
 }
 
 // Adds the names of all keys that a walk in kListingOrder leaves to a list, but for the first
@@ -46,10 +64,12 @@ Status ListNames(Walk& walk, Name& name, unsigned int start, unsigned int* skip,
       walk.SetMark(p + node.segmentLength());
     } else if (walk.HasKey()) {
       const unsigned int end = walk.Mark();
-      name.Put(end, node.splitChar());
-      name.Put(end + 1, 0);
       result = name.End(end + 2);
-      if (result.IsOk()) result = AddName(names, skip, name.Text(), end + 1);
+      if (result.IsOk() && *skip == 0) {
+        result = AddNodeName(names, name, end - node.segmentLength(), node);
+      } else if (result.IsOk()) {
+        --*skip;
+      }
     }
   }
   return result;

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -71,6 +72,27 @@ TEST(NameList, WhatIsCutOffMakesRoomForOtherNames) {
       const std::string expected = i % 3 == 0 ? "taken" : name.substr(0, i);
       EXPECT_EQ(list.GetName(i, nullptr), expected) << i;
     }
+  }
+}
+
+TEST(NameList, GivesRoomForNamesThatTheCallerWrites) {
+  constexpr unsigned int kSlack = 16;
+  NameList list(300);
+  for (unsigned int i = 0; i < 300; ++i) {
+    char* place = nullptr;
+    const unsigned int length = i * 5 % 700;
+    ASSERT_EQ(status::kOk, list.AddSpace(length, kSlack, &place));
+    std::memset(place, '?', length + 1 + kSlack);
+    std::memset(place, static_cast<char>('a' + i % 26), length);
+    place[length] = 0;
+  }
+  char* none = nullptr;
+  EXPECT_EQ(status::kLimit, list.AddSpace(1, kSlack, &none));
+  EXPECT_EQ(nullptr, none);
+  for (unsigned int i = 0; i < 300; ++i) {
+    unsigned long long tag = 1;
+    EXPECT_EQ(std::string(i * 5 % 700, static_cast<char>('a' + i % 26)), list.GetName(i, &tag));
+    EXPECT_EQ(0u, tag);
   }
 }
 

@@ -86,6 +86,19 @@ TEST(TernaryRegistryListing, TheFlagOfANodeTellsWhetherAKeyIsListed) {
   EXPECT_EQ("0: b a", Listed(rig, ""));
 }
 
+// As for whoever reads them: what is behind it is not to be seen.
+TEST(TernaryRegistryListing, AZeroByteInADamagedNameEndsIt) {
+  FileTreeRig rig;
+  for (const char* key : {"abc", "abc/x"}) ASSERT_EQ(status::kOk, rig.Create(key));
+  EXPECT_EQ("0: abc/x abc", Listed(rig, ""));
+  rig.Patch(kStringArea + 40 * 2 + 24 + 1, "00");
+  EXPECT_EQ("0: a a", Listed(rig, ""));
+  EXPECT_EQ("0: a", Listed(rig, "", 1));
+  rig.Patch(kStringArea + 40 * 2 + 24 + 1, "62");
+  rig.Patch(kStringArea + 40 * 2 + 3, "00");
+  EXPECT_EQ("0: ab ab", Listed(rig, ""));
+}
+
 TEST(TernaryRegistryListing, BytesAbove127ComeAfterTheOthers) {
   FileTreeRig rig;
   for (const char* key : {"a", "\x80", "\xFF", "\x7F", "\x01", "\x80\xFF"}) {
