@@ -6,20 +6,10 @@
 #include <functional>
 
 #include "tests/registry/ModelInput.h"
+#include "tests/registry/ModelOperation.h"
 #include "tests/support/PossibleModes.h"
 
 namespace tamu::registry {
-
-struct ModelOperation {
-  unsigned int kind;
-  bool isThroughHandle;
-  std::string path;
-  std::string name;
-  unsigned int type;
-  std::string data;
-  unsigned long long number;
-  unsigned int answer;
-};
 
 class TransactionModelRun {
  public:
@@ -146,44 +136,10 @@ class TransactionModelRun {
     operation.number = in_.Number();
     // A number without a size has eight bytes.
     if (operation.type == 0 && operation.data.empty()) operation.data = Little(operation.number, 8);
-    operation.answer = Do(operation, operation.isThroughHandle ? handle_ : 0);
+    operation.answer =
+        Apply(*registry_, operation, operation.isThroughHandle ? handle_ : 0, backup_);
     if (operation.kind < 3 && operation.answer == 0) in_.AddPath(operation.path);
     stayed_.push_back(operation);
-  }
-
-  unsigned int Do(const ModelOperation& operation, unsigned int handle) {
-    const char* const path = operation.path.c_str();
-    const char* const name = operation.name.c_str();
-    ExactValue value(operation.type, operation.data);
-    switch (operation.kind) {
-      case 0:
-      case 1:
-        return registry_->CreateKey(handle, path, operation.number);
-      case 2:
-        return registry_->CreateKey(handle, path);
-      case 3:  // never the root
-        return operation.number % 3 == 0 && operation.path.find('a') != std::string::npos
-                   ? registry_->DeleteKey(handle, path)
-                   : 0;
-      case 4:
-      case 5:
-        return registry_->CreateValue(handle, path, name, &value);
-      case 6:
-      case 7:
-        return registry_->SetValue(handle, path, name, &value);
-      case 8:
-        return registry_->DeleteValue(handle, path, name);
-      case 9:
-        return registry_->SetDefaultValue(handle, path, operation.number);
-      case 10:
-        return registry_->SetKeyPermission(handle, path,
-                                           static_cast<unsigned char>(operation.number | 0x0F));
-      default:
-        return operation.number % 2 == 0 && operation.path.find('a') != std::string::npos
-                   ? registry_->RestoreKey(handle, path, backup_.c_str())
-                   : registry_->SetKeyWatch(handle, path,
-                                            static_cast<unsigned char>(operation.number));
-    }
   }
 
   void CompareWithSingleOperations() {
@@ -198,7 +154,7 @@ class TransactionModelRun {
       if (operation.isThroughHandle) {
         ASSERT_EQ(status::kOk, registry_->OpenKey("", &handle));
       }
-      ASSERT_EQ(Do(operation, handle), operation.answer)
+      ASSERT_EQ(Apply(*registry_, operation, handle, backup_), operation.answer)
           << "operation " << i << ", kind " << operation.kind << ", handle "
           << operation.isThroughHandle << ", " << operation.path;
       if (handle != 0) {
