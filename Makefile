@@ -17,7 +17,7 @@
 #   make reference      makes the reference of the public headers, a warning is an error
 #   make format         formats all sources
 #   make tidy           looks for defects with clang-tidy (.clang-tidy)
-#   make lint           looks for defects with shellcheck and cppcheck
+#   make lint           looks for defects with shellcheck, cppcheck and, in Python's types, mypy
 #   make update-abi     takes the symbols that libYAX.so exports over into the kept list
 #   make update-pages   makes the kept manual page and completions of yaxreg anew
 #   make clean          removes everything that was built
@@ -156,15 +156,16 @@ tidy:
 	@sed -n 's|^ *"file": "$(CURDIR)/\(.*\)",*$$|\1|p' build/release/compile_commands.json | sort -u | \
 	  grep -E '^(framework|platform|registry|tools|yax)/' | xargs -P $(JOBS) -n 4 clang-tidy -p build/release --quiet
 
-# Scripts, and what cppcheck sees in the library that compilers do not. Left out: records that are filled by whoever
+# Scripts, the types of Python, and what cppcheck sees in the library that compilers do not. Left out: records that are filled by whoever
 # makes them, calls of one's own virtual functions at the end, and a path that is taken to be longer than it is.
 lint:
-	@sh cmake/need-packages.sh shellcheck cppcheck
+	@sh cmake/need-packages.sh shellcheck cppcheck mypy
 	@shellcheck -S warning .ci/run $$(git ls-files '*.sh')
 	@cppcheck -j $(JOBS) --quiet --std=c++17 --language=c++ --error-exitcode=1 -I. \
 	  --enable=warning,performance,portability --suppress=uninitMemberVar --suppress=uninitDerivedMemberVar \
 	  --suppress=virtualCallInConstructor --suppress=arrayIndexOutOfBounds:registry/keytree/PathSearch.h \
 	  framework platform registry yax
+	@cd python && mypy --cache-dir=$(CURDIR)/build/mypy --no-error-summary
 
 update-abi:
 	@sh cmake/need-packages.sh $(NEEDS) $(TOOL_NEEDS)
