@@ -1,17 +1,20 @@
 #include "yax/RealText.h"
 
-#include <clocale>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <string>
 
 namespace yax {
 
 namespace {
 
-// Never empty.
-const char* PointOfLocale() {
-  return std::localeconv()->decimal_point;
+// What stands between the digits of a half. Never empty.
+std::string PointOfLocale() {
+  char half[16];
+  std::snprintf(half, sizeof half, "%.1f", 0.5);
+  return std::string(half + 1, std::strlen(half) - 2);
 }
 
 // Copies a text with one piece of it exchanged for another. False: it is too long.
@@ -24,7 +27,7 @@ bool Exchange(const char* text, const char* piece, const char* other, char (&int
 }
 
 bool IsSame(double a, double b) {
-  return std::memcmp(&a, &b, sizeof a) == 0 || (a != a && b != b);
+  return (a == b && std::signbit(a) == std::signbit(b)) || (std::isnan(a) && std::isnan(b));
 }
 
 }  // namespace
@@ -34,7 +37,7 @@ size_t WriteReal(double number, char (&text)[kRealTextMax]) {
     char own[kRealTextMax];
     std::snprintf(own, sizeof own, "%.*g", digits, number);
     char exchanged[64];
-    Exchange(own, PointOfLocale(), ".", exchanged);
+    Exchange(own, PointOfLocale().c_str(), ".", exchanged);
     std::snprintf(text, sizeof text, "%.31s", exchanged);
     double again = 0;
     if (digits >= 17 || (ReadReal(text, &again) && IsSame(again, number))) {
@@ -47,11 +50,11 @@ bool ReadReal(const char* text, double* number) {
   char own[64];
   // strtod would take blanks, and the point of the locale.
   const bool isBegun = text[0] != 0 && std::strchr("+-.0123456789in", text[0]) != nullptr;
-  const char* const point = PointOfLocale();
-  if (!isBegun || (std::strcmp(point, ".") != 0 && std::strstr(text, point) != nullptr)) {
+  const std::string point = PointOfLocale();
+  if (!isBegun || (point != "." && std::strstr(text, point.c_str()) != nullptr)) {
     return false;
   }
-  if (!Exchange(text, ".", point, own)) return false;
+  if (!Exchange(text, ".", point.c_str(), own)) return false;
   char* end = nullptr;
   const double read = std::strtod(own, &end);
   if (end == own || *end != 0) return false;

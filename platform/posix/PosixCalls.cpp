@@ -267,7 +267,8 @@ int TryLock(int fd) {
 
 int Hold(int fd, unsigned long long offset, Holding how) {
   struct flock place = {};
-  place.l_type = how == Holding::kNone ? F_UNLCK : how == Holding::kShared ? F_RDLCK : F_WRLCK;
+  const int wanted = how == Holding::kNone ? F_UNLCK : how == Holding::kShared ? F_RDLCK : F_WRLCK;
+  place.l_type = static_cast<short>(wanted);
   place.l_whence = SEEK_SET;
   place.l_start = static_cast<off_t>(offset);
   place.l_len = 1;

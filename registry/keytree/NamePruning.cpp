@@ -75,7 +75,7 @@ bool JoinNodes(const TernaryStringNode& upper, NodeLink link, const TernaryStrin
   *joined = lower;
   joined->setSegmentLength(length);
   for (unsigned int i = 0; i < TernaryStringNode::kSegmentMax; ++i) {
-    joined->setSegment(i, i < length ? name[i] : 0);
+    joined->setSegment(i, name[i]);  // behind the length it is 0
   }
   return true;
 }

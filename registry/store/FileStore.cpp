@@ -44,12 +44,10 @@ Status FileStore::Load(const char* path) {
   if (result.IsOk()) result = journal_.Start(options_, path, file_);
   if (!result.IsOk()) return result;
   known_ = journal_.IsOn() ? journal_.Sequence() : 0;
-  isLoading_ = true;
-  TakeLock();
+  TakeLockHere();
   tables_.Clear();
   result = file_.IsBlocked() ? Status(status::kInputOutput) : tables_.Load(file_);
   GiveLock();
-  isLoading_ = false;
   if (!result.IsOk()) {
     StopJournal();
     return result;
@@ -76,7 +74,7 @@ bool FileStore::IsPlaceSame(bool* isYoung) const {
 // before.
 void FileStore::FollowPlace() {
   constexpr unsigned int kTries = 100;
-  if (!IsReadOnly() || isLoading_) return;
+  if (!IsReadOnly()) return;
   if (!file_.IsOpen() && (!isLost_ || ProcessFile::File().IsOpen())) return;
   bool isYoung = false;
   for (unsigned int i = 0; i < kTries && !journal_.IsOn(); ++i) {
@@ -158,6 +156,10 @@ void FileStore::Leave() {
 
 void FileStore::TakeLock() {
   if (locks_ == 0) FollowPlace();
+  TakeLockHere();
+}
+
+void FileStore::TakeLockHere() {
   if (locks_++ > 0 || !journal_.IsOn() || !file_.IsOpen()) return;
   Status result = journal_.Lock(file_);
   hasLock_ = result.IsOk();

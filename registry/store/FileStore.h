@@ -142,6 +142,8 @@ class FileStore {
   // had, every transfer answers kInputOutput until the last level is given.
   void StopJournal();
   void TakeLock();
+  // The same of the file that is open, whatever is at its place now.
+  void TakeLockHere();
   void GiveLock();
   // Reads header and heads again, as far as they have changed.
   Status Renew();
@@ -164,7 +166,6 @@ class FileStore {
   unsigned long long state_ = 0;  // of the place, when the file was opened the last time
   unsigned long long hash_ = 0;   // of what was there
   bool isStateSure_ = false;
-  bool isLoading_ = false;
   bool isLost_ = false;  // it could not be opened anew
   // Others have a journal for a file that is only read: from then on it stays.
   std::atomic<bool> isFollowed_{false};

@@ -38,7 +38,8 @@ bool HasOpen(const std::string& process, const std::string& path) {
   return std::any_of(open.begin(), open.end(), [&](const std::string& number) {
     char target[PATH_MAX];
     const ssize_t length = readlink((folder + '/' + number).c_str(), target, sizeof target);
-    return length > 0 && path.compare(0, path.npos, target, static_cast<size_t>(length)) == 0;
+    return length > 0 &&
+           path.compare(0, std::string::npos, target, static_cast<size_t>(length)) == 0;
   });
 }
 

@@ -46,7 +46,9 @@ std::string Damaged(const TestPart& part, std::string bytes) {
       for (unsigned int i = part.Draw(kMostBytes); i-- > 0;) {
         bytes[part.Draw(last)] = static_cast<char>(part.Draw(255));
       }
-      bytes[part.Draw(last)] ^= static_cast<char>(1 + part.Draw(254));
+      const auto flipped = 1 + part.Draw(254);
+      char& byte = bytes[part.Draw(last)];
+      byte = static_cast<char>(static_cast<unsigned char>(byte) ^ flipped);
       return bytes;
   }
 }
