@@ -8,7 +8,7 @@
 #pragma once
 
 #include <cstdint>
-#include <limits>
+#include <optional>
 #include <set>
 #include <string>
 #include <type_traits>
@@ -48,25 +48,68 @@ class Default {
   Bytes bytes_;
 };
 
+// An end of a range: a number of either kind.
+class Bound {
+ public:
+  // An integer, a truth value or an enumeration.
+  template <class T,
+            std::enable_if_t<std::is_integral<T>::value || std::is_enum<T>::value, int> = 0>
+  Bound(T number) : whole_(static_cast<std::int64_t>(number)), real_(static_cast<double>(whole_)) {}
+  // A real number, which integers are compared with as such.
+  Bound(double real) : isWhole_(false), real_(real) {}
+
+  // Whether a number is at most the bound.
+  bool IsAbove(std::int64_t number) const {
+    return isWhole_ ? number <= whole_ : IsAbove(static_cast<double>(number));
+  }
+  // The same of a real one.
+  bool IsAbove(double number) const { return number <= real_; }
+  // Whether a number is at least the bound.
+  bool IsBelow(std::int64_t number) const {
+    return isWhole_ ? number >= whole_ : IsBelow(static_cast<double>(number));
+  }
+  // The same of a real one.
+  bool IsBelow(double number) const { return number >= real_; }
+
+ private:
+  bool isWhole_ = true;
+  std::int64_t whole_ = 0;
+  double real_;
+};
+
 // A value that there is to be.
 struct Setting {
-  std::string key;                                                // its path
-  std::string name;                                               // of the value
-  Default value;                                                  // the first one, and the type
-  std::int64_t least = std::numeric_limits<std::int64_t>::min();  // of an integer
-  std::int64_t most = std::numeric_limits<std::int64_t>::max();   // likewise
+  std::string key;                  // its path
+  std::string name;                 // of the value
+  Default value;                    // the first one, and the type
+  std::optional<Bound> least = {};  // of a number; none: any
+  std::optional<Bound> most = {};   // likewise
+
+  // Whether a number lies in the range.
+  template <class Number>
+  bool Allows(Number number) const {
+    return (!least || least->IsBelow(number)) && (!most || most->IsAbove(number));
+  }
 };
 
 // All settings of a program.
 using Schema = std::vector<Setting>;
 
 // What Apply has found and done, a line each: key, value and reason.
-struct Report {
+struct [[nodiscard]] Report {
   Status status;                   // of the whole
   std::vector<std::string> made;   // were missing
   std::vector<std::string> unfit;  // have another type or are out of range
   std::vector<std::string> extra;  // values of the schema's keys that it does not know
 };
+
+// Whether a number is there and in its range: YAX_OK, YAX_RANGE, or why it cannot be read.
+template <class Number>
+Status CheckRange(const Key& key, const Setting& setting) {
+  const Result<Number> number = key.Get<Number>(setting.name);
+  if (!number) return number.status();
+  return setting.Allows(*number) ? Status() : Status(YAX_RANGE);
+}
 
 // Whether a value is there and fits: YAX_OK, YAX_NOT_FOUND (also when it is not set),
 // YAX_WRONG_TYPE, YAX_RANGE, or why it cannot be read.
@@ -77,10 +120,8 @@ inline Status Check(const Registry& registry, const Setting& setting) {
   if (found == Status(YAX_NO_DATA)) return YAX_NOT_FOUND;
   if (!found) return found;
   if (type != setting.value.type()) return YAX_WRONG_TYPE;
-  if (type != YAX_INTEGER) return found;
-  const Result<std::int64_t> number = key.Get<std::int64_t>(setting.name);
-  if (!number) return number.status();
-  return *number < setting.least || *number > setting.most ? Status(YAX_RANGE) : found;
+  if (type == YAX_INTEGER) return CheckRange<std::int64_t>(key, setting);
+  return type == YAX_REAL ? CheckRange<double>(key, setting) : found;
 }
 
 // Values of the schema's keys that it does not know, a line each.
@@ -111,22 +152,43 @@ inline Status Write(Registry& registry, const std::vector<const Setting*>& setti
   });
 }
 
+// Those of the settings that are missing; what does not fit goes into the report.
+inline std::vector<const Setting*> FindMissing(const Registry& registry,
+                                               const std::vector<const Setting*>& settings,
+                                               Report* report) {
+  std::vector<const Setting*> missing;
+  for (const Setting* setting : settings) {
+    const Status fits = Check(registry, *setting);
+    if (fits == Status(YAX_NOT_FOUND)) missing.push_back(setting);
+    if (fits || fits == Status(YAX_NOT_FOUND)) continue;
+    if (report->status) report->status = fits;
+    report->unfit.push_back(setting->key + " " + setting->name + ": " + fits.text());
+  }
+  return missing;
+}
+
+// All settings of a schema.
+inline std::vector<const Setting*> SettingsOf(const Schema& schema) {
+  std::vector<const Setting*> all;
+  for (const Setting& setting : schema) all.push_back(&setting);
+  return all;
+}
+
 // Makes what is missing, unless something does not fit: then nothing is made, and the status is
-// that of the first that does not.
+// that of the first that does not. What another program makes meanwhile stays.
 inline Report Apply(Registry& registry, const Schema& schema) {
   Report report;
-  const auto lineOf = [](const Setting& s) { return s.key + " " + s.name; };
-  std::vector<const Setting*> missing;
-  for (const Setting& setting : schema) {
-    const Status fits = Check(registry, setting);
-    if (fits == Status(YAX_NOT_FOUND)) missing.push_back(&setting);
-    if (fits || fits == Status(YAX_NOT_FOUND)) continue;
-    if (report.status) report.status = fits;
-    report.unfit.push_back(lineOf(setting) + ": " + fits.text());
+  std::vector<const Setting*> missing = FindMissing(registry, SettingsOf(schema), &report);
+  if (report.status && !missing.empty()) {
+    report.status = Atomically(registry, [&]() -> Status {
+      missing = FindMissing(registry, missing, &report);
+      return report.status ? Write(registry, missing) : report.status;
+    });
   }
-  if (report.status) report.status = Write(registry, missing);
   if (report.status) {
-    for (const Setting* setting : missing) report.made.push_back(lineOf(*setting));
+    for (const Setting* setting : missing) {
+      report.made.push_back(setting->key + " " + setting->name);
+    }
   }
   report.extra = FindExtra(registry, schema);
   return report;
@@ -134,9 +196,7 @@ inline Report Apply(Registry& registry, const Schema& schema) {
 
 // Gives every setting its first value: a factory reset.
 inline Status Reset(Registry& registry, const Schema& schema) {
-  std::vector<const Setting*> all;
-  for (const Setting& setting : schema) all.push_back(&setting);
-  return Write(registry, all);
+  return Write(registry, SettingsOf(schema));
 }
 
 }  // namespace yax

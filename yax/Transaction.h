@@ -47,23 +47,31 @@ Status Atomically(Registry& registry, Change change) {
 // The value of a key that counts the steps that were done.
 constexpr char kVersionName[] = ".version";
 
+// How many steps were done, as the key tells. More than are known: YAX_RANGE.
+inline Result<std::size_t> StepsDone(const Key& key, std::size_t known) {
+  Result<std::size_t> done = key.Get<std::size_t>(kVersionName);
+  if (!done && done.status() == Status(YAX_NOT_FOUND)) done = std::size_t{0};
+  if (done && *done > known) return Status(YAX_RANGE);
+  return done;
+}
+
 // Does those of the numbered steps that were not done yet, in their order, each once and as one
-// transaction with its number, which the key keeps. Stops at the first that fails. A key whose
-// number is above theirs was written by a newer program: YAX_RANGE.
+// transaction with its number, which the key keeps; programs that migrate at once share them. Stops
+// at the first that fails. A key whose number is above theirs was written by a newer program:
+// YAX_RANGE.
 inline Status Migrate(Registry& registry, Key& key,
                       const std::vector<std::function<Status(Key&)>>& steps) {
-  const Result<std::size_t> stored = key.Get<std::size_t>(kVersionName);
-  if (!stored && stored.status() != Status(YAX_NOT_FOUND)) return stored.status();
-  const std::size_t done = stored.value_or(0u);
-  if (done > steps.size()) return YAX_RANGE;
-  for (std::size_t i = done; i < steps.size(); ++i) {
-    const Status step = Atomically(registry, [&] {
-      const Status changed = steps[i](key);
-      return changed ? key.Set(kVersionName, i + 1) : changed;
+  Result<std::size_t> done = StepsDone(key, steps.size());
+  while (done && *done < steps.size()) {
+    const Status step = Atomically(registry, [&]() -> Status {
+      done = StepsDone(key, steps.size());  // another program may have done some meanwhile
+      if (!done || *done == steps.size()) return done.status();
+      const Status changed = steps[*done](key);
+      return changed ? key.Set(kVersionName, ++*done) : changed;
     });
     if (!step) return step;
   }
-  return YAX_OK;
+  return done.status();
 }
 
 }  // namespace yax

@@ -1,3 +1,7 @@
+import threading
+import time
+from pathlib import Path
+
 import pytest
 
 import yax
@@ -27,6 +31,23 @@ def test_what_does_not_fit_is_told_and_nothing_is_made(registry: yax.Registry) -
     with pytest.raises(yax.WrongTypeError, match="value 'load' of key 'net': it is a text, not float"):
         registry.apply(SCHEMA)
     assert list(registry) == ["net"]
+
+
+def test_what_another_makes_meanwhile_stays(registry: yax.Registry) -> None:
+    other = threading.Thread(target=registry.apply, args=[SCHEMA])
+    with registry.transaction():
+        registry["net/eth0"]["mtu"] = 1400
+        other.start()
+        time.sleep(0.05)  # it has looked, and waits
+    other.join()
+    assert registry["net/eth0"]["mtu"] == 1400 and registry["net"]["up"] == 1
+
+
+def test_nothing_is_changed_where_nothing_is_missing(registry: yax.Registry, file: Path) -> None:
+    registry.apply(SCHEMA)
+    registry.close()
+    with yax.open(file, read_only=True) as read:
+        assert read.apply(SCHEMA).made == []
 
 
 def test_what_is_too_much_is_told(registry: yax.Registry) -> None:

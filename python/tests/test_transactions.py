@@ -1,4 +1,5 @@
 import threading
+import time
 from typing import List
 
 import pytest
@@ -53,3 +54,25 @@ def test_each_step_of_a_migration_is_done_once(registry: yax.Registry) -> None:
     assert dict(registry["net"]) == {".version": 2, "rate": 100000}
     with pytest.raises(yax.RangeError):
         registry.migrate("net", [first])
+
+
+def test_a_step_that_another_does_meanwhile_is_not_done_again(registry: yax.Registry) -> None:
+    done: List[str] = []
+
+    def again(key: yax.Key) -> None:
+        done.append("again")
+
+    def second(key: yax.Key) -> None:
+        done.append("second")
+
+    other = threading.Thread(target=registry.migrate, args=["net", [again, second]])
+
+    def first(key: yax.Key) -> None:
+        done.append("first")
+        other.start()
+        time.sleep(0.05)  # it has looked, and waits
+
+    registry.migrate("net", [first, second])
+    other.join()
+    assert done == ["first", "second"]
+    assert registry["net"][".version"] == 2

@@ -483,8 +483,8 @@ class Registry:
     def migrate(self, path: str, steps: Sequence[Callable[[Key], object]]) -> None:
         """Does those of the numbered steps that were not done yet, each once and as one transaction.
 
-        The key keeps how many were done, in its value ``.version``. ``RangeError``: it was written by a newer
-        program.
+        The key keeps how many were done, in its value ``.version``; programs that migrate at once share the steps.
+        ``RangeError``: it was written by a newer program.
 
         >>> def to_rate(key):
         ...     key["rate"] = key.pop("speed", 100) * 1000
@@ -494,16 +494,20 @@ class Registry:
         (100000, 1)
         """
         key = self[path]
-        try:
-            done = key.read(".version", int)
-        except NotFoundError:
-            done = 0
-        if not 0 <= done <= len(steps):
-            raise error_of(Status.RANGE, key._what(".version"), f"there is no step {done}")
-        for number, step in enumerate(steps[done:], done + 1):
+        while self._steps_done(key, len(steps)) < len(steps):
             with self.transaction():
-                step(key)
-                key[".version"] = number
+                done = self._steps_done(key, len(steps))  # another program may have done some meanwhile
+                if done < len(steps):
+                    steps[done](key)
+                    key[".version"] = done + 1
+
+    def _steps_done(self, key: Key, known: int) -> int:
+        done = 0
+        with contextlib.suppress(NotFoundError):
+            done = key.read(".version", int)
+        if not 0 <= done <= known:
+            raise error_of(Status.RANGE, key._what(".version"), f"there is no step {done}")
+        return done
 
     def apply(self, schema: Iterable[Setting]) -> Report:
         """Makes the settings that are missing, unless something that is there does not fit.
@@ -523,9 +527,12 @@ class Registry:
         """
         settings = list(schema)
         missing = [setting for setting in settings if not self._fits(setting)]
-        with self.transaction():
-            for setting in missing:
-                self[setting.key][setting.name] = setting.value
+        if missing:
+            with self.transaction():
+                # What another program has made meanwhile stays.
+                missing = [setting for setting in missing if not self._fits(setting)]
+                for setting in missing:
+                    self[setting.key][setting.name] = setting.value
         known = {(setting.key, setting.name) for setting in settings}
         keys = dict.fromkeys(setting.key for setting in settings)
         return Report(

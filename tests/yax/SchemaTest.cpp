@@ -1,6 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
+#include <cmath>
+#include <limits>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "tests/platform/TestFiles.h"
@@ -62,6 +67,55 @@ TEST_F(SchemaTest, ANumberBelowTheLeastDoesNotFit) {
   const Report report = Apply(registry, schema);
   EXPECT_EQ(Status(YAX_RANGE), report.status);
   EXPECT_EQ((Lines{"net/eth0 mtu: the number is outside the range"}), report.unfit);
+}
+
+TEST_F(SchemaTest, ARealNumberHasARangeToo) {
+  const Schema real = {{"audio", "gain", 0.5, 0, 1.5}, {"audio", "left", -0.5, -1.0, 1.0}};
+  EXPECT_TRUE(Apply(registry, real).status);
+  for (const double gain : {-0.1, 1.6, std::nan("")}) {
+    ASSERT_TRUE(registry["audio"].Set("gain", gain));
+    EXPECT_EQ((Lines{"audio gain: the number is outside the range"}), Apply(registry, real).unfit);
+  }
+  ASSERT_TRUE(registry["audio"].Set("gain", 1.5));
+  EXPECT_TRUE(Apply(registry, real).status);
+}
+
+TEST_F(SchemaTest, TheEndsOfARangeAreExact) {
+  constexpr std::int64_t kMost = std::numeric_limits<std::int64_t>::max();
+  const Schema wide = {{"n", "n", kMost - 1, 0, kMost - 1}, {"n", "half", 1, 0.5, 1.5}};
+  EXPECT_TRUE(Apply(registry, wide).status);
+  ASSERT_TRUE(registry["n"].Set("n", kMost));
+  ASSERT_TRUE(registry["n"].Set("half", 2));
+  EXPECT_EQ(2u, Apply(registry, wide).unfit.size());
+}
+
+TEST_F(SchemaTest, NothingIsChangedWhereNothingIsMissing) {
+  ASSERT_TRUE(Apply(registry, schema).status);
+  Options options;
+  options.readOnly = true;
+  registry = Registry("");  // closes it
+  registry = Registry(folder / "a.rce", options);
+  EXPECT_TRUE(Apply(registry, schema).status);
+}
+
+TEST_F(SchemaTest, WhatAnotherMakesMeanwhileStays) {
+  std::thread other;
+  {
+    Transaction transaction(registry);
+    ASSERT_TRUE(registry["net/eth0"].Set("mtu", 1400));
+    std::atomic<bool> isThere{false};
+    other = std::thread([&] {
+      isThere = true;
+      const Report mine = Apply(registry, schema);
+      EXPECT_TRUE(mine.status);
+    });
+    while (!isThere) std::this_thread::yield();
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));  // it has looked, and waits
+    ASSERT_TRUE(transaction.Commit());
+  }
+  other.join();
+  EXPECT_EQ(1400, registry["net/eth0"].Get("mtu", 0));
+  EXPECT_TRUE(registry["net"].Has("up"));
 }
 
 TEST_F(SchemaTest, WhatIsTooMuchIsToldOnce) {

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <string>
 #include <thread>
 #include <vector>
@@ -101,6 +102,26 @@ TEST_F(TransactionTest, EachStepOfAMigrationIsDoneOnce) {
   EXPECT_EQ(100000, key.Get("rate", 0));
   EXPECT_FALSE(key.Has("speed"));
   EXPECT_EQ(Migrate(registry, key, {first}), Status(YAX_RANGE));
+}
+
+TEST_F(TransactionTest, AStepThatAnotherDoesMeanwhileIsNotDoneAgain) {
+  int done = 0;
+  std::thread other;
+  const auto second = [&](Key& k) { return k.Set("second", ++done); };
+  const auto first = [&](Key& k) {
+    other = std::thread([&] {
+      const auto again = [&](Key& mine) { return mine.Set("first", ++done); };
+      Key of = registry["k"];
+      EXPECT_TRUE(Migrate(registry, of, {again, second}));
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));  // it has looked, and waits
+    return k.Set("first", ++done);
+  };
+  EXPECT_TRUE(Migrate(registry, key, {first, second}));
+  other.join();
+  EXPECT_EQ(2, done);
+  EXPECT_EQ(1, key.Get("first", 0));
+  EXPECT_EQ(2, key.Get("second", 0));
 }
 
 TEST_F(TransactionTest, AVersionThatIsNoNumberStopsAMigration) {
