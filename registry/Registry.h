@@ -166,16 +166,18 @@ class YAX_API Registry {
   static constexpr unsigned int kForever = 0xFFFFFFFF;
   unsigned int WaitForChange(unsigned long long after, unsigned int milliseconds);
   // A descriptor for poll and the like, which can be read from whenever something has changed since
-  // it was asked for, and since the latest ReadChanges. It belongs to the object, until Finalize:
-  // never read, write or close it. The same each time. -1: there is none to be had. A thread of the
-  // object's own feeds it.
+  // it was asked for, and since the latest ReadChanges without kBesideLoop. It belongs to the
+  // object, until Finalize: never read, write or close it. The same each time. -1: there is none to
+  // be had. A thread of the object's own feeds it.
   int ChangeDescriptor();
   // Exchanges the list for all that was changed after number *after, the oldest first; *after
   // becomes the number of the latest. Changes of this object are among them. With kWatchedOnly
-  // those alone that the watch bits of the keys ask for (base/Watch.h), as they are now.
+  // those alone that the watch bits of the keys ask for (base/Watch.h), as they are now; with
+  // kBesideLoop the descriptor stays as it is, which is for whoever polls it.
   // kLimit: not all is known any more, or never was; the list is empty, *after is set all the same:
   // look at everything that matters. After other failures it is as it was: kNoMemory, kInputOutput.
   static constexpr unsigned int kWatchedOnly = 1;
+  static constexpr unsigned int kBesideLoop = 2;
   unsigned int ReadChanges(unsigned long long* after, ChangeList* changes, unsigned int flags = 0);
 
   // ---- handles

@@ -26,7 +26,7 @@ unsigned int Registry::ReadChanges(unsigned long long* after, ChangeList* change
   if (!IsReady()) return status::kNoRight;
   if (after == nullptr || changes == nullptr) return status::kBadArgument;
   if (instance->IsWalkedHere()) return status::kBusy;
-  instance->notifier.Clear();
+  if ((flags & kBesideLoop) == 0) instance->notifier.Clear();
   FileStore& store = *keyTree->File();
   const Status result = store.ReadChanges(after, changes);
   if (result.IsOk() && (flags & kWatchedOnly) != 0) KeepWatched(store, changes);

@@ -97,8 +97,8 @@ class Registry {
   Status SetUser(const std::string& name) { return yax_set_user(registry_.get(), name.c_str()); }
   Status SetUser(unsigned user) { return yax_set_user_number(registry_.get(), user); }
 
-  // Readable when something was changed since a Watch was last asked: for poll. The registry's; -1
-  // when none can be had.
+  // For poll: readable when something was changed since this was first called and a Watch was last
+  // asked without waiting (Watch::Tell). The registry's; -1 when none can be had.
   int ChangeDescriptor() { return yax_change_descriptor(registry_.get()); }
 
   yax_registry* get() const { return registry_.get(); }  // for the C interface; this object's

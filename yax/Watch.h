@@ -1,7 +1,11 @@
 // What is changed in a registry, by this program or another.
 #pragma once
 
+#include <pthread.h>
+
+#include <atomic>
 #include <chrono>
+#include <functional>
 
 #include "yax/Settings.h"
 
@@ -44,6 +48,7 @@ class Watch {
     yax_watch* watch = nullptr;
     status_ = yax_watch_key(key.get(), &watch);
     watch_.reset(watch);
+    if (status_.ok()) path_ = key.path();
   }
 
   // Whether it has begun; if not, Next answers YAX_BAD_ARGUMENT.
@@ -60,6 +65,24 @@ class Watch {
     if (!result) return result;
     return Change{static_cast<ChangeKind>(change.kind), change.path, change.name};
   }
+  // Calls heard(const Change&) for each change that there is, and does not wait: for a loop that
+  // polls Registry::ChangeDescriptor. What is not known any more is told as one change, anything at
+  // the key and below it (kKeyRestored). A failure is told when Next tells one.
+  template <class Heard>
+  Status Tell(Heard heard) {
+    Status told = TellNext(heard, std::chrono::milliseconds(0));
+    while (told) told = TellNext(heard, std::chrono::milliseconds(0));
+    return told == Status(YAX_NO_DATA) ? Status() : told;
+  }
+  // The same for the next change alone, which it waits for like Next: YAX_NO_DATA.
+  template <class Heard>
+  Status TellNext(Heard& heard, std::chrono::milliseconds timeout) {
+    const Result<Change> next = Next(timeout);
+    const bool isUnknown = next.status() == Status(YAX_LIMIT);
+    if (!next && !isUnknown) return next.status();
+    heard(isUnknown ? Change{ChangeKind::kKeyRestored, path_, ""} : *next);
+    return YAX_OK;
+  }
 
   yax_watch* get() const { return watch_.get(); }  // for the C interface; this object's
 
@@ -70,6 +93,58 @@ class Watch {
 
   std::unique_ptr<yax_watch, Free> watch_;
   Status status_;
+  std::string path_;
+};
+
+// Calls a function for each change of a key and of all below it, in a thread of its own, from now
+// on until its end, which waits up to a fifth of a second for the thread.
+//
+//   yax::WatchThread network(registry["network"], [](const yax::Change& c) { Use(c.path); });
+//
+// It must end before the registry does, and not within the function. What is not known any more is
+// told as by Watch::Tell.
+class WatchThread {
+ public:
+  // Called by the thread; may use the registry, but not wait for a thread that has a transaction.
+  using Heard = std::function<void(const Change& change)>;
+
+  // status() tells how that went. YAX_NO_MEMORY: there is no thread.
+  WatchThread(const Key& key, Heard heard) : watch_(key), heard_(std::move(heard)) {
+    status_ = watch_.status();
+    if (!status_.ok()) return;
+    isRunning_ = pthread_create(&thread_, nullptr, Run, this) == 0;
+    if (!isRunning_) status_ = YAX_NO_MEMORY;
+  }
+  WatchThread(const WatchThread&) = delete;
+  WatchThread& operator=(const WatchThread&) = delete;
+  ~WatchThread() {
+    isEnding_ = true;
+    if (isRunning_) pthread_join(thread_, nullptr);
+  }
+
+  // Whether it has begun.
+  Status status() const { return status_; }
+
+ private:
+  static constexpr std::chrono::milliseconds kSlice{200};  // between two looks at isEnding_
+
+  static void* Run(void* self) {
+    static_cast<WatchThread*>(self)->TellAll();
+    return nullptr;
+  }
+  void TellAll() {
+    while (!isEnding_) {
+      const Status told = watch_.TellNext(heard_, kSlice);
+      if (!told && told != Status(YAX_NO_DATA)) return;  // the registry was closed
+    }
+  }
+
+  Watch watch_;
+  Heard heard_;
+  Status status_;
+  pthread_t thread_ = {};
+  bool isRunning_ = false;
+  std::atomic<bool> isEnding_{false};
 };
 
 }  // namespace yax

@@ -32,15 +32,15 @@ const Change* Told(yax_watch* watch) {
   return nullptr;
 }
 
-// Waits for changes and reads them.
-unsigned int ReadMore(yax_watch* watch, unsigned int milliseconds) {
+// Waits for changes and reads them. The descriptor is for those who do not want to wait.
+unsigned int ReadMore(yax_watch* watch, unsigned int milliseconds, unsigned int flags) {
   Registry& registry = watch->owner->registry;
   if (milliseconds > 0) {
     const unsigned int awaited = registry.WaitForChange(watch->number, milliseconds);
     if (awaited != status::kOk) return awaited;
   }
   watch->told = 0;
-  const unsigned int read = registry.ReadChanges(&watch->number, &watch->changes);
+  const unsigned int read = registry.ReadChanges(&watch->number, &watch->changes, flags);
   const bool isNothing = read == status::kOk && watch->changes.Count() == 0;
   return isNothing && milliseconds == 0 ? status::kNoData : read;
 }
@@ -56,7 +56,8 @@ yax_status yax_watch_key(yax_key* key, yax_watch** watch) {
   if (made->path == nullptr) return status::kNoMemory;
   std::memcpy(made->path.get(), PathOf(key), size);
   made->number = RegistryOf(key).ChangeNumber();
-  const unsigned int result = RegistryOf(key).ReadChanges(&made->number, &made->changes);
+  const unsigned int result =
+      RegistryOf(key).ReadChanges(&made->number, &made->changes, Registry::kBesideLoop);
   if (result != status::kOk && result != status::kLimit) return result;
   Hold(key->owner);
   *watch = made.release();
@@ -72,6 +73,7 @@ void yax_watch_free(yax_watch* watch) {
 yax_status yax_watch_next(yax_watch* watch, unsigned milliseconds, yax_change* change) {
   if (watch == nullptr || change == nullptr) return status::kBadArgument;
   const unsigned long long start = PCWord::Now();
+  const unsigned int flags = milliseconds == 0 ? 0 : Registry::kBesideLoop;
   for (;;) {
     const Change* const next = Told(watch);
     if (next != nullptr) {
@@ -79,8 +81,9 @@ yax_status yax_watch_next(yax_watch* watch, unsigned milliseconds, yax_change* c
       return status::kOk;
     }
     const unsigned long long passed = milliseconds == YAX_FOREVER ? 0 : PCWord::Now() - start;
-    const unsigned int result =
-        ReadMore(watch, passed < milliseconds ? milliseconds - static_cast<unsigned>(passed) : 0);
+    const unsigned int left =
+        passed < milliseconds ? milliseconds - static_cast<unsigned>(passed) : 0;
+    const unsigned int result = ReadMore(watch, left, flags);
     if (result != status::kOk) return result;
   }
 }

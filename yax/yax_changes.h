@@ -43,9 +43,10 @@ void yax_watch_free(yax_watch* watch);
  * everything that matters, the next answer is what came after that. YAX_BUSY: the thread has a
  * transaction, and would wait. */
 yax_status yax_watch_next(yax_watch* watch, unsigned milliseconds, yax_change* change);
-/* A descriptor for poll and the like, readable when something was changed since a watch of the
- * registry was last asked; then ask each of them until it answers YAX_NO_DATA. The registry's, to
- * be read or closed by nobody else. -1: none can be had. No status. */
+/* A descriptor for poll and the like, readable when something was changed since this was first
+ * called and a watch of the registry was last asked with 0 milliseconds; then ask each of them so
+ * until it answers YAX_NO_DATA. Threads may wait for other watches beside it. The registry's, to be
+ * read or closed by nobody else. -1: none can be had. No status. */
 int yax_change_descriptor(yax_registry* registry);
 
 #pragma GCC visibility pop

@@ -457,6 +457,16 @@ class Registry:
         """The key above all others."""
         return self[""]
 
+    def watch(self, path: str = "") -> Watch:
+        """The changes of the key of a path and of all below it, by this program or another, from now on.
+
+        >>> watch = registry.watch("network")
+        >>> registry["network"]["mtu"] = 1500
+        >>> next(watch)
+        Change(kind=<ChangeKind.KEY_CREATED: 0>, path='network', name='')
+        """
+        return self[path].watch()
+
     @contextlib.contextmanager
     def transaction(self) -> Iterator[None]:
         """What this thread changes inside happens whole or not at all: an exception takes it back.

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 
+#include <atomic>
 #include <string>
 #include <thread>
 #include <vector>
@@ -108,6 +109,64 @@ TEST_F(WatchTest, ADescriptorTellsWhenToAsk) {
   ASSERT_TRUE(registry["a"].Set("n", 1));
   ASSERT_EQ(1, poll(&poller, 1, 60000));
   EXPECT_EQ((std::vector<std::string>{"0 a ", "3 a n"}), All(watch));
+}
+
+TEST_F(WatchTest, WhoWaitsLeavesTheDescriptorToTheLoop) {
+  Watch polled(registry["a"]);
+  Watch waiting(registry["a"]);
+  pollfd poller = {registry.ChangeDescriptor(), POLLIN, 0};
+  ASSERT_TRUE(registry["a"].Set("n", 1));
+  ASSERT_EQ(1, poll(&poller, 1, 60000));
+  EXPECT_EQ(Status(YAX_OK), NextStatus(waiting, std::chrono::seconds(60)));
+  const Watch another(registry["a"]);
+  EXPECT_EQ(1, poll(&poller, 1, 0));
+  EXPECT_EQ((std::vector<std::string>{"0 a ", "3 a n"}), All(polled));
+  EXPECT_EQ(0, poll(&poller, 1, 0));
+}
+
+TEST_F(WatchTest, AFunctionIsToldAllThatThereIs) {
+  Watch watch(registry["a"]);
+  std::vector<std::string> told;
+  const auto hear = [&](const Change& change) {
+    told.push_back(std::string(change.path) + ":" + std::string(change.name));
+  };
+  EXPECT_TRUE(watch.Tell(hear));
+  EXPECT_TRUE(told.empty());
+  ASSERT_TRUE(registry["a/b"].Set("n", 1));
+  ASSERT_TRUE(registry["c"].Set("n", 1));
+  EXPECT_TRUE(watch.Tell(hear));
+  EXPECT_EQ((std::vector<std::string>{"a/b:", "a/b:n"}), told);
+  Watch none{Key()};
+  EXPECT_EQ(Status(YAX_BAD_ARGUMENT), none.Tell(hear));
+}
+
+TEST_F(WatchTest, AFunctionIsToldOfTooMuchAsAnythingAtTheKey) {
+  ASSERT_TRUE(registry["a"].Set("n", 1));
+  Watch watch(registry["a"]);
+  for (int i = 0; i < 5000; ++i) ASSERT_TRUE(registry["a"].Set("n", i));
+  std::vector<std::string> told;
+  EXPECT_TRUE(watch.Tell([&](const Change& change) {
+    EXPECT_EQ(ChangeKind::kKeyRestored, change.kind);
+    told.push_back(std::string(change.path) + ":" + std::string(change.name));
+  }));
+  EXPECT_EQ(std::vector<std::string>{"a:"}, told);
+}
+
+TEST_F(WatchTest, AThreadIsToldUntilItsEnd) {
+  std::atomic<int> latest{0};
+  {
+    const WatchThread thread(registry["a"], [&](const Change& change) {
+      if (!change.name.empty()) latest = registry["a"].Get("n", 0);
+    });
+    ASSERT_TRUE(thread.status());
+    for (int i = 1; i <= 3; ++i) {
+      ASSERT_TRUE(registry["a"].Set("n", i));
+      while (latest != i) std::this_thread::yield();
+    }
+  }
+  ASSERT_TRUE(registry["a"].Set("n", 4));
+  EXPECT_EQ(3, latest);
+  EXPECT_EQ(Status(YAX_BAD_ARGUMENT), WatchThread(Key(), [](const Change&) {}).status());
 }
 
 TEST_F(WatchTest, OutlivesItsRegistry) {
