@@ -14,6 +14,7 @@ namespace yax {
 namespace {
 
 using tamu::registry::Durability;
+using tamu::registry::SpacePolicy;
 
 // Opening and closing are for one thread at a time. Never destroyed: a registry may be closed while
 // the process ends.
@@ -67,7 +68,7 @@ unsigned int OpenWith(const yax_options& given, Registry* registry) {
   if (options.user_name != nullptr) registry->SetCurrentUser(options.user_name);
   tamu::registry::RegistryOptions asked;
   asked.readOnly = options.read_only != 0;
-  asked.space = tamu::registry::SpacePolicy::kReuse;
+  asked.space = options.exact_space != 0 ? SpacePolicy::kExact : SpacePolicy::kReuse;
   if (options.file_mode != 0) asked.fileMode = options.file_mode;
   asked.sideFolder = options.side_folder;
   asked.compactBelow = options.compact_below;

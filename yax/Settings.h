@@ -37,6 +37,7 @@ struct Options {
   std::string sideFolder;
   unsigned compactBelow = 0;    // compacts at opening when fewer slots of a kind are left
   bool checkAtOpening = false;  // a damaged file is YAX_INVALID_FILE at once
+  bool exactSpace = false;      // space is not used again: the same operations make the same bytes
   unsigned waitAtMost = 60000;  // milliseconds that a change waits for those of other processes
 };
 
@@ -56,6 +57,7 @@ class Registry {
     asked.compact_below = options.compactBelow;
     asked.check_at_opening = options.checkAtOpening ? 1 : 0;
     asked.wait_at_most = options.waitAtMost;
+    asked.exact_space = options.exactSpace ? 1 : 0;
     yax_registry* opened = nullptr;
     status_ = yax_open(path.c_str(), &asked, &opened);
     registry_.reset(opened);

@@ -67,11 +67,14 @@ typedef struct yax_options {
   unsigned check_at_opening; /* 1: a damaged file (yax_check) is YAX_INVALID_FILE at once */
   unsigned wait_at_most;     /* milliseconds that a change waits for those of other processes,
                                 before it is YAX_INPUT_OUTPUT; 0: a minute */
+  unsigned exact_space;      /* 1: space is used as by programs with the defaults of
+                                registry/Registry.h, not again: the same operations make the same
+                                bytes. 0: what is free is used before the file grows */
 } yax_options;
 
 /* What null stands for in yax_open; a beginning for options of one's own. */
 #define YAX_OPTIONS_USUAL \
-  { sizeof(yax_options), YAX_DURABILITY_USUAL, YAX_ADMINISTRATOR, NULL, 0, 0, NULL, 0, 0, 0 }
+  { sizeof(yax_options), YAX_DURABILITY_USUAL, YAX_ADMINISTRATOR, NULL, 0, 0, NULL, 0, 0, 0, 0 }
 
 /* Opens a registry file, made when nothing is at the path. *registry is the caller's, until
  * yax_close. A process has one registry open at a time: YAX_BUSY. YAX_INVALID_FILE: what is there

@@ -55,6 +55,10 @@ def test_opening_looks_after_a_file(file: Path, tmp_path: Path) -> None:
     with yax.open(file, check_at_opening=True, wait_at_most=0.5):
         pass
     assert file.read_bytes() == before
+    for exact, used in ((False, 1), (True, 2)):
+        with yax.open(tmp_path / f"{used}.rce", exact_space=exact) as registry:
+            registry["k"].make().remove()
+            assert registry.room()["strings"].used == used
     with yax.open(file, compact_below=20000) as registry:
         assert registry["kept"]["text"] == "x" * 200
     assert file.read_bytes() != before

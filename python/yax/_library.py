@@ -26,6 +26,7 @@ class Options(ctypes.Structure):
         ("compact_below", c_uint),
         ("check_at_opening", c_uint),
         ("wait_at_most", c_uint),
+        ("exact_space", c_uint),
     ]
 
 

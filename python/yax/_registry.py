@@ -371,6 +371,7 @@ class Registry:
         compact_below: int = 0,
         check_at_opening: bool = False,
         wait_at_most: float = 60,
+        exact_space: bool = False,
     ) -> None:
         name = user.encode() if isinstance(user, str) else None
         number = ADMINISTRATOR if isinstance(user, str) else user
@@ -385,6 +386,7 @@ class Registry:
             compact_below=compact_below,
             check_at_opening=int(check_at_opening),
             wait_at_most=max(1, round(wait_at_most * 1000)),
+            exact_space=int(exact_space),
         )
         handle = ctypes.c_void_p()
         check(
@@ -616,6 +618,7 @@ def open(
     compact_below: int = 0,
     check_at_opening: bool = False,
     wait_at_most: float = 60,
+    exact_space: bool = False,
 ) -> Registry:
     """Opens a registry file, which is made when nothing is at the path, with the rights ``mode`` less the umask.
 
@@ -623,7 +626,7 @@ def open(
     missing ``NotFoundError``. ``side_folder`` is a folder in memory for the file that the usual mode keeps beside
     the registry, the same for all programs. ``compact_below`` compacts when fewer slots of a kind are left, and
     ``check_at_opening`` refuses a damaged file at once. A change waits ``wait_at_most`` seconds for those of other
-    processes.
+    processes. With ``exact_space`` space is not used again: the same operations make the same bytes.
     """
     return Registry(
         path,
@@ -635,4 +638,5 @@ def open(
         compact_below=compact_below,
         check_at_opening=check_at_opening,
         wait_at_most=wait_at_most,
+        exact_space=exact_space,
     )

@@ -49,6 +49,18 @@ TEST_F(OptionsTest, AFileIsCompactedWhereLessIsLeftThanAskedFor) {
   EXPECT_EQ(std::string(200, 'x'), registry["kept"].Get("text", ""));
 }
 
+TEST_F(OptionsTest, SpaceIsUsedAgainUnlessExactnessIsAskedFor) {
+  for (const bool isExact : {false, true}) {
+    options.exactSpace = isExact;
+    Registry registry(folder / (isExact ? "exact.rce" : "usual.rce"), options);
+    ASSERT_TRUE(registry["k"].Make());
+    ASSERT_TRUE(registry["k"].Remove());
+    const Result<yax_room> room = registry.Room();
+    ASSERT_TRUE(room);
+    EXPECT_EQ(isExact ? 2u : 1u, room->strings.used);
+  }
+}
+
 TEST_F(OptionsTest, TheSideFileIsWhereItIsAskedFor) {
   if (PossibleModes().size() < 3) return;  // needs shared memory
   options.sideFolder = folder / "side";
