@@ -23,6 +23,7 @@ class Names {
     using pointer = const std::string_view*;
     using reference = std::string_view;
 
+    Iterator() = default;  // of no list
     Iterator(const yax_names* names, std::size_t index) : names_(names), index_(index) {}
     std::string_view operator*() const {
       std::size_t length = 0;
@@ -33,12 +34,17 @@ class Names {
       ++index_;
       return *this;
     }
+    Iterator operator++(int) {
+      const Iterator before = *this;
+      ++index_;
+      return before;
+    }
     friend bool operator==(const Iterator& a, const Iterator& b) { return a.index_ == b.index_; }
     friend bool operator!=(const Iterator& a, const Iterator& b) { return a.index_ != b.index_; }
 
    private:
-    const yax_names* names_;
-    std::size_t index_;
+    const yax_names* names_ = nullptr;
+    std::size_t index_ = 0;
   };
 
   // Takes a list over.
