@@ -1,4 +1,5 @@
 from pathlib import Path
+from typing import Callable, List
 
 import pytest
 
@@ -25,8 +26,12 @@ def test_a_closed_registry_is_told(file: Path) -> None:
     registry.close()
     with pytest.raises(yax.NoRightError):
         key["v"] = 1
-    with pytest.raises(yax.NoRightError):
-        registry["k"]
+    calls: List[Callable[[], object]] = [registry.sync, registry.room, registry.condition, registry.compact]
+    calls += [lambda: registry["k"], lambda: key.at("below"), lambda: registry.durability]
+    calls += [lambda: registry.set_user(1), registry.watch, lambda: registry.transaction().__enter__()]
+    for call in calls:
+        with pytest.raises(yax.NoRightError, match="the registry is closed"):
+            call()
     assert "closed" in repr(registry)
 
 

@@ -115,7 +115,7 @@ class Key(MutableMapping[str, Value]):
     def __init__(self, registry: "Registry", path: str) -> None:
         handle = ctypes.c_void_p()
         data = _bytes(path, f"key {path!r}")
-        check(lib.yax_key_at(registry._handle, data, ctypes.byref(handle)), f"key {path!r}")
+        check(lib.yax_key_at(registry._open_handle(), data, ctypes.byref(handle)), f"key {path!r}")
         self._key = handle
         self._registry = registry
         self._path = _text(lib.yax_key_path(handle))
@@ -388,15 +388,18 @@ class Registry:
             wait_at_most=max(1, round(wait_at_most * 1000)),
             exact_space=int(exact_space),
         )
+        self._file = os.fspath(path)
         handle = ctypes.c_void_p()
         check(
             lib.yax_open(os.fsencode(path), ctypes.byref(options), ctypes.byref(handle)),
-            os.fspath(path),
+            self._file,
         )
         self._handle: Optional[ctypes.c_void_p] = handle
+        # A key keeps the memory behind the handle, for calls of other threads while one closes it.
+        self._anchor = ctypes.c_void_p()
         self._waiters = 0  # threads that wait for changes
         self._quiet = threading.Condition()
-        self._file = os.fspath(path)
+        check(lib.yax_key_at(handle, b"", ctypes.byref(self._anchor)), self._file)
 
     def close(self) -> None:
         """Closes the file; keys that are left raise ``NoRightError``."""
@@ -407,11 +410,16 @@ class Registry:
         if handle is not None:
             lib.yax_close(handle)
 
+    def _open_handle(self) -> ctypes.c_void_p:
+        handle = self._handle
+        if handle is None:
+            raise error_of(Status.NO_RIGHT, self._file, "the registry is closed")
+        return handle
+
     @contextlib.contextmanager
     def _kept_open(self) -> Iterator[None]:
         with self._quiet:
-            if self._handle is None:
-                raise error_of(Status.NO_RIGHT, self._file, "the registry is closed")
+            self._open_handle()
             self._waiters += 1
         try:
             yield
@@ -432,16 +440,15 @@ class Registry:
         self.close()
 
     def __del__(self) -> None:
-        if hasattr(self, "_handle"):
+        if hasattr(self, "_quiet"):
             self.close()
+            lib.yax_key_free(self._anchor)
 
     def __repr__(self) -> str:
         return f"<yax.Registry {self._file!r}{'' if self._handle else ', closed'}>"
 
     def __getitem__(self, path: str) -> Key:
         """The key of a path, "" for the root; nothing is looked up."""
-        if self._handle is None:
-            raise error_of(Status.NO_RIGHT, self._file, "the registry is closed")
         return Key(self, path)
 
     def __contains__(self, path: object) -> bool:
@@ -484,7 +491,7 @@ class Registry:
         []
         """
         handle = ctypes.c_void_p()
-        check(lib.yax_begin(self._handle, ctypes.byref(handle)), self._file)
+        check(lib.yax_begin(self._open_handle(), ctypes.byref(handle)), self._file)
         try:
             yield
         except BaseException:
@@ -575,36 +582,36 @@ class Registry:
     @property
     def durability(self) -> Durability:
         """What changes survive; never ``USUAL``."""
-        return Durability(lib.yax_durability(self._handle))
+        return Durability(lib.yax_durability(self._open_handle()))
 
     def sync(self) -> None:
         """Waits until everything that was changed is on the disk."""
-        check(lib.yax_sync(self._handle), self._file)
+        check(lib.yax_sync(self._open_handle()), self._file)
 
     def room(self) -> Dict[str, RoomOf]:
         """How much there is, and how much more there can be until the file is full, by kind of record:
         ``strings`` (parts of the names of keys), ``keys``, ``values`` and ``blocks`` (of 64 bytes of data)."""
         room = Room(ctypes.sizeof(Room))
-        check(lib.yax_get_room(self._handle, ctypes.byref(room)), self._file)
+        check(lib.yax_get_room(self._open_handle(), ctypes.byref(room)), self._file)
         kinds = {"strings": room.strings, "keys": room.keys, "values": room.values, "blocks": room.blocks}
         return {kind: RoomOf(of.used, of.left) for kind, of in kinds.items()}
 
     def condition(self) -> Condition:
         """What condition the file is in, after a look at all of it."""
         condition = ctypes.c_uint()
-        check(lib.yax_check(self._handle, ctypes.byref(condition)), self._file)
+        check(lib.yax_check(self._open_handle(), ctypes.byref(condition)), self._file)
         return Condition(condition.value)
 
     def compact(self) -> None:
         """Gives the file the same content without unused space in between; others go on with it."""
-        check(lib.yax_compact(self._handle), self._file)
+        check(lib.yax_compact(self._open_handle()), self._file)
 
     def set_user(self, user: Union[int, str]) -> None:
         """Another user counts from now on, for all threads."""
         if isinstance(user, str):
-            check(lib.yax_set_user(self._handle, _bytes(user, user)), user)
+            check(lib.yax_set_user(self._open_handle(), _bytes(user, user)), user)
         else:
-            check(lib.yax_set_user_number(self._handle, user), str(user))
+            check(lib.yax_set_user_number(self._open_handle(), user), str(user))
 
 
 def open(
