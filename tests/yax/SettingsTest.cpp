@@ -200,6 +200,17 @@ TEST_F(Settings, KeysAreMadeOnTheWayAndListedInOrder) {
   EXPECT_TRUE(registry["missing"].Children().empty());
 }
 
+TEST_F(Settings, ListsOfNamesAreRanges) {
+  for (const char* name : {"b", "c", "a"}) ASSERT_TRUE(key.Set(name, 1));
+  const Names names = key.Values();
+  EXPECT_EQ((std::vector<std::string>{"a", "b", "c"}),
+            std::vector<std::string>(names.begin(), names.end()));
+  Names::Iterator at;
+  at = names.begin();
+  EXPECT_EQ("a", *at++);
+  EXPECT_EQ("b", *at);
+}
+
 TEST_F(Settings, ValuesComeAndGo) {
   ASSERT_TRUE(key.Set("b", 1));
   ASSERT_TRUE(key.Set("a", "text"));
