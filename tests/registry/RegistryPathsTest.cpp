@@ -11,6 +11,14 @@ namespace {
 
 using processes::Worker;
 
+void OpenFor(Durability durability, Registry& registry, SpacePolicy space = SpacePolicy::kExact) {
+  RegistryOptions options;
+  options.durability = durability;
+  options.space = space;
+  ASSERT_EQ(status::kOk, registry.SetOptions(options));
+  ASSERT_EQ(status::kOk, registry.Initialize());
+}
+
 // Without a handle, or through one on the root.
 class RegistryPathsTest : public ::testing::TestWithParam<bool> {
  protected:
@@ -29,11 +37,7 @@ class RegistryPathsTest : public ::testing::TestWithParam<bool> {
   ~RegistryPathsTest() override { EXPECT_EQ("", StructureFindings(path)); }
 
   void Open(Registry& which, SpacePolicy space = SpacePolicy::kReuse) {
-    RegistryOptions options;
-    options.durability = Durability::kProcess;
-    options.space = space;
-    EXPECT_EQ(status::kOk, which.SetOptions(options));
-    EXPECT_EQ(status::kOk, which.Initialize());
+    OpenFor(Durability::kProcess, which, space);
   }
   void Make(const char* key, unsigned long long number) {
     EXPECT_EQ(status::kOk, registry.CreateKey(handle, key, number)) << key;
@@ -236,20 +240,16 @@ TEST(RegistryPathsOfFilesTest, WhatIsOnTheWayToADeletedKeyStaysThoughTheWayWasKn
   constexpr unsigned int kChild = 16;
   const TempDir folder;
   const std::string path = folder / "registry";
-  RegistryOptions options;
-  options.durability = Durability::kProcess;
   {
     Registry registry(path.c_str(), kAdmin);
-    ASSERT_EQ(status::kOk, registry.SetOptions(options));
-    ASSERT_EQ(status::kOk, registry.Initialize());
+    OpenFor(Durability::kProcess, registry);
     for (const char* key : {"m", "f", "f/x"}) EXPECT_EQ(status::kOk, registry.CreateKey(0, key, 1));
   }
   std::string bytes = GetFile(path);
   bytes.replace(kStringArea + 4 * kRecord + kChild, 4, std::string("\0\2\0\0", 4));
   PutFile(path, bytes);
   Registry registry(path.c_str(), kAdmin);
-  ASSERT_EQ(status::kOk, registry.SetOptions(options));
-  ASSERT_EQ(status::kOk, registry.Initialize());
+  OpenFor(Durability::kProcess, registry);
   unsigned long long number = 0;
   for (const char* key : {"m", "f", "f/x", "m", "f", "f/x"}) {
     EXPECT_EQ(status::kOk, registry.GetDefaultValue(0, key, &number)) << key;
@@ -265,11 +265,8 @@ TEST(RegistryPathsOfFilesTest, WhatIsOnTheWayToADeletedKeyStaysThoughTheWayWasKn
 TEST(RegistryPathsOfFilesTest, WithoutAJournalTheFileIsAskedEachTime) {
   const TempDir folder;
   const std::string path = folder / "registry";
-  RegistryOptions options;
-  options.durability = Durability::kNone;
   Registry registry(path.c_str(), kAdmin);
-  ASSERT_EQ(status::kOk, registry.SetOptions(options));
-  ASSERT_EQ(status::kOk, registry.Initialize());
+  OpenFor(Durability::kNone, registry);
   const std::string empty = GetFile(path);
   ASSERT_EQ(status::kOk, registry.CreateKey(0, "house", 1));
   unsigned long long number = 0;
@@ -287,10 +284,7 @@ TEST(RegistryPathsOfFilesTest, AreEachFilesOwn) {
   for (unsigned int i = 0; i < 6; ++i) {
     const std::string path = folder / (i % 2 == 0 ? "even" : "odd");
     Registry registry(path.c_str(), kAdmin);
-    RegistryOptions options;
-    options.durability = Durability::kProcess;
-    EXPECT_EQ(status::kOk, registry.SetOptions(options));
-    EXPECT_EQ(status::kOk, registry.Initialize());
+    OpenFor(Durability::kProcess, registry);
     if (i == 0) {
       EXPECT_EQ(status::kOk, registry.CreateKey(0, "first", 1));
     }
