@@ -17,7 +17,7 @@
 #   make reference      makes the reference of the public headers, a warning is an error
 #   make format         formats all sources
 #   make tidy           looks for defects with clang-tidy (.clang-tidy)
-#   make lint           looks for defects with shellcheck, cppcheck and, in Python's types, mypy
+#   make lint           looks for defects with shellcheck and cppcheck
 #   make update-abi     takes the symbols that libYAX.so exports over into the kept list
 #   make update-pages   makes the kept manual page and completions of yaxreg anew
 #   make clean          removes everything that was built
@@ -29,7 +29,7 @@ BUILDS := clang aarch64
 NEEDS := g++ cmake
 TOOL_NEEDS := libcli11-dev libedit-dev nlohmann-json3-dev
 TEST_NEEDS := $(NEEDS) $(TOOL_NEEDS) googletest pkg-config bats bsdutils util-linux \
-  file fish python3-pytest zsh
+  file fish mypy python3-pytest zsh
 NEEDS_i686 := g++-i686-linux-gnu
 NEEDS_clang := clang-14
 NEEDS_fuzz := clang-14
@@ -156,16 +156,15 @@ tidy:
 	@sed -n 's|^ *"file": "$(CURDIR)/\(.*\)",*$$|\1|p' build/release/compile_commands.json | sort -u | \
 	  grep -E '^(framework|platform|registry|tools|yax)/' | xargs -P $(JOBS) -n 4 clang-tidy -p build/release --quiet
 
-# Scripts, the types of Python, and what cppcheck sees in the library that compilers do not. Left out: records that are filled by whoever
+# Scripts, and what cppcheck sees in the library that compilers do not. Left out: records that are filled by whoever
 # makes them, calls of one's own virtual functions at the end, and a path that is taken to be longer than it is.
 lint:
-	@sh cmake/need-packages.sh shellcheck cppcheck mypy
+	@sh cmake/need-packages.sh shellcheck cppcheck
 	@shellcheck -S warning .ci/run $$(git ls-files '*.sh')
 	@cppcheck -j $(JOBS) --quiet --std=c++17 --language=c++ --error-exitcode=1 -I. \
 	  --enable=warning,performance,portability --suppress=uninitMemberVar --suppress=uninitDerivedMemberVar \
 	  --suppress=virtualCallInConstructor --suppress=arrayIndexOutOfBounds:registry/keytree/PathSearch.h \
 	  framework platform registry yax
-	@cd python && mypy --cache-dir=$(CURDIR)/build/mypy --no-error-summary
 
 update-abi:
 	@sh cmake/need-packages.sh $(NEEDS) $(TOOL_NEEDS)

@@ -7,7 +7,7 @@ set -eu
 
 have() {
   case "$1" in
-    bats | clang-format | clang-tidy | cmake | cppcheck | file | fish | g++ | gcovr | make | pkg-config | shellcheck | zsh)
+    bats | clang-format | clang-tidy | cmake | cppcheck | file | fish | g++ | gcovr | make | mypy | pkg-config | shellcheck | zsh)
       command -v "$1"
       ;;
     bsdutils) command -v script ;;
