@@ -33,7 +33,7 @@ TEST_F(TernaryFileAccessTest, TransfersExactlyTheBytesAskedFor) {
 // What is written by its offset may be where a path leads.
 TEST_F(TernaryFileAccessTest, AfterWritesByOffsetNoPathIsKnown) {
   RegistryOptions options;
-  options.durability = Durability::kProcess;
+  options.durability = Durability::kPower;
   TernaryFile shared;
   shared.SetOptions(options);
   ASSERT_EQ(status::kOk, shared.Open(path.c_str()));
