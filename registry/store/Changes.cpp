@@ -293,6 +293,8 @@ Status Changes::Grow(TernaryNodeDescriptor* descriptor, unsigned int recordSize,
     file.Abandon();
     return status::kNoSpace;
   }
+  const unsigned int realSize = file.Size();  // not always what the header tells
+  if (realSize == 0) return status::kInputOutput;
   NodeAllocationTable* table = new (std::nothrow) NodeAllocationTable;
   if (table == nullptr) {
     file.Abandon();
@@ -305,7 +307,6 @@ Status Changes::Grow(TernaryNodeDescriptor* descriptor, unsigned int recordSize,
   table->setTableNumber(last->tableNumber() + 1);
   table->setFreeCount(count - 1);
   const Mark before = Here();
-  const unsigned int realSize = file.Size();  // not always what the header tells
   Status result = WriteNewTable(*table, static_cast<unsigned int>(area.size()));
   if (result.IsOk()) {
     result = store_.undo_.AddGrowth(store_.tables_.KindOf(descriptor), oldSize, realSize);

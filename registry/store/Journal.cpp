@@ -214,6 +214,7 @@ Status Journal::Apply(StoreFile& file) {
 // The hash follows the changes; what was written beside them is read.
 Status Journal::KnowContent(StoreFile& file) {
   const unsigned int length = file.KnownLength();
+  if (length == 0) return status::kInputOutput;  // the system does not tell it
   SharedWords& words = Words();
   hash_ = words.GetLong(journal_word::kHash);
   length_ = words.Get(journal_word::kHashLength);

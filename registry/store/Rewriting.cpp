@@ -35,6 +35,7 @@ Status Rewriting::Ask(FileRewriter& rewriter, const unsigned char** bytes, unsig
   const StoreFile& file = store_.Bytes();
   if (!file.IsOpen()) return status::kInputOutput;
   length_ = file.KnownLength();
+  if (length_ == 0) return status::kInputOutput;  // the system does not tell it
   before_.reset(new (std::nothrow) unsigned char[length_]);
   if (before_ == nullptr) return status::kNoMemory;
   const Status result = file.Read(0, length_, before_.get());

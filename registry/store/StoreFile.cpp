@@ -88,7 +88,9 @@ Status StoreFile::Write(unsigned int offset, unsigned int size, const void* data
   if (!isGathering_) return WriteStraight(offset, size, data);
   if (!IsOpen()) return status::kInputOutput;
   const unsigned long long end = offset + static_cast<unsigned long long>(size);
-  if (end > KnownLength()) return WriteStraight(offset, size, data);
+  const unsigned int length = KnownLength();
+  if (length == 0) return status::kInputOutput;  // the system does not tell it
+  if (end > length) return WriteStraight(offset, size, data);
   return Gather(offset, size, static_cast<const unsigned char*>(data));
 }
 

@@ -179,6 +179,14 @@ class EveryCallFaultTest : public ::testing::TestWithParam<Durability> {
     Answered(registry, 2, registry.SetDefaultValue(0, "k", 2));
     ExpectFailureOrAbsence(registry.RemoveKey("bra"));
   }
+  // What is refused takes slots first, and gives them back.
+  void LiveRefused() {
+    Registry registry(path.c_str(), kAdmin);
+    if (!IsOpened(Open(registry))) return;
+    ExpectFailureOrAbsence(registry.CreateKey(0, "k/inner//deep", 5));
+    ExpectNumber(registry);
+    Answered(registry, 2, registry.SetDefaultValue(0, "k", 2));
+  }
   void LiveByHandle() {
     Registry registry(path.c_str(), kAdmin);
     if (!IsOpened(Open(registry))) return;
@@ -333,6 +341,7 @@ TEST_P(EveryCallFaultTest, KeepsWhatWasAcknowledgedWhereNothingIsMapped) {
   faults::RefuseMappings(true);
   space = SpacePolicy::kReuse;
   const auto prepare = [this] { PutStart(); };
+  FailEachCall(Mode::kFailOnce, "registry ", prepare, [this] { LiveRefused(); });
   FailEachCall(Mode::kFailOnce, "registry ", prepare, [this] { LiveExactly(); });
   FailEachCall(Mode::kFailOnce, "registry ", prepare, [this] { LiveByHandle(); });
   // It reads each slot of the file.
