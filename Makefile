@@ -109,7 +109,7 @@ soak:
 
 # dpkg-buildpackage starts a make of its own, too.
 packages:
-	@sh cmake/need-packages.sh $(NEEDS) $(TOOL_NEEDS) dpkg-dev debhelper dh-python lintian \
+	@sh cmake/need-packages.sh $(NEEDS) $(TOOL_NEEDS) dpkg-dev debhelper dh-python doxygen lintian \
 	  pkg-config python3-pytest
 	@env -u MAKEFLAGS -u MFLAGS -u MAKELEVEL JOBS=$(JOBS) \
 	  sh cmake/run-quietly.sh build/packages.log "Building the packages" sh packaging/make-packages.sh build/packages

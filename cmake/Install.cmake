@@ -1,4 +1,4 @@
-# Installing libYAX: the library, its headers, the CMake package and the pkg-config file.
+# Installing libYAX: the library, its headers, the CMake package, the pkg-config file and the pages for its users.
 # A client includes "yax/Settings.h" or "yax/yax.h" from <prefix>/include, "registry/Registry.h" and the like from
 # <prefix>/include/yax.
 
@@ -38,6 +38,18 @@ foreach(library IN LISTS CMAKE_DL_LIBS)
 endforeach()
 configure_file(cmake/yax.pc.in yax.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/yax.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+# What users of the library read. Pages lead to each other by relative links, so they keep their places. The reference
+# is there when "make reference" has made it.
+install(FILES
+  docs/behaviour.md
+  docs/components.md
+  docs/format.md
+  docs/json.md
+  docs/performance.md
+  DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT doc)
+install(DIRECTORY docs/guide docs/performance DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT doc)
+install(DIRECTORY build/reference/html/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/reference COMPONENT doc OPTIONAL)
 
 # cpack -G TGZ: an archive of all this.
 if(CMAKE_SOURCE_DIR STREQUAL PROJECT_SOURCE_DIR)

@@ -20,5 +20,8 @@ done
 prefix=$folder/unpacked/usr
 libdir=$(cd "$prefix" && find lib -name libYAX.so -printf '%h\n')
 export LD_LIBRARY_PATH="$prefix/$libdir"
+for page in guide/README.md performance.md reference/index.html; do
+  [ -s "$prefix/share/doc/libyax-dev/$page" ] || { echo "libyax-dev has no $page" >&2 && exit 1; }
+done
 sh "$root/packaging/try-installed.sh" "$prefix" "$libdir" "$folder/tried"
 echo "The packages are in $folder and work."

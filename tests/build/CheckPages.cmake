@@ -1,0 +1,27 @@
+# cmake -DPAGES=... -P CheckPages.cmake
+# The pages in a folder lead to nothing outside of it and to nothing that is not there.
+cmake_minimum_required(VERSION 3.25)
+file(GLOB_RECURSE pages ${PAGES}/*.md)
+set(count 0)
+foreach(page IN LISTS pages)
+  get_filename_component(folder ${page} DIRECTORY)
+  file(READ ${page} text)
+  # Brackets would keep a list together.
+  string(REPLACE "](" "leads-to:" text "${text}")
+  string(REGEX MATCHALL "leads-to:[a-zA-Z0-9_./-]+" links "${text}")
+  foreach(link IN LISTS links)
+    string(REPLACE "leads-to:" "" link ${link})
+    get_filename_component(target ${folder}/${link} ABSOLUTE)
+    if(NOT link MATCHES "[./]")
+      continue() # code
+    endif()
+    math(EXPR count "${count} + 1")
+    string(FIND "${target}" "${PAGES}/" inside)
+    if(NOT inside EQUAL 0 OR NOT EXISTS ${target})
+      message(SEND_ERROR "${page} leads to ${link}")
+    endif()
+  endforeach()
+endforeach()
+if(count LESS 15)
+  message(SEND_ERROR "${PAGES} has only ${count} links")
+endif()
