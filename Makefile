@@ -123,6 +123,7 @@ test-packages: packages
 
 reference:
 	@sh cmake/need-packages.sh doxygen
+	@sh docs/reference/test-reference.sh
 	@sh docs/reference/make-reference.sh
 	@echo "The reference is build/reference/html/index.html."
 

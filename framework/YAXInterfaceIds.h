@@ -3,9 +3,10 @@
 
 #include "framework/YAX_GUID_ST.h"
 
-// Part of the binary interface, never change.
+// Part of the binary interface, as all that follow: they never change. What all interfaces have.
 constexpr YAX_GUID_ST IID_IYAXCompBase = {
     0x1FBF55FC, 0x0F15, 0x45CC, {0x8F, 0x3F, 0xDE, 0x86, 0xA5, 0x64, 0x0C, 0xB5}};
+// Views of the framework, which GetYAXInstance and QueryInterface give.
 constexpr YAX_GUID_ST IID_IYAX = {
     0xEF849D15, 0xF00C, 0x45DC, {0xBF, 0xD8, 0xF8, 0x56, 0x25, 0xA9, 0x34, 0xE6}};
 constexpr YAX_GUID_ST IID_IYAXRegistry = {

@@ -16,6 +16,7 @@ inline bool operator==(const YAX_GUID_ST& a, const YAX_GUID_ST& b) {
   for (unsigned int i = 0; i < sizeof a.Data4; ++i) equal = equal && a.Data4[i] == b.Data4[i];
   return equal;
 }
+// Different in some of them.
 inline bool operator!=(const YAX_GUID_ST& a, const YAX_GUID_ST& b) {
   return !(a == b);
 }

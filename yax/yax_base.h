@@ -11,8 +11,10 @@ extern "C" {
 
 /* ---- statuses */
 
+/* What an operation answers: one of the numbers below. */
 typedef unsigned int yax_status;
 
+/* The statuses. */
 enum {
   YAX_OK = 0,
   YAX_NO_RIGHT = 1,      /* the user lacks the right, or the registry was closed */
@@ -39,6 +41,7 @@ const char* yax_version(void);
 
 /* ---- the registry */
 
+/* An open registry; yax_close ends it. */
 typedef struct yax_registry yax_registry;
 
 /* What a change survives once it was acknowledged. */
@@ -49,7 +52,8 @@ enum {
   YAX_DURABILITY_POWER = 3    /* so does a power cut, and what was acknowledged is there */
 };
 
-#define YAX_ADMINISTRATOR 65535u /* the user who has the owner's rights everywhere */
+/* The user who has the owner's rights everywhere. */
+#define YAX_ADMINISTRATOR 65535u
 
 /* How a registry is opened. */
 typedef struct yax_options {

@@ -8,6 +8,7 @@ extern "C" {
 #endif
 #pragma GCC visibility push(default)
 
+/* Somebody who wants to know what is changed, and what he has not been told yet. */
 typedef struct yax_watch yax_watch;
 
 /* What a change is. */
@@ -31,11 +32,13 @@ typedef struct yax_change {
   const char* name; /* of the value; "" where none is concerned */
 } yax_change;
 
-#define YAX_FOREVER 0xFFFFFFFFu /* milliseconds */
+/* Milliseconds that never end. */
+#define YAX_FOREVER 0xFFFFFFFFu
 
 /* Begins to watch a key, which need not be there, and all below it; the root is everything. *watch
  * is the caller's, until yax_watch_free; it belongs to one thread at a time. */
 yax_status yax_watch_key(yax_key* key, yax_watch** watch);
+/* Ends it. Null: nothing. */
 void yax_watch_free(yax_watch* watch);
 /* The next change since the watch began, by any thread or program; what creates, deletes or
  * restores a key above is one, too. Waits for it as long as it is told; 0: does not. YAX_NO_DATA:

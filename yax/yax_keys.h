@@ -20,7 +20,8 @@ typedef struct yax_key yax_key;
 yax_status yax_key_at(yax_registry* registry, const char* path, yax_key** key);
 /* The same, from a key on. */
 yax_status yax_key_below(const yax_key* key, const char* path, yax_key** below);
-void yax_key_free(yax_key* key); /* null: nothing */
+/* Gives the object back; the key stays. Null: nothing. */
+void yax_key_free(yax_key* key);
 /* Its path from the root; the key's. No status. */
 const char* yax_key_path(const yax_key* key);
 
@@ -49,6 +50,7 @@ yax_status yax_key_restore(yax_key* key, const char* file);
 
 /* ---- lists of names, sorted by their bytes */
 
+/* A list of names as they were when it was made. */
 typedef struct yax_names yax_names;
 
 /* *names is the caller's, until yax_names_free. */
@@ -56,6 +58,7 @@ yax_status yax_key_children(const yax_key* key, yax_names** names); /* the keys 
 yax_status yax_key_branch(const yax_key* key, yax_names** names);   /* all below: "a", "a/b" */
 yax_status yax_key_values(const yax_key* key, yax_names** names);   /* the key's own values */
 void yax_names_free(yax_names* names);                              /* null: nothing */
+/* How many there are. Null: 0. */
 size_t yax_names_count(const yax_names* names);
 /* A name, which is the list's, and its length, unless `length` is null. Null beyond the last. */
 const char* yax_names_at(const yax_names* names, size_t index, size_t* length);

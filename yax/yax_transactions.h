@@ -8,6 +8,7 @@ extern "C" {
 #endif
 #pragma GCC visibility push(default)
 
+/* Several changes as one, by one thread. */
 typedef struct yax_transaction yax_transaction;
 
 /* What this thread changes in the registry from here to yax_commit happens whole or not at all,

@@ -25,17 +25,23 @@ extern "C" {
 #endif
 #pragma GCC visibility push(default)
 
+/* The types of values. */
 enum { YAX_INTEGER = 0, YAX_TEXT = 1, YAX_BYTES = 2, YAX_REAL = 3 };
 
-#define YAX_DATA_MAX 1024u          /* bytes of a value */
-#define YAX_NAME_MAX 31u            /* bytes of its name */
-#define YAX_ZERO_ENDED ((size_t)-1) /* a length: the text ends with a zero byte */
+/* The bytes of a value, at most. */
+#define YAX_DATA_MAX 1024u
+/* The bytes of its name, at most. */
+#define YAX_NAME_MAX 31u
+/* A length: the text ends with a zero byte. */
+#define YAX_ZERO_ENDED ((size_t)-1)
 
+/* Sets a value to a number. */
 yax_status yax_set_int(yax_key* key, const char* name, int64_t number);
 yax_status yax_set_uint(yax_key* key, const char* name, uint64_t number);
 yax_status yax_set_real(yax_key* key, const char* name, double number);
 /* `length` bytes of a text, or YAX_ZERO_ENDED. YAX_BAD_ARGUMENT: a zero byte is in it. */
 yax_status yax_set_text(yax_key* key, const char* name, const char* text, size_t length);
+/* `size` bytes, which may be none. */
 yax_status yax_set_bytes(yax_key* key, const char* name, const void* data, size_t size);
 /* Bytes of a type from 1 to 5, as they are. */
 yax_status yax_set_data(yax_key* key, const char* name, unsigned type, const void* data,
@@ -59,6 +65,7 @@ yax_status yax_get_data(const yax_key* key, const char* name, unsigned* type, vo
                         size_t room, size_t* size);
 /* YAX_OK, YAX_NOT_FOUND, or YAX_NO_DATA for one that is not set; `type` may be null. */
 yax_status yax_value_exists(const yax_key* key, const char* name, unsigned* type);
+/* Deletes a value. YAX_NOT_FOUND: there is none. */
 yax_status yax_remove_value(yax_key* key, const char* name);
 
 #pragma GCC visibility pop

@@ -7,7 +7,7 @@
 namespace tamu::registry {
 
 namespace status {
-constexpr unsigned int kOk = 0;
+constexpr unsigned int kOk = 0;        // success
 constexpr unsigned int kNoRight = 1;   // not initialised, file opened by another object, no right
 constexpr unsigned int kNotFound = 2;  // no such key or value
 constexpr unsigned int kInputOutput = 5;  // a semaphore, seek, read or write failed; store not open
@@ -21,7 +21,7 @@ constexpr unsigned int kRange = 34;        // a stored number is outside what wa
 constexpr unsigned int kNotSupported = 37;  // not supported by this backend
 constexpr unsigned int kNoData = 53;        // value or default value not set, type above 5
 constexpr unsigned int kInvalidFile = 59;   // no registry file, or a damaged one
-constexpr unsigned int kLimit = 75;  // data above 1024 bytes, full list, 22nd table of a kind
+constexpr unsigned int kLimit = 75;      // data above 1024 bytes, full list, 22nd table of a kind
 constexpr unsigned int kWrongType = 79;  // a value of another type than was asked for
 }  // namespace status
 
