@@ -12,7 +12,7 @@ cd "$folder/libyax"
 DEB_BUILD_OPTIONS="parallel=${JOBS:-2}" dpkg-buildpackage -b -d -us -uc
 
 cd "$folder"
-lintian --allow-root --fail-on error libyax_*.changes
+lintian --allow-root --display-info --fail-on error,warning,info libyax_*.changes
 
 for package in *.deb; do
   case $package in *-dbgsym_*) ;; *) dpkg -x "$package" unpacked ;; esac
