@@ -1,0 +1,57 @@
+# cmake -DROOT=... -DBUILD=... -DTOOLCHAIN=... -DCXX=... -DEMULATOR=... -DLIBDIR=... -DSOURCE=... -DWORK=...
+#   -DPKG_CONFIG=... -P CrossInstall.cmake
+# Installs a build for another machine below DESTDIR, as systems that make images do, and builds a client for that
+# machine against what is there: by CMake with a toolchain file that names the folder as a root, by pkg-config with
+# the folder as its sysroot. The clients run where there is an emulator.
+cmake_minimum_required(VERSION 3.25)
+file(REMOVE_RECURSE ${WORK})
+file(MAKE_DIRECTORY ${WORK}/run)
+set(root ${WORK}/root)
+set(ENV{DESTDIR} ${root})
+execute_process(COMMAND ${CMAKE_COMMAND} --install ${BUILD} --prefix /usr OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
+unset(ENV{DESTDIR})
+
+file(GLOB installed RELATIVE ${root} ${root}/*)
+if(NOT installed STREQUAL "usr")
+  message(FATAL_ERROR "Installed is ${installed} instead of usr")
+endif()
+# Nothing tells where it was built.
+file(GLOB_RECURSE files ${root}/usr/*.cmake ${root}/usr/*.pc ${root}/usr/*.h)
+foreach(file IN LISTS files)
+  file(READ ${file} text)
+  foreach(folder IN ITEMS ${ROOT} ${BUILD} ${root})
+    string(FIND "${text}" "${folder}" found)
+    if(NOT found EQUAL -1)
+      message(SEND_ERROR "${file} names ${folder}")
+    endif()
+  endforeach()
+endforeach()
+
+file(WRITE ${WORK}/toolchain.cmake "include(${TOOLCHAIN})\nlist(APPEND CMAKE_FIND_ROOT_PATH ${root})\n")
+execute_process(
+  COMMAND ${CMAKE_COMMAND} -S ${CMAKE_CURRENT_LIST_DIR}/consumer -B ${WORK}/build -DCLIENT_SOURCE=${SOURCE}
+    -DCMAKE_TOOLCHAIN_FILE=${WORK}/toolchain.cmake
+  OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
+file(STRINGS ${WORK}/build/CMakeCache.txt place REGEX "^YAX_DIR:PATH=${root}/usr/")
+if(NOT place)
+  message(FATAL_ERROR "The client has found another package than the one in ${root}")
+endif()
+execute_process(COMMAND ${CMAKE_COMMAND} --build ${WORK}/build OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
+set(clients ${WORK}/build/client)
+
+if(PKG_CONFIG)
+  set(ENV{PKG_CONFIG_LIBDIR} ${root}/usr/${LIBDIR}/pkgconfig)
+  set(ENV{PKG_CONFIG_SYSROOT_DIR} ${root})
+  execute_process(COMMAND ${PKG_CONFIG} --cflags --libs yax
+    OUTPUT_VARIABLE options OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+  separate_arguments(options UNIX_COMMAND "${options}")
+  separate_arguments(flags UNIX_COMMAND "${FLAGS}")
+  execute_process(COMMAND ${CXX} -std=c++17 ${SOURCE} -o ${WORK}/client ${options} ${flags}
+      -Wl,-rpath,${root}/usr/${LIBDIR}
+    COMMAND_ERROR_IS_FATAL ANY)
+  list(APPEND clients ${WORK}/client)
+endif()
+
+foreach(client IN LISTS clients)
+  execute_process(COMMAND ${EMULATOR} ${client} WORKING_DIRECTORY ${WORK}/run COMMAND_ERROR_IS_FATAL ANY)
+endforeach()
