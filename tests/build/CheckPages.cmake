@@ -1,6 +1,16 @@
-# cmake -DPAGES=... -P CheckPages.cmake
-# The pages in a folder lead to nothing outside of it and to nothing that is not there.
+# cmake -DBUILD=... -DPREFIX=... -DDOCDIR=... -P CheckPages.cmake
+# Installs the pages for users alone, in a prefix that was empty before. All is in DOCDIR, and pages lead to nothing
+# outside of it and to nothing that is not there.
 cmake_minimum_required(VERSION 3.25)
+file(REMOVE_RECURSE ${PREFIX})
+execute_process(COMMAND ${CMAKE_COMMAND} --install ${BUILD} --prefix ${PREFIX} --component doc
+  OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
+set(PAGES ${PREFIX}/${DOCDIR})
+file(GLOB_RECURSE installed RELATIVE ${PREFIX} ${PREFIX}/*)
+list(FILTER installed EXCLUDE REGEX "^${DOCDIR}/")
+if(installed)
+  message(SEND_ERROR "Besides the pages ${installed} was installed")
+endif()
 file(GLOB_RECURSE pages ${PAGES}/*.md)
 set(count 0)
 foreach(page IN LISTS pages)
