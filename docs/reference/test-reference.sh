@@ -9,6 +9,7 @@ cp -r docs/reference "$work/docs"
 cd "$work"
 mkdir -p build/reference
 : >docs/reference/shared-comments.txt
+: >docs/reference/start.dox
 
 # refused NAME: the header on standard input is refused for that name, or not at all for "".
 refused() {
