@@ -12,7 +12,8 @@ cd "$folder/libyax"
 DEB_BUILD_OPTIONS="parallel=${JOBS:-2}" dpkg-buildpackage -b -d -us -uc
 
 cd "$folder"
-lintian --allow-root --display-info --fail-on error,warning,info libyax_*.changes
+lintian --allow-root --display-info --fail-on error,warning,info libyax_*.changes &
+lintian=$!
 
 for package in *.deb; do
   case $package in *-dbgsym_*) ;; *) dpkg -x "$package" unpacked ;; esac
@@ -24,4 +25,5 @@ for page in guide/README.md performance.md reference/index.html; do
   [ -s "$prefix/share/doc/libyax-dev/$page" ] || { echo "libyax-dev has no $page" >&2 && exit 1; }
 done
 sh "$root/packaging/try-installed.sh" "$prefix" "$libdir" "$folder/tried"
+wait "$lintian"
 echo "The packages are in $folder and work."

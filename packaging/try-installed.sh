@@ -14,9 +14,13 @@ try() {
     -DPKG_CONFIG=pkg-config -DSOURCE="$root/$source" -DWORK="$folder/$script" \
     -P "$root/tests/build/$script.cmake" >/dev/null
 }
-try UsePkgConfig tests/build/consumer/settings.cpp
-try UseCMakePackage tests/build/consumer/settings.cpp
+try UsePkgConfig tests/build/consumer/settings.cpp &
+by_pkg_config=$!
+try UseCMakePackage tests/build/consumer/settings.cpp &
+by_cmake=$!
 try Tutorial docs/components.md
+wait "$by_pkg_config"
+wait "$by_cmake"
 
 mkdir -p "$folder/run"
 cd "$folder/run"
