@@ -74,6 +74,29 @@ def test_a_backup_brings_a_branch_back(registry: yax.Registry, tmp_path: Path) -
         registry["k"].restore(tmp_path / "missing")
 
 
+@pytest.mark.parametrize("durability", [yax.Durability.NONE, yax.Durability.USUAL])
+def test_a_restoring_that_fails_makes_nothing(file: Path, durability: yax.Durability) -> None:
+    bad = file.with_name("bad")
+    bad.write_text("something else")
+    with yax.open(file, durability=durability) as registry:
+        registry["k"]["v"] = 1
+        registry["k"].backup(file.with_name("backup"))
+        for name in ("bad", "missing"):
+            with pytest.raises(yax.YaxError, match=f"key 'm/n' from file '.*/{name}'"):
+                registry["m/n"].restore(file.with_name(name))
+            assert list(registry) == ["k"]
+        with registry.transaction():
+            registry["other"].make()
+            with pytest.raises(OSError):
+                registry["m/n"].restore(bad)
+            registry["m/n"].restore(file.with_name("backup"))
+        assert registry["m/n"]["v"] == 1
+        assert list(registry) == ["k", "m", "m/n", "other"]
+        with pytest.raises(OSError):
+            registry["k"].restore(bad)
+        assert registry["k"]["v"] == 1
+
+
 def test_rights_count(registry: yax.Registry) -> None:
     registry["k"]["v"] = 1
     registry.set_user("guest")

@@ -19,12 +19,14 @@ from typing import (
     NamedTuple,
     Optional,
     Sequence,
+    Tuple,
     Type,
     TypeVar,
     Union,
     cast,
 )
 
+from ._arguments import U32, U64, file_of, integer_of, list_of, seconds_of, shown, text_of, truth_of
 from ._errors import NotFoundError, NotSetError, Status, error_of
 from ._library import DATA_MAX, Options, Room, check, lib
 from ._schema import Report, Setting, Value
@@ -76,11 +78,21 @@ def version() -> str:
     return str(lib.yax_version().decode())
 
 
-def _bytes(text: str, what: str) -> bytes:
-    data = text.encode("utf-8", "surrogateescape")
-    if b"\0" in data:
-        raise error_of(Status.BAD_ARGUMENT, what, "a zero byte is in the name")
-    return data
+def _path(path: str) -> bytes:
+    return text_of(path, f"key {shown(path)}", "path")
+
+
+def _user(user: Union[int, str]) -> Tuple[int, Optional[bytes]]:
+    """The number and the name, of which the name counts."""
+    what = f"user {shown(user)}"
+    if isinstance(user, str):
+        return ADMINISTRATOR, text_of(user, what, "name")
+    return integer_of(user, what, U32), None
+
+
+def _durability(durability: int) -> int:
+    what = f"durability {shown(durability)}"
+    return integer_of(durability, what, int(max(Durability)))
 
 
 def _text(data: bytes) -> str:
@@ -114,7 +126,9 @@ class Key(MutableMapping[str, Value]):
 
     def __init__(self, registry: "Registry", path: str) -> None:
         handle = ctypes.c_void_p()
-        data = _bytes(path, f"key {path!r}")
+        if not isinstance(registry, Registry):
+            raise TypeError(f"key {shown(path)}: {type(registry).__name__} is no registry")
+        data = _path(path)
         check(lib.yax_key_at(registry._open_handle(), data, ctypes.byref(handle)), f"key {path!r}")
         self._key = handle
         self._registry = registry
@@ -146,7 +160,7 @@ class Key(MutableMapping[str, Value]):
         size = ctypes.c_size_t()
         check(
             lib.yax_get_data(
-                self._key, _bytes(name, what), ctypes.byref(kind), data, DATA_MAX, ctypes.byref(size)
+                self._key, self._name(name), ctypes.byref(kind), data, DATA_MAX, ctypes.byref(size)
             ),
             what,
         )
@@ -161,15 +175,15 @@ class Key(MutableMapping[str, Value]):
 
     def __setitem__(self, name: str, value: Value) -> None:
         what = self._what(name)
-        raw_name = _bytes(name, what)
+        raw_name = self._name(name)
         if isinstance(value, int):
             if not -(2**63) <= value < 2**63:
-                raise error_of(Status.RANGE, what, f"{value} does not fit into 64 bits with a sign")
+                raise error_of(Status.RANGE, what, f"{shown(value)} does not fit into 64 bits with a sign")
             status = lib.yax_set_int(self._key, raw_name, value)
         elif isinstance(value, float):
             status = lib.yax_set_real(self._key, raw_name, value)
         elif isinstance(value, str):
-            data = value.encode("utf-8", "surrogateescape")
+            data = text_of(value, what)
             status = lib.yax_set_text(self._key, raw_name, data, len(data))
         elif isinstance(value, (bytes, bytearray, memoryview)):
             data = bytes(value)
@@ -180,12 +194,10 @@ class Key(MutableMapping[str, Value]):
 
     def __delitem__(self, name: str) -> None:
         what = self._what(name)
-        check(lib.yax_remove_value(self._key, _bytes(name, what)), what)
+        check(lib.yax_remove_value(self._key, self._name(name)), what)
 
     def __contains__(self, name: object) -> bool:
-        if not isinstance(name, str):
-            return False
-        status = lib.yax_value_exists(self._key, _bytes(name, self._what(name)), None)
+        status = lib.yax_value_exists(self._key, self._name(cast(str, name)), None)
         if status in (Status.OK, Status.NO_DATA):
             return True
         if status != Status.NOT_FOUND:
@@ -216,6 +228,8 @@ class Key(MutableMapping[str, Value]):
         return cast(_Kind, self._read(name, kind))
 
     def _read(self, name: str, kind: type) -> Value:
+        if not isinstance(kind, type):
+            raise TypeError(f"{self._what(name)}: {shown(kind)} is no type")
         value = self[name]
         if kind is bool and isinstance(value, int):
             if value not in (0, 1):
@@ -230,7 +244,7 @@ class Key(MutableMapping[str, Value]):
         """A number that was set as one without a sign, up to 2**64 - 1."""
         what = self._what(name)
         number = ctypes.c_uint64()
-        check(lib.yax_get_uint(self._key, _bytes(name, what), ctypes.byref(number)), what)
+        check(lib.yax_get_uint(self._key, self._name(name), ctypes.byref(number)), what)
         return number.value
 
     def set_unsigned(self, name: str, value: int) -> None:
@@ -241,9 +255,7 @@ class Key(MutableMapping[str, Value]):
         True
         """
         what = self._what(name)
-        if not 0 <= value < 2**64:
-            raise error_of(Status.RANGE, what, f"{value} does not fit into 64 bits without a sign")
-        check(lib.yax_set_uint(self._key, _bytes(name, what), value), what)
+        check(lib.yax_set_uint(self._key, self._name(name), integer_of(value, what, U64)), what)
 
     # ---- keys
 
@@ -253,6 +265,7 @@ class Key(MutableMapping[str, Value]):
         >>> registry["network"].at("eth0/ip").path
         'network/eth0/ip'
         """
+        _path(path)
         path = path[1:] if path.startswith("/") else path
         return Key(self._registry, f"{self._path}/{path}" if self._path and path else self._path or path)
 
@@ -276,12 +289,12 @@ class Key(MutableMapping[str, Value]):
 
     def copy_to(self, path: str) -> "Key":
         """Copies the key and all below it to another path, from the root; answers the new key."""
-        check(lib.yax_key_copy(self._key, _bytes(path, self._what())), f"{self._what()} to {path!r}")
+        check(lib.yax_key_copy(self._key, _path(path)), f"{self._what()} to {path!r}")
         return Key(self._registry, path)
 
     def move_to(self, path: str) -> "Key":
         """Gives the key, with all below it, another path; answers the key of that."""
-        check(lib.yax_key_move(self._key, _bytes(path, self._what())), f"{self._what()} to {path!r}")
+        check(lib.yax_key_move(self._key, _path(path)), f"{self._what()} to {path!r}")
         return Key(self._registry, path)
 
     def children(self) -> List[str]:
@@ -307,12 +320,19 @@ class Key(MutableMapping[str, Value]):
 
     def backup(self, file: Union[str, "os.PathLike[str]"]) -> None:
         """Writes the key and all below it to a file."""
-        check(lib.yax_key_backup(self._key, os.fsencode(file)), self._what())
+        name, data = file_of(file, f"backup of {self._what()}: file")
+        check(lib.yax_key_backup(self._key, data), f"{self._what()} to file {name!r}")
 
     def restore(self, file: Union[str, "os.PathLike[str]"]) -> None:
-        """Replaces the key, which must be there, and all below it by what a file holds."""
-        self.make()
-        check(lib.yax_key_restore(self._key, os.fsencode(file)), self._what())
+        """Replaces the key and all below it by what a file holds; makes it, and those above it, when it is missing."""
+        name, data = file_of(file, f"restoring of {self._what()}: file")
+        what = f"{self._what()} from file {name!r}"
+        if self.exists():
+            check(lib.yax_key_restore(self._key, data), what)
+            return
+        with self._registry.transaction():
+            self.make()
+            check(lib.yax_key_restore(self._key, data), what)
 
     @property
     def rights(self) -> int:
@@ -323,19 +343,22 @@ class Key(MutableMapping[str, Value]):
 
     @rights.setter
     def rights(self, rights: int) -> None:
-        if not 0 <= rights <= 255:
-            raise error_of(Status.RANGE, self._what(), f"{rights} are no rights")
-        check(lib.yax_key_set_rights(self._key, rights), self._what())
+        number = integer_of(rights, f"rights of {self._what()}", 255)
+        check(lib.yax_key_set_rights(self._key, number), self._what())
 
     # ---- parts
 
-    def _what(self, name: Optional[str] = None) -> str:
-        return f"key {self._path!r}" if name is None else f"value {name!r} of key {self._path!r}"
+    def _what(self, *name: object) -> str:
+        key = f"key {self._path!r}"
+        return f"value {shown(name[0])} of {key}" if name else key
+
+    def _name(self, name: str) -> bytes:
+        return text_of(name, self._what(name), "name")
 
     def _kind_name(self, name: str) -> str:
         kind = ctypes.c_uint()
         check(
-            lib.yax_value_exists(self._key, _bytes(name, ""), ctypes.byref(kind)), self._what(name)
+            lib.yax_value_exists(self._key, self._name(name), ctypes.byref(kind)), self._what(name)
         )
         return _KIND_NAMES.get(kind.value, f"of type {kind.value}")
 
@@ -373,25 +396,24 @@ class Registry:
         wait_at_most: float = 60,
         exact_space: bool = False,
     ) -> None:
-        name = user.encode() if isinstance(user, str) else None
-        number = ADMINISTRATOR if isinstance(user, str) else user
+        self._file, file = file_of(path, "path")
+        number, name = _user(user)
         options = Options(
             size=ctypes.sizeof(Options),
-            durability=int(durability),
+            durability=_durability(durability),
             user=number,
             user_name=name,
-            read_only=int(read_only),
-            file_mode=mode,
-            side_folder=None if side_folder is None else os.fsencode(side_folder),
-            compact_below=compact_below,
-            check_at_opening=int(check_at_opening),
-            wait_at_most=max(1, round(wait_at_most * 1000)),
-            exact_space=int(exact_space),
+            read_only=truth_of(read_only, "read_only"),
+            file_mode=integer_of(mode, "mode", 0o777, least=1),
+            side_folder=None if side_folder is None else file_of(side_folder, "side_folder")[1],
+            compact_below=integer_of(compact_below, "compact_below", U32),
+            check_at_opening=truth_of(check_at_opening, "check_at_opening"),
+            wait_at_most=max(1, round(seconds_of(wait_at_most, "wait_at_most", U32 / 1000) * 1000)),
+            exact_space=truth_of(exact_space, "exact_space"),
         )
-        self._file = os.fspath(path)
         handle = ctypes.c_void_p()
         check(
-            lib.yax_open(os.fsencode(path), ctypes.byref(options), ctypes.byref(handle)),
+            lib.yax_open(file, ctypes.byref(options), ctypes.byref(handle)),
             self._file,
         )
         self._handle: Optional[ctypes.c_void_p] = handle
@@ -452,7 +474,7 @@ class Registry:
         return Key(self, path)
 
     def __contains__(self, path: object) -> bool:
-        return isinstance(path, str) and self[path].exists()
+        return self[cast(str, path)].exists()
 
     def __delitem__(self, path: str) -> None:
         self[path].remove()
@@ -513,6 +535,10 @@ class Registry:
         (100000, 1)
         """
         key = self[path]
+        steps = list_of(steps, f"steps of {key._what()}")
+        for i, step in enumerate(steps, 1):
+            if not callable(step):
+                raise TypeError(f"step {i} of {key._what()}: {type(step).__name__} is no function")
         while self._steps_done(key, len(steps)) < len(steps):
             with self.transaction():
                 done = self._steps_done(key, len(steps))  # another program may have done some meanwhile
@@ -608,10 +634,11 @@ class Registry:
 
     def set_user(self, user: Union[int, str]) -> None:
         """Another user counts from now on, for all threads."""
-        if isinstance(user, str):
-            check(lib.yax_set_user(self._open_handle(), _bytes(user, user)), user)
+        number, name = _user(user)
+        if name is not None:
+            check(lib.yax_set_user(self._open_handle(), name), f"user {user!r}")
         else:
-            check(lib.yax_set_user_number(self._open_handle(), user), str(user))
+            check(lib.yax_set_user_number(self._open_handle(), number), f"user {user!r}")
 
 
 def open(

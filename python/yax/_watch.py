@@ -5,10 +5,12 @@ from __future__ import annotations
 import asyncio
 import ctypes
 import enum
+import math
 import time
 from concurrent.futures import Future, ThreadPoolExecutor
 from typing import TYPE_CHECKING, AsyncIterator, Iterator, NamedTuple, Optional
 
+from ._arguments import seconds_of
 from ._errors import Status
 from ._library import ChangeRecord, check, lib
 
@@ -74,7 +76,9 @@ class Watch(Iterator[Change], AsyncIterator[Change]):
 
     def next(self, timeout: Optional[float] = None) -> Optional[Change]:
         """The next change; None when there was none within the seconds. Waits for ever when none are told."""
-        end = None if timeout is None else time.monotonic() + timeout
+        end = None
+        if timeout is not None:
+            end = time.monotonic() + seconds_of(timeout, f"timeout of {self._what}", math.inf)
         while True:
             left = self._SLICE if end is None else min(self._SLICE, max(0.0, end - time.monotonic()))
             change = self._look(left)
