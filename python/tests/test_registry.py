@@ -1,3 +1,4 @@
+import pickle
 from pathlib import Path
 from typing import Callable, List
 
@@ -108,6 +109,17 @@ def test_every_status_has_an_exception_with_its_words(registry: yax.Registry) ->
         registry["k"]["v"]
     assert error.value.status == yax.Status.NOT_FOUND
     assert str(error.value) == "value 'v' of key 'k': key or value not found (status 2)"
+
+
+def test_exceptions_go_from_process_to_process(registry: yax.Registry) -> None:
+    kinds = [kind for kind in vars(yax).values() if isinstance(kind, type) and issubclass(kind, yax.YaxError)]
+    assert len(kinds) == 12
+    for kind in kinds:
+        error = kind(5, "key 'k'", "it is so")
+        error.unfit = ["a", "b"]
+        again = pickle.loads(pickle.dumps(error))
+        assert type(again) is kind and again.status == 5 and again.what == "key 'k'"
+        assert again.args == error.args and str(again) == "a; b"
 
 
 def test_the_library_tells_its_version() -> None:

@@ -3,7 +3,7 @@
 from __future__ import annotations
 
 import enum
-from typing import Dict, Type
+from typing import Any, Dict, List, Sequence, Tuple, Type
 
 
 class Status(enum.IntEnum):
@@ -28,15 +28,24 @@ class Status(enum.IntEnum):
 
 
 class YaxError(Exception):
-    """An operation has failed. ``status`` is its number, the message names key, value and reason."""
+    """An operation has failed. ``status`` is its number, the message names key, value and reason.
+
+    ``unfit`` is of ``Registry.apply`` and ``reset``: a message for each setting that does not fit. The status and the
+    class of the exception are those of the first.
+    """
 
     def __init__(self, status: int, what: str, words: str) -> None:
         super().__init__(f"{what}: {words} (status {status})")
         self.status = status
         self.what = what
+        self.words = words
+        self.unfit: List[str] = []
 
     def __str__(self) -> str:  # KeyError would show the message in quotation marks
-        return str(self.args[0])
+        return "; ".join(self.unfit or [str(self.args[0])])
+
+    def __reduce__(self) -> Tuple[Any, ...]:  # goes from process to process
+        return type(self), (self.status, self.what, self.words), {"unfit": self.unfit}
 
 
 class NoRightError(YaxError, PermissionError):
@@ -104,3 +113,10 @@ _CLASSES: Dict[int, Type[YaxError]] = {
 def error_of(status: int, what: str, words: str) -> YaxError:
     """The exception that stands for a status."""
     return _CLASSES.get(status, YaxError)(status, what, words)
+
+
+def raise_unfit(errors: Sequence[YaxError]) -> None:
+    """Raises the first, which then tells of all; nothing when there are none."""
+    if errors:
+        errors[0].unfit = [str(error) for error in errors]
+        raise errors[0]

@@ -27,12 +27,13 @@ from typing import (
 )
 
 from ._arguments import U32, U64, file_of, integer_of, list_of, seconds_of, shown, text_of, truth_of
-from ._errors import NotFoundError, NotSetError, Status, error_of
+from ._errors import NotFoundError, NotSetError, Status, YaxError, error_of, raise_unfit
 from ._library import DATA_MAX, Options, Room, check, lib
-from ._schema import Report, Setting, Value
+from ._schema import Report, Setting, Value, check_range, check_setting, kind_of
 from ._watch import Watch
 
 _Kind = TypeVar("_Kind", bound=Union[int, bool, float, str, bytes])
+_Rows = Dict[Tuple[str, str], Setting]
 
 ADMINISTRATOR = 65535
 """The user who has the owner's rights everywhere."""
@@ -93,6 +94,11 @@ def _user(user: Union[int, str]) -> Tuple[int, Optional[bytes]]:
 def _durability(durability: int) -> int:
     what = f"durability {shown(durability)}"
     return integer_of(durability, what, int(max(Durability)))
+
+
+def _shape(setting: Setting) -> Tuple[object, ...]:
+    """What two settings of one name have in common; 1, 1.0 and True are not the same."""
+    return kind_of(setting.value, setting.name), setting.value, setting.least, setting.most
 
 
 def _text(data: bytes) -> str:
@@ -555,55 +561,85 @@ class Registry:
         return done
 
     def apply(self, schema: Iterable[Setting]) -> Report:
-        """Makes the settings that are missing, unless something that is there does not fit.
+        """Makes the settings that are missing, unless something does not fit: then nothing is made.
 
-        ``WrongTypeError`` and ``RangeError`` name the first that does not; nothing is made then.
+        ``WrongTypeError`` and ``RangeError`` tell of all that is there and does not fit; also of first values outside
+        their ranges, and ``BadArgumentError`` of what cannot be a setting or stands in the table twice and differs.
 
         >>> schema = [yax.Setting("net/eth0", "mtu", 1500, least=576, most=9000),
         ...           yax.Setting("net/eth0", "name", "uplink")]
         >>> registry["net/eth0"]["speed"] = 100
         >>> registry.apply(schema)
         Report(made=['net/eth0 mtu', 'net/eth0 name'], extra=['net/eth0 speed'])
-        >>> registry["net/eth0"]["mtu"] = 9001
-        >>> registry.apply(schema)
-        Traceback (most recent call last):
-        ...
-        yax._errors.RangeError: value 'mtu' of key 'net/eth0': 9001 is not from 576 to 9000 (status 34)
+        >>> registry["net/eth0"].update(mtu=9001, name=5)
+        >>> try:
+        ...     registry.apply(schema)
+        ... except yax.RangeError as error:
+        ...     for line in error.unfit:
+        ...         print(line)
+        value 'mtu' of key 'net/eth0': 9001 is not from 576 to 9000 (status 34)
+        value 'name' of key 'net/eth0': it is a number, not str (status 79)
         """
-        settings = list(schema)
-        missing = [setting for setting in settings if not self._fits(setting)]
+        rows = self._rows(schema)
+        missing = self._missing(rows)
         if missing:
             with self.transaction():
-                # What another program has made meanwhile stays.
-                missing = [setting for setting in missing if not self._fits(setting)]
-                for setting in missing:
-                    self[setting.key][setting.name] = setting.value
-        known = {(setting.key, setting.name) for setting in settings}
-        keys = dict.fromkeys(setting.key for setting in settings)
-        return Report(
-            made=[f"{setting.key} {setting.name}" for setting in missing],
-            extra=[f"{key} {name}" for key in keys for name in self[key] if (key, name) not in known],
-        )
+                missing = self._missing(missing)  # what another program has made meanwhile stays
+                self._write(missing)
+        extra = [
+            f"{path} {name}"
+            for path in dict.fromkeys(path for path, _ in rows)
+            for name in self[path]
+            if (path, name) not in rows
+        ]
+        return Report(made=[f"{path} {name}" for path, name in missing], extra=extra)
 
     def reset(self, schema: Iterable[Setting]) -> None:
         """Gives every setting its first value."""
+        rows = self._rows(schema)
         with self.transaction():
-            for setting in schema:
-                self[setting.key][setting.name] = setting.value
+            self._write(rows)
 
-    def _fits(self, setting: Setting) -> bool:
-        """False: it is missing."""
-        key = self[setting.key]
-        try:
-            value: Any = key._read(setting.name, type(setting.value))
-        except (NotFoundError, NotSetError):
-            return False
-        too_small = setting.least is not None and value < setting.least
-        too_large = setting.most is not None and value > setting.most
-        if too_small or too_large:
-            words = f"{value!r} is not from {setting.least} to {setting.most}"
-            raise error_of(Status.RANGE, key._what(setting.name), words)
-        return True
+    def _rows(self, schema: Iterable[Setting]) -> "_Rows":
+        """The settings by path and name, when each is one."""
+        self._open_handle()
+        rows: _Rows = {}
+        unfit: List[YaxError] = []
+        for i, setting in enumerate(list_of(schema, "schema"), 1):
+            if not isinstance(setting, Setting):
+                raise TypeError(f"setting {i} of the schema: {type(setting).__name__} is no setting")
+            what = f"value {shown(setting.name)} of key {shown(setting.key)}"
+            try:
+                text_of(setting.name, what, "name")
+                check_setting(setting, what)
+                other = rows.setdefault((self[setting.key].path, setting.name), setting)
+                if _shape(other) != _shape(setting):
+                    words = f"it stands in the schema twice, as {shown(other.value)} and {shown(setting.value)}"
+                    raise error_of(Status.BAD_ARGUMENT, what, words)
+            except YaxError as error:
+                unfit.append(error_of(error.status, what, error.words))  # a path that is none tells only of itself
+        raise_unfit(unfit)
+        return rows
+
+    def _missing(self, rows: "_Rows") -> "_Rows":
+        """Those that are not there, when all others fit."""
+        missing: _Rows = {}
+        unfit: List[YaxError] = []
+        for (path, name), setting in rows.items():
+            key = self[path]
+            what = key._what(name)
+            try:
+                check_range(setting, key._read(name, kind_of(setting.value, what)), what)
+            except (NotFoundError, NotSetError):
+                missing[path, name] = setting
+            except YaxError as error:
+                unfit.append(error)
+        raise_unfit(unfit)
+        return missing
+
+    def _write(self, rows: "_Rows") -> None:
+        for (path, name), setting in rows.items():
+            self[path][name] = setting.value
 
     @property
     def durability(self) -> Durability:
