@@ -40,6 +40,7 @@ def naming_a_key(path: Any) -> Dict[str, Call]:
     return {
         "registry[]": lambda registry: registry[path],
         "in": lambda registry: path in registry,
+        "get": lambda registry: registry.get(path, 1),
         "del": lambda registry: registry.__delitem__(path),
         "at": lambda registry: registry["k"].at(path),
         "copy_to": lambda registry: registry["k"].copy_to(path),
@@ -140,6 +141,8 @@ OUT_OF_RANGE: List[Tuple[Call, str]] = [
     (opening(wait_at_most=10**400), "is not from 0 to 4294967.295 seconds"),
     (lambda registry: registry.watch("k").next(-1), "timeout of watching key 'k': -1 is not from 0 to inf seconds"),
     (lambda registry: registry.watch().next(math.nan), "timeout of watching key '': nan is not from 0 to inf seconds"),
+    (lambda registry: setattr(registry["k"], "default", -1), "default of key 'k': -1 is not from 0 to 1844674407370"),
+    (lambda registry: setattr(registry["k"], "default", 2**64), "default of key 'k': 18446744073709551616 is not from"),
     (lambda registry: setattr(registry["k"], "rights", 256), "rights of key 'k': 256 is not from 0 to 255"),
     (lambda registry: setattr(registry["k"], "rights", -1), "rights of key 'k': -1 is not from 0 to 255"),
     (lambda registry: registry["k"].set_unsigned("v", -1), "value 'v' of key 'k': -1 is not from 0 to 1844674407"),
@@ -163,11 +166,13 @@ OF_ANOTHER_TYPE: List[Tuple[Call, str]] = [
     (opening(wait_at_most="1"), "wait_at_most: str is no number of seconds"),
     (opening(user=1.0), "user 1.0: float is no integer"),
     (lambda registry: registry.watch().next(timeout=b"1"), "timeout of watching key '': bytes is no number of seconds"),
+    (lambda registry: setattr(registry["k"], "default", None), "default of key 'k': NoneType is no integer"),
     (lambda registry: setattr(registry["k"], "rights", "rw"), "rights of key 'k': str is no integer"),
     (lambda registry: registry["k"].set_unsigned("v", 1.5), "value 'v' of key 'k': float is no integer"),
     (lambda registry: registry["k"].read("v", "int"), "value 'v' of key 'k': 'int' is no type"),
     (lambda registry: registry.migrate("k", 5), "steps of key 'k': int is no list"),
     (lambda registry: registry.migrate("k", [print, 5]), "step 2 of key 'k': int is no function"),
+    (lambda registry: type(registry.watch())("k"), "watching 'k': str is no key"),
     (lambda registry: type(registry["k"])("k", "k"), "key 'k': str is no registry"),
 ]
 

@@ -97,6 +97,21 @@ def test_a_restoring_that_fails_makes_nothing(file: Path, durability: yax.Durabi
         assert registry["k"]["v"] == 1
 
 
+def test_a_key_has_a_default_number_of_its_own(registry: yax.Registry) -> None:
+    key = registry["k"]
+    with pytest.raises(yax.NotFoundError, match="default of key 'k'"):
+        key.default
+    with pytest.raises(yax.NotFoundError, match="default of key 'k'"):
+        key.default = 1
+    key["v"] = 1
+    with pytest.raises(yax.NotSetError, match="default of key 'k'"):
+        key.default
+    for number in (0, 7, 2**64 - 1):
+        key.default = number
+        assert key.default == number
+    assert dict(key) == {"v": 1}
+
+
 def test_rights_count(registry: yax.Registry) -> None:
     registry["k"]["v"] = 1
     registry.set_user("guest")

@@ -14,6 +14,19 @@ def test_what_was_written_is_there_again(file: Path) -> None:
         assert registry["network/eth0"]["mtu"] == 1500
 
 
+def test_a_registry_is_a_mapping_of_all_its_keys(registry: yax.Registry) -> None:
+    assert len(registry) == 0 and list(registry) == [] and bool(registry)
+    assert registry.get("a") is None and registry.get("a", 5) == 5
+    registry["b"]["n"] = 1
+    registry["a/c"].make()
+    assert list(registry) == list(registry.keys()) == ["a", "a/c", "b"] and len(registry) == 3
+    assert list(registry.items()) == [(path, registry[path]) for path in ("a", "a/c", "b")]
+    assert [dict(key) for key in registry.values()] == [{}, {}, {"n": 1}]
+    assert registry.get("b") == registry["b"] and "b" in registry.keys() and "c" not in registry
+    assert {path: dict(key) for path, key in dict(registry).items() if key} == {"a": {}, "a/c": {}, "b": {"n": 1}}
+    assert registry == registry and registry != dict(registry) and hash(registry) == hash(registry)
+
+
 def test_one_registry_is_open_at_a_time(registry: yax.Registry, file: Path) -> None:
     with pytest.raises(yax.BusyError):
         yax.open(file)
@@ -28,6 +41,7 @@ def test_a_closed_registry_is_told(file: Path) -> None:
     with pytest.raises(yax.NoRightError):
         key["v"] = 1
     calls: List[Callable[[], object]] = [registry.sync, registry.room, registry.condition, registry.compact]
+    calls += [lambda: len(registry), lambda: list(registry), lambda: registry.get("k")]
     calls += [lambda: registry["k"], lambda: key.at("below"), lambda: registry.durability]
     calls += [lambda: registry.set_user(1), registry.watch, lambda: registry.transaction().__enter__()]
     for call in calls:

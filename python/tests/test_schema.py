@@ -53,6 +53,7 @@ def test_all_that_does_not_fit_is_told(registry: yax.Registry) -> None:
 ROW_ERRORS = [
     (yax.RangeError, yax.Setting("k", "n", 5, least=6), "value 'n' of key 'k': 5 is not from 6 to None"),
     (yax.RangeError, yax.Setting("k", "n", 5, least=9, most=1), "value 'n' of key 'k': 5 is not from 9 to 1"),
+    (yax.RangeError, yax.Setting("k", "n", 5, least=10**5000), "value 'n' of key 'k': 5 is not from a number of too"),
     (yax.RangeError, yax.Setting("k", "n", math.nan, most=1), "value 'n' of key 'k': nan is not from None to 1"),
     (yax.RangeError, yax.Setting("k", "n", 2**63), "value 'n' of key 'k': 9223372036854775808 does not fit into 64"),
     (yax.LimitError, yax.Setting("k", "n", "x" * 1024), "value 'n' of key 'k': it is longer than 1024 bytes"),

@@ -59,3 +59,12 @@ def test_what_the_tool_shows(file: Path) -> None:
     shown = run("ls", "-l", str(file), "k")
     for text in ("1500", '"uplink"', "001bff", '"21.5"'):
         assert text in shown
+
+
+@pytest.mark.skipif(not TOOL, reason="YAXREG names the tool; the build's test does")
+def test_the_default_number_of_a_key(file: Path) -> None:
+    with yax.open(file) as registry:
+        registry["k"].make().default = 2**64 - 1
+        assert run("default", str(file), "k") == f"{2**64 - 1}\n"
+        run("default", str(file), "k", "7")
+        assert registry["k"].default == 7

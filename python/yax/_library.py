@@ -80,6 +80,8 @@ _FUNCTIONS: List[Tuple[str, Any, List[Any]]] = [
     ("yax_key_remove", c_uint, _KEY),
     ("yax_key_move", c_uint, [c_void_p, c_char_p]),
     ("yax_key_copy", c_uint, [c_void_p, c_char_p]),
+    ("yax_key_get_default", c_uint, [c_void_p, POINTER(c_uint64)]),
+    ("yax_key_set_default", c_uint, [c_void_p, c_uint64]),
     ("yax_key_get_rights", c_uint, [c_void_p, POINTER(c_ubyte)]),
     ("yax_key_set_rights", c_uint, [c_void_p, c_ubyte]),
     ("yax_key_backup", c_uint, [c_void_p, c_char_p]),

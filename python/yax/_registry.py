@@ -15,6 +15,7 @@ from typing import (
     Iterable,
     Iterator,
     List,
+    Mapping,
     MutableMapping,
     NamedTuple,
     Optional,
@@ -24,6 +25,7 @@ from typing import (
     TypeVar,
     Union,
     cast,
+    overload,
 )
 
 from ._arguments import U32, U64, file_of, integer_of, list_of, seconds_of, shown, text_of, truth_of
@@ -33,6 +35,7 @@ from ._schema import Report, Setting, Value, check_range, check_setting, kind_of
 from ._watch import Watch
 
 _Kind = TypeVar("_Kind", bound=Union[int, bool, float, str, bytes])
+_Other = TypeVar("_Other")
 _Rows = Dict[Tuple[str, str], Setting]
 
 ADMINISTRATOR = 65535
@@ -341,8 +344,25 @@ class Key(MutableMapping[str, Value]):
             check(lib.yax_key_restore(self._key, data), what)
 
     @property
+    def default(self) -> int:
+        """A number from 0 to 2**64 - 1 that belongs to the key itself; ``NotSetError`` when none was set.
+
+        >>> registry["network"].make().default = 7
+        >>> registry["network"].default
+        7
+        """
+        number = ctypes.c_uint64()
+        check(lib.yax_key_get_default(self._key, ctypes.byref(number)), f"default of {self._what()}")
+        return number.value
+
+    @default.setter
+    def default(self, number: int) -> None:
+        what = f"default of {self._what()}"
+        check(lib.yax_key_set_default(self._key, integer_of(number, what, U64)), what)
+
+    @property
     def rights(self) -> int:
-        """The owner's in the low four bits, everybody else's above."""
+        """The owner's in the low four bits, everybody else's above: 1 read, 2 modify, 4 create, 8 delete."""
         rights = ctypes.c_ubyte()
         check(lib.yax_key_get_rights(self._key, ctypes.byref(rights)), self._what())
         return rights.value
@@ -381,11 +401,21 @@ class Key(MutableMapping[str, Value]):
             lib.yax_names_free(names)
 
 
-class Registry:
+class Registry(Mapping[str, Key]):
     """An open registry file. A process has one open at a time; any thread may use it. ``open`` tells of the options.
+
+    It is a mapping from the paths of all keys that are there, sorted, to these keys. ``registry[path]`` answers
+    one that is not there yet, too, and looks nothing up.
 
     >>> registry["network/eth0"]
     <yax.Key 'network/eth0'>
+    >>> len(registry), "network" in registry, registry.get("network")
+    (0, False, None)
+    >>> registry["network/eth0"]["mtu"] = 1500
+    >>> for path, key in registry.items():
+    ...     print(path, dict(key))
+    network {}
+    network/eth0 {'mtu': 1500}
     """
 
     def __init__(
@@ -487,7 +517,30 @@ class Registry:
 
     def __iter__(self) -> Iterator[str]:
         """The paths of all keys, sorted."""
-        return (key.path for key in self.root.walk() if key.path)
+        return iter(self.root._names(lib.yax_key_branch))
+
+    def __len__(self) -> int:
+        return len(self.root._names(lib.yax_key_branch))
+
+    def __bool__(self) -> bool:
+        return True  # an empty registry is one, too
+
+    def __eq__(self, other: object) -> bool:
+        return self is other
+
+    def __hash__(self) -> int:
+        return id(self)
+
+    @overload
+    def get(self, path: str) -> Optional[Key]: ...
+
+    @overload
+    def get(self, path: str, default: Union[Key, _Other]) -> Union[Key, _Other]: ...
+
+    def get(self, path: str, default: object = None) -> object:
+        """The key of a path if it is there."""
+        key = self[path]
+        return key if key.exists() else default
 
     @property
     def root(self) -> Key:

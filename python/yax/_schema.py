@@ -47,7 +47,7 @@ def check_range(setting: Setting, value: Any, what: str) -> None:
     too_small = setting.least is not None and not value >= setting.least
     too_large = setting.most is not None and not value <= setting.most
     if too_small or too_large:
-        words = f"{shown(value)} is not from {setting.least} to {setting.most}"
+        words = f"{shown(value)} is not from {shown(setting.least)} to {shown(setting.most)}"
         raise error_of(Status.RANGE, what, words)
 
 

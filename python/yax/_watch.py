@@ -10,7 +10,7 @@ import time
 from concurrent.futures import Future, ThreadPoolExecutor
 from typing import TYPE_CHECKING, AsyncIterator, Iterator, NamedTuple, Optional
 
-from ._arguments import seconds_of
+from ._arguments import seconds_of, shown
 from ._errors import Status
 from ._library import ChangeRecord, check, lib
 
@@ -62,6 +62,10 @@ class Watch(Iterator[Change], AsyncIterator[Change]):
     _SLICE = 0.2  # seconds that a call waits at most: signals are handled, and close goes on, between two
 
     def __init__(self, key: "Key") -> None:
+        from ._registry import Key  # which knows this class
+
+        if not isinstance(key, Key):
+            raise TypeError(f"watching {shown(key)}: {type(key).__name__} is no key")
         handle = ctypes.c_void_p()
         self._what = f"watching key {key.path!r}"
         check(lib.yax_watch_key(key._key, ctypes.byref(handle)), self._what)
