@@ -100,7 +100,8 @@ void FileStore::CountIfOther() {
 }
 
 PathMemo* FileStore::Paths() const {
-  return journal_.IsOn() ? &ProcessFile::Paths() : nullptr;
+  const bool isReadable = file_.IsOpen() && !file_.IsBlocked();
+  return isReadable && journal_.IsOn() ? &ProcessFile::Paths() : nullptr;
 }
 
 void FileStore::ForgetPaths() {
