@@ -213,8 +213,9 @@ Status Journal::Apply(StoreFile& file) {
 
 // The hash follows the changes; what was written beside them is read.
 Status Journal::KnowContent(StoreFile& file) {
-  const unsigned int length = file.KnownLength();
-  if (length == 0) return status::kInputOutput;  // the system does not tell it
+  unsigned int length = 0;
+  Status result = file.GetLength(&length);
+  if (!result.IsOk()) return result;
   SharedWords& words = Words();
   hash_ = words.GetLong(journal_word::kHash);
   length_ = words.Get(journal_word::kHashLength);
@@ -228,7 +229,7 @@ Status Journal::KnowContent(StoreFile& file) {
     if (words.Get(journal_word::kNext) != kJournalRecords) words.Set(journal_word::kNext, 0);
   }
   words.Set(journal_word::kIsKnown, 0);
-  const Status result = AddContent(file, length_, length);
+  result = AddContent(file, length_, length);
   if (!result.IsOk()) return result;
   length_ = length;
   words.SetLong(journal_word::kHash, hash_);

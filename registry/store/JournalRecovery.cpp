@@ -36,13 +36,14 @@ Status JournalRecovery::Gather(JournalReader& reader, bool* fits) {
     unsigned int size = 0;
     const unsigned char* content = nullptr;
     while (reader.NextRange(&offset, &size, &content)) {
-      const unsigned int length = file_.KnownLength();
-      if (length == 0) return status::kInputOutput;  // the system does not tell it
+      unsigned int length = 0;
+      Status result = file_.GetLength(&length);
+      if (!result.IsOk()) return result;
       if (offset > length || size > length - offset) {
         *fits = false;
         return status::kOk;
       }
-      const Status result = file_.Write(offset, size, content);
+      result = file_.Write(offset, size, content);
       if (!result.IsOk()) return result;
     }
   } while (reader.Next());
@@ -52,8 +53,9 @@ Status JournalRecovery::Gather(JournalReader& reader, bool* fits) {
 // The registry is the one that the journal was made for if it becomes what the last record tells.
 Status JournalRecovery::Check(const JournalRecord& last, bool* fits) {
   constexpr unsigned int kMostBytes = 0xFFFF0000;
-  const unsigned int length = file_.KnownLength();
-  if (length == 0) return status::kInputOutput;
+  unsigned int length = 0;
+  Status result = file_.GetLength(&length);
+  if (!result.IsOk()) return result;
   *fits = last.fileLength() <= length && last.fileLength() <= kMostBytes;
   if (!*fits) return status::kOk;
   constexpr unsigned int kChunk = 4096;  // bytes
@@ -62,7 +64,7 @@ Status JournalRecovery::Check(const JournalRecord& last, bool* fits) {
   for (unsigned int offset = 0; offset < last.fileLength(); offset += kChunk) {
     const unsigned int left = last.fileLength() - offset;
     const unsigned int now = left < kChunk ? left : kChunk;
-    const Status result = file_.Read(offset, now, chunk);
+    result = file_.Read(offset, now, chunk);
     if (!result.IsOk()) return result;
     hash += ContentHash::Of(offset, chunk, now);
   }

@@ -34,11 +34,11 @@ Status Rewriting::Look(FileRewriter& rewriter) {
 Status Rewriting::Ask(FileRewriter& rewriter, const unsigned char** bytes, unsigned int* size) {
   const StoreFile& file = store_.Bytes();
   if (!file.IsOpen()) return status::kInputOutput;
-  length_ = file.KnownLength();
-  if (length_ == 0) return status::kInputOutput;  // the system does not tell it
+  Status result = file.GetLength(&length_);
+  if (!result.IsOk()) return result;
   before_.reset(new (std::nothrow) unsigned char[length_]);
   if (before_ == nullptr) return status::kNoMemory;
-  const Status result = file.Read(0, length_, before_.get());
+  result = file.Read(0, length_, before_.get());
   if (!result.IsOk()) return result;
   *size = length_;
   *bytes = static_cast<const unsigned char*>(rewriter.Rewrite(before_.get(), size));

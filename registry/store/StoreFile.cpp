@@ -88,8 +88,9 @@ Status StoreFile::Write(unsigned int offset, unsigned int size, const void* data
   if (!isGathering_) return WriteStraight(offset, size, data);
   if (!IsOpen()) return status::kInputOutput;
   const unsigned long long end = offset + static_cast<unsigned long long>(size);
-  const unsigned int length = KnownLength();
-  if (length == 0) return status::kInputOutput;  // the system does not tell it
+  unsigned int length = 0;
+  const Status known = GetLength(&length);
+  if (!known.IsOk()) return known;
   if (end > length) return WriteStraight(offset, size, data);
   return Gather(offset, size, static_cast<const unsigned char*>(data));
 }

@@ -108,6 +108,11 @@ class StoreFile {
   unsigned int TakeLowestStraight();
   // The length up to which reads go, without asking the system where that can be.
   unsigned int KnownLength() const { return file_.KnownLength(); }
+  // The same. kInputOutput: the system does not tell it.
+  Status GetLength(unsigned int* length) const {
+    *length = KnownLength();
+    return *length != 0 ? status::kOk : status::kInputOutput;
+  }
   // Waits until what was written is on the disk. kInputOutput.
   Status Sync();
 
