@@ -27,11 +27,7 @@ Changes::~Changes() {
   if (!kept_) UndoTo(start_);
   if (--store_.changes_ > 0) return;
   store_.file_.EndGathering();
-  if (store_.undo_.IsUnfinished()) ForgetPaths();  // of a file that was undone in part
-  if (store_.undo_.Finish(store_.file_, store_.tables_)) {
-    store_.undo_.Clear();
-    store_.journal_.Settle();
-  }
+  store_.FinishUndoing();
   if (store_.journal_.IsBroken()) store_.file_.Abandon();
 }
 

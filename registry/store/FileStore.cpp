@@ -113,12 +113,20 @@ void FileStore::Enter() {
   file_.Refresh();
   if (locks_ == 0) FollowPlace();
   if (locks_ > 0 || FollowOthers()) {
-    if (locks_ > 0 && !undo_.IsEmpty()) FinishUndoing();
+    if (locks_ > 0) TakeUpUndoing();
     return;
   }
   TakeLock();
   isLockedByAccess_ = true;
-  if (!undo_.IsEmpty()) FinishUndoing();
+  TakeUpUndoing();
+}
+
+// What was left is finished, or given up with the file.
+void FileStore::TakeUpUndoing() {
+  if (undo_.IsEmpty()) return;
+  if (file_.IsOpen()) return FinishUndoing();
+  ForgetPaths();
+  undo_.Clear();
 }
 
 // False when that takes the lock.
@@ -266,14 +274,12 @@ Status FileStore::ReadChanges(unsigned long long* after, ChangeList* changes) {
   return result;
 }
 
+// What was searched while a part was undone leads elsewhere.
 void FileStore::FinishUndoing() {
-  ForgetPaths();
-  if (!file_.IsOpen()) {
-    undo_.Clear();
-  } else if (undo_.Finish(file_, tables_)) {
-    undo_.Clear();
-    journal_.Settle();
-  }
+  if (undo_.IsUnfinished()) ForgetPaths();
+  if (!undo_.Finish(file_, tables_)) return;
+  undo_.Clear();
+  journal_.Settle();
 }
 
 // A file that exists and cannot be opened must not be emptied by making it.

@@ -147,8 +147,10 @@ class FileStore {
   void GiveLock();
   // Reads header and heads again, as far as they have changed.
   Status Renew();
-  // Undoes what a change has left because the file could not be written.
+  // Undoes what a change has left because the file could not be written, as far as it can be now.
   void FinishUndoing();
+  // The same, if there is something; nothing is left to be undone of a file that is closed.
+  void TakeUpUndoing();
   // Make. `made` null: a file that is at the path goes; else it stays, and *made tells whether the
   // file is this store's.
   Status MakeFile(const char* path, unsigned int budget, bool* made);

@@ -313,6 +313,22 @@ TEST(RegistryPathsOfFilesTest, AreEachFilesOwn) {
   EXPECT_EQ("10 first 11 10 first 11 10 first 11 ", found);
 }
 
+// Also of a name that has lost its key, for which no record is read.
+TEST(RegistryPathsOfFilesTest, LeadNowhereInARegistryWhoseFileAnotherHasTakenOver) {
+  TempDir folder;
+  Registry first((folder / "first").c_str(), kAdmin);
+  OpenFor(Recorded(), first);
+  Registry second((folder / "second").c_str(), kAdmin);
+  OpenFor(Recorded(), second);
+  EXPECT_EQ(status::kOk, second.CreateKey(0, "house", 1));
+  EXPECT_EQ(status::kOk, second.DeleteKey(0, "house"));
+  unsigned char rights = 0;
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(status::kOk, second.GetKeyPermission(0, "house/", &rights));
+  }
+  EXPECT_EQ(status::kInputOutput, first.GetKeyPermission(0, "house/", &rights));
+}
+
 }  // namespace
 
 }  // namespace tamu::registry

@@ -34,6 +34,7 @@ unsigned int sCount = 0;
 unsigned int sStruck = 0;
 bool sTearsAtByte = false;  // instead of in the middle
 unsigned int sTearByte = 0;
+std::string sOnlyFile;  // the only one whose calls count; empty: all
 unsigned int sTornSize = 0;
 std::map<posix::Moving, int> sRefused;  // errno of the moves that are refused
 bool sIsOnNetwork = false;
@@ -57,6 +58,7 @@ DiskImage Load(const std::string& path) {
 
 // Counts a call on the file and tells what becomes of it.
 Verdict Judge(const std::string& path, bool isWrite) {
+  if (!sOnlyFile.empty() && path != sOnlyFile) return Verdict::kWork;
   const unsigned int call = sCount++;
   const bool at = call == sNumber;
   const bool from = call >= sNumber;
@@ -124,6 +126,7 @@ void Arm(Mode mode, unsigned int number) {
   sStruck = 0;
   sCountsAll = false;
   sTearsAtByte = false;
+  sOnlyFile.clear();
   sTornSize = 0;
   sRefused.clear();
   sLinkError = 0;
@@ -133,6 +136,11 @@ void Arm(Mode mode, unsigned int number) {
 void ArmAll(Mode mode, unsigned int number) {
   Arm(mode, number);
   sCountsAll = true;
+}
+
+void ArmOn(const std::string& path, Mode mode, unsigned int number) {
+  Arm(mode, number);
+  sOnlyFile = path;
 }
 
 void RefuseMoves(posix::Moving how, int error) {

@@ -27,6 +27,8 @@ void Arm(Mode mode, unsigned int number);
 // not what cannot fail for a file that is open (IsRegular, RealPath). For kNone, kFailOnce,
 // kFailFrom and kShortOnce.
 void ArmAll(Mode mode, unsigned int number);
+// Arm for the calls on one file alone, by the path that it was opened with.
+void ArmOn(const std::string& path, Mode mode, unsigned int number);
 // kTearFrom, with the first `bytes` bytes written instead of half of them.
 void ArmTear(unsigned int number, unsigned int bytes);
 // Moves of this kind answer `error` and do nothing, as on another file system. Arm ends that.
