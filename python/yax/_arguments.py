@@ -9,6 +9,7 @@ from ._errors import Status, error_of
 
 U32 = 2**32 - 1
 U64 = 2**64 - 1
+BYTES = (bytes, bytearray, memoryview)
 
 _Item = TypeVar("_Item")
 
@@ -50,6 +51,18 @@ def integer_of(value: int, what: str, most: int, least: int = 0) -> int:
     if not least <= value <= most:
         raise error_of(Status.RANGE, what, f"{shown(value)} is not from {least} to {most}")
     return value
+
+
+def signed_of(value: int, what: str) -> int:
+    """An integer that can be stored."""
+    if not -(2**63) <= value < 2**63:
+        raise error_of(Status.RANGE, what, f"{shown(value)} does not fit into 64 bits with a sign")
+    return value
+
+
+def no_value(value: object, what: str) -> TypeError:
+    """What is raised for what cannot be a value."""
+    return TypeError(f"{what}: {type(value).__name__} is no number, text or bytes")
 
 
 def seconds_of(value: float, what: str, most: float) -> float:

@@ -28,7 +28,20 @@ from typing import (
     overload,
 )
 
-from ._arguments import U32, U64, file_of, integer_of, list_of, seconds_of, shown, text_of, truth_of
+from ._arguments import (
+    BYTES,
+    U32,
+    U64,
+    file_of,
+    integer_of,
+    list_of,
+    no_value,
+    seconds_of,
+    shown,
+    signed_of,
+    text_of,
+    truth_of,
+)
 from ._errors import NotFoundError, NotSetError, Status, YaxError, error_of, raise_unfit
 from ._library import DATA_MAX, Options, Room, check, lib
 from ._schema import Report, Setting, Value, check_range, check_setting, kind_of
@@ -163,13 +176,13 @@ class Key(MutableMapping[str, Value]):
     # ---- values
 
     def __getitem__(self, name: str) -> Value:
-        what = self._what(name)
+        what, raw_name = self._named(name)
         data = ctypes.create_string_buffer(DATA_MAX)
         kind = ctypes.c_uint()
         size = ctypes.c_size_t()
         check(
             lib.yax_get_data(
-                self._key, self._name(name), ctypes.byref(kind), data, DATA_MAX, ctypes.byref(size)
+                self._key, raw_name, ctypes.byref(kind), data, DATA_MAX, ctypes.byref(size)
             ),
             what,
         )
@@ -183,34 +196,32 @@ class Key(MutableMapping[str, Value]):
         return raw
 
     def __setitem__(self, name: str, value: Value) -> None:
-        what = self._what(name)
-        raw_name = self._name(name)
+        what, raw_name = self._named(name)
         if isinstance(value, int):
-            if not -(2**63) <= value < 2**63:
-                raise error_of(Status.RANGE, what, f"{shown(value)} does not fit into 64 bits with a sign")
-            status = lib.yax_set_int(self._key, raw_name, value)
+            status = lib.yax_set_int(self._key, raw_name, signed_of(value, what))
         elif isinstance(value, float):
             status = lib.yax_set_real(self._key, raw_name, value)
         elif isinstance(value, str):
             data = text_of(value, what)
             status = lib.yax_set_text(self._key, raw_name, data, len(data))
-        elif isinstance(value, (bytes, bytearray, memoryview)):
+        elif isinstance(value, BYTES):
             data = bytes(value)
             status = lib.yax_set_bytes(self._key, raw_name, data, len(data))
         else:
-            raise TypeError(f"{what}: {type(value).__name__} is no number, text or bytes")
+            raise no_value(value, what)
         check(status, what)
 
     def __delitem__(self, name: str) -> None:
-        what = self._what(name)
-        check(lib.yax_remove_value(self._key, self._name(name)), what)
+        what, raw_name = self._named(name)
+        check(lib.yax_remove_value(self._key, raw_name), what)
 
     def __contains__(self, name: object) -> bool:
-        status = lib.yax_value_exists(self._key, self._name(cast(str, name)), None)
+        what, raw_name = self._named(cast(str, name))
+        status = lib.yax_value_exists(self._key, raw_name, None)
         if status in (Status.OK, Status.NO_DATA):
             return True
         if status != Status.NOT_FOUND:
-            check(status, self._what(name))
+            check(status, what)
         return False
 
     def __iter__(self) -> Iterator[str]:
@@ -251,9 +262,9 @@ class Key(MutableMapping[str, Value]):
 
     def get_unsigned(self, name: str) -> int:
         """A number that was set as one without a sign, up to 2**64 - 1."""
-        what = self._what(name)
+        what, raw_name = self._named(name)
         number = ctypes.c_uint64()
-        check(lib.yax_get_uint(self._key, self._name(name), ctypes.byref(number)), what)
+        check(lib.yax_get_uint(self._key, raw_name, ctypes.byref(number)), what)
         return number.value
 
     def set_unsigned(self, name: str, value: int) -> None:
@@ -263,8 +274,8 @@ class Key(MutableMapping[str, Value]):
         >>> registry["big"].get_unsigned("n") == 2**64 - 1
         True
         """
-        what = self._what(name)
-        check(lib.yax_set_uint(self._key, self._name(name), integer_of(value, what, U64)), what)
+        what, raw_name = self._named(name)
+        check(lib.yax_set_uint(self._key, raw_name, integer_of(value, what, U64)), what)
 
     # ---- keys
 
@@ -378,14 +389,15 @@ class Key(MutableMapping[str, Value]):
         key = f"key {self._path!r}"
         return f"value {shown(name[0])} of {key}" if name else key
 
-    def _name(self, name: str) -> bytes:
-        return text_of(name, self._what(name), "name")
+    def _named(self, name: str) -> Tuple[str, bytes]:
+        """A value of the key in words, and the bytes of its name."""
+        what = self._what(name)
+        return what, text_of(name, what, "name")
 
     def _kind_name(self, name: str) -> str:
         kind = ctypes.c_uint()
-        check(
-            lib.yax_value_exists(self._key, self._name(name), ctypes.byref(kind)), self._what(name)
-        )
+        what, raw_name = self._named(name)
+        check(lib.yax_value_exists(self._key, raw_name, ctypes.byref(kind)), what)
         return _KIND_NAMES.get(kind.value, f"of type {kind.value}")
 
     def _names(self, function: Callable[..., int]) -> List[str]:

@@ -5,7 +5,7 @@ from __future__ import annotations
 from dataclasses import dataclass
 from typing import Any, List, Optional, Union
 
-from ._arguments import shown, text_of
+from ._arguments import BYTES, no_value, shown, signed_of, text_of
 from ._errors import Status, error_of
 from ._library import DATA_MAX
 
@@ -37,9 +37,9 @@ def kind_of(value: object, what: str) -> type:
     for kind in (bool, int, float, str):
         if isinstance(value, kind):  # or an enumeration of it
             return kind
-    if isinstance(value, (bytes, bytearray, memoryview)):
+    if isinstance(value, BYTES):
         return bytes
-    raise TypeError(f"{what}: {type(value).__name__} is no number, text or bytes")
+    raise no_value(value, what)
 
 
 def check_range(setting: Setting, value: Any, what: str) -> None:
@@ -64,8 +64,8 @@ def check_bounds(setting: Setting, kind: type, what: str) -> None:
 
 def check_value(value: Any, kind: type, what: str) -> None:
     """Raises what says that a value cannot be stored."""
-    if kind in (bool, int) and not -(2**63) <= value < 2**63:
-        raise error_of(Status.RANGE, what, f"{shown(value)} does not fit into 64 bits with a sign")
+    if kind in (bool, int):
+        signed_of(value, what)
     if kind is str and len(text_of(value, what)) >= DATA_MAX or kind is bytes and len(bytes(value)) > DATA_MAX:
         raise error_of(Status.LIMIT, what, f"it is longer than {DATA_MAX} bytes")
 
