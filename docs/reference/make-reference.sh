@@ -8,6 +8,7 @@ YAX_VERSION=$(packaging/version.sh)
 YAX_HEADERS=$(sed -n '/^yax_public_headers(/,/)/p' framework/CMakeLists.txt platform/CMakeLists.txt \
   registry/CMakeLists.txt yax/CMakeLists.txt | grep -o '[A-Za-z_/]*\.h' | tr '\n' ' ')
 export YAX_VERSION YAX_HEADERS
+# Doxygen does not look at what its filter answers.
 for header in $YAX_HEADERS; do
   sh docs/reference/as-doxygen.sh "$header" >/dev/null
 done

@@ -14,6 +14,14 @@ mkdir -p build/reference
 # refused NAME: the header on standard input is refused for that name, or not at all for "".
 refused() {
   cat >header.h
+  judge "$1"
+}
+# clock NAME: the same with the beginning of a header that has a comment.
+clock() {
+  { printf '// Of a clock.\n#pragma once\n\n' && cat; } >header.h
+  judge "$1"
+}
+judge() {
   YAX_VERSION=test YAX_HEADERS=header.h doxygen docs/reference/Doxyfile >log 2>&1 && found=no || found=yes
   if [ -z "$1" ] && [ $found = no ]; then return; fi
   if [ -n "$1" ] && [ $found = yes ] && grep -q "Member $1.*is not documented" log; then return; fi
@@ -22,18 +30,12 @@ refused() {
   exit 1
 }
 
-refused '' <<EOF
-// Of a clock.
-#pragma once
-
+clock '' <<EOF
 // Starts it.
 int Starts();
 int Rings();  // its bell
 EOF
-refused Stops <<EOF
-// Of a clock.
-#pragma once
-
+clock Stops <<EOF
 // Starts it.
 int Starts();
 int Stops();
@@ -42,10 +44,7 @@ refused Starts <<EOF
 // The header's comment is nobody else's.
 int Starts();
 EOF
-refused Stops <<EOF
-// Of a clock.
-#pragma once
-
+clock Stops <<EOF
 // A clock.
 class Clock {
  public:
@@ -73,27 +72,18 @@ EOF
 
 # What the list names shares the comment, and nothing else.
 echo 'header.h: int Stops();' >docs/reference/shared-comments.txt
-refused '' <<EOF
-// Of a clock.
-#pragma once
-
+clock '' <<EOF
 // Starts and stops it.
 int Starts();
 int Stops();
 EOF
-refused Halts <<EOF
-// Of a clock.
-#pragma once
-
+clock Halts <<EOF
 // Starts and stops it.
 int Starts();
 int Stops();
 int Halts();
 EOF
-refused Stops <<EOF
-// Of a clock.
-#pragma once
-
+clock Stops <<EOF
 // Starts it.
 int Starts();
 

@@ -1,5 +1,5 @@
 # cmake -DROOT=... -DBUILD=... -DTOOLCHAIN=... -DCXX=... -DEMULATOR=... -DLIBDIR=... -DSOURCE=... -DWORK=...
-#   -DPKG_CONFIG=... -P CrossInstall.cmake
+#   -DPKG_CONFIG=... -DVERSION=... -P CrossInstall.cmake
 # Installs a build for another machine below DESTDIR, as systems that make images do, and builds a client for that
 # machine against what is there: by CMake with a toolchain file that names the folder as a root, by pkg-config with
 # the folder as its sysroot. The clients run where there is an emulator.
@@ -37,21 +37,14 @@ if(NOT place)
   message(FATAL_ERROR "The client has found another package than the one in ${root}")
 endif()
 execute_process(COMMAND ${CMAKE_COMMAND} --build ${WORK}/build OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
-set(clients ${WORK}/build/client)
+execute_process(COMMAND ${EMULATOR} ${WORK}/build/client WORKING_DIRECTORY ${WORK}/run COMMAND_ERROR_IS_FATAL ANY)
 
 if(PKG_CONFIG)
   set(ENV{PKG_CONFIG_LIBDIR} ${root}/usr/${LIBDIR}/pkgconfig)
   set(ENV{PKG_CONFIG_SYSROOT_DIR} ${root})
-  execute_process(COMMAND ${PKG_CONFIG} --cflags --libs yax
-    OUTPUT_VARIABLE options OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
-  separate_arguments(options UNIX_COMMAND "${options}")
-  separate_arguments(flags UNIX_COMMAND "${FLAGS}")
-  execute_process(COMMAND ${CXX} -std=c++17 ${SOURCE} -o ${WORK}/client ${options} ${flags}
-      -Wl,-rpath,${root}/usr/${LIBDIR}
-    COMMAND_ERROR_IS_FATAL ANY)
-  list(APPEND clients ${WORK}/client)
+  execute_process(
+    COMMAND ${CMAKE_COMMAND} -DPREFIX=${root}/usr -DLIBDIR=${LIBDIR} -DVERSION=${VERSION} -DCXX=${CXX}
+      "-DFLAGS=${FLAGS}" "-DEMULATOR=${EMULATOR}" -DPKG_CONFIG=${PKG_CONFIG} -DSOURCE=${SOURCE} -DWORK=${WORK}/pkg-config
+      -P ${CMAKE_CURRENT_LIST_DIR}/UsePkgConfig.cmake
+    OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
 endif()
-
-foreach(client IN LISTS clients)
-  execute_process(COMMAND ${EMULATOR} ${client} WORKING_DIRECTORY ${WORK}/run COMMAND_ERROR_IS_FATAL ANY)
-endforeach()

@@ -1,5 +1,5 @@
 # Compiles SOURCE with what pkg-config tells about the package in PREFIX, and runs the program in an
-# empty folder.
+# empty folder; by EMULATOR, if that is given.
 file(REMOVE_RECURSE ${WORK})
 file(MAKE_DIRECTORY ${WORK}/run)
 set(ENV{PKG_CONFIG_PATH} ${PREFIX}/${LIBDIR}/pkgconfig)
@@ -16,4 +16,4 @@ execute_process(
   COMMAND ${CXX} ${flags} -std=c++17 ${SOURCE} -o ${WORK}/client ${options}
     -Wl,-rpath,${PREFIX}/${LIBDIR}
   COMMAND_ERROR_IS_FATAL ANY)
-execute_process(COMMAND ${WORK}/client WORKING_DIRECTORY ${WORK}/run COMMAND_ERROR_IS_FATAL ANY)
+execute_process(COMMAND ${EMULATOR} ${WORK}/client WORKING_DIRECTORY ${WORK}/run COMMAND_ERROR_IS_FATAL ANY)
