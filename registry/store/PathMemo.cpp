@@ -28,12 +28,12 @@ unsigned int Mix(unsigned int hash, std::uintptr_t word) {
 
 }  // namespace
 
-// After so many changes that the ages start over, nothing may be left that looks young.
+// Ages never start over: another thread may still be about to keep what it found at an early one.
 void PathMemo::Forget() {
-  constexpr unsigned int kMost = 0xFFFFFFFE;
-  if (forgotten_.fetch_add(1, std::memory_order_relaxed) + 1 < kMost) return;
-  for (Entry& entry : entries_) entry.age.store(0, std::memory_order_relaxed);
-  forgotten_.store(0, std::memory_order_relaxed);
+  unsigned int forgotten = forgotten_.load(std::memory_order_relaxed);
+  while (forgotten < kMostForgotten &&
+         !forgotten_.compare_exchange_weak(forgotten, forgotten + 1, std::memory_order_relaxed)) {
+  }
 }
 
 PathMemo::Question::Question(PathMemo* memo, unsigned int keys, std::uintptr_t start,
@@ -41,8 +41,10 @@ PathMemo::Question::Question(PathMemo* memo, unsigned int keys, std::uintptr_t s
   if (memo == nullptr || path == nullptr) return;
   const size_t length = strnlen(path, kPathMax);
   if (length == 0 || length == kPathMax) return;
+  const unsigned int forgotten = memo->forgotten_.load(std::memory_order_relaxed);
+  if (forgotten == kMostForgotten) return;
   memo_ = memo;
-  age_ = memo->forgotten_.load(std::memory_order_relaxed) + 1;
+  age_ = forgotten + 1;
   mask_ = EntriesFor(keys) - 1;
   start_ = start;
   std::memcpy(path_, path, length);

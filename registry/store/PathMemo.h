@@ -11,7 +11,7 @@ namespace tamu::registry {
 // each other.
 //
 // What it says holds as long as nobody calls Forget: whoever changes where a path leads does so,
-// while nobody asks about that tree.
+// while nobody asks about that tree. After kMostForgotten of these it knows nothing any more.
 class PathMemo {
  public:
   class Question;
@@ -24,8 +24,11 @@ class PathMemo {
   };
 
   static constexpr unsigned int kEntries = 8192;
+  static constexpr unsigned int kMostForgotten = 0xFFFFFFFF;
 
   constexpr PathMemo() = default;
+  // As if it had forgotten so often.
+  explicit PathMemo(unsigned int forgotten) : forgotten_(forgotten) {}
   PathMemo(const PathMemo&) = delete;
   PathMemo& operator=(const PathMemo&) = delete;
 
@@ -72,7 +75,7 @@ class PathMemo::Question {
   bool IsIn(const Entry& entry) const;
   Entry& At(unsigned int attempt) const { return memo_->entries_[(hash_ + attempt) & mask_]; }
 
-  PathMemo* memo_ = nullptr;  // null also for a path that is too long
+  PathMemo* memo_ = nullptr;  // null also for a path that is too long, and at the end of ages
   unsigned int age_ = 0;
   unsigned int mask_ = 0;
   unsigned int hash_ = 0;

@@ -71,6 +71,22 @@ TEST_F(PathMemoTest, DoesNotKeepWhatWasAskedBeforeItForgot) {
   EXPECT_EQ("nothing", Known("house"));
 }
 
+// Also what is kept late, by a thread that asked long before.
+TEST_F(PathMemoTest, KnowsNothingAfterTheGreatestAge) {
+  memo_ = std::make_unique<PathMemo>(PathMemo::kMostForgotten - 1);
+  Keep("house", 12, 34);
+  EXPECT_EQ("12,34", Known("house"));
+  const PathMemo::Question early(memo_.get(), 100, 1, "room");
+  for (unsigned int forgets = 0; forgets < 3; ++forgets) {
+    memo_->Forget();
+    early.Keep(56, 78);
+    Keep("hall", 90, 12);
+    EXPECT_EQ("nothing", Known("house"));
+    EXPECT_EQ("nothing", Known("room"));
+    EXPECT_EQ("nothing", Known("hall"));
+  }
+}
+
 // Of whatever length: those that are too long are walked each time.
 TEST_F(PathMemoTest, KeepsShortPathsWhole) {
   std::string path;
