@@ -112,6 +112,7 @@ unsigned int TernaryFile::FileFillSequence(unsigned int offset, unsigned int, un
 }
 
 unsigned int TernaryFile::FileFillZero(unsigned int, unsigned int length) {
+  Changes(*this).ForgetPaths();
   LockedAccess access(*this);
   const Status result = Bytes().WriteZero(length);
   if (!result.IsOk()) Bytes().Abandon();

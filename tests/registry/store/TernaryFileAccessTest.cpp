@@ -51,6 +51,7 @@ TEST_F(TernaryFileAccessTest, AfterWritesByOffsetNoPathIsKnown) {
   EXPECT_FALSE(isKnownBehind([&] { return shared.WriteChanges(0, 100, 4, bytes); }));
   EXPECT_FALSE(isKnownBehind([&] { return shared.FileWriteInteger(100, 0); }));
   EXPECT_FALSE(isKnownBehind([&] { return shared.FileFillSequence(100, 0, 1, 1); }));
+  EXPECT_FALSE(isKnownBehind([&] { return shared.FileFillZero(0, 1); }));
 }
 
 TEST_F(TernaryFileAccessTest, ReadingBeyondTheEndAnswers5) {
