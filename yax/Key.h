@@ -21,7 +21,10 @@ class Key {
   // From this key on: eth0["ip/address"].
   Key operator[](const std::string& path) const {
     yax_key* below = nullptr;
-    if (HasZero(path)) return Key();
+    if (HasZero(path)) {
+      yax_note_failure(nullptr, path.c_str(), YAX_BAD_ARGUMENT, "a zero byte is in the path");
+      return Key();
+    }
     Status(yax_key_below(key_.get(), path.c_str(), &below)).Ignore();  // null tells it
     return Key(below);
   }
@@ -33,9 +36,11 @@ class Key {
   template <class T>
   Result<T> Get(const std::string& name) const {
     T value{};
-    if (HasZero(name)) return Status(YAX_BAD_ARGUMENT);
+    if (HasZero(name)) return Refuse(name);
     const Status status = Stored<T>::Read(key_.get(), name.c_str(), &value);
-    return status.ok() ? Result<T>(std::move(value)) : Result<T>(status);
+    if (status.ok()) return Result<T>(std::move(value));
+    if (status == Status(YAX_RANGE)) yax_note_failure(get(), name.c_str(), YAX_RANGE, nullptr);
+    return status;
   }
   // The value, or the fallback, whyever it cannot be had.
   template <class T>
@@ -49,7 +54,7 @@ class Key {
   // Creates or replaces a value; makes the key, and those above it, when they are missing.
   template <class T>
   Status Set(const std::string& name, const T& value) {
-    if (HasZero(name)) return YAX_BAD_ARGUMENT;
+    if (HasZero(name)) return Refuse(name);
     return Stored<StoredAs<T>>::Write(key_.get(), name.c_str(), value);
   }
   // Whether there is a value of that name, set or not.
@@ -58,8 +63,7 @@ class Key {
   }
   // Deletes a value. YAX_NOT_FOUND: there is none.
   Status Remove(const std::string& name) {
-    return HasZero(name) ? Status(YAX_BAD_ARGUMENT)
-                         : Status(yax_remove_value(key_.get(), name.c_str()));
+    return HasZero(name) ? Refuse(name) : Status(yax_remove_value(key_.get(), name.c_str()));
   }
 
   // ---- the key itself
@@ -75,18 +79,37 @@ class Key {
   Status Remove() { return yax_key_remove(key_.get()); }
   // The path counts from the root. YAX_EXISTS. This object goes on naming the old path.
   Status CopyTo(const std::string& newPath) const {
-    return HasZero(newPath) ? Status(YAX_BAD_ARGUMENT)
-                            : Status(yax_key_copy(key_.get(), newPath.c_str()));
+    return HasZero(newPath) ? Refuse(newPath) : Status(yax_key_copy(key_.get(), newPath.c_str()));
   }
   // The same, and the old key is gone.
   Status MoveTo(const std::string& newPath) {
-    return HasZero(newPath) ? Status(YAX_BAD_ARGUMENT)
-                            : Status(yax_key_move(key_.get(), newPath.c_str()));
+    return HasZero(newPath) ? Refuse(newPath) : Status(yax_key_move(key_.get(), newPath.c_str()));
   }
-  // The key with all below it, to a file that is made or replaced, and back: what there was is
-  // replaced then.
-  Status BackUp(const std::string& file) const { return yax_key_backup(key_.get(), file.c_str()); }
-  Status Restore(const std::string& file) { return yax_key_restore(key_.get(), file.c_str()); }
+  // The key with all below it, to a file that is made or replaced.
+  Status BackUp(const std::string& file) const {
+    return HasZero(file) ? Refuse(file) : Status(yax_key_backup(key_.get(), file.c_str()));
+  }
+  // Such a file back, in place of what there is.
+  Status Restore(const std::string& file) {
+    return HasZero(file) ? Refuse(file) : Status(yax_key_restore(key_.get(), file.c_str()));
+  }
+  // A number that belongs to the key itself, as the values do not. YAX_NO_DATA: none is set.
+  Result<std::uint64_t> DefaultNumber() const {
+    std::uint64_t number = 0;
+    const Status status = yax_key_get_default(key_.get(), &number);
+    return status ? Result<std::uint64_t>(number) : Result<std::uint64_t>(status);
+  }
+  // Makes no key. YAX_NOT_FOUND.
+  Status SetDefaultNumber(std::uint64_t number) { return yax_key_set_default(key_.get(), number); }
+  // The owner's rights in the low four bits, everybody else's above: 1 read, 2 modify, 4 create, 8
+  // delete.
+  Result<unsigned char> Rights() const {
+    unsigned char rights = 0;
+    const Status status = yax_key_get_rights(key_.get(), &rights);
+    return status ? Result<unsigned char>(rights) : Result<unsigned char>(status);
+  }
+  // For the owner and the administrator.
+  Status SetRights(unsigned char rights) { return yax_key_set_rights(key_.get(), rights); }
 
   // ---- what there is, sorted by bytes
 
@@ -110,8 +133,9 @@ class Key {
     void operator()(yax_key* key) const { yax_key_free(key); }
   };
 
-  // A name with a zero byte would be taken for its beginning.
-  static bool HasZero(const std::string& text) { return text.find('\0') != std::string::npos; }
+  Status Refuse(const std::string& name) const {
+    return yax_note_failure(get(), name.c_str(), YAX_BAD_ARGUMENT, "a zero byte is in the name");
+  }
   Names List(yax_status (*list)(const yax_key*, yax_names**)) const {
     yax_names* names = nullptr;
     const Status status = list(key_.get(), &names);

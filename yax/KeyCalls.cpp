@@ -3,7 +3,7 @@
 #include <new>
 
 #include "registry/base/RCEString.h"
-#include "yax/CObjects.h"
+#include "yax/Failure.h"
 
 namespace yax {
 
@@ -25,12 +25,15 @@ bool HasEmptyComponent(const char* path) {
 // A key that `above` and `path` name together.
 unsigned int NameKey(yax_registry* owner, const char* above, const char* path, yax_key** key) {
   path = WithoutSlash(path);
-  if (HasEmptyComponent(path)) return status::kBadArgument;
+  if (HasEmptyComponent(path)) {
+    return KeepUnnamed({path, "", "", "a component of the path is empty"}, status::kBadArgument);
+  }
   const bool isBoth = above[0] != 0 && path[0] != 0;
   std::unique_ptr<yax_key> made(new (std::nothrow) yax_key{owner, nullptr});
-  if (made == nullptr) return status::kNoMemory;
-  made->path.reset(RCEString::Concate(above, path, isBoth));
-  if (made->path == nullptr) return status::kNoMemory;
+  if (made != nullptr) made->path.reset(RCEString::Concate(above, path, isBoth));
+  if (made == nullptr || made->path == nullptr) {
+    return KeepUnnamed({path, "", "", "no memory is left"}, status::kNoMemory);
+  }
   Hold(owner);
   *key = made.release();
   return status::kOk;
@@ -39,8 +42,20 @@ unsigned int NameKey(yax_registry* owner, const char* above, const char* path, y
 // Calls operation(registry, path) on a key.
 template <class Operation>
 unsigned int OnKey(const yax_key* key, bool argumentsGiven, Operation operation) {
-  if (key == nullptr || !argumentsGiven) return status::kBadArgument;
-  return operation(RegistryOf(key), PathOf(key));
+  if (key == nullptr || !argumentsGiven) {
+    return Told(key, nullptr, status::kBadArgument, kNullPointer);
+  }
+  return Told(key, nullptr, operation(RegistryOf(key), PathOf(key)));
+}
+
+// The same on a key and something else that has a name.
+template <class Operation>
+unsigned int OnBoth(const yax_key* key, const char* between, const char* other,
+                    Operation operation) {
+  if (key == nullptr || other == nullptr) {
+    return Told(key, nullptr, status::kBadArgument, kNullPointer);
+  }
+  return Told({PathOf(key), between, other}, operation(RegistryOf(key), PathOf(key)));
 }
 
 }  // namespace
@@ -50,12 +65,19 @@ unsigned int OnKey(const yax_key* key, bool argumentsGiven, Operation operation)
 using namespace yax;
 
 yax_status yax_key_at(yax_registry* registry, const char* path, yax_key** key) {
-  if (registry == nullptr || path == nullptr || key == nullptr) return status::kBadArgument;
+  if (path == nullptr || key == nullptr) {
+    return Told({"yax_key_at", "", "", kNullPointer}, status::kBadArgument);
+  }
+  if (registry == nullptr) return KeepUnnamed({path, "", "", kNotOpen}, status::kBadArgument);
   return NameKey(registry, "", path, key);
 }
 
 yax_status yax_key_below(const yax_key* key, const char* path, yax_key** below) {
-  if (key == nullptr || path == nullptr || below == nullptr) return status::kBadArgument;
+  if (path == nullptr || below == nullptr) {
+    return Told(key, nullptr, status::kBadArgument, kNullPointer);
+  }
+  if (key == nullptr)
+    return KeepUnnamed({kNoKey, "/", path, ReasonOfNoKey()}, status::kBadArgument);
   return NameKey(key->owner, PathOf(key), path, below);
 }
 
@@ -84,13 +106,13 @@ yax_status yax_key_remove(yax_key* key) {
 }
 
 yax_status yax_key_move(yax_key* key, const char* path) {
-  return OnKey(key, path != nullptr,
-               [&](Registry& r, const char* from) { return r.MoveKey(from, path); });
+  return OnBoth(key, " to ", path,
+                [&](Registry& r, const char* from) { return r.MoveKey(from, path); });
 }
 
 yax_status yax_key_copy(const yax_key* key, const char* path) {
-  return OnKey(key, path != nullptr,
-               [&](Registry& r, const char* from) { return r.CopyKey(from, path); });
+  return OnBoth(key, " to ", path,
+                [&](Registry& r, const char* from) { return r.CopyKey(from, path); });
 }
 
 yax_status yax_key_get_default(const yax_key* key, uint64_t* number) {
@@ -118,11 +140,11 @@ yax_status yax_key_set_rights(yax_key* key, unsigned char rights) {
 }
 
 yax_status yax_key_backup(const yax_key* key, const char* file) {
-  return OnKey(key, file != nullptr,
-               [&](Registry& r, const char* path) { return r.BackupKey(0, path, file); });
+  return OnBoth(key, " to ", file,
+                [&](Registry& r, const char* path) { return r.BackupKey(0, path, file); });
 }
 
 yax_status yax_key_restore(yax_key* key, const char* file) {
-  return OnKey(key, file != nullptr,
-               [&](Registry& r, const char* path) { return r.RestoreKey(0, path, file); });
+  return OnBoth(key, " from ", file,
+                [&](Registry& r, const char* path) { return r.RestoreKey(0, path, file); });
 }

@@ -3,7 +3,7 @@
 #include <cstring>
 #include <new>
 
-#include "yax/CObjects.h"
+#include "yax/Failure.h"
 
 namespace yax {
 
@@ -41,7 +41,7 @@ unsigned int Sort(yax_names* names, const Listing& listing) {
   return status::kOk;
 }
 
-unsigned int MakeNames(const yax_key* key, yax_names** names, const Listing& listing) {
+unsigned int List(const yax_key* key, yax_names** names, const Listing& listing) {
   if (key == nullptr || names == nullptr) return status::kBadArgument;
   unsigned int result = status::kLimit;
   for (int i = 0; i < kAttempts && result == status::kLimit; ++i) {
@@ -56,6 +56,10 @@ unsigned int MakeNames(const yax_key* key, yax_names** names, const Listing& lis
     if (result == status::kOk) *names = made.release();
   }
   return result;
+}
+
+unsigned int MakeNames(const yax_key* key, yax_names** names, const Listing& listing) {
+  return Told(key, nullptr, List(key, names, listing));
 }
 
 unsigned int CountKeys(const tamu::registry::KeyInfo& info) {

@@ -6,7 +6,7 @@
 #include "framework/YAXStatus.h"
 #include "platform/PCMutex.h"
 #include "registry/base/UserId.h"
-#include "yax/CObjects.h"
+#include "yax/Failure.h"
 #include "yax/Version.h"
 
 namespace yax {
@@ -84,6 +84,30 @@ unsigned int OpenWith(const yax_options& given, Registry* registry) {
   return result == status::kOk ? Open(registry) : result;
 }
 
+unsigned int OpenFile(const char* path, const yax_options* options, yax_registry** registry) {
+  const unsigned int user = options != nullptr ? options->user : YAX_ADMINISTRATOR;
+  std::unique_ptr<yax_registry> made(new (std::nothrow) yax_registry(path, user));
+  if (made == nullptr) return status::kNoMemory;
+  PCMutexGuard guard(OpeningLock());
+  if (gIsOpen) return status::kBusy;
+  const unsigned int result =
+      options != nullptr ? OpenWith(*options, &made->registry) : Open(&made->registry);
+  if (result != status::kOk) return result;
+  gIsOpen = true;
+  *registry = made.release();
+  return status::kOk;
+}
+
+// Calls operation(registry) on an open one.
+template <class Operation>
+unsigned int OnRegistry(yax_registry* registry, bool argumentsGiven, Operation operation) {
+  FailedAt at;
+  at.path = "the registry";
+  at.reason = registry == nullptr ? kNotOpen : nullptr;
+  if (registry == nullptr || !argumentsGiven) return Told(at, status::kBadArgument);
+  return Told(at, operation(registry->registry));
+}
+
 }  // namespace
 
 void Hold(yax_registry* registry) {
@@ -107,18 +131,10 @@ const char* yax_version() {
 }
 
 yax_status yax_open(const char* path, const yax_options* options, yax_registry** registry) {
-  if (path == nullptr || registry == nullptr) return status::kBadArgument;
-  const unsigned int user = options != nullptr ? options->user : YAX_ADMINISTRATOR;
-  std::unique_ptr<yax_registry> made(new (std::nothrow) yax_registry(path, user));
-  if (made == nullptr) return status::kNoMemory;
-  PCMutexGuard guard(OpeningLock());
-  if (gIsOpen) return status::kBusy;
-  const unsigned int result =
-      options != nullptr ? OpenWith(*options, &made->registry) : Open(&made->registry);
-  if (result != status::kOk) return result;
-  gIsOpen = true;
-  *registry = made.release();
-  return status::kOk;
+  if (path == nullptr || registry == nullptr) {
+    return Told({"yax_open", "", "", kNullPointer}, status::kBadArgument);
+  }
+  return Told({path}, OpenFile(path, options, registry));
 }
 
 void yax_close(yax_registry* registry) {
@@ -130,33 +146,34 @@ void yax_close(yax_registry* registry) {
 }
 
 yax_status yax_sync(yax_registry* registry) {
-  return registry == nullptr ? status::kBadArgument : registry->registry.Sync();
+  return OnRegistry(registry, true, [](Registry& r) { return r.Sync(); });
 }
 
 yax_status yax_get_room(yax_registry* registry, yax_room* room) {
-  if (registry == nullptr || room == nullptr || room->size != sizeof *room) {
-    return status::kBadArgument;
-  }
-  tamu::registry::RegistryRoom had = {};
-  const unsigned int result = registry->registry.GetRoom(&had);
-  if (result != status::kOk) return result;
-  room->strings = {had.strings.inUse, had.strings.left};
-  room->keys = {had.keys.inUse, had.keys.left};
-  room->values = {had.values.inUse, had.values.left};
-  room->blocks = {had.blocks.inUse, had.blocks.left};
-  return result;
+  const bool isRoom = room != nullptr && room->size == sizeof *room;
+  return OnRegistry(registry, isRoom, [&](Registry& r) {
+    tamu::registry::RegistryRoom had = {};
+    const unsigned int result = r.GetRoom(&had);
+    if (result != status::kOk) return result;
+    room->strings = {had.strings.inUse, had.strings.left};
+    room->keys = {had.keys.inUse, had.keys.left};
+    room->values = {had.values.inUse, had.values.left};
+    room->blocks = {had.blocks.inUse, had.blocks.left};
+    return result;
+  });
 }
 
 yax_status yax_check(yax_registry* registry, unsigned* condition) {
-  if (registry == nullptr || condition == nullptr) return status::kBadArgument;
-  tamu::registry::CheckResult checked = {};
-  const unsigned int result = registry->registry.Check(&checked);
-  if (result == status::kOk) *condition = static_cast<unsigned>(checked.condition);
-  return result;
+  return OnRegistry(registry, condition != nullptr, [&](Registry& r) {
+    tamu::registry::CheckResult checked = {};
+    const unsigned int result = r.Check(&checked);
+    if (result == status::kOk) *condition = static_cast<unsigned>(checked.condition);
+    return result;
+  });
 }
 
 yax_status yax_compact(yax_registry* registry) {
-  return registry == nullptr ? status::kBadArgument : registry->registry.Compact();
+  return OnRegistry(registry, true, [](Registry& r) { return r.Compact(); });
 }
 
 unsigned yax_durability(const yax_registry* registry) {
@@ -172,10 +189,9 @@ unsigned yax_durability(const yax_registry* registry) {
 }
 
 yax_status yax_set_user(yax_registry* registry, const char* name) {
-  if (registry == nullptr || name == nullptr) return status::kBadArgument;
-  return registry->registry.SetCurrentUser(name);
+  return OnRegistry(registry, name != nullptr, [&](Registry& r) { return r.SetCurrentUser(name); });
 }
 
 yax_status yax_set_user_number(yax_registry* registry, unsigned user) {
-  return registry == nullptr ? status::kBadArgument : registry->registry.SetCurrentUserId(user);
+  return OnRegistry(registry, true, [&](Registry& r) { return r.SetCurrentUserId(user); });
 }

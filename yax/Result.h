@@ -2,6 +2,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 #include <utility>
 
 #include "yax/yax.h"
@@ -29,6 +30,12 @@ class [[nodiscard]] Status {
  private:
   unsigned code_;
 };
+
+// What has failed last in this thread: "network/eth0:mtu: the value has another type, it is a
+// text". Empty when nothing has.
+inline std::string FailureText() {
+  return yax_failure_text();
+}
 
 // A value, or why there is none.
 template <class T>

@@ -31,14 +31,15 @@ struct Options {
   unsigned user = YAX_ADMINISTRATOR;           // taken at its word
   std::string userName;                        // counts instead, unless it is empty
   bool readOnly = false;     // changes are YAX_NO_RIGHT; nothing is made: YAX_NOT_FOUND
-  unsigned fileMode = 0644;  // rights of a file that is made, less the umask
+  unsigned fileMode = 0644;  // rights of a file that is made, less the umask; 0: 0644
   // A folder in memory for the file that kProcess keeps, the same for all programs; empty: beside
   // the registry.
   std::string sideFolder;
   unsigned compactBelow = 0;    // compacts at opening when fewer slots of a kind are left
   bool checkAtOpening = false;  // a damaged file is YAX_INVALID_FILE at once
   bool exactSpace = false;      // space is not used again: the same operations make the same bytes
-  unsigned waitAtMost = 60000;  // milliseconds that a change waits for those of other processes
+  // Milliseconds that a change waits for those of other processes; at least one.
+  unsigned waitAtMost = 60000;
 };
 
 // An open registry file. A process has one open at a time.
@@ -47,20 +48,10 @@ class Registry {
   // Opens the file, which is made when nothing is at the path. status() tells how that went;
   // without success everything below answers YAX_BAD_ARGUMENT.
   explicit Registry(const std::string& path, const Options& options = Options()) {
-    yax_options asked = YAX_OPTIONS_USUAL;
-    asked.durability = static_cast<unsigned>(options.durability);
-    asked.user = options.user;
-    asked.read_only = options.readOnly ? 1 : 0;
-    asked.file_mode = options.fileMode;
-    asked.user_name = options.userName.empty() ? nullptr : options.userName.c_str();
-    asked.side_folder = options.sideFolder.empty() ? nullptr : options.sideFolder.c_str();
-    asked.compact_below = options.compactBelow;
-    asked.check_at_opening = options.checkAtOpening ? 1 : 0;
-    asked.wait_at_most = options.waitAtMost;
-    asked.exact_space = options.exactSpace ? 1 : 0;
-    yax_registry* opened = nullptr;
-    status_ = yax_open(path.c_str(), &asked, &opened);
-    registry_.reset(opened);
+    for (const std::string* text : {&path, &options.userName, &options.sideFolder}) {
+      if (HasZero(*text)) status_ = Refuse(*text);
+    }
+    if (status_) Open(path, options);
   }
 
   // Whether it is open, and why not.
@@ -96,7 +87,10 @@ class Registry {
   // For the administrator.
   Status Compact() { return yax_compact(registry_.get()); }
   // The user counts for all threads.
-  Status SetUser(const std::string& name) { return yax_set_user(registry_.get(), name.c_str()); }
+  Status SetUser(const std::string& name) {
+    return HasZero(name) ? Refuse(name) : Status(yax_set_user(registry_.get(), name.c_str()));
+  }
+  // The same by number, taken at its word.
   Status SetUser(unsigned user) { return yax_set_user_number(registry_.get(), user); }
 
   // For poll: readable when something was changed since this was first called and a Watch was last
@@ -109,6 +103,27 @@ class Registry {
   struct Close {
     void operator()(yax_registry* registry) const { yax_close(registry); }
   };
+
+  void Open(const std::string& path, const Options& options) {
+    yax_options asked = YAX_OPTIONS_USUAL;
+    asked.durability = static_cast<unsigned>(options.durability);
+    asked.user = options.user;
+    asked.read_only = options.readOnly ? 1 : 0;
+    asked.file_mode = options.fileMode;
+    asked.user_name = options.userName.empty() ? nullptr : options.userName.c_str();
+    asked.side_folder = options.sideFolder.empty() ? nullptr : options.sideFolder.c_str();
+    asked.compact_below = options.compactBelow;
+    asked.check_at_opening = options.checkAtOpening ? 1 : 0;
+    asked.wait_at_most = options.waitAtMost == 0 ? 1 : options.waitAtMost;  // 0 is a minute there
+    asked.exact_space = options.exactSpace ? 1 : 0;
+    yax_registry* opened = nullptr;
+    status_ = yax_open(path.c_str(), &asked, &opened);
+    registry_.reset(opened);
+  }
+
+  static Status Refuse(const std::string& text) {
+    return yax_note_failure(nullptr, text.c_str(), YAX_BAD_ARGUMENT, "a zero byte is in the text");
+  }
 
   std::unique_ptr<yax_registry, Close> registry_;
   Status status_;

@@ -26,6 +26,11 @@ namespace yax {
 // Data of its own kind.
 using Bytes = std::vector<unsigned char>;
 
+// Such a name or path would be taken for its beginning.
+inline bool HasZero(const std::string& text) {
+  return text.find('\0') != std::string::npos;
+}
+
 // The double whose shortest text is that of a float: 0.1 for 0.1f.
 inline double ShortDouble(float number) {
   for (int digits = 6; digits < 9 && std::isfinite(number); ++digits) {
@@ -62,6 +67,8 @@ struct Stored<bool> {
 
 template <class T>
 struct Stored<T, std::enable_if_t<std::is_integral<T>::value && std::is_signed<T>::value>> {
+  static_assert(sizeof(T) <= sizeof(std::int64_t), "an integer has 64 bits at most");
+
   static Status Write(yax_key* key, const char* name, T value) {
     return yax_set_int(key, name, value);
   }
@@ -79,6 +86,8 @@ struct Stored<T, std::enable_if_t<std::is_integral<T>::value && std::is_signed<T
 
 template <class T>
 struct Stored<T, std::enable_if_t<std::is_integral<T>::value && std::is_unsigned<T>::value>> {
+  static_assert(sizeof(T) <= sizeof(std::uint64_t), "an integer has 64 bits at most");
+
   static Status Write(yax_key* key, const char* name, T value) {
     return yax_set_uint(key, name, value);
   }

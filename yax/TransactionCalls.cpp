@@ -1,7 +1,7 @@
 // Transactions of the C interface.
 #include <new>
 
-#include "yax/CObjects.h"
+#include "yax/Failure.h"
 
 struct yax_transaction {
   yax_registry* owner;  // one of its references
@@ -10,6 +10,10 @@ struct yax_transaction {
 using namespace yax;
 
 namespace {
+
+unsigned int ToldOf(unsigned int result, const char* reason = nullptr) {
+  return Told({"the transaction", "", "", reason}, result);
+}
 
 // Ends the object, not what it stands for.
 void Drop(yax_transaction* transaction) {
@@ -20,21 +24,22 @@ void Drop(yax_transaction* transaction) {
 }  // namespace
 
 yax_status yax_begin(yax_registry* registry, yax_transaction** transaction) {
-  if (registry == nullptr || transaction == nullptr) return status::kBadArgument;
+  if (registry == nullptr) return ToldOf(status::kBadArgument, kNotOpen);
+  if (transaction == nullptr) return ToldOf(status::kBadArgument, kNullPointer);
   std::unique_ptr<yax_transaction> made(new (std::nothrow) yax_transaction{registry});
-  if (made == nullptr) return status::kNoMemory;
+  if (made == nullptr) return ToldOf(status::kNoMemory);
   const unsigned int result = registry->registry.BeginTransaction();
-  if (result != status::kOk) return result;
+  if (result != status::kOk) return ToldOf(result);
   Hold(registry);
   *transaction = made.release();
   return status::kOk;
 }
 
 yax_status yax_commit(yax_transaction* transaction) {
-  if (transaction == nullptr) return status::kBadArgument;
+  if (transaction == nullptr) return ToldOf(status::kBadArgument, "it was not begun");
   const unsigned int result = transaction->owner->registry.EndTransaction();
   Drop(transaction);
-  return result;
+  return ToldOf(result);
 }
 
 void yax_cancel(yax_transaction* transaction) {

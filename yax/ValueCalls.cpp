@@ -2,7 +2,7 @@
 #include <cstring>
 
 #include "registry/base/Value.h"
-#include "yax/CObjects.h"
+#include "yax/Failure.h"
 #include "yax/RealText.h"
 
 namespace yax {
@@ -13,22 +13,44 @@ using tamu::registry::kValueDataMax;
 using tamu::registry::MakeValue;
 using tamu::registry::ReadValue;
 
+constexpr char kSmallRoom[] = "the room for it is too small";
+
+unsigned int Refused(const yax_key* key, const char* name, const char* reason) {
+  return Told(key, name, status::kBadArgument, reason);
+}
+
+// Null where nothing is to be added to the status.
+const char* ReasonFor(unsigned int result, const char* name) {
+  if (result != status::kBadArgument) return nullptr;
+  const size_t length = std::strlen(name);
+  return length == 0 || length > YAX_NAME_MAX ? "a name has 1 to 31 bytes" : nullptr;
+}
+
+const char* ReasonOfType(unsigned int type) {
+  constexpr const char* kReasons[] = {"it is an integer", "it is a text", "it is bytes",
+                                      "it is a real number"};
+  return type < 4 ? kReasons[type] : "it is of a type of its own";
+}
+
 unsigned int Put(yax_key* key, const char* name, unsigned int type, const void* data, size_t size) {
-  if (key == nullptr || name == nullptr) return status::kBadArgument;
-  if (size > kValueDataMax) return status::kLimit;
+  if (key == nullptr || name == nullptr) return Refused(key, name, kNullPointer);
+  if (size > kValueDataMax) return Told(key, name, status::kLimit, "more than 1024 bytes");
   const tamu::registry::Value value = MakeValue(type, data, static_cast<unsigned int>(size));
-  return RegistryOf(key).PutValue(PathOf(key), name, value, true);
+  const unsigned int result = RegistryOf(key).PutValue(PathOf(key), name, value, true);
+  return Told(key, name, result, ReasonFor(result, name));
 }
 
 unsigned int Read(const yax_key* key, const char* name, bool argumentsGiven, ReadValue* value) {
-  if (key == nullptr || name == nullptr || !argumentsGiven) return status::kBadArgument;
-  return RegistryOf(key).ReadWholeValue(PathOf(key), name, value);
+  if (key == nullptr || name == nullptr || !argumentsGiven) return Refused(key, name, kNullPointer);
+  const unsigned int result = RegistryOf(key).ReadWholeValue(PathOf(key), name, value);
+  return Told(key, name, result, ReasonFor(result, name));
 }
 
 unsigned int ReadType(const yax_key* key, const char* name, bool argumentsGiven, unsigned int type,
                       ReadValue* value) {
   const unsigned int result = Read(key, name, argumentsGiven, value);
-  return result == status::kOk && value->type != type ? status::kWrongType : result;
+  if (result != status::kOk || value->type == type) return result;
+  return Told(key, name, status::kWrongType, ReasonOfType(value->type));
 }
 
 unsigned int PutNumber(yax_key* key, const char* name, uint64_t number) {
@@ -67,10 +89,11 @@ yax_status yax_set_real(yax_key* key, const char* name, double number) {
 }
 
 yax_status yax_set_text(yax_key* key, const char* name, const char* text, size_t length) {
-  if (text == nullptr) return status::kBadArgument;
+  if (text == nullptr) return Refused(key, name, kNullPointer);
   if (length == YAX_ZERO_ENDED) length = std::strlen(text);
-  if (length >= kValueDataMax) return status::kLimit;
-  if (std::memchr(text, 0, length) != nullptr) return status::kBadArgument;
+  if (length >= kValueDataMax) return Told(key, name, status::kLimit, "more than 1023 bytes");
+  if (std::memchr(text, 0, length) != nullptr)
+    return Refused(key, name, "a zero byte is in the text");
   char ended[kValueDataMax];
   std::memcpy(ended, text, length);
   ended[length] = 0;
@@ -83,7 +106,7 @@ yax_status yax_set_bytes(yax_key* key, const char* name, const void* data, size_
 
 yax_status yax_set_data(yax_key* key, const char* name, unsigned type, const void* data,
                         size_t size) {
-  if (type == YAX_INTEGER) return status::kBadArgument;
+  if (type == YAX_INTEGER) return Refused(key, name, "an integer is set by yax_set_int");
   return Put(key, name, type, data, size);
 }
 
@@ -108,7 +131,8 @@ yax_status yax_get_real(const yax_key* key, const char* name, double* number) {
   const unsigned int result = ReadType(key, name, number != nullptr, YAX_REAL, &value);
   if (result != status::kOk) return result;
   const bool isText = value.text() != nullptr && std::strlen(value.text()) + 1 == value.size;
-  return isText && ReadReal(value.text(), number) ? result : status::kWrongType;
+  if (isText && ReadReal(value.text(), number)) return result;
+  return Told(key, name, status::kWrongType, "its text is no number");
 }
 
 yax_status yax_get_text(const yax_key* key, const char* name, char* text, size_t room,
@@ -119,7 +143,7 @@ yax_status yax_get_text(const yax_key* key, const char* name, char* text, size_t
   const size_t size = value.size - (value.text() != nullptr ? 1u : 0u);
   const unsigned int copied = HandOut(value.data, size, 1, text, room, length);
   if (copied == status::kOk) text[size] = 0;
-  return copied;
+  return Told(key, name, copied, kSmallRoom);
 }
 
 yax_status yax_get_bytes(const yax_key* key, const char* name, void* data, size_t room,
@@ -127,7 +151,7 @@ yax_status yax_get_bytes(const yax_key* key, const char* name, void* data, size_
   ReadValue value;
   const unsigned int result = ReadType(key, name, data != nullptr, YAX_BYTES, &value);
   if (result != status::kOk) return result;
-  return HandOut(value.data, value.size, 0, data, room, size);
+  return Told(key, name, HandOut(value.data, value.size, 0, data, room, size), kSmallRoom);
 }
 
 yax_status yax_get_data(const yax_key* key, const char* name, unsigned* type, void* data,
@@ -137,7 +161,7 @@ yax_status yax_get_data(const yax_key* key, const char* name, unsigned* type, vo
   if (result != status::kOk) return result;
   const size_t stored = value.type == YAX_INTEGER ? 8 : value.size;
   if (type != nullptr) *type = value.type;
-  return HandOut(value.data, stored, 0, data, room, size);
+  return Told(key, name, HandOut(value.data, stored, 0, data, room, size), kSmallRoom);
 }
 
 yax_status yax_value_exists(const yax_key* key, const char* name, unsigned* type) {
@@ -148,6 +172,7 @@ yax_status yax_value_exists(const yax_key* key, const char* name, unsigned* type
 }
 
 yax_status yax_remove_value(yax_key* key, const char* name) {
-  if (key == nullptr || name == nullptr) return status::kBadArgument;
-  return RegistryOf(key).RemoveValue(PathOf(key), name);
+  if (key == nullptr || name == nullptr) return Refused(key, name, kNullPointer);
+  const unsigned int result = RegistryOf(key).RemoveValue(PathOf(key), name);
+  return Told(key, name, result, ReasonFor(result, name));
 }

@@ -4,7 +4,7 @@
 
 #include "platform/PCWord.h"
 #include "registry/base/ChangeNote.h"
-#include "yax/CObjects.h"
+#include "yax/Failure.h"
 
 using tamu::registry::Change;
 using tamu::registry::ChangeList;
@@ -24,7 +24,7 @@ using namespace yax;
 namespace {
 
 // The next one that was read already; null when there is none.
-const Change* Told(yax_watch* watch) {
+const Change* NextTold(yax_watch* watch) {
   while (watch->told < watch->changes.Count()) {
     const Change& change = watch->changes.At(watch->told++);
     if (Concerns(change, watch->path.get())) return &change;
@@ -45,9 +45,7 @@ unsigned int ReadMore(yax_watch* watch, unsigned int milliseconds, unsigned int 
   return isNothing && milliseconds == 0 ? status::kNoData : read;
 }
 
-}  // namespace
-
-yax_status yax_watch_key(yax_key* key, yax_watch** watch) {
+unsigned int WatchKey(yax_key* key, yax_watch** watch) {
   if (key == nullptr || watch == nullptr) return status::kBadArgument;
   std::unique_ptr<yax_watch> made(new (std::nothrow) yax_watch(key->owner));
   if (made == nullptr) return status::kNoMemory;
@@ -64,18 +62,11 @@ yax_status yax_watch_key(yax_key* key, yax_watch** watch) {
   return status::kOk;
 }
 
-void yax_watch_free(yax_watch* watch) {
-  if (watch == nullptr) return;
-  LetGo(watch->owner);
-  delete watch;
-}
-
-yax_status yax_watch_next(yax_watch* watch, unsigned milliseconds, yax_change* change) {
-  if (watch == nullptr || change == nullptr) return status::kBadArgument;
+unsigned int NextChange(yax_watch* watch, unsigned milliseconds, yax_change* change) {
   const unsigned long long start = PCWord::Now();
   const unsigned int flags = milliseconds == 0 ? 0 : Registry::kBesideLoop;
   for (;;) {
-    const Change* const next = Told(watch);
+    const Change* const next = NextTold(watch);
     if (next != nullptr) {
       *change = {static_cast<unsigned>(next->kind), next->keyPath, next->valueName};
       return status::kOk;
@@ -86,6 +77,26 @@ yax_status yax_watch_next(yax_watch* watch, unsigned milliseconds, yax_change* c
     const unsigned int result = ReadMore(watch, left, flags);
     if (result != status::kOk) return result;
   }
+}
+
+}  // namespace
+
+yax_status yax_watch_key(yax_key* key, yax_watch** watch) {
+  return Told(key, nullptr, WatchKey(key, watch));
+}
+
+void yax_watch_free(yax_watch* watch) {
+  if (watch == nullptr) return;
+  LetGo(watch->owner);
+  delete watch;
+}
+
+yax_status yax_watch_next(yax_watch* watch, unsigned milliseconds, yax_change* change) {
+  if (watch == nullptr || change == nullptr) {
+    return Told({"a watch", "", "", kNullPointer}, status::kBadArgument);
+  }
+  const unsigned int result = NextChange(watch, milliseconds, change);
+  return result == status::kNoData ? result : Told({watch->path.get()}, result);
 }
 
 int yax_change_descriptor(yax_registry* registry) {

@@ -36,6 +36,12 @@ enum {
 
 /* A status, or one of the component framework, in words; never null, and static. */
 const char* yax_status_text(yax_status status);
+/* What has failed last in the calling thread, in words: the key, the name of the value, the status
+ * and what more is known: "network/eth0:mtu: the value has another type, it is a text". "" when
+ * nothing has failed yet. Long paths are cut at their beginning. Functions that answer success
+ * leave it as it is; so does YAX_NO_DATA of yax_watch_next. The thread's, until it calls this
+ * again. */
+const char* yax_failure_text(void);
 /* The version of the library, "0.1.0"; static. */
 const char* yax_version(void);
 

@@ -24,6 +24,12 @@ yax_status yax_key_below(const yax_key* key, const char* path, yax_key** below);
 void yax_key_free(yax_key* key);
 /* Its path from the root; the key's. No status. */
 const char* yax_key_path(const yax_key* key);
+/* Keeps a failure for yax_failure_text, for interfaces that are made over this one: of a value of
+ * the key, or with a null name of the key itself; with a null key, of a path that names none, which
+ * is the name then. The reason is more than the status tells, static, or null. Answers the status.
+ */
+yax_status yax_note_failure(const yax_key* key, const char* name, yax_status status,
+                            const char* reason);
 
 /* Makes the key, and those above it. YAX_EXISTS. */
 yax_status yax_key_make(yax_key* key);

@@ -527,9 +527,9 @@ static void ChangesAreTold(void) {
   watch = NULL;
   CHECK_STATUS(YAX_NO_RIGHT, yax_watch_key(net, &watch));
   CHECK(watch == NULL);
-  yax_key_free(net);
   CHECK_STATUS(YAX_BAD_ARGUMENT, yax_watch_key(NULL, &watch));
   CHECK_STATUS(YAX_BAD_ARGUMENT, yax_watch_key(net, NULL));
+  yax_key_free(net);
   CHECK_STATUS(YAX_BAD_ARGUMENT, yax_watch_next(NULL, 0, &change));
   CHECK(yax_change_descriptor(NULL) == -1);
   yax_watch_free(NULL);
@@ -573,6 +573,29 @@ static void ThreadsUseItAtOnce(void) {
   yax_close(registry);
 }
 
+static void TheLastFailureIsTold(void) {
+  yax_registry *registry = OpenNew();
+  yax_key *key = KeyAt(registry, "network/eth0");
+  yax_key *none = NULL;
+  char text[8];
+  int64_t number = 0;
+  CHECK_STATUS(YAX_OK, yax_set_text(key, "name", "uplink", YAX_ZERO_ENDED));
+  CHECK_STATUS(YAX_WRONG_TYPE, yax_get_int(key, "name", &number));
+  CHECK(strcmp(yax_failure_text(), "network/eth0:name: the value has another type, it is a text") ==
+        0);
+  CHECK_STATUS(YAX_LIMIT, yax_get_text(key, "name", text, 6, NULL));
+  CHECK(strstr(yax_failure_text(), "the room for it is too small") != NULL);
+  CHECK_STATUS(YAX_BAD_ARGUMENT, yax_get_int(key, "name", NULL));
+  CHECK(strstr(yax_failure_text(), "network/eth0:name: ") == yax_failure_text());
+  CHECK(strstr(yax_failure_text(), "a null pointer") != NULL);
+  CHECK_STATUS(YAX_BAD_ARGUMENT, yax_key_at(NULL, "a", &none));
+  CHECK(strstr(yax_failure_text(), "the registry is not open") != NULL);
+  CHECK_STATUS(YAX_BAD_ARGUMENT, yax_get_int(none, NULL, &number));
+  CHECK(yax_failure_text()[0] != 0);
+  yax_key_free(key);
+  yax_close(registry);
+}
+
 static void StatusesHaveWords(void) {
   CHECK(strcmp(yax_status_text(YAX_OK), "success") == 0);
   CHECK(strcmp(yax_status_text(YAX_WRONG_TYPE), "the value has another type") == 0);
@@ -602,6 +625,7 @@ int main(int count, char **arguments) {
   ATransactionHappensWholeOrNotAtAll();
   ChangesAreTold();
   ThreadsUseItAtOnce();
+  TheLastFailureIsTold();
   StatusesHaveWords();
   remove(file);
   return failures == 0 ? 0 : 1;

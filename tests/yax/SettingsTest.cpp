@@ -143,6 +143,35 @@ TEST_F(Settings, NoNameOrPathIsCutAtAZeroByte) {
   EXPECT_EQ((std::vector<std::string>{"k"}), ListOf(registry.root().Branch()));
 }
 
+TEST_F(Settings, NoTextOfAFileOrUserIsCutAtAZeroByte) {
+  const std::string cut("cut\0off", 7);
+  EXPECT_EQ(Status(YAX_BAD_ARGUMENT), key.BackUp((folder / "") + cut));
+  EXPECT_EQ(Status(YAX_BAD_ARGUMENT), key.Restore((folder / "") + cut));
+  EXPECT_EQ(Status(YAX_BAD_ARGUMENT), registry.SetUser(cut));
+  registry = Registry("");  // closes it
+  Options options;
+  EXPECT_EQ(Status(YAX_BAD_ARGUMENT), Registry((folder / "") + cut, options).status());
+  options.userName = cut;
+  EXPECT_EQ(Status(YAX_BAD_ARGUMENT), Registry(path, options).status());
+  options.userName = "";
+  options.sideFolder = cut;
+  EXPECT_EQ(Status(YAX_BAD_ARGUMENT), Registry(path, options).status());
+  EXPECT_EQ("settings.rce ", NamesIn(folder / "."));
+}
+
+TEST_F(Settings, AKeyHasANumberAndRights) {
+  ASSERT_TRUE(key.Make());
+  EXPECT_EQ(Status(YAX_NO_DATA), key.DefaultNumber().status());
+  EXPECT_TRUE(key.SetDefaultNumber(0xFEDCBA9876543210));
+  EXPECT_EQ(0xFEDCBA9876543210, key.DefaultNumber().value_or(0));
+  EXPECT_TRUE(key.SetRights(0x1F));
+  EXPECT_EQ(0x1F, key.Rights().value_or(0));
+  EXPECT_EQ(Status(YAX_NOT_FOUND), registry["none"].DefaultNumber().status());
+  EXPECT_EQ(Status(YAX_NOT_FOUND), registry["none"].Rights().status());
+  EXPECT_EQ(Status(YAX_NOT_FOUND), registry["none"].SetRights(1));
+  EXPECT_EQ(Status(YAX_NOT_FOUND), registry["none"].SetDefaultNumber(1));
+}
+
 TEST_F(Settings, EveryTypeTellsWhatIsMissingOrAnother) {
   ASSERT_TRUE(key.Set("text", "text"));
   ExpectNone<bool>();
