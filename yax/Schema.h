@@ -7,75 +7,16 @@
 //   if (!report.status) for (const std::string& line : report.unfit) std::puts(line.c_str());
 #pragma once
 
-#include <cstdint>
 #include <optional>
 #include <set>
 #include <string>
-#include <type_traits>
 #include <utility>
 #include <vector>
 
+#include "yax/Default.h"
 #include "yax/Transaction.h"
 
 namespace yax {
-
-// A value of one of the stored types.
-class Default {
- public:
-  // A truth value, an integer or an enumeration.
-  template <class T,
-            std::enable_if_t<std::is_integral<T>::value || std::is_enum<T>::value, int> = 0>
-  Default(T number) : type_(YAX_INTEGER), number_(static_cast<std::int64_t>(number)) {}
-  Default(double real) : type_(YAX_REAL), real_(real) {}
-  Default(const char* text) : type_(YAX_TEXT), text_(text) {}
-  Default(std::string text) : type_(YAX_TEXT), text_(std::move(text)) {}
-  Default(Bytes bytes) : type_(YAX_BYTES), bytes_(std::move(bytes)) {}
-
-  // Its stored type: YAX_INTEGER, YAX_REAL, YAX_TEXT or YAX_BYTES.
-  unsigned type() const { return type_; }
-  // Sets the value of that name to it.
-  Status Write(Key& key, const std::string& name) const {
-    if (type_ == YAX_INTEGER) return key.Set(name, number_);
-    if (type_ == YAX_REAL) return key.Set(name, real_);
-    return type_ == YAX_TEXT ? key.Set(name, text_) : key.Set(name, bytes_);
-  }
-
- private:
-  unsigned type_;
-  std::int64_t number_ = 0;
-  double real_ = 0;
-  std::string text_;
-  Bytes bytes_;
-};
-
-// An end of a range: a number of either kind.
-class Bound {
- public:
-  // An integer, a truth value or an enumeration.
-  template <class T,
-            std::enable_if_t<std::is_integral<T>::value || std::is_enum<T>::value, int> = 0>
-  Bound(T number) : whole_(static_cast<std::int64_t>(number)), real_(static_cast<double>(whole_)) {}
-  // A real number, which integers are compared with as such.
-  Bound(double real) : isWhole_(false), real_(real) {}
-
-  // Whether a number is at most the bound.
-  bool IsAbove(std::int64_t number) const {
-    return isWhole_ ? number <= whole_ : IsAbove(static_cast<double>(number));
-  }
-  // The same of a real one.
-  bool IsAbove(double number) const { return number <= real_; }
-  // Whether a number is at least the bound.
-  bool IsBelow(std::int64_t number) const {
-    return isWhole_ ? number >= whole_ : IsBelow(static_cast<double>(number));
-  }
-  // The same of a real one.
-  bool IsBelow(double number) const { return number >= real_; }
-
- private:
-  bool isWhole_ = true;
-  std::int64_t whole_ = 0;
-  double real_;
-};
 
 // A value that there is to be.
 struct Setting {
@@ -86,9 +27,8 @@ struct Setting {
   std::optional<Bound> most = {};   // likewise
 
   // Whether a number lies in the range.
-  template <class Number>
-  bool Allows(Number number) const {
-    return (!least || least->IsBelow(number)) && (!most || most->IsAbove(number));
+  bool Allows(const Bound& number) const {
+    return (!least || *least <= number) && (!most || number <= *most);
   }
 };
 
@@ -103,14 +43,6 @@ struct [[nodiscard]] Report {
   std::vector<std::string> extra;  // values of the schema's keys that it does not know
 };
 
-// Whether a number is there and in its range: YAX_OK, YAX_RANGE, or why it cannot be read.
-template <class Number>
-Status CheckRange(const Key& key, const Setting& setting) {
-  const Result<Number> number = key.Get<Number>(setting.name);
-  if (!number) return number.status();
-  return setting.Allows(*number) ? Status() : Status(YAX_RANGE);
-}
-
 // Whether a value is there and fits: YAX_OK, YAX_NOT_FOUND (also when it is not set),
 // YAX_WRONG_TYPE, YAX_RANGE, or why it cannot be read.
 inline Status Check(const Registry& registry, const Setting& setting) {
@@ -119,22 +51,55 @@ inline Status Check(const Registry& registry, const Setting& setting) {
   const Status found = yax_value_exists(key.get(), setting.name.c_str(), &type);
   if (found == Status(YAX_NO_DATA)) return YAX_NOT_FOUND;
   if (!found) return found;
-  if (type != setting.value.type()) return YAX_WRONG_TYPE;
-  if (type == YAX_INTEGER) return CheckRange<std::int64_t>(key, setting);
-  return type == YAX_REAL ? CheckRange<double>(key, setting) : found;
+  if (type != setting.value.type()) {
+    return yax_note_failure(key.get(), setting.name.c_str(), YAX_WRONG_TYPE, nullptr);
+  }
+  if (!setting.value.number()) return found;
+  const Result<Bound> number = setting.value.ReadNumber(key, setting.name);
+  if (!number) return number.status();
+  if (setting.Allows(*number)) return found;
+  return yax_note_failure(key.get(), setting.name.c_str(), YAX_RANGE, nullptr);
+}
+
+// The names of a setting: its key and its value. Paths that begin with "/" name the same key.
+inline std::pair<std::string, std::string> NamesOf(const Setting& setting) {
+  const bool hasSlash = setting.key.rfind('/', 0) == 0;
+  return {setting.key.substr(hasSlash ? 1 : 0), setting.name};
+}
+
+// What is wrong with a schema itself, a line each, and the status of the first: YAX_RANGE for a
+// first value that is outside its own range, YAX_BAD_ARGUMENT for a value that it names twice.
+inline Status CheckRows(const Schema& schema, std::vector<std::string>* lines) {
+  Status first;
+  const auto tell = [&](const Setting& setting, unsigned failure, const char* reason) {
+    if (first) first = yax_note_failure(nullptr, setting.name.c_str(), failure, reason);
+    lines->push_back(setting.key + " " + setting.name + ": " + reason);
+  };
+  std::set<std::pair<std::string, std::string>> names;
+  for (const Setting& setting : schema) {
+    const std::optional<Bound> number = setting.value.number();
+    if (number && !setting.Allows(*number)) {
+      tell(setting, YAX_RANGE, "the first value is outside its range");
+    }
+    if (!names.insert(NamesOf(setting)).second) {
+      tell(setting, YAX_BAD_ARGUMENT, "the schema names it twice");
+    }
+  }
+  return first;
 }
 
 // Values of the schema's keys that it does not know, a line each.
 inline std::vector<std::string> FindExtra(const Registry& registry, const Schema& schema) {
-  std::set<std::string> known;
+  std::set<std::pair<std::string, std::string>> known;
   std::set<std::string> keys;
   std::vector<std::string> extra;
-  for (const Setting& s : schema) known.insert(s.key + " " + s.name);
+  for (const Setting& s : schema) known.insert(NamesOf(s));
   for (const Setting& s : schema) {
-    if (!keys.insert(s.key).second) continue;
-    for (const std::string_view name : registry[s.key].Values()) {
-      std::string line = s.key + " " + std::string(name);
-      if (known.count(line) == 0) extra.push_back(std::move(line));
+    const std::string key = NamesOf(s).first;
+    if (!keys.insert(key).second) continue;
+    for (const std::string_view name : registry[key].Values()) {
+      if (known.count({key, std::string(name)}) == 0)
+        extra.push_back(key + " " + std::string(name));
     }
   }
   return extra;
@@ -167,6 +132,14 @@ inline std::vector<const Setting*> FindMissing(const Registry& registry,
   return missing;
 }
 
+// Makes the first setting that does not fit the last failure.
+inline void TellUnfit(const Registry& registry, const Schema& schema) {
+  for (const Setting& setting : schema) {
+    const Status fits = Check(registry, setting);
+    if (!fits && fits != Status(YAX_NOT_FOUND)) return;
+  }
+}
+
 // All settings of a schema.
 inline std::vector<const Setting*> SettingsOf(const Schema& schema) {
   std::vector<const Setting*> all;
@@ -175,9 +148,13 @@ inline std::vector<const Setting*> SettingsOf(const Schema& schema) {
 }
 
 // Makes what is missing, unless something does not fit: then nothing is made, and the status is
-// that of the first that does not. What another program makes meanwhile stays.
+// that of the first that does not (as is FailureText). What another program makes meanwhile stays.
+// A schema whose own rows do not fit (CheckRows) is not looked for in the registry.
 inline Report Apply(Registry& registry, const Schema& schema) {
   Report report;
+  report.status = CheckRows(schema, &report.unfit);
+  if (!report.status) return report;
+  report.extra = FindExtra(registry, schema);
   std::vector<const Setting*> missing = FindMissing(registry, SettingsOf(schema), &report);
   if (report.status && !missing.empty()) {
     report.status = Atomically(registry, [&]() -> Status {
@@ -190,13 +167,15 @@ inline Report Apply(Registry& registry, const Schema& schema) {
       report.made.push_back(setting->key + " " + setting->name);
     }
   }
-  report.extra = FindExtra(registry, schema);
+  if (!report.unfit.empty()) TellUnfit(registry, schema);
   return report;
 }
 
 // Gives every setting its first value: a factory reset.
 inline Status Reset(Registry& registry, const Schema& schema) {
-  return Write(registry, SettingsOf(schema));
+  std::vector<std::string> unfit;
+  const Status fits = CheckRows(schema, &unfit);
+  return fits ? Write(registry, SettingsOf(schema)) : fits;
 }
 
 }  // namespace yax

@@ -62,6 +62,12 @@ TEST_F(SchemaTest, WhatDoesNotFitIsToldAndNothingIsMade) {
   EXPECT_EQ(9001, registry["net/eth0"].Get("mtu", 0));
 }
 
+TEST_F(SchemaTest, WhatDoesNotFitIsTheLastFailure) {
+  ASSERT_TRUE(registry["net/eth0"].Set("name", 5));
+  ASSERT_FALSE(Apply(registry, schema).status);
+  EXPECT_EQ("net/eth0:name: the value has another type", FailureText());
+}
+
 TEST_F(SchemaTest, ANumberBelowTheLeastDoesNotFit) {
   ASSERT_TRUE(registry["net/eth0"].Set("mtu", 575));
   const Report report = Apply(registry, schema);
@@ -87,6 +93,59 @@ TEST_F(SchemaTest, TheEndsOfARangeAreExact) {
   ASSERT_TRUE(registry["n"].Set("n", kMost));
   ASSERT_TRUE(registry["n"].Set("half", 2));
   EXPECT_EQ(2u, Apply(registry, wide).unfit.size());
+}
+
+// A number below zero and one above 2^63 have the same bits.
+TEST_F(SchemaTest, NumbersWithoutASignAreComparedAsSuch) {
+  constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max();
+  const Schema wide = {{"n", "large", kMost - 1, kMost / 2, kMost - 1}, {"n", "small", -2, -3, -1}};
+  EXPECT_TRUE(Apply(registry, wide).status);
+  EXPECT_EQ(kMost - 1, registry["n"].Get("large", std::uint64_t{0}));
+  ASSERT_TRUE(registry["n"].Set("large", kMost));
+  ASSERT_TRUE(registry["n"].Set("small", 0));
+  EXPECT_EQ((Lines{"n large: the number is outside the range",
+                   "n small: the number is outside the range"}),
+            Apply(registry, wide).unfit);
+  ASSERT_TRUE(registry["n"].Set("large", kMost / 2));
+  ASSERT_TRUE(registry["n"].Set("small", -3));
+  EXPECT_TRUE(Apply(registry, wide).status);
+}
+
+TEST_F(SchemaTest, ATruthValueIsNoOtherNumber) {
+  ASSERT_TRUE(Apply(registry, {{"n", "on", true}}).status);
+  ASSERT_TRUE(registry["n"].Set("on", 2));
+  EXPECT_EQ(Status(YAX_RANGE), Apply(registry, {{"n", "on", true}}).status);
+}
+
+TEST_F(SchemaTest, AFloatIsMadeAsItIsWritten) {
+  EXPECT_TRUE(Apply(registry, {{"n", "gain", 0.1f, 0.1, 1}}).status);
+  EXPECT_EQ(0.1, registry["n"].Get("gain", 0.0));
+}
+
+// Before anything is looked for: also where it would not have been made.
+TEST_F(SchemaTest, RowsThatDoNotFitThemselvesAreRefused) {
+  const Schema wrong = {{"n", "low", 1, 2, 3},
+                        {"n", "twice", 1},
+                        {"/n", "twice", 2},
+                        {"n", "real", std::nan(""), 0, 1}};
+  const Lines lines = {"n low: the first value is outside its range",
+                       "/n twice: the schema names it twice",
+                       "n real: the first value is outside its range"};
+  ASSERT_TRUE(registry["n"].Set("low", 2));
+  const Report report = Apply(registry, wrong);
+  EXPECT_EQ(Status(YAX_RANGE), report.status);
+  EXPECT_EQ(lines, report.unfit);
+  EXPECT_EQ(Lines(), report.made);
+  EXPECT_EQ(Status(YAX_RANGE), Reset(registry, wrong));
+  EXPECT_EQ(2, registry["n"].Get("low", 0));
+  EXPECT_FALSE(registry["n"].Has("twice"));
+  EXPECT_EQ(Status(YAX_BAD_ARGUMENT), Apply(registry, {{"n", "a", 1}, {"n", "a", 1}}).status);
+}
+
+// "a b" with the value "c" is not "a" with "b c".
+TEST_F(SchemaTest, WhatIsTooMuchIsToldByKeyAndValue) {
+  ASSERT_TRUE(registry["a"].Set("b c", 1));
+  EXPECT_EQ(Lines{"a b c"}, Apply(registry, {{"a b", "c", 1}, {"a", "d", 1}}).extra);
 }
 
 TEST_F(SchemaTest, NothingIsChangedWhereNothingIsMissing) {
