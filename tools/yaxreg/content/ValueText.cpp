@@ -1,6 +1,8 @@
 #include "tools/yaxreg/content/ValueText.h"
 
 #include <algorithm>
+#include <cctype>
+#include <cstdlib>
 
 #include "tools/yaxreg/text/ByteText.h"
 
@@ -71,6 +73,15 @@ bool LooksLikeText(const std::string& data) {
 
 bool HoldsText(const ContentValue& value) {
   return value.type == 1 && IsEndedText(value.data);
+}
+
+bool HoldsReal(const ContentValue& value) {
+  if (value.type != 3 || value.data.size() < 2 || !IsEndedText(value.data)) return false;
+  if (std::isspace(static_cast<unsigned char>(value.data[0])) != 0) return false;
+  const char* const text = value.data.c_str();
+  char* end = nullptr;
+  std::strtod(text, &end);
+  return end == text + value.data.size() - 1;
 }
 
 std::string ValueText(const ContentValue& value, size_t maxWidth) {

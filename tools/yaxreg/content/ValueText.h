@@ -13,6 +13,9 @@ constexpr size_t kAnyWidth = static_cast<size_t>(-1);
 // True for a value of type 1 whose data is UTF-8 with one zero byte, at its end.
 bool HoldsText(const ContentValue& value);
 
+// True for a value of type 3 whose data is a real number in text, with one zero byte at its end.
+bool HoldsReal(const ContentValue& value);
+
 // A number in decimal, a text in quotation marks, other data in hexadecimal digits; "(empty)" for
 // no bytes and "(not set)" for a value that is not set. A text is what HoldsText() tells, and data
 // of types 2 to 5 that has characters without any control character, and one zero byte, at its end.

@@ -45,7 +45,7 @@ void PrintRaw(Invocation& call, const ContentValue& value) {
 void PrintPlain(Invocation& call, const ContentValue& value) {
   if (value.isNumber()) {
     call.out << NumberText(value.number, call.Has("--signed"));
-  } else if (HoldsText(value)) {
+  } else if (HoldsText(value) || HoldsReal(value)) {
     const std::string text = value.data.substr(0, value.data.size() - 1);
     call.out << (call.isTerminal ? Shown(text) : text);
   } else {
@@ -153,7 +153,9 @@ Verb GetVerb() {
   return {
       "get",
       "Print a value",
-      "Prints a value: a number in decimal (as a signed one with --signed), a text as it is, "
+      "Prints a value: a number in decimal (as a signed one with --signed), a text and a real "
+      "number "
+      "(type 3, as C, C++ and Python store them) as they are, "
       "other data in hexadecimal digits. The exit code is 1 when there is no such value or it is "
       "not set, and when the user may not read the key. A value that can be read of a file that "
       "has lost something elsewhere is printed, and the exit code is 3. Where PATH tells the "

@@ -44,6 +44,21 @@ TEST_F(GetVerb, PrintsTextsAsTheyAreAndOtherDataInDigits) {
   ExpectDone("\x00\x7F\xFF"s, {"get", file, "net", "bytes", "--raw"});
 }
 
+// As C, C++ and Python store them; nothing else of that type is one.
+TEST_F(GetVerb, PrintsRealNumbersAsTheyAre) {
+  const std::pair<std::string, std::string> cases[] = {
+      {"0.8\0"s, "0.8\n"},         {"-1e-300\0"s, "-1e-300\n"}, {"inf\0"s, "inf\n"},
+      {"nan\0"s, "nan\n"},         {"0.8"s, "302e38\n"},        {"\0"s, "00\n"},
+      {" 1\0"s, "203100\n"},       {"1x\0"s, "317800\n"},       {"1\0002\0"s, "31003200\n"},
+      {"0.8\0\0"s, "302e380000\n"}};
+  for (const auto& [data, printed] : cases) {
+    MakeValue("net", "gain", 3, data);
+    ExpectDone(printed, {"get", file, "net", "gain"});
+  }
+  MakeValue("net", "gain", 2, "0.8\0"s);
+  ExpectDone("302e3800\n", {"get", file, "net", "gain"});
+}
+
 // A text that was stored by others must not control a terminal; pipes get it as it is.
 TEST_F(GetVerb, ShowsNoControlCharacterOnATerminal) {
   using yaxreg::OutputKind;
