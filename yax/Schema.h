@@ -68,11 +68,16 @@ inline std::pair<std::string, std::string> NamesOf(const Setting& setting) {
 }
 
 // What is wrong with a schema itself, a line each, and the status of the first: YAX_RANGE for a
-// first value that is outside its own range, YAX_BAD_ARGUMENT for a value that it names twice.
-inline Status CheckRows(const Schema& schema, std::vector<std::string>* lines) {
+// first value that is outside its own range, YAX_BAD_ARGUMENT for a value that it names twice. The
+// registry names the keys, and is not looked at.
+inline Status CheckRows(const Registry& registry, const Schema& schema,
+                        std::vector<std::string>* lines) {
   Status first;
   const auto tell = [&](const Setting& setting, unsigned failure, const char* reason) {
-    if (first) first = yax_note_failure(nullptr, setting.name.c_str(), failure, reason);
+    if (first) {
+      const Key key = registry[setting.key];
+      first = yax_note_failure(key.get(), setting.name.c_str(), failure, reason);
+    }
     lines->push_back(setting.key + " " + setting.name + ": " + reason);
   };
   std::set<std::pair<std::string, std::string>> names;
@@ -117,27 +122,24 @@ inline Status Write(Registry& registry, const std::vector<const Setting*>& setti
   });
 }
 
-// Those of the settings that are missing; what does not fit goes into the report.
+// Those of the settings that are missing; what does not fit goes into the report, and the first
+// of these is what has failed last.
 inline std::vector<const Setting*> FindMissing(const Registry& registry,
                                                const std::vector<const Setting*>& settings,
                                                Report* report) {
   std::vector<const Setting*> missing;
+  const Setting* unfit = nullptr;
   for (const Setting* setting : settings) {
     const Status fits = Check(registry, *setting);
     if (fits == Status(YAX_NOT_FOUND)) missing.push_back(setting);
     if (fits || fits == Status(YAX_NOT_FOUND)) continue;
-    if (report->status) report->status = fits;
     report->unfit.push_back(setting->key + " " + setting->name + ": " + fits.text());
+    if (unfit != nullptr) continue;
+    unfit = setting;
+    report->status = fits;
   }
+  if (unfit != nullptr) Check(registry, *unfit).Ignore();
   return missing;
-}
-
-// Makes the first setting that does not fit the last failure.
-inline void TellUnfit(const Registry& registry, const Schema& schema) {
-  for (const Setting& setting : schema) {
-    const Status fits = Check(registry, setting);
-    if (!fits && fits != Status(YAX_NOT_FOUND)) return;
-  }
 }
 
 // All settings of a schema.
@@ -152,7 +154,7 @@ inline std::vector<const Setting*> SettingsOf(const Schema& schema) {
 // A schema whose own rows do not fit (CheckRows) is not looked for in the registry.
 inline Report Apply(Registry& registry, const Schema& schema) {
   Report report;
-  report.status = CheckRows(schema, &report.unfit);
+  report.status = CheckRows(registry, schema, &report.unfit);
   if (!report.status) return report;
   report.extra = FindExtra(registry, schema);
   std::vector<const Setting*> missing = FindMissing(registry, SettingsOf(schema), &report);
@@ -167,14 +169,13 @@ inline Report Apply(Registry& registry, const Schema& schema) {
       report.made.push_back(setting->key + " " + setting->name);
     }
   }
-  if (!report.unfit.empty()) TellUnfit(registry, schema);
   return report;
 }
 
 // Gives every setting its first value: a factory reset.
 inline Status Reset(Registry& registry, const Schema& schema) {
   std::vector<std::string> unfit;
-  const Status fits = CheckRows(schema, &unfit);
+  const Status fits = CheckRows(registry, schema, &unfit);
   return fits ? Write(registry, SettingsOf(schema)) : fits;
 }
 
