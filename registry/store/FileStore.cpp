@@ -110,7 +110,7 @@ void FileStore::ForgetPaths() {
 
 void FileStore::Enter() {
   file_.Others().SetTorn(false);  // what a read before this scope has met
-  file_.Refresh();
+  file_.OfProcess().Refresh();
   if (locks_ == 0) FollowPlace();
   if (locks_ > 0 || FollowOthers()) {
     if (locks_ > 0) TakeUpUndoing();
@@ -140,7 +140,7 @@ bool FileStore::FollowOthers() {
     if (sequence % 2 != 0 && !(sequence == known_ && file_.OfProcess().HasCopy())) continue;
     file_.Others().Watch(journal_.SequenceWord(), sequence);
     if (sequence == known_) return true;
-    file_.DropCopy();
+    file_.OfProcess().DropCopy();
     const Status renewed = Renew();
     if (!file_.Others().IsTorn()) {
       if (renewed.IsOk()) known_ = sequence;
@@ -190,7 +190,7 @@ void FileStore::GiveLock() {
 Status FileStore::Renew() {
   ForgetPaths();
   undo_.Clear();
-  if (!file_.OfProcess().HasCopy()) file_.Renew();
+  if (!file_.OfProcess().HasCopy()) file_.OfProcess().Renew();
   if (tables_.Renew(file_)) return status::kOk;
   if (file_.Others().IsTorn()) return status::kInputOutput;
   tables_.Clear();

@@ -81,10 +81,10 @@ Status Journal::Freeze(StoreFile& file) {
       if (result.IsOk() && isToComplete) result = JournalRecovery(file).Complete(side_.Side());
       if (PCWord::LoadBehindReads(SequenceWord()) == sequence) {
         frozen_ = sequence;
-        if (!result.IsOk()) file.DropCopy();
+        if (!result.IsOk()) file.OfProcess().DropCopy();
         return result;
       }
-      file.DropCopy();
+      file.OfProcess().DropCopy();
     }
     PCWord::Wait(SequenceWord(), sequence, 1);
   } while (PCWord::Now() - start < kPatience);
@@ -106,7 +106,7 @@ void Journal::ServeAudience(const StoreFile& file) {
 }
 
 Status Journal::Recover(StoreFile& file) {
-  file.Renew();
+  file.OfProcess().Renew();
   file.Others().Watch(nullptr, 0);
   BeginWriting();
   Words().Set(journal_word::kIsKnown, 0);

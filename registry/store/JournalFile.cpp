@@ -81,7 +81,7 @@ Status JournalFile::Look(const RegistryOptions& options, const char* registryPat
     result = LookIn(options.sideFolder, registryPath, file);
   }
   if (IsOpen()) {
-    file.DropCopy();
+    file.OfProcess().DropCopy();
   } else if (result.IsOk() && !MayShare(registryPath)) {
     result = status::kBusy;  // somebody has it alone
   }

@@ -95,7 +95,7 @@ class StoreAccess {
   }
   // What a change has gathered counts, not what is mapped.
   bool IsKnown(unsigned int offset) const {
-    return offset < knownEnd_ && !store_.file_.HasGathered();
+    return offset < knownEnd_ && store_.file_.Gathered().IsEmpty();
   }
   // Of a record, or of a part of one.
   const unsigned char* Mapped(unsigned int offset, unsigned int size) const {
@@ -126,7 +126,7 @@ class LockedAccess : public StoreAccess {
   // Nothing writes the file during the scope, as the caller says, and much is read: reads look
   // less.
   void ExpectNoChange() {
-    File().MapNow();
+    File().OfProcess().MapNow();
     if (!File().IsGathering()) Know();
   }
 };

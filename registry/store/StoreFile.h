@@ -35,8 +35,6 @@ class StoreFile {
 
   // Exactly `size` bytes, or kInputOutput. A failed write may have written a part.
   Status Read(unsigned int offset, unsigned int size, void* buffer) const;
-  // Much is going to be read.
-  void MapNow() const { file_.MapNow(); }
   // The bytes that Read would give, to be copied at once, which counts if Others().IsUnchanged()
   // then; null where it takes more than the mapping.
   const unsigned char* Mapped(unsigned int offset, unsigned int size) const {
@@ -63,20 +61,15 @@ class StoreFile {
   // From now on every read answers kInputOutput, or none does for this.
   void Block(bool isBlocked) { isBlocked_ = isBlocked; }
   bool IsBlocked() const { return isBlocked_; }
-  // Others have changed the length of the file.
-  void Renew() { file_.Renew(); }
-  // Looks whether somebody has made it shorter.
-  void Refresh() { file_.Refresh(); }
-  // Until the copy is dropped, all is as it is now, but for what is written into it: of a file that
-  // is only read. kNoMemory: it cannot be had.
+  // Until OfProcess().DropCopy(), all is as it is now, but for what is written into the copy: of a
+  // file that is only read. kNoMemory: it cannot be had.
   Status TakeCopy() { return file_.TakeCopy() ? status::kOk : status::kNoMemory; }
-  void DropCopy() { file_.DropCopy(); }
   // Dates the last change of the file now, which what is stored into a mapping may not do.
   void Touch() {
     if (IsOpen()) file_.Touch();
   }
-  // What else is known of the file, while it is open.
-  const PCFile& OfProcess() const { return file_; }
+  // What else is known of the file, and can be done with it, while it is open.
+  PCFile& OfProcess() const { return file_; }
 
   // From here on, what is written within the file is gathered and not in the file; reads of this
   // object see it.
@@ -93,7 +86,7 @@ class StoreFile {
   }
   bool IsGathering() const { return isGathering_; }
   ChangeSet& Gathered() { return gathered_; }
-  bool HasGathered() const { return !gathered_.IsEmpty(); }
+  const ChangeSet& Gathered() const { return gathered_; }
   // Straight from the file and to it. What is gathered of the bytes that are written follows them.
   Status ReadStraight(unsigned int offset, unsigned int size, void* buffer) const;
   Status WriteStraight(unsigned int offset, unsigned int size, const void* data);
