@@ -75,7 +75,7 @@ RowResult& AddRow(Results* results, const std::string& name, double goalFile, do
 
 bool IsMeasured(const Row& row, unsigned int column) {
   if (column == kKeyColumn) return row.goalKey > 0;
-  return column != kRootColumn || row.goalRoot > 0 || row.goalKey > 0;
+  return column != kRootColumn || row.goalRoot >= 0;
 }
 
 bool MeasureRound(OpenPeers& peers, const DataSet& set, unsigned int round,
