@@ -54,8 +54,8 @@ class PCFile {
   int TakeCopy();
   void DropCopy();
   bool HasCopy() const { return mCopy != nullptr; }
-  // As Write, within the file; without a system call that writes where stores are allowed. The
-  // length is asked of the system before, unless that was just done by another Store.
+  // As Write, within the file; without a system call where stores are allowed, but for Refresh,
+  // unless that was just done by another Store.
   int Store(const void* data, unsigned int size, bool hasLooked = false);
   // Sets the position. Beyond the end succeeds; makes no system call.
   int Seek(unsigned int offset);
@@ -93,7 +93,7 @@ class PCFile {
   void Swap(PCFile& other);
   // Looks at the length, so that reads up to the next Refresh do not touch a part of the mapping
   // that somebody else has cut off meanwhile; it may be up to 10 milliseconds since. Called at the
-  // start of every operation on the file.
+  // start of every operation on the file: a system call costs as much as a small change.
   void Refresh();
   // True when the file is mapped, and no shorter than what is mapped of it: the system is asked
   // every few milliseconds. Threads may ask beside each other.

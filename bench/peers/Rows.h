@@ -17,8 +17,8 @@ using Operation = void (*)(Peer& peer, const DataSet& set, unsigned int i);
 struct Row {
   const char* name;
   double goalFile;  // times LMDB map; 0: none
-  double goalRoot;     // negative: not measured so
-  double goalKey;      // zero or negative: not measured so
+  double goalRoot;  // negative: not measured so
+  double goalKey;   // zero or negative: not measured so
   unsigned int count;  // operations of one measurement
   Operation run;
   unsigned int before = 64;  // of these, done before the clock starts

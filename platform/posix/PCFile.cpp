@@ -163,7 +163,7 @@ void PCFile::DropCopy() {
 int PCFile::Store(const void* data, unsigned int size, bool hasLooked) {
   const unsigned long long end = mPosition + size;
   if (!mStores || end > mMapLength) return Write(data, size);
-  if (!hasLooked) LookAtLength();
+  if (!hasLooked) Refresh();
   if (end > mMapLength) return Write(data, size);
   std::memcpy(const_cast<unsigned char*>(mMap) + mPosition, data, size);
   mPosition = end;
@@ -257,7 +257,6 @@ void PCFile::Swap(PCFile& other) {
   mLookedAt.store(other.mLookedAt.exchange(LookedAt()));
 }
 
-// A system call costs as much as a fifth of an operation.
 void PCFile::Refresh() {
   if (mMap == nullptr && mReadsUntilMapped == 0) return;
   const unsigned int tick = static_cast<unsigned int>(posix::Tick());

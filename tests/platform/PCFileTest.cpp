@@ -10,6 +10,7 @@
 #include "tests/platform/ChildProcess.h"
 #include "tests/platform/TestFiles.h"
 #include "tests/support/Constinit.h"
+#include "tests/support/LengthLook.h"
 
 namespace {
 
@@ -290,11 +291,14 @@ TEST(PCFile, AStoreIntoAPartThatOthersHaveCutOffIsAWrite) {
   ASSERT_EQ(1, file.Create(path.c_str(), PCFile::kReadWrite));
   file.MapNow();
   file.AllowStores();
+  EXPECT_EQ(1, file.Store("b", 1));  // looks at the length
   ASSERT_EQ(0, truncate(path.c_str(), 5));
+  WaitForTheNextLook();
   ASSERT_EQ(1, file.Seek(19000));
   EXPECT_EQ(1, file.Store("end", 3));
   EXPECT_EQ(19003u, GetFile(path).size());
   EXPECT_EQ("end", ReadAt(file, 19000, 3));
+  EXPECT_EQ(std::string("baaaa") + std::string(5, '\0'), GetFile(path).substr(0, 10));
 }
 
 TEST(PCFile, TransfersOfNoBytesSucceedAndChangeNothing) {
