@@ -21,7 +21,7 @@ struct Row {
   double goalKey;   // zero or negative: not measured so
   unsigned int count;  // operations of one measurement
   Operation run;
-  unsigned int before = 64;  // of these, done before the clock starts
+  bool isFirst = false;  // else all of them are done once before the clock starts
 };
 
 const std::vector<Row>& AllRows();
