@@ -9,16 +9,12 @@
 
 namespace tamu::registry {
 
-// Makes the object of a record: a TernaryString, TernaryKey or TernaryValue, which owns a copy.
+// Makes the object of a record: a TernaryString, TernaryKey or TernaryValue, which has a copy.
 // kNoMemory.
 template <class Object, class Record>
 Status MakeLoaded(typename Record::Id id, const Record& record, std::unique_ptr<Object>* object) {
-  std::unique_ptr<Record> copy(new (std::nothrow) Record(record));
-  if (copy == nullptr) return status::kNoMemory;
-  object->reset(new (std::nothrow) Object(id, copy.get()));
-  if (*object == nullptr) return status::kNoMemory;
-  copy.release();
-  return status::kOk;
+  object->reset(new (std::nothrow) Object(id, record));
+  return *object != nullptr ? status::kOk : status::kNoMemory;
 }
 
 // Takes a slot and makes an object for it. The record is not written yet.

@@ -82,7 +82,7 @@ void LoadedStrings::UnloadFrom(TernaryString* string, bool always) {
   if (string == start && stays) return;
   bool isRoot = always;
   if (string->key != nullptr) {
-    isRoot = isRoot || string->key->node->isRoot();
+    isRoot = isRoot || string->key->node.isRoot();
     UnloadKey(string->key);
     string->key = nullptr;
   }

@@ -104,16 +104,16 @@ unsigned int StringOperations::CreateKeyNode(unsigned int, unsigned int owner,
 unsigned int StringOperations::AddKey(unsigned int, TernaryString* string,
                                       unsigned long long defaultValue, bool isSet) {
   return ChangeTree(string != nullptr, [&]() -> Status {
-    if (string->key != nullptr || string->node->keyNode() != 0) return status::kExists;
+    if (string->key != nullptr || string->node.keyNode() != 0) return status::kExists;
     Changes changes(*file);
     std::unique_ptr<TernaryKey> key;
     Status result = StoreNewKey(changes, NewKeyRecord(0, 0, defaultValue, isSet), &key);
     if (!result.IsOk()) return result;
-    TernaryStringNode after = *string->node;
+    TernaryStringNode after = string->node;
     EndName(&after, key->id);
     result = changes.End(changes.Write(string->id, after));
     if (!result.IsOk()) return result;
-    *string->node = after;
+    string->node = after;
     string->key = key.release();
     return result;
   });

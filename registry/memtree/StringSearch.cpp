@@ -11,7 +11,7 @@ class StringCursor {
  public:
   explicit StringCursor(StringMatch* match) : match_(*match), start_(match->string) {}
 
-  const TernaryStringNode& Node() const { return *match_.string->node; }
+  const TernaryStringNode& Node() const { return match_.string->node; }
   Status Follow(NodeLink link) {
     match_.link = link;
     TernaryString* next = SlotOf(*match_.string, link);

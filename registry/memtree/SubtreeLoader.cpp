@@ -118,14 +118,14 @@ Status SubtreeLoader::LoadValue(ValueId id, TernaryValue*& value) {
 Status SubtreeLoader::LoadValues(TernaryKey* key) {
   TernaryValue** end = &key->firstValue;
   unsigned int left = access_.Descriptor(NodeKind::kValue).totalNodes;
-  for (ValueId id = key->node->firstValue(); id != 0;) {
+  for (ValueId id = key->node.firstValue(); id != 0;) {
     const bool circle = left-- == 0 || !values_.Add(id);
     const Status result = circle ? Status(status::kInvalidFile) : LoadValue(id, *end);
     if (!result.IsOk()) {
       LoadedStrings::UnloadValues(key);
       return result;
     }
-    id = (*end)->node->nextValue();
+    id = (*end)->node.nextValue();
     end = &(*end)->next;
   }
   return status::kOk;
@@ -133,7 +133,7 @@ Status SubtreeLoader::LoadValues(TernaryKey* key) {
 
 bool SubtreeLoader::HasRootKey(const LoadedStrings& loaded) {
   const TernaryString* root = loaded.start;
-  return root != nullptr && (root->key != nullptr || root->node->keyNode() == 0);
+  return root != nullptr && (root->key != nullptr || root->node.keyNode() == 0);
 }
 
 Status SubtreeLoader::LoadRootKey() {
@@ -146,7 +146,7 @@ Status SubtreeLoader::LoadRootKey() {
     result = LoadLink(id, loaded_.start);
     if (!result.IsOk()) return result;
   }
-  const KeyId keyId = loaded_.start->node->keyNode();
+  const KeyId keyId = loaded_.start->node.keyNode();
   return keyId != 0 ? LoadKey(keyId, loaded_.start->key) : Status(status::kOk);
 }
 
@@ -155,7 +155,7 @@ class SubtreeLoader::LoadingCursor {
  public:
   LoadingCursor(SubtreeLoader& loader, StringId id) : loader_(loader), firstId_(id) {}
 
-  const TernaryStringNode& Node() const { return *last->node; }
+  const TernaryStringNode& Node() const { return last->node; }
   Status Follow(NodeLink link) {
     const StringId id = last == nullptr ? firstId_ : LinkOf(Node(), link);
     TernaryString*& slot = last == nullptr ? first : SlotOf(*last, link);
@@ -215,7 +215,7 @@ Status SubtreeLoader::RecursiveLoadKeyTree(TernaryString* first) {
   for (walk.Start(first); result.IsOk() && !walk.IsOver(); walk.Next()) {
     if (!walk.IsEntered()) continue;
     TernaryString& s = walk.Current();
-    const TernaryStringNode& node = *s.node;
+    const TernaryStringNode& node = s.node;
     result = LoadLink(node.lo(), s.lower);
     if (result.IsOk()) result = LoadLink(node.hi(), s.higher);
     if (result.IsOk()) result = LoadLink(node.equal(), s.equal);
@@ -234,8 +234,8 @@ Status SubtreeLoader::RecursiveLoadKeyTree(TernaryString* first) {
 // memory keeps from being loaded below that one is not there, and not reported.
 Status SubtreeLoader::LoadBelow(TernaryString* string) {
   string->isComplete = !string->isLocked();
-  if (string->node->child() == 0 || string->isLocked()) return status::kOk;
-  const Status result = LoadLink(string->node->child(), string->directory);
+  if (string->node.child() == 0 || string->isLocked()) return status::kOk;
+  const Status result = LoadLink(string->node.child(), string->directory);
   if (!result.IsOk()) return result;
   leftOut_ = RecursiveLoadKeyTree(string->directory);
   string->isComplete = leftOut_.IsOk();
@@ -245,11 +245,11 @@ Status SubtreeLoader::LoadBelow(TernaryString* string) {
 Status SubtreeLoader::LoadKeyTree(const char* path, TernaryString*& string) {
   Status result = LoadKeyPath(path, string);
   if (result == status::kExists) {
-    if (string->key == nullptr && string->node->keyNode() == 0) return status::kNotFound;
+    if (string->key == nullptr && string->node.keyNode() == 0) return status::kNotFound;
     result = Prepare();
   }
   if (!result.IsOk()) return result;
-  const KeyId keyId = string->node->keyNode();
+  const KeyId keyId = string->node.keyNode();
   if (string->key == nullptr) {
     result = keyId != 0 ? LoadKey(keyId, string->key) : Status(status::kNotFound);
     if (!result.IsOk()) return result;

@@ -13,12 +13,14 @@ namespace tamu::registry {
 // them writes them to the file.
 class TernaryKey {
  public:
-  // `record` was made by new and becomes this object's.
-  TernaryKey(KeyId keyId, TernaryKeyNode* record) : id(keyId), node(record) {}
+  TernaryKey(KeyId keyId, const TernaryKeyNode& record) : id(keyId), node(record) {}
+  // The same; the record was made by new, and is deleted.
+  TernaryKey(KeyId keyId, TernaryKeyNode* record)
+      : TernaryKey(keyId, *std::unique_ptr<TernaryKeyNode>(record)) {}
   TernaryKey(const TernaryKey&) = delete;
   TernaryKey& operator=(const TernaryKey&) = delete;
 
-  bool isDefaultValueSet() const { return node->isDefaultSet(); }
+  bool isDefaultValueSet() const { return node.isDefaultSet(); }
   // kNotFound: no default value is set.
   unsigned int GetDefaultValue(unsigned long long* out) const;
   unsigned int SetDefaultValue(unsigned long long number);  // 0
@@ -37,7 +39,7 @@ class TernaryKey {
   bool isPermissible(unsigned int user, unsigned char rights) const;
 
   KeyId id;
-  std::unique_ptr<TernaryKeyNode> node;
+  TernaryKeyNode node;
   TernaryValue* firstValue = nullptr;  // the newest
 };
 

@@ -93,7 +93,7 @@ Status TernaryKeyTree::Reach(unsigned int user, void* tree, const char* path, un
   const Status result = ReachString(start, path, &found->string, &found->owner);
   if (!result.IsOk()) return result;
   TernaryKey* key = found->string->key;
-  if (!IsAllowed(*key->node, user, rights)) return status::kNoRight;
+  if (!IsAllowed(key->node, user, rights)) return status::kNoRight;
   found->key = key;
   if (name == nullptr) return status::kOk;
   return key->FindValue(name, found->value);

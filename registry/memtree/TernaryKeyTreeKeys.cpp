@@ -20,7 +20,7 @@ namespace {
 void ReleaseKey(Changes& changes, const TernaryKey* key) {
   if (key == nullptr) return;
   for (const TernaryValue* value = key->firstValue; value != nullptr; value = value->next) {
-    ReleaseValue(changes, value->id, *value->node);
+    ReleaseValue(changes, value->id, value->node);
   }
   changes.Release(key->id).Ignore();
 }
@@ -69,7 +69,7 @@ Status TernaryKeyTree::FindPlace(unsigned int user, TernaryHandle* handle, const
   if (parent == nullptr || !parent->isPermissible(user, kRightCreate)) return status::kNoRight;
   // A key that is in the file is never replaced by a new one.
   const bool endsHere = !inside && path[match->position] == 0;
-  if (endsHere && match->string->node->keyNode() != 0) return status::kNoRight;
+  if (endsHere && match->string->node.keyNode() != 0) return status::kNoRight;
   return status::kOk;
 }
 
@@ -89,7 +89,7 @@ Status TernaryKeyTree::CreateAt(const StringMatch& match, const char* path,
     rest = BehindCut(rest, cut);
   }
   TernaryString* target = split.Upper() != nullptr ? split.Upper() : match.string;
-  TernaryStringNode after = *target->node;
+  TernaryStringNode after = target->node;
   NodeLink link = NodeLink::kEqual;
   std::unique_ptr<TernaryKey> key;
   NewName name;
@@ -102,7 +102,7 @@ Status TernaryKeyTree::CreateAt(const StringMatch& match, const char* path,
   } else if (result.IsOk()) {
     result = name.Write(changes, rest, key.get());
     if (result.IsOk()) {
-      link = LinkForName(*target->node, match, *name.First()->node);
+      link = LinkForName(target->node, match, name.First()->node);
       SetLink(&after, link, name.First()->id);
     }
   }
@@ -111,7 +111,7 @@ Status TernaryKeyTree::CreateAt(const StringMatch& match, const char* path,
   result = changes.End(result);
   if (split.Upper() != nullptr && changes.IsKept()) split.Apply();
   if (!result.IsOk()) return result;
-  *target->node = after;
+  target->node = after;
   TernaryKey* const made = key.release();
   if (name.First() != nullptr) {
     LinkString(target, link, name.LetGo());
@@ -133,7 +133,7 @@ unsigned int TernaryKeyTree::CreateKey(unsigned int user, void* tree, const char
       const Status result = FindPlace(user, handle, path, &match);
       if (!result.IsOk()) return result;
     } while (!lock.Take(match.owner, handle));
-    const unsigned char permission = InheritedPermission(*match.owner->key->node);
+    const unsigned char permission = InheritedPermission(match.owner->key->node);
     return CreateAt(match, path, NewKeyRecord(user, permission, defaultValue, isSet));
   });
 }
@@ -142,7 +142,7 @@ unsigned int TernaryKeyTree::CreateKey(unsigned int user, void* tree, const char
 unsigned int TernaryKeyTree::DeleteKey(unsigned int user, void* tree, const char* path) {
   const auto remove = [&](const Found& found) {
     TernaryString& s = *found.string;
-    const TernaryStringNode after = WithoutKey(*s.node);
+    const TernaryStringNode after = WithoutKey(s.node);
     // The directory of a string that is locked is put away. So is that of the handle's own key,
     // which is its own owner.
     TernaryString* below = s.isLocked() ? s.parked : s.directory;
@@ -157,7 +157,7 @@ unsigned int TernaryKeyTree::DeleteKey(unsigned int user, void* tree, const char
     }
     result = changes.End(result);
     if (!result.IsOk()) return result;
-    *s.node = after;
+    s.node = after;
     if (s.isLocked() || below != nullptr) s.SetDirectory(nullptr);
     loaded_.RecursiveDeleteKeyTree(below);
     LoadedStrings::UnloadKey(s.key);
@@ -173,14 +173,14 @@ unsigned int TernaryKeyTree::DeleteKey(unsigned int user, void* tree, const char
 Status TernaryKeyTree::ReplaceKey(TernaryKey* key, const TernaryKeyNode& after) {
   Changes changes(*file);
   const Status result = changes.End(changes.Write(key->id, after));
-  if (result.IsOk()) *key->node = after;
+  if (result.IsOk()) key->node = after;
   return result;
 }
 
 unsigned int TernaryKeyTree::SetDefaultValue(unsigned int user, void* tree, const char* path,
                                              unsigned long long value, bool clear) {
   const auto set = [&](const Found& found) {
-    TernaryKeyNode after = *found.key->node;
+    TernaryKeyNode after = found.key->node;
     ChangeDefault(&after, value, clear);
     return ReplaceKey(found.key, after);
   };
@@ -190,7 +190,7 @@ unsigned int TernaryKeyTree::SetDefaultValue(unsigned int user, void* tree, cons
 unsigned int TernaryKeyTree::SetKeyPermission(unsigned int user, void* tree, const char* path,
                                               unsigned char permission) {
   const auto set = [&](const Found& found) {
-    TernaryKeyNode after = *found.key->node;
+    TernaryKeyNode after = found.key->node;
     after.setPermission(permission);
     return ReplaceKey(found.key, after);
   };
@@ -200,7 +200,7 @@ unsigned int TernaryKeyTree::SetKeyPermission(unsigned int user, void* tree, con
 unsigned int TernaryKeyTree::SetKeyWatch(unsigned int user, void* tree, const char* path,
                                          unsigned char watch) {
   const auto set = [&](const Found& found) {
-    TernaryKeyNode after = *found.key->node;
+    TernaryKeyNode after = found.key->node;
     after.setWatch(watch);
     return ReplaceKey(found.key, after);
   };

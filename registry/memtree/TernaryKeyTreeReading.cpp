@@ -35,8 +35,8 @@ class KeyWalk : private StringWalk {
   using StringWalk::IsEntered;
   using StringWalk::IsOver;
   using StringWalk::Via;
-  const TernaryStringNode& Node() const { return *Current().node; }
-  const TernaryStringNode& ParentNode() const { return *Parent()->node; }
+  const TernaryStringNode& Node() const { return Current().node; }
+  const TernaryStringNode& ParentNode() const { return Parent()->node; }
   bool HasKey() const { return Current().key != nullptr; }
   bool IsFirst() const { return Parent() == nullptr; }
   unsigned int Mark() const { return Current().walkMark; }
@@ -107,8 +107,8 @@ unsigned int TernaryKeyTree::GetValueOffset(unsigned int user, void* tree, const
                                             const char* name, unsigned int* offset) {
   const auto get = [&](const Found& found) -> Status {
     const TernaryValue& value = *found.value;
-    if (!value.node->isSet()) return status::kNoData;
-    const bool inBlocks = value.node->isInBlocks();
+    if (!value.node.isSet()) return status::kNoData;
+    const bool inBlocks = value.node.isInBlocks();
     unsigned int id = value.id;
     if (inBlocks) id = value.GetDataId();
     LockedAccess access(*file);
@@ -131,7 +131,7 @@ unsigned int TernaryKeyTree::GetKeyInfo(unsigned int user, void* tree, const cha
     *info = KeyInfo();
     info->reserved = reserved;
     info->userId = user;
-    info->permission = found.key->node->permission();
+    info->permission = found.key->node.permission();
     if (!found.key->isPermissible(user, kRightRead)) return status::kNoRight;
     RecursiveCountKey(info, found.string->directory).Ignore();  // memory can always be read
     CountKeyValues(&info->valueCount, *found.key);
@@ -144,7 +144,7 @@ unsigned int TernaryKeyTree::GetKeyInfo(unsigned int user, void* tree, const cha
 unsigned int TernaryKeyTree::GetKeyPermission(unsigned int user, void* tree, const char* path,
                                               unsigned char* permission) {
   const auto get = [&](const Found& found) {
-    *permission = found.key->node->permission();
+    *permission = found.key->node.permission();
     return Status(status::kOk);
   };
   return OnKey(user, tree, path, kOpenToAll, nullptr, permission != nullptr, get);
@@ -174,12 +174,12 @@ unsigned int TernaryKeyTree::ListKeys(unsigned int user, void* tree, const char*
 unsigned int TernaryKeyTree::ListValues(unsigned int user, void* tree, const char* path,
                                         unsigned int index, NameList* names) {
   const auto list = [&](const Found& found) -> Status {
-    if (index >= found.key->node->valueCount()) return status::kLimit;
+    if (index >= found.key->node.valueCount()) return status::kLimit;
     unsigned int skip = index;
     Status result = status::kOk;
     const TernaryValue* value = found.key->firstValue;
     for (; result.IsOk() && value != nullptr; value = value->next) {
-      result = AddName(names, &skip, value->node->name(), TernaryValueNode::kNameSize);
+      result = AddName(names, &skip, value->node.name(), TernaryValueNode::kNameSize);
     }
     return result;
   };

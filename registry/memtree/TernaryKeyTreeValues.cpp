@@ -14,9 +14,9 @@ namespace {
 
 // Puts a new value before the key's others.
 Status LinkNewValue(Changes& changes, TernaryKey* key, std::unique_ptr<TernaryValue> value) {
-  TernaryKeyNode after = *key->node;
+  TernaryKeyNode after = key->node;
   const Status result = changes.End(
-      LinkValue(changes, value->id, value->node.get(), key->id, &after, after.valueCount() + 1u));
+      LinkValue(changes, value->id, &value->node, key->id, &after, after.valueCount() + 1u));
   if (result.IsOk()) key->AddValue(value.release());
   return result;
 }
@@ -40,7 +40,7 @@ unsigned int TernaryKeyTree::CreateValue(unsigned int user, void* tree, const ch
     DataId block = 0;
     result = StoreNewData(changes, *value, &block);
     if (!result.IsOk()) return result;
-    if (made->node->isInBlocks()) made->node->setDataWord(block);
+    if (made->node.isInBlocks()) made->node.setDataWord(block);
     return LinkNewValue(changes, found.key, std::move(made));
   };
   const bool given = !LacksArgument(name, value);
@@ -73,18 +73,16 @@ unsigned int TernaryKeyTree::SetValue(unsigned int user, void* tree, const char*
 }
 
 Status TernaryKeyTree::ReplaceData(TernaryValue& target, const char* name, const Value& value) {
-  TernaryValueNode* copy = new (std::nothrow) TernaryValueNode(*target.node);
-  if (copy == nullptr) return status::kNoMemory;
-  TernaryValue next(target.id, copy);
+  TernaryValue next(target.id, target.node);
   Status result = next.SetValue(name, &value, 0);
   if (!result.IsOk()) return result;
   Changes changes(*file);
-  TernaryValueNode before = *target.node;
+  TernaryValueNode before = target.node;
   DataId block = 0;
   result = ExchangeData(changes, target.id, &before, value, &block);
   if (!result.IsOk()) return result;
-  if (copy->isInBlocks()) copy->setDataWord(block);
-  result = changes.End(ReplaceValueRecord(changes, target.id, before, *copy));
+  if (next.node.isInBlocks()) next.node.setDataWord(block);
+  result = changes.End(ReplaceValueRecord(changes, target.id, before, next.node));
   if (result.IsOk()) target.Exchange(next);
   return result;
 }
@@ -104,18 +102,18 @@ unsigned int TernaryKeyTree::DeleteValue(unsigned int user, void* tree, const ch
     Changes changes(*file);
     Status result = status::kOk;
     if (before != nullptr) {
-      TernaryValueNode after = *before->node;
+      TernaryValueNode after = before->node;
       after.setNextValue(nextId);
       result = changes.Write(before->id, after);
     } else {
-      TernaryKeyNode after = *key.node;
+      TernaryKeyNode after = key.node;
       after.setFirstValue(nextId);
       after.setValueCount(after.valueCount() - 1u);
       result = changes.Write(key.id, after);
     }
     // With SpacePolicy::kExact its data blocks stay in use.
     // Test: TernaryKeyTreeValueDeletionTest.DeletingAValueKeepsItsBlocksInUse
-    if (result.IsOk()) ReleaseValue(changes, found.value->id, *found.value->node);
+    if (result.IsOk()) ReleaseValue(changes, found.value->id, found.value->node);
     result = changes.End(result);
     if (!result.IsOk()) return result;
     TernaryValue* removed = nullptr;

@@ -17,7 +17,7 @@ class LoadedVisits {
 
   explicit LoadedVisits(const TernaryKey& key) : key_(&key) {}
 
-  const TernaryStringNode& NodeOf(const Place& place) const { return *place.string->node; }
+  const TernaryStringNode& NodeOf(const Place& place) const { return place.string->node; }
   TernaryString* TargetOf(const Place& from, NodeLink link) const {
     return SlotOf(*from.string, link);
   }
@@ -30,11 +30,11 @@ class LoadedVisits {
     if (*isKey) key_ = place.string->key;
     return status::kOk;
   }
-  const TernaryKeyNode& Key() const { return *key_->node; }
+  const TernaryKeyNode& Key() const { return key_->node; }
   template <class Visit>
   Status ForValues(Visit visit) const {
     for (const TernaryValue* value = key_->firstValue; value != nullptr; value = value->next) {
-      const TernaryValueNode& record = *value->node;
+      const TernaryValueNode& record = value->node;
       const unsigned char* data = value->data != record.data() ? value->data : nullptr;
       if (data == nullptr && record.isInBlocks()) data = sZeros;
       if (data == sZeros && record.dataSize() > sizeof sZeros) return status::kInvalidFile;

@@ -1,5 +1,7 @@
 #include "registry/memtree/TernaryString.h"
 
+#include <memory>
+
 #include "registry/store/Immortal.h"
 
 namespace tamu::registry {
@@ -25,6 +27,9 @@ unsigned int TernaryString::Count() {
 }
 
 TernaryString::TernaryString(StringId nodeId, TernaryStringNode* record)
+    : TernaryString(nodeId, *std::unique_ptr<TernaryStringNode>(record)) {}
+
+TernaryString::TernaryString(StringId nodeId, const TernaryStringNode& record)
     : id(nodeId),
       node(record),
       isComplete(false),
@@ -43,7 +48,7 @@ TernaryString::~TernaryString() {
 }
 
 void TernaryString::setFlag(unsigned char flag, bool on) {
-  node->setFlags(static_cast<unsigned char>(on ? node->flags() | flag : node->flags() & ~flag));
+  node.setFlags(static_cast<unsigned char>(on ? node.flags() | flag : node.flags() & ~flag));
 }
 
 unsigned int TernaryString::GetDirectory(TernaryString*& out) const {
@@ -59,7 +64,7 @@ unsigned int TernaryString::SetDirectory(TernaryString* dir) {
   } else {
     directory = dir;
   }
-  node->setChild(dir != nullptr ? dir->id : StringId());
+  node.setChild(dir != nullptr ? dir->id : StringId());
   return status::kOk;
 }
 
@@ -98,11 +103,11 @@ unsigned int TernaryString::Unlock() {
   if (handle == nullptr) return status::kBadArgument;
   PCMutexGuard guard(*handle->treeLock);
   directory = parked;
-  if (directoryKnown_) node->setChild(directory != nullptr ? directory->id : StringId());
+  if (directoryKnown_) node.setChild(directory != nullptr ? directory->id : StringId());
   if (handle->parkedDirectory == parked) handle->parkedDirectory = nullptr;
   parked = nullptr;
   setFlag(TernaryStringNode::kFlagLocked, false);
-  if ((node->flags() & TernaryStringNode::kFlagWaiters) != 0) {
+  if ((node.flags() & TernaryStringNode::kFlagWaiters) != 0) {
     for (int woken = 0; woken < handle->waiterCount; ++woken) handle->wake.Give();
     for (; handle->waiterCount > 0; --handle->waiterCount) handle->ack.Take();
   }

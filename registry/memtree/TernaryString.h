@@ -1,8 +1,6 @@
 // A loaded string node.
 #pragma once
 
-#include <memory>
-
 #include "registry/format/TernaryStringNode.h"
 #include "registry/memtree/TernaryHandle.h"
 #include "registry/memtree/TernaryKey.h"
@@ -18,7 +16,9 @@ namespace tamu::registry {
 // directory reads as null.
 class TernaryString {
  public:
-  // `record` was made by new and becomes this object's; a lock that it tells of is forgotten.
+  // A lock that the record tells of is forgotten.
+  TernaryString(StringId nodeId, const TernaryStringNode& record);
+  // The same; the record was made by new, and is deleted.
   TernaryString(StringId nodeId, TernaryStringNode* record);
   ~TernaryString();
   TernaryString(const TernaryString&) = delete;
@@ -47,7 +47,7 @@ class TernaryString {
   bool isBusy() const { return isLocked() || waiting > 0; }
   // True when a handle starts here, or the string is busy: it must stay with all that it leads to.
   bool isInUse() const { return loadCount != 0 || isBusy(); }
-  bool isLocked() const { return (node->flags() & TernaryStringNode::kFlagLocked) != 0; }
+  bool isLocked() const { return (node.flags() & TernaryStringNode::kFlagLocked) != 0; }
 
   TernaryString* lower = nullptr;
   TernaryString* higher = nullptr;
@@ -56,7 +56,7 @@ class TernaryString {
   TernaryKey* key = nullptr;
   StringId id;
   unsigned int loadCount = 0;  // handles that start here
-  std::unique_ptr<TernaryStringNode> node;
+  TernaryStringNode node;
   TernaryHandle* lockHandle = nullptr;  // through which it is locked
   TernaryString* parked = nullptr;      // the directory while the string is locked
   unsigned short waiting = 0;           // threads that wait to lock it

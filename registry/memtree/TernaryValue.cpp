@@ -1,5 +1,6 @@
 #include "registry/memtree/TernaryValue.h"
 
+#include <memory>
 #include <new>
 #include <utility>
 
@@ -8,8 +9,11 @@
 
 namespace tamu::registry {
 
+TernaryValue::TernaryValue(ValueId valueId, const TernaryValueNode& record)
+    : id(valueId), node(record), data(node.data()) {}
+
 TernaryValue::TernaryValue(ValueId valueId, TernaryValueNode* record)
-    : id(valueId), node(record), data(record->data()) {}
+    : TernaryValue(valueId, *std::unique_ptr<TernaryValueNode>(record)) {}
 
 TernaryValue::TernaryValue(Value*) {}
 
@@ -18,9 +22,9 @@ TernaryValue::~TernaryValue() {
 }
 
 unsigned int TernaryValue::SetValue(const char* name, unsigned long long number, bool isSet) {
-  FillRecord(node.get(), name, number, isSet);
+  FillRecord(&node, name, number, isSet);
   DeleteData();
-  data = node->data();
+  data = node.data();
   return status::kOk;
 }
 
@@ -33,25 +37,25 @@ unsigned int TernaryValue::SetValue(const char* name, const Value* v, DataId dat
     if (bytes == nullptr) return status::kNoMemory;
     PCMem::Copy(bytes, v->data, v->size);
   }
-  FillRecord(node.get(), name, *v, dataId);
+  FillRecord(&node, name, *v, dataId);
   DeleteData();
-  data = bytes != nullptr ? bytes : node->data();
+  data = bytes != nullptr ? bytes : node.data();
   ownsData = bytes != nullptr ? 1 : 0;
   return status::kOk;
 }
 
 // A number that the file says to be longer than eight bytes has no more than these.
 unsigned int TernaryValue::GetValue(Value* out) const {
-  if (!node->isSet()) return status::kNoData;
-  if (out->type != kValueTypeAny && out->type != node->type()) return status::kBadArgument;
-  const unsigned int size = node->dataSize();
+  if (!node.isSet()) return status::kNoData;
+  if (out->type != kValueTypeAny && out->type != node.type()) return status::kBadArgument;
+  const unsigned int size = node.dataSize();
   unsigned char* copy = new (std::nothrow) unsigned char[size]();
   if (copy == nullptr) return status::kNoMemory;
-  const bool isInline = data == node->data();
+  const bool isInline = data == node.data();
   const unsigned int there =
       isInline && size > TernaryValueNode::kInlineSize ? TernaryValueNode::kInlineSize : size;
   if (data != nullptr) PCMem::Copy(copy, data, there);
-  out->type = node->type();
+  out->type = node.type();
   out->size = size;
   out->data = copy;
   return status::kOk;
@@ -66,10 +70,15 @@ unsigned int TernaryValue::CreateData(unsigned int size) {
   return status::kOk;
 }
 
+// Data that lies in a record goes with it.
 void TernaryValue::Exchange(TernaryValue& other) {
+  const bool isHere = data == node.data();
+  const bool isThere = other.data == other.node.data();
   std::swap(node, other.node);
   std::swap(data, other.data);
   std::swap(ownsData, other.ownsData);
+  if (isThere) data = node.data();
+  if (isHere) other.data = other.node.data();
 }
 
 void TernaryValue::DeleteData() {
@@ -79,7 +88,7 @@ void TernaryValue::DeleteData() {
 }
 
 DataId TernaryValue::GetDataId() const {
-  return node->isInBlocks() ? node->dataWord() : 0;
+  return node.isInBlocks() ? node.dataWord() : 0;
 }
 
 }  // namespace tamu::registry

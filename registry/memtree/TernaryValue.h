@@ -1,8 +1,6 @@
 // A loaded value.
 #pragma once
 
-#include <memory>
-
 #include "registry/base/RegistryStatus.h"
 #include "registry/base/Value.h"
 #include "registry/format/TernaryValueNode.h"
@@ -13,8 +11,9 @@ namespace tamu::registry {
 // copy alone; who makes them writes it to the file.
 class TernaryValue {
  public:
-  // `record` was made by new and becomes this object's. Data in blocks is not there yet
-  // (CreateData).
+  // Data in blocks is not there yet (CreateData).
+  TernaryValue(ValueId valueId, const TernaryValueNode& record);
+  // The same; the record was made by new, and is deleted.
   TernaryValue(ValueId valueId, TernaryValueNode* record);
   // Without a record: nothing but destroying it is of use.
   explicit TernaryValue(Value* unused);
@@ -45,7 +44,7 @@ class TernaryValue {
   ValueId id = 0;
   // Not used; all values have the same, which takes no room.
   static constexpr Value value = {kValueTypeAny, 0, nullptr};
-  std::unique_ptr<TernaryValueNode> node;
+  TernaryValueNode node;
   unsigned char* data = nullptr;  // in the record, or an array
   unsigned int ownsData = 0;      // 1: the array is this object's
 };

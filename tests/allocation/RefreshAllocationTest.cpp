@@ -89,7 +89,7 @@ TEST_F(RefreshAllocationTest, FailInLoadingOneKeyAnew) {
               }
               return loaded.Follow(changes, 0);
             }),
-            8u);
+            6u);
 }
 
 }  // namespace

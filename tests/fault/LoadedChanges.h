@@ -100,7 +100,7 @@ inline std::string Seen(LoadedTreeRig& rig, TernaryHandle* root) {
     unsigned long long number = 0;
     const unsigned int result = key.GetDefaultValue(&number);
     text += std::string(path) + ": " + (result == 0 ? std::to_string(number) : "none") + " " +
-            std::to_string(key.node->permission()) + " " + std::to_string(key.node->watch()) + " " +
+            std::to_string(key.node.permission()) + " " + std::to_string(key.node.watch()) + " " +
             LoadedValues(key) + "\n";
   }
   return text;

@@ -114,7 +114,7 @@ inline std::string LoadedValues(const TernaryKey& key) {
                                   ? HexOf(std::string(static_cast<char*>(out.data), out.size))
                                   : std::to_string(result);
     FreeValueData(out);
-    text += (text.empty() ? "" : ", ") + std::string(value->node->name()) + " " + bytes;
+    text += (text.empty() ? "" : ", ") + std::string(value->node.name()) + " " + bytes;
   }
   return text;
 }

@@ -18,24 +18,24 @@ class NameSplitTest : public storetests::StoreTest {
     for (std::unique_ptr<TernaryString>* each : {&parent, &string}) {
       ASSERT_EQ(status::kOk, TakeLoaded(changes, TernaryStringNode(), each));
     }
-    parent->node->setSplitChar('p');
-    for (unsigned int i = 0; i < 4; ++i) string->node->setSegment(i, "abcd"[i]);
-    string->node->setSegmentLength(4);
-    string->node->setSplitChar('e');
-    string->node->setKeyNode(0x900);
-    string->node->setHasKey(true);
-    string->node->setLo(0xA00);
+    parent->node.setSplitChar('p');
+    for (unsigned int i = 0; i < 4; ++i) string->node.setSegment(i, "abcd"[i]);
+    string->node.setSegmentLength(4);
+    string->node.setSplitChar('e');
+    string->node.setKeyNode(0x900);
+    string->node.setHasKey(true);
+    string->node.setLo(0xA00);
     WriteBoth(changes);
     EXPECT_EQ(status::kOk, changes.Keep(status::kOk));
   }
   void WriteBoth(Changes& changes) {
-    ASSERT_EQ(status::kOk, changes.Write(0x100, *parent->node));
-    ASSERT_EQ(status::kOk, changes.Write(0x200, *string->node));
+    ASSERT_EQ(status::kOk, changes.Write(0x100, parent->node));
+    ASSERT_EQ(status::kOk, changes.Write(0x200, string->node));
   }
   // Hangs the string on a link of the parent, in memory and in the file.
   void Hang(NodeLink link) {
     SlotOf(*parent, link) = string.get();
-    SetLink(parent->node.get(), link, 0x200);
+    SetLink(&parent->node, link, 0x200);
     Changes changes(store);
     WriteBoth(changes);
     EXPECT_EQ(status::kOk, changes.Keep(status::kOk));
@@ -49,7 +49,7 @@ class NameSplitTest : public storetests::StoreTest {
   std::string Memory() {
     std::string text;
     for (TernaryString* each : {parent.get(), string.get()}) {
-      text += storetests::Hex(*each->node) + "\n";
+      text += storetests::Hex(each->node) + "\n";
       for (const NodeLink link : kStoredOrder) {
         text += SlotOf(*each, link) != nullptr ? std::to_string(SlotOf(*each, link)->id) : "-";
       }
@@ -111,12 +111,12 @@ TEST_F(NameSplitTest, AppliedMemoryIsAsTheFile) {
     EXPECT_EQ(nullptr, split.Upper());
     EXPECT_EQ(upper.get(), SlotOf(*parent, link));
     EXPECT_EQ(string.get(), upper->equal);
-    EXPECT_EQ(kUpper, storetests::Hex(*upper->node));
-    EXPECT_EQ(kLower, storetests::Hex(*string->node));
-    EXPECT_EQ(0x300u, LinkOf(*parent->node, link));
-    EXPECT_EQ(Record(1), storetests::Hex(*parent->node));
-    EXPECT_EQ(Record(2), storetests::Hex(*string->node));
-    EXPECT_EQ(Record(3), storetests::Hex(*upper->node));
+    EXPECT_EQ(kUpper, storetests::Hex(upper->node));
+    EXPECT_EQ(kLower, storetests::Hex(string->node));
+    EXPECT_EQ(0x300u, LinkOf(parent->node, link));
+    EXPECT_EQ(Record(1), storetests::Hex(parent->node));
+    EXPECT_EQ(Record(2), storetests::Hex(string->node));
+    EXPECT_EQ(Record(3), storetests::Hex(upper->node));
   }
 }
 
@@ -129,7 +129,7 @@ TEST_F(NameSplitTest, WithoutAParentTheNewStringIsTheRoot) {
   const std::string before = Memory().substr(0, 90);  // the parent's record
   const std::unique_ptr<TernaryString> upper(split.Apply());
   EXPECT_EQ(string.get(), upper->equal);
-  EXPECT_EQ(kLower, storetests::Hex(*string->node));
+  EXPECT_EQ(kLower, storetests::Hex(string->node));
   EXPECT_EQ(before, Memory().substr(0, 90));
 }
 
@@ -139,8 +139,8 @@ TEST_F(NameSplitTest, CutsAtTheFirstCharacterAndAtTheLast) {
     Changes changes(store);
     NameSplit split;
     ASSERT_EQ(status::kOk, split.Write(changes, string.get(), cut, nullptr));
-    EXPECT_EQ(cut, split.Upper()->node->segmentLength());
-    EXPECT_EQ("abcd"[cut], split.Upper()->node->splitChar());
+    EXPECT_EQ(cut, split.Upper()->node.segmentLength());
+    EXPECT_EQ("abcd"[cut], split.Upper()->node.splitChar());
     TernaryStringNode lower;
     ASSERT_EQ(status::kOk, changes.Read(0x200, &lower));
     EXPECT_EQ(3 - cut, lower.segmentLength());
@@ -167,7 +167,7 @@ TEST_F(NameSplitTest, RefusesWhatCannotBeCut) {
 // Where a damaged file has several links to one string, it is loaded for one of them.
 TEST_F(NameSplitTest, RelinksWhereTheStringIsLoaded) {
   Hang(NodeLink::kHi);
-  parent->node->setEqual(0x200);  // looked at first; leads to nothing in memory
+  parent->node.setEqual(0x200);  // looked at first; leads to nothing in memory
   Changes changes(store);
   NameSplit split;
   ASSERT_EQ(status::kOk, split.Write(changes, string.get(), 2, parent.get()));
@@ -175,12 +175,12 @@ TEST_F(NameSplitTest, RelinksWhereTheStringIsLoaded) {
   const std::unique_ptr<TernaryString> upper(split.Apply());
   EXPECT_EQ(upper.get(), parent->higher);
   EXPECT_EQ(nullptr, parent->equal);
-  EXPECT_EQ(0x300u, parent->node->hi());
-  EXPECT_EQ(0x200u, parent->node->equal());
+  EXPECT_EQ(0x300u, parent->node.hi());
+  EXPECT_EQ(0x200u, parent->node.equal());
 }
 
 TEST_F(NameSplitTest, RefusesAStringThatIsLoadedNowhereBelow) {
-  parent->node->setLo(0x200);
+  parent->node.setLo(0x200);
   const std::string bytes = Bytes();
   Changes changes(store);
   NameSplit split;
@@ -208,14 +208,14 @@ TEST_F(NameSplitTest, FindsTheDirectoryThatALockedParentHasPutAway) {
   EXPECT_EQ(upper.get(), parent->parked);
   ASSERT_EQ(status::kOk, parent->Unlock());
   EXPECT_EQ(upper.get(), parent->directory);
-  EXPECT_EQ(0x300u, parent->node->child());
+  EXPECT_EQ(0x300u, parent->node.child());
 }
 
 TEST_F(NameSplitTest, LinksAStringInMemoryAlone) {
   const std::string bytes = Bytes();
   LinkString(parent.get(), NodeLink::kLo, string.get());
   EXPECT_EQ(string.get(), parent->lower);
-  EXPECT_EQ(0u, parent->node->lo());  // the record is the caller's
+  EXPECT_EQ(0u, parent->node.lo());  // the record is the caller's
   LinkString(parent.get(), NodeLink::kChild, string.get());
   EXPECT_EQ(string.get(), parent->directory);
   EXPECT_TRUE(Bytes() == bytes);

@@ -28,7 +28,7 @@ TEST_F(NewNameTest, AnObjectIsTakenAndNotWritten) {
   std::unique_ptr<TernaryString> string;
   ASSERT_EQ(status::kOk, TakeLoaded(changes, TernaryStringNode(), &string));
   EXPECT_EQ(0x100u, string->id);
-  EXPECT_EQ(storetests::Hex(TernaryStringNode()), storetests::Hex(*string->node));
+  EXPECT_EQ(storetests::Hex(TernaryStringNode()), storetests::Hex(string->node));
   EXPECT_EQ(storetests::Hex(TernaryStringNode()), Record(1));
   EXPECT_EQ(0u, Entry(0, 1));
 }
@@ -45,7 +45,7 @@ TEST_F(NewNameTest, AShortNameIsOneString) {
     EXPECT_EQ(0x100u, first->id);
     EXPECT_EQ(&key, first->key);
     EXPECT_EQ(nullptr, first->equal);
-    EXPECT_EQ(Record(1), storetests::Hex(*first->node));
+    EXPECT_EQ(Record(1), storetests::Hex(first->node));
     Free(first);
   }
   EXPECT_EQ(
@@ -67,7 +67,7 @@ TEST_F(NewNameTest, ALongNameIsAChainOfStrings) {
     EXPECT_EQ(nullptr, first->key);
     EXPECT_EQ(nullptr, first->equal->key);
     EXPECT_EQ(&key, first->equal->equal->key);
-    EXPECT_EQ(Record(2), storetests::Hex(*first->equal->node));
+    EXPECT_EQ(Record(2), storetests::Hex(first->equal->node));
     Free(first);
   }
   EXPECT_EQ(

@@ -23,13 +23,13 @@ class TernaryKeyTest : public ::testing::Test {
   // The list in memory and the one of the records, which must agree: "300 b, 200 b, 100 a".
   std::string Values() const {
     std::string text;
-    unsigned int nextId = key.node->firstValue();
+    unsigned int nextId = key.node.firstValue();
     for (const TernaryValue* value = key.firstValue; value != nullptr; value = value->next) {
       EXPECT_EQ(value->id, nextId);
-      nextId = value->node->nextValue();
+      nextId = value->node.nextValue();
       char id[16];
       std::snprintf(id, sizeof id, "%x ", unsigned{value->id});
-      text += (text.empty() ? "" : ", ") + std::string(id) + value->node->name();
+      text += (text.empty() ? "" : ", ") + std::string(id) + value->node.name();
     }
     EXPECT_EQ(0u, nextId);
     return text;
@@ -55,7 +55,7 @@ TEST_F(TernaryKeyTest, TheValueAddedLastIsFoundFirst) {
   TernaryValue* older = Add("b");
   TernaryValue* newer = Add("b");
   EXPECT_EQ("300 b, 200 b, 100 a", Values());
-  EXPECT_EQ(3u, key.node->valueCount());
+  EXPECT_EQ(3u, key.node.valueCount());
   TernaryValue* found = nullptr;
   EXPECT_EQ(0u, key.FindValue("b", found));
   EXPECT_EQ(found, newer);
@@ -78,12 +78,12 @@ TEST_F(TernaryKeyTest, AValueIsTakenOutOfTheMiddle) {
   EXPECT_EQ(status::kOk, key.RemoveValue("b", removed, before));
   EXPECT_EQ(removed, middle);
   EXPECT_EQ(before, first);
-  EXPECT_EQ(0x100u, first->node->nextValue());
+  EXPECT_EQ(0x100u, first->node.nextValue());
   EXPECT_EQ("300 c, 100 a", Values());
-  EXPECT_EQ(2u, key.node->valueCount());
+  EXPECT_EQ(2u, key.node.valueCount());
   EXPECT_EQ(status::kOk, key.RemoveValue("a", removed, before));
   EXPECT_EQ(before, first);
-  EXPECT_EQ(0u, first->node->nextValue());
+  EXPECT_EQ(0u, first->node.nextValue());
   EXPECT_EQ("300 c", Values());
 }
 
@@ -92,19 +92,19 @@ TEST_F(TernaryKeyTest, TakingTheOnlyValueLeavesNone) {
   TernaryValue* removed = nullptr;
   TernaryValue* before = nullptr;
   EXPECT_EQ(status::kOk, key.RemoveValue("a", removed, before));
-  EXPECT_EQ(0u, key.node->firstValue());
-  EXPECT_EQ(0u, key.node->valueCount());
+  EXPECT_EQ(0u, key.node.firstValue());
+  EXPECT_EQ(0u, key.node.valueCount());
   EXPECT_EQ(nullptr, key.firstValue);
 }
 
 TEST_F(TernaryKeyTest, TheCountOfValuesWrapsAround) {
-  key.node->setValueCount(0xFFFF);
+  key.node.setValueCount(0xFFFF);
   Add("a");
-  EXPECT_EQ(0u, key.node->valueCount());
+  EXPECT_EQ(0u, key.node.valueCount());
   TernaryValue* removed = nullptr;
   TernaryValue* before = nullptr;
   EXPECT_EQ(status::kOk, key.RemoveValue("a", removed, before));
-  EXPECT_EQ(0xFFFFu, key.node->valueCount());
+  EXPECT_EQ(0xFFFFu, key.node.valueCount());
 }
 
 TEST_F(TernaryKeyTest, ADefaultValueIsSetAndTakenAway) {
@@ -119,19 +119,19 @@ TEST_F(TernaryKeyTest, ADefaultValueIsSetAndTakenAway) {
   EXPECT_EQ(0x0102030405060708ull, number);
   EXPECT_EQ(status::kOk, key.DeleteDefaultValue());
   EXPECT_EQ(status::kNotFound, key.GetDefaultValue(&number));
-  EXPECT_EQ(0x0102030405060708ull, key.node->defaultValue()) << "the stored number stays";
+  EXPECT_EQ(0x0102030405060708ull, key.node.defaultValue()) << "the stored number stays";
 }
 
 TEST_F(TernaryKeyTest, TheOwnerAndTheAdministratorHaveTheLowNibble) {
-  key.node->setOwner(1000);
-  key.node->setPermission(0x52);  // others 5, owner 2
+  key.node.setOwner(1000);
+  key.node.setPermission(0x52);  // others 5, owner 2
   for (unsigned int right = 1; right <= 15; ++right) {
     const unsigned char rights = static_cast<unsigned char>(right);
     EXPECT_EQ(key.isPermissible(1000, rights), (right & 2) != 0) << right;
     EXPECT_EQ(key.isPermissible(65535, rights), (right & 2) != 0) << right;
     EXPECT_EQ(key.isPermissible(1001, rights), (right & 5) != 0) << right;
   }
-  key.node->setPermission(0xF0);
+  key.node.setPermission(0xF0);
   EXPECT_FALSE(key.isPermissible(65535, 15)) << "though everybody else may do everything";
   EXPECT_FALSE(key.isPermissible(1000, 15));
   EXPECT_TRUE(key.isPermissible(0, 15));

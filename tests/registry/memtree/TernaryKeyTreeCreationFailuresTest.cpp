@@ -40,7 +40,7 @@ class TernaryKeyTreeCreationFailuresTest : public RootHandleTest {
     ASSERT_EQ(status::kOk, rig.loaded.CreateStringNode(0, name, first, key));
     PCMutexGuard guard(*root->treeLock);
     owner->SetDirectory(first);
-    ASSERT_EQ(status::kOk, rig.loaded.File()->WriteNode(0, owner->id, owner->node.get(), false));
+    ASSERT_EQ(status::kOk, rig.loaded.File()->WriteNode(0, owner->id, &owner->node, false));
   }
 };
 

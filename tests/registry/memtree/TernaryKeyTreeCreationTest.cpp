@@ -26,7 +26,7 @@ TEST_F(TernaryKeyTreeCreationTest, AKeyUnderTheRootIsItsOwnersAlone) {
 // It is the parent's record that tells, wherever the key lies.
 TEST_F(TernaryKeyTreeCreationTest, BelowAKeyWithTheRootFlagAKeyIsItsOwnersAlone) {
   CreateAll({"a"});
-  TernaryKeyNode& node = *rig.KeyOf(root, "a")->node;
+  TernaryKeyNode& node = rig.KeyOf(root, "a")->node;
   node.setPermission(0xFF);
   node.setRoot(true);
   EXPECT_EQ(0u, CreateAs(kUser, "a/b"));

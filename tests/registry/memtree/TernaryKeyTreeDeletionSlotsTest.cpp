@@ -67,7 +67,7 @@ TEST_F(TernaryKeyTreeDeletionSlotsTest, TheHandlesOwnKeyTakesItsSubKeysAlong) {
   ExpectSixKeysGivenBack();
   EXPECT_EQ(StringNode(2), "00000161" + std::string(2 * 20, '0'));
   EXPECT_EQ(nullptr, handle->start->directory);
-  EXPECT_EQ(0u, handle->start->node->child());
+  EXPECT_EQ(0u, handle->start->node.child());
   EXPECT_FALSE(handle->start->isLocked());
   EXPECT_EQ("2 strings, 1 keys", rig.Loaded());
   EXPECT_EQ("0:", ListedStoredKeys(""));

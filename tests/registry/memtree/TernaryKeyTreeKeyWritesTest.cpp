@@ -182,7 +182,7 @@ TEST_F(TernaryKeyTreeKeyWritesTest, APermissionThatCannotBeWrittenIsReportedAndT
 TEST_F(TernaryKeyTreeKeyWritesTest, AWatchThatCannotBeWrittenIsReportedAndTakenBack) {
   EXPECT_TRUE(WhereKeysCannotBeWritten([](TernaryKeyTree& tree, TernaryHandle* handle) {
     return tree.SetKeyWatch(kAdmin, handle, "a", 1) == 5 &&
-           handle->start->directory->key->node->watch() == 0;
+           handle->start->directory->key->node.watch() == 0;
   }));
 }
 

@@ -72,8 +72,8 @@ TEST_F(TernaryKeyTreeNamesTest, TheOwnersRecordTellsOfTheLock) {
   ASSERT_EQ(status::kOk, rig.Unload(root));
   ASSERT_EQ(status::kOk, rig.loaded.UnloadKeyTree(nullptr));
   root = rig.Load("");
-  EXPECT_EQ(0x10, root->start->node->flags());
-  EXPECT_EQ(0x10, root->start->directory->node->flags());
+  EXPECT_EQ(0x10, root->start->node.flags());
+  EXPECT_EQ(0x10, root->start->directory->node.flags());
   ASSERT_EQ(status::kOk, Create("a/c"));
   EXPECT_EQ(rig.StringNode(2), Packed("00001161 12*0 00030000 00020000 16*0"))
       << "the new name hangs beside \"b\"; this record was not written";
@@ -233,7 +233,7 @@ TEST_F(TernaryKeyTreeNamesTest, WithoutAParentTheUpperPartBecomesTheRoot) {
   // As it would have been with its parent.
   EXPECT_EQ(0u, rig.loaded.SetStartString(root->start));
   root->start->SetDirectory(upper);
-  EXPECT_EQ(status::kOk, rig.loaded.File()->WriteNode(0, 0x100, root->start->node.get(), false));
+  EXPECT_EQ(status::kOk, rig.loaded.File()->WriteNode(0, 0x100, &root->start->node, false));
 }
 
 TEST_F(TernaryKeyTreeNamesTest, ACutFirstLevelKeepsTheRoot) {

@@ -120,7 +120,7 @@ TEST_F(TernaryKeyTreeSearchTest, HighBytesSortBelowTheOthers) {
     EXPECT_EQ(status::kOk, rig.Find(root, key)) << key;
   EXPECT_EQ(status::kNotFound, rig.Find(root, "\xE5"));
   const TernaryString* m = rig.Root()->directory;
-  EXPECT_EQ(m->lower->node->splitChar(), static_cast<signed char>(0xE4));
+  EXPECT_EQ(m->lower->node.splitChar(), static_cast<signed char>(0xE4));
 }
 
 }  // namespace

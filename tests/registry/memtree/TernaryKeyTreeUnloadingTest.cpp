@@ -159,7 +159,7 @@ TEST_F(TernaryKeyTreeUnloadingTest, ALockedStringStaysWithAllBelowIt) {
 TEST_F(TernaryKeyTreeUnloadingTest, AKeyWithTheRootFlagIsNotTheRoot) {
   PatchFile(rig.path, kKeyArea + 24 * 2 + 7, "\x02");
   TernaryHandle* handle = rig.Load("a");
-  ASSERT_TRUE(handle->start->key->node->isRoot());
+  ASSERT_TRUE(handle->start->key->node.isRoot());
   EXPECT_EQ(status::kOk, rig.Unload(handle));
   EXPECT_EQ("2 strings, 1 keys", rig.Loaded());
   EXPECT_EQ(status::kOk, rig.TryToLoad("a/b/c"));

@@ -43,7 +43,7 @@ class TernaryStringTest : public ::testing::Test {
     EXPECT_FALSE(done);
     return thread;
   }
-  bool HasWaiters(const TernaryString& string) const { return (string.node->flags() & 0x20) != 0; }
+  bool HasWaiters(const TernaryString& string) const { return (string.node.flags() & 0x20) != 0; }
 
   PCMutex treeLock;
   std::vector<std::unique_ptr<TernaryString>> strings;
@@ -53,7 +53,7 @@ TEST_F(TernaryStringTest, ForgetsTheLockThatItsRecordTellsOf) {
   TernaryStringNode* record = new TernaryStringNode;
   record->setFlags(0x31);
   const TernaryString string(0x500, record);
-  EXPECT_EQ(0x10, record->flags());
+  EXPECT_EQ(0x10, string.node.flags());
   EXPECT_FALSE(string.isLocked());
   EXPECT_EQ(0x500u, string.id);
   EXPECT_EQ(0u, string.loadCount);
@@ -72,9 +72,9 @@ TEST_F(TernaryStringTest, ItsDirectoryIsSetWithTheIdInTheRecord) {
   EXPECT_EQ(status::kOk, s.SetDirectory(strings[1].get()));
   EXPECT_EQ(0u, s.GetDirectory(found));
   EXPECT_EQ(found, strings[1].get());
-  EXPECT_EQ(0x200u, s.node->child());
+  EXPECT_EQ(0x200u, s.node.child());
   EXPECT_EQ(status::kOk, s.SetDirectory(nullptr));
-  EXPECT_EQ(0u, s.node->child());
+  EXPECT_EQ(0u, s.node.child());
   EXPECT_EQ(nullptr, s.directory);
 }
 
@@ -84,18 +84,18 @@ TEST_F(TernaryStringTest, WhileItIsLockedItsDirectoryIsAway) {
   s.SetDirectory(strings[1].get());
   ASSERT_EQ(status::kOk, s.Lock(&handle));
   EXPECT_TRUE(s.isLocked());
-  EXPECT_EQ(0x01, s.node->flags());
+  EXPECT_EQ(0x01, s.node.flags());
   EXPECT_EQ(s.lockHandle, &handle);
   EXPECT_EQ(nullptr, s.directory);
   EXPECT_EQ(handle.parkedDirectory, strings[1].get());
-  EXPECT_EQ(0x200u, s.node->child());
+  EXPECT_EQ(0x200u, s.node.child());
   TernaryString* found = &s;
   EXPECT_EQ(16u, s.GetDirectory(found));
   EXPECT_EQ(nullptr, found);
   ASSERT_EQ(status::kOk, s.Unlock());
   EXPECT_FALSE(s.isLocked());
   EXPECT_EQ(s.directory, strings[1].get());
-  EXPECT_EQ(0x200u, s.node->child());
+  EXPECT_EQ(0x200u, s.node.child());
   EXPECT_EQ(nullptr, s.lockHandle);
   EXPECT_EQ(nullptr, handle.parkedDirectory);
   EXPECT_FALSE(treeLock.IsMine());
@@ -109,20 +109,20 @@ TEST_F(TernaryStringTest, ADirectorySetWhileItIsLockedAppearsAfterwards) {
   EXPECT_EQ(status::kOk, s.SetDirectory(strings[2].get()));
   EXPECT_EQ(nullptr, s.directory);
   EXPECT_EQ(handle.parkedDirectory, strings[2].get());
-  EXPECT_EQ(0x300u, s.node->child());
+  EXPECT_EQ(0x300u, s.node.child());
   ASSERT_EQ(status::kOk, s.Unlock());
   EXPECT_EQ(s.directory, strings[2].get());
-  EXPECT_EQ(0x300u, s.node->child());
+  EXPECT_EQ(0x300u, s.node.child());
 }
 
 // The directory is in the file and was not loaded.
 TEST_F(TernaryStringTest, TheIdOfADirectoryThatWasNeverLoadedStays) {
   ReadyHandle handle(&treeLock);
   TernaryString& s = *strings[0];
-  s.node->setChild(0x1234);
+  s.node.setChild(0x1234);
   ASSERT_EQ(status::kOk, s.Lock(&handle));
   ASSERT_EQ(status::kOk, s.Unlock());
-  EXPECT_EQ(0x1234u, s.node->child());
+  EXPECT_EQ(0x1234u, s.node.child());
 }
 
 TEST_F(TernaryStringTest, TwoStringsLockedThroughOneHandleKeepTheirDirectories) {
@@ -139,8 +139,8 @@ TEST_F(TernaryStringTest, TwoStringsLockedThroughOneHandleKeepTheirDirectories) 
     ASSERT_EQ(0u, (sameOrder ? b : a).Unlock());
     EXPECT_EQ(a.directory, strings[2].get());
     EXPECT_EQ(b.directory, strings[3].get());
-    EXPECT_EQ(0x300u, a.node->child());
-    EXPECT_EQ(0x400u, b.node->child());
+    EXPECT_EQ(0x300u, a.node.child());
+    EXPECT_EQ(0x400u, b.node.child());
     EXPECT_EQ(0u, handle.lockedStrings);
     EXPECT_EQ(nullptr, handle.parkedDirectory);
   }

@@ -13,7 +13,7 @@ namespace {
 struct Loaded {
   TernaryValue value{0x300, new TernaryValueNode};
 
-  std::string Name() const { return value.node->name(); }
+  std::string Name() const { return value.node.name(); }
   // The value as it is handed out, as "0 type 1: abc".
   std::string Get(unsigned int requested = kValueTypeAny) const {
     Value out = {requested, 77, nullptr};
@@ -46,7 +46,7 @@ TEST(TernaryValue, BeginsWithTheBytesOfItsRecord) {
   EXPECT_EQ(6u, value.value.type);
   EXPECT_EQ(0u, value.value.size);
   EXPECT_EQ(nullptr, value.value.data);
-  EXPECT_EQ(value.data, record->bytes() + 44);
+  EXPECT_EQ(value.data, value.node.bytes() + 44);
   EXPECT_EQ(0u, value.ownsData);
   EXPECT_EQ(0u, value.GetDataId());
 }
@@ -64,12 +64,33 @@ TEST(TernaryValue, ANumberIsHeldInTheRecord) {
   ASSERT_EQ(status::kOk, loaded.Set("old", 1, "abc"));
   EXPECT_EQ(status::kOk, loaded.value.SetValue("n", 0x0102030405060708ull, true));
   const unsigned char expected[] = {0, 0, 0, 0, 0, 0, 0, 0, 8, 0, 0, 0x40, 'n', 0};
-  EXPECT_EQ(0, std::memcmp(loaded.value.node->bytes(), expected, sizeof expected));
+  EXPECT_EQ(0, std::memcmp(loaded.value.node.bytes(), expected, sizeof expected));
   EXPECT_EQ(std::string("0 type 0: \x08\x07\x06\x05\x04\x03\x02\x01"), loaded.Get());
   EXPECT_EQ(0u, loaded.value.ownsData);
   EXPECT_EQ(status::kOk, loaded.value.SetValue("n", 7, false));
-  EXPECT_EQ(7u, loaded.value.node->number());
+  EXPECT_EQ(7u, loaded.value.node.number());
   EXPECT_EQ("53", loaded.Get()) << "there, but not set";
+}
+
+// What lies in a record goes with it, and stays when the other value ends.
+TEST(TernaryValue, ExchangingMovesDataWhereverItIs) {
+  Loaded number;
+  ASSERT_EQ(status::kOk, number.value.SetValue("n", 5, true));
+  {
+    Loaded text;
+    Loaded other;
+    ASSERT_EQ(status::kOk, text.Set("t", 1, "abc"));
+    ASSERT_EQ(status::kOk, other.value.SetValue("n", 6, true));
+    number.value.Exchange(text.value);
+    EXPECT_EQ("0 type 1: abc", number.Get());
+    EXPECT_TRUE(number.value.node.hasName("t"));
+    EXPECT_EQ(text.value.data, text.value.node.data());
+    EXPECT_EQ(std::string("0 type 0: \x05\0\0\0\0\0\0\0", 18), text.Get());
+    other.value.Exchange(text.value);
+    EXPECT_EQ(std::string("0 type 0: \x06\0\0\0\0\0\0\0", 18), text.Get());
+    EXPECT_EQ(std::string("0 type 0: \x05\0\0\0\0\0\0\0", 18), other.Get());
+  }
+  EXPECT_EQ("0 type 1: abc", number.Get());
 }
 
 TEST(TernaryValue, NamesAreCutTo31Characters) {
@@ -88,12 +109,12 @@ TEST(TernaryValue, DataIsCopiedAndItsPlaceKept) {
     EXPECT_EQ(status::kOk, loaded.Set("v", type, "abcde", 0x1200));
     EXPECT_EQ(loaded.Get(), "0 type " + std::to_string(type) + ": abcde");
     EXPECT_EQ(0x1200u, loaded.value.GetDataId());
-    EXPECT_EQ(5u, loaded.value.node->dataSize());
-    EXPECT_EQ(loaded.value.node->valueFlags(), 0x60 + type);
-    EXPECT_EQ(0x1200u, loaded.value.node->dataWord());
+    EXPECT_EQ(5u, loaded.value.node.dataSize());
+    EXPECT_EQ(loaded.value.node.valueFlags(), 0x60 + type);
+    EXPECT_EQ(0x1200u, loaded.value.node.dataWord());
   }
   EXPECT_EQ(status::kOk, loaded.Set("v", 1, ""));
-  EXPECT_EQ(0x21, loaded.value.node->valueFlags());
+  EXPECT_EQ(0x21, loaded.value.node.valueFlags());
   EXPECT_EQ("53", loaded.Get());
 }
 
@@ -103,7 +124,7 @@ TEST(TernaryValue, ANumberTakesTheBytesThatThereAre) {
   EXPECT_EQ(loaded.Get(), std::string("0 type 0: \x01\x02\0\0\0\0\0\0", 18));
   EXPECT_EQ(status::kOk, loaded.Set("n", 0, "123456789012"));
   EXPECT_EQ("0 type 0: 12345678", loaded.Get());
-  EXPECT_EQ(8u, loaded.value.node->dataSize());
+  EXPECT_EQ(8u, loaded.value.node.dataSize());
   EXPECT_EQ(0u, loaded.value.GetDataId());
 }
 
@@ -142,19 +163,19 @@ TEST(TernaryValue, OnlyTheTypeAskedForIsHandedOut) {
 TEST(TernaryValue, ANumberGivesNoMoreThanItsRecordHolds) {
   Loaded loaded;
   ASSERT_EQ(status::kOk, loaded.value.SetValue("n", 5, true));
-  loaded.value.node->setDataSize(1000);
+  loaded.value.node.setDataSize(1000);
   const std::string expected = std::string("0 type 0: \x05") + std::string(999, '\0');
   EXPECT_EQ(loaded.Get(), expected);
-  loaded.value.node->setDataSize(2);
+  loaded.value.node.setDataSize(2);
   EXPECT_EQ(loaded.Get(), std::string("0 type 0: \x05\0", 12));
 }
 
 TEST(TernaryValue, DataThatWasNotLoadedIsZero) {
   Loaded loaded;
-  loaded.value.node->setSet(true);
-  loaded.value.node->setInBlocks(true);
-  loaded.value.node->setType(3);
-  loaded.value.node->setDataSize(3);
+  loaded.value.node.setSet(true);
+  loaded.value.node.setInBlocks(true);
+  loaded.value.node.setType(3);
+  loaded.value.node.setDataSize(3);
   loaded.value.DeleteData();
   EXPECT_EQ(nullptr, loaded.value.data);
   EXPECT_EQ(loaded.Get(), std::string("0 type 3: \0\0\0", 13));
