@@ -304,7 +304,8 @@ Status Changes::Grow(TernaryNodeDescriptor* descriptor, unsigned int recordSize,
   table->setTableNumber(last->tableNumber() + 1);
   table->setFreeCount(count - 1);
   const Mark before = Here();
-  Status result = WriteNewTable(*table, static_cast<unsigned int>(area.size()));
+  Status result = store_.ExpectStraight(oldSize);
+  if (result.IsOk()) result = WriteNewTable(*table, static_cast<unsigned int>(area.size()));
   if (result.IsOk()) {
     result = store_.undo_.AddGrowth(store_.tables_.KindOf(descriptor), oldSize, realSize);
   }
@@ -320,7 +321,7 @@ Status Changes::Grow(TernaryNodeDescriptor* descriptor, unsigned int recordSize,
   return result;
 }
 
-// Behind the end of the registry, so there is nothing to be undone.
+// Behind the end of the registry, so there is nothing to be undone. The file may be longer.
 Status Changes::WriteNewTable(const NodeAllocationTable& table, unsigned int areaSize) {
   StoreFile& file = store_.file_;
   Status result = file.Write(table.tableOffset(), NodeAllocationTable::kSize, table.bytes());

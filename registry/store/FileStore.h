@@ -105,6 +105,9 @@ class FileStore {
   const TernaryNodeDescriptor& Descriptor(NodeKind kind) const { return tables_.Descriptor(kind); }
   const StoreFile& Bytes() const { return file_; }
   StoreFile& Bytes() { return file_; }
+  // Called before bytes are written straight from `offset` on, by whoever changes the file.
+  // kInputOutput: they are not to be written.
+  Status ExpectStraight(unsigned int offset) { return journal_.ExpectStraight(file_, offset); }
   // False when the damage of the file keeps tables from being appended.
   bool MayGrow() const { return tables_.MayGrow(file_); }
 

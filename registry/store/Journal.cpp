@@ -380,6 +380,12 @@ Status Journal::Sync(StoreFile& file) {
   return result;
 }
 
+Status Journal::ExpectStraight(StoreFile& file, unsigned int offset) {
+  const bool isToFit =
+      Mode() == Durability::kPower && offset < Words().Get(journal_word::kHashLength);
+  return isToFit ? Sync(file) : Status(status::kOk);
+}
+
 // What somebody else has left, who has died meanwhile, is completed by the next opening.
 void Journal::Stop(StoreFile& file) {
   if (!IsOn()) return side_.LetGo(file);

@@ -55,6 +55,10 @@ class Journal {
   bool IsBroken() const { return isBroken_; }
   // Waits until all that was committed is on the disk, in the file itself. kInputOutput.
   Status Sync(StoreFile& file);
+  // Called before bytes are written from `offset` on that no record tells of: where older records
+  // tell of them, these will not fit any more, and what they hold is on the disk first.
+  // kInputOutput.
+  Status ExpectStraight(StoreFile& file, unsigned int offset);
   // The registry has become shorter than its file, which is cut by the last one who has it open.
   void LeaveTail() { side_.LeaveTail(); }
   // Writes what `file` has gathered and arranged. kInputOutput.

@@ -108,13 +108,15 @@ unsigned int TernaryFile::FileFillSequence(unsigned int offset, unsigned int, un
                                            unsigned int count) {
   Changes(*this).ForgetPaths();
   LockedAccess access(*this);
-  return Bytes().WriteSequence(offset, first, count);
+  const Status expected = ExpectStraight(offset);
+  return expected.IsOk() ? Bytes().WriteSequence(offset, first, count) : expected;
 }
 
 unsigned int TernaryFile::FileFillZero(unsigned int, unsigned int length) {
   Changes(*this).ForgetPaths();
   LockedAccess access(*this);
-  const Status result = Bytes().WriteZero(length);
+  Status result = ExpectStraight(Bytes().OfProcess().Position());
+  if (result.IsOk()) result = Bytes().WriteZero(length);
   if (!result.IsOk()) Bytes().Abandon();
   return result;
 }

@@ -26,6 +26,15 @@ void LookAt(const Script& script, Durability durability, Crash crash, unsigned i
   }
 }
 
+Verdicts LookOften(const Script& script, Durability durability, Crash crash, unsigned int times) {
+  Verdicts verdicts;
+  for (unsigned int seed = 1; seed <= times; ++seed) {
+    LookAt(script, durability, crash, seed, &verdicts);
+  }
+  verdicts.Print();
+  return verdicts;
+}
+
 }  // namespace
 
 Verdicts LookAtRandom(Durability durability, Crash crash, unsigned int states) {
@@ -47,12 +56,11 @@ Verdicts LookAtMaking(Durability durability, Crash crash, unsigned int states) {
 }
 
 Verdicts LookAtRewriting(Durability durability, Crash crash, unsigned int times) {
-  Verdicts verdicts;
-  for (unsigned int seed = 1; seed <= times; ++seed) {
-    LookAt(Script::Rewriting(), durability, crash, seed, &verdicts);
-  }
-  verdicts.Print();
-  return verdicts;
+  return LookOften(Script::Rewriting(), durability, crash, times);
+}
+
+Verdicts LookAtGrowing(Durability durability, Crash crash, unsigned int times) {
+  return LookOften(Script::GrowingIntoRest(), durability, crash, times);
 }
 
 Verdicts LookAtLarge(Durability durability, Crash crash, unsigned int lookOneIn) {

@@ -17,6 +17,8 @@ Verdicts LookAtRandom(Durability durability, Crash crash, unsigned int states);
 Verdicts LookAtMaking(Durability durability, Crash crash, unsigned int states);
 // Of a file that is rewritten, so many times.
 Verdicts LookAtRewriting(Durability durability, Crash crash, unsigned int times);
+// Of one that grows into what a rewriting has left, so many times.
+Verdicts LookAtGrowing(Durability durability, Crash crash, unsigned int times);
 // Of changes of hundreds of kilobytes: one in so many states.
 Verdicts LookAtLarge(Durability durability, Crash crash, unsigned int lookOneIn);
 

@@ -57,11 +57,11 @@ void FolderImage::ApplyToNames(const Call& call) {
   } else if (call.kind == Call::kRemove) {
     names.erase(call.name);
   } else if (call.kind == Call::kExchange) {
-    if (names.count(call.name) == 0 || names.count(call.to) == 0) return;  // a making was lost
+    if (NumberOf(call.name) != call.file || names.count(call.to) == 0) return;  // a making was lost
     std::swap(names[call.name], names[call.to]);
   } else if (call.kind == Call::kLink || call.kind == Call::kRename) {
     const auto from = names.find(call.name);
-    if (from == names.end()) return;  // its making was lost
+    if (from == names.end() || from->second != call.file) return;  // its making was lost
     names[call.to] = from->second;
     if (call.kind == Call::kRename) names.erase(from);
   }

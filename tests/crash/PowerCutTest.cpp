@@ -20,6 +20,10 @@ TEST(PowerCut, LeavesARewrittenFileWholeOrNotAtAll) {
   LookAtRewriting(Durability::kPower, Crash::kPowerCut, 1 + Sized(1, 50)).ExpectSound();
 }
 
+TEST(PowerCut, LeavesAFileThatGrowsIntoWhatWasLeftWholeOrNotAtAll) {
+  LookAtGrowing(Durability::kPower, Crash::kPowerCut, 1 + Sized(1, 50)).ExpectSound();
+}
+
 TEST(PowerCut, LeavesANewFileWholeOrNotAtAll) {
   LookAtMaking(Durability::kPower, Crash::kPowerCut, Sized(500, 10000)).ExpectSound();
 }

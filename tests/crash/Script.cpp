@@ -101,6 +101,23 @@ Script Script::Rewriting() {
            StepOn(Step::kSetDefault, "net"), StepOn(Step::kDeleteKey, "zulu"), rewrite, again}};
 }
 
+Script Script::GrowingIntoRest() {
+  Step value = StepOn(Step::kCreateValue, "net");
+  value.type = 3;
+  value.data.assign(tamu::registry::kValueDataMax, 'v');
+  Step rewrite = StepOn(Step::kRewrite, "");
+  rewrite.data = RewrittenBytes();
+  std::vector<Step> steps = {StepOn(Step::kCreateKey, "net"), value, rewrite};
+  for (const char* path :
+       {"alpha", "beta", "gamma", "delta", "eta", "iota", "kappa", "lambda", "mu"}) {
+    steps.push_back(StepOn(Step::kCreateKey, path));
+  }
+  steps.push_back(StepOn(Step::kSetDefault, "net"));
+  steps.push_back(value);
+  steps.push_back(StepOn(Step::kSetDefault, "mu"));
+  return {"growing into what is left", SmallFile(), steps};
+}
+
 std::string Script::NameOf(unsigned int step) const {
   const std::string number = name + ", step " + std::to_string(step);
   if (step == 0) return number + ", opening";

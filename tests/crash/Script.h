@@ -22,6 +22,8 @@ struct Script {
   static Script Large();
   // Rewrites a file that has grown, and grows again into what that has left.
   static Script Rewriting();
+  // The same, and its tables grow one after the other, changes in between.
+  static Script GrowingIntoRest();
 
   unsigned int count() const { return static_cast<unsigned int>(steps.size()); }
   // For messages.
