@@ -274,8 +274,10 @@ Status FileStore::ReadChanges(unsigned long long* after, ChangeList* changes) {
   return result;
 }
 
-// What was searched while a part was undone leads elsewhere.
+// What was searched while a part was undone leads elsewhere. Without the lock others may have
+// completed what was left, and gone on.
 void FileStore::FinishUndoing() {
+  if (journal_.IsOn() && !hasLock_) return;
   if (undo_.IsUnfinished()) ForgetPaths();
   if (!undo_.Finish(file_, tables_)) return;
   undo_.Clear();
