@@ -317,7 +317,7 @@ Status Changes::Grow(TernaryNodeDescriptor* descriptor, unsigned int recordSize,
     return result;
   }
   descriptor->Append(table);
-  file.Protect(static_cast<unsigned int>(area.end));
+  if (area.end > realSize) file.Protect(static_cast<unsigned int>(area.end));
   return result;
 }
 

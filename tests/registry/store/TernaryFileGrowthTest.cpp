@@ -229,6 +229,16 @@ TEST_F(TernaryFileGrowthTest, WritesOverWhatAnInterruptedGrowthHasLeft) {
   EXPECT_TRUE(Bytes() == expected);
 }
 
+// The records of changes tell of them, too.
+TEST_F(TernaryFileGrowthTest, AFailedGrowthLeavesTheFileAsLongAsItWas) {
+  TakeMany(NodeKind::kValue, 364);
+  Reopen(Bytes() + Zeros(60000));
+  const size_t length = Bytes().size();
+  EXPECT_EQ(0x101u, Take(NodeKind::kValue));
+  EXPECT_EQ(status::kNoSpace, store.ExpandFile(&store.Descriptor(NodeKind::kData), 64, 0x7FFFFFFF));
+  EXPECT_EQ(length, Bytes().size());
+}
+
 // A table that this store cannot follow may lie there: it is not written over by another kind.
 TEST_F(TernaryFileGrowthTest, DoesNotGrowOverTheRestOfADamagedChain) {
   TakeMany(NodeKind::kString, 365);
