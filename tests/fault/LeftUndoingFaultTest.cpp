@@ -5,6 +5,7 @@
 #include "registry/Registry.h"
 #include "tests/platform/ChildProcess.h"
 #include "tests/platform/TestFiles.h"
+#include "tests/registry/Users.h"
 #include "tests/support/FaultCalls.h"
 #include "tests/support/PossibleModes.h"
 #include "tests/support/StructureCheck.h"
@@ -13,8 +14,6 @@ namespace tamu::registry {
 namespace {
 
 using faults::Mode;
-
-constexpr unsigned int kAdmin = kAdministratorId;
 
 // Another process, which does what it is told by a byte, and tells by one what came of it.
 class OtherProcess {
