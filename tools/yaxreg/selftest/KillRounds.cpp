@@ -27,8 +27,8 @@ int ChangeForEver(const std::string& file, Durability durability, SharedNumbers&
   if (OpenForTest(registry, durability) != status::kOk) return 1;
   TestContent content(registry);
   if (content.Read(&number) == TestContent::State::kUnreadable) return 1;
+  shared[kAcknowledged] = number;  // the first: it counts as soon as the other differs
   shared[kFirst] = number;
-  shared[kAcknowledged] = number;
   for (;;) {
     if (content.Write(++number) != status::kOk) return 1;
     shared[kAcknowledged] = number;
